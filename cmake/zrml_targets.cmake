@@ -1,0 +1,36 @@
+# Targets that every room of the house links: zrml_warnings for our own code, zrml_build for how numbers are made.
+
+add_library(zrml_warnings INTERFACE)
+target_compile_options(zrml_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror)
+
+# No fused multiply-add and no fast-math: results are the same to the bit on every platform and at every optimisation.
+add_library(zrml_build INTERFACE)
+target_compile_options(zrml_build INTERFACE -ffp-contract=off)
+target_include_directories(zrml_build INTERFACE ${PROJECT_SOURCE_DIR})
+target_link_libraries(zrml_build INTERFACE zrml_warnings)
+if(WIN32)
+  target_compile_definitions(zrml_build INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+  target_link_options(zrml_build INTERFACE -static)
+endif()
+
+if(ZRML_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# zrml_add_room(NAME SOURCES... ROOMS the rooms it may see): one static library per room.
+function(zrml_add_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;ROOMS" ${ARGN})
+  add_library(zrml_${name} STATIC ${ROOM_SOURCES})
+  target_link_libraries(zrml_${name} PUBLIC zrml_build ${ROOM_ROOMS})
+endfunction()
+
+# zrml_header_packages(TARGET DIR...): lets TARGET include header-only packages of the build machine (CLI, nlohmann)
+# without its other headers, which a cross build must not see.
+function(zrml_header_packages target)
+  foreach(package ${ARGN})
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
+    file(CREATE_LINK /usr/include/${package} ${CMAKE_BINARY_DIR}/packages/${package} SYMBOLIC)
+  endforeach()
+  target_include_directories(${target} SYSTEM PRIVATE ${CMAKE_BINARY_DIR}/packages)
+endfunction()

@@ -1,0 +1,83 @@
+// Provider 0: MassLynx raw directories. A directory is one sample: operations give their empty result for
+// other samples.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "common/platform/platform.h"
+#include "masslynx/function_record.h"
+#include "plugin/data_server.h"
+
+namespace zrml {
+
+class CMLDataServerImpl : public CDataServerImpl {
+ public:
+  std::wstring GetProviderName() override;
+  std::wstring GetProviderGuid() override;
+  std::wstring GetFileFilter() override;
+
+  /// Cheap: looks for the header and the function table.
+  bool CanOpen(const std::wstring& path) override;
+  /// Also looks at the header's first line.
+  bool ValidateSource(const std::wstring& path) override;
+
+  bool Open(const std::wstring& path) override;
+  /// When `file` ends like the name of a function's data file ("_FUNC002.DAT"), only that function is listed.
+  /// A second open without Close() loads the new description over the old one.
+  bool OpenFileInSet(const std::wstring& path, const std::wstring& file) override;
+  bool Close() override;
+
+  int GetFunctionCount(int sample) override;
+  std::wstring GetFunctionName(int sample, int function) override;
+  int GetFunctionKind(int sample, int function) override;
+  int GetMSMSScanType(int sample, int function) override;
+  int GetPolarity(int sample, int function) override;
+  bool IsCentroided(int sample, int function) override;
+  bool HasMobility(int sample, int function) override;
+  int GetScanDimensionCount(int sample, int function) override;
+  int GetScanCount(int sample, int function) override;
+
+  /// From the scan index, whether or not computing is allowed; the container's name is kept.
+  bool GetTotalIonChromatogram(bool allowCompute, int sample, int function,
+                               CZRChromatogram& chromatogram) override;
+  bool GetRetentionTimes(int sample, int function, HostVector<double>& times) override;
+  bool GetFunctionMassRange(int sample, int function, double& low, double& high) override;
+  bool GetMobilityAxis(int sample, int function, int scan, HostVector<double>& axis) override;
+  bool GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) override;
+
+  bool HasAbsorbanceData(int sample) override;
+  int GetAbsorbanceScanCount(int sample) override;
+  bool GetAbsorbanceSpectrum(int sample, int scan, CZRAbsorbanceSpectrum& spectrum) override;
+
+  bool GetMetadataValue(int sample, int function, const std::wstring& key, std::wstring& value) override;
+  bool GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) override;
+
+ private:
+  struct MetadataItem;
+  static const MetadataItem kMetadata[8];
+
+  bool ReadHeaderItem(const MetadataItem& item, int function, std::wstring& value);
+  bool ReadDateTime(const MetadataItem& item, int function, std::wstring& value);
+  bool ReadDataPath(const MetadataItem& item, int function, std::wstring& value);
+  bool ReadProviderName(const MetadataItem& item, int function, std::wstring& value);
+  bool ReadIonMode(const MetadataItem& item, int function, std::wstring& value);
+
+  bool LoadDescription();
+
+  /// The record at a position, with its scan index loaded or as it is; null when there is none.
+  FunctionRecord* FindFunction(int sample, int function);
+  FunctionRecord* FindLoadedFunction(int sample, int function);
+  bool DecodePoints(const FunctionRecord& record, int scan, CZRMassSpectrum& spectrum) const;
+  void SetScanAttributes(int function, int scan, CZRMassSpectrum& spectrum);
+
+  std::wstring dataPath;  // with a trailing backslash while open
+  platform::File
+      headerFile;  // held open until Close(): a directory in use cannot be moved away under the reader
+  std::wstring selectedFile;  // lower-case name of the one data file that was chosen, or empty
+  std::vector<std::wstring> headerLines;
+  std::vector<FunctionRecord> functions;
+  FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none
+};
+
+}  // namespace zrml

@@ -1,0 +1,36 @@
+// Files of a raw directory. Acquisition PCs do not tell case apart, other systems do, so names are tried in
+// several spellings.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "common/platform/platform.h"
+
+namespace zrml {
+
+struct FunctionRecord;
+
+/// Opens `name` of `directory` spelled in upper case, else in lower case; deliberately never in a mixed case
+/// of its own. A closed file when neither opens or one of the texts is empty.
+platform::File OpenInDirectory(const std::wstring& directory, std::wstring_view name);
+
+/// Whether `directory` is a directory and holds `name`, spelled as given, as something else than a directory.
+bool FileExistsInDirectory(const std::wstring& directory, std::wstring_view name);
+
+/// Whether `path` holds a header and a function table, each wholly in upper or wholly in lower case.
+bool IsRawDirectory(const std::wstring& path);
+
+/// "_FUNC%03d.<extension>".
+std::wstring FunctionFileName(int number, std::wstring_view extension);
+
+/// "_PROC%03d.<extension>".
+std::wstring ProcessedFileName(int number, std::wstring_view extension);
+
+/// Opens the file of a raw or processed function with the extension "idx", "sts" or "dat": the name as
+/// written
+/// ("_FUNC001.idx"), in upper case, then in lower case.
+platform::File OpenFunctionFile(const std::wstring& directory, const FunctionRecord& function,
+                                std::wstring_view extension);
+
+}  // namespace zrml

@@ -1,0 +1,138 @@
+#include "masslynx/scandata/scan_index.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "common/bytes.h"
+#include "masslynx/raw_directory.h"
+#include "masslynx/scandata/scan_index_format.h"
+#include "masslynx/scandata/scan_statistics.h"
+
+namespace zrml {
+namespace {
+
+namespace format = scan_index_format;
+using platform::File;
+
+// Bytes that a scan's points take in the data file, by data format: `bytes` for each `points`, which round
+// up.
+struct PointUnit {
+  std::uint64_t bytes = 0;
+  std::uint64_t points = 1;
+};
+
+constexpr std::array<PointUnit, 15> kPointUnits = {{
+    {4, 1},
+    {10, 2},
+    {2, 1},
+    {2, 1},
+    {10, 4},
+    {10, 2},
+    {10, 4},
+    {10, 2},
+    {6, 1},
+    {6, 1},
+    {},
+    {4, 1},
+    {8, 1},
+    {12, 1},
+    {12, 1},
+}};
+
+PointUnit UnitOf(int dataFormat) {
+  const auto index = static_cast<std::size_t>(dataFormat);
+  return index < kPointUnits.size() ? kPointUnits[index] : PointUnit{};
+}
+
+class EntryReader {
+ public:
+  explicit EntryReader(int dataFormat)
+      : unit_(UnitOf(dataFormat)), centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2) {}
+
+  ScanIndexEntry Read(const std::byte* record, bool first) {
+    ScanIndexEntry entry;
+    entry.dataOffset = LoadU32(record + format::kDataOffset);
+    if (!first && entry.dataOffset == 0) entry.dataOffset = static_cast<std::uint32_t>(expectedOffset_);
+    const std::uint32_t word = LoadU32(record + format::kPackedWord);
+    entry.pointCount = word & format::kPointCountMask;
+    entry.segment = (word >> format::kSegmentShift) & format::kSegmentMask;
+    entry.centroided =
+        (word & format::kCentroidStateGiven) != 0 ? (word & format::kProfile) == 0 : centroidedByDefault_;
+    entry.preCalibrated = (word & format::kPreCalibrated) != 0;
+    entry.totalIntensity = LoadF32(record + format::kTotalIntensity);
+    entry.retentionTime = LoadF32(record + format::kRetentionTime);
+    expectedOffset_ += (entry.pointCount + unit_.points - 1) / unit_.points * unit_.bytes;
+    return entry;
+  }
+
+ private:
+  PointUnit unit_;
+  bool centroidedByDefault_;
+  std::uint64_t expectedOffset_ =
+      0;  // where the next scan's points would be, were the scans back to back from 0
+};
+
+// The entries of all whole records that can be read; no more than `count`.
+std::vector<ScanIndexEntry> ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
+                                        int dataFormat) {
+  constexpr std::size_t kRecordsAtOnce = 4096;
+  std::vector<ScanIndexEntry> entries;
+  entries.reserve(count);
+  std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
+  EntryReader reader(dataFormat);
+  while (entries.size() < count) {
+    const std::size_t wanted = std::min(count - entries.size(), kRecordsAtOnce) * recordSize;
+    const std::size_t read =
+        file.ReadAt(std::uint64_t{entries.size()} * recordSize, std::span(block).first(wanted));
+    for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
+      entries.push_back(reader.Read(block.data() + at, entries.empty()));
+    }
+    if (read < wanted) break;
+  }
+  return entries;
+}
+
+bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
+  if (std::isnan(a.retentionTime) || std::isnan(b.retentionTime)) {
+    return !std::isnan(a.retentionTime) && std::isnan(b.retentionTime);
+  }
+  return a.retentionTime < b.retentionTime;
+}
+
+bool LowerOffset(const ScanIndexEntry& a, const ScanIndexEntry& b) {
+  return a.dataOffset < b.dataOffset;
+}
+
+}  // namespace
+
+void LoadScanIndex(const std::wstring& directory, FunctionRecord& function, bool startWith30ByteRecords) {
+  if (!function.scanIndex.empty() || function.typeCode == FunctionRecord::kNoFunction) return;
+  const File file = OpenFunctionFile(directory, function, L"idx");
+  const std::uint64_t size = file.Size();
+  for (const std::size_t recordSize : {format::kShortRecordSize, format::kLongRecordSize}) {
+    const bool isLong = recordSize == format::kLongRecordSize;
+    const std::uint64_t count = size / recordSize;
+    if ((startWith30ByteRecords && !isLong) || size % recordSize != 0 ||
+        count > std::numeric_limits<int>::max()) {
+      continue;
+    }
+    std::vector<ScanIndexEntry> entries =
+        ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat);
+    const bool inFileOrder = std::is_sorted(entries.begin(), entries.end(), LowerOffset);
+    if (inFileOrder) {
+      if (!std::is_sorted(entries.begin(), entries.end(), EarlierTime)) {
+        std::stable_sort(entries.begin(), entries.end(), EarlierTime);
+      }
+      LoadScanStatistics(directory, function, entries);
+    }
+    if (inFileOrder || isLong) {
+      function.scanIndex = std::move(entries);
+      return;
+    }
+  }
+}
+
+}  // namespace zrml
