@@ -111,6 +111,7 @@ bool LowerOffset(const ScanIndexEntry& a, const ScanIndexEntry& b) {
 void LoadScanIndex(const std::wstring& directory, FunctionRecord& function, bool startWith30ByteRecords) {
   if (!function.scanIndex.empty() || function.typeCode == FunctionRecord::kNoFunction) return;
   const File file = OpenFunctionFile(directory, function, L"idx");
+  if (!file.IsOpen()) return;
   const std::uint64_t size = file.Size();
   for (const std::size_t recordSize : {format::kShortRecordSize, format::kLongRecordSize}) {
     const bool isLong = recordSize == format::kLongRecordSize;
