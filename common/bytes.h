@@ -22,12 +22,8 @@ inline std::uint32_t LoadU32(const std::byte* p) {
          std::to_integer<std::uint32_t>(p[2]) << 16 | std::to_integer<std::uint32_t>(p[3]) << 24;
 }
 
-inline std::int16_t LoadI16(const std::byte* p) {
-  return static_cast<std::int16_t>(LoadU16(p));
-}
-inline float LoadF32(const std::byte* p) {
-  return std::bit_cast<float>(LoadU32(p));
-}
+inline std::int16_t LoadI16(const std::byte* p) { return static_cast<std::int16_t>(LoadU16(p)); }
+inline float LoadF32(const std::byte* p) { return std::bit_cast<float>(LoadU32(p)); }
 
 /// A position in bytes. Every read advances; a read that does not fit gives 0, moves to the end and clears
 /// Ok().

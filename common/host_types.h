@@ -1,14 +1,29 @@
-// Types of the values that cross between the plug-in and its host inside containers.
+// Types of the values that cross between the plug-in and its host inside containers: on Windows, where host
+// and plug-in come from different compilers, of the host's layout and on the host's heap; elsewhere the
+// standard ones.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#ifdef _WIN32
+#include "common/host_heap.h"
+#include "common/host_string.h"
+#endif
+
 namespace zrml {
 
+#ifdef _WIN32
+template <class T>
+using HostVector = std::vector<T, HostAllocator<T>>;
+using HostString = BasicHostString<wchar_t>;
+#else
 template <class T>
 using HostVector = std::vector<T>;
-
 using HostString = std::wstring;
+#endif
+
+static_assert(sizeof(HostVector<double>) == 24);
+static_assert(sizeof(HostString) == 32);
 
 }  // namespace zrml

@@ -40,9 +40,7 @@ std::string NumberCharacters(std::wstring_view text) {
   return run;
 }
 
-bool IsHexDigit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
+bool IsHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 bool IsHexadecimal(std::string_view run) {
   if (run.size() < 3 || run[0] != '0' || (run[1] != 'x' && run[1] != 'X')) return false;
@@ -56,14 +54,14 @@ bool Overflows(std::string_view digits, bool hexadecimal) {
   const std::string_view mantissa = digits.substr(0, mark);
   const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa.size()));
   const auto first = static_cast<std::int64_t>(std::min(mantissa.find_first_not_of("0."), mantissa.size()));
+  constexpr std::int64_t kLargestExponent = std::int64_t{1} << 60;  // leaves room to add the digits
   std::int64_t exponent = 0;
   if (mark < digits.size()) {
     std::string_view text = digits.substr(mark + 1);
     const bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) text.remove_prefix(1);
-    if (std::from_chars(text.data(), text.data() + text.size(), exponent).ec != std::errc()) {
-      exponent = std::numeric_limits<std::int32_t>::max();
-    }
+    const auto error = std::from_chars(text.data(), text.data() + text.size(), exponent).ec;
+    if (error != std::errc() || exponent > kLargestExponent) exponent = kLargestExponent;
     if (negative) exponent = -exponent;
   }
   return (point - first) * (hexadecimal ? 4 : 1) + exponent > 0;
@@ -91,12 +89,8 @@ std::optional<Real> TakeReal(std::wstring_view& text) {
 
 }  // namespace
 
-std::optional<double> TakeDouble(std::wstring_view& text) {
-  return TakeReal<double>(text);
-}
-std::optional<float> TakeFloat(std::wstring_view& text) {
-  return TakeReal<float>(text);
-}
+std::optional<double> TakeDouble(std::wstring_view& text) { return TakeReal<double>(text); }
+std::optional<float> TakeFloat(std::wstring_view& text) { return TakeReal<float>(text); }
 
 std::optional<int> TakeInt(std::wstring_view& text) {
   const Sign sign = ReadSign(text);

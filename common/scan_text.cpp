@@ -18,14 +18,8 @@ bool ScanText::Literal(std::wstring_view format) {
   return true;
 }
 
-std::optional<int> ScanText::Int() {
-  return TakeInt(rest_);
-}
-std::optional<double> ScanText::Double() {
-  return TakeDouble(rest_);
-}
-std::optional<float> ScanText::Float() {
-  return TakeFloat(rest_);
-}
+std::optional<int> ScanText::Int() { return TakeInt(rest_); }
+std::optional<double> ScanText::Double() { return TakeDouble(rest_); }
+std::optional<float> ScanText::Float() { return TakeFloat(rest_); }
 
 }  // namespace zrml

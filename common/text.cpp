@@ -39,8 +39,6 @@ std::wstring ZeroPadded(int value, std::size_t width) {
   return digits;
 }
 
-std::wstring Widen(std::string_view ascii) {
-  return {ascii.begin(), ascii.end()};
-}
+std::wstring Widen(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
 
 }  // namespace zrml

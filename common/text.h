@@ -7,9 +7,7 @@
 namespace zrml {
 
 /// Tab, line feed, vertical tab, form feed, carriage return and blank.
-constexpr bool IsSpace(wchar_t c) {
-  return c == L' ' || (c >= L'\t' && c <= L'\r');
-}
+constexpr bool IsSpace(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 
 /// `text` without the white space at both ends.
 std::wstring_view Trim(std::wstring_view text);

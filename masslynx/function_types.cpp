@@ -100,29 +100,17 @@ const TypeRow& Type(int typeCode) {
 
 }  // namespace
 
-std::wstring_view FunctionTypeText(int typeCode) {
-  return Type(typeCode).text;
-}
-int FunctionKindOfType(int typeCode) {
-  return Type(typeCode).kind;
-}
-int MsMsScanTypeOfType(int typeCode) {
-  return Type(typeCode).scanType;
-}
-bool UsesMs2Calibration(int typeCode) {
-  return Type(typeCode).lines == Lines::kMs2;
-}
-std::wstring_view IonModeText(int ionMode) {
-  return TextOf(kIonModes, static_cast<std::size_t>(ionMode));
-}
+std::wstring_view FunctionTypeText(int typeCode) { return Type(typeCode).text; }
+int FunctionKindOfType(int typeCode) { return Type(typeCode).kind; }
+int MsMsScanTypeOfType(int typeCode) { return Type(typeCode).scanType; }
+bool UsesMs2Calibration(int typeCode) { return Type(typeCode).lines == Lines::kMs2; }
+std::wstring_view IonModeText(int ionMode) { return TextOf(kIonModes, static_cast<std::size_t>(ionMode)); }
 
 int PolarityOfIonMode(int ionMode) {
   if (IonModeText(ionMode).empty()) return kUnknownPolarity;
   return ionMode % 2 == 0 ? kPositivePolarity : kNegativePolarity;
 }
 
-std::wstring_view ProcessText(unsigned processCode) {
-  return TextOf(kProcesses, processCode);
-}
+std::wstring_view ProcessText(unsigned processCode) { return TextOf(kProcesses, processCode); }
 
 }  // namespace zrml

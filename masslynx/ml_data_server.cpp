@@ -37,27 +37,17 @@ bool IsPosition(int position, std::size_t count) {
 
 }  // namespace
 
-std::wstring CMLDataServerImpl::GetProviderName() {
-  return L"ZRMLProvider";
-}
-std::wstring CMLDataServerImpl::GetProviderGuid() {
-  return L"{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}";
-}
-std::wstring CMLDataServerImpl::GetFileFilter() {
-  return L"Waters MassLynx (*.dat *.idx *.inf)";
-}
+std::wstring CMLDataServerImpl::GetProviderName() { return L"ZRMLProvider"; }
+std::wstring CMLDataServerImpl::GetProviderGuid() { return L"{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}"; }
+std::wstring CMLDataServerImpl::GetFileFilter() { return L"Waters MassLynx (*.dat *.idx *.inf)"; }
 
-bool CMLDataServerImpl::CanOpen(const std::wstring& path) {
-  return IsRawDirectory(path);
-}
+bool CMLDataServerImpl::CanOpen(const std::wstring& path) { return IsRawDirectory(path); }
 
 bool CMLDataServerImpl::ValidateSource(const std::wstring& path) {
   return CanOpen(path) && IsMassLynxHeader(OpenInDirectory(path, kHeaderName));
 }
 
-bool CMLDataServerImpl::Open(const std::wstring& path) {
-  return OpenFileInSet(path, path);
-}
+bool CMLDataServerImpl::Open(const std::wstring& path) { return OpenFileInSet(path, path); }
 
 bool CMLDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstring& file) {
   dataPath = path;

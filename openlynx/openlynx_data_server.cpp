@@ -3,7 +3,9 @@
 namespace zrml {
 
 std::wstring COpenLynxRptDataServerImpl::GetProviderName() { return L"ZROpenLynxRptProvider"; }
-std::wstring COpenLynxRptDataServerImpl::GetProviderGuid() { return L"{c1972a1b-f675-4d08-921a-3e6f8d107c76}"; }
+std::wstring COpenLynxRptDataServerImpl::GetProviderGuid() {
+  return L"{c1972a1b-f675-4d08-921a-3e6f8d107c76}";
+}
 std::wstring COpenLynxRptDataServerImpl::GetFileFilter() { return L"Waters OpenLynx Report (*.rpt)"; }
 
 bool COpenLynxRptDataServerImpl::Open(const std::wstring&) { return false; }

@@ -28,11 +28,7 @@ void CZRAbsorbanceSpectrum::SetSize(int count) {
   absorbances_.resize(size);
 }
 
-void CZRAbsorbanceSpectrum::SetWavelength(int i, double nanometres) {
-  Store(wavelengths_, i, nanometres);
-}
-void CZRAbsorbanceSpectrum::SetAbsorbance(int i, double absorbance) {
-  Store(absorbances_, i, absorbance);
-}
+void CZRAbsorbanceSpectrum::SetWavelength(int i, double nanometres) { Store(wavelengths_, i, nanometres); }
+void CZRAbsorbanceSpectrum::SetAbsorbance(int i, double absorbance) { Store(absorbances_, i, absorbance); }
 
 }  // namespace zrml

@@ -40,11 +40,7 @@ void CZRChromatogram::SetSize(int count) {
   if (hasPointCodes_) pointCodes_.resize(size);
 }
 
-bool CZRChromatogram::SetTime(int i, double minutes) {
-  return Store(times_, i, minutes);
-}
-bool CZRChromatogram::SetIntensity(int i, double intensity) {
-  return Store(intensities_, i, intensity);
-}
+bool CZRChromatogram::SetTime(int i, double minutes) { return Store(times_, i, minutes); }
+bool CZRChromatogram::SetIntensity(int i, double intensity) { return Store(intensities_, i, intensity); }
 
 }  // namespace zrml

@@ -14,7 +14,7 @@ class CZRChromatogram {
   /// 0 frees everything; otherwise times, intensities and the optional arrays in use get `count` entries, new
   /// ones 0. A negative count counts as 0.
   void SetSize(int count);
-  void SetName(const std::wstring& name) { name_ = HostString(name.begin(), name.end()); }
+  void SetName(const std::wstring& name) { name_ = HostString(std::wstring_view(name)); }
 
   /// False and no change when `i` is outside the current size. Minutes.
   bool SetTime(int i, double minutes);

@@ -7,43 +7,25 @@
 namespace zrml {
 namespace {
 
-bool IsSameLevelKind(int kind) {
-  return kind == kKind8 || kind == kKind16;
-}
+bool IsSameLevelKind(int kind) { return kind == kKind8 || kind == kKind16; }
 
 }  // namespace
 
 CDataServerImpl::~CDataServerImpl() = default;
 
-bool CDataServerImpl::CanOpen(const std::wstring& path) {
-  return ValidateSource(path);
-}
-int CDataServerImpl::GetSampleCount() {
-  return 1;
-}
-int CDataServerImpl::GetFileSampleCount(const std::wstring&) {
-  return 1;
-}
-std::wstring CDataServerImpl::GetSampleName(int) {
-  return L"Injection 1";
-}
-int CDataServerImpl::GetFunctionCount(int) {
-  return 1;
-}
+bool CDataServerImpl::CanOpen(const std::wstring& path) { return ValidateSource(path); }
+int CDataServerImpl::GetSampleCount() { return 1; }
+int CDataServerImpl::GetFileSampleCount(const std::wstring&) { return 1; }
+std::wstring CDataServerImpl::GetSampleName(int) { return L"Injection 1"; }
+int CDataServerImpl::GetFunctionCount(int) { return 1; }
 
 std::wstring CDataServerImpl::GetFunctionName(int, int function) {
   return L"Function " + std::to_wstring(std::int64_t{function} + 1);
 }
 
-int CDataServerImpl::GetFunctionKind(int, int) {
-  return kAbsorbanceFunction;
-}
-int CDataServerImpl::GetMSMSScanType(int, int) {
-  return kNoMsMsScan;
-}
-int CDataServerImpl::GetPolarity(int, int) {
-  return kUnknownPolarity;
-}
+int CDataServerImpl::GetFunctionKind(int, int) { return kAbsorbanceFunction; }
+int CDataServerImpl::GetMSMSScanType(int, int) { return kNoMsMsScan; }
+int CDataServerImpl::GetPolarity(int, int) { return kUnknownPolarity; }
 
 int CDataServerImpl::GetMSLevel(int sample, int function) {
   const int kind = GetFunctionKind(sample, function);
@@ -60,15 +42,9 @@ bool CDataServerImpl::IsCentroided(int sample, int function) {
   return GetSpectrum(sample, function, 0, spectrum) && spectrum.IsCentroided();
 }
 
-bool CDataServerImpl::HasMobility(int, int) {
-  return false;
-}
-int CDataServerImpl::GetScanDimensionCount(int, int) {
-  return 0;
-}
-int CDataServerImpl::GetMobilityBinCount(int, int) {
-  return 0;
-}
+bool CDataServerImpl::HasMobility(int, int) { return false; }
+int CDataServerImpl::GetScanDimensionCount(int, int) { return 0; }
+int CDataServerImpl::GetMobilityBinCount(int, int) { return 0; }
 
 bool CDataServerImpl::GetBasePeakChromatogram(bool allowCompute, int sample, int function,
                                               CZRChromatogram& chromatogram) {
@@ -138,9 +114,7 @@ bool CDataServerImpl::GetScanRetentionTime(int sample, int function, int scan, d
   return true;
 }
 
-bool CDataServerImpl::GetFunctionMassRange(int, int, double&, double&) {
-  return false;
-}
+bool CDataServerImpl::GetFunctionMassRange(int, int, double&, double&) { return false; }
 
 bool CDataServerImpl::GetScanMassRange(int sample, int function, int scan, double& low, double& high) {
   CZRMassSpectrum spectrum;
@@ -179,12 +153,8 @@ bool CDataServerImpl::GetScanIntensityRange(int sample, int function, int scan, 
   return true;
 }
 
-bool CDataServerImpl::GetMobilityAxis(int, int, int, HostVector<double>&) {
-  return false;
-}
-bool CDataServerImpl::GetMobilitySpectrum(int, int, int, int, CZRMassSpectrum&) {
-  return false;
-}
+bool CDataServerImpl::GetMobilityAxis(int, int, int, HostVector<double>&) { return false; }
+bool CDataServerImpl::GetMobilitySpectrum(int, int, int, int, CZRMassSpectrum&) { return false; }
 
 bool CDataServerImpl::GetMobilitySpectra(int sample, int function, int scan, int firstBin, int lastBin,
                                          HostVector<CZRMassSpectrum>& spectra) {
@@ -198,54 +168,32 @@ bool CDataServerImpl::GetMobilitySpectra(int sample, int function, int scan, int
   return true;
 }
 
-int CDataServerImpl::GetTraceCount(int) {
-  return 0;
-}
+int CDataServerImpl::GetTraceCount(int) { return 0; }
 std::wstring CDataServerImpl::GetTraceName(int, int trace) {
   return L"Trace " + std::to_wstring(std::int64_t{trace} + 1);
 }
-bool CDataServerImpl::GetTrace(int, int, CZRChromatogram&) {
-  return false;
-}
-int CDataServerImpl::GetFunctionTraceCount(int, int) {
-  return 0;
-}
+bool CDataServerImpl::GetTrace(int, int, CZRChromatogram&) { return false; }
+int CDataServerImpl::GetFunctionTraceCount(int, int) { return 0; }
 
 // Deliberate: the trace name of the function's index stands in for every trace of the function.
 std::wstring CDataServerImpl::GetFunctionTraceName(int sample, int function, int) {
   return GetFunctionName(sample, function) + L", " + GetTraceName(sample, function);
 }
 
-bool CDataServerImpl::GetFunctionTrace(int, int, int, CZRChromatogram&) {
-  return false;
-}
-bool CDataServerImpl::HasAbsorbanceData(int) {
-  return false;
-}
-int CDataServerImpl::GetAbsorbanceScanCount(int) {
-  return 0;
-}
-bool CDataServerImpl::GetAbsorbanceSpectrum(int, int, CZRAbsorbanceSpectrum&) {
-  return false;
-}
-bool CDataServerImpl::GetMetadataValue(int, int, const std::wstring&, std::wstring&) {
-  return false;
-}
+bool CDataServerImpl::GetFunctionTrace(int, int, int, CZRChromatogram&) { return false; }
+bool CDataServerImpl::HasAbsorbanceData(int) { return false; }
+int CDataServerImpl::GetAbsorbanceScanCount(int) { return 0; }
+bool CDataServerImpl::GetAbsorbanceSpectrum(int, int, CZRAbsorbanceSpectrum&) { return false; }
+bool CDataServerImpl::GetMetadataValue(int, int, const std::wstring&, std::wstring&) { return false; }
 
 bool CDataServerImpl::GetMetadataKeys(int, int, std::vector<std::wstring>& keys) {
   keys.clear();
   return false;
 }
 
-std::wstring CDataServerImpl::GetFileFilter() {
-  return {};
-}
-bool CDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstring&) {
-  return Open(path);
-}
-bool CDataServerImpl::IsReportSource() {
-  return false;
-}
+std::wstring CDataServerImpl::GetFileFilter() { return {}; }
+bool CDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstring&) { return Open(path); }
+bool CDataServerImpl::IsReportSource() { return false; }
 
 namespace {
 
@@ -281,7 +229,8 @@ bool CDataServerImpl::FindPrecursorScan(int sample, int function, int scan, int&
     if (f == function || IsSameLevelKind(GetFunctionKind(sample, f)) || GetMSLevel(sample, f) != wantedLevel)
       continue;
     times.clear();
-    if (!GetRetentionTimes(sample, f, times) || times.empty()) return false;
+    GetRetentionTimes(sample, f, times);  // deliberately: times that could not be read count as 0
+    if (times.empty()) return false;
     std::optional<bool> alike;  // asked for once, and only when two scans are equally close
     for (std::size_t j = 0; j < times.size(); ++j) {
       const double distance = time - times[j];

@@ -3,10 +3,10 @@
 
 #include "masslynx/ml_data_server.h"
 #include "openlynx/openlynx_data_server.h"
-#include "plugin/data_server.h"
 #include "plugin/provider_table.h"
 
 #ifdef _WIN32
+#include "plugin/hostabi/failure.h"
 #define ZRML_EXPORT extern "C"  // named in exports.def
 #else
 #define ZRML_EXPORT extern "C" __attribute__((visibility("default")))
@@ -15,8 +15,8 @@
 namespace {
 
 template <class Server>
-zrml::CDataServerImpl* Create() {
-  return new Server;
+zrml::HostInstance* Create() {
+  return zrml::MakeInstance(std::make_unique<Server>());
 }
 
 constexpr std::array kProviders = {
@@ -27,18 +27,24 @@ constexpr std::array kProviders = {
 }  // namespace
 
 /// Whether a host of interface version `version` may use the library.
-ZRML_EXPORT bool CheckVersion(int version) {
-  return version == zrml::kInterfaceVersion;
-}
+ZRML_EXPORT bool CheckVersion(int version) { return version == zrml::kInterfaceVersion; }
 
-ZRML_EXPORT int GetInterfaceCount() {
-  return static_cast<int>(kProviders.size());
-}
+ZRML_EXPORT int GetInterfaceCount() { return static_cast<int>(kProviders.size()); }
 
 /// Creates a closed data server that the caller owns and destroys through its virtual destructor. For an
-/// unknown index: false, `*server` unchanged.
-ZRML_EXPORT bool GetInstance(std::uint64_t index, zrml::CDataServerImpl** server) {
+/// unknown index: false, `*instance` unchanged. Without memory: the host's out-of-memory exception.
+ZRML_EXPORT bool GetInstance(std::uint64_t index, zrml::HostInstance** instance) {
   if (index >= kProviders.size()) return false;
-  *server = kProviders[index]();
+#ifdef _WIN32
+  zrml::HostInstance* made = nullptr;
+  const zrml::hostabi::Failure failure = zrml::hostabi::Guarded([&] { made = kProviders[index](); });
+  if (failure != zrml::hostabi::Failure::kNone) {
+    zrml::hostabi::RaiseInHost(failure);
+    return false;
+  }
+  *instance = made;
+#else
+  *instance = kProviders[index]();
+#endif
   return true;
 }

@@ -102,9 +102,15 @@ CZRMassSpectrum& CZRMassSpectrum::operator=(CZRMassSpectrum&& other) noexcept {
   return *this;
 }
 
-CZRMassSpectrum::~CZRMassSpectrum() {
-  ReleasePointData(0);
+CZRMassSpectrum::~CZRMassSpectrum() { ReleasePointData(0); }
+
+#ifdef _WIN32
+void* CZRMassSpectrum::Destroy(unsigned flags) {
+  this->~CZRMassSpectrum();
+  if ((flags & 1) != 0) HostFree(this, sizeof(CZRMassSpectrum));
+  return this;
 }
+#endif
 
 // What CopyAttributes copies.
 template <class Self>

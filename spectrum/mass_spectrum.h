@@ -28,7 +28,14 @@ class CZRMassSpectrum {
   CZRMassSpectrum(CZRMassSpectrum&& other) noexcept { Swap(other); }
   CZRMassSpectrum& operator=(const CZRMassSpectrum& other);
   CZRMassSpectrum& operator=(CZRMassSpectrum&& other) noexcept;
+#ifdef _WIN32
+  ~CZRMassSpectrum();
+  /// What the host's compiler puts into a table for a virtual destructor: destroys and, when bit 0 of `flags`
+  /// is set, frees the memory. Hosts destroy with it the spectra that the plug-in has made in their vectors.
+  virtual void* Destroy(unsigned flags);
+#else
   virtual ~CZRMassSpectrum();
+#endif
 
   /// Sizes masses and intensities to `count` (new entries 0.0), and each optional array to `count` (new
   /// entries zero) or to nothing by its flag. 0 does what Clear does, negative counts give false and change

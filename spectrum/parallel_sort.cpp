@@ -62,6 +62,7 @@ bool SortParallelArrays(int key, bool ascending, std::size_t count, std::span<co
   const KeyType& type = kKeyTypes[key];
   if (keyArray->elementSize != type.size) return false;
 
+  if (count == 0) return true;
   Permutation order(count);
   std::iota(order.begin(), order.end(), std::size_t{0});
   type.sort(keyArray->data, ascending, order);

@@ -1,6 +1,6 @@
-// All that the operating system is asked for: files by wide path, existence tests, and the system code page.
-// Paths are as the interface gives them; off Windows a backslash separates folders as a slash does. A path
-// with an embedded NUL names nothing.
+// All that the operating system is asked for: files by wide path, existence tests, the system code page, and
+// the heap that is shared with a host. Paths are as the interface gives them; off Windows a backslash
+// separates folders as a slash does. A path with an embedded NUL names nothing.
 #pragma once
 
 #include <cstddef>
@@ -54,5 +54,9 @@ std::optional<std::string> ToCodePage(std::wstring_view text);
 /// survive the round trip: each becomes U+DC00 plus its value.
 std::wstring FromNativePath(std::string_view path);
 std::string ToNativePath(std::wstring_view path);
+
+/// Memory of the heap that the host's own allocations come from. Null when there is none left.
+void* SharedHeapAllocate(std::size_t bytes) noexcept;
+void SharedHeapFree(void* block) noexcept;
 
 }  // namespace zrml::platform

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
@@ -182,5 +183,8 @@ std::string ToNativePath(std::wstring_view path) {
   }
   return native;
 }
+
+void* SharedHeapAllocate(std::size_t bytes) noexcept { return std::malloc(bytes != 0 ? bytes : 1); }
+void SharedHeapFree(void* block) noexcept { std::free(block); }
 
 }  // namespace zrml::platform

@@ -95,17 +95,47 @@ bool IsFile(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-std::wstring FromCodePage(std::string_view text) {
-  return Widened(CP_ACP, text);
+std::wstring FromCodePage(std::string_view text) { return Widened(CP_ACP, text); }
+std::optional<std::string> ToCodePage(std::wstring_view text) { return Narrowed(CP_ACP, text); }
+std::wstring FromNativePath(std::string_view path) { return Widened(CP_UTF8, path); }
+std::string ToNativePath(std::wstring_view path) { return Narrowed(CP_UTF8, path).value_or(std::string()); }
+
+namespace {
+
+using MallocFunction = void* (*)(std::size_t);
+using FreeFunction = void (*)(void*);
+
+void* ProcessHeapAllocate(std::size_t bytes) { return ::HeapAlloc(::GetProcessHeap(), 0, bytes); }
+void ProcessHeapFree(void* block) { ::HeapFree(::GetProcessHeap(), 0, block); }
+
+struct SharedHeap {
+  MallocFunction allocate = ProcessHeapAllocate;
+  FreeFunction release = ProcessHeapFree;
+};
+
+// A host with the dynamic runtime allocates with ucrtbase.dll; one with the static runtime on the process
+// heap. On Windows the two are one heap, elsewhere (Wine) they are not.
+SharedHeap FindSharedHeap() {
+  const HMODULE runtime = ::GetModuleHandleW(L"ucrtbase.dll");
+  if (runtime == nullptr) return {};
+  const FARPROC allocate = ::GetProcAddress(runtime, "malloc");
+  const FARPROC release = ::GetProcAddress(runtime, "free");
+  if (allocate == nullptr || release == nullptr) return {};
+  return {reinterpret_cast<MallocFunction>(reinterpret_cast<void*>(allocate)),
+          reinterpret_cast<FreeFunction>(reinterpret_cast<void*>(release))};
 }
-std::optional<std::string> ToCodePage(std::wstring_view text) {
-  return Narrowed(CP_ACP, text);
+
+// Chosen once, before the first block, and constant from then on: every block goes back where it came from.
+const SharedHeap& TheSharedHeap() {
+  static const SharedHeap heap = FindSharedHeap();
+  return heap;
 }
-std::wstring FromNativePath(std::string_view path) {
-  return Widened(CP_UTF8, path);
+
+}  // namespace
+
+void* SharedHeapAllocate(std::size_t bytes) noexcept {
+  return TheSharedHeap().allocate(bytes != 0 ? bytes : 1);
 }
-std::string ToNativePath(std::wstring_view path) {
-  return Narrowed(CP_UTF8, path).value_or(std::string());
-}
+void SharedHeapFree(void* block) noexcept { TheSharedHeap().release(block); }
 
 }  // namespace zrml::platform

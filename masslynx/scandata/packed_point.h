@@ -9,9 +9,7 @@
 namespace zrml {
 
 /// 2^exponent; 0 <= exponent < 127.
-inline float PowerOfTwo(unsigned exponent) {
-  return std::bit_cast<float>((127U + exponent) << 23);
-}
+inline float PowerOfTwo(unsigned exponent) { return std::bit_cast<float>((127U + exponent) << 23); }
 
 /// mantissa x 4^exponent; 0 <= exponent <= 15.
 inline double PackedIntensity(std::int32_t mantissa, unsigned exponent) {

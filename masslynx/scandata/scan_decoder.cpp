@@ -89,12 +89,8 @@ bool DecodePairs(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unso
   return true;
 }
 
-double ListedIntensity2(const std::byte* p) {
-  return IntensityWord(LoadU16(p));
-}
-double ListedIntensity11(const std::byte* p) {
-  return FloatWord(LoadU32(p));
-}
+double ListedIntensity2(const std::byte* p) { return IntensityWord(LoadU16(p)); }
+double ListedIntensity11(const std::byte* p) { return FloatWord(LoadU32(p)); }
 
 // Points without masses of their own: `mass` tells them by position.
 template <std::size_t kPointSize, double (*Intensity)(const std::byte*), class Mass>

@@ -102,9 +102,7 @@ bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
   return a.retentionTime < b.retentionTime;
 }
 
-bool LowerOffset(const ScanIndexEntry& a, const ScanIndexEntry& b) {
-  return a.dataOffset < b.dataOffset;
-}
+bool LowerOffset(const ScanIndexEntry& a, const ScanIndexEntry& b) { return a.dataOffset < b.dataOffset; }
 
 }  // namespace
 

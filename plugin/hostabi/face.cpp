@@ -1,0 +1,87 @@
+#include "plugin/hostabi/face.h"
+
+#include <cstddef>
+#include <new>
+#include <tuple>
+
+#include "plugin/hostabi/crossing.h"
+#include "plugin/hostabi/failure.h"
+#include "plugin/hostabi/slots.h"
+
+namespace zrml::hostabi {
+namespace {
+
+// Calls one operation with arguments as they came from the host.
+template <auto Operation, class... Args>
+auto Forward(CDataServerImpl& server, WireOf<Args>... wires) {
+  std::tuple<Inbound<Args>...> arguments{Inbound<Args>(wires)...};
+  return std::apply(
+      [&](auto&... argument) {
+        auto result = (server.*Operation)(argument.Value()...);
+        (argument.Commit(), ...);
+        return result;
+      },
+      arguments);
+}
+
+// The function that stands in the host's table for one operation. Its frame holds nothing that needs cleaning
+// up, so the host's exception may pass through it.
+template <auto Operation, class Result, class... Args>
+struct Thunk {
+  static Result Call(Face* face, WireOf<Args>... wires) {
+    Result result{};
+    const Failure failure = Guarded([&] { result = Forward<Operation, Args...>(*face->server, wires...); });
+    if (failure != Failure::kNone) RaiseInHost(failure);
+    return result;
+  }
+};
+
+// A string is made in storage that the host gives, and its address returned.
+template <auto Operation, class... Args>
+struct Thunk<Operation, std::wstring, Args...> {
+  static HostString* Call(Face* face, HostString* result, WireOf<Args>... wires) {
+    const Failure failure = Guarded([&] {
+      new (result) HostString(std::wstring_view(Forward<Operation, Args...>(*face->server, wires...)));
+    });
+    if (failure != Failure::kNone) {
+      RaiseInHost(failure);
+      new (result) HostString();
+    }
+    return result;
+  }
+};
+
+void* Destroy(Face* face, unsigned flags) {
+  face->server.reset();
+  if ((flags & 1) != 0) delete face;
+  return face;
+}
+
+using AnyFunction = void (*)();
+
+template <auto Operation, class Result, class... Args>
+AnyFunction ThunkOf(Result (CDataServerImpl::*)(Args...)) {
+  return reinterpret_cast<AnyFunction>(&Thunk<Operation, Result, Args...>::Call);
+}
+
+struct Table {
+  const void* locator;  // of run-time type data; hosts never ask for it
+  AnyFunction slots[Operations::kSlotCount];
+};
+
+template <auto... Ops>
+Table MakeTable(OperationList<Ops...>) {
+  return {nullptr, {reinterpret_cast<AnyFunction>(&Destroy), ThunkOf<Ops>(Ops)...}};
+}
+
+const Table kTable = MakeTable(Operations());
+
+}  // namespace
+
+static_assert(offsetof(Face, table) == 0);
+
+Face* MakeFace(std::unique_ptr<CDataServerImpl> server) {
+  return new Face{reinterpret_cast<const void* const*>(kTable.slots), std::move(server)};
+}
+
+}  // namespace zrml::hostabi

@@ -1,0 +1,19 @@
+// The face of a data server for hosts built by Microsoft's compiler: an object that begins with the address
+// of a table of 51 functions. docs/host-contract.md
+#pragma once
+
+#include <memory>
+
+#include "plugin/data_server.h"
+
+namespace zrml::hostabi {
+
+struct Face {
+  const void* const* table;
+  std::unique_ptr<CDataServerImpl> server;
+};
+
+/// The face of `server`, which it owns. The host destroys it through slot 0.
+Face* MakeFace(std::unique_ptr<CDataServerImpl> server);
+
+}  // namespace zrml::hostabi
