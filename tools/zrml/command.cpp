@@ -1,0 +1,67 @@
+#include "tools/zrml/command.h"
+
+#include <charconv>
+#include <limits>
+#include <optional>
+
+#include "common/platform/platform.h"
+#include "tools/zrml/failure.h"
+
+namespace zrml {
+namespace {
+
+std::optional<int> ParseNumber(const std::string& text) {
+  int number = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, number);
+  return result.ec == std::errc() && result.ptr == end && number >= 1 ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+void AddPluginOption(CLI::App& options, std::string& plugin) {
+  options.add_option("--plugin", plugin, "The plug-in to load, instead of the one beside this program")
+      ->option_text("FILE");
+}
+
+Command::Command(CommandLine& line, const std::string& name, const std::string& description)
+    : line_(line), options_(*line.parser.add_subcommand(name, description)) {
+  options_.group("Commands");
+  options_
+      .add_option("PATH", path_, "The data source: a raw directory, a data file of one, or a report file")
+      ->option_text("REQUIRED")
+      ->required();
+  options_.add_flag("--json", wantsJson_, "Print JSON, for programs");
+  AddPluginOption(options_, line_.plugin);
+}
+
+Command::~Command() = default;
+
+CLI::Option* Command::AddNumber(const std::string& option, int& number, const std::string& description) {
+  const auto store = [option, &number](const std::string& text) {
+    const std::optional<int> parsed = ParseNumber(text);
+    if (!parsed) {
+      const std::string largest = std::to_string(std::numeric_limits<int>::max());
+      throw CLI::ValidationError(option, "\"" + text + "\" is not a whole number from 1 to " + largest);
+    }
+    number = *parsed;
+  };
+  return options_.add_option_function<std::string>(option, store, description)->option_text("N");
+}
+
+Source Command::OpenSource() const {
+  if (path_.empty()) throw Failure(ExitStatus::kWrongUsage, L"PATH is empty");
+  return Source::Open(platform::FromNativePath(path_), platform::FromNativePath(line_.plugin));
+}
+
+FunctionCommand::FunctionCommand(CommandLine& line, const std::string& name, const std::string& description)
+    : Command(line, name, description) {
+  AddNumber("--function", function_, "The function, counted from 1")->required()->option_text("N REQUIRED");
+  AddNumber("--sample", sample_, "The sample, counted from 1; the first unless given");
+}
+
+FunctionPosition FunctionCommand::Find(const Source& source) const {
+  return FindFunction(source.Server(), sample_, function_);
+}
+
+}  // namespace zrml

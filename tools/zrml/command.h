@@ -1,0 +1,66 @@
+// A command of the program. A new command is one file with a class derived from Command, and its line in
+// kCommands (command_line.cpp).
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/zrml/output.h"
+#include "tools/zrml/source.h"
+
+namespace zrml {
+
+/// The command line: the parser, and what holds for every command.
+struct CommandLine {
+  CLI::App parser;
+  std::string plugin;  // native text; empty for the file beside the program
+};
+
+class Command {
+ public:
+  /// Adds the command to the parser with what all have: PATH, --plugin and --json.
+  Command(CommandLine& line, const std::string& name, const std::string& description);
+  Command(const Command&) = delete;
+  Command& operator=(const Command&) = delete;
+  virtual ~Command();
+
+  bool IsChosen() const { return options_.parsed(); }
+
+  /// Throws a Failure.
+  virtual void Run(Output& out) = 0;
+
+ protected:
+  /// An option whose argument counts from 1.
+  CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description);
+
+  CLI::App& Options() { return options_; }
+  bool WantsJson() const { return wantsJson_; }
+  Source OpenSource() const;
+
+ private:
+  CommandLine& line_;
+  CLI::App& options_;
+  std::string path_;
+  bool wantsJson_ = false;
+};
+
+/// --sample and --function, which choose a function.
+class FunctionCommand : public Command {
+ protected:
+  FunctionCommand(CommandLine& line, const std::string& name, const std::string& description);
+  FunctionPosition Find(const Source& source) const;
+
+ private:
+  int sample_ = 1;
+  int function_ = 0;
+};
+
+void AddPluginOption(CLI::App& options, std::string& plugin);
+
+std::unique_ptr<Command> MakeInfoCommand(CommandLine& line);
+std::unique_ptr<Command> MakeSpectrumCommand(CommandLine& line);
+std::unique_ptr<Command> MakeChromatogramCommand(CommandLine& line);
+
+}  // namespace zrml

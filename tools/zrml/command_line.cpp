@@ -1,0 +1,110 @@
+#include "tools/zrml/command_line.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+
+#include "common/platform/platform.h"
+#include "tools/zrml/command.h"
+#include "tools/zrml/format.h"
+#include "tools/zrml/host_system.h"
+#include "tools/zrml/output.h"
+
+namespace zrml {
+namespace {
+
+constexpr std::array kCommands = {
+    MakeInfoCommand,
+    MakeSpectrumCommand,
+    MakeChromatogramCommand,
+};
+
+using Commands = std::vector<std::unique_ptr<Command>>;
+
+Commands SetUp(CommandLine& line) {
+  CLI::App& parser = line.parser;
+  parser.name("zrml");
+  parser.description("Reads mass-spectrometry data through the ZRMLProvider plug-in.");
+  parser.footer("zrml COMMAND --help tells more about a command.");
+  parser.allow_windows_style_options(false);  // a slash begins a path
+  parser.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  parser.get_formatter()->label("Positionals", "Arguments");
+  parser.get_formatter()->column_width(28);
+  parser.set_version_flag("--version", "zrml " ZRML_VERSION, "Print the version of this program");
+  AddPluginOption(parser, line.plugin);
+  parser.require_subcommand(1);
+  Commands commands;
+  for (const auto make : kCommands) commands.push_back(make(line));
+  return commands;
+}
+
+// What is wrong with the command line, in our words where the parser's are hard to read.
+std::string ProblemOf(const CLI::App& parser, const CLI::ParseError& error) {
+  const std::string text = error.what();
+  const std::vector<std::string> unknown = parser.remaining(true);
+  const bool hasCommand = !parser.get_subcommands().empty();
+  if (!unknown.empty() && (hasCommand || unknown.front().starts_with('-')))
+    return unknown.front() + " is not expected";
+  if (!hasCommand && !unknown.empty()) return "there is no command " + unknown.front();
+  if (!hasCommand && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+    return "a command is missing";
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) == nullptr) return text;
+  const std::string option = text.substr(0, text.find(':'));
+  return option +
+         (text.find("received") == std::string::npos ? " needs a value" : " is given more than once");
+}
+
+Failure WrongUsage(const CLI::App& parser, const CLI::ParseError& error) {
+  std::string help = "zrml";
+  for (const CLI::App* command : parser.get_subcommands()) help += ' ' + command->get_name();
+  return Failure(ExitStatus::kWrongUsage,
+                 platform::FromNativePath(ProblemOf(parser, error) + " (see " + help + " --help)"));
+}
+
+// The parser's help and version, or the chosen command's result.
+void Run(CommandLine& line, const Commands& commands, std::vector<std::string> arguments, Output& out) {
+  std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
+  try {
+    line.parser.parse(std::move(arguments));
+  } catch (const CLI::CallForHelp&) {
+    return out.Text(line.parser.help());
+  } catch (const CLI::CallForVersion& version) {
+    return out.Text(std::string(version.what()) + "\n");
+  } catch (const CLI::ParseError& error) {
+    throw WrongUsage(line.parser, error);
+  }
+  for (const std::unique_ptr<Command>& command : commands) {
+    if (command->IsChosen()) command->Run(out);
+  }
+}
+
+ExitStatus Report(ExitStatus status, const std::wstring& message) {
+  std::wstring ignored;
+  WriteStream(Stream::kError, "zrml: " + VisibleUtf8(message) + "\n", ignored);
+  return status;
+}
+
+}  // namespace
+
+ExitStatus RunCommandLine(std::vector<std::string> arguments) {
+  ReportClosedPipes();
+  try {
+    CommandLine line;
+    const Commands commands = SetUp(line);
+    Output out;
+    Run(line, commands, std::move(arguments), out);
+    out.Finish();
+    return ExitStatus::kDone;
+  } catch (const ReaderGone&) {
+    return ExitStatus::kDone;
+  } catch (const Failure& failure) {
+    return Report(failure.status, failure.message);
+  } catch (const std::bad_alloc&) {
+    return Report(ExitStatus::kUnreadable, L"not enough memory");
+  } catch (const std::exception& error) {
+    return Report(ExitStatus::kUnreadable, platform::FromNativePath(error.what()));
+  }
+}
+
+}  // namespace zrml

@@ -1,0 +1,15 @@
+// The program as a function of its arguments.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/zrml/failure.h"
+
+namespace zrml {
+
+/// Runs the command that `arguments` ask for (native text, without the program's name): its result on
+/// standard output, or one line on standard error.
+ExitStatus RunCommandLine(std::vector<std::string> arguments);
+
+}  // namespace zrml

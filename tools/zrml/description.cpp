@@ -1,0 +1,96 @@
+#include "tools/zrml/description.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zrml {
+namespace {
+
+// Positions 0 to count - 1 through `make`.
+template <class Make>
+auto List(int count, Make make) {
+  std::vector<decltype(make(0))> items;
+  for (int i = 0; i < count; ++i) items.push_back(make(i));
+  return items;
+}
+
+std::vector<MetadataItem> Metadata(CDataServerImpl& server, int sample, int function) {
+  std::vector<MetadataItem> items;
+  std::vector<std::wstring> keys;
+  if (!server.GetMetadataKeys(sample, function, keys)) return items;
+  for (const std::wstring& key : keys) {
+    const auto hasKey = [&](const MetadataItem& item) { return item.key == key; };
+    if (std::any_of(items.begin(), items.end(), hasKey)) continue;
+    MetadataItem& item = items.emplace_back(MetadataItem{key, std::nullopt});
+    std::wstring value;
+    if (server.GetMetadataValue(sample, function, key, value)) item.value = value;
+  }
+  return items;
+}
+
+std::optional<NumberRange> TimeRange(CDataServerImpl& server, int sample, int function) {
+  HostVector<double> times;
+  if (!server.GetRetentionTimes(sample, function, times)) return std::nullopt;
+  std::optional<NumberRange> range;
+  for (const double time : times) {
+    if (std::isnan(time)) continue;
+    if (!range) range = NumberRange{time, time};
+    range->low = std::min(range->low, time);
+    range->high = std::max(range->high, time);
+  }
+  return range;
+}
+
+FunctionDescription DescribeFunction(CDataServerImpl& server, int sample, int function) {
+  FunctionDescription description;
+  description.number = function + 1;
+  description.name = server.GetFunctionName(sample, function);
+  description.kind = server.GetFunctionKind(sample, function);
+  description.msLevel = server.GetMSLevel(sample, function);
+  description.scanType = server.GetMSMSScanType(sample, function);
+  description.polarity = server.GetPolarity(sample, function);
+  description.scans = std::max(server.GetScanCount(sample, function), 0);
+  if (description.scans > 0) {
+    description.minutes = TimeRange(server, sample, function);
+    description.isCentroided = server.IsCentroided(sample, function);
+  }
+  NumberRange masses;
+  if (server.GetFunctionMassRange(sample, function, masses.low, masses.high)) description.massRange = masses;
+  description.dimensions = server.GetDimensionCount(sample, function);
+  if (server.HasMobility(sample, function))
+    description.driftBins = server.GetMobilityBinCount(sample, function);
+  description.traces = List(server.GetFunctionTraceCount(sample, function), [&](int trace) {
+    return NamedItem{trace + 1, server.GetFunctionTraceName(sample, function, trace)};
+  });
+  description.metadata = Metadata(server, sample, function);
+  return description;
+}
+
+SampleDescription DescribeSample(CDataServerImpl& server, int sample) {
+  SampleDescription description;
+  description.number = sample + 1;
+  description.name = server.GetSampleName(sample);
+  description.functions = List(server.GetFunctionCount(sample),
+                               [&](int function) { return DescribeFunction(server, sample, function); });
+  description.traces = List(server.GetTraceCount(sample), [&](int trace) {
+    return NamedItem{trace + 1, server.GetTraceName(sample, trace)};
+  });
+  if (server.HasAbsorbanceData(sample)) description.absorbanceScans = server.GetAbsorbanceScanCount(sample);
+  description.metadata = Metadata(server, sample, 0);
+  return description;
+}
+
+}  // namespace
+
+SourceDescription Describe(const Source& source) {
+  CDataServerImpl& server = source.Server();
+  SourceDescription description;
+  description.path = source.Path();
+  description.provider = server.GetProviderName();
+  description.isReport = server.IsReportSource();
+  description.samples =
+      List(server.GetSampleCount(), [&](int sample) { return DescribeSample(server, sample); });
+  return description;
+}
+
+}  // namespace zrml

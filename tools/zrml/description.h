@@ -1,0 +1,59 @@
+// All that an open source tells about itself without its points: what `zrml info` shows. Values that the
+// provider does not give are absent. Numbers count from 1.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/zrml/source.h"
+#include "tools/zrml/value.h"
+
+namespace zrml {
+
+struct NamedItem {
+  int number = 0;
+  std::wstring name;
+};
+
+struct MetadataItem {
+  std::wstring key;
+  std::optional<std::wstring> value;
+};
+
+struct FunctionDescription {
+  int number = 0;
+  std::wstring name;
+  int kind = 0;
+  int msLevel = 0;
+  int scanType = 0;
+  int polarity = 0;
+  int scans = 0;
+  std::optional<NumberRange> minutes;    // of the scans
+  std::optional<NumberRange> massRange;  // set in the method
+  std::optional<bool> isCentroided;      // absent without scans
+  int dimensions = 0;
+  std::optional<int> driftBins;  // present with mobility
+  std::vector<NamedItem> traces;
+  std::vector<MetadataItem> metadata;
+};
+
+struct SampleDescription {
+  int number = 0;
+  std::wstring name;
+  std::vector<FunctionDescription> functions;
+  std::vector<NamedItem> traces;
+  std::optional<int> absorbanceScans;
+  std::vector<MetadataItem> metadata;  // as given for the first function
+};
+
+struct SourceDescription {
+  std::wstring path;
+  std::wstring provider;
+  bool isReport = false;
+  std::vector<SampleDescription> samples;
+};
+
+SourceDescription Describe(const Source& source);
+
+}  // namespace zrml

@@ -1,0 +1,47 @@
+// What the host asks of the operating system: its arguments, its folder, libraries to load, and the standard
+// streams.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zrml {
+
+/// The arguments without the program's name, as native text (UTF-8 on Windows).
+std::vector<std::string> ProgramArguments(int argc, char** argv);
+
+/// Folder of the running program, with its separator at the end.
+std::wstring ProgramFolder();
+
+/// A shared library. It stays loaded as long as the program runs: an exception that leaves it outlives
+/// whoever loaded it.
+class SharedLibrary {
+ public:
+  /// No value when `path` cannot be loaded; `error` then says why.
+  static std::optional<SharedLibrary> Load(const std::wstring& path, std::wstring& error);
+
+  /// The exported function `name` as a pointer of type `Function`; null when there is none.
+  template <class Function>
+  Function Find(const char* name) const {
+    return reinterpret_cast<Function>(Symbol(name));
+  }
+
+ private:
+  explicit SharedLibrary(void* handle) : handle_(handle) {}
+  void* Symbol(const char* name) const;
+
+  void* handle_;
+};
+
+enum class Stream { kOutput, kError };
+enum class WriteResult { kWritten, kReaderGone, kFailed };
+
+/// Makes a write to a closed pipe a result instead of the end of the program.
+void ReportClosedPipes();
+
+/// Writes all of `utf8`, byte for byte. `error` says why it failed.
+WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error);
+
+}  // namespace zrml

@@ -1,0 +1,53 @@
+#include <cerrno>
+#include <csignal>
+#include <dlfcn.h>
+#include <filesystem>
+#include <system_error>
+#include <unistd.h>
+
+#include "common/platform/platform.h"
+#include "tools/zrml/host_system.h"
+
+namespace zrml {
+
+std::vector<std::string> ProgramArguments(int argc, char** argv) {
+  return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
+std::wstring ProgramFolder() {
+  std::error_code ignored;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+  return platform::FromNativePath((program.parent_path() / "").native());
+}
+
+std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::wstring& error) {
+  std::string native = platform::ToNativePath(path);
+  if (native.find('/') == std::string::npos)
+    native.insert(0, "./");  // a bare name would be looked up in system folders
+  if (void* handle = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL)) return SharedLibrary(handle);
+  const char* reason = ::dlerror();
+  error = platform::FromNativePath(reason != nullptr ? reason : "unknown error");
+  return std::nullopt;
+}
+
+void* SharedLibrary::Symbol(const char* name) const { return ::dlsym(handle_, name); }
+
+void ReportClosedPipes() { std::signal(SIGPIPE, SIG_IGN); }
+
+WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {
+  const int file = stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
+  while (!utf8.empty()) {
+    const ssize_t count = ::write(file, utf8.data(), utf8.size());
+    if (count >= 0) {
+      utf8.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno == EPIPE) {
+      return WriteResult::kReaderGone;
+    } else if (errno != EINTR) {
+      error = platform::FromNativePath(std::generic_category().message(errno));
+      return WriteResult::kFailed;
+    }
+  }
+  return WriteResult::kWritten;
+}
+
+}  // namespace zrml

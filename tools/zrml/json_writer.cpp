@@ -1,0 +1,85 @@
+#include "tools/zrml/json_writer.h"
+
+#include <cmath>
+#include <string>
+
+#include "common/text.h"
+#include "tools/zrml/format.h"
+
+namespace zrml {
+
+void JsonWriter::Indent() {
+  out_.Text("\n");
+  for (int i = 0; i < depth_; ++i) out_.Text("  ");
+}
+
+void JsonWriter::Separate() {
+  if (!isKeyed_ && depth_ > 0) {
+    if (!isFirst_) out_.Text(",");
+    Indent();
+  }
+  isFirst_ = isKeyed_ = false;
+}
+
+JsonWriter& JsonWriter::Key(std::wstring_view key) {
+  Separate();
+  out_.Text(QuotedJson(key) + ": ");
+  isKeyed_ = true;
+  return *this;
+}
+
+JsonWriter& JsonWriter::Key(std::string_view ascii) { return Key(Widen(ascii)); }
+
+void JsonWriter::Begin(char bracket) {
+  Separate();
+  out_.Text({&bracket, 1});
+  ++depth_;
+  isFirst_ = true;
+}
+
+void JsonWriter::End(char bracket) {
+  --depth_;
+  if (!isFirst_) Indent();
+  out_.Text({&bracket, 1});
+  isFirst_ = false;
+}
+
+void JsonWriter::Null() {
+  Separate();
+  out_.Text("null");
+}
+
+void JsonWriter::Bool(bool value) {
+  Separate();
+  out_.Text(value ? "true" : "false");
+}
+
+void JsonWriter::Integer(long long value) {
+  Separate();
+  out_.Text(std::to_string(value));
+}
+
+void JsonWriter::Number(double value) {
+  if (!std::isfinite(value)) return Null();
+  Separate();
+  out_.Number(value);
+}
+
+void JsonWriter::String(std::wstring_view value) {
+  Separate();
+  out_.Text(QuotedJson(value));
+}
+
+void JsonWriter::Numbers(std::span<const double> values) {
+  Separate();
+  out_.Text("[");
+  std::string_view separator;
+  for (const double value : values) {
+    out_.Text(separator);
+    std::isfinite(value) ? out_.Number(value) : out_.Text("null");
+    separator = ", ";
+  }
+  out_.Text("]");
+}
+
+}  // namespace zrml

@@ -1,0 +1,21 @@
+#include "tools/zrml/output.h"
+
+#include "tools/zrml/failure.h"
+#include "tools/zrml/format.h"
+#include "tools/zrml/host_system.h"
+
+namespace zrml {
+
+void Output::Number(double value) { AppendNumber(value, buffer_); }
+
+void Output::Finish() {
+  std::wstring error;
+  const WriteResult result = WriteStream(Stream::kOutput, buffer_, error);
+  buffer_.clear();
+  if (result == WriteResult::kReaderGone) throw ReaderGone();
+  if (result == WriteResult::kFailed) {
+    throw Failure(ExitStatus::kUnreadable, L"cannot write the output (" + error + L")");
+  }
+}
+
+}  // namespace zrml

@@ -1,0 +1,42 @@
+// What a command that prints points has to say: attributes, then columns of numbers. Text has "# key: value"
+// lines, a line of column names and a line per point, separated by tabs; JSON has the attributes as members
+// and each column as an array.
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "tools/zrml/output.h"
+#include "tools/zrml/source.h"
+#include "tools/zrml/value.h"
+
+namespace zrml {
+
+struct Attribute {
+  std::string_view key;
+  Value value;
+};
+
+struct Column {
+  std::string_view name;  // in the line of column names
+  std::string_view key;   // in JSON
+  std::span<const double> values;
+};
+
+struct Report {
+  void Add(const std::vector<Attribute>& more) {
+    attributes.insert(attributes.end(), more.begin(), more.end());
+  }
+
+  std::vector<Attribute> attributes;
+  std::vector<Column> columns;  // of one length
+};
+
+/// The attributes that tell where the points are from.
+std::vector<Attribute> OriginOf(const Source& source, const FunctionPosition& position);
+
+void PrintText(const Report& report, Output& out);
+void PrintJson(const Report& report, Output& out);
+
+}  // namespace zrml

@@ -1,0 +1,40 @@
+// Rows of text in aligned columns. A column in which no row has anything to say is left out.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/zrml/output.h"
+
+namespace zrml {
+
+class TextTable {
+ public:
+  enum class Align { kLeft, kRight };
+  struct Column {
+    std::string title;
+    Align align = Align::kLeft;
+  };
+
+  /// Stands in a cell that has nothing to say.
+  static constexpr const char* kNothing = "-";
+
+  explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+  /// One UTF-8 text per column, on one line.
+  void AddRow(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+
+  /// Titles first, unless all are empty.
+  void Print(std::string_view indent, Output& out) const;
+
+ private:
+  using Row = std::vector<std::string>;
+  bool IsShown(std::size_t column) const;
+  std::size_t Width(std::size_t column) const;
+
+  std::vector<Column> columns_;
+  std::vector<Row> rows_;
+};
+
+}  // namespace zrml
