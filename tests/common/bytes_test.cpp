@@ -32,7 +32,8 @@ const ReadCase kReads[] = {
     {"I16", 2, [](ByteCursor& c) { return static_cast<double>(c.I16()); }, 0x9281 - 0x10000},
     {"U32", 4, [](ByteCursor& c) { return static_cast<double>(c.U32()); }, 0xC4A39281},
     {"I32", 4, [](ByteCursor& c) { return static_cast<double>(c.I32()); }, 0xC4A39281 - 4294967296.0},
-    // 0xC4A39281: sign 1, exponent 0x89 - 127 = 10, mantissa 1.0100011 10010010 10000001 in binary = 0xA39281 / 2^23.
+    // 0xC4A39281: sign 1, exponent 0x89 - 127 = 10, mantissa 1.0100011 10010010 10000001 in binary = 0xA39281
+    // / 2^23.
     {"F32", 4, [](ByteCursor& c) { return static_cast<double>(c.F32()); }, -0xA39281 / 8192.0},
 };
 
@@ -84,11 +85,22 @@ TEST(ByteCursor, SkipsWithinTheBytesAndFailsBeyondThem) {
     bool ok;
     std::size_t remaining;
   } cases[] = {
-      {0, 0, true, 8},         {0, 7, true, 1},         {0, 8, true, 0},          {0, 9, false, 0},
-      {3, 5, true, 0},         {3, 6, false, 0},        {8, 0, true, 0},          {8, 1, false, 0},
-      {9, 0, false, 0},        {0, kLargest, false, 0}, {1, kLargest, false, 0},  // 1 + (2^64 - 1) would wrap to 0
-      {8, kLargest - 7, false, 0},                      {kLargest, 0, false, 0},  {kLargest, 1, false, 0},
-      {0, 1ULL << 32, false, 0},                        {1ULL << 63, 0, false, 0},
+      {0, 0, true, 8},
+      {0, 7, true, 1},
+      {0, 8, true, 0},
+      {0, 9, false, 0},
+      {3, 5, true, 0},
+      {3, 6, false, 0},
+      {8, 0, true, 0},
+      {8, 1, false, 0},
+      {9, 0, false, 0},
+      {0, kLargest, false, 0},
+      {1, kLargest, false, 0},  // 1 + (2^64 - 1) would wrap to 0
+      {8, kLargest - 7, false, 0},
+      {kLargest, 0, false, 0},
+      {kLargest, 1, false, 0},
+      {0, 1ULL << 32, false, 0},
+      {1ULL << 63, 0, false, 0},
   };
   for (const auto& expected : cases) {
     SCOPED_TRACE(testing::Message() << expected.start << " + " << expected.count);

@@ -155,8 +155,8 @@ TEST(TakeDouble, LeadingWhiteSpaceIsSkipped) {
 
 TEST(TakeDouble, OtherSpacesAndDigitsOfUnicodeAreNoPartOfANumber) {
   // U+0120 and U+0131 have the low byte of a blank and of the digit 1.
-  for (const wchar_t other : {L'\0', L'\x08', L'\x0e', L'\x1f', L'\x85', L'\xa0', L'\x120', L'\x131', L'\x661',
-                              L'\x2003', L'\x3000', L'\xff11'}) {
+  for (const wchar_t other : {L'\0', L'\x08', L'\x0e', L'\x1f', L'\x85', L'\xa0', L'\x120', L'\x131',
+                              L'\x661', L'\x2003', L'\x3000', L'\xff11'}) {
     const std::wstring before = std::wstring(1, other) + L"1";
     std::wstring_view text = before;
     EXPECT_FALSE(TakeDouble(text).has_value()) << std::hex << static_cast<unsigned>(other);
@@ -166,8 +166,9 @@ TEST(TakeDouble, OtherSpacesAndDigitsOfUnicodeAreNoPartOfANumber) {
 }
 
 TEST(TakeDouble, TextWithoutNumberGivesNothingAndStays) {
-  for (const std::wstring before : {L"", L"   ", L"+", L"-", L".", L"+.", L"-.e1", L".x", L"e5", L"x", L"abc", L"- 1",
-                                    L"+-1", L"--1", L"in", L"na", L"-i", L"x10", L" p1", L"\n", L",5"}) {
+  for (const std::wstring before :
+       {L"",    L"   ", L"+",   L"-",  L".",  L"+.", L"-.e1", L".x",  L"e5", L"x", L"abc",
+        L"- 1", L"+-1", L"--1", L"in", L"na", L"-i", L"x10",  L" p1", L"\n", L",5"}) {
     std::wstring_view text = before;
     EXPECT_FALSE(TakeDouble(text).has_value()) << testing::PrintToString(before);
     EXPECT_EQ(text, before);
@@ -187,20 +188,23 @@ TEST(TakeDouble, NothingBeyondTheViewIsRead) {
 
 TEST(TakeDouble, TooLargeValuesAreInfinityWithTheirSign) {
   const double infinity = DoubleLimits::infinity();
-  ExpectTaken<double>(takeDouble, {
-                                      {L"1e308", 1e308},
-                                      {L"1.7976931348623157e308", DoubleLimits::max()},
-                                      {L"0x1.fffffffffffff7p1023", DoubleLimits::max()},
-                                      {L"0x1.fffffffffffff8p1023", infinity},  // half-way to 2^1024 rounds to even
-                                      {L"1e309", infinity},
-                                      {L"-1e309x", -infinity, L"x"},
-                                      {L"-0x1p1024", -infinity},
-                                      {L"1e99999999999999999999", infinity},
-                                      {L"-0x1p99999999999999999999", -infinity},
-                                      {L"1" + Zeros(400), infinity},
-                                      {L"-1" + Zeros(400) + L"e-10", -infinity},
-                                      {L"0x1" + Zeros(400), infinity},
-                                  });
+  ExpectTaken<double>(takeDouble,
+                      {
+                          {L"1e308", 1e308},
+                          {L"1.7976931348623157e308", DoubleLimits::max()},
+                          {L"0x1.fffffffffffff7p1023", DoubleLimits::max()},
+                          {L"0x1.fffffffffffff8p1023", infinity},  // half-way to 2^1024 rounds to even
+                          {L"1e309", infinity},
+                          {L"-1e309x", -infinity, L"x"},
+                          {L"-0x1p1024", -infinity},
+                          {L"1e99999999999999999999", infinity},
+                          {L"0x1" + Zeros(400) + L"p-500", infinity},  // 2^1100
+                          {L"1e9223372036854775807", infinity},        // 2^63 - 1
+                          {L"-0x1p99999999999999999999", -infinity},
+                          {L"1" + Zeros(400), infinity},
+                          {L"-1" + Zeros(400) + L"e-10", -infinity},
+                          {L"0x1" + Zeros(400), infinity},
+                      });
 }
 
 TEST(TakeDouble, TooSmallValuesAreZeroWithTheirSign) {
@@ -208,6 +212,8 @@ TEST(TakeDouble, TooSmallValuesAreZeroWithTheirSign) {
                                       {L"1e-400", 0.0},
                                       {L"-1e-400x", -0.0, L"x"},
                                       {L"1e-99999999999999999999", 0.0},
+                                      {L"0x." + Zeros(400) + L"1p500", 0.0},  // 2^-1104
+                                      {L"-0.01e-9223372036854775807", -0.0},
                                       {L"-0x1p-99999999999999999999", -0.0},
                                       {L"0." + Zeros(400) + L"1", 0.0},
                                       {L"-0." + Zeros(400) + L"1e10", -0.0},
@@ -243,16 +249,17 @@ TEST(TakeDouble, LongMantissaAndExponentCancelOut) {
 
 TEST(TakeDouble, RoundsToNearestEvenAtEveryDigit) {
   // Neighbours of 1 are 2^-52 apart; 1 + 2^-53 is 1.00000000000000011102230246251565404236316680908203125.
-  ExpectTaken<double>(takeDouble, {
-                                      {L"1.00000000000000011102230246251565404236316680908203125", 1.0},
-                                      {L"1.00000000000000011102230246251565404236316680908203126", 0x1.0000000000001p0},
-                                      {L"1.00000000000000033306690738754696212708950042724609375", 0x1.0000000000002p0},
-                                      {L"0x1.00000000000008", 1.0},
-                                      {L"0x1.00000000000008000000000000001", 0x1.0000000000001p0},
-                                      {L"0x1.00000000000018", 0x1.0000000000002p0},
-                                      {L"9007199254740993", 9007199254740992.0},
-                                      {L"0.1", 0x1.999999999999ap-4},
-                                  });
+  ExpectTaken<double>(takeDouble,
+                      {
+                          {L"1.00000000000000011102230246251565404236316680908203125", 1.0},
+                          {L"1.00000000000000011102230246251565404236316680908203126", 0x1.0000000000001p0},
+                          {L"1.00000000000000033306690738754696212708950042724609375", 0x1.0000000000002p0},
+                          {L"0x1.00000000000008", 1.0},
+                          {L"0x1.00000000000008000000000000001", 0x1.0000000000001p0},
+                          {L"0x1.00000000000018", 0x1.0000000000002p0},
+                          {L"9007199254740993", 9007199254740992.0},
+                          {L"0.1", 0x1.999999999999ap-4},
+                      });
 }
 
 TEST(TakeFloat, FollowsTheSameGrammar) {
@@ -271,19 +278,22 @@ TEST(TakeFloat, FollowsTheSameGrammar) {
 }
 
 TEST(TakeFloat, IsRoundedOnceAndNotThroughDouble) {
-  // Floats next to 1 are 2^-23 apart. These decimals lie a hair beside the middle of two floats, nearer than a double can
-  // tell: a double in between would be the middle itself, which then rounds to the even float, on the other side.
-  ExpectTaken<float>(takeFloat, {
-                                    {L"1.00000005960464477539062501", 0x1.000002p0F},  // 1 + 2^-24 + 1e-26
-                                    {L"1.00000017881393432617187499", 0x1.000002p0F},  // 1 + 3 * 2^-24 - 1e-26
-                                    {L"0x1.00000100000000001", 0x1.000002p0F},
-                                });
+  // Floats next to 1 are 2^-23 apart. These decimals lie a hair beside the middle of two floats, nearer than
+  // a double can tell: a double in between would be the middle itself, which then rounds to the even float,
+  // on the other side.
+  ExpectTaken<float>(takeFloat,
+                     {
+                         {L"1.00000005960464477539062501", 0x1.000002p0F},  // 1 + 2^-24 + 1e-26
+                         {L"1.00000017881393432617187499", 0x1.000002p0F},  // 1 + 3 * 2^-24 - 1e-26
+                         {L"0x1.00000100000000001", 0x1.000002p0F},
+                     });
   ASSERT_EQ(static_cast<float>(1.00000005960464477539062501), 1.0F);
   ASSERT_EQ(static_cast<float>(1.00000017881393432617187499), 0x1.000004p0F);
 }
 
 TEST(TakeFloat, ValuesBeyondItsRangeAreInfinityOrZeroWithTheirSign) {
-  // The middle of the largest float and 2^128 is 3.40282356779733661...e38; half the smallest subnormal is 7.006e-46.
+  // The middle of the largest float and 2^128 is 3.40282356779733661...e38; half the smallest subnormal
+  // is 7.006e-46.
   ExpectTaken<float>(takeFloat, {
                                     {L"3.4028235e38", FloatLimits::max()},
                                     {L"3.4028235677973366e38", FloatLimits::max()},
@@ -304,10 +314,22 @@ TEST(TakeInt, DecimalIntegersTakeTheLongestValidPrefix) {
     int value;
     std::wstring rest;
   } cases[] = {
-      {L"0", 0, L""},           {L" \t\n\v\f\r42abc", 42, L"abc"}, {L"-42", -42, L""},   {L"+42", 42, L""},
-      {L"00012", 12, L""},      {L"0x10", 0, L"x10"},              {L"12.5", 12, L".5"}, {L"1e5", 1, L"e5"},
-      {L"-0", 0, L""},          {L"1-2", 1, L"-2"},                {L"1\x661", 1, L"\x661"},
-      {L"1\xa0" L"2", 1, L"\xa0" L"2"},
+      {L"0", 0, L""},
+      {L" \t\n\v\f\r42abc", 42, L"abc"},
+      {L"-42", -42, L""},
+      {L"+42", 42, L""},
+      {L"00012", 12, L""},
+      {L"0x10", 0, L"x10"},
+      {L"12.5", 12, L".5"},
+      {L"1e5", 1, L"e5"},
+      {L"-0", 0, L""},
+      {L"1-2", 1, L"-2"},
+      {L"1\x661", 1, L"\x661"},
+      {L"1\xa0"
+       L"2",
+       1,
+       L"\xa0"
+       L"2"},
   };
   for (const auto& expected : cases) {
     std::wstring_view text = expected.text;
@@ -341,7 +363,8 @@ TEST(TakeInt, ValuesOutside32BitsBecomeTheNearestLimit) {
 }
 
 TEST(TakeInt, TextWithoutIntegerGivesNothingAndStays) {
-  for (const std::wstring before : {L"", L" ", L"-", L"+", L"- 1", L"+-1", L".5", L"x1", L"inf", L"\xa0\x31"}) {
+  for (const std::wstring before :
+       {L"", L" ", L"-", L"+", L"- 1", L"+-1", L".5", L"x1", L"inf", L"\xa0\x31"}) {
     std::wstring_view text = before;
     EXPECT_FALSE(TakeInt(text).has_value()) << testing::PrintToString(before);
     EXPECT_EQ(text, before);
@@ -352,8 +375,8 @@ TEST(TakeInt, TextWithoutIntegerGivesNothingAndStays) {
 class CommaLocale {
  public:
   CommaLocale() {
-    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR", "nl_NL.UTF-8", "ru_RU.UTF-8",
-                             "German_Germany.1252", "German", "French"}) {
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR", "nl_NL.UTF-8",
+                             "ru_RU.UTF-8", "German_Germany.1252", "German", "French"}) {
       if (std::setlocale(LC_ALL, name) && *std::localeconv()->decimal_point == ',') {
         found_ = true;
         return;
@@ -371,7 +394,9 @@ class CommaLocale {
 TEST(Numbers, AProcessLocaleWithDecimalCommaChangesNothing) {
   const CommaLocale locale;
   if (!locale.Found()) GTEST_SKIP() << "no locale with a decimal comma is installed here";
-  ExpectTaken<double>(takeDouble, {{L"1.5", 1.5}, {L"1,5", 1.0, L",5"}, {L"0x1.8p0", 1.5}, {L"1e309", DoubleLimits::infinity()}});
+  ExpectTaken<double>(
+      takeDouble,
+      {{L"1.5", 1.5}, {L"1,5", 1.0, L",5"}, {L"0x1.8p0", 1.5}, {L"1e309", DoubleLimits::infinity()}});
   ExpectTaken<float>(takeFloat, {{L"1.5", 1.5F}, {L"1,5", 1.0F, L",5"}});
   ExpectTaken<int>([](std::wstring_view& text) { return TakeInt(text); }, {{L"1.000", 1, L".000"}});
 }

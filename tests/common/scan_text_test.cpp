@@ -20,19 +20,23 @@ TEST(ScanTextLiteral, MatchesItselfAndABlankAnyRunOfWhiteSpace) {
       {L"", L"", true, L""},
       {L"", L" ", true, L""},
       {L"a b", L"a b", true, L""},
-      {L"ab", L"a b", true, L""},                      // a blank also matches no white space
-      {L"a \t\n\v\f\r b", L"a b", true, L""},          // and any run of it
-      {L"ab", L"a   b", true, L""},                    // as do several blanks together
+      {L"ab", L"a b", true, L""},              // a blank also matches no white space
+      {L"a \t\n\v\f\r b", L"a b", true, L""},  // and any run of it
+      {L"ab", L"a   b", true, L""},            // as do several blanks together
       {L"a  b", L"a   b", true, L""},
       {L" \r\na", L" a", true, L""},
       {L"a \n", L"a ", true, L""},
-      {L"a ,b", L"a,b", false, L" ,b"},                // other characters never skip white space
+      {L"a ,b", L"a,b", false, L" ,b"},  // other characters never skip white space
       {L" a", L"a", false, L" a"},
       {L"abx", L"abc", false, L"x"},
       {L"ab", L"abc", false, L""},
       {L"a  x", L"a b", false, L"x"},
       {L"ABC", L"abc", false, L"ABC"},
-      {L"a\xa0" L"b", L"a b", false, L"\xa0" L"b"},    // a no-break space is no white space
+      {L"a\xa0"
+       L"b",
+       L"a b", false,
+       L"\xa0"
+       L"b"},  // a no-break space is no white space
       {L"$$ Cal Function 1:", L"$$ Cal Function ", true, L"1:"},
   };
   for (const auto& expected : cases) {

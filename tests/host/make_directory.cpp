@@ -1,0 +1,66 @@
+// make_directory DIRECTORY: a raw directory with a function of every type and data format, made of bits that
+// mean nothing in particular, so that hosts on different platforms have something to disagree about.
+#include <cstdio>
+
+#include "tests/support/raw_directory_builder.h"
+
+namespace {
+
+using namespace zrml;
+
+// The same numbers everywhere.
+class Noise {
+ public:
+  std::uint32_t Next() {
+    state_ = state_ * 6364136223846793005u + 1442695040888963407u;
+    return static_cast<std::uint32_t>(state_ >> 32);
+  }
+
+  FileBytes Bytes(std::size_t count) {
+    FileBytes bytes(count);
+    for (std::byte& byte : bytes) byte = static_cast<std::byte>(Next() & 0xFF);
+    return bytes;
+  }
+
+ private:
+  std::uint64_t state_ = 1;
+};
+
+constexpr std::uint32_t kPoints = 37;  // odd, so that groups are not full
+constexpr std::size_t kLargestPoint = 12;
+
+ScanFiles NoisyScan(Noise& noise, float retentionTime) {
+  ScanFiles scan;
+  scan.index.pointCount = kPoints;
+  scan.index.retentionTime = retentionTime;
+  scan.index.totalIntensity = static_cast<float>(noise.Next() % 100000);
+  scan.data = noise.Bytes(kPoints * kLargestPoint);
+  return scan;
+}
+
+FunctionFiles NoisyFunction(Noise& noise, unsigned type, unsigned format) {
+  FunctionFiles function;
+  function.record.type = type;
+  function.record.ionMode = noise.Next() % 18;
+  function.record.dataFormat = format;
+  for (const float time : {0.5F, 0.25F, 1.0F}) function.scans.push_back(NoisyScan(noise, time));
+  return function;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) return 2;
+  Noise noise;
+  RawDirectoryBuilder raw;
+  raw.header.insert(raw.header.end(),
+                    {"$$ Acquired Date: 5-Mar-2021", "$$ Acquired Time: 09:15:00",
+                     "$$ Instrument: one whose name is longer than seven characters \xb5",
+                     "$$ Cal MS1 Static: 0.01,0.999,1.5e-6,T1", "$$ Cal MS2 Dynamic: -0.5,1.001,-2e-7",
+                     "$$ Cal Function 9: 0.1,0.9,1e-5,-1e-9,1e-13,T1", "$$ Cal Modification 9: 0.2,1.1"});
+  for (unsigned type = 0; type < 32; ++type) raw.functions.push_back(NoisyFunction(noise, type, type % 15));
+  raw.labels = {"Created by MassLynx v4.2", "Function Parameters - Function 1 - REFERENCE",
+                "Function Parameters - Function 12 - A label of its own"};
+  std::filesystem::create_directory(argv[1]);
+  raw.WriteTo(argv[1]);
+}

@@ -1,0 +1,30 @@
+# Makes the two directories in WORK, runs HOST on each, and compares what it writes with EXPECTED, the transcripts of the Linux
+# build (where the two are the same folder there is nothing to compare with yet: the sample's functions must be there).
+file(MAKE_DIRECTORY ${WORK})
+file(REMOVE_RECURSE ${WORK}/noise.raw ${WORK}/sample.raw)
+execute_process(COMMAND ${MAKE_DIRECTORY} noise.raw WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${MAKE_SAMPLE} sample.raw WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+
+foreach(directory noise.raw sample.raw)
+  set(transcript ${WORK}/${NAME}.${directory}.txt)
+  execute_process(COMMAND ${HOST} ${directory} WORKING_DIRECTORY ${WORK}
+    OUTPUT_FILE ${transcript} RESULT_VARIABLE status)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "The host ended with status ${status}; see the end of ${transcript}")
+  endif()
+  if(WORK STREQUAL EXPECTED)
+    file(STRINGS ${transcript} read REGEX "^GetSpectrum true$" LIMIT_COUNT 10)
+    list(LENGTH read count)
+    if(count LESS 10)
+      message(FATAL_ERROR "${transcript} holds hardly any spectrum")
+    endif()
+  else()
+    execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files --ignore-eol
+      ${EXPECTED}/native.${directory}.txt ${transcript} RESULT_VARIABLE different)
+    if(NOT different EQUAL 0)
+      execute_process(COMMAND diff --strip-trailing-cr ${EXPECTED}/native.${directory}.txt ${transcript} OUTPUT_VARIABLE lines)
+      string(SUBSTRING "${lines}" 0 2000 lines)
+      message(FATAL_ERROR "Not what the Linux build answers for ${directory} (build and test that first):\n${lines}")
+    endif()
+  endif()
+endforeach()

@@ -1,0 +1,120 @@
+#include "masslynx/function_names.h"
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace zrml {
+namespace {
+
+constexpr int kMs = 0;
+constexpr int kTofMsMs = 16;
+constexpr int kElectrosprayPositive = 8;
+constexpr int kElectrosprayNegative = 9;
+constexpr int kNoSuchMode = 16;
+
+FunctionRecord Function(int typeCode, int ionMode, std::deque<std::uint16_t> processChain = {},
+                        const std::wstring& label = {}) {
+  FunctionRecord record;
+  record.typeCode = typeCode;
+  record.ionMode = ionMode;
+  record.processChain = std::move(processChain);
+  record.label = label;
+  return record;
+}
+
+FunctionRecord Labelled(const std::wstring& label) { return Function(kMs, kElectrosprayPositive, {}, label); }
+
+std::vector<std::wstring> NamesOf(std::vector<FunctionRecord> functions) {
+  BuildFunctionNames(functions);
+  std::vector<std::wstring> names;
+  for (const FunctionRecord& function : functions) names.push_back(function.name);
+  return names;
+}
+
+std::wstring NameOf(const FunctionRecord& function) { return NamesOf({function}).front(); }
+
+using Names = std::vector<std::wstring>;
+
+TEST(BuildFunctionNames, EmptyListStaysEmpty) { EXPECT_EQ(NamesOf({}), Names{}); }
+
+TEST(BuildFunctionNames, JoinsTypeAndIonMode) {
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive)), L"MS ES+");
+  EXPECT_EQ(NameOf(Function(kTofMsMs, kElectrosprayNegative)), L"TOF MS/MS ES-");
+  EXPECT_EQ(NameOf(Function(32, kElectrosprayPositive)), L"Unknown ES+");
+}
+
+// The blank belongs to the type's text and stands even without a mode after it: deliberate.
+TEST(BuildFunctionNames, TypeKeepsItsBlankWithoutIonModeText) {
+  EXPECT_EQ(NameOf(Function(kMs, kNoSuchMode)), L"MS ");
+  EXPECT_EQ(NameOf(Function(kMs, kNoSuchMode, {2}, L"x")), L"MS  (Combined) x");
+}
+
+TEST(BuildFunctionNames, ProcessChainIsListedFrontToBack) {
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {2, 3})), L"MS ES+ (Combined, Smoothed)");
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {3, 2, 27})),
+            L"MS ES+ (Smoothed, Combined, Acc Mass Auto Peak Det)");
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {4})), L"MS ES+ (Centroided)");
+}
+
+TEST(BuildFunctionNames, ProcessCodesWithoutTextAreSkipped) {
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {0, 2, 22, 3, 28})), L"MS ES+ (Combined, Smoothed)");
+}
+
+TEST(BuildFunctionNames, ChainWithoutAnyTextAddsNothing) {
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {0, 22, 65535})), L"MS ES+");
+}
+
+TEST(BuildFunctionNames, LabelIsAppendedAfterTheProcessChain) {
+  EXPECT_EQ(NameOf(Labelled(L"Lock Mass")), L"MS ES+ Lock Mass");
+  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {2, 3}, L"Lock Mass")),
+            L"MS ES+ (Combined, Smoothed) Lock Mass");
+}
+
+TEST(BuildFunctionNames, EqualNamesGetTheirPlaceInTheList) {
+  EXPECT_EQ(NamesOf({Function(kMs, kElectrosprayPositive), Function(kTofMsMs, kElectrosprayPositive),
+                     Function(kMs, kElectrosprayPositive)}),
+            (Names{L"MS ES+ 1", L"TOF MS/MS ES+", L"MS ES+ 3"}));
+}
+
+TEST(BuildFunctionNames, PlaceIsNotTheFunctionNumber) {
+  std::vector<FunctionRecord> functions(2, Function(kMs, kElectrosprayPositive));
+  functions[0].number = 7;
+  functions[1].number = 9;
+  EXPECT_EQ(NamesOf(functions), (Names{L"MS ES+ 1", L"MS ES+ 2"}));
+}
+
+TEST(BuildFunctionNames, SeveralGroupsOfEqualNamesCountPlacesInTheWholeList) {
+  EXPECT_EQ(NamesOf({Labelled(L"a"), Labelled(L"b"), Labelled(L"b"), Labelled(L"a"), Labelled(L"a")}),
+            (Names{L"MS ES+ a 1", L"MS ES+ b 2", L"MS ES+ b 3", L"MS ES+ a 4", L"MS ES+ a 5"}));
+}
+
+TEST(BuildFunctionNames, TwoDigitPlacesAreNotPadded) {
+  const Names names = NamesOf(std::vector<FunctionRecord>(12, Function(kMs, kElectrosprayPositive)));
+  EXPECT_EQ(names.front(), L"MS ES+ 1");
+  EXPECT_EQ(names.back(), L"MS ES+ 12");
+}
+
+TEST(BuildFunctionNames, NamesDifferingInCaseAreDifferent) {
+  EXPECT_EQ(NamesOf({Labelled(L"a"), Labelled(L"A")}), (Names{L"MS ES+ a", L"MS ES+ A"}));
+}
+
+// Deliberate: names are compared before places are added, so a place can make a new twin.
+TEST(BuildFunctionNames, ComparesNamesBeforePlacesAreAdded) {
+  EXPECT_EQ(NamesOf({Labelled(L""), Labelled(L""), Labelled(L"1")}),
+            (Names{L"MS ES+ 1", L"MS ES+ 2", L"MS ES+ 1"}));
+}
+
+TEST(BuildFunctionNames, ReplacesEarlierNames) {
+  std::vector<FunctionRecord> functions(2, Function(kMs, kElectrosprayPositive));
+  BuildFunctionNames(functions);
+  functions.pop_back();
+  BuildFunctionNames(functions);
+  EXPECT_EQ(functions[0].name, L"MS ES+");
+}
+
+}  // namespace
+}  // namespace zrml

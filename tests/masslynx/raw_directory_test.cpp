@@ -1,0 +1,229 @@
+#include "masslynx/raw_directory.h"
+
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "masslynx/function_record.h"
+#include "tests/support/temp_directory.h"
+
+namespace zrml {
+namespace {
+
+std::string ContentOf(const platform::File& file) {
+  FileBytes bytes(static_cast<std::size_t>(file.Size()));
+  bytes.resize(file.ReadAt(0, bytes));
+  return BytesToText(bytes);
+}
+
+/// The content of what opens; "closed" when nothing does.
+std::string ContentIn(const std::wstring& directory, std::wstring_view name) {
+  const platform::File file = OpenInDirectory(directory, name);
+  return file.IsOpen() ? ContentOf(file) : "closed";
+}
+
+/// Whether "A" and "a" are two files here, as on every Linux but not on Windows.
+bool TellsCaseApart() {
+  const TempDirectory probe;
+  probe.WriteText("A", "");
+  return !platform::IsFile(probe.WidePath("a"));
+}
+
+TEST(OpenInDirectory, OpensUpperAndLowerCaseNames) {
+  const TempDirectory directory;
+  directory.WriteText("_UPPER.INF", "upper");
+  directory.WriteText("_lower.inf", "lower");
+  for (const wchar_t* const name : {L"_UPPER.INF", L"_upper.inf", L"_Upper.Inf"}) {
+    EXPECT_EQ(ContentIn(directory.WidePath(), name), "upper") << name;
+  }
+  for (const wchar_t* const name : {L"_LOWER.INF", L"_lower.inf", L"_Lower.Inf"}) {
+    EXPECT_EQ(ContentIn(directory.WidePath(), name), "lower") << name;
+  }
+}
+
+TEST(OpenInDirectory, PrefersTheUpperCaseName) {
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  const TempDirectory directory;
+  directory.WriteText("_BOTH.INF", "upper");
+  directory.WriteText("_both.inf", "lower");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_both.inf"), "upper");
+  directory.Remove("_BOTH.INF");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_BOTH.INF"), "lower");
+}
+
+// Deliberate: not even the name as given is tried in a mixed case of its own.
+TEST(OpenInDirectory, NeverTriesAMixedCase) {
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  const TempDirectory directory;
+  directory.WriteText("_Mixed.inf", "mixed");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_Mixed.inf"), "closed");
+}
+
+TEST(OpenInDirectory, DirectoryKeepsItsCase) {
+  const TempDirectory directory("Mixed Case.raw");
+  directory.WriteText("_UPPER.INF", "upper");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_upper.inf"), "upper");
+}
+
+TEST(OpenInDirectory, TrailingBackslashMakesNoDifference) {
+  const TempDirectory directory;
+  directory.WriteText("_UPPER.INF", "upper");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_upper.inf"), "upper");
+  EXPECT_EQ(ContentIn(directory.WidePath() + L'\\', L"_upper.inf"), "upper");
+}
+
+TEST(OpenInDirectory, EmptyTextsOpenNothing) {
+  const TempDirectory directory;
+  directory.WriteText("_UPPER.INF", "upper");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L""), "closed");
+  EXPECT_EQ(ContentIn(L"", directory.WidePath("_UPPER.INF")), "closed");
+  EXPECT_EQ(ContentIn(L"", L""), "closed");
+}
+
+TEST(OpenInDirectory, MissingFileOrDirectoryOpensNothing) {
+  const TempDirectory directory;
+  directory.WriteText("_UPPER.INF", "upper");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_other.inf"), "closed");
+  EXPECT_EQ(ContentIn(directory.WidePath("missing"), L"_upper.inf"), "closed");
+}
+
+TEST(OpenInDirectory, DirectoryIsNoFile) {
+  const TempDirectory directory;
+  directory.MakeDirectory("_UPPER.INF");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_upper.inf"), "closed");
+}
+
+TEST(OpenInDirectory, EmptyFileOpens) {
+  const TempDirectory directory;
+  directory.WriteText("_UPPER.INF", "");
+  EXPECT_EQ(ContentIn(directory.WidePath(), L"_upper.inf"), "");
+}
+
+TEST(FileExistsInDirectory, IsTrueForAFile) {
+  const TempDirectory directory;
+  directory.WriteText("_header.txt", "");
+  EXPECT_TRUE(FileExistsInDirectory(directory.WidePath(), L"_header.txt"));
+  EXPECT_TRUE(FileExistsInDirectory(directory.WidePath() + L'\\', L"_header.txt"));
+}
+
+TEST(FileExistsInDirectory, LooksForTheNameAsGiven) {
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  const TempDirectory directory;
+  directory.WriteText("_Header.txt", "");
+  EXPECT_TRUE(FileExistsInDirectory(directory.WidePath(), L"_Header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_HEADER.TXT"));
+}
+
+TEST(FileExistsInDirectory, IsFalseForADirectoryOrNothing) {
+  const TempDirectory directory;
+  directory.MakeDirectory("_header.txt");
+  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_other.txt"));
+}
+
+TEST(FileExistsInDirectory, IsFalseWithoutTheDirectory) {
+  const TempDirectory directory;
+  directory.WriteText("_header.txt", "");
+  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath("missing"), L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath("_header.txt"), L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(L"", L"_header.txt"));
+}
+
+TEST(IsRawDirectory, NeedsHeaderAndFunctionTableInEitherSpelling) {
+  const char* const headers[] = {"_HEADER.TXT", "_header.txt"};
+  const char* const tables[] = {"_FUNCTNS.INF", "_functns.inf"};
+  for (const char* const header : headers) {
+    for (const char* const table : tables) {
+      const TempDirectory directory;
+      EXPECT_FALSE(IsRawDirectory(directory.WidePath()));
+      directory.WriteText(header, "");
+      EXPECT_FALSE(IsRawDirectory(directory.WidePath())) << header;
+      directory.WriteText(table, "");
+      EXPECT_TRUE(IsRawDirectory(directory.WidePath())) << header << " " << table;
+      EXPECT_TRUE(IsRawDirectory(directory.WidePath() + L'\\')) << header << " " << table;
+      directory.Remove(header);
+      EXPECT_FALSE(IsRawDirectory(directory.WidePath())) << table;
+    }
+  }
+}
+
+TEST(IsRawDirectory, RejectsMixedCase) {
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  const TempDirectory directory;
+  directory.WriteText("_HEADER.TXT", "");
+  directory.WriteText("_Functns.inf", "");
+  EXPECT_FALSE(IsRawDirectory(directory.WidePath()));
+  directory.Rename("_Functns.inf", "_FUNCTNS.INF");
+  EXPECT_TRUE(IsRawDirectory(directory.WidePath()));
+}
+
+TEST(IsRawDirectory, RejectsDirectoriesInPlaceOfTheFiles) {
+  const TempDirectory directory;
+  directory.WriteText("_HEADER.TXT", "");
+  directory.MakeDirectory("_FUNCTNS.INF");
+  EXPECT_FALSE(IsRawDirectory(directory.WidePath()));
+}
+
+TEST(IsRawDirectory, RejectsFilesAndMissingPaths) {
+  const TempDirectory directory;
+  directory.WriteText("_HEADER.TXT", "");
+  directory.WriteText("_FUNCTNS.INF", "");
+  EXPECT_FALSE(IsRawDirectory(directory.WidePath("_HEADER.TXT")));
+  EXPECT_FALSE(IsRawDirectory(directory.WidePath("missing")));
+  EXPECT_FALSE(IsRawDirectory(L""));
+}
+
+TEST(FunctionFileName, HasThreeDigitsOrMore) {
+  EXPECT_EQ(FunctionFileName(1, L"dat"), L"_FUNC001.dat");
+  EXPECT_EQ(FunctionFileName(42, L"CDT"), L"_FUNC042.CDT");
+  EXPECT_EQ(FunctionFileName(999, L"idx"), L"_FUNC999.idx");
+  EXPECT_EQ(FunctionFileName(1000, L"idx"), L"_FUNC1000.idx");
+  EXPECT_EQ(FunctionFileName(65535, L"sts"), L"_FUNC65535.sts");
+}
+
+TEST(ProcessedFileName, HasThreeDigitsOrMore) {
+  EXPECT_EQ(ProcessedFileName(0, L"dat"), L"_PROC000.dat");
+  EXPECT_EQ(ProcessedFileName(7, L"DAT"), L"_PROC007.DAT");
+  EXPECT_EQ(ProcessedFileName(65535, L"idx"), L"_PROC65535.idx");
+}
+
+class OpenFunctionFileTest : public testing::Test {
+ protected:
+  std::string ContentOfFile(bool processed, std::uint16_t number, std::wstring_view extension) const {
+    FunctionRecord function;
+    function.processed = processed;
+    function.number = number;
+    const platform::File file = OpenFunctionFile(directory_.WidePath(), function, extension);
+    return file.IsOpen() ? ContentOf(file) : "closed";
+  }
+
+  TempDirectory directory_;
+};
+
+TEST_F(OpenFunctionFileTest, StemFollowsTheProcessedFlag) {
+  directory_.WriteText("_FUNC003.DAT", "raw");
+  directory_.WriteText("_PROC003.DAT", "processed");
+  EXPECT_EQ(ContentOfFile(false, 3, L"dat"), "raw");
+  EXPECT_EQ(ContentOfFile(true, 3, L"dat"), "processed");
+  EXPECT_EQ(ContentOfFile(false, 4, L"dat"), "closed");
+  EXPECT_EQ(ContentOfFile(false, 3, L"idx"), "closed");
+}
+
+TEST_F(OpenFunctionFileTest, TriesTheNameAsWrittenThenUpperThenLowerCase) {
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  directory_.WriteText("_FUNC001.idx", "as written");
+  directory_.WriteText("_FUNC001.IDX", "upper");
+  directory_.WriteText("_func001.idx", "lower");
+  EXPECT_EQ(ContentOfFile(false, 1, L"idx"), "as written");
+  directory_.Remove("_FUNC001.idx");
+  EXPECT_EQ(ContentOfFile(false, 1, L"idx"), "upper");
+  directory_.Remove("_FUNC001.IDX");
+  EXPECT_EQ(ContentOfFile(false, 1, L"idx"), "lower");
+  directory_.Remove("_func001.idx");
+  EXPECT_EQ(ContentOfFile(false, 1, L"idx"), "closed");
+}
+
+}  // namespace
+}  // namespace zrml

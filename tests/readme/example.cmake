@@ -1,0 +1,10 @@
+# The example lists the functions of the sample: those of its table but the absorbance function, with their labels.
+set(sample ${CMAKE_CURRENT_BINARY_DIR}/readme-sample.raw)
+file(REMOVE_RECURSE ${sample})
+execute_process(COMMAND ${MAKE_SAMPLE} ${sample} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+execute_process(COMMAND ${EXAMPLE} ${PLUGIN} ${sample} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+foreach(line "TOF MS ES\\+: [1-9][0-9]* scans" "TOF MS/MS ES\\+: [1-9][0-9]* scans" "Lock Mass: [1-9][0-9]* scans")
+  if(NOT output MATCHES "${line}\n")
+    message(FATAL_ERROR "No line like \"${line}\" in:\n${output}")
+  endif()
+endforeach()

@@ -1,0 +1,14 @@
+// Access to members of the containers by their offset in the contract with hosts (docs/host-contract.md): for
+// members that have no operation of their own, and as a check of the offsets.
+#pragma once
+
+#include <cstddef>
+
+namespace zrml {
+
+template <class T, class Container>
+T& ContractMember(Container& container, std::size_t offset) {
+  return *reinterpret_cast<T*>(reinterpret_cast<std::byte*>(&container) + offset);
+}
+
+}  // namespace zrml

@@ -1,0 +1,125 @@
+#include <nlohmann/json.hpp>
+
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+using nlohmann::json;
+
+class ChromatogramTest : public ZrmlTest {
+ protected:
+  ProcessResult RunChromatogram(int function, std::vector<std::string> more = {}) const {
+    more.insert(more.begin(), {"chromatogram", path_, "--function", std::to_string(function)});
+    return Run(more);
+  }
+
+  // The attributes that all chromatograms of the survey function share, then `rest`.
+  std::string Survey(const std::string& rest) const {
+    return "# source: " + path_ +
+           "\n# provider: FakeFolder\n# sample: 1\n# sampleName: Injection 1\n# function: 1\n"
+           "# functionName: Survey\n" +
+           rest;
+  }
+
+  std::string path_ = MakeFolder("run.raw");
+};
+
+// The survey's scans: (100, 10), (200.5, 0.5), (300.0625, 1000000); (100.25, 5); none.
+TEST_F(ChromatogramTest, TotalIonIsTheDefault) {
+  const std::string expected = Survey(R"(# type: total
+# points: 3
+time	intensity
+0.5	1000010.5
+1	5
+1.5	0
+)");
+  ExpectOutput(RunChromatogram(1), expected);
+  ExpectOutput(RunChromatogram(1, {"--tic"}), expected);
+}
+
+TEST_F(ChromatogramTest, BasePeak) {
+  ExpectOutput(RunChromatogram(1, {"--bpc"}), Survey(R"(# type: base peak
+# points: 3
+time	intensity
+0.5	1000000
+1	5
+1.5	0
+)"));
+}
+
+TEST_F(ChromatogramTest, RangeSumsWithinBothEnds) {
+  ExpectOutput(RunChromatogram(1, {"--range", "100-200.5"}), Survey(R"(# type: total
+# massRange: 100 to 200.5
+# points: 3
+time	intensity
+0.5	10.5
+1	5
+1.5	0
+)"));
+}
+
+TEST_F(ChromatogramTest, BasePeakWithinARange) {
+  ExpectOutput(RunChromatogram(1, {"--bpc", "--range", "100-200.5"}), Survey(R"(# type: base peak
+# massRange: 100 to 200.5
+# points: 3
+time	intensity
+0.5	10
+1	5
+1.5	0
+)"));
+}
+
+TEST_F(ChromatogramTest, RangeOfOneMass) {
+  const ProcessResult result = RunChromatogram(1, {"--range=100.25-100.25"});
+  EXPECT_TRUE(result.output.ends_with("0.5\t0\n1\t5\n1.5\t0\n")) << result.output;
+}
+
+TEST_F(ChromatogramTest, JsonHasTheDocumentedKeys) {
+  json chromatogram = json::parse(RunChromatogram(1, {"--range", ".5-200.5", "--json"}).output);
+  EXPECT_EQ(chromatogram["source"], path_);
+  chromatogram.erase("source");
+  EXPECT_EQ(chromatogram, json::parse(R"({
+    "provider": "FakeFolder", "sample": 1, "sampleName": "Injection 1", "function": 1, "functionName": "Survey",
+    "type": "total", "massRange": [0.5, 200.5], "points": 3, "times": [0.5, 1, 1.5], "intensities": [10.5, 5, 0]
+  })"));
+  EXPECT_EQ(json::parse(RunChromatogram(1, {"--json"}).output)["massRange"], nullptr);
+}
+
+TEST_F(ChromatogramTest, FunctionWithoutScansHasNoPoints) {
+  const ProcessResult result = RunChromatogram(3);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(result.output.ends_with("# type: total\n# points: 0\ntime\tintensity\n")) << result.output;
+}
+
+TEST_F(ChromatogramTest, FunctionThatCannotBeReadIsStatus5) {
+  ExpectFailure(RunChromatogram(4), 5, "cannot read the chromatogram of function 4 of " + path_);
+}
+
+TEST_F(ChromatogramTest, UnknownFunctionTellsTheRange) {
+  ExpectFailure(RunChromatogram(7), 2, "there is no function 7: sample 1 has functions 1 to 6");
+}
+
+TEST_F(ChromatogramTest, RangeThatIsNoRangeIsWrongUsage) {
+  for (const char* range : {"100", "100-", "-100", "-5-10", "a-b", "100-200x", "1e2-2e2", "nan-inf",
+                            "100--200", "100 -200", "1.2.3-4", ".-5", "", "0x10-0x20"}) {
+    ExpectFailure(RunChromatogram(1, {"--range", range}), 2,
+                  "--range: \"" + std::string(range) +
+                      "\" is not a mass range such as 100-200.5 (see zrml chromatogram --help)");
+  }
+}
+
+TEST_F(ChromatogramTest, RangeWithItsLargerNumberFirstIsWrongUsage) {
+  ExpectFailure(RunChromatogram(1, {"--range", "200-100"}), 2,
+                "--range: \"200-100\" has its larger number first (see zrml chromatogram --help)");
+}
+
+TEST_F(ChromatogramTest, TotalIonExcludesTheOthers) {
+  ExpectFailure(RunChromatogram(1, {"--tic", "--bpc"}), 2,
+                "--tic excludes --bpc (see zrml chromatogram --help)");
+  ExpectFailure(RunChromatogram(1, {"--tic", "--range", "1-2"}), 2,
+                "--tic excludes --range (see zrml chromatogram --help)");
+}
+
+}  // namespace
+}  // namespace zrml::test

@@ -1,0 +1,9 @@
+// A plug-in that promises a provider and makes none.
+#include <cstdint>
+
+#include "plugin/provider_table.h"
+#include "tests/zrml/plugin_exports.h"
+
+ZRML_EXPORT bool CheckVersion(int version) { return version == zrml::kInterfaceVersion; }
+ZRML_EXPORT int GetInterfaceCount() { return 1; }
+ZRML_EXPORT bool GetInstance(std::uint64_t, zrml::HostInstance**) { return false; }

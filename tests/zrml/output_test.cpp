@@ -1,0 +1,48 @@
+#include <algorithm>
+
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+class OutputTest : public ZrmlTest {
+ protected:
+  // The spectrum of 100000 points.
+  ProcessResult RunLarge(std::vector<std::string> more = {}) const {
+    more.insert(more.begin(), {"spectrum", path_, "--function", "6", "--scan", "1"});
+    return Run(more);
+  }
+
+  std::string path_ = MakeFolder("run.raw");
+};
+
+TEST_F(OutputTest, LargeSpectrumIsWhole) {
+  const std::string output = RunLarge().output;
+  // The last mass is 100 + 99999 / 128.
+  EXPECT_NE(output.find("\n# points: 100000\nm/z\tintensity\n100\t0\n100.0078125\t1\n"), std::string::npos);
+  EXPECT_TRUE(output.ends_with("\n881.2421875\t99999\n")) << output.substr(output.size() - 100);
+  const std::size_t points = output.find("m/z\tintensity\n") + std::string("m/z\tintensity\n").size();
+  EXPECT_EQ(std::count(output.begin() + static_cast<std::ptrdiff_t>(points), output.end(), '\n'), 100000);
+}
+
+TEST_F(OutputTest, ReaderThatLeavesEndsTheProgramQuietly) {
+  setup_.outputTo = OutputTo::kClosedPipe;
+  for (const ProcessResult& result :
+       {RunLarge(), RunLarge({"--json"}), Run({"info", path_}), Run({"--help"})}) {
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+  }
+}
+
+#ifndef _WIN32
+TEST_F(OutputTest, FullDiskIsStatus5) {
+  setup_.outputTo = OutputTo::kFullDisk;
+  for (const ProcessResult& result :
+       {RunLarge(), RunLarge({"--json"}), Run({"info", path_}), Run({"--help"})}) {
+    ExpectFailure(result, 5, "cannot write the output (No space left on device)");
+  }
+}
+#endif
+
+}  // namespace
+}  // namespace zrml::test

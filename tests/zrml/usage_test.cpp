@@ -1,0 +1,84 @@
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+class UsageTest : public ZrmlTest {
+ protected:
+  void ExpectWrongUsage(std::vector<std::string> arguments, const std::string& message) const {
+    ExpectFailure(RunBare(std::move(arguments)), 2, message);
+  }
+};
+
+TEST_F(UsageTest, VersionIsOneLine) {
+  const ProcessResult result = RunBare({"--version"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.output, "zrml " ZRML_VERSION "\n");
+}
+
+TEST_F(UsageTest, HelpNamesEveryCommand) {
+  const ProcessResult result = RunBare({"--help"});
+  EXPECT_EQ(result.status, 0);
+  for (const char* command : {"\n  info ", "\n  spectrum ", "\n  chromatogram "}) {
+    EXPECT_NE(result.output.find(command), std::string::npos) << command;
+  }
+}
+
+TEST_F(UsageTest, HelpOfACommandNamesItsOptions) {
+  const ProcessResult result = RunBare({"chromatogram", "--help"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_NE(result.output.find("Usage: zrml chromatogram "), std::string::npos);
+  for (const char* option :
+       {"--function N", "--sample N", "--tic", "--bpc", "--range LO-HI", "--json", "--plugin FILE"}) {
+    EXPECT_NE(result.output.find(std::string("\n  ") + option), std::string::npos) << option;
+  }
+}
+
+TEST_F(UsageTest, CommandThatIsMissingOrUnknown) {
+  ExpectWrongUsage({}, "a command is missing (see zrml --help)");
+  ExpectWrongUsage({"inof", "run.raw"}, "there is no command inof (see zrml --help)");
+}
+
+TEST_F(UsageTest, ArgumentsThatAreMissing) {
+  ExpectWrongUsage({"info"}, "PATH is required (see zrml info --help)");
+  ExpectWrongUsage({"spectrum", "run.raw", "--scan", "1"},
+                   "--function is required (see zrml spectrum --help)");
+  ExpectWrongUsage({"spectrum", "run.raw", "--function", "1"},
+                   "--scan is required (see zrml spectrum --help)");
+  ExpectWrongUsage({"chromatogram", "run.raw"}, "--function is required (see zrml chromatogram --help)");
+  ExpectWrongUsage({"chromatogram", "run.raw", "--function"},
+                   "--function needs a value (see zrml chromatogram --help)");
+}
+
+TEST_F(UsageTest, ArgumentsThatAreTooMany) {
+  ExpectWrongUsage({"info", "run.raw", "more.raw"}, "more.raw is not expected (see zrml info --help)");
+  ExpectWrongUsage({"info", "run.raw", "spectrum"}, "spectrum is not expected (see zrml info --help)");
+  ExpectWrongUsage({"info", "run.raw", "--josn"}, "--josn is not expected (see zrml info --help)");
+  ExpectWrongUsage({"--josn"}, "--josn is not expected (see zrml --help)");
+  ExpectWrongUsage({"chromatogram", "run.raw", "--function", "1", "--function", "2"},
+                   "--function is given more than once (see zrml chromatogram --help)");
+}
+
+TEST_F(UsageTest, NumbersCountFromOne) {
+  for (const char* number :
+       {"0", "-1", "+1", "1.0", "1x", " 1", "0x1", "one", "", "2147483648", "99999999999999999999"}) {
+    ExpectWrongUsage({"spectrum", "run.raw", "--function", number, "--scan", "1"},
+                     "--function: \"" + std::string(number) +
+                         "\" is not a whole number from 1 to 2147483647 (see zrml spectrum --help)");
+  }
+}
+
+// Not as octal 8.
+TEST_F(UsageTest, NumberWithLeadingZerosIsDecimal) {
+  ExpectFailure(Run({"spectrum", MakeFolder("run.raw"), "--function", "010", "--scan", "1"}), 2,
+                "there is no function 10: sample 1 has functions 1 to 6");
+}
+
+TEST_F(UsageTest, ErrorsStayOnOneLine) {
+  ExpectWrongUsage({"info", "run.raw", "--a\nb\x1B"},
+                   "--a\\nb\\u001b is not expected (see zrml info --help)");
+}
+
+}  // namespace
+}  // namespace zrml::test

@@ -1,0 +1,80 @@
+#include "tests/zrml/zrml_run.h"
+
+#include <fstream>
+#include <iterator>
+
+namespace zrml::test {
+namespace {
+
+std::string Utf8(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+std::filesystem::path FromUtf8(const std::string& name) {
+  return std::filesystem::path(std::u8string(name.begin(), name.end()));
+}
+
+}  // namespace
+
+std::string ReadBytes(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+ZrmlTest::ZrmlTest() {
+  const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+  folder_ = std::filesystem::temp_directory_path() /
+            (std::string("zrml_") + test.test_suite_name() + "_" + test.name());
+  std::filesystem::remove_all(folder_);
+  std::filesystem::create_directories(folder_ / "scratch");
+  setup_.program = std::filesystem::absolute(ZRML_PROGRAM);
+  setup_.scratch = folder_ / "scratch";
+}
+
+ZrmlTest::~ZrmlTest() {
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+ProcessResult ZrmlTest::RunBare(std::vector<std::string> arguments) const {
+  ProcessSetup setup = setup_;
+  setup.arguments = std::move(arguments);
+  return RunProcess(setup);
+}
+
+ProcessResult ZrmlTest::Run(std::vector<std::string> arguments) const {
+  arguments.insert(arguments.end(), {"--plugin", PluginArgument(ZRML_FAKE_PLUGIN)});
+  return RunBare(std::move(arguments));
+}
+
+std::string ZrmlTest::Path(const std::string& name) const { return Utf8(folder_ / FromUtf8(name)); }
+
+std::string ZrmlTest::MakeFolder(const std::string& name, const std::string& text) const {
+  const std::filesystem::path path = folder_ / FromUtf8(name);
+  std::filesystem::create_directories(path);
+  std::ofstream(path / "fake_source.txt", std::ios::binary) << text;
+  return Utf8(path);
+}
+
+std::string ZrmlTest::MakeFile(const std::string& name) const {
+  const std::filesystem::path path = folder_ / FromUtf8(name);
+  std::ofstream(path, std::ios::binary) << "data";
+  return Utf8(path);
+}
+
+std::string PluginArgument(const char* path) { return Utf8(std::filesystem::absolute(path)); }
+
+void ExpectFailure(const ProcessResult& result, int status, const std::string& message) {
+  EXPECT_EQ(result.status, status);
+  EXPECT_EQ(result.errors, "zrml: " + message + "\n");
+  EXPECT_EQ(result.output, "");
+}
+
+void ExpectOutput(const ProcessResult& result, const std::string& output) {
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.output, output);
+}
+
+}  // namespace zrml::test
