@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -79,6 +80,8 @@ void AppendProcessedFunctions(const std::wstring& directory, std::vector<Functio
   const History history = ReadHistory(bytes);
   std::vector<FunctionRecord> processed;
   for (const Entry& entry : history.entries) {
+    const bool isRepeated = &entry != &history.entries[history.positions.at(entry.processNumber)];
+    if (isRepeated) continue;  // the same files again: a damaged file could ask for the square of its size
     if (!OpenInDirectory(directory, ProcessedFileName(entry.processNumber, L"DAT")).IsOpen()) continue;
     const std::vector<const Entry*> chain = Chain(history, entry);
     const FunctionRecord* const raw = RawFunction(history, chain.back()->rawFunctionNumber, functions);

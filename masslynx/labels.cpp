@@ -1,7 +1,9 @@
 #include "masslynx/labels.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "common/scan_text.h"
@@ -16,8 +18,8 @@ namespace {
 constexpr std::size_t kLineBuffer = 10000;
 constexpr std::wstring_view kFunctionHeading = L"Function Parameters - Function";
 constexpr std::wstring_view kRampHighEnergy = L"Ramp High Energy";
-constexpr std::int64_t kRampVersion =
-    42;  // written by version 4.2, which marks MS^E functions in this way only
+// Version 4.2 marks MS^E functions in no other way.
+constexpr std::int64_t kRampVersion = 42;
 
 constexpr std::array<std::wstring_view, 2> kCreators = {L"Created by MassLynx", L"Created by Masslynx"};
 

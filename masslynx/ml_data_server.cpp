@@ -75,6 +75,7 @@ bool CMLDataServerImpl::LoadDescription() {
 
 bool CMLDataServerImpl::Close() {
   headerFile.Close();
+  dataFile.Close();
   selectedFile.clear();
   headerLines.clear();
   dataPath.clear();
@@ -179,12 +180,16 @@ bool CMLDataServerImpl::GetMobilityAxis(int sample, int function, int, HostVecto
   return true;
 }
 
-bool CMLDataServerImpl::DecodePoints(const FunctionRecord& record, int scan,
-                                     CZRMassSpectrum& spectrum) const {
-  const platform::File file = OpenFunctionFile(dataPath, record, L"dat");
-  if (!file.IsOpen()) return false;
+bool CMLDataServerImpl::DecodePoints(const FunctionRecord& record, int scan, CZRMassSpectrum& spectrum) {
+  struct CloseAfterwards {
+    platform::File& file;
+    ~CloseAfterwards() { file.Close(); }
+  };
+  dataFile = OpenFunctionFile(dataPath, record, L"dat");
+  const CloseAfterwards closer{dataFile};
+  if (!dataFile.IsOpen()) return false;
   bool unsorted = false;
-  const bool decoded = DecodeScan(file, record, scan, spectrum, unsorted);
+  const bool decoded = DecodeScan(dataFile, record, scan, spectrum, unsorted);
   spectrum.SetScanAuxValue(
       record.scanIndex[static_cast<std::size_t>(scan)].auxValue);  // also when decoding failed
   return decoded && (!unsorted || SortByMass(true, spectrum));
@@ -294,9 +299,9 @@ bool CMLDataServerImpl::ReadIonMode(const MetadataItem&, int function, std::wstr
 bool CMLDataServerImpl::GetMetadataValue(int sample, int function, const std::wstring& key,
                                          std::wstring& value) {
   if (sample != 0) return false;
-  value.clear();
   const auto item = std::find_if(std::begin(kMetadata), std::end(kMetadata),
                                  [&](const MetadataItem& row) { return row.key == key; });
+  value.clear();  // not before the look-up: key and value may be one string
   return item != std::end(kMetadata) && (this->*item->read)(*item, function, value);
 }
 

@@ -68,13 +68,18 @@ class CMLDataServerImpl : public CDataServerImpl {
   /// The record at a position, with its scan index loaded or as it is; null when there is none.
   FunctionRecord* FindFunction(int sample, int function);
   FunctionRecord* FindLoadedFunction(int sample, int function);
-  bool DecodePoints(const FunctionRecord& record, int scan, CZRMassSpectrum& spectrum) const;
+  bool DecodePoints(const FunctionRecord& record, int scan, CZRMassSpectrum& spectrum);
   void SetScanAttributes(int function, int scan, CZRMassSpectrum& spectrum);
 
   std::wstring dataPath;  // with a trailing backslash while open
-  platform::File
-      headerFile;  // held open until Close(): a directory in use cannot be moved away under the reader
-  std::wstring selectedFile;  // lower-case name of the one data file that was chosen, or empty
+  // Held open until Close(): on Windows a directory in use cannot be moved away under the reader.
+  platform::File headerFile;
+  // Open during GetSpectrum only. No local, because a Microsoft-compiled host may throw from its own
+  // spectrum's Resize, and its exceptions pass our frames without cleaning up; what is left open then is
+  // closed by the next read or by Close().
+  platform::File dataFile;
+  // Lower-case name of the one data file that was chosen, or empty.
+  std::wstring selectedFile;
   std::vector<std::wstring> headerLines;
   std::vector<FunctionRecord> functions;
   FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none

@@ -1,5 +1,7 @@
 #include "masslynx/raw_directory.h"
 
+#include <utility>
+
 #include "common/text.h"
 #include "masslynx/function_record.h"
 

@@ -8,7 +8,8 @@ build linux zrml zrml_provider zrml_sample
 
 if [ -z "$path" ]; then
   path=build/sample.raw
-  [ -d "$path" ] || build/linux/zrml-sample "$path"
+  rm -rf "$path"
+  build/linux/zrml-sample "$path"
 fi
 
 show() {

@@ -3,9 +3,16 @@
 # three, the last under Wine.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-install "${build_packages[@]}" binutils clang-format clang-tidy git g++-mingw-w64-x86-64-win32 wine wine64
+install "${build_packages[@]}" binutils clang clang-format lld llvm locales g++-mingw-w64-x86-64-win32 wine wine64
 
-git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
+find common masslynx openlynx plugin spectrum tests tools -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run -Werror
+
+# A locale with a decimal comma, which must change no result.
+if [ ! -d build/locale/de_DE.UTF-8 ]; then
+  mkdir -p build/locale
+  quietly locale localedef -i de_DE -f UTF-8 "$PWD/build/locale/de_DE.UTF-8"
+fi
+export LOCPATH=$PWD/build/locale
 
 # test_preset PRESET: builds, runs the tests and prints the runner's summary.
 test_preset() {

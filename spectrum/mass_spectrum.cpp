@@ -7,6 +7,7 @@
 #include <limits>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "spectrum/parallel_sort.h"
 

@@ -116,8 +116,8 @@ struct SharedHeap {
 // A host with the dynamic runtime allocates with ucrtbase.dll; one with the static runtime on the process
 // heap. On Windows the two are one heap, elsewhere (Wine) they are not.
 SharedHeap FindSharedHeap() {
-  const HMODULE runtime = ::GetModuleHandleW(L"ucrtbase.dll");
-  if (runtime == nullptr) return {};
+  HMODULE runtime = nullptr;  // pinned: what it has allocated must always find it again
+  if (!::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN, L"ucrtbase.dll", &runtime)) return {};
   const FARPROC allocate = ::GetProcAddress(runtime, "malloc");
   const FARPROC release = ::GetProcAddress(runtime, "free");
   if (allocate == nullptr || release == nullptr) return {};

@@ -55,7 +55,7 @@ bool SetPointCount(CZRMassSpectrum& spectrum, std::size_t count) {
 template <std::size_t kPointSize, PackedPoint (*Unpack)(const std::byte*)>
 bool DecodeRawMasses(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unsorted) {
   const std::size_t count = source.PointCount();
-  SetPointCount(spectrum, count);
+  if (!SetPointCount(spectrum, count)) return false;
   const auto bytes = source.Read(count * kPointSize);
   const ScanCalibration calibrate(source.function, source.entry);
   PointWriter writer(spectrum);
@@ -72,7 +72,7 @@ bool DecodeRawMasses(const ScanSource& source, CZRMassSpectrum& spectrum, bool& 
 bool DecodePairs(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unsorted) {
   const std::size_t count = source.PointCount();
   const std::size_t pairs = (count + 1) / 2;
-  SetPointCount(spectrum, count);
+  if (!SetPointCount(spectrum, count)) return false;
   const auto bytes = source.Read(pairs * kPairSize);
   const ScanCalibration calibrate(source.function, source.entry);
   PointWriter writer(spectrum);
@@ -94,13 +94,14 @@ double ListedIntensity11(const std::byte* p) { return FloatWord(LoadU32(p)); }
 
 // Points without masses of their own: `mass` tells them by position.
 template <std::size_t kPointSize, double (*Intensity)(const std::byte*), class Mass>
-void DecodeListed(const ScanSource& source, std::size_t count, Mass mass, CZRMassSpectrum& spectrum,
+bool DecodeListed(const ScanSource& source, std::size_t count, Mass mass, CZRMassSpectrum& spectrum,
                   bool& unsorted) {
-  SetPointCount(spectrum, count);
+  if (!SetPointCount(spectrum, count)) return false;
   const auto bytes = source.Read(count * kPointSize);
   PointWriter writer(spectrum);
   for (std::size_t i = 0; i < count; ++i) writer.Write(i, mass(i), Intensity(bytes.get() + i * kPointSize));
   unsorted = writer.Unsorted();
+  return true;
 }
 
 // Format 2: the start masses of the channels, which must all be positive.
@@ -112,27 +113,24 @@ bool DecodeChannels(const ScanSource& source, CZRMassSpectrum& spectrum, bool& u
       !std::all_of(masses.begin(), masses.begin() + static_cast<std::ptrdiff_t>(count), isPositive)) {
     return false;
   }
-  DecodeListed<2, ListedIntensity2>(
+  return DecodeListed<2, ListedIntensity2>(
       source, count, [&](std::size_t i) { return masses[i]; }, spectrum, unsorted);
-  return true;
 }
 
 // Format 3: the points' numbers are their masses.
 bool DecodeNumbered(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unsorted) {
-  DecodeListed<2, ListedIntensity2>(
+  return DecodeListed<2, ListedIntensity2>(
       source, source.PointCount(), [](std::size_t i) { return static_cast<double>(i + 1); }, spectrum,
       unsorted);
-  return true;
 }
 
 // Formats 11 and 14: the start masses of the channels, with float words. Points beyond the list are left out.
 template <std::size_t kPointSize>
 bool DecodeFloatChannels(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unsorted) {
   const std::vector<float>& masses = source.function.startMasses;
-  DecodeListed<kPointSize, ListedIntensity11>(
+  return DecodeListed<kPointSize, ListedIntensity11>(
       source, std::min(source.PointCount(), masses.size()), [&](std::size_t i) { return masses[i]; },
       spectrum, unsorted);
-  return true;
 }
 
 // Formats 4, 5 and 7: groups of up to four points on a linear axis over the first channel's range. A group's
@@ -144,7 +142,7 @@ bool DecodeLinearAxis(const ScanSource& source, CZRMassSpectrum& spectrum, bool&
   const FunctionRecord& function = source.function;
   if (function.startMasses.empty() || function.endMasses.empty()) return false;
   const std::size_t count = source.PointCount();
-  SetPointCount(spectrum, count);
+  if (!SetPointCount(spectrum, count)) return false;
   const auto bytes = source.Read((count + kGroup - 1) / kGroup * kGroupSize);
   const float range = function.endMasses[0] - function.startMasses[0];
   const double step = count > 1 ? static_cast<double>(range) / static_cast<double>(count - 1) : 0;

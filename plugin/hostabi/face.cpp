@@ -57,31 +57,42 @@ void* Destroy(Face* face, unsigned flags) {
   return face;
 }
 
-using AnyFunction = void (*)();
+template <auto Operation, class Type = decltype(Operation)>
+struct ThunkOf;
 
 template <auto Operation, class Result, class... Args>
-AnyFunction ThunkOf(Result (CDataServerImpl::*)(Args...)) {
-  return reinterpret_cast<AnyFunction>(&Thunk<Operation, Result, Args...>::Call);
-}
+struct ThunkOf<Operation, Result (CDataServerImpl::*)(Args...)> : Thunk<Operation, Result, Args...> {};
 
-struct Table {
-  const void* locator;  // of run-time type data; hosts never ask for it
-  AnyFunction slots[Operations::kSlotCount];
+// The functions of slots 1 to 50, one after the other, each with its own type.
+template <auto First, auto... Rest>
+struct Slots {
+  decltype(&ThunkOf<First>::Call) function = &ThunkOf<First>::Call;
+  Slots<Rest...> rest = {};
 };
 
-template <auto... Ops>
-Table MakeTable(OperationList<Ops...>) {
-  return {nullptr, {reinterpret_cast<AnyFunction>(&Destroy), ThunkOf<Ops>(Ops)...}};
-}
+template <auto Last>
+struct Slots<Last> {
+  decltype(&ThunkOf<Last>::Call) function = &ThunkOf<Last>::Call;
+};
 
-const Table kTable = MakeTable(Operations());
+template <auto... All>
+Slots<All...> SlotsOf(OperationList<All...>);
+
+struct Table {
+  const void* locator = nullptr;  // of run-time type data; hosts never ask for it
+  void* (*destroy)(Face* face, unsigned flags) = Destroy;
+  decltype(SlotsOf(Operations())) operations = {};
+};
+static_assert(sizeof(Table) == (1 + Operations::kSlotCount) * sizeof(void*));
+
+constinit const Table kTable = {};
 
 }  // namespace
 
 static_assert(offsetof(Face, table) == 0);
 
 Face* MakeFace(std::unique_ptr<CDataServerImpl> server) {
-  return new Face{reinterpret_cast<const void* const*>(kTable.slots), std::move(server)};
+  return new Face{reinterpret_cast<const void* const*>(&kTable.destroy), std::move(server)};
 }
 
 }  // namespace zrml::hostabi

@@ -2,6 +2,7 @@
 
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "plugin/hostabi/crossing.h"
 #include "plugin/hostabi/slots.h"
@@ -85,7 +86,9 @@ class FaceCaller {
 
   template <auto Operation, class... Given>
   auto Call(Given&&... given) const {
-    return CallSlot(Operation, Operations::SlotOf<Operation>(), std::forward<Given>(given)...);
+    constexpr std::size_t kSlot = Operations::SlotOf<Operation>();
+    static_assert(kSlot < Operations::kSlotCount);
+    return CallSlot(Operation, kSlot, std::forward<Given>(given)...);
   }
 
  private:

@@ -27,14 +27,18 @@ class Noise {
 };
 
 constexpr std::uint32_t kPoints = 37;  // odd, so that groups are not full
+
+// A host's spectrum that is read again and again grows and shrinks around blocks of 4,096 bytes, and well
+// beyond.
+constexpr std::uint32_t kSizes[] = {255, 256, 511, 512, 255, 100000, 512, 0, 511};
 constexpr std::size_t kLargestPoint = 12;
 
-ScanFiles NoisyScan(Noise& noise, float retentionTime) {
+ScanFiles NoisyScan(Noise& noise, float retentionTime, std::uint32_t points = kPoints) {
   ScanFiles scan;
-  scan.index.pointCount = kPoints;
+  scan.index.pointCount = points;
   scan.index.retentionTime = retentionTime;
   scan.index.totalIntensity = static_cast<float>(noise.Next() % 100000);
-  scan.data = noise.Bytes(kPoints * kLargestPoint);
+  scan.data = noise.Bytes(points * kLargestPoint);
   return scan;
 }
 
@@ -47,6 +51,15 @@ FunctionFiles NoisyFunction(Noise& noise, unsigned type, unsigned format) {
   return function;
 }
 
+// Masses that ascend, so that every point is kept.
+FunctionFiles SizedFunction(Noise& noise) {
+  FunctionFiles function;
+  function.record.dataFormat = 3;
+  float time = 0;
+  for (const std::uint32_t size : kSizes) function.scans.push_back(NoisyScan(noise, time += 0.5F, size));
+  return function;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -55,12 +68,16 @@ int main(int argc, char** argv) {
   RawDirectoryBuilder raw;
   raw.header.insert(raw.header.end(),
                     {"$$ Acquired Date: 5-Mar-2021", "$$ Acquired Time: 09:15:00",
-                     "$$ Instrument: one whose name is longer than seven characters \xb5",
+                     "$$ Instrument: " + std::string(3000, 'i') + "\xb5", "$$ User Name: sevenCh",
+                     "$$ Sample Description: eight \xb5"
+                     "ch",
                      "$$ Cal MS1 Static: 0.01,0.999,1.5e-6,T1", "$$ Cal MS2 Dynamic: -0.5,1.001,-2e-7",
                      "$$ Cal Function 9: 0.1,0.9,1e-5,-1e-9,1e-13,T1", "$$ Cal Modification 9: 0.2,1.1"});
   for (unsigned type = 0; type < 32; ++type) raw.functions.push_back(NoisyFunction(noise, type, type % 15));
+  raw.functions.push_back(SizedFunction(noise));
   raw.labels = {"Created by MassLynx v4.2", "Function Parameters - Function 1 - REFERENCE",
-                "Function Parameters - Function 12 - A label of its own"};
+                "Function Parameters - Function 12 - A label of its own",
+                "Function Parameters - Function 14 - " + std::string(3000, 'l')};
   std::filesystem::create_directory(argv[1]);
   raw.WriteTo(argv[1]);
 }

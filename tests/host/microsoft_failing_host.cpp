@@ -105,11 +105,12 @@ void CheckNarrowArguments(DataServer& server) {
 
 void Main(wchar_t* arguments) {
   NextArgument(arguments)[0] == L'r' ? UseRuntimeHeap() : UseProcessHeap();
-  DataServer* server = nullptr;
-  Check(LoadPlugin(NextArgument(arguments))(0, &server), "the plug-in gives a server");
+  const Plugin plugin = LoadPlugin(NextArgument(arguments));
+  DataServer* const server = plugin.Create(0);
   CheckFailures(*server);
   CheckNarrowArguments(*server);
   delete server;
+  UnloadPlugin(plugin);
 }
 
 }  // namespace microsoft_host

@@ -55,19 +55,68 @@ struct MicrosoftApi {
   }
 };
 
+// Two objects at once do not know of each other, and each ends in its own way: destroyed only, or destroyed
+// and freed.
+void CheckTwoObjects(const Plugin& plugin, const wchar_t* directory) {
+  DataServer* const one = plugin.Create(0);
+  DataServer* const other = plugin.Create(0);
+  if (!one->Open(directory)) Fail("the first of two objects does not open");
+  if (other->GetFunctionCount(0) != 0) Fail("the second object is open with the first");
+  if (!other->Open(directory)) Fail("the second of two objects does not open");
+  MassSpectrum first;
+  MassSpectrum second;
+  const bool read = one->GetSpectrum(0, 0, 0, first) && other->GetSpectrum(0, 0, 0, second);
+  if (!read || first.count != second.count) Fail("two objects read differently");
+  one->~DataServer();  // slot 0 with flags 0; the memory stays
+  if (!other->GetSpectrum(0, 0, 1, second)) Fail("one object's end has touched the other");
+  delete other;  // flags 1
+}
+
+void* const* TableOf(const MassSpectrum& spectrum) {
+  return *reinterpret_cast<void* const* const*>(&spectrum);
+}
+
+// A host's vector that holds spectra of the host grows: ours take their places and keep their points.
+void CheckVectorOfSpectra(const Plugin& plugin, const wchar_t* directory) {
+  constexpr int kPoints = 600;
+  DataServer* const server = plugin.Create(0);
+  if (!server->Open(directory)) Fail("the directory does not open");
+  Vector<MassSpectrum> spectra;
+  spectra.Make(2);
+  MassSpectrum& second = spectra.begin()[1];
+  second.Resize(kPoints, false, false, false, false);
+  second.masses.begin()[kPoints - 1] = 7;
+  void* const* const hostTable = TableOf(second);
+  server->GetMobilitySpectra(0, 0, 0, 0, 3, spectra);  // sized before the first bin is read
+  if (spectra.size() != 4) Fail("the vector of spectra was not sized");
+  const MassSpectrum& moved = spectra.begin()[1];
+  if (moved.count != kPoints || moved.masses.begin()[kPoints - 1] != 7) Fail("a spectrum lost its points");
+  for (const MassSpectrum& spectrum : spectra) {
+    if (TableOf(spectrum) == hostTable) Fail("a spectrum made by the plug-in has the host's table");
+    if (TableOf(spectrum)[-1] != nullptr) Fail("the word before a spectrum's table is not null");
+  }
+  spectra.Free();  // through the plug-in's table, with flags 0
+
+  server->GetMobilitySpectra(0, 0, 0, 0, 0, spectra);
+  delete spectra.Take();  // a block of one spectrum, through the plug-in's table with flags 1
+  delete server;
+}
+
 }  // namespace
 
 void Main(wchar_t* arguments) {
   NextArgument(arguments)[0] == L'r' ? UseRuntimeHeap() : UseProcessHeap();
-  const GetInstanceFunction getInstance = LoadPlugin(NextArgument(arguments));
+  const Plugin plugin = LoadPlugin(NextArgument(arguments));
   const wchar_t* const directory = NextArgument(arguments);
   for (unsigned provider = 0; provider < 2; ++provider) {
-    DataServer* server = nullptr;
-    if (!getInstance(provider, &server)) Fail("GetInstance");
+    DataServer* const server = plugin.Create(provider);
     host_test::Transcript<MicrosoftApi>(*server).Run(directory);
-    delete server;  // through slot 0
+    delete server;
   }
+  CheckTwoObjects(plugin, directory);
+  CheckVectorOfSpectra(plugin, directory);
   if (MassSpectrum::resizeCalls == 0) Fail("no spectrum of the host was resized through the host's table");
+  UnloadPlugin(plugin);
 }
 
 }  // namespace microsoft_host

@@ -98,12 +98,22 @@ wchar_t* NextArgument(wchar_t*& line) {
   return argument;
 }
 
-GetInstanceFunction LoadPlugin(const wchar_t* path) {
-  void* const plugin = LoadLibraryW(path);
-  if (plugin == nullptr) Fail("the plug-in does not load");
-  void* const function = GetProcAddress(plugin, "GetInstance");
+Plugin LoadPlugin(const wchar_t* path) {
+  void* const module = LoadLibraryW(path);
+  if (module == nullptr) Fail("the plug-in does not load");
+  void* const function = GetProcAddress(module, "GetInstance");
   if (function == nullptr) Fail("the plug-in has no GetInstance");
-  return reinterpret_cast<GetInstanceFunction>(function);
+  return {module, reinterpret_cast<GetInstanceFunction>(function)};
+}
+
+DataServer* Plugin::Create(unsigned provider) const {
+  DataServer* server = nullptr;
+  if (!getInstance(provider, &server)) Fail("GetInstance");
+  return server;
+}
+
+void UnloadPlugin(const Plugin& plugin) {
+  if (!FreeLibrary(plugin.module)) Fail("the plug-in does not unload");
 }
 
 }  // namespace microsoft_host

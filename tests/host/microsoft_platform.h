@@ -15,6 +15,7 @@ __declspec(dllimport) __declspec(noreturn) void ExitProcess(unsigned status);
 __declspec(dllimport) wchar_t* GetCommandLineW();
 __declspec(dllimport) void* LoadLibraryW(const wchar_t* path);
 __declspec(dllimport) void* GetProcAddress(void* module, const char* name);
+__declspec(dllimport) int FreeLibrary(void* module);
 }
 
 namespace microsoft_host {
@@ -36,8 +37,16 @@ void Print(const char* text);
 /// The next word of a command line; quotation marks keep blanks together.
 wchar_t* NextArgument(wchar_t*& line);
 
-/// GetInstance of the plug-in at `path`; ends the program when there is none.
-GetInstanceFunction LoadPlugin(const wchar_t* path);
+/// The plug-in at `path`; the program ends when it cannot be loaded, or unloaded once all its objects are
+/// gone.
+struct Plugin {
+  void* module;
+  GetInstanceFunction getInstance;
+
+  DataServer* Create(unsigned provider) const;
+};
+Plugin LoadPlugin(const wchar_t* path);
+void UnloadPlugin(const Plugin& plugin);
 
 /// What each host does.
 void Main(wchar_t* arguments);

@@ -107,6 +107,21 @@ class Vector {
     last_ = first_ + count;
   }
 
+  /// `count` elements made by the host, in place of those before.
+  void Make(size_t count) {
+    Free();
+    first_ = last_ = static_cast<T*>(NewBlock(count * sizeof(T)));
+    limit_ = first_ + count;
+    while (last_ != limit_) new (last_++, Placement()) T();
+  }
+
+  /// The block is somebody else's from now on.
+  T* Take() {
+    T* const block = first_;
+    first_ = last_ = limit_ = nullptr;
+    return block;
+  }
+
   void Free() {
     if (last_ < first_ || limit_ < last_) Fail("vector pointers are out of order");
     for (T* element = first_; element != last_; ++element) element->~T();

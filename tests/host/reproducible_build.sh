@@ -4,9 +4,9 @@ set -euo pipefail
 source=$1 dll=$2
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-mkdir "$copy/source"
-(cd "$source" && git ls-files -z -co --exclude-standard | xargs -0 cp --parents -t "$copy/source")
-cd "$copy/source"
+cd "$source"
+cp -r CMakeLists.txt CMakePresets.json cmake common masslynx openlynx plugin scripts spectrum tools "$copy"
+cd "$copy"
 cmake --preset windows -DZRML_TESTS=OFF >/dev/null
 cmake --build --preset windows --target zrml_provider >/dev/null
 cmp "build/windows/$(basename "$dll")" "$dll"
