@@ -126,12 +126,23 @@ auto CZRMassSpectrum::Attributes(Self& self) {
                   self.m_Scale, self.m_ReservedWord);
 }
 
+auto CZRMassSpectrum::PointMembers() {
+  return std::tie(m_Masses, m_Intensities, m_PointFlags, m_PointData, m_PointValues, m_PointMarks, m_Count,
+                  m_HasPointFlags, m_HasPointValues, m_HasPointData, m_HasPointMarks);
+}
+
 auto CZRMassSpectrum::AllMembers() {
   return std::tuple_cat(
-      std::tie(m_Masses, m_Intensities, m_PointFlags, m_PointData, m_PointValues, m_PointMarks, m_Count,
-               m_HasPointFlags, m_HasPointValues, m_HasPointData, m_HasPointMarks, m_Uncopied1, m_Uncopied2,
-               m_Uncopied3, m_PointDataRelease, m_PointDataContext),
+      PointMembers(), std::tie(m_Uncopied1, m_Uncopied2, m_Uncopied3, m_PointDataRelease, m_PointDataContext),
       Attributes(*this));
+}
+
+void CZRMassSpectrum::SwapPoints(CZRMassSpectrum& other) noexcept {
+  auto mine = PointMembers();
+  auto theirs = other.PointMembers();
+  mine.swap(theirs);
+  m_StatsStale = true;
+  other.m_StatsStale = true;
 }
 
 void CZRMassSpectrum::Swap(CZRMassSpectrum& other) noexcept {
@@ -149,7 +160,6 @@ void CZRMassSpectrum::CopyAttributes(const CZRMassSpectrum& source) {
   mine.swap(theirs);
 }
 
-// Points that both arrays have: the count, unless Assign has replaced an array and no sizing has followed.
 std::size_t CZRMassSpectrum::UsablePoints() const {
   return std::min({static_cast<std::size_t>(std::max(m_Count, 0)), m_Masses.size(), m_Intensities.size()});
 }

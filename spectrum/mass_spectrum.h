@@ -3,6 +3,7 @@
 // mass_spectrum.cpp.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "common/host_types.h"
@@ -49,6 +50,9 @@ class CZRMassSpectrum {
   /// function.
   void CopyAttributes(const CZRMassSpectrum& source);
 
+  /// Exchanges the points with their optional arrays; attributes and release functions stay.
+  void SwapPoints(CZRMassSpectrum& other) noexcept;
+
   /// Resizes when the count or the length of an array differs. Deliberately sets the count and makes the
   /// statistics stale in every case: after SetSize(-1), which gives false, the count is -1 and the points
   /// stay until the next sizing.
@@ -64,12 +68,20 @@ class CZRMassSpectrum {
   void EnablePointMarks(bool enable);
 
   int GetCount() const { return m_Count; }
+  /// Points that both arrays have: the count, unless Assign has replaced an array and no sizing has followed.
+  std::size_t UsablePoints() const;
 
   /// The first element, or null when there is none.
   double* GetMasses() { return m_Masses.empty() ? nullptr : m_Masses.data(); }
   const double* GetMasses() const { return m_Masses.empty() ? nullptr : m_Masses.data(); }
   double* GetIntensities() { return m_Intensities.empty() ? nullptr : m_Intensities.data(); }
   const double* GetIntensities() const { return m_Intensities.empty() ? nullptr : m_Intensities.data(); }
+  const std::uint8_t* GetPointFlags() const { return m_PointFlags.empty() ? nullptr : m_PointFlags.data(); }
+  void* const* GetPointData() const { return m_PointData.empty() ? nullptr : m_PointData.data(); }
+  const std::int32_t* GetPointValues() const {
+    return m_PointValues.empty() ? nullptr : m_PointValues.data();
+  }
+  const std::uint8_t* GetPointMarks() const { return m_PointMarks.empty() ? nullptr : m_PointMarks.data(); }
   std::uint8_t* GetPointFlags() { return m_PointFlags.empty() ? nullptr : m_PointFlags.data(); }
   void** GetPointData() { return m_PointData.empty() ? nullptr : m_PointData.data(); }
   std::int32_t* GetPointValues() { return m_PointValues.empty() ? nullptr : m_PointValues.data(); }
@@ -171,8 +183,8 @@ class CZRMassSpectrum {
 
   template <class Self>
   static auto Attributes(Self& self);
+  auto PointMembers();
   auto AllMembers();
-  std::size_t UsablePoints() const;
   bool IsIndex(int i, const HostVector<double>& array) const {
     return i >= 0 && i < m_Count && static_cast<std::size_t>(i) < array.size();
   }

@@ -7,6 +7,7 @@
 #include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/packed_point.h"
 #include "masslynx/scandata/scan_bytes.h"
+#include "masslynx/scandata/sub_scans.h"
 
 namespace zrml {
 namespace {
@@ -64,6 +65,15 @@ bool DecodeRawMasses(const ScanSource& source, CZRMassSpectrum& spectrum, bool& 
     writer.Write(i, calibrate(point.mass), point.intensity);
   }
   unsorted = writer.Unsorted();
+  return true;
+}
+
+// Formats 12 and 13: the points may be those of several sub-scans, which are summed. The result still counts
+// as unsorted.
+template <std::size_t kPointSize>
+bool DecodeSubScans(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unsorted) {
+  if (!DecodeRawMasses<kPointSize, UnpackPoint12>(source, spectrum, unsorted)) return false;
+  if (unsorted) SumSubScans(spectrum, MostSubScanVisits(spectrum.UsablePoints()));
   return true;
 }
 
@@ -180,8 +190,8 @@ constexpr std::array<Decoder, 15> kDecoders = {
     DecodeRawMasses<6, UnpackPoint9>,
     nullptr,
     DecodeFloatChannels<4>,
-    DecodeRawMasses<8, UnpackPoint12>,
-    DecodeRawMasses<12, UnpackPoint12>,
+    DecodeSubScans<8>,
+    DecodeSubScans<12>,
     DecodeFloatChannels<12>,
 };
 

@@ -290,6 +290,10 @@ TEST_P(EveryLayout, ScanOfNoPointsIsAnEmptySpectrum) {
   EXPECT_TRUE(decoded.Intensities().empty());
 }
 
+// In formats 12 and 13 points that are all zeros restart at the first mass, 0: they are sub-scans, and sum to
+// one point.
+bool HasSubScans(const Layout& layout) { return layout.dataFormat == 12 || layout.dataFormat == 13; }
+
 // A short read counts as zero bytes: units before the cut are as in the whole file, units behind it as a file
 // of zeros gives them, and the unit that is cut as a file filled up with zeros.
 TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
@@ -309,6 +313,11 @@ TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
     EXPECT_EQ(cut.Masses(), filledUp.Masses());
     EXPECT_EQ(cut.Intensities(), filledUp.Intensities());
     EXPECT_EQ(cut.unsorted, filledUp.unsorted);
+    if (HasSubScans(GetParam()) && cut.Masses().size() == 1) {
+      EXPECT_LT(length, GetParam().unitSize);
+      EXPECT_EQ(cut.Masses(), Values{0});
+      continue;
+    }
     ASSERT_EQ(cut.Masses().size(), GetParam().masses.size());
     for (std::size_t i = 0; i < GetParam().masses.size(); ++i) {
       const std::size_t unit = i / GetParam().pointsPerUnit;
@@ -316,7 +325,7 @@ TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
         EXPECT_EQ(cut.Masses()[i], GetParam().masses[i]) << i;
         EXPECT_EQ(cut.Intensities()[i], GetParam().intensities[i]) << i;
       } else if (unit * GetParam().unitSize >= length) {
-        EXPECT_EQ(cut.Masses()[i], zeros.Masses()[i]) << i;
+        EXPECT_EQ(cut.Masses()[i], HasSubScans(GetParam()) ? 0 : zeros.Masses()[i]) << i;
         EXPECT_EQ(cut.Intensities()[i], 0.0) << i;
       }
     }
@@ -329,7 +338,8 @@ TEST_P(EveryLayout, DataOffsetBehindTheEndReadsAsZeroBytes) {
     function.scanIndex[0].dataOffset = offset;
     const Decoded decoded = Decode(GetParam().bytes, function);
     EXPECT_TRUE(decoded.ok) << offset;
-    EXPECT_EQ(decoded.Intensities(), Values(GetParam().masses.size())) << offset;
+    EXPECT_EQ(decoded.Intensities(), Values(HasSubScans(GetParam()) ? 1 : GetParam().masses.size()))
+        << offset;
   }
 }
 

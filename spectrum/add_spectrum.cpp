@@ -1,0 +1,74 @@
+#include "spectrum/add_spectrum.h"
+
+#include "spectrum/centroid_merge.h"
+#include "spectrum/point_merge.h"
+#include "spectrum/profile_resampling.h"
+#include "spectrum/scan_law.h"
+
+namespace zrml {
+namespace {
+
+constexpr int kShortestProfile = 3;
+
+void TakePoints(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
+  CZRMassSpectrum taken(source);
+  taken.SetPointDataRelease(nullptr, nullptr);  // source goes on owning them
+  taken.CopyAttributes(target);
+  taken.InvalidateStatistics();
+  target.Swap(taken);
+}
+
+double FirstStep(const CZRMassSpectrum& spectrum) { return spectrum.GetMass(1) - spectrum.GetMass(0); }
+
+// Gives the points of both together when the two are samples of one grid.
+bool MergeOnOneGrid(const CZRMassSpectrum& source, const CZRMassSpectrum& target, CZRMassSpectrum& merged) {
+  ScanLawHolder targetLaw;
+  ScanLawHolder law;
+  if (DetectScanLaw(targetLaw, target) == CZRMSScanLaw::kNone) return false;
+  if (DetectScanLaw(law, source) == CZRMSScanLaw::kNone || SameScanLaw(law, targetLaw) == 0) return false;
+  merged = MergePoints(source, target, true);
+  merged.SetCentroided(false);
+  if (DetectScanLaw(law, merged) == CZRMSScanLaw::kNone || SameScanLaw(law, targetLaw) == 0) return false;
+  const double step = FirstStep(merged);
+  const bool interleaved = FirstStep(source) > step && FirstStep(target) > step;
+  return !interleaved;
+}
+
+}  // namespace
+
+int AddSpectrum(bool absoluteWidth, double tolerance, const CZRMassSpectrum& source,
+                CZRMassSpectrum& target) {
+  if (source.IsCentroided() != target.IsCentroided()) {
+    target.SetSize(0);
+    return 0;
+  }
+  if (source.IsCentroided()) return AddCentroidSpectra(absoluteWidth, tolerance, source, target, true);
+  return AddProfileSpectra(source, target);
+}
+
+int AddCentroidSpectra(bool absoluteWidth, double tolerance, const CZRMassSpectrum& source,
+                       CZRMassSpectrum& target, bool sumEqualMasses) {
+  CZRMassSpectrum work = MergePoints(source, target, sumEqualMasses);
+  work.SetCentroided(target.IsCentroided());
+  work.SetPolarity(target.GetPolarity());
+  if (tolerance > 0) MergeCentroidPeaks(absoluteWidth, tolerance, work);
+  // Point data that go on in target must not be released with its old arrays: they are the caller's from
+  // here.
+  if (work.HasPointData()) target.SetPointDataRelease(nullptr, nullptr);
+  target.Swap(work);
+  return target.GetCount();
+}
+
+int AddProfileSpectra(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
+  if (source.GetCount() < kShortestProfile) return target.GetCount();
+  if (target.GetCount() < kShortestProfile) {
+    TakePoints(source, target);
+    return target.GetCount();
+  }
+  CZRMassSpectrum merged;
+  if (!MergeOnOneGrid(source, target, merged)) return ResampleOnto(source, target);
+  target.SwapPoints(merged);
+  return target.GetCount();
+}
+
+}  // namespace zrml

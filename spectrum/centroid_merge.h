@@ -1,0 +1,46 @@
+// Merging of peaks that lie within one peak width of each other.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "spectrum/mass_spectrum.h"
+#include "spectrum/peak_width_law.h"
+#include "spectrum/scan_law.h"
+
+namespace zrml {
+
+struct PeakMergeContext {
+  std::shared_ptr<CZRMSPeakWidthLaw::Law> widthLaw;
+  bool reserved = false;  ///< not interpreted
+  ScanLawHolder scanLaw;
+};
+
+/// A peak that a merge has made: its index among the points before the merge, and the lowest and highest
+/// index that went into it.
+struct MergedPeak {
+  std::int32_t peak;
+  std::int32_t lowest;
+  std::int32_t highest;
+};
+
+/// The width within which peaks merge at `mass`: that of the width law (1.0 without one) and half a step of
+/// the scan law, at most 1.0. Deliberately capped: peaks more than half a mass unit from the one that is
+/// visited never merge with it, whatever the law says.
+double PeakWidthAt(const PeakMergeContext& context, double mass);
+
+/// Merges the peaks of `spectrum`, whose masses ascend, strongest first, each with its neighbours within half
+/// the width over `factor` on either side; a merged peak has the summed intensity at the mean mass, weighted
+/// by intensity. Points of mass 0 or below are dropped, and the optional arrays too but for the point marks,
+/// which are cut to size. The result is the new count, 0 with nothing changed when `factor` is not positive;
+/// fewer than two points stay as they are. `merged`, when given, receives every visited peak in the order of
+/// `peak`, also those that a later one has absorbed.
+int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& spectrum,
+               std::vector<MergedPeak>* merged = nullptr);
+
+/// The same with a width of `width` mass units, or parts per million when `absoluteWidth` is false. A
+/// negative width counts as 1.0.
+int MergeCentroidPeaks(bool absoluteWidth, double width, CZRMassSpectrum& spectrum);
+
+}  // namespace zrml

@@ -1,0 +1,37 @@
+// The mass axis that profiles are added on: a spectrum's own samples, the samples that its acquisition left
+// out between them, and its continuation below and above. docs/spectrum-arithmetic.md
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "spectrum/scan_law.h"
+#include "spectrum/step_model.h"
+
+namespace zrml {
+
+/// A grid is not refilled past this many points: beyond it only those points are made that enclose a source
+/// sample, at most two for each.
+inline constexpr std::size_t kMostGridPoints = std::size_t{1} << 24;
+
+/// Points of a profile, masses ascending.
+struct ProfileView {
+  std::span<const double> masses;
+  std::span<const double> intensities;
+};
+
+struct ProfileGrid {
+  std::vector<double> masses;
+  std::vector<double> intensities;
+  /// The first point was made to enclose the source's low end and lies below it.
+  bool firstIsProvisional = false;
+};
+
+/// The grid of `target` for adding `source`: all of target's samples with their intensities, and points of
+/// zero intensity made by the sampling `law` where that agrees with the step model, else by the model. It
+/// covers source's positive masses. Throws std::bad_alloc when it would have more points than a spectrum can.
+ProfileGrid BuildProfileGrid(const ProfileView& target, const ProfileView& source, const ScanLawHolder& law,
+                             const SamplingStepModel& model, std::size_t mostPoints = kMostGridPoints);
+
+}  // namespace zrml

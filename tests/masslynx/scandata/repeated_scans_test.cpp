@@ -1,0 +1,259 @@
+// Scans of formats 12 and 13 that hold sub-scans one behind the other.
+#include <cmath>
+#include <numeric>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "masslynx/scandata/scan_decoder.h"
+#include "masslynx/scandata/sub_scans.h"
+#include "tests/support/byte_writer.h"
+#include "tests/support/temp_directory.h"
+
+namespace zrml {
+namespace {
+
+using Values = std::vector<double>;
+
+struct Point {
+  double mass;    // a multiple of 2^-8 below 1024
+  int intensity;  // -2^21 to 2^21
+};
+using Points = std::vector<Point>;
+
+// Exponent 10: 27 bits of mass * 2^17. Exponent 21: the magnitude is the intensity; bit 21 is its sign.
+FileBytes Pack(const Points& points, int dataFormat) {
+  ByteWriter writer;
+  for (const Point& point : points) {
+    const bool negative = point.intensity < 0;
+    const auto magnitude = static_cast<std::uint32_t>(negative ? -point.intensity : point.intensity);
+    writer.U32(magnitude | (negative ? 1U << 21 : 0U) | 21U << 22);
+    writer.U32(static_cast<std::uint32_t>(point.mass * 0x1p17) | 10U << 27);
+    if (dataFormat == 13) writer.Unused(4);
+  }
+  return writer.Take();
+}
+
+struct Decoded {
+  bool ok = false;
+  bool unsorted = false;
+  CZRMassSpectrum spectrum;
+
+  Values Masses() const { return {spectrum.MassVector().begin(), spectrum.MassVector().end()}; }
+  Values Intensities() const {
+    return {spectrum.IntensityVector().begin(), spectrum.IntensityVector().end()};
+  }
+};
+
+FunctionRecord FunctionOf(int dataFormat, std::size_t pointCount) {
+  FunctionRecord function;
+  function.number = 1;
+  function.dataFormat = dataFormat;
+  function.scanIndex.resize(1);
+  function.scanIndex[0].pointCount = static_cast<std::uint32_t>(pointCount);
+  return function;
+}
+
+Decoded DecodeWith(const FunctionRecord& function, const FileBytes& bytes,
+                   const CZRMassSpectrum& container = {}) {
+  static const TempDirectory directory;
+  directory.Write("_FUNC001.DAT", bytes);
+  Decoded decoded;
+  decoded.spectrum = container;
+  decoded.ok = DecodeScan(platform::File::Open(directory.WidePath("_FUNC001.DAT")), function, 0,
+                          decoded.spectrum, decoded.unsorted);
+  return decoded;
+}
+
+Decoded Decode(const Points& points, int dataFormat = 12, const CZRMassSpectrum& container = {}) {
+  return DecodeWith(FunctionOf(dataFormat, points.size()), Pack(points, dataFormat), container);
+}
+
+void ExpectPoints(const Decoded& decoded, const Points& expected) {
+  EXPECT_TRUE(decoded.ok);
+  EXPECT_EQ(decoded.spectrum.GetCount(), static_cast<int>(expected.size()));
+  Values masses;
+  Values intensities;
+  for (const Point& point : expected) {
+    masses.push_back(point.mass);
+    intensities.push_back(point.intensity);
+  }
+  EXPECT_EQ(decoded.Masses(), masses);
+  EXPECT_EQ(decoded.Intensities(), intensities);
+}
+
+class RepeatedScans : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Formats, RepeatedScans, testing::Values(12, 13));
+
+TEST_P(RepeatedScans, TwoIdenticalSubScansOfAHundredPointsGiveAHundredWithSummedIntensities) {
+  Points points;
+  Points expected;
+  for (int sub = 0; sub < 2; ++sub) {
+    for (int i = 0; i < 100; ++i) points.push_back({200 + 0.5 * i, i + 1});
+  }
+  for (int i = 0; i < 100; ++i) expected.push_back({200 + 0.5 * i, 2 * (i + 1)});
+  const Decoded decoded = Decode(points, GetParam());
+  ExpectPoints(decoded, expected);
+  EXPECT_TRUE(decoded.unsorted);
+}
+
+TEST_P(RepeatedScans, OneSubScanIsNoRepetition) {
+  const Points points = {{100, 1}, {100.00390625, 2}, {200, 3}};
+  const Decoded decoded = Decode(points, GetParam());
+  ExpectPoints(decoded, points);  // peaks that would merge stay
+  EXPECT_FALSE(decoded.unsorted);
+}
+
+TEST_P(RepeatedScans, SubScansOfDifferentLengthsAndMasses) {
+  const Decoded decoded = Decode(
+      {{100, 1}, {200, 2}, {300, 3}, {100, 10}, {250, 20}, {100, 100}, {300, 200}, {400, 300}}, GetParam());
+  ExpectPoints(decoded, {{100, 111}, {200, 2}, {250, 20}, {300, 203}, {400, 300}});
+}
+
+TEST_P(RepeatedScans, ASubScanThatStartsAtAnotherMassLeavesThePointsAsDecoded) {
+  const Points restart = {{100, 1}, {200, 2}, {100, 3}, {200, 4}};
+  ExpectPoints(Decode(restart, GetParam()), {{100, 4}, {200, 6}});
+  Points elsewhere = restart;
+  elsewhere[2].mass = 100.00390625;
+  const Decoded decoded = Decode(elsewhere, GetParam());
+  ExpectPoints(decoded, elsewhere);
+  EXPECT_TRUE(decoded.unsorted);
+}
+
+TEST_P(RepeatedScans, OneOfThreeThatStartsAtAnotherMassIsEnough) {
+  const Points points = {{100, 1}, {200, 2}, {100, 3}, {200, 4}, {99, 5}, {200, 6}};
+  ExpectPoints(Decode(points, GetParam()), points);
+}
+
+TEST_P(RepeatedScans, SubScansOfOnePoint) {
+  ExpectPoints(Decode({{100, 1}, {100, 2}, {100, 4}}, GetParam()), {{100, 7}});
+  ExpectPoints(Decode({{100, 1}, {100, 2}, {200, 4}}, GetParam()), {{100, 3}, {200, 4}});
+  ExpectPoints(Decode({{100, 1}, {200, 2}, {100, 4}}, GetParam()), {{100, 5}, {200, 2}});
+}
+
+TEST_P(RepeatedScans, PeaksWithinFiveThousandthsBecomeOne) {
+  // (1 * 200 + 3 * 200.00390625) / 4; 0.0078125 apart is too far.
+  ExpectPoints(
+      Decode({{100, 1}, {200, 1}, {300, 1}, {100, 1}, {200.00390625, 3}, {300.0078125, 1}}, GetParam()),
+      {{100, 2}, {200.0029296875, 4}, {300, 1}, {300.0078125, 1}});
+}
+
+TEST_P(RepeatedScans, NegativeIntensitiesAreSummedToo) {
+  ExpectPoints(Decode({{100, 5}, {200, 5}, {100, -2}, {200, -2}}, GetParam()), {{100, 3}, {200, 3}});
+}
+
+TEST_P(RepeatedScans, TheMassesAfterCalibrationDecide) {
+  // m/z = 1024 - mass: falling, so that every point starts a sub-scan, at other masses; a mass of 0 for both
+  // coefficients gives equal ones.
+  const Points points = {{100, 1}, {200, 2}};
+  FunctionRecord function = FunctionOf(GetParam(), 2);
+  function.functionCal.coefficients = {1024, -1};
+  const Decoded falling = DecodeWith(function, Pack(points, GetParam()));
+  ExpectPoints(falling, {{924, 1}, {824, 2}});
+  EXPECT_TRUE(falling.unsorted);
+  function.functionCal.coefficients = {500, 0};
+  ExpectPoints(DecodeWith(function, Pack(points, GetParam())), {{500, 3}});
+}
+
+TEST_P(RepeatedScans, WhatTheContainerHeldBeforeDoesNotMatter) {
+  const Points points = {{100, 1}, {200, 2}, {100, 3}, {200, 4}};
+  CZRMassSpectrum used;
+  used.SetSize(7);
+  for (int i = 0; i < 7; ++i) {
+    used.SetMass(i, 1000 + i);
+    used.SetIntensity(i, -5);
+  }
+  used.SetCentroided(false);
+  used.SetPolarity(2);
+  used.EnablePointFlags(true);
+  used.EnablePointMarks(true);
+  used.EnablePointValues(true);
+  used.SetTitle(HostString(L"title"));
+  const Decoded decoded = Decode(points, GetParam(), used);
+  ExpectPoints(decoded, {{100, 4}, {200, 6}});
+  EXPECT_TRUE(decoded.spectrum.IsCentroided());
+  EXPECT_EQ(decoded.spectrum.GetPolarity(), 2);
+  EXPECT_FALSE(decoded.spectrum.HasPointFlags());
+  EXPECT_FALSE(decoded.spectrum.HasPointMarks());
+  EXPECT_FALSE(decoded.spectrum.HasPointValues());
+  EXPECT_EQ(decoded.spectrum.GetTitle(), HostString());
+  EXPECT_TRUE(decoded.spectrum.AreStatisticsStale());
+}
+
+// Bytes that the file lacks are zeros: every point then restarts at the first mass, 0.
+TEST_P(RepeatedScans, AScanOfNothingButZerosIsOnePoint) {
+  const Decoded decoded = DecodeWith(FunctionOf(GetParam(), 3), {});
+  ExpectPoints(decoded, {{0, 0}});
+}
+
+TEST_P(RepeatedScans, ATruncatedSecondSubScanLeavesThePointsAsDecoded) {
+  const Points points = {{100, 1}, {200, 2}, {100, 3}, {200, 4}};
+  FileBytes bytes = Pack(points, GetParam());
+  bytes.resize(bytes.size() * 3 / 4);
+  ExpectPoints(DecodeWith(FunctionOf(GetParam(), 4), bytes), {{100, 1}, {200, 2}, {100, 3}, {0, 0}});
+}
+
+// 3,000 sub-scans of one point over a first one of 3,000 would take 9 * 10^6 visits.
+TEST_P(RepeatedScans, VeryManyTinySubScansOverALongOneStayAsDecoded) {
+  Points points;
+  for (int i = 0; i < 3000; ++i) points.push_back({100 + i / 32.0, 1});
+  for (int i = 0; i < 3000; ++i) points.push_back({100, 1});
+  ExpectPoints(Decode(points, GetParam()), points);
+}
+
+TEST_P(RepeatedScans, ThreeHundredSubScansOfAThousandPointsAreSummed) {
+  Points points;
+  Points expected;
+  for (int sub = 0; sub < 300; ++sub) {
+    for (int i = 0; i < 1000; ++i) points.push_back({100 + i / 16.0, 2});
+  }
+  for (int i = 0; i < 1000; ++i) expected.push_back({100 + i / 16.0, 600});
+  ExpectPoints(Decode(points, GetParam()), expected);
+}
+
+TEST(RepeatedScans, OtherFormatsAreNotSummed) {
+  // Format 8: mantissa 1, raw masses 16, 32, 16, 32 of exponent 0.
+  const FileBytes bytes =
+      HexToBytes("01 00 00 80 00 00  01 00 00 00 01 00  01 00 00 80 00 00  01 00 00 00 01 00");
+  const Decoded decoded = DecodeWith(FunctionOf(8, 4), bytes);
+  ExpectPoints(decoded, {{16, 1}, {32, 1}, {16, 1}, {32, 1}});
+}
+
+CZRMassSpectrum MakeScan(const Values& masses) {
+  CZRMassSpectrum scan;
+  scan.SetSize(static_cast<int>(masses.size()));
+  scan.CopyMasses(masses.data());
+  scan.CopyIntensities(Values(masses.size(), 1).data());
+  return scan;
+}
+
+// Adding the second sub-scan visits 2 + 2 points, the third 2 + 3.
+TEST(SumSubScans, TheBudgetIsMetExactly) {
+  const CZRMassSpectrum scan = MakeScan({100, 200, 100, 200, 100, 200, 300});
+  CZRMassSpectrum spectrum = scan;
+  EXPECT_FALSE(SumSubScans(spectrum, 8));
+  EXPECT_EQ(spectrum.GetCount(), 7);
+  EXPECT_EQ(spectrum.MassVector(), scan.MassVector());
+  EXPECT_EQ(spectrum.IntensityVector(), scan.IntensityVector());
+  EXPECT_TRUE(SumSubScans(spectrum, 9));
+  EXPECT_EQ(spectrum.GetCount(), 3);
+}
+
+TEST(SumSubScans, TheBudgetGrowsWithTheScan) {
+  EXPECT_EQ(MostSubScanVisits(0), 4194304U);
+  EXPECT_EQ(MostSubScanVisits(262144), 4194304U);
+  EXPECT_EQ(MostSubScanVisits(262145), 4194320U);
+}
+
+TEST(SumSubScans, NothingToSum) {
+  CZRMassSpectrum empty;
+  EXPECT_FALSE(SumSubScans(empty, 100));
+  CZRMassSpectrum one = MakeScan({100});
+  EXPECT_FALSE(SumSubScans(one, 100));
+  CZRMassSpectrum nan = MakeScan({std::nan(""), std::nan("")});
+  EXPECT_FALSE(SumSubScans(nan, 100));
+  EXPECT_EQ(nan.GetCount(), 2);
+}
+
+}  // namespace
+}  // namespace zrml
