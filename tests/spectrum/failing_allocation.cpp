@@ -17,13 +17,18 @@ FailingAllocation::~FailingAllocation() { allocationsLeft = kUnlimited; }
 
 }  // namespace zrml
 
-void* operator new(std::size_t size) {
-  if (allocationsLeft == 0) throw std::bad_alloc();
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (allocationsLeft == 0) return nullptr;
   if (allocationsLeft > 0) --allocationsLeft;
-  void* const block = std::malloc(size > 0 ? size : 1);
+  return std::malloc(size > 0 ? size : 1);
+}
+
+void* operator new(std::size_t size) {
+  void* const block = operator new(size, std::nothrow);
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
 
+void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
