@@ -1,6 +1,7 @@
 #include "common/number.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -16,11 +17,12 @@ struct Sign {
   std::size_t length = 0;  // characters up to the first digit: white space and sign
 };
 
-Sign ReadSign(std::wstring_view text) {
+template <class Char>
+Sign ReadSign(std::basic_string_view<Char> text) {
   Sign sign;
   while (sign.length < text.size() && IsSpace(text[sign.length])) ++sign.length;
-  if (sign.length < text.size() && (text[sign.length] == L'-' || text[sign.length] == L'+')) {
-    sign.negative = text[sign.length] == L'-';
+  if (sign.length < text.size() && (text[sign.length] == Char('-') || text[sign.length] == Char('+'))) {
+    sign.negative = text[sign.length] == Char('-');
     ++sign.length;
   }
   return sign;
@@ -30,7 +32,9 @@ bool IsAsciiAlnum(wchar_t c) {
   return (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
 }
 
-// The longest run at the front of `text` that a number could be made of, as narrow characters.
+// The longest run at the front of `text` that a number could be made of, as narrow characters. Narrow text is
+// its own run.
+std::string_view NumberCharacters(std::string_view text) { return text; }
 std::string NumberCharacters(std::wstring_view text) {
   std::string run;
   for (const wchar_t c : text) {
@@ -67,10 +71,10 @@ bool Overflows(std::string_view digits, bool hexadecimal) {
   return (point - first) * (hexadecimal ? 4 : 1) + exponent > 0;
 }
 
-template <class Real>
-std::optional<Real> TakeReal(std::wstring_view& text) {
+template <class Real, class Char>
+std::optional<Real> TakeReal(std::basic_string_view<Char>& text) {
   const Sign sign = ReadSign(text);
-  const std::string run = NumberCharacters(text.substr(sign.length));
+  const auto run = NumberCharacters(text.substr(sign.length));
   if (run.empty() || run[0] == '-' || run[0] == '+') return std::nullopt;
   const bool hexadecimal = IsHexadecimal(run);
   const char* const begin = run.data() + (hexadecimal ? 2 : 0);
@@ -87,10 +91,45 @@ std::optional<Real> TakeReal(std::wstring_view& text) {
   return sign.negative ? -value : value;
 }
 
+constexpr std::array<double, 20> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,
+                                                 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Most numbers in files are like 445.1206: up to 15 digits and a point, and white space or the end behind.
+// The digits without the point, and the power of ten, are doubles without error, so one division rounds as it
+// must.
+inline bool TakeShortDecimal(std::string_view& text, double& value) {
+  constexpr std::ptrdiff_t kExactDigits = 15;
+  const Sign sign = ReadSign(text);
+  const char* const end = text.data() + text.size();
+  const char* const begin = text.data() + sign.length;
+  const char* at = begin;
+  std::uint64_t digits = 0;
+  for (; at != end && IsDigit(*at); ++at) digits = digits * 10 + static_cast<unsigned>(*at - '0');
+  const char* const point = at;
+  if (at != end && *at == '.') {
+    for (++at; at != end && IsDigit(*at); ++at) digits = digits * 10 + static_cast<unsigned>(*at - '0');
+  }
+  const bool hasDigits = at - begin > (point != at ? 1 : 0);
+  if (!hasDigits || at - begin > kExactDigits || (at != end && !IsSpace(*at))) return false;
+  const std::size_t decimals = point == at ? 0 : static_cast<std::size_t>(at - point - 1);
+  value = static_cast<double>(digits) / kPowersOfTen[decimals];
+  if (sign.negative) value = -value;
+  text.remove_prefix(static_cast<std::size_t>(at - text.data()));
+  return true;
+}
+
 }  // namespace
 
 std::optional<double> TakeDouble(std::wstring_view& text) { return TakeReal<double>(text); }
 std::optional<float> TakeFloat(std::wstring_view& text) { return TakeReal<float>(text); }
+
+std::optional<double> TakeDouble(std::string_view& text) {
+  double value = 0;
+  if (TakeShortDecimal(text, value)) return value;
+  return TakeReal<double>(text);
+}
 
 std::optional<int> TakeInt(std::wstring_view& text) {
   const Sign sign = ReadSign(text);

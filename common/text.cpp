@@ -12,15 +12,19 @@ std::wstring Mapped(std::wstring_view text, Map map) {
   return result;
 }
 
-constexpr wchar_t kCaseDistance = L'a' - L'A';
-
-}  // namespace
-
-std::wstring_view Trim(std::wstring_view text) {
+template <class View>
+View Trimmed(View text) {
   while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
   return text;
 }
+
+constexpr wchar_t kCaseDistance = L'a' - L'A';
+
+}  // namespace
+
+std::wstring_view Trim(std::wstring_view text) { return Trimmed(text); }
+std::string_view Trim(std::string_view text) { return Trimmed(text); }
 
 std::wstring ToUpper(std::wstring_view text) {
   return Mapped(

@@ -11,6 +11,7 @@ constexpr bool IsSpace(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r
 
 /// `text` without the white space at both ends.
 std::wstring_view Trim(std::wstring_view text);
+std::string_view Trim(std::string_view text);
 
 /// ASCII letters mapped, everything else kept.
 std::wstring ToUpper(std::wstring_view text);

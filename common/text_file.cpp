@@ -1,30 +1,42 @@
 #include "common/text_file.h"
 
 #include <algorithm>
-#include <vector>
+#include <array>
+#include <span>
 
 namespace zrml {
 namespace {
 
 constexpr wchar_t kCtrlZ = 0x1a;
 
+// Appends characters up to a Ctrl-Z, which is told.
+bool Append(std::span<const std::byte> bytes, std::wstring& text) {
+  std::size_t length = text.size();
+  text.resize(length + bytes.size());
+  wchar_t* const out = text.data();
+  bool metEnd = false;
+  for (const std::byte byte : bytes) {
+    const auto c = static_cast<wchar_t>(std::to_integer<unsigned char>(byte));
+    metEnd = c == kCtrlZ;
+    if (metEnd) break;
+    if (c == L'\n' && length > 0 && out[length - 1] == L'\r') --length;
+    out[length++] = c;
+  }
+  text.resize(length);
+  return metEnd;
+}
+
 }  // namespace
 
 std::wstring ReadText(const platform::File& file, std::uint64_t maxBytes) {
-  std::vector<std::byte> block(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, 1 << 16)));
+  constexpr std::uint64_t kBlock = 1 << 16;
   std::wstring text;
-  std::uint64_t offset = 0;
-  while (offset < maxBytes) {
-    const std::size_t wanted =
-        static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), maxBytes - offset));
+  text.reserve(static_cast<std::size_t>(std::min(maxBytes, file.Size())));
+  std::array<std::byte, kBlock> block;
+  for (std::uint64_t offset = 0; offset < maxBytes;) {
+    const auto wanted = static_cast<std::size_t>(std::min(kBlock, maxBytes - offset));
     const std::size_t count = file.ReadAt(offset, std::span(block).first(wanted));
-    for (std::size_t i = 0; i < count; ++i) {
-      const auto c = static_cast<wchar_t>(std::to_integer<unsigned char>(block[i]));
-      if (c == kCtrlZ) return text;
-      if (c == L'\n' && text.ends_with(L'\r')) text.pop_back();
-      text.push_back(c);
-    }
-    if (count < wanted) break;
+    if (Append(std::span(block).first(count), text) || count < wanted) break;
     offset += count;
   }
   return text;

@@ -12,6 +12,14 @@
 
 namespace zrml::platform {
 
+/// A path as the system takes it; empty when it names nothing.
+#ifdef _WIN32
+using SystemPath = std::wstring;
+#else
+using SystemPath = std::string;
+#endif
+SystemPath ToSystemPath(const std::wstring& path);
+
 /// A regular file opened for reading. Closed by its destructor.
 class File {
  public:
@@ -22,9 +30,13 @@ class File {
 
   /// A closed File when `path` cannot be opened or is no regular file.
   static File Open(const std::wstring& path);
+  static File OpenSystemPath(const SystemPath& path);
 
   bool IsOpen() const { return handle_ != kClosed; }
   void Close();
+
+  /// Lets go of the file without closing it: it stays open as long as the process runs.
+  void Abandon() { handle_ = kClosed; }
 
   /// Size in bytes, 0 when closed or unknown.
   std::uint64_t Size() const;

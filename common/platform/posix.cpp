@@ -1,7 +1,5 @@
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <limits>
 #include <sys/stat.h>
@@ -13,74 +11,19 @@
 namespace zrml::platform {
 namespace {
 
-constexpr char32_t kEscapedByte = 0xDC00;  // plus the byte: a byte of a path that is not UTF-8
-
-// One UTF-8 sequence at the front of `text`: its character and length, or length 0 when the bytes are not
-// UTF-8.
-std::pair<char32_t, std::size_t> DecodeUtf8(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) return {lead, 1};
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {0, 0};
-  char32_t c = lead & (0x7Fu >> length);
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) return {0, 0};
-    c = c << 6 | (byte(i) & 0x3Fu);
-  }
-  constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
-  if (c < kSmallest[length] || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return {0, 0};
-  return {c, length};
+bool Status(const std::wstring& path, struct stat& status) {
+  const std::string native = ToSystemPath(path);
+  return !native.empty() && ::stat(native.c_str(), &status) == 0;
 }
 
-// False when `c` is no Unicode scalar value.
-bool AppendUtf8(char32_t c, std::string& out) {
-  const auto tail = [&](int shift) { out.push_back(static_cast<char>(0x80 | ((c >> shift) & 0x3F))); };
-  if (c < 0x80) {
-    out.push_back(static_cast<char>(c));
-  } else if (c < 0x800) {
-    out.push_back(static_cast<char>(0xC0 | c >> 6));
-    tail(0);
-  } else if (c < 0x10000) {
-    if (c >= 0xD800 && c <= 0xDFFF) return false;
-    out.push_back(static_cast<char>(0xE0 | c >> 12));
-    tail(6);
-    tail(0);
-  } else if (c <= 0x10FFFF) {
-    out.push_back(static_cast<char>(0xF0 | c >> 18));
-    tail(12);
-    tail(6);
-    tail(0);
-  } else {
-    return false;
-  }
-  return true;
-}
+}  // namespace
 
-// Windows-1252 between 0x80 and 0x9F; its five unused codes stand for the C1 control of the same code.
-constexpr std::array<wchar_t, 32> kWindows1252 = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-wchar_t FromWindows1252(unsigned char c) {
-  return c >= 0x80 && c < 0xA0 ? kWindows1252[c - 0x80u] : static_cast<wchar_t>(c);
-}
-
-// The path as the kernel wants it; empty when it names nothing.
-std::string KernelPath(const std::wstring& path) {
+SystemPath ToSystemPath(const std::wstring& path) {
   if (path.find(L'\0') != std::wstring::npos) return {};
   std::string native = ToNativePath(path);
   std::replace(native.begin(), native.end(), '\\', '/');
   return native;
 }
-
-bool Status(const std::wstring& path, struct stat& status) {
-  const std::string native = KernelPath(path);
-  return !native.empty() && ::stat(native.c_str(), &status) == 0;
-}
-
-}  // namespace
 
 File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kClosed)) {}
 
@@ -90,12 +33,13 @@ File& File::operator=(File&& other) noexcept {
   return *this;
 }
 
-File File::Open(const std::wstring& path) {
+File File::Open(const std::wstring& path) { return OpenSystemPath(ToSystemPath(path)); }
+
+File File::OpenSystemPath(const SystemPath& path) {
   File file;
-  const std::string native = KernelPath(path);
-  if (native.empty()) return file;
+  if (path.empty()) return file;
   // O_NONBLOCK: opening a FIFO must not wait for its writer.
-  file.handle_ = ::open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  file.handle_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat status {};
   if (file.IsOpen() && (::fstat(static_cast<int>(file.handle_), &status) != 0 || !S_ISREG(status.st_mode))) {
     file.Close();
@@ -136,55 +80,5 @@ bool IsFile(const std::wstring& path) {
   struct stat status {};
   return Status(path, status) && !S_ISDIR(status.st_mode);
 }
-
-std::wstring FromCodePage(std::string_view text) {
-  std::wstring wide;
-  for (std::string_view rest = text; !rest.empty();) {
-    const auto [c, length] = DecodeUtf8(rest);
-    if (length == 0) {
-      wide.clear();
-      for (const char narrow : text) wide.push_back(FromWindows1252(static_cast<unsigned char>(narrow)));
-      return wide;
-    }
-    wide.push_back(static_cast<wchar_t>(c));
-    rest.remove_prefix(length);
-  }
-  return wide;
-}
-
-std::optional<std::string> ToCodePage(std::wstring_view text) {
-  std::string narrow;
-  for (const wchar_t c : text) {
-    if (!AppendUtf8(static_cast<char32_t>(c), narrow)) return std::nullopt;
-  }
-  return narrow;
-}
-
-std::wstring FromNativePath(std::string_view path) {
-  std::wstring wide;
-  while (!path.empty()) {
-    const auto [c, length] = DecodeUtf8(path);
-    const char32_t escaped = kEscapedByte + static_cast<unsigned char>(path.front());
-    wide.push_back(static_cast<wchar_t>(length == 0 ? escaped : c));
-    path.remove_prefix(std::max<std::size_t>(length, 1));
-  }
-  return wide;
-}
-
-std::string ToNativePath(std::wstring_view path) {
-  std::string native;
-  for (const wchar_t wide : path) {
-    const auto c = static_cast<char32_t>(wide);
-    if (c >= kEscapedByte + 0x80 && c <= kEscapedByte + 0xFF) {
-      native.push_back(static_cast<char>(c - kEscapedByte));
-    } else if (!AppendUtf8(c, native)) {
-      native.push_back('?');
-    }
-  }
-  return native;
-}
-
-void* SharedHeapAllocate(std::size_t bytes) noexcept { return std::malloc(bytes != 0 ? bytes : 1); }
-void SharedHeapFree(void* block) noexcept { std::free(block); }
 
 }  // namespace zrml::platform

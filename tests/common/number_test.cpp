@@ -1,10 +1,15 @@
 #include "common/number.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <optional>
 #include <ostream>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -40,7 +45,23 @@ void ExpectTaken(Take take, const std::vector<Taken<T>>& cases) {
   }
 }
 
-const auto takeDouble = [](std::wstring_view& text) { return TakeDouble(text); };
+// The narrow overload must agree wherever the text has a narrow form.
+const auto takeDouble = [](std::wstring_view& text) {
+  std::string narrow;
+  for (const wchar_t c : text) {
+    if (c < 0x100) narrow.push_back(static_cast<char>(c));
+  }
+  const bool isNarrow = narrow.size() == text.size();
+  std::string_view narrowText = narrow;
+  const std::optional<double> narrowValue = TakeDouble(narrowText);
+  const std::optional<double> value = TakeDouble(text);
+  if (isNarrow) {
+    EXPECT_EQ(narrowValue.has_value(), value.has_value());
+    EXPECT_TRUE(SameNumber(narrowValue.value_or(0), value.value_or(0)));
+    EXPECT_EQ(narrowText.size(), text.size());
+  }
+  return value;
+};
 const auto takeFloat = [](std::wstring_view& text) { return TakeFloat(text); };
 
 std::wstring Zeros(std::size_t count) { return std::wstring(count, L'0'); }
@@ -368,6 +389,40 @@ TEST(TakeInt, TextWithoutIntegerGivesNothingAndStays) {
     std::wstring_view text = before;
     EXPECT_FALSE(TakeInt(text).has_value()) << testing::PrintToString(before);
     EXPECT_EQ(text, before);
+  }
+}
+
+// Decimals with few digits take a shorter way; up to 15 digits and a point it must round as the long one
+// does.
+TEST(TakeDouble, DecimalsOfEveryLengthAreTheNearestDouble) {
+  std::mt19937_64 random(5);
+  for (int round = 0; round < 100000; ++round) {
+    std::string digits = std::to_string(random());
+    digits.resize(std::min<std::size_t>(digits.size(), 1 + random() % 19));
+    const std::size_t point = random() % (digits.size() + 2);
+    if (point <= digits.size()) digits.insert(point, 1, '.');
+    if (random() % 4 == 0) digits.insert(0, 1, random() % 2 == 0 ? '-' : '+');
+    std::string_view text = digits;
+    const std::optional<double> value = TakeDouble(text);
+    ASSERT_TRUE(value.has_value()) << digits;
+    ASSERT_EQ(*value, std::strtod(digits.c_str(), nullptr)) << digits;
+    ASSERT_EQ(text, "");
+  }
+}
+
+TEST(TakeDouble, NarrowTextKeepsItsRest) {
+  const std::vector<std::pair<std::string, std::string>> cases = {{"12.5\t7", "\t7"}, {"12.5 7", " 7"},
+                                                                  {"12.5,7", ",7"},   {"12.5x", "x"},
+                                                                  {"12.5e", "e"},     {"12.5e0 1", " 1"}};
+  for (const auto& [whole, rest] : cases) {
+    std::string_view text = whole;
+    EXPECT_EQ(TakeDouble(text), 12.5);
+    EXPECT_EQ(text, rest);
+  }
+  for (const std::string whole : {".", "-", "x", "", " ", "-.", "\xB2"}) {
+    std::string_view text = whole;
+    EXPECT_EQ(TakeDouble(text), std::nullopt);
+    EXPECT_EQ(text, whole);
   }
 }
 

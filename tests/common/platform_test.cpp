@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/held_open.h"
 #include "tests/support/temp_directory.h"
 
 #ifdef _WIN32
@@ -22,24 +23,6 @@ namespace zrml::platform {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Whether this process holds the file or directory open.
-bool IsHeldOpen(const fs::path& path) {
-#ifdef _WIN32
-  // Without sharing it can be opened only when nobody else has it open.
-  const HANDLE handle =
-      CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return true;
-  CloseHandle(handle);
-  return false;
-#else
-  std::error_code ignored;  // the listing holds itself open, and is closed when it is looked at
-  for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
-    if (fs::read_symlink(entry, ignored) == fs::canonical(path)) return true;
-  }
-  return false;
-#endif
-}
 
 /// The bytes that a read gives, as text.
 std::string ReadTextAt(const File& file, std::uint64_t offset, std::size_t count) {
@@ -207,6 +190,16 @@ TEST_F(Platform, FilesAreHeldOpenUntilClosedReplacedOrDestroyed) {
     EXPECT_TRUE(IsHeldOpen(secondPath));
   }
   EXPECT_FALSE(IsHeldOpen(secondPath));
+}
+
+TEST_F(Platform, AnAbandonedFileStaysOpen) {
+  {
+    File file = OpenNew("abandoned", "1");
+    file.Abandon();
+    EXPECT_FALSE(file.IsOpen());
+    EXPECT_EQ(ReadTextAt(file, 0, 1), "");
+  }
+  EXPECT_TRUE(IsHeldOpen(directory_.Path() / "abandoned"));
 }
 
 TEST_F(Platform, ARefusedDirectoryIsNotHeldOpen) {

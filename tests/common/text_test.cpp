@@ -33,6 +33,12 @@ TEST(Trim, RemovesWhiteSpaceAtBothEndsOnly) {
   for (const auto& expected : cases) EXPECT_EQ(Trim(expected.text), expected.trimmed);
 }
 
+TEST(Trim, NarrowTextLosesTheSameWhiteSpace) {
+  EXPECT_EQ(Trim(std::string_view(" \t\n\v\f\ra b \t\n\v\f\r")), "a b");
+  EXPECT_EQ(Trim(std::string_view(" \r\n")), "");
+  EXPECT_EQ(Trim(std::string_view("\xa0 a \x85")), "\xa0 a \x85");
+}
+
 TEST(CaseMapping, MapsAsciiLettersAlone) {
   // Neighbours of the letters, sharp s, e acute, y diaeresis, dotless i and the Kelvin sign stay.
   EXPECT_EQ(ToUpper(L"azAZ09@[`{_.\xdf\xe9\xff\x131\x212a"), L"AZAZ09@[`{_.\xdf\xe9\xff\x131\x212a");
