@@ -18,17 +18,22 @@ void TakePoints(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
   target.Swap(taken);
 }
 
+// Points that only one of target's arrays has do not go on: their data are released. Allocates nothing.
+void CutToMergedPoints(CZRMassSpectrum& target) { target.SetSize(static_cast<int>(target.UsablePoints())); }
+
 double FirstStep(const CZRMassSpectrum& spectrum) { return spectrum.GetMass(1) - spectrum.GetMass(0); }
 
 // Gives the points of both together when the two are samples of one grid.
 bool MergeOnOneGrid(const CZRMassSpectrum& source, const CZRMassSpectrum& target, CZRMassSpectrum& merged) {
   ScanLawHolder targetLaw;
   ScanLawHolder law;
-  if (DetectScanLaw(targetLaw, target) == CZRMSScanLaw::kNone) return false;
-  if (DetectScanLaw(law, source) == CZRMSScanLaw::kNone || SameScanLaw(law, targetLaw) == 0) return false;
+  DetectScanLaw(targetLaw, target);
+  DetectScanLaw(law, source);
+  if (SameScanLaw(law, targetLaw) == 0) return false;  // also when one of them has none
   merged = MergePoints(source, target, true);
   merged.SetCentroided(false);
-  if (DetectScanLaw(law, merged) == CZRMSScanLaw::kNone || SameScanLaw(law, targetLaw) == 0) return false;
+  DetectScanLaw(law, merged);
+  if (SameScanLaw(law, targetLaw) == 0) return false;
   const double step = FirstStep(merged);
   const bool interleaved = FirstStep(source) > step && FirstStep(target) > step;
   return !interleaved;
@@ -52,9 +57,10 @@ int AddCentroidSpectra(bool absoluteWidth, double tolerance, const CZRMassSpectr
   work.SetCentroided(target.IsCentroided());
   work.SetPolarity(target.GetPolarity());
   if (tolerance > 0) MergeCentroidPeaks(absoluteWidth, tolerance, work);
-  // Point data that go on in target must not be released with its old arrays: they are the caller's from
-  // here.
-  if (work.HasPointData()) target.SetPointDataRelease(nullptr, nullptr);
+  if (work.HasPointData()) {  // the release function goes where the data go
+    CutToMergedPoints(target);
+    work.SwapPointDataRelease(target);
+  }
   target.Swap(work);
   return target.GetCount();
 }
@@ -67,6 +73,7 @@ int AddProfileSpectra(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
   }
   CZRMassSpectrum merged;
   if (!MergeOnOneGrid(source, target, merged)) return ResampleOnto(source, target);
+  CutToMergedPoints(target);
   target.SwapPoints(merged);
   return target.GetCount();
 }

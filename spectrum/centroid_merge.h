@@ -32,10 +32,11 @@ double PeakWidthAt(const PeakMergeContext& context, double mass);
 
 /// Merges the peaks of `spectrum`, whose masses ascend, strongest first, each with its neighbours within half
 /// the width over `factor` on either side; a merged peak has the summed intensity at the mean mass, weighted
-/// by intensity. Points of mass 0 or below are dropped, and the optional arrays too but for the point marks,
-/// which are cut to size. The result is the new count, 0 with nothing changed when `factor` is not positive;
-/// fewer than two points stay as they are. `merged`, when given, receives every visited peak in the order of
-/// `peak`, also those that a later one has absorbed.
+/// by intensity. With negative intensities, which data formats carry, that mean can lie outside the peaks
+/// that went into it, and the masses no longer ascend. Points of mass 0 or below are dropped, and the
+/// optional arrays too but for the point marks, which are cut to size. The result is the new count, 0 with
+/// nothing changed when `factor` is not positive; fewer than two points stay as they are. `merged`, when
+/// given, receives every visited peak in the order of `peak`, also those that a later one has absorbed.
 int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& spectrum,
                std::vector<MergedPeak>* merged = nullptr);
 

@@ -64,7 +64,7 @@ double PortableLog(double x) {
 // x = k ln 2 + r, |r| <= ln 2 / 2; e^r by its series.
 double PortableExp(double x) {
   constexpr double kOverflow = 709.79;
-  constexpr double kUnderflow = -708.39;
+  constexpr double kUnderflow = -708.3964185322641;  // the logarithm of the smallest normal number
   if (std::isnan(x)) return x;
   if (x > kOverflow) return kInfinity;
   if (x < kUnderflow) return 0;

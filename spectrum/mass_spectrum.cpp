@@ -295,6 +295,11 @@ void CZRMassSpectrum::SetPointDataRelease(PointDataRelease release, void* contex
   m_PointDataContext = context;
 }
 
+void CZRMassSpectrum::SwapPointDataRelease(CZRMassSpectrum& other) noexcept {
+  std::swap(m_PointDataRelease, other.m_PointDataRelease);
+  std::swap(m_PointDataContext, other.m_PointDataContext);
+}
+
 void CZRMassSpectrum::UpdateStatistics() {
   if (!m_StatsStale) return;
   m_TotalIntensity = m_BasePeakMass = m_BasePeakIntensity = m_MinIntensity = 0;
@@ -383,6 +388,14 @@ double CZRMassSpectrum::GetIntensitySumInRange(double low, double high) const {
 
 namespace {
 
+// Each mass is above the one before it.
+bool Ascends(const double* masses, std::size_t count) {
+  for (std::size_t i = 1; i < count; ++i) {
+    if (!(masses[i - 1] < masses[i])) return false;
+  }
+  return true;
+}
+
 // Merges runs of equal mass from `from` on to the front of the arrays and returns how many points are left.
 int MergeEqualMasses(CZRMassSpectrum& spectrum, int from, bool sum) {
   double* const masses = spectrum.GetMasses();
@@ -414,6 +427,10 @@ bool SortSpectrum(int order, bool sumDuplicates, bool maxDuplicates, bool dropNo
   if (count == 0 || spectrum.MassVector().size() < count || spectrum.IntensityVector().size() < count)
     return false;
 
+  if (order == kMassAscending && Ascends(spectrum.GetMasses(), count)) {  // as most scans do
+    spectrum.InvalidateStatistics();
+    if (!dropNonPositiveMasses || spectrum.GetMasses()[0] > 0) return spectrum.SetSize(spectrum.GetCount());
+  }
   ParallelArray masses{sizeof(double), spectrum.GetMasses()};
   ParallelArray intensities{sizeof(double), spectrum.GetIntensities()};
   const bool byMass = order == kMassAscending || order == kMassDescending;

@@ -155,6 +155,10 @@ class CZRMassSpectrum {
 
   /// When set, every point datum is handed to `release` before it leaves the spectrum.
   void SetPointDataRelease(PointDataRelease release, void* context);
+  /// Whether there is a release function: without one, the point data are somebody else's.
+  bool OwnsPointData() const { return m_PointDataRelease != nullptr; }
+  /// Exchanges the release functions alone.
+  void SwapPointDataRelease(CZRMassSpectrum& other) noexcept;
 
   void InvalidateStatistics() { m_StatsStale = true; }
   bool AreStatisticsStale() const { return m_StatsStale; }

@@ -1,56 +1,86 @@
 #include "spectrum/parallel_sort.h"
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
 #include <cstdint>
 #include <cstring>
-#include <numeric>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace zrml {
 namespace {
 
-using Permutation = std::vector<std::size_t>;
+// A key as an unsigned number of the same order, and the element's place, which decides between equal keys.
+using PlacedKey = std::pair<std::uint64_t, std::size_t>;
+
+constexpr std::uint64_t kHighestBit = std::uint64_t{1} << 63;
 
 template <class Key>
-bool IsNaN(Key key) {
-  if constexpr (std::is_floating_point_v<Key>) return std::isnan(key);
-  return false;
+std::uint64_t OrderedNumber(Key key) {
+  if constexpr (std::is_unsigned_v<Key>) {
+    return key;
+  } else if constexpr (std::is_integral_v<Key>) {
+    return static_cast<std::uint64_t>(std::int64_t{key}) ^ kHighestBit;
+  } else {
+    // Both zeros are one key; the bits of negative numbers run backwards.
+    const auto bits = std::bit_cast<std::uint64_t>(double{key} + 0.0);
+    return (bits & kHighestBit) != 0 ? ~bits : bits | kHighestBit;
+  }
 }
 
 template <class Key>
-void SortIndices(const void* data, bool ascending, Permutation& order) {
+std::vector<PlacedKey> PlacedKeys(const void* data, bool ascending, std::size_t count) {
   const auto* const keys = static_cast<const Key*>(data);
-  std::sort(order.begin(), order.end(), [=](std::size_t a, std::size_t b) {
-    const Key x = keys[a];
-    const Key y = keys[b];
-    if (IsNaN(x) != IsNaN(y)) return IsNaN(y);
-    if (x < y) return ascending;
-    if (y < x) return !ascending;
-    return a < b;
-  });
+  std::vector<PlacedKey> placed(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint64_t number = OrderedNumber(keys[i]);
+    const bool isNumber = keys[i] == keys[i];
+    placed[i] = {isNumber ? (ascending ? number : ~number) : ~std::uint64_t{0}, i};  // NaN last either way
+  }
+  return placed;
+}
+
+// False also for keys that are no numbers.
+template <class Key>
+bool IsInOrder(const void* data, bool ascending, std::size_t count) {
+  const auto* const keys = static_cast<const Key*>(data);
+  for (std::size_t i = 1; i < count; ++i) {
+    if (!(ascending ? keys[i - 1] <= keys[i] : keys[i - 1] >= keys[i])) return false;
+  }
+  return true;
 }
 
 struct KeyType {
   std::size_t size;
-  void (*sort)(const void* data, bool ascending, Permutation& order);
+  bool (*isInOrder)(const void* data, bool ascending, std::size_t count);
+  std::vector<PlacedKey> (*placedKeys)(const void* data, bool ascending, std::size_t count);
 };
 
 template <class Key>
-constexpr KeyType kKeyType{sizeof(Key), SortIndices<Key>};
+constexpr KeyType kKeyType{sizeof(Key), IsInOrder<Key>, PlacedKeys<Key>};
 
 constexpr KeyType kKeyTypes[] = {
     kKeyType<std::int8_t>,  kKeyType<std::uint8_t>,  kKeyType<std::int16_t>, kKeyType<std::uint16_t>,
     kKeyType<std::int32_t>, kKeyType<std::uint32_t>, kKeyType<float>,        kKeyType<double>,
 };
 
-void Permute(const ParallelArray& array, const Permutation& order, std::byte* scratch) {
-  const auto* const source = static_cast<const std::byte*>(array.data);
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    std::memcpy(scratch + i * array.elementSize, source + order[i] * array.elementSize, array.elementSize);
+template <std::size_t kSize>
+void Permute(const std::vector<PlacedKey>& order, const std::byte* source, std::byte* target) {
+  for (std::size_t i = 0; i < order.size(); ++i)
+    std::memcpy(target + i * kSize, source + order[i].second * kSize, kSize);
+}
+
+void Permute(const ParallelArray& array, const std::vector<PlacedKey>& order, std::byte* scratch) {
+  auto* const data = static_cast<std::byte*>(array.data);
+  const std::size_t size = array.elementSize;
+  if (size == sizeof(double)) {
+    Permute<sizeof(double)>(order, data, scratch);
+  } else {
+    for (std::size_t i = 0; i < order.size(); ++i)
+      std::memcpy(scratch + i * size, data + order[i].second * size, size);
   }
-  std::memcpy(array.data, scratch, order.size() * array.elementSize);
+  std::memcpy(data, scratch, order.size() * size);
 }
 
 }  // namespace
@@ -61,12 +91,10 @@ bool SortParallelArrays(int key, bool ascending, std::size_t count, std::span<co
   if (key < 0 || key >= static_cast<int>(std::size(kKeyTypes)) || keyArray == arrays.end()) return false;
   const KeyType& type = kKeyTypes[key];
   if (keyArray->elementSize != type.size) return false;
+  if (type.isInOrder(keyArray->data, ascending, count)) return true;
 
-  if (count == 0) return true;
-  Permutation order(count);
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  type.sort(keyArray->data, ascending, order);
-
+  std::vector<PlacedKey> order = type.placedKeys(keyArray->data, ascending, count);
+  std::sort(order.begin(), order.end());
   std::size_t largest = 0;
   for (const ParallelArray& array : arrays) largest = std::max(largest, array.elementSize);
   std::vector<std::byte> scratch(count * largest);

@@ -30,9 +30,11 @@ class PointMerger {
         target_{target.GetMasses(), target.GetIntensities(), target.UsablePoints()},
         masses_(merged.GetMasses()),
         intensities_(merged.GetIntensities()),
+        targetOwnsData_(target.OwnsPointData()),
+        data_{merged.GetPointData(), target.GetPointData(),
+              targetOwnsData_ ? nullptr : source.GetPointData()},
         columns_(
             Column<std::uint8_t>{merged.GetPointFlags(), target.GetPointFlags(), source.GetPointFlags()},
-            Column<void*>{merged.GetPointData(), target.GetPointData(), source.GetPointData()},
             Column<std::int32_t>{merged.GetPointValues(), target.GetPointValues(), source.GetPointValues()},
             Column<std::uint8_t>{merged.GetPointMarks(), target.GetPointMarks(), source.GetPointMarks()}) {}
 
@@ -63,23 +65,26 @@ class PointMerger {
     double Intensity() const { return intensities[next]; }
   };
 
-  void Write(bool fromSource, double intensity) {
-    const List& list = fromSource ? source_ : target_;
+  List& Of(bool source) { return source ? source_ : target_; }
+
+  void Write(bool fromSource, bool dataFromSource, double intensity) {
+    const List& list = Of(fromSource);
     masses_[written_] = list.Mass();
     intensities_[written_] = intensity;
     std::apply([&](const auto&... column) { (column.Copy(written_, fromSource, list.next), ...); }, columns_);
+    data_.Copy(written_, dataFromSource, Of(dataFromSource).next);
     ++written_;
   }
 
   void Take(bool fromSource) {
-    List& list = fromSource ? source_ : target_;
-    Write(fromSource, list.Intensity());
+    List& list = Of(fromSource);
+    Write(fromSource, fromSource, list.Intensity());
     ++list.next;
   }
 
   void TakeBoth() {
-    const bool targetIsStronger = target_.Intensity() > source_.Intensity();
-    Write(!targetIsStronger, target_.Intensity() + source_.Intensity());
+    const bool fromSource = !(target_.Intensity() > source_.Intensity());
+    Write(fromSource, fromSource && !targetOwnsData_, target_.Intensity() + source_.Intensity());
     ++target_.next;
     ++source_.next;
   }
@@ -88,7 +93,9 @@ class PointMerger {
   List target_;
   double* masses_;
   double* intensities_;
-  std::tuple<Column<std::uint8_t>, Column<void*>, Column<std::int32_t>, Column<std::uint8_t>> columns_;
+  bool targetOwnsData_;
+  Column<void*> data_;
+  std::tuple<Column<std::uint8_t>, Column<std::int32_t>, Column<std::uint8_t>> columns_;
   std::size_t written_ = 0;
 };
 

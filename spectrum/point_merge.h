@@ -9,7 +9,8 @@ namespace zrml {
 /// with the optional arrays that `target` has (zero for points whose spectrum lacks them). With
 /// `sumEqualMasses`, points of exactly the same mass become one of their summed intensity and the optional
 /// entries of the stronger one, source's when they are equally strong. The attributes are those of a new
-/// spectrum. Point data are copied as pointers.
+/// spectrum. Point data are copied as pointers, and the result does not own them; of a target that owns its
+/// data all of them go in, whichever point is stronger, and none of source's.
 CZRMassSpectrum MergePoints(const CZRMassSpectrum& source, const CZRMassSpectrum& target,
                             bool sumEqualMasses);
 

@@ -141,8 +141,8 @@ bool PolynomialFit::Fit(int degree) {
 double PolynomialFit::Evaluate(double x) const {
   if (m_Coefficients.empty()) return 0.0;
   const double u = x - m_XOrigin;
-  double value = 0;
-  for (std::size_t power = m_Coefficients.size(); power-- > 0;) value = value * u + m_Coefficients[power];
+  double value = m_Coefficients.back();
+  for (std::size_t power = m_Coefficients.size() - 1; power-- > 0;) value = value * u + m_Coefficients[power];
   return value + m_YOrigin;
 }
 

@@ -21,9 +21,9 @@ class PolynomialFit {
   /// The fitted polynomial at x; 0.0 before the first fit.
   double Evaluate(double x) const;
 
-  /// Solves a c = b for the n x n row-major matrix `a`; `b` becomes c and `a` its decomposition. Always true:
-  /// a row of zeros prints "Singular matrix in routine LUDecomposition" to standard output, and the
-  /// solution is then meaningless.
+  /// Solves a c = b for the n x n row-major matrix `a` of n * n elements and `b` of n; `b` becomes c and `a`
+  /// its decomposition. Always true: a row of zeros prints "Singular matrix in routine LUDecomposition" to
+  /// standard output, and the solution is then meaningless.
   static bool SolveLinearSystem(int n, std::span<double> a, std::span<double> b);
 
  private:

@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <vector>
 
 namespace zrml {
 namespace {
@@ -73,21 +74,32 @@ class Sampling {
     if (coordinate_ != nullptr) step_ = MeanStep(masses);
   }
 
+  // A sample, with what both of its neighbours ask of it.
+  struct Sample {
+    double mass;
+    bool byLaw;
+    double coordinate;  // when byLaw
+  };
+
+  Sample At(double mass) const {
+    const bool byLaw = mass > 0 && LawHolds(mass);
+    return {mass, byLaw, byLaw ? coordinate_->fromMass(mass) : 0};
+  }
+
   // The stretch between two neighbouring samples, unless they are one step apart.
-  std::optional<Stretch> Gap(double a, double b) const {
-    if (!(a < b)) return std::nullopt;
-    if (a > 0 && LawHolds(a) && LawHolds(b)) {
-      const double from = coordinate_->fromMass(a);
-      const double width = coordinate_->fromMass(b) - from;
+  std::optional<Stretch> Gap(const Sample& a, const Sample& b) const {
+    if (!(a.mass < b.mass)) return std::nullopt;
+    if (a.byLaw && b.byLaw) {
+      const double width = b.coordinate - a.coordinate;
       const double steps = WholeSteps(width / step_);
       if (!(steps >= 2)) return std::nullopt;
-      return Stretch{Lattice::Even(*coordinate_, from, width / steps), steps - 1};
+      return Stretch{Lattice::Even(*coordinate_, a.coordinate, width / steps), steps - 1};
     }
-    const double firstStep = ModelStep(a);
-    const double lastStep = ModelStep(b);
-    const double steps = WholeSteps((b - a) / (0.5 * (firstStep + lastStep)));
+    const double firstStep = ModelStep(a.mass);
+    const double lastStep = ModelStep(b.mass);
+    const double steps = WholeSteps((b.mass - a.mass) / (0.5 * (firstStep + lastStep)));
     if (!(steps >= 2)) return std::nullopt;
-    return Stretch{Lattice::Changing(a, b, steps, firstStep, lastStep), steps - 1};
+    return Stretch{Lattice::Changing(a.mass, b.mass, steps, firstStep, lastStep), steps - 1};
   }
 
   // The stretch from the sample at `from` outwards to the first point at `to` or beyond.
@@ -175,6 +187,7 @@ class GridBuilder {
       : target_(target), source_(source), sampling_(sampling), range_(PositiveRange(source.masses)) {}
 
   ProfileGrid Build(std::size_t mostPoints) {
+    FindGaps();
     const double dense = CountDense();
     everywhere_ = dense <= static_cast<double>(mostPoints);
     const std::size_t around = target_.masses.size() + 2 * source_.masses.size() + 2;
@@ -192,14 +205,26 @@ class GridBuilder {
   bool ExtendsBelow() const { return range_.low < target_.masses.front(); }
   bool ExtendsAbove() const { return range_.high > target_.masses.back(); }
 
+  // A stretch between sample number `after` and the next.
+  struct Gap {
+    std::size_t after;
+    Stretch stretch;
+  };
+
+  void FindGaps() {
+    Sampling::Sample last = sampling_.At(target_.masses.front());
+    for (std::size_t i = 1; i < target_.masses.size(); ++i) {
+      const Sampling::Sample next = sampling_.At(target_.masses[i]);
+      if (const auto stretch = sampling_.Gap(last, next)) gaps_.push_back({i - 1, *stretch});
+      last = next;
+    }
+  }
+
   double CountDense() const {
     const std::span<const double> masses = target_.masses;
     double count = static_cast<double>(masses.size());
     if (ExtendsBelow()) count += sampling_.Extension(masses.front(), range_.low).count;
-    for (std::size_t i = 0; i + 1 < masses.size(); ++i) {
-      const auto gap = sampling_.Gap(masses[i], masses[i + 1]);
-      if (gap) count += gap->count;
-    }
+    for (const Gap& gap : gaps_) count += gap.stretch.count;
     if (ExtendsAbove()) count += sampling_.Extension(masses.back(), range_.high).count + 1;
     return count;
   }
@@ -226,19 +251,20 @@ class GridBuilder {
   }
 
   void AddSamples() {
+    auto gap = gaps_.begin();
     for (std::size_t i = 0; i < target_.masses.size(); ++i) {
       Put(target_.masses[i], target_.intensities[i]);
-      if (i + 1 < target_.masses.size()) AddGap(target_.masses[i], target_.masses[i + 1]);
+      if (gap == gaps_.end() || gap->after != i) continue;
+      AddGap(gap->stretch, target_.masses[i], target_.masses[i + 1]);
+      ++gap;
     }
   }
 
-  void AddGap(double a, double b) {
-    const auto gap = sampling_.Gap(a, b);
-    if (!gap) return;
+  void AddGap(const Stretch& stretch, double a, double b) {
     if (everywhere_) {
-      for (std::size_t number = 1; number <= gap->WholeCount(); ++number) Make(gap->MassOf(number), b);
+      for (std::size_t number = 1; number <= stretch.WholeCount(); ++number) Make(stretch.MassOf(number), b);
     } else {
-      AddAround(*gap, Above(a), NotBelow(b), b);
+      AddAround(stretch, Above(a), NotBelow(b), b);
     }
   }
 
@@ -297,6 +323,7 @@ class GridBuilder {
   const ProfileView& source_;
   const Sampling& sampling_;
   MassRange range_;
+  std::vector<Gap> gaps_;
   bool everywhere_ = true;
   ProfileGrid grid_;
 };

@@ -15,7 +15,7 @@ namespace zrml {
 /// sample, at most two for each.
 inline constexpr std::size_t kMostGridPoints = std::size_t{1} << 24;
 
-/// Points of a profile, masses ascending.
+/// Points of a profile, masses ascending. Both arrays have one length.
 struct ProfileView {
   std::span<const double> masses;
   std::span<const double> intensities;
@@ -28,9 +28,10 @@ struct ProfileGrid {
   bool firstIsProvisional = false;
 };
 
-/// The grid of `target` for adding `source`: all of target's samples with their intensities, and points of
-/// zero intensity made by the sampling `law` where that agrees with the step model, else by the model. It
-/// covers source's positive masses. Throws std::bad_alloc when it would have more points than a spectrum can.
+/// The grid of `target`, of at least two points, for adding `source`: all of target's samples with their
+/// intensities, and points of zero intensity made by the sampling `law` where that agrees with the step
+/// model, else by the model. It covers source's positive masses. Throws std::bad_alloc when it would have
+/// more points than a spectrum can.
 ProfileGrid BuildProfileGrid(const ProfileView& target, const ProfileView& source, const ScanLawHolder& law,
                              const SamplingStepModel& model, std::size_t mostPoints = kMostGridPoints);
 

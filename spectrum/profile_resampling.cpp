@@ -49,7 +49,9 @@ void AddOntoGrid(const CZRMassSpectrum& source, CZRMassSpectrum& target, const S
   const ProfileView samples = View(source);
   if (samples.masses.empty()) return;
   if (target.UsablePoints() < 2) {
-    target = source;
+    CZRMassSpectrum copy(source);
+    copy.SetPointDataRelease(nullptr, nullptr);  // source goes on owning them
+    if (&source != &target) target.Swap(copy);
     target.InvalidateStatistics();
     return;
   }

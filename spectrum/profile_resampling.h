@@ -28,7 +28,8 @@ class ProfileResampler {
 /// The same for one source, which may be `target` itself.
 int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target);
 
-/// The core of it, for targets of any size: one of fewer than two points becomes a copy of `source`.
+/// The core of it, for targets of any size: one of fewer than two points becomes a copy of `source`, whose
+/// point data it then shares and does not own.
 void AddOntoGrid(const CZRMassSpectrum& source, CZRMassSpectrum& target, const ScanLawHolder& law,
                  const SamplingStepModel& model, std::size_t mostPoints = kMostGridPoints);
 

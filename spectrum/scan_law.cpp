@@ -54,8 +54,8 @@ ScanLawHolder MakeLaw(double delta) {
 
 struct LawKind {
   int type;
-  /// The law's step between two neighbouring masses.
-  double (*step)(double mass, double next);
+  /// The law's step from a mass over a difference of masses.
+  double (*step)(double mass, double difference);
   ScanLawHolder (*make)(double delta);
   ScanLawCoordinate coordinate;
 };
@@ -63,23 +63,23 @@ struct LawKind {
 // In the order in which a law is preferred among equally good ones.
 constexpr std::array<LawKind, 5> kLawKinds = {{
     {CZRMSScanLaw::kConstant,
-     [](double mass, double next) { return next - mass; },
+     [](double, double difference) { return difference; },
      MakeLaw<CZRMSScanLaw::ConstantDelta>,
      {[](double mass) { return mass; }, [](double c) { return c > 0 ? c : 0; }}},
     {CZRMSScanLaw::kTOF,
-     [](double mass, double next) { return std::sqrt(next) - std::sqrt(mass); },
+     [](double mass, double difference) { return std::sqrt(mass + difference) - std::sqrt(mass); },
      MakeLaw<CZRMSScanLaw::TOFDelta>,
      {Root, [](double c) { return c > 0 ? Square(c) : 0; }}},
     {CZRMSScanLaw::kSector,
-     [](double mass, double next) { return PortableLog(next) - PortableLog(mass); },
+     [](double mass, double difference) { return PortableLog(mass + difference) - PortableLog(mass); },
      MakeLaw<CZRMSScanLaw::SectorDelta>,
      {PortableLog, PortableExp}},
     {CZRMSScanLaw::kFT,
-     [](double mass, double next) { return 1 / mass - 1 / next; },
+     [](double mass, double difference) { return 1 / mass - 1 / (mass + difference); },
      MakeLaw<CZRMSScanLaw::FTDelta>,
      {[](double mass) { return -1 / mass; }, [](double c) { return c < 0 ? -1 / c : kInfinity; }}},
     {CZRMSScanLaw::kFT2,
-     [](double mass, double next) { return 1 / std::sqrt(mass) - 1 / std::sqrt(next); },
+     [](double mass, double difference) { return 1 / std::sqrt(mass) - 1 / std::sqrt(mass + difference); },
      MakeLaw<CZRMSScanLaw::FT2Delta>,
      {[](double mass) { return -1 / std::sqrt(mass); },
       [](double c) { return c < 0 ? 1 / Square(c) : kInfinity; }}},
@@ -87,7 +87,7 @@ constexpr std::array<LawKind, 5> kLawKinds = {{
 
 struct MassPair {
   double mass;
-  double next;
+  double difference;
 };
 
 // Points of the spectrum that both its arrays have.
@@ -102,16 +102,18 @@ struct PointView {
   const double* intensities;
 };
 
-// The pair of neighbours to take from the block [begin, end): the first whose second point has intensity, so
-// that no pair straddles a gap where the acquisition left out zero samples. `end` when there is none.
+// The pair of neighbours to take from the block [begin, end), by its first point: the first whose second
+// point has intensity, so that no pair straddles a gap where the acquisition left out zero samples. `end`
+// when there is none.
 std::size_t PairInBlock(const PointView& points, std::size_t begin, std::size_t end) {
   std::size_t i = begin;
   if (points.intensities[i] == 0) ++i;
-  while (i < end && i + 1 < points.count && points.intensities[i + 1] == 0) ++i;
+  while (i < end && points.intensities[i + 1] == 0) ++i;
   return std::min(i, end);
 }
 
-// One pair from each of about a hundred blocks of the spectrum; the outermost points are left out.
+// One pair from each of about a hundred blocks of the spectrum; the outermost points are left out. Blocks are
+// all of one size, so that the last may reach past the stretch, as far as there are pairs.
 std::vector<MassPair> SamplePairs(const PointView& points) {
   constexpr std::size_t kBlocks = 100;
   constexpr std::size_t kTakenWhole = 5;
@@ -123,9 +125,9 @@ std::vector<MassPair> SamplePairs(const PointView& points) {
   std::vector<MassPair> pairs;
   pairs.reserve((pairCount - 1 + blockSize) / blockSize);
   for (std::size_t block = begin; block < end; block += blockSize) {
-    const std::size_t blockEnd = std::min(block + blockSize, end);
+    const std::size_t blockEnd = std::min(block + blockSize, points.count - 1);
     const std::size_t i = PairInBlock(points, block, blockEnd);
-    if (i < blockEnd) pairs.push_back({points.masses[i], points.masses[i + 1]});
+    if (i < blockEnd) pairs.push_back({points.masses[i], points.masses[i + 1] - points.masses[i]});
   }
   return pairs;
 }
@@ -171,7 +173,7 @@ int FindScanLaw(ScanLawHolder& holder, const CZRMassSpectrum& spectrum) {
   std::vector<double> steps(pairs.size());
   for (const LawKind& kind : kLawKinds) {
     std::transform(pairs.begin(), pairs.end(), steps.begin(),
-                   [&](const MassPair& pair) { return kind.step(pair.mass, pair.next); });
+                   [&](const MassPair& pair) { return kind.step(pair.mass, pair.difference); });
     double step = 0;
     const int count = EstimateModeValue(steps.data(), static_cast<int>(steps.size()), step);
     if (count <= bestCount) continue;

@@ -1,6 +1,7 @@
 #include "spectrum/step_model.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <span>
@@ -102,10 +103,10 @@ double LocalMedian(const StepSampler& sampler, const std::vector<std::size_t>& p
   constexpr std::size_t kReach = 4;
   const std::size_t begin = k - std::min(k, kReach);
   const std::size_t end = std::min(k + kReach + 1, pairs.size());
-  std::vector<double> steps;
-  for (std::size_t i = begin; i < end; ++i) steps.push_back(sampler.Step(pairs[i]));
-  const auto middle = steps.begin() + static_cast<std::ptrdiff_t>((steps.size() - 1) / 2);
-  std::nth_element(steps.begin(), middle, steps.end());
+  std::array<double, 2 * kReach + 1> steps;
+  for (std::size_t i = begin; i < end; ++i) steps[i - begin] = sampler.Step(pairs[i]);
+  double* const middle = steps.data() + (end - begin - 1) / 2;
+  std::nth_element(steps.data(), middle, steps.data() + (end - begin));
   return *middle;
 }
 

@@ -1,11 +1,11 @@
 // Data of profile-sum.png: two profiles of a time-of-flight analyser, half a step apart, as acquired, and the
-// sum of the second onto the first. Prints blocks for gnuplot: masses and intensities, and a third column,
-// the distance to the next point in steps of the analyser. make_figures.sh
+// sum of the second, which begins below the first, onto the first. Prints blocks for gnuplot: masses and
+// intensities, and a third column, the distance to the next point in steps of the analyser. make_figures.sh
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
 
-#include "spectrum/add_spectrum.h"
+#include "spectrum/profile_resampling.h"
 
 namespace {
 
@@ -17,12 +17,14 @@ double Signal(double mass, double peak, double height) {
 }
 
 double FirstSignal(double mass) { return Signal(mass, 500.2, 1000) + Signal(mass, 501.6, 600); }
-double SecondSignal(double mass) { return Signal(mass, 500.2, 500) + Signal(mass, 500.9, 800); }
+double SecondSignal(double mass) {
+  return Signal(mass, 499.7, 400) + Signal(mass, 500.2, 500) + Signal(mass, 500.9, 800);
+}
 
 // Zeros are left out, but for two beside each run of samples with intensity.
 zrml::CZRMassSpectrum Acquire(double (*signal)(double), double offset) {
   zrml::CZRMassSpectrum spectrum;
-  const double low = std::sqrt(499.6);
+  const double low = std::sqrt(499.4);
   const auto massOf = [=](int i) { return std::pow(low + kStep * (i + offset), 2); };
   for (int i = 0; massOf(i) < 502.2; ++i) {
     bool kept = false;
@@ -51,11 +53,11 @@ int main() {
   const zrml::CZRMassSpectrum first = Acquire(FirstSignal, 0);
   const zrml::CZRMassSpectrum second = Acquire(SecondSignal, 0.5);
   zrml::CZRMassSpectrum sum = first;
-  zrml::AddSpectrum(true, 0.01, second, sum);
+  zrml::ResampleOnto(second, sum);
   Print(first);
   Print(second);
   Print(sum);
-  for (double mass = 499.9; mass < 502; mass += 0.002)
+  for (double mass = 499.4; mass < 502; mass += 0.002)
     std::printf("%.6f %.6f\n", mass, FirstSignal(mass) + SecondSignal(mass));
   return 0;
 }

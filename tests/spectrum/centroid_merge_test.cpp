@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <numeric>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "spectrum/add_spectrum.h"
 #include "tests/spectrum/failing_allocation.h"
 #include "tests/spectrum/synthetic_spectra.h"
 
@@ -67,6 +69,20 @@ TEST(MergePeaks, CasesByHand) {
       {"zero intensities merge into their neighbour", 0.5, {100, 100.125}, {0, 2}, {100.125}, {2}},
       {"without intensity the mass stays and neighbours go", 0.5, {100, 100.125}, {0, 0}, {100}, {0}},
       {"a sum of 0 keeps the point as it was", 0.5, {100, 100.125}, {2, -2}, {100}, {2}},
+      // 32 * 100 - 31 * 100.125 = 96.125. The stronger 98 was visited before and stays; a weaker one, visited
+      // after, finds it within its window.
+      {"negative intensities move a peak past another: deliberate",
+       0.5,
+       {98, 100, 100.125},
+       {40, 32, -31},
+       {98, 96.125},
+       {40, 1}},
+      {"and what has moved is above a lower neighbour",
+       0.5,
+       {98, 100, 100.125},
+       {1, 32, -31},
+       {97.0625},
+       {2}},
       {"zero width merges equal masses alone", 0, {100, 100, 100.5}, {1, 2, 4}, {100, 100.5}, {3, 4}},
   };
   for (const auto& test : cases) {
@@ -157,6 +173,11 @@ TEST(MergePeaks, NaNsNeitherHangNorSpread) {
   EXPECT_EQ(MergePeaks(WidthOf(0.5), 1, spectrum), 3);  // NaN is no mass
   EXPECT_EQ(Masses(spectrum)[2], 300);
   EXPECT_EQ(Intensities(spectrum)[2], 7);
+  // A neighbour whose intensity is no number makes no sum: it goes, and the peak stays as it was.
+  spectrum = MakeCentroids({100, 100.125}, {nan, 5});
+  EXPECT_EQ(MergePeaks(WidthOf(0.5), 1, spectrum), 1);
+  EXPECT_EQ(Masses(spectrum), (Doubles{100.125}));
+  EXPECT_EQ(Intensities(spectrum), (Doubles{5}));
 }
 
 // The same rules in another way: the next peak is looked for among all that are left to visit, and a window
@@ -183,7 +204,7 @@ std::vector<BrutePeak> BruteForce(const Doubles& masses, const Doubles& intensit
     }
     BrutePeak& peak = peaks[static_cast<std::size_t>(best)];
     peak.visited = true;
-    if (peak.mass == 0) continue;
+    if (peak.mass <= 0) continue;
     const double half = std::min(absolute ? width : peak.mass * width / 1000000, 1.0) * 0.5;
     const double low = peak.mass - half;
     const double high = peak.mass + half;
@@ -192,16 +213,18 @@ std::vector<BrutePeak> BruteForce(const Doubles& masses, const Doubles& intensit
     for (const int direction : {-1, 1}) {
       for (int i = best + direction; i >= 0 && i < static_cast<int>(peaks.size()); i += direction) {
         BrutePeak& other = peaks[static_cast<std::size_t>(i)];
-        if (other.mass == 0 || other.mass < low || other.mass > high) break;
+        // Of masses that no longer ascend only the far bound counts.
+        if (other.mass <= 0 || (direction < 0 ? other.mass < low : other.mass > high)) break;
         moment += other.intensity * other.mass;
         sum += other.intensity;
         other.mass = 0;
       }
     }
+    if (sum <= 0) continue;
     peak.mass = moment / sum;
     peak.intensity = sum;
   }
-  std::erase_if(peaks, [](const BrutePeak& peak) { return peak.mass == 0; });
+  std::erase_if(peaks, [](const BrutePeak& peak) { return peak.mass <= 0; });
   return peaks;
 }
 
@@ -236,8 +259,54 @@ TEST(MergeCentroidPeaks, AgreesWithBruteForceOnRandomLists) {
   EXPECT_GT(merged, 10000U);
 }
 
+// Intensities from -3 to 4, most of them above 0; masses from below 0 on. Some are in both lists. Sums of
+// whole intensities are exact.
+TEST(AddCentroidSpectra, AgreesWithBruteForceOnTwoListsOfAnySigns) {
+  RandomNumbers random(415);
+  int withoutSum = 0;
+  int descending = 0;
+  for (int round = 0; round < 5000; ++round) {
+    std::map<double, double> lists[2];
+    std::map<double, double> both;
+    double mass = -2;
+    for (int i = 2 + random.Below(60); i > 0; --i) {
+      mass += random.Below(4) == 0 ? 2 * UnitNumber(random) : 0.02 * UnitNumber(random);
+      const int where = random.Below(4);  // both lists when it is above 1
+      for (int k = 0; k < 2; ++k) {
+        if (where < 2 && where != k) continue;
+        const double intensity = std::max(random.Below(12) - 7, -3);
+        lists[k][mass] = intensity;
+        both[mass] += intensity;
+      }
+    }
+    Doubles masses[3];
+    Doubles intensities[3];
+    for (int k = 0; k < 3; ++k) {
+      for (const auto& [at, intensity] : k < 2 ? lists[k] : both) {
+        masses[k].push_back(at);
+        intensities[k].push_back(intensity);
+      }
+    }
+    const bool absolute = random.Below(2) == 0;
+    const double width = absolute ? 0.1 * UnitNumber(random) : 20000 * UnitNumber(random);
+    std::vector<BrutePeak> expected = BruteForce(masses[2], intensities[2], absolute, width);
+    CZRMassSpectrum target = MakeCentroids(masses[0], intensities[0]);
+    AddCentroidSpectra(absolute, width, MakeCentroids(masses[1], intensities[1]), target, true);
+    if (both.size() < 2) continue;  // stays as it is
+    ASSERT_EQ(target.GetCount(), static_cast<int>(expected.size()));
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      ASSERT_EQ(Masses(target)[i], expected[i].mass) << "round " << round;
+      ASSERT_EQ(Intensities(target)[i], expected[i].intensity) << "round " << round;
+      withoutSum += expected[i].intensity <= 0 ? 1 : 0;
+    }
+    descending += std::is_sorted(target.MassVector().begin(), target.MassVector().end()) ? 0 : 1;
+  }
+  EXPECT_GT(withoutSum, 10000);
+  EXPECT_GT(descending, 100);
+}
+
 TEST(MergePeaks, FailedAllocationLeavesTheSpectrumAsItWas) {
-  const CZRMassSpectrum before = MakeCentroids({100, 100.125, 200}, {1, 1, 1});
+  const CZRMassSpectrum before = MakeCentroids({100, 100.125, 200}, {1, 2, 1});
   CZRMassSpectrum spectrum = before;
   const PeakMergeContext context = WidthOf(0.5);
   std::vector<MergedPeak> merged;

@@ -38,6 +38,10 @@ TEST(Elementary, EndsOfTheRange) {
   EXPECT_LE(UlpsBetween(PortableLog(0x1p-1074), -744.4400719213812), 1);
   EXPECT_LE(UlpsBetween(PortableExp(709), 8.218407461554972e307), 1);
   EXPECT_LE(UlpsBetween(PortableExp(-708), 3.307553003638408e-308), 1);
+  // The smallest normal number is e^-708.39641853226410622.
+  EXPECT_LE(UlpsBetween(PortableExp(-708.392), 2.23492717170118e-308), 1);
+  EXPECT_LE(UlpsBetween(PortableExp(-708.3964185322641), 2.2250738585072626e-308), 1);
+  EXPECT_EQ(PortableExp(-708.3964185322642), 0);
 }
 
 // The C library's are good to a unit in the last place; ours may be off by two of their own.
@@ -59,6 +63,9 @@ TEST(Elementary, NearestDoubles) {
   EXPECT_EQ(PortableLog(10), 0x1.26bb1bbb55516p+1);
   EXPECT_EQ(PortableLog(500), 0x1.8dbc239b0b862p+2);
   EXPECT_EQ(PortableLog(5000), 0x1.108cd8bc5b177p+3);
+  // The last two terms of the series decide these.
+  EXPECT_EQ(PortableLog(1.395953), 0x1.55954c15d512fp-2);
+  EXPECT_EQ(PortableLog(1.394139), 0x1.54406d5fb8985p-2);
   EXPECT_EQ(PortableExp(0.5), 0x1.a61298e1e069cp+0);
   EXPECT_EQ(PortableExp(-1), 0x1.78b56362cef38p-2);
   EXPECT_EQ(PortableExp(6.25), 0x1.0301a43d1d8e3p+9);

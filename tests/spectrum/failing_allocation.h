@@ -1,6 +1,8 @@
 // Lets the allocations of the test program fail, one after the other.
 #pragma once
 
+#include <new>
+
 namespace zrml {
 
 /// While one exists, the allocation after the next `count` successful ones fails, and all after it.
@@ -15,14 +17,7 @@ class FailingAllocation {
 /// Runs `attempt` with ever more allocations allowed until it succeeds; `check` runs after each failure.
 /// Gives the number of failures.
 template <class Attempt, class Check>
-int FailEveryAllocation(Attempt attempt, Check check);
-
-}  // namespace zrml
-
-#include <new>
-
-template <class Attempt, class Check>
-int zrml::FailEveryAllocation(Attempt attempt, Check check) {
+int FailEveryAllocation(Attempt attempt, Check check) {
   for (int failures = 0;; ++failures) {
     bool failed = false;
     {
@@ -37,3 +32,5 @@ int zrml::FailEveryAllocation(Attempt attempt, Check check) {
     check();
   }
 }
+
+}  // namespace zrml

@@ -532,6 +532,23 @@ TEST(MassSpectrumOptionalArrays, PresenceFlagsStandInTheContractsOrder) {
   EXPECT_FALSE(ContractMember<bool>(s, 159));
 }
 
+TEST(MassSpectrum, SwapPointsExchangesPointsAndMakesBothStatisticsStale) {
+  CZRMassSpectrum one(2);
+  CZRMassSpectrum other(3);
+  one.SetTitle(HostString(L"one"));
+  one.EnablePointMarks(true);
+  one.UpdateStatistics();
+  other.UpdateStatistics();
+  one.SwapPoints(other);
+  EXPECT_EQ(one.GetCount(), 3);
+  EXPECT_EQ(other.GetCount(), 2);
+  EXPECT_FALSE(one.HasPointMarks());
+  EXPECT_TRUE(other.HasPointMarks());
+  EXPECT_EQ(one.GetTitle(), HostString(L"one"));
+  EXPECT_TRUE(one.AreStatisticsStale());
+  EXPECT_TRUE(other.AreStatisticsStale());
+}
+
 // --- Release of point data
 
 /// Data of one spectrum and a record of how often each was released.

@@ -1,7 +1,7 @@
 #include "spectrum/polynomial_fit.h"
 
 #include <cmath>
-#include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -110,6 +110,16 @@ TEST(SolveLinearSystem, RowInterchangesOfThreeRowsAreFollowed) {
   EXPECT_EQ(b, (Values{1, 2, 3}));
 }
 
+// The first interchange brings the first row, scaled by 1/2, to the second place: there its 1 is worth less
+// than the third row's. Had the scale stayed behind, it would be the pivot.
+TEST(SolveLinearSystem, ARowTakesItsScaleAlong) {
+  Values a = {0, 1, 2, 1, 0, 0, 1, 1, 0};
+  Values b = {3, 1, 2};
+  EXPECT_TRUE(PolynomialFit::SolveLinearSystem(3, a, b));
+  EXPECT_EQ(b, (Values{1, 1, 1}));
+  EXPECT_EQ(a, (Values{1, 0, 0, 1, 1, 0, 0, 1, 2}));
+}
+
 TEST(SolveLinearSystem, ARowOfZerosPrintsTheMessageAndStillGivesTrue) {
   Values a = {0, 0, 1, 1};
   Values b = {1, 2};
@@ -156,65 +166,74 @@ TEST(PolynomialFit, PointsAtOneMassPrintTheMessageAndStoreSomething) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), kSingular);
 }
 
+// Holds the determinants below: whole numbers x up to 6, at most 7 points, y up to 9 and a degree up to 5
+// keep them below 9 times the product of the diagonal 7 * 91 * 2275 * 67171 * 2142595 * 71340451, which is
+// 2^87.
+__extension__ typedef __int128 Wide;
+
 // The least-squares solution of whole numbers, by determinants of the normal equations, all exact.
 class RationalFit {
  public:
   RationalFit(const std::vector<int>& x, const std::vector<int>& y, std::size_t degree) : size_(degree + 1) {
     for (std::size_t row = 0; row < size_; ++row) {
-      std::vector<std::int64_t> sums(size_ + 1);
+      std::vector<Wide> sums(size_ + 1);
       for (std::size_t i = 0; i < x.size(); ++i) {
         for (std::size_t column = 0; column < size_; ++column) sums[column] += Power(x[i], row + column);
         sums[size_] += y[i] * Power(x[i], row);
       }
       rows_.push_back(sums);
     }
+    for (std::size_t replaced = 0; replaced <= size_; ++replaced)
+      determinants_.push_back(Determinant(replaced));
   }
 
   // The value at a whole number as numerator and denominator.
   double At(int x) const {
-    std::int64_t numerator = 0;
-    for (std::size_t power = 0; power < size_; ++power) numerator += Determinant(power) * Power(x, power);
-    return static_cast<double>(numerator) / static_cast<double>(Determinant(size_));
+    Wide numerator = 0;
+    for (std::size_t power = 0; power < size_; ++power) numerator += determinants_[power] * Power(x, power);
+    return static_cast<double>(numerator) / static_cast<double>(determinants_[size_]);
   }
 
  private:
-  static std::int64_t Power(int x, std::size_t exponent) {
-    std::int64_t power = 1;
+  static Wide Power(int x, std::size_t exponent) {
+    Wide power = 1;
     for (std::size_t i = 0; i < exponent; ++i) power *= x;
     return power;
   }
 
   // Of the matrix with one column replaced by the right-hand side (none when it is `size_`), by expansion.
-  std::int64_t Determinant(std::size_t replaced) const {
+  Wide Determinant(std::size_t replaced) const {
     std::vector<std::size_t> columns;
     for (std::size_t column = 0; column < size_; ++column)
       columns.push_back(column == replaced ? size_ : column);
     return Expand(0, columns);
   }
 
-  std::int64_t Expand(std::size_t row, const std::vector<std::size_t>& columns) const {
+  Wide Expand(std::size_t row, const std::vector<std::size_t>& columns) const {
     if (columns.empty()) return 1;
-    std::int64_t sum = 0;
+    Wide sum = 0;
     for (std::size_t k = 0; k < columns.size(); ++k) {
       std::vector<std::size_t> rest = columns;
       rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(k));
-      const std::int64_t minor = rows_[row][columns[k]] * Expand(row + 1, rest);
+      const Wide minor = rows_[row][columns[k]] * Expand(row + 1, rest);
       sum += k % 2 == 0 ? minor : -minor;
     }
     return sum;
   }
 
   std::size_t size_;
-  std::vector<std::vector<std::int64_t>> rows_;
+  std::vector<std::vector<Wide>> rows_;
+  std::vector<Wide> determinants_;  // as Determinant numbers them
 };
 
-// Whole numbers of this size keep every determinant below 2^63: x up to 6, at most 7 points, y up to 9,
-// degree up to 3 (the product of the diagonal 7 * 91 * 2275 * 67171 is below 2^37).
+// A unit of rounding in every element of the normal equations of such points moves a value by up to 6e-10 at
+// a degree of 3, 9e-8 at 4 and 5e-6 at 5 (worked out in fractions); ten of them are allowed.
 TEST(PolynomialFit, AgreesWithExactRationalSolutions) {
+  const double tolerances[] = {6e-9, 6e-9, 6e-9, 6e-9, 9e-7, 5e-5};
   RandomNumbers random(3);
   int compared = 0;
-  for (int round = 0; round < 2000; ++round) {
-    const int degree = random.Below(4);
+  for (int round = 0; round < 500; ++round) {
+    const int degree = random.Below(6);
     std::vector<int> x;
     std::vector<int> y;
     for (int value = 0; value <= 6; ++value) {
@@ -228,11 +247,12 @@ TEST(PolynomialFit, AgreesWithExactRationalSolutions) {
     ASSERT_TRUE(fit.Fit(degree));
     for (int at = -2; at <= 8; ++at) {
       const double expected = 0.25 * exact.At(at) - 100;
-      ASSERT_NEAR(fit.Evaluate(1000 + 0.5 * at), expected, 1e-9) << "degree " << degree << " at " << at;
+      ASSERT_NEAR(fit.Evaluate(1000 + 0.5 * at), expected, tolerances[degree])
+          << "degree " << degree << " at " << at;
       ++compared;
     }
   }
-  EXPECT_EQ(compared, 22000);
+  EXPECT_EQ(compared, 5500);
 }
 
 // What a resampler asks of it: the steps of real axes over the whole range. Those in proportion to the mass
@@ -257,6 +277,15 @@ TEST(PolynomialFit, AThousandStepsOverTheWholeMassRangeAreFollowed) {
     for (int mass = 50; mass <= 5000; mass += 10)
       ASSERT_NEAR(fit.Evaluate(mass), test.step(mass), test.tolerance) << mass;
   }
+}
+
+// The mean of 2 and 4 wherever it is asked for: with one coefficient there is nothing to multiply.
+TEST(PolynomialFit, ConstantHasItsValueEverywhere) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  PolynomialFit fit = FitOf({1, 5}, {2, 4});
+  ASSERT_TRUE(fit.Fit(0));
+  for (const double x : {-kInfinity, -1e300, 0.0, 3.0, kInfinity, double{NAN}})
+    EXPECT_EQ(fit.Evaluate(x), 3) << x;
 }
 
 }  // namespace

@@ -219,6 +219,17 @@ TEST(ProfileResampler, AddsSeveralSources) {
   EXPECT_EQ(Intensities(target), (Doubles{1, 4, 5, 2, 1, 2, 2}));
 }
 
+// Another target, with steps of 2: a resampler that has learned steps of 1 fills it up.
+TEST(ProfileResampler, LearnsFromTheFirstTargetOnly) {
+  CZRMassSpectrum first = MakeProfile({100, 101, 102, 103, 104}, {1, 1, 1, 1, 1});
+  CZRMassSpectrum target = MakeProfile({100, 102, 104, 106, 108}, {1, 1, 1, 1, 1});
+  ProfileResampler resampler;
+  EXPECT_EQ(resampler.Add(MakeProfile({101}, {1}), first), 5);
+  EXPECT_EQ(resampler.Add(MakeProfile({103}, {2}), target), 9);
+  EXPECT_EQ(Masses(target), (Doubles{100, 101, 102, 103, 104, 105, 106, 107, 108}));
+  EXPECT_EQ(Intensities(target), (Doubles{1, 0, 1, 2, 1, 0, 1, 0, 1}));
+}
+
 // The point below the source's first sample goes when that sample gives it nothing.
 TEST(ResampleOnto, TheProvisionalFirstPointStaysOnlyWithIntensityBehindIt) {
   const CZRMassSpectrum before = MakeProfile({100, 101, 102, 103, 104}, {1, 2, 3, 2, 1});
@@ -230,6 +241,11 @@ TEST(ResampleOnto, TheProvisionalFirstPointStaysOnlyWithIntensityBehindIt) {
   ResampleOnto(MakeProfile({97.5, 99, 100}, {4, 4, 0}), target);
   EXPECT_EQ(Masses(target), (Doubles{97, 98, 99, 100, 101, 102, 103, 104}));
   EXPECT_EQ(Intensities(target), (Doubles{2, 2, 4, 1, 2, 3, 2, 1}));
+  // The second point has intensity from a later sample: the first stays, though it has none.
+  target = before;
+  ResampleOnto(MakeProfile({97.5, 98.5}, {0, 4}), target);
+  EXPECT_EQ(Masses(target), (Doubles{97, 98, 99, 100, 101, 102, 103, 104}));
+  EXPECT_EQ(Intensities(target), (Doubles{0, 2, 2, 1, 2, 3, 2, 1}));
   // A first sample that lies on a point of the grid keeps it, whatever comes next.
   target = before;
   ResampleOnto(MakeProfile({97, 99, 100}, {4, 4, 0}), target);
@@ -257,6 +273,43 @@ TEST(AddOntoGrid, ATargetOfFewerThanTwoPointsBecomesTheSource) {
   AddOntoGrid(source, target, {}, {});
   EXPECT_EQ(Masses(target), Masses(source));
   EXPECT_EQ(Intensities(target), Intensities(source));
+}
+
+int released = 0;
+void CountRelease(void*, void*) { ++released; }
+
+CZRMassSpectrum OwnerOfOneDatum() {
+  static int datum = 0;
+  CZRMassSpectrum owner = MakeProfile({100}, {1});
+  owner.EnablePointData(true);
+  owner.GetPointData()[0] = &datum;
+  owner.SetPointDataRelease(CountRelease, nullptr);
+  return owner;
+}
+
+TEST(AddOntoGrid, ATargetThatBecomesTheSourceDoesNotOwnItsData) {
+  released = 0;
+  {
+    CZRMassSpectrum target = OwnerOfOneDatum();
+    const CZRMassSpectrum source = OwnerOfOneDatum();
+    AddOntoGrid(source, target, {}, {});
+    EXPECT_EQ(released, 1);  // its own
+    EXPECT_EQ(target.GetPointData()[0], source.GetPointData()[0]);
+    EXPECT_FALSE(target.OwnsPointData());
+  }
+  EXPECT_EQ(released, 2);
+}
+
+TEST(AddOntoGrid, OfOnePointOntoItselfChangesNothing) {
+  released = 0;
+  {
+    CZRMassSpectrum both = OwnerOfOneDatum();
+    AddOntoGrid(both, both, {}, {});
+    EXPECT_EQ(both.GetCount(), 1);
+    EXPECT_TRUE(both.OwnsPointData());
+    EXPECT_EQ(released, 0);
+  }
+  EXPECT_EQ(released, 1);
 }
 
 TEST(AddOntoGrid, ATargetOfTwoPointsIsAGrid) {

@@ -48,46 +48,47 @@ TEST(ScanLaw, PreviousOfConstantAndTOFEndsAtZero) {
   EXPECT_EQ(TOF(0.5).Previous(1), 0.25);
 }
 
-struct RealLaw {
+template <class Law>
+ScanLawHolder Make(double step) {
+  return std::make_shared<Law>(step);
+}
+
+const struct {
   const char* name;
-  std::shared_ptr<CZRMSScanLaw::DeltaCalc> law;
+  ScanLawHolder (*make)(double step);
+  double fineStep;  // of real acquisitions: a few thousandths of a mass unit in the middle of the range
+  double coarseStep;
+} kLaws[] = {
+    {"constant", Make<Constant>, 0.05, 0.05}, {"TOF", Make<TOF>, 1.5e-4, 0.05},
+    {"FT", Make<FT>, 4e-9, 0.0001},           {"FT2", Make<FT2>, 1e-7, 0.001},
+    {"sector", Make<Sector>, 1e-5, 0.05},
 };
 
 TEST(ScanLaw, NextAndPreviousAreInversesFrom50To5000) {
-  // Steps of real acquisitions: a few thousandths of a mass unit in the middle of the range.
-  const RealLaw laws[] = {{"constant", std::make_shared<Constant>(0.05)},
-                          {"TOF", std::make_shared<TOF>(1.5e-4)},
-                          {"FT", std::make_shared<FT>(4e-9)},
-                          {"FT2", std::make_shared<FT2>(1e-7)},
-                          {"sector", std::make_shared<Sector>(1e-5)}};
-  for (const RealLaw& real : laws) {
+  for (const auto& kind : kLaws) {
+    const ScanLawHolder law = kind.make(kind.fineStep);
     for (int tenths = 500; tenths <= 50000; tenths += 7) {
       const double mass = 0.1 * tenths;
-      const double next = real.law->Next(mass);
-      const double previous = real.law->Previous(mass);
-      ASSERT_GT(next, mass) << real.name;
-      ASSERT_LT(previous, mass) << real.name;
-      ASSERT_NEAR(real.law->Previous(next), mass, 1e-14 * mass) << real.name << " at " << mass;
-      ASSERT_NEAR(real.law->Next(previous), mass, 1e-14 * mass) << real.name << " at " << mass;
+      const double next = law->Next(mass);
+      const double previous = law->Previous(mass);
+      ASSERT_GT(next, mass) << kind.name;
+      ASSERT_LT(previous, mass) << kind.name;
+      ASSERT_NEAR(law->Previous(next), mass, 1e-14 * mass) << kind.name << " at " << mass;
+      ASSERT_NEAR(law->Next(previous), mass, 1e-14 * mass) << kind.name << " at " << mass;
     }
   }
 }
 
 TEST(ScanLaw, CoordinatesRiseByTheStepFromPointToPointAndBack) {
-  const RealLaw laws[] = {{"constant", std::make_shared<Constant>(0.05)},
-                          {"TOF", std::make_shared<TOF>(0.05)},
-                          {"FT", std::make_shared<FT>(0.0001)},
-                          {"FT2", std::make_shared<FT2>(0.001)},
-                          {"sector", std::make_shared<Sector>(0.05)}};
-  const double steps[] = {0.05, 0.05, 0.0001, 0.001, 0.05};
-  for (std::size_t k = 0; k < std::size(laws); ++k) {
-    const ScanLawCoordinate* const coordinate = CoordinateOfScanLaw(laws[k].law->Type());
+  for (const auto& kind : kLaws) {
+    const ScanLawHolder law = kind.make(kind.coarseStep);
+    const ScanLawCoordinate* const coordinate = CoordinateOfScanLaw(law->Type());
     ASSERT_NE(coordinate, nullptr);
     for (int mass = 50; mass < 5000; mass += 33) {
       const double here = coordinate->fromMass(mass);
-      const double next = coordinate->fromMass(laws[k].law->Next(mass));
-      EXPECT_NEAR(next - here, steps[k], 1e-9 * steps[k]) << laws[k].name << " at " << mass;
-      EXPECT_NEAR(coordinate->toMass(here), mass, 1e-14 * mass) << laws[k].name;
+      const double next = coordinate->fromMass(law->Next(mass));
+      EXPECT_NEAR(next - here, kind.coarseStep, 1e-9 * kind.coarseStep) << kind.name << " at " << mass;
+      EXPECT_NEAR(coordinate->toMass(here), mass, 1e-14 * mass) << kind.name;
     }
   }
   EXPECT_EQ(CoordinateOfScanLaw(0), nullptr);
@@ -210,7 +211,7 @@ TEST(DetectScanLaw, FindsTheLawOfEachAnalyserWhateverTheNumberOfPoints) {
 TEST(DetectScanLaw, TwoPointsFitEveryLawAndTheConstantOneIsPreferred) {
   for (const Analyser& analyser : kAnalysers) {
     ScanLawHolder law;
-    EXPECT_EQ(DetectScanLaw(law, MakeProfile(analyser.Axis(50, 60, 2), {1, 1})), 1);
+    ASSERT_EQ(DetectScanLaw(law, MakeProfile(analyser.Axis(50, 60, 2), {1, 1})), 1);
     EXPECT_NEAR(law->Next(50), 60, 1e-12);
   }
 }
@@ -223,28 +224,13 @@ TEST(DetectScanLaw, ConstantStepOfATenth) {
   EXPECT_NEAR(law->Next(200) - 200, 0.1, 1e-12);
 }
 
-// Runs of seven samples with intensity between two zeros; the zeros between runs are left out, as
-// acquisitions do it.
-CZRMassSpectrum WithGaps(const Doubles& axis, std::size_t gap) {
-  Doubles masses;
-  Doubles intensities;
-  const double shape[] = {0, 1, 4, 9, 11, 8, 3, 1, 0};
-  for (std::size_t begin = 0; begin + 9 <= axis.size(); begin += 9 + gap) {
-    for (std::size_t i = 0; i < 9; ++i) {
-      masses.push_back(axis[begin + i]);
-      intensities.push_back(shape[i]);
-    }
-  }
-  return MakeProfile(masses, intensities);
-}
-
 TEST(DetectScanLaw, GapsOfZeroSamplesDoNotDisturb) {
   for (const Analyser& analyser : kAnalysers) {
     for (const std::size_t gap : {1U, 5U, 100U, 2000U}) {
       SCOPED_TRACE(testing::Message() << analyser << ' ' << gap);
       const Doubles axis = analyser.Axis(50, 5000, 100000);
       ScanLawHolder law;
-      ASSERT_EQ(DetectScanLaw(law, WithGaps(axis, gap)), analyser.type);
+      ASSERT_EQ(DetectScanLaw(law, WithGaps(axis, gap).Spectrum()), analyser.type);
       const double step = StepOf(analyser, axis);
       EXPECT_NEAR(StepOf(analyser, law), step, 1e-6 * step);
     }
@@ -311,7 +297,7 @@ TEST(DetectScanLaw, FallsBackToThePointsWithIntensity) {
   ScanLawHolder law;
   EXPECT_EQ(FindScanLaw(law, spectrum), 0);
   EXPECT_EQ(law, nullptr);
-  EXPECT_EQ(DetectScanLaw(law, spectrum), 1);
+  ASSERT_EQ(DetectScanLaw(law, spectrum), 1);
   EXPECT_EQ(law->Next(10), 12);
 }
 
@@ -354,17 +340,60 @@ TEST(FindScanLaw, ATieBetweenLawsGoesInTheOrderOfPreference) {
   ScanLawHolder law;
   EXPECT_EQ(FindScanLaw(law, MakeProfile({100, 101, 150}, {1, 1, 1})), 1);
   // Descending masses: no step is positive, every law counts 0; a constant law of step 0 results.
-  EXPECT_EQ(FindScanLaw(law, MakeProfile({300, 200, 100}, {1, 1, 1})), 1);
+  ASSERT_EQ(FindScanLaw(law, MakeProfile({300, 200, 100}, {1, 1, 1})), 1);
   EXPECT_EQ(law->Next(5), 5);
+}
+
+// Two pairs of which neighbouring laws of the order both see steps within 1 %: by -0.5 and 0.8 % in sqrt(m)
+// and ln m, by 0.5 and -0.8 % in ln m and 1/sqrt(m), by 0.7 and -0.6 % in 1/sqrt(m) and 1/m.
+TEST(FindScanLaw, ATieBetweenTwoLawsGoesToTheFirstOfTheOrder) {
+  ScanLawHolder law;
+  EXPECT_EQ(FindScanLaw(law, MakeProfile({1000, 1025, 1050.5}, {1, 1, 1})), CZRMSScanLaw::kTOF);
+  EXPECT_EQ(FindScanLaw(law, MakeProfile({1000, 1025, 1050.75}, {1, 1, 1})), CZRMSScanLaw::kSector);
+  EXPECT_EQ(FindScanLaw(law, MakeProfile({1000, 1025, 1051.125}, {1, 1, 1})), CZRMSScanLaw::kFT);
+}
+
+// 302 points make 299 pairs from point 1 on, in 150 blocks of two. Every third step is 3, the others are 1:
+// blocks of two find 100 of these and 50 of those. Blocks of three would find none but steps of 3.
+TEST(FindScanLaw, BlocksHaveAHundredthOfThePairsRoundedDown) {
+  Doubles masses = {99};
+  for (int i = 1; i < 302; ++i) masses.push_back(masses.back() + (i % 3 == 2 ? 3 : 1));
+  ScanLawHolder law;
+  ASSERT_EQ(FindScanLaw(law, MakeProfile(masses, Doubles(302, 1))), 1);
+  EXPECT_EQ(law->Next(0), 1);
+}
+
+// The last of the 150 blocks begins with pair 299, the last but one of the spectrum, and has two pairs as all
+// others.
+TEST(FindScanLaw, TheLastBlockIsFullAsFarAsTheSpectrumGoes) {
+  Doubles masses(302);
+  for (std::size_t i = 0; i < masses.size(); ++i) masses[i] = 100 + static_cast<double>(i);
+  masses[301] = 403;
+  Doubles intensities(302);
+  intensities[301] = 1;
+  ScanLawHolder law;
+  ASSERT_EQ(FindScanLaw(law, MakeProfile(masses, intensities)), 1);
+  EXPECT_EQ(law->Next(0), 3);
+
+  // 404 points: 101 blocks of four pairs, the last one from 401 to 404, of which the spectrum has two.
+  EXPECT_EQ(FindScanLaw(law, MakeProfile(Doubles(404, 100), Doubles(404))), 0);
+}
+
+// The difference of the first two masses is rounded to 8, so that the step ends at 9, not at the second mass:
+// 3 - (1 + 2^-51) in sqrt(m). The square root of the second mass is 3 + 2^-51.
+TEST(FindScanLaw, StepsAreTakenOverTheDifferenceAsItIsStored) {
+  ScanLawHolder law;
+  ASSERT_EQ(FindScanLaw(law, MakeProfile({1 + 0x1p-50, 9 + 0x1p-49, 25}, {1, 1, 1})), CZRMSScanLaw::kTOF);
+  EXPECT_EQ(law->Next(0), 4 - 0x1p-49);  // the step's square
 }
 
 TEST(FindScanLaw, NonsenseMassesGiveALawOrNoneButNoHarm) {
   const double nan = std::nan("");
   const double infinity = std::numeric_limits<double>::infinity();
   ScanLawHolder law;
-  EXPECT_EQ(FindScanLaw(law, MakeProfile({nan, nan, nan}, {1, 1, 1})), 1);
+  ASSERT_EQ(FindScanLaw(law, MakeProfile({nan, nan, nan}, {1, 1, 1})), 1);
   EXPECT_EQ(NextMass(law, 10), 11);
-  EXPECT_EQ(FindScanLaw(law, MakeProfile({-2, -1, 0, 1, infinity}, {1, 1, 1, 1, 1})), 1);
+  ASSERT_EQ(FindScanLaw(law, MakeProfile({-2, -1, 0, 1, infinity}, {1, 1, 1, 1, 1})), 1);
   EXPECT_EQ(law->Next(10), 11);
 }
 

@@ -59,6 +59,28 @@ struct Analyser {
   }
 };
 
+/// Points of a profile.
+struct Profile {
+  Doubles masses;
+  Doubles intensities;
+
+  CZRMassSpectrum Spectrum() const { return MakeProfile(masses, intensities); }
+};
+
+/// Peaks of seven samples with one zero at either side; `gap` further zero samples between them are left out,
+/// as acquisitions do it.
+inline Profile WithGaps(const Doubles& axis, std::size_t gap) {
+  const double shape[] = {0, 1, 4, 9, 11, 8, 3, 1, 0};
+  Profile profile;
+  for (std::size_t begin = 0; begin + 9 <= axis.size(); begin += 9 + gap) {
+    for (std::size_t i = 0; i < 9; ++i) {
+      profile.masses.push_back(axis[begin + i]);
+      profile.intensities.push_back(shape[i]);
+    }
+  }
+  return profile;
+}
+
 inline std::ostream& operator<<(std::ostream& out, const Analyser& analyser) { return out << analyser.name; }
 
 inline const Analyser kAnalysers[] = {
