@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/host_types.h"
+#include "common/platform/platform.h"
 
 namespace zrml {
 
@@ -63,8 +64,10 @@ struct FunctionRecord {
   bool hasUnreachableSegmentCal = false;           ///< a segment was calibrated whose number no scan can have
   float calTemperature = 0;                        ///< reference temperature, degrees
 
+  platform::SystemPath dataFilePath;  ///< where the data file was found last
   std::vector<ScanIndexEntry> scanIndex;
-  bool calibrationConstant = false;  ///< every scan converts masses alike
+  bool calibrationConstant = false;    ///< every scan converts masses alike
+  std::vector<double> cachedMassAxis;  ///< of mobility data, m/z; filled only when calibrationConstant
 
   std::deque<std::uint16_t> processChain;  ///< process codes, oldest first
   bool hasMobilityData = false;

@@ -16,6 +16,10 @@ namespace {
 
 namespace format = history_format;
 
+// Steps that the chains of all functions may have together. Real files have a handful; a damaged one in which
+// each step is derived from the one before it would have the square of its size.
+constexpr std::size_t kMostSteps = std::size_t{1} << 20;
+
 struct Entry {
   std::uint16_t processNumber = 0;
   std::uint16_t derivedFrom = 0;
@@ -79,11 +83,14 @@ void AppendProcessedFunctions(const std::wstring& directory, std::vector<Functio
 
   const History history = ReadHistory(bytes);
   std::vector<FunctionRecord> processed;
+  std::size_t steps = 0;
   for (const Entry& entry : history.entries) {
     const bool isRepeated = &entry != &history.entries[history.positions.at(entry.processNumber)];
     if (isRepeated) continue;  // the same files again: a damaged file could ask for the square of its size
     if (!OpenInDirectory(directory, ProcessedFileName(entry.processNumber, L"DAT")).IsOpen()) continue;
     const std::vector<const Entry*> chain = Chain(history, entry);
+    steps += chain.size();
+    if (steps > kMostSteps) break;
     const FunctionRecord* const raw = RawFunction(history, chain.back()->rawFunctionNumber, functions);
     if (raw == nullptr || raw->typeCode == FunctionRecord::kNoFunction) continue;
     FunctionRecord& function = processed.emplace_back(*raw);

@@ -12,6 +12,7 @@
 #include "masslynx/history.h"
 #include "masslynx/labels.h"
 #include "masslynx/raw_directory.h"
+#include "masslynx/scan_attributes.h"
 #include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/scan_decoder.h"
@@ -33,6 +34,17 @@ std::wstring FunctionFileOf(const std::wstring& file) {
 
 bool IsPosition(int position, std::size_t count) {
   return position >= 0 && static_cast<std::size_t>(position) < count;
+}
+
+// Total intensity over time. The name is kept.
+void FillWithTotals(const std::vector<ScanIndexEntry>& scans, CZRChromatogram& chromatogram) {
+  chromatogram.SetSize(static_cast<int>(scans.size()));
+  double* const times = chromatogram.GetTimes();
+  double* const intensities = chromatogram.GetIntensities();
+  for (std::size_t i = 0; i < scans.size(); ++i) {
+    times[i] = scans[i].retentionTime;
+    intensities[i] = scans[i].totalIntensity;
+  }
 }
 
 }  // namespace
@@ -68,6 +80,7 @@ bool CMLDataServerImpl::LoadDescription() {
   if (!selectedFile.empty() && !SelectFunction(selectedFile, table.functions)) selectedFile.clear();
   BuildFunctionNames(table.functions);
   functions = std::move(table.functions);
+  mobilityData.Release();  // its reader may still be that of a directory opened before
   if (table.absorbance.typeCode != FunctionRecord::kNoFunction)
     absorbanceRecord = std::move(table.absorbance);
   return true;
@@ -81,6 +94,8 @@ bool CMLDataServerImpl::Close() {
   dataPath.clear();
   functions.clear();
   absorbanceRecord = FunctionRecord();
+  traceList.reset();
+  mobilityData.Release();
   return true;
 }
 
@@ -145,13 +160,7 @@ bool CMLDataServerImpl::GetTotalIonChromatogram(bool, int sample, int function,
                                                 CZRChromatogram& chromatogram) {
   const FunctionRecord* const record = FindLoadedFunction(sample, function);
   if (record == nullptr) return false;
-  chromatogram.SetSize(static_cast<int>(record->scanIndex.size()));
-  double* const times = chromatogram.GetTimes();
-  double* const intensities = chromatogram.GetIntensities();
-  for (std::size_t i = 0; i < record->scanIndex.size(); ++i) {
-    times[i] = record->scanIndex[i].retentionTime;
-    intensities[i] = record->scanIndex[i].totalIntensity;
-  }
+  FillWithTotals(record->scanIndex, chromatogram);
   return true;
 }
 
@@ -172,6 +181,20 @@ bool CMLDataServerImpl::GetFunctionMassRange(int sample, int function, double& l
   return true;
 }
 
+FunctionRecord* CMLDataServerImpl::FindMobilityFunction(int sample, int function) {
+  FunctionRecord* const record = FindFunction(sample, function);
+  return record != nullptr && record->hasMobilityData ? FindLoadedFunction(sample, function) : nullptr;
+}
+
+int CMLDataServerImpl::GetMobilityBinCount(int sample, int function) {
+  return HasMobility(sample, function) ? mobilityData.BinCount(dataPath, function) : 0;
+}
+
+bool CMLDataServerImpl::GetScanMassRange(int sample, int function, int scan, double& low, double& high) {
+  FunctionRecord* const record = FindMobilityFunction(sample, function);
+  return record != nullptr && mobilityData.ReadMassRange({dataPath, function, *record, scan}, low, high);
+}
+
 bool CMLDataServerImpl::GetMobilityAxis(int sample, int function, int, HostVector<double>& axis) {
   const int bins = GetMobilityBinCount(sample, function);
   if (bins < 1) return false;
@@ -180,12 +203,25 @@ bool CMLDataServerImpl::GetMobilityAxis(int sample, int function, int, HostVecto
   return true;
 }
 
-bool CMLDataServerImpl::DecodePoints(const FunctionRecord& record, int scan, CZRMassSpectrum& spectrum) {
+bool CMLDataServerImpl::GetMobilitySpectrum(int sample, int function, int scan, int bin,
+                                            CZRMassSpectrum& spectrum) {
+  FunctionRecord* const record = FindMobilityFunction(sample, function);
+  return record != nullptr && mobilityData.ReadBin({dataPath, function, *record, scan}, bin, spectrum);
+}
+
+bool CMLDataServerImpl::GetMobilitySpectra(int sample, int function, int scan, int firstBin, int lastBin,
+                                           HostVector<CZRMassSpectrum>& spectra) {
+  FunctionRecord* const record = FindMobilityFunction(sample, function);
+  return record != nullptr &&
+         mobilityData.ReadBins({dataPath, function, *record, scan}, firstBin, lastBin, spectra);
+}
+
+bool CMLDataServerImpl::DecodePoints(FunctionRecord& record, int scan, CZRMassSpectrum& spectrum) {
   struct CloseAfterwards {
     platform::File& file;
     ~CloseAfterwards() { file.Close(); }
   };
-  dataFile = OpenFunctionFile(dataPath, record, L"dat");
+  dataFile = OpenDataFile(dataPath, record);
   const CloseAfterwards closer{dataFile};
   if (!dataFile.IsOpen()) return false;
   bool unsorted = false;
@@ -196,20 +232,17 @@ bool CMLDataServerImpl::DecodePoints(const FunctionRecord& record, int scan, CZR
 }
 
 bool CMLDataServerImpl::GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) {
-  const FunctionRecord* const record = FindLoadedFunction(sample, function);
+  FunctionRecord* const record = FindLoadedFunction(sample, function);
   if (record == nullptr || !IsPosition(scan, record->scanIndex.size())) return false;
   if (!DecodePoints(*record, scan, spectrum)) return false;
-  SetScanAttributes(function, scan, spectrum);
+  CompleteSpectrum(function, scan, spectrum);
   return true;
 }
 
-void CMLDataServerImpl::SetScanAttributes(int function, int scan, CZRMassSpectrum& spectrum) {
+void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum& spectrum) {
   const FunctionRecord& record = functions[static_cast<std::size_t>(function)];
   const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
-  const int kind = GetFunctionKind(0, function);
-  spectrum.SetScanType(kind);
-  spectrum.SetMSLevel(kind == kMsMsFunction ? 2 : 1);
-  spectrum.SetCentroided(entry.centroided);
+  SetScanAttributes(record, entry, spectrum);
   spectrum.SetStartTime(entry.retentionTime);
   spectrum.SetEndTime(entry.retentionTime + record.scanTime / 60.0F);
   // Deliberately 16 bits: hosts show scan 32768 as -32768.
@@ -223,13 +256,47 @@ void CMLDataServerImpl::SetScanAttributes(int function, int scan, CZRMassSpectru
     spectrum.SetFirstDriftValue(1.0);
     spectrum.SetLastDriftValue(bins);
   }
-  spectrum.SetPolarity(GetPolarity(0, function) == kNegativePolarity ? kNegativePolarity : kPositivePolarity);
-  if (spectrum.GetScanAuxValue() == 0.0) spectrum.SetScanAuxValue(record.defaultScanValue);
-  if (GetMSLevel(0, function) > 1) {
+  if (HasPrecursor(record)) {
     const bool given = (entry.precursorFlags & scan_statistics_format::kPrecursorMassGiven) != 0;
     spectrum.SetPrecursorMass(given && entry.precursorMass != 0.0F ? entry.precursorMass : record.setMass);
   }
   spectrum.InvalidateStatistics();
+}
+
+const TraceList* CMLDataServerImpl::LoadTraceList() {
+  if (!traceList && !dataPath.empty()) traceList = ReadTraceList(dataPath);
+  return traceList ? &*traceList : nullptr;
+}
+
+bool CMLDataServerImpl::IsAbsorbanceTrace(const TraceList& list, int trace) {
+  return trace == static_cast<int>(list.names.size()) && HasAbsorbanceData(0);
+}
+
+int CMLDataServerImpl::GetTraceCount(int sample) {
+  const TraceList* const list = sample == 0 ? LoadTraceList() : nullptr;
+  if (list == nullptr) return 0;
+  return static_cast<int>(list->names.size()) + (HasAbsorbanceData(sample) ? 1 : 0);
+}
+
+std::wstring CMLDataServerImpl::GetTraceName(int sample, int trace) {
+  const TraceList* const list = sample == 0 ? LoadTraceList() : nullptr;
+  if (list == nullptr) return {};
+  if (IsPosition(trace, list->names.size())) return list->names[static_cast<std::size_t>(trace)];
+  return IsAbsorbanceTrace(*list, trace) ? L"PDA - Total Absorbance" : L"";
+}
+
+bool CMLDataServerImpl::GetTrace(int sample, int trace, CZRChromatogram& chromatogram) {
+  const TraceList* const list = sample == 0 ? LoadTraceList() : nullptr;
+  if (list == nullptr) return false;
+  if (IsPosition(trace, list->names.size())) return ReadTrace(dataPath, *list, trace, chromatogram);
+  return IsAbsorbanceTrace(*list, trace) && GetTotalAbsorbanceTrace(trace, chromatogram);
+}
+
+bool CMLDataServerImpl::GetTotalAbsorbanceTrace(int trace, CZRChromatogram& chromatogram) {
+  LoadScanIndex(dataPath, absorbanceRecord);
+  FillWithTotals(absorbanceRecord.scanIndex, chromatogram);
+  chromatogram.SetName(GetTraceName(0, trace));
+  return true;
 }
 
 bool CMLDataServerImpl::HasAbsorbanceData(int sample) {

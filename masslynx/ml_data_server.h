@@ -2,11 +2,14 @@
 // other samples.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "common/platform/platform.h"
 #include "masslynx/function_record.h"
+#include "masslynx/scandata/mobility_data.h"
+#include "masslynx/scandata/traces.h"
 #include "plugin/data_server.h"
 
 namespace zrml {
@@ -37,14 +40,27 @@ class CMLDataServerImpl : public CDataServerImpl {
   bool HasMobility(int sample, int function) override;
   int GetScanDimensionCount(int sample, int function) override;
   int GetScanCount(int sample, int function) override;
+  int GetMobilityBinCount(int sample, int function) override;
 
   /// From the scan index, whether or not computing is allowed; the container's name is kept.
   bool GetTotalIonChromatogram(bool allowCompute, int sample, int function,
                                CZRChromatogram& chromatogram) override;
   bool GetRetentionTimes(int sample, int function, HostVector<double>& times) override;
   bool GetFunctionMassRange(int sample, int function, double& low, double& high) override;
+  /// The calibrated mass axis of a mobility function; false for other functions.
+  bool GetScanMassRange(int sample, int function, int scan, double& low, double& high) override;
   bool GetMobilityAxis(int sample, int function, int scan, HostVector<double>& axis) override;
   bool GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) override;
+  bool GetMobilitySpectrum(int sample, int function, int scan, int bin, CZRMassSpectrum& spectrum) override;
+  /// The vector grows as needed and never shrinks.
+  bool GetMobilitySpectra(int sample, int function, int scan, int firstBin, int lastBin,
+                          HostVector<CZRMassSpectrum>& spectra) override;
+
+  /// Channels or stored chromatograms, then the total absorbance where the sample has absorbance data. 0
+  /// while the list cannot be read.
+  int GetTraceCount(int sample) override;
+  std::wstring GetTraceName(int sample, int trace) override;
+  bool GetTrace(int sample, int trace, CZRChromatogram& chromatogram) override;
 
   bool HasAbsorbanceData(int sample) override;
   int GetAbsorbanceScanCount(int sample) override;
@@ -68,8 +84,15 @@ class CMLDataServerImpl : public CDataServerImpl {
   /// The record at a position, with its scan index loaded or as it is; null when there is none.
   FunctionRecord* FindFunction(int sample, int function);
   FunctionRecord* FindLoadedFunction(int sample, int function);
-  bool DecodePoints(const FunctionRecord& record, int scan, CZRMassSpectrum& spectrum);
-  void SetScanAttributes(int function, int scan, CZRMassSpectrum& spectrum);
+  bool DecodePoints(FunctionRecord& record, int scan, CZRMassSpectrum& spectrum);
+  void CompleteSpectrum(int function, int scan, CZRMassSpectrum& spectrum);
+
+  FunctionRecord* FindMobilityFunction(int sample, int function);
+
+  /// The list as it was read first since the last Close(); null when it cannot be read.
+  const TraceList* LoadTraceList();
+  bool IsAbsorbanceTrace(const TraceList& list, int trace);
+  bool GetTotalAbsorbanceTrace(int trace, CZRChromatogram& chromatogram);
 
   std::wstring dataPath;  // with a trailing backslash while open
   // Held open until Close(): on Windows a directory in use cannot be moved away under the reader.
@@ -83,6 +106,8 @@ class CMLDataServerImpl : public CDataServerImpl {
   std::vector<std::wstring> headerLines;
   std::vector<FunctionRecord> functions;
   FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none
+  std::optional<TraceList> traceList;
+  MobilityData mobilityData;
 };
 
 }  // namespace zrml

@@ -1,5 +1,6 @@
 #include "masslynx/raw_directory.h"
 
+#include <initializer_list>
 #include <utility>
 
 #include "common/text.h"
@@ -18,13 +19,33 @@ std::wstring NumberedName(std::wstring_view stem, int number, std::wstring_view 
   return std::wstring(stem) + ZeroPadded(number, 3) + L'.' + std::wstring(extension);
 }
 
+// Opens the first of the spellings that opens, and tells it.
+platform::File OpenFirst(const std::wstring& directory, std::initializer_list<std::wstring> names,
+                         platform::SystemPath& found) {
+  for (const std::wstring& name : names) {
+    platform::SystemPath path = platform::ToSystemPath(Join(directory, name));
+    if (platform::File file = platform::File::OpenSystemPath(path); file.IsOpen()) {
+      found = std::move(path);
+      return file;
+    }
+  }
+  return {};
+}
+
+platform::File FindFunctionFile(const std::wstring& directory, const FunctionRecord& function,
+                                std::wstring_view extension, platform::SystemPath& found) {
+  if (directory.empty()) return {};
+  const std::wstring name = function.processed ? ProcessedFileName(function.number, extension)
+                                               : FunctionFileName(function.number, extension);
+  return OpenFirst(directory, {name, ToUpper(name), ToLower(name)}, found);
+}
+
 }  // namespace
 
 platform::File OpenInDirectory(const std::wstring& directory, std::wstring_view name) {
   if (directory.empty() || name.empty()) return {};
-  platform::File file = platform::File::Open(Join(directory, ToUpper(name)));
-  if (!file.IsOpen()) file = platform::File::Open(Join(directory, ToLower(name)));
-  return file;
+  platform::SystemPath found;
+  return OpenFirst(directory, {ToUpper(name), ToLower(name)}, found);
 }
 
 bool FileExistsInDirectory(const std::wstring& directory, std::wstring_view name) {
@@ -48,10 +69,14 @@ std::wstring ProcessedFileName(int number, std::wstring_view extension) {
 
 platform::File OpenFunctionFile(const std::wstring& directory, const FunctionRecord& function,
                                 std::wstring_view extension) {
-  const std::wstring name = function.processed ? ProcessedFileName(function.number, extension)
-                                               : FunctionFileName(function.number, extension);
-  platform::File file = platform::File::Open(Join(directory, name));
-  return file.IsOpen() ? std::move(file) : OpenInDirectory(directory, name);
+  platform::SystemPath found;
+  return FindFunctionFile(directory, function, extension, found);
+}
+
+platform::File OpenDataFile(const std::wstring& directory, FunctionRecord& function) {
+  platform::File file = platform::File::OpenSystemPath(function.dataFilePath);
+  return file.IsOpen() ? std::move(file)
+                       : FindFunctionFile(directory, function, L"dat", function.dataFilePath);
 }
 
 }  // namespace zrml

@@ -28,9 +28,11 @@ std::wstring FunctionFileName(int number, std::wstring_view extension);
 std::wstring ProcessedFileName(int number, std::wstring_view extension);
 
 /// Opens the file of a raw or processed function with the extension "idx", "sts" or "dat": the name as
-/// written
-/// ("_FUNC001.idx"), in upper case, then in lower case.
+/// written ("_FUNC001.idx"), in upper case, then in lower case.
 platform::File OpenFunctionFile(const std::wstring& directory, const FunctionRecord& function,
                                 std::wstring_view extension);
+
+/// Opens the function's data file, first where it was found before.
+platform::File OpenDataFile(const std::wstring& directory, FunctionRecord& function);
 
 }  // namespace zrml

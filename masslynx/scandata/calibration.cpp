@@ -205,6 +205,28 @@ double ScanCalibration::operator()(float raw) const {
   return static_cast<float>(isRoot ? y * y : y);
 }
 
+void ScanCalibration::Convert(const PointKernels& kernels, float* raw, std::size_t count,
+                              double* masses) const {
+  const auto evaluate = [&](const CalibrationPolynomial& polynomial) {
+    kernels.polynomial(polynomial.coefficients.data(), polynomial.coefficients.size(), masses, count);
+  };
+  if (correctsTemperature_) kernels.scale(temperatureFactor_, raw, count);
+  kernels.widen(raw, count, masses);
+  if (primary_ == nullptr) return;
+
+  if (primary_->root) kernels.root(masses, count);
+  evaluate(*primary_);
+  bool isRoot = primary_->root;
+  if (modification_ != nullptr) {
+    if (isRoot && !modification_->root) kernels.square(masses, count);
+    if (!isRoot && modification_->root) kernels.root(masses, count);
+    evaluate(*modification_);
+    isRoot = modification_->root;
+  }
+  if (isRoot) kernels.square(masses, count);
+  kernels.round(masses, count);
+}
+
 double CalibrateMass(const FunctionRecord& function, const ScanIndexEntry& scan, float raw) {
   return ScanCalibration(function, scan)(raw);
 }

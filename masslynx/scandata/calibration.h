@@ -2,10 +2,12 @@
 // docs/calibration.md
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "masslynx/function_record.h"
+#include "masslynx/scandata/point_kernels.h"
 
 namespace zrml {
 
@@ -46,6 +48,9 @@ class ScanCalibration {
 
   /// A value of single precision, widened. NaN where a square root has no value.
   double operator()(float raw) const;
+
+  /// The same for `count` raw masses, which are used up.
+  void Convert(const PointKernels& kernels, float* raw, std::size_t count, double* masses) const;
 
  private:
   const CalibrationPolynomial* primary_ = nullptr;

@@ -1,13 +1,13 @@
 #include "masslynx/scandata/scan_index.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include "common/bytes.h"
 #include "masslynx/raw_directory.h"
+#include "masslynx/scandata/point_unit_format.h"
 #include "masslynx/scandata/scan_index_format.h"
 #include "masslynx/scandata/scan_statistics.h"
 
@@ -17,40 +17,11 @@ namespace {
 namespace format = scan_index_format;
 using platform::File;
 
-// Bytes that a scan's points take in the data file, by data format: `bytes` for each `points`, which round
-// up.
-struct PointUnit {
-  std::uint64_t bytes = 0;
-  std::uint64_t points = 1;
-};
-
-constexpr std::array<PointUnit, 15> kPointUnits = {{
-    {4, 1},
-    {10, 2},
-    {2, 1},
-    {2, 1},
-    {10, 4},
-    {10, 2},
-    {10, 4},
-    {10, 2},
-    {6, 1},
-    {6, 1},
-    {},
-    {4, 1},
-    {8, 1},
-    {12, 1},
-    {12, 1},
-}};
-
-PointUnit UnitOf(int dataFormat) {
-  const auto index = static_cast<std::size_t>(dataFormat);
-  return index < kPointUnits.size() ? kPointUnits[index] : PointUnit{};
-}
-
 class EntryReader {
  public:
   explicit EntryReader(int dataFormat)
-      : unit_(UnitOf(dataFormat)), centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2) {}
+      : unit_(point_unit_format::UnitOf(dataFormat)),
+        centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2) {}
 
   ScanIndexEntry Read(const std::byte* record, bool first) {
     ScanIndexEntry entry;
@@ -64,12 +35,12 @@ class EntryReader {
     entry.preCalibrated = (word & format::kPreCalibrated) != 0;
     entry.totalIntensity = LoadF32(record + format::kTotalIntensity);
     entry.retentionTime = LoadF32(record + format::kRetentionTime);
-    expectedOffset_ += (entry.pointCount + unit_.points - 1) / unit_.points * unit_.bytes;
+    expectedOffset_ += unit_.BytesOf(entry.pointCount);
     return entry;
   }
 
  private:
-  PointUnit unit_;
+  point_unit_format::PointUnit unit_;
   bool centroidedByDefault_;
   std::uint64_t expectedOffset_ =
       0;  // where the next scan's points would be, were the scans back to back from 0

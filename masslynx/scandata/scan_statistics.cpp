@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "common/bytes.h"
 #include "masslynx/raw_directory.h"
@@ -93,18 +94,34 @@ bool ConvertsAlike(const ScanIndexEntry& a, const ScanIndexEntry& b) {
          a.temperature == b.temperature && a.temperatureCoefficient == b.temperatureCoefficient;
 }
 
-// As much of the file as the header, its descriptors and the records of `scans` scans can take.
-std::vector<std::byte> ReadStatistics(const platform::File& file, std::size_t scans) {
+// The file's header and descriptors, as far as the file has them.
+std::vector<std::byte> ReadDescription(const platform::File& file) {
   std::array<std::byte, format::kHeaderSize> start{};
   if (file.ReadAt(0, start) != start.size()) return {};
-  const Header header = ReadHeader(start);
-  const std::uint64_t descriptorsEnd =
-      format::kDescriptors + std::uint64_t{header.descriptorCount} * format::kDescriptorSize;
-  const std::uint64_t recordsEnd = header.recordsOffset + std::uint64_t{scans} * header.recordSize;
-  std::vector<std::byte> bytes(
-      static_cast<std::size_t>(std::min(file.Size(), std::max(descriptorsEnd, recordsEnd))));
+  const std::uint64_t end =
+      format::kDescriptors + std::uint64_t{ReadHeader(start).descriptorCount} * format::kDescriptorSize;
+  std::vector<std::byte> bytes(static_cast<std::size_t>(std::min(file.Size(), end)));
   bytes.resize(file.ReadAt(0, bytes));
   return bytes;
+}
+
+// Calls `visit(i, record)` for each of `count` records, of which some at the file's end may be short or
+// empty. Few of them are in memory at a time.
+template <class Visit>
+void ForEachRecord(const platform::File& file, const Header& header, std::size_t count, Visit visit) {
+  constexpr std::size_t kBlock = std::size_t{1} << 18;
+  const std::size_t size = header.recordSize;
+  const std::size_t atOnce = size == 0 ? count : std::max<std::size_t>(1, kBlock / size);
+  std::vector<std::byte> block(std::min(atOnce, count) * size);
+  for (std::size_t first = 0; first < count; first += atOnce) {
+    const std::size_t records = std::min(atOnce, count - first);
+    const std::uint64_t at = header.recordsOffset + std::uint64_t{first} * size;
+    const Bytes read(block.data(), file.ReadAt(at, std::span(block).first(records * size)));
+    for (std::size_t i = 0; i < records; ++i) {
+      const std::size_t start = std::min(i * size, read.size());
+      visit(first + i, read.subspan(start, std::min(size, read.size() - start)));
+    }
+  }
 }
 
 }  // namespace
@@ -112,18 +129,12 @@ std::vector<std::byte> ReadStatistics(const platform::File& file, std::size_t sc
 void LoadScanStatistics(const std::wstring& directory, FunctionRecord& function,
                         std::vector<ScanIndexEntry>& entries) {
   const platform::File file = OpenFunctionFile(directory, function, L"sts");
-  const std::vector<std::byte> contents = ReadStatistics(file, entries.size());
-  const Bytes bytes(contents);
-  const Header header = ReadHeader(bytes);
+  const std::vector<std::byte> description = ReadDescription(file);
+  const Header header = ReadHeader(description);
   if (header.version != format::kKnownVersion) return;
-  const ItemOffsets items = ReadDescriptors(bytes, header.descriptorCount);
-  std::uint64_t at = header.recordsOffset;
-  for (ScanIndexEntry& entry : entries) {
-    const std::size_t start = static_cast<std::size_t>(std::min<std::uint64_t>(at, bytes.size()));
-    FillEntry(bytes.subspan(start, std::min<std::size_t>(header.recordSize, bytes.size() - start)), items,
-              entry);
-    at += header.recordSize;
-  }
+  const ItemOffsets items = ReadDescriptors(description, header.descriptorCount);
+  ForEachRecord(file, header, entries.size(),
+                [&](std::size_t i, Bytes record) { FillEntry(record, items, entries[i]); });
   function.calibrationConstant =
       std::adjacent_find(entries.begin(), entries.end(),
                          [](const auto& a, const auto& b) { return !ConvertsAlike(a, b); }) == entries.end();

@@ -10,6 +10,9 @@ namespace {
 
 constexpr double kPeakWidth = 0.01;  // m/z
 
+// A sum of two spectra costs as much as so many visits before it visits any point.
+constexpr std::size_t kVisitsOfACall = 8;
+
 // Where sub-scans start after the first, and behind them the end; nothing for a scan that is not repeated.
 std::vector<std::size_t> SubScanEnds(const CZRMassSpectrum& spectrum) {
   const std::size_t count = spectrum.UsablePoints();
@@ -36,7 +39,7 @@ CZRMassSpectrum SubScan(const CZRMassSpectrum& scan, std::size_t begin, std::siz
 }  // namespace
 
 std::size_t MostSubScanVisits(std::size_t points) {
-  constexpr std::size_t kAlways = std::size_t{1} << 22;
+  constexpr std::size_t kAlways = std::size_t{1} << 25;
   constexpr std::size_t kPerPoint = 16;
   return std::max(kAlways, kPerPoint * points);
 }
@@ -48,7 +51,7 @@ bool SumSubScans(CZRMassSpectrum& spectrum, std::size_t mostVisits) {
   sum.SetPolarity(spectrum.GetPolarity());
   std::size_t visits = 0;
   for (std::size_t k = 1; k < ends.size(); ++k) {
-    visits += sum.UsablePoints() + (ends[k] - ends[k - 1]);
+    visits += sum.UsablePoints() + (ends[k] - ends[k - 1]) + kVisitsOfACall;
     if (visits > mostVisits) return false;
     AddSpectrum(true, kPeakWidth, SubScan(spectrum, ends[k - 1], ends[k]), sum);
   }

@@ -550,5 +550,17 @@ TEST_F(GetSpectrumTest, FormatsThatCannotBeReadFail) {
   }
 }
 
+TEST_F(GetSpectrumTest, DataFileIsFoundAgainUnderAnotherSpelling) {
+  Open();
+  CZRMassSpectrum spectrum;
+  ASSERT_TRUE(server_.GetSpectrum(0, 0, 0, spectrum));
+  directory_->Rename("_FUNC001.DAT", "aside");
+  EXPECT_FALSE(server_.GetSpectrum(0, 0, 0, spectrum));
+  directory_->Rename("aside", "_func001.dat");
+  EXPECT_TRUE(server_.GetSpectrum(0, 0, 0, spectrum));
+  directory_->Rename("_func001.dat", "_FUNC001.dat");
+  EXPECT_TRUE(server_.GetSpectrum(0, 0, 0, spectrum));
+}
+
 }  // namespace
 }  // namespace zrml

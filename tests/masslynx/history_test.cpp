@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "masslynx/raw_directory.h"
 #include "tests/masslynx/truncation.h"
 #include "tests/support/history_writer.h"
 #include "tests/support/temp_directory.h"
@@ -260,6 +261,19 @@ TEST_F(HistoryTest, LongChainIsKeptWhole) {
   const std::vector<FunctionRecord> appended = Appended();
   ASSERT_EQ(appended.size(), 1u);
   ExpectProcessed(appended[0], 1000, kTypes[2], chain);
+}
+
+// With every step of a chain listed, 1,447 functions have 1,047,628 steps together, and one more would exceed
+// 2^20.
+TEST_F(HistoryTest, ChainsThatAreTooLongTogetherLeaveTheRestOut) {
+  std::vector<HistoryStep> steps(1450);
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    const auto number = static_cast<std::uint16_t>(i + 1);
+    steps[i] = {.processNumber = number, .derivedFrom = static_cast<std::uint16_t>(i)};
+    directory_.WriteText(platform::ToNativePath(ProcessedFileName(number, L"DAT")), "");
+  }
+  WriteSteps(steps);
+  EXPECT_EQ(Appended().size(), 1447u);
 }
 
 // --- the raw function's position ---

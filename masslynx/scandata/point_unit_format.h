@@ -1,0 +1,41 @@
+// What the points of a scan take in a data ("dat") file, by data format. docs/data-layouts.md
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace zrml::point_unit_format {
+
+/// `bytes` for each `points`, which round up.
+struct PointUnit {
+  std::uint64_t bytes = 0;
+  std::uint64_t points = 1;
+
+  constexpr std::uint64_t BytesOf(std::uint64_t count) const { return (count + points - 1) / points * bytes; }
+};
+
+inline constexpr std::array<PointUnit, 15> kPointUnits = {{
+    {4, 1},
+    {10, 2},
+    {2, 1},
+    {2, 1},
+    {10, 4},
+    {10, 2},
+    {10, 4},  // of the last scan; 2 bytes a point before it
+    {10, 2},
+    {6, 1},
+    {6, 1},
+    {},
+    {4, 1},
+    {8, 1},
+    {12, 1},
+    {12, 1},
+}};
+
+constexpr PointUnit UnitOf(int dataFormat) {
+  const auto index = static_cast<std::size_t>(dataFormat);
+  return index < kPointUnits.size() ? kPointUnits[index] : PointUnit{};
+}
+
+}  // namespace zrml::point_unit_format
