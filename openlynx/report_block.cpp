@@ -1,0 +1,81 @@
+#include "openlynx/report_block.h"
+
+#include <algorithm>
+
+#include "common/text.h"
+
+namespace zrml {
+namespace {
+
+using namespace report_format;
+
+// A NUL ends the text of a line, as it does in a line buffer.
+std::string_view TextOf(std::string_view piece) { return piece.substr(0, piece.find('\0')); }
+
+// The first open key that the line begins with takes the rest of the line; an empty rest leaves it open.
+void TryKeys(std::string_view line, std::span<KeyValue> keys) {
+  const auto key = std::find_if(keys.begin(), keys.end(), [&](const KeyValue& entry) {
+    return entry.value.empty() && line.starts_with(entry.key);
+  });
+  if (key != keys.end()) key->value = Trim(TextOf(line).substr(key->key.size()));
+}
+
+}  // namespace
+
+void BlockWalk::Count(std::string_view line) {
+  position_ = stream_.Position() - line.size();
+  ++lines_;
+  if (line.front() == kOpen) ++depth_;
+  if (line.front() == kClose) --depth_;
+}
+
+bool BlockWalk::Next(std::string_view& line) {
+  if (IsOver() || !stream_.Next(line)) return false;
+  Count(line);
+  return true;
+}
+
+// The second line counts whatever it begins with, and only inside the others do not matter.
+bool BlockWalk::NextMarked(std::string_view& line) {
+  if (!IsInside()) return Next(line);
+  if (!stream_.NextMarked(line)) return false;
+  Count(line);
+  return true;
+}
+
+void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys) {
+  const auto isFilled = [](const KeyValue& entry) { return !entry.value.empty(); };
+  BlockWalk walk(stream, position);
+  std::string_view line;
+  while (walk.Next(line)) {
+    if (line.front() == kClose) continue;
+    TryKeys(line, keys);
+    if (std::all_of(keys.begin(), keys.end(), isFilled)) return;
+  }
+}
+
+double NumberOf(std::string_view value) { return TakeDouble(value).value_or(0.0); }
+
+double FullScaleOf(std::string_view value) {
+  const double number = NumberOf(value);
+  return number == 0.0 ? kFullScale : number;
+}
+
+bool FindDataList(ReportStream& stream, std::uint64_t position, std::string_view marker) {
+  BlockWalk walk(stream, position);
+  std::string_view line;
+  while (walk.NextMarked(line)) {
+    if (walk.IsInside() && line.starts_with(marker)) return true;
+  }
+  return false;
+}
+
+std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough) {
+  std::string text;
+  BlockWalk walk(stream, position);
+  std::string_view line;
+  while (text.size() <= enough && walk.Next(line)) text += TextOf(line);
+  return text;
+}
+
+}  // namespace zrml

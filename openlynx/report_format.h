@@ -1,0 +1,50 @@
+// OpenLynx reports, "*.rpt": lines of text in nested blocks, each behind a marker line.
+// docs/openlynx-report.md
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace zrml::report_format {
+
+/// A line is read in pieces of at most so many bytes, and each piece counts as a line of its own.
+inline constexpr std::size_t kPieceSize = 999;
+
+// Markers of blocks and data lists, at the start of a line. Text behind one is ignored.
+inline constexpr std::string_view kSample = "[SAMPLE]";
+inline constexpr std::string_view kFunction = "[FUNCTION]";
+inline constexpr std::string_view kSpectrum = "[SPECTRUM]";
+inline constexpr std::string_view kChromatogram = "[CHROMATOGRAM]";
+inline constexpr std::string_view kMassList = "[MS]";
+inline constexpr std::string_view kTraceList = "[TRACE]";
+
+// First characters of lines.
+inline constexpr char kBracket = '[';  // a marker
+inline constexpr char kOpen = '{';     // begins a block
+inline constexpr char kClose = '}';    // ends a block or a data list
+inline constexpr char kComment = ';';  // in data lists
+
+// Keys. No key begins another one: what a key finds does not depend on the keys looked for beside it.
+inline constexpr std::string_view kBpiKey = "BPI";                    // spectrum: base peak intensity
+inline constexpr std::string_view kContinuumKey = "Continuum";        // spectrum
+inline constexpr std::string_view kDateKey = "Date";                  // sample
+inline constexpr std::string_view kDescriptionKey = "Description";    // function, chromatogram
+inline constexpr std::string_view kFileNameKey = "FileName";          // sample
+inline constexpr std::string_view kInstrumentKey = "Instrument";      // sample
+inline constexpr std::string_view kIonModeKey = "IonMode";            // function
+inline constexpr std::string_view kMaxIntensityKey = "MaxIntensity";  // chromatogram
+inline constexpr std::string_view kSampleIdKey = "SampleID";          // sample
+inline constexpr std::string_view kTicKey = "TIC";                    // spectrum: total ion current
+inline constexpr std::string_view kTimeKey = "Time";                  // sample, spectrum
+inline constexpr std::string_view kTypeKey = "Type";                  // function
+inline constexpr std::string_view kUserNameKey = "UserName";          // sample
+
+// Values.
+inline constexpr std::string_view kCentroided = "FALSE";   // of Continuum; any other value means continuum
+inline constexpr std::string_view kAnalogMark = "ANALOG";  // in Description: an analog function
+inline constexpr std::string_view kDadMark = "DAD";        // in Type: the same
+
+/// Intensities are in percent of BPI or MaxIntensity; so is this, the value of a missing or zero one.
+inline constexpr double kFullScale = 100.0;
+
+}  // namespace zrml::report_format

@@ -1,0 +1,66 @@
+// The provider against the literal reader, on reports made at random.
+#include "tests/openlynx/random_report.h"
+
+#include <gtest/gtest.h>
+
+#include "openlynx/openlynx_data_server.h"
+#include "tests/openlynx/literal_reader.h"
+#include "tests/openlynx/server_questions.h"
+#include "tests/support/temp_directory.h"
+
+namespace zrml {
+namespace {
+
+class RandomReportTest : public testing::TestWithParam<unsigned> {};
+
+// Questions in random order, since what has been asked before decides what is indexed.
+TEST_P(RandomReportTest, EveryAnswerIsThatOfTheLiteralReader) {
+  constexpr int kReports = 1000;
+  constexpr int kQuestions = 40;
+  constexpr int kFullyAsked = 5;  // one report in so many
+  const TempDirectory directory;
+  const std::wstring path = directory.WidePath("random.rpt");
+  RandomReport random(GetParam());
+  int spectra = 0;
+  for (int report = 0; report < kReports; ++report) {
+    const std::string text = random.Next();
+    directory.WriteText("random.rpt", text);
+    COpenLynxRptDataServerImpl provider;
+    LiteralReader literal;
+    ASSERT_EQ(provider.Open(path), literal.Open(path));
+    ASSERT_EQ(provider.ValidateSource(path), literal.ValidateSource(path)) << "report " << report;
+    for (int i = 0; i < kQuestions; ++i) {
+      const Question question = {random.Below(kOperations), random.Below(5) - 1, random.Below(5) - 1,
+                                 random.Below(7) - 1};
+      const std::string answer = Answer(literal, question);
+      ASSERT_EQ(Answer(provider, question), answer) << "report " << report << ":\n" << text;
+      spectra += answer.starts_with("GetSpectrum") && answer.find("true") != std::string::npos ? 1 : 0;
+    }
+    if (report % kFullyAsked != 0) continue;
+    ASSERT_EQ(AllAnswers(provider), AllAnswers(literal)) << "report " << report << ":\n" << text;
+  }
+  EXPECT_GT(spectra, 100);  // the questions do not all miss
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomReportTest, testing::Values(1U, 2U, 3U, 4U));
+
+// Leaves its files open, hence fewer.
+TEST(RandomReportCountTest, FileSampleCountIsThatOfTheLiteralReader) {
+  constexpr int kReports = 200;
+  const TempDirectory directory;
+  RandomReport random(7);
+  int samples = 0;
+  for (int report = 0; report < kReports; ++report) {
+    const std::string name = "random" + std::to_string(report) + ".rpt";
+    const std::string text = random.Next();
+    directory.WriteText(name, text);
+    const std::wstring path = directory.WidePath(name);
+    const int count = LiteralReader().GetFileSampleCount(path);
+    ASSERT_EQ(COpenLynxRptDataServerImpl().GetFileSampleCount(path), count) << text;
+    samples += count;
+  }
+  EXPECT_GT(samples, kReports);
+}
+
+}  // namespace
+}  // namespace zrml
