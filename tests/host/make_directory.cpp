@@ -1,5 +1,6 @@
 // make_directory DIRECTORY: a raw directory with a function of every type and data format, made of bits that
 // mean nothing in particular, so that hosts on different platforms have something to disagree about.
+#include <bit>
 #include <cstdio>
 
 #include "tests/support/raw_directory_builder.h"
@@ -51,6 +52,13 @@ FunctionFiles NoisyFunction(Noise& noise, unsigned type, unsigned format) {
   return function;
 }
 
+std::vector<TracePoint> NoisyTrace(Noise& noise, int points) {
+  std::vector<TracePoint> trace;
+  for (int i = 0; i < points; ++i)
+    trace.push_back({std::bit_cast<float>(noise.Next()), std::bit_cast<float>(noise.Next())});
+  return trace;
+}
+
 // Masses that ascend, so that every point is kept.
 FunctionFiles SizedFunction(Noise& noise) {
   FunctionFiles function;
@@ -78,6 +86,11 @@ int main(int argc, char** argv) {
   raw.labels = {"Created by MassLynx v4.2", "Function Parameters - Function 1 - REFERENCE",
                 "Function Parameters - Function 12 - A label of its own",
                 "Function Parameters - Function 14 - " + std::string(3000, 'l')};
-  std::filesystem::create_directory(argv[1]);
-  raw.WriteTo(argv[1]);
+  raw.chroms = {{"", {}}, {"Pressure \xb5", NoisyTrace(noise, 1000)}, {"Total", NoisyTrace(noise, 1)}};
+  const std::filesystem::path directory = argv[1];
+  std::filesystem::create_directory(directory);
+  raw.WriteTo(directory);
+  // Mobility functions, one of them MS/MS. The reader that hosts are given beside the plug-in makes up their
+  // data.
+  for (const char* const name : {"_FUNC005.CDT", "_FUNC017.CDT"}) WriteFileBytes(directory / name, {});
 }

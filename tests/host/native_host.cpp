@@ -1,4 +1,5 @@
-// native_host PLUG-IN DIRECTORY: writes the transcript of a directory as a host of our own compiler sees it.
+// native_host PLUG-IN SOURCE: writes the transcript of a directory or report as a host of our own compiler
+// sees it.
 #include <cstdio>
 #include <initializer_list>
 #include <string>
@@ -8,12 +9,7 @@
 #include "common/platform/platform.h"
 #include "plugin/provider_table.h"
 #include "tests/host/transcript.h"
-
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
+#include "tests/support/loaded_library.h"
 
 namespace {
 
@@ -68,23 +64,12 @@ struct NativeApi {
   }
 };
 
-GetInstanceFunction LoadPlugin(const char* path) {
-#ifdef _WIN32
-  const HMODULE library = ::LoadLibraryW(platform::FromNativePath(path).c_str());
-  if (library == nullptr) return nullptr;
-  return reinterpret_cast<GetInstanceFunction>(
-      reinterpret_cast<void*>(::GetProcAddress(library, "GetInstance")));
-#else
-  void* const library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-  return library != nullptr ? reinterpret_cast<GetInstanceFunction>(dlsym(library, "GetInstance")) : nullptr;
-#endif
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
-  const GetInstanceFunction getInstance = LoadPlugin(argv[1]);
+  const LoadedLibrary plugin(argv[1]);
+  const auto getInstance = plugin.Get<GetInstanceFunction>("GetInstance");
   if (getInstance == nullptr) return 3;
   for (const std::uint64_t provider : {0, 1}) {
     const std::unique_ptr<CDataServerImpl> server = CreateServer(getInstance, provider);

@@ -1,13 +1,15 @@
-# Makes the two directories in WORK, runs HOST on each, and compares what it writes with EXPECTED, the transcripts of the Linux
-# build (where the two are the same folder there is nothing to compare with yet: the sample's functions must be there).
+# Makes two directories and two reports in WORK, runs HOST on each, and compares what it writes with EXPECTED, the transcripts
+# of the Linux build (where the two are the same folder there is nothing to compare with yet: spectra must be there).
 file(MAKE_DIRECTORY ${WORK})
-file(REMOVE_RECURSE ${WORK}/noise.raw ${WORK}/sample.raw)
+file(REMOVE_RECURSE ${WORK}/noise.raw ${WORK}/sample.raw ${WORK}/sample.rpt ${WORK}/lf.rpt)
 execute_process(COMMAND ${MAKE_DIRECTORY} noise.raw WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${MAKE_SAMPLE} sample.raw WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+foreach(sample sample.raw sample.rpt "lf.rpt;--lf")
+  execute_process(COMMAND ${MAKE_SAMPLE} ${sample} WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+endforeach()
 
-foreach(directory noise.raw sample.raw)
-  set(transcript ${WORK}/${NAME}.${directory}.txt)
-  execute_process(COMMAND ${HOST} ${directory} WORKING_DIRECTORY ${WORK}
+foreach(source noise.raw sample.raw sample.rpt lf.rpt)
+  set(transcript ${WORK}/${NAME}.${source}.txt)
+  execute_process(COMMAND ${HOST} ${source} WORKING_DIRECTORY ${WORK}
     OUTPUT_FILE ${transcript} RESULT_VARIABLE status)
   if(NOT status EQUAL 0)
     message(FATAL_ERROR "The host ended with status ${status}; see the end of ${transcript}")
@@ -20,11 +22,11 @@ foreach(directory noise.raw sample.raw)
     endif()
   else()
     execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files --ignore-eol
-      ${EXPECTED}/native.${directory}.txt ${transcript} RESULT_VARIABLE different)
+      ${EXPECTED}/native.${source}.txt ${transcript} RESULT_VARIABLE different)
     if(NOT different EQUAL 0)
-      execute_process(COMMAND diff --strip-trailing-cr ${EXPECTED}/native.${directory}.txt ${transcript} OUTPUT_VARIABLE lines)
+      execute_process(COMMAND diff --strip-trailing-cr ${EXPECTED}/native.${source}.txt ${transcript} OUTPUT_VARIABLE lines)
       string(SUBSTRING "${lines}" 0 2000 lines)
-      message(FATAL_ERROR "Not what the Linux build answers for ${directory} (build and test that first):\n${lines}")
+      message(FATAL_ERROR "Not what the Linux build answers for ${source} (build and test that first):\n${lines}")
     endif()
   endif()
 endforeach()

@@ -19,15 +19,15 @@ class Transcript {
 
   explicit Transcript(Server& server) : server_(server) {}
 
-  /// `directory` is relative, so that its name is the same everywhere.
-  void Run(const wchar_t* directory) {
+  /// `source` is relative, so that its name is the same everywhere.
+  void Run(const wchar_t* source) {
     Provider();
-    Source(directory);
-    Line("Open", server_.Open(Api::Text(directory)));
+    Source(source);
+    Line("Open", server_.Open(Api::Text(source)));
     Everything();
     Line("Close", server_.Close());
     Everything();
-    const String path = Api::Text(directory);
+    const String path = Api::Text(source);
     const String file = Api::Text(L"_FUNC002.DAT");
     Line("OpenFileInSet", server_.OpenFileInSet(path, file));
     Everything();
@@ -54,8 +54,9 @@ class Transcript {
   }
 
   void Everything() {
-    Line("GetSampleCount", server_.GetSampleCount());
-    for (int sample = -1; sample <= 1; ++sample) Sample(sample);
+    const int samples = server_.GetSampleCount();
+    Line("GetSampleCount", samples);
+    for (int sample = -1; sample <= 1 || sample <= samples; ++sample) Sample(sample);
   }
 
   void Sample(int sample) {
@@ -157,11 +158,14 @@ class Transcript {
   }
 
   void FunctionTraces(int sample, int function) {
-    Line("GetFunctionTraceCount", server_.GetFunctionTraceCount(sample, function));
-    Line("GetFunctionTraceName", server_.GetFunctionTraceName(sample, function, 0));
-    typename Api::Chromatogram chromatogram;
-    Line("GetFunctionTrace", server_.GetFunctionTrace(sample, function, 0, chromatogram));
-    Show(chromatogram);
+    const int traces = server_.GetFunctionTraceCount(sample, function);
+    Line("GetFunctionTraceCount", traces);
+    for (int trace = -1; trace <= 0 || trace <= traces; ++trace) {
+      Line("GetFunctionTraceName", server_.GetFunctionTraceName(sample, function, trace));
+      typename Api::Chromatogram chromatogram;
+      Line("GetFunctionTrace", server_.GetFunctionTrace(sample, function, trace, chromatogram));
+      Show(chromatogram);
+    }
   }
 
   void Scan(int sample, int function, int scan) {

@@ -5,13 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "masslynx/scandata/traces_format.h"
 #include "tests/support/byte_writer.h"
 
 namespace zrml {
-
-inline constexpr std::uint16_t kTraceNameRecordSize = 85;
-inline constexpr std::size_t kTraceNameSize = 81;  // with its NUL
-inline constexpr std::uint16_t kTracePointSize = 8;
 
 /// One record per name. A name of more than 81 bytes is cut, so it has no NUL.
 FileBytes WriteAnalogsInf(const std::vector<std::string>& names);
@@ -25,14 +22,14 @@ FileBytes WriteAnalogsDat(const std::vector<AnalogRecord>& records);
 
 /// The header of "_CHROMS.INF" and of "_CHRO%03ld.DAT".
 struct TraceHeader {
-  std::uint16_t headerSize = 8;
-  std::uint16_t second = 1;
+  std::uint16_t headerSize = traces_format::kHeaderSize;
+  std::uint16_t second = traces_format::kHeaderSecond;
   std::uint16_t recordSize = 0;
-  std::uint16_t fourth = 2;
+  std::uint16_t fourth = traces_format::kHeaderFourth;
 };
 
 FileBytes WriteChromsInf(const std::vector<std::string>& names,
-                         const TraceHeader& header = {.recordSize = kTraceNameRecordSize});
+                         const TraceHeader& header = {.recordSize = traces_format::kNameRecordSize});
 
 struct TracePoint {
   float time = 0;
@@ -40,6 +37,6 @@ struct TracePoint {
 };
 
 FileBytes WriteChroDat(const std::vector<TracePoint>& points,
-                       const TraceHeader& header = {.recordSize = kTracePointSize});
+                       const TraceHeader& header = {.recordSize = traces_format::kPointSize});
 
 }  // namespace zrml

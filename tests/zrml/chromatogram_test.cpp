@@ -121,5 +121,54 @@ TEST_F(ChromatogramTest, TotalIonExcludesTheOthers) {
                 "--tic excludes --range (see zrml chromatogram --help)");
 }
 
+TEST_F(ChromatogramTest, TraceIsOfTheSample) {
+  ExpectOutput(Run({"chromatogram", path_, "--trace", "1"}), "# source: " + path_ + R"(
+# provider: FakeFolder
+# sample: 1
+# sampleName: Injection 1
+# type: trace
+# trace: 1
+# traceName: Pressure
+# points: 2
+time	intensity
+0.5	1.25
+1	2
+)");
+  const json trace = json::parse(Run({"chromatogram", path_, "--trace", "1", "--json"}).output);
+  EXPECT_EQ(trace["traceName"], "Pressure");
+  EXPECT_EQ(trace["times"], json::parse("[0.5, 1]"));
+}
+
+TEST_F(ChromatogramTest, TraceOfAFunction) {
+  const std::string report = MakeFile("two.fakereport");
+  ExpectOutput(Run({"chromatogram", report, "--function", "1", "--trace", "2"}), "# source: " + report + R"(
+# provider: FakeReport
+# sample: 1
+# sampleName: Vial A1
+# function: 1
+# functionName: Function 1
+# type: trace
+# trace: 2
+# traceName: Channel 2
+# points: 1
+time	intensity
+2.5	-4
+)");
+  ExpectFailure(Run({"chromatogram", report, "--function", "1", "--trace", "1"}), 5,
+                "cannot read trace 1 of function 1 of " + report);
+}
+
+TEST_F(ChromatogramTest, TraceThatIsNotThereFails) {
+  ExpectFailure(Run({"chromatogram", path_, "--trace", "3"}), 2,
+                "there is no trace 3: sample 1 has traces 1 to 2");
+  ExpectFailure(Run({"chromatogram", path_, "--trace", "2"}), 5,
+                "cannot read trace 2 of sample 1 of " + path_);
+  ExpectFailure(RunChromatogram(1, {"--trace", "1"}), 2, "there is no trace 1: function 1 has no traces");
+  for (const std::string other : {"--tic", "--bpc"}) {
+    ExpectFailure(Run({"chromatogram", path_, "--trace", "1", other}), 2,
+                  other + " excludes --trace (see zrml chromatogram --help)");
+  }
+}
+
 }  // namespace
 }  // namespace zrml::test

@@ -99,7 +99,11 @@ bool FakeFolderServer::CanOpen(const std::wstring& path) {
 bool FakeFolderServer::ValidateSource(const std::wstring& path) {
   return SourceText(path).starts_with(L"valid");
 }
-bool FakeFolderServer::Open(const std::wstring& path) { return SourceText(path) == L"valid"; }
+bool FakeFolderServer::Open(const std::wstring& path) {
+  const std::wstring text = SourceText(path);
+  isSound_ = text == L"valid and sound";
+  return isSound_ || text == L"valid";
+}
 
 bool FakeFolderServer::OpenFileInSet(const std::wstring& path, const std::wstring& file) {
   sampleName_ = L"File " + file + L" in " + path;
@@ -129,6 +133,7 @@ bool FakeFolderServer::HasMobility(int sample, int function) { return sample == 
 int FakeFolderServer::GetScanDimensionCount(int, int function) { return function == kOdd ? 2 : 1; }
 
 int FakeFolderServer::GetScanCount(int sample, int function) {
+  if (isSound_ && function == kBroken) return 0;
   return IsOurs(sample, function) ? Function(function).scans : 0;
 }
 
@@ -164,6 +169,21 @@ bool FakeFolderServer::GetSpectrum(int sample, int function, int scan, CZRMassSp
   }
 }
 
+bool FakeFolderServer::GetMobilitySpectrum(int, int function, int, int bin, CZRMassSpectrum& spectrum) {
+  if (isSound_) {
+    spectrum = CZRMassSpectrum();
+    if (bin == 4) Fill(spectrum, {50, 100}, {1, 2}, 1);
+    if (bin == 9) Fill(spectrum, {100, 150}, {3, 4}, 1);
+    return function == kOdd;
+  }
+  Fill(spectrum, {55.5}, {9}, 0.5);
+  spectrum.SetFirstDriftBin(bin + 1);
+  spectrum.SetLastDriftBin(bin + 1);
+  spectrum.SetFirstDriftValue(bin + 1);
+  spectrum.SetLastDriftValue(bin + 1);
+  return function == kOdd && bin == 1;
+}
+
 bool FakeFolderServer::FindPrecursorScan(int, int function, int scan, int& precursorFunction,
                                          int& precursorScan) {
   if (function != kProduct || scan != 0) return false;
@@ -176,8 +196,28 @@ int FakeFolderServer::GetTraceCount(int) { return 2; }
 std::wstring FakeFolderServer::GetTraceName(int, int trace) {
   return trace == 0 ? L"Pressure" : L"UV\x1B[31m 254";
 }
-bool FakeFolderServer::HasAbsorbanceData(int) { return true; }
+
+bool FakeFolderServer::GetTrace(int, int trace, CZRChromatogram& chromatogram) {
+  chromatogram.SetSize(2);
+  chromatogram.SetTime(0, 0.5);
+  chromatogram.SetIntensity(0, 1.25);
+  chromatogram.SetTime(1, 1);
+  chromatogram.SetIntensity(1, 2);
+  if (isSound_ && trace == 1) chromatogram.AssignIntensities({100, 0.1});
+  return trace == 0 || isSound_;
+}
+
+bool FakeFolderServer::HasAbsorbanceData(int sample) { return sample == 0; }
 int FakeFolderServer::GetAbsorbanceScanCount(int) { return 25; }
+
+bool FakeFolderServer::GetAbsorbanceSpectrum(int, int scan, CZRAbsorbanceSpectrum& spectrum) {
+  spectrum.SetSize(2);
+  spectrum.SetWavelength(0, 210);
+  spectrum.SetWavelength(1, 210.5);
+  spectrum.SetAbsorbance(1, isSound_ ? scan : 0.75);
+  spectrum.SetTime(isSound_ ? scan / 8.0 : 0.125);
+  return scan == 0 || isSound_;
+}
 
 // "Operator" is listed twice, "Absent" has no value, "Mode" depends on the function.
 bool FakeFolderServer::GetMetadataKeys(int, int, std::vector<std::wstring>& keys) {

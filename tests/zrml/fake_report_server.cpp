@@ -29,6 +29,13 @@ std::wstring FakeReportServer::GetFunctionTraceName(int, int, int trace) {
   return L"Channel " + std::to_wstring(trace + 1);
 }
 
+bool FakeReportServer::GetFunctionTrace(int, int, int trace, CZRChromatogram& chromatogram) {
+  chromatogram.SetSize(1);
+  chromatogram.SetTime(0, 2.5);
+  chromatogram.SetIntensity(0, -4);
+  return trace == 1;
+}
+
 bool FakeReportServer::IsReportSource() { return true; }
 
 }  // namespace zrml

@@ -1,8 +1,9 @@
 // The providers of the stand-in plug-in.
 //
 // Provider 1, FakeFolder, takes folders that hold "fake_source.txt". Its text decides: "valid" opens, "valid
-// but damaged" does not open, anything else is not FakeFolder's content. Provider 2, FakeReport, takes files
-// named "*.fakereport", with any content, as reports of two samples.
+// and sound" opens without the scans of the broken function, "valid but damaged" does not open, anything else
+// is not FakeFolder's content. Provider 2, FakeReport, takes files named "*.fakereport", with any content, as
+// reports of two samples.
 #pragma once
 
 #include "plugin/data_server.h"
@@ -28,10 +29,16 @@ class FakeFolderServer : public CDataServerImpl {
   int GetMobilityBinCount(int sample, int function) override;
   bool GetFunctionMassRange(int sample, int function, double& low, double& high) override;
   bool GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) override;
+  /// The odd function's second bin can be read; of a sound source all, the fifth and the tenth with points.
+  bool GetMobilitySpectrum(int sample, int function, int scan, int bin, CZRMassSpectrum& spectrum) override;
   int GetTraceCount(int sample) override;
   std::wstring GetTraceName(int sample, int trace) override;
+  /// The first trace can be read; of a sound source both.
+  bool GetTrace(int sample, int trace, CZRChromatogram& chromatogram) override;
   bool HasAbsorbanceData(int sample) override;
   int GetAbsorbanceScanCount(int sample) override;
+  /// The first scan can be read; of a sound source all.
+  bool GetAbsorbanceSpectrum(int sample, int scan, CZRAbsorbanceSpectrum& spectrum) override;
   bool GetMetadataValue(int sample, int function, const std::wstring& key, std::wstring& value) override;
   bool GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) override;
   /// Shows the path and file that it was given as its sample's name.
@@ -43,6 +50,7 @@ class FakeFolderServer : public CDataServerImpl {
 
  private:
   std::wstring sampleName_ = L"Injection 1";
+  bool isSound_ = false;
 };
 
 class FakeReportServer : public CDataServerImpl {
@@ -59,6 +67,8 @@ class FakeReportServer : public CDataServerImpl {
   bool GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) override;
   int GetFunctionTraceCount(int sample, int function) override;
   std::wstring GetFunctionTraceName(int sample, int function, int trace) override;
+  /// The second trace can be read.
+  bool GetFunctionTrace(int sample, int function, int trace, CZRChromatogram& chromatogram) override;
   bool IsReportSource() override;
 };
 

@@ -160,5 +160,51 @@ TEST_F(SpectrumTest, ScanThatCannotBeReadIsStatus5) {
   ExpectFailure(RunSpectrum(4, 2, {"--json"}), 5, "cannot read scan 2 of function 4 of " + path_);
 }
 
+TEST_F(SpectrumTest, DriftBinIsASpectrumOfItsOwn) {
+  const ProcessResult result = RunSpectrum(5, 1, {"--bin", "2"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_NE(result.output.find("# driftBins: 2 to 2\n# driftValues: 2 to 2\n"), std::string::npos);
+  EXPECT_NE(result.output.find("# points: 1\nm/z\tintensity\n55.5\t9\n"), std::string::npos);
+}
+
+TEST_F(SpectrumTest, DriftBinThatIsNotThereFails) {
+  ExpectFailure(RunSpectrum(5, 1, {"--bin", "201"}), 2,
+                "there is no drift bin 201: a scan of function 5 has drift bins 1 to 200");
+  ExpectFailure(RunSpectrum(1, 1, {"--bin", "1"}), 2,
+                "there is no drift bin 1: a scan of function 1 has no drift bins");
+  ExpectFailure(RunSpectrum(5, 1, {"--bin", "3"}), 5,
+                "cannot read drift bin 3 of scan 1 of function 5 of " + path_);
+}
+
+TEST_F(SpectrumTest, AbsorbanceIsOfTheSample) {
+  ExpectOutput(Run({"spectrum", path_, "--absorbance", "--scan", "1"}), "# source: " + path_ + R"(
+# provider: FakeFolder
+# sample: 1
+# sampleName: Injection 1
+# scan: 1
+# startMinutes: 0.125
+# points: 2
+wavelength	absorbance
+210	0
+210.5	0.75
+)");
+  const json spectrum = json::parse(Run({"spectrum", path_, "--absorbance", "--scan", "1", "--json"}).output);
+  EXPECT_EQ(spectrum["wavelengths"], json::parse("[210, 210.5]"));
+  EXPECT_EQ(spectrum["absorbances"], json::parse("[0, 0.75]"));
+}
+
+TEST_F(SpectrumTest, AbsorbanceThatIsNotThereFails) {
+  ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "26"}), 2,
+                "there is no absorbance scan 26: sample 1 has absorbance scans 1 to 25");
+  ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "2"}), 5,
+                "cannot read absorbance scan 2 of " + path_);
+  ExpectFailure(Run({"spectrum", MakeFile("two.fakereport"), "--absorbance", "--scan", "1"}), 2,
+                "there is no absorbance scan 1: sample 1 has no absorbance scans");
+  ExpectFailure(RunSpectrum(1, 1, {"--absorbance"}), 2,
+                "--function excludes --absorbance (see zrml spectrum --help)");
+  ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "1", "--bin", "1"}), 2,
+                "--bin excludes --absorbance (see zrml spectrum --help)");
+}
+
 }  // namespace
 }  // namespace zrml::test

@@ -20,7 +20,8 @@ TEST_F(UsageTest, VersionIsOneLine) {
 TEST_F(UsageTest, HelpNamesEveryCommand) {
   const ProcessResult result = RunBare({"--help"});
   EXPECT_EQ(result.status, 0);
-  for (const char* command : {"\n  info ", "\n  spectrum ", "\n  chromatogram "}) {
+  for (const char* command :
+       {"\n  info ", "\n  spectrum ", "\n  chromatogram ", "\n  convert ", "\n  check "}) {
     EXPECT_NE(result.output.find(command), std::string::npos) << command;
   }
 }

@@ -17,11 +17,6 @@ std::filesystem::path FromUtf8(const std::string& name) {
 
 }  // namespace
 
-std::string ReadBytes(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 ZrmlTest::ZrmlTest() {
   const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
   folder_ = std::filesystem::temp_directory_path() /

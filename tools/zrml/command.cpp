@@ -27,11 +27,6 @@ void AddPluginOption(CLI::App& options, std::string& plugin) {
 Command::Command(CommandLine& line, const std::string& name, const std::string& description)
     : line_(line), options_(*line.parser.add_subcommand(name, description)) {
   options_.group("Commands");
-  options_
-      .add_option("PATH", path_, "The data source: a raw directory, a data file of one, or a report file")
-      ->option_text("REQUIRED")
-      ->required();
-  options_.add_flag("--json", wantsJson_, "Print JSON, for programs");
   AddPluginOption(options_, line_.plugin);
 }
 
@@ -49,19 +44,37 @@ CLI::Option* Command::AddNumber(const std::string& option, int& number, const st
   return options_.add_option_function<std::string>(option, store, description)->option_text("N");
 }
 
-Source Command::OpenSource() const {
-  if (path_.empty()) throw Failure(ExitStatus::kWrongUsage, L"PATH is empty");
-  return Source::Open(platform::FromNativePath(path_), platform::FromNativePath(line_.plugin));
+Source Command::Open(const std::string& path) const {
+  if (path.empty()) throw Failure(ExitStatus::kWrongUsage, L"PATH is empty");
+  return Source::Open(platform::FromNativePath(path), platform::FromNativePath(line_.plugin));
+}
+
+SourceCommand::SourceCommand(CommandLine& line, const std::string& name, const std::string& description)
+    : Command(line, name, description) {
+  Options()
+      .add_option("PATH", path_, "The data source: a raw directory, a data file of one, or a report file")
+      ->option_text("REQUIRED")
+      ->required();
+  Options().add_flag("--json", wantsJson_, "Print JSON, for programs");
+}
+
+void SourceCommand::Print(const Report& report, Output& out) const {
+  wantsJson_ ? PrintJson(report, out) : PrintText(report, out);
 }
 
 FunctionCommand::FunctionCommand(CommandLine& line, const std::string& name, const std::string& description)
-    : Command(line, name, description) {
-  AddNumber("--function", function_, "The function, counted from 1")->required()->option_text("N REQUIRED");
+    : SourceCommand(line, name, description) {
+  AddNumber("--function", function_, "The function, counted from 1");
+  Options().parse_complete_callback([this] {
+    if (NeedsFunction() && !HasFunction()) throw CLI::RequiredError("--function");
+  });
   AddNumber("--sample", sample_, "The sample, counted from 1; the first unless given");
 }
 
 FunctionPosition FunctionCommand::Find(const Source& source) const {
   return FindFunction(source.Server(), sample_, function_);
 }
+
+int FunctionCommand::FindSampleOf(const Source& source) const { return FindSample(source.Server(), sample_); }
 
 }  // namespace zrml

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/zrml/output.h"
+#include "tools/zrml/report.h"
 #include "tools/zrml/source.h"
 
 namespace zrml {
@@ -20,7 +21,7 @@ struct CommandLine {
 
 class Command {
  public:
-  /// Adds the command to the parser with what all have: PATH, --plugin and --json.
+  /// Adds the command to the parser with what all have: --plugin.
   Command(CommandLine& line, const std::string& name, const std::string& description);
   Command(const Command&) = delete;
   Command& operator=(const Command&) = delete;
@@ -36,21 +37,39 @@ class Command {
   CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description);
 
   CLI::App& Options() { return options_; }
-  bool WantsJson() const { return wantsJson_; }
-  Source OpenSource() const;
+  Source Open(const std::string& path) const;
 
  private:
   CommandLine& line_;
   CLI::App& options_;
+};
+
+/// A command about one source: PATH and --json.
+class SourceCommand : public Command {
+ protected:
+  SourceCommand(CommandLine& line, const std::string& name, const std::string& description);
+
+  bool WantsJson() const { return wantsJson_; }
+  /// As text or JSON, as the user wants it.
+  void Print(const Report& report, Output& out) const;
+  Source OpenSource() const { return Open(path_); }
+
+ private:
   std::string path_;
   bool wantsJson_ = false;
 };
 
-/// --sample and --function, which choose a function.
-class FunctionCommand : public Command {
+/// --sample and --function, which choose a function, or a sample where another option makes the function
+/// optional.
+class FunctionCommand : public SourceCommand {
  protected:
   FunctionCommand(CommandLine& line, const std::string& name, const std::string& description);
   FunctionPosition Find(const Source& source) const;
+  int FindSampleOf(const Source& source) const;
+  bool HasFunction() const { return function_ != 0; }
+
+  /// Whether the options given ask for something of a function.
+  virtual bool NeedsFunction() const { return true; }
 
  private:
   int sample_ = 1;
@@ -62,5 +81,7 @@ void AddPluginOption(CLI::App& options, std::string& plugin);
 std::unique_ptr<Command> MakeInfoCommand(CommandLine& line);
 std::unique_ptr<Command> MakeSpectrumCommand(CommandLine& line);
 std::unique_ptr<Command> MakeChromatogramCommand(CommandLine& line);
+std::unique_ptr<Command> MakeConvertCommand(CommandLine& line);
+std::unique_ptr<Command> MakeCheckCommand(CommandLine& line);
 
 }  // namespace zrml

@@ -1,6 +1,6 @@
 // zrml info: what a data source holds.
 #include <algorithm>
-#include <map>
+#include <numeric>
 
 #include "tools/zrml/code_names.h"
 #include "tools/zrml/command.h"
@@ -71,14 +71,15 @@ void WriteSample(const SampleDescription& sample, JsonWriter& json) {
   });
 }
 
-void PrintDescriptionJson(const SourceDescription& source, Output& out) {
+void PrintJson(const Source& source, const std::vector<int>& samples, Output& out) {
+  CDataServerImpl& server = source.Server();
   JsonWriter json(out);
   json.Object([&] {
-    json.Key("source").String(source.path);
-    json.Key("provider").String(source.provider);
-    json.Key("report").Bool(source.isReport);
+    json.Key("source").String(source.Path());
+    json.Key("provider").String(server.GetProviderName());
+    json.Key("report").Bool(server.IsReportSource());
     json.Key("samples").Array([&] {
-      for (const SampleDescription& sample : source.samples) WriteSample(sample, json);
+      for (const int sample : samples) WriteSample(DescribeSample(server, sample), json);
     });
   });
   json.Finish();
@@ -139,17 +140,15 @@ void PrintNames(const std::string& title, const std::vector<NamedItem>& items, O
 }
 
 // The values of one key, each with the functions that have it.
-using ValueUses = std::vector<std::pair<std::string, std::vector<int>>>;
+using ValueUses = std::vector<std::pair<std::wstring, std::vector<int>>>;
 
 ValueUses UsesOf(const MetadataItem& item, const std::vector<FunctionDescription>& functions) {
-  const auto valueText = [](const MetadataItem& of) {
-    return OrNothing(VisibleUtf8(of.value.value_or(L"")));
-  };
-  ValueUses uses = {{valueText(item), {}}};  // the first function's, or the sample's without functions
+  ValueUses uses = {
+      {item.value.value_or(L""), {}}};  // the first function's, or the sample's without functions
   for (const FunctionDescription& function : functions) {
     for (const MetadataItem& own : function.metadata) {
       if (own.key != item.key) continue;
-      const std::string text = valueText(own);
+      const std::wstring text = own.value.value_or(L"");
       auto use =
           std::find_if(uses.begin(), uses.end(), [&](const auto& known) { return known.first == text; });
       if (use == uses.end()) use = uses.insert(use, {text, {}});
@@ -157,6 +156,13 @@ ValueUses UsesOf(const MetadataItem& item, const std::vector<FunctionDescription
     }
   }
   return uses;
+}
+
+// A report's item can be all the text of a function; people see how it begins.
+std::string ShownValue(const std::wstring& value) {
+  constexpr std::size_t kShown = 60;
+  if (value.size() <= kShown) return OrNothing(VisibleUtf8(value));
+  return VisibleUtf8(value.substr(0, kShown)) + "... (" + std::to_string(value.size()) + " characters)";
 }
 
 std::string FunctionList(const std::vector<int>& numbers) {
@@ -172,7 +178,7 @@ void PrintMetadata(const SampleDescription& sample, Output& out) {
     const ValueUses uses = UsesOf(item, sample.functions);
     std::string key = OrNothing(VisibleUtf8(item.key));
     for (const auto& [value, functions] : uses) {
-      table.AddRow({key, uses.size() == 1 ? value : value + FunctionList(functions)});
+      table.AddRow({key, uses.size() == 1 ? ShownValue(value) : ShownValue(value) + FunctionList(functions)});
       key.clear();
     }
   }
@@ -193,24 +199,38 @@ void PrintSample(const SampleDescription& sample, Output& out) {
   PrintMetadata(sample, out);
 }
 
-void PrintDescriptionText(const SourceDescription& source, Output& out) {
+void PrintText(const Source& source, const std::vector<int>& samples, Output& out) {
+  CDataServerImpl& server = source.Server();
   TextTable table({{""}, {""}});
-  table.AddRow({"Source", VisibleUtf8(source.path)});
-  table.AddRow({"Provider", VisibleUtf8(source.provider)});
-  table.AddRow({"Content", source.isReport ? "processed report" : "raw acquisition"});
+  table.AddRow({"Source", VisibleUtf8(source.Path())});
+  table.AddRow({"Provider", VisibleUtf8(server.GetProviderName())});
+  table.AddRow({"Content", server.IsReportSource() ? "processed report" : "raw acquisition"});
   table.Print("", out);
-  for (const SampleDescription& sample : source.samples) PrintSample(sample, out);
+  for (const int sample : samples) PrintSample(DescribeSample(server, sample), out);
 }
 
-class InfoCommand : public Command {
+class InfoCommand : public SourceCommand {
  public:
   explicit InfoCommand(CommandLine& line)
-      : Command(line, "info", "Show what a data source holds: samples, functions, traces, metadata") {}
+      : SourceCommand(line, "info", "Show what a data source holds: samples, functions, traces, metadata") {
+    AddNumber("--sample", sample_, "The sample, counted from 1; all unless given");
+  }
 
   void Run(Output& out) override {
-    const SourceDescription description = Describe(OpenSource());
-    WantsJson() ? PrintDescriptionJson(description, out) : PrintDescriptionText(description, out);
+    const Source source = OpenSource();
+    const std::vector<int> samples = Samples(source.Server());
+    WantsJson() ? PrintJson(source, samples, out) : PrintText(source, samples, out);
   }
+
+ private:
+  std::vector<int> Samples(CDataServerImpl& server) const {
+    if (sample_ != 0) return {FindSample(server, sample_)};
+    std::vector<int> samples(static_cast<std::size_t>(std::max(server.GetSampleCount(), 0)));
+    std::iota(samples.begin(), samples.end(), 0);
+    return samples;
+  }
+
+  int sample_ = 0;
 };
 
 }  // namespace

@@ -15,9 +15,7 @@ namespace zrml {
 namespace {
 
 constexpr std::array kCommands = {
-    MakeInfoCommand,
-    MakeSpectrumCommand,
-    MakeChromatogramCommand,
+    MakeInfoCommand, MakeSpectrumCommand, MakeChromatogramCommand, MakeConvertCommand, MakeCheckCommand,
 };
 
 using Commands = std::vector<std::unique_ptr<Command>>;
@@ -79,9 +77,8 @@ void Run(CommandLine& line, const Commands& commands, std::vector<std::string> a
   }
 }
 
-ExitStatus Report(ExitStatus status, const std::wstring& message) {
-  std::wstring ignored;
-  WriteStream(Stream::kError, "zrml: " + VisibleUtf8(message) + "\n", ignored);
+ExitStatus PrintFailure(ExitStatus status, const std::wstring& message) {
+  PrintError(message);
   return status;
 }
 
@@ -99,11 +96,11 @@ ExitStatus RunCommandLine(std::vector<std::string> arguments) {
   } catch (const ReaderGone&) {
     return ExitStatus::kDone;
   } catch (const Failure& failure) {
-    return Report(failure.status, failure.message);
+    return PrintFailure(failure.status, failure.message);
   } catch (const std::bad_alloc&) {
-    return Report(ExitStatus::kUnreadable, L"not enough memory");
+    return PrintFailure(ExitStatus::kUnreadable, L"not enough memory");
   } catch (const std::exception& error) {
-    return Report(ExitStatus::kUnreadable, platform::FromNativePath(error.what()));
+    return PrintFailure(ExitStatus::kUnreadable, platform::FromNativePath(error.what()));
   }
 }
 

@@ -1,4 +1,5 @@
-// zrml spectrum: one scan's attributes and points.
+// zrml spectrum: the attributes and points of one scan, of one of its drift bins, or of an absorbance
+// spectrum.
 #include <algorithm>
 #include <utility>
 
@@ -78,22 +79,34 @@ class SpectrumCommand : public FunctionCommand {
  public:
   explicit SpectrumCommand(CommandLine& line)
       : FunctionCommand(line, "spectrum", "Print one scan: its attributes and points") {
-    AddNumber("--scan", scan_, "The scan of the function, counted from 1")
-        ->required()
-        ->option_text("N REQUIRED");
+    AddNumber("--scan", scan_, "The scan, counted from 1")->required()->option_text("N REQUIRED");
+    CLI::Option* const bin = AddNumber("--bin", bin_, "The drift bin of the scan, counted from 1");
+    Options()
+        .add_flag("--absorbance", isAbsorbance_, "A scan of the sample's absorbance data, not of a function")
+        ->option_text(" ")
+        ->excludes(bin)
+        ->excludes(Options().get_option("--function"));
   }
 
   void Run(Output& out) override {
     const Source source = OpenSource();
+    isAbsorbance_ ? PrintAbsorbance(source, out) : PrintSpectrum(source, out);
+  }
+
+ protected:
+  bool NeedsFunction() const override { return !isAbsorbance_; }
+
+ private:
+  void PrintSpectrum(const Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
     CDataServerImpl& server = source.Server();
-    const int scan = PositionOf(scan_, server.GetScanCount(at.sample, at.function), L"scan",
-                                L"function " + std::to_wstring(at.function + 1));
+    const std::wstring function = L"function " + std::to_wstring(at.function + 1);
+    const int scan = PositionOf(scan_, server.GetScanCount(at.sample, at.function), L"scan", function);
     CZRMassSpectrum spectrum;
-    if (!server.GetSpectrum(at.sample, at.function, scan, spectrum)) {
-      throw Failure(ExitStatus::kUnreadable, L"cannot read scan " + std::to_wstring(scan_) +
-                                                 L" of function " + std::to_wstring(at.function + 1) +
-                                                 L" of " + source.Path());
+    if (!Read(server, at, scan, spectrum)) {
+      const std::wstring bin = bin_ != 0 ? L"drift bin " + std::to_wstring(bin_) + L" of " : L"";
+      throw Failure(ExitStatus::kUnreadable, L"cannot read " + bin + L"scan " + std::to_wstring(scan_) +
+                                                 L" of " + function + L" of " + source.Path());
     }
     const Points points = PointsOf(spectrum);
     Report report;
@@ -104,11 +117,40 @@ class SpectrumCommand : public FunctionCommand {
     report.Add(DriftAttributes(spectrum));
     report.Add(PointAttributes(spectrum, points.masses.size()));
     report.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
-    WantsJson() ? PrintJson(report, out) : PrintText(report, out);
+    Print(report, out);
   }
 
- private:
+  bool Read(CDataServerImpl& server, const FunctionPosition& at, int scan, CZRMassSpectrum& spectrum) const {
+    if (bin_ == 0) return server.GetSpectrum(at.sample, at.function, scan, spectrum);
+    const int bins = server.GetMobilityBinCount(at.sample, at.function);
+    const int bin =
+        PositionOf(bin_, bins, L"drift bin", L"a scan of function " + std::to_wstring(at.function + 1));
+    return server.GetMobilitySpectrum(at.sample, at.function, scan, bin, spectrum);
+  }
+
+  void PrintAbsorbance(const Source& source, Output& out) const {
+    const int sample = FindSampleOf(source);
+    CDataServerImpl& server = source.Server();
+    const int scans = server.HasAbsorbanceData(sample) ? server.GetAbsorbanceScanCount(sample) : 0;
+    const int scan = PositionOf(scan_, scans, L"absorbance scan", L"sample " + std::to_wstring(sample + 1));
+    CZRAbsorbanceSpectrum spectrum;
+    if (!server.GetAbsorbanceSpectrum(sample, scan, spectrum)) {
+      throw Failure(ExitStatus::kUnreadable,
+                    L"cannot read absorbance scan " + std::to_wstring(scan_) + L" of " + source.Path());
+    }
+    const std::size_t count = std::min(spectrum.Wavelengths().size(), spectrum.Absorbances().size());
+    Report report;
+    report.attributes = OriginOf(source, sample);
+    report.Add(
+        {{"scan", scan + 1}, {"startMinutes", spectrum.StartTime()}, {"points", static_cast<int>(count)}});
+    report.columns = {{"wavelength", "wavelengths", {spectrum.Wavelengths().data(), count}},
+                      {"absorbance", "absorbances", {spectrum.Absorbances().data(), count}}};
+    Print(report, out);
+  }
+
   int scan_ = 0;
+  int bin_ = 0;  // 0: the whole scan
+  bool isAbsorbance_ = false;
 };
 
 }  // namespace

@@ -14,20 +14,6 @@ auto List(int count, Make make) {
   return items;
 }
 
-std::vector<MetadataItem> Metadata(CDataServerImpl& server, int sample, int function) {
-  std::vector<MetadataItem> items;
-  std::vector<std::wstring> keys;
-  if (!server.GetMetadataKeys(sample, function, keys)) return items;
-  for (const std::wstring& key : keys) {
-    const auto hasKey = [&](const MetadataItem& item) { return item.key == key; };
-    if (std::any_of(items.begin(), items.end(), hasKey)) continue;
-    MetadataItem& item = items.emplace_back(MetadataItem{key, std::nullopt});
-    std::wstring value;
-    if (server.GetMetadataValue(sample, function, key, value)) item.value = value;
-  }
-  return items;
-}
-
 std::optional<NumberRange> TimeRange(CDataServerImpl& server, int sample, int function) {
   HostVector<double> times;
   if (!server.GetRetentionTimes(sample, function, times)) return std::nullopt;
@@ -62,35 +48,41 @@ FunctionDescription DescribeFunction(CDataServerImpl& server, int sample, int fu
   description.traces = List(server.GetFunctionTraceCount(sample, function), [&](int trace) {
     return NamedItem{trace + 1, server.GetFunctionTraceName(sample, function, trace)};
   });
-  description.metadata = Metadata(server, sample, function);
-  return description;
-}
-
-SampleDescription DescribeSample(CDataServerImpl& server, int sample) {
-  SampleDescription description;
-  description.number = sample + 1;
-  description.name = server.GetSampleName(sample);
-  description.functions = List(server.GetFunctionCount(sample),
-                               [&](int function) { return DescribeFunction(server, sample, function); });
-  description.traces = List(server.GetTraceCount(sample), [&](int trace) {
-    return NamedItem{trace + 1, server.GetTraceName(sample, trace)};
-  });
-  if (server.HasAbsorbanceData(sample)) description.absorbanceScans = server.GetAbsorbanceScanCount(sample);
-  description.metadata = Metadata(server, sample, 0);
+  description.metadata = ReadMetadata(server, sample, function);
   return description;
 }
 
 }  // namespace
 
-SourceDescription Describe(const Source& source) {
-  CDataServerImpl& server = source.Server();
-  SourceDescription description;
-  description.path = source.Path();
-  description.provider = server.GetProviderName();
-  description.isReport = server.IsReportSource();
-  description.samples =
-      List(server.GetSampleCount(), [&](int sample) { return DescribeSample(server, sample); });
+SampleDescription DescribeSample(CDataServerImpl& server, int sample) {
+  SampleDescription description;
+  description.number = sample + 1;
+  description.name = server.GetSampleName(sample);
+  // Asked before anything about functions: of a report's sample that has analog functions alone, the traces
+  // count once more with every look at its functions.
+  const int traces = server.GetTraceCount(sample);
+  description.functions = List(server.GetFunctionCount(sample),
+                               [&](int function) { return DescribeFunction(server, sample, function); });
+  description.traces = List(traces, [&](int trace) {
+    return NamedItem{trace + 1, server.GetTraceName(sample, trace)};
+  });
+  if (server.HasAbsorbanceData(sample)) description.absorbanceScans = server.GetAbsorbanceScanCount(sample);
+  description.metadata = ReadMetadata(server, sample, 0);
   return description;
+}
+
+std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, int function) {
+  std::vector<MetadataItem> items;
+  std::vector<std::wstring> keys;
+  if (!server.GetMetadataKeys(sample, function, keys)) return items;
+  for (const std::wstring& key : keys) {
+    const auto hasKey = [&](const MetadataItem& item) { return item.key == key; };
+    if (std::any_of(items.begin(), items.end(), hasKey)) continue;
+    MetadataItem& item = items.emplace_back(MetadataItem{key, std::nullopt});
+    std::wstring value;
+    if (server.GetMetadataValue(sample, function, key, value)) item.value = value;
+  }
+  return items;
 }
 
 }  // namespace zrml

@@ -1,5 +1,5 @@
-// All that an open source tells about itself without its points: what `zrml info` shows. Values that the
-// provider does not give are absent. Numbers count from 1.
+// All that a sample of an open source tells about itself without its points: what `zrml info` shows. Values
+// that the provider does not give are absent. Numbers count from 1.
 #pragma once
 
 #include <optional>
@@ -47,13 +47,10 @@ struct SampleDescription {
   std::vector<MetadataItem> metadata;  // as given for the first function
 };
 
-struct SourceDescription {
-  std::wstring path;
-  std::wstring provider;
-  bool isReport = false;
-  std::vector<SampleDescription> samples;
-};
+/// One sample at a time: a report has thousands, and their metadata can be most of its text.
+SampleDescription DescribeSample(CDataServerImpl& server, int sample);
 
-SourceDescription Describe(const Source& source);
+/// The metadata items of a function; each key once.
+std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, int function);
 
 }  // namespace zrml

@@ -14,6 +14,8 @@ enum class ExitStatus : int {
   kNoProvider = 4,
   kUnreadable = 5,  // also: the output cannot be written
   kNoPlugin = 6,
+  kDamaged = 7,     // what check has found
+  kSomeFailed = 8,  // of several inputs
 };
 
 /// Thrown by whoever finds out, printed once at the top.

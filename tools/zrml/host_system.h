@@ -38,6 +38,9 @@ class SharedLibrary {
 enum class Stream { kOutput, kError };
 enum class WriteResult { kWritten, kReaderGone, kFailed };
 
+/// Whether `stream` is shown to a person.
+bool IsTerminal(Stream stream);
+
 /// Makes a write to a closed pipe a result instead of the end of the program.
 void ReportClosedPipes();
 

@@ -32,6 +32,10 @@ std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::
 
 void* SharedLibrary::Symbol(const char* name) const { return ::dlsym(handle_, name); }
 
+bool IsTerminal(Stream stream) {
+  return ::isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) == 1;
+}
+
 void ReportClosedPipes() { std::signal(SIGPIPE, SIG_IGN); }
 
 WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {

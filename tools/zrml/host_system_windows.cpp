@@ -62,6 +62,12 @@ void* SharedLibrary::Symbol(const char* name) const {
   return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(handle_), name));
 }
 
+bool IsTerminal(Stream stream) {
+  DWORD mode = 0;
+  return ::GetConsoleMode(::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE),
+                          &mode) != 0;
+}
+
 void ReportClosedPipes() {}
 
 WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {

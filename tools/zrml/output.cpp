@@ -18,4 +18,9 @@ void Output::Finish() {
   }
 }
 
+void PrintError(const std::wstring& message) {
+  std::wstring ignored;
+  WriteStream(Stream::kError, "zrml: " + VisibleUtf8(message) + "\n", ignored);
+}
+
 }  // namespace zrml

@@ -28,4 +28,7 @@ class Output {
   std::string buffer_;
 };
 
+/// One line on standard error, with the program's name in front.
+void PrintError(const std::wstring& message);
+
 }  // namespace zrml

@@ -2,16 +2,23 @@
 
 namespace zrml {
 
-std::vector<Attribute> OriginOf(const Source& source, const FunctionPosition& position) {
+std::vector<Attribute> OriginOf(const Source& source, int sample) {
   CDataServerImpl& server = source.Server();
   return {
       {"source", source.Path()},
       {"provider", server.GetProviderName()},
-      {"sample", position.sample + 1},
-      {"sampleName", server.GetSampleName(position.sample)},
-      {"function", position.function + 1},
-      {"functionName", server.GetFunctionName(position.sample, position.function)},
+      {"sample", sample + 1},
+      {"sampleName", server.GetSampleName(sample)},
   };
+}
+
+std::vector<Attribute> OriginOf(const Source& source, const FunctionPosition& position) {
+  Report origin{OriginOf(source, position.sample), {}};
+  origin.Add({
+      {"function", position.function + 1},
+      {"functionName", source.Server().GetFunctionName(position.sample, position.function)},
+  });
+  return origin.attributes;
 }
 
 void PrintText(const Report& report, Output& out) {

@@ -33,8 +33,9 @@ struct Report {
   std::vector<Column> columns;  // of one length
 };
 
-/// The attributes that tell where the points are from.
+/// The attributes that tell where the points are from: a function, or a sample as a whole.
 std::vector<Attribute> OriginOf(const Source& source, const FunctionPosition& position);
+std::vector<Attribute> OriginOf(const Source& source, int sample);
 
 void PrintText(const Report& report, Output& out);
 void PrintJson(const Report& report, Output& out);

@@ -68,9 +68,13 @@ int PositionOf(int number, int count, const std::wstring& noun, const std::wstri
   throw Failure(ExitStatus::kWrongUsage, message);
 }
 
+int FindSample(CDataServerImpl& server, int sampleNumber) {
+  return PositionOf(sampleNumber, server.GetSampleCount(), L"sample", L"the source");
+}
+
 FunctionPosition FindFunction(CDataServerImpl& server, int sampleNumber, int functionNumber) {
   FunctionPosition position;
-  position.sample = PositionOf(sampleNumber, server.GetSampleCount(), L"sample", L"the source");
+  position.sample = FindSample(server, sampleNumber);
   position.function = PositionOf(functionNumber, server.GetFunctionCount(position.sample), L"function",
                                  L"sample " + std::to_wstring(sampleNumber));
   return position;

@@ -38,6 +38,7 @@ struct FunctionPosition {
   int sample = 0;
   int function = 0;
 };
+int FindSample(CDataServerImpl& server, int sampleNumber);
 FunctionPosition FindFunction(CDataServerImpl& server, int sampleNumber, int functionNumber);
 
 }  // namespace zrml

@@ -1,9 +1,13 @@
-// zrml-sample DIRECTORY: makes a raw directory with a simulated acquisition.
+// zrml-sample PATH [--lf]: makes a raw directory with a simulated acquisition or, when PATH ends in ".rpt", a
+// report of such acquisitions, with LF as its line ends instead of CR LF if asked for.
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <string_view>
 
 #include "tests/support/sample/acquisition.h"
+#include "tests/support/sample/report.h"
+#include "tests/support/temp_directory.h"
 
 namespace {
 
@@ -15,17 +19,27 @@ int Fail(int status, const char* what, const char* about) {
   return status;
 }
 
+void Make(const std::filesystem::path& path, zrml::LineEnd lineEnd) {
+  if (path.extension() == ".rpt") {
+    zrml::WriteFileBytes(path, zrml::TextToBytes(zrml::sample::Report(lineEnd)));
+  } else {
+    std::filesystem::create_directories(path);
+    zrml::sample::Acquisition().WriteTo(path);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) return Fail(kWrongUsage, "usage: zrml-sample DIRECTORY", "");
+  const bool wantsLf = argc == 3 && std::string_view(argv[2]) == "--lf";
+  if (argc != 2 && !wantsLf)
+    return Fail(kWrongUsage, "usage: zrml-sample DIRECTORY, or REPORT.rpt [--lf]", "");
   try {
-    const std::filesystem::path directory = argv[1];
-    if (std::filesystem::exists(std::filesystem::symlink_status(directory))) {
+    const std::filesystem::path path = argv[1];
+    if (std::filesystem::exists(std::filesystem::symlink_status(path))) {
       return Fail(kFailed, "not overwriting ", argv[1]);
     }
-    std::filesystem::create_directories(directory);
-    zrml::sample::Acquisition().WriteTo(directory);
+    Make(path, wantsLf ? zrml::LineEnd::kLf : zrml::LineEnd::kCrLf);
     return 0;
   } catch (const std::exception& error) {
     return Fail(kFailed, "", error.what());

@@ -1,0 +1,10 @@
+// Whether this process holds a file or directory open.
+#pragma once
+
+#include <filesystem>
+
+namespace zrml {
+
+bool IsHeldOpen(const std::filesystem::path& path);
+
+}  // namespace zrml

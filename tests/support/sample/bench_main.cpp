@@ -1,0 +1,29 @@
+// zrml-bench-source DIRECTORY: a raw directory with the survey scans of the sample acquisition over and over.
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+
+#include "tests/support/sample/functions.h"
+
+int main(int argc, char** argv) {
+  constexpr int kRuns = 12;
+  if (argc != 2) return 2;
+  try {
+    zrml::FunctionFiles survey = zrml::sample::Survey();
+    const std::vector<zrml::ScanFiles> scans = survey.scans;
+    for (int run = 1; run < kRuns; ++run) {
+      for (zrml::ScanFiles scan : scans) {
+        scan.index.retentionTime += static_cast<float>(run * zrml::sample::kRunMinutes);
+        survey.scans.push_back(std::move(scan));
+      }
+    }
+    zrml::RawDirectoryBuilder raw;
+    raw.functions = {std::move(survey)};
+    std::filesystem::create_directories(argv[1]);
+    raw.WriteTo(argv[1]);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "zrml-bench-source: %s\n", error.what());
+    return 1;
+  }
+}

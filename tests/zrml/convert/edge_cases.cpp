@@ -1,0 +1,146 @@
+// zrml-edge-cases DIRECTORY: raw directories that are unusual in one way each, for tests of conversion.
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <limits>
+
+#include "tests/support/raw_directory_builder.h"
+
+namespace zrml {
+namespace {
+
+constexpr unsigned kMsMs = 16;  // function types
+constexpr unsigned kDad = 12;
+constexpr unsigned kPrecursorScan = 5;
+constexpr unsigned kNegativeMode = 9;
+
+FunctionFiles FunctionOf(std::vector<ScanFiles> scans) {
+  FunctionFiles function;
+  function.record.startMasses[0] = 50;
+  function.record.endMasses[0] = 1000;
+  function.scans = std::move(scans);
+  return function;
+}
+
+RawDirectoryBuilder RawOf(std::vector<FunctionFiles> functions) {
+  RawDirectoryBuilder raw;
+  raw.functions = std::move(functions);
+  return raw;
+}
+
+ScanFiles PlainScan(float minutes) { return ScanFrom<StoredPoint9>(minutes, {{100, 7}, {250.5, 90}}); }
+
+RawDirectoryBuilder NoFunctions() { return RawOf({}); }
+RawDirectoryBuilder NoScans() { return RawOf({FunctionOf({})}); }
+RawDirectoryBuilder OneScan() { return RawOf({FunctionOf({PlainScan(0.5F)})}); }
+
+RawDirectoryBuilder AbsorbanceOnly() {
+  FunctionFiles function = FunctionOf({PlainScan(0.1F), PlainScan(0.2F)});
+  function.record.type = kDad;
+  return RawOf({function});
+}
+
+RawDirectoryBuilder EmptySpectra() {
+  return RawOf(
+      {FunctionOf({ScanFrom<StoredPoint9>(0.1F, {}), PlainScan(0.2F), ScanFrom<StoredPoint9>(0.3F, {})})});
+}
+
+// Two channels whose masses are no number, one of infinite mass; a precursor and a time that are none either.
+RawDirectoryBuilder NanMasses() {
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  const std::vector<StoredPoint11> points = {{{.magnitude = 1u << 20, .exponent = 3}},
+                                             {{.magnitude = 1u << 20, .exponent = 4}},
+                                             {{.magnitude = 1u << 20, .exponent = 5}},
+                                             {{.magnitude = 1u << 20, .exponent = 6}}};
+  FunctionFiles function = FunctionOf({ScanOf(0.1F, points), ScanOf(nan, points), ScanOf(0.2F, points)});
+  function.record.type = kMsMs;
+  function.record.dataFormat = 11;
+  function.record.setMass = nan;
+  function.record.startMasses = {nan, 100, std::numeric_limits<float>::infinity(), nan};
+  return RawOf({function, FunctionOf({PlainScan(0.15F)})});
+}
+
+// Below zero, and of more digits than a single-precision number has: 32767 x 4^15 and 1 in one spectrum.
+RawDirectoryBuilder NegativeIntensities() {
+  std::vector<StoredPoint8> points;
+  points.push_back({.mass = 100 * 128, .mantissa = -5, .exponent = 0});
+  points.push_back({.mass = 200 * 128, .mantissa = -32768, .exponent = 15});
+  points.push_back({.mass = 300 * 128, .mantissa = 32767, .exponent = 15});
+  points.push_back({.mass = 400 * 128, .mantissa = 1, .exponent = 0});
+  FunctionFiles function = FunctionOf({ScanOf(0.1F, points)});
+  function.record.dataFormat = 8;
+  function.record.ionMode = kNegativeMode;
+  return RawOf({function});
+}
+
+// Beyond the 16 bits in which hosts get scan numbers.
+RawDirectoryBuilder ManyScans() {
+  std::vector<ScanFiles> scans;
+  for (int i = 0; i < 40000; ++i) {
+    const double mass = 100 + i / 64.0;
+    scans.push_back(ScanFrom<StoredPoint9>(static_cast<float>(i) / 1024, {{mass, 1.0 + i % 4096}}));
+  }
+  return RawOf({FunctionOf(std::move(scans))});
+}
+
+// Text that is markup in XML, is not ASCII (\xB5 is the micro sign of Windows-1252) or is forbidden there
+// (\x01).
+RawDirectoryBuilder OddNames() {
+  RawDirectoryBuilder raw = RawOf({FunctionOf({PlainScan(0.1F)}), FunctionOf({PlainScan(0.2F)})});
+  raw.header = {
+      HeaderLine("Version", "01.00"),           HeaderLine("Acquired Date", "5-Mar-2021"),
+      HeaderLine("Acquired Time", "09:15:00"),  HeaderLine("Instrument", "XEVO-G2QTOF#<A&B>\"1\""),
+      HeaderLine("User Name", "a&b <c> \"d\""), HeaderLine("Sample Description", "5 \xB5g\x01 'x' \x81"),
+  };
+  raw.labels = {CreatorLine("4.1"), FunctionHeading(1, "<&\">\xE9"), FunctionHeading(2, "REFERENCE")};
+  return raw;
+}
+
+// Fragment spectra of three kinds beside survey spectra, at equal times.
+RawDirectoryBuilder Fragments() {
+  FunctionFiles survey = FunctionOf({PlainScan(0.1F), PlainScan(0.2F)});
+  FunctionFiles product = FunctionOf({PlainScan(0.1F), PlainScan(0.15F), ScanFrom<StoredPoint9>(0.2F, {})});
+  product.record.type = kMsMs;
+  product.record.setMass = 445.125F;
+  FunctionFiles withoutPrecursor = FunctionOf({PlainScan(0.3F)});
+  withoutPrecursor.record.type = kMsMs;
+  FunctionFiles precursorScan = FunctionOf({PlainScan(0.05F)});
+  precursorScan.record.type = kPrecursorScan;
+  return RawOf({survey, product, withoutPrecursor, precursorScan});
+}
+
+struct EdgeCase {
+  const char8_t* name;
+  RawDirectoryBuilder (*make)();
+};
+
+constexpr EdgeCase kCases[] = {
+    {u8"no-functions.raw", NoFunctions},
+    {u8"absorbance-only.raw", AbsorbanceOnly},
+    {u8"no-scans.raw", NoScans},
+    {u8"one-scan.raw", OneScan},
+    {u8"empty-spectra.raw", EmptySpectra},
+    {u8"nan-masses.raw", NanMasses},
+    {u8"negative-intensities.raw", NegativeIntensities},
+    {u8"many-scans.raw", ManyScans},
+    {u8"1 a&b'\u00E9\U0001D11E.raw", OddNames},
+    {u8"fragments.raw", Fragments},
+};
+
+}  // namespace
+}  // namespace zrml
+
+int main(int argc, char** argv) {
+  if (argc != 2) return 2;
+  try {
+    for (const zrml::EdgeCase& edge : zrml::kCases) {
+      const std::filesystem::path directory = std::filesystem::path(argv[1]) / edge.name;
+      std::filesystem::create_directories(directory);
+      edge.make().WriteTo(directory);
+    }
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "zrml-edge-cases: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,128 @@
+"""failure_test.py ZRML SOURCE WORK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
+
+Under the target's name there is the whole file or none; unless killed, nothing else either.
+"""
+import pathlib
+import random
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import time
+
+from mzml_file import require
+
+
+class Conversions:
+    def __init__(self, zrml, source, work):
+        self.command = [zrml, 'convert', source, '-q', '--threads', '2', '-o']
+        self.work = work
+        shutil.rmtree(work, ignore_errors=True)
+        began = time.monotonic()
+        self.reference = self.run('reference').target.read_bytes()
+        self.seconds = time.monotonic() - began
+
+    def start(self, name, *options, **more):
+        folder = self.work / name
+        folder.mkdir(parents=True)
+        process = subprocess.Popen([*self.command, str(folder), *options], stderr=subprocess.PIPE, **more)
+        process.folder = folder
+        process.target = folder / 'many-scans.mzML'
+        return process
+
+    def run(self, name, *options, **more):
+        process = self.start(name, *options, **more)
+        self.finish(process)
+        return process
+
+    @staticmethod
+    def finish(process):
+        process.errors = process.communicate()[1].decode()
+
+
+def names(folder):
+    return sorted(p.name for p in folder.iterdir())
+
+
+def wait_for_temporary_file(process):
+    while not list(process.folder.glob('.zrml-*.part')):
+        require(process.poll() is None, 'the temporary file has never been there')
+        time.sleep(0.001)
+
+
+def test_killed_at_random(conversions):
+    moments = random.Random(20261114)
+    early = 0
+    for i in range(15):
+        process = conversions.start(f'killed-{i}')
+        time.sleep(moments.uniform(0, 1.1 * conversions.seconds))
+        process.kill()
+        conversions.finish(process)
+        if process.target.exists():
+            require(process.target.read_bytes() == conversions.reference, f'a part of the file after kill {i}')
+        else:
+            early += 1
+    require(early > 0, 'every conversion was done before it was killed')
+
+
+def test_interrupted(conversions):
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        process = conversions.start(f'interrupted-{number.name}')
+        wait_for_temporary_file(process)
+        process.send_signal(number)
+        conversions.finish(process)
+        require(process.returncode == -number, f'{number.name} ended it with {process.returncode}')
+        require(names(process.folder) == [], f'{number.name} left {names(process.folder)}')
+
+
+def test_target_made_meanwhile(conversions):
+    process = conversions.start('meanwhile')
+    wait_for_temporary_file(process)
+    process.target.write_text('of somebody else')
+    conversions.finish(process)
+    require(process.returncode == 5, f'status {process.returncode}')
+    require(process.errors == f'zrml: {conversions.command[2]}: {process.target} exists; --force replaces it\n', process.errors)
+    require(process.target.read_text() == 'of somebody else', 'it has been replaced')
+    require(names(process.folder) == [process.target.name], 'more is left')
+
+
+def test_no_room(conversions):
+    def limit():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # the write fails instead
+        resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
+
+    process = conversions.run('no-room', preexec_fn=limit)
+    require(process.returncode == 5, f'status {process.returncode}')
+    require(process.errors.count('\n') == 1 and 'File too large' in process.errors, process.errors)
+    require(names(process.folder) == [], 'something is left')
+
+
+def test_scan_past_the_end(conversions, source):
+    damaged = conversions.work / 'damaged.raw'
+    shutil.copytree(source, damaged)
+    data = damaged / '_FUNC001.DAT'
+    with data.open('r+b') as file:
+        file.truncate(6 * 30000)  # 30,000 scans of one point of 6 bytes
+    conversions.command[2] = str(damaged)
+    process = conversions.run('damaged-out')
+    require(process.returncode == 7, f'status {process.returncode}')
+    problem = '_FUNC001.DAT ends before 10000 of 40000 scans do; the first is scan 30001'
+    option = '(--damaged converts what there is, with zeros for lost points)'
+    require(process.errors == f'zrml: {damaged} is damaged: {problem} {option}\n', process.errors)
+    require(names(process.folder) == [], 'something is left')
+    process = conversions.run('damaged-anyway', '--damaged')
+    require(process.returncode == 0 and names(process.folder) == ['damaged.mzML'], process.errors)
+
+
+def main(zrml, source, work):
+    conversions = Conversions(zrml, source, pathlib.Path(work))
+    test_killed_at_random(conversions)
+    test_interrupted(conversions)
+    test_target_made_meanwhile(conversions)
+    test_no_room(conversions)
+    test_scan_past_the_end(conversions, source)
+
+
+if __name__ == '__main__':
+    main(*sys.argv[1:])

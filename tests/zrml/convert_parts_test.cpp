@@ -1,0 +1,294 @@
+// The parts that conversion is made of.
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <cwchar>
+#include <limits>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "tools/zrml/convert/base64.h"
+#include "tools/zrml/convert/date_time.h"
+#include "tools/zrml/convert/instrument_model.h"
+#include "tools/zrml/convert/mzml_arrays.h"
+#include "tools/zrml/convert/mzml_chromatograms.h"
+#include "tools/zrml/convert/ordered_pieces.h"
+#include "tools/zrml/convert/selection.h"
+#include "tools/zrml/convert/sha1.h"
+#include "tools/zrml/convert/xml.h"
+
+namespace zrml::test {
+namespace {
+
+std::span<const std::byte> BytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+std::string Base64Of(std::string_view text) {
+  std::string out = "x";  // what is there stays
+  AppendBase64(BytesOf(text), out);
+  return out;
+}
+
+// RFC 4648, section 10.
+TEST(Base64Test, KnownTexts) {
+  EXPECT_EQ(Base64Of(""), "x");
+  EXPECT_EQ(Base64Of("f"), "xZg==");
+  EXPECT_EQ(Base64Of("fo"), "xZm8=");
+  EXPECT_EQ(Base64Of("foo"), "xZm9v");
+  EXPECT_EQ(Base64Of("foob"), "xZm9vYg==");
+  EXPECT_EQ(Base64Of("fooba"), "xZm9vYmE=");
+  EXPECT_EQ(Base64Of("foobar"), "xZm9vYmFy");
+  EXPECT_EQ(Base64Of("\xFB\xFF\xBF"), "x+/+/");  // 111110 111111 111110 111111
+}
+
+// Bit by bit, for lengths around those of the vectors that long texts are made with.
+TEST(Base64Test, AllLengthsAndBytes) {
+  constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (unsigned i = 0; i < 1000; ++i) {
+    std::string expected = "x";
+    for (std::size_t bit = 0; bit < text.size() * 8; bit += 6) {
+      unsigned six = 0;
+      for (std::size_t at = bit; at < bit + 6; ++at) {
+        const unsigned byte = at / 8 < text.size() ? static_cast<unsigned char>(text[at / 8]) : 0;
+        six = six << 1 | (byte >> (7 - at % 8) & 1);
+      }
+      expected.push_back(kAlphabet[six]);
+    }
+    while (expected.size() % 4 != 1) expected.push_back('=');
+    ASSERT_EQ(Base64Of(text), expected) << i;
+    text.push_back(static_cast<char>(i * 167 + i / 256));
+  }
+}
+
+// FIPS 180, the examples.
+TEST(Sha1Test, KnownTexts) {
+  EXPECT_EQ(Sha1().Finish(), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
+  Sha1 whole;
+  whole.Add(BytesOf("abc"));
+  EXPECT_EQ(whole.Finish(), "a9993e364706816aba3e25717850c26c9cd0d89d");
+  Sha1 parts;
+  parts.Add(BytesOf("abcdbcdecdefdefgefghfghighij"));
+  parts.Add(BytesOf("hijkijkljklmklmnlmnomnopnopq"));
+  EXPECT_EQ(parts.Finish(), "84983e441c3bd26ebaae4aa1f95129e5e54670f1");
+}
+
+TEST(XmlTest, MarkupAndLineEndsBecomeReferences) {
+  EXPECT_EQ(XmlText(L"a&b<c>\"d\"'e'"), "a&amp;b&lt;c&gt;&quot;d&quot;'e'");
+  EXPECT_EQ(XmlText(L"\t\n\r"), "&#9;&#10;&#13;");
+  EXPECT_EQ(XmlText(L"\u00E9"), "\xC3\xA9");
+}
+
+TEST(XmlTest, WhatXmlForbidsIsReplaced) {
+  constexpr const char* kReplacement = "\xEF\xBF\xBD";
+  EXPECT_EQ(XmlText(std::wstring(1, L'\0')), kReplacement);
+  EXPECT_EQ(XmlText(L"\x1F"), kReplacement);
+  EXPECT_EQ(XmlText(L"\uFFFE"), kReplacement);
+  EXPECT_EQ(XmlText(L"\uFFFF"), kReplacement);
+  EXPECT_EQ(XmlText(std::wstring(1, static_cast<wchar_t>(0xD800))), kReplacement);
+  EXPECT_EQ(XmlText(L"\x7F\uFFFD"), std::string("\x7F") + kReplacement);  // allowed
+}
+
+TEST(XmlTest, IdentifiersKeepPlainCharacters) {
+  EXPECT_EQ(XmlIdPart(L"run_1-A.b"), "run_1-A.b");
+  EXPECT_EQ(XmlIdPart(L"1 a:\u00E9&"), "1_a___");
+}
+
+TEST(DateTimeTest, DaysThatThereAre) {
+  EXPECT_TRUE(IsXmlDateTime(L"2026-11-14T09:15:00+00:00"));
+  EXPECT_TRUE(IsXmlDateTime(L"2026-11-14T23:59:59.25+00:00"));
+  EXPECT_TRUE(IsXmlDateTime(L"2024-02-29T00:00:00+00:00"));
+  EXPECT_TRUE(IsXmlDateTime(L"2000-02-29T00:00:00+00:00"));
+}
+
+TEST(DateTimeTest, AnythingElseIsRefused) {
+  for (const wchar_t* text :
+       {L"", L"T+00:00", L"2021-03-5T09:15:00+00:00", L"2021-00-05T09:15:00+00:00",
+        L"2021-13-05T09:15:00+00:00", L"2021-03-00T09:15:00+00:00", L"2021-03-32T09:15:00+00:00",
+        L"2023-02-29T09:15:00+00:00", L"1900-02-29T09:15:00+00:00", L"2021-04-31T09:15:00+00:00",
+        L"2021-03-05T24:00:00+00:00", L"2021-03-05T09:60:00+00:00", L"2021-03-05T09:15:60+00:00",
+        L"2021-03-05T09:15+00:00", L"2021-03-05T09:15:00", L"2021-03-05T09:15:00.+00:00",
+        L"0000-03-05T09:15:00+00:00", L"2021-03-05 09:15:00+00:00"}) {
+    EXPECT_FALSE(IsXmlDateTime(text)) << std::string(text, text + std::wcslen(text));
+  }
+}
+
+TEST(InstrumentModelTest, NamesWithoutDoubt) {
+  EXPECT_EQ(InstrumentModel(L"Xevo G2 Q-Tof").accession, "MS:1001783");
+  EXPECT_EQ(InstrumentModel(L"XEVO-G2QTOF#YCA123").accession, "MS:1001783");
+  EXPECT_EQ(InstrumentModel(L"SYNAPT G2-Si").accession, "MS:1002726");
+  EXPECT_EQ(InstrumentModel(L"m@ldi lr").accession, "MS:1000171");
+}
+
+TEST(InstrumentModelTest, OthersAreAnyModel) {
+  for (const wchar_t* text : {L"", L"QTOF-SIM", L"Xevo", L"Xevo G2 Q-Tof II", L"maldi lr", L"#GCT"}) {
+    EXPECT_EQ(InstrumentModel(text).accession, "MS:1000126");
+  }
+}
+
+TEST(TraceTypeTest, IsWhatTheNameSays) {
+  EXPECT_EQ(TraceType(L"System Pressure").name, "pressure chromatogram");
+  EXPECT_EQ(TraceType(L"FLOW rate (mL/min)").name, "flow rate chromatogram");
+  EXPECT_EQ(TraceType(L"PDA - Total Absorbance").name, "absorption chromatogram");
+  EXPECT_EQ(TraceType(L"UV 254").name, "absorption chromatogram");
+  EXPECT_EQ(TraceType(L"2: TUV").name, "absorption chromatogram");
+  EXPECT_EQ(TraceType(L"%B").name, "ion current chromatogram");
+  EXPECT_EQ(TraceType(L"Suva").name, "ion current chromatogram");  // "uv" inside a word
+  EXPECT_EQ(TraceType(L"").name, "ion current chromatogram");
+}
+
+// The members of a list of numbers from 1 to 9.
+std::string Members(const std::string& list) {
+  const std::optional<NumberSet> set = NumberSet::Parse(list);
+  if (!set) return "none";
+  std::string members;
+  for (int number = 1; number <= 9; ++number) members += set->Has(number) ? std::to_string(number) : "";
+  return members;
+}
+
+TEST(SelectionTest, ListsOfNumbers) {
+  EXPECT_EQ(Members("3"), "3");
+  EXPECT_EQ(Members("1,4-6"), "1456");
+  EXPECT_EQ(Members("7-"), "789");
+  EXPECT_EQ(Members("9,2-3,3"), "239");
+  EXPECT_TRUE(NumberSet::Parse("7-")->Has(2147483647));
+  EXPECT_TRUE(NumberSet().Has(1));
+  EXPECT_TRUE(NumberSet().IsAll());
+  EXPECT_FALSE(NumberSet::Parse("1-")->IsAll());
+}
+
+TEST(SelectionTest, OtherTextsAreNoLists) {
+  for (const char* text :
+       {"", ",", "1,", "0", "-3", "-", "3-2", "1-2-3", "a", "1.5", " 1", "+1", "2147483648"}) {
+    EXPECT_EQ(Members(text), "none") << text;
+  }
+}
+
+TEST(SelectionTest, TimeRanges) {
+  Selection selection;
+  EXPECT_TRUE(selection.HasTime(std::numeric_limits<double>::quiet_NaN()));
+  selection.minutes = ParseTimeRange("0.5-3");
+  ASSERT_TRUE(selection.minutes);
+  EXPECT_TRUE(selection.HasTime(0.5));
+  EXPECT_TRUE(selection.HasTime(3));
+  EXPECT_FALSE(selection.HasTime(3.0000001));
+  EXPECT_FALSE(selection.HasTime(0.4999999));
+  EXPECT_FALSE(selection.HasTime(std::numeric_limits<double>::quiet_NaN()));
+  EXPECT_EQ(ParseTimeRange("2-")->high, std::numeric_limits<double>::infinity());
+  EXPECT_EQ(ParseTimeRange("-7.25")->low, -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(ParseTimeRange("-7.25")->high, 7.25);
+  for (const char* text : {"", "-", "3", "3-2", "1-2-3", "a-b", "1e3-2e3", " 1-2"}) {
+    EXPECT_FALSE(ParseTimeRange(text)) << text;
+  }
+}
+
+std::string ArrayOf(Precision precision, const std::vector<double>& values) {
+  std::string out;
+  ArrayWriter(false).Append(out, {cv::kMzArray, &cv::kMzUnit, precision}, values);
+  return out;
+}
+
+// 100 is 0x42C80000 in single precision: bytes 00 00 C8 42.
+TEST(ArrayTest, NumbersOfSinglePrecisionTake32Bits) {
+  const std::string array = ArrayOf(Precision::kExact, {100});
+  EXPECT_EQ(array,
+            "<binaryDataArray encodedLength=\"8\">\n"
+            "<cvParam cvRef=\"MS\" accession=\"MS:1000521\" name=\"32-bit float\"/>\n"
+            "<cvParam cvRef=\"MS\" accession=\"MS:1000576\" name=\"no compression\"/>\n"
+            "<cvParam cvRef=\"MS\" accession=\"MS:1000514\" name=\"m/z array\" unitCvRef=\"MS\" "
+            "unitAccession=\"MS:1000040\" unitName=\"m/z\"/>\n"
+            "<binary>AADIQg==</binary>\n"
+            "</binaryDataArray>\n");
+}
+
+// 0.1 is 0x3FB999999999999A: bytes 9A 99 99 99 99 99 B9 3F.
+TEST(ArrayTest, OneNumberOfDoublePrecisionMakesAllTake64Bits) {
+  const std::string array = ArrayOf(Precision::kExact, {0.1, 1});
+  EXPECT_NE(array.find("64-bit float"), std::string::npos);
+  EXPECT_NE(array.find("<binary>mpmZmZmZuT8AAAAAAADwPw==<"), std::string::npos) << array;
+}
+
+TEST(ArrayTest, PrecisionThatIsAskedForIsKept) {
+  EXPECT_NE(ArrayOf(Precision::kDouble, {1}).find("<binary>AAAAAAAA8D8=<"), std::string::npos);
+  // 0.1 rounds to 0x3DCCCCCD
+  EXPECT_NE(ArrayOf(Precision::kSingle, {0.1}).find("<binary>zczMPQ==<"), std::string::npos);
+}
+
+TEST(ArrayTest, NumbersThatSinglePrecisionHasNot) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const auto is64 = [](double value) {
+    return ArrayOf(Precision::kExact, {value}).find("64-bit") != std::string::npos;
+  };
+  EXPECT_FALSE(is64(std::numeric_limits<double>::quiet_NaN()));
+  EXPECT_FALSE(is64(kInfinity));
+  EXPECT_FALSE(is64(-kInfinity));
+  EXPECT_FALSE(is64(-0.0));
+  EXPECT_FALSE(is64(16777216));
+  EXPECT_TRUE(is64(16777217));
+  EXPECT_TRUE(is64(1e300));
+  EXPECT_TRUE(is64(5e-324));
+}
+
+TEST(ArrayTest, OneSuchNumberCountsWhereverItStands) {
+  for (std::size_t size = 1; size <= 9; ++size) {
+    for (std::size_t at = 0; at < size; ++at) {
+      std::vector<double> values(size, 1.5);
+      EXPECT_EQ(ArrayOf(Precision::kExact, values).find("64-bit"), std::string::npos) << size;
+      values[at] = 0.1;
+      EXPECT_NE(ArrayOf(Precision::kExact, values).find("64-bit"), std::string::npos) << at << " of " << size;
+    }
+  }
+}
+
+TEST(ArrayTest, ArrayWithoutNumbersIsNotCompressed) {
+  std::string out;
+  ArrayWriter(true).Append(out, {cv::kMzArray, &cv::kMzUnit, Precision::kExact}, {});
+  EXPECT_NE(out.find("no compression"), std::string::npos);
+  EXPECT_NE(out.find("<binary></binary>"), std::string::npos);
+}
+
+std::vector<MakePiece> Workers(std::size_t count, const MakePiece& make) { return {count, make}; }
+
+TEST(OrderedPiecesTest, ComeInOrderWhateverTheWorkers) {
+  constexpr std::size_t kPieces = 1000;
+  for (const std::size_t workers : {1, 2, 7}) {
+    OrderedPieces pieces(kPieces, Workers(workers, [](std::size_t index, std::string& piece) {
+                           piece = std::to_string(index);
+                         }));
+    for (std::size_t i = 0; i < kPieces; ++i) ASSERT_EQ(pieces.Take(), std::to_string(i));
+  }
+}
+
+TEST(OrderedPiecesTest, StayFewAheadOfTheTaker) {
+  std::atomic<std::size_t> begun = 0;
+  OrderedPieces pieces(1000, Workers(2, [&](std::size_t, std::string&) { ++begun; }));
+  pieces.Take();
+  EXPECT_LE(begun, 17U);  // 8 a worker, and the one taken
+}
+
+TEST(OrderedPiecesTest, ErrorComesWhereItsPieceWouldHave) {
+  for (const std::size_t workers : {1, 3}) {
+    OrderedPieces pieces(100, Workers(workers, [](std::size_t index, std::string& piece) {
+                           if (index >= 5) throw std::runtime_error(std::to_string(index));
+                           piece = "fine";
+                         }));
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(pieces.Take(), "fine");
+    try {
+      pieces.Take();
+      ADD_FAILURE() << "no error";
+    } catch (const std::runtime_error& error) {
+      EXPECT_STREQ(error.what(), "5");
+    }
+  }
+}
+
+TEST(OrderedPiecesTest, CanBeLeftEarly) {
+  for (const std::size_t taken : {0, 1, 20}) {
+    OrderedPieces pieces(1000, Workers(3, [](std::size_t, std::string&) {}));
+    for (std::size_t i = 0; i < taken; ++i) pieces.Take();
+  }
+}
+
+}  // namespace
+}  // namespace zrml::test

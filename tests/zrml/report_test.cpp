@@ -1,0 +1,218 @@
+// The program with the plug-in itself, on a report: samples, functions, spectra, traces, metadata.
+#include <fstream>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/support/report_writer.h"
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+using nlohmann::json;
+
+// Sample 1 has two functions and one that is analog, sample 2 has an analog one alone, sample 3 is empty.
+ReportLines Vials() {
+  const auto scan = [](const char* time, const ReportPairs& points) {
+    return SpectrumBlock(Keys({{"Time", time}, {"BPI", "200"}, {"TIC", "7"}, {"Continuum", "FALSE"}}),
+                         points);
+  };
+  const auto trace = [](const char* name) {
+    return ChromatogramBlock(Keys({{"Description", name}, {"MaxIntensity", "50"}}), {{1, 100}, {2, 0}});
+  };
+  const ReportLines survey =
+      FunctionBlock(Keys({{"Description", "survey"}, {"Type", "MS"}, {"IonMode", "ES-"}}) +
+                    scan("0.5", {{300, 50}, {100, 100}}) + scan("1.5", {{200, 25}}) + scan("2.5", {}) +
+                    trace("TIC") + ChromatogramBlock({}, {}));
+  const ReportLines targets =
+      FunctionBlock(Keys({{"Type", "SIM"}, {"Note", std::string(100, 'n')}}) + trace("caffeine"));
+  const ReportLines pressure =
+      FunctionBlock(Keys({{"Description", "ANALOG"}}) + trace("Pressure") + trace("Temperature"));
+  return SampleBlock(Keys({{"FileName", "VIAL_1"},
+                           {"UserName", "someone"},
+                           {"Date", "1-Jan-2026"},
+                           {"Time", "9:00"}}) +
+                     survey + pressure + targets) +
+         SampleBlock(pressure) + SampleBlock({});
+}
+
+class ReportTest : public ZrmlTest {
+ protected:
+  ReportTest() {
+    std::ofstream(folder_ / "vials.rpt", std::ios::binary) << ReportText(Vials(), LineEnd::kCrLf);
+  }
+
+  std::string path_ = Path("vials.rpt");
+};
+
+// Function 2 has no description and takes that of its trace. Values of more than 60 characters are cut; all
+// characters of the functions' text are counted, CR and LF too.
+TEST_F(ReportTest, InfoShowsEverySample) {
+  ExpectOutput(RunBare({"info", path_}), "Source    " + path_ + R"(
+Provider  ZROpenLynxRptProvider
+Content   processed report
+
+Sample 1: VIAL_1
+
+  Functions
+    No  Name           Kind            Level  Polarity  Scans     Minutes  Data      Dim
+     1  ES- MS survey  MS                  1  negative      3  0.5 to 2.5  centroid    2
+     2  SIM caffeine   ion monitoring      1  unknown       0           -  -           1
+
+  Traces of function 1
+    1  TIC
+    2  Function Trace 2
+
+  Traces of function 2
+    1  caffeine
+
+  Traces
+    1  Pressure
+    2  Temperature
+
+  Metadata
+    ProviderName           ZROpenLynxRptProvider
+    OperatorName           someone
+    SampleName             -
+    AnalysisDateTime       1-Jan-2026T9:00+00:00
+    InstrumentDescription  -
+    CompleteFunctionBlock  [FUNCTION]\r\n{\r\nDescription\tsurvey\r\nType\tMS\r\nIonMode\tES-\r\n[SP... (424 characters) (function 1)
+                           [FUNCTION]\r\n{\r\nType\tSIM\r\nNote\tnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn... (223 characters) (function 2)
+
+Sample 2: Sample 2
+
+  No functions
+
+  Traces
+    1  Pressure
+    2  Temperature
+
+Sample 3: Sample 3
+
+  No functions
+)");
+}
+
+TEST_F(ReportTest, InfoOfOneSample) {
+  const ProcessResult result = RunBare({"info", path_, "--sample", "3"});
+  ExpectOutput(result, "Source    " + path_ + R"(
+Provider  ZROpenLynxRptProvider
+Content   processed report
+
+Sample 3: Sample 3
+
+  No functions
+)");
+  ExpectFailure(RunBare({"info", path_, "--sample", "4"}), 2,
+                "there is no sample 4: the source has samples 1 to 3");
+}
+
+TEST_F(ReportTest, InfoAsJsonHasTheWholeText) {
+  const json info = json::parse(RunBare({"info", path_, "--json"}).output);
+  EXPECT_EQ(info["report"], true);
+  ASSERT_EQ(info["samples"].size(), 3U);
+  const json function = info["samples"][0]["functions"][1];
+  EXPECT_EQ(function["kindCode"], 32);
+  EXPECT_EQ(function["metadata"]["CompleteFunctionBlock"],
+            "[FUNCTION]\r\n{\r\nType\tSIM\r\nNote\t" + std::string(100, 'n') +
+                "\r\n[CHROMATOGRAM]\r\n{\r\nDescription\tcaffeine\r\nMaxIntensity\t50\r\n"
+                "[TRACE]\r\n{\r\n1\t100\r\n2\t0\r\n}\r\n}\r\n}\r\n");
+  EXPECT_EQ(info["samples"][1]["traces"],
+            json::parse(R"([{"number": 1, "name": "Pressure"}, {"number": 2, "name": "Temperature"}])"));
+  const json sample = json::parse(RunBare({"info", path_, "--json", "--sample", "2"}).output);
+  ASSERT_EQ(sample["samples"].size(), 1U);
+  EXPECT_EQ(sample["samples"][0]["number"], 2);
+}
+
+TEST_F(ReportTest, SpectrumOfASample) {
+  ExpectOutput(RunBare({"spectrum", path_, "--sample", "1", "--function", "1", "--scan", "1"}),
+               "# source: " + path_ + R"(
+# provider: ZROpenLynxRptProvider
+# sample: 1
+# sampleName: VIAL_1
+# function: 1
+# functionName: ES- MS survey
+# scan: 1
+# startMinutes: 0.5
+# endMinutes: 0.5
+# msLevel: 1
+# polarity: negative
+# centroided: true
+# scanValue: 0
+# totalIntensity: 300
+# basePeakMz: 100
+# basePeakIntensity: 200
+# points: 2
+m/z	intensity
+300	100
+100	200
+)");
+  ExpectFailure(RunBare({"spectrum", path_, "--function", "1", "--scan", "3"}), 5,
+                "cannot read scan 3 of function 1 of " + path_);
+  ExpectFailure(RunBare({"spectrum", path_, "--sample", "2", "--function", "1", "--scan", "1"}), 2,
+                "there is no function 1: sample 2 has no functions");
+}
+
+TEST_F(ReportTest, ChromatogramsAreThoseOfTheReport) {
+  const ProcessResult result = RunBare({"chromatogram", path_, "--function", "1", "--bpc"});
+  EXPECT_TRUE(result.output.ends_with(
+      "# type: base peak\n# points: 3\ntime\tintensity\n0.5\t200\n1.5\t200\n2.5\t200\n"))
+      << result.output;
+}
+
+TEST_F(ReportTest, TraceOfASample) {
+  ExpectOutput(RunBare({"chromatogram", path_, "--sample", "2", "--trace", "2"}), "# source: " + path_ + R"(
+# provider: ZROpenLynxRptProvider
+# sample: 2
+# sampleName: Sample 2
+# type: trace
+# trace: 2
+# traceName: Temperature
+# points: 2
+time	intensity
+1	50
+2	0
+)");
+  ExpectFailure(RunBare({"chromatogram", path_, "--sample", "2", "--trace", "3"}), 2,
+                "there is no trace 3: sample 2 has traces 1 to 2");
+  ExpectFailure(RunBare({"chromatogram", path_, "--sample", "3", "--trace", "1"}), 2,
+                "there is no trace 1: sample 3 has no traces");
+}
+
+TEST_F(ReportTest, TraceOfAFunction) {
+  const json trace =
+      json::parse(RunBare({"chromatogram", path_, "--function", "2", "--trace", "1", "--json"}).output);
+  json expected = json::parse(R"({
+    "provider": "ZROpenLynxRptProvider", "sample": 1, "sampleName": "VIAL_1", "function": 2, "functionName": "SIM caffeine",
+    "type": "trace", "trace": 1, "traceName": "caffeine", "points": 2, "times": [1, 2], "intensities": [50, 0]
+  })");
+  expected["source"] = path_;
+  EXPECT_EQ(trace, expected);
+  ExpectFailure(RunBare({"chromatogram", path_, "--function", "1", "--trace", "2"}), 5,
+                "cannot read trace 2 of function 1 of " + path_);
+  ExpectFailure(RunBare({"chromatogram", path_, "--function", "1", "--trace", "3"}), 2,
+                "there is no trace 3: function 1 has traces 1 to 2");
+}
+
+TEST_F(ReportTest, TraceOfASampleAsJsonHasNoFunction) {
+  const json trace = json::parse(RunBare({"chromatogram", path_, "--trace", "1", "--json"}).output);
+  EXPECT_FALSE(trace.contains("function"));
+  EXPECT_FALSE(trace.contains("functionName"));
+  EXPECT_EQ(trace["traceName"], "Pressure");
+}
+
+TEST_F(ReportTest, ChromatogramNeedsAFunctionOrATrace) {
+  ExpectFailure(RunBare({"chromatogram", path_}), 2, "--function is required (see zrml chromatogram --help)");
+  ExpectFailure(RunBare({"chromatogram", path_, "--trace", "1", "--bpc"}), 2,
+                "--bpc excludes --trace (see zrml chromatogram --help)");
+  ExpectFailure(RunBare({"chromatogram", path_, "--trace", "1", "--range", "1-2"}), 2,
+                "--range excludes --trace (see zrml chromatogram --help)");
+}
+
+TEST_F(ReportTest, FileThatIsNoReportIsRefused) {
+  std::ofstream(folder_ / "none.rpt", std::ios::binary) << "[FUNCTION]\n{\n}\n";
+  ExpectFailure(RunBare({"info", Path("none.rpt")}), 4, "no provider reads " + Path("none.rpt"));
+}
+
+}  // namespace
+}  // namespace zrml::test

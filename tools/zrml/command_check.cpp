@@ -1,0 +1,143 @@
+// zrml check: whether a source is sound.
+#include <algorithm>
+
+#include "tools/zrml/check/raw_check.h"
+#include "tools/zrml/command.h"
+#include "tools/zrml/failure.h"
+#include "tools/zrml/format.h"
+#include "tools/zrml/json_writer.h"
+
+namespace zrml {
+namespace {
+
+struct CheckResult {
+  std::wstring path;
+  long long functions = 0;
+  long long scans = 0;
+  std::vector<Finding> findings;
+};
+
+// Tells how many of a list cannot be read.
+class Unreadable {
+ public:
+  void Add(int number) {
+    if (count_++ == 0) first_ = number;
+  }
+  void Report(const std::wstring& what, int all, CheckResult& result) const {
+    if (count_ == 0) return;
+    result.findings.push_back({L"", std::to_wstring(count_) + L" of " + std::to_wstring(all) + L" " + what +
+                                        L" cannot be read; the first is " + std::to_wstring(first_)});
+  }
+
+ private:
+  int count_ = 0;
+  int first_ = 0;
+};
+
+// A report's provider says the same of a spectrum that it cannot read and of one without points.
+void ReadFunction(CDataServerImpl& server, int sample, int function, CheckResult& result) {
+  const int scans = std::max(server.GetScanCount(sample, function), 0);
+  ++result.functions;
+  result.scans += scans;
+  if (server.IsReportSource()) return;
+  Unreadable unreadable;
+  for (int scan = 0; scan < scans; ++scan) {
+    CZRMassSpectrum spectrum;
+    if (!server.GetSpectrum(sample, function, scan, spectrum)) unreadable.Add(scan + 1);
+  }
+  unreadable.Report(L"scans of function " + std::to_wstring(function + 1), scans, result);
+}
+
+void ReadAbsorbance(CDataServerImpl& server, int sample, CheckResult& result) {
+  if (!server.HasAbsorbanceData(sample)) return;
+  const int scans = std::max(server.GetAbsorbanceScanCount(sample), 0);
+  Unreadable unreadable;
+  for (int scan = 0; scan < scans; ++scan) {
+    CZRAbsorbanceSpectrum spectrum;
+    if (!server.GetAbsorbanceSpectrum(sample, scan, spectrum)) unreadable.Add(scan + 1);
+  }
+  unreadable.Report(L"absorbance spectra", scans, result);
+}
+
+void ReadTraces(CDataServerImpl& server, int sample, CheckResult& result) {
+  if (server.IsReportSource()) return;  // whose lists may grow with each look at them
+  const int traces = std::max(server.GetTraceCount(sample), 0);
+  Unreadable unreadable;
+  for (int trace = 0; trace < traces; ++trace) {
+    CZRChromatogram chromatogram;
+    if (!server.GetTrace(sample, trace, chromatogram)) unreadable.Add(trace + 1);
+  }
+  unreadable.Report(L"traces", traces, result);
+}
+
+CheckResult CheckSource(const Source& source) {
+  CheckResult result{source.Path(), 0, 0, {}};
+  CDataServerImpl& server = source.Server();
+  std::wstring folder;
+  if (!server.IsReportSource() && IsRawDirectory(source.Path(), folder))
+    result.findings = CheckRawDirectory(folder);
+  for (int sample = 0; sample < server.GetSampleCount(); ++sample) {
+    for (int function = 0; function < server.GetFunctionCount(sample); ++function)
+      ReadFunction(server, sample, function, result);
+    ReadAbsorbance(server, sample, result);
+    ReadTraces(server, sample, result);
+  }
+  return result;
+}
+
+std::wstring Counted(long long count, const std::wstring& noun) {
+  return std::to_wstring(count) + L' ' + noun + (count == 1 ? L"" : L"s");
+}
+
+void PrintText(const CheckResult& result, Output& out) {
+  for (const Finding& finding : result.findings) {
+    out.Text(VisibleUtf8(finding.file.empty() ? finding.problem : finding.file + L' ' + finding.problem) +
+             "\n");
+  }
+  if (!result.findings.empty()) return;
+  out.Text(VisibleUtf8(result.path + L" is sound: " + Counted(result.functions, L"function") + L", " +
+                       Counted(result.scans, L"scan")) +
+           "\n");
+}
+
+void PrintJson(const CheckResult& result, Output& out) {
+  JsonWriter json(out);
+  json.Object([&] {
+    json.Key("source").String(result.path);
+    json.Key("sound").Bool(result.findings.empty());
+    json.Key("functions").Integer(result.functions);
+    json.Key("scans").Integer(result.scans);
+    json.Key("findings").Array([&] {
+      for (const Finding& finding : result.findings) {
+        json.Object([&] {
+          json.Key("file");
+          finding.file.empty() ? json.Null() : json.String(finding.file);
+          json.Key("problem").String(finding.problem);
+        });
+      }
+    });
+  });
+  json.Finish();
+}
+
+class CheckCommand : public SourceCommand {
+ public:
+  explicit CheckCommand(CommandLine& line)
+      : SourceCommand(line, "check", "Tell a damaged source from a sound one") {}
+
+  void Run(Output& out) override {
+    const CheckResult result = CheckSource(OpenSource());
+    WantsJson() ? PrintJson(result, out) : PrintText(result, out);
+    out.Finish();
+    if (result.findings.empty()) return;
+    throw Failure(
+        ExitStatus::kDamaged,
+        result.path + L" is damaged: " + Counted(static_cast<long long>(result.findings.size()), L"finding"));
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeCheckCommand(CommandLine& line) { return std::make_unique<CheckCommand>(line); }
+
+}  // namespace zrml

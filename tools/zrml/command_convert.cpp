@@ -1,0 +1,365 @@
+// zrml convert: sources into files of open formats.
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <new>
+#include <set>
+#include <utility>
+
+#include "common/platform/platform.h"
+#include "common/text.h"
+#include "tools/zrml/check/raw_check.h"
+#include "tools/zrml/command.h"
+#include "tools/zrml/convert/interruption.h"
+#include "tools/zrml/convert/native_path.h"
+#include "tools/zrml/convert/progress_bar.h"
+#include "tools/zrml/convert/run_converter.h"
+#include "tools/zrml/convert/target_file.h"
+#include "tools/zrml/convert/threads.h"
+#include "tools/zrml/failure.h"
+#include "tools/zrml/format.h"
+#include "tools/zrml/host_system.h"
+
+namespace zrml {
+namespace {
+
+struct FormatName {
+  std::string_view name;
+  Format format;
+  std::wstring_view extension;
+};
+
+constexpr std::array<FormatName, 3> kFormats = {{
+    {"mzml", Format::kMzml, L".mzML"},
+    {"mgf", Format::kMgf, L".mgf"},
+    {"tsv", Format::kTsv, L".tsv"},
+}};
+
+struct ArrayName {
+  std::string_view name;
+  Precision ArrayOptions::*precision;
+};
+
+constexpr std::array<ArrayName, 3> kArrays = {{
+    {"mz", &ArrayOptions::masses},
+    {"intensity", &ArrayOptions::intensities},
+    {"time", &ArrayOptions::times},
+}};
+
+constexpr int kMostThreads = 256;
+constexpr int kMostThreadsUnasked = 8;
+
+[[noreturn]] void Refuse(const std::string& option, const std::string& text, const std::string& expected) {
+  throw CLI::ValidationError(option, "\"" + text + "\" is not " + expected);
+}
+
+// A sample that is to become a file: its position, and how many its source has.
+struct SampleChoice {
+  int position = 0;
+  int count = 1;
+};
+
+class ConvertCommand : public Command {
+ public:
+  explicit ConvertCommand(CommandLine& line)
+      : Command(line, "convert", "Convert sources to mzML, MGF or TSV") {
+    AddTargetOptions();
+    AddFormatOptions();
+    AddSelectionOptions();
+    Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
+    Options().add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds");
+  }
+
+  void Run(Output& out) override {
+    CheckTargets();
+    const InterruptionWatch watch;
+    try {
+      ConvertAll(out);
+    } catch (const Interrupted&) {
+      EndByInterruption();
+    }
+  }
+
+ private:
+  void AddTargetOptions() {
+    CLI::App& options = Options();
+    options.add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
+        ->option_text("REQUIRED ...")
+        ->required();
+    CLI::Option* const folder =
+        options.add_option("-o,--output", folder_, "The folder for the files; the current one unless given");
+    folder->option_text("DIR");
+    CLI::Option* const file = options.add_option("-b,--file", file_, "The file, for a single source");
+    file->option_text("FILE")->excludes(folder);
+    CLI::Option* const standard =
+        options.add_flag("--stdout", isToStandardOutput_, "To standard output; mzML is not indexed then");
+    standard->excludes(folder)->excludes(file)->option_text(" ");
+    options.add_flag("--force", isForced_, "Replace files that exist");
+    AddNumber("--threads", threads_,
+              "Spectra in the making at once; the processors, 8 at most, unless given");
+  }
+
+  void AddFormatOptions() {
+    CLI::App& options = Options();
+    options
+        .add_option_function<std::string>(
+            "--format", [this](const std::string& text) { SetFormat(text); },
+            "mzml (so unless given), mgf (MS/MS functions only) or tsv (a row per point)")
+        ->option_text("FORMAT");
+    options.add_flag_callback(
+        "--no-index", [this] { conversion_.isIndexed = false; }, "Write mzML without index and checksum");
+    options.add_flag("--gzip", isGzipped_, "Compress the file as a whole");
+    CLI::Option* const zlib = options.add_flag("-z,--zlib");
+    zlib->description("Compress mzML arrays; so unless --no-zlib is given");
+    options
+        .add_flag_callback(
+            "--no-zlib", [this] { conversion_.arrays.isCompressed = false; }, "Do not compress mzML arrays")
+        ->excludes(zlib)
+        ->option_text(" ");
+    zlib->option_text(" ");
+    AddPrecision("--32", Precision::kSingle, "Write such mzML arrays with 32 bits a number");
+    AddPrecision("--64", Precision::kDouble, "Write such mzML arrays with 64 bits a number");
+  }
+
+  void AddSelectionOptions() {
+    AddNumberSet("--function", conversion_.selection.functions, "Functions to convert, such as 1,3-5");
+    AddNumberSet("--scans", conversion_.selection.scans, "Scans of each function, such as 10-20");
+    AddNumberSet("--ms-level", conversion_.selection.msLevels, "MS levels, such as 2-");
+    Options()
+        .add_option_function<std::string>(
+            "--rt",
+            [this](const std::string& text) {
+              conversion_.selection.minutes = ParseTimeRange(text);
+              if (!conversion_.selection.minutes) Refuse("--rt", text, "a time range such as 0.5-3");
+            },
+            "Minutes to convert, such as 0.5-3")
+        ->option_text("LO-HI");
+    Options().add_flag("--exclude-lock-mass", conversion_.selection.isLockMassExcluded,
+                       "Leave reference functions out");
+    Options().add_flag("--damaged", conversion_.isDamageAllowed,
+                       "Convert a raw directory of which data are lost, too");
+    AddNumber("--sample", sample_, "The sample of a report, counted from 1; all unless given");
+  }
+
+  void AddNumberSet(const std::string& option, NumberSet& numbers, const std::string& description) {
+    const auto store = [option, &numbers](const std::string& text) {
+      const std::optional<NumberSet> parsed = NumberSet::Parse(text);
+      if (!parsed) Refuse(option, text, "a list of numbers such as 1,3-5");
+      numbers = *parsed;
+    };
+    Options().add_option_function<std::string>(option, store, description)->option_text("LIST");
+  }
+
+  void AddPrecision(const std::string& option, Precision precision, const std::string& description) {
+    const auto store = [this, option, precision](const std::vector<std::string>& names) {
+      for (const std::string& name : names) SetPrecision(option, name, precision);
+    };
+    Options()
+        .add_option_function<std::vector<std::string>>(option, store, description + ": mz, intensity or time")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->option_text("ARRAY,...");
+  }
+
+  void SetFormat(const std::string& text) {
+    for (const FormatName& entry : kFormats) {
+      if (entry.name != text) continue;
+      conversion_.format = entry.format;
+      extension_ = entry.extension;
+      return;
+    }
+    Refuse("--format", text, "mzml, mgf or tsv");
+  }
+
+  void SetPrecision(const std::string& option, const std::string& name, Precision precision) {
+    for (const ArrayName& entry : kArrays) {
+      if (entry.name != name) continue;
+      Precision& chosen = conversion_.arrays.*entry.precision;
+      if (chosen != Precision::kExact && chosen != precision)
+        throw CLI::ValidationError(option, name + " cannot have both 32 and 64 bits");
+      chosen = precision;
+      return;
+    }
+    Refuse(option, name, "mz, intensity or time");
+  }
+
+  void CheckTargets() {
+    if (paths_.size() > 1 && (isToStandardOutput_ || !file_.empty())) {
+      throw Failure(ExitStatus::kWrongUsage, L"several sources do not fit into one file");
+    }
+    if (threads_ > kMostThreads) {
+      throw Failure(ExitStatus::kWrongUsage, L"--threads is at most " + std::to_wstring(kMostThreads));
+    }
+    if (threads_ == 0) threads_ = std::min(ProcessorCount(), kMostThreadsUnasked);
+    if (isToStandardOutput_) conversion_.isIndexed = false;
+    if (!folder_.empty()) MakeFolder(platform::FromNativePath(folder_));
+  }
+
+  // One source that fails does not stop the others.
+  void ConvertAll(Output& out) {
+    std::vector<std::wstring> failed;
+    for (const std::string& path : paths_) {
+      try {
+        ConvertSource(path, out);
+      } catch (const Failure& failure) {
+        if (paths_.size() == 1) throw;
+        PrintError(failure.message);
+        failed.push_back(platform::FromNativePath(path));
+      } catch (const std::bad_alloc&) {
+        if (paths_.size() == 1) throw;
+        failed.push_back(platform::FromNativePath(path));
+        PrintError(L"not enough memory for " + failed.back());
+      }
+    }
+    if (!failed.empty()) ThrowSummary(failed);
+  }
+
+  [[noreturn]] void ThrowSummary(const std::vector<std::wstring>& failed) const {
+    std::wstring message = std::to_wstring(failed.size()) + L" of " + std::to_wstring(paths_.size()) +
+                           L" sources are not converted: ";
+    for (std::size_t i = 0; i < failed.size(); ++i) message += (i > 0 ? L", " : L"") + failed[i];
+    throw Failure(ExitStatus::kSomeFailed, message);
+  }
+
+  void ConvertSource(const std::string& path, Output& out) {
+    std::vector<Source> sources;
+    for (int i = 0; i < threads_; ++i) sources.push_back(Open(path));
+    LookForDamage(sources.front());
+    CDataServerImpl& server = sources.front().Server();
+    const int count = server.GetSampleCount();
+    if (sample_ > 0) {
+      ConvertSample(sources, {PositionOf(sample_, count, L"sample", sources.front().Path()), count}, out);
+      return;
+    }
+    if (count != 1 && (isToStandardOutput_ || !file_.empty())) {
+      throw Failure(ExitStatus::kWrongUsage, sources.front().Path() + L" has " + std::to_wstring(count) +
+                                                 L" samples; --sample chooses one");
+    }
+    if (count < 1) throw Failure(ExitStatus::kUnreadable, sources.front().Path() + L" has no samples");
+    ConvertSamples(sources, count, out);
+  }
+
+  // One that fails does not stop the others.
+  void ConvertSamples(const std::vector<Source>& sources, int count, Output& out) {
+    int failed = 0;
+    for (int sample = 0; sample < count; ++sample) {
+      try {
+        ConvertSample(sources, {sample, count}, out);
+      } catch (const Failure& failure) {
+        if (count == 1) throw;
+        PrintError(failure.message);
+        ++failed;
+      }
+    }
+    if (failed == 0) return;
+    throw Failure(ExitStatus::kSomeFailed, std::to_wstring(failed) + L" of " + std::to_wstring(count) +
+                                               L" samples of " + sources.front().Path() +
+                                               L" are not converted");
+  }
+
+  // The provider gives zeros or nothing for what the files have lost: an open file must not pass that off as
+  // what was measured. Lesser findings are told.
+  void LookForDamage(const Source& source) const {
+    std::wstring folder;
+    if (conversion_.isDamageAllowed || source.Server().IsReportSource()) return;
+    if (!IsRawDirectory(source.Path(), folder)) return;
+    const std::vector<Finding> findings = CheckRawDirectory(folder);
+    for (const Finding& finding : findings) {
+      if (!finding.losesData) continue;
+      throw Failure(ExitStatus::kDamaged,
+                    source.Path() + L" is damaged: " + finding.file + L' ' + finding.problem +
+                        L" (--damaged converts what there is, with zeros for lost points)");
+    }
+    for (const Finding& finding : findings) {
+      if (!isQuiet_) PrintError(source.Path() + L": " + finding.file + L' ' + finding.problem);
+    }
+  }
+
+  // A source must survive its conversion, also with --force.
+  static void RefuseSourceAsTarget(const std::wstring& path, const std::wstring& sourcePath) {
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    const fs::path target = NativePath(path);
+    const fs::path source = NativePath(sourcePath);
+    if (fs::exists(target, ignored) && !fs::is_regular_file(target, ignored))
+      throw Failure(ExitStatus::kWrongUsage, path + L" is there and no file that could be replaced");
+    std::wstring folder;
+    const bool isRaw = IsRawDirectory(sourcePath, folder);
+    const fs::path parent = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    const bool isPart = isRaw && fs::equivalent(parent, NativePath(folder), ignored);
+    if (isPart || fs::equivalent(target, source, ignored))
+      throw Failure(ExitStatus::kWrongUsage, path + L" is a part of the source");
+  }
+
+  void ConvertSample(const std::vector<Source>& sources, const SampleChoice& sample, Output& out) {
+    const Source& first = sources.front();
+    std::wstring name = SourceName(first.Path(), first.Server().IsReportSource());
+    if (sample.count > 1) name += L"-sample" + std::to_wstring(sample.position + 1);
+    if (isToStandardOutput_) {
+      StandardOutput target;
+      Convert(sources, sample, name, target);
+      return;
+    }
+    const std::wstring path = TargetOf(name);
+    if (targets_.contains(path)) {
+      throw Failure(ExitStatus::kUnreadable,
+                    first.Path() + L" would replace " + path + L", which another source has become");
+    }
+    RefuseSourceAsTarget(path, first.Path());
+    TargetFile target(path, isForced_ ? Existing::kReplace : Existing::kKeep);
+    const ConvertedRun run = Convert(sources, sample, name, target);
+    targets_.insert(path);
+    if (isVerbose_) Describe(first, path, run);
+    if (isQuiet_) return;
+    out.Text(VisibleUtf8(path) + "\n");
+    out.Finish();
+  }
+
+  std::wstring TargetOf(const std::wstring& name) const {
+    if (!file_.empty()) return platform::FromNativePath(file_);
+    std::wstring folder = platform::FromNativePath(folder_);
+    if (!folder.empty() && folder.back() != L'/' && folder.back() != L'\\') folder += L'/';
+    return folder + name + extension_ + (isGzipped_ ? L".gz" : L"");
+  }
+
+  ConvertedRun Convert(const std::vector<Source>& sources, const SampleChoice& sample,
+                       const std::wstring& name, ByteSink& target) {
+    const std::wstring& path = sources.front().Path();
+    ProgressBar bar(!isQuiet_ && IsTerminal(Stream::kError), path);
+    const auto progress = [&](std::size_t done, std::size_t all) { bar.Update(done, all); };
+    BufferedSink plain(target);
+    GzipSink gzip(target);
+    try {
+      return ConvertRun(sources, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
+    } catch (const Failure& failure) {
+      throw Failure(failure.status, path + L": " + failure.message);
+    }
+  }
+
+  static void Describe(const Source& source, const std::wstring& path, const ConvertedRun& run) {
+    PrintError(source.Path() + L" -> " + path + L": " + std::to_wstring(run.spectra) + L" spectra, " +
+               std::to_wstring(run.chromatograms) + L" chromatograms");
+  }
+
+  std::vector<std::string> paths_;
+  std::string folder_;
+  std::string file_;
+  bool isToStandardOutput_ = false;
+  bool isForced_ = false;
+  bool isGzipped_ = false;
+  bool isQuiet_ = false;
+  bool isVerbose_ = false;
+  int threads_ = 0;
+  int sample_ = 0;
+  std::wstring extension_ = std::wstring(kFormats.front().extension);
+  ConvertOptions conversion_;
+  std::set<std::wstring> targets_;  // made by this run
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeConvertCommand(CommandLine& line) {
+  return std::make_unique<ConvertCommand>(line);
+}
+
+}  // namespace zrml

@@ -1,0 +1,56 @@
+#include "tools/zrml/convert/mzml_params.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "tools/zrml/convert/xml.h"
+#include "tools/zrml/format.h"
+
+namespace zrml {
+
+void AppendAttribute(std::string& out, std::string_view name, std::string_view xmlText) {
+  out.append(" ").append(name).append("=\"").append(xmlText).append("\"");
+}
+
+void AppendAttribute(std::string& out, std::string_view name, std::size_t number) {
+  std::array<char, 24> text;
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), number);
+  AppendAttribute(out, name, {text.data(), result.ptr});
+}
+
+void AppendCvParam(std::string& out, const CvTerm& term, std::string_view value, const CvTerm* unit) {
+  out += "<cvParam";
+  AppendAttribute(out, "cvRef", term.Vocabulary());
+  AppendAttribute(out, "accession", term.accession);
+  AppendAttribute(out, "name", term.name);
+  if (!value.empty()) AppendAttribute(out, "value", value);
+  if (unit != nullptr) {
+    AppendAttribute(out, "unitCvRef", unit->Vocabulary());
+    AppendAttribute(out, "unitAccession", unit->accession);
+    AppendAttribute(out, "unitName", unit->name);
+  }
+  out += "/>\n";
+}
+
+void AppendCvNumber(std::string& out, const CvTerm& term, double value, const CvTerm* unit) {
+  AppendCvParam(out, term, Number(value), unit);
+}
+
+void AppendFiniteCvNumber(std::string& out, const CvTerm& term, double value, const CvTerm* unit) {
+  if (std::isfinite(value)) AppendCvNumber(out, term, value, unit);
+}
+
+void AppendUserParam(std::string& out, std::wstring_view name, std::wstring_view value) {
+  out += "<userParam";
+  AppendAttribute(out, "name", XmlText(name));
+  AppendAttribute(out, "type", "xsd:string");
+  AppendAttribute(out, "value", XmlText(value));
+  out += "/>\n";
+}
+
+std::string NativeId(int function, int scan) {
+  return "function=" + std::to_string(function) + " process=0 scan=" + std::to_string(scan);
+}
+
+}  // namespace zrml

@@ -1,0 +1,30 @@
+// How far a conversion is: a line on standard error that is written over and over, for a person at a
+// terminal.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace zrml {
+
+class ProgressBar {
+ public:
+  /// Shows nothing unless `isShown`.
+  ProgressBar(bool isShown, std::wstring label) : isShown_(isShown), label_(std::move(label)) {}
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  /// Leaves an empty line.
+  ~ProgressBar();
+
+  void Update(std::size_t done, std::size_t all);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  bool isShown_;
+  std::wstring label_;
+  std::size_t width_ = 0;  // characters on the line
+  Clock::time_point next_ = Clock::now();
+};
+
+}  // namespace zrml

@@ -1,0 +1,74 @@
+#include "tools/zrml/convert/run_converter.h"
+
+#include "tools/zrml/convert/interruption.h"
+#include "tools/zrml/convert/ordered_pieces.h"
+
+namespace zrml {
+namespace {
+
+constexpr std::string_view kTsvHeading = "function\tscan\ttime\tm/z\tintensity\n";
+
+Content ContentOf(Format format) {
+  switch (format) {
+    case Format::kMgf:
+      return Content::kFragmentSpectra;
+    case Format::kTsv:
+      return Content::kMassSpectra;
+    case Format::kMzml:
+      break;
+  }
+  return Content::kAll;
+}
+
+std::unique_ptr<Renderer> MakeRenderer(CDataServerImpl& server, const RunPlan& plan,
+                                       const ConvertOptions& options) {
+  switch (options.format) {
+    case Format::kMgf:
+      return MakeMgfRenderer(server, plan);
+    case Format::kTsv:
+      return MakeTsvRenderer(server, plan);
+    case Format::kMzml:
+      break;
+  }
+  return MakeMzmlRenderer(server, plan, options.arrays);
+}
+
+std::unique_ptr<Document> MakeDocument(const RunContext& context, Format format, ByteSink& out) {
+  if (format == Format::kMzml) return MakeMzmlDocument(context, out);
+  return MakePlainDocument(format == Format::kTsv ? kTsvHeading : std::string_view(), out);
+}
+
+}  // namespace
+
+ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const std::wstring& name,
+                        const ConvertOptions& options, ByteSink& out, const Progress& progress) {
+  const Source& first = sources.front();
+  const RunPlan plan =
+      PlanRun(first.Server(), sample, options.selection, ContentOf(options.format), options.isDamageAllowed);
+  RunContext context = {plan, first.Server(), name, {}, options.arrays, options.isIndexed};
+  if (options.format == Format::kMzml)
+    context.files = ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(sources.size()));
+  const std::unique_ptr<Document> document = MakeDocument(context, options.format, out);
+
+  std::vector<std::unique_ptr<Renderer>> renderers;
+  std::vector<MakePiece> workers;
+  for (const Source& source : sources) {
+    Renderer& renderer = *renderers.emplace_back(MakeRenderer(source.Server(), plan, options));
+    workers.push_back([&renderer](std::size_t index, std::string& text) { renderer.Render(index, text); });
+  }
+  document->Begin();
+  {
+    OrderedPieces spectra(plan.entries.size(), std::move(workers));
+    for (std::size_t i = 0; i < plan.entries.size(); ++i) {
+      ThrowIfInterrupted();
+      document->Add(spectra.Take());
+      progress(i + 1, plan.entries.size());
+    }
+  }  // the first provider is the document's again
+  document->End();
+  ThrowIfInterrupted();
+  out.Finish();
+  return {plan.entries.size(), document->ChromatogramCount()};
+}
+
+}  // namespace zrml

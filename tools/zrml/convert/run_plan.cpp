@@ -1,0 +1,140 @@
+#include "tools/zrml/convert/run_plan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+#include "tools/zrml/failure.h"
+
+namespace zrml {
+namespace {
+
+// What the provider calls the reference functions of an acquisition.
+constexpr std::wstring_view kLockMass = L"Lock Mass";
+// The source's own text of a whole function, of any length: no attribute of a run.
+constexpr std::wstring_view kFunctionText = L"CompleteFunctionBlock";
+
+RunFunction DescribeFunction(CDataServerImpl& server, int sample, int position) {
+  RunFunction function = {.position = position, .number = position + 1};
+  function.name = server.GetFunctionName(sample, position);
+  function.kind = server.GetFunctionKind(sample, position);
+  function.msLevel = server.GetMSLevel(sample, position);
+  function.scanType = server.GetMSMSScanType(sample, position);
+  function.polarity = server.GetPolarity(sample, position);
+  NumberRange masses;
+  if (server.GetFunctionMassRange(sample, position, masses.low, masses.high)) function.massRange = masses;
+  if (server.HasMobility(sample, position))
+    function.driftBins = std::max(server.GetMobilityBinCount(sample, position), 0);
+  return function;
+}
+
+class Planner {
+ public:
+  Planner(CDataServerImpl& server, RunPlan& plan, Content content)
+      : server_(server), plan_(plan), content_(content) {}
+
+  void AddFunction(int position) {
+    const RunFunction& function =
+        plan_.functions.emplace_back(DescribeFunction(server_, plan_.sample, position));
+    const int scans = std::max(server_.GetScanCount(plan_.sample, position), 0);
+    foundScans_ += scans;
+    if (scans == 0 || !IsWanted(function)) return;
+    HostVector<double> times;
+    if (!server_.GetRetentionTimes(plan_.sample, position, times)) {
+      throw Failure(ExitStatus::kUnreadable,
+                    L"cannot read the times of function " + std::to_wstring(function.number));
+    }
+    for (int scan = 0; scan < std::min(scans, static_cast<int>(times.size())); ++scan) {
+      if (plan_.selection.scans.Has(scan + 1)) Add(times[static_cast<std::size_t>(scan)], scan);
+    }
+  }
+
+  // The times of absorbance spectra stand in the spectra alone.
+  void AddAbsorbance(int number) {
+    plan_.functions.push_back({.number = number, .isAbsorbance = true, .name = L"Absorbance"});
+    const int scans = server_.GetAbsorbanceScanCount(plan_.sample);
+    for (int scan = 0; scan < scans; ++scan) {
+      CZRAbsorbanceSpectrum spectrum;
+      if (!server_.GetAbsorbanceSpectrum(plan_.sample, scan, spectrum)) {
+        if (plan_.mayHaveGaps) continue;
+        throw Failure(ExitStatus::kUnreadable,
+                      L"cannot read absorbance spectrum " + std::to_wstring(scan + 1));
+      }
+      Add(spectrum.StartTime(), scan);
+    }
+    foundScans_ += std::max(scans, 0);
+  }
+
+  bool HasFoundScans() const { return foundScans_ > 0; }
+
+ private:
+  bool IsWanted(const RunFunction& function) const {
+    const Selection& selection = plan_.selection;
+    if (!selection.functions.Has(function.number) || !selection.msLevels.Has(function.msLevel)) return false;
+    if (selection.isLockMassExcluded && function.name.find(kLockMass) != std::wstring::npos) return false;
+    return content_ != Content::kFragmentSpectra || function.msLevel > 1;
+  }
+
+  void Add(double minutes, int scan) {
+    if (!plan_.selection.HasTime(minutes)) return;
+    plan_.entries.push_back({minutes, static_cast<std::int32_t>(plan_.functions.size()) - 1, scan});
+  }
+
+  CDataServerImpl& server_;
+  RunPlan& plan_;
+  Content content_;
+  long long foundScans_ = 0;
+};
+
+void SortByTime(std::vector<RunEntry>& entries) {
+  const auto key = [](const RunEntry& entry) {
+    const bool isNan = std::isnan(entry.minutes);
+    return std::tuple(isNan, isNan ? 0 : entry.minutes, entry.function, entry.scan);
+  };
+  std::sort(entries.begin(), entries.end(),
+            [&](const RunEntry& a, const RunEntry& b) { return key(a) < key(b); });
+}
+
+// Items of the sample; those that differ between functions name the function.
+std::vector<MetadataItem> CollectMetadata(CDataServerImpl& server, int sample) {
+  std::vector<MetadataItem> items = ReadMetadata(server, sample, 0);
+  std::erase_if(items, [](const MetadataItem& item) { return item.key == kFunctionText; });
+  const std::size_t shared = items.size();
+  for (int function = 1; function < server.GetFunctionCount(sample); ++function) {
+    for (std::size_t i = 0; i < shared; ++i) {
+      std::wstring value;
+      if (!server.GetMetadataValue(sample, function, items[i].key, value) || value == items[i].value)
+        continue;
+      items.push_back({items[i].key + L" of function " + std::to_wstring(function + 1), value});
+    }
+  }
+  return items;
+}
+
+}  // namespace
+
+RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection, Content content,
+                bool isDamageAllowed) {
+  RunPlan plan;
+  plan.sample = sample;
+  plan.sampleName = server.GetSampleName(sample);
+  plan.isReport = server.IsReportSource();
+  plan.mayHaveGaps = plan.isReport || isDamageAllowed;
+  plan.provider = server.GetProviderName();
+  plan.selection = selection;
+  plan.metadata = CollectMetadata(server, sample);
+  Planner planner(server, plan, content);
+  const int functions = std::max(server.GetFunctionCount(sample), 0);
+  for (int position = 0; position < functions; ++position) planner.AddFunction(position);
+  if (content == Content::kAll && !selection.IsForMassSpectra() && server.HasAbsorbanceData(sample))
+    planner.AddAbsorbance(functions + 1);
+  if (plan.entries.empty() && planner.HasFoundScans()) {
+    throw Failure(ExitStatus::kWrongUsage, content == Content::kFragmentSpectra
+                                               ? L"none of its scans is an MS/MS scan that is asked for"
+                                               : L"none of its scans is asked for");
+  }
+  SortByTime(plan.entries);
+  return plan;
+}
+
+}  // namespace zrml

@@ -1,0 +1,40 @@
+// A file that appears under its name whole or not at all: written under a temporary name in the same folder,
+// flushed to the disk, then renamed.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tools/zrml/convert/byte_sink.h"
+
+namespace zrml {
+
+enum class Existing { kKeep, kReplace };
+
+class TargetFile : public ByteSink {
+ public:
+  /// Makes the temporary file. Throws a Failure when that is impossible, or when `path` exists and is to be
+  /// kept.
+  TargetFile(std::wstring path, Existing existing);
+  /// Removes the temporary file unless Finish has renamed it.
+  ~TargetFile() override;
+
+  void Write(std::string_view bytes) override;
+  /// Flushes and renames. Throws a Failure also when another program has made `path` in the meantime and it
+  /// is to be kept.
+  void Finish() override;
+
+ private:
+  static constexpr std::intptr_t kClosed = -1;
+
+  void Close();
+  [[noreturn]] void Fail(const std::wstring& reason) const;
+  [[noreturn]] void FailAsExisting() const;
+
+  std::wstring path_;
+  Existing existing_;
+  std::wstring temporaryPath_;  // empty once there is none
+  std::intptr_t handle_ = kClosed;
+};
+
+}  // namespace zrml
