@@ -1,0 +1,101 @@
+#include "fuzz/simulated_files.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "common/platform/platform.h"
+
+namespace zrml::fuzz {
+namespace {
+
+using Contents = std::shared_ptr<const std::vector<std::byte>>;
+
+std::map<std::wstring, Contents, std::less<>> folder;
+std::map<std::intptr_t, Contents> openFiles;
+std::intptr_t lastHandle = 0;
+
+// The name of a file of the folder, empty for every other path.
+std::wstring_view NameInFolder(std::wstring_view path) {
+  const std::wstring_view parent = kFolder;
+  if (!path.starts_with(parent)) return {};
+  path.remove_prefix(parent.size());
+  return path.starts_with(L'\\') || path.starts_with(L'/') ? path.substr(1) : std::wstring_view();
+}
+
+Contents Find(std::wstring_view path) {
+  const auto file = folder.find(NameInFolder(path));
+  return file == folder.end() ? nullptr : file->second;
+}
+
+}  // namespace
+
+void SetFiles(Files files) {
+  folder.clear();
+  openFiles.clear();  // what reports have deliberately left open
+  for (auto& [name, bytes] : files)
+    folder.emplace(name, std::make_shared<const std::vector<std::byte>>(std::move(bytes)));
+}
+
+int OpenFileCount() { return static_cast<int>(openFiles.size()); }
+
+}  // namespace zrml::fuzz
+
+namespace zrml::platform {
+
+using namespace zrml::fuzz;
+
+File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kClosed)) {}
+
+File& File::operator=(File&& other) noexcept {
+  std::swap(handle_, other.handle_);
+  other.Close();
+  return *this;
+}
+
+#ifdef _WIN32
+SystemPath ToSystemPath(const std::wstring& path) { return path; }
+File File::Open(const std::wstring& path) { return OpenSystemPath(path); }
+#else
+SystemPath ToSystemPath(const std::wstring& path) { return ToNativePath(path); }
+File File::Open(const std::wstring& path) { return OpenSystemPath(ToSystemPath(path)); }
+#endif
+
+File File::OpenSystemPath(const SystemPath& path) {
+  File file;
+#ifdef _WIN32
+  Contents contents = Find(path);
+#else
+  Contents contents = Find(FromNativePath(path));
+#endif
+  if (contents != nullptr) {
+    file.handle_ = ++lastHandle;
+    openFiles.emplace(file.handle_, std::move(contents));
+  }
+  return file;
+}
+
+void File::Close() {
+  if (IsOpen()) openFiles.erase(std::exchange(handle_, kClosed));
+}
+
+std::uint64_t File::Size() const { return IsOpen() ? openFiles.at(handle_)->size() : 0; }
+
+std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
+  if (!IsOpen()) return 0;
+  const std::vector<std::byte>& bytes = *openFiles.at(handle_);
+  const auto begin = static_cast<std::size_t>(std::min<std::uint64_t>(offset, bytes.size()));
+  const std::size_t count = std::min(out.size(), bytes.size() - begin);
+  std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(begin), count, out.begin());
+  return count;
+}
+
+bool IsDirectory(const std::wstring& path) {
+  const std::wstring_view parent = kFolder;
+  return path == parent || (path.starts_with(parent) && path.size() == parent.size() + 1 &&
+                            (path.back() == L'\\' || path.back() == L'/'));
+}
+
+bool IsFile(const std::wstring& path) { return Find(path) != nullptr; }
+
+}  // namespace zrml::platform

@@ -1,0 +1,139 @@
+// Times what a megabyte can do: the inputs that are known to make the most work, each through every slot.
+// Prints the processor seconds of one life of a server; nothing is asserted. docs/robustness.md has the
+// figures.
+#include <cstdio>
+#include <ctime>
+#include <functional>
+#include <string>
+
+#include "common/text.h"
+#include "fuzz/every_slot.h"
+#include "fuzz/simulated_files.h"
+#include "masslynx/ml_data_server.h"
+#include "tests/support/raw_directory_builder.h"
+
+namespace {
+
+using namespace zrml;
+
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+constexpr std::uint32_t kMostPoints = (1u << 22) - 1;
+
+using Contents = std::map<std::string, FileBytes>;
+
+FileBytes Repeated(std::string_view thing, std::size_t size) {
+  std::string text;
+  while (text.size() < size) text += thing;
+  return TextToBytes(text);
+}
+
+FileBytes Noise(std::size_t count) {
+  FileBytes bytes(count);
+  std::uint32_t state = 1;
+  for (std::byte& byte : bytes) byte = static_cast<std::byte>((state = state * 1664525u + 1013904223u) >> 24);
+  return bytes;
+}
+
+RawDirectoryBuilder OneFunction(unsigned format, std::uint32_t points) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = format;
+  raw.functions[0].scans = {{.index = {.pointCount = points}}};
+  return raw;
+}
+
+// As many points as an index can tell, over a megabyte of noise.
+Contents ManyPoints(unsigned format) {
+  Contents files = OneFunction(format, kMostPoints).Files();
+  files["_FUNC001.DAT"] = Noise(kMegabyte);
+  return files;
+}
+
+Contents WithText(const char* name, std::string_view thing) {
+  Contents files = OneFunction(9, 10).Files();
+  files[name] = Repeated(thing, kMegabyte);
+  return files;
+}
+
+Contents CalibratedFunctions() {
+  Contents files;
+  files["_HEADER.TXT"] = Repeated("$$ Cal MS1 Static: 1\n", kMegabyte / 2);
+  files["_FUNCTNS.INF"] = WriteFunctionTable(std::vector<FunctionTableRecord>(kMegabyte / 2 / 416));
+  return files;
+}
+
+Contents ManyScans() {
+  Contents files = OneFunction(9, 1).Files();
+  std::vector<ScanIndexRecord> records(kMegabyte / 22);
+  float time = 1e6F;
+  for (ScanIndexRecord& record : records) record.retentionTime = time -= 1;
+  files["_FUNC001.IDX"] = WriteScanIndex(records);
+  return files;
+}
+
+Contents ManyTraces() {
+  RawDirectoryBuilder raw = OneFunction(9, 1);
+  raw.analogNames.assign(kMegabyte / 85, "");
+  return raw.Files();
+}
+
+// Each step derived from the one before it, and all with data.
+Contents LongHistory() {
+  RawDirectoryBuilder raw = OneFunction(9, 1);
+  const std::size_t steps = kMegabyte / history_format::kEntrySize;
+  for (std::uint16_t number = 1; number <= steps; ++number)
+    raw.history.push_back({.processNumber = number, .derivedFrom = static_cast<std::uint16_t>(number - 1)});
+  Contents files = raw.Files();
+  for (std::size_t number = 1; number <= steps; ++number) {
+    const std::string digits = std::to_string(number);
+    files["_PROC" + std::string(digits.size() < 3 ? 3 - digits.size() : 0, '0') + digits + ".DAT"] = {};
+  }
+  return files;
+}
+
+// Sub-scans of two points from one mass on.
+Contents ManySubScans() {
+  Contents files = OneFunction(12, kMegabyte / 8).Files();
+  std::vector<StoredPoint12> points(kMegabyte / 8,
+                                    {.massExponent = 7, .massMantissa = 1u << 25, .intensity = {}});
+  for (std::size_t i = 1; i < points.size(); i += 2) points[i].massMantissa += 1u << 20;
+  files["_FUNC001.DAT"] = EncodePoints(points);
+  return files;
+}
+
+double Seconds(Contents contents) {
+  fuzz::Files files;
+  for (auto& [name, bytes] : contents) files[Widen(name)] = std::move(bytes);
+  fuzz::SetFiles(std::move(files));
+  const std::clock_t begin = std::clock();
+  {
+    CMLDataServerImpl server;
+    server.Open(fuzz::kFolder);
+    fuzz::AskEverySlot(server, fuzz::kFolder, 1);
+  }
+  return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+}
+
+void Show(const std::string& what, Contents contents) {
+  std::printf("%-40s %7.3f s\n", what.c_str(), Seconds(std::move(contents)));
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main() {
+  for (unsigned format = 0; format < 15; ++format) {
+    Show("4,194,303 points of layout " + std::to_string(format), ManyPoints(format));
+  }
+  Show("header of line feeds", WithText("_HEADER.TXT", "\n"));
+  Show("header of calibration", WithText("_HEADER.TXT", "$$ Cal Segment 31: 1,2,3\n"));
+  Show("header of digits", WithText("_HEADER.TXT", "$$ Cal MS1 Static: " + std::string(9900, '1') + "\n"));
+  Show("header of blanks", WithText("_HEADER.TXT", "$$ Cal MS1 Static:" + std::string(9900, ' ') + "\n"));
+  Show("labels", WithText("_EXTERN.INF", "Function Parameters - Function 1 - \n"));
+  Show("statistics", WithText("_FUNC001.STS", "\1"));
+  Show("many functions, much calibration", CalibratedFunctions());
+  Show("many scans, times descending", ManyScans());
+  Show("many traces", ManyTraces());
+  Show("many sub-scans", ManySubScans());
+  Show("long history", LongHistory());
+}

@@ -1,0 +1,133 @@
+// Arithmetic on spectra: sums, resampling, merging of peaks, scan laws, sub-scans, sorting, on points of any
+// bits or of more likely ones.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+#include "fuzz/check.h"
+#include "fuzz/input.h"
+#include "masslynx/scandata/sub_scans.h"
+#include "spectrum/add_spectrum.h"
+#include "spectrum/centroid_merge.h"
+#include "spectrum/profile_resampling.h"
+
+namespace zrml::fuzz {
+namespace {
+
+constexpr int kMostPoints = 300;
+constexpr std::size_t kMostGridPoints = std::size_t{1} << 14;
+
+// Masses: any at all, or a sampling of one of the laws with some of the samples left out.
+double NextMassOf(Input& input, int law, double step, std::size_t i, double previous) {
+  const double at = 10 + step * static_cast<double>(i);
+  switch (law) {
+    case 0:
+      return input.Value<double>();
+    case 1:
+      return at;
+    case 2:
+      return at * at;
+    case 3:
+      return 1 / (1 / (at + 1) + 1e-9);
+    default:
+      return previous + input.Value<std::uint8_t>() / 256.0;
+  }
+}
+
+CZRMassSpectrum TakeSpectrum(Input& input) {
+  const int count = input.Below(kMostPoints);
+  const int law = input.Below(5);
+  const double step = input.Value<std::uint8_t>() / 64.0;
+  CZRMassSpectrum spectrum;
+  spectrum.SetSize(count);
+  spectrum.SetCentroided(input.Bool());
+  double mass = 0;
+  for (int i = 0; i < count; ++i) {
+    mass = NextMassOf(input, law, step, static_cast<std::size_t>(i), mass);
+    spectrum.SetMass(i, mass);
+    spectrum.SetIntensity(i, law == 0 ? input.Value<double>() : input.Value<std::uint8_t>());
+  }
+  if (input.Bool()) spectrum.EnablePointFlags(true);
+  if (input.Bool()) spectrum.EnablePointMarks(true);
+  return spectrum;
+}
+
+void CheckWhole(const CZRMassSpectrum& spectrum) {
+  const auto count = static_cast<std::size_t>(std::max(spectrum.GetCount(), 0));
+  Check(spectrum.GetCount() >= 0, "a sum has a count");
+  Check(spectrum.MassVector().size() == count && spectrum.IntensityVector().size() == count,
+        "a sum has whole points");
+  if (spectrum.GetPointFlags() != nullptr) Check(spectrum.HasPointFlags(), "flags that are there are in use");
+}
+
+bool AllBounded(const CZRMassSpectrum& spectrum) {
+  const auto isBounded = [](double value) { return std::abs(value) < 1e300; };
+  const HostVector<double>& intensities = spectrum.IntensityVector();
+  return std::all_of(intensities.begin(), intensities.end(), isBounded);
+}
+
+// Merging by mass keeps the intensity of centroid spectra.
+void AddCentroids(const CZRMassSpectrum& source, CZRMassSpectrum target) {
+  const auto points = source.UsablePoints() + target.UsablePoints();
+  const int count = AddCentroidSpectra(true, 0, source, target, true);
+  CheckWhole(target);
+  Check(count == target.GetCount() && target.UsablePoints() <= points,
+        "a sum has no more points than its parts");
+}
+
+void Add(Input& input, const CZRMassSpectrum& source, CZRMassSpectrum target) {
+  const double tolerance = input.Bool() ? input.Value<double>() : 0.01;
+  const bool absolute = input.Bool();
+  const bool alike = source.IsCentroided() == target.IsCentroided();
+  const int count = AddSpectrum(absolute, tolerance, source, target);
+  Check(count == target.GetCount(), "the result is the count");
+  Check(alike || count == 0, "what is not alike empties the target");
+  CheckWhole(target);
+  if (target.IsCentroided()) AddSpectrum(absolute, tolerance, target, target);
+}
+
+void Resample(const CZRMassSpectrum& source, CZRMassSpectrum target) {
+  if (!std::is_sorted(source.MassVector().begin(), source.MassVector().end()) ||
+      !std::is_sorted(target.MassVector().begin(), target.MassVector().end()))
+    return;
+  SamplingStepModel model;
+  BuildStepModel(model, target);
+  ScanLawHolder law;
+  DetectScanLaw(law, target);
+  const std::size_t most = kMostGridPoints + 2 * source.UsablePoints() + target.UsablePoints() + 4;
+  AddOntoGrid(source, target, law, model, kMostGridPoints);
+  CheckWhole(target);
+  Check(target.UsablePoints() <= most, "a grid is bounded");
+}
+
+void SumRepeats(CZRMassSpectrum spectrum) {
+  const std::size_t points = spectrum.UsablePoints();
+  SumSubScans(spectrum, MostSubScanVisits(points));
+  CheckWhole(spectrum);
+  Check(spectrum.UsablePoints() <= points, "sub-scans together have no more points than the scan");
+}
+
+void Merge(CZRMassSpectrum spectrum) {
+  SortByMass(true, spectrum);
+  const bool bounded = AllBounded(spectrum);
+  const auto points = spectrum.UsablePoints();
+  MergeCentroidPeaks(true, 0.5, spectrum);
+  CheckWhole(spectrum);
+  Check(!bounded || spectrum.UsablePoints() <= points, "merging makes no points");
+}
+
+}  // namespace
+}  // namespace zrml::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace zrml;
+  fuzz::Input input(data, size);
+  const CZRMassSpectrum source = fuzz::TakeSpectrum(input);
+  const CZRMassSpectrum target = fuzz::TakeSpectrum(input);
+  fuzz::Add(input, source, target);
+  fuzz::AddCentroids(source, target);
+  fuzz::Resample(source, target);
+  fuzz::SumRepeats(source);
+  fuzz::Merge(source);
+  return 0;
+}

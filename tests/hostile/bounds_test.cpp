@@ -1,0 +1,99 @@
+// The bounds on memory that docs/robustness.md states.
+#include <functional>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "masslynx/ml_data_server.h"
+#include "tests/hostile/allocations.h"
+#include "tests/hostile/reading.h"
+
+namespace zrml {
+namespace {
+
+constexpr std::size_t kConstant = std::size_t{1} << 20;
+constexpr std::size_t kPerFileByte = 48;
+constexpr std::size_t kPerPoint = 64;
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+
+std::size_t SizeOf(const TempDirectory& directory) {
+  std::size_t size = 0;
+  for (const auto& file : std::filesystem::directory_iterator(directory.Path())) size += file.file_size();
+  return size;
+}
+
+// The most memory that opening and the main questions take.
+std::size_t PeakOf(const TempDirectory& directory) {
+  const std::wstring path = directory.WidePath();
+  const std::size_t before = BytesInUse();
+  StartPeak();
+  {
+    CMLDataServerImpl server;
+    server.Open(path);
+    CZRMassSpectrum spectrum;
+    CZRChromatogram chromatogram;
+    server.GetTraceCount(0);
+    server.GetTrace(0, 0, chromatogram);
+    const int functions = std::min(server.GetFunctionCount(0), 4);
+    for (int function = 0; function < functions; ++function) {
+      server.GetScanCount(0, function);
+      server.GetSpectrum(0, function, 0, spectrum);
+      server.GetTotalIonChromatogram(true, 0, function, chromatogram);
+    }
+  }
+  return PeakBytes() - before;
+}
+
+TEST(Bounds, MemoryGrowsWithThePointsDeclaredByNoMoreThanStated) {
+  constexpr std::uint32_t kPoints = 1u << 18;
+  for (unsigned format = 0; format < 15; ++format) {
+    SCOPED_TRACE(format);
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    raw.functions[0].record.dataFormat = format;
+    raw.functions[0].scans = {{.index = {.pointCount = kPoints}}};
+    const TempDirectory directory = raw.Build();
+    const std::size_t peak = PeakOf(directory);
+    EXPECT_LE(peak, kConstant + kPerFileByte * SizeOf(directory) + kPerPoint * kPoints);
+    RecordProperty("format" + std::to_string(format), std::to_string(static_cast<double>(peak) / kPoints));
+  }
+}
+
+// A megabyte of the smallest things that a file can hold.
+const std::map<std::string, std::string> kSmallestThings = {
+    {"_HEADER.TXT", "\n"},
+    {"_EXTERN.INF", "\n"},
+    {"_FUNC001.IDX", std::string(22, '\0')},
+    {"_FUNC001.STS", std::string(1, '\1')},
+    {"_ANALOGS.INF", std::string(85, '\0')},
+    {"_HISTORY.INF", std::string(123, '\1')},
+    {"_FUNCTNS.INF", std::string(416, '\0')},
+};
+
+TEST(Bounds, MemoryGrowsWithTheFilesByNoMoreThanStated) {
+  for (const auto& [name, thing] : kSmallestThings) {
+    SCOPED_TRACE(name);
+    const TempDirectory directory = WholeDirectory().Build();
+    std::string text;
+    while (text.size() < kMegabyte) text += thing;
+    directory.WriteText(name, text);
+    const std::size_t peak = PeakOf(directory);
+    EXPECT_LE(peak, kConstant + kPerFileByte * SizeOf(directory));
+    RecordProperty(name, std::to_string(static_cast<double>(peak) / static_cast<double>(text.size())));
+  }
+}
+
+TEST(Bounds, CalibrationLinesCostNoMoreThanOtherText) {
+  for (const char* const line :
+       {"$$ Cal Segment 31: 1\n", "$$ Cal MS1 Static: 1,1,1,1,1,1,1\n", "$$ Cal Temperature: 1\n"}) {
+    SCOPED_TRACE(line);
+    const TempDirectory directory = WholeDirectory().Build();
+    std::string text;
+    while (text.size() < kMegabyte) text += line;
+    directory.WriteText("_HEADER.TXT", text);
+    EXPECT_LE(PeakOf(directory), kConstant + kPerFileByte * SizeOf(directory));
+  }
+}
+
+}  // namespace
+}  // namespace zrml

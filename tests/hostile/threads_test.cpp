@@ -1,0 +1,33 @@
+// Objects are independent: a thread each, one directory. ThreadSanitizer watches in the preset linux-tsan.
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "masslynx/ml_data_server.h"
+#include "tests/hostile/reading.h"
+
+namespace zrml {
+namespace {
+
+TEST(Threads, SixteenObjectsReadOneDirectoryAlike) {
+  constexpr std::size_t kThreads = 16;
+  constexpr int kReadings = 8;
+  const TempDirectory directory = WholeDirectory().Build();
+  const std::wstring path = directory.WidePath();
+  CMLDataServerImpl alone;
+  const Answers expected = ReadEverything(alone, path);
+  std::vector<int> alike(kThreads, 0);
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    threads.emplace_back([&, i] {
+      CMLDataServerImpl server;
+      for (int reading = 0; reading < kReadings; ++reading)
+        alike[i] += ReadEverything(server, path) == expected;
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(alike, std::vector<int>(kThreads, kReadings));
+}
+
+}  // namespace
+}  // namespace zrml
