@@ -36,4 +36,6 @@ build() {
   quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-build_packages=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev googletest)
+build_packages=(g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest)
+windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64)
+reader_packages=(topp python3 python3-pymzml)  # independent readers of what we write

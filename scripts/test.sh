@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # test.sh: installs what is missing, builds for Linux, for Linux under sanitizers and for Windows, and runs every test on all
-# three, the last under Wine.
+# three, the last under Wine. Then threads are watched, and each fuzzer runs for half a minute.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-install "${build_packages[@]}" binutils clang clang-format lld llvm locales g++-mingw-w64-x86-64-win32 wine wine64
+install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" binutils clang clang-format lld llvm locales
 
-find common masslynx openlynx plugin spectrum tests tools -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run -Werror
+find bench common fuzz masslynx openlynx plugin spectrum tests tools -name '*.cpp' -o -name '*.h' -o -name '*.inc' |
+  xargs clang-format --dry-run -Werror
 
 # A locale with a decimal comma, which must change no result.
 if [ ! -d build/locale/de_DE.UTF-8 ]; then
@@ -25,3 +26,6 @@ test_preset linux
 test_preset linux-asan
 quietly wine-prefix scripts/wine.sh wineboot --init
 test_preset windows
+test_preset linux-tsan
+scripts/recursion.sh
+scripts/fuzz.sh 30

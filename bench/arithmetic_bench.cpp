@@ -1,0 +1,115 @@
+// Sorting and summing.
+#include <algorithm>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "spectrum/add_spectrum.h"
+#include "spectrum/mass_spectrum.h"
+
+namespace zrml::bench {
+namespace {
+
+constexpr std::size_t kPoints = 100000;
+
+std::vector<double> OrderedMasses() {
+  std::vector<double> masses(kPoints);
+  for (std::size_t i = 0; i < kPoints; ++i) masses[i] = 100 + 0.01 * static_cast<double>(i);
+  return masses;
+}
+
+std::vector<double> ShuffledMasses() {
+  std::vector<double> masses = OrderedMasses();
+  std::shuffle(masses.begin(), masses.end(), std::mt19937_64(1));
+  return masses;
+}
+
+CZRMassSpectrum SpectrumOf(const std::vector<double>& masses) {
+  CZRMassSpectrum spectrum(kPoints);
+  spectrum.CopyMasses(masses.data());
+  spectrum.CopyIntensities(masses.data());
+  return spectrum;
+}
+
+void SortOrdered(benchmark::State& state) {
+  CZRMassSpectrum spectrum = SpectrumOf(OrderedMasses());
+  for (auto _ : state) benchmark::DoNotOptimize(SortByMass(true, spectrum));
+  if (spectrum.GetCount() != kPoints || spectrum.GetMasses()[1] != 100.01) state.SkipWithError("wrong order");
+}
+
+void CheckOrder(benchmark::State& state) {
+  const std::vector<double> masses = OrderedMasses();
+  for (auto _ : state) benchmark::DoNotOptimize(std::is_sorted(masses.begin(), masses.end()));
+}
+
+// Both copy their input anew, which is a small part of the work.
+void SortShuffled(benchmark::State& state) {
+  const std::vector<double> masses = ShuffledMasses();
+  CZRMassSpectrum spectrum(kPoints);
+  for (auto _ : state) {
+    spectrum.CopyMasses(masses.data());
+    spectrum.CopyIntensities(masses.data());
+    SortByMass(true, spectrum);
+  }
+  if (spectrum.GetMasses()[1] != 100.01 || spectrum.GetIntensities()[1] != 100.01)
+    state.SkipWithError("wrong order");
+}
+
+void SortPairs(benchmark::State& state) {
+  const std::vector<double> masses = ShuffledMasses();
+  std::vector<std::pair<double, double>> pairs(kPoints);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < kPoints; ++i) pairs[i] = {masses[i], masses[i]};
+    std::sort(pairs.begin(), pairs.end());
+    benchmark::DoNotOptimize(pairs.data());
+  }
+}
+
+// A profile of peaks all over, sampled every 0.01 from `start` on.
+CZRMassSpectrum Profile(double start) {
+  CZRMassSpectrum spectrum(kPoints);
+  for (std::size_t i = 0; i < kPoints; ++i) {
+    spectrum.GetMasses()[i] = start + 0.01 * static_cast<double>(i);
+    spectrum.GetIntensities()[i] = static_cast<double>(1 + i % 17);
+  }
+  spectrum.SetCentroided(false);
+  return spectrum;
+}
+
+void Add(benchmark::State& state, double start) {
+  const CZRMassSpectrum source = Profile(start);
+  const CZRMassSpectrum first = Profile(100);
+  CZRMassSpectrum target;
+  for (auto _ : state) {
+    target = first;
+    benchmark::DoNotOptimize(AddSpectrum(true, 0.01, source, target));
+  }
+  if (target.GetTotalIntensity() < 1.9 * CZRMassSpectrum(first).GetTotalIntensity())
+    state.SkipWithError("wrong sum");
+}
+
+void CopyBoth(benchmark::State& state) {
+  const CZRMassSpectrum source = Profile(100);
+  const CZRMassSpectrum first = Profile(100);
+  for (auto _ : state) {
+    CZRMassSpectrum one = source;
+    CZRMassSpectrum other = first;
+    benchmark::DoNotOptimize(one.GetMasses());
+    benchmark::DoNotOptimize(other.GetMasses());
+    benchmark::ClobberMemory();
+  }
+}
+
+BENCHMARK(SortOrdered)->Name("SortByMass of 100k points in order/ours");
+BENCHMARK(CheckOrder)->Name("SortByMass of 100k points in order/floor");
+BENCHMARK(SortShuffled)->Name("SortByMass of 100k points in random order/ours");
+BENCHMARK(SortPairs)->Name("SortByMass of 100k points in random order/floor");
+BENCHMARK_CAPTURE(Add, one, 100)->Name("AddSpectrum of two profiles of 100k points on one grid/ours");
+BENCHMARK(CopyBoth)->Name("AddSpectrum of two profiles of 100k points on one grid/floor");
+BENCHMARK_CAPTURE(Add, two, 100.0037)->Name("AddSpectrum of two profiles of 100k points on two grids/ours");
+BENCHMARK(CopyBoth)->Name("AddSpectrum of two profiles of 100k points on two grids/floor");
+
+}  // namespace
+}  // namespace zrml::bench

@@ -1,0 +1,153 @@
+// What is done once per acquisition, and chromatograms, beside reading the files or copying the result.
+#include <cfloat>
+#include <cmath>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/acquisition.h"
+#include "bench/files.h"
+#include "masslynx/ml_data_server.h"
+
+namespace zrml::bench {
+namespace {
+
+constexpr int kManyScans = 1'000'000;
+
+// An index and statistics of many scans, whose data nobody reads.
+const TempDirectory& ManyScans() {
+  static const TempDirectory directory = [] {
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    TempDirectory made = raw.Build();
+    std::vector<ScanIndexRecord> index(kManyScans);
+    std::vector<ScanStatisticsRecord> statistics(kManyScans);
+    for (std::size_t i = 0; i < index.size(); ++i) {
+      index[i].dataOffset = static_cast<std::uint32_t>(i * 60);
+      index[i].pointCount = 10;
+      index[i].totalIntensity = static_cast<float>(i % 1000);
+      index[i].retentionTime = static_cast<float>(static_cast<double>(i) / 6000);
+      statistics[i].precursorMass = 500;
+    }
+    made.Write("_FUNC001.IDX", WriteScanIndex(index));
+    made.Write("_FUNC001.STS", WriteScanStatistics(statistics));
+    return made;
+  }();
+  return directory;
+}
+
+void FirstScanCount(benchmark::State& state) {
+  CMLDataServerImpl server;
+  for (auto _ : state) {
+    state.PauseTiming();
+    server.Close();
+    if (!server.Open(ManyScans().WidePath())) state.SkipWithError("the directory does not open");
+    state.ResumeTiming();
+    if (server.GetScanCount(0, 0) != kManyScans) state.SkipWithError("wrong number of scans");
+  }
+}
+
+void ReadIndexAndStatistics(benchmark::State& state) {
+  std::vector<char> buffer;
+  for (auto _ : state) {
+    for (const char* const name : {"_FUNC001.IDX", "_FUNC001.STS"})
+      ReadWhole(ManyScans().Path() / name, buffer);
+    benchmark::DoNotOptimize(buffer.data());
+  }
+}
+
+void TotalIon(benchmark::State& state) {
+  CMLDataServerImpl server;
+  server.Open(ManyScans().WidePath());
+  CZRChromatogram chromatogram;
+  if (!server.GetTotalIonChromatogram(true, 0, 0, chromatogram) || chromatogram.Intensities()[999] != 999)
+    return state.SkipWithError("wrong chromatogram");
+  for (auto _ : state) benchmark::DoNotOptimize(server.GetTotalIonChromatogram(true, 0, 0, chromatogram));
+}
+
+void CopyTwoArrays(benchmark::State& state) {
+  const std::vector<double> from(kManyScans, 1.0);
+  std::vector<double> times(kManyScans);
+  std::vector<double> intensities(kManyScans);
+  for (auto _ : state) {
+    std::copy(from.begin(), from.end(), times.begin());
+    std::copy(from.begin(), from.end(), intensities.begin());
+    benchmark::DoNotOptimize(times.data());
+    benchmark::DoNotOptimize(intensities.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+constexpr LayoutData kSmallScans = {9, 500, true, 20000};
+
+void MassRange(benchmark::State& state) {
+  CMLDataServerImpl server;
+  server.Open(AcquisitionOf(kSmallScans).WidePath());
+  CZRChromatogram chromatogram;
+  if (!server.GetMassRangeChromatogram(500, 1000, true, 0, 0, chromatogram) ||
+      !(chromatogram.Intensities()[7] > 0))
+    return state.SkipWithError("wrong chromatogram");
+  for (auto _ : state)
+    benchmark::DoNotOptimize(server.GetMassRangeChromatogram(500, 1000, true, 0, 0, chromatogram));
+}
+
+void EachSpectrum(benchmark::State& state) {
+  CMLDataServerImpl server;
+  server.Open(AcquisitionOf(kSmallScans).WidePath());
+  CZRMassSpectrum spectrum;
+  for (auto _ : state) {
+    for (int scan = 0; scan < kSmallScans.scans; ++scan) server.GetSpectrum(0, 0, scan, spectrum);
+    benchmark::DoNotOptimize(spectrum.GetMasses());
+  }
+}
+
+constexpr int kFunctions = 60;
+
+const TempDirectory& ManyFunctions() {
+  static const TempDirectory directory = [] {
+    RawDirectoryBuilder raw;
+    for (int i = 1; i <= kFunctions; ++i) {
+      FunctionFiles function;
+      function.record.startMasses[0] = 50;
+      function.record.endMasses[0] = 1200;
+      raw.functions.push_back(function);
+      const std::string number = std::to_string(i);
+      raw.header.push_back("$$ Cal Function " + number + ": 0.001,0.9999,1e-6,-1e-9,1e-12,T1");
+      raw.labels.push_back("Function Parameters - Function " + number + " - TOF MS FUNCTION");
+    }
+    while (raw.header.size() < 2000)
+      raw.header.push_back("$$ Some item of the method: and its value, as long as usual");
+    return raw.Build();
+  }();
+  return directory;
+}
+
+void OpenDirectory(benchmark::State& state) {
+  CMLDataServerImpl server;
+  for (auto _ : state) {
+    if (!server.Open(ManyFunctions().WidePath()) || server.GetFunctionCount(0) != kFunctions)
+      state.SkipWithError("the directory does not open");
+    server.Close();
+  }
+}
+
+void ReadDescription(benchmark::State& state) {
+  std::vector<char> buffer;
+  for (auto _ : state) {
+    for (const char* const name : {"_HEADER.TXT", "_FUNCTNS.INF", "_EXTERN.INF"})
+      ReadWhole(ManyFunctions().Path() / name, buffer);
+    benchmark::DoNotOptimize(buffer.data());
+  }
+}
+
+BENCHMARK(FirstScanCount)->Name("First GetScanCount of 1M scans with statistics/ours");
+BENCHMARK(ReadIndexAndStatistics)->Name("First GetScanCount of 1M scans with statistics/floor");
+BENCHMARK(TotalIon)->Name("Total ion chromatogram of 1M scans/ours");
+BENCHMARK(CopyTwoArrays)->Name("Total ion chromatogram of 1M scans/floor");
+BENCHMARK(MassRange)->Name("Mass-range chromatogram of 20k scans/ours");
+BENCHMARK(EachSpectrum)->Name("Mass-range chromatogram of 20k scans/floor");
+BENCHMARK(OpenDirectory)->Name("Open of 60 functions and 2,000 header lines/ours");
+BENCHMARK(ReadDescription)->Name("Open of 60 functions and 2,000 header lines/floor");
+
+}  // namespace
+}  // namespace zrml::bench
