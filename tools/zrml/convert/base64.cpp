@@ -1,5 +1,6 @@
 #include "tools/zrml/convert/base64.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -58,21 +59,32 @@ bool HasVectors() {
   return has;
 }
 
-}  // namespace
-
-void AppendBase64(std::span<const std::byte> bytes, std::string& out) {
-  const std::size_t start = out.size();
-  out.resize(start + Base64Length(bytes.size()));
+// Encodes all of `bytes` from `out` on.
+void Encode(std::span<const std::byte> bytes, char* out) {
   const std::size_t whole = bytes.size() / 3 * 3;
-  const std::size_t done = HasVectors() ? StoreVectors(bytes, out.data() + start) : 0;
-  char* to = out.data() + start + done / 3 * 4;
-  for (std::size_t i = done; i < whole; i += 3, to += 4) Store(Load24(bytes.data() + i), to);
+  const std::size_t done = HasVectors() ? StoreVectors(bytes, out) : 0;
+  out += done / 3 * 4;
+  for (std::size_t i = done; i < whole; i += 3, out += 4) Store(Load24(bytes.data() + i), out);
   if (whole == bytes.size()) return;
   std::array<std::byte, 3> rest{};
   std::memcpy(rest.data(), bytes.data() + whole, bytes.size() - whole);
-  Store(Load24(rest.data()), to);
-  to[3] = '=';
-  if (bytes.size() - whole == 1) to[2] = '=';
+  Store(Load24(rest.data()), out);
+  out[3] = '=';
+  if (bytes.size() - whole == 1) out[2] = '=';
+}
+
+}  // namespace
+
+// By blocks, which stay in the fastest cache: a string that is made longer is filled first.
+void AppendBase64(std::span<const std::byte> bytes, std::string& out) {
+  constexpr std::size_t kBlock = 3072;
+  std::array<char, Base64Length(kBlock)> text;
+  while (!bytes.empty()) {
+    const std::size_t size = std::min(bytes.size(), kBlock);
+    Encode(bytes.first(size), text.data());
+    out.append(text.data(), Base64Length(size));
+    bytes = bytes.subspan(size);
+  }
 }
 
 }  // namespace zrml

@@ -27,6 +27,11 @@ void StandardOutput::Write(std::string_view bytes) {
 }
 
 void BufferedSink::Write(std::string_view bytes) {
+  if (bytes.size() >= shortestDirect_) {
+    if (!buffer_.empty()) PassBuffer();
+    PassOn(bytes);
+    return;
+  }
   buffer_ += bytes;
   if (buffer_.size() >= kPiece) PassBuffer();
 }
@@ -37,8 +42,12 @@ void BufferedSink::Finish() {
 }
 
 void BufferedSink::PassBuffer() {
-  Pass(buffer_);
+  PassOn(buffer_);
   buffer_.clear();
+}
+
+void BufferedSink::PassOn(std::string_view piece) {
+  Pass(piece);
   hasPassed_ = true;
 }
 

@@ -1,6 +1,7 @@
 // Where converted bytes go. Write throws a Failure when they cannot be written.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,21 +28,24 @@ class StandardOutput : public ByteSink {
   void Write(std::string_view bytes) override;
 };
 
-/// Gathers small writes into large pieces for another sink.
+/// Gathers small writes into large pieces for another sink, and hands on those that are no longer small.
 class BufferedSink : public ByteSink {
  public:
-  explicit BufferedSink(ByteSink& next) : next_(next) {}
+  explicit BufferedSink(ByteSink& next) : BufferedSink(next, 1u << 14) {}
   void Write(std::string_view bytes) override;
   void Finish() override;
 
  protected:
+  BufferedSink(ByteSink& next, std::size_t shortestDirect) : next_(next), shortestDirect_(shortestDirect) {}
   virtual void Pass(std::string_view piece) { next_.Write(piece); }
   ByteSink& Next() { return next_; }
 
  private:
   void PassBuffer();
+  void PassOn(std::string_view piece);
 
   ByteSink& next_;
+  std::size_t shortestDirect_;
   std::string buffer_;
   bool hasPassed_ = false;
 };
@@ -49,7 +53,7 @@ class BufferedSink : public ByteSink {
 /// Compresses for another sink: one gzip stream a piece, which together are a gzip file.
 class GzipSink : public BufferedSink {
  public:
-  using BufferedSink::BufferedSink;
+  explicit GzipSink(ByteSink& next) : BufferedSink(next, SIZE_MAX) {}  // short pieces compress worse
 
  private:
   void Pass(std::string_view piece) override;

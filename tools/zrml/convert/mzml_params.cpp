@@ -10,7 +10,11 @@
 namespace zrml {
 
 void AppendAttribute(std::string& out, std::string_view name, std::string_view xmlText) {
-  out.append(" ").append(name).append("=\"").append(xmlText).append("\"");
+  out += ' ';
+  out += name;
+  out.append("=\"", 2);  // with its length: a spectrum has some hundred attributes
+  out += xmlText;
+  out += '"';
 }
 
 void AppendAttribute(std::string& out, std::string_view name, std::size_t number) {

@@ -1,5 +1,5 @@
-// Pieces of text made by several workers at once and taken in order, few ahead of the taker. Whatever the
-// number of workers, the pieces are the same, and so is the first error.
+// Pieces of text made by several workers at once and taken in order. The taker is a worker too while the next
+// piece is not there. Whatever the number of workers, the pieces are the same, and so is the first error.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,13 @@ using MakePiece = std::function<void(std::size_t index, std::string& piece)>;
 
 class OrderedPieces {
  public:
-  /// Pieces 0 to `count` - 1. A single worker works in Take, without a thread of its own.
+  /// Pieces wait for the taker up to this many bytes a worker, or two pieces a worker if they are longer, and
+  /// never more than this many.
+  static constexpr std::size_t kBytesAhead = 8u << 20;
+  static constexpr std::size_t kPiecesAhead = 256;
+
+  /// Pieces 0 to `count` - 1. The first worker is the taker's; each other has a thread of its own and begins
+  /// at once.
   OrderedPieces(std::size_t count, std::vector<MakePiece> workers);
   OrderedPieces(const OrderedPieces&) = delete;
   OrderedPieces& operator=(const OrderedPieces&) = delete;
@@ -36,17 +42,26 @@ class OrderedPieces {
   };
 
   void Work(const MakePiece& make);
+  /// Makes the next piece that nobody has begun, with the mutex released meanwhile.
+  void MakeNext(Lock& lock, const MakePiece& make);
+  void Release(std::size_t index);
+  void Stop();
+  /// A piece may be begun; with `part` 2, when half of what may wait is taken.
+  bool HasRoom(std::size_t part = 1) const;
   Slot& SlotOf(std::size_t index) { return slots_[index % slots_.size()]; }
-  const std::string& TakeReady();
 
   std::size_t count_;
   std::vector<MakePiece> workers_;
   std::vector<Slot> slots_;
-  Mutex mutex_;  // guards what follows, and which slots are ready
-  Condition changed_;
+  Mutex mutex_;      // guards what follows, and which slots are ready
+  Condition ready_;  // the taker waits for its piece
+  Condition room_;   // workers wait for free slots
   std::size_t started_ = 0;
   std::size_t released_ = 0;  // pieces whose slots are free again
   std::size_t taken_ = 0;
+  std::size_t held_ = 0;  // bytes of the pieces that are made and not released
+  std::size_t idle_ = 0;  // workers that wait for room
+  bool isTakerWaiting_ = false;
   bool isStopped_ = false;
   std::vector<std::unique_ptr<Thread>> threads_;  // last: they use the others
 };

@@ -1,5 +1,7 @@
 #include "tools/zrml/convert/run_converter.h"
 
+#include <optional>
+
 #include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/convert/ordered_pieces.h"
 
@@ -45,26 +47,25 @@ ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const st
   const Source& first = sources.front();
   const RunPlan plan =
       PlanRun(first.Server(), sample, options.selection, ContentOf(options.format), options.isDamageAllowed);
-  RunContext context = {plan, first.Server(), name, {}, options.arrays, options.isIndexed};
-  if (options.format == Format::kMzml)
-    context.files = ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(sources.size()));
-  const std::unique_ptr<Document> document = MakeDocument(context, options.format, out);
-
   std::vector<std::unique_ptr<Renderer>> renderers;
   std::vector<MakePiece> workers;
   for (const Source& source : sources) {
     Renderer& renderer = *renderers.emplace_back(MakeRenderer(source.Server(), plan, options));
     workers.push_back([&renderer](std::size_t index, std::string& text) { renderer.Render(index, text); });
   }
+  // The other workers begin while this one describes the source, whose files it reads for their checksums.
+  std::optional<OrderedPieces> spectra(std::in_place, plan.entries.size(), std::move(workers));
+  RunContext context = {plan, first.Server(), name, {}, options.arrays, options.isIndexed};
+  if (options.format == Format::kMzml)
+    context.files = ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(sources.size()));
+  const std::unique_ptr<Document> document = MakeDocument(context, options.format, out);
   document->Begin();
-  {
-    OrderedPieces spectra(plan.entries.size(), std::move(workers));
-    for (std::size_t i = 0; i < plan.entries.size(); ++i) {
-      ThrowIfInterrupted();
-      document->Add(spectra.Take());
-      progress(i + 1, plan.entries.size());
-    }
-  }  // the first provider is the document's again
+  for (std::size_t i = 0; i < plan.entries.size(); ++i) {
+    ThrowIfInterrupted();
+    document->Add(spectra->Take());
+    progress(i + 1, plan.entries.size());
+  }
+  spectra.reset();
   document->End();
   ThrowIfInterrupted();
   out.Finish();

@@ -16,6 +16,7 @@ class Mutex {
 
  private:
   friend class Lock;
+  friend class Unlock;
   friend class Condition;
   pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
 };
@@ -30,7 +31,20 @@ class Lock {
 
  private:
   friend class Condition;
+  friend class Unlock;
   Mutex& mutex_;
+};
+
+/// Lets another's Lock go while it lives.
+class Unlock {
+ public:
+  explicit Unlock(Lock& lock) : lock_(lock) { pthread_mutex_unlock(&lock_.mutex_.mutex_); }
+  Unlock(const Unlock&) = delete;
+  Unlock& operator=(const Unlock&) = delete;
+  ~Unlock() { pthread_mutex_lock(&lock_.mutex_.mutex_); }
+
+ private:
+  Lock& lock_;
 };
 
 class Condition {
