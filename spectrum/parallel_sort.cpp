@@ -29,58 +29,97 @@ std::uint64_t OrderedNumber(Key key) {
   }
 }
 
+// NaN stands last either way.
+template <class Key>
+std::uint64_t SortNumber(Key key, bool ascending) {
+  if (!(key == key)) return ~std::uint64_t{0};
+  return ascending ? OrderedNumber(key) : ~OrderedNumber(key);
+}
+
 template <class Key>
 std::vector<PlacedKey> PlacedKeys(const void* data, bool ascending, std::size_t count) {
   const auto* const keys = static_cast<const Key*>(data);
   std::vector<PlacedKey> placed(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint64_t number = OrderedNumber(keys[i]);
-    const bool isNumber = keys[i] == keys[i];
-    placed[i] = {isNumber ? (ascending ? number : ~number) : ~std::uint64_t{0}, i};  // NaN last either way
-  }
+  for (std::size_t i = 0; i < count; ++i) placed[i] = {SortNumber(keys[i], ascending), i};
   return placed;
 }
 
-// False also for keys that are no numbers.
+// Elements before the longest tail that is in order. A tail of several has no key that is no number.
 template <class Key>
-bool IsInOrder(const void* data, bool ascending, std::size_t count) {
+std::size_t HeadLength(const void* data, bool ascending, std::size_t count) {
   const auto* const keys = static_cast<const Key*>(data);
-  for (std::size_t i = 1; i < count; ++i) {
-    if (!(ascending ? keys[i - 1] <= keys[i] : keys[i - 1] >= keys[i])) return false;
-  }
-  return true;
+  std::size_t head = count;
+  if (head > 0) --head;
+  while (head > 0 && (ascending ? keys[head - 1] <= keys[head] : keys[head - 1] >= keys[head])) --head;
+  return head;
+}
+
+// The first element of the ordered range [begin, end) that does not stand before `number`.
+template <class Key>
+std::size_t FindPlace(const void* data, bool ascending, std::size_t begin, std::size_t end,
+                      std::uint64_t number) {
+  const auto* const keys = static_cast<const Key*>(data);
+  const auto isBefore = [&](Key key, std::uint64_t bound) { return SortNumber(key, ascending) < bound; };
+  return static_cast<std::size_t>(std::lower_bound(keys + begin, keys + end, number, isBefore) - keys);
 }
 
 struct KeyType {
   std::size_t size;
-  bool (*isInOrder)(const void* data, bool ascending, std::size_t count);
+  std::size_t (*headLength)(const void* data, bool ascending, std::size_t count);
   std::vector<PlacedKey> (*placedKeys)(const void* data, bool ascending, std::size_t count);
+  std::size_t (*findPlace)(const void* data, bool ascending, std::size_t begin, std::size_t end,
+                           std::uint64_t number);
 };
 
 template <class Key>
-constexpr KeyType kKeyType{sizeof(Key), IsInOrder<Key>, PlacedKeys<Key>};
+constexpr KeyType kKeyType{sizeof(Key), HeadLength<Key>, PlacedKeys<Key>, FindPlace<Key>};
 
 constexpr KeyType kKeyTypes[] = {
     kKeyType<std::int8_t>,  kKeyType<std::uint8_t>,  kKeyType<std::int16_t>, kKeyType<std::uint16_t>,
     kKeyType<std::int32_t>, kKeyType<std::uint32_t>, kKeyType<float>,        kKeyType<double>,
 };
 
-template <std::size_t kSize>
-void Permute(const std::vector<PlacedKey>& order, const std::byte* source, std::byte* target) {
-  for (std::size_t i = 0; i < order.size(); ++i)
-    std::memcpy(target + i * kSize, source + order[i].second * kSize, kSize);
+// An element of the head: where it comes from, and the tail's element that it goes before.
+struct HeadElement {
+  std::size_t from;
+  std::size_t before;
+};
+
+// With `head` elements sorted and the rest in order already; equal keys keep their order, so those of the
+// head go first.
+std::vector<HeadElement> MergeOrder(const KeyType& type, const void* data, bool ascending, std::size_t head,
+                                    std::size_t count) {
+  std::vector<PlacedKey> sorted = type.placedKeys(data, ascending, head);
+  std::sort(sorted.begin(), sorted.end());
+  std::vector<HeadElement> order(head);
+  std::size_t before = head;
+  for (std::size_t i = 0; i < head; ++i) {
+    before = type.findPlace(data, ascending, before, count, sorted[i].first);
+    order[i] = {sorted[i].second, before};
+  }
+  return order;
 }
 
-void Permute(const ParallelArray& array, const std::vector<PlacedKey>& order, std::byte* scratch) {
+// Puts the head's elements into the tail from the front on: what is written never overtakes what is read.
+template <std::size_t kSize>
+void Merge(const ParallelArray& array, std::size_t count, const std::vector<HeadElement>& order,
+           std::byte* scratch) {
+  const std::size_t size = kSize != 0 ? kSize : array.elementSize;
   auto* const data = static_cast<std::byte*>(array.data);
-  const std::size_t size = array.elementSize;
-  if (size == sizeof(double)) {
-    Permute<sizeof(double)>(order, data, scratch);
-  } else {
-    for (std::size_t i = 0; i < order.size(); ++i)
-      std::memcpy(scratch + i * size, data + order[i].second * size, size);
+  std::memcpy(scratch, data, order.size() * size);
+  std::byte* out = data;
+  std::size_t tail = order.size();
+  const auto moveTail = [&](std::size_t end) {
+    std::memmove(out, data + tail * size, (end - tail) * size);
+    out += (end - tail) * size;
+    tail = end;
+  };
+  for (const HeadElement& element : order) {
+    if (element.before != tail) moveTail(element.before);
+    std::memcpy(out, scratch + element.from * size, size);
+    out += size;
   }
-  std::memcpy(data, scratch, order.size() * size);
+  moveTail(count);
 }
 
 }  // namespace
@@ -91,15 +130,19 @@ bool SortParallelArrays(int key, bool ascending, std::size_t count, std::span<co
   if (key < 0 || key >= static_cast<int>(std::size(kKeyTypes)) || keyArray == arrays.end()) return false;
   const KeyType& type = kKeyTypes[key];
   if (keyArray->elementSize != type.size) return false;
-  if (type.isInOrder(keyArray->data, ascending, count)) return true;
+  // Scans that are in order, and damaged ones whose missing points all read as the same, cost little more
+  // than looking.
+  const std::size_t head = type.headLength(keyArray->data, ascending, count);
+  if (head == 0) return true;
 
-  std::vector<PlacedKey> order = type.placedKeys(keyArray->data, ascending, count);
-  std::sort(order.begin(), order.end());
+  const std::vector<HeadElement> order = MergeOrder(type, keyArray->data, ascending, head, count);
   std::size_t largest = 0;
   for (const ParallelArray& array : arrays) largest = std::max(largest, array.elementSize);
-  std::vector<std::byte> scratch(count * largest);
+  std::vector<std::byte> scratch(head * largest);
   for (const ParallelArray& array : arrays) {
-    if (isPresent(array)) Permute(array, order, scratch.data());
+    if (!isPresent(array)) continue;
+    const auto merge = array.elementSize == sizeof(double) ? Merge<sizeof(double)> : Merge<0>;
+    merge(array, count, order, scratch.data());
   }
   return true;
 }

@@ -59,29 +59,69 @@ TYPED_TEST(ParallelSortKeys, LowestAndHighestStandAtTheEnds) {
   EXPECT_EQ(std::string(names.begin(), names.end()), "M210L");
 }
 
+// Sorts the keys beside their positions and compares with the standard library's stable sort; NaN last.
+template <int code, class T>
+void ExpectSorted(std::vector<T> keys, bool ascending) {
+  std::vector<std::uint16_t> positions(keys.size());
+  std::iota(positions.begin(), positions.end(), std::uint16_t{0});
+  std::vector<std::uint16_t> expected = positions;
+  std::stable_sort(expected.begin(), expected.end(), [&](std::uint16_t a, std::uint16_t b) {
+    const bool isNumber = keys[a] == keys[a];
+    if (!isNumber || keys[b] != keys[b]) return isNumber && keys[b] != keys[b];
+    return ascending ? keys[a] < keys[b] : keys[b] < keys[a];
+  });
+  const std::vector<T> before = keys;
+  const std::array<ParallelArray, 2> arrays = {ArrayOf(keys), ArrayOf(positions)};
+  ASSERT_TRUE(SortParallelArrays(code, ascending, keys.size(), arrays));
+  ASSERT_EQ(positions, expected);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const T key = before[positions[i]];
+    ASSERT_TRUE(keys[i] == key || (keys[i] != keys[i] && key != key)) << i;
+  }
+}
+
+template <class T>
+std::vector<T> RandomKeys(RandomNumbers& random, std::size_t count, int values) {
+  std::vector<T> keys;
+  for (std::size_t i = 0; i < count; ++i) keys.push_back(static_cast<T>(random.Below(values) - values / 2));
+  return keys;
+}
+
 TYPED_TEST(ParallelSortKeys, RandomKeysAgreeWithBruteForce) {
-  using T = typename TypeParam::Type;
   RandomNumbers random(2024);
   for (int round = 0; round < 200; ++round) {
-    const std::size_t count = static_cast<std::size_t>(random.Below(40));
+    const std::size_t count = 1 + static_cast<std::size_t>(random.Below(40));
+    const auto keys = RandomKeys<typename TypeParam::Type>(random, count, 200);
+    ExpectSorted<TypeParam::kCode>(keys, random.Below(2) == 0);
+  }
+}
+
+// From a tail of one element to all of them, with few values, so that keys of the tail equal keys before it.
+TYPED_TEST(ParallelSortKeys, ATailInOrderAgreesWithBruteForce) {
+  using T = typename TypeParam::Type;
+  RandomNumbers random(77);
+  for (int round = 0; round < 400; ++round) {
+    const std::size_t count = 2 + static_cast<std::size_t>(random.Below(60));
     const bool ascending = random.Below(2) == 0;
-    std::vector<T> keys;
-    for (std::size_t i = 0; i < count; ++i) keys.push_back(static_cast<T>(random.Below(200) - 100));
-    std::vector<std::uint16_t> positions(count);
-    std::iota(positions.begin(), positions.end(), std::uint16_t{0});
+    std::vector<T> keys = RandomKeys<T>(random, count, round % 2 == 0 ? 8 : 200);
+    const auto tail = keys.begin() + random.Below(static_cast<int>(count));
+    std::sort(tail, keys.end(), [&](T a, T b) { return ascending ? a < b : b < a; });
+    if (std::numeric_limits<T>::has_quiet_NaN && random.Below(2) == 0) {
+      keys[static_cast<std::size_t>(random.Below(static_cast<int>(count)))] =
+          std::numeric_limits<T>::quiet_NaN();
+    }
+    ExpectSorted<TypeParam::kCode>(keys, ascending);
+  }
+}
 
-    std::vector<std::uint16_t> expected = positions;
-    std::stable_sort(expected.begin(), expected.end(), [&](std::uint16_t a, std::uint16_t b) {
-      return ascending ? keys[a] < keys[b] : keys[b] < keys[a];
-    });
-    std::vector<T> expectedKeys;
-    for (const std::uint16_t i : expected) expectedKeys.push_back(keys[i]);
-
-    if (count == 0) continue;  // no array is present then
-    const std::array<ParallelArray, 2> arrays = {ArrayOf(keys), ArrayOf(positions)};
-    ASSERT_TRUE(SortParallelArrays(TypeParam::kCode, ascending, count, arrays));
-    EXPECT_EQ(keys, expectedKeys);
-    EXPECT_EQ(positions, expected);
+TYPED_TEST(ParallelSortKeys, ATailOfOneValueGoesWhereItBelongs) {
+  using T = typename TypeParam::Type;
+  for (const bool ascending : {true, false}) {
+    for (const int value : {0, 3, 9}) {
+      std::vector<T> keys = {T{5}, T{1}, T{7}, T{3}};
+      keys.resize(500, static_cast<T>(value));
+      ExpectSorted<TypeParam::kCode>(keys, ascending);
+    }
   }
 }
 
