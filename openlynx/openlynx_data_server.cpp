@@ -38,6 +38,12 @@ Item* At(std::vector<Item>& items, int position) {
   return isThere ? &items[static_cast<std::size_t>(position)] : nullptr;
 }
 
+// The item at a position of a run of a list.
+const std::uint64_t* At(const std::vector<std::uint64_t>& list, const Run& run, int position) {
+  const bool isThere = position >= 0 && static_cast<std::size_t>(position) < run.Size();
+  return isThere ? &list[run.first + static_cast<std::size_t>(position)] : nullptr;
+}
+
 std::wstring NumberedName(const wchar_t* noun, int position) {
   return std::wstring(noun) + L' ' + std::to_wstring(std::int64_t{position} + 1);
 }
@@ -75,12 +81,7 @@ bool COpenLynxRptDataServerImpl::Open(const std::wstring& path) {
   if (!opened.IsOpen()) return false;
   stream.Abandon();
   stream = std::move(opened);
-  for (ReportSampleRecord& sample : samples) {
-    for (ReportFunctionRecord& function : sample.functions) {
-      function.names.reset();
-      function.ionMode.reset();
-    }
-  }
+  for (ReportSampleRecord& sample : samples) sample.Forget();
   return true;
 }
 
@@ -91,12 +92,13 @@ bool COpenLynxRptDataServerImpl::Close() {
   return true;
 }
 
-void COpenLynxRptDataServerImpl::BuildSampleIndex() { samples = FindSamples(stream); }
+void COpenLynxRptDataServerImpl::IndexSamples() {
+  if (stream.IsOpen() && samples.empty()) samples = FindSamples(stream);
+}
 
 ReportSampleRecord* COpenLynxRptDataServerImpl::FindSample(int sample) {
-  if (!stream.IsOpen()) return nullptr;
-  if (samples.empty()) BuildSampleIndex();
-  return At(samples, sample);
+  IndexSamples();
+  return stream.IsOpen() ? At(samples, sample) : nullptr;
 }
 
 ReportSampleRecord* COpenLynxRptDataServerImpl::FindIndexedSample(int sample) {
@@ -112,12 +114,12 @@ ReportFunctionRecord* COpenLynxRptDataServerImpl::FindFunction(int sample, int f
 
 ReportFunctionRecord* COpenLynxRptDataServerImpl::FindIndexedFunction(int sample, int function) {
   ReportFunctionRecord* const record = FindFunction(sample, function);
-  if (record != nullptr) IndexBlocks(stream, *record);
+  if (record != nullptr) IndexBlocks(stream, *FindSample(sample), *record);
   return record;
 }
 
 int COpenLynxRptDataServerImpl::GetSampleCount() {
-  FindSample(0);
+  IndexSamples();
   return stream.IsOpen() ? CountOf(samples.size()) : 0;
 }
 
@@ -140,7 +142,7 @@ std::wstring COpenLynxRptDataServerImpl::GetSampleName(int sample) {
 int COpenLynxRptDataServerImpl::GetFunctionCount(int sample) {
   ReportSampleRecord* const record = FindIndexedSample(sample);
   if (record == nullptr) return 0;
-  for (ReportFunctionRecord& function : record->functions) IndexBlocks(stream, function);
+  IndexAllBlocks(stream, *record);
   std::erase_if(record->functions, [](const ReportFunctionRecord& entry) { return !entry.blocksIndexed; });
   return CountOf(record->functions.size());
 }
@@ -148,23 +150,24 @@ int COpenLynxRptDataServerImpl::GetFunctionCount(int sample) {
 std::wstring COpenLynxRptDataServerImpl::GetFunctionName(int sample, int function) {
   ReportFunctionRecord* const record = FindFunction(sample, function);
   if (record == nullptr) return {};
-  const std::wstring name = NameOf(stream, *record);
+  const std::wstring name = NameOf(stream, *FindSample(sample), *record);
   return !name.empty() ? name : NumberedName(L"Function", function);
 }
 
 int COpenLynxRptDataServerImpl::GetFunctionKind(int sample, int function) {
-  ReportFunctionRecord* const record = FindFunction(sample, function);
-  return KindOfType(record != nullptr ? std::string_view(NamesOf(stream, *record).type) : std::string_view());
+  const ReportFunctionRecord* const record = FindFunction(sample, function);
+  return KindOfType(record != nullptr ? TypeOf(stream, *FindSample(sample), *record) : std::string_view());
 }
 
 int COpenLynxRptDataServerImpl::GetPolarity(int sample, int function) {
-  ReportFunctionRecord* const record = FindFunction(sample, function);
-  return record != nullptr ? PolarityOfIonMode(IonModeOf(stream, *record)) : kUnknownPolarity;
+  const ReportFunctionRecord* const record = FindFunction(sample, function);
+  if (record == nullptr) return kUnknownPolarity;
+  return PolarityOfIonMode(IonModeOf(stream, *FindSample(sample), *record));
 }
 
 int COpenLynxRptDataServerImpl::GetScanCount(int sample, int function) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  return record != nullptr ? CountOf(record->spectra.size()) : 0;
+  return record != nullptr ? CountOf(record->spectra.Size()) : 0;
 }
 
 bool COpenLynxRptDataServerImpl::FillChromatogram(int sample, int function,
@@ -172,7 +175,7 @@ bool COpenLynxRptDataServerImpl::FillChromatogram(int sample, int function,
                                                   CZRChromatogram& chromatogram) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
   if (record == nullptr) return false;
-  const ScanTimeSeries scanTimes = ReadScanTimes(stream, *record);
+  const ScanTimeSeries scanTimes = ReadScanTimes(stream, FindSample(sample)->SpectraOf(*record));
   chromatogram.SetSize(CountOf(scanTimes.times.size()));
   chromatogram.AssignTimes(scanTimes.times);
   chromatogram.AssignIntensities(scanTimes.*series);
@@ -194,13 +197,14 @@ bool COpenLynxRptDataServerImpl::GetTotalIonChromatogram(bool allowCompute, int 
 bool COpenLynxRptDataServerImpl::GetRetentionTimes(int sample, int function, HostVector<double>& times) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
   if (record == nullptr) return false;
-  times = ReadScanTimes(stream, *record).times;
+  times = ReadScanTimes(stream, FindSample(sample)->SpectraOf(*record)).times;
   return true;
 }
 
 bool COpenLynxRptDataServerImpl::GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) {
-  ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  const std::uint64_t* const position = record != nullptr ? At(record->spectra, scan) : nullptr;
+  const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
+  if (record == nullptr) return false;
+  const std::uint64_t* const position = At(FindSample(sample)->spectra, record->spectra, scan);
   if (position == nullptr) return false;
   spectrumRead = ReadSpectrum(stream, *position);
   if (spectrumRead.points.x.empty()) return false;
@@ -239,39 +243,44 @@ bool COpenLynxRptDataServerImpl::ReadTraceAt(std::uint64_t position, CZRChromato
   return true;
 }
 
+std::optional<std::uint64_t> COpenLynxRptDataServerImpl::FindAnalogTrace(int sample, int trace) {
+  const ReportSampleRecord* const record = FindIndexedSample(sample);
+  if (record == nullptr || trace < 0) return std::nullopt;
+  return record->analogTraces.Position(static_cast<std::size_t>(trace));
+}
+
 int COpenLynxRptDataServerImpl::GetTraceCount(int sample) {
   const ReportSampleRecord* const record = FindIndexedSample(sample);
-  return record != nullptr ? CountOf(record->analogTraces.size()) : 0;
+  return record != nullptr ? CountOf(record->analogTraces.Count()) : 0;
 }
 
 std::wstring COpenLynxRptDataServerImpl::GetTraceName(int sample, int trace) {
-  ReportSampleRecord* const record = FindIndexedSample(sample);
-  const std::uint64_t* const position = record != nullptr ? At(record->analogTraces, trace) : nullptr;
-  return position != nullptr ? TraceNameAt(*position, L"Analog Trace", trace) : std::wstring();
+  const std::optional<std::uint64_t> position = FindAnalogTrace(sample, trace);
+  return position ? TraceNameAt(*position, L"Analog Trace", trace) : std::wstring();
 }
 
 bool COpenLynxRptDataServerImpl::GetTrace(int sample, int trace, CZRChromatogram& chromatogram) {
-  ReportSampleRecord* const record = FindIndexedSample(sample);
-  const std::uint64_t* const position = record != nullptr ? At(record->analogTraces, trace) : nullptr;
-  return position != nullptr && ReadTraceAt(*position, chromatogram);
+  const std::optional<std::uint64_t> position = FindAnalogTrace(sample, trace);
+  return position && ReadTraceAt(*position, chromatogram);
 }
 
 int COpenLynxRptDataServerImpl::GetFunctionTraceCount(int sample, int function) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  return record != nullptr ? CountOf(record->chromatograms.size()) : 0;
+  return record != nullptr ? CountOf(record->chromatograms.Size()) : 0;
 }
 
 std::wstring COpenLynxRptDataServerImpl::GetFunctionTraceName(int sample, int function, int trace) {
-  ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  const std::uint64_t* const position = record != nullptr ? At(record->chromatograms, trace) : nullptr;
+  const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
+  if (record == nullptr) return {};
+  const std::uint64_t* const position = At(FindSample(sample)->chromatograms, record->chromatograms, trace);
   return position != nullptr ? TraceNameAt(*position, L"Function Trace", trace) : std::wstring();
 }
 
 bool COpenLynxRptDataServerImpl::GetFunctionTrace(int sample, int function, int trace,
                                                   CZRChromatogram& chromatogram) {
-  ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
+  const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
   if (record == nullptr) return false;
-  const std::uint64_t* const position = At(record->chromatograms, trace);
+  const std::uint64_t* const position = At(FindSample(sample)->chromatograms, record->chromatograms, trace);
   return position == nullptr || ReadTraceAt(*position, chromatogram);
 }
 

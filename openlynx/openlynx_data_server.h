@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -76,7 +77,8 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   bool ReadDateTime(const MetadataItem& item, int sample, int function, std::wstring& value);
   bool ReadFunctionBlock(const MetadataItem& item, int sample, int function, std::wstring& value);
 
-  void BuildSampleIndex();
+  // Looks for the samples of the open file unless some are known.
+  void IndexSamples();
 
   // The record at a position with what its callers need indexed, each step when it is first needed; null when
   // there is none or no file is open.
@@ -84,6 +86,8 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   ReportSampleRecord* FindIndexedSample(int sample);
   ReportFunctionRecord* FindFunction(int sample, int function);
   ReportFunctionRecord* FindIndexedFunction(int sample, int function);
+
+  std::optional<std::uint64_t> FindAnalogTrace(int sample, int trace);
 
   bool FillChromatogram(int sample, int function, HostVector<double> ScanTimeSeries::*series,
                         CZRChromatogram& chromatogram);

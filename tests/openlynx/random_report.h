@@ -32,6 +32,7 @@ class RandomReport {
   void Inner(const char* marker, const char* list);
   void Function();
   void Sample();
+  void Nest();
   void OddLine();
   std::string LongLine();
   void Damage();

@@ -42,6 +42,37 @@ TEST_P(RandomReportTest, EveryAnswerIsThatOfTheLiteralReader) {
   EXPECT_GT(spectra, 100);  // the questions do not all miss
 }
 
+// The file changes under what has been found: positions stay, and lie anywhere in the new file. Later
+// functions are asked for, too.
+TEST_P(RandomReportTest, EveryAnswerAfterFurtherOpensIsThatOfTheLiteralReader) {
+  constexpr int kReports = 1000;
+  constexpr int kQuestions = 40;
+  const TempDirectory directory;
+  const std::wstring path = directory.WidePath("random.rpt");
+  RandomReport random(100 + GetParam());
+  COpenLynxRptDataServerImpl provider;
+  LiteralReader literal;
+  int spectra = 0;
+  for (int report = 0; report < kReports; ++report) {
+    const std::string text = random.Next();
+    directory.WriteText("random.rpt", text);
+    if (random.Below(4) == 0) {
+      provider.Close();
+      literal.Close();
+    }
+    ASSERT_EQ(provider.Open(path), literal.Open(path));
+    for (int i = 0; i < kQuestions; ++i) {
+      const int most = random.Below(3) == 0 ? 40 : 4;
+      const Question question = {random.Below(kOperations), random.Below(5) - 1, random.Below(most) - 1,
+                                 random.Below(most) - 1};
+      const std::string answer = Answer(literal, question);
+      ASSERT_EQ(Answer(provider, question), answer) << "report " << report << ":\n" << text;
+      spectra += answer.starts_with("GetSpectrum") && answer.find("true") != std::string::npos ? 1 : 0;
+    }
+  }
+  EXPECT_GT(spectra, 100);
+}
+
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomReportTest, testing::Values(1U, 2U, 3U, 4U));
 
 // Leaves its files open, hence fewer.
