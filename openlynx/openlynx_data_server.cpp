@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <iterator>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 #include "common/platform/platform.h"
@@ -348,6 +349,53 @@ bool COpenLynxRptDataServerImpl::GetMetadataKeys(int sample, int function, std::
   if (FindFunction(sample, function) == nullptr) return false;
   keys.clear();
   for (const MetadataItem& item : kMetadata) keys.emplace_back(item.key);
+  return true;
+}
+
+std::optional<std::vector<PrecursorCandidate>> COpenLynxRptDataServerImpl::FindPrecursorCandidates(
+    int sample) {
+  ReportSampleRecord& record = *FindSample(sample);
+  std::vector<PrecursorCandidate> candidates;
+  TextNumber lastType = kUnreadText;  // functions that lie in each other share a type: told once
+  bool isSecondLevel = false;
+  for (std::size_t i = 0; i < record.functions.size(); ++i) {
+    const ReportFunctionRecord& function = record.functions[i];
+    const std::string_view type = TypeOf(stream, record, function);
+    if (function.type != lastType) isSecondLevel = KindOfType(type) == kMsMsFunction;
+    lastType = function.type;
+    if (isSecondLevel) continue;
+    if (function.spectra.Size() == 0) return std::nullopt;
+    candidates.push_back({static_cast<int>(i), function.spectra});
+  }
+  return candidates;
+}
+
+// Reports have no kind whose spectra come from their own level, so only spectra of level 2 have precursors.
+bool COpenLynxRptDataServerImpl::FindPrecursorScan(int sample, int function, int scan, int& precursorFunction,
+                                                   int& precursorScan) {
+  if (GetSampleCount() <= 0 || GetFunctionCount(sample) <= 0) return false;
+  const ReportFunctionRecord* const own = FindIndexedFunction(sample, function);
+  if (own == nullptr || scan < 0 || scan >= CountOf(own->spectra.Size())) return false;
+  if (GetMSLevel(sample, function) != 2) return false;
+  const std::span<const std::uint64_t> spectra = FindSample(sample)->spectra;
+  const std::size_t at = own->spectra.first + static_cast<std::size_t>(scan);
+  const double minutes = ReadScanTimes(stream, spectra.subspan(at, 1)).times[0];
+  const auto candidates = FindPrecursorCandidates(sample);
+  if (!candidates) return false;
+  const PrecursorSearch search(stream, spectra, *candidates, minutes);
+  const bool isCentroided = IsCentroided(sample, function);
+  const int polarity = GetPolarity(sample, function);
+  std::size_t lastFirst = spectra.size();  // functions that lie in each other share their first spectrum
+  bool isAlike = false;
+  const auto found = search.Find([&](const PrecursorCandidate& candidate) {
+    if (GetPolarity(sample, candidate.function) != polarity) return false;
+    if (candidate.spectra.first != lastFirst)
+      isAlike = IsCentroided(sample, candidate.function) == isCentroided;
+    lastFirst = candidate.spectra.first;
+    return isAlike;
+  });
+  if (!found) return false;
+  std::tie(precursorFunction, precursorScan) = *found;
   return true;
 }
 

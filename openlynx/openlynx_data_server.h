@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "openlynx/precursor_search.h"
 #include "openlynx/report_index.h"
 #include "openlynx/report_stream.h"
 #include "openlynx/report_values.h"
@@ -68,6 +69,10 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   bool GetMetadataValue(int sample, int function, const std::wstring& key, std::wstring& value) override;
   bool GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) override;
 
+  /// What the base finds, each spectrum read once.
+  bool FindPrecursorScan(int sample, int function, int scan, int& precursorFunction,
+                         int& precursorScan) override;
+
  private:
   struct MetadataItem;
   static const MetadataItem kMetadata[6];
@@ -86,6 +91,9 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   ReportSampleRecord* FindIndexedSample(int sample);
   ReportFunctionRecord* FindFunction(int sample, int function);
   ReportFunctionRecord* FindIndexedFunction(int sample, int function);
+
+  // Functions of MS level 1; no value when one has no spectrum.
+  std::optional<std::vector<PrecursorCandidate>> FindPrecursorCandidates(int sample);
 
   std::optional<std::uint64_t> FindAnalogTrace(int sample, int trace);
 

@@ -180,6 +180,7 @@ void AnalogTraces::Add(Look look) {
   std::vector<std::size_t> ends;
   std::size_t count = 0;
   for (const Run& run : look.runs) ends.push_back(count += run.Size());
+  lastCount_ = count;
   if (count == 0) return;
   // A position is counted modulo the traces of one look, so a look with the same result needs no place.
   if (looks_.empty() || !(looks_.back().look == look)) {
@@ -236,8 +237,12 @@ std::vector<ReportSampleRecord> FindSamples(ReportStream& stream) {
 
 // Fills the record last, so that memory that runs out leaves it as it was.
 void IndexFunctions(ReportStream& stream, ReportSampleRecord& sample) {
-  if (sample.functionsSought) stream.Forget();
+  // The digest is taken before the walk that it stands for: a change between the two only costs a walk.
+  std::optional<std::uint64_t> digest;
+  if (sample.functionsSought) digest = stream.Digest(sample.position, sample.end);
+  if (digest && digest == sample.digest) return sample.analogTraces.AddAgain();
   std::vector<ReportFunctionRecord> functions = FunctionsOf(FindFunctions(stream, sample.position));
+  const std::uint64_t end = stream.Position() + 1;
   std::vector<std::string> texts;
   ReadTexts(stream, functions, texts, kNameKeys, kNameMembers);
   const std::vector<bool> saysAnalog = TextsWith(texts, kAnalogMark);
@@ -251,6 +256,8 @@ void IndexFunctions(ReportStream& stream, ReportSampleRecord& sample) {
   }
   std::erase_if(functions, isAnalog);
   sample.analogTraces.Add(FindAnalogTraces(stream, analog));
+  sample.digest = end == sample.end ? digest : std::nullopt;
+  sample.end = end;
   sample.functionsSought = true;
   sample.functionsIndexed = !functions.empty();
   sample.functions = std::move(functions);

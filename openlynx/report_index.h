@@ -60,6 +60,10 @@ class AnalogTraces {
   };
 
   void Add(Look look);
+
+  /// Adds what the last look found once more.
+  void AddAgain() { count_ += lastCount_; }
+
   std::size_t Count() const { return count_; }
 
   /// No value for a number that is not below Count().
@@ -74,13 +78,16 @@ class AnalogTraces {
   };
 
   std::vector<Looks> looks_;
+  std::size_t lastCount_ = 0;
   std::size_t count_ = 0;
 };
 
 struct ReportSampleRecord {
-  std::uint64_t position = 0;     // of the "[SAMPLE]" line
-  bool functionsIndexed = false;  // set once a function is found
-  bool functionsSought = false;   // in vain, unless they are indexed
+  std::uint64_t position = 0;           // of the "[SAMPLE]" line
+  bool functionsIndexed = false;        // set once a function is found
+  bool functionsSought = false;         // in vain, unless they are indexed
+  std::uint64_t end = 0;                // behind the last byte that was looked at in vain, and one more
+  std::optional<std::uint64_t> digest;  // of the bytes up to there, once they were looked at again
   std::vector<ReportFunctionRecord> functions;
   AnalogTraces analogTraces;
 
@@ -103,7 +110,8 @@ struct ReportSampleRecord {
 std::vector<ReportSampleRecord> FindSamples(ReportStream& stream);
 
 /// Adds the sample's functions and analog traces. A sample that still has no function afterwards is not
-/// marked as indexed: each further pass deliberately adds its analog traces once more.
+/// marked as indexed: each further pass deliberately adds its analog traces once more. Passes over the same
+/// bytes are not walked again.
 void IndexFunctions(ReportStream& stream, ReportSampleRecord& sample);
 
 /// Finds the function's blocks unless that has been done.

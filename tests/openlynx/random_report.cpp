@@ -193,4 +193,23 @@ std::string RandomReport::Next() {
   return text_;
 }
 
+std::string RandomReport::NextWithPrecursors() {
+  constexpr const char* kTimes[] = {"1", "2", "2", "3", "-1", "inf", "nan"};
+  text_ = "[SAMPLE]\n{\n";
+  for (int functions = 2 + Below(5); functions > 0; --functions) {
+    text_ += "[FUNCTION]\n{\n";
+    if (Chance(90)) Put(Chance(40) ? "Type MS2" : "Type MS");
+    if (Chance(70)) Put(Chance(80) ? "IonMode ES+" : "IonMode ES-");
+    for (int spectra = Chance(95) ? 1 + Below(3) : 0; spectra > 0; --spectra) {
+      text_ += "[SPECTRUM]\n{\n";
+      if (Chance(90)) Put("Time " + OneOf(kTimes));
+      if (Chance(60)) Put("Continuum FALSE");
+      if (Chance(90)) text_ += "[MS]\n{\n100 50\n}\n";
+      if (Chance(80)) Put("}");
+    }
+    if (Chance(50)) Put("}");
+  }
+  return text_;
+}
+
 }  // namespace zrml
