@@ -114,7 +114,7 @@ class KeySweep {
   KeySweep(const std::array<std::string_view, N>& keys, Use& use) : keys_(keys), use_(use) {}
 
   void Line(std::string_view line, std::span<const std::size_t> open) {
-    for (found_ = 0; found_ < N && !line.starts_with(keys_[found_]);) ++found_;
+    for (found_ = 0; found_ < N && !BeginsWith(line, keys_[found_]);) ++found_;
     if (found_ == N) return;
     value_ = ValueOf(line, keys_[found_]);
     if (value_.empty()) {
@@ -142,6 +142,11 @@ class KeySweep {
   }
 
  private:
+  // Most lines differ from a key in their first byte.
+  static bool BeginsWith(std::string_view line, std::string_view key) {
+    return line.front() == key.front() && line.starts_with(key);
+  }
+
   void Give(std::span<const std::size_t> open) {
     std::size_t& given = given_[found_];
     if (given < open.size()) use_(found_, value_, open.subspan(given));
