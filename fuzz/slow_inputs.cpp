@@ -10,6 +10,7 @@
 #include "fuzz/every_slot.h"
 #include "fuzz/simulated_files.h"
 #include "masslynx/ml_data_server.h"
+#include "openlynx/openlynx_data_server.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace {
@@ -101,22 +102,78 @@ Contents ManySubScans() {
   return files;
 }
 
-double Seconds(Contents contents) {
+template <class Server>
+double Seconds(Contents contents, const std::wstring& source) {
   fuzz::Files files;
   for (auto& [name, bytes] : contents) files[Widen(name)] = std::move(bytes);
   fuzz::SetFiles(std::move(files));
   const std::clock_t begin = std::clock();
   {
-    CMLDataServerImpl server;
-    server.Open(fuzz::kFolder);
-    fuzz::AskEverySlot(server, fuzz::kFolder, 1);
+    Server server;
+    server.Open(source);
+    fuzz::AskEverySlot(server, source, 1);
   }
   return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
-void Show(const std::string& what, Contents contents) {
-  std::printf("%-40s %7.3f s\n", what.c_str(), Seconds(std::move(contents)));
+void Print(const std::string& what, double seconds) {
+  std::printf("%-40s %7.3f s\n", what.c_str(), seconds);
   std::fflush(stdout);
+}
+
+void Show(const std::string& what, Contents contents) {
+  Print(what, Seconds<CMLDataServerImpl>(std::move(contents), fuzz::kFolder));
+}
+
+// A report that begins with `begin` and then repeats lines up to a megabyte, with `end` behind them.
+void ShowReport(const std::string& what, const std::string& begin, const std::string& repeated,
+                const std::string& end = {}) {
+  std::string text = begin;
+  while (text.size() + end.size() < kMegabyte) text += repeated;
+  text += end;
+  Print("report: " + what, Seconds<COpenLynxRptDataServerImpl>({{"nested.rpt", TextToBytes(text)}},
+                                                               std::wstring(fuzz::kFolder) + L"/nested.rpt"));
+}
+
+std::string Times(int count, std::string_view thing) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += thing;
+  return text;
+}
+
+// Nothing is ever closed, unless told otherwise.
+void ShowReports() {
+  const std::string sample = "[SAMPLE]\n{\n";
+  const std::string function = "[FUNCTION]\n{\n";
+  const std::string spectrum = "[SPECTRUM]\n{\n";
+  const std::string chromatogram = "[CHROMATOGRAM]\n{\n";
+  const std::string longType = "Type MS" + std::string(990, 'M') + "\n";
+  constexpr int kHalf = kMegabyte / 26;  // of the markers that fit
+  ShowReport("samples", "", sample);
+  ShowReport("functions", sample, function);
+  ShowReport("functions, each with a type", sample, function + "Type MS\n");
+  ShowReport("functions, one type in the last", sample, function, longType);
+  ShowReport("functions, one spectrum in the last", sample, function, spectrum + "Time 1\n[MS]\n1 1\n");
+  ShowReport("functions, spectra in the last", sample + Times(kHalf, function), spectrum);
+  ShowReport("functions, closed spectra in the last", sample + Times(kHalf, function), spectrum + "}\n");
+  ShowReport("functions, chromatograms in the last", sample + Times(kHalf, function), chromatogram);
+  ShowReport("functions and spectra in turn", sample, function + spectrum);
+  ShowReport("spectra", sample + function, spectrum);
+  ShowReport("spectra, keys in the last", sample + function, spectrum, "Time 1\nBPI 1\nTIC 1\n");
+  ShowReport("spectra, keys in each", sample + function, spectrum + "Time 1\nBPI 1\nTIC 1\n");
+  ShowReport("spectra, each with a data list", sample + function, spectrum + "[MS]\n1 1\n}\n");
+  ShowReport("chromatograms", sample + function, chromatogram);
+  ShowReport("analog functions", sample, function, "Type DAD\n");
+  ShowReport("analog functions, chromatograms", sample + Times(kHalf, function) + "Type DAD\n", chromatogram);
+  ShowReport(
+      "precursors among nested functions",
+      sample + function + "Type MS2\n" + spectrum + "Time 9\n}\n}\n" + Times(kHalf, function) + "Type MS\n",
+      spectrum, "Time 3\n");
+  ShowReport("braces", sample + function, "{\n");
+  ShowReport("lines of one byte", sample + function + "{\n", "\n");
+  ShowReport("one line", sample + function + "{\n", "{");
+  ShowReport("numbers of 990 digits", sample + function + spectrum,
+             "Time " + std::string(990, '1') + "\n" + spectrum);
 }
 
 }  // namespace
@@ -136,4 +193,5 @@ int main() {
   Show("many traces", ManyTraces());
   Show("many sub-scans", ManySubScans());
   Show("long history", LongHistory());
+  ShowReports();
 }

@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <iterator>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 #include "common/platform/platform.h"
@@ -36,6 +37,12 @@ template <class Item>
 Item* At(std::vector<Item>& items, int position) {
   const bool isThere = position >= 0 && static_cast<std::size_t>(position) < items.size();
   return isThere ? &items[static_cast<std::size_t>(position)] : nullptr;
+}
+
+// The item at a position of a run of a list.
+const std::uint64_t* At(const std::vector<std::uint64_t>& list, const Run& run, int position) {
+  const bool isThere = position >= 0 && static_cast<std::size_t>(position) < run.Size();
+  return isThere ? &list[run.first + static_cast<std::size_t>(position)] : nullptr;
 }
 
 std::wstring NumberedName(const wchar_t* noun, int position) {
@@ -75,12 +82,7 @@ bool COpenLynxRptDataServerImpl::Open(const std::wstring& path) {
   if (!opened.IsOpen()) return false;
   stream.Abandon();
   stream = std::move(opened);
-  for (ReportSampleRecord& sample : samples) {
-    for (ReportFunctionRecord& function : sample.functions) {
-      function.names.reset();
-      function.ionMode.reset();
-    }
-  }
+  for (ReportSampleRecord& sample : samples) sample.Forget();
   return true;
 }
 
@@ -91,12 +93,13 @@ bool COpenLynxRptDataServerImpl::Close() {
   return true;
 }
 
-void COpenLynxRptDataServerImpl::BuildSampleIndex() { samples = FindSamples(stream); }
+void COpenLynxRptDataServerImpl::IndexSamples() {
+  if (stream.IsOpen() && samples.empty()) samples = FindSamples(stream);
+}
 
 ReportSampleRecord* COpenLynxRptDataServerImpl::FindSample(int sample) {
-  if (!stream.IsOpen()) return nullptr;
-  if (samples.empty()) BuildSampleIndex();
-  return At(samples, sample);
+  IndexSamples();
+  return stream.IsOpen() ? At(samples, sample) : nullptr;
 }
 
 ReportSampleRecord* COpenLynxRptDataServerImpl::FindIndexedSample(int sample) {
@@ -112,12 +115,12 @@ ReportFunctionRecord* COpenLynxRptDataServerImpl::FindFunction(int sample, int f
 
 ReportFunctionRecord* COpenLynxRptDataServerImpl::FindIndexedFunction(int sample, int function) {
   ReportFunctionRecord* const record = FindFunction(sample, function);
-  if (record != nullptr) IndexBlocks(stream, *record);
+  if (record != nullptr) IndexBlocks(stream, *FindSample(sample), *record);
   return record;
 }
 
 int COpenLynxRptDataServerImpl::GetSampleCount() {
-  FindSample(0);
+  IndexSamples();
   return stream.IsOpen() ? CountOf(samples.size()) : 0;
 }
 
@@ -140,7 +143,7 @@ std::wstring COpenLynxRptDataServerImpl::GetSampleName(int sample) {
 int COpenLynxRptDataServerImpl::GetFunctionCount(int sample) {
   ReportSampleRecord* const record = FindIndexedSample(sample);
   if (record == nullptr) return 0;
-  for (ReportFunctionRecord& function : record->functions) IndexBlocks(stream, function);
+  IndexAllBlocks(stream, *record);
   std::erase_if(record->functions, [](const ReportFunctionRecord& entry) { return !entry.blocksIndexed; });
   return CountOf(record->functions.size());
 }
@@ -148,23 +151,24 @@ int COpenLynxRptDataServerImpl::GetFunctionCount(int sample) {
 std::wstring COpenLynxRptDataServerImpl::GetFunctionName(int sample, int function) {
   ReportFunctionRecord* const record = FindFunction(sample, function);
   if (record == nullptr) return {};
-  const std::wstring name = NameOf(stream, *record);
+  const std::wstring name = NameOf(stream, *FindSample(sample), *record);
   return !name.empty() ? name : NumberedName(L"Function", function);
 }
 
 int COpenLynxRptDataServerImpl::GetFunctionKind(int sample, int function) {
-  ReportFunctionRecord* const record = FindFunction(sample, function);
-  return KindOfType(record != nullptr ? std::string_view(NamesOf(stream, *record).type) : std::string_view());
+  const ReportFunctionRecord* const record = FindFunction(sample, function);
+  return KindOfType(record != nullptr ? TypeOf(stream, *FindSample(sample), *record) : std::string_view());
 }
 
 int COpenLynxRptDataServerImpl::GetPolarity(int sample, int function) {
-  ReportFunctionRecord* const record = FindFunction(sample, function);
-  return record != nullptr ? PolarityOfIonMode(IonModeOf(stream, *record)) : kUnknownPolarity;
+  const ReportFunctionRecord* const record = FindFunction(sample, function);
+  if (record == nullptr) return kUnknownPolarity;
+  return PolarityOfIonMode(IonModeOf(stream, *FindSample(sample), *record));
 }
 
 int COpenLynxRptDataServerImpl::GetScanCount(int sample, int function) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  return record != nullptr ? CountOf(record->spectra.size()) : 0;
+  return record != nullptr ? CountOf(record->spectra.Size()) : 0;
 }
 
 bool COpenLynxRptDataServerImpl::FillChromatogram(int sample, int function,
@@ -172,7 +176,7 @@ bool COpenLynxRptDataServerImpl::FillChromatogram(int sample, int function,
                                                   CZRChromatogram& chromatogram) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
   if (record == nullptr) return false;
-  const ScanTimeSeries scanTimes = ReadScanTimes(stream, *record);
+  const ScanTimeSeries scanTimes = ReadScanTimes(stream, FindSample(sample)->SpectraOf(*record));
   chromatogram.SetSize(CountOf(scanTimes.times.size()));
   chromatogram.AssignTimes(scanTimes.times);
   chromatogram.AssignIntensities(scanTimes.*series);
@@ -194,13 +198,14 @@ bool COpenLynxRptDataServerImpl::GetTotalIonChromatogram(bool allowCompute, int 
 bool COpenLynxRptDataServerImpl::GetRetentionTimes(int sample, int function, HostVector<double>& times) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
   if (record == nullptr) return false;
-  times = ReadScanTimes(stream, *record).times;
+  times = ReadScanTimes(stream, FindSample(sample)->SpectraOf(*record)).times;
   return true;
 }
 
 bool COpenLynxRptDataServerImpl::GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) {
-  ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  const std::uint64_t* const position = record != nullptr ? At(record->spectra, scan) : nullptr;
+  const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
+  if (record == nullptr) return false;
+  const std::uint64_t* const position = At(FindSample(sample)->spectra, record->spectra, scan);
   if (position == nullptr) return false;
   spectrumRead = ReadSpectrum(stream, *position);
   if (spectrumRead.points.x.empty()) return false;
@@ -239,39 +244,44 @@ bool COpenLynxRptDataServerImpl::ReadTraceAt(std::uint64_t position, CZRChromato
   return true;
 }
 
+std::optional<std::uint64_t> COpenLynxRptDataServerImpl::FindAnalogTrace(int sample, int trace) {
+  const ReportSampleRecord* const record = FindIndexedSample(sample);
+  if (record == nullptr || trace < 0) return std::nullopt;
+  return record->analogTraces.Position(static_cast<std::size_t>(trace));
+}
+
 int COpenLynxRptDataServerImpl::GetTraceCount(int sample) {
   const ReportSampleRecord* const record = FindIndexedSample(sample);
-  return record != nullptr ? CountOf(record->analogTraces.size()) : 0;
+  return record != nullptr ? CountOf(record->analogTraces.Count()) : 0;
 }
 
 std::wstring COpenLynxRptDataServerImpl::GetTraceName(int sample, int trace) {
-  ReportSampleRecord* const record = FindIndexedSample(sample);
-  const std::uint64_t* const position = record != nullptr ? At(record->analogTraces, trace) : nullptr;
-  return position != nullptr ? TraceNameAt(*position, L"Analog Trace", trace) : std::wstring();
+  const std::optional<std::uint64_t> position = FindAnalogTrace(sample, trace);
+  return position ? TraceNameAt(*position, L"Analog Trace", trace) : std::wstring();
 }
 
 bool COpenLynxRptDataServerImpl::GetTrace(int sample, int trace, CZRChromatogram& chromatogram) {
-  ReportSampleRecord* const record = FindIndexedSample(sample);
-  const std::uint64_t* const position = record != nullptr ? At(record->analogTraces, trace) : nullptr;
-  return position != nullptr && ReadTraceAt(*position, chromatogram);
+  const std::optional<std::uint64_t> position = FindAnalogTrace(sample, trace);
+  return position && ReadTraceAt(*position, chromatogram);
 }
 
 int COpenLynxRptDataServerImpl::GetFunctionTraceCount(int sample, int function) {
   const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  return record != nullptr ? CountOf(record->chromatograms.size()) : 0;
+  return record != nullptr ? CountOf(record->chromatograms.Size()) : 0;
 }
 
 std::wstring COpenLynxRptDataServerImpl::GetFunctionTraceName(int sample, int function, int trace) {
-  ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
-  const std::uint64_t* const position = record != nullptr ? At(record->chromatograms, trace) : nullptr;
+  const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
+  if (record == nullptr) return {};
+  const std::uint64_t* const position = At(FindSample(sample)->chromatograms, record->chromatograms, trace);
   return position != nullptr ? TraceNameAt(*position, L"Function Trace", trace) : std::wstring();
 }
 
 bool COpenLynxRptDataServerImpl::GetFunctionTrace(int sample, int function, int trace,
                                                   CZRChromatogram& chromatogram) {
-  ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
+  const ReportFunctionRecord* const record = FindIndexedFunction(sample, function);
   if (record == nullptr) return false;
-  const std::uint64_t* const position = At(record->chromatograms, trace);
+  const std::uint64_t* const position = At(FindSample(sample)->chromatograms, record->chromatograms, trace);
   return position == nullptr || ReadTraceAt(*position, chromatogram);
 }
 
@@ -339,6 +349,53 @@ bool COpenLynxRptDataServerImpl::GetMetadataKeys(int sample, int function, std::
   if (FindFunction(sample, function) == nullptr) return false;
   keys.clear();
   for (const MetadataItem& item : kMetadata) keys.emplace_back(item.key);
+  return true;
+}
+
+std::optional<std::vector<PrecursorCandidate>> COpenLynxRptDataServerImpl::FindPrecursorCandidates(
+    int sample) {
+  ReportSampleRecord& record = *FindSample(sample);
+  std::vector<PrecursorCandidate> candidates;
+  TextNumber lastType = kUnreadText;  // functions that lie in each other share a type: told once
+  bool isSecondLevel = false;
+  for (std::size_t i = 0; i < record.functions.size(); ++i) {
+    const ReportFunctionRecord& function = record.functions[i];
+    const std::string_view type = TypeOf(stream, record, function);
+    if (function.type != lastType) isSecondLevel = KindOfType(type) == kMsMsFunction;
+    lastType = function.type;
+    if (isSecondLevel) continue;
+    if (function.spectra.Size() == 0) return std::nullopt;
+    candidates.push_back({static_cast<int>(i), function.spectra});
+  }
+  return candidates;
+}
+
+// Reports have no kind whose spectra come from their own level, so only spectra of level 2 have precursors.
+bool COpenLynxRptDataServerImpl::FindPrecursorScan(int sample, int function, int scan, int& precursorFunction,
+                                                   int& precursorScan) {
+  if (GetSampleCount() <= 0 || GetFunctionCount(sample) <= 0) return false;
+  const ReportFunctionRecord* const own = FindIndexedFunction(sample, function);
+  if (own == nullptr || scan < 0 || scan >= CountOf(own->spectra.Size())) return false;
+  if (GetMSLevel(sample, function) != 2) return false;
+  const std::span<const std::uint64_t> spectra = FindSample(sample)->spectra;
+  const std::size_t at = own->spectra.first + static_cast<std::size_t>(scan);
+  const double minutes = ReadScanTimes(stream, spectra.subspan(at, 1)).times[0];
+  const auto candidates = FindPrecursorCandidates(sample);
+  if (!candidates) return false;
+  const PrecursorSearch search(stream, spectra, *candidates, minutes);
+  const bool isCentroided = IsCentroided(sample, function);
+  const int polarity = GetPolarity(sample, function);
+  std::size_t lastFirst = spectra.size();  // functions that lie in each other share their first spectrum
+  bool isAlike = false;
+  const auto found = search.Find([&](const PrecursorCandidate& candidate) {
+    if (GetPolarity(sample, candidate.function) != polarity) return false;
+    if (candidate.spectra.first != lastFirst)
+      isAlike = IsCentroided(sample, candidate.function) == isCentroided;
+    lastFirst = candidate.spectra.first;
+    return isAlike;
+  });
+  if (!found) return false;
+  std::tie(precursorFunction, precursorScan) = *found;
   return true;
 }
 

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "openlynx/precursor_search.h"
 #include "openlynx/report_index.h"
 #include "openlynx/report_stream.h"
 #include "openlynx/report_values.h"
@@ -67,6 +69,10 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   bool GetMetadataValue(int sample, int function, const std::wstring& key, std::wstring& value) override;
   bool GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) override;
 
+  /// What the base finds, each spectrum read once.
+  bool FindPrecursorScan(int sample, int function, int scan, int& precursorFunction,
+                         int& precursorScan) override;
+
  private:
   struct MetadataItem;
   static const MetadataItem kMetadata[6];
@@ -76,7 +82,8 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   bool ReadDateTime(const MetadataItem& item, int sample, int function, std::wstring& value);
   bool ReadFunctionBlock(const MetadataItem& item, int sample, int function, std::wstring& value);
 
-  void BuildSampleIndex();
+  // Looks for the samples of the open file unless some are known.
+  void IndexSamples();
 
   // The record at a position with what its callers need indexed, each step when it is first needed; null when
   // there is none or no file is open.
@@ -84,6 +91,11 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   ReportSampleRecord* FindIndexedSample(int sample);
   ReportFunctionRecord* FindFunction(int sample, int function);
   ReportFunctionRecord* FindIndexedFunction(int sample, int function);
+
+  // Functions of MS level 1; no value when one has no spectrum.
+  std::optional<std::vector<PrecursorCandidate>> FindPrecursorCandidates(int sample);
+
+  std::optional<std::uint64_t> FindAnalogTrace(int sample, int trace);
 
   bool FillChromatogram(int sample, int function, HostVector<double> ScanTimeSeries::*series,
                         CZRChromatogram& chromatogram);

@@ -17,7 +17,7 @@ void TryKeys(std::string_view line, std::span<KeyValue> keys) {
   const auto key = std::find_if(keys.begin(), keys.end(), [&](const KeyValue& entry) {
     return entry.value.empty() && line.starts_with(entry.key);
   });
-  if (key != keys.end()) key->value = Trim(TextOf(line).substr(key->key.size()));
+  if (key != keys.end()) key->value = ValueOf(line, key->key);
 }
 
 }  // namespace
@@ -41,6 +41,14 @@ bool BlockWalk::NextMarked(std::string_view& line) {
   if (!stream_.NextMarked(line)) return false;
   Count(line);
   return true;
+}
+
+std::string_view ValueOf(std::string_view line, std::string_view key) {
+  return Trim(TextOf(line).substr(key.size()));
+}
+
+bool Contains(std::string_view value, std::string_view part) {
+  return value.find(part) != std::string_view::npos;
 }
 
 void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys) {

@@ -33,6 +33,9 @@ class BlockWalk {
   /// does not.
   bool IsInside() const { return depth_ > 0; }
 
+  /// How many braces are open behind that line.
+  std::int64_t Depth() const { return depth_; }
+
  private:
   bool IsOver() const { return lines_ > 1 && depth_ <= 0; }
   void Count(std::string_view line);
@@ -49,9 +52,14 @@ struct KeyValue {
   std::string value = {};
 };
 
+/// What follows the key on a line that begins with it: trimmed, and up to a NUL.
+std::string_view ValueOf(std::string_view line, std::string_view key);
+
+bool Contains(std::string_view value, std::string_view part);
+
 /// Fills the empty values from the block at `position`, nested blocks included; the first value that is not
-/// empty counts. Keys match by prefix, deliberately: "Timestamp 3" gives "Time" the value "stamp 3". `keys`
-/// are in ascending order.
+/// empty counts. Keys match by prefix, deliberately: "Timestamp 3" gives "Time" the value "stamp 3". Keys may
+/// come in any order, since none begins another one.
 void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys);
 
 /// A value's number by the rules of C's atof: 0 when there is none.

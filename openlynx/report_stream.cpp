@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <span>
 
 namespace zrml {
@@ -148,5 +149,18 @@ bool ReportStream::Find(std::string_view start) {
 }
 
 bool ReportStream::NextMarked(std::string_view& piece) { return FindPiece(1, FindMark) && Next(piece); }
+
+std::uint64_t ReportStream::Digest(std::uint64_t from, std::uint64_t end) {
+  constexpr std::uint64_t kOdd = 0x9E3779B97F4A7C15;
+  Seek(from);
+  Forget();
+  std::uint64_t digest = 0;
+  while (Position() < end && Fill()) {
+    const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(size_, end - Position()));
+    digest = (digest ^ std::hash<std::string_view>()(Buffered().substr(0, length))) * kOdd;
+    at_ += length;
+  }
+  return digest;
+}
 
 }  // namespace zrml

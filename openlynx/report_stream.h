@@ -51,6 +51,9 @@ class ReportStream {
   /// end, when there is none. `start` holds no line feed.
   bool Find(std::string_view start);
 
+  /// A number that tells the bytes [from, end) of the file, as they are now, from others.
+  std::uint64_t Digest(std::uint64_t from, std::uint64_t end);
+
  private:
   std::string_view Buffered() const { return {buffer_.data() + at_, size_ - at_}; }
   template <class Search>

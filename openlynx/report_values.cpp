@@ -4,6 +4,7 @@
 #include <array>
 
 #include "common/platform/platform.h"
+#include "openlynx/block_sweep.h"
 #include "plugin/data_server.h"
 
 namespace zrml {
@@ -30,10 +31,6 @@ constexpr std::array<TypeKind, 10> kTypeKinds = {{
     {"MRM", kIonMonitoringFunction},
     {"MS", kMsFunction},
 }};
-
-bool Contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
 
 template <class Keep>
 ReportPoints ReadPoints(ReportStream& stream, std::uint64_t position, std::string_view marker,
@@ -62,33 +59,28 @@ int PolarityOfIonMode(std::string_view ionMode) {
 }
 
 int MsLevelOfKind(int kind) {
-  constexpr std::array kSecondLevel = {4, 16, 64};  // of these, reports have 4 only
+  constexpr std::array<int, 3> kSecondLevel = {kMsMsFunction, kKind16, kKind64};
   return std::find(kSecondLevel.begin(), kSecondLevel.end(), kind) != kSecondLevel.end() ? 2 : 1;
 }
 
-const ReportFunctionRecord::Names& NamesOf(ReportStream& stream, ReportFunctionRecord& function) {
-  if (!function.names) {
-    std::array<KeyValue, 2> keys = {{{kDescriptionKey}, {kTypeKey}}};
-    ReadKeys(stream, function.position, keys);
-    function.names = {std::move(keys[0].value), std::move(keys[1].value)};
-  }
-  return *function.names;
+std::string_view TypeOf(ReportStream& stream, ReportSampleRecord& sample,
+                        const ReportFunctionRecord& function) {
+  ReadNames(stream, sample, function);
+  return sample.Text(function.type);
 }
 
-const std::string& IonModeOf(ReportStream& stream, ReportFunctionRecord& function) {
-  if (!function.ionMode) {
-    std::array<KeyValue, 1> keys = {{{kIonModeKey}}};
-    ReadKeys(stream, function.position, keys);
-    function.ionMode = std::move(keys[0].value);
-  }
-  return *function.ionMode;
+std::string_view IonModeOf(ReportStream& stream, ReportSampleRecord& sample,
+                           const ReportFunctionRecord& function) {
+  ReadIonMode(stream, sample, function);
+  return sample.Text(function.ionMode);
 }
 
-std::wstring NameOf(ReportStream& stream, ReportFunctionRecord& function) {
+std::wstring NameOf(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function) {
+  ReadNames(stream, sample, function);
+  ReadIonMode(stream, sample, function);
   std::wstring name;
-  const auto& [description, type] = NamesOf(stream, function);
-  for (const std::string_view part : {std::string_view(IonModeOf(stream, function)), std::string_view(type),
-                                      std::string_view(description)}) {
+  for (const TextNumber number : {function.ionMode, function.type, function.description}) {
+    const std::string_view part = sample.Text(number);
     if (part.empty()) continue;
     if (!name.empty()) name += L' ';
     name += platform::FromCodePage(part);
@@ -102,18 +94,16 @@ std::wstring TextOfKey(ReportStream& stream, std::uint64_t position, std::string
   return platform::FromCodePage(keys[0].value);
 }
 
-ScanTimeSeries ReadScanTimes(ReportStream& stream, const ReportFunctionRecord& function) {
+ScanTimeSeries ReadScanTimes(ReportStream& stream, std::span<const std::uint64_t> spectra) {
   ScanTimeSeries series;
-  for (HostVector<double>* const values : {&series.times, &series.bpi, &series.tic})
-    values->reserve(function.spectra.size());
-  for (const std::uint64_t position : function.spectra) {
-    std::array<KeyValue, 3> keys = {{{kBpiKey}, {kTicKey}, {kTimeKey}}};
-    ReadKeys(stream, position, keys);
-    const auto& [bpi, tic, time] = keys;
-    series.times.push_back(NumberOf(time.value));
-    series.bpi.push_back(NumberOf(bpi.value));
-    series.tic.push_back(NumberOf(tic.value));
-  }
+  constexpr std::array kKeys = {kBpiKey, kTicKey, kTimeKey};
+  const std::array values = {&series.bpi, &series.tic, &series.times};
+  for (HostVector<double>* const of : values) of->resize(spectra.size());
+  ReadKeysOfAll(stream, spectra, kKeys,
+                [&](std::size_t key, std::string_view value, std::span<const std::size_t> blocks) {
+                  const double number = NumberOf(value);
+                  for (const std::size_t block : blocks) (*values[key])[block] = number;
+                });
   return series;
 }
 

@@ -1,6 +1,8 @@
 // What the values of a report's keys mean to the interface.
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -19,14 +21,16 @@ int PolarityOfIonMode(std::string_view ionMode);
 /// MS level of a spectrum of a function of this kind.
 int MsLevelOfKind(int kind);
 
-/// The "Description" and "Type" values of a function, read once.
-const ReportFunctionRecord::Names& NamesOf(ReportStream& stream, ReportFunctionRecord& function);
+/// The "Type" value of a function, read once.
+std::string_view TypeOf(ReportStream& stream, ReportSampleRecord& sample,
+                        const ReportFunctionRecord& function);
 
 /// The "IonMode" value of a function, read once.
-const std::string& IonModeOf(ReportStream& stream, ReportFunctionRecord& function);
+std::string_view IonModeOf(ReportStream& stream, ReportSampleRecord& sample,
+                           const ReportFunctionRecord& function);
 
 /// Ion mode, type and description joined by blanks; empty when all are.
-std::wstring NameOf(ReportStream& stream, ReportFunctionRecord& function);
+std::wstring NameOf(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function);
 
 /// The value of one key of the block at `position` as wide text; empty when there is none.
 std::wstring TextOfKey(ReportStream& stream, std::uint64_t position, std::string_view key);
@@ -38,7 +42,7 @@ struct ScanTimeSeries {
   HostVector<double> tic;
 };
 
-ScanTimeSeries ReadScanTimes(ReportStream& stream, const ReportFunctionRecord& function);
+ScanTimeSeries ReadScanTimes(ReportStream& stream, std::span<const std::uint64_t> spectra);
 
 /// The points of a data list: masses or times, and intensities scaled to the block's full scale.
 struct ReportPoints {

@@ -18,8 +18,8 @@
 
 namespace zrml {
 
-/// Values of GetFunctionKind. 8 and 16 are further kinds that no provider here gives; 16 counts as MS
-/// level 2.
+/// Values of GetFunctionKind. 8, 16 and 64 are further kinds that no provider here gives; 16 counts as MS
+/// level 2, and so does 64 where a report's spectra tell theirs.
 enum FunctionKind : int {
   kAbsorbanceFunction = 1,
   kMsFunction = 2,
@@ -27,6 +27,7 @@ enum FunctionKind : int {
   kKind8 = 8,
   kKind16 = 16,
   kIonMonitoringFunction = 32,
+  kKind64 = 64,
 };
 
 /// Values of GetMSMSScanType.

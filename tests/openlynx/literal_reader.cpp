@@ -123,8 +123,7 @@ void LiteralReader::Walk(std::size_t position, Visit visit) {
       return;
     }
     ++count;
-    if (count == 2 && line[0] != '{') return;
-    if (count > 1 && depth == 0) return;
+    if (count > 1 && depth <= 0) return;  // below 0 when the second line is a "}"
   }
 }
 
@@ -145,8 +144,7 @@ void LiteralReader::ReadKeys(std::size_t position, KeyMap& keys) {
       }
     }
     ++count;
-    if (count == 2 && line[0] != '{') return;
-    if (count > 1 && depth == 0) return;
+    if (count > 1 && depth <= 0) return;  // below 0 when the second line is a "}"
     bool isComplete = true;
     for (const auto& [key, value] : keys) isComplete = isComplete && !value.empty();
     if (isComplete) return;
@@ -446,8 +444,7 @@ bool LiteralReader::GetMetadataValue(int sample, int function, const std::wstrin
     if (line[0] == '{') ++depth;
     if (line[0] == '}') --depth;
     ++count;
-    if (count == 2 && line[0] != '{') break;
-    if (count > 1 && depth == 0) break;
+    if (count > 1 && depth <= 0) break;
   }
   value = platform::FromCodePage(whole);
   return true;

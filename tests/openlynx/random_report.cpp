@@ -107,8 +107,27 @@ void RandomReport::Sample() {
   Put("[SAMPLE]");
   if (Chance(96)) Put("{");
   for (int i = Below(5); i > 0; --i) KeyLine();
-  for (int i = Below(4); i > 0; --i) Function();
+  for (int i = Below(4); i > 0; --i) Chance(8) ? Nest() : Function();
   if (Chance(97)) Put("}");
+}
+
+// Blocks that lie in each other, with things between their beginnings, and mostly without their ends.
+void RandomReport::Nest() {
+  constexpr const char* kMarkers[] = {"[FUNCTION]", "[FUNCTION]", "[SPECTRUM]", "[CHROMATOGRAM]", "[SAMPLE]"};
+  const std::string usual = OneOf(kMarkers);
+  const int depth = 1 + Below(Chance(10) ? 100 : 12);
+  const int keyPercent = Below(40);
+  for (int i = 0; i < depth; ++i) {
+    Put(Chance(70) ? usual : OneOf(kMarkers));
+    if (Chance(95)) Put("{");
+    if (Chance(keyPercent)) KeyLine();
+    if (Chance(3)) OddLine();
+    if (Chance(10)) Put("}");
+    if (Chance(5)) Inner("[SPECTRUM]", "[MS]");
+    if (Chance(5)) Inner("[CHROMATOGRAM]", "[TRACE]");
+  }
+  if (Chance(50)) KeyLine();
+  for (int i = Chance(30) ? Below(depth + 2) : 0; i > 0; --i) Put("}");
 }
 
 void RandomReport::OddLine() { Put(Chance(25) ? LongLine() : OneOf(kOddLines)); }
@@ -157,6 +176,7 @@ std::string RandomReport::Next() {
   if (Chance(20)) OddLine();
   for (int i = 1 + Below(3); i > 0; --i) {
     Sample();
+    if (Chance(4)) Nest();
     if (Chance(10)) OddLine();
   }
   if (Below(200) == 0) {  // longer than the blocks in which files are read
@@ -169,6 +189,25 @@ std::string RandomReport::Next() {
   }
   if (Chance(60)) {
     for (int i = 1 + Below(3); i > 0; --i) Damage();
+  }
+  return text_;
+}
+
+std::string RandomReport::NextWithPrecursors() {
+  constexpr const char* kTimes[] = {"1", "2", "2", "3", "-1", "inf", "nan"};
+  text_ = "[SAMPLE]\n{\n";
+  for (int functions = 2 + Below(5); functions > 0; --functions) {
+    text_ += "[FUNCTION]\n{\n";
+    if (Chance(90)) Put(Chance(40) ? "Type MS2" : "Type MS");
+    if (Chance(70)) Put(Chance(80) ? "IonMode ES+" : "IonMode ES-");
+    for (int spectra = Chance(95) ? 1 + Below(3) : 0; spectra > 0; --spectra) {
+      text_ += "[SPECTRUM]\n{\n";
+      if (Chance(90)) Put("Time " + OneOf(kTimes));
+      if (Chance(60)) Put("Continuum FALSE");
+      if (Chance(90)) text_ += "[MS]\n{\n100 50\n}\n";
+      if (Chance(80)) Put("}");
+    }
+    if (Chance(50)) Put("}");
   }
   return text_;
 }

@@ -14,6 +14,10 @@ class RandomReport {
   /// The bytes of the next report.
   std::string Next();
 
+  /// The same, of one sample whose functions are of either MS level, with and without ends, and whose spectra
+  /// are at few different times.
+  std::string NextWithPrecursors();
+
   /// 0 <= value < `limit`. The same numbers on every platform.
   int Below(int limit) { return static_cast<int>(random_() % static_cast<std::uint32_t>(limit)); }
 
@@ -32,6 +36,7 @@ class RandomReport {
   void Inner(const char* marker, const char* list);
   void Function();
   void Sample();
+  void Nest();
   void OddLine();
   std::string LongLine();
   void Damage();

@@ -1,0 +1,171 @@
+// Going through many blocks at once. Blocks that were never closed lie in each other, each in all those
+// before it; a sweep reads a line once, whatever number of blocks it is part of.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "openlynx/report_block.h"
+#include "openlynx/report_stream.h"
+
+namespace zrml {
+
+/// Walks the blocks that begin at ascending positions, and tells a visitor of
+///   Line(line, open)       a line, and the numbers of the blocks that it is part of, outermost first,
+///   without
+///                          the one that begins with it;
+///   Ended(stillOpen)       a block, the innermost, has ended: so many are still open;
+///   Inside(line, position) the line again, when it stands between the braces of a block;
+///   Began(open)            a block has begun with the line: it is the last of those that are open.
+/// A visitor whose IsSatisfied(count of open blocks) needs no further line of the blocks that are open; one
+/// whose kEveryLine is false needs only marked lines.
+///
+/// Positions that were found in another file may lie within the pieces of an earlier block. Such blocks are
+/// walked in further rounds: at most one for each distance that two of them can have within a piece.
+template <class Visitor>
+class BlockSweep {
+ public:
+  BlockSweep(ReportStream& stream, std::span<const std::uint64_t> positions, Visitor& visitor)
+      : stream_(stream), positions_(positions), visitor_(visitor) {}
+
+  void Run() {
+    RunRound(Visitor::kEveryLine);
+    while (!missed_.empty()) {
+      round_ = std::exchange(missed_, {});
+      RunRound(true);
+    }
+  }
+
+ private:
+  std::size_t Count() const { return round_.empty() ? positions_.size() : round_.size(); }
+  std::size_t NextNumber() const { return round_.empty() ? next_ : round_[next_]; }
+  bool IsNextBefore(std::uint64_t position) const {
+    return next_ < Count() && positions_[NextNumber()] < position;
+  }
+
+  void RunRound(bool everyLine) {
+    next_ = 0;
+    bool isSecond = false;  // the second line of a block counts whatever it begins with
+    std::string_view line;
+    while (!open_.empty() || next_ < Count()) {
+      const bool isFirst = open_.empty();
+      if (isFirst) stream_.Seek(positions_[NextNumber()]);
+      if (!(everyLine || isFirst || isSecond ? stream_.Next(line) : stream_.NextMarked(line))) break;
+      const std::uint64_t position = stream_.Position() - line.size();
+      PassMissed(position);
+      isSecond = next_ < Count() && positions_[NextNumber()] == position;
+      Visit(line, position, isSecond);
+    }
+    PassMissed(stream_.Position());
+    while (!open_.empty()) End();
+  }
+
+  void PassMissed(std::uint64_t position) {
+    for (; IsNextBefore(position); ++next_) missed_.push_back(NextNumber());
+  }
+
+  void Visit(std::string_view line, std::uint64_t position, bool begins) {
+    visitor_.Line(line, std::span<const std::size_t>(open_));
+    const std::int64_t before = depth_;
+    if (line.front() == report_format::kOpen) ++depth_;
+    if (line.front() == report_format::kClose) --depth_;
+    while (!open_.empty() && depths_.back() >= depth_) End();
+    if (!open_.empty()) visitor_.Inside(line, position);
+    if (begins) {
+      open_.push_back(NextNumber());
+      depths_.push_back(before);
+      ++next_;
+      visitor_.Began(std::span<const std::size_t>(open_));
+    }
+    if (visitor_.IsSatisfied(open_.size())) {
+      while (!open_.empty()) End();
+    }
+  }
+
+  void End() {
+    open_.pop_back();
+    depths_.pop_back();
+    visitor_.Ended(open_.size());
+  }
+
+  ReportStream& stream_;
+  std::span<const std::uint64_t> positions_;
+  Visitor& visitor_;
+  std::vector<std::size_t> round_;   // numbers of the blocks of this round; empty in the first, of all blocks
+  std::vector<std::size_t> missed_;  // of those left for the next one
+  std::size_t next_ = 0;             // of the round, to begin
+  std::vector<std::size_t> open_;    // outermost first
+  std::vector<std::int64_t> depths_;  // before each of them; ascending
+  std::int64_t depth_ = 0;
+};
+
+/// Gives what ReadKeys would find in each of many blocks: calls `use(key, value, blocks)` with the number of
+/// a key, a value, and the numbers of the blocks whose first value it is.
+template <std::size_t N, class Use>
+class KeySweep {
+ public:
+  static constexpr bool kEveryLine = true;
+
+  KeySweep(const std::array<std::string_view, N>& keys, Use& use) : keys_(keys), use_(use) {}
+
+  void Line(std::string_view line, std::span<const std::size_t> open) {
+    for (found_ = 0; found_ < N && !BeginsWith(line, keys_[found_]);) ++found_;
+    if (found_ == N) return;
+    value_ = ValueOf(line, keys_[found_]);
+    if (value_.empty()) {
+      found_ = N;
+    } else {
+      Give(open);
+    }
+  }
+
+  void Inside(std::string_view, std::uint64_t) {}
+
+  void Began(std::span<const std::size_t> open) {
+    if (found_ != N) Give(open);
+  }
+
+  void Ended(std::size_t stillOpen) {
+    for (std::size_t& given : given_) given = given < stillOpen ? given : stillOpen;
+  }
+
+  bool IsSatisfied(std::size_t open) const {
+    for (const std::size_t given : given_) {
+      if (given < open) return false;
+    }
+    return true;
+  }
+
+ private:
+  // Most lines differ from a key in their first byte.
+  static bool BeginsWith(std::string_view line, std::string_view key) {
+    return line.front() == key.front() && line.starts_with(key);
+  }
+
+  void Give(std::span<const std::size_t> open) {
+    std::size_t& given = given_[found_];
+    if (given < open.size()) use_(found_, value_, open.subspan(given));
+    given = open.size();
+  }
+
+  const std::array<std::string_view, N>& keys_;
+  Use& use_;
+  std::size_t found_ = N;  // the key of the last line
+  std::string_view value_;
+  // How many of the open blocks, outermost first, have a value of each key. The inner ones have none.
+  std::array<std::size_t, N> given_ = {};
+};
+
+template <std::size_t N, class Use>
+void ReadKeysOfAll(ReportStream& stream, std::span<const std::uint64_t> positions,
+                   const std::array<std::string_view, N>& keys, Use use) {
+  KeySweep<N, Use> visitor(keys, use);
+  BlockSweep(stream, positions, visitor).Run();
+}
+
+}  // namespace zrml
