@@ -120,24 +120,14 @@ inline bool TakeShortDecimal(std::string_view& text, double& value) {
   return true;
 }
 
-}  // namespace
-
-std::optional<double> TakeDouble(std::wstring_view& text) { return TakeReal<double>(text); }
-std::optional<float> TakeFloat(std::wstring_view& text) { return TakeReal<float>(text); }
-
-std::optional<double> TakeDouble(std::string_view& text) {
-  double value = 0;
-  if (TakeShortDecimal(text, value)) return value;
-  return TakeReal<double>(text);
-}
-
-std::optional<int> TakeInt(std::wstring_view& text) {
+template <class Char>
+std::optional<int> TakeDecimal(std::basic_string_view<Char>& text) {
   const Sign sign = ReadSign(text);
   std::size_t i = sign.length;
   std::int64_t value = 0;
   constexpr std::int64_t kLimit = std::int64_t{1} << 32;
-  for (; i < text.size() && text[i] >= L'0' && text[i] <= L'9'; ++i) {
-    value = std::min(value * 10 + (text[i] - L'0'), kLimit);
+  for (; i < text.size() && text[i] >= Char('0') && text[i] <= Char('9'); ++i) {
+    value = std::min(value * 10 + (text[i] - Char('0')), kLimit);
   }
   if (i == sign.length) return std::nullopt;
   text.remove_prefix(i);
@@ -145,5 +135,19 @@ std::optional<int> TakeInt(std::wstring_view& text) {
   return static_cast<int>(
       std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
+
+}  // namespace
+
+std::optional<double> TakeDouble(std::wstring_view& text) { return TakeReal<double>(text); }
+std::optional<float> TakeFloat(std::wstring_view& text) { return TakeReal<float>(text); }
+std::optional<int> TakeInt(std::wstring_view& text) { return TakeDecimal(text); }
+
+std::optional<double> TakeDouble(std::string_view& text) {
+  double value = 0;
+  if (TakeShortDecimal(text, value)) return value;
+  return TakeReal<double>(text);
+}
+std::optional<float> TakeFloat(std::string_view& text) { return TakeReal<float>(text); }
+std::optional<int> TakeInt(std::string_view& text) { return TakeDecimal(text); }
 
 }  // namespace zrml

@@ -13,10 +13,12 @@ namespace zrml {
 std::optional<double> TakeDouble(std::wstring_view& text);
 std::optional<float> TakeFloat(std::wstring_view& text);
 
-/// The same over the bytes of a narrow text.
-std::optional<double> TakeDouble(std::string_view& text);
-
 /// The same for a decimal integer; values outside 32 bits become the nearest limit.
 std::optional<int> TakeInt(std::wstring_view& text);
+
+/// The same over the bytes of a narrow text.
+std::optional<double> TakeDouble(std::string_view& text);
+std::optional<float> TakeFloat(std::string_view& text);
+std::optional<int> TakeInt(std::string_view& text);
 
 }  // namespace zrml

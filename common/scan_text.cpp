@@ -5,8 +5,8 @@
 
 namespace zrml {
 
-bool ScanText::Literal(std::wstring_view format) {
-  for (const wchar_t c : format) {
+bool ScanText::Literal(std::string_view format) {
+  for (const char c : format) {
     if (IsSpace(c)) {
       while (!rest_.empty() && IsSpace(rest_.front())) rest_.remove_prefix(1);
     } else if (!rest_.empty() && rest_.front() == c) {

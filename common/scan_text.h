@@ -8,21 +8,21 @@ namespace zrml {
 
 class ScanText {
  public:
-  explicit ScanText(std::wstring_view text) : rest_(text) {}
+  explicit ScanText(std::string_view text) : rest_(text) {}
 
   /// Matches the literal part of a format: a blank in `format` matches any run of white space, also none;
   /// every other character only itself. On failure the position is where matching stopped, and later matches
   /// should not be tried.
-  bool Literal(std::wstring_view format);
+  bool Literal(std::string_view format);
 
   std::optional<int> Int();        ///< %d
   std::optional<double> Double();  ///< %lf
   std::optional<float> Float();    ///< %f
 
-  std::wstring_view Rest() const { return rest_; }
+  std::string_view Rest() const { return rest_; }
 
  private:
-  std::wstring_view rest_;
+  std::string_view rest_;
 };
 
 }  // namespace zrml

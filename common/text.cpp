@@ -37,12 +37,19 @@ std::wstring ToLower(std::wstring_view text) {
 }
 
 std::wstring ZeroPadded(int value, std::size_t width) {
-  std::wstring digits = std::to_wstring(value);
+  std::wstring digits = Widen(std::to_string(value));  // to_wstring() formats with printf
   const std::size_t sign = value < 0 ? 1 : 0;
   if (digits.size() < width) digits.insert(sign, width - digits.size(), L'0');
   return digits;
 }
 
 std::wstring Widen(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
+
+std::wstring FromBytes(std::string_view bytes) {
+  std::wstring text(bytes.size(), L'\0');
+  std::transform(bytes.begin(), bytes.end(), text.begin(),
+                 [](char byte) { return static_cast<wchar_t>(static_cast<unsigned char>(byte)); });
+  return text;
+}
 
 }  // namespace zrml

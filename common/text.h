@@ -23,4 +23,7 @@ std::wstring ZeroPadded(int value, std::size_t width);
 /// ASCII text as wide characters.
 std::wstring Widen(std::string_view ascii);
 
+/// Each byte as the character of its code.
+std::wstring FromBytes(std::string_view bytes);
+
 }  // namespace zrml

@@ -1,5 +1,5 @@
-// Text files, read alike on every platform: each byte becomes the character of the same code, CR LF is folded
-// to LF, and Ctrl-Z ends the text.
+// Text files, read alike on every platform: CR LF is folded to LF, and Ctrl-Z ends the text. A byte is a
+// character; as wide text it becomes the character of the same code.
 #pragma once
 
 #include <cstdint>
@@ -12,26 +12,51 @@
 namespace zrml {
 
 /// The text of `file` from its start, from at most `maxBytes` bytes. A read error ends the text.
+std::string ReadTextBytes(const platform::File& file,
+                          std::uint64_t maxBytes = std::numeric_limits<std::uint64_t>::max());
+
+/// The same as wide text.
 std::wstring ReadText(const platform::File& file,
                       std::uint64_t maxBytes = std::numeric_limits<std::uint64_t>::max());
 
 /// Hands out text in the pieces that a line buffer of a given size would hold: up to and with a line feed, or
 /// one character less than the buffer.
-class LineReader {
+template <class Char>
+class BasicLineReader {
  public:
-  LineReader(std::wstring_view text, std::size_t bufferSize) : rest_(text), limit_(bufferSize - 1) {}
+  using View = std::basic_string_view<Char>;
+
+  BasicLineReader(View text, std::size_t bufferSize)
+      : rest_(text), limit_(bufferSize - 1), hasNul_(text.find(Char{}) != View::npos) {}
 
   /// False, with `piece` unchanged, when no character is left. A NUL character ends the piece's text.
-  bool Next(std::wstring_view& piece);
+  bool Next(View& piece) {
+    if (rest_.empty()) {
+      metEnd_ = true;
+      return false;
+    }
+    const View window = rest_.substr(0, limit_);
+    const std::size_t lineFeed = window.find(Char('\n'));
+    const std::size_t length = lineFeed == View::npos ? window.size() : lineFeed + 1;
+    metEnd_ = lineFeed == View::npos && length < limit_;
+    piece = rest_.substr(0, length);
+    if (hasNul_) piece = piece.substr(0, piece.find(Char{}));
+    rest_.remove_prefix(length);
+    return true;
+  }
 
   /// True once a read has met the end of the text: after the last piece when it lacks a line feed, otherwise
   /// only after one more, failed, Next().
   bool MetEnd() const { return metEnd_; }
 
  private:
-  std::wstring_view rest_;
+  View rest_;
   std::size_t limit_;
+  bool hasNul_;  // looked for once: few texts have one
   bool metEnd_ = false;
 };
+
+using LineReader = BasicLineReader<wchar_t>;
+using ByteLineReader = BasicLineReader<char>;
 
 }  // namespace zrml

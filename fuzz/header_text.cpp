@@ -16,11 +16,11 @@ constexpr std::size_t kLongestDate = 79;
 constexpr std::size_t kMostCoefficients = 7;
 constexpr std::size_t kSegments = 31;
 
-void CheckMetadata(const std::vector<std::wstring>& lines) {
+void CheckMetadata(const std::vector<std::string_view>& lines) {
   std::wstring date;
   std::wstring time;
-  LookupHeaderValue(lines, L"Acquired Date", date);
-  LookupHeaderValue(lines, L"Acquired Time", time);
+  LookupHeaderValue(lines, "Acquired Date", date);
+  LookupHeaderValue(lines, "Acquired Time", time);
   Check(AnalysisDateTime(date, time).size() <= kLongestDate, "a date has at most 79 characters");
 }
 
@@ -28,7 +28,7 @@ void CheckPolynomial(const CalibrationPolynomial& polynomial) {
   Check(polynomial.coefficients.size() <= kMostCoefficients, "a polynomial has at most seven coefficients");
 }
 
-void CheckCalibration(const std::vector<std::wstring>& lines) {
+void CheckCalibration(const std::vector<std::string_view>& lines) {
   const std::vector<CalibrationLine> calibration = ReadCalibrationLines(lines);
   for (std::uint16_t number = 1; number <= 3; ++number) {
     FunctionRecord function;
@@ -57,9 +57,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::SetFiles({{L"_HEADER.TXT", text}, {L"_EXTERN.INF", text}});
   const platform::File file = platform::File::Open(std::wstring(fuzz::kFolder) + L"/_HEADER.TXT");
   IsMassLynxHeader(file);
-  const std::vector<std::wstring> lines = ReadHeaderLines(file);
+  const HeaderLines header = ReadHeaderLines(file);
+  const std::vector<std::string_view>& lines = header.All();
   fuzz::Check(!lines.empty(), "a header has a line");
-  for (const std::wstring& line : lines)
+  for (const std::string_view line : lines)
     fuzz::Check(line.size() <= fuzz::kLongestLine, "a line has at most 9,999 characters");
   fuzz::CheckMetadata(lines);
   fuzz::CheckCalibration(lines);

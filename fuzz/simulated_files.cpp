@@ -98,4 +98,11 @@ bool IsDirectory(const std::wstring& path) {
 
 bool IsFile(const std::wstring& path) { return Find(path) != nullptr; }
 
+std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most) {
+  if (!IsDirectory(directory) || folder.size() > most) return std::nullopt;
+  std::vector<SystemPath> names;
+  for (const auto& [name, contents] : folder) names.push_back(ToSystemPath(name));
+  return names;
+}
+
 }  // namespace zrml::platform

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -69,7 +68,7 @@ struct FunctionRecord {
   bool calibrationConstant = false;    ///< every scan converts masses alike
   std::vector<double> cachedMassAxis;  ///< of mobility data, m/z; filled only when calibrationConstant
 
-  std::deque<std::uint16_t> processChain;  ///< process codes, oldest first
+  std::vector<std::uint16_t> processChain;  ///< process codes, oldest first
   bool hasMobilityData = false;
   std::wstring label;
   std::wstring name;

@@ -90,15 +90,16 @@ bool ReadFunctionTable(const std::wstring& directory, const std::vector<Calibrat
   if (file.ReadAt(0, bytes) != bytes.size()) return false;
 
   const std::size_t count = bytes.size() / format::kRecordSize;
-  table.functions.assign(count, {});
+  table.functions = std::vector<FunctionRecord>(count);
   table.unlisted.assign(count, false);
+  const FileFinder files(directory, 2 * count);
   for (std::size_t i = 0; i < count; ++i) {
     const auto number = static_cast<std::uint16_t>(i + 1);
     FunctionRecord function =
         ReadRecord(Bytes(bytes).subspan(i * format::kRecordSize, format::kRecordSize), number);
     ParseCalibration(calibration, function);
-    function.hasMobilityData = OpenInDirectory(directory, FunctionFileName(number, L"CDT")).IsOpen();
-    table.unlisted[i] = !OpenInDirectory(directory, FunctionFileName(number, L"DAT")).IsOpen();
+    function.hasMobilityData = files.Opens(FunctionFileName(number, L"CDT"));
+    table.unlisted[i] = !files.Opens(FunctionFileName(number, L"DAT"));
     if (function.typeCode == kDadType) {
       table.absorbance = std::move(function);
       table.unlisted[i] = true;

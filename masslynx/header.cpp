@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "common/text.h"
 #include "common/text_file.h"
@@ -31,35 +32,37 @@ std::wstring_view TakeField(std::wstring_view& date) {
 }  // namespace
 
 bool IsMassLynxHeader(const platform::File& file) {
-  const std::wstring text = ReadText(file, 2 * kFirstLineBuffer);
-  LineReader reader(text, kFirstLineBuffer);
-  std::wstring_view line;
-  return reader.Next(line) && (line.find(L"$$ Version") != std::wstring_view::npos ||
-                               line.find(L"$$ Acquired Name") != std::wstring_view::npos);
+  const std::string text = ReadTextBytes(file, 2 * kFirstLineBuffer);
+  ByteLineReader reader(text, kFirstLineBuffer);
+  std::string_view line;
+  return reader.Next(line) && (line.find("$$ Version") != std::string_view::npos ||
+                               line.find("$$ Acquired Name") != std::string_view::npos);
 }
 
-std::vector<std::wstring> ReadHeaderLines(const platform::File& file) {
-  const std::wstring text = ReadText(file);
-  std::vector<std::wstring> lines;
+HeaderLines::HeaderLines(std::string text) : text_(std::make_unique<const std::string>(std::move(text))) {
+  std::string_view line;
   // A file of nothing but line feeds would need three times the memory if the list grew as it comes.
-  lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), L'\n')) + 2);
-  LineReader reader(text, kLineBuffer);
-  std::wstring_view line;
+  std::size_t count = 1;
+  for (ByteLineReader counted(*text_, kLineBuffer); counted.Next(line);) ++count;
+  lines_.reserve(count);
+  ByteLineReader reader(*text_, kLineBuffer);
+  line = {};
   // Deliberate: the result of a read is not looked at, so the read that meets the end adds the line before it
   // again.
   while (!reader.MetEnd()) {
     reader.Next(line);
-    lines.emplace_back(line);
+    lines_.push_back(line);
   }
-  return lines;
 }
 
-void LookupHeaderValue(const std::vector<std::wstring>& lines, std::wstring_view key, std::wstring& value) {
-  const std::wstring prefix = L"$$ " + std::wstring(key) + L": ";
-  const auto line = std::find_if(lines.begin(), lines.end(), [&](const std::wstring& candidate) {
-    return candidate.starts_with(prefix);
-  });
-  if (line != lines.end()) value = Trim(std::wstring_view(*line).substr(prefix.size()));
+HeaderLines ReadHeaderLines(const platform::File& file) { return HeaderLines(ReadTextBytes(file)); }
+
+void LookupHeaderValue(const std::vector<std::string_view>& lines, std::string_view key,
+                       std::wstring& value) {
+  const std::string prefix = "$$ " + std::string(key) + ": ";
+  const auto line = std::find_if(lines.begin(), lines.end(),
+                                 [&](std::string_view candidate) { return candidate.starts_with(prefix); });
+  if (line != lines.end()) value = FromBytes(Trim(line->substr(prefix.size())));
 }
 
 std::wstring AnalysisDateTime(std::wstring_view date, std::wstring_view time) {

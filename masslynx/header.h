@@ -2,6 +2,7 @@
 // docs/header.md
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,13 +14,26 @@ namespace zrml {
 /// Whether the first line of the header marks a MassLynx acquisition.
 bool IsMassLynxHeader(const platform::File& file);
 
-/// The lines with their line feeds, at most 9,999 characters each (a longer line continues in the next one).
+/// The lines of a header with their line feeds, a byte for each character, at most 9,999 each (a longer line
+/// continues in the next one). They are views of a text that the object keeps.
+class HeaderLines {
+ public:
+  HeaderLines() = default;
+  explicit HeaderLines(std::string text);
+
+  const std::vector<std::string_view>& All() const { return lines_; }
+
+ private:
+  std::unique_ptr<const std::string> text_;
+  std::vector<std::string_view> lines_;
+};
+
 /// The last line deliberately stands twice when it ends with a line feed. An empty file has one empty line.
-std::vector<std::wstring> ReadHeaderLines(const platform::File& file);
+HeaderLines ReadHeaderLines(const platform::File& file);
 
 /// Sets `value` to what follows "$$ <key>: " in the first line that begins so, trimmed. Without such a line:
 /// unchanged.
-void LookupHeaderValue(const std::vector<std::wstring>& lines, std::wstring_view key, std::wstring& value);
+void LookupHeaderValue(const std::vector<std::string_view>& lines, std::string_view key, std::wstring& value);
 
 /// "14-Nov-2026" and "09:15:00" as "2026-11-14T09:15:00+00:00". The day is kept as written, an unknown month
 /// is 00, and the zone is always +00:00, whatever the local time was. At most 79 characters.

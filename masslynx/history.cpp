@@ -96,7 +96,9 @@ void AppendProcessedFunctions(const std::wstring& directory, std::vector<Functio
     FunctionRecord& function = processed.emplace_back(*raw);
     function.number = entry.processNumber;
     function.processed = true;
-    for (const Entry* step : chain) function.processChain.push_front(step->processCode);
+    function.processChain.resize(chain.size());
+    std::transform(chain.rbegin(), chain.rend(), function.processChain.begin(),
+                   [](const Entry* step) { return step->processCode; });
   }
   std::move(processed.begin(), processed.end(), std::back_inserter(functions));
 }

@@ -16,35 +16,35 @@ namespace zrml {
 namespace {
 
 constexpr std::size_t kLineBuffer = 10000;
-constexpr std::wstring_view kFunctionHeading = L"Function Parameters - Function";
-constexpr std::wstring_view kRampHighEnergy = L"Ramp High Energy";
+constexpr std::string_view kFunctionHeading = "Function Parameters - Function";
+constexpr std::string_view kRampHighEnergy = "Ramp High Energy";
 // Version 4.2 marks MS^E functions in no other way.
 constexpr std::int64_t kRampVersion = 42;
 
-constexpr std::array<std::wstring_view, 2> kCreators = {L"Created by MassLynx", L"Created by Masslynx"};
+constexpr std::array<std::string_view, 2> kCreators = {"Created by MassLynx", "Created by Masslynx"};
 
-constexpr std::array<std::pair<std::wstring_view, std::wstring_view>, 2> kRenamed = {{
-    {L"REFERENCE", L"Lock Mass"},
-    {L"MOBILITY MS FUNCTION", L"IMS"},
+constexpr std::array<std::pair<std::string_view, std::string_view>, 2> kRenamed = {{
+    {"REFERENCE", "Lock Mass"},
+    {"MOBILITY MS FUNCTION", "IMS"},
 }};
 
 // What stands behind "Function Parameters - Function <n> - ": from a fixed column that allows for three
 // digits at most.
-std::wstring HeadingLabel(std::wstring_view line, int number) {
+std::wstring HeadingLabel(std::string_view line, int number) {
   const std::size_t column = number < 10 ? 34 : number < 100 ? 35 : 36;
-  const std::wstring_view label = Trim(line.substr(std::min(column, line.size())));
+  const std::string_view label = Trim(line.substr(std::min(column, line.size())));
   for (const auto& [written, shown] : kRenamed) {
-    if (label == written) return std::wstring(shown);
+    if (label == written) return Widen(shown);
   }
-  return std::wstring(label);
+  return FromBytes(label);
 }
 
 class LabelReader {
  public:
   explicit LabelReader(std::vector<FunctionRecord>& functions) : functions_(functions) {}
 
-  void ReadLine(std::wstring_view line) {
-    for (const std::wstring_view creator : kCreators) {
+  void ReadLine(std::string_view line) {
+    for (const std::string_view creator : kCreators) {
       if (line.starts_with(creator)) ReadCreator(line, creator);
     }
     if (line.starts_with(kFunctionHeading)) ReadHeading(line);
@@ -55,15 +55,15 @@ class LabelReader {
   }
 
  private:
-  void ReadCreator(std::wstring_view line, std::wstring_view creator) {
+  void ReadCreator(std::string_view line, std::string_view creator) {
     ScanText scan(line);
-    if (!scan.Literal(creator) || !scan.Literal(L" v")) return;
+    if (!scan.Literal(creator) || !scan.Literal(" v")) return;
     const std::optional<int> major = scan.Int();
-    if (!major || !scan.Literal(L".")) return;
+    if (!major || !scan.Literal(".")) return;
     if (const std::optional<int> minor = scan.Int()) version_ = std::int64_t{*major} * 10 + *minor;
   }
 
-  void ReadHeading(std::wstring_view line) {
+  void ReadHeading(std::string_view line) {
     ScanText scan(line);
     scan.Literal(kFunctionHeading);
     const int number = scan.Int().value_or(0);
@@ -82,10 +82,10 @@ class LabelReader {
 void ApplyLabels(const std::wstring& directory, std::vector<FunctionRecord>& functions) {
   const platform::File file = OpenInDirectory(directory, L"_extern.inf");
   if (!file.IsOpen()) return;
-  const std::wstring text = ReadText(file);
-  LineReader lines(text, kLineBuffer);
+  const std::string text = ReadTextBytes(file);
+  ByteLineReader lines(text, kLineBuffer);
   LabelReader labels(functions);
-  for (std::wstring_view line; lines.Next(line);) labels.ReadLine(line);
+  for (std::string_view line; lines.Next(line);) labels.ReadLine(line);
 }
 
 }  // namespace zrml

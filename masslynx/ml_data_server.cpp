@@ -8,7 +8,6 @@
 #include "masslynx/function_names.h"
 #include "masslynx/function_table.h"
 #include "masslynx/function_types.h"
-#include "masslynx/header.h"
 #include "masslynx/history.h"
 #include "masslynx/labels.h"
 #include "masslynx/raw_directory.h"
@@ -73,7 +72,7 @@ bool CMLDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstri
 bool CMLDataServerImpl::LoadDescription() {
   headerLines = ReadHeaderLines(headerFile);
   FunctionTable table;
-  if (!ReadFunctionTable(dataPath, ReadCalibrationLines(headerLines), table)) return false;
+  if (!ReadFunctionTable(dataPath, ReadCalibrationLines(headerLines.All()), table)) return false;
   AppendProcessedFunctions(dataPath, table.functions);
   ApplyLabels(dataPath, table.functions);
   RemoveUnlisted(table);
@@ -90,7 +89,7 @@ bool CMLDataServerImpl::Close() {
   headerFile.Close();
   dataFile.Close();
   selectedFile.clear();
-  headerLines.clear();
+  headerLines = HeaderLines();
   dataPath.clear();
   functions.clear();
   absorbanceRecord = FunctionRecord();
@@ -319,30 +318,30 @@ struct CMLDataServerImpl::MetadataItem {
   std::wstring_view key;
   // False: the item does not exist for this function.
   bool (CMLDataServerImpl::*read)(const MetadataItem& item, int function, std::wstring& value);
-  std::wstring_view headerKey = {};
+  std::string_view headerKey = {};
 };
 
 const CMLDataServerImpl::MetadataItem CMLDataServerImpl::kMetadata[] = {
     {L"AnalysisDateTime", &CMLDataServerImpl::ReadDateTime},
-    {L"InstrumentName", &CMLDataServerImpl::ReadHeaderItem, L"Instrument"},
-    {L"OperatorName", &CMLDataServerImpl::ReadHeaderItem, L"User Name"},
-    {L"SampleName", &CMLDataServerImpl::ReadHeaderItem, L"Sample Description"},
+    {L"InstrumentName", &CMLDataServerImpl::ReadHeaderItem, "Instrument"},
+    {L"OperatorName", &CMLDataServerImpl::ReadHeaderItem, "User Name"},
+    {L"SampleName", &CMLDataServerImpl::ReadHeaderItem, "Sample Description"},
     {L"DatasetName", &CMLDataServerImpl::ReadDataPath},
     {L"ProviderName", &CMLDataServerImpl::ReadProviderName},
-    {L"MethodName", &CMLDataServerImpl::ReadHeaderItem, L"MS Method"},
+    {L"MethodName", &CMLDataServerImpl::ReadHeaderItem, "MS Method"},
     {L"IonizationMethod", &CMLDataServerImpl::ReadIonMode},
 };
 
 bool CMLDataServerImpl::ReadHeaderItem(const MetadataItem& item, int, std::wstring& value) {
-  LookupHeaderValue(headerLines, item.headerKey, value);
+  LookupHeaderValue(headerLines.All(), item.headerKey, value);
   return true;
 }
 
 bool CMLDataServerImpl::ReadDateTime(const MetadataItem&, int, std::wstring& value) {
   std::wstring date;
   std::wstring time;
-  LookupHeaderValue(headerLines, L"Acquired Date", date);
-  LookupHeaderValue(headerLines, L"Acquired Time", time);
+  LookupHeaderValue(headerLines.All(), "Acquired Date", date);
+  LookupHeaderValue(headerLines.All(), "Acquired Time", time);
   value = AnalysisDateTime(date, time);
   return true;
 }

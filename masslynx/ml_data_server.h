@@ -8,6 +8,7 @@
 
 #include "common/platform/platform.h"
 #include "masslynx/function_record.h"
+#include "masslynx/header.h"
 #include "masslynx/scandata/mobility_data.h"
 #include "masslynx/scandata/traces.h"
 #include "plugin/data_server.h"
@@ -103,7 +104,7 @@ class CMLDataServerImpl : public CDataServerImpl {
   platform::File dataFile;
   // Lower-case name of the one data file that was chosen, or empty.
   std::wstring selectedFile;
-  std::vector<std::wstring> headerLines;
+  HeaderLines headerLines;
   std::vector<FunctionRecord> functions;
   FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none
   std::optional<TraceList> traceList;

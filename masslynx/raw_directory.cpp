@@ -1,6 +1,8 @@
 #include "masslynx/raw_directory.h"
 
+#include <algorithm>
 #include <initializer_list>
+#include <optional>
 #include <utility>
 
 #include "common/text.h"
@@ -19,11 +21,15 @@ std::wstring NumberedName(std::wstring_view stem, int number, std::wstring_view 
   return std::wstring(stem) + ZeroPadded(number, 3) + L'.' + std::wstring(extension);
 }
 
+using Spelling = std::wstring (*)(std::wstring_view name);
+
+std::wstring AsWritten(std::wstring_view name) { return std::wstring(name); }
+
 // Opens the first of the spellings that opens, and tells it.
-platform::File OpenFirst(const std::wstring& directory, std::initializer_list<std::wstring> names,
-                         platform::SystemPath& found) {
-  for (const std::wstring& name : names) {
-    platform::SystemPath path = platform::ToSystemPath(Join(directory, name));
+platform::File OpenFirst(const std::wstring& directory, std::wstring_view name,
+                         std::initializer_list<Spelling> spellings, platform::SystemPath& found) {
+  for (const Spelling spelled : spellings) {
+    platform::SystemPath path = platform::ToSystemPath(Join(directory, spelled(name)));
     if (platform::File file = platform::File::OpenSystemPath(path); file.IsOpen()) {
       found = std::move(path);
       return file;
@@ -37,7 +43,22 @@ platform::File FindFunctionFile(const std::wstring& directory, const FunctionRec
   if (directory.empty()) return {};
   const std::wstring name = function.processed ? ProcessedFileName(function.number, extension)
                                                : FunctionFileName(function.number, extension);
-  return OpenFirst(directory, {name, ToUpper(name), ToLower(name)}, found);
+  return OpenFirst(directory, name, {AsWritten, ToUpper, ToLower}, found);
+}
+
+// Functions have fewer files; a directory with many others is not worth listing.
+constexpr std::size_t kMostNamesPerFile = 16;
+constexpr std::size_t kFewFiles = 8;
+
+bool IsAscii(const platform::SystemPath& name) {
+  return std::all_of(name.begin(), name.end(), [](auto c) { return c >= 0 && c < 0x80; });
+}
+
+void MakeLowerCase(platform::SystemPath& name) {
+  using Char = platform::SystemPath::value_type;
+  std::transform(name.begin(), name.end(), name.begin(), [](Char c) {
+    return c >= Char('A') && c <= Char('Z') ? static_cast<Char>(c - Char('A') + Char('a')) : c;
+  });
 }
 
 }  // namespace
@@ -45,7 +66,29 @@ platform::File FindFunctionFile(const std::wstring& directory, const FunctionRec
 platform::File OpenInDirectory(const std::wstring& directory, std::wstring_view name) {
   if (directory.empty() || name.empty()) return {};
   platform::SystemPath found;
-  return OpenFirst(directory, {ToUpper(name), ToLower(name)}, found);
+  return OpenFirst(directory, name, {ToUpper, ToLower}, found);
+}
+
+// A system that does not tell case apart may take characters that are not ASCII for ASCII ones ("ſ" for "s"):
+// among such names nothing is known to be missing.
+FileFinder::FileFinder(const std::wstring& directory, std::size_t names) : directory_(directory) {
+  if (names < kFewFiles) return;
+  std::optional<std::vector<platform::SystemPath>> listed =
+      platform::ListNames(directory, names * kMostNamesPerFile);
+  if (!listed || !std::all_of(listed->begin(), listed->end(), IsAscii)) return;
+  names_ = std::move(*listed);
+  std::for_each(names_.begin(), names_.end(), MakeLowerCase);
+  std::sort(names_.begin(), names_.end());
+  isListed_ = true;
+}
+
+bool FileFinder::Opens(std::wstring_view name) const {
+  if (isListed_) {
+    platform::SystemPath wanted = platform::ToSystemPath(std::wstring(name));
+    MakeLowerCase(wanted);
+    if (!std::binary_search(names_.begin(), names_.end(), wanted)) return false;
+  }
+  return OpenInDirectory(directory_, name).IsOpen();
 }
 
 bool FileExistsInDirectory(const std::wstring& directory, std::wstring_view name) {

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/platform/platform.h"
 
@@ -14,6 +15,21 @@ struct FunctionRecord;
 /// Opens `name` of `directory` spelled in upper case, else in lower case; deliberately never in a mixed case
 /// of its own. A closed file when neither opens or one of the texts is empty.
 platform::File OpenInDirectory(const std::wstring& directory, std::wstring_view name);
+
+/// Tells for many names whether OpenInDirectory() opens them. The directory, which must not be empty, is
+/// listed once where that is less work than trying them all; names that it lacks in every case of their
+/// letters are not tried then. A file that comes later is missed.
+class FileFinder {
+ public:
+  FileFinder(const std::wstring& directory, std::size_t names);
+
+  bool Opens(std::wstring_view name) const;
+
+ private:
+  const std::wstring& directory_;
+  bool isListed_ = false;
+  std::vector<platform::SystemPath> names_;  // in lower case and in order
+};
 
 /// Whether `directory` is a directory and holds `name`, spelled as given, as something else than a directory.
 bool FileExistsInDirectory(const std::wstring& directory, std::wstring_view name);

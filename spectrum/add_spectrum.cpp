@@ -1,5 +1,8 @@
 #include "spectrum/add_spectrum.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "spectrum/centroid_merge.h"
 #include "spectrum/point_merge.h"
 #include "spectrum/profile_resampling.h"
@@ -23,8 +26,24 @@ void CutToMergedPoints(CZRMassSpectrum& target) { target.SetSize(static_cast<int
 
 double FirstStep(const CZRMassSpectrum& spectrum) { return spectrum.GetMass(1) - spectrum.GetMass(0); }
 
+// The first two points.
+CZRMassSpectrum Start(const CZRMassSpectrum& spectrum) {
+  const int count = static_cast<int>(std::min<std::size_t>(spectrum.UsablePoints(), 2));
+  CZRMassSpectrum start;
+  start.SetSize(count);
+  for (int i = 0; i < count; ++i) start.SetMass(i, spectrum.GetMass(i));
+  return start;
+}
+
+// Whether the points of both together start with a step that neither has, which their first two points tell.
+bool AreInterleaved(const CZRMassSpectrum& source, const CZRMassSpectrum& target) {
+  const double step = FirstStep(MergePoints(Start(source), Start(target), true));
+  return FirstStep(source) > step && FirstStep(target) > step;
+}
+
 // Gives the points of both together when the two are samples of one grid.
 bool MergeOnOneGrid(const CZRMassSpectrum& source, const CZRMassSpectrum& target, CZRMassSpectrum& merged) {
+  if (AreInterleaved(source, target)) return false;
   ScanLawHolder targetLaw;
   ScanLawHolder law;
   DetectScanLaw(targetLaw, target);
@@ -33,10 +52,7 @@ bool MergeOnOneGrid(const CZRMassSpectrum& source, const CZRMassSpectrum& target
   merged = MergePoints(source, target, true);
   merged.SetCentroided(false);
   DetectScanLaw(law, merged);
-  if (SameScanLaw(law, targetLaw) == 0) return false;
-  const double step = FirstStep(merged);
-  const bool interleaved = FirstStep(source) > step && FirstStep(target) > step;
-  return !interleaved;
+  return SameScanLaw(law, targetLaw) != 0;
 }
 
 }  // namespace

@@ -23,93 +23,110 @@ struct Column {
   }
 };
 
-class PointMerger {
- public:
-  PointMerger(const CZRMassSpectrum& source, const CZRMassSpectrum& target, CZRMassSpectrum& merged)
-      : source_{source.GetMasses(), source.GetIntensities(), source.UsablePoints()},
-        target_{target.GetMasses(), target.GetIntensities(), target.UsablePoints()},
-        masses_(merged.GetMasses()),
-        intensities_(merged.GetIntensities()),
-        targetOwnsData_(target.OwnsPointData()),
-        data_{merged.GetPointData(), target.GetPointData(),
-              targetOwnsData_ ? nullptr : source.GetPointData()},
-        columns_(
-            Column<std::uint8_t>{merged.GetPointFlags(), target.GetPointFlags(), source.GetPointFlags()},
-            Column<std::int32_t>{merged.GetPointValues(), target.GetPointValues(), source.GetPointValues()},
-            Column<std::uint8_t>{merged.GetPointMarks(), target.GetPointMarks(), source.GetPointMarks()}) {}
+struct PointList {
+  explicit PointList(const CZRMassSpectrum& spectrum)
+      : masses(spectrum.GetMasses()),
+        intensities(spectrum.GetIntensities()),
+        count(spectrum.UsablePoints()) {}
 
-  // The number of points written.
-  std::size_t Run(bool sumEqualMasses) {
-    while (!target_.AtEnd() && !source_.AtEnd()) {
-      const double mass = source_.Mass();
-      if (sumEqualMasses && target_.Mass() == mass) {
-        TakeBoth();
-      } else {
-        Take(target_.Mass() > mass);
-      }
-    }
-    while (!target_.AtEnd()) Take(false);
-    while (!source_.AtEnd()) Take(true);
-    return written_;
-  }
-
- private:
-  struct List {
-    const double* masses;
-    const double* intensities;
-    std::size_t count;
-    std::size_t next = 0;
-
-    bool AtEnd() const { return next == count; }
-    double Mass() const { return masses[next]; }
-    double Intensity() const { return intensities[next]; }
-  };
-
-  List& Of(bool source) { return source ? source_ : target_; }
-
-  void Write(bool fromSource, bool dataFromSource, double intensity) {
-    const List& list = Of(fromSource);
-    masses_[written_] = list.Mass();
-    intensities_[written_] = intensity;
-    std::apply([&](const auto&... column) { (column.Copy(written_, fromSource, list.next), ...); }, columns_);
-    data_.Copy(written_, dataFromSource, Of(dataFromSource).next);
-    ++written_;
-  }
-
-  void Take(bool fromSource) {
-    List& list = Of(fromSource);
-    Write(fromSource, fromSource, list.Intensity());
-    ++list.next;
-  }
-
-  void TakeBoth() {
-    const bool fromSource = !(target_.Intensity() > source_.Intensity());
-    Write(fromSource, fromSource && !targetOwnsData_, target_.Intensity() + source_.Intensity());
-    ++target_.next;
-    ++source_.next;
-  }
-
-  List source_;
-  List target_;
-  double* masses_;
-  double* intensities_;
-  bool targetOwnsData_;
-  Column<void*> data_;
-  std::tuple<Column<std::uint8_t>, Column<std::int32_t>, Column<std::uint8_t>> columns_;
-  std::size_t written_ = 0;
+  const double* masses;
+  const double* intensities;
+  std::size_t count;
 };
+
+// Calls one of the three for each point of the merged list, in order, with the indices of the points that it
+// is made of.
+template <class FromTarget, class FromSource, class FromBoth>
+void Walk(const PointList& source, const PointList& target, bool sumEqualMasses, FromTarget fromTarget,
+          FromSource fromSource, FromBoth fromBoth) {
+  std::size_t s = 0;
+  std::size_t t = 0;
+  while (t < target.count && s < source.count) {
+    if (sumEqualMasses && target.masses[t] == source.masses[s]) {
+      fromBoth(t++, s++);
+    } else if (target.masses[t] > source.masses[s]) {
+      fromSource(s++);
+    } else {
+      fromTarget(t++);
+    }
+  }
+  while (t < target.count) fromTarget(t++);
+  while (s < source.count) fromSource(s++);
+}
+
+std::size_t MergedCount(const PointList& source, const PointList& target, bool sumEqualMasses) {
+  std::size_t count = 0;
+  const auto one = [&](std::size_t) { ++count; };
+  Walk(source, target, sumEqualMasses, one, one, [&](std::size_t, std::size_t) { ++count; });
+  return count;
+}
+
+void WriteMasses(const PointList& source, const PointList& target, bool sumEqualMasses,
+                 CZRMassSpectrum& merged) {
+  double* masses = merged.GetMasses();
+  double* intensities = merged.GetIntensities();
+  const auto write = [&](double mass, double intensity) {
+    *masses++ = mass;
+    *intensities++ = intensity;
+  };
+  Walk(
+      source, target, sumEqualMasses, [&](std::size_t t) { write(target.masses[t], target.intensities[t]); },
+      [&](std::size_t s) { write(source.masses[s], source.intensities[s]); },
+      [&](std::size_t t, std::size_t s) {
+        // The mass of the stronger one: 0.0 and -0.0 are equal.
+        const bool isTargetStronger = target.intensities[t] > source.intensities[s];
+        write(isTargetStronger ? target.masses[t] : source.masses[s],
+              target.intensities[t] + source.intensities[s]);
+      });
+}
+
+void WriteColumns(const CZRMassSpectrum& source, const CZRMassSpectrum& target, bool sumEqualMasses,
+                  CZRMassSpectrum& merged) {
+  const bool targetOwnsData = target.OwnsPointData();
+  const Column<void*> data{merged.GetPointData(), target.GetPointData(),
+                           targetOwnsData ? nullptr : source.GetPointData()};
+  const std::tuple columns(
+      Column<std::uint8_t>{merged.GetPointFlags(), target.GetPointFlags(), source.GetPointFlags()},
+      Column<std::int32_t>{merged.GetPointValues(), target.GetPointValues(), source.GetPointValues()},
+      Column<std::uint8_t>{merged.GetPointMarks(), target.GetPointMarks(), source.GetPointMarks()});
+  const PointList sourcePoints(source);
+  const PointList targetPoints(target);
+  std::size_t written = 0;
+  const auto copy = [&](bool fromSource, std::size_t from) {
+    std::apply([&](const auto&... column) { (column.Copy(written, fromSource, from), ...); }, columns);
+  };
+  const auto take = [&](bool fromSource, std::size_t from) {
+    copy(fromSource, from);
+    data.Copy(written++, fromSource, from);
+  };
+  Walk(
+      sourcePoints, targetPoints, sumEqualMasses, [&](std::size_t t) { take(false, t); },
+      [&](std::size_t s) { take(true, s); },
+      [&](std::size_t t, std::size_t s) {
+        const bool fromSource = !(targetPoints.intensities[t] > sourcePoints.intensities[s]);
+        const bool dataFromSource = fromSource && !targetOwnsData;
+        copy(fromSource, fromSource ? s : t);
+        data.Copy(written++, dataFromSource, dataFromSource ? s : t);
+      });
+}
 
 }  // namespace
 
 CZRMassSpectrum MergePoints(const CZRMassSpectrum& source, const CZRMassSpectrum& target,
                             bool sumEqualMasses) {
   constexpr std::size_t kMostPoints = std::numeric_limits<int>::max();
-  const std::size_t count = source.UsablePoints() + target.UsablePoints();
-  if (count > kMostPoints) throw std::bad_alloc();
+  const PointList sourcePoints(source);
+  const PointList targetPoints(target);
+  if (sourcePoints.count + targetPoints.count > kMostPoints) throw std::bad_alloc();
+  // Counted first: room for all points of both costs more than a second look at the masses.
+  const std::size_t count = MergedCount(sourcePoints, targetPoints, sumEqualMasses);
   CZRMassSpectrum merged;
   merged.Resize(static_cast<int>(count), target.HasPointFlags(), target.HasPointData(),
                 target.HasPointValues(), target.HasPointMarks());
-  merged.SetSize(static_cast<int>(PointMerger(source, target, merged).Run(sumEqualMasses)));
+  WriteMasses(sourcePoints, targetPoints, sumEqualMasses, merged);
+  const bool hasColumns =
+      target.HasPointFlags() || target.HasPointData() || target.HasPointValues() || target.HasPointMarks();
+  if (hasColumns) WriteColumns(source, target, sumEqualMasses, merged);
   return merged;
 }
 

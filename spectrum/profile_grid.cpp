@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace zrml {
@@ -91,14 +92,15 @@ class Sampling {
     if (!(a.mass < b.mass)) return std::nullopt;
     if (a.byLaw && b.byLaw) {
       const double width = b.coordinate - a.coordinate;
+      if (!AreSeveral(width / step_)) return std::nullopt;
       const double steps = WholeSteps(width / step_);
-      if (!(steps >= 2)) return std::nullopt;
       return Stretch{Lattice::Even(*coordinate_, a.coordinate, width / steps), steps - 1};
     }
     const double firstStep = ModelStep(a.mass);
     const double lastStep = ModelStep(b.mass);
-    const double steps = WholeSteps((b.mass - a.mass) / (0.5 * (firstStep + lastStep)));
-    if (!(steps >= 2)) return std::nullopt;
+    const double width = (b.mass - a.mass) / (0.5 * (firstStep + lastStep));
+    if (!AreSeveral(width)) return std::nullopt;
+    const double steps = WholeSteps(width);
     return Stretch{Lattice::Changing(a.mass, b.mass, steps, firstStep, lastStep), steps - 1};
   }
 
@@ -117,6 +119,8 @@ class Sampling {
 
  private:
   static double WholeSteps(double steps) { return std::floor(steps + 0.5); }
+  // Whether they are at least two whole ones; most neighbours are one step apart.
+  static bool AreSeveral(double steps) { return steps + 0.5 >= 2; }
 
   double Clamped(double mass) const {
     return model_.lowMass <= model_.highMass ? std::clamp(mass, model_.lowMass, model_.highMass) : mass;
@@ -126,20 +130,24 @@ class Sampling {
   // half the smallest step tells nothing; the smallest step stands in.
   double ModelStep(double mass) const {
     const double clamped = Clamped(mass);
-    const double step = 0.5 * (StepBelow(model_, clamped) + StepAbove(model_, clamped));
+    return MeanOf(StepBelow(model_, clamped), StepAbove(model_, clamped));
+  }
+
+  double MeanOf(double below, double above) const {
+    const double step = 0.5 * (below + above);
     return step > model_.minHalfStep ? step : 2 * model_.minHalfStep;
   }
 
-  bool ModelIsSilent(double mass) const {
-    return !(StepAbove(model_, mass) > model_.minHalfStep && StepBelow(model_, mass) > model_.minHalfStep);
-  }
-
-  // Whether the law's step is within a factor of 2 of the model's, both where the model was fitted.
+  // Whether the law's step is within a factor of 2 of the model's, both where the model was fitted. A silent
+  // model does not object.
   bool LawHolds(double mass) const {
     if (!(step_ > 0) || !std::isfinite(step_)) return false;
     const double clamped = Clamped(mass);
-    if (ModelIsSilent(clamped)) return true;
-    const double ratio = (NextMass(law_, clamped) - clamped) / ModelStep(clamped);
+    const double below = StepBelow(model_, clamped);
+    const double above = StepAbove(model_, clamped);
+    const bool isSilent = !(above > model_.minHalfStep && below > model_.minHalfStep);
+    if (isSilent) return true;
+    const double ratio = (NextMass(law_, clamped) - clamped) / MeanOf(below, above);
     return 0.5 <= ratio && ratio <= 2;
   }
 
@@ -150,8 +158,10 @@ class Sampling {
     const double detected = coordinate_->fromMass(NextMass(law_, middle)) - coordinate_->fromMass(middle);
     double sum = 0;
     double count = 0;
-    for (std::size_t i = 0; i + 1 < masses.size(); ++i) {
-      const double step = coordinate_->fromMass(masses[i + 1]) - coordinate_->fromMass(masses[i]);
+    double next = coordinate_->fromMass(masses.front());
+    for (std::size_t i = 1; i < masses.size(); ++i) {
+      const double last = std::exchange(next, coordinate_->fromMass(masses[i]));
+      const double step = next - last;
       if (!(0.5 * detected < step && step < 1.5 * detected)) continue;
       sum += step;
       ++count;
@@ -251,13 +261,22 @@ class GridBuilder {
   }
 
   void AddSamples() {
-    auto gap = gaps_.begin();
-    for (std::size_t i = 0; i < target_.masses.size(); ++i) {
-      Put(target_.masses[i], target_.intensities[i]);
-      if (gap == gaps_.end() || gap->after != i) continue;
-      AddGap(gap->stretch, target_.masses[i], target_.masses[i + 1]);
-      ++gap;
+    std::size_t next = 0;
+    for (const Gap& gap : gaps_) {
+      PutSamples(next, gap.after + 1);
+      next = gap.after + 1;
+      AddGap(gap.stretch, target_.masses[gap.after], target_.masses[next]);
     }
+    PutSamples(next, target_.masses.size());
+  }
+
+  void PutSamples(std::size_t begin, std::size_t end) {
+    const auto append = [=](std::span<const double> from, std::vector<double>& to) {
+      const auto samples = from.subspan(begin, end - begin);
+      to.insert(to.end(), samples.begin(), samples.end());
+    };
+    append(target_.masses, grid_.masses);
+    append(target_.intensities, grid_.intensities);
   }
 
   void AddGap(const Stretch& stretch, double a, double b) {

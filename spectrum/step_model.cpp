@@ -37,7 +37,10 @@ std::vector<Run> FindRuns(const double* intensities, std::size_t count) {
 
 // Lower indices of the pairs of neighbours that lie inside runs. Runs that meet share a point, no pair.
 std::vector<std::size_t> PairsInRuns(const std::vector<Run>& runs, std::span<const double> masses) {
+  std::size_t count = 0;
+  for (const Run& run : runs) count += run.last - std::min(run.first, run.last);
   std::vector<std::size_t> pairs;
+  pairs.reserve(count);
   for (const Run& run : runs) {
     for (std::size_t i = run.first; i < run.last; ++i) {
       if (std::isfinite(masses[i + 1] - masses[i])) pairs.push_back(i);

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zrml::platform {
 
@@ -54,6 +55,10 @@ bool IsDirectory(const std::wstring& path);
 
 /// Exists and is not a directory.
 bool IsFile(const std::wstring& path);
+
+/// All names in a directory, in no order, with every other name that the system knows a file by. No value
+/// when there are more than `most` or the directory cannot be listed; its files may open all the same.
+std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most);
 
 /// Narrow text in the system's ANSI code page. Off Windows: UTF-8 where the bytes are valid UTF-8,
 /// Windows-1252 otherwise.

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <limits>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -79,6 +81,23 @@ bool IsDirectory(const std::wstring& path) {
 bool IsFile(const std::wstring& path) {
   struct stat status {};
   return Status(path, status) && !S_ISDIR(status.st_mode);
+}
+
+std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most) {
+  struct CloseList {
+    void operator()(DIR* list) const { ::closedir(list); }
+  };
+  const std::string native = ToSystemPath(directory);
+  const std::unique_ptr<DIR, CloseList> list(native.empty() ? nullptr : ::opendir(native.c_str()));
+  if (list == nullptr) return std::nullopt;
+  std::vector<SystemPath> names;
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = ::readdir(list.get());
+    if (entry == nullptr && errno == 0) return names;
+    if (entry == nullptr || names.size() == most) return std::nullopt;
+    names.emplace_back(entry->d_name);
+  }
 }
 
 }  // namespace zrml::platform

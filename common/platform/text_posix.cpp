@@ -99,11 +99,14 @@ std::wstring FromNativePath(std::string_view path) {
 }
 
 std::string ToNativePath(std::wstring_view path) {
-  std::string native;
-  native.reserve(path.size());
-  for (const wchar_t wide : path) {
+  std::string native(path.size(), '\0');
+  const auto isAscii = [](wchar_t c) { return static_cast<char32_t>(c) < 0x80; };
+  const auto rest = std::find_if_not(path.begin(), path.end(), isAscii);
+  std::transform(path.begin(), rest, native.begin(), [](wchar_t c) { return static_cast<char>(c); });
+  native.resize(static_cast<std::size_t>(rest - path.begin()));
+  for (const wchar_t wide : path.substr(native.size())) {
     const auto c = static_cast<char32_t>(wide);
-    if (c < 0x80) {
+    if (isAscii(wide)) {
       native.push_back(static_cast<char>(c));
     } else if (c >= kEscapedByte + 0x80 && c <= kEscapedByte + 0xFF) {
       native.push_back(static_cast<char>(c - kEscapedByte));

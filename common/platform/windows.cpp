@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <memory>
 #include <utility>
 #include <windows.h>
 
@@ -73,6 +74,26 @@ bool IsFile(const std::wstring& path) {
   if (NamesNothing(path)) return false;
   const DWORD attributes = ::GetFileAttributesW(path.c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most) {
+  struct CloseList {
+    using pointer = HANDLE;
+    void operator()(HANDLE list) const { ::FindClose(list); }
+  };
+  if (NamesNothing(directory)) return std::nullopt;
+  WIN32_FIND_DATAW entry{};
+  const HANDLE handle = ::FindFirstFileW((directory + L"\\*").c_str(), &entry);
+  if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
+  const std::unique_ptr<void, CloseList> list(handle);
+  std::vector<SystemPath> names;
+  do {
+    if (names.size() >= most) return std::nullopt;
+    names.emplace_back(entry.cFileName);
+    if (entry.cAlternateFileName[0] != L'\0') names.emplace_back(entry.cAlternateFileName);
+  } while (::FindNextFileW(list.get(), &entry));
+  if (::GetLastError() != ERROR_NO_MORE_FILES) return std::nullopt;
+  return names;
 }
 
 }  // namespace zrml::platform

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "common/scan_text.h"
+#include "common/text.h"
 #include "masslynx/function_types.h"
 
 namespace zrml {
@@ -13,41 +14,50 @@ namespace {
 
 constexpr std::size_t kMaxCoefficients = 7;
 constexpr int kSegments = 31;  // what a scan's five bits can name
-constexpr std::wstring_view kRootMark = L"T1";
+constexpr std::string_view kRootMark = "T1";
 
 enum class NumberIn { kNowhere, kLine };  // whether a number stands between the keyword and the colon
 
 struct LineFormat {
   CalibrationKind kind;
-  std::wstring_view literal;
+  std::string_view literal;
   NumberIn number = NumberIn::kNowhere;
 };
 
 constexpr std::array<LineFormat, 8> kFormats = {{
-    {CalibrationKind::kMs1Static, L"$$ Cal MS1 Static: "},
-    {CalibrationKind::kMs2Static, L"$$ Cal MS2 Static: "},
-    {CalibrationKind::kMs1Dynamic, L"$$ Cal MS1 Dynamic: "},
-    {CalibrationKind::kMs2Dynamic, L"$$ Cal MS2 Dynamic: "},
-    {CalibrationKind::kFunction, L"$$ Cal Function ", NumberIn::kLine},
-    {CalibrationKind::kModification, L"$$ Cal Modification ", NumberIn::kLine},
-    {CalibrationKind::kSegment, L"$$ Cal Segment ", NumberIn::kLine},
-    {CalibrationKind::kTemperature, L"$$ Cal Temperature: "},
+    {CalibrationKind::kMs1Static, "$$ Cal MS1 Static: "},
+    {CalibrationKind::kMs2Static, "$$ Cal MS2 Static: "},
+    {CalibrationKind::kMs1Dynamic, "$$ Cal MS1 Dynamic: "},
+    {CalibrationKind::kMs2Dynamic, "$$ Cal MS2 Dynamic: "},
+    {CalibrationKind::kFunction, "$$ Cal Function ", NumberIn::kLine},
+    {CalibrationKind::kModification, "$$ Cal Modification ", NumberIn::kLine},
+    {CalibrationKind::kSegment, "$$ Cal Segment ", NumberIn::kLine},
+    {CalibrationKind::kTemperature, "$$ Cal Temperature: "},
 }};
+
+// Whether the line begins as all formats do, which few do: "$$", white space or none, "Cal".
+bool MayBeCalibration(std::string_view line) {
+  if (!line.starts_with("$$")) return false;
+  line.remove_prefix(2);
+  while (!line.empty() && IsSpace(line.front())) line.remove_prefix(1);
+  return line.starts_with("Cal");
+}
 
 // Up to seven values with commas between them.
 std::vector<double> TakeCoefficients(ScanText& scan) {
   std::vector<double> coefficients;
+  coefficients.reserve(kMaxCoefficients);
   while (coefficients.size() < kMaxCoefficients) {
     const std::optional<double> value = scan.Double();
     if (!value) break;
     coefficients.push_back(*value);
-    if (!scan.Literal(L",")) break;
+    if (!scan.Literal(",")) break;
   }
   return coefficients;
 }
 
 // The line as one of `format`'s kind; nothing when it is none.
-std::optional<CalibrationLine> ReadLine(std::wstring_view text, const LineFormat& format) {
+std::optional<CalibrationLine> ReadLine(std::string_view text, const LineFormat& format) {
   ScanText scan(text);
   if (!scan.Literal(format.literal)) return std::nullopt;
   CalibrationLine line;
@@ -59,16 +69,16 @@ std::optional<CalibrationLine> ReadLine(std::wstring_view text, const LineFormat
     return line;
   }
   if (format.number == NumberIn::kLine) {
-    const std::wstring_view before = scan.Rest();
+    const std::string_view before = scan.Rest();
     const std::optional<int> number = scan.Int();
     if (!number) return std::nullopt;
     line.number = *number;
     // Values count only behind the number as it would be printed: not behind "02" or "+2".
-    const std::wstring_view written = before.substr(0, before.size() - scan.Rest().size());
-    if (written != std::to_wstring(*number) || !scan.Literal(L": ")) return line;
+    const std::string_view written = before.substr(0, before.size() - scan.Rest().size());
+    if (written != std::to_string(*number) || !scan.Literal(": ")) return line;
   }
   line.polynomial.coefficients = TakeCoefficients(scan);
-  line.polynomial.root = text.find(kRootMark) != std::wstring_view::npos;
+  line.polynomial.root = text.find(kRootMark) != std::string_view::npos;
   return line;
 }
 
@@ -150,9 +160,10 @@ const CalibrationPolynomial* PrimaryPolynomial(const FunctionRecord& function, s
 
 }  // namespace
 
-std::vector<CalibrationLine> ReadCalibrationLines(const std::vector<std::wstring>& headerLines) {
+std::vector<CalibrationLine> ReadCalibrationLines(const std::vector<std::string_view>& headerLines) {
   std::vector<CalibrationLine> lines;
-  for (const std::wstring& text : headerLines) {
+  for (const std::string_view text : headerLines) {
+    if (!MayBeCalibration(text)) continue;
     for (const LineFormat& format : kFormats) {
       if (std::optional<CalibrationLine> line = ReadLine(text, format)) {
         lines.push_back(std::move(*line));

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "masslynx/function_record.h"
@@ -31,7 +31,7 @@ struct CalibrationLine {
 };
 
 /// The calibration lines among `headerLines`, in their order.
-std::vector<CalibrationLine> ReadCalibrationLines(const std::vector<std::wstring>& headerLines);
+std::vector<CalibrationLine> ReadCalibrationLines(const std::vector<std::string_view>& headerLines);
 
 /// Fills the calibration members of `function`, whose number and type are set. The last line of each kind
 /// wins. Deliberate: once function 1 has met a segment line, its modification lines are no longer recognised,

@@ -46,26 +46,6 @@ class EntryReader {
       0;  // where the next scan's points would be, were the scans back to back from 0
 };
 
-// The entries of all whole records that can be read; no more than `count`.
-std::vector<ScanIndexEntry> ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
-                                        int dataFormat) {
-  constexpr std::size_t kRecordsAtOnce = 4096;
-  std::vector<ScanIndexEntry> entries;
-  entries.reserve(count);
-  std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
-  EntryReader reader(dataFormat);
-  while (entries.size() < count) {
-    const std::size_t wanted = std::min(count - entries.size(), kRecordsAtOnce) * recordSize;
-    const std::size_t read =
-        file.ReadAt(std::uint64_t{entries.size()} * recordSize, std::span(block).first(wanted));
-    for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
-      entries.push_back(reader.Read(block.data() + at, entries.empty()));
-    }
-    if (read < wanted) break;
-  }
-  return entries;
-}
-
 bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
   if (std::isnan(a.retentionTime) || std::isnan(b.retentionTime)) {
     return !std::isnan(a.retentionTime) && std::isnan(b.retentionTime);
@@ -73,7 +53,40 @@ bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
   return a.retentionTime < b.retentionTime;
 }
 
-bool LowerOffset(const ScanIndexEntry& a, const ScanIndexEntry& b) { return a.dataOffset < b.dataOffset; }
+// The entries of an index, and whether their data offsets and their times ascend.
+struct Entries {
+  std::vector<ScanIndexEntry> list;
+  bool inFileOrder = true;
+  bool inTimeOrder = true;
+
+  // Looks at the order now, while the entry before is still in the cache.
+  void Add(const ScanIndexEntry& entry) {
+    if (!list.empty()) {
+      inFileOrder &= !(entry.dataOffset < list.back().dataOffset);
+      inTimeOrder &= !EarlierTime(entry, list.back());
+    }
+    list.push_back(entry);
+  }
+};
+
+// The entries of all whole records that can be read; no more than `count`.
+Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count, int dataFormat) {
+  constexpr std::size_t kRecordsAtOnce = 4096;
+  Entries entries;
+  entries.list.reserve(count);
+  std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
+  EntryReader reader(dataFormat);
+  while (entries.list.size() < count) {
+    const std::size_t wanted = std::min(count - entries.list.size(), kRecordsAtOnce) * recordSize;
+    const std::size_t read =
+        file.ReadAt(std::uint64_t{entries.list.size()} * recordSize, std::span(block).first(wanted));
+    for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
+      entries.Add(reader.Read(block.data() + at, entries.list.empty()));
+    }
+    if (read < wanted) break;
+  }
+  return entries;
+}
 
 }  // namespace
 
@@ -89,17 +102,13 @@ void LoadScanIndex(const std::wstring& directory, FunctionRecord& function, bool
         count > std::numeric_limits<int>::max()) {
       continue;
     }
-    std::vector<ScanIndexEntry> entries =
-        ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat);
-    const bool inFileOrder = std::is_sorted(entries.begin(), entries.end(), LowerOffset);
-    if (inFileOrder) {
-      if (!std::is_sorted(entries.begin(), entries.end(), EarlierTime)) {
-        std::stable_sort(entries.begin(), entries.end(), EarlierTime);
-      }
-      LoadScanStatistics(directory, function, entries);
+    Entries entries = ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat);
+    if (entries.inFileOrder) {
+      if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
+      LoadScanStatistics(directory, function, entries.list);
     }
-    if (inFileOrder || isLong) {
-      function.scanIndex = std::move(entries);
+    if (entries.inFileOrder || isLong) {
+      function.scanIndex = std::move(entries.list);
       return;
     }
   }

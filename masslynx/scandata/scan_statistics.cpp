@@ -133,11 +133,12 @@ void LoadScanStatistics(const std::wstring& directory, FunctionRecord& function,
   const Header header = ReadHeader(description);
   if (header.version != format::kKnownVersion) return;
   const ItemOffsets items = ReadDescriptors(description, header.descriptorCount);
-  ForEachRecord(file, header, entries.size(),
-                [&](std::size_t i, Bytes record) { FillEntry(record, items, entries[i]); });
-  function.calibrationConstant =
-      std::adjacent_find(entries.begin(), entries.end(),
-                         [](const auto& a, const auto& b) { return !ConvertsAlike(a, b); }) == entries.end();
+  bool alike = true;
+  ForEachRecord(file, header, entries.size(), [&](std::size_t i, Bytes record) {
+    FillEntry(record, items, entries[i]);
+    alike = alike && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
+  });
+  function.calibrationConstant = alike;
 }
 
 }  // namespace zrml

@@ -45,24 +45,34 @@ void ExpectTaken(Take take, const std::vector<Taken<T>>& cases) {
   }
 }
 
-// The narrow overload must agree wherever the text has a narrow form.
-const auto takeDouble = [](std::wstring_view& text) {
+// Takes from wide text; the narrow overload must agree wherever the text has a narrow form.
+template <class Take>
+auto TakenByBoth(std::wstring_view& text, Take take) {
   std::string narrow;
   for (const wchar_t c : text) {
     if (c < 0x100) narrow.push_back(static_cast<char>(c));
   }
   const bool isNarrow = narrow.size() == text.size();
   std::string_view narrowText = narrow;
-  const std::optional<double> narrowValue = TakeDouble(narrowText);
-  const std::optional<double> value = TakeDouble(text);
+  const auto narrowValue = take(narrowText);
+  const auto value = take(text);
   if (isNarrow) {
     EXPECT_EQ(narrowValue.has_value(), value.has_value());
     EXPECT_TRUE(SameNumber(narrowValue.value_or(0), value.value_or(0)));
     EXPECT_EQ(narrowText.size(), text.size());
   }
   return value;
+}
+
+const auto takeDouble = [](std::wstring_view& text) {
+  return TakenByBoth(text, [](auto& any) { return TakeDouble(any); });
 };
-const auto takeFloat = [](std::wstring_view& text) { return TakeFloat(text); };
+const auto takeFloat = [](std::wstring_view& text) {
+  return TakenByBoth(text, [](auto& any) { return TakeFloat(any); });
+};
+const auto takeInt = [](std::wstring_view& text) {
+  return TakenByBoth(text, [](auto& any) { return TakeInt(any); });
+};
 
 std::wstring Zeros(std::size_t count) { return std::wstring(count, L'0'); }
 
@@ -294,7 +304,7 @@ TEST(TakeFloat, FollowsTheSameGrammar) {
                                     {L"nan(1)", FloatLimits::quiet_NaN()},
                                 });
   std::wstring_view text = L" +x";
-  EXPECT_FALSE(TakeFloat(text).has_value());
+  EXPECT_FALSE(takeFloat(text).has_value());
   EXPECT_EQ(text, L" +x");
 }
 
@@ -354,7 +364,7 @@ TEST(TakeInt, DecimalIntegersTakeTheLongestValidPrefix) {
   };
   for (const auto& expected : cases) {
     std::wstring_view text = expected.text;
-    EXPECT_EQ(TakeInt(text), expected.value) << testing::PrintToString(expected.text);
+    EXPECT_EQ(takeInt(text), expected.value) << testing::PrintToString(expected.text);
     EXPECT_EQ(text, expected.rest);
   }
 }
@@ -378,7 +388,7 @@ TEST(TakeInt, ValuesOutside32BitsBecomeTheNearestLimit) {
   for (const auto& expected : cases) {
     const std::wstring withRest = expected.text + L" x";
     std::wstring_view text = withRest;
-    EXPECT_EQ(TakeInt(text), expected.value) << testing::PrintToString(expected.text);
+    EXPECT_EQ(takeInt(text), expected.value) << testing::PrintToString(expected.text);
     EXPECT_EQ(text, L" x");
   }
 }
@@ -387,7 +397,7 @@ TEST(TakeInt, TextWithoutIntegerGivesNothingAndStays) {
   for (const std::wstring before :
        {L"", L" ", L"-", L"+", L"- 1", L"+-1", L".5", L"x1", L"inf", L"\xa0\x31"}) {
     std::wstring_view text = before;
-    EXPECT_FALSE(TakeInt(text).has_value()) << testing::PrintToString(before);
+    EXPECT_FALSE(takeInt(text).has_value()) << testing::PrintToString(before);
     EXPECT_EQ(text, before);
   }
 }
@@ -453,7 +463,7 @@ TEST(Numbers, AProcessLocaleWithDecimalCommaChangesNothing) {
       takeDouble,
       {{L"1.5", 1.5}, {L"1,5", 1.0, L",5"}, {L"0x1.8p0", 1.5}, {L"1e309", DoubleLimits::infinity()}});
   ExpectTaken<float>(takeFloat, {{L"1.5", 1.5F}, {L"1,5", 1.0F, L",5"}});
-  ExpectTaken<int>([](std::wstring_view& text) { return TakeInt(text); }, {{L"1.000", 1, L".000"}});
+  ExpectTaken<int>(takeInt, {{L"1.000", 1, L".000"}});
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "common/platform/platform.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -225,6 +227,50 @@ TEST_F(Platform, AFileMayHaveAnyBytesInItsName) {
   }
 }
 #endif
+
+// --- Lists of names
+
+std::optional<std::vector<std::string>> SortedNames(const std::wstring& directory, std::size_t most) {
+  const std::optional<std::vector<SystemPath>> names = ListNames(directory, most);
+  if (!names) return std::nullopt;
+  std::vector<std::string> sorted;
+  for (const SystemPath& name : *names) sorted.push_back(fs::path(name).string());
+  std::sort(sorted.begin(), sorted.end());
+  return sorted;
+}
+
+TEST_F(Platform, NamesOfADirectoryAreListed) {
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(SortedNames(directory_.WidePath(), 10), (Names{".", ".."}));
+  directory_.WriteText("b.dat", "");
+  directory_.WriteText("A.DAT", "");
+  directory_.MakeDirectory("inner");
+  const Names all = {".", "..", "A.DAT", "b.dat", "inner"};
+  for (const wchar_t* const end : {L"", L"\\", L"/"})
+    EXPECT_EQ(SortedNames(directory_.WidePath() + end, 10), all);
+}
+
+TEST_F(Platform, NoMoreNamesAreListedThanAskedFor) {
+  directory_.WriteText("file", "");
+  ASSERT_EQ(SortedNames(directory_.WidePath(), 3), (std::vector<std::string>{".", "..", "file"}));
+  EXPECT_EQ(SortedNames(directory_.WidePath(), 2), std::nullopt);
+  EXPECT_EQ(SortedNames(directory_.WidePath(), 0), std::nullopt);
+}
+
+TEST_F(Platform, WhatIsNoDirectoryIsNotListed) {
+  directory_.WriteText("file", "");
+  EXPECT_EQ(SortedNames(directory_.WidePath("file"), 10), std::nullopt);
+  EXPECT_EQ(SortedNames(directory_.WidePath("missing"), 10), std::nullopt);
+  EXPECT_EQ(SortedNames(directory_.WidePath() + L'\0', 10), std::nullopt);
+  EXPECT_EQ(SortedNames(L"", 10), std::nullopt);
+}
+
+TEST_F(Platform, ListingLeavesNothingOpen) {
+  ASSERT_TRUE(SortedNames(directory_.WidePath(), 10).has_value());
+  EXPECT_FALSE(IsHeldOpen(directory_.Path()));
+  ASSERT_FALSE(SortedNames(directory_.WidePath(), 1).has_value());
+  EXPECT_FALSE(IsHeldOpen(directory_.Path()));
+}
 
 // --- The system code page
 

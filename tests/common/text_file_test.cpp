@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/text.h"
 #include "tests/support/temp_directory.h"
 
 namespace zrml {
@@ -21,7 +22,10 @@ class TextFile : public testing::Test {
  protected:
   std::wstring Text(std::string_view bytes, std::uint64_t maxBytes = kAll) {
     directory_.WriteText("text", bytes);
-    return ReadText(platform::File::Open(directory_.WidePath("text")), maxBytes);
+    const platform::File file = platform::File::Open(directory_.WidePath("text"));
+    const std::wstring text = ReadText(file, maxBytes);
+    EXPECT_EQ(FromBytes(ReadTextBytes(file, maxBytes)), text);
+    return text;
   }
 
  private:

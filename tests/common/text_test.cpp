@@ -71,6 +71,11 @@ TEST(ZeroPadded, PadsLikePrintf) {
   for (const auto& expected : cases) EXPECT_EQ(ZeroPadded(expected.value, expected.width), expected.text);
 }
 
+TEST(FromBytes, EachByteIsTheCharacterOfItsCode) {
+  EXPECT_EQ(FromBytes(""), L"");
+  EXPECT_EQ(FromBytes(std::string_view("a\0\x7f\x80\xff", 5)), std::wstring(L"a\0\x7f\x80\xff", 5));
+}
+
 TEST(Widen, KeepsAsciiCharacters) {
   EXPECT_EQ(Widen(""), L"");
   EXPECT_EQ(Widen("_FUNC001.DAT ~"), L"_FUNC001.DAT ~");

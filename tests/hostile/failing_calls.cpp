@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,8 +26,10 @@ bool FailsNow() {
 }
 
 // A call that is no read: only errors are of meaning to it.
-bool ErrorNow() {
-  if (!FailsNow() || kindOfFailure != CallFailure::kError) return false;
+bool ErrorNow(bool isListing = false) {
+  if (!FailsNow()) return false;
+  if (kindOfFailure != CallFailure::kError && !(isListing && kindOfFailure == CallFailure::kNoList))
+    return false;
   errno = EIO;
   return true;
 }
@@ -54,18 +57,25 @@ int __real_open(const char* path, int flags, ...);
 int __real_fstat(int file, struct stat* status);
 int __real_stat(const char* path, struct stat* status);
 ssize_t __real_pread(int file, void* bytes, size_t count, off_t offset);
+DIR* __real_opendir(const char* path);
+dirent* __real_readdir(DIR* list);
 
 int __wrap_open(const char* path, int flags, ...);
 int __wrap_fstat(int file, struct stat* status);
 int __wrap_stat(const char* path, struct stat* status);
 ssize_t __wrap_pread(int file, void* bytes, size_t count, off_t offset);
+DIR* __wrap_opendir(const char* path);
+dirent* __wrap_readdir(DIR* list);
 
 int __wrap_open(const char* path, int flags, ...) { return ErrorNow() ? -1 : __real_open(path, flags, 0600); }
 int __wrap_fstat(int file, struct stat* status) { return ErrorNow() ? -1 : __real_fstat(file, status); }
+DIR* __wrap_opendir(const char* path) { return ErrorNow(true) ? nullptr : __real_opendir(path); }
+dirent* __wrap_readdir(DIR* list) { return ErrorNow(true) ? nullptr : __real_readdir(list); }
 int __wrap_stat(const char* path, struct stat* status) { return ErrorNow() ? -1 : __real_stat(path, status); }
 
 ssize_t __wrap_pread(int file, void* bytes, size_t count, off_t offset) {
   if (FailsNow()) {
+    if (kindOfFailure == CallFailure::kNoList) return __real_pread(file, bytes, count, offset);
     if (kindOfFailure == CallFailure::kShort)
       return __real_pread(file, bytes, std::min<size_t>(count, 1), offset);
     errno = kindOfFailure == CallFailure::kInterrupted ? EINTR : EIO;

@@ -1,4 +1,5 @@
-// Lets the system calls of the test program fail that reading a file takes: open, fstat, stat and pread.
+// Lets the system calls of the test program fail that reading takes: open, fstat, stat, pread, opendir and
+// readdir.
 #pragma once
 
 namespace zrml {
@@ -7,6 +8,7 @@ enum class CallFailure {
   kError,        // an input/output error
   kInterrupted,  // by a signal: to be tried again
   kShort,        // a read gives one byte; other calls succeed
+  kNoList,       // an error of opendir or readdir; other calls succeed
 };
 
 /// While one exists, the call after the next `count` ones fails, that one alone or with all after it. Not for

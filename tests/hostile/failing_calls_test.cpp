@@ -11,6 +11,8 @@ namespace {
 
 class FailingCallsTest : public testing::Test {
  protected:
+  explicit FailingCallsTest(const RawDirectoryBuilder& raw = WholeDirectory()) : directory_(raw.Build()) {}
+
   // Reads with each call failing in turn, until none is left, and calls `check(answers)`.
   template <class Check>
   int FailEach(CallFailure failure, FailingCalls::Extent extent, Check check) {
@@ -34,7 +36,7 @@ class FailingCallsTest : public testing::Test {
     EXPECT_EQ(ReadEverything(server_, path_), expected_);
   }
 
-  const TempDirectory directory_ = WholeDirectory().Build();
+  const TempDirectory directory_;
   const std::wstring path_ = directory_.WidePath();
   CMLDataServerImpl server_;
   const int descriptors_ = OpenDescriptors();
@@ -67,6 +69,28 @@ TEST_F(FailingCallsTest, InterruptedCallsAreTriedAgain) {
 TEST_F(FailingCallsTest, ShortReadsAreContinued) {
   FailEach(CallFailure::kShort, FailingCalls::kOne,
            [&](const Answers& answers) { EXPECT_EQ(answers, expected_); });
+}
+
+// More functions, so that the directory is listed when it is opened.
+class FailingListTest : public FailingCallsTest {
+ protected:
+  FailingListTest() : FailingCallsTest(ManyFunctions()) {}
+
+  static RawDirectoryBuilder ManyFunctions() {
+    RawDirectoryBuilder raw = WholeDirectory();
+    raw.functions.resize(6, raw.functions.front());
+    return raw;
+  }
+};
+
+TEST_F(FailingListTest, ListThatFailsIsDoneWithout) {
+  EXPECT_EQ(expected_[2], "functions 6");
+  FailEach(CallFailure::kNoList, FailingCalls::kOne,
+           [&](const Answers& answers) { EXPECT_EQ(answers, expected_); });
+}
+
+TEST_F(FailingListTest, ErrorOfOneCallLeavesTheObjectSound) {
+  FailEach(CallFailure::kError, FailingCalls::kOne, [&](const Answers&) { ExpectSoundAfterwards(); });
 }
 
 // What each operation gives when no call succeeds any more.

@@ -146,6 +146,28 @@ TEST(Paths, FileWithoutPermissionIsAMissingFile) {
   EXPECT_EQ(server.GetFunctionCount(0), 2) << "a function without data is not listed";
 }
 
+// The names cannot be listed then, but files open all the same.
+TEST(Paths, DirectoryThatMayOnlyBePassedThroughIsRead) {
+  constexpr int kFunctions = 20;  // enough to be listed
+  RawDirectoryBuilder raw;
+  raw.functions.resize(kFunctions);
+  for (const auto spelling : {Spelling::kUpperCase, Spelling::kLowerCase}) {
+    raw.spelling = spelling;
+    const TempDirectory directory = raw.Build();
+    fs::permissions(directory.Path().parent_path(), fs::perms::all);
+    fs::permissions(directory.Path(), fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec);
+    {
+      const AsNobody nobody;
+      EXPECT_FALSE(platform::ListNames(directory.WidePath(), 1000).has_value()) << "the control";
+      CMLDataServerImpl server;
+      EXPECT_TRUE(server.Open(directory.WidePath()));
+      EXPECT_EQ(server.GetFunctionCount(0), kFunctions);
+      EXPECT_FALSE(server.HasMobility(0, 0));
+    }
+    fs::permissions(directory.Path(), fs::perms::owner_all);
+  }
+}
+
 TEST(Paths, DirectoryWithoutPermissionIsNoSource) {
   const TempDirectory directory = WholeDirectory().Build();
   fs::permissions(directory.Path().parent_path(), fs::perms::all);

@@ -1,7 +1,6 @@
 #include "masslynx/function_names.h"
 
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -16,7 +15,7 @@ constexpr int kElectrosprayPositive = 8;
 constexpr int kElectrosprayNegative = 9;
 constexpr int kNoSuchMode = 16;
 
-FunctionRecord Function(int typeCode, int ionMode, std::deque<std::uint16_t> processChain = {},
+FunctionRecord Function(int typeCode, int ionMode, std::vector<std::uint16_t> processChain = {},
                         const std::wstring& label = {}) {
   FunctionRecord record;
   record.typeCode = typeCode;

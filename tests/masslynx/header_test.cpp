@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "common/platform/platform.h"
+#include "common/text.h"
 #include "tests/masslynx/truncation.h"
 #include "tests/support/temp_directory.h"
 #include "tests/support/text_writer.h"
@@ -28,7 +29,13 @@ class HeaderFile : public testing::Test {
     directory_.WriteText("_HEADER.TXT", text);
     return Open();
   }
-  Lines LinesOf(std::string_view text) const { return ReadHeaderLines(Open(text)); }
+  static Lines LinesOf(const platform::File& file) {
+    Lines lines;
+    const HeaderLines header = ReadHeaderLines(file);
+    for (const std::string_view line : header.All()) lines.push_back(FromBytes(line));
+    return lines;
+  }
+  Lines LinesOf(std::string_view text) const { return LinesOf(Open(text)); }
   bool IsHeader(std::string_view text) const { return IsMassLynxHeader(Open(text)); }
 
   TempDirectory directory_;
@@ -135,13 +142,11 @@ TEST_F(ReadHeaderLinesTest, TruncatedFileGivesTheLinesBeforeTheCut) {
     } else {
       expected = {first, second, second};
     }
-    EXPECT_EQ(ReadHeaderLines(Open()), expected);
+    EXPECT_EQ(LinesOf(Open()), expected);
   });
 }
 
-TEST_F(ReadHeaderLinesTest, ClosedFileHasOneEmptyLine) {
-  EXPECT_EQ(ReadHeaderLines(platform::File()), (Lines{L""}));
-}
+TEST_F(ReadHeaderLinesTest, ClosedFileHasOneEmptyLine) { EXPECT_EQ(LinesOf(platform::File()), (Lines{L""})); }
 
 TEST_F(IsMassLynxHeaderTest, AcceptsEitherKeyInTheFirstLine) {
   EXPECT_TRUE(IsHeader("$$ Version: 01.00\r\n$$ Acquired Name: a\r\n"));
@@ -193,53 +198,53 @@ TEST_F(IsMassLynxHeaderTest, TruncatedHeaderIsAcceptedFromTheWholeKeyOn) {
 
 TEST_F(IsMassLynxHeaderTest, RejectsAClosedFile) { EXPECT_FALSE(IsMassLynxHeader(platform::File())); }
 
-std::wstring Lookup(const Lines& lines, std::wstring_view key) {
+std::wstring Lookup(const std::vector<std::string_view>& lines, std::string_view key) {
   std::wstring value = L"untouched";
   LookupHeaderValue(lines, key, value);
   return value;
 }
 
 TEST(LookupHeaderValue, GivesTheTrimmedRestOfTheLine) {
-  EXPECT_EQ(Lookup({L"$$ Instrument: QTOF 1\n"}, L"Instrument"), L"QTOF 1");
-  EXPECT_EQ(Lookup({L"$$ Instrument: \t a  b \r\n"}, L"Instrument"), L"a  b");
-  EXPECT_EQ(Lookup({L"$$ Instrument: a: b"}, L"Instrument"), L"a: b");
+  EXPECT_EQ(Lookup({"$$ Instrument: QTOF 1\n"}, "Instrument"), L"QTOF 1");
+  EXPECT_EQ(Lookup({"$$ Instrument: \t a  b \r\n"}, "Instrument"), L"a  b");
+  EXPECT_EQ(Lookup({"$$ Instrument: a: b"}, "Instrument"), L"a: b");
 }
 
 TEST(LookupHeaderValue, EmptyValueReplacesTheOldOne) {
-  EXPECT_EQ(Lookup({L"$$ Instrument: \n"}, L"Instrument"), L"");
+  EXPECT_EQ(Lookup({"$$ Instrument: \n"}, "Instrument"), L"");
 }
 
 TEST(LookupHeaderValue, FirstMatchingLineWins) {
-  EXPECT_EQ(Lookup({L"$$ Other: 0\n", L"$$ Instrument: 1\n", L"$$ Instrument: 2\n"}, L"Instrument"), L"1");
-  EXPECT_EQ(Lookup({L"$$ Instrument: \n", L"$$ Instrument: 2\n"}, L"Instrument"), L"");
+  EXPECT_EQ(Lookup({"$$ Other: 0\n", "$$ Instrument: 1\n", "$$ Instrument: 2\n"}, "Instrument"), L"1");
+  EXPECT_EQ(Lookup({"$$ Instrument: \n", "$$ Instrument: 2\n"}, "Instrument"), L"");
 }
 
 TEST(LookupHeaderValue, LeavesTheValueUntouchedWithoutAMatch) {
-  EXPECT_EQ(Lookup({}, L"Instrument"), L"untouched");
-  EXPECT_EQ(Lookup({L""}, L"Instrument"), L"untouched");
-  EXPECT_EQ(Lookup({L"$$ Other: 1\n"}, L"Instrument"), L"untouched");
+  EXPECT_EQ(Lookup({}, "Instrument"), L"untouched");
+  EXPECT_EQ(Lookup({""}, "Instrument"), L"untouched");
+  EXPECT_EQ(Lookup({"$$ Other: 1\n"}, "Instrument"), L"untouched");
 }
 
 TEST(LookupHeaderValue, PrefixMustMatchExactlyFromTheLineStart) {
-  for (const wchar_t* const line : {L"$$ instrument: 1\n", L"$$ INSTRUMENT: 1\n", L" $$ Instrument: 1\n",
-                                    L"$$ Instrument:1\n", L"$$ Instrument : 1\n", L"$$  Instrument: 1\n",
-                                    L"$$ Instrument Name: 1\n", L"$$ Instrument", L"x$$ Instrument: 1\n"}) {
-    EXPECT_EQ(Lookup({line}, L"Instrument"), L"untouched") << line;
+  for (const char* const line : {"$$ instrument: 1\n", "$$ INSTRUMENT: 1\n", " $$ Instrument: 1\n",
+                                 "$$ Instrument:1\n", "$$ Instrument : 1\n", "$$  Instrument: 1\n",
+                                 "$$ Instrument Name: 1\n", "$$ Instrument", "x$$ Instrument: 1\n"}) {
+    EXPECT_EQ(Lookup({line}, "Instrument"), L"untouched") << line;
   }
 }
 
 // The blank behind the colon belongs to the prefix, so a line without any value may not match.
 TEST(LookupHeaderValue, ColonWithoutBlankDoesNotMatch) {
-  EXPECT_EQ(Lookup({L"$$ Instrument:\n"}, L"Instrument"), L"untouched");
+  EXPECT_EQ(Lookup({"$$ Instrument:\n"}, "Instrument"), L"untouched");
 }
 
 TEST(LookupHeaderValue, KeyMayHoldBlanksAndPercentSigns) {
-  EXPECT_EQ(Lookup({L"$$ Sample Description: x\n"}, L"Sample Description"), L"x");
-  EXPECT_EQ(Lookup({L"$$ %d %ls: x\n"}, L"%d %ls"), L"x");
+  EXPECT_EQ(Lookup({"$$ Sample Description: x\n"}, "Sample Description"), L"x");
+  EXPECT_EQ(Lookup({"$$ %d %ls: x\n"}, "%d %ls"), L"x");
 }
 
 TEST(LookupHeaderValue, KeepsCharactersAboveAscii) {
-  EXPECT_EQ(Lookup({L"$$ User Name: J\u00f8rn \u00b5\u00a0\n"}, L"User Name"), L"J\u00f8rn \u00b5\u00a0");
+  EXPECT_EQ(Lookup({"$$ User Name: J\xf8rn \xb5\xa0\n"}, "User Name"), L"J\u00f8rn \u00b5\u00a0");
 }
 
 TEST(AnalysisDateTime, JoinsDateAndTime) {

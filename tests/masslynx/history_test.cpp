@@ -1,7 +1,6 @@
 #include "masslynx/history.h"
 
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,7 +15,7 @@
 namespace zrml {
 namespace {
 
-using Chain = std::deque<std::uint16_t>;
+using Chain = std::vector<std::uint16_t>;
 
 constexpr std::size_t kHeaderSize = 132;
 constexpr std::size_t kEntrySize = 123;

@@ -100,6 +100,85 @@ TEST(OpenInDirectory, EmptyFileOpens) {
   EXPECT_EQ(ContentIn(directory.WidePath(), L"_upper.inf"), "");
 }
 
+// The answers must be those of OpenInDirectory(), whether it tries few names or lists the directory for many.
+class FileFinderTest : public testing::TestWithParam<std::size_t> {
+ protected:
+  bool Opens(const std::wstring& name) const {
+    const std::wstring path = directory_.WidePath();
+    const bool opens = FileFinder(path, GetParam()).Opens(name);
+    EXPECT_EQ(opens, OpenInDirectory(path, name).IsOpen()) << name;
+    return opens;
+  }
+
+  TempDirectory directory_;
+};
+
+INSTANTIATE_TEST_SUITE_P(FewAndMany, FileFinderTest, testing::Values(1, 100));
+
+TEST_P(FileFinderTest, FindsUpperAndLowerCaseNames) {
+  directory_.WriteText("_FUNC001.DAT", "");
+  directory_.WriteText("_func002.dat", "");
+  for (const wchar_t* const name : {L"_FUNC001.DAT", L"_func001.dat", L"_Func002.Dat"})
+    EXPECT_TRUE(Opens(name)) << name;
+  EXPECT_FALSE(Opens(L"_FUNC003.DAT"));
+  EXPECT_FALSE(Opens(L"_FUNC001.DA"));
+  EXPECT_FALSE(Opens(L"_FUNC001.DATA"));
+}
+
+TEST_P(FileFinderTest, NeverFindsAMixedCase) {
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  directory_.WriteText("_Func001.dat", "");
+  EXPECT_FALSE(Opens(L"_Func001.dat"));
+}
+
+TEST_P(FileFinderTest, FindsTheLowerCaseNameBehindADirectory) {
+  directory_.MakeDirectory("_FUNC001.DAT");
+  EXPECT_FALSE(Opens(L"_FUNC001.DAT"));
+  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  directory_.WriteText("_func001.dat", "");
+  EXPECT_TRUE(Opens(L"_FUNC001.DAT"));
+}
+
+TEST_P(FileFinderTest, OtherNamesInTheDirectoryMakeNoDifference) {
+  directory_.WriteText("_FUNC001.DAT", "");
+  directory_.WriteText(u8"\u00b5 and \u017f", "");
+  EXPECT_TRUE(Opens(L"_FUNC001.DAT"));
+  EXPECT_FALSE(Opens(L"_FUNC002.DAT"));
+}
+
+TEST_P(FileFinderTest, FileThatVanishesIsNotFound) {
+  directory_.WriteText("_FUNC001.DAT", "");
+  const std::wstring path = directory_.WidePath();
+  const FileFinder finder(path, GetParam());
+  ASSERT_TRUE(finder.Opens(L"_FUNC001.DAT"));
+  directory_.Remove("_FUNC001.DAT");
+  EXPECT_FALSE(finder.Opens(L"_FUNC001.DAT"));
+}
+
+TEST_P(FileFinderTest, FileThatComesLaterIsFoundByTheNext) {
+  const std::wstring path = directory_.WidePath();
+  const FileFinder early(path, GetParam());
+  directory_.WriteText("_FUNC001.DAT", "");
+  const bool isListed = GetParam() > 1;
+  EXPECT_EQ(early.Opens(L"_FUNC001.DAT"), !isListed);
+  EXPECT_TRUE(Opens(L"_FUNC001.DAT"));
+}
+
+TEST(FileFinder, DirectoryOfTooManyNamesIsNotListed) {
+  const TempDirectory directory;
+  for (int i = 0; i < 8 * 16; ++i) directory.WriteText("other " + std::to_string(i), "");
+  const std::wstring path = directory.WidePath();
+  const FileFinder finder(path, 8);
+  directory.WriteText("_FUNC001.DAT", "");
+  EXPECT_TRUE(finder.Opens(L"_FUNC001.DAT")) << "a list would not have it";
+}
+
+TEST(FileFinder, MissingDirectoryHasNothing) {
+  const TempDirectory directory;
+  const std::wstring path = directory.WidePath("missing");
+  EXPECT_FALSE(FileFinder(path, 100).Opens(L"_FUNC001.DAT"));
+}
+
 TEST(FileExistsInDirectory, IsTrueForAFile) {
   const TempDirectory directory;
   directory.WriteText("_header.txt", "");

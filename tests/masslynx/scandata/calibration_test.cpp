@@ -10,7 +10,7 @@
 namespace zrml {
 namespace {
 
-using Lines = std::vector<std::wstring>;
+using Lines = std::vector<std::string>;
 using Values = std::vector<double>;
 
 constexpr int kMsMsTypes[] = {6, 7, 8, 9, 11, 16};
@@ -22,12 +22,12 @@ FunctionRecord Parse(const Lines& lines, std::uint16_t number = 1, int typeCode 
   FunctionRecord function;
   function.number = number;
   function.typeCode = typeCode;
-  ParseCalibration(ReadCalibrationLines(lines), function);
+  ParseCalibration(ReadCalibrationLines({lines.begin(), lines.end()}), function);
   return function;
 }
 
 /// The static calibration that one line gives an MS function.
-Values StaticValues(const std::wstring& line) { return Parse({line}).staticCal.coefficients; }
+Values StaticValues(const std::string& line) { return Parse({line}).staticCal.coefficients; }
 
 Values SegmentValues(const FunctionRecord& function, std::size_t segment) {
   return segment <= function.segmentCals.size() ? function.segmentCals[segment - 1].coefficients : Values{};
@@ -44,15 +44,15 @@ TEST(CalibrationLines, NoLinesGiveNothing) {
 
 TEST(CalibrationLines, EveryKindFillsItsOwnMember) {
   const Lines lines = {
-      L"$$ Version: 01.00",
-      L"$$ Cal MS1 Static: 1,2",
-      L"$$ Cal MS2 Static: 3,4",
-      L"$$ Cal MS1 Dynamic: 5,6",
-      L"$$ Cal MS2 Dynamic: 7,8",
-      L"$$ Cal Function 1: 9,10",
-      L"$$ Cal Modification 1: 11,12",
-      L"$$ Cal Segment 2: 13,14",
-      L"$$ Cal Temperature: 25.5",
+      "$$ Version: 01.00",
+      "$$ Cal MS1 Static: 1,2",
+      "$$ Cal MS2 Static: 3,4",
+      "$$ Cal MS1 Dynamic: 5,6",
+      "$$ Cal MS2 Dynamic: 7,8",
+      "$$ Cal Function 1: 9,10",
+      "$$ Cal Modification 1: 11,12",
+      "$$ Cal Segment 2: 13,14",
+      "$$ Cal Temperature: 25.5",
   };
   const FunctionRecord ms = Parse(lines);
   EXPECT_EQ(ms.staticCal.coefficients, (Values{1, 2}));
@@ -70,8 +70,8 @@ TEST(CalibrationLines, EveryKindFillsItsOwnMember) {
 }
 
 TEST(CalibrationLines, EachOfTheSixMsMsTypesTakesTheMs2LinesAndEveryOtherTypeTheMs1Lines) {
-  const Lines lines = {L"$$ Cal MS1 Static: 1", L"$$ Cal MS2 Static: 2", L"$$ Cal MS1 Dynamic: 3",
-                       L"$$ Cal MS2 Dynamic: 4"};
+  const Lines lines = {"$$ Cal MS1 Static: 1", "$$ Cal MS2 Static: 2", "$$ Cal MS1 Dynamic: 3",
+                       "$$ Cal MS2 Dynamic: 4"};
   for (int type = -1; type <= 40; ++type) {
     const bool msMs = std::ranges::find(kMsMsTypes, type) != std::end(kMsMsTypes);
     const FunctionRecord function = Parse(lines, 1, type);
@@ -81,7 +81,7 @@ TEST(CalibrationLines, EachOfTheSixMsMsTypesTakesTheMs2LinesAndEveryOtherTypeThe
 }
 
 TEST(CalibrationLines, MsLinesAloneGiveAnMsMsFunctionNothing) {
-  const Lines lines = {L"$$ Cal MS1 Static: 1,2", L"$$ Cal MS1 Dynamic: 3,4"};
+  const Lines lines = {"$$ Cal MS1 Static: 1,2", "$$ Cal MS1 Dynamic: 3,4"};
   EXPECT_TRUE(HasCalibration(Parse(lines)));
   EXPECT_FALSE(HasCalibration(Parse(lines, 1, kMsMsType)));
 }
@@ -93,35 +93,45 @@ TEST(CalibrationLines, FunctionNumbersMatchAsText) {
     bool matches;
   };
   const Case cases[] = {
-      {L"1", 1, true},       {L"12", 12, true},  {L"65535", 65535, true}, {L"1", 12, false},
-      {L"12", 1, false},     {L"2", 1, false},   {L"01", 1, false},       {L"+1", 1, false},
-      {L"-1", 1, false},     {L"1.0", 1, false}, {L"65536", 1, false},    {L"", 1, false},
-      {L"  \t 1", 1, true},   // the format's blank takes any white space
-      {L"1 ", 1, false},      // no blank stands before the format's colon
-      {L"131073", 1, false},  // 2 x 65536 + 1: not cut to 16 bits
+      {"1", 1, true},
+      {"12", 12, true},
+      {"65535", 65535, true},
+      {"1", 12, false},
+      {"12", 1, false},
+      {"2", 1, false},
+      {"01", 1, false},
+      {"+1", 1, false},
+      {"-1", 1, false},
+      {"1.0", 1, false},
+      {"65536", 1, false},
+      {"", 1, false},
+      {"  \t 1", 1, true},   // the format's blank takes any white
+                             // space
+      {"1 ", 1, false},      // no blank stands before the format's colon
+      {"131073", 1, false},  // 2 x 65536 + 1: not cut to 16 bits
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "'" << c.inLine << "' for function " << c.number);
-    const std::wstring inLine = c.inLine;
-    const FunctionRecord function = Parse(
-        {L"$$ Cal Function " + inLine + L": 1,2", L"$$ Cal Modification " + inLine + L": 3,4"}, c.number);
+    const std::string inLine = c.inLine;
+    const FunctionRecord function =
+        Parse({"$$ Cal Function " + inLine + ": 1,2", "$$ Cal Modification " + inLine + ": 3,4"}, c.number);
     EXPECT_EQ(function.functionCal.coefficients, c.matches ? (Values{1, 2}) : Values{});
     EXPECT_EQ(function.modificationCal.coefficients, c.matches ? (Values{3, 4}) : Values{});
   }
 }
 
 TEST(CalibrationLines, LineOfFunction2LeavesFunction1AtItsStaticCalibration) {
-  const Lines lines = {L"$$ Cal MS1 Static: 0.0,1.0", L"$$ Cal Function 2: 1.0,1.0"};
+  const Lines lines = {"$$ Cal MS1 Static: 0.0,1.0", "$$ Cal Function 2: 1.0,1.0"};
   EXPECT_EQ(CalibrateMass(Parse(lines, 1), {}, 500), 500.0);
   EXPECT_EQ(CalibrateMass(Parse(lines, 2), {}, 500), 501.0);
 }
 
 TEST(CalibrationLines, LiteralTextMatchesFromTheStartAndByCase) {
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 1"), Values{1});  // the control
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1"), Values{1});  // the control
   for (const wchar_t* line :
-       {L" $$ Cal MS1 Static: 1", L"x$$ Cal MS1 Static: 1", L"$ Cal MS1 Static: 1", L"$$ cal MS1 Static: 1",
-        L"$$ Cal Ms1 Static: 1", L"$$ CAL MS1 STATIC: 1", L"$$ Cal MS3 Static: 1", L"$$ Cal Static: 1",
-        L"$$ Cal MS1 Static 1", L"$$ Cal MS1 Static :1", L"$$ Cal MS1 Statics: 1", L""}) {
+       {" $$ Cal MS1 Static: 1", "x$$ Cal MS1 Static: 1", "$ Cal MS1 Static: 1", "$$ cal MS1 Static: 1",
+        "$$ Cal Ms1 Static: 1", "$$ CAL MS1 STATIC: 1", "$$ Cal MS3 Static: 1", "$$ Cal Static: 1",
+        "$$ Cal MS1 Static 1", "$$ Cal MS1 Static :1", "$$ Cal MS1 Statics: 1", ""}) {
     EXPECT_EQ(StaticValues(line), Values{}) << line;
   }
 }
@@ -129,43 +139,43 @@ TEST(CalibrationLines, LiteralTextMatchesFromTheStartAndByCase) {
 // Parsing: values.
 
 TEST(CalibrationLines, BlanksInTheFormatMatchAnyWhiteSpaceOrNone) {
-  EXPECT_EQ(StaticValues(L"$$Cal MS1 Static:1,2"), (Values{1, 2}));
-  EXPECT_EQ(StaticValues(L"$$CalMS1Static:1,2"), (Values{1, 2}));
-  EXPECT_EQ(StaticValues(L"$$ \t Cal\tMS1   Static: \t 1,2"), (Values{1, 2}));
-  EXPECT_EQ(StaticValues(L"$$\r\n\v\fCal MS1 Static: 1,2"), (Values{1, 2}));
-  EXPECT_EQ(StaticValues(L"$ $ Cal MS1 Static: 1,2"), Values{});  // where the format has no blank
-  EXPECT_EQ(StaticValues(L"$$ Cal MS 1 Static: 1,2"), Values{});
+  EXPECT_EQ(StaticValues("$$Cal MS1 Static:1,2"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$$CalMS1Static:1,2"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$$ \t Cal\tMS1   Static: \t 1,2"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$$\r\n\v\fCal MS1 Static: 1,2"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$ $ Cal MS1 Static: 1,2"), Values{});  // where the format has no blank
+  EXPECT_EQ(StaticValues("$$ Cal MS 1 Static: 1,2"), Values{});
 }
 
 TEST(CalibrationLines, BlankBeforeAValueIsSkippedAndBeforeACommaEndsTheList) {
-  EXPECT_EQ(StaticValues(L"$$CalMS1Static:1.0 ,2"), Values{1});
-  EXPECT_EQ(StaticValues(L"$$CalMS1Static:1.0, 2"), (Values{1, 2}));
-  EXPECT_EQ(StaticValues(L"$$CalMS1Static:1.0,\t\n 2 ,3"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$$CalMS1Static:1.0 ,2"), Values{1});
+  EXPECT_EQ(StaticValues("$$CalMS1Static:1.0, 2"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$$CalMS1Static:1.0,\t\n 2 ,3"), (Values{1, 2}));
 }
 
 TEST(CalibrationLines, OneToSevenValuesAreKeptAndTheEighthIsNot) {
-  std::wstring line = L"$$ Cal MS1 Static: ";
+  std::string line = "$$ Cal MS1 Static: ";
   Values expected;
   for (int count = 1; count <= 8; ++count) {
-    line += (count > 1 ? L"," : L"") + std::to_wstring(count) + L".5";
+    line += (count > 1 ? "," : "") + std::to_string(count) + ".5";
     if (count <= 7) expected.push_back(count + 0.5);
     EXPECT_EQ(StaticValues(line), expected) << count;
   }
 }
 
 TEST(CalibrationLines, ValuesEndAtTheFirstThatIsNoNumber) {
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 1,x,3"), Values{1});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 1,,3"), Values{1});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 1;2"), Values{1});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 1 2"), Values{1});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: ,2"), Values{});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: x"), Values{});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: "), Values{});
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 1,2\r\n"), (Values{1, 2}));
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1,x,3"), Values{1});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1,,3"), Values{1});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1;2"), Values{1});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1 2"), Values{1});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: ,2"), Values{});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: x"), Values{});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: "), Values{});
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1,2\r\n"), (Values{1, 2}));
 }
 
 TEST(CalibrationLines, ValuesAreReadInDoublePrecisionInEverySpelling) {
-  EXPECT_EQ(StaticValues(L"$$ Cal MS1 Static: 0.1,-2.5e-3,+1E2,.5,3.,-0,1e300"),
+  EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 0.1,-2.5e-3,+1E2,.5,3.,-0,1e300"),
             (Values{0.1, -0.0025, 100, 0.5, 3, 0, 1e300}));
 }
 
@@ -176,7 +186,7 @@ TEST(CalibrationLines, ResultsDoNotDependOnTheLocale) {
     if (commaLocale == nullptr) commaLocale = std::setlocale(LC_ALL, name);
   }
   if (commaLocale == nullptr) GTEST_SKIP() << "no locale with a decimal comma on this machine";
-  const FunctionRecord function = Parse({L"$$ Cal MS1 Static: 1.5,2.25", L"$$ Cal Temperature: 25.5"});
+  const FunctionRecord function = Parse({"$$ Cal MS1 Static: 1.5,2.25", "$$ Cal Temperature: 25.5"});
   std::setlocale(LC_ALL, before.c_str());
   EXPECT_EQ(function.staticCal.coefficients, (Values{1.5, 2.25}));
   EXPECT_EQ(function.calTemperature, 25.5F);
@@ -184,22 +194,22 @@ TEST(CalibrationLines, ResultsDoNotDependOnTheLocale) {
 
 TEST(CalibrationLines, T1AnywhereInTheLineSetsTheRootFlag) {
   const auto root = [](const wchar_t* line) { return Parse({line}).staticCal.root; };
-  EXPECT_FALSE(root(L"$$ Cal MS1 Static: 0,1"));
-  EXPECT_TRUE(root(L"$$ Cal MS1 Static: 0,1,T1"));
-  EXPECT_TRUE(root(L"$$ Cal MS1 Static: 0,1 T1"));
-  EXPECT_TRUE(root(L"$$ Cal MS1 Static: 0,T1,1"));
-  EXPECT_TRUE(root(L"$$ Cal MS1 Static: 0,1,2,3,4,5,6,7,XT12"));
-  EXPECT_FALSE(root(L"$$ Cal MS1 Static: 0,1,t1"));
-  EXPECT_FALSE(root(L"$$ Cal MS1 Static: 0,1,T 1"));
-  EXPECT_FALSE(root(L"$$ Cal MS1 Static: 0,1,T0"));
+  EXPECT_FALSE(root("$$ Cal MS1 Static: 0,1"));
+  EXPECT_TRUE(root("$$ Cal MS1 Static: 0,1,T1"));
+  EXPECT_TRUE(root("$$ Cal MS1 Static: 0,1 T1"));
+  EXPECT_TRUE(root("$$ Cal MS1 Static: 0,T1,1"));
+  EXPECT_TRUE(root("$$ Cal MS1 Static: 0,1,2,3,4,5,6,7,XT12"));
+  EXPECT_FALSE(root("$$ Cal MS1 Static: 0,1,t1"));
+  EXPECT_FALSE(root("$$ Cal MS1 Static: 0,1,T 1"));
+  EXPECT_FALSE(root("$$ Cal MS1 Static: 0,1,T0"));
 }
 
 TEST(CalibrationLines, EveryKindHasItsOwnRootFlag) {
-  const Lines plain = {L"$$ Cal MS1 Static: 1", L"$$ Cal MS1 Dynamic: 1", L"$$ Cal Function 1: 1",
-                       L"$$ Cal Modification 1: 1", L"$$ Cal Segment 1: 1"};
+  const Lines plain = {"$$ Cal MS1 Static: 1", "$$ Cal MS1 Dynamic: 1", "$$ Cal Function 1: 1",
+                       "$$ Cal Modification 1: 1", "$$ Cal Segment 1: 1"};
   for (std::size_t rooted = 0; rooted <= plain.size(); ++rooted) {  // the last round has none
     Lines lines = plain;
-    if (rooted < lines.size()) lines[rooted] += L",T1";
+    if (rooted < lines.size()) lines[rooted] += ",T1";
     const FunctionRecord f = Parse(lines);
     ASSERT_EQ(f.segmentCals.size(), 1U);
     const bool flags[] = {f.staticCal.root, f.dynamicCal.root, f.functionCal.root, f.modificationCal.root,
@@ -211,10 +221,10 @@ TEST(CalibrationLines, EveryKindHasItsOwnRootFlag) {
 
 TEST(CalibrationLines, LastLineOfAKindWins) {
   const FunctionRecord function =
-      Parse({L"$$ Cal MS1 Static: 1,2,3,T1", L"$$ Cal MS1 Dynamic: 1,T1", L"$$ Cal Function 1: 1,2",
-             L"$$ Cal Modification 1: 1", L"$$ Cal Temperature: 1", L"$$ Cal MS1 Static: 4,5",
-             L"$$ Cal MS1 Dynamic: 6,7", L"$$ Cal Function 1: 8,T1", L"$$ Cal Modification 1: 9,T1",
-             L"$$ Cal Temperature: 2"});
+      Parse({"$$ Cal MS1 Static: 1,2,3,T1", "$$ Cal MS1 Dynamic: 1,T1", "$$ Cal Function 1: 1,2",
+             "$$ Cal Modification 1: 1", "$$ Cal Temperature: 1", "$$ Cal MS1 Static: 4,5",
+             "$$ Cal MS1 Dynamic: 6,7", "$$ Cal Function 1: 8,T1", "$$ Cal Modification 1: 9,T1",
+             "$$ Cal Temperature: 2"});
   EXPECT_EQ(function.staticCal.coefficients, (Values{4, 5}));
   EXPECT_FALSE(function.staticCal.root);
   EXPECT_EQ(function.dynamicCal.coefficients, (Values{6, 7}));
@@ -228,10 +238,10 @@ TEST(CalibrationLines, LastLineOfAKindWins) {
 
 TEST(CalibrationLines, LineWithoutValueLeavesEarlierValuesAndRootFlag) {
   const FunctionRecord function =
-      Parse({L"$$ Cal MS1 Static: 1,2,T1", L"$$ Cal MS1 Dynamic: 3,T1", L"$$ Cal Function 1: 4,T1",
-             L"$$ Cal Modification 1: 5,T1", L"$$ Cal Temperature: 6", L"$$ Cal MS1 Static: ",
-             L"$$ Cal MS1 Dynamic: none", L"$$ Cal Function 1: ,1", L"$$ Cal Modification 1: -",
-             L"$$ Cal Temperature: cold"});
+      Parse({"$$ Cal MS1 Static: 1,2,T1", "$$ Cal MS1 Dynamic: 3,T1", "$$ Cal Function 1: 4,T1",
+             "$$ Cal Modification 1: 5,T1", "$$ Cal Temperature: 6",
+             "$$ Cal MS1 Static: ", "$$ Cal MS1 Dynamic: none", "$$ Cal Function 1: ,1",
+             "$$ Cal Modification 1: -", "$$ Cal Temperature: cold"});
   EXPECT_EQ(function.staticCal.coefficients, (Values{1, 2}));
   EXPECT_TRUE(function.staticCal.root);
   EXPECT_EQ(function.dynamicCal.coefficients, Values{3});
@@ -244,7 +254,7 @@ TEST(CalibrationLines, LineWithoutValueLeavesEarlierValuesAndRootFlag) {
 }
 
 TEST(CalibrationLines, HeaderCutAtEveryLengthKeepsTheValuesBeforeTheCut) {
-  const std::wstring line = L"$$ Cal MS1 Static: 12,34";
+  const std::string line = "$$ Cal MS1 Static: 12,34";
   for (std::size_t length = 0; length <= line.size(); ++length) {
     // "$$ Cal MS1 Static: " has 19 characters; then "1", "12", "12,", "12,3" and "12,34".
     const Values expected = length < 20    ? Values{}
@@ -259,10 +269,9 @@ TEST(CalibrationLines, HeaderCutAtEveryLengthKeepsTheValuesBeforeTheCut) {
 TEST(CalibrationLines, TemperatureIsReadInSinglePrecision) {
   // 1 + 2^-24 is halfway between 1 and the next float; a digit far behind decides. Reading a double first
   // would lose that digit and round to the even neighbour 1.
-  EXPECT_EQ(Parse({L"$$ Cal Temperature: 1.000000059604644775390625"}).calTemperature, 1.0F);
-  EXPECT_EQ(Parse({L"$$ Cal Temperature: 1.000000059604644775390625000000001"}).calTemperature,
-            0x1.000002p0F);
-  EXPECT_EQ(Parse({L"$$ Cal Temperature: -12.25 degrees"}).calTemperature, -12.25F);
+  EXPECT_EQ(Parse({"$$ Cal Temperature: 1.000000059604644775390625"}).calTemperature, 1.0F);
+  EXPECT_EQ(Parse({"$$ Cal Temperature: 1.000000059604644775390625000000001"}).calTemperature, 0x1.000002p0F);
+  EXPECT_EQ(Parse({"$$ Cal Temperature: -12.25 degrees"}).calTemperature, -12.25F);
 }
 
 TEST(CalibrationLines, ParsingStartsFromReferenceTemperatureZero) {
@@ -270,14 +279,14 @@ TEST(CalibrationLines, ParsingStartsFromReferenceTemperatureZero) {
   function.number = 1;
   function.typeCode = kMsType;
   function.calTemperature = 30;
-  ParseCalibration(ReadCalibrationLines({L"$$ Cal MS1 Static: 1"}), function);
+  ParseCalibration(ReadCalibrationLines({"$$ Cal MS1 Static: 1"}), function);
   EXPECT_EQ(function.calTemperature, 0.0F);
 }
 
 // Parsing: segments.
 
 TEST(CalibrationSegments, OnlyFunction1HasThem) {
-  const Lines lines = {L"$$ Cal Segment 2: 0.5,1.0"};
+  const Lines lines = {"$$ Cal Segment 2: 0.5,1.0"};
   EXPECT_EQ(SegmentValues(Parse(lines, 1), 2), (Values{0.5, 1}));
   EXPECT_TRUE(Parse(lines, 2).segmentCals.empty());
   EXPECT_TRUE(Parse(lines, 11).segmentCals.empty());
@@ -285,8 +294,8 @@ TEST(CalibrationSegments, OnlyFunction1HasThem) {
 }
 
 TEST(CalibrationSegments, ListGrowsToTheLargestNumber) {
-  const FunctionRecord function = Parse(
-      {L"$$ Cal Segment 3: 3,T1", L"$$ Cal Segment 1: 1", L"$$ Cal Segment 5: 5", L"$$ Cal Segment 2: 2"});
+  const FunctionRecord function =
+      Parse({"$$ Cal Segment 3: 3,T1", "$$ Cal Segment 1: 1", "$$ Cal Segment 5: 5", "$$ Cal Segment 2: 2"});
   ASSERT_EQ(function.segmentCals.size(), 5U);
   EXPECT_EQ(function.segmentCals[0].coefficients, Values{1});
   EXPECT_EQ(function.segmentCals[1].coefficients, Values{2});
@@ -298,8 +307,8 @@ TEST(CalibrationSegments, ListGrowsToTheLargestNumber) {
 }
 
 TEST(CalibrationSegments, LastLineWinsAndALineWithoutValueLeavesTheEarlier) {
-  const FunctionRecord function = Parse({L"$$ Cal Segment 1: 1,T1", L"$$ Cal Segment 2: 2,T1",
-                                         L"$$ Cal Segment 1: 3,4", L"$$ Cal Segment 2: none"});
+  const FunctionRecord function = Parse({"$$ Cal Segment 1: 1,T1", "$$ Cal Segment 2: 2,T1",
+                                         "$$ Cal Segment 1: 3,4", "$$ Cal Segment 2: none"});
   EXPECT_EQ(SegmentValues(function, 1), (Values{3, 4}));
   EXPECT_FALSE(function.segmentCals[0].root);
   EXPECT_EQ(SegmentValues(function, 2), Values{2});
@@ -312,65 +321,65 @@ TEST(CalibrationSegments, NumbersAreReadAsIntegersButMatchAsText) {
     bool matches;
   };
   const Case cases[] = {
-      {L"2", true},   {L" \t2", true},                  // the format's blank takes any white space
-      {L"02", false}, {L"+2", false},  {L"2 ", false},  // the number is 2, but "2:" is not what follows
+      {"2", true},   {" \t2", true},                 // the format's blank takes any white space
+      {"02", false}, {"+2", false},  {"2 ", false},  // the number is 2, but "2:" is not what follows
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.inLine);
-    const FunctionRecord function = Parse({L"$$ Cal Segment " + std::wstring(c.inLine) + L": 0.5,1"});
+    const FunctionRecord function = Parse({"$$ Cal Segment " + std::string(c.inLine) + ": 0.5,1"});
     EXPECT_EQ(function.segmentCals.size(), 2U);  // grown before the values are looked at
     EXPECT_EQ(SegmentValues(function, 2), c.matches ? (Values{0.5, 1}) : Values{});
     EXPECT_EQ(HasCalibration(function), c.matches);
   }
-  EXPECT_EQ(SegmentValues(Parse({L"$$CalSegment2:7"}), 2), Values{7});
+  EXPECT_EQ(SegmentValues(Parse({"$$CalSegment2:7"}), 2), Values{7});
 }
 
 TEST(CalibrationSegments, LineWithoutANumberChangesNothing) {
   const FunctionRecord function =
-      Parse({L"$$ Cal Segment : 1,2", L"$$ Cal Segment x: 1,2", L"$$ Cal Modification 1: 3"});
+      Parse({"$$ Cal Segment : 1,2", "$$ Cal Segment x: 1,2", "$$ Cal Modification 1: 3"});
   EXPECT_TRUE(function.segmentCals.empty());
   EXPECT_EQ(function.modificationCal.coefficients, Values{3});  // the format of modifications is still in use
 }
 
 TEST(CalibrationSegments, NumbersThatNoScanCanHaveAreStoredNowhereButCount) {
-  for (const wchar_t* number : {L"0", L"-1", L"32", L"33", L"65536", L"2147483647", L"-2147483648"}) {
+  for (const wchar_t* number : {"0", "-1", "32", "33", "65536", "2147483647", "-2147483648"}) {
     SCOPED_TRACE(number);
-    const FunctionRecord function = Parse({L"$$ Cal Segment " + std::wstring(number) + L": 1,2"});
+    const FunctionRecord function = Parse({"$$ Cal Segment " + std::string(number) + ": 1,2"});
     EXPECT_LE(function.segmentCals.size(), 31U);
     for (const CalibrationPolynomial& segment : function.segmentCals)
       EXPECT_TRUE(segment.coefficients.empty());
     EXPECT_TRUE(HasCalibration(function));
-    EXPECT_FALSE(HasCalibration(Parse({L"$$ Cal Segment " + std::wstring(number) + L": none"})));
-    EXPECT_FALSE(HasCalibration(Parse({L"$$ Cal Segment " + std::wstring(number) + L": 1,2"}, 2)));
+    EXPECT_FALSE(HasCalibration(Parse({"$$ Cal Segment " + std::string(number) + ": none"})));
+    EXPECT_FALSE(HasCalibration(Parse({"$$ Cal Segment " + std::string(number) + ": 1,2"}, 2)));
   }
-  EXPECT_EQ(SegmentValues(Parse({L"$$ Cal Segment 31: 1,2"}), 31), (Values{1, 2}));  // the control
+  EXPECT_EQ(SegmentValues(Parse({"$$ Cal Segment 31: 1,2"}), 31), (Values{1, 2}));  // the control
 }
 
 // Deliberate: the segment format takes the place of the modification format.
 
 TEST(CalibrationSegments, ModificationAfterASegmentLineIsDeliberatelyNotRecognised) {
-  const FunctionRecord before = Parse({L"$$ Cal Modification 1: 1,2", L"$$ Cal Segment 2: 3,4"});
+  const FunctionRecord before = Parse({"$$ Cal Modification 1: 1,2", "$$ Cal Segment 2: 3,4"});
   EXPECT_EQ(before.modificationCal.coefficients, (Values{1, 2}));  // the control
 
   const FunctionRecord after =
-      Parse({L"$$ Cal Modification 1: 1,2", L"$$ Cal Segment 2: 3,4", L"$$ Cal Modification 1: 5,6"});
+      Parse({"$$ Cal Modification 1: 1,2", "$$ Cal Segment 2: 3,4", "$$ Cal Modification 1: 5,6"});
   EXPECT_EQ(after.modificationCal.coefficients, (Values{1, 2}));
   EXPECT_EQ(SegmentValues(after, 2), (Values{3, 4}));
 
   EXPECT_TRUE(
-      Parse({L"$$ Cal Segment 2: 3,4", L"$$ Cal Modification 1: 5,6"}).modificationCal.coefficients.empty());
+      Parse({"$$ Cal Segment 2: 3,4", "$$ Cal Modification 1: 5,6"}).modificationCal.coefficients.empty());
 }
 
 TEST(CalibrationSegments, ModificationAfterASegmentLineIsRecognisedForOtherFunctions) {
-  const FunctionRecord function = Parse({L"$$ Cal Segment 2: 3,4", L"$$ Cal Modification 2: 5,6"}, 2);
+  const FunctionRecord function = Parse({"$$ Cal Segment 2: 3,4", "$$ Cal Modification 2: 5,6"}, 2);
   EXPECT_EQ(function.modificationCal.coefficients, (Values{5, 6}));
 }
 
 TEST(CalibrationSegments, RepeatedSegmentLineDeliberatelyBecomesTheModificationToo) {
-  const FunctionRecord once = Parse({L"$$ Cal Segment 2: 3,4,T1"});
+  const FunctionRecord once = Parse({"$$ Cal Segment 2: 3,4,T1"});
   EXPECT_TRUE(once.modificationCal.coefficients.empty());  // the control
 
-  const FunctionRecord twice = Parse({L"$$ Cal Segment 2: 3,4", L"$$ Cal Segment 2: 5,6,T1"});
+  const FunctionRecord twice = Parse({"$$ Cal Segment 2: 3,4", "$$ Cal Segment 2: 5,6,T1"});
   EXPECT_EQ(twice.modificationCal.coefficients, (Values{5, 6}));
   EXPECT_TRUE(twice.modificationCal.root);
   EXPECT_EQ(SegmentValues(twice, 2), (Values{5, 6}));
@@ -378,36 +387,36 @@ TEST(CalibrationSegments, RepeatedSegmentLineDeliberatelyBecomesTheModificationT
 }
 
 TEST(CalibrationSegments, RepeatedSegmentReplacesAnEarlierModification) {
-  const FunctionRecord function = Parse({L"$$ Cal Modification 1: 1,2,T1", L"$$ Cal Segment 2: 3,4",
-                                         L"$$ Cal Segment 2: 5", L"$$ Cal Segment 2: none"});
+  const FunctionRecord function = Parse({"$$ Cal Modification 1: 1,2,T1", "$$ Cal Segment 2: 3,4",
+                                         "$$ Cal Segment 2: 5", "$$ Cal Segment 2: none"});
   EXPECT_EQ(function.modificationCal.coefficients, Values{5});
   EXPECT_FALSE(function.modificationCal.root);
 }
 
 TEST(CalibrationSegments, OnlyTheLatestSegmentNumberIsTakenForAModification) {
-  const Lines lines = {L"$$ Cal Segment 2: 1", L"$$ Cal Segment 3: 2", L"$$ Cal Segment 2: 3"};
+  const Lines lines = {"$$ Cal Segment 2: 1", "$$ Cal Segment 3: 2", "$$ Cal Segment 2: 3"};
   EXPECT_TRUE(Parse(lines).modificationCal.coefficients.empty());
 
   Lines repeated = lines;
-  repeated.push_back(L"$$ Cal Segment 2: 4");
+  repeated.push_back("$$ Cal Segment 2: 4");
   EXPECT_EQ(Parse(repeated).modificationCal.coefficients, Values{4});
 
-  EXPECT_TRUE(Parse({L"$$ Cal Segment 1: 1", L"$$ Cal Segment 12: 2"}).modificationCal.coefficients.empty());
+  EXPECT_TRUE(Parse({"$$ Cal Segment 1: 1", "$$ Cal Segment 12: 2"}).modificationCal.coefficients.empty());
 }
 
 TEST(CalibrationSegments, SegmentLineWithoutValueTakesTheFormatsPlaceToo) {
   const FunctionRecord function =
-      Parse({L"$$ Cal Segment 02", L"$$ Cal Modification 1: 1", L"$$ Cal Segment 2: 7,8"});
+      Parse({"$$ Cal Segment 02", "$$ Cal Modification 1: 1", "$$ Cal Segment 2: 7,8"});
   EXPECT_EQ(function.modificationCal.coefficients, (Values{7, 8}));
   EXPECT_EQ(SegmentValues(function, 2), (Values{7, 8}));
 }
 
 TEST(CalibrationSegments, UnreachableSegmentTakesTheFormatsPlaceToo) {
-  for (const wchar_t* number : {L"0", L"-1", L"40"}) {
+  for (const wchar_t* number : {"0", "-1", "40"}) {
     SCOPED_TRACE(number);
-    const std::wstring segment = L"$$ Cal Segment " + std::wstring(number);
-    EXPECT_TRUE(Parse({segment + L": 1", L"$$ Cal Modification 1: 2"}).modificationCal.coefficients.empty());
-    EXPECT_EQ(Parse({segment + L": 1", segment + L": 2,3"}).modificationCal.coefficients, (Values{2, 3}));
+    const std::string segment = "$$ Cal Segment " + std::string(number);
+    EXPECT_TRUE(Parse({segment + ": 1", "$$ Cal Modification 1: 2"}).modificationCal.coefficients.empty());
+    EXPECT_EQ(Parse({segment + ": 1", segment + ": 2,3"}).modificationCal.coefficients, (Values{2, 3}));
   }
 }
 
@@ -468,8 +477,8 @@ TEST(CalibrateMass, UncalibratedFunctionKeepsTheRawMass) {
 }
 
 TEST(CalibrateMass, LineZeroOneKeepsTheMassWithAndWithoutRoot) {
-  const FunctionRecord plain = Parse({L"$$ Cal MS1 Static: 0.0,1.0"});
-  const FunctionRecord root = Parse({L"$$ Cal MS1 Static: 0.0,1.0,T1"});
+  const FunctionRecord plain = Parse({"$$ Cal MS1 Static: 0.0,1.0"});
+  const FunctionRecord root = Parse({"$$ Cal MS1 Static: 0.0,1.0,T1"});
   for (const float raw : {0.0F, 2.0F, 3.0F, 500.25F, 16383.999F}) {
     EXPECT_EQ(CalibrateMass(plain, {}, raw), raw);
     // Single precision would not do: the square of sqrt(2) as a float is 1.9999999.
@@ -555,16 +564,16 @@ TEST(CalibrateMass, SegmentWithoutPolynomialFallsBack) {
 }
 
 TEST(CalibrateMass, SegmentLineServesTheScansOfItsSegmentOnly) {
-  const FunctionRecord function = Parse({L"$$ Cal MS1 Static: 100,1", L"$$ Cal Segment 2: 0.5,1.0"});
+  const FunctionRecord function = Parse({"$$ Cal MS1 Static: 100,1", "$$ Cal Segment 2: 0.5,1.0"});
   EXPECT_EQ(CalibrateMass(function, ScanOfSegment(2), 300), 300.5);
   EXPECT_EQ(CalibrateMass(function, ScanOfSegment(0), 300), 400.0);
   EXPECT_EQ(CalibrateMass(function, ScanOfSegment(1), 300), 400.0);
 }
 
 TEST(CalibrateMass, DynamicLineBeatsStaticAndFunctionLineBeatsBoth) {
-  Lines lines = {L"$$ Cal MS1 Dynamic: 2,1", L"$$ Cal MS1 Static: 1,1"};
+  Lines lines = {"$$ Cal MS1 Dynamic: 2,1", "$$ Cal MS1 Static: 1,1"};
   EXPECT_EQ(CalibrateMass(Parse(lines), {}, 300), 302.0);
-  lines.insert(lines.begin(), L"$$ Cal Function 1: 3,1");
+  lines.insert(lines.begin(), "$$ Cal Function 1: 3,1");
   EXPECT_EQ(CalibrateMass(Parse(lines), {}, 300), 303.0);
 }
 
@@ -650,8 +659,8 @@ TEST(CalibrateMass, WithoutAPrimaryForTheScanOnlyTheTemperatureCounts) {
 }
 
 TEST(CalibrateMass, UnreachableSegmentAloneStillLetsTheTemperatureCount) {
-  EXPECT_EQ(CalibrateMass(Parse({L"$$ Cal Segment 40: 5,1"}), ScanAt(250000, 1), 1000), 750.0);
-  EXPECT_EQ(CalibrateMass(Parse({L"$$ Cal Segment 40: "}), ScanAt(250000, 1), 1000), 1000.0);  // the control
+  EXPECT_EQ(CalibrateMass(Parse({"$$ Cal Segment 40: 5,1"}), ScanAt(250000, 1), 1000), 750.0);
+  EXPECT_EQ(CalibrateMass(Parse({"$$ Cal Segment 40: "}), ScanAt(250000, 1), 1000), 1000.0);  // the control
 }
 
 TEST(ScanCalibration, ConvertsEveryMassOfItsScanAlike) {
