@@ -148,10 +148,13 @@ TEST_F(CheckTest, ScansThatTheProviderCannotRead) {
   const TempDirectory directory = raw.Build();
   ExpectFindings(directory, "2 of 2 scans of function 2 cannot be read; the first is 1\n");
   const ProcessResult converted = RunBare({"convert", PathOf(directory), "--stdout", "--threads", "3"});
-  EXPECT_EQ(converted.status, 5);
-  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) + ": cannot read scan 1 of function 2\n");
+  EXPECT_EQ(converted.status, 7);
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
+                                  ": cannot read scan 1 of function 2 (--damaged converts what there is)\n");
   const ProcessResult anyway = RunBare({"convert", PathOf(directory), "--stdout", "--damaged"});
-  EXPECT_EQ(anyway.status, 0) << anyway.errors;
+  EXPECT_EQ(anyway.status, 0);
+  EXPECT_EQ(anyway.errors,
+            "zrml: " + PathOf(directory) + ": scans of function 2 that cannot be read: 2; the first is 1\n");
   EXPECT_NE(anyway.output.find("id=\"function=2 process=0 scan=2\" defaultArrayLength=\"0\""),
             std::string::npos);
 }
@@ -166,7 +169,10 @@ TEST_F(CheckTest, LostDataAreNotConvertedUnasked) {
                     "converts what there is, with zeros for lost points)");
   std::vector<std::string> anyway = arguments;
   anyway.push_back("--damaged");
-  EXPECT_EQ(RunBare(anyway).status, 0);
+  const ProcessResult converted = RunBare(anyway);
+  EXPECT_EQ(converted.status, 0);
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
+                                  ": _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3\n");
 }
 
 // Each leaves a directory that opens, with scans or functions less.

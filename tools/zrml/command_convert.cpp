@@ -261,18 +261,20 @@ class ConvertCommand : public Command {
   // what was measured. Lesser findings are told.
   void LookForDamage(const Source& source) const {
     std::wstring folder;
-    if (conversion_.isDamageAllowed || source.Server().IsReportSource()) return;
+    if (source.Server().IsReportSource()) return;
     if (!IsRawDirectory(source.Path(), folder)) return;
     const std::vector<Finding> findings = CheckRawDirectory(folder);
     for (const Finding& finding : findings) {
-      if (!finding.losesData) continue;
+      if (!finding.losesData || conversion_.isDamageAllowed) continue;
       throw Failure(ExitStatus::kDamaged,
                     source.Path() + L" is damaged: " + finding.file + L' ' + finding.problem +
                         L" (--damaged converts what there is, with zeros for lost points)");
     }
-    for (const Finding& finding : findings) {
-      if (!isQuiet_) PrintError(source.Path() + L": " + finding.file + L' ' + finding.problem);
-    }
+    for (const Finding& finding : findings) Warn(source.Path(), finding.file + L' ' + finding.problem);
+  }
+
+  void Warn(const std::wstring& path, const std::wstring& problem) const {
+    if (!isQuiet_) PrintError(path + L": " + problem);
   }
 
   // A source must survive its conversion, also with --force.
@@ -330,7 +332,11 @@ class ConvertCommand : public Command {
     BufferedSink plain(target);
     GzipSink gzip(target);
     try {
-      return ConvertRun(sources, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
+      ConvertedRun run =
+          ConvertRun(sources, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
+      bar.Clear();
+      for (const std::wstring& loss : run.losses) Warn(path, loss);
+      return run;
     } catch (const Failure& failure) {
       throw Failure(failure.status, path + L": " + failure.message);
     }

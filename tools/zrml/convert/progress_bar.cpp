@@ -29,8 +29,9 @@ void ProgressBar::Update(std::size_t done, std::size_t all) {
   Show("\r" + line);
 }
 
-ProgressBar::~ProgressBar() {
+void ProgressBar::Clear() {
   if (width_ > 0) Show("\r" + std::string(width_, ' ').append("\r"));
+  width_ = 0;
 }
 
 }  // namespace zrml

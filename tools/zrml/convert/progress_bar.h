@@ -13,10 +13,11 @@ class ProgressBar {
   ProgressBar(bool isShown, std::wstring label) : isShown_(isShown), label_(std::move(label)) {}
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
-  /// Leaves an empty line.
-  ~ProgressBar();
+  ~ProgressBar() { Clear(); }
 
   void Update(std::size_t done, std::size_t all);
+  /// Leaves an empty line.
+  void Clear();
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -43,8 +43,8 @@ std::unique_ptr<Document> MakeDocument(const RunContext& context, Format format,
 ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const std::wstring& name,
                         const ConvertOptions& options, ByteSink& out, const Progress& progress) {
   const Source& first = sources.front();
-  const RunPlan plan =
-      PlanRun(first.Server(), sample, options.selection, ContentOf(options.format), options.isDamageAllowed);
+  Losses losses(options.isDamageAllowed ? Losses::Policy::kTold : Losses::Policy::kRefused);
+  const RunPlan plan = PlanRun(first.Server(), sample, options.selection, ContentOf(options.format), losses);
   RunContext context = {plan, first.Server(), name, {}, options.arrays, options.isIndexed};
   if (options.format == Format::kMzml)
     context.files = ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(sources.size()));
@@ -68,7 +68,7 @@ ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const st
   document->End();
   ThrowIfInterrupted();
   out.Finish();
-  return {plan.entries.size(), document->ChromatogramCount()};
+  return {plan.entries.size(), document->ChromatogramCount(), losses.Describe()};
 }
 
 }  // namespace zrml

@@ -16,12 +16,13 @@ struct ConvertOptions {
   ArrayOptions arrays;
   Selection selection;
   bool isIndexed = true;
-  bool isDamageAllowed = false;  // what cannot be read is empty or left out
+  bool isDamageAllowed = false;  // what cannot be read is empty or left out, and told
 };
 
 struct ConvertedRun {
   std::size_t spectra = 0;
   std::size_t chromatograms = 0;
+  std::vector<std::wstring> losses = {};  // a line each
 };
 
 /// Told now and then how many of how many spectra are done.
