@@ -223,7 +223,8 @@ class ConvertCommand : public Command {
 
   void ConvertSource(const std::string& path, Output& out) {
     std::vector<Source> sources;
-    for (int i = 0; i < threads_; ++i) sources.push_back(Open(path));
+    sources.push_back(OpenUndamaged(path));
+    while (sources.size() < static_cast<std::size_t>(threads_)) sources.push_back(Open(path));
     LookForDamage(sources.front());
     CDataServerImpl& server = sources.front().Server();
     const int count = server.GetSampleCount();
@@ -257,20 +258,62 @@ class ConvertCommand : public Command {
                                                L" are not converted");
   }
 
-  // The provider gives zeros or nothing for what the files have lost: an open file must not pass that off as
-  // what was measured. Lesser findings are told.
-  void LookForDamage(const Source& source) const {
-    std::wstring folder;
-    if (source.Server().IsReportSource()) return;
-    if (!IsRawDirectory(source.Path(), folder)) return;
-    const std::vector<Finding> findings = CheckRawDirectory(folder);
-    for (const Finding& finding : findings) {
-      if (!finding.losesData || conversion_.isDamageAllowed) continue;
-      throw Failure(ExitStatus::kDamaged,
-                    source.Path() + L" is damaged: " + finding.file + L' ' + finding.problem +
-                        L" (--damaged converts what there is, with zeros for lost points)");
+  // The files may tell why the provider does not open the source.
+  Source OpenUndamaged(const std::string& path) const {
+    try {
+      return Open(path);
+    } catch (const Failure& failure) {
+      const std::wstring widePath = platform::FromNativePath(path);
+      if (failure.status == ExitStatus::kUnreadable) RefuseDamage(widePath, FindingsOf(widePath));
+      throw;
     }
+  }
+
+  // The provider gives zeros or nothing for what the files have lost: an open file must not pass that off as
+  // what was measured. Lesser findings are told. What is about functions that are not asked for counts for
+  // nothing.
+  void LookForDamage(const Source& source) const {
+    if (source.Server().IsReportSource()) return;
+    std::vector<Finding> findings = FindingsOf(source.Path());
+    std::erase_if(findings,
+                  [&](const Finding& finding) { return !IsWanted(source.Server(), finding.concern); });
+    RefuseDamage(source.Path(), findings);
     for (const Finding& finding : findings) Warn(source.Path(), finding.file + L' ' + finding.problem);
+  }
+
+  bool IsWanted(CDataServerImpl& server, const Concern& concern) const {
+    const Content content = ContentOf(conversion_.format);
+    const Selection& selection = conversion_.selection;
+    switch (concern.kind) {
+      case Concern::Kind::kAll:
+        return true;
+      case Concern::Kind::kFunction:
+        return IsFunctionWanted(server, 0, concern.number - 1, selection, content);
+      case Concern::Kind::kFunctionsFrom:
+        return selection.functions.ReachesTo(concern.number);
+      case Concern::Kind::kAbsorbance:
+        return IsAbsorbanceWanted(selection, content);
+      case Concern::Kind::kNone:
+        break;
+    }
+    return false;
+  }
+
+  static std::vector<Finding> FindingsOf(const std::wstring& path) {
+    std::wstring folder;
+    return IsRawDirectory(path, folder) ? CheckRawDirectory(folder, path) : std::vector<Finding>();
+  }
+
+  void RefuseDamage(const std::wstring& path, const std::vector<Finding>& findings) const {
+    if (conversion_.isDamageAllowed) return;
+    for (const Finding& finding : findings) {
+      if (!finding.losesData) continue;
+      const bool isOpened = finding.concern.kind != Concern::Kind::kAll;
+      throw Failure(
+          ExitStatus::kDamaged,
+          path + L" is damaged: " + finding.file + L' ' + finding.problem +
+              (isOpened ? L" (--damaged converts what there is, with zeros for lost points)" : L""));
+    }
   }
 
   void Warn(const std::wstring& path, const std::wstring& problem) const {

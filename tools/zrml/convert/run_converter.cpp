@@ -8,18 +8,6 @@ namespace {
 
 constexpr std::string_view kTsvHeading = "function\tscan\ttime\tm/z\tintensity\n";
 
-Content ContentOf(Format format) {
-  switch (format) {
-    case Format::kMgf:
-      return Content::kFragmentSpectra;
-    case Format::kTsv:
-      return Content::kMassSpectra;
-    case Format::kMzml:
-      break;
-  }
-  return Content::kAll;
-}
-
 std::unique_ptr<Renderer> MakeRenderer(CDataServerImpl& server, const RunPlan& plan,
                                        const ConvertOptions& options) {
   switch (options.format) {
@@ -39,6 +27,18 @@ std::unique_ptr<Document> MakeDocument(const RunContext& context, Format format,
 }
 
 }  // namespace
+
+Content ContentOf(Format format) {
+  switch (format) {
+    case Format::kMgf:
+      return Content::kFragmentSpectra;
+    case Format::kTsv:
+      return Content::kMassSpectra;
+    case Format::kMzml:
+      break;
+  }
+  return Content::kAll;
+}
 
 ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const std::wstring& name,
                         const ConvertOptions& options, ByteSink& out, const Progress& progress) {

@@ -25,6 +25,9 @@ struct ConvertedRun {
   std::vector<std::wstring> losses = {};  // a line each
 };
 
+/// What the format takes of a run.
+Content ContentOf(Format format);
+
 /// Told now and then how many of how many spectra are done.
 using Progress = std::function<void(std::size_t done, std::size_t all)>;
 

@@ -40,7 +40,7 @@ class Planner {
         plan_.functions.emplace_back(DescribeFunction(server_, plan_.sample, position));
     const int scans = std::max(server_.GetScanCount(plan_.sample, position), 0);
     foundScans_ += scans;
-    if (scans == 0 || !IsWanted(function)) return;
+    if (scans == 0 || !IsFunctionWanted(server_, plan_.sample, position, plan_.selection, content_)) return;
     const std::vector<double> times = TimesOf(function, scans);
     for (int scan = 0; scan < scans; ++scan) {
       if (plan_.selection.scans.Has(scan + 1)) Add(times[static_cast<std::size_t>(scan)], scan);
@@ -78,13 +78,6 @@ class Planner {
       if (!server_.GetScanRetentionTime(plan_.sample, function.position, scan, minutes)) minutes = kNoTime;
     }
     return times;
-  }
-
-  bool IsWanted(const RunFunction& function) const {
-    const Selection& selection = plan_.selection;
-    if (!selection.functions.Has(function.number) || !selection.msLevels.Has(function.msLevel)) return false;
-    if (selection.isLockMassExcluded && function.name.find(kLockMass) != std::wstring::npos) return false;
-    return content_ != Content::kFragmentSpectra || function.msLevel > 1;
   }
 
   void Add(double minutes, int scan) {
@@ -125,6 +118,19 @@ std::vector<MetadataItem> CollectMetadata(CDataServerImpl& server, int sample) {
 
 }  // namespace
 
+bool IsFunctionWanted(CDataServerImpl& server, int sample, int position, const Selection& selection,
+                      Content content) {
+  const int msLevel = server.GetMSLevel(sample, position);
+  if (!selection.functions.Has(position + 1) || !selection.msLevels.Has(msLevel)) return false;
+  const bool isLockMass = server.GetFunctionName(sample, position).find(kLockMass) != std::wstring::npos;
+  if (selection.isLockMassExcluded && isLockMass) return false;
+  return content != Content::kFragmentSpectra || msLevel > 1;
+}
+
+bool IsAbsorbanceWanted(const Selection& selection, Content content) {
+  return content == Content::kAll && !selection.IsForMassSpectra();
+}
+
 void LoseSpectrum(const RunPlan& plan, const RunFunction& function, int scan) {
   if (plan.isReport) return;
   const Losses::Kind kind =
@@ -147,7 +153,7 @@ RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection,
   Planner planner(server, plan, content);
   const int functions = std::max(server.GetFunctionCount(sample), 0);
   for (int position = 0; position < functions; ++position) planner.AddFunction(position);
-  if (content == Content::kAll && !selection.IsForMassSpectra() && server.HasAbsorbanceData(sample))
+  if (IsAbsorbanceWanted(selection, content) && server.HasAbsorbanceData(sample))
     planner.AddAbsorbance(functions + 1);
   if (plan.entries.empty() && planner.HasFoundScans()) {
     throw Failure(ExitStatus::kWrongUsage, content == Content::kFragmentSpectra

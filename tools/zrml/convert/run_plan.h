@@ -53,6 +53,11 @@ struct RunPlan {
 /// What a format takes of a run.
 enum class Content { kAll, kMassSpectra, kFragmentSpectra };
 
+/// Whether scans of the function at `position` are asked for.
+bool IsFunctionWanted(CDataServerImpl& server, int sample, int position, const Selection& selection,
+                      Content content);
+bool IsAbsorbanceWanted(const Selection& selection, Content content);
+
 /// Notes in `losses`, which must outlive the plan, what cannot be read: such a scan stays, without a time if
 /// it is that. Throws a Failure when the selection leaves nothing of what there is.
 RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection, Content content,
