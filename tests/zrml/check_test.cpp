@@ -364,7 +364,7 @@ TEST_F(CheckTest, SourceIsNotReplacedByWhatItBecomes) {
                 data + " is a part of the source");
   EXPECT_EQ(directory.Read("_FUNC001.DAT"), before);
   ExpectFailure(RunBare({"convert", PathOf(directory), "-b", PathOf(directory), "--force"}), 2,
-                PathOf(directory) + " is there and no file that could be replaced");
+                PathOf(directory) + " is a folder; -o takes one, -b a file");
 }
 
 TEST_F(CheckTest, JsonHasTheDocumentedKeys) {

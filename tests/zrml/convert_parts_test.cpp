@@ -15,6 +15,7 @@
 #include "tools/zrml/convert/mzml_arrays.h"
 #include "tools/zrml/convert/mzml_chromatograms.h"
 #include "tools/zrml/convert/ordered_pieces.h"
+#include "tools/zrml/convert/progress_bar.h"
 #include "tools/zrml/convert/selection.h"
 #include "tools/zrml/convert/sha1.h"
 #include "tools/zrml/convert/xml.h"
@@ -246,6 +247,25 @@ TEST(ArrayTest, ArrayWithoutNumbersIsNotCompressed) {
   ArrayWriter(true).Append(out, {cv::kMzArray, &cv::kMzUnit, Precision::kExact}, {});
   EXPECT_NE(out.find("no compression"), std::string::npos);
   EXPECT_NE(out.find("<binary></binary>"), std::string::npos);
+}
+
+TEST(ProgressLineTest, KeepsToTheTerminal) {
+  const std::string half = "[" + std::string(15, '#') + std::string(15, ' ') + "] 50%";  // 36 columns
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 80), half + " folder/run.raw");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 52), half + " folder/run.raw");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 51), half + " ...er/run.raw");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 42), half + " ...w");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 41), half);
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 37), half);
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 36), "50%");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 3), "");
+}
+
+// A character from U+1100 on may take two columns; U+00E9 takes one.
+TEST(ProgressLineTest, WideCharactersAreNotCutInTwo) {
+  const std::string half = "[" + std::string(15, '#') + std::string(15, ' ') + "] 50%";
+  EXPECT_EQ(ProgressLine(1, 2, L"\u00E9\u4E2D\u4E2D", 43), half + " \xC3\xA9\xE4\xB8\xAD\xE4\xB8\xAD");
+  EXPECT_EQ(ProgressLine(1, 2, L"ab\u4E2D\u4E2D", 43), half + " ...\xE4\xB8\xAD");
 }
 
 std::vector<MakePiece> Workers(std::size_t count, const MakePiece& make) { return {count, make}; }

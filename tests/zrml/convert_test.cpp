@@ -312,6 +312,30 @@ TEST_F(ConvertTest, VerboseTellsWhatAFileHolds) {
             "zrml: " + path_ + " -> " + Path("out") + "/run.mzML: 5 spectra, 3 chromatograms\n");
 }
 
+TEST_F(ConvertTest, VerboseTellsOfStandardOutputToo) {
+  const ProcessResult result = RunToOutput({"--function", "1,2", "-v"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "zrml: " + path_ + " -> standard output: 5 spectra, 3 chromatograms\n");
+  ExpectFailure(RunToOutput({"-q", "-v"}), 2, "--quiet excludes --verbose (see zrml convert --help)");
+}
+
+TEST_F(ConvertTest, FolderIsNoFile) {
+  for (const std::string& folder : {Path("."), Path("scratch"), Path("not/there/")}) {
+    ExpectFailure(Run({"convert", path_, "-b", folder}), 2, folder + " is a folder; -o takes one, -b a file");
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "not"));
+}
+
+// The rest is converted, too, for whoever has seen enough of the names.
+TEST_F(ConvertTest, ReaderOfTheNamesMayLeave) {
+  setup_.outputTo = OutputTo::kClosedPipe;
+  const std::string other = MakeFolder("other.raw", "valid and sound");
+  const ProcessResult result = Run({"convert", path_, other, "-o", Path("out"), "--function", "1"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(FilesIn("out"), (std::set<std::string>{"other.mzML", "run.mzML"}));
+}
+
 TEST_F(ConvertTest, ExistingFileIsKeptUnlessForced) {
   std::ofstream(folder_ / "mine.mzML") << "mine";
   const std::vector<std::string> arguments = {"convert", path_, "-b", Path("mine.mzML"), "--function", "1"};
@@ -506,6 +530,26 @@ TEST_F(ConvertTest, FullDiskIsStatus5) {
   setup_.outputTo = OutputTo::kFullDisk;
   ExpectFailure(RunToOutput({"--function", "1"}), 5,
                 path_ + ": cannot write to standard output (No space left on device)");
+}
+
+// The files are there: it is not said that they are not.
+TEST_F(ConvertTest, NamesThatCannotBePrintedDoNotFailTheConversion) {
+  setup_.outputTo = OutputTo::kFullDisk;
+  const std::string other = MakeFolder("other.raw", "valid and sound");
+  const ProcessResult result = Run({"convert", path_, other, "-o", Path("out"), "--function", "1"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_EQ(result.errors, "zrml: cannot write the output (No space left on device)\n");
+  EXPECT_EQ(FilesIn("out"), (std::set<std::string>{"other.mzML", "run.mzML"}));
+}
+
+// printf data | sha1sum; a backslash separates folders in paths, not in names.
+TEST_F(ConvertTest, FileWithABackslashInItsName) {
+  MakeFile("run.raw/odd\\name.txt");
+  std::filesystem::create_symlink("nowhere", folder_ / "run.raw" / "link");
+  const std::string output = Converted({"--function", "1"});
+  ExpectHas(output, "<sourceFileList count=\"2\">");
+  ExpectHas(output, "name=\"odd\\name.txt\"");
+  ExpectHas(output, "value=\"a17c9aaa61e80a1bf71d0d850af4e5baa9800bbd\"");
 }
 
 TEST_F(ConvertTest, FolderThatCannotBeMadeIsStatus5) {

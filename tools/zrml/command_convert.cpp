@@ -3,6 +3,7 @@
 #include <array>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -66,8 +67,11 @@ class ConvertCommand : public Command {
     AddTargetOptions();
     AddFormatOptions();
     AddSelectionOptions();
-    Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
-    Options().add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds");
+    CLI::Option* const quiet = Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
+    Options()
+        .add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds")
+        ->excludes(quiet)
+        ->option_text(" ");
   }
 
   void Run(Output& out) override {
@@ -75,6 +79,7 @@ class ConvertCommand : public Command {
     const InterruptionWatch watch;
     try {
       ConvertAll(out);
+      if (unprinted_) throw Failure(*unprinted_);
     } catch (const Interrupted&) {
       EndByInterruption();
     }
@@ -192,7 +197,15 @@ class ConvertCommand : public Command {
     }
     if (threads_ == 0) threads_ = std::min(ProcessorCount(), kMostThreadsUnasked);
     if (isToStandardOutput_) conversion_.isIndexed = false;
+    RefuseFolderAsFile();
     if (!folder_.empty()) MakeFolder(platform::FromNativePath(folder_));
+  }
+
+  void RefuseFolderAsFile() const {
+    if (file_.empty()) return;
+    const std::wstring path = platform::FromNativePath(file_);
+    const bool isFolder = path.ends_with(L'/') || path.ends_with(L'\\') || platform::IsDirectory(path);
+    if (isFolder) throw Failure(ExitStatus::kWrongUsage, path + L" is a folder; -o takes one, -b a file");
   }
 
   // One source that fails does not stop the others.
@@ -211,7 +224,9 @@ class ConvertCommand : public Command {
         PrintError(L"not enough memory for " + failed.back());
       }
     }
-    if (!failed.empty()) ThrowSummary(failed);
+    if (failed.empty()) return;
+    if (unprinted_) PrintError(unprinted_->message);
+    ThrowSummary(failed);
   }
 
   [[noreturn]] void ThrowSummary(const std::vector<std::wstring>& failed) const {
@@ -342,7 +357,8 @@ class ConvertCommand : public Command {
     if (sample.count > 1) name += L"-sample" + std::to_wstring(sample.position + 1);
     if (isToStandardOutput_) {
       StandardOutput target;
-      Convert(sources, sample, name, target);
+      const ConvertedRun run = Convert(sources, sample, name, target);
+      if (isVerbose_) Describe(first, L"standard output", run);
       return;
     }
     const std::wstring path = TargetOf(name);
@@ -355,9 +371,22 @@ class ConvertCommand : public Command {
     const ConvertedRun run = Convert(sources, sample, name, target);
     targets_.insert(path);
     if (isVerbose_) Describe(first, path, run);
-    if (isQuiet_) return;
-    out.Text(VisibleUtf8(path) + "\n");
-    out.Finish();
+    if (!isQuiet_) PrintPath(path, out);
+  }
+
+  // The file is there also when its name cannot be printed: that fails the command, at the end, not the
+  // conversion.
+  void PrintPath(const std::wstring& path, Output& out) {
+    if (isPrintingOver_) return;
+    try {
+      out.Text(VisibleUtf8(path) + "\n");
+      out.Finish();
+    } catch (const ReaderGone&) {
+      isPrintingOver_ = true;
+    } catch (const Failure& failure) {
+      isPrintingOver_ = true;
+      unprinted_ = failure;
+    }
   }
 
   std::wstring TargetOf(const std::wstring& name) const {
@@ -403,6 +432,8 @@ class ConvertCommand : public Command {
   std::wstring extension_ = std::wstring(kFormats.front().extension);
   ConvertOptions conversion_;
   std::set<std::wstring> targets_;  // made by this run
+  bool isPrintingOver_ = false;     // nobody reads it, or it has failed
+  std::optional<Failure> unprinted_;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "common/text.h"
+#include "plugin/provider_table.h"
 #include "tools/zrml/convert/date_time.h"
 #include "tools/zrml/convert/instrument_model.h"
 #include "tools/zrml/convert/mzml_chromatograms.h"
@@ -146,7 +147,8 @@ class MzmlDocument : public Document {
   void AppendSoftware(std::string& text) const {
     text += "<softwareList count=\"2\">\n<software id=\"zrml\" version=\"" ZRML_VERSION "\">\n";
     AppendCvParam(text, cv::kCustomSoftware, "zrml");
-    text += "</software>\n<software id=\"provider\" version=\"interface 10\">\n";
+    text += "</software>\n<software id=\"provider\" version=\"interface ";
+    text += std::to_string(kInterfaceVersion) + "\">\n";
     AppendCvParam(text, cv::kCustomSoftware, XmlText(plan_.provider));
     text += "</software>\n</softwareList>\n";
   }
