@@ -137,14 +137,15 @@ std::vector<ChromatogramSource> ListChromatograms(CDataServerImpl& server, const
     }
   };
   if (HasTotalIonCurrent(plan)) sources.push_back({.id = L"TIC"});
-  for (int trace = 0; trace < server.GetTraceCount(plan.sample); ++trace) {
+  for (int trace = 0; trace < plan.traces; ++trace) {
     const std::wstring name = server.GetTraceName(plan.sample, trace);
     add({.kind = Kind::kSampleTrace, .trace = trace, .id = TraceId(L"", trace, name), .name = name});
   }
   for (const RunFunction& function : plan.functions) {
     if (function.isAbsorbance || !plan.selection.functions.Has(function.number)) continue;
     const std::wstring owner = L"function " + std::to_wstring(function.number) + L" ";
-    for (int trace = 0; trace < server.GetFunctionTraceCount(plan.sample, function.position); ++trace) {
+    const int functionTraces = server.GetFunctionTraceCount(plan.sample, function.position);
+    for (int trace = 0; trace < functionTraces; ++trace) {
       const std::wstring name = server.GetFunctionTraceName(plan.sample, function.position, trace);
       add({Kind::kFunctionTrace, function.position, trace, TraceId(owner, trace, name), name});
     }

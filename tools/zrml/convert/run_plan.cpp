@@ -144,6 +144,9 @@ RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection,
                 Losses& losses) {
   RunPlan plan;
   plan.sample = sample;
+  // Before anything else is asked: of a report's sample without functions the list grows with each look at
+  // it.
+  plan.traces = server.GetTraceCount(sample);
   plan.sampleName = server.GetSampleName(sample);
   plan.isReport = server.IsReportSource();
   plan.losses = &losses;

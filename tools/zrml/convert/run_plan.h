@@ -38,6 +38,7 @@ struct RunPlan {
   int sample = 0;
   std::wstring sampleName;
   bool isReport = false;
+  int traces = 0;  // of the sample
   Losses* losses = nullptr;
   std::wstring provider;
   std::vector<RunFunction> functions;
