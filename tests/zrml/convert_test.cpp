@@ -455,6 +455,9 @@ TEST_F(ConvertTest, SourcesOfOneNameDoNotReplaceEachOther) {
   EXPECT_TRUE(result.errors.starts_with("zrml: " + twin + " would replace " + Path("out") +
                                         "/run.mzML, which another source has become\n"))
       << result.errors;
+  const std::string converted = ReadBytes(folder_ / "out" / "run.mzML");
+  ExpectHas(converted, "/run.raw\"");  // where its files are
+  ExpectLacks(converted, "/more/");
 }
 
 TEST_F(ConvertTest, SourceThatFailedHasBecomeNothing) {

@@ -64,14 +64,13 @@ class ConvertCommand : public Command {
  public:
   explicit ConvertCommand(CommandLine& line)
       : Command(line, "convert", "Convert sources to mzML, MGF or TSV") {
+    AddSourceOptions();
     AddTargetOptions();
     AddFormatOptions();
-    AddSelectionOptions();
-    CLI::Option* const quiet = Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
-    Options()
-        .add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds")
-        ->excludes(quiet)
-        ->option_text(" ");
+    AddArrayOptions();
+    AddScanOptions();
+    AddFunctionOptions();
+    AddReportingOptions();
   }
 
   void Run(Output& out) override {
@@ -86,11 +85,17 @@ class ConvertCommand : public Command {
   }
 
  private:
-  void AddTargetOptions() {
-    CLI::App& options = Options();
-    options.add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
+  void AddSourceOptions() {
+    Options()
+        .add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
         ->option_text("REQUIRED ...")
         ->required();
+    AddNumber("--threads", threads_,
+              "Spectra in the making at once; the processors, 8 at most, unless given");
+  }
+
+  void AddTargetOptions() {
+    CLI::App& options = Options();
     CLI::Option* const folder =
         options.add_option("-o,--output", folder_, "The folder for the files; the current one unless given");
     folder->option_text("DIR");
@@ -100,8 +105,6 @@ class ConvertCommand : public Command {
         options.add_flag("--stdout", isToStandardOutput_, "To standard output; mzML is not indexed then");
     standard->excludes(folder)->excludes(file)->option_text(" ");
     options.add_flag("--force", isForced_, "Replace files that exist");
-    AddNumber("--threads", threads_,
-              "Spectra in the making at once; the processors, 8 at most, unless given");
   }
 
   void AddFormatOptions() {
@@ -114,6 +117,10 @@ class ConvertCommand : public Command {
     options.add_flag_callback(
         "--no-index", [this] { conversion_.isIndexed = false; }, "Write mzML without index and checksum");
     options.add_flag("--gzip", isGzipped_, "Compress the file as a whole");
+  }
+
+  void AddArrayOptions() {
+    CLI::App& options = Options();
     CLI::Option* const zlib = options.add_flag("-z,--zlib");
     zlib->description("Compress mzML arrays; so unless --no-zlib is given");
     options
@@ -126,10 +133,8 @@ class ConvertCommand : public Command {
     AddPrecision("--64", Precision::kDouble, "Write such mzML arrays with 64 bits a number");
   }
 
-  void AddSelectionOptions() {
-    AddNumberSet("--function", conversion_.selection.functions, "Functions to convert, such as 1,3-5");
+  void AddScanOptions() {
     AddNumberSet("--scans", conversion_.selection.scans, "Scans of each function, such as 10-20");
-    AddNumberSet("--ms-level", conversion_.selection.msLevels, "MS levels, such as 2-");
     Options()
         .add_option_function<std::string>(
             "--rt",
@@ -139,11 +144,24 @@ class ConvertCommand : public Command {
             },
             "Minutes to convert, such as 0.5-3")
         ->option_text("LO-HI");
+  }
+
+  void AddFunctionOptions() {
+    AddNumberSet("--function", conversion_.selection.functions, "Functions to convert, such as 1,3-5");
+    AddNumberSet("--ms-level", conversion_.selection.msLevels, "MS levels, such as 2-");
     Options().add_flag("--exclude-lock-mass", conversion_.selection.isLockMassExcluded,
                        "Leave reference functions out");
+    AddNumber("--sample", sample_, "The sample of a report, counted from 1; all unless given");
+  }
+
+  void AddReportingOptions() {
     Options().add_flag("--damaged", conversion_.isDamageAllowed,
                        "Convert a raw directory of which data are lost, too");
-    AddNumber("--sample", sample_, "The sample of a report, counted from 1; all unless given");
+    CLI::Option* const quiet = Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
+    Options()
+        .add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds")
+        ->excludes(quiet)
+        ->option_text(" ");
   }
 
   void AddNumberSet(const std::string& option, NumberSet& numbers, const std::string& description) {
