@@ -92,6 +92,82 @@ TEST_F(CheckTest, IndexThatIsNoWholeNumberOfRecords) {
   ExpectFindings(directory, "_FUNC002.IDX does not end with a whole record, so the function has no scans\n");
 }
 
+// In the second of two records, which leaves the files of that function without one.
+TEST_F(CheckTest, FunctionTableThatIsCut) {
+  const TempDirectory directory = Sound().Build();
+  directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1);
+  ExpectFindings(directory,
+                 "_FUNCTNS.INF does not end with a whole record\n_FUNC002.DAT belongs to no function\n"
+                 "ZRMLProvider cannot open " +
+                     PathOf(directory) + "\n",
+                 3);
+  ExpectFailure(RunBare({"convert", PathOf(directory), "--stdout"}), 7,
+                PathOf(directory) + " is damaged: _FUNCTNS.INF does not end with a whole record");
+}
+
+// Scans of 12 bytes at 0, 12 and 24.
+TEST_F(CheckTest, ScansThatOverlap) {
+  const TempDirectory directory = Sound().Build();
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { PatchU32(bytes, 22, 11); });
+  ExpectFindings(directory,
+                 "_FUNC001.IDX has scans that begin inside an earlier one: 1 of 3; the first is scan 2\n");
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { PatchU32(bytes, 44, 11); });
+  directory.Truncate("_FUNC001.DAT", 23);
+  ExpectFindings(directory,
+                 "_FUNC001.IDX has scans that begin inside an earlier one: 2 of 3; the first is scan 2\n");
+}
+
+// Of the second function, 6 bytes a point; one of the first would have 4. The second step is derived from the
+// first, so its own function number counts for nothing.
+TEST_F(CheckTest, ScansOfProcessedFunctions) {
+  RawDirectoryBuilder raw = Sound();
+  raw.functions[0].record.dataFormat = 11;
+  raw.functions[0].scans = {ScanOf<StoredPoint11>(0.1F, {{{.magnitude = 1u << 20, .exponent = 3}}})};
+  raw.functions[0].statistics.reset();
+  raw.history = {{.processNumber = 1, .derivedFrom = 0, .rawFunctionNumber = 2},
+                 {.processNumber = 2, .derivedFrom = 1, .rawFunctionNumber = 1}};
+  for (const int number : {1, 2}) {
+    for (const float minutes : {0.1F, 0.2F})
+      raw.processed[number].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}, {200, 9}}));
+  }
+  const TempDirectory directory = raw.Build();
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 4 functions, 7 scans\n");
+  directory.Truncate("_PROC002.DAT", 23);
+  ExpectFindings(directory, "_PROC002.DAT ends before 1 of 2 scans do; the first is scan 2\n");
+  const std::vector<std::string> arguments = {"convert", PathOf(directory), "--stdout", "--function"};
+  const auto statusFor = [&](const char* functions) {
+    std::vector<std::string> all = arguments;
+    all.push_back(functions);
+    return RunBare(all).status;
+  };
+  EXPECT_EQ(statusFor("1-3"), 0);
+  EXPECT_EQ(statusFor("4"), 7);
+}
+
+TEST_F(CheckTest, ProcessedFunctionOfNoFunction) {
+  RawDirectoryBuilder raw = Sound();
+  raw.history = {{.processNumber = 1, .derivedFrom = 0, .rawFunctionNumber = 40}};
+  raw.processed[1].scans = {ScanFrom<StoredPoint9>(0.1F, {{100, 7}})};
+  const TempDirectory directory = raw.Build();
+  ExpectFindings(directory, "_PROC001.DAT goes back to no function, so it is not listed\n");
+}
+
+// Not even for the superuser, who may read any file.
+TEST_F(CheckTest, FileThatCannotBeOpenedIsNotMissing) {
+  const TempDirectory directory = Sound().Build();
+  directory.Remove("_FUNC002.IDX");
+  directory.MakeDirectory("_FUNC002.IDX");
+  ExpectFindings(directory, "_FUNC002.IDX cannot be opened, so the function has no scans\n");
+}
+
+#ifndef _WIN32  // where names differ by case
+TEST_F(CheckTest, NamesAsProvidersWriteThem) {
+  const TempDirectory directory = Sound().Build();
+  directory.Rename("_FUNC002.IDX", "_FUNC002.idx");
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");
+}
+#endif
+
 TEST_F(CheckTest, IndexThatIsMissing) {
   const TempDirectory directory = Sound().Build();
   directory.Remove("_FUNC002.IDX");
@@ -148,10 +224,13 @@ TEST_F(CheckTest, ScansThatTheProviderCannotRead) {
   const TempDirectory directory = raw.Build();
   ExpectFindings(directory, "2 of 2 scans of function 2 cannot be read; the first is 1\n");
   const ProcessResult converted = RunBare({"convert", PathOf(directory), "--stdout", "--threads", "3"});
-  EXPECT_EQ(converted.status, 5);
-  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) + ": cannot read scan 1 of function 2\n");
+  EXPECT_EQ(converted.status, 7);
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
+                                  ": cannot read scan 1 of function 2 (--damaged converts what there is)\n");
   const ProcessResult anyway = RunBare({"convert", PathOf(directory), "--stdout", "--damaged"});
-  EXPECT_EQ(anyway.status, 0) << anyway.errors;
+  EXPECT_EQ(anyway.status, 0);
+  EXPECT_EQ(anyway.errors,
+            "zrml: " + PathOf(directory) + ": scans of function 2 that cannot be read: 2; the first is 1\n");
   EXPECT_NE(anyway.output.find("id=\"function=2 process=0 scan=2\" defaultArrayLength=\"0\""),
             std::string::npos);
 }
@@ -166,7 +245,10 @@ TEST_F(CheckTest, LostDataAreNotConvertedUnasked) {
                     "converts what there is, with zeros for lost points)");
   std::vector<std::string> anyway = arguments;
   anyway.push_back("--damaged");
-  EXPECT_EQ(RunBare(anyway).status, 0);
+  const ProcessResult converted = RunBare(anyway);
+  EXPECT_EQ(converted.status, 0);
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
+                                  ": _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3\n");
 }
 
 // Each leaves a directory that opens, with scans or functions less.
@@ -189,6 +271,64 @@ TEST_F(CheckTest, LostScansAndFunctionsAreNotConvertedUnasked) {
     EXPECT_EQ(RunBare(arguments).status, 7);
     EXPECT_EQ(RunBare({"check", PathOf(directory)}).status, 7);
   }
+}
+
+struct Selected {
+  std::vector<std::string> options;
+  int status;
+};
+
+class DamageOutsideTest : public CheckTest {
+ protected:
+  void ExpectStatus(const TempDirectory& directory, const std::vector<Selected>& cases) const {
+    for (const Selected& selected : cases) {
+      std::vector<std::string> arguments = {"convert", PathOf(directory) + file_, "--stdout"};
+      arguments.insert(arguments.end(), selected.options.begin(), selected.options.end());
+      const ProcessResult result = RunBare(arguments);
+      EXPECT_EQ(result.status, selected.status) << testing::PrintToString(selected.options) << result.errors;
+      EXPECT_EQ(result.errors.empty(), selected.status == 0) << result.errors;
+    }
+  }
+
+  std::string file_;  // of the directory, with a slash
+};
+
+TEST_F(DamageOutsideTest, OfFunctionsThatAreNotAskedForIsNoHindrance) {
+  RawDirectoryBuilder raw = Sound();
+  raw.labels = {CreatorLine("4.1"), FunctionHeading(2, "REFERENCE")};  // a lock mass
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_FUNC002.DAT", 5);
+  ExpectStatus(directory, {{{}, 7},
+                           {{"--function", "1"}, 0},
+                           {{"--function", "2"}, 7},
+                           {{"--function", "1-"}, 7},
+                           {{"--exclude-lock-mass"}, 0},
+                           {{"--ms-level", "2"}, 2}});
+  file_ = "/_FUNC001.DAT";
+  ExpectStatus(directory, {{{}, 0}});
+  file_ = "/_FUNC002.DAT";  // its only function
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 7}});
+}
+
+// The numbers of the functions behind it are not what they were.
+TEST_F(DamageOutsideTest, FunctionThatIsNotListedCountsForThoseBehindIt) {
+  const TempDirectory directory = Sound().Build();
+  directory.Remove("_FUNC002.DAT");
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--function", "2"}, 7}});
+  const TempDirectory another = Sound().Build();
+  another.Remove("_FUNC001.DAT");
+  ExpectStatus(another, {{{"--function", "1"}, 7}});
+}
+
+TEST_F(DamageOutsideTest, AbsorbanceIsNoFunction) {
+  RawDirectoryBuilder raw = Sound();
+  raw.functions[1].record.type = 12;
+  const TempDirectory directory = raw.Build();
+  ExpectStatus(directory, {{{}, 0}});
+  directory.Truncate("_FUNC002.DAT", 5);
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--format", "tsv"}, 0}});
+  directory.Remove("_FUNC002.DAT");
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1-"}, 0}});
 }
 
 // Function 2 has no statistics that would tell how many scans there were: 12 bytes of each of two scans.
@@ -224,7 +364,7 @@ TEST_F(CheckTest, SourceIsNotReplacedByWhatItBecomes) {
                 data + " is a part of the source");
   EXPECT_EQ(directory.Read("_FUNC001.DAT"), before);
   ExpectFailure(RunBare({"convert", PathOf(directory), "-b", PathOf(directory), "--force"}), 2,
-                PathOf(directory) + " is there and no file that could be replaced");
+                PathOf(directory) + " is a folder; -o takes one, -b a file");
 }
 
 TEST_F(CheckTest, JsonHasTheDocumentedKeys) {

@@ -17,6 +17,7 @@
 #include "tools/zrml/convert/mzml_arrays.h"
 #include "tools/zrml/convert/mzml_chromatograms.h"
 #include "tools/zrml/convert/ordered_pieces.h"
+#include "tools/zrml/convert/progress_bar.h"
 #include "tools/zrml/convert/selection.h"
 #include "tools/zrml/convert/sha1.h"
 #include "tools/zrml/convert/xml.h"
@@ -105,21 +106,48 @@ TEST(XmlTest, IdentifiersKeepPlainCharacters) {
 }
 
 TEST(DateTimeTest, DaysThatThereAre) {
-  EXPECT_TRUE(IsXmlDateTime(L"2026-11-14T09:15:00+00:00"));
-  EXPECT_TRUE(IsXmlDateTime(L"2026-11-14T23:59:59.25+00:00"));
-  EXPECT_TRUE(IsXmlDateTime(L"2024-02-29T00:00:00+00:00"));
-  EXPECT_TRUE(IsXmlDateTime(L"2000-02-29T00:00:00+00:00"));
+  for (const wchar_t* text : {L"2026-11-14T09:15:00+00:00", L"2026-11-14T23:59:59.25+00:00",
+                              L"2024-02-29T00:00:00+00:00", L"2000-02-29T00:00:00+00:00"}) {
+    EXPECT_EQ(XmlDateTime(text), text);
+  }
+}
+
+TEST(DateTimeTest, FormsWithoutDoubt) {
+  EXPECT_EQ(XmlDateTime(L"2021-03-5T09:15:00+00:00"), L"2021-03-05T09:15:00+00:00");
+  EXPECT_EQ(XmlDateTime(L"2021-3-15T9:15:00+00:00"), L"2021-03-15T09:15:00+00:00");
+  EXPECT_EQ(XmlDateTime(L"14-Nov-2026T09:15:00+00:00"), L"2026-11-14T09:15:00+00:00");
+  EXPECT_EQ(XmlDateTime(L"4-OCT-2026T09:15:00.5+00:00"), L"2026-10-04T09:15:00.5+00:00");
 }
 
 TEST(DateTimeTest, AnythingElseIsRefused) {
-  for (const wchar_t* text :
-       {L"", L"T+00:00", L"2021-03-5T09:15:00+00:00", L"2021-00-05T09:15:00+00:00",
-        L"2021-13-05T09:15:00+00:00", L"2021-03-00T09:15:00+00:00", L"2021-03-32T09:15:00+00:00",
-        L"2023-02-29T09:15:00+00:00", L"1900-02-29T09:15:00+00:00", L"2021-04-31T09:15:00+00:00",
-        L"2021-03-05T24:00:00+00:00", L"2021-03-05T09:60:00+00:00", L"2021-03-05T09:15:60+00:00",
-        L"2021-03-05T09:15+00:00", L"2021-03-05T09:15:00", L"2021-03-05T09:15:00.+00:00",
-        L"0000-03-05T09:15:00+00:00", L"2021-03-05 09:15:00+00:00"}) {
-    EXPECT_FALSE(IsXmlDateTime(text)) << std::string(text, text + std::wcslen(text));
+  for (const wchar_t* text : {L"",
+                              L"T+00:00",
+                              L"2021-00-05T09:15:00+00:00",
+                              L"2021-13-05T09:15:00+00:00",
+                              L"2021-03-00T09:15:00+00:00",
+                              L"2021-03-32T09:15:00+00:00",
+                              L"2023-02-29T09:15:00+00:00",
+                              L"1900-02-29T09:15:00+00:00",
+                              L"2021-04-31T09:15:00+00:00",
+                              L"2021-03-05T24:00:00+00:00",
+                              L"2021-03-05T09:60:00+00:00",
+                              L"2021-03-05T09:15:60+00:00",
+                              L"2021-03-05T09:15+00:00",
+                              L"2021-03-05T09:15:00",
+                              L"2021-03-05T09:15:00.+00:00",
+                              L"0000-03-05T09:15:00+00:00",
+                              L"2021-03-05 09:15:00+00:00",
+                              L"2021-03-05T09:15:0+00:00",
+                              L"2021-03-05T09:5:00+00:00",
+                              L"2021-03-005T09:15:00+00:00",
+                              L"03-05-2021T09:15:00+00:00",
+                              L"5-Mar-21T09:15:00+00:00",
+                              L"5-Mai-2021T09:15:00+00:00",
+                              L"05/03/2021T09:15:00+00:00",
+                              L"-2021-03-05T09:15:00+00:00",
+                              L"2021-03-05-1T09:15:00+00:00",
+                              L"2021-03-05T09:15:00 PM+00:00"}) {
+    EXPECT_EQ(XmlDateTime(text), std::nullopt) << std::string(text, text + std::wcslen(text));
   }
 }
 
@@ -255,6 +283,25 @@ TEST(ArrayTest, ArrayWithoutNumbersIsNotCompressed) {
   ArrayWriter(true).Append(out, {cv::kMzArray, &cv::kMzUnit, Precision::kExact}, {});
   EXPECT_NE(out.find("no compression"), std::string::npos);
   EXPECT_NE(out.find("<binary></binary>"), std::string::npos);
+}
+
+TEST(ProgressLineTest, KeepsToTheTerminal) {
+  const std::string half = "[" + std::string(15, '#') + std::string(15, ' ') + "] 50%";  // 36 columns
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 80), half + " folder/run.raw");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 52), half + " folder/run.raw");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 51), half + " ...er/run.raw");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 42), half + " ...w");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 41), half);
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 37), half);
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 36), "50%");
+  EXPECT_EQ(ProgressLine(1, 2, L"folder/run.raw", 3), "");
+}
+
+// A character from U+1100 on may take two columns; U+00E9 takes one.
+TEST(ProgressLineTest, WideCharactersAreNotCutInTwo) {
+  const std::string half = "[" + std::string(15, '#') + std::string(15, ' ') + "] 50%";
+  EXPECT_EQ(ProgressLine(1, 2, L"\u00E9\u4E2D\u4E2D", 43), half + " \xC3\xA9\xE4\xB8\xAD\xE4\xB8\xAD");
+  EXPECT_EQ(ProgressLine(1, 2, L"ab\u4E2D\u4E2D", 43), half + " ...\xE4\xB8\xAD");
 }
 
 std::vector<MakePiece> Workers(std::size_t count, const MakePiece& make) { return {count, make}; }

@@ -312,6 +312,30 @@ TEST_F(ConvertTest, VerboseTellsWhatAFileHolds) {
             "zrml: " + path_ + " -> " + Path("out") + "/run.mzML: 5 spectra, 3 chromatograms\n");
 }
 
+TEST_F(ConvertTest, VerboseTellsOfStandardOutputToo) {
+  const ProcessResult result = RunToOutput({"--function", "1,2", "-v"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "zrml: " + path_ + " -> standard output: 5 spectra, 3 chromatograms\n");
+  ExpectFailure(RunToOutput({"-q", "-v"}), 2, "--quiet excludes --verbose (see zrml convert --help)");
+}
+
+TEST_F(ConvertTest, FolderIsNoFile) {
+  for (const std::string& folder : {Path("."), Path("scratch"), Path("not/there/")}) {
+    ExpectFailure(Run({"convert", path_, "-b", folder}), 2, folder + " is a folder; -o takes one, -b a file");
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "not"));
+}
+
+// The rest is converted, too, for whoever has seen enough of the names.
+TEST_F(ConvertTest, ReaderOfTheNamesMayLeave) {
+  setup_.outputTo = OutputTo::kClosedPipe;
+  const std::string other = MakeFolder("other.raw", "valid and sound");
+  const ProcessResult result = Run({"convert", path_, other, "-o", Path("out"), "--function", "1"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(FilesIn("out"), (std::set<std::string>{"other.mzML", "run.mzML"}));
+}
+
 TEST_F(ConvertTest, ExistingFileIsKeptUnlessForced) {
   std::ofstream(folder_ / "mine.mzML") << "mine";
   const std::vector<std::string> arguments = {"convert", path_, "-b", Path("mine.mzML"), "--function", "1"};
@@ -326,9 +350,88 @@ TEST_F(ConvertTest, ExistingFileIsKeptUnlessForced) {
 TEST_F(ConvertTest, FailureLeavesNoFile) {
   path_ = MakeFolder("run.raw");
   std::filesystem::create_directory(folder_ / "out");
-  ExpectFailure(Run({"convert", path_, "-o", Path("out"), "--function", "1-4"}), 5,
-                path_ + ": cannot read the times of function 4");
+  ExpectFailure(
+      Run({"convert", path_, "-o", Path("out"), "--function", "1-4"}), 7,
+      path_ + ": cannot read the listed time of scan 1 of function 4 (--damaged converts what there is)");
   EXPECT_EQ(FilesIn("out"), std::set<std::string>());
+}
+
+struct Loss {
+  const char* what;  // that the stand-in does not give in whole
+  std::vector<std::string> selection;
+  std::string refused;
+  std::string told;
+  std::string converted;  // a part of the output with --damaged
+};
+
+TEST_F(ConvertTest, WhatCannotBeReadIsRefusedOrTold) {
+  const Loss losses[] = {
+      {"times",
+       {"--function", "1"},
+       "the listed time of scan 3 of function 1",
+       "listed times of function 1 that cannot be read: 1; the first is 3",
+       "id=\"function=1 process=0 scan=3\""},
+      {"totals",
+       {"--function", "1"},
+       "the total ion current of scan 3 of function 1",
+       "total ion currents of function 1 that cannot be read: 1; the first is 3",
+       "id=\"TIC\" defaultArrayLength=\"2\""},
+      {"bins",
+       {"--function", "5"},
+       "scan 1 of function 5",
+       "scans of function 5 that cannot be read: 1; the first is 1",
+       "id=\"function=5 process=0 scan=1\" defaultArrayLength=\"0\""},
+      {"traces",
+       {"--function", "1"},
+       "trace 1: Pressure",
+       "trace 1: Pressure cannot be read",
+       "id=\"trace 1: Pressure\" defaultArrayLength=\"0\""},
+      {"absorbance",
+       {"--rt", "0.375-0.375"},
+       "absorbance spectrum 4",
+       "absorbance spectra that cannot be read: 1; the first is 4",
+       "id=\"function=7 process=0 scan=4\" defaultArrayLength=\"0\""},
+  };
+  for (const Loss& loss : losses) {
+    SCOPED_TRACE(loss.what);
+    path_ = MakeFolder(std::string(loss.what) + ".raw", std::string("valid and sound but for ") + loss.what);
+    std::vector<std::string> arguments = {"--threads", "1"};  // one provider, which is asked twice
+    arguments.insert(arguments.end(), loss.selection.begin(), loss.selection.end());
+    const ProcessResult refused = RunToOutput(arguments);
+    EXPECT_EQ(refused.status, 7);
+    EXPECT_EQ(refused.errors,
+              "zrml: " + path_ + ": cannot read " + loss.refused + " (--damaged converts what there is)\n");
+    arguments.push_back("--damaged");
+    const ProcessResult told = RunToOutput(arguments);
+    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.errors, "zrml: " + path_ + ": " + loss.told + "\n");
+    ExpectHas(told.output, loss.converted);
+    arguments.push_back("-q");
+    EXPECT_EQ(RunToOutput(arguments).errors, "");
+  }
+}
+
+// Of 9 mass spectra and 25 absorbance spectra none is left out. The first scan of function 4 is asked for its
+// own time, 3 minutes.
+TEST_F(ConvertTest, DamagedSourceKeepsItsScans) {
+  path_ = MakeFolder("damaged.raw");
+  for (const char* threads : {"1", "3"}) {
+    const ProcessResult result = RunToOutput({"--damaged", "--threads", threads});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(Count(result.output, "<spectrum "), 34U);
+    ExpectHas(result.output, "id=\"function=4 process=0 scan=1\" defaultArrayLength=\"1\"");
+    ExpectHas(result.output, "name=\"scan start time\" value=\"3\"");
+    ExpectHas(result.output, "id=\"function=4 process=0 scan=2\" defaultArrayLength=\"0\"");
+    const std::string front = "zrml: " + path_ + ": ";
+    EXPECT_TRUE(result.errors.ends_with(
+        " 254 cannot be read\n" +                                                              //
+        front + "listed times of function 4 that cannot be read: 2; the first is 1\n" +        //
+        front + "scans of function 4 that cannot be read: 1; the first is 2\n" +               //
+        front + "total ion currents of function 4 that cannot be read: 2; the first is 1\n" +  //
+        front + "scans of function 5 that cannot be read: 1; the first is 1\n" +               //
+        front + "absorbance spectra that cannot be read: 24; the first is 2\n"))
+        << result.errors;
+  }
 }
 
 TEST_F(ConvertTest, SourceThatFailsDoesNotStopTheOthers) {
@@ -352,6 +455,9 @@ TEST_F(ConvertTest, SourcesOfOneNameDoNotReplaceEachOther) {
   EXPECT_TRUE(result.errors.starts_with("zrml: " + twin + " would replace " + Path("out") +
                                         "/run.mzML, which another source has become\n"))
       << result.errors;
+  const std::string converted = ReadBytes(folder_ / "out" / "run.mzML");
+  ExpectHas(converted, "/run.raw\"");  // where its files are
+  ExpectLacks(converted, "/more/");
 }
 
 TEST_F(ConvertTest, SourceThatFailedHasBecomeNothing) {
@@ -427,6 +533,26 @@ TEST_F(ConvertTest, FullDiskIsStatus5) {
   setup_.outputTo = OutputTo::kFullDisk;
   ExpectFailure(RunToOutput({"--function", "1"}), 5,
                 path_ + ": cannot write to standard output (No space left on device)");
+}
+
+// The files are there: it is not said that they are not.
+TEST_F(ConvertTest, NamesThatCannotBePrintedDoNotFailTheConversion) {
+  setup_.outputTo = OutputTo::kFullDisk;
+  const std::string other = MakeFolder("other.raw", "valid and sound");
+  const ProcessResult result = Run({"convert", path_, other, "-o", Path("out"), "--function", "1"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_EQ(result.errors, "zrml: cannot write the output (No space left on device)\n");
+  EXPECT_EQ(FilesIn("out"), (std::set<std::string>{"other.mzML", "run.mzML"}));
+}
+
+// printf data | sha1sum; a backslash separates folders in paths, not in names.
+TEST_F(ConvertTest, FileWithABackslashInItsName) {
+  MakeFile("run.raw/odd\\name.txt");
+  std::filesystem::create_symlink("nowhere", folder_ / "run.raw" / "link");
+  const std::string output = Converted({"--function", "1"});
+  ExpectHas(output, "<sourceFileList count=\"2\">");
+  ExpectHas(output, "name=\"odd\\name.txt\"");
+  ExpectHas(output, "value=\"a17c9aaa61e80a1bf71d0d850af4e5baa9800bbd\"");
 }
 
 TEST_F(ConvertTest, FolderThatCannotBeMadeIsStatus5) {

@@ -101,7 +101,10 @@ bool FakeFolderServer::ValidateSource(const std::wstring& path) {
 }
 bool FakeFolderServer::Open(const std::wstring& path) {
   const std::wstring text = SourceText(path);
-  isSound_ = text == L"valid and sound";
+  constexpr std::wstring_view kSound = L"valid and sound";
+  constexpr std::wstring_view kBut = L" but for ";
+  isSound_ = text.starts_with(kSound);
+  if (isSound_ && text.size() > kSound.size()) lacking_ = text.substr(kSound.size() + kBut.size());
   return isSound_ || text == L"valid";
 }
 
@@ -169,8 +172,23 @@ bool FakeFolderServer::GetSpectrum(int sample, int function, int scan, CZRMassSp
   }
 }
 
+bool FakeFolderServer::GetRetentionTimes(int sample, int function, HostVector<double>& times) {
+  const bool isRead = CDataServerImpl::GetRetentionTimes(sample, function, times);
+  if (lacking_ == L"times" && !times.empty()) times.pop_back();
+  return isRead;
+}
+
+bool FakeFolderServer::GetTotalIonChromatogram(bool allowCompute, int sample, int function,
+                                               CZRChromatogram& chromatogram) {
+  const bool isRead = CDataServerImpl::GetTotalIonChromatogram(allowCompute, sample, function, chromatogram);
+  const int points = static_cast<int>(chromatogram.Times().size());
+  if (lacking_ == L"totals" && points > 0) chromatogram.SetSize(points - 1);
+  return isRead;
+}
+
 bool FakeFolderServer::GetMobilitySpectrum(int, int function, int, int bin, CZRMassSpectrum& spectrum) {
   if (isSound_) {
+    if (lacking_ == L"bins" && bin == 9) return false;
     spectrum = CZRMassSpectrum();
     if (bin == 4) Fill(spectrum, {50, 100}, {1, 2}, 1);
     if (bin == 9) Fill(spectrum, {100, 150}, {3, 4}, 1);
@@ -198,6 +216,7 @@ std::wstring FakeFolderServer::GetTraceName(int, int trace) {
 }
 
 bool FakeFolderServer::GetTrace(int, int trace, CZRChromatogram& chromatogram) {
+  if (!readTraces_.insert(trace).second && lacking_ == L"traces" && trace == 0) return false;
   chromatogram.SetSize(2);
   chromatogram.SetTime(0, 0.5);
   chromatogram.SetIntensity(0, 1.25);
@@ -211,6 +230,7 @@ bool FakeFolderServer::HasAbsorbanceData(int sample) { return sample == 0; }
 int FakeFolderServer::GetAbsorbanceScanCount(int) { return 25; }
 
 bool FakeFolderServer::GetAbsorbanceSpectrum(int, int scan, CZRAbsorbanceSpectrum& spectrum) {
+  if (!readAbsorbance_.insert(scan).second && lacking_ == L"absorbance") return false;
   spectrum.SetSize(2);
   spectrum.SetWavelength(0, 210);
   spectrum.SetWavelength(1, 210.5);

@@ -1,10 +1,13 @@
 // The providers of the stand-in plug-in.
 //
 // Provider 1, FakeFolder, takes folders that hold "fake_source.txt". Its text decides: "valid" opens, "valid
-// and sound" opens without the scans of the broken function, "valid but damaged" does not open, anything else
-// is not FakeFolder's content. Provider 2, FakeReport, takes files named "*.fakereport", with any content, as
-// reports of two samples.
+// and sound" opens without the scans of the broken function, "valid and sound but for ..." so too, but for
+// one thing that it gives once or in part ("times", "totals", "bins", "traces", "absorbance"), "valid but
+// damaged" does not open, anything else is not FakeFolder's content. Provider 2, FakeReport, takes files
+// named "*.fakereport", with any content, as reports of two samples.
 #pragma once
+
+#include <set>
 
 #include "plugin/data_server.h"
 
@@ -27,6 +30,10 @@ class FakeFolderServer : public CDataServerImpl {
   int GetScanDimensionCount(int sample, int function) override;
   int GetScanCount(int sample, int function) override;
   int GetMobilityBinCount(int sample, int function) override;
+  /// But for "times" without the last scan; but for "totals" the same of the total ion chromatogram.
+  bool GetRetentionTimes(int sample, int function, HostVector<double>& times) override;
+  bool GetTotalIonChromatogram(bool allowCompute, int sample, int function,
+                               CZRChromatogram& chromatogram) override;
   bool GetFunctionMassRange(int sample, int function, double& low, double& high) override;
   bool GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) override;
   /// The odd function's second bin can be read; of a sound source all, the fifth and the tenth with points.
@@ -51,6 +58,9 @@ class FakeFolderServer : public CDataServerImpl {
  private:
   std::wstring sampleName_ = L"Injection 1";
   bool isSound_ = false;
+  std::wstring lacking_;  // of a sound source
+  std::set<int> readTraces_;
+  std::set<int> readAbsorbance_;
 };
 
 class FakeReportServer : public CDataServerImpl {

@@ -52,6 +52,7 @@ class SourceCommand : public Command {
   bool WantsJson() const { return wantsJson_; }
   /// As text or JSON, as the user wants it.
   void Print(const Report& report, Output& out) const;
+  const std::string& Path() const { return path_; }
   Source OpenSource() const { return Open(path_); }
 
  private:

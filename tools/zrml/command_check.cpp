@@ -1,6 +1,7 @@
 // zrml check: whether a source is sound.
 #include <algorithm>
 
+#include "common/platform/platform.h"
 #include "tools/zrml/check/raw_check.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
@@ -70,19 +71,15 @@ void ReadTraces(CDataServerImpl& server, int sample, CheckResult& result) {
   unreadable.Report(L"traces", traces, result);
 }
 
-CheckResult CheckSource(const Source& source) {
-  CheckResult result{source.Path(), 0, 0, {}};
+void ReadSource(const Source& source, CheckResult& result) {
   CDataServerImpl& server = source.Server();
-  std::wstring folder;
-  if (!server.IsReportSource() && IsRawDirectory(source.Path(), folder))
-    result.findings = CheckRawDirectory(folder);
+  if (server.IsReportSource()) result.findings.clear();  // a report in a raw directory is not about it
   for (int sample = 0; sample < server.GetSampleCount(); ++sample) {
     for (int function = 0; function < server.GetFunctionCount(sample); ++function)
       ReadFunction(server, sample, function, result);
     ReadAbsorbance(server, sample, result);
     ReadTraces(server, sample, result);
   }
-  return result;
 }
 
 std::wstring Counted(long long count, const std::wstring& noun) {
@@ -126,13 +123,28 @@ class CheckCommand : public SourceCommand {
       : SourceCommand(line, "check", "Tell a damaged source from a sound one") {}
 
   void Run(Output& out) override {
-    const CheckResult result = CheckSource(OpenSource());
+    const CheckResult result = Check();
     WantsJson() ? PrintJson(result, out) : PrintText(result, out);
     out.Finish();
     if (result.findings.empty()) return;
     throw Failure(
         ExitStatus::kDamaged,
         result.path + L" is damaged: " + Counted(static_cast<long long>(result.findings.size()), L"finding"));
+  }
+
+ private:
+  // The files come first: they may tell why the provider does not open the source.
+  CheckResult Check() const {
+    CheckResult result{platform::FromNativePath(Path()), 0, 0, {}};
+    std::wstring folder;
+    if (IsRawDirectory(result.path, folder)) result.findings = CheckRawDirectory(folder, result.path);
+    try {
+      ReadSource(OpenSource(), result);
+    } catch (const Failure& failure) {
+      if (failure.status != ExitStatus::kUnreadable || result.findings.empty()) throw;
+      result.findings.push_back({L"", failure.message});
+    }
+    return result;
   }
 };
 

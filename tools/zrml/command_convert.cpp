@@ -3,6 +3,7 @@
 #include <array>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -63,11 +64,13 @@ class ConvertCommand : public Command {
  public:
   explicit ConvertCommand(CommandLine& line)
       : Command(line, "convert", "Convert sources to mzML, MGF or TSV") {
+    AddSourceOptions();
     AddTargetOptions();
     AddFormatOptions();
-    AddSelectionOptions();
-    Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
-    Options().add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds");
+    AddArrayOptions();
+    AddScanOptions();
+    AddFunctionOptions();
+    AddReportingOptions();
   }
 
   void Run(Output& out) override {
@@ -75,17 +78,24 @@ class ConvertCommand : public Command {
     const InterruptionWatch watch;
     try {
       ConvertAll(out);
+      if (unprinted_) throw Failure(*unprinted_);
     } catch (const Interrupted&) {
       EndByInterruption();
     }
   }
 
  private:
-  void AddTargetOptions() {
-    CLI::App& options = Options();
-    options.add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
+  void AddSourceOptions() {
+    Options()
+        .add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
         ->option_text("REQUIRED ...")
         ->required();
+    AddNumber("--threads", threads_,
+              "Spectra in the making at once; the processors, 8 at most, unless given");
+  }
+
+  void AddTargetOptions() {
+    CLI::App& options = Options();
     CLI::Option* const folder =
         options.add_option("-o,--output", folder_, "The folder for the files; the current one unless given");
     folder->option_text("DIR");
@@ -95,8 +105,6 @@ class ConvertCommand : public Command {
         options.add_flag("--stdout", isToStandardOutput_, "To standard output; mzML is not indexed then");
     standard->excludes(folder)->excludes(file)->option_text(" ");
     options.add_flag("--force", isForced_, "Replace files that exist");
-    AddNumber("--threads", threads_,
-              "Spectra in the making at once; the processors, 8 at most, unless given");
   }
 
   void AddFormatOptions() {
@@ -109,6 +117,10 @@ class ConvertCommand : public Command {
     options.add_flag_callback(
         "--no-index", [this] { conversion_.isIndexed = false; }, "Write mzML without index and checksum");
     options.add_flag("--gzip", isGzipped_, "Compress the file as a whole");
+  }
+
+  void AddArrayOptions() {
+    CLI::App& options = Options();
     CLI::Option* const zlib = options.add_flag("-z,--zlib");
     zlib->description("Compress mzML arrays; so unless --no-zlib is given");
     options
@@ -121,10 +133,8 @@ class ConvertCommand : public Command {
     AddPrecision("--64", Precision::kDouble, "Write such mzML arrays with 64 bits a number");
   }
 
-  void AddSelectionOptions() {
-    AddNumberSet("--function", conversion_.selection.functions, "Functions to convert, such as 1,3-5");
+  void AddScanOptions() {
     AddNumberSet("--scans", conversion_.selection.scans, "Scans of each function, such as 10-20");
-    AddNumberSet("--ms-level", conversion_.selection.msLevels, "MS levels, such as 2-");
     Options()
         .add_option_function<std::string>(
             "--rt",
@@ -134,11 +144,24 @@ class ConvertCommand : public Command {
             },
             "Minutes to convert, such as 0.5-3")
         ->option_text("LO-HI");
+  }
+
+  void AddFunctionOptions() {
+    AddNumberSet("--function", conversion_.selection.functions, "Functions to convert, such as 1,3-5");
+    AddNumberSet("--ms-level", conversion_.selection.msLevels, "MS levels, such as 2-");
     Options().add_flag("--exclude-lock-mass", conversion_.selection.isLockMassExcluded,
                        "Leave reference functions out");
+    AddNumber("--sample", sample_, "The sample of a report, counted from 1; all unless given");
+  }
+
+  void AddReportingOptions() {
     Options().add_flag("--damaged", conversion_.isDamageAllowed,
                        "Convert a raw directory of which data are lost, too");
-    AddNumber("--sample", sample_, "The sample of a report, counted from 1; all unless given");
+    CLI::Option* const quiet = Options().add_flag("-q,--quiet", isQuiet_, "Print errors only");
+    Options()
+        .add_flag("-v,--verbose", isVerbose_, "Say on standard error what each file holds")
+        ->excludes(quiet)
+        ->option_text(" ");
   }
 
   void AddNumberSet(const std::string& option, NumberSet& numbers, const std::string& description) {
@@ -192,7 +215,15 @@ class ConvertCommand : public Command {
     }
     if (threads_ == 0) threads_ = std::min(ProcessorCount(), kMostThreadsUnasked);
     if (isToStandardOutput_) conversion_.isIndexed = false;
+    RefuseFolderAsFile();
     if (!folder_.empty()) MakeFolder(platform::FromNativePath(folder_));
+  }
+
+  void RefuseFolderAsFile() const {
+    if (file_.empty()) return;
+    const std::wstring path = platform::FromNativePath(file_);
+    const bool isFolder = path.ends_with(L'/') || path.ends_with(L'\\') || platform::IsDirectory(path);
+    if (isFolder) throw Failure(ExitStatus::kWrongUsage, path + L" is a folder; -o takes one, -b a file");
   }
 
   // One source that fails does not stop the others.
@@ -211,7 +242,9 @@ class ConvertCommand : public Command {
         PrintError(L"not enough memory for " + failed.back());
       }
     }
-    if (!failed.empty()) ThrowSummary(failed);
+    if (failed.empty()) return;
+    if (unprinted_) PrintError(unprinted_->message);
+    ThrowSummary(failed);
   }
 
   [[noreturn]] void ThrowSummary(const std::vector<std::wstring>& failed) const {
@@ -223,7 +256,8 @@ class ConvertCommand : public Command {
 
   void ConvertSource(const std::string& path, Output& out) {
     std::vector<Source> sources;
-    for (int i = 0; i < threads_; ++i) sources.push_back(Open(path));
+    sources.push_back(OpenUndamaged(path));
+    while (sources.size() < static_cast<std::size_t>(threads_)) sources.push_back(Open(path));
     LookForDamage(sources.front());
     CDataServerImpl& server = sources.front().Server();
     const int count = server.GetSampleCount();
@@ -257,22 +291,66 @@ class ConvertCommand : public Command {
                                                L" are not converted");
   }
 
+  // The files may tell why the provider does not open the source.
+  Source OpenUndamaged(const std::string& path) const {
+    try {
+      return Open(path);
+    } catch (const Failure& failure) {
+      const std::wstring widePath = platform::FromNativePath(path);
+      if (failure.status == ExitStatus::kUnreadable) RefuseDamage(widePath, FindingsOf(widePath));
+      throw;
+    }
+  }
+
   // The provider gives zeros or nothing for what the files have lost: an open file must not pass that off as
-  // what was measured. Lesser findings are told.
+  // what was measured. Lesser findings are told. What is about functions that are not asked for counts for
+  // nothing.
   void LookForDamage(const Source& source) const {
+    if (source.Server().IsReportSource()) return;
+    std::vector<Finding> findings = FindingsOf(source.Path());
+    std::erase_if(findings,
+                  [&](const Finding& finding) { return !IsWanted(source.Server(), finding.concern); });
+    RefuseDamage(source.Path(), findings);
+    for (const Finding& finding : findings) Warn(source.Path(), finding.file + L' ' + finding.problem);
+  }
+
+  bool IsWanted(CDataServerImpl& server, const Concern& concern) const {
+    const Content content = ContentOf(conversion_.format);
+    const Selection& selection = conversion_.selection;
+    switch (concern.kind) {
+      case Concern::Kind::kAll:
+        return true;
+      case Concern::Kind::kFunction:
+        return IsFunctionWanted(server, 0, concern.number - 1, selection, content);
+      case Concern::Kind::kFunctionsFrom:
+        return selection.functions.ReachesTo(concern.number);
+      case Concern::Kind::kAbsorbance:
+        return IsAbsorbanceWanted(selection, content);
+      case Concern::Kind::kNone:
+        break;
+    }
+    return false;
+  }
+
+  static std::vector<Finding> FindingsOf(const std::wstring& path) {
     std::wstring folder;
-    if (conversion_.isDamageAllowed || source.Server().IsReportSource()) return;
-    if (!IsRawDirectory(source.Path(), folder)) return;
-    const std::vector<Finding> findings = CheckRawDirectory(folder);
+    return IsRawDirectory(path, folder) ? CheckRawDirectory(folder, path) : std::vector<Finding>();
+  }
+
+  void RefuseDamage(const std::wstring& path, const std::vector<Finding>& findings) const {
+    if (conversion_.isDamageAllowed) return;
     for (const Finding& finding : findings) {
       if (!finding.losesData) continue;
-      throw Failure(ExitStatus::kDamaged,
-                    source.Path() + L" is damaged: " + finding.file + L' ' + finding.problem +
-                        L" (--damaged converts what there is, with zeros for lost points)");
+      const bool isOpened = finding.concern.kind != Concern::Kind::kAll;
+      throw Failure(
+          ExitStatus::kDamaged,
+          path + L" is damaged: " + finding.file + L' ' + finding.problem +
+              (isOpened ? L" (--damaged converts what there is, with zeros for lost points)" : L""));
     }
-    for (const Finding& finding : findings) {
-      if (!isQuiet_) PrintError(source.Path() + L": " + finding.file + L' ' + finding.problem);
-    }
+  }
+
+  void Warn(const std::wstring& path, const std::wstring& problem) const {
+    if (!isQuiet_) PrintError(path + L": " + problem);
   }
 
   // A source must survive its conversion, also with --force.
@@ -297,7 +375,8 @@ class ConvertCommand : public Command {
     if (sample.count > 1) name += L"-sample" + std::to_wstring(sample.position + 1);
     if (isToStandardOutput_) {
       StandardOutput target;
-      Convert(sources, sample, name, target);
+      const ConvertedRun run = Convert(sources, sample, name, target);
+      if (isVerbose_) Describe(first, L"standard output", run);
       return;
     }
     const std::wstring path = TargetOf(name);
@@ -310,9 +389,22 @@ class ConvertCommand : public Command {
     const ConvertedRun run = Convert(sources, sample, name, target);
     targets_.insert(path);
     if (isVerbose_) Describe(first, path, run);
-    if (isQuiet_) return;
-    out.Text(VisibleUtf8(path) + "\n");
-    out.Finish();
+    if (!isQuiet_) PrintPath(path, out);
+  }
+
+  // The file is there also when its name cannot be printed: that fails the command, at the end, not the
+  // conversion.
+  void PrintPath(const std::wstring& path, Output& out) {
+    if (isPrintingOver_) return;
+    try {
+      out.Text(VisibleUtf8(path) + "\n");
+      out.Finish();
+    } catch (const ReaderGone&) {
+      isPrintingOver_ = true;
+    } catch (const Failure& failure) {
+      isPrintingOver_ = true;
+      unprinted_ = failure;
+    }
   }
 
   std::wstring TargetOf(const std::wstring& name) const {
@@ -330,7 +422,11 @@ class ConvertCommand : public Command {
     BufferedSink plain(target);
     GzipSink gzip(target);
     try {
-      return ConvertRun(sources, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
+      ConvertedRun run =
+          ConvertRun(sources, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
+      bar.Clear();
+      for (const std::wstring& loss : run.losses) Warn(path, loss);
+      return run;
     } catch (const Failure& failure) {
       throw Failure(failure.status, path + L": " + failure.message);
     }
@@ -354,6 +450,8 @@ class ConvertCommand : public Command {
   std::wstring extension_ = std::wstring(kFormats.front().extension);
   ConvertOptions conversion_;
   std::set<std::wstring> targets_;  // made by this run
+  bool isPrintingOver_ = false;     // nobody reads it, or it has failed
+  std::optional<Failure> unprinted_;
 };
 
 }  // namespace

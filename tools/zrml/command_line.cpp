@@ -85,7 +85,7 @@ ExitStatus PrintFailure(ExitStatus status, const std::wstring& message) {
 }  // namespace
 
 ExitStatus RunCommandLine(std::vector<std::string> arguments) {
-  ReportClosedPipes();
+  ReportFailedWrites();
   try {
     CommandLine line;
     const Commands commands = SetUp(line);

@@ -36,15 +36,20 @@ class SharedLibrary {
 };
 
 enum class Stream { kOutput, kError };
-enum class WriteResult { kWritten, kReaderGone, kFailed };
+enum class WriteResult { kWritten, kReaderGone, kInterrupted, kFailed };
 
 /// Whether `stream` is shown to a person.
 bool IsTerminal(Stream stream);
 
-/// Makes a write to a closed pipe a result instead of the end of the program.
-void ReportClosedPipes();
+/// Columns of the terminal that `stream` is; a usual number when it is none or does not tell.
+std::size_t TerminalWidth(Stream stream);
 
-/// Writes all of `utf8`, byte for byte. `error` says why it failed.
+/// Makes a write to a closed pipe, or past the largest size that a file may have, a result instead of the end
+/// of the program.
+void ReportFailedWrites();
+
+/// Writes all of `utf8`, byte for byte. `error` says why it failed. Interrupted when the user wishes to stop
+/// (convert/interruption.h) while the reader lets the program wait.
 WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error);
 
 }  // namespace zrml

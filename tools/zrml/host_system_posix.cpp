@@ -2,13 +2,20 @@
 #include <csignal>
 #include <dlfcn.h>
 #include <filesystem>
+#include <sys/ioctl.h>
 #include <system_error>
 #include <unistd.h>
 
 #include "common/platform/platform.h"
+#include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/host_system.h"
 
 namespace zrml {
+namespace {
+
+constexpr std::size_t kUsualWidth = 80;
+
+}  // namespace
 
 std::vector<std::string> ProgramArguments(int argc, char** argv) {
   return {argv + (argc > 0 ? 1 : 0), argv + argc};
@@ -36,7 +43,16 @@ bool IsTerminal(Stream stream) {
   return ::isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) == 1;
 }
 
-void ReportClosedPipes() { std::signal(SIGPIPE, SIG_IGN); }
+std::size_t TerminalWidth(Stream stream) {
+  winsize size{};
+  const int file = stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
+  return ::ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+}
+
+void ReportFailedWrites() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
 
 WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {
   const int file = stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
@@ -50,6 +66,7 @@ WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& erro
       error = platform::FromNativePath(std::generic_category().message(errno));
       return WriteResult::kFailed;
     }
+    if (!utf8.empty() && IsInterrupted()) return WriteResult::kInterrupted;
   }
   return WriteResult::kWritten;
 }

@@ -9,6 +9,8 @@
 namespace zrml {
 namespace {
 
+constexpr std::size_t kUsualWidth = 80;
+
 std::wstring LastError() { return L"system error " + std::to_wstring(::GetLastError()); }
 
 // A console takes wide characters, whatever its code page.
@@ -68,7 +70,14 @@ bool IsTerminal(Stream stream) {
                           &mode) != 0;
 }
 
-void ReportClosedPipes() {}
+std::size_t TerminalWidth(Stream stream) {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  const HANDLE file = ::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+  const bool isKnown = ::GetConsoleScreenBufferInfo(file, &info) && info.srWindow.Right > info.srWindow.Left;
+  return isKnown ? static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1) : kUsualWidth;
+}
+
+void ReportFailedWrites() {}
 
 WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {
   const HANDLE file = ::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);

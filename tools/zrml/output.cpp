@@ -1,5 +1,6 @@
 #include "tools/zrml/output.h"
 
+#include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/host_system.h"
@@ -13,6 +14,7 @@ void Output::Finish() {
   const WriteResult result = WriteStream(Stream::kOutput, buffer_, error);
   buffer_.clear();
   if (result == WriteResult::kReaderGone) throw ReaderGone();
+  if (result == WriteResult::kInterrupted) throw Interrupted();
   if (result == WriteResult::kFailed) {
     throw Failure(ExitStatus::kUnreadable, L"cannot write the output (" + error + L")");
   }

@@ -35,10 +35,11 @@ def check_with_openms(file, spectra, chromatograms):
     output = run('FileInfo', '-in', file, '-v')
     mzml_file.require('the file is valid!' in output and 'the file is semantically valid!' in output, output)
     mzml_file.require('Warning' not in output, output)
-    if spectra == 0:
-        return  # it knows no index without spectra
-    output = run('FileInfo', '-in', file, '-i')
+    done = subprocess.run(['FileInfo', '-in', str(file), '-i'], capture_output=True)
+    output = (done.stdout + done.stderr).decode('utf-8', 'replace')
     wanted = f'Found a valid indexed mzML XML File with {spectra} spectra and {chromatograms} chromatograms.'
+    if spectra == chromatograms == 0:
+        wanted = 'Could not find element indexListOffset'  # a file of nothing has no index
     mzml_file.require(wanted in output, output)
 
 

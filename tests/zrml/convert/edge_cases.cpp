@@ -1,10 +1,12 @@
-// zrml-edge-cases DIRECTORY: raw directories that are unusual in one way each, for tests of conversion.
+// zrml-edge-cases DIRECTORY: raw directories that are unusual in one way each, and a raw directory and a
+// report whose content content_test.py knows, for tests of conversion.
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <limits>
 
 #include "tests/support/raw_directory_builder.h"
+#include "tests/support/report_writer.h"
 
 namespace zrml {
 namespace {
@@ -109,6 +111,41 @@ RawDirectoryBuilder Fragments() {
   return RawOf({survey, product, withoutPrecursor, precursorScan});
 }
 
+// What content_test.py knows: two functions, the second a lock mass, absorbance spectra, two traces (as in
+// the mantissa of bits 3 to 15, times 4 to the power of the rest: 320 and 1, then 2 and 0).
+RawDirectoryBuilder Known() {
+  FunctionFiles absorbance = FunctionOf(
+      {ScanFrom<StoredPoint9>(0.25F, {{210, 4}, {220.5, 8}}), ScanFrom<StoredPoint9>(0.75F, {{210, 2}})});
+  absorbance.record.type = kDad;
+  const FunctionFiles reference = FunctionOf({ScanFrom<StoredPoint9>(1, {{556, 11}})});
+  RawDirectoryBuilder raw = RawOf({FunctionOf({PlainScan(0.5F)}), absorbance, reference});
+  raw.header = {HeaderLine("Version", "01.00"), HeaderLine("Acquired Date", "5-Mar-2021"),
+                HeaderLine("Acquired Time", "09:15:00")};
+  raw.labels = {CreatorLine("4.1"), FunctionHeading(3, "REFERENCE")};
+  raw.analogNames = {"System Pressure", "TUV 254 nm"};
+  raw.analogs = {{.time = 0.5F, .words = {0x2B, 0x08}}, {.time = 1, .words = {0x10, 0}}};
+  return raw;
+}
+
+// Two samples: one spectrum with points and one without, and a chromatogram; an analog trace alone.
+std::string KnownReport() {
+  const ReportLines spectra =
+      SpectrumBlock(Keys({{"Time", "0.5"}, {"Continuum", "FALSE"}, {"BPI", "200"}, {"TIC", "300"}}),
+                    {{100, 100}, {250.5, 50}}) +
+      SpectrumBlock(Keys({{"Time", "0.75"}, {"BPI", "0"}, {"TIC", "0"}}), {});
+  const ReportLines first =
+      Keys({{"SampleID", "first"}, {"Date", "14-Nov-2026"}, {"Time", "09:15:00"}}) +
+      FunctionBlock(Keys({{"Description", "Scan"}, {"Type", "MS"}}) + spectra +
+                    ChromatogramBlock(Keys({{"Description", "UV 254"}, {"MaxIntensity", "50"}}),
+                                      {{0.5, 100}, {1, 10}}));
+  const ReportLines second =
+      Keys({{"SampleID", "second"}}) +
+      FunctionBlock(Keys({{"Description", "ANALOG"}}) +
+                    ChromatogramBlock(Keys({{"Description", "Pressure"}, {"MaxIntensity", "20"}}),
+                                      {{0.25, 50}, {0.5, 100}}));
+  return ReportText(SampleBlock(first) + SampleBlock(second), LineEnd::kCrLf);
+}
+
 struct EdgeCase {
   const char8_t* name;
   RawDirectoryBuilder (*make)();
@@ -125,6 +162,7 @@ constexpr EdgeCase kCases[] = {
     {u8"many-scans.raw", ManyScans},
     {u8"1 a&b'\u00E9\U0001D11E.raw", OddNames},
     {u8"fragments.raw", Fragments},
+    {u8"known.raw", Known},
 };
 
 }  // namespace
@@ -138,6 +176,8 @@ int main(int argc, char** argv) {
       std::filesystem::create_directories(directory);
       edge.make().WriteTo(directory);
     }
+    zrml::WriteFileBytes(std::filesystem::path(argv[1]) / "known.rpt",
+                         zrml::TextToBytes(zrml::KnownReport()));
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "zrml-edge-cases: %s\n", error.what());

@@ -2,6 +2,7 @@
 
 Under the target's name there is the whole file or none; unless killed, nothing else either.
 """
+import fcntl
 import pathlib
 import random
 import resource
@@ -9,6 +10,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import termios
 import time
 
 from mzml_file import require
@@ -76,6 +78,28 @@ def test_interrupted(conversions):
         require(names(process.folder) == [], f'{number.name} left {names(process.folder)}')
 
 
+def is_blocked(process):
+    """Whether it has written and now waits for its reader: it has one thread, which sleeps."""
+    waiting = fcntl.ioctl(process.stdout, termios.FIONREAD, b'\0' * 4)
+    state = pathlib.Path(f'/proc/{process.pid}/stat').read_text().rsplit(')', 1)[1].split()[0]
+    return waiting != b'\0' * 4 and state == 'S'
+
+
+def test_interrupted_while_nobody_reads(conversions):
+    command = [*conversions.command[:3], '--stdout', '--threads', '1']
+    for number in (signal.SIGINT, signal.SIGTERM):
+        with subprocess.Popen(command, stdout=subprocess.PIPE) as process:
+            while not is_blocked(process):
+                require(process.poll() is None, f'it has ended with {process.returncode}')
+                time.sleep(0.001)
+            process.send_signal(number)
+            try:
+                process.wait(timeout=60)  # a guard: it would wait for ever
+            except subprocess.TimeoutExpired:
+                process.kill()
+            require(process.returncode == -number, f'{number.name} ended it with {process.returncode}')
+
+
 def test_target_made_meanwhile(conversions):
     process = conversions.start('meanwhile')
     wait_for_temporary_file(process)
@@ -89,7 +113,6 @@ def test_target_made_meanwhile(conversions):
 
 def test_no_room(conversions):
     def limit():
-        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # the write fails instead
         resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 20, 1 << 20))
 
     process = conversions.run('no-room', preexec_fn=limit)
@@ -119,6 +142,7 @@ def main(zrml, source, work):
     conversions = Conversions(zrml, source, pathlib.Path(work))
     test_killed_at_random(conversions)
     test_interrupted(conversions)
+    test_interrupted_while_nobody_reads(conversions)
     test_target_made_meanwhile(conversions)
     test_no_room(conversions)
     test_scan_past_the_end(conversions, source)

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
-#include <limits>
 #include <optional>
 #include <set>
 
@@ -11,46 +10,19 @@
 #include "common/platform/platform.h"
 #include "common/text.h"
 #include "masslynx/function_table_format.h"
-#include "masslynx/history_format.h"
 #include "masslynx/scandata/point_unit_format.h"
 #include "masslynx/scandata/scan_index_format.h"
 #include "masslynx/scandata/scan_statistics_format.h"
+#include "tools/zrml/check/raw_file.h"
+#include "tools/zrml/check/raw_functions.h"
 #include "tools/zrml/convert/native_path.h"
 
 namespace zrml {
 namespace {
 
-using platform::File;
-
 constexpr std::wstring_view kFunctionTable = L"_FUNCTNS.INF";
-constexpr std::wstring_view kHistory = L"_HISTORY.INF";
 constexpr std::wstring_view kHeader = L"_HEADER.TXT";
-constexpr int kFormatUnknown = -1;
 constexpr int kMixedFormat = 6;  // all scans but the last take less than the unit tells
-
-// A file of the directory in either spelling.
-class RawFile {
- public:
-  RawFile(const std::wstring& folder, std::wstring name)
-      : name_(std::move(name)), file_(File::Open(folder + L'\\' + ToUpper(name_))) {
-    if (!file_.IsOpen()) file_ = File::Open(folder + L'\\' + ToLower(name_));
-  }
-
-  const std::wstring& Name() const { return name_; }
-  bool Exists() const { return file_.IsOpen(); }
-  std::uint64_t Size() const { return file_.Size(); }
-
-  /// Zeros for what cannot be read.
-  std::vector<std::byte> Read(std::uint64_t offset, std::size_t size) const {
-    std::vector<std::byte> bytes(size);
-    file_.ReadAt(offset, bytes);
-    return bytes;
-  }
-
- private:
-  std::wstring name_;
-  File file_;
-};
 
 struct ScanRecord {
   std::uint64_t offset = 0;
@@ -118,11 +90,17 @@ class Index {
 
 class Checker {
  public:
-  explicit Checker(const std::wstring& folder) : folder_(folder) {}
+  Checker(const std::wstring& folder, const std::wstring& path)
+      : folder_(folder), functions_(ReadRawFunctions(folder)) {
+    const std::wstring chosen = StemOf(path);
+    for (const RawFunction& function : functions_.functions) {
+      stems_.insert(function.stem);
+      if (function.isListed && function.stem == chosen) chosen_ = chosen;
+    }
+  }
 
   std::vector<Finding> Check() {
     CheckFunctions();
-    CheckProcessed();
     CheckUnused();
     return std::move(findings_);
   }
@@ -130,61 +108,93 @@ class Checker {
  private:
   enum class Data { kWhole, kLost };
 
+  // "_FUNC001" of a path that ends in "_FUNC001.DAT": providers choose the function that a file belongs to.
+  static std::wstring StemOf(const std::wstring& path) {
+    constexpr std::size_t kNameLength = 12;
+    constexpr std::size_t kStemLength = 8;
+    if (path.size() < kNameLength) return {};
+    return ToUpper(path).substr(path.size() - kNameLength, kStemLength);
+  }
+
+  Concern ConcernOf(const RawFunction& function) const {
+    if (function.isAbsorbance) return {Concern::Kind::kAbsorbance};
+    if (!chosen_.empty()) {
+      return function.stem == chosen_ ? Concern{Concern::Kind::kFunction, 1} : Concern{Concern::Kind::kNone};
+    }
+    return {function.isListed ? Concern::Kind::kFunction : Concern::Kind::kFunctionsFrom, function.number};
+  }
+
   void Add(const RawFile& file, const std::wstring& problem, Data data) {
-    findings_.push_back({file.Name(), problem, data == Data::kLost});
+    findings_.push_back({file.Name(), problem, data == Data::kLost, concern_});
   }
 
   void CheckFunctions() {
-    namespace format = function_table_format;
     const RawFile table(folder_, std::wstring(kFunctionTable));
-    if (!table.Exists()) return;  // not opened by the provider either
-    if (table.Size() % format::kRecordSize != 0) Add(table, L"does not end with a whole record", Data::kLost);
-    const std::uint64_t count = table.Size() / format::kRecordSize;
-    for (std::uint64_t i = 0; i < std::min<std::uint64_t>(count, std::numeric_limits<int>::max() - 1); ++i) {
-      const auto record = table.Read(i * format::kRecordSize, sizeof(std::uint16_t));
-      const unsigned word = LoadU16(record.data() + format::kPackedWord);
-      const unsigned shift = format::kTypeBits + format::kModeBits;
-      const unsigned mask = (1u << format::kFormatBits) - 1;
-      CheckStem(L"_FUNC" + ZeroPadded(static_cast<int>(i) + 1, 3), static_cast<int>(word >> shift & mask));
+    if (table.Size() % function_table_format::kRecordSize != 0)
+      Add(table, L"does not end with a whole record", Data::kLost);
+    for (const RawFunction& function : functions_.functions) {
+      concern_ = ConcernOf(function);
+      if (function.isProcessed) {
+        CheckProcessed(function);
+      } else {
+        CheckStem(function);
+      }
     }
+    concern_ = {};
   }
 
-  // The format of a processed function's points is that of the function behind it; only where the scans begin
-  // is checked.
-  void CheckProcessed() {
-    namespace format = history_format;
-    const RawFile history(folder_, std::wstring(kHistory));
-    if (!history.Exists() || history.Size() < format::kHeaderSize) return;
-    const std::uint64_t count = (history.Size() - format::kHeaderSize) / format::kEntrySize;
-    for (std::uint64_t i = 0; i < count; ++i) {
-      const auto entry = history.Read(format::kHeaderSize + i * format::kEntrySize, format::kEntrySize);
-      const std::wstring stem = L"_PROC" + ZeroPadded(LoadU16(entry.data() + format::kProcessNumber), 3);
-      if (stems_.insert(stem).second && RawFile(folder_, stem + L".DAT").Exists())
-        CheckFiles(stem, kFormatUnknown);
+  void CheckProcessed(const RawFunction& function) {
+    if (!function.isListed && !function.isAbsorbance) {
+      return Add(RawFile(folder_, function.stem + L".DAT"), L"goes back to no function, so it is not listed",
+                 Data::kLost);
     }
+    if (function.isListed) CheckFiles(function);
   }
 
-  void CheckStem(const std::wstring& stem, int dataFormat) {
-    stems_.insert(stem);
-    const RawFile data(folder_, stem + L".DAT");
-    if (data.Exists()) {
-      CheckFiles(stem, dataFormat);
-    } else {
-      Add(data, L"is missing, so the function is not listed", Data::kLost);
-    }
+  void CheckStem(const RawFunction& function) {
+    const RawFile data(folder_, function.stem + L".DAT");
+    if (data.IsOpen()) return CheckFiles(function);
+    const std::wstring result =
+        function.isAbsorbance ? L", so there are no absorbance spectra" : L", so the function is not listed";
+    Add(data, data.Problem() + result, Data::kLost);
   }
 
-  void CheckFiles(const std::wstring& stem, int dataFormat) {
-    const RawFile data(folder_, stem + L".DAT");
-    const RawFile indexFile(folder_, stem + L".IDX");
-    if (!indexFile.Exists()) return Add(indexFile, L"is missing, so the function has no scans", Data::kLost);
-    const Index index(indexFile, dataFormat);
+  void CheckFiles(const RawFunction& function) {
+    const RawFile data = RawFile::OfFunction(folder_, function.stem, L"DAT");
+    const RawFile indexFile = RawFile::OfFunction(folder_, function.stem, L"IDX");
+    if (!indexFile.IsOpen())
+      return Add(indexFile, indexFile.Problem() + L", so the function has no scans", Data::kLost);
+    const Index index(indexFile, function.dataFormat);
     if (!index.Fits())
       return Add(indexFile, L"does not end with a whole record, so the function has no scans", Data::kLost);
-    if (!index.IsAscending()) Add(indexFile, L"has offsets that go backwards", Data::kWhole);
     // The points of an ion-mobility function are in a file of their own.
-    if (!RawFile(folder_, stem + L".CDT").Exists()) CheckExtents(index, data);
-    CheckStatistics(RawFile(folder_, stem + L".STS"), index.Count());
+    const bool hasPoints = !RawFile(folder_, function.stem + L".CDT").IsOpen();
+    if (!index.IsAscending()) {
+      Add(indexFile, L"has offsets that go backwards", Data::kWhole);
+    } else if (hasPoints) {
+      CheckOverlaps(index, indexFile);
+    }
+    if (hasPoints) CheckExtents(index, data);
+    CheckStatistics(RawFile::OfFunction(folder_, function.stem, L"STS"), index.Count());
+  }
+
+  // Points of one scan are those of another: the provider gives both.
+  void CheckOverlaps(const Index& index, const RawFile& indexFile) {
+    std::uint64_t number = 0;
+    std::uint64_t overlapping = 0;
+    std::uint64_t first = 0;
+    std::uint64_t end = 0;
+    index.EachScan([&](const ScanRecord& scan) {
+      ++number;
+      const bool overlaps = scan.end > scan.offset && scan.offset < end;
+      end = std::max(end, scan.end);
+      if (overlaps && overlapping++ == 0) first = number;
+    });
+    if (overlapping == 0) return;
+    Add(indexFile,
+        L"has scans that begin inside an earlier one: " + std::to_wstring(overlapping) + L" of " +
+            std::to_wstring(number) + L"; the first is scan " + std::to_wstring(first),
+        Data::kWhole);
   }
 
   void CheckExtents(const Index& index, const RawFile& data) {
@@ -212,7 +222,8 @@ class Checker {
 
   void CheckStatistics(const RawFile& file, std::uint64_t scans) {
     namespace format = scan_statistics_format;
-    if (!file.Exists()) return;  // there need not be one
+    if (!file.IsThere()) return;  // there need not be one
+    if (!file.IsOpen()) return Add(file, file.Problem(), Data::kWhole);
     if (file.Size() < format::kHeaderSize) return Add(file, L"ends in its header", Data::kWhole);
     const auto header = file.Read(0, format::kHeaderSize);
     const unsigned version = LoadU16(header.data() + format::kVersion);
@@ -242,11 +253,20 @@ class Checker {
       if (isData && !stems_.contains(upper.substr(0, upper.size() - 4))) unused.push_back(name);
     }
     std::sort(unused.begin(), unused.end());
-    for (const std::wstring& name : unused) findings_.push_back({name, L"belongs to no function", true});
+    for (const std::wstring& name : unused) {
+      const bool isRaw = ToUpper(name).starts_with(L"_FUNC");
+      const int number = (isRaw ? functions_.listedRaw : functions_.listed) + 1;
+      const Concern concern =
+          chosen_.empty() ? Concern{Concern::Kind::kFunctionsFrom, number} : Concern{Concern::Kind::kNone};
+      findings_.push_back({name, L"belongs to no function", true, concern});
+    }
   }
 
   std::wstring folder_;
+  RawFunctions functions_;
   std::set<std::wstring> stems_;  // of the functions
+  std::wstring chosen_;           // the stem of the one that the path chooses; empty without one
+  Concern concern_;               // of what is being checked
   std::vector<Finding> findings_;
 };
 
@@ -258,10 +278,12 @@ bool IsRawDirectory(const std::wstring& path, std::wstring& folder) {
     folder = WidePath(NativePath(path).parent_path());
     if (folder.empty()) folder = L".";
   }
-  return RawFile(folder, std::wstring(kHeader)).Exists() &&
-         RawFile(folder, std::wstring(kFunctionTable)).Exists();
+  return RawFile(folder, std::wstring(kHeader)).IsOpen() &&
+         RawFile(folder, std::wstring(kFunctionTable)).IsOpen();
 }
 
-std::vector<Finding> CheckRawDirectory(const std::wstring& folder) { return Checker(folder).Check(); }
+std::vector<Finding> CheckRawDirectory(const std::wstring& folder, const std::wstring& path) {
+  return Checker(folder, path).Check();
+}
 
 }  // namespace zrml

@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/host_system.h"
 
@@ -20,6 +21,8 @@ void StandardOutput::Write(std::string_view bytes) {
     case WriteResult::kReaderGone:
       error = L"its reader is gone";
       break;
+    case WriteResult::kInterrupted:
+      throw Interrupted();
     case WriteResult::kFailed:
       break;
   }

@@ -3,22 +3,38 @@
 #include <algorithm>
 #include <array>
 
+#include "common/text.h"
+
 namespace zrml {
 namespace {
 
+constexpr std::wstring_view kZone = L"+00:00";
+
 bool IsDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
 
-// '0' in the pattern stands for any digit.
-bool Matches(std::wstring_view text, std::wstring_view pattern) {
-  return text.size() == pattern.size() &&
-         std::equal(text.begin(), text.end(), pattern.begin(),
-                    [](wchar_t c, wchar_t p) { return p == L'0' ? IsDigit(c) : c == p; });
+// Three fields between two separators.
+using Fields = std::array<std::wstring_view, 3>;
+std::optional<Fields> Split(std::wstring_view text, wchar_t separator) {
+  const std::size_t first = text.find(separator);
+  const std::size_t second = first == text.npos ? text.npos : text.find(separator, first + 1);
+  if (second == text.npos) return std::nullopt;
+  return Fields{text.substr(0, first), text.substr(first + 1, second - first - 1), text.substr(second + 1)};
 }
 
-int NumberAt(std::wstring_view text, std::size_t at, std::size_t digits) {
+// A number of `fewest` to `most` digits; -1 when it is none.
+int NumberOf(std::wstring_view text, std::size_t fewest, std::size_t most) {
+  if (text.size() < fewest || text.size() > most || !std::all_of(text.begin(), text.end(), IsDigit))
+    return -1;
   int number = 0;
-  for (const wchar_t c : text.substr(at, digits)) number = number * 10 + (c - L'0');
+  for (const wchar_t c : text) number = number * 10 + (c - L'0');
   return number;
+}
+
+int MonthOf(std::wstring_view name) {
+  constexpr std::array<std::wstring_view, 12> kMonths = {L"jan", L"feb", L"mar", L"apr", L"may", L"jun",
+                                                         L"jul", L"aug", L"sep", L"oct", L"nov", L"dec"};
+  const auto month = std::find(kMonths.begin(), kMonths.end(), ToLower(name));
+  return month == kMonths.end() ? -1 : static_cast<int>(month - kMonths.begin()) + 1;
 }
 
 int DaysOf(int year, int month) {
@@ -27,24 +43,45 @@ int DaysOf(int year, int month) {
   return kDays[static_cast<std::size_t>(month - 1)] + (isLeap && month == 2 ? 1 : 0);
 }
 
+std::optional<std::wstring> XmlDate(std::wstring_view text) {
+  constexpr std::size_t kYearDigits = 4;
+  const std::optional<Fields> fields = Split(text, L'-');
+  if (!fields) return std::nullopt;
+  const auto& [first, second, third] = *fields;
+  const bool isYearFirst = first.size() == kYearDigits;
+  const int year = NumberOf(isYearFirst ? first : third, kYearDigits, kYearDigits);
+  const int month = isYearFirst ? NumberOf(second, 1, 2) : MonthOf(second);
+  const int day = NumberOf(isYearFirst ? third : first, 1, 2);
+  if (year < 1 || month < 1 || month > 12 || day < 1 || day > DaysOf(year, month)) return std::nullopt;
+  return ZeroPadded(year, kYearDigits) + L'-' + ZeroPadded(month, 2) + L'-' + ZeroPadded(day, 2);
+}
+
+std::optional<std::wstring> XmlTime(std::wstring_view text) {
+  const std::optional<Fields> fields = Split(text, L':');
+  if (!fields) return std::nullopt;
+  const auto& [hours, minutes, seconds] = *fields;
+  const std::wstring_view fraction = seconds.substr(std::min<std::size_t>(2, seconds.size()));
+  const bool isFraction = fraction.size() > 1 && fraction.front() == L'.' &&
+                          std::all_of(fraction.begin() + 1, fraction.end(), IsDigit);
+  if (!fraction.empty() && !isFraction) return std::nullopt;
+  const int hour = NumberOf(hours, 1, 2);
+  const int minute = NumberOf(minutes, 2, 2);
+  const int second = NumberOf(seconds.substr(0, 2), 2, 2);
+  if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return std::nullopt;
+  return ZeroPadded(hour, 2) + L':' + std::wstring(minutes) + L':' + std::wstring(seconds);
+}
+
 }  // namespace
 
-bool IsXmlDateTime(std::wstring_view text) {
-  constexpr std::wstring_view kZone = L"+00:00";
-  constexpr std::wstring_view kToTheSecond = L"0000-00-00T00:00:00";
-  if (!text.ends_with(kZone)) return false;
+std::optional<std::wstring> XmlDateTime(std::wstring_view text) {
+  if (!text.ends_with(kZone)) return std::nullopt;
   text.remove_suffix(kZone.size());
-  if (!Matches(text.substr(0, kToTheSecond.size()), kToTheSecond)) return false;
-  const std::wstring_view fraction = text.substr(kToTheSecond.size());
-  if (!fraction.empty() && (fraction.size() == 1 || fraction.front() != L'.' ||
-                            !std::all_of(fraction.begin() + 1, fraction.end(), IsDigit))) {
-    return false;
-  }
-  const int year = NumberAt(text, 0, 4);
-  const int month = NumberAt(text, 5, 2);
-  const int day = NumberAt(text, 8, 2);
-  return year >= 1 && month >= 1 && month <= 12 && day >= 1 && day <= DaysOf(year, month) &&
-         NumberAt(text, 11, 2) < 24 && NumberAt(text, 14, 2) < 60 && NumberAt(text, 17, 2) < 60;
+  const std::size_t separator = text.rfind(L'T');  // a month's name may have one, too
+  if (separator == text.npos) return std::nullopt;
+  const std::optional<std::wstring> date = XmlDate(text.substr(0, separator));
+  const std::optional<std::wstring> time = XmlTime(text.substr(separator + 1));
+  if (!date || !time) return std::nullopt;
+  return *date + L'T' + *time + std::wstring(kZone);
 }
 
 }  // namespace zrml

@@ -4,7 +4,7 @@
 
 namespace zrml {
 
-/// Thrown by ThrowIfInterrupted; all that is left to do is to clean up and to call EndByInterruption.
+/// Thrown once the wish is seen; all that is left to do is to clean up and to call EndByInterruption.
 struct Interrupted {};
 
 /// While it lives, the first such wish is noted; a second one ends the program at once.
@@ -16,6 +16,7 @@ class InterruptionWatch {
   ~InterruptionWatch();
 };
 
+bool IsInterrupted();
 void ThrowIfInterrupted();
 
 /// Ends the program as the noted signal would have.

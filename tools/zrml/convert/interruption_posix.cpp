@@ -2,6 +2,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <unistd.h>
 
 #include "tools/zrml/convert/interruption.h"
 
@@ -13,7 +14,22 @@ constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 std::atomic<int> notedSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free);  // a handler may write it
 
-void Note(int signal) { notedSignal = signal; }
+// A signal just before a write that waits for its reader does not end the wait, so another follows, and
+// again.
+void Remind(int) { ::alarm(1); }
+
+void Note(int signal) {
+  notedSignal = signal;
+  Remind(signal);
+}
+
+// Without SA_RESTART: what waits is to be interrupted.
+void Handle(int signal, void (*handler)(int), unsigned flags) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = static_cast<int>(flags);
+  ::sigaction(signal, &action, nullptr);
+}
 
 }  // namespace
 
@@ -21,21 +37,24 @@ InterruptionWatch::InterruptionWatch() {
   for (const int signal : kSignals) {
     struct sigaction action = {};
     if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;  // as in nohup
-    action.sa_handler = Note;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    ::sigaction(signal, &action, nullptr);
+    Handle(signal, Note, SA_RESETHAND);
   }
+  Handle(SIGALRM, Remind, 0);
 }
 
 InterruptionWatch::~InterruptionWatch() {
+  ::alarm(0);
+  std::signal(SIGALRM, SIG_DFL);
   for (const int signal : kSignals) {
     struct sigaction action = {};
     if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == Note) std::signal(signal, SIG_DFL);
   }
 }
 
+bool IsInterrupted() { return notedSignal != 0; }
+
 void ThrowIfInterrupted() {
-  if (notedSignal != 0) throw Interrupted();
+  if (IsInterrupted()) throw Interrupted();
 }
 
 void EndByInterruption() {

@@ -1,11 +1,11 @@
 #include "tools/zrml/convert/mzml_chromatograms.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "common/text.h"
 #include "tools/zrml/convert/mzml_params.h"
 #include "tools/zrml/convert/xml.h"
-#include "tools/zrml/failure.h"
 
 namespace zrml {
 namespace {
@@ -65,11 +65,18 @@ bool Read(CDataServerImpl& server, int sample, const ChromatogramSource& source,
              : server.GetFunctionTrace(sample, source.function, source.trace, points);
 }
 
+// Of the function from 1; 0 for the sample's own.
+int NumberOf(const ChromatogramSource& source) {
+  return source.kind == Kind::kFunctionTrace ? source.function + 1 : 0;
+}
+
 Points ReadTrace(CDataServerImpl& server, const RunPlan& plan, const ChromatogramSource& source) {
   CZRChromatogram trace;
-  if (!Read(server, plan.sample, source, trace))
-    throw Failure(ExitStatus::kUnreadable, L"cannot read " + source.id);
   Points points;
+  if (!Read(server, plan.sample, source, trace)) {
+    plan.losses->Add(NumberOf(source), source.id);
+    return points;
+  }
   const std::size_t count = std::min(trace.Times().size(), trace.Intensities().size());
   for (std::size_t i = 0; i < count; ++i) {
     if (!plan.selection.HasTime(trace.Times()[i])) continue;
@@ -79,24 +86,33 @@ Points ReadTrace(CDataServerImpl& server, const RunPlan& plan, const Chromatogra
   return points;
 }
 
+// Without points when it cannot be read.
+CZRChromatogram ReadTotalIonCurrent(CDataServerImpl& server, const RunPlan& plan,
+                                    const RunFunction& function) {
+  CZRChromatogram chromatogram;
+  return server.GetTotalIonChromatogram(true, plan.sample, function.position, chromatogram)
+             ? chromatogram
+             : CZRChromatogram();
+}
+
 // One point for each mass spectrum that is written, in their order: what its function's own total ion
 // chromatogram has for it.
 Points TotalIonCurrent(CDataServerImpl& server, const RunPlan& plan) {
-  std::vector<CZRChromatogram> ofFunctions(plan.functions.size());
-  std::vector<bool> isRead(plan.functions.size());
+  std::vector<std::optional<CZRChromatogram>> ofFunctions(plan.functions.size());
   Points points;
   for (const RunEntry& entry : plan.entries) {
     const RunFunction& function = plan.FunctionOf(entry);
     if (function.isAbsorbance) continue;
     const auto at = static_cast<std::size_t>(entry.function);
-    CZRChromatogram& chromatogram = ofFunctions[at];
+    if (!ofFunctions[at]) ofFunctions[at] = ReadTotalIonCurrent(server, plan, function);
+    const CZRChromatogram& chromatogram = *ofFunctions[at];
     const auto scan = static_cast<std::size_t>(entry.scan);
-    if (!isRead[at] && !server.GetTotalIonChromatogram(true, plan.sample, function.position, chromatogram)) {
-      throw Failure(ExitStatus::kUnreadable, L"cannot read the total ion chromatogram of function " +
-                                                 std::to_wstring(function.number));
+    if (scan >= chromatogram.Intensities().size()) {
+      const std::wstring owner = L" of function " + std::to_wstring(function.number);
+      plan.losses->AddOneOf(function.number, {L"the total ion current of scan", L"total ion currents", owner},
+                            entry.scan + 1);
+      continue;
     }
-    isRead[at] = true;
-    if (scan >= chromatogram.Intensities().size()) continue;
     points.times.push_back(entry.minutes);
     points.intensities.push_back(chromatogram.Intensities()[scan]);
   }
@@ -116,19 +132,20 @@ std::vector<ChromatogramSource> ListChromatograms(CDataServerImpl& server, const
     CZRChromatogram probe;
     if (Read(server, plan.sample, source, probe)) {
       sources.push_back(std::move(source));
-    } else if (!plan.mayHaveGaps) {
-      throw Failure(ExitStatus::kUnreadable, L"cannot read " + source.id);
+    } else if (!plan.isReport) {
+      plan.losses->Add(NumberOf(source), source.id);
     }
   };
   if (HasTotalIonCurrent(plan)) sources.push_back({.id = L"TIC"});
-  for (int trace = 0; trace < server.GetTraceCount(plan.sample); ++trace) {
+  for (int trace = 0; trace < plan.traces; ++trace) {
     const std::wstring name = server.GetTraceName(plan.sample, trace);
     add({.kind = Kind::kSampleTrace, .trace = trace, .id = TraceId(L"", trace, name), .name = name});
   }
   for (const RunFunction& function : plan.functions) {
     if (function.isAbsorbance || !plan.selection.functions.Has(function.number)) continue;
     const std::wstring owner = L"function " + std::to_wstring(function.number) + L" ";
-    for (int trace = 0; trace < server.GetFunctionTraceCount(plan.sample, function.position); ++trace) {
+    const int functionTraces = server.GetFunctionTraceCount(plan.sample, function.position);
+    for (int trace = 0; trace < functionTraces; ++trace) {
       const std::wstring name = server.GetFunctionTraceName(plan.sample, function.position, trace);
       add({Kind::kFunctionTrace, function.position, trace, TraceId(owner, trace, name), name});
     }

@@ -23,8 +23,8 @@ struct ChromatogramSource {
 /// Whether there are mass spectra, and so a total ion current.
 bool HasTotalIonCurrent(const RunPlan& plan);
 
-/// In the order in which they are written. Traces that cannot be read are left out where the plan allows
-/// gaps, as a report has no empty ones; otherwise they are a Failure, before anything is written.
+/// In the order in which they are written. Traces that cannot be read are left out, once the plan's losses
+/// know of them; a report gives none without points, which is no loss.
 std::vector<ChromatogramSource> ListChromatograms(CDataServerImpl& server, const RunPlan& plan);
 
 /// The term for a trace that is called `name`.
@@ -34,7 +34,7 @@ class ChromatogramRenderer {
  public:
   ChromatogramRenderer(CDataServerImpl& server, const RunPlan& plan, const ArrayOptions& options);
 
-  /// Throws a Failure when it cannot be read.
+  /// What cannot be read is left out once the plan's losses know of it.
   void Append(std::string& out, std::size_t index, const ChromatogramSource& source);
 
  private:

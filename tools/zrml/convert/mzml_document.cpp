@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "common/text.h"
+#include "plugin/provider_table.h"
 #include "tools/zrml/convert/date_time.h"
 #include "tools/zrml/convert/instrument_model.h"
 #include "tools/zrml/convert/mzml_chromatograms.h"
@@ -81,7 +82,7 @@ class MzmlDocument : public Document {
   }
 
   void Add(std::string_view text) override {
-    spectrumOffsets_.push_back(position_);
+    if (isIndexed_) spectrumOffsets_.push_back(position_);
     Emit(text);
   }
 
@@ -146,7 +147,8 @@ class MzmlDocument : public Document {
   void AppendSoftware(std::string& text) const {
     text += "<softwareList count=\"2\">\n<software id=\"zrml\" version=\"" ZRML_VERSION "\">\n";
     AppendCvParam(text, cv::kCustomSoftware, "zrml");
-    text += "</software>\n<software id=\"provider\" version=\"interface 10\">\n";
+    text += "</software>\n<software id=\"provider\" version=\"interface ";
+    text += std::to_string(kInterfaceVersion) + "\">\n";
     AppendCvParam(text, cv::kCustomSoftware, XmlText(plan_.provider));
     text += "</software>\n</softwareList>\n";
   }
@@ -168,8 +170,8 @@ class MzmlDocument : public Document {
     text += "<run";
     AppendAttribute(text, "id", "run_" + XmlIdPart(context_.name));
     text += " defaultInstrumentConfigurationRef=\"instrument\" sampleRef=\"sample\"";
-    const std::wstring date = ValueOf(plan_, kDateKey);
-    if (IsXmlDateTime(date)) AppendAttribute(text, "startTimeStamp", XmlText(date));
+    if (const std::optional<std::wstring> date = XmlDateTime(ValueOf(plan_, kDateKey)))
+      AppendAttribute(text, "startTimeStamp", XmlText(*date));
     text += ">\n";
     for (const MetadataItem& item : plan_.metadata) {
       if (item.value && !item.value->empty()) AppendUserParam(text, item.key, *item.value);
@@ -184,7 +186,7 @@ class MzmlDocument : public Document {
     Emit(text);
     ChromatogramRenderer renderer(context_.server, plan_, context_.arrays);
     for (std::size_t i = 0; i < chromatograms_.size(); ++i) {
-      chromatogramOffsets_.push_back(position_);
+      if (isIndexed_) chromatogramOffsets_.push_back(position_);
       text.clear();
       renderer.Append(text, i, chromatograms_[i]);
       Emit(text);

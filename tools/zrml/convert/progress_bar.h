@@ -7,23 +7,28 @@
 
 namespace zrml {
 
+/// "[####      ] 40% folder/run.raw" in fewer than `columns` columns, so that the line does not wrap; of a
+/// long label the end.
+std::string ProgressLine(std::size_t done, std::size_t all, const std::wstring& label, std::size_t columns);
+
 class ProgressBar {
  public:
   /// Shows nothing unless `isShown`.
   ProgressBar(bool isShown, std::wstring label) : isShown_(isShown), label_(std::move(label)) {}
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
-  /// Leaves an empty line.
-  ~ProgressBar();
+  ~ProgressBar() { Clear(); }
 
   void Update(std::size_t done, std::size_t all);
+  /// Leaves an empty line.
+  void Clear();
 
  private:
   using Clock = std::chrono::steady_clock;
 
   bool isShown_;
   std::wstring label_;
-  std::size_t width_ = 0;  // characters on the line
+  std::size_t width_ = 0;  // columns of the line, no fewer than it takes
   Clock::time_point next_ = Clock::now();
 };
 

@@ -10,18 +10,6 @@ namespace {
 
 constexpr std::string_view kTsvHeading = "function\tscan\ttime\tm/z\tintensity\n";
 
-Content ContentOf(Format format) {
-  switch (format) {
-    case Format::kMgf:
-      return Content::kFragmentSpectra;
-    case Format::kTsv:
-      return Content::kMassSpectra;
-    case Format::kMzml:
-      break;
-  }
-  return Content::kAll;
-}
-
 std::unique_ptr<Renderer> MakeRenderer(CDataServerImpl& server, const RunPlan& plan,
                                        const ConvertOptions& options) {
   switch (options.format) {
@@ -42,11 +30,23 @@ std::unique_ptr<Document> MakeDocument(const RunContext& context, Format format,
 
 }  // namespace
 
+Content ContentOf(Format format) {
+  switch (format) {
+    case Format::kMgf:
+      return Content::kFragmentSpectra;
+    case Format::kTsv:
+      return Content::kMassSpectra;
+    case Format::kMzml:
+      break;
+  }
+  return Content::kAll;
+}
+
 ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const std::wstring& name,
                         const ConvertOptions& options, ByteSink& out, const Progress& progress) {
   const Source& first = sources.front();
-  const RunPlan plan =
-      PlanRun(first.Server(), sample, options.selection, ContentOf(options.format), options.isDamageAllowed);
+  Losses losses(options.isDamageAllowed ? Losses::Policy::kTold : Losses::Policy::kRefused);
+  const RunPlan plan = PlanRun(first.Server(), sample, options.selection, ContentOf(options.format), losses);
   std::vector<std::unique_ptr<Renderer>> renderers;
   std::vector<MakePiece> workers;
   for (const Source& source : sources) {
@@ -69,7 +69,7 @@ ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const st
   document->End();
   ThrowIfInterrupted();
   out.Finish();
-  return {plan.entries.size(), document->ChromatogramCount()};
+  return {plan.entries.size(), document->ChromatogramCount(), losses.Describe()};
 }
 
 }  // namespace zrml

@@ -16,13 +16,17 @@ struct ConvertOptions {
   ArrayOptions arrays;
   Selection selection;
   bool isIndexed = true;
-  bool isDamageAllowed = false;  // what cannot be read is empty or left out
+  bool isDamageAllowed = false;  // what cannot be read is empty or left out, and told
 };
 
 struct ConvertedRun {
   std::size_t spectra = 0;
   std::size_t chromatograms = 0;
+  std::vector<std::wstring> losses = {};  // a line each
 };
+
+/// What the format takes of a run.
+Content ContentOf(Format format);
 
 /// Told now and then how many of how many spectra are done.
 using Progress = std::function<void(std::size_t done, std::size_t all)>;

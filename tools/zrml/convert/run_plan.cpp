@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <tuple>
 
 #include "tools/zrml/failure.h"
@@ -11,6 +12,7 @@ namespace {
 
 // What the provider calls the reference functions of an acquisition.
 constexpr std::wstring_view kLockMass = L"Lock Mass";
+constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 // The source's own text of a whole function, of any length: no attribute of a run.
 constexpr std::wstring_view kFunctionText = L"CompleteFunctionBlock";
 
@@ -38,29 +40,23 @@ class Planner {
         plan_.functions.emplace_back(DescribeFunction(server_, plan_.sample, position));
     const int scans = std::max(server_.GetScanCount(plan_.sample, position), 0);
     foundScans_ += scans;
-    if (scans == 0 || !IsWanted(function)) return;
-    HostVector<double> times;
-    if (!server_.GetRetentionTimes(plan_.sample, position, times)) {
-      throw Failure(ExitStatus::kUnreadable,
-                    L"cannot read the times of function " + std::to_wstring(function.number));
-    }
-    for (int scan = 0; scan < std::min(scans, static_cast<int>(times.size())); ++scan) {
+    if (scans == 0 || !IsFunctionWanted(server_, plan_.sample, position, plan_.selection, content_)) return;
+    const std::vector<double> times = TimesOf(function, scans);
+    for (int scan = 0; scan < scans; ++scan) {
       if (plan_.selection.scans.Has(scan + 1)) Add(times[static_cast<std::size_t>(scan)], scan);
     }
   }
 
   // The times of absorbance spectra stand in the spectra alone.
   void AddAbsorbance(int number) {
-    plan_.functions.push_back({.number = number, .isAbsorbance = true, .name = L"Absorbance"});
+    const RunFunction& function = plan_.functions.emplace_back(
+        RunFunction{.number = number, .isAbsorbance = true, .name = L"Absorbance"});
     const int scans = server_.GetAbsorbanceScanCount(plan_.sample);
     for (int scan = 0; scan < scans; ++scan) {
       CZRAbsorbanceSpectrum spectrum;
-      if (!server_.GetAbsorbanceSpectrum(plan_.sample, scan, spectrum)) {
-        if (plan_.mayHaveGaps) continue;
-        throw Failure(ExitStatus::kUnreadable,
-                      L"cannot read absorbance spectrum " + std::to_wstring(scan + 1));
-      }
-      Add(spectrum.StartTime(), scan);
+      const bool isRead = server_.GetAbsorbanceSpectrum(plan_.sample, scan, spectrum);
+      if (!isRead) LoseSpectrum(plan_, function, scan);
+      Add(isRead ? spectrum.StartTime() : kNoTime, scan);
     }
     foundScans_ += std::max(scans, 0);
   }
@@ -68,11 +64,20 @@ class Planner {
   bool HasFoundScans() const { return foundScans_ > 0; }
 
  private:
-  bool IsWanted(const RunFunction& function) const {
-    const Selection& selection = plan_.selection;
-    if (!selection.functions.Has(function.number) || !selection.msLevels.Has(function.msLevel)) return false;
-    if (selection.isLockMassExcluded && function.name.find(kLockMass) != std::wstring::npos) return false;
-    return content_ != Content::kFragmentSpectra || function.msLevel > 1;
+  // A time for each scan. Where the list of all has none, each scan is asked for its own.
+  std::vector<double> TimesOf(const RunFunction& function, int scans) const {
+    const std::wstring owner = L" of function " + std::to_wstring(function.number);
+    HostVector<double> known;
+    const bool isRead = server_.GetRetentionTimes(plan_.sample, function.position, known);
+    if (!isRead) known.clear();
+    std::vector<double> times(known.begin(), known.end());
+    times.resize(static_cast<std::size_t>(scans), kNoTime);
+    for (int scan = static_cast<int>(known.size()); scan < scans; ++scan) {
+      plan_.losses->AddOneOf(function.number, {L"the listed time of scan", L"listed times", owner}, scan + 1);
+      double& minutes = times[static_cast<std::size_t>(scan)];
+      if (!server_.GetScanRetentionTime(plan_.sample, function.position, scan, minutes)) minutes = kNoTime;
+    }
+    return times;
   }
 
   void Add(double minutes, int scan) {
@@ -113,20 +118,45 @@ std::vector<MetadataItem> CollectMetadata(CDataServerImpl& server, int sample) {
 
 }  // namespace
 
+bool IsFunctionWanted(CDataServerImpl& server, int sample, int position, const Selection& selection,
+                      Content content) {
+  const int msLevel = server.GetMSLevel(sample, position);
+  if (!selection.functions.Has(position + 1) || !selection.msLevels.Has(msLevel)) return false;
+  const bool isLockMass = server.GetFunctionName(sample, position).find(kLockMass) != std::wstring::npos;
+  if (selection.isLockMassExcluded && isLockMass) return false;
+  return content != Content::kFragmentSpectra || msLevel > 1;
+}
+
+bool IsAbsorbanceWanted(const Selection& selection, Content content) {
+  return content == Content::kAll && !selection.IsForMassSpectra();
+}
+
+void LoseSpectrum(const RunPlan& plan, const RunFunction& function, int scan) {
+  if (plan.isReport) return;
+  const Losses::Kind kind =
+      function.isAbsorbance
+          ? Losses::Kind{L"absorbance spectrum", L"absorbance spectra"}
+          : Losses::Kind{L"scan", L"scans", L" of function " + std::to_wstring(function.number)};
+  plan.losses->AddOneOf(function.number, kind, scan + 1);
+}
+
 RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection, Content content,
-                bool isDamageAllowed) {
+                Losses& losses) {
   RunPlan plan;
   plan.sample = sample;
+  // Before anything else is asked: of a report's sample without functions the list grows with each look at
+  // it.
+  plan.traces = server.GetTraceCount(sample);
   plan.sampleName = server.GetSampleName(sample);
   plan.isReport = server.IsReportSource();
-  plan.mayHaveGaps = plan.isReport || isDamageAllowed;
+  plan.losses = &losses;
   plan.provider = server.GetProviderName();
   plan.selection = selection;
   plan.metadata = CollectMetadata(server, sample);
   Planner planner(server, plan, content);
   const int functions = std::max(server.GetFunctionCount(sample), 0);
   for (int position = 0; position < functions; ++position) planner.AddFunction(position);
-  if (content == Content::kAll && !selection.IsForMassSpectra() && server.HasAbsorbanceData(sample))
+  if (IsAbsorbanceWanted(selection, content) && server.HasAbsorbanceData(sample))
     planner.AddAbsorbance(functions + 1);
   if (plan.entries.empty() && planner.HasFoundScans()) {
     throw Failure(ExitStatus::kWrongUsage, content == Content::kFragmentSpectra

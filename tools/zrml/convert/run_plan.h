@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "plugin/data_server.h"
+#include "tools/zrml/convert/losses.h"
 #include "tools/zrml/convert/selection.h"
 #include "tools/zrml/description.h"
 
@@ -37,7 +38,8 @@ struct RunPlan {
   int sample = 0;
   std::wstring sampleName;
   bool isReport = false;
-  bool mayHaveGaps = false;  // what cannot be read is empty or left out, not a failure
+  int traces = 0;  // of the sample
+  Losses* losses = nullptr;
   std::wstring provider;
   std::vector<RunFunction> functions;
   std::vector<RunEntry> entries;  // by time; those without one last; equal times by function and scan
@@ -52,9 +54,17 @@ struct RunPlan {
 /// What a format takes of a run.
 enum class Content { kAll, kMassSpectra, kFragmentSpectra };
 
-/// `isDamageAllowed`: of any source, not only of a report, which has nothing without points. Throws a Failure
-/// when the times of a function cannot be read, or when the selection leaves nothing of what there is.
+/// Whether scans of the function at `position` are asked for.
+bool IsFunctionWanted(CDataServerImpl& server, int sample, int position, const Selection& selection,
+                      Content content);
+bool IsAbsorbanceWanted(const Selection& selection, Content content);
+
+/// Notes in `losses`, which must outlive the plan, what cannot be read: such a scan stays, without a time if
+/// it is that. Throws a Failure when the selection leaves nothing of what there is.
 RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection, Content content,
-                bool isDamageAllowed);
+                Losses& losses);
+
+/// Notes that a spectrum cannot be read. Of a report that is none: it gives no spectrum without points.
+void LoseSpectrum(const RunPlan& plan, const RunFunction& function, int scan);
 
 }  // namespace zrml

@@ -49,6 +49,11 @@ bool NumberSet::Has(int number) const {
          });
 }
 
+bool NumberSet::ReachesTo(int number) const {
+  return IsAll() || std::any_of(ranges_.begin(), ranges_.end(),
+                                [&](const Range& range) { return range.last >= number; });
+}
+
 std::optional<NumberRange> ParseTimeRange(const std::string& text) {
   const std::size_t dash = text.find('-');
   if (dash == std::string::npos || text.size() == 1) return std::nullopt;

@@ -19,6 +19,8 @@ class NumberSet {
 
   bool Has(int number) const;
   bool IsAll() const { return ranges_.empty(); }
+  /// Whether `number` or a larger one is in.
+  bool ReachesTo(int number) const;
 
  private:
   struct Range {

@@ -50,7 +50,8 @@ std::string Uri(const fs::path& folder) {
 }
 
 std::string HashOf(const fs::path& path) {
-  const platform::File file = platform::File::Open(WidePath(path));
+  const platform::File file =
+      platform::File::OpenSystemPath(path.native());  // a backslash may be in its name
   if (!file.IsOpen()) FailToRead(path);
   const std::uint64_t size = file.Size();
   std::vector<std::byte> buffer(kPiece);
@@ -69,7 +70,8 @@ std::vector<fs::path> FilesIn(const fs::path& folder) {
   std::error_code error;
   std::vector<fs::path> files;
   for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-    if (at->is_regular_file(error)) files.push_back(at->path());
+    std::error_code ignored;  // a link that leads nowhere is none
+    if (at->is_regular_file(ignored)) files.push_back(at->path());
   }
   if (error) FailToRead(folder);
   std::sort(files.begin(), files.end());

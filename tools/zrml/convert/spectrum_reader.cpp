@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <numeric>
 
-#include "tools/zrml/failure.h"
-
 namespace zrml {
 namespace {
 
@@ -43,20 +41,15 @@ std::span<const double> IntensitiesOf(const CZRMassSpectrum& spectrum) {
   return {spectrum.GetIntensities(), spectrum.UsablePoints()};
 }
 
-void SpectrumReader::Fail(const RunEntry& entry) const {
-  const RunFunction& function = plan_.FunctionOf(entry);
-  const std::wstring scan = std::to_wstring(entry.scan + 1);
-  throw Failure(ExitStatus::kUnreadable,
-                function.isAbsorbance
-                    ? L"cannot read absorbance spectrum " + scan
-                    : L"cannot read scan " + scan + L" of function " + std::to_wstring(function.number));
+void SpectrumReader::Lose(const RunEntry& entry) const {
+  LoseSpectrum(plan_, plan_.FunctionOf(entry), entry.scan);
 }
 
 CZRMassSpectrum SpectrumReader::ReadMass(const RunEntry& entry) const {
   const RunFunction& function = plan_.FunctionOf(entry);
   CZRMassSpectrum spectrum;
   if (server_.GetSpectrum(plan_.sample, function.position, entry.scan, spectrum)) return spectrum;
-  if (!plan_.mayHaveGaps) Fail(entry);
+  Lose(entry);
   CZRMassSpectrum empty;
   empty.SetCentroided(server_.IsCentroided(plan_.sample, function.position));
   return empty;
@@ -67,7 +60,8 @@ CZRMassSpectrum SpectrumReader::ReadDrift(const RunEntry& entry, std::vector<dou
   HostVector<CZRMassSpectrum> spectra;
   if (!server_.GetMobilitySpectra(plan_.sample, function.position, entry.scan, 0, function.driftBins - 1,
                                   spectra)) {
-    Fail(entry);
+    Lose(entry);
+    spectra.clear();
   }
   std::vector<DriftPoint> points = PointsOf(spectra);
   SortByMass(points);
@@ -85,8 +79,9 @@ CZRMassSpectrum SpectrumReader::ReadDrift(const RunEntry& entry, std::vector<dou
 
 CZRAbsorbanceSpectrum SpectrumReader::ReadAbsorbance(const RunEntry& entry) const {
   CZRAbsorbanceSpectrum spectrum;
-  if (!server_.GetAbsorbanceSpectrum(plan_.sample, entry.scan, spectrum)) Fail(entry);
-  return spectrum;
+  if (server_.GetAbsorbanceSpectrum(plan_.sample, entry.scan, spectrum)) return spectrum;
+  Lose(entry);
+  return {};
 }
 
 }  // namespace zrml

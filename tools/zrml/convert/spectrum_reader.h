@@ -15,18 +15,17 @@ class SpectrumReader {
 
   const RunPlan& Plan() const { return plan_; }
 
-  /// A mass spectrum. One that cannot be read is empty where the plan allows gaps, as a report has no spectra
-  /// without points; otherwise it is a Failure.
+  /// What cannot be read is empty once the plan's losses know of it.
   CZRMassSpectrum ReadMass(const RunEntry& entry) const;
 
-  /// The drift bins of a scan in one spectrum, by mass, then bin; `bins` gets each point's bin from 1. Throws
-  /// a Failure when a bin cannot be read.
+  /// The drift bins of a scan in one spectrum, by mass, then bin; `bins` gets each point's bin from 1. Empty
+  /// when one of them cannot be read.
   CZRMassSpectrum ReadDrift(const RunEntry& entry, std::vector<double>& bins) const;
 
   CZRAbsorbanceSpectrum ReadAbsorbance(const RunEntry& entry) const;
 
  private:
-  [[noreturn]] void Fail(const RunEntry& entry) const;
+  void Lose(const RunEntry& entry) const;
 
   CDataServerImpl& server_;
   const RunPlan& plan_;

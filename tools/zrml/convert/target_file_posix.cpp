@@ -37,7 +37,10 @@ int RenameToNew(const std::string& from, const std::string& to) {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return errno;
   // File systems that cannot: a second name, then without the first.
-  if (::link(from.c_str(), to.c_str()) == 0) return ::unlink(from.c_str()) == 0 ? 0 : errno;
+  if (::link(from.c_str(), to.c_str()) == 0) {
+    ::unlink(from.c_str());  // the file is there, whole, also when its first name cannot be removed
+    return 0;
+  }
   if (errno != EPERM && errno != EOPNOTSUPP) return errno;
   // Nor that (FAT): between look and rename another program may make the file.
   if (Exists(to)) return EEXIST;

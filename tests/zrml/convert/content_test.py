@@ -1,0 +1,112 @@
+"""content_test.py ZRML WORK: converts known.raw and known.rpt of WORK and compares with what is known of them.
+
+The numbers stand in edge_cases.cpp. OpenMS judges each file, pymzml reads the spectra back.
+"""
+import gzip
+import pathlib
+import shutil
+import subprocess
+import sys
+
+import mzml_file
+import pymzml
+from conversion_test import check_with_openms, run
+from mzml_file import INTENSITY, MZ, NAMESPACE, TIME, WAVELENGTH, require
+
+PRESSURE, ABSORPTION, TIC = 'MS:1003019', 'MS:1000812', 'MS:1000235'
+
+# By id: the arrays.
+SURVEY = {'function=1 process=0 scan=1': {MZ: [100, 250.5], INTENSITY: [7, 90]}}
+LOCK_MASS = {'function=2 process=0 scan=1': {MZ: [556], INTENSITY: [11]}}
+ABSORBANCE = {'function=3 process=0 scan=1': {WAVELENGTH: [210, 220.5], INTENSITY: [4, 8]},
+              'function=3 process=0 scan=2': {WAVELENGTH: [210], INTENSITY: [2]}}
+TRACES = {'trace 1: System Pressure': (PRESSURE, [0.5, 1], [320, 2]),
+          'trace 2: TUV 254 nm': (ABSORPTION, [0.5, 1], [1, 0]),
+          'trace 3: PDA - Total Absorbance': (ABSORPTION, [0.25, 0.75], [12, 2])}
+
+
+class Converted:
+    def __init__(self, data):
+        self.mzml = mzml_file.check(data)
+        self.spectra = {s.get('id'): s for s in self.mzml.iter(NAMESPACE + 'spectrum')}
+        self.chromatograms = {c.get('id'): c for c in self.mzml.iter(NAMESPACE + 'chromatogram')}
+
+    def require_spectra(self, wanted):
+        require(list(self.spectra) == list(wanted), f'spectra {list(self.spectra)}')
+        for name, arrays in wanted.items():
+            found = mzml_file.arrays_of(self.spectra[name])
+            require(found == arrays, f'{name}: {found}')
+
+    def require_chromatograms(self, wanted):
+        require(list(self.chromatograms) == list(wanted), f'chromatograms {list(self.chromatograms)}')
+        for name, (term, times, intensities) in wanted.items():
+            chromatogram = self.chromatograms[name]
+            found = mzml_file.arrays_of(chromatogram)
+            require(term in mzml_file.terms(chromatogram), f'{name} is no {term}')
+            require(found == {TIME: times, INTENSITY: intensities}, f'{name}: {found}')
+
+    def require_start(self, wanted):
+        found = self.mzml.find(NAMESPACE + 'run').get('startTimeStamp')
+        require(found == wanted, f'startTimeStamp {found}')
+
+
+def convert(zrml, source, folder, *options):
+    """The files, checked by OpenMS and read by pymzml."""
+    shutil.rmtree(folder, ignore_errors=True)
+    files = [pathlib.Path(line) for line in run(zrml, 'convert', source, '-o', folder, *options).splitlines()]
+    for file in files:
+        if file.suffix == '.gz':
+            continue
+        converted = Converted(file.read_bytes())
+        check_with_openms(file, len(converted.spectra), len(converted.chromatograms))
+        read = [s.element.get('id') for s in pymzml.run.Reader(str(file)) if s.element.tag.endswith('spectrum')]
+        require(read == list(converted.spectra), f'pymzml reads {read}')
+    return files
+
+
+def test_raw_directory(zrml, work):
+    file, = convert(zrml, work / 'known.raw', work / 'out/known')
+    whole = Converted(file.read_bytes())
+    first, second = ABSORBANCE
+    whole.require_spectra({first: ABSORBANCE[first], **SURVEY, second: ABSORBANCE[second], **LOCK_MASS})
+    whole.require_chromatograms({'TIC': (TIC, [0.5, 1], [97, 11]), **TRACES})
+    whole.require_start('2021-03-05T09:15:00+00:00')
+    packed, = convert(zrml, work / 'known.raw', work / 'out/known-gzip', '--gzip')
+    require(packed.name == 'known.mzML.gz', packed.name)
+    require(gzip.decompress(packed.read_bytes()) == file.read_bytes(), 'the compressed file is another')
+    read = [s.element.get('id') for s in pymzml.run.Reader(str(packed))]
+    require(set(whole.spectra) <= set(read), f'pymzml reads {read} of the compressed file')
+
+
+def test_without_lock_mass(zrml, work):
+    file, = convert(zrml, work / 'known.raw', work / 'out/known-lock-mass', '--exclude-lock-mass')
+    rest = Converted(file.read_bytes())
+    first, second = ABSORBANCE
+    rest.require_spectra({first: ABSORBANCE[first], **SURVEY, second: ABSORBANCE[second]})
+    rest.require_chromatograms({'TIC': (TIC, [0.5], [97]), **TRACES})
+
+
+def test_report(zrml, work):
+    first, second = convert(zrml, work / 'known.rpt', work / 'out/known-report')
+    require((first.name, second.name) == ('known-sample1.mzML', 'known-sample2.mzML'), f'{first}, {second}')
+    spectra = Converted(first.read_bytes())
+    spectra.require_spectra({'function=1 process=0 scan=1': {MZ: [100, 250.5], INTENSITY: [200, 100]},
+                             'function=1 process=0 scan=2': {MZ: [], INTENSITY: []}})
+    spectra.require_chromatograms({'TIC': (TIC, [0.5, 0.75], [300, 0]),
+                                   'function 1 trace 1: UV 254': (ABSORPTION, [0.5, 1], [50, 5])})
+    spectra.require_start('2026-11-14T09:15:00+00:00')
+    trace = Converted(second.read_bytes())
+    trace.require_spectra({})
+    trace.require_chromatograms({'trace 1: Pressure': (PRESSURE, [0.25, 0.5], [10, 20])})
+    trace.require_start(None)
+
+
+def main(zrml, work):
+    work = pathlib.Path(work)
+    test_raw_directory(zrml, work)
+    test_without_lock_mass(zrml, work)
+    test_report(zrml, work)
+
+
+if __name__ == '__main__':
+    main(*sys.argv[1:])
