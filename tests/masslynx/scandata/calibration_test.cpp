@@ -88,25 +88,15 @@ TEST(CalibrationLines, MsLinesAloneGiveAnMsMsFunctionNothing) {
 
 TEST(CalibrationLines, FunctionNumbersMatchAsText) {
   struct Case {
-    const wchar_t* inLine;
+    const char* inLine;
     std::uint16_t number;
     bool matches;
   };
   const Case cases[] = {
-      {"1", 1, true},
-      {"12", 12, true},
-      {"65535", 65535, true},
-      {"1", 12, false},
-      {"12", 1, false},
-      {"2", 1, false},
-      {"01", 1, false},
-      {"+1", 1, false},
-      {"-1", 1, false},
-      {"1.0", 1, false},
-      {"65536", 1, false},
-      {"", 1, false},
-      {"  \t 1", 1, true},   // the format's blank takes any white
-                             // space
+      {"1", 1, true},       {"12", 12, true}, {"65535", 65535, true}, {"1", 12, false}, {"12", 1, false},
+      {"2", 1, false},      {"01", 1, false}, {"+1", 1, false},       {"-1", 1, false}, {"1.0", 1, false},
+      {"65536", 1, false},  {"", 1, false},   {"  \t 1", 1, true},  // the format's blank takes any white
+                                                                    // space
       {"1 ", 1, false},      // no blank stands before the format's colon
       {"131073", 1, false},  // 2 x 65536 + 1: not cut to 16 bits
   };
@@ -128,7 +118,7 @@ TEST(CalibrationLines, LineOfFunction2LeavesFunction1AtItsStaticCalibration) {
 
 TEST(CalibrationLines, LiteralTextMatchesFromTheStartAndByCase) {
   EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1"), Values{1});  // the control
-  for (const wchar_t* line :
+  for (const char* line :
        {" $$ Cal MS1 Static: 1", "x$$ Cal MS1 Static: 1", "$ Cal MS1 Static: 1", "$$ cal MS1 Static: 1",
         "$$ Cal Ms1 Static: 1", "$$ CAL MS1 STATIC: 1", "$$ Cal MS3 Static: 1", "$$ Cal Static: 1",
         "$$ Cal MS1 Static 1", "$$ Cal MS1 Static :1", "$$ Cal MS1 Statics: 1", ""}) {
@@ -193,7 +183,7 @@ TEST(CalibrationLines, ResultsDoNotDependOnTheLocale) {
 }
 
 TEST(CalibrationLines, T1AnywhereInTheLineSetsTheRootFlag) {
-  const auto root = [](const wchar_t* line) { return Parse({line}).staticCal.root; };
+  const auto root = [](const char* line) { return Parse({line}).staticCal.root; };
   EXPECT_FALSE(root("$$ Cal MS1 Static: 0,1"));
   EXPECT_TRUE(root("$$ Cal MS1 Static: 0,1,T1"));
   EXPECT_TRUE(root("$$ Cal MS1 Static: 0,1 T1"));
@@ -317,7 +307,7 @@ TEST(CalibrationSegments, LastLineWinsAndALineWithoutValueLeavesTheEarlier) {
 
 TEST(CalibrationSegments, NumbersAreReadAsIntegersButMatchAsText) {
   struct Case {
-    const wchar_t* inLine;
+    const char* inLine;
     bool matches;
   };
   const Case cases[] = {
@@ -342,7 +332,7 @@ TEST(CalibrationSegments, LineWithoutANumberChangesNothing) {
 }
 
 TEST(CalibrationSegments, NumbersThatNoScanCanHaveAreStoredNowhereButCount) {
-  for (const wchar_t* number : {"0", "-1", "32", "33", "65536", "2147483647", "-2147483648"}) {
+  for (const char* number : {"0", "-1", "32", "33", "65536", "2147483647", "-2147483648"}) {
     SCOPED_TRACE(number);
     const FunctionRecord function = Parse({"$$ Cal Segment " + std::string(number) + ": 1,2"});
     EXPECT_LE(function.segmentCals.size(), 31U);
@@ -412,7 +402,7 @@ TEST(CalibrationSegments, SegmentLineWithoutValueTakesTheFormatsPlaceToo) {
 }
 
 TEST(CalibrationSegments, UnreachableSegmentTakesTheFormatsPlaceToo) {
-  for (const wchar_t* number : {"0", "-1", "40"}) {
+  for (const char* number : {"0", "-1", "40"}) {
     SCOPED_TRACE(number);
     const std::string segment = "$$ Cal Segment " + std::string(number);
     EXPECT_TRUE(Parse({segment + ": 1", "$$ Cal Modification 1: 2"}).modificationCal.coefficients.empty());
