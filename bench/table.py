@@ -22,6 +22,7 @@ AIMS = [  # the first that the row's name begins with
     ("All spectra", 0.35),
     ("SortByMass of 100k points in order", 2),
     ("SortByMass of 100k points in random order", 1.5),
+    ("Open of 60 functions and 2,000 header lines (", None),
     ("Open of", 5),
     ("Peak memory", 1.1),
 ]
