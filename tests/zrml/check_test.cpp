@@ -1,4 +1,6 @@
 // zrml check with the plug-in itself, on raw directories that one edit has damaged.
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "tests/support/raw_directory_builder.h"
@@ -115,6 +117,26 @@ TEST_F(CheckTest, ScansThatOverlap) {
   directory.Truncate("_FUNC001.DAT", 23);
   ExpectFindings(directory,
                  "_FUNC001.IDX has scans that begin inside an earlier one: 2 of 3; the first is scan 2\n");
+}
+
+// A copy that lost a block: 22 bytes of zeros are a scan without points. Its 12 bytes of data are left.
+TEST_F(CheckTest, HoleInTheIndex) {
+  const TempDirectory directory = Sound().Build();
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { std::fill_n(bytes.begin() + 22, 22, std::byte{0}); });
+  ExpectFindings(directory, "_FUNC001.DAT holds 12 bytes that no scan refers to\n");
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { std::fill_n(bytes.begin(), 22, std::byte{0}); });
+  ExpectFindings(directory, "_FUNC001.DAT holds 24 bytes that no scan refers to\n");
+}
+
+// Which bytes are left is not told then: a later scan may have those before it.
+TEST_F(CheckTest, ScansInAnotherOrder) {
+  const TempDirectory directory = Sound().Build();
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
+    PatchU32(bytes, 0, 24);
+    PatchU32(bytes, 22, 12);
+    PatchU32(bytes, 44, 1);
+  });
+  ExpectFindings(directory, "_FUNC001.IDX has offsets that go backwards\n");
 }
 
 // Of the second function, 6 bytes a point; one of the first would have 4. The second step is derived from the

@@ -202,8 +202,14 @@ class Checker {
     std::uint64_t past = 0;
     std::uint64_t firstPast = 0;
     std::uint64_t end = 0;
+    std::uint64_t unused = 0;
+    bool isInOrder = true;  // or what lies between two scans may belong to a third
     index.EachScan([&](const ScanRecord& scan) {
       ++number;
+      if (scan.end > scan.offset) {
+        isInOrder = isInOrder && scan.offset >= end;
+        if (scan.offset > end) unused += std::min(scan.offset, std::max(data.Size(), end)) - end;
+      }
       end = std::max(end, scan.end);
       if (scan.end <= data.Size()) return;
       if (past++ == 0) firstPast = number;
@@ -214,10 +220,12 @@ class Checker {
               L" scans do; the first is scan " + std::to_wstring(firstPast),
           Data::kLost);
     }
-    // What a cut or emptied index has left behind.
-    if (index.KnowsEnds() && end < data.Size())
-      Add(data, L"holds " + std::to_wstring(data.Size() - end) + L" bytes that no scan refers to",
-          Data::kWhole);
+    // What an index has left behind that is cut, emptied or zeroed in places.
+    if (!index.KnowsEnds()) return;
+    if (!isInOrder) unused = 0;
+    if (end < data.Size()) unused += data.Size() - end;
+    if (unused != 0)
+      Add(data, L"holds " + std::to_wstring(unused) + L" bytes that no scan refers to", Data::kWhole);
   }
 
   void CheckStatistics(const RawFile& file, std::uint64_t scans) {
