@@ -17,8 +17,7 @@ namespace zrml {
 
 /// Walks the blocks that begin at ascending positions, and tells a visitor of
 ///   Line(line, open)       a line, and the numbers of the blocks that it is part of, outermost first,
-///   without
-///                          the one that begins with it;
+///                          without the one that begins with it;
 ///   Ended(stillOpen)       a block, the innermost, has ended: so many are still open;
 ///   Inside(line, position) the line again, when it stands between the braces of a block;
 ///   Began(open)            a block has begun with the line: it is the last of those that are open.
@@ -55,12 +54,20 @@ class BlockSweep {
     while (!open_.empty() || next_ < Count()) {
       const bool isFirst = open_.empty();
       if (isFirst) stream_.Seek(positions_[NextNumber()]);
-      if (!(everyLine || isFirst || isSecond ? stream_.Next(line) : stream_.NextMarked(line))) break;
+      if (!(everyLine || isFirst || isSecond ? stream_.Next(line) : stream_.NextMarked(line))) {
+        EndUnread(isFirst);
+        continue;
+      }
       const std::uint64_t position = stream_.Position() - line.size();
       PassMissed(position);
       isSecond = next_ < Count() && positions_[NextNumber()] == position;
       Visit(line, position, isSecond);
     }
+  }
+
+  // At the end of the file, or where it cannot be read: the blocks behind are sought by themselves.
+  void EndUnread(bool isFirst) {
+    if (isFirst) ++next_;
     PassMissed(stream_.Position());
     while (!open_.empty()) End();
   }

@@ -180,12 +180,11 @@ void AnalogTraces::Add(Look look) {
   std::vector<std::size_t> ends;
   std::size_t count = 0;
   for (const Run& run : look.runs) ends.push_back(count += run.Size());
-  lastCount_ = count;
-  if (count == 0) return;
   // A position is counted modulo the traces of one look, so a look with the same result needs no place.
-  if (looks_.empty() || !(looks_.back().look == look)) {
+  if (count != 0 && (looks_.empty() || !(looks_.back().look == look))) {
     looks_.push_back({std::move(look), std::move(ends), count_});
   }
+  lastCount_ = count;
   count_ += count;
 }
 

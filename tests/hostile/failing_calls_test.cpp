@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "masslynx/ml_data_server.h"
+#include "openlynx/openlynx_data_server.h"
 #include "tests/hostile/reading.h"
 
 namespace zrml {
@@ -125,6 +126,43 @@ TEST_F(FailingCallsTest, ReadErrorInTheDataGivesZeros) {
   ASSERT_EQ(spectrum.GetCount(), 1);
   EXPECT_EQ(spectrum.GetMass(0), 0.5);
   EXPECT_EQ(spectrum.GetTotalIntensity(), 0.0);
+}
+
+// Four spectra of 160 kB, with their times at the end: no read reaches beyond two of them.
+TEST(FailingReportTest, ReadErrorCostsTheTimeOfOneSpectrumAtMost) {
+  std::string text = "[SAMPLE]\n{\n[FUNCTION]\n{\nType\tMS\n";
+  for (const char* const time : {"1", "2", "3", "4"}) {
+    text += "[SPECTRUM]\n{\n";
+    for (int line = 0; line < 20000; ++line) text += "Filler\t\n";
+    text += std::string("Time\t") + time + "\n}\n";
+  }
+  text += "}\n}\n";
+  const TempDirectory directory;
+  directory.WriteText("long.rpt", text);
+  COpenLynxRptDataServerImpl server;
+  ASSERT_TRUE(server.Open(directory.WidePath("long.rpt")));
+  HostVector<double> whole;
+  ASSERT_TRUE(server.GetRetentionTimes(0, 0, whole));
+  ASSERT_EQ(std::vector<double>(whole.begin(), whole.end()), (std::vector<double>{1, 2, 3, 4}));
+
+  int lost = 0;
+  for (int count = 0;; ++count) {
+    SCOPED_TRACE(testing::Message() << "call " << count);
+    const FailingCalls failing(count, CallFailure::kError);
+    HostVector<double> times;
+    const bool isRead = server.GetRetentionTimes(0, 0, times);
+    if (!failing.HasFailed()) break;
+    if (!isRead) continue;  // the file could not be opened
+    ASSERT_EQ(times.size(), 4U);
+    int zeros = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+      zeros += times[i] == 0 ? 1 : 0;
+      EXPECT_TRUE(times[i] == 0 || times[i] == whole[i]) << i;
+    }
+    EXPECT_LE(zeros, 1);
+    lost += zeros;
+  }
+  EXPECT_GE(lost, 1);  // that of the first, at whose beginning a read fails; elsewhere a read tears a line
 }
 
 }  // namespace
