@@ -83,7 +83,9 @@ std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, 
   };
   if (NamesNothing(directory)) return std::nullopt;
   WIN32_FIND_DATAW entry{};
-  const HANDLE handle = ::FindFirstFileW((directory + L"\\*").c_str(), &entry);
+  // One separator: paths that the system takes as they stand may not have two.
+  const std::wstring pattern = directory + (directory.back() == L'\\' ? L"*" : L"\\*");
+  const HANDLE handle = ::FindFirstFileW(pattern.c_str(), &entry);
   if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
   const std::unique_ptr<void, CloseList> list(handle);
   std::vector<SystemPath> names;

@@ -31,7 +31,7 @@ class OrderedPieces {
   /// Waits until the workers have ended the pieces that they are at.
   ~OrderedPieces();
 
-  /// The next piece; valid until the next call. Throws what its worker has thrown.
+  /// The next piece; valid until the next call. Throws what its worker has thrown; nothing may be taken then.
   const std::string& Take();
 
  private:

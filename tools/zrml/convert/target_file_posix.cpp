@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "common/platform/platform.h"
+#include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/convert/target_file.h"
 
 namespace zrml {
@@ -99,10 +100,13 @@ void TargetFile::Write(std::string_view bytes) {
 }
 
 void TargetFile::Finish() {
-  if (::fsync(static_cast<int>(handle_)) != 0 && errno != EINVAL) Fail(Reason(errno));
+  while (::fsync(static_cast<int>(handle_)) != 0 && errno != EINVAL) {
+    if (errno != EINTR) Fail(Reason(errno));
+    ThrowIfInterrupted();
+  }
   const int closed = ::close(static_cast<int>(handle_));
   handle_ = kClosed;
-  if (closed != 0) Fail(Reason(errno));
+  if (closed != 0 && errno != EINTR) Fail(Reason(errno));  // it is closed either way, and flushed before
   const std::string from = Native(temporaryPath_);
   const std::string to = Native(path_);
   const int error = existing_ == Existing::kKeep ? RenameToNew(from, to) : RenameOver(from, to);
