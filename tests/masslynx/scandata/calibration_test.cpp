@@ -93,12 +93,23 @@ TEST(CalibrationLines, FunctionNumbersMatchAsText) {
     bool matches;
   };
   const Case cases[] = {
-      {"1", 1, true},       {"12", 12, true}, {"65535", 65535, true}, {"1", 12, false}, {"12", 1, false},
-      {"2", 1, false},      {"01", 1, false}, {"+1", 1, false},       {"-1", 1, false}, {"1.0", 1, false},
-      {"65536", 1, false},  {"", 1, false},   {"  \t 1", 1, true},  // the format's blank takes any white
-                                                                    // space
-      {"1 ", 1, false},      // no blank stands before the format's colon
-      {"131073", 1, false},  // 2 x 65536 + 1: not cut to 16 bits
+      {"1", 1, true},
+      {"12", 12, true},
+      {"65535", 65535, true},
+      {"1", 12, false},
+      {"12", 1, false},
+      {"2", 1, false},
+      {"01", 1, false},
+      {"+1", 1, false},
+      {"-1", 1, false},
+      {"1.0", 1, false},
+      {"65536", 1, false},
+      {"", 1, false},
+      // The format's blank takes any white space, and none stands before its colon.
+      {"  \t 1", 1, true},
+      {"1 ", 1, false},
+      // 2 x 65536 + 1: not cut to 16 bits.
+      {"131073", 1, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << "'" << c.inLine << "' for function " << c.number);
