@@ -27,7 +27,7 @@ test_preset linux-asan
 quietly wine-prefix scripts/wine.sh wineboot --init
 # Wine's server and services stay until the end: a server that is about to leave turns the next program away. The first
 # program starts them, and they keep its output open.
-wine_server() { WINEPREFIX=$PWD/build/wine-prefix wineserver "$1" >/dev/null 2>&1 || true; }
+wine_server() { WINEPREFIX=$PWD/build/wine-prefix timeout 60 wineserver "$1" >/dev/null 2>&1 || true; }
 wine_server --wait
 wine_server --persistent
 trap 'wine_server --kill' EXIT
