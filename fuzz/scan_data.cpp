@@ -1,11 +1,16 @@
-// The data of one scan in each layout: a byte for the layout, one for the shape of the index, a 16-bit point
-// count, calibration, then the data file.
+// The data of one scan in each layout, decoded with each kind of kernels: a byte for the layout, one for the
+// shape of the index, a 16-bit point count, calibration, then the data file.
 #include <algorithm>
+#include <bit>
+#include <iterator>
+#include <vector>
 
 #include "fuzz/check.h"
 #include "fuzz/input.h"
+#include "fuzz/scalar_kernels.h"
 #include "fuzz/simulated_files.h"
 #include "masslynx/scandata/absorbance_decoder.h"
+#include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/scan_decoder.h"
 
 namespace zrml::fuzz {
@@ -54,10 +59,19 @@ FunctionRecord TakeFunction(Input& input) {
   return function;
 }
 
-void CheckDecoded(const platform::File& file, const FunctionRecord& function) {
-  CZRMassSpectrum spectrum;
+struct Decoded {
+  bool accepted = false;
   bool unsorted = false;
-  if (!DecodeScan(file, function, 0, spectrum, unsorted)) {
+  CZRMassSpectrum spectrum;
+};
+
+void Decode(const platform::File& file, const FunctionRecord& function, Decoded& result) {
+  result.accepted = DecodeScan(file, function, 0, result.spectrum, result.unsorted);
+}
+
+void CheckDecoded(const FunctionRecord& function, const Decoded& decoded) {
+  const CZRMassSpectrum& spectrum = decoded.spectrum;
+  if (!decoded.accepted) {
     Check(spectrum.GetCount() == 0, "a scan that is refused leaves the container alone");
     return;
   }
@@ -66,13 +80,70 @@ void CheckDecoded(const platform::File& file, const FunctionRecord& function) {
   const HostVector<double>& masses = spectrum.MassVector();
   // Deliberate: in layout 1 second points without intensity are not written, and the order is that of the
   // others.
-  if (!unsorted && function.dataFormat != 1) {
+  if (!decoded.unsorted && function.dataFormat != 1) {
     const auto notAbove = [](double a, double b) { return !(a < b) && a == a && b == b; };
     Check(std::adjacent_find(masses.begin(), masses.end(), notAbove) == masses.end(),
           "masses ascend unless they are told not to");
   }
-  if (unsorted) SortByMass(true, spectrum);
-  spectrum.UpdateStatistics();
+}
+
+// To the bit, but for which of its many bit patterns a value that is no number has.
+bool AreAlike(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (a != a && b != b);
+}
+
+void CheckAlike(const Decoded& a, const Decoded& b) {
+  Check(a.accepted == b.accepted && a.unsorted == b.unsorted, "each kind of kernels takes the same scans");
+  const auto isAlike = [](const HostVector<double>& x, const HostVector<double>& y) {
+    return std::equal(x.begin(), x.end(), y.begin(), y.end(), AreAlike);
+  };
+  Check(isAlike(a.spectrum.MassVector(), b.spectrum.MassVector()),
+        "each kind of kernels gives the same masses");
+  Check(isAlike(a.spectrum.IntensityVector(), b.spectrum.IntensityVector()),
+        "each kind of kernels gives the same intensities");
+}
+
+bool HasRawMasses(int dataFormat) {
+  constexpr int kFormats[] = {0, 1, 8, 9, 12, 13};
+  return std::find(std::begin(kFormats), std::end(kFormats), dataFormat) != std::end(kFormats);
+}
+
+bool MaySumSubScans(int dataFormat) { return dataFormat == 12 || dataFormat == 13; }
+
+// A scan that counts as calibrated shows the raw masses; each is calibrated alone.
+void CheckCalibration(const platform::File& file, const FunctionRecord& function, const Decoded& decoded) {
+  if (!decoded.accepted || !HasRawMasses(function.dataFormat)) return;
+  FunctionRecord uncalibrated = function;
+  uncalibrated.scanIndex[0].preCalibrated = true;
+  Decoded raw;
+  Decode(file, uncalibrated, raw);
+  if (MaySumSubScans(function.dataFormat) && (decoded.unsorted || raw.unsorted)) return;
+  const ScanCalibration calibration(function, function.scanIndex[0]);
+  for (std::size_t i = 0; i < decoded.spectrum.UsablePoints(); ++i) {
+    // Points of layout 1 that are not written have neither mass.
+    if (function.dataFormat == 1 && decoded.spectrum.IntensityVector()[i] == 0) continue;
+    const auto rawMass = static_cast<float>(raw.spectrum.MassVector()[i]);
+    Check(AreAlike(decoded.spectrum.MassVector()[i], calibration(rawMass)),
+          "many masses are calibrated as single ones are");
+  }
+}
+
+void CheckScan(const platform::File& file, const FunctionRecord& function) {
+  static const std::vector<const PointKernels*> fastKernels = FastKernels();
+  ChooseKernels(kScalarKernels);
+  Decoded reference;
+  Decode(file, function, reference);
+  CheckDecoded(function, reference);
+  CheckCalibration(file, function, reference);
+  for (const PointKernels* kernels : fastKernels) {
+    ChooseKernels(*kernels);
+    Decoded decoded;
+    Decode(file, function, decoded);
+    CheckAlike(reference, decoded);
+  }
+  if (!reference.accepted) return;
+  if (reference.unsorted) SortByMass(true, reference.spectrum);
+  reference.spectrum.UpdateStatistics();
 }
 
 }  // namespace
@@ -85,7 +156,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Bytes bytes = input.TakeRest();
   fuzz::SetFiles({{L"scan", {bytes.begin(), bytes.end()}}});
   const platform::File file = platform::File::Open(std::wstring(fuzz::kFolder) + L"/scan");
-  fuzz::CheckDecoded(file, function);
+  fuzz::CheckScan(file, function);
   CZRAbsorbanceSpectrum absorbance;
   DecodeAbsorbanceScan(file, function, 0, absorbance);
   fuzz::Check(absorbance.Wavelengths().size() == absorbance.Absorbances().size(), "absorbance has pairs");
