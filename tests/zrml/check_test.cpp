@@ -378,6 +378,121 @@ TEST_F(CheckTest, TracesThatCannotBeRead) {
   ExpectFindings(directory, "2 of 2 traces cannot be read; the first is 1\n");
 }
 
+// What is told, and whether that is refused where traces are converted: in mzML alone.
+class LostTracesTest : public CheckTest {
+ protected:
+  void ExpectLost(const TempDirectory& directory, const std::string& finding) const {
+    ExpectFindings(directory, finding + "\n");
+    ExpectFailure(RunBare({"convert", PathOf(directory), "--stdout"}), 7,
+                  PathOf(directory) + " is damaged: " + finding +
+                      " (--damaged converts what there is, with zeros for lost points)");
+    EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--damaged"}).errors,
+              "zrml: " + PathOf(directory) + ": " + finding + "\n");
+    EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--format", "tsv"}).errors, "");
+  }
+
+  static TempDirectory WithAnalogs() {
+    RawDirectoryBuilder raw = Sound();
+    raw.analogNames = {"pressure", "flow"};
+    raw.analogs = {{.time = 1, .words = {8, 8}}};
+    return raw.Build();
+  }
+
+  static TempDirectory WithChromatograms() {
+    RawDirectoryBuilder raw = Sound();
+    raw.chroms = {{"pressure", {{1, 2}}}, {"flow", {{1, 2}}}};
+    return raw.Build();
+  }
+};
+
+TEST_F(LostTracesTest, ListOfAnalogChannels) {
+  const TempDirectory directory = WithAnalogs();
+  directory.Truncate("_ANALOGS.INF", 2 * 85 - 1);
+  ExpectLost(directory, "_ANALOGS.INF does not end with a whole record, so there are no traces");
+  directory.Truncate("_ANALOGS.INF", 0);
+  ExpectLost(directory, "_ANALOGS.INF is empty, so there are no traces");
+  directory.Remove("_ANALOGS.INF");
+  ExpectLost(directory, "_ANALOGS.INF is missing, so there are no traces");
+  directory.MakeDirectory("_ANALOGS.INF");
+  ExpectLost(directory, "_ANALOGS.INF cannot be opened, so there are no traces");
+}
+
+TEST_F(LostTracesTest, ValuesOfAnalogChannels) {
+  const TempDirectory directory = WithAnalogs();
+  directory.Truncate("_ANALOGS.DAT", 0);
+  ExpectLost(directory, "_ANALOGS.DAT is empty");
+}
+
+// A run that was stopped before its first scan.
+TEST_F(LostTracesTest, ChannelsOfARunWithoutScansMayBeEmpty) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.analogNames = {"pressure"};
+  const TempDirectory directory = raw.Build();
+  directory.WriteText("_ANALOGS.DAT", "");
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 1 function, 0 scans\n");
+}
+
+// Its header is 8 bytes, two records of 85 follow.
+TEST_F(LostTracesTest, ListOfChromatograms) {
+  const TempDirectory directory = WithChromatograms();
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");
+  const FileBytes whole = directory.Read("_CHROMS.INF");
+  directory.Truncate("_CHROMS.INF", 8 + 2 * 85 - 1);
+  ExpectLost(directory, "_CHROMS.INF does not end with a whole record");
+  directory.Truncate("_CHROMS.INF", 8 + 85);
+  ExpectLost(directory, "_CHRO002.DAT belongs to no trace");
+  directory.Truncate("_CHROMS.INF", 7);
+  ExpectLost(directory, "_CHROMS.INF ends in its header, so there are no traces");
+  directory.Write("_CHROMS.INF", whole);
+  directory.Edit("_CHROMS.INF", [](FileBytes& bytes) { PatchU16(bytes, 0, 179); });
+  ExpectLost(directory, "_CHROMS.INF ends before its records, so there are no traces");
+  directory.Edit("_CHROMS.INF", [](FileBytes& bytes) { PatchU16(bytes, 4, 84); });
+  ExpectLost(directory, "_CHROMS.INF has a header that is not known, so there are no traces");
+  directory.Remove("_CHROMS.INF");
+  ExpectLost(directory, "_CHROMS.INF is missing, so there are no traces");
+  directory.MakeDirectory("_CHROMS.INF");
+  ExpectLost(directory, "_CHROMS.INF cannot be opened, so there are no traces");
+}
+
+// Names and values of the functions would be missing.
+TEST_F(CheckTest, LabelsThatCannotBeOpened) {
+  const TempDirectory directory = Sound().Build();
+  directory.MakeDirectory("_EXTERN.INF");
+  ExpectFindings(directory, "_EXTERN.INF cannot be opened\n");
+  EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--format", "tsv"}).status, 7);
+}
+
+// The provider takes it for no raw directory: why is told all the same.
+TEST_F(CheckTest, HeaderThatCannotBeOpened) {
+  const TempDirectory directory = Sound().Build();
+  directory.Remove("_HEADER.TXT");
+  EXPECT_EQ(Check(directory).status, 4);
+  directory.MakeDirectory("_HEADER.TXT");
+  ExpectFindings(directory, "_HEADER.TXT cannot be opened\nno provider reads " + PathOf(directory) + "\n", 2);
+  ExpectFailure(RunBare({"convert", PathOf(directory), "--stdout", "--damaged"}), 7,
+                PathOf(directory) + " is damaged: _HEADER.TXT cannot be opened");
+}
+
+TEST_F(CheckTest, LockMassesWithoutNamesAreToldOf) {
+  const TempDirectory directory = Sound().Build();
+  const ProcessResult result = RunBare({"convert", PathOf(directory), "--stdout", "--exclude-lock-mass"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "zrml: " + PathOf(directory) +
+                               ": _EXTERN.INF is missing, so no function is known to be a lock mass\n");
+}
+
+// Without the maker's library, as on the machine that runs this.
+TEST_F(CheckTest, DriftBinsThatAreLeftOutAreToldOf) {
+  const TempDirectory directory = Sound().Build();
+  directory.WriteText("_FUNC001.CDT", "x");
+  const ProcessResult result = RunBare({"convert", PathOf(directory), "--stdout"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "zrml: " + PathOf(directory) +
+                               ": the drift bins of function 1 are left out: its provider tells of none\n");
+  EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--function", "2"}).errors, "");
+}
+
 TEST_F(CheckTest, SourceIsNotReplacedByWhatItBecomes) {
   const TempDirectory directory = Sound().Build();
   const std::string data = PathOf(directory) + "/_FUNC001.DAT";

@@ -474,8 +474,19 @@ TEST_F(ConvertTest, SampleThatFailsDoesNotStopTheOthers) {
   const ProcessResult result = Run({"convert", report, "-o", Path("out")});
   EXPECT_EQ(result.status, 8);
   EXPECT_EQ(result.output, Path("out") + "/vials.fakereport-sample2.mzML\n");
-  EXPECT_TRUE(result.errors.ends_with("zrml: 1 of 2 samples of " + report + " are not converted\n"))
-      << result.errors;
+  const std::string first = Path("out") + "/vials.fakereport-sample1.mzML";
+  EXPECT_EQ(result.errors, "zrml: " + first + " exists; --force replaces it\nzrml: 1 of 2 samples of " +
+                               report + " are not converted: 1\n");
+}
+
+TEST_F(ConvertTest, SampleThatFailsIsNamed) {
+  const std::string report = MakeFile("vials.fakereport");
+  const ProcessResult result = Run({"convert", report, "-o", Path("out"), "--format", "mgf"});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_EQ(result.errors, "zrml: " + report +
+                               ", sample 1: none of its scans is an MS/MS scan that is asked for\n"
+                               "zrml: 1 of 2 samples of " +
+                               report + " are not converted: 1\n");
 }
 
 TEST_F(ConvertTest, EachSampleOfAReportIsAFile) {
@@ -503,7 +514,13 @@ TEST_F(ConvertTest, ReportIsATextFile) {
 TEST_F(ConvertTest, OptionsThatDoNotGoTogether) {
   ExpectFailure(Run({"convert", path_, path_, "--stdout"}), 2, "several sources do not fit into one file");
   ExpectFailure(Run({"convert", path_, path_, "-b", "x"}), 2, "several sources do not fit into one file");
-  ExpectFailure(Run({"convert", path_, "--threads", "257", "--stdout"}), 2, "--threads is at most 256");
+  for (const char* threads : {"0", "257", "x", "99999999999"}) {
+    ExpectFailure(Run({"convert", path_, "--threads", threads, "--stdout"}), 2,
+                  "--threads: \"" + std::string(threads) +
+                      "\" is not a whole number from 1 to 256 (see zrml convert --help)");
+  }
+  ExpectFailure(Run({"convert", path_, "-o", ""}), 2, "--output: is empty (see zrml convert --help)");
+  ExpectFailure(Run({"convert", path_, "-b", ""}), 2, "--file: is empty (see zrml convert --help)");
   ExpectFailure(Run({"convert", path_, "--format", "mzxml"}), 2,
                 "--format: \"mzxml\" is not mzml, mgf or tsv (see zrml convert --help)");
   ExpectFailure(Run({"convert", path_, "--rt", "5"}), 2,

@@ -209,6 +209,29 @@ TEST_F(ReportTest, ChromatogramNeedsAFunctionOrATrace) {
                 "--range excludes --trace (see zrml chromatogram --help)");
 }
 
+// A copy that broke off: in a list of a spectrum of a function of a sample, each with its own brace; and
+// before the last brace of all.
+TEST_F(ReportTest, ReportThatIsCutIsDamaged) {
+  const std::string whole = ReadBytes(folder_ / "vials.rpt");
+  ExpectOutput(RunBare({"check", path_}), path_ + " is sound: 2 functions, 3 scans\n");
+  const auto expectCut = [&](std::size_t size, const std::string& finding) {
+    std::filesystem::resize_file(folder_ / "vials.rpt", size);
+    const ProcessResult checked = RunBare({"check", path_});
+    EXPECT_EQ(checked.status, 7);
+    EXPECT_EQ(checked.output, finding + "\n");
+    const std::vector<std::string> convert = {"convert", path_, "--sample", "1", "--stdout"};
+    ExpectFailure(RunBare(convert), 7,
+                  path_ + " is damaged: " + finding + " (--damaged converts what there is)");
+    std::vector<std::string> anyway = convert;
+    anyway.push_back("--damaged");
+    const ProcessResult converted = RunBare(anyway);
+    EXPECT_EQ(converted.status, 0);
+    EXPECT_EQ(converted.errors, "zrml: " + path_ + ": " + finding + "\n");
+  };
+  expectCut(whole.rfind('}'), "vials.rpt ends inside 1 block");
+  expectCut(whole.find("100\t100"), "vials.rpt ends inside 4 blocks");
+}
+
 TEST_F(ReportTest, FileThatIsNoReportIsRefused) {
   std::ofstream(folder_ / "none.rpt", std::ios::binary) << "[FUNCTION]\n{\n}\n";
   ExpectFailure(RunBare({"info", Path("none.rpt")}), 4, "no provider reads " + Path("none.rpt"));

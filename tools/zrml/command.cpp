@@ -1,7 +1,6 @@
 #include "tools/zrml/command.h"
 
 #include <charconv>
-#include <limits>
 #include <optional>
 
 #include "common/platform/platform.h"
@@ -10,11 +9,13 @@
 namespace zrml {
 namespace {
 
-std::optional<int> ParseNumber(const std::string& text) {
+std::optional<int> ParseNumber(const std::string& text, int most) {
   int number = 0;
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, number);
-  return result.ec == std::errc() && result.ptr == end && number >= 1 ? std::optional(number) : std::nullopt;
+  return result.ec == std::errc() && result.ptr == end && number >= 1 && number <= most
+             ? std::optional(number)
+             : std::nullopt;
 }
 
 }  // namespace
@@ -32,12 +33,13 @@ Command::Command(CommandLine& line, const std::string& name, const std::string& 
 
 Command::~Command() = default;
 
-CLI::Option* Command::AddNumber(const std::string& option, int& number, const std::string& description) {
-  const auto store = [option, &number](const std::string& text) {
-    const std::optional<int> parsed = ParseNumber(text);
+CLI::Option* Command::AddNumber(const std::string& option, int& number, const std::string& description,
+                                int most) {
+  const auto store = [option, &number, most](const std::string& text) {
+    const std::optional<int> parsed = ParseNumber(text, most);
     if (!parsed) {
-      const std::string largest = std::to_string(std::numeric_limits<int>::max());
-      throw CLI::ValidationError(option, "\"" + text + "\" is not a whole number from 1 to " + largest);
+      throw CLI::ValidationError(option,
+                                 "\"" + text + "\" is not a whole number from 1 to " + std::to_string(most));
     }
     number = *parsed;
   };

@@ -2,6 +2,7 @@
 // kCommands (command_line.cpp).
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -34,7 +35,8 @@ class Command {
 
  protected:
   /// An option whose argument counts from 1.
-  CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description);
+  CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description,
+                         int most = std::numeric_limits<int>::max());
 
   CLI::App& Options() { return options_; }
   Source Open(const std::string& path) const;

@@ -3,6 +3,7 @@
 
 #include "common/platform/platform.h"
 #include "tools/zrml/check/raw_check.h"
+#include "tools/zrml/check/report_check.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
@@ -73,7 +74,7 @@ void ReadTraces(CDataServerImpl& server, int sample, CheckResult& result) {
 
 void ReadSource(const Source& source, CheckResult& result) {
   CDataServerImpl& server = source.Server();
-  if (server.IsReportSource()) result.findings.clear();  // a report in a raw directory is not about it
+  if (server.IsReportSource()) result.findings = CheckReport(result.path);  // not those of a folder around it
   for (int sample = 0; sample < server.GetSampleCount(); ++sample) {
     for (int function = 0; function < server.GetFunctionCount(sample); ++function)
       ReadFunction(server, sample, function, result);
@@ -141,7 +142,9 @@ class CheckCommand : public SourceCommand {
     try {
       ReadSource(OpenSource(), result);
     } catch (const Failure& failure) {
-      if (failure.status != ExitStatus::kUnreadable || result.findings.empty()) throw;
+      const bool isRefused =
+          failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;
+      if (!isRefused || result.findings.empty()) throw;
       result.findings.push_back({L"", failure.message});
     }
     return result;

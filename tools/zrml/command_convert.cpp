@@ -10,6 +10,7 @@
 #include "common/platform/platform.h"
 #include "common/text.h"
 #include "tools/zrml/check/raw_check.h"
+#include "tools/zrml/check/report_check.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/convert/native_path.h"
@@ -49,6 +50,11 @@ constexpr std::array<ArrayName, 3> kArrays = {{
 
 constexpr int kMostThreads = 256;
 constexpr int kMostThreadsUnasked = 8;
+
+// Files that are open at once: of each worker the source's own, one that it reads from, one for a checksum;
+// besides the target, and what the system has open for a moment.
+constexpr int kFilesOfAWorker = 3;
+constexpr int kFilesBesides = 8;
 
 [[noreturn]] void Refuse(const std::string& option, const std::string& text, const std::string& expected) {
   throw CLI::ValidationError(option, "\"" + text + "\" is not " + expected);
@@ -90,17 +96,21 @@ class ConvertCommand : public Command {
         .add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
         ->option_text("REQUIRED ...")
         ->required();
-    AddNumber("--threads", threads_,
-              "Spectra in the making at once; the processors, 8 at most, unless given");
+    AddNumber("--threads", threads_, "Spectra in the making at once; the processors, 8 at most, unless given",
+              kMostThreads);
+  }
+
+  static CLI::Validator IsNotEmpty() {
+    return CLI::Validator([](std::string& text) { return std::string(text.empty() ? "is empty" : ""); }, "");
   }
 
   void AddTargetOptions() {
     CLI::App& options = Options();
     CLI::Option* const folder =
         options.add_option("-o,--output", folder_, "The folder for the files; the current one unless given");
-    folder->option_text("DIR");
+    folder->option_text("DIR")->check(IsNotEmpty());
     CLI::Option* const file = options.add_option("-b,--file", file_, "The file, for a single source");
-    file->option_text("FILE")->excludes(folder);
+    file->option_text("FILE")->check(IsNotEmpty())->excludes(folder);
     CLI::Option* const standard =
         options.add_flag("--stdout", isToStandardOutput_, "To standard output; mzML is not indexed then");
     standard->excludes(folder)->excludes(file)->option_text(" ");
@@ -210,9 +220,6 @@ class ConvertCommand : public Command {
     if (paths_.size() > 1 && (isToStandardOutput_ || !file_.empty())) {
       throw Failure(ExitStatus::kWrongUsage, L"several sources do not fit into one file");
     }
-    if (threads_ > kMostThreads) {
-      throw Failure(ExitStatus::kWrongUsage, L"--threads is at most " + std::to_wstring(kMostThreads));
-    }
     if (threads_ == 0) threads_ = std::min(ProcessorCount(), kMostThreadsUnasked);
     if (isToStandardOutput_) conversion_.isIndexed = false;
     RefuseFolderAsFile();
@@ -248,47 +255,56 @@ class ConvertCommand : public Command {
   }
 
   [[noreturn]] void ThrowSummary(const std::vector<std::wstring>& failed) const {
-    std::wstring message = std::to_wstring(failed.size()) + L" of " + std::to_wstring(paths_.size()) +
-                           L" sources are not converted: ";
-    for (std::size_t i = 0; i < failed.size(); ++i) message += (i > 0 ? L", " : L"") + failed[i];
-    throw Failure(ExitStatus::kSomeFailed, message);
+    throw Failure(ExitStatus::kSomeFailed, std::to_wstring(failed.size()) + L" of " +
+                                               std::to_wstring(paths_.size()) +
+                                               L" sources are not converted: " + Joined(failed));
   }
 
   void ConvertSource(const std::string& path, Output& out) {
-    std::vector<Source> sources;
-    sources.push_back(OpenUndamaged(path));
-    while (sources.size() < static_cast<std::size_t>(threads_)) sources.push_back(Open(path));
-    LookForDamage(sources.front());
-    CDataServerImpl& server = sources.front().Server();
-    const int count = server.GetSampleCount();
-    if (sample_ > 0) {
-      ConvertSample(sources, {PositionOf(sample_, count, L"sample", sources.front().Path()), count}, out);
-      return;
-    }
+    RequireFiles(threads_ * kFilesOfAWorker + kFilesBesides);
+    const OpenSource source = OpenForWorkers(path);
+    LookForDamage(source.First());
+    const std::wstring& name = source.First().Path();
+    const int count = source.First().Server().GetSampleCount();
+    if (sample_ > 0) return ConvertSample(source, {PositionOf(sample_, count, L"sample", name), count}, out);
     if (count != 1 && (isToStandardOutput_ || !file_.empty())) {
-      throw Failure(ExitStatus::kWrongUsage, sources.front().Path() + L" has " + std::to_wstring(count) +
-                                                 L" samples; --sample chooses one");
+      throw Failure(ExitStatus::kWrongUsage,
+                    name + L" has " + std::to_wstring(count) + L" samples; --sample chooses one");
     }
-    if (count < 1) throw Failure(ExitStatus::kUnreadable, sources.front().Path() + L" has no samples");
-    ConvertSamples(sources, count, out);
+    if (count < 1) throw Failure(ExitStatus::kUnreadable, name + L" has no samples");
+    ConvertSamples(source, count, out);
+  }
+
+  OpenSource OpenForWorkers(const std::string& path) const {
+    std::vector<Source> workers;
+    workers.push_back(OpenUndamaged(path));
+    SourceStamp stamp(workers.front().Path(), workers.front().Server().IsReportSource());
+    while (workers.size() < static_cast<std::size_t>(threads_)) workers.push_back(Open(path));
+    return {std::move(workers), std::move(stamp)};
   }
 
   // One that fails does not stop the others.
-  void ConvertSamples(const std::vector<Source>& sources, int count, Output& out) {
-    int failed = 0;
+  void ConvertSamples(const OpenSource& source, int count, Output& out) {
+    std::vector<std::wstring> failed;
     for (int sample = 0; sample < count; ++sample) {
       try {
-        ConvertSample(sources, {sample, count}, out);
+        ConvertSample(source, {sample, count}, out);
       } catch (const Failure& failure) {
         if (count == 1) throw;
         PrintError(failure.message);
-        ++failed;
+        failed.push_back(std::to_wstring(sample + 1));
       }
     }
-    if (failed == 0) return;
-    throw Failure(ExitStatus::kSomeFailed, std::to_wstring(failed) + L" of " + std::to_wstring(count) +
-                                               L" samples of " + sources.front().Path() +
-                                               L" are not converted");
+    if (failed.empty()) return;
+    throw Failure(ExitStatus::kSomeFailed, std::to_wstring(failed.size()) + L" of " + std::to_wstring(count) +
+                                               L" samples of " + source.First().Path() +
+                                               L" are not converted: " + Joined(failed));
+  }
+
+  static std::wstring Joined(const std::vector<std::wstring>& items) {
+    std::wstring text;
+    for (const std::wstring& item : items) text += (text.empty() ? L"" : L", ") + item;
+    return text;
   }
 
   // The files may tell why the provider does not open the source.
@@ -297,7 +313,9 @@ class ConvertCommand : public Command {
       return Open(path);
     } catch (const Failure& failure) {
       const std::wstring widePath = platform::FromNativePath(path);
-      if (failure.status == ExitStatus::kUnreadable) RefuseDamage(widePath, FindingsOf(widePath));
+      const bool isRefused =
+          failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;
+      if (isRefused) RefuseDamage(widePath, FindingsOf(widePath, false), L"");
       throw;
     }
   }
@@ -306,11 +324,16 @@ class ConvertCommand : public Command {
   // what was measured. Lesser findings are told. What is about functions that are not asked for counts for
   // nothing.
   void LookForDamage(const Source& source) const {
-    if (source.Server().IsReportSource()) return;
-    std::vector<Finding> findings = FindingsOf(source.Path());
+    const bool isReport = source.Server().IsReportSource();
+    std::vector<Finding> findings = FindingsOf(source.Path(), isReport);
     std::erase_if(findings,
                   [&](const Finding& finding) { return !IsWanted(source.Server(), finding.concern); });
-    RefuseDamage(source.Path(), findings);
+    if (!conversion_.isDamageAllowed) {
+      RefuseDamage(source.Path(), findings,
+                   isReport ? L" (--damaged converts what there is)"
+                            : L" (--damaged converts what there is, with zeros for lost points)");
+    }
+    if (conversion_.selection.isLockMassExcluded && !isReport) WarnOfMissingLabels(source.Path());
     for (const Finding& finding : findings) Warn(source.Path(), finding.file + L' ' + finding.problem);
   }
 
@@ -326,27 +349,34 @@ class ConvertCommand : public Command {
         return selection.functions.ReachesTo(concern.number);
       case Concern::Kind::kAbsorbance:
         return IsAbsorbanceWanted(selection, content);
+      case Concern::Kind::kTraces:
+        return content == Content::kAll;
       case Concern::Kind::kNone:
         break;
     }
     return false;
   }
 
-  static std::vector<Finding> FindingsOf(const std::wstring& path) {
+  static std::vector<Finding> FindingsOf(const std::wstring& path, bool isReport) {
+    if (isReport) return CheckReport(path);
     std::wstring folder;
     return IsRawDirectory(path, folder) ? CheckRawDirectory(folder, path) : std::vector<Finding>();
   }
 
-  void RefuseDamage(const std::wstring& path, const std::vector<Finding>& findings) const {
-    if (conversion_.isDamageAllowed) return;
+  static void RefuseDamage(const std::wstring& path, const std::vector<Finding>& findings,
+                           const std::wstring& advice) {
     for (const Finding& finding : findings) {
       if (!finding.losesData) continue;
-      const bool isOpened = finding.concern.kind != Concern::Kind::kAll;
-      throw Failure(
-          ExitStatus::kDamaged,
-          path + L" is damaged: " + finding.file + L' ' + finding.problem +
-              (isOpened ? L" (--damaged converts what there is, with zeros for lost points)" : L""));
+      throw Failure(ExitStatus::kDamaged,
+                    path + L" is damaged: " + finding.file + L' ' + finding.problem + advice);
     }
+  }
+
+  // Functions have their names from there.
+  void WarnOfMissingLabels(const std::wstring& path) const {
+    std::wstring folder;
+    if (!IsRawDirectory(path, folder) || HasLabels(folder)) return;
+    Warn(path, L"_EXTERN.INF is missing, so no function is known to be a lock mass");
   }
 
   void Warn(const std::wstring& path, const std::wstring& problem) const {
@@ -369,13 +399,13 @@ class ConvertCommand : public Command {
       throw Failure(ExitStatus::kWrongUsage, path + L" is a part of the source");
   }
 
-  void ConvertSample(const std::vector<Source>& sources, const SampleChoice& sample, Output& out) {
-    const Source& first = sources.front();
+  void ConvertSample(const OpenSource& source, const SampleChoice& sample, Output& out) {
+    const Source& first = source.First();
     std::wstring name = SourceName(first.Path(), first.Server().IsReportSource());
     if (sample.count > 1) name += L"-sample" + std::to_wstring(sample.position + 1);
     if (isToStandardOutput_) {
       StandardOutput target;
-      const ConvertedRun run = Convert(sources, sample, name, target);
+      const ConvertedRun run = Convert(source, sample, name, target);
       if (isVerbose_) Describe(first, L"standard output", run);
       return;
     }
@@ -386,7 +416,7 @@ class ConvertCommand : public Command {
     }
     RefuseSourceAsTarget(path, first.Path());
     TargetFile target(path, isForced_ ? Existing::kReplace : Existing::kKeep);
-    const ConvertedRun run = Convert(sources, sample, name, target);
+    const ConvertedRun run = Convert(source, sample, name, target);
     targets_.insert(path);
     if (isVerbose_) Describe(first, path, run);
     if (!isQuiet_) PrintPath(path, out);
@@ -414,18 +444,20 @@ class ConvertCommand : public Command {
     return folder + name + extension_ + (isGzipped_ ? L".gz" : L"");
   }
 
-  ConvertedRun Convert(const std::vector<Source>& sources, const SampleChoice& sample,
-                       const std::wstring& name, ByteSink& target) {
-    const std::wstring& path = sources.front().Path();
+  ConvertedRun Convert(const OpenSource& source, const SampleChoice& sample, const std::wstring& name,
+                       ByteSink& target) {
+    const bool isOneOfSeveral = sample.count > 1;
+    const std::wstring path =
+        source.First().Path() + (isOneOfSeveral ? L", sample " + std::to_wstring(sample.position + 1) : L"");
     ProgressBar bar(!isQuiet_ && IsTerminal(Stream::kError), path);
     const auto progress = [&](std::size_t done, std::size_t all) { bar.Update(done, all); };
     BufferedSink plain(target);
     GzipSink gzip(target);
     try {
       ConvertedRun run =
-          ConvertRun(sources, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
+          ConvertRun(source, sample.position, name, conversion_, isGzipped_ ? gzip : plain, progress);
       bar.Clear();
-      for (const std::wstring& loss : run.losses) Warn(path, loss);
+      for (const std::wstring& note : run.notes) Warn(path, note);
       return run;
     } catch (const Failure& failure) {
       throw Failure(failure.status, path + L": " + failure.message);

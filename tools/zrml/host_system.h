@@ -35,6 +35,9 @@ class SharedLibrary {
   void* handle_;
 };
 
+/// Whether `count` more files can be open at once; `error` says why not.
+bool CanOpenFiles(int count, std::wstring& error);
+
 enum class Stream { kOutput, kError };
 enum class WriteResult { kWritten, kReaderGone, kInterrupted, kFailed };
 

@@ -1,7 +1,9 @@
 #include <cerrno>
 #include <csignal>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <system_error>
 #include <unistd.h>
@@ -14,6 +16,8 @@ namespace zrml {
 namespace {
 
 constexpr std::size_t kUsualWidth = 80;
+
+std::wstring Reason(int error) { return platform::FromNativePath(std::generic_category().message(error)); }
 
 }  // namespace
 
@@ -39,6 +43,22 @@ std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::
 
 void* SharedLibrary::Symbol(const char* name) const { return ::dlsym(handle_, name); }
 
+bool CanOpenFiles(int count, std::wstring& error) {
+  std::vector<int> files;
+  int failure = 0;
+  while (failure == 0 && static_cast<int>(files.size()) < count) {
+    const int file = ::open("/", O_PATH | O_CLOEXEC);
+    if (file >= 0) {
+      files.push_back(file);
+    } else {
+      failure = errno;
+    }
+  }
+  for (const int file : files) ::close(file);
+  if (failure != 0) error = Reason(failure);
+  return failure == 0;
+}
+
 bool IsTerminal(Stream stream) {
   return ::isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) == 1;
 }
@@ -62,8 +82,11 @@ WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& erro
       utf8.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno == EPIPE) {
       return WriteResult::kReaderGone;
+    } else if (errno == EAGAIN) {  // somebody has made the pipe one that does not wait
+      pollfd reader = {file, POLLOUT, 0};
+      ::poll(&reader, 1, -1);
     } else if (errno != EINTR) {
-      error = platform::FromNativePath(std::generic_category().message(errno));
+      error = Reason(errno);
       return WriteResult::kFailed;
     }
     if (!utf8.empty() && IsInterrupted()) return WriteResult::kInterrupted;

@@ -64,6 +64,8 @@ void* SharedLibrary::Symbol(const char* name) const {
   return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(handle_), name));
 }
 
+bool CanOpenFiles(int, std::wstring&) { return true; }  // memory is the only limit
+
 bool IsTerminal(Stream stream) {
   DWORD mode = 0;
   return ::GetConsoleMode(::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE),

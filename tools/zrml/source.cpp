@@ -4,11 +4,13 @@
 
 #include "common/platform/platform.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/host_system.h"
 
 namespace zrml {
 namespace {
 
 constexpr std::wstring_view kSeparators = L"/\\";
+constexpr int kFiles = 8;  // that are open at once for one source: the plug-in, the source's own, its data
 
 bool IsRoot(std::wstring_view path) { return path.size() < 2 || path[path.size() - 2] == L':'; }
 
@@ -36,6 +38,7 @@ bool Source::FindProvider(const std::wstring& path) {
 }
 
 Source Source::Open(const std::wstring& path, const std::wstring& pluginPath) {
+  RequireFiles(kFiles);
   const bool isFile = platform::IsFile(path);
   if (!isFile && !platform::IsDirectory(path))
     throw Failure(ExitStatus::kNoSuchPath, L"there is no file or folder " + path);
@@ -53,6 +56,13 @@ Source Source::Open(const std::wstring& path, const std::wstring& pluginPath) {
     throw Failure(ExitStatus::kUnreadable, source.Server().GetProviderName() + L" cannot open " + path);
   }
   return source;
+}
+
+void RequireFiles(int count) {
+  std::wstring error;
+  if (CanOpenFiles(count, error)) return;
+  throw Failure(ExitStatus::kUnreadable,
+                L"cannot have " + std::to_wstring(count) + L" more files open (" + error + L")");
 }
 
 int PositionOf(int number, int count, const std::wstring& noun, const std::wstring& owner) {

@@ -29,6 +29,10 @@ class Source {
   std::unique_ptr<CDataServerImpl> server_;
 };
 
+/// Throws a Failure when the system would not let `count` more files be open at once: providers take a file
+/// that they cannot open for one that is not there.
+void RequireFiles(int count);
+
 /// The position of the thing that the user called `number`. Throws a Failure, wrong usage, unless it is one
 /// of 1 to `count`; `noun` and `owner` ("scan", "function 2") name it and what holds it.
 int PositionOf(int number, int count, const std::wstring& noun, const std::wstring& owner);

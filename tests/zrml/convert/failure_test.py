@@ -3,6 +3,7 @@
 Under the target's name there is the whole file or none; unless killed, nothing else either.
 """
 import fcntl
+import os
 import pathlib
 import random
 import resource
@@ -10,6 +11,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import termios
 import time
 
@@ -69,8 +71,11 @@ def test_killed_at_random(conversions):
 
 
 def test_interrupted(conversions):
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        process = conversions.start(f'interrupted-{number.name}')
+    def no_core():
+        resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
+        process = conversions.start(f'interrupted-{number.name}', preexec_fn=no_core)
         wait_for_temporary_file(process)
         process.send_signal(number)
         conversions.finish(process)
@@ -121,6 +126,92 @@ def test_no_room(conversions):
     require(names(process.folder) == [], 'something is left')
 
 
+def test_few_descriptors(conversions):
+    """Whatever the limit, the whole file or a line that says why: a source is not damaged because it can't be opened."""
+    succeeded = failed = 0
+    for limit in range(4, 33):
+        process = conversions.run(f'descriptors-{limit}',
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit)))
+        if process.returncode == 0:
+            require(process.target.read_bytes() == conversions.reference, f'another file with {limit} descriptors')
+            succeeded += 1
+        elif process.returncode == 127:  # too few to load the program's libraries
+            continue
+        else:
+            require(process.returncode == 5, f'status {process.returncode} with {limit} descriptors: {process.errors}')
+            require('(Too many open files)\n' in process.errors and process.errors.count('\n') == 1, process.errors)
+            require(names(process.folder) == [], f'{limit} descriptors leave {names(process.folder)}')
+            failed += 1
+    require(succeeded > 0 and failed > 0, f'{succeeded} conversions succeeded, {failed} failed')
+    for command in ('check', 'info'):
+        statuses = {subprocess.run([conversions.command[0], command, conversions.command[2]], capture_output=True,
+                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit))).returncode
+                    for limit in range(4, 17)}
+        require({0, 5} <= statuses <= {0, 5, 127}, f'{command} ended with {statuses}')
+
+
+def test_pipe_that_does_not_wait(conversions):
+    """The end that zrml writes to gives EAGAIN when it is full, as it does when a shell has made it so."""
+    command = [*conversions.command[:3], '--stdout', '--threads', '1']
+    expected = subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout
+    reader, writer = os.pipe()
+    os.set_blocking(writer, False)
+    with subprocess.Popen(command, stdout=writer, stderr=subprocess.PIPE) as process:
+        os.close(writer)
+        with open(reader, 'rb') as pipe:
+            received = pipe.read()
+        require(process.wait() == 0, f'status {process.returncode}: {process.stderr.read().decode()}')
+    require(received == expected, 'the output is another one')
+
+
+def test_source_changed_meanwhile(conversions, source):
+    """Points that are cut off after the look at the files are read as zeros, so the output must not count."""
+    changing = conversions.work / 'changing.raw'
+    for damaged in ([], ['--damaged']):
+        shutil.rmtree(changing, ignore_errors=True)
+        shutil.copytree(source, changing)
+        command = [conversions.command[0], 'convert', str(changing), '--stdout', '--threads', '1', *damaged]
+        with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            while not is_blocked(process):
+                require(process.poll() is None, f'it has ended with {process.returncode}')
+                time.sleep(0.001)
+            os.truncate(changing / '_FUNC001.DAT', 60)
+            errors = process.communicate()[1].decode()
+        problem = f'zrml: {changing}: _FUNC001.DAT has changed during the conversion\n'
+        require(process.returncode == (0 if damaged else 5), f'status {process.returncode}')
+        require(errors == problem, errors)
+
+
+def test_file_that_may_not_be_read(zrml, source):
+    """Of no use to the provider, so it is left out of the source files; one that it needs is damage."""
+    with tempfile.TemporaryDirectory() as folder:
+        private = pathlib.Path(folder) / 'private.raw'
+        shutil.copytree(source, private)
+        for file in (zrml, pathlib.Path(zrml).parent / 'ZRMLProvider-x64.so'):
+            shutil.copy(file, folder)
+        (private / 'notes.txt').write_text('not for others')
+        for path in (pathlib.Path(folder), *pathlib.Path(folder).rglob('*')):
+            path.chmod(0o755)
+        (private / 'notes.txt').chmod(0)
+        command = [f'{folder}/zrml', 'convert', str(private), '--stdout', '--scans', '1']
+        user = {'user': 65534} if os.geteuid() == 0 else {}  # the superuser may read all
+        result = subprocess.run(command, capture_output=True, text=True, **user)
+        require(result.returncode == 0, f'status {result.returncode}: {result.stderr}')
+        left_out = 'notes.txt cannot be opened, so it is not among the source files'
+        require(result.stderr == f'zrml: {private}: {left_out}\n', result.stderr)
+        require('notes.txt' not in result.stdout and '_FUNC001.DAT' in result.stdout, 'the source files')
+        (private / '_FUNC001.IDX').chmod(0)
+        result = subprocess.run(command, capture_output=True, text=True, **user)
+        require(result.returncode == 7 and '_FUNC001.IDX cannot be opened' in result.stderr, result.stderr)
+        (private / '_FUNC001.IDX').chmod(0o755)
+        private.chmod(0o111)  # its files may be opened by name
+        result = subprocess.run(command, capture_output=True, text=True, **user)
+        require(result.returncode == 5 and 'cannot list' in result.stderr, result.stderr)
+        result = subprocess.run([*command, '--damaged'], capture_output=True, text=True, **user)
+        require(result.returncode == 0 and '<sourceFile' not in result.stdout, result.stderr)
+        private.chmod(0o755)
+
+
 def test_scan_past_the_end(conversions, source):
     damaged = conversions.work / 'damaged.raw'
     shutil.copytree(source, damaged)
@@ -145,6 +236,10 @@ def main(zrml, source, work):
     test_interrupted_while_nobody_reads(conversions)
     test_target_made_meanwhile(conversions)
     test_no_room(conversions)
+    test_few_descriptors(conversions)
+    test_pipe_that_does_not_wait(conversions)
+    test_source_changed_meanwhile(conversions, source)
+    test_file_that_may_not_be_read(zrml, source)
     test_scan_past_the_end(conversions, source)
 
 

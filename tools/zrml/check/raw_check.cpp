@@ -15,6 +15,7 @@
 #include "masslynx/scandata/scan_statistics_format.h"
 #include "tools/zrml/check/raw_file.h"
 #include "tools/zrml/check/raw_functions.h"
+#include "tools/zrml/check/trace_check.h"
 #include "tools/zrml/convert/native_path.h"
 
 namespace zrml {
@@ -22,6 +23,7 @@ namespace {
 
 constexpr std::wstring_view kFunctionTable = L"_FUNCTNS.INF";
 constexpr std::wstring_view kHeader = L"_HEADER.TXT";
+constexpr std::wstring_view kLabels = L"_EXTERN.INF";
 constexpr int kMixedFormat = 6;  // all scans but the last take less than the unit tells
 
 struct ScanRecord {
@@ -100,8 +102,11 @@ class Checker {
   }
 
   std::vector<Finding> Check() {
+    for (const std::wstring_view name : {kHeader, kFunctionTable, kLabels}) CheckOpens(name);
     CheckFunctions();
     CheckUnused();
+    const std::vector<Finding> ofTraces = CheckTraceLists(folder_, hasScans_);
+    findings_.insert(findings_.end(), ofTraces.begin(), ofTraces.end());
     return std::move(findings_);
   }
 
@@ -126,6 +131,12 @@ class Checker {
 
   void Add(const RawFile& file, const std::wstring& problem, Data data) {
     findings_.push_back({file.Name(), problem, data == Data::kLost, concern_});
+  }
+
+  // What is missing is the affair of whoever opens the directory; labels there need not be.
+  void CheckOpens(std::wstring_view name) {
+    const RawFile file(folder_, std::wstring(name));
+    if (file.IsThere() && !file.IsOpen()) Add(file, file.Problem(), Data::kLost);
   }
 
   void CheckFunctions() {
@@ -167,6 +178,7 @@ class Checker {
     const Index index(indexFile, function.dataFormat);
     if (!index.Fits())
       return Add(indexFile, L"does not end with a whole record, so the function has no scans", Data::kLost);
+    hasScans_ = hasScans_ || index.Count() > 0;
     // The points of an ion-mobility function are in a file of their own.
     const bool hasPoints = !RawFile(folder_, function.stem + L".CDT").IsOpen();
     if (!index.IsAscending()) {
@@ -272,6 +284,7 @@ class Checker {
 
   std::wstring folder_;
   RawFunctions functions_;
+  bool hasScans_ = false;
   std::set<std::wstring> stems_;  // of the functions
   std::wstring chosen_;           // the stem of the one that the path chooses; empty without one
   Concern concern_;               // of what is being checked
@@ -286,9 +299,11 @@ bool IsRawDirectory(const std::wstring& path, std::wstring& folder) {
     folder = WidePath(NativePath(path).parent_path());
     if (folder.empty()) folder = L".";
   }
-  return RawFile(folder, std::wstring(kHeader)).IsOpen() &&
-         RawFile(folder, std::wstring(kFunctionTable)).IsOpen();
+  return RawFile(folder, std::wstring(kHeader)).IsThere() &&
+         RawFile(folder, std::wstring(kFunctionTable)).IsThere();
 }
+
+bool HasLabels(const std::wstring& folder) { return RawFile(folder, std::wstring(kLabels)).IsThere(); }
 
 std::vector<Finding> CheckRawDirectory(const std::wstring& folder, const std::wstring& path) {
   return Checker(folder, path).Check();

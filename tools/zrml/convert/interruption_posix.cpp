@@ -9,7 +9,7 @@
 namespace zrml {
 namespace {
 
-constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
 
 std::atomic<int> notedSignal = 0;
 static_assert(std::atomic<int>::is_always_lock_free);  // a handler may write it

@@ -22,7 +22,7 @@ struct ConvertOptions {
 struct ConvertedRun {
   std::size_t spectra = 0;
   std::size_t chromatograms = 0;
-  std::vector<std::wstring> losses = {};  // a line each
+  std::vector<std::wstring> notes = {};  // what is not as in the source, a line each
 };
 
 /// What the format takes of a run.
@@ -31,9 +31,17 @@ Content ContentOf(Format format);
 /// Told now and then how many of how many spectra are done.
 using Progress = std::function<void(std::size_t done, std::size_t all)>;
 
-/// Writes the sample at position `sample` to `out` and finishes it. `sources` are the same source opened once
-/// per worker. Throws a Failure, or Interrupted.
-ConvertedRun ConvertRun(const std::vector<Source>& sources, int sample, const std::wstring& name,
+/// A source that is open: once for each worker, and its files as they were when they were looked at.
+struct OpenSource {
+  std::vector<Source> workers;
+  SourceStamp stamp;
+
+  const Source& First() const { return workers.front(); }
+};
+
+/// Writes the sample at position `sample` to `out` and finishes it. Throws a Failure, also when the source
+/// has changed meanwhile, or Interrupted.
+ConvertedRun ConvertRun(const OpenSource& source, int sample, const std::wstring& name,
                         const ConvertOptions& options, ByteSink& out, const Progress& progress);
 
 }  // namespace zrml

@@ -41,6 +41,7 @@ class Planner {
     const int scans = std::max(server_.GetScanCount(plan_.sample, position), 0);
     foundScans_ += scans;
     if (scans == 0 || !IsFunctionWanted(server_, plan_.sample, position, plan_.selection, content_)) return;
+    if (content_ == Content::kAll) NoteMissingBins(function);
     const std::vector<double> times = TimesOf(function, scans);
     for (int scan = 0; scan < scans; ++scan) {
       if (plan_.selection.scans.Has(scan + 1)) Add(times[static_cast<std::size_t>(scan)], scan);
@@ -64,6 +65,12 @@ class Planner {
   bool HasFoundScans() const { return foundScans_ > 0; }
 
  private:
+  void NoteMissingBins(const RunFunction& function) {
+    if (function.driftBins > 0 || !server_.HasMobility(plan_.sample, function.position)) return;
+    plan_.notes.push_back(L"the drift bins of function " + std::to_wstring(function.number) +
+                          L" are left out: its provider tells of none");
+  }
+
   // A time for each scan. Where the list of all has none, each scan is asked for its own.
   std::vector<double> TimesOf(const RunFunction& function, int scans) const {
     const std::wstring owner = L" of function " + std::to_wstring(function.number);

@@ -40,6 +40,7 @@ struct RunPlan {
   bool isReport = false;
   int traces = 0;  // of the sample
   Losses* losses = nullptr;
+  std::vector<std::wstring> notes = {};  // what the provider does not give of what there is, a line each
   std::wstring provider;
   std::vector<RunFunction> functions;
   std::vector<RunEntry> entries;  // by time; those without one last; equal times by function and scan

@@ -45,37 +45,54 @@ std::string Uri(const fs::path& folder) {
   return uri;
 }
 
-[[noreturn]] void FailToRead(const fs::path& file) {
-  throw Failure(ExitStatus::kUnreadable, L"cannot read " + WidePath(file));
-}
+// In place of a checksum.
+constexpr std::string_view kNotOpened = "not opened";
+constexpr std::string_view kBrokenOff = "broken off";
 
+// The SHA-1 in hexadecimal digits, kNotOpened or kBrokenOff.
 std::string HashOf(const fs::path& path) {
   const platform::File file =
       platform::File::OpenSystemPath(path.native());  // a backslash may be in its name
-  if (!file.IsOpen()) FailToRead(path);
+  if (!file.IsOpen()) return std::string(kNotOpened);
   const std::uint64_t size = file.Size();
   std::vector<std::byte> buffer(kPiece);
   Sha1 hash;
   for (std::uint64_t at = 0; at < size;) {
     ThrowIfInterrupted();
     const std::size_t count = file.ReadAt(at, buffer);
-    if (count == 0) FailToRead(path);
+    if (count == 0) return std::string(kBrokenOff);
     hash.Add(std::span(buffer).first(count));
     at += count;
   }
   return hash.Finish();
 }
 
-std::vector<fs::path> FilesIn(const fs::path& folder) {
-  std::error_code error;
+std::vector<fs::path> FilesIn(const fs::path& folder, std::error_code& error) {
   std::vector<fs::path> files;
   for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
     std::error_code ignored;  // a link that leads nowhere is none
     if (at->is_regular_file(ignored)) files.push_back(at->path());
   }
-  if (error) FailToRead(folder);
   std::sort(files.begin(), files.end());
   return files;
+}
+
+struct FileList {
+  fs::path folder;
+  std::vector<fs::path> files;
+  std::error_code error = {};  // why the folder is not listed
+};
+
+FileList FilesOf(const std::wstring& path, bool isReport) {
+  const fs::path absolute = Absolute(path);
+  const bool isFile = platform::IsFile(path);
+  FileList list = {isFile ? absolute.parent_path() : absolute, {}};
+  if (isFile && isReport) {
+    list.files = {absolute};
+  } else {
+    list.files = FilesIn(list.folder, list.error);
+  }
+  return list;
 }
 
 std::wstring WithoutExtension(const std::wstring& name) {
@@ -89,18 +106,52 @@ std::wstring WithoutExtension(const std::wstring& name) {
 
 }  // namespace
 
-std::vector<SourceFile> ListSourceFiles(const std::wstring& path, bool isReport, int threads) {
-  const fs::path absolute = Absolute(path);
-  const bool isFile = platform::IsFile(path);
-  const fs::path folder = isFile ? absolute.parent_path() : absolute;
-  const std::vector<fs::path> files = isFile && isReport ? std::vector<fs::path>{absolute} : FilesIn(folder);
-  const auto hash = [&](std::size_t index, std::string& text) { text = HashOf(files[index]); };
-  OrderedPieces hashes(files.size(), {static_cast<std::size_t>(threads), hash});
-  std::vector<SourceFile> sources;
-  for (const fs::path& file : files) {
-    sources.push_back({WidePath(file.filename()), Uri(folder), hashes.Take()});
+SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads,
+                            UnreadableFiles unreadable) {
+  SourceFiles result;
+  const auto leaveOut = [&](const std::wstring& problem) {
+    if (unreadable == UnreadableFiles::kRefused) throw Failure(ExitStatus::kUnreadable, problem);
+    result.unread.push_back(problem);
+  };
+  const FileList list = FilesOf(path, isReport);
+  if (list.error) {
+    leaveOut(L"cannot list " + WidePath(list.folder) + L" (" +
+             platform::FromNativePath(list.error.message()) + L")");
   }
-  return sources;
+  const auto hash = [&](std::size_t index, std::string& text) { text = HashOf(list.files[index]); };
+  OrderedPieces hashes(list.files.size(), {static_cast<std::size_t>(threads), hash});
+  for (const fs::path& file : list.files) {
+    const std::wstring name = WidePath(file.filename());
+    std::string sha1(hashes.Take());
+    if (sha1 == kNotOpened) {
+      result.unread.push_back(name + L" cannot be opened, so it is not among the source files");
+    } else if (sha1 == kBrokenOff) {
+      leaveOut(L"cannot read " + WidePath(file));
+    } else {
+      result.files.push_back({name, Uri(list.folder), std::move(sha1)});
+    }
+  }
+  return result;
+}
+
+std::optional<SourceStamp::Stamp> SourceStamp::StampOf(const fs::path& path) {
+  std::error_code sizeError;
+  std::error_code timeError;
+  Stamp stamp = {path, fs::file_size(path, sizeError), fs::last_write_time(path, timeError)};
+  return sizeError || timeError ? std::nullopt : std::optional(std::move(stamp));
+}
+
+SourceStamp::SourceStamp(const std::wstring& path, bool isReport) {
+  for (const fs::path& file : FilesOf(path, isReport).files) {
+    if (std::optional<Stamp> stamp = StampOf(file)) stamps_.push_back(std::move(*stamp));
+  }
+}
+
+std::optional<std::wstring> SourceStamp::FindChange() const {
+  for (const Stamp& stamp : stamps_) {
+    if (StampOf(stamp.path) != stamp) return WidePath(stamp.path.filename());
+  }
+  return std::nullopt;
 }
 
 std::wstring SourceName(const std::wstring& path, bool isReport) {
