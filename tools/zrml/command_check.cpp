@@ -5,6 +5,7 @@
 #include "tools/zrml/check/raw_check.h"
 #include "tools/zrml/check/report_check.h"
 #include "tools/zrml/command.h"
+#include "tools/zrml/convert/source_files.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
@@ -83,6 +84,13 @@ void ReadSource(const Source& source, CheckResult& result) {
   }
 }
 
+// The provider reads zeros where a disk fails.
+void ReadFiles(const Source& source, CheckResult& result) {
+  const SourceFiles files = ListSourceFiles(source.Path(), source.Server().IsReportSource(), 1);
+  for (const std::wstring& name : files.broken)
+    result.findings.push_back({name, L"cannot be read to its end"});
+}
+
 std::wstring Counted(long long count, const std::wstring& noun) {
   return std::to_wstring(count) + L' ' + noun + (count == 1 ? L"" : L"s");
 }
@@ -140,7 +148,9 @@ class CheckCommand : public SourceCommand {
     std::wstring folder;
     if (IsRawDirectory(result.path, folder)) result.findings = CheckRawDirectory(folder, result.path);
     try {
-      ReadSource(OpenSource(), result);
+      const Source source = OpenSource();
+      ReadSource(source, result);
+      ReadFiles(source, result);
     } catch (const Failure& failure) {
       const bool isRefused =
           failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;

@@ -10,6 +10,7 @@
 #include "tools/zrml/format.h"
 #include "tools/zrml/host_system.h"
 #include "tools/zrml/output.h"
+#include "tools/zrml/source.h"
 
 namespace zrml {
 namespace {
@@ -17,6 +18,8 @@ namespace {
 constexpr std::array kCommands = {
     MakeInfoCommand, MakeSpectrumCommand, MakeChromatogramCommand, MakeConvertCommand, MakeCheckCommand,
 };
+
+constexpr int kFiles = 8;  // open at once for one source: the plug-in, the source's own, those looked at
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
@@ -73,7 +76,9 @@ void Run(CommandLine& line, const Commands& commands, std::vector<std::string> a
     throw WrongUsage(line.parser, error);
   }
   for (const std::unique_ptr<Command>& command : commands) {
-    if (command->IsChosen()) command->Run(out);
+    if (!command->IsChosen()) continue;
+    RequireFiles(kFiles);
+    command->Run(out);
   }
 }
 

@@ -10,7 +10,6 @@ namespace zrml {
 namespace {
 
 constexpr std::wstring_view kSeparators = L"/\\";
-constexpr int kFiles = 8;  // that are open at once for one source: the plug-in, the source's own, its data
 
 bool IsRoot(std::wstring_view path) { return path.size() < 2 || path[path.size() - 2] == L':'; }
 
@@ -38,7 +37,6 @@ bool Source::FindProvider(const std::wstring& path) {
 }
 
 Source Source::Open(const std::wstring& path, const std::wstring& pluginPath) {
-  RequireFiles(kFiles);
   const bool isFile = platform::IsFile(path);
   if (!isFile && !platform::IsDirectory(path))
     throw Failure(ExitStatus::kNoSuchPath, L"there is no file or folder " + path);

@@ -1,4 +1,4 @@
-"""failure_test.py ZRML SOURCE WORK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
+"""failure_test.py ZRML SOURCE WORK FAILING_DISK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
 
 Under the target's name there is the whole file or none; unless killed, nothing else either.
 """
@@ -197,8 +197,7 @@ def test_file_that_may_not_be_read(zrml, source):
         user = {'user': 65534} if os.geteuid() == 0 else {}  # the superuser may read all
         result = subprocess.run(command, capture_output=True, text=True, **user)
         require(result.returncode == 0, f'status {result.returncode}: {result.stderr}')
-        left_out = 'notes.txt cannot be opened, so it is not among the source files'
-        require(result.stderr == f'zrml: {private}: {left_out}\n', result.stderr)
+        require(result.stderr == f'zrml: {private}: notes.txt cannot be opened\n', result.stderr)
         require('notes.txt' not in result.stdout and '_FUNC001.DAT' in result.stdout, 'the source files')
         (private / '_FUNC001.IDX').chmod(0)
         result = subprocess.run(command, capture_output=True, text=True, **user)
@@ -229,7 +228,21 @@ def test_scan_past_the_end(conversions, source):
     require(process.returncode == 0 and names(process.folder) == ['damaged.mzML'], process.errors)
 
 
-def main(zrml, source, work):
+def test_failing_disk(conversions, failing_disk):
+    """What the disk does not give is read as zeros, which must not count as points."""
+    environment = {**os.environ, 'LD_PRELOAD': failing_disk}
+    problem = '_FUNC001.DAT cannot be read to its end'
+    source = conversions.command[2]
+    for form in ('mzml', 'tsv'):
+        process = conversions.run(f'disk-{form}', '--format', form, env=environment)
+        require(process.returncode == 5, f'status {process.returncode}')
+        require(process.errors == f'zrml: {source}: {problem}\n', process.errors)
+        require(names(process.folder) == [], 'something is left')
+    checked = subprocess.run([conversions.command[0], 'check', source], capture_output=True, text=True, env=environment)
+    require(checked.returncode == 7 and checked.stdout == f'{problem}\n', checked.stdout)
+
+
+def main(zrml, source, work, failing_disk):
     conversions = Conversions(zrml, source, pathlib.Path(work))
     test_killed_at_random(conversions)
     test_interrupted(conversions)
@@ -238,6 +251,7 @@ def main(zrml, source, work):
     test_no_room(conversions)
     test_few_descriptors(conversions)
     test_pipe_that_does_not_wait(conversions)
+    test_failing_disk(conversions, failing_disk)
     test_source_changed_meanwhile(conversions, source)
     test_file_that_may_not_be_read(zrml, source)
     test_scan_past_the_end(conversions, source)

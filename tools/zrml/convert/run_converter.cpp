@@ -1,7 +1,7 @@
 #include "tools/zrml/convert/run_converter.h"
 
-#include <iterator>
 #include <optional>
+#include <utility>
 
 #include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/convert/ordered_pieces.h"
@@ -30,16 +30,32 @@ std::unique_ptr<Document> MakeDocument(const RunContext& context, Format format,
   return MakePlainDocument(format == Format::kTsv ? kTsvHeading : std::string_view(), out);
 }
 
-void Append(std::vector<std::wstring>& lines, std::vector<std::wstring> more) {
-  lines.insert(lines.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
-}
+// What is not as in the source.
+class Notes {
+ public:
+  Notes(std::vector<std::wstring> lines, bool isDamageAllowed)
+      : lines_(std::move(lines)), isDamageAllowed_(isDamageAllowed) {}
 
-// Points that a file has lost since it was looked at have been read as zeros.
-void TellOfChange(const std::wstring& file, const ConvertOptions& options, std::vector<std::wstring>& notes) {
-  const std::wstring problem = file + L" has changed during the conversion";
-  if (!options.isDamageAllowed) throw Failure(ExitStatus::kUnreadable, problem);
-  notes.push_back(problem);
-}
+  void Add(const std::wstring& line) { lines_.push_back(line); }
+
+  /// What the user has to allow.
+  void AddOrRefuse(const std::wstring& problem) {
+    if (!isDamageAllowed_) throw Failure(ExitStatus::kUnreadable, problem);
+    Add(problem);
+  }
+
+  void Add(const SourceFiles& files) {
+    if (files.error) AddOrRefuse(*files.error);
+    for (const std::wstring& name : files.broken) AddOrRefuse(name + L" cannot be read to its end");
+    for (const std::wstring& name : files.closed) Add(name + L" cannot be opened");
+  }
+
+  std::vector<std::wstring> Lines() && { return std::move(lines_); }
+
+ private:
+  std::vector<std::wstring> lines_;
+  bool isDamageAllowed_;
+};
 
 }  // namespace
 
@@ -69,14 +85,11 @@ ConvertedRun ConvertRun(const OpenSource& source, int sample, const std::wstring
   // The other workers begin while this one describes the source, whose files it reads for their checksums.
   std::optional<OrderedPieces> spectra(std::in_place, plan.entries.size(), std::move(workers));
   RunContext context = {plan, first.Server(), name, {}, options.arrays, options.isIndexed};
-  std::vector<std::wstring> notes = plan.notes;
-  if (options.format == Format::kMzml) {
-    SourceFiles files =
-        ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(source.workers.size()),
-                        options.isDamageAllowed ? UnreadableFiles::kLeftOut : UnreadableFiles::kRefused);
-    context.files = std::move(files.files);
-    Append(notes, std::move(files.unread));
-  }
+  // Also where they are not named: what a failing disk does not give is read as zeros.
+  SourceFiles files = ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(source.workers.size()));
+  Notes notes(plan.notes, options.isDamageAllowed);
+  notes.Add(files);
+  context.files = std::move(files.files);
   const std::unique_ptr<Document> document = MakeDocument(context, options.format, out);
   document->Begin();
   for (std::size_t i = 0; i < plan.entries.size(); ++i) {
@@ -87,11 +100,12 @@ ConvertedRun ConvertRun(const OpenSource& source, int sample, const std::wstring
   spectra.reset();
   document->End();
   ThrowIfInterrupted();
-  Append(notes, losses.Describe());
-  if (const std::optional<std::wstring> changed = source.stamp.FindChange())
-    TellOfChange(*changed, options, notes);
+  for (const std::wstring& loss : losses.Describe()) notes.Add(loss);
+  // Points that a file has lost since it was looked at have been read as zeros.
+  if (const auto changed = source.stamp.FindChange())
+    notes.AddOrRefuse(*changed + L" has changed during the conversion");
   out.Finish();
-  return {plan.entries.size(), document->ChromatogramCount(), std::move(notes)};
+  return {plan.entries.size(), document->ChromatogramCount(), std::move(notes).Lines()};
 }
 
 }  // namespace zrml

@@ -21,7 +21,7 @@ struct RunContext {
   const RunPlan& plan;
   CDataServerImpl& server;
   std::wstring name;
-  std::vector<SourceFile> files;  // for mzML
+  std::vector<SourceFile> files;
   ArrayOptions arrays = {};
   bool isIndexed = false;
 };

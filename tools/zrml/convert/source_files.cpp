@@ -11,7 +11,6 @@
 #include "tools/zrml/convert/native_path.h"
 #include "tools/zrml/convert/ordered_pieces.h"
 #include "tools/zrml/convert/sha1.h"
-#include "tools/zrml/failure.h"
 
 namespace zrml {
 namespace {
@@ -106,17 +105,12 @@ std::wstring WithoutExtension(const std::wstring& name) {
 
 }  // namespace
 
-SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads,
-                            UnreadableFiles unreadable) {
+SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads) {
   SourceFiles result;
-  const auto leaveOut = [&](const std::wstring& problem) {
-    if (unreadable == UnreadableFiles::kRefused) throw Failure(ExitStatus::kUnreadable, problem);
-    result.unread.push_back(problem);
-  };
   const FileList list = FilesOf(path, isReport);
   if (list.error) {
-    leaveOut(L"cannot list " + WidePath(list.folder) + L" (" +
-             platform::FromNativePath(list.error.message()) + L")");
+    result.error = L"cannot list " + WidePath(list.folder) + L" (" +
+                   platform::FromNativePath(list.error.message()) + L")";
   }
   const auto hash = [&](std::size_t index, std::string& text) { text = HashOf(list.files[index]); };
   OrderedPieces hashes(list.files.size(), {static_cast<std::size_t>(threads), hash});
@@ -124,9 +118,9 @@ SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads
     const std::wstring name = WidePath(file.filename());
     std::string sha1(hashes.Take());
     if (sha1 == kNotOpened) {
-      result.unread.push_back(name + L" cannot be opened, so it is not among the source files");
+      result.closed.push_back(name);
     } else if (sha1 == kBrokenOff) {
-      leaveOut(L"cannot read " + WidePath(file));
+      result.broken.push_back(name);
     } else {
       result.files.push_back({name, Uri(list.folder), std::move(sha1)});
     }

@@ -18,16 +18,14 @@ struct SourceFile {
 
 struct SourceFiles {
   std::vector<SourceFile> files;
-  std::vector<std::wstring> unread;  // a line about each that is left out, and why
+  std::vector<std::wstring> closed;   // names of those that nobody here may open
+  std::vector<std::wstring> broken;   // and of those that break off
+  std::optional<std::wstring> error;  // why the folder is not listed, or not to its end
 };
 
-enum class UnreadableFiles { kRefused, kLeftOut };
-
 /// The regular files of the folder `path`, by name, or of the folder that holds the file `path`; of a report
-/// the file alone. Reads them whole, on `threads` threads. Those that nobody here may open are left out.
-/// Throws a Failure when one breaks off, or the folder cannot be listed, unless these are to be left out,
-/// too.
-SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads, UnreadableFiles unreadable);
+/// the file alone. Reads them whole, on `threads` threads.
+SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads);
 
 /// What the files of a source were when it was made: their sizes, and when they were last written.
 class SourceStamp {
