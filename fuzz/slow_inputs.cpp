@@ -102,6 +102,23 @@ Contents ManySubScans() {
   return files;
 }
 
+// The same with second masses all over the range, so that the sum grows: as far as sub-scans are summed, and
+// behind a first one that is long.
+Contents GrowingSubScans(std::size_t first) {
+  Contents files = OneFunction(12, kMegabyte / 8).Files();
+  std::vector<StoredPoint12> points(
+      kMegabyte / 8,
+      {.massExponent = 10, .massMantissa = 1u << 26, .intensity = {.magnitude = 1000, .exponent = 20}});
+  for (std::size_t i = 1; i < first; ++i) points[i].massMantissa += static_cast<std::uint32_t>(512 * i);
+  std::uint32_t random = 1;
+  for (std::size_t i = first + 1; i < points.size(); i += 2) {
+    random = random * 1664525 + 1013904223;
+    points[i].massMantissa += 1 + (random >> 6) % ((1u << 26) - 1);
+  }
+  files["_FUNC001.DAT"] = EncodePoints(points);
+  return files;
+}
+
 template <class Server>
 double Seconds(Contents contents, const std::wstring& source) {
   fuzz::Files files;
@@ -192,6 +209,8 @@ int main() {
   Show("many scans, times descending", ManyScans());
   Show("many traces", ManyTraces());
   Show("many sub-scans", ManySubScans());
+  Show("many sub-scans, growing sum", GrowingSubScans(0));
+  Show("many sub-scans, long first one", GrowingSubScans(60000));
   Show("long history", LongHistory());
   ShowReports();
 }

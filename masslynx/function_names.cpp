@@ -1,6 +1,7 @@
 #include "masslynx/function_names.h"
 
-#include <string>
+#include <algorithm>
+#include <functional>
 #include <unordered_map>
 
 #include "masslynx/function_types.h"
@@ -30,15 +31,27 @@ std::wstring Name(const FunctionRecord& function) {
 
 }  // namespace
 
-void BuildFunctionNames(std::vector<FunctionRecord>& functions) {
-  std::unordered_map<std::wstring, int> occurrences;
+void MarkSharedNames(std::vector<FunctionRecord>& functions) {
+  std::unordered_multimap<std::size_t, FunctionRecord*> byHash;  // the first of each name
   for (FunctionRecord& function : functions) {
-    function.name = Name(function);
-    ++occurrences[function.name];
+    function.sharesName = false;
+    const std::wstring name = Name(function);
+    const std::size_t hash = std::hash<std::wstring>()(name);
+    const auto [begin, end] = byHash.equal_range(hash);
+    const auto same =
+        std::find_if(begin, end, [&](const auto& entry) { return Name(*entry.second) == name; });
+    if (same == end) {
+      byHash.emplace(hash, &function);
+    } else {
+      function.sharesName = same->second->sharesName = true;
+    }
   }
-  for (std::size_t i = 0; i < functions.size(); ++i) {
-    if (occurrences[functions[i].name] > 1) functions[i].name += L' ' + std::to_wstring(i + 1);
-  }
+}
+
+std::wstring FunctionName(const std::vector<FunctionRecord>& functions, std::size_t position) {
+  const FunctionRecord& function = functions[position];
+  const std::wstring name = Name(function);
+  return function.sharesName ? name + L' ' + std::to_wstring(position + 1) : name;
 }
 
 }  // namespace zrml

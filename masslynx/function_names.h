@@ -1,14 +1,20 @@
 // Display names of functions.
 #pragma once
 
+#include <cstddef>
+#include <string>
 #include <vector>
 
 #include "masslynx/function_record.h"
 
 namespace zrml {
 
-/// Names every function: type, ionisation mode, processing steps, label. Names that occur more than once then
-/// get the function's place in the list, counted from 1.
-void BuildFunctionNames(std::vector<FunctionRecord>& functions);
+/// Finds out which functions share their name with another one.
+void MarkSharedNames(std::vector<FunctionRecord>& functions);
+
+/// Type, ionisation mode, processing steps, label; where the name is shared, then the function's place in the
+/// list, counted from 1. Names are made when they are asked for: those of long chains of processing steps
+/// would take many times the size of the file that tells the steps.
+std::wstring FunctionName(const std::vector<FunctionRecord>& functions, std::size_t position);
 
 }  // namespace zrml

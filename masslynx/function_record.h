@@ -71,7 +71,7 @@ struct FunctionRecord {
   std::vector<std::uint16_t> processChain;  ///< process codes, oldest first
   bool hasMobilityData = false;
   std::wstring label;
-  std::wstring name;
+  bool sharesName = false;  ///< with another function
   bool massRangeKnown = false;
   double lowMass = 0;
   double highMass = 0;

@@ -77,7 +77,7 @@ bool CMLDataServerImpl::LoadDescription() {
   ApplyLabels(dataPath, table.functions);
   RemoveUnlisted(table);
   if (!selectedFile.empty() && !SelectFunction(selectedFile, table.functions)) selectedFile.clear();
-  BuildFunctionNames(table.functions);
+  MarkSharedNames(table.functions);
   functions = std::move(table.functions);
   mobilityData.Release();  // its reader may still be that of a directory opened before
   if (table.absorbance.typeCode != FunctionRecord::kNoFunction)
@@ -115,8 +115,8 @@ int CMLDataServerImpl::GetFunctionCount(int sample) {
 }
 
 std::wstring CMLDataServerImpl::GetFunctionName(int sample, int function) {
-  const FunctionRecord* const record = FindFunction(sample, function);
-  return record != nullptr ? record->name : std::wstring();
+  if (FindFunction(sample, function) == nullptr) return {};
+  return FunctionName(functions, static_cast<std::size_t>(function));
 }
 
 int CMLDataServerImpl::GetFunctionKind(int sample, int function) {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <limits>
 #include <numeric>
+#include <span>
 
 #include "spectrum/parallel_sort.h"
 
@@ -80,6 +83,94 @@ int KeepPositiveMasses(CZRMassSpectrum& spectrum, int count) {
   return kept;
 }
 
+// Visits peaks and merges each with its neighbours.
+class PeakMerger {
+ public:
+  PeakMerger(CZRMassSpectrum& spectrum, int count, std::vector<MergedPeak>* merged)
+      : masses_(spectrum.GetMasses()),
+        intensities_(spectrum.GetIntensities()),
+        walk_(masses_, intensities_, count),
+        merged_(merged) {}
+
+  // `half` is half the width at the peak's mass.
+  void Visit(std::int32_t i, double half) {
+    walk_.Absorb(i, masses_[i] - half, masses_[i] + half);
+    if (merged_ != nullptr) merged_->push_back({i, walk_.Lowest(), walk_.Highest()});
+    if (!(walk_.Intensity() > 0)) return;
+    masses_[i] = walk_.Mass();
+    intensities_[i] = walk_.Intensity();
+  }
+
+  // The same of a peak that has no neighbours to take.
+  void VisitAlone(std::int32_t i) {
+    if (merged_ != nullptr) merged_->push_back({i, i, i});
+    const double intensity = intensities_[i];
+    if (intensity > 0) masses_[i] = intensity * masses_[i] / intensity;  // not always the mass that it was
+  }
+
+  bool IsAbsorbed(std::int32_t i) const { return !(masses_[i] > 0); }
+
+ private:
+  double* masses_;
+  double* intensities_;
+  PeakWalk walk_;
+  std::vector<MergedPeak>* merged_;
+};
+
+// Whether the law's width is the same at every mass.
+bool IsConstant(const CZRMSPeakWidthLaw::Law& law) {
+  double width = 0;
+  double unused = 0;
+  return law.GetParameters(width, unused) == CZRMSPeakWidthLaw::kConstant;
+}
+
+// Half the width where that is the same at every mass; otherwise 0.
+double ConstantHalf(const PeakMergeContext& context, double factor) {
+  const bool isConstant =
+      context.scanLaw == nullptr && (context.widthLaw == nullptr || IsConstant(*context.widthLaw));
+  return isConstant ? PeakWidthAt(context, 0) / factor * 0.5 : 0;
+}
+
+// Whether masses are positive and in order, and all are such that a mean of masses, weighted by intensity,
+// lies between them but for an error far below `half`.
+bool AreOrdinary(const double* masses, const double* intensities, int count, double half) {
+  constexpr double kWeakest = 1e-200;
+  constexpr double kStrongest = 1e200;
+  const double error = masses[count - 1] * count * 2 * std::numeric_limits<double>::epsilon();
+  bool isOrdinary = masses[0] > 0 && error < half / 16;
+  for (int i = 1; i < count; ++i) isOrdinary &= masses[i - 1] <= masses[i];
+  for (int i = 0; i < count; ++i) {
+    const bool isZero = std::bit_cast<std::uint64_t>(intensities[i]) == 0;
+    isOrdinary &= isZero || (intensities[i] >= kWeakest && intensities[i] <= kStrongest);
+  }
+  return isOrdinary;
+}
+
+// Ordinary peaks fall into groups between which there is more than a walk reaches. None leads from one group
+// into another, since a merged peak lies between those that went into it: so the strongest first need be
+// found within each group only, and most groups are single peaks.
+void MergeInGroups(const double* masses, const double* intensities, int count, double half,
+                   std::span<std::int32_t> order, PeakMerger& merger) {
+  const double reach = half * (1 + 2.0 / 16);  // with the errors on either side
+  for (std::int32_t first = 0; first < count;) {
+    std::int32_t last = first + 1;
+    while (last < count && masses[last] - masses[last - 1] <= reach) ++last;
+    if (last == first + 1) {
+      merger.VisitAlone(first);
+    } else {
+      const auto group = order.first(static_cast<std::size_t>(last - first));
+      std::iota(group.begin(), group.end(), first);
+      std::sort(group.begin(), group.end(), [&](std::int32_t a, std::int32_t b) {
+        return intensities[a] != intensities[b] ? intensities[a] > intensities[b] : a < b;
+      });
+      for (const std::int32_t i : group) {
+        if (!merger.IsAbsorbed(i)) merger.Visit(i, half);
+      }
+    }
+    first = last;
+  }
+}
+
 }  // namespace
 
 double PeakWidthAt(const PeakMergeContext& context, double mass) {
@@ -97,21 +188,18 @@ int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& 
   const int count = static_cast<int>(points);
   if (count < 2) return count;
   // All memory first: nothing fails once masses have been changed.
-  const std::vector<std::int32_t> order = ByIntensity(spectrum, points);
   if (merged != nullptr) merged->reserve(points);
-
-  double* const masses = spectrum.GetMasses();
-  double* const intensities = spectrum.GetIntensities();
-  PeakWalk walk(masses, intensities, count);
-  for (const std::int32_t i : order) {
-    const double mass = masses[i];
-    if (!(mass > 0)) continue;
-    const double half = PeakWidthAt(context, mass) / factor * 0.5;
-    walk.Absorb(i, mass - half, mass + half);
-    if (merged != nullptr) merged->push_back({i, walk.Lowest(), walk.Highest()});
-    if (!(walk.Intensity() > 0)) continue;
-    masses[i] = walk.Mass();
-    intensities[i] = walk.Intensity();
+  const double* const masses = spectrum.GetMasses();
+  const double* const intensities = spectrum.GetIntensities();
+  PeakMerger merger(spectrum, count, merged);
+  const double half = ConstantHalf(context, factor);
+  if (half > 0 && AreOrdinary(masses, intensities, count, half)) {
+    const auto order = std::make_unique_for_overwrite<std::int32_t[]>(points);
+    MergeInGroups(masses, intensities, count, half, {order.get(), points}, merger);
+  } else {
+    for (const std::int32_t i : ByIntensity(spectrum, points)) {
+      if (!merger.IsAbsorbed(i)) merger.Visit(i, PeakWidthAt(context, masses[i]) / factor * 0.5);
+    }
   }
   if (merged != nullptr) {
     std::sort(merged->begin(), merged->end(),

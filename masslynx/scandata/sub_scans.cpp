@@ -39,7 +39,7 @@ CZRMassSpectrum SubScan(const CZRMassSpectrum& scan, std::size_t begin, std::siz
 }  // namespace
 
 std::size_t MostSubScanVisits(std::size_t points) {
-  constexpr std::size_t kAlways = std::size_t{1} << 25;
+  constexpr std::size_t kAlways = std::size_t{1} << 23;
   constexpr std::size_t kPerPoint = 16;
   return std::max(kAlways, kPerPoint * points);
 }

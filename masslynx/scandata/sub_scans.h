@@ -9,7 +9,7 @@ namespace zrml {
 
 /// Adding a sub-scan visits its own points and those of the sum so far, and costs eight visits besides: in
 /// all about twice the points of a scan whose sub-scans are alike, and more where their masses differ and the
-/// sum grows. A scan that would need more visits than this, 2^25 or about two seconds, and more than 16 for
+/// sum grows. A scan that would need more visits than this, 2^23 or about a tenth of a second, and more than 16 for
 /// each of its points, stays as decoded, so that very many short sub-scans after a long one do not hang.
 std::size_t MostSubScanVisits(std::size_t points);
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "masslynx/ml_data_server.h"
+#include "openlynx/openlynx_data_server.h"
 #include "tests/hostile/allocations.h"
 #include "tests/hostile/reading.h"
 
@@ -80,6 +81,64 @@ TEST(Bounds, MemoryGrowsWithTheFilesByNoMoreThanStated) {
     const std::size_t peak = PeakOf(directory);
     EXPECT_LE(peak, kConstant + kPerFileByte * SizeOf(directory));
     RecordProperty(name, std::to_string(static_cast<double>(peak) / static_cast<double>(text.size())));
+  }
+}
+
+// Each step is derived from the one before and has a text: names of up to 36,000 characters.
+TEST(Bounds, NamesOfLongChainsAreNotKept) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  for (int step = 1; step <= 1440; ++step) {
+    raw.history.push_back({.processNumber = static_cast<std::uint16_t>(step),
+                           .derivedFrom = static_cast<std::uint16_t>(step - 1),
+                           .rawFunctionNumber = 1,
+                           .processCode = 27});
+    raw.processed[step];
+  }
+  const TempDirectory directory = raw.Build();
+  const std::size_t before = BytesInUse();
+  StartPeak();
+  CMLDataServerImpl server;
+  ASSERT_TRUE(server.Open(directory.WidePath()));
+  ASSERT_EQ(server.GetFunctionCount(0), 1441);
+  EXPECT_GT(server.GetFunctionName(0, 1440).size(), 30000U);
+  EXPECT_LE(PeakBytes() - before, kConstant + kPerFileByte * SizeOf(directory));
+}
+
+// Whatever lies in whatever: samples, functions, analog functions, spectra, each a megabyte of blocks that
+// are never closed.
+TEST(Bounds, ReportsTakeMemoryByTheirSize) {
+  const std::map<std::string, std::string> things = {
+      {"samples", "[SAMPLE]\n"},
+      {"functions", "[SAMPLE]\n{\n" + std::string("[FUNCTION]\n{\n")},
+      {"analog functions", "[FUNCTION]\n{\nType DAD\n"},
+      {"spectra", "[SPECTRUM]\n{\n"},
+      {"chromatograms", "[CHROMATOGRAM]\n{\n"},
+      {"functions and spectra", "[FUNCTION]\n{\n[SPECTRUM]\n{\n"},
+  };
+  for (const auto& [name, thing] : things) {
+    SCOPED_TRACE(name);
+    std::string text = "[SAMPLE]\n{\n[FUNCTION]\n{\n";
+    while (text.size() < kMegabyte) text += thing;
+    const TempDirectory directory;
+    directory.WriteText("report.rpt", text);
+    const std::size_t before = BytesInUse();
+    StartPeak();
+    {
+      COpenLynxRptDataServerImpl server;
+      ASSERT_TRUE(server.Open(directory.WidePath("report.rpt")));
+      server.GetSampleCount();
+      server.GetTraceCount(0);
+      const int functions = std::min(server.GetFunctionCount(0), 4);
+      for (int function = 0; function < functions; ++function) {
+        server.GetScanCount(0, function);
+        server.GetFunctionTraceCount(0, function);
+        server.GetFunctionName(0, function);
+      }
+    }
+    EXPECT_LE(PeakBytes() - before, kConstant + kPerFileByte * text.size());
+    RecordProperty(
+        name, std::to_string(static_cast<double>(PeakBytes() - before) / static_cast<double>(text.size())));
   }
 }
 

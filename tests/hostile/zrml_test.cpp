@@ -71,6 +71,49 @@ TEST_F(DamagedSourceTest, EmptyFile) {
   }
 }
 
+// With each file gone, cut or empty in turn: a whole file, or none and one line; nothing beside it either
+// way.
+TEST_F(DamagedSourceTest, ConversionLeavesAWholeFileOrNone) {
+  using Damage = void (*)(const TempDirectory& directory, const std::string& name, std::size_t size);
+  const Damage damages[] = {
+      [](const TempDirectory& directory, const std::string& name, std::size_t) { directory.Remove(name); },
+      [](const TempDirectory& directory, const std::string& name, std::size_t size) {
+        directory.Truncate(name, size / 2);
+      },
+      [](const TempDirectory& directory, const std::string& name, std::size_t) {
+        directory.Truncate(name, 0);
+      },
+  };
+  int refused = 0;
+  int converted = 0;
+  for (const Damage damage : damages) {
+    for (const auto& [name, bytes] : WholeDirectory().Files()) {
+      SCOPED_TRACE(name);
+      const TempDirectory directory = WholeDirectory().Build();
+      damage(directory, name, bytes.size());
+      const TempDirectory target("out");
+      const test::ProcessResult result =
+          Run({"convert", directory.Path().string(), "-q", "-o", target.Path().string()});
+      std::vector<std::string> files;
+      for (const auto& entry : std::filesystem::directory_iterator(target.Path()))
+        files.push_back(entry.path().filename().string());
+      if (result.status == 0) {
+        ++converted;
+        ASSERT_EQ(files, std::vector<std::string>{"acquisition.mzML"});
+        EXPECT_TRUE(test::ReadBytes(target.Path() / files.front()).ends_with("</indexedmzML>\n"));
+        EXPECT_EQ(result.errors, "");
+      } else {
+        ++refused;
+        EXPECT_EQ(files, std::vector<std::string>());
+        EXPECT_TRUE(result.errors.starts_with("zrml: ")) << result.errors;
+        EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+      }
+    }
+  }
+  EXPECT_GT(refused, 20);
+  EXPECT_GT(converted, 5);
+}
+
 TEST_F(DamagedSourceTest, ScanThatCannotBeReadIsOneLine) {
   const TempDirectory directory = WholeDirectory().Build();
   // Data format 10 does not exist: bits 10 to 13 of the first record's word.
