@@ -2,6 +2,9 @@
 
 add_library(zrml_warnings INTERFACE)
 target_compile_options(zrml_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # whose -Wconversion is wider
+  target_compile_options(zrml_warnings INTERFACE -Wno-sign-conversion)
+endif()
 
 # No fused multiply-add and no fast-math: results are the same to the bit on every platform and at every optimisation.
 # Square roots are the processor's, not the C library's, whose NaN has another sign on each platform.

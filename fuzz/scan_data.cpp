@@ -118,6 +118,8 @@ void CheckCalibration(const platform::File& file, const FunctionRecord& function
   Decoded raw;
   Decode(file, uncalibrated, raw);
   if (MaySumSubScans(function.dataFormat) && (decoded.unsorted || raw.unsorted)) return;
+  Check(raw.accepted && raw.spectrum.UsablePoints() == decoded.spectrum.UsablePoints(),
+        "a calibration does not change how many points there are");
   const ScanCalibration calibration(function, function.scanIndex[0]);
   for (std::size_t i = 0; i < decoded.spectrum.UsablePoints(); ++i) {
     // Points of layout 1 that are not written have neither mass.

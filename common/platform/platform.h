@@ -42,6 +42,9 @@ class File {
   /// Size in bytes, 0 when closed or unknown.
   std::uint64_t Size() const;
 
+  /// When it was last written to, in a unit of the system's own; 0 when closed or unknown.
+  std::int64_t WriteTime() const;
+
   /// Reads bytes from `offset` on and returns how many: fewer than asked at the end of the file or on an
   /// error.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> out) const;

@@ -59,6 +59,13 @@ std::uint64_t File::Size() const {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
+std::int64_t File::WriteTime() const {
+  constexpr std::int64_t kPerSecond = 1'000'000'000;
+  struct stat status {};
+  if (!IsOpen() || ::fstat(static_cast<int>(handle_), &status) != 0) return 0;
+  return status.st_mtim.tv_sec * kPerSecond + status.st_mtim.tv_nsec;
+}
+
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
   std::size_t done = 0;
   while (IsOpen() && done < out.size()) {

@@ -48,6 +48,12 @@ std::uint64_t File::Size() const {
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
+std::int64_t File::WriteTime() const {
+  FILETIME time{};
+  if (!IsOpen() || !::GetFileTime(reinterpret_cast<HANDLE>(handle_), nullptr, nullptr, &time)) return 0;
+  return static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+}
+
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
   std::size_t done = 0;
   while (IsOpen() && done < out.size()) {

@@ -11,6 +11,8 @@ extern "C" __declspec(dllimport) void* CreateFileW(const wchar_t* path, unsigned
                                                    void* security, unsigned disposition, unsigned flags,
                                                    void* pattern);
 
+extern "C" __declspec(dllimport) int CloseHandle(void* handle);
+
 namespace microsoft_host {
 namespace {
 
@@ -45,11 +47,21 @@ bool ReadsSpectrum(DataServer& server) {
   return server.GetSpectrum(0, 0, 0, spectrum) && spectrum.count == kPoints;
 }
 
-// Whether nobody has the file open: it is opened without sharing it.
-bool IsOpenNowhere(const wchar_t* path) {
+constexpr unsigned kShareNothing = 0;
+constexpr unsigned kShareAll = 7;
+
+// Null when it cannot be opened.
+void* OpenFile(const wchar_t* path, unsigned share) {
   constexpr unsigned kRead = 0x80000000;
   constexpr unsigned kExisting = 3;
-  return CreateFileW(path, kRead, 0, nullptr, kExisting, 0, nullptr) != reinterpret_cast<void*>(-1);
+  void* const file = CreateFileW(path, kRead, share, nullptr, kExisting, 0, nullptr);
+  return file != reinterpret_cast<void*>(-1) ? file : nullptr;
+}
+
+bool IsOpenNowhere(const wchar_t* path) {
+  void* const file = OpenFile(path, kShareNothing);
+  if (file != nullptr) CloseHandle(file);
+  return file != nullptr;
 }
 
 }  // namespace
@@ -58,6 +70,10 @@ void Main(wchar_t* arguments) {
   UseRuntimeHeap();
   const Plugin plugin = LoadPlugin(NextArgument(arguments));
   const wchar_t* const directory = NextArgument(arguments);
+  const wchar_t* const dataFile = NextArgument(arguments);
+  void* const file = OpenFile(dataFile, kShareAll);
+  Check(file != nullptr && !IsOpenNowhere(dataFile), "a file that is open is told");
+  CloseHandle(file);
   DataServer* const server = plugin.Create(0);
   Check(server->Open(directory), "the directory opens");
   for (int i = 0; i < 3; ++i) {
@@ -66,7 +82,7 @@ void Main(wchar_t* arguments) {
   }
   Check(ThrowsNoRoom(*server), "once more, with nothing read after it");
   Check(server->Close(), "the directory closes");
-  Check(IsOpenNowhere(NextArgument(arguments)), "the data file is not open any more");
+  Check(IsOpenNowhere(dataFile), "the data file is not open any more");
   delete server;
   UnloadPlugin(plugin);
 }

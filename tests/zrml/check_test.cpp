@@ -233,6 +233,71 @@ TEST_F(CheckTest, DataFilesOfNoFunction) {
   ExpectFindings(directory, "_FUNC003.DAT belongs to no function\n_PROC001.DAT belongs to no function\n", 2);
 }
 
+// The data file of a processed function is gone, so it is not listed; its index is still there.
+TEST_F(CheckTest, IndexOfNoFunction) {
+  const TempDirectory directory = Sound().Build();
+  directory.WriteText("_PROC001.IDX", "x");
+  directory.WriteText("_FUNC009.CDT", "x");
+  directory.WriteText("_FUNC003.IDX", "x");
+  directory.WriteText("_FUNC003.DAT", "x");
+  ExpectFindings(directory,
+                 "_FUNC003.DAT belongs to no function\n_FUNC009.CDT belongs to no function\n"
+                 "_PROC001.IDX belongs to no function\n",
+                 3);
+}
+
+TEST_F(CheckTest, FunctionTableThatCannotBeOpened) {
+  const TempDirectory directory = Sound().Build();
+  directory.Remove("_FUNCTNS.INF");
+  directory.MakeDirectory("_FUNCTNS.INF");
+  ExpectFindings(directory, "_FUNCTNS.INF cannot be opened\nno provider reads " + PathOf(directory) + "\n",
+                 2);
+}
+
+TEST_F(CheckTest, DriftBinsThatCannotBeOpened) {
+  const TempDirectory directory = Sound().Build();
+  directory.MakeDirectory("_FUNC001.CDT");
+  ExpectFindings(directory, "_FUNC001.CDT cannot be opened, so the function has no drift bins\n");
+}
+
+// The last scan of format 6 is stored as format 4 is: seven points are two groups of 10 bytes, those of the
+// scan before it seven words.
+TEST_F(CheckTest, LastScanOfMixedDataThatIsCut) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = 6;
+  raw.functions[0].scans = {{.index = {.pointCount = 7}, .data = FileBytes(14)},
+                            {.index = {.pointCount = 7}, .data = FileBytes(20)}};
+  const TempDirectory directory = raw.Build();
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 1 function, 2 scans\n");
+  directory.Truncate("_FUNC001.DAT", 33);
+  ExpectFindings(directory, "_FUNC001.DAT ends before 1 of 2 scans do; the first is scan 2\n");
+}
+
+// Precursors of MS/MS scans stand in the statistics.
+TEST_F(CheckTest, LostStatisticsAreNotConvertedUnasked) {
+  using Damage = void (*)(const TempDirectory& directory);
+  const Damage damages[] = {
+      [](const TempDirectory& directory) { directory.Truncate("_FUNC001.STS", 7); },
+      [](const TempDirectory& directory) {
+        directory.Truncate("_FUNC001.STS", directory.Read("_FUNC001.STS").size() - 1);
+      },
+      [](const TempDirectory& directory) {
+        directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { bytes[2] = std::byte{2}; });
+      },
+      [](const TempDirectory& directory) {
+        directory.Remove("_FUNC001.STS");
+        directory.MakeDirectory("_FUNC001.STS");
+      },
+  };
+  for (const Damage damage : damages) {
+    const TempDirectory directory = Sound().Build();
+    damage(directory);
+    EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--function", "1"}).status, 7);
+    EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--function", "2"}).status, 0);
+  }
+}
+
 TEST_F(CheckTest, FunctionWithoutData) {
   const TempDirectory directory = Sound().Build();
   directory.Remove("_FUNC002.DAT");
@@ -365,7 +430,9 @@ TEST_F(CheckTest, DataThatNoScanRefersTo) {
   EXPECT_EQ(converted.status, 0);
   EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) + ": " + finding + "\n");
   directory.Truncate("_FUNC002.IDX", 0);
-  ExpectFindings(directory, "_FUNC002.DAT holds " + std::to_string(size) + " bytes that no scan refers to\n");
+  ExpectFindings(directory,
+                 "_FUNC002.DAT holds " + std::to_string(size) + " bytes, but the index is empty\n");
+  EXPECT_EQ(RunBare({"convert", PathOf(directory), "--stdout", "--format", "tsv"}).status, 7);
 }
 
 TEST_F(CheckTest, TracesThatCannotBeRead) {
@@ -412,9 +479,9 @@ TEST_F(LostTracesTest, ListOfAnalogChannels) {
   directory.Truncate("_ANALOGS.INF", 0);
   ExpectLost(directory, "_ANALOGS.INF is empty, so there are no traces");
   directory.Remove("_ANALOGS.INF");
-  ExpectLost(directory, "_ANALOGS.INF is missing, so there are no traces");
+  ExpectLost(directory, "_ANALOGS.INF is missing, so there are no analog traces");
   directory.MakeDirectory("_ANALOGS.INF");
-  ExpectLost(directory, "_ANALOGS.INF cannot be opened, so there are no traces");
+  ExpectLost(directory, "_ANALOGS.INF cannot be opened, so there are no analog traces");
 }
 
 TEST_F(LostTracesTest, ValuesOfAnalogChannels) {
@@ -453,6 +520,19 @@ TEST_F(LostTracesTest, ListOfChromatograms) {
   ExpectLost(directory, "_CHROMS.INF is missing, so there are no traces");
   directory.MakeDirectory("_CHROMS.INF");
   ExpectLost(directory, "_CHROMS.INF cannot be opened, so there are no traces");
+}
+
+// The list of analog channels hides the chromatograms, also when it is empty.
+TEST_F(LostTracesTest, EmptyListThatHidesChromatograms) {
+  const TempDirectory directory = WithChromatograms();
+  directory.WriteText("_ANALOGS.INF", "");
+  ExpectLost(directory, "_ANALOGS.INF is empty, so there are no traces");
+}
+
+TEST_F(LostTracesTest, EmptyListOfARunWithoutChromatogramsIsSound) {
+  const TempDirectory directory = Sound().Build();
+  directory.WriteText("_CHROMS.INF", "");
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");
 }
 
 // Names and values of the functions would be missing.

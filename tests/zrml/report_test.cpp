@@ -209,27 +209,72 @@ TEST_F(ReportTest, ChromatogramNeedsAFunctionOrATrace) {
                 "--range excludes --trace (see zrml chromatogram --help)");
 }
 
-// A copy that broke off: in a list of a spectrum of a function of a sample, each with its own brace; and
-// before the last brace of all.
-TEST_F(ReportTest, ReportThatIsCutIsDamaged) {
-  const std::string whole = ReadBytes(folder_ / "vials.rpt");
-  ExpectOutput(RunBare({"check", path_}), path_ + " is sound: 2 functions, 3 scans\n");
-  const auto expectCut = [&](std::size_t size, const std::string& finding) {
+class CutReportTest : public ReportTest {
+ protected:
+  // With the report cut at `size`: what check finds, and how sample `sample` is called in messages of
+  // convert, which refuses that one and no other.
+  void ExpectCut(std::size_t size, const std::string& finding, int sample, const std::string& name) const {
     std::filesystem::resize_file(folder_ / "vials.rpt", size);
     const ProcessResult checked = RunBare({"check", path_});
     EXPECT_EQ(checked.status, 7);
     EXPECT_EQ(checked.output, finding + "\n");
-    const std::vector<std::string> convert = {"convert", path_, "--sample", "1", "--stdout"};
+    std::vector<std::string> convert = {"convert", path_, "--stdout", "--sample", std::to_string(sample)};
     ExpectFailure(RunBare(convert), 7,
-                  path_ + " is damaged: " + finding + " (--damaged converts what there is)");
-    std::vector<std::string> anyway = convert;
-    anyway.push_back("--damaged");
-    const ProcessResult converted = RunBare(anyway);
+                  name + " is damaged: " + finding + " (--damaged converts what there is)");
+    convert.push_back("--damaged");
+    const ProcessResult converted = RunBare(convert);
     EXPECT_EQ(converted.status, 0);
-    EXPECT_EQ(converted.errors, "zrml: " + path_ + ": " + finding + "\n");
+    EXPECT_EQ(converted.errors, "zrml: " + name + ": " + finding + "\n");
+    convert = {"convert", path_, "--stdout", "--sample", "1"};
+    EXPECT_EQ(RunBare(convert).status, sample == 1 ? 7 : 0);
+  }
+
+  const std::string whole_ = ReadBytes(folder_ / "vials.rpt");
+};
+
+// A copy that broke off before the last brace of all; in a list of a spectrum of a function of a sample, each
+// with its own brace.
+TEST_F(CutReportTest, IsDamagedInItsLastSample) {
+  ExpectOutput(RunBare({"check", path_}), path_ + " is sound: 2 functions, 3 scans\n");
+  ExpectCut(whole_.rfind('}'), "vials.rpt ends inside 1 block", 3, path_ + ", sample 3");
+  ExpectCut(whole_.find("100\t100"), "vials.rpt ends inside 4 blocks", 1, path_);
+}
+
+// What another program has written between samples is not read.
+TEST_F(CutReportTest, BracesOutsideSamplesCountForNothing) {
+  std::ofstream(folder_ / "vials.rpt", std::ios::binary) << "{ made by somebody\n" << whole_ << "{\n";
+  EXPECT_EQ(RunBare({"check", path_}).status, 0);
+}
+
+TEST_F(CutReportTest, SampleWithoutItsEndIsTold) {
+  const std::size_t second = whole_.find("[SAMPLE]", 1);
+  std::string text = whole_;
+  text.erase(text.rfind('}', second), 3);  // and its line end
+  std::ofstream(folder_ / "vials.rpt", std::ios::binary) << text;
+  const ProcessResult checked = RunBare({"check", path_});
+  EXPECT_EQ(checked.status, 7);
+  EXPECT_EQ(checked.output, "vials.rpt has no end of sample 1\n");
+  EXPECT_EQ(RunBare({"convert", path_, "--stdout", "--sample", "1"}).status, 7);
+  EXPECT_EQ(RunBare({"convert", path_, "--stdout", "--sample", "2"}).status, 0);
+}
+
+// The provider shows functions without spectra and chromatograms until it is asked for their number, and
+// every worker must see those that are left: the spectrum of the last of three, whose middle one is empty.
+TEST_F(ReportTest, WorkersSeeTheSameFunctions) {
+  const auto function = [](const char* name, const ReportLines& content) {
+    return FunctionBlock(Keys({{"Description", name}}) + content);
   };
-  expectCut(whole.rfind('}'), "vials.rpt ends inside 1 block");
-  expectCut(whole.find("100\t100"), "vials.rpt ends inside 4 blocks");
+  const auto scan = [](double mass) {
+    return SpectrumBlock(Keys({{"Time", "1"}, {"BPI", "100"}, {"TIC", "7"}}), {{mass, 100}});
+  };
+  const ReportLines report = SampleBlock(function("empty", {}) + function("one", scan(111)) +
+                                         function("hollow", {}) + function("two", scan(222) + scan(333)));
+  std::ofstream(folder_ / "vials.rpt", std::ios::binary) << ReportText(report, LineEnd::kCrLf);
+  for (const char* threads : {"1", "2", "3", "8"}) {
+    ExpectOutput(
+        RunBare({"convert", path_, "--stdout", "--format", "tsv", "--threads", threads}),
+        "function\tscan\ttime\tm/z\tintensity\n1\t1\t1\t111\t100\n2\t1\t1\t222\t100\n2\t2\t1\t333\t100\n");
+  }
 }
 
 TEST_F(ReportTest, FileThatIsNoReportIsRefused) {

@@ -2,8 +2,7 @@
 #include <algorithm>
 
 #include "common/platform/platform.h"
-#include "tools/zrml/check/raw_check.h"
-#include "tools/zrml/check/report_check.h"
+#include "tools/zrml/check/source_check.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert/source_files.h"
 #include "tools/zrml/failure.h"
@@ -75,10 +74,10 @@ void ReadTraces(CDataServerImpl& server, int sample, CheckResult& result) {
 
 void ReadSource(const Source& source, CheckResult& result) {
   CDataServerImpl& server = source.Server();
-  if (server.IsReportSource()) result.findings = CheckReport(result.path);  // not those of a folder around it
-  for (int sample = 0; sample < server.GetSampleCount(); ++sample) {
-    for (int function = 0; function < server.GetFunctionCount(sample); ++function)
-      ReadFunction(server, sample, function, result);
+  const int samples = server.GetSampleCount();
+  for (int sample = 0; sample < samples; ++sample) {
+    const int functions = server.GetFunctionCount(sample);
+    for (int function = 0; function < functions; ++function) ReadFunction(server, sample, function, result);
     ReadAbsorbance(server, sample, result);
     ReadTraces(server, sample, result);
   }
@@ -86,7 +85,9 @@ void ReadSource(const Source& source, CheckResult& result) {
 
 // The provider reads zeros where a disk fails.
 void ReadFiles(const Source& source, CheckResult& result) {
-  const SourceFiles files = ListSourceFiles(source.Path(), source.Server().IsReportSource(), 1);
+  const bool isReport = source.Server().IsReportSource();
+  const SourceFiles files = ListSourceFiles(source.Path(), isReport, Checksums::kLeftOut, 1);
+  if (files.error) result.findings.push_back({L"", *files.error});
   for (const std::wstring& name : files.broken)
     result.findings.push_back({name, L"cannot be read to its end"});
 }
@@ -142,19 +143,18 @@ class CheckCommand : public SourceCommand {
   }
 
  private:
-  // The files come first: they may tell why the provider does not open the source.
+  // Where the provider does not open the source, the files may tell why.
   CheckResult Check() const {
     CheckResult result{platform::FromNativePath(Path()), 0, 0, {}};
-    std::wstring folder;
-    if (IsRawDirectory(result.path, folder)) result.findings = CheckRawDirectory(folder, result.path);
     try {
       const Source source = OpenSource();
+      result.findings = CheckSource(result.path, source.Server().IsReportSource());
       ReadSource(source, result);
       ReadFiles(source, result);
     } catch (const Failure& failure) {
-      const bool isRefused =
-          failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;
-      if (!isRefused || result.findings.empty()) throw;
+      if (!MayBeOfDamage(failure)) throw;
+      result.findings = CheckSource(result.path, false);
+      if (result.findings.empty()) throw;
       result.findings.push_back({L"", failure.message});
     }
     return result;

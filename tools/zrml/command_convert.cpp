@@ -10,7 +10,7 @@
 #include "common/platform/platform.h"
 #include "common/text.h"
 #include "tools/zrml/check/raw_check.h"
-#include "tools/zrml/check/report_check.h"
+#include "tools/zrml/check/source_check.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/convert/native_path.h"
@@ -233,28 +233,32 @@ class ConvertCommand : public Command {
     if (isFolder) throw Failure(ExitStatus::kWrongUsage, path + L" is a folder; -o takes one, -b a file");
   }
 
+  // Whether `convert` succeeds. Otherwise its failure is told, since others go on, or passed on, if there are
+  // none.
+  template <class Convert>
+  static bool Survives(bool isAlone, const std::wstring& what, Convert convert) {
+    try {
+      convert();
+      return true;
+    } catch (const Failure& failure) {
+      if (isAlone) throw;
+      PrintError(failure.message);
+    } catch (const std::bad_alloc&) {
+      if (isAlone) throw;
+      PrintError(L"not enough memory for " + what);
+    }
+    return false;
+  }
+
   // One source that fails does not stop the others.
   void ConvertAll(Output& out) {
     std::vector<std::wstring> failed;
     for (const std::string& path : paths_) {
-      try {
-        ConvertSource(path, out);
-      } catch (const Failure& failure) {
-        if (paths_.size() == 1) throw;
-        PrintError(failure.message);
-        failed.push_back(platform::FromNativePath(path));
-      } catch (const std::bad_alloc&) {
-        if (paths_.size() == 1) throw;
-        failed.push_back(platform::FromNativePath(path));
-        PrintError(L"not enough memory for " + failed.back());
-      }
+      const std::wstring name = platform::FromNativePath(path);
+      if (!Survives(paths_.size() == 1, name, [&] { ConvertSource(path, out); })) failed.push_back(name);
     }
     if (failed.empty()) return;
     if (unprinted_) PrintError(unprinted_->message);
-    ThrowSummary(failed);
-  }
-
-  [[noreturn]] void ThrowSummary(const std::vector<std::wstring>& failed) const {
     throw Failure(ExitStatus::kSomeFailed, std::to_wstring(failed.size()) + L" of " +
                                                std::to_wstring(paths_.size()) +
                                                L" sources are not converted: " + Joined(failed));
@@ -262,43 +266,46 @@ class ConvertCommand : public Command {
 
   void ConvertSource(const std::string& path, Output& out) {
     RequireFiles(threads_ * kFilesOfAWorker + kFilesBesides);
-    const OpenSource source = OpenForWorkers(path);
-    LookForDamage(source.First());
+    SourceInUse source = OpenForWorkers(path);
+    const std::vector<Finding> findings = FindDamage(source);
     const std::wstring& name = source.First().Path();
     const int count = source.First().Server().GetSampleCount();
-    if (sample_ > 0) return ConvertSample(source, {PositionOf(sample_, count, L"sample", name), count}, out);
+    if (sample_ > 0)
+      return ConvertSample(source, findings, {PositionOf(sample_, count, L"sample", name), count}, out);
     if (count != 1 && (isToStandardOutput_ || !file_.empty())) {
       throw Failure(ExitStatus::kWrongUsage,
                     name + L" has " + std::to_wstring(count) + L" samples; --sample chooses one");
     }
     if (count < 1) throw Failure(ExitStatus::kUnreadable, name + L" has no samples");
-    ConvertSamples(source, count, out);
+    ConvertSamples(source, findings, count, out);
   }
 
-  OpenSource OpenForWorkers(const std::string& path) const {
+  SourceInUse OpenForWorkers(const std::string& path) const {
+    SourceStamp stamp(platform::FromNativePath(path));
     std::vector<Source> workers;
     workers.push_back(OpenUndamaged(path));
-    SourceStamp stamp(workers.front().Path(), workers.front().Server().IsReportSource());
     while (workers.size() < static_cast<std::size_t>(threads_)) workers.push_back(Open(path));
     return {std::move(workers), std::move(stamp)};
   }
 
   // One that fails does not stop the others.
-  void ConvertSamples(const OpenSource& source, int count, Output& out) {
+  void ConvertSamples(SourceInUse& source, const std::vector<Finding>& findings, int count, Output& out) {
     std::vector<std::wstring> failed;
     for (int sample = 0; sample < count; ++sample) {
-      try {
-        ConvertSample(source, {sample, count}, out);
-      } catch (const Failure& failure) {
-        if (count == 1) throw;
-        PrintError(failure.message);
+      const auto convert = [&] { ConvertSample(source, findings, {sample, count}, out); };
+      if (!Survives(count == 1, NameOf(source, {sample, count}), convert))
         failed.push_back(std::to_wstring(sample + 1));
-      }
     }
     if (failed.empty()) return;
     throw Failure(ExitStatus::kSomeFailed, std::to_wstring(failed.size()) + L" of " + std::to_wstring(count) +
                                                L" samples of " + source.First().Path() +
                                                L" are not converted: " + Joined(failed));
+  }
+
+  // For messages.
+  static std::wstring NameOf(const SourceInUse& source, const SampleChoice& sample) {
+    const std::wstring& path = source.First().Path();
+    return sample.count > 1 ? path + L", sample " + std::to_wstring(sample.position + 1) : path;
   }
 
   static std::wstring Joined(const std::vector<std::wstring>& items) {
@@ -313,28 +320,32 @@ class ConvertCommand : public Command {
       return Open(path);
     } catch (const Failure& failure) {
       const std::wstring widePath = platform::FromNativePath(path);
-      const bool isRefused =
-          failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;
-      if (isRefused) RefuseDamage(widePath, FindingsOf(widePath, false), L"");
+      if (MayBeOfDamage(failure)) RefuseDamage(widePath, CheckSource(widePath, false), L"");
       throw;
     }
+  }
+
+  // What of a report's samples has been found is looked at when they are converted.
+  std::vector<Finding> FindDamage(SourceInUse& source) const {
+    const Source& first = source.First();
+    const bool isReport = first.Server().IsReportSource();
+    std::vector<Finding> findings = CheckSource(first.Path(), isReport);
+    if (isReport) return findings;
+    std::erase_if(findings,
+                  [&](const Finding& finding) { return !IsWanted(first.Server(), finding.concern); });
+    RefuseOrTell(first.Path(), findings, L" (--damaged converts what there is, with zeros for lost points)");
+    for (const Finding& finding : findings) source.told.insert(finding.file);
+    if (conversion_.selection.isLockMassExcluded) WarnOfMissingLabels(first.Path());
+    return {};
   }
 
   // The provider gives zeros or nothing for what the files have lost: an open file must not pass that off as
   // what was measured. Lesser findings are told. What is about functions that are not asked for counts for
   // nothing.
-  void LookForDamage(const Source& source) const {
-    const bool isReport = source.Server().IsReportSource();
-    std::vector<Finding> findings = FindingsOf(source.Path(), isReport);
-    std::erase_if(findings,
-                  [&](const Finding& finding) { return !IsWanted(source.Server(), finding.concern); });
-    if (!conversion_.isDamageAllowed) {
-      RefuseDamage(source.Path(), findings,
-                   isReport ? L" (--damaged converts what there is)"
-                            : L" (--damaged converts what there is, with zeros for lost points)");
-    }
-    if (conversion_.selection.isLockMassExcluded && !isReport) WarnOfMissingLabels(source.Path());
-    for (const Finding& finding : findings) Warn(source.Path(), finding.file + L' ' + finding.problem);
+  void RefuseOrTell(const std::wstring& name, const std::vector<Finding>& findings,
+                    const std::wstring& advice) const {
+    if (!conversion_.isDamageAllowed) RefuseDamage(name, findings, advice);
+    for (const Finding& finding : findings) Warn(name, finding.file + L' ' + finding.problem);
   }
 
   bool IsWanted(CDataServerImpl& server, const Concern& concern) const {
@@ -351,16 +362,12 @@ class ConvertCommand : public Command {
         return IsAbsorbanceWanted(selection, content);
       case Concern::Kind::kTraces:
         return content == Content::kAll;
+      case Concern::Kind::kSample:
+        return true;
       case Concern::Kind::kNone:
         break;
     }
     return false;
-  }
-
-  static std::vector<Finding> FindingsOf(const std::wstring& path, bool isReport) {
-    if (isReport) return CheckReport(path);
-    std::wstring folder;
-    return IsRawDirectory(path, folder) ? CheckRawDirectory(folder, path) : std::vector<Finding>();
   }
 
   static void RefuseDamage(const std::wstring& path, const std::vector<Finding>& findings,
@@ -399,7 +406,11 @@ class ConvertCommand : public Command {
       throw Failure(ExitStatus::kWrongUsage, path + L" is a part of the source");
   }
 
-  void ConvertSample(const OpenSource& source, const SampleChoice& sample, Output& out) {
+  void ConvertSample(SourceInUse& source, const std::vector<Finding>& findings, const SampleChoice& sample,
+                     Output& out) {
+    std::vector<Finding> own = findings;
+    std::erase_if(own, [&](const Finding& finding) { return finding.concern.number != sample.position + 1; });
+    RefuseOrTell(NameOf(source, sample), own, L" (--damaged converts what there is)");
     const Source& first = source.First();
     std::wstring name = SourceName(first.Path(), first.Server().IsReportSource());
     if (sample.count > 1) name += L"-sample" + std::to_wstring(sample.position + 1);
@@ -444,11 +455,9 @@ class ConvertCommand : public Command {
     return folder + name + extension_ + (isGzipped_ ? L".gz" : L"");
   }
 
-  ConvertedRun Convert(const OpenSource& source, const SampleChoice& sample, const std::wstring& name,
+  ConvertedRun Convert(SourceInUse& source, const SampleChoice& sample, const std::wstring& name,
                        ByteSink& target) {
-    const bool isOneOfSeveral = sample.count > 1;
-    const std::wstring path =
-        source.First().Path() + (isOneOfSeveral ? L", sample " + std::to_wstring(sample.position + 1) : L"");
+    const std::wstring path = NameOf(source, sample);
     ProgressBar bar(!isQuiet_ && IsTerminal(Stream::kError), path);
     const auto progress = [&](std::size_t done, std::size_t all) { bar.Update(done, all); };
     BufferedSink plain(target);

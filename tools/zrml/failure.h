@@ -26,4 +26,9 @@ struct Failure {
   std::wstring message;
 };
 
+/// Whether it may be that the source's files are damaged.
+inline bool MayBeOfDamage(const Failure& failure) {
+  return failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;
+}
+
 }  // namespace zrml

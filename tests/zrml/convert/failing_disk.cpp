@@ -22,8 +22,11 @@ bool IsOnBadBlocks(int file) {
 
 ssize_t Read(int file, void* bytes, size_t count, off_t offset) {
   if (offset + static_cast<off_t>(count) > kBlock && IsOnBadBlocks(file)) {
-    errno = EIO;
-    return -1;
+    if (offset >= kBlock) {
+      errno = EIO;
+      return -1;
+    }
+    count = static_cast<size_t>(kBlock - offset);
   }
   return ::syscall(SYS_pread64, file, bytes, count, offset);
 }

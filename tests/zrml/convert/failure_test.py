@@ -74,7 +74,7 @@ def test_interrupted(conversions):
     def no_core():
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGXCPU):
         process = conversions.start(f'interrupted-{number.name}', preexec_fn=no_core)
         wait_for_temporary_file(process)
         process.send_signal(number)
@@ -166,20 +166,30 @@ def test_pipe_that_does_not_wait(conversions):
 
 def test_source_changed_meanwhile(conversions, source):
     """Points that are cut off after the look at the files are read as zeros, so the output must not count."""
-    changing = conversions.work / 'changing.raw'
-    for damaged in ([], ['--damaged']):
+    data = '_FUNC001.DAT'
+    cases = [
+        (lambda folder: os.truncate(folder / data, 60), data, []),
+        (lambda folder: os.truncate(folder / data, 60), data, ['--damaged']),
+        (lambda folder: os.utime(folder / data, (0, 0)), data, []),
+        (lambda folder: (folder / '_FUNC001.STS').unlink(), '_FUNC001.STS', []),
+        (lambda folder: (folder / '_FUNC002.DAT').write_text('new'), '_FUNC002.DAT', []),
+        (lambda folder: (folder / 'notes.txt').write_text('new'), None, []),
+        (lambda folder: None, None, []),
+    ]
+    for number, (change, name, options) in enumerate(cases):
+        changing = conversions.work / 'changing.raw'
         shutil.rmtree(changing, ignore_errors=True)
         shutil.copytree(source, changing)
-        command = [conversions.command[0], 'convert', str(changing), '--stdout', '--threads', '1', *damaged]
+        command = [conversions.command[0], 'convert', str(changing), '--stdout', '--threads', '1', *options]
         with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
             while not is_blocked(process):
                 require(process.poll() is None, f'it has ended with {process.returncode}')
                 time.sleep(0.001)
-            os.truncate(changing / '_FUNC001.DAT', 60)
+            change(changing)
             errors = process.communicate()[1].decode()
-        problem = f'zrml: {changing}: _FUNC001.DAT has changed during the conversion\n'
-        require(process.returncode == (0 if damaged else 5), f'status {process.returncode}')
-        require(errors == problem, errors)
+        problem = f'zrml: {changing}: {name} has changed during the conversion\n' if name else ''
+        require(process.returncode == (5 if name and not options else 0), f'{number}: status {process.returncode}: {errors}')
+        require(errors == problem, f'{number}: {errors}')
 
 
 def test_file_that_may_not_be_read(zrml, source):
@@ -204,11 +214,15 @@ def test_file_that_may_not_be_read(zrml, source):
         require(result.returncode == 7 and '_FUNC001.IDX cannot be opened' in result.stderr, result.stderr)
         (private / '_FUNC001.IDX').chmod(0o755)
         private.chmod(0o111)  # its files may be opened by name
-        result = subprocess.run(command, capture_output=True, text=True, **user)
-        require(result.returncode == 5 and 'cannot list' in result.stderr, result.stderr)
-        result = subprocess.run([*command, '--damaged'], capture_output=True, text=True, **user)
-        require(result.returncode == 0 and '<sourceFile' not in result.stdout, result.stderr)
-        private.chmod(0o755)
+        try:
+            result = subprocess.run(command, capture_output=True, text=True, **user)
+            require(result.returncode == 5 and 'cannot list' in result.stderr, result.stderr)
+            checked = subprocess.run([command[0], 'check', str(private)], capture_output=True, text=True, **user)
+            require(checked.returncode == 7 and 'cannot list' in checked.stdout, checked.stdout)
+            result = subprocess.run([*command, '--damaged'], capture_output=True, text=True, **user)
+            require(result.returncode == 0 and '<sourceFile' not in result.stdout, result.stderr)
+        finally:
+            private.chmod(0o755)
 
 
 def test_scan_past_the_end(conversions, source):
@@ -238,6 +252,9 @@ def test_failing_disk(conversions, failing_disk):
         require(process.returncode == 5, f'status {process.returncode}')
         require(process.errors == f'zrml: {source}: {problem}\n', process.errors)
         require(names(process.folder) == [], 'something is left')
+    process = conversions.run('disk-damaged', '--damaged', env=environment)
+    require(process.returncode == 0 and process.errors == '', process.errors)  # quiet
+    require(b'name="_FUNC001.DAT"' not in process.target.read_bytes()[:10000], 'a checksum of a part')
     checked = subprocess.run([conversions.command[0], 'check', source], capture_output=True, text=True, env=environment)
     require(checked.returncode == 7 and checked.stdout == f'{problem}\n', checked.stdout)
 

@@ -13,6 +13,7 @@ struct Concern {
     kFunctionsFrom,  // a function is not listed: it and those behind it, whose numbers are not what they were
     kAbsorbance,
     kTraces,  // of the sample
+    kSample,  // of a report, from 1
     kNone,    // another function than the one that the path chooses
   };
 

@@ -23,8 +23,11 @@ namespace {
 
 constexpr std::wstring_view kFunctionTable = L"_FUNCTNS.INF";
 constexpr std::wstring_view kHeader = L"_HEADER.TXT";
+constexpr std::wstring_view kHistory = L"_HISTORY.INF";
 constexpr std::wstring_view kLabels = L"_EXTERN.INF";
-constexpr int kMixedFormat = 6;  // all scans but the last take less than the unit tells
+constexpr int kMixedFormat = 6;        // whose scans are all of
+constexpr int kFormatOfMixed = 3;      // this format,
+constexpr int kFormatOfLastMixed = 4;  // but the last is of this one
 
 struct ScanRecord {
   std::uint64_t offset = 0;
@@ -38,7 +41,10 @@ class Index {
       : file_(file),
         unit_(point_unit_format::UnitOf(dataFormat)),
         knowsEnds_(unit_.bytes != 0 && dataFormat != kMixedFormat) {
-    if (dataFormat == kMixedFormat) unit_ = {2, 1};
+    if (dataFormat == kMixedFormat) {
+      unit_ = point_unit_format::UnitOf(kFormatOfMixed);
+      lastUnit_ = point_unit_format::UnitOf(kFormatOfLastMixed);
+    }
     for (const std::size_t size : {scan_index_format::kShortRecordSize, scan_index_format::kLongRecordSize}) {
       if (file.Size() % size != 0) continue;
       recordSize_ = size;
@@ -75,9 +81,10 @@ class Index {
         ScanRecord scan = {LoadU32(record + scan_index_format::kDataOffset)};
         if (scan.offset == 0 && first + i > 0) scan.offset = expected;
         const std::uint32_t word = LoadU32(record + scan_index_format::kPackedWord);
-        const std::uint64_t bytes = unit_.BytesOf(word & scan_index_format::kPointCountMask);
-        scan.end = scan.offset + bytes;
-        expected += bytes;
+        const std::uint32_t points = word & scan_index_format::kPointCountMask;
+        expected += unit_.BytesOf(points);
+        const bool isLast = first + i + 1 == Count();
+        scan.end = scan.offset + (isLast ? lastUnit_ : unit_).BytesOf(points);
         body(scan);
       }
     }
@@ -86,6 +93,7 @@ class Index {
  private:
   const RawFile& file_;
   point_unit_format::PointUnit unit_;
+  point_unit_format::PointUnit lastUnit_ = unit_;  // of the last scan
   bool knowsEnds_;
   std::size_t recordSize_ = 0;
 };
@@ -102,9 +110,9 @@ class Checker {
   }
 
   std::vector<Finding> Check() {
-    for (const std::wstring_view name : {kHeader, kFunctionTable, kLabels}) CheckOpens(name);
+    for (const std::wstring_view name : {kHeader, kFunctionTable, kHistory, kLabels}) CheckOpens(name);
     CheckFunctions();
-    CheckUnused();
+    if (RawFile(folder_, std::wstring(kFunctionTable)).IsOpen()) CheckUnused();
     const std::vector<Finding> ofTraces = CheckTraceLists(folder_, hasScans_);
     findings_.insert(findings_.end(), ofTraces.begin(), ofTraces.end());
     return std::move(findings_);
@@ -180,7 +188,10 @@ class Checker {
       return Add(indexFile, L"does not end with a whole record, so the function has no scans", Data::kLost);
     hasScans_ = hasScans_ || index.Count() > 0;
     // The points of an ion-mobility function are in a file of their own.
-    const bool hasPoints = !RawFile(folder_, function.stem + L".CDT").IsOpen();
+    const RawFile mobility(folder_, function.stem + L".CDT");
+    if (mobility.IsThere() && !mobility.IsOpen())
+      Add(mobility, mobility.Problem() + L", so the function has no drift bins", Data::kLost);
+    const bool hasPoints = !mobility.IsThere();
     if (!index.IsAscending()) {
       Add(indexFile, L"has offsets that go backwards", Data::kWhole);
     } else if (hasPoints) {
@@ -234,33 +245,40 @@ class Checker {
     }
     // What an index has left behind that is cut, emptied or zeroed in places.
     if (!index.KnowsEnds()) return;
+    if (number == 0 && data.Size() > 0)
+      return Add(data, L"holds " + std::to_wstring(data.Size()) + L" bytes, but the index is empty",
+                 Data::kLost);
     if (!isInOrder) unused = 0;
     if (end < data.Size()) unused += data.Size() - end;
     if (unused != 0)
       Add(data, L"holds " + std::to_wstring(unused) + L" bytes that no scan refers to", Data::kWhole);
   }
 
+  // Without its statistics a scan has another precursor, that of the method.
   void CheckStatistics(const RawFile& file, std::uint64_t scans) {
     namespace format = scan_statistics_format;
     if (!file.IsThere()) return;  // there need not be one
-    if (!file.IsOpen()) return Add(file, file.Problem(), Data::kWhole);
-    if (file.Size() < format::kHeaderSize) return Add(file, L"ends in its header", Data::kWhole);
+    if (!file.IsOpen()) return Add(file, file.Problem(), Data::kLost);
+    if (file.Size() < format::kHeaderSize) return Add(file, L"ends in its header", Data::kLost);
     const auto header = file.Read(0, format::kHeaderSize);
     const unsigned version = LoadU16(header.data() + format::kVersion);
     if (version != format::kKnownVersion)
-      return Add(file, L"is of version " + std::to_wstring(version) + L", which is not read", Data::kWhole);
+      return Add(file, L"is of version " + std::to_wstring(version) + L", which is not read", Data::kLost);
     const std::uint64_t offset = LoadU16(header.data() + format::kRecordsOffset);
     const std::uint64_t size = LoadU16(header.data() + format::kRecordSize);
     const std::uint64_t bytes = file.Size() - std::min(offset, file.Size());
-    if (size == 0 || bytes % size != 0) return Add(file, L"does not end with a whole record", Data::kWhole);
+    if (size == 0 || bytes % size != 0) return Add(file, L"does not end with a whole record", Data::kLost);
     if (bytes / size != scans) {
       Add(file,
           L"is about " + std::to_wstring(bytes / size) + L" scans, the index about " + std::to_wstring(scans),
-          bytes / size > scans ? Data::kLost : Data::kWhole);
+          Data::kLost);
     }
   }
 
-  // Data files of neither a function nor a processed one.
+  static std::wstring StemOfName(const std::wstring& name) { return name.substr(0, name.size() - 4); }
+  static bool IsDataFile(const std::wstring& name) { return ToUpper(name).ends_with(L".DAT"); }
+
+  // Data, indices and drift bins of neither a function nor a processed one; of each the first is told.
   void CheckUnused() {
     std::error_code error;
     std::vector<std::wstring> unused;
@@ -269,10 +287,16 @@ class Checker {
       const std::wstring name = WidePath(at->path().filename());
       const std::wstring upper = ToUpper(name);
       const bool isData = (upper.starts_with(L"_FUNC") || upper.starts_with(L"_PROC")) &&
-                          upper.ends_with(L".DAT") && upper != kFunctionTable;
-      if (isData && !stems_.contains(upper.substr(0, upper.size() - 4))) unused.push_back(name);
+                          (upper.ends_with(L".DAT") || upper.ends_with(L".IDX") || upper.ends_with(L".CDT"));
+      if (isData && !stems_.contains(StemOfName(upper))) unused.push_back(name);
     }
-    std::sort(unused.begin(), unused.end());
+    std::sort(unused.begin(), unused.end(), [](const std::wstring& a, const std::wstring& b) {
+      return std::pair(StemOfName(a), IsDataFile(b)) < std::pair(StemOfName(b), IsDataFile(a));
+    });
+    const auto isOfOneStem = [](const std::wstring& a, const std::wstring& b) {
+      return StemOfName(ToUpper(a)) == StemOfName(ToUpper(b));
+    };
+    unused.erase(std::unique(unused.begin(), unused.end(), isOfOneStem), unused.end());
     for (const std::wstring& name : unused) {
       const bool isRaw = ToUpper(name).starts_with(L"_FUNC");
       const int number = (isRaw ? functions_.listedRaw : functions_.listed) + 1;

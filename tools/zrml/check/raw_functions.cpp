@@ -112,7 +112,7 @@ RawFunctions ReadRawFunctions(const std::wstring& folder) {
       function.isAbsorbance = source->isAbsorbance;
       function.isListed = !source->isAbsorbance;
       // The layout of points that an ion-mobility function keeps elsewhere says nothing of these.
-      const bool isMobility = RawFile(folder, source->stem + L".CDT").IsOpen();
+      const bool isMobility = RawFile(folder, source->stem + L".CDT").IsThere();
       if (!isMobility) function.dataFormat = source->dataFormat;
     }
     Number(function, result.listed);

@@ -8,8 +8,8 @@
 
 namespace zrml {
 
-/// Looks for blocks that are still open where the file ends: what a copy that broke off looks like. Empty for
-/// a sound one, and for a file that cannot be opened.
+/// Looks for samples whose blocks are still open where the next one begins or the file ends, as in a copy
+/// that broke off. Empty for a sound one, and for a file that cannot be opened.
 std::vector<Finding> CheckReport(const std::wstring& path);
 
 }  // namespace zrml

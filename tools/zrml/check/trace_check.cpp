@@ -1,6 +1,5 @@
 #include "tools/zrml/check/trace_check.h"
 
-#include <array>
 #include <cstdint>
 
 #include "common/bytes.h"
@@ -19,14 +18,17 @@ class TraceChecker {
  public:
   TraceChecker(const std::wstring& folder, bool hasScans) : folder_(folder), hasScans_(hasScans) {}
 
+  // Analog channels hide stored chromatograms, but not when their list cannot be opened.
   std::vector<Finding> Check() {
     const RawFile analogs(folder_, L"_ANALOGS.INF");
     const RawFile chromatograms(folder_, L"_CHROMS.INF");
     if (analogs.IsOpen()) {
       CheckAnalogs(analogs);
-    } else if (analogs.IsThere() || RawFile(folder_, L"_ANALOGS.DAT").Size() > 0) {
-      AddList(analogs, analogs.Problem());
-    } else if (chromatograms.IsOpen()) {
+      return std::move(findings_);
+    }
+    const bool hasAnalogs = analogs.IsThere() || RawFile(folder_, L"_ANALOGS.DAT").Size() > 0;
+    if (hasAnalogs) Add(analogs, analogs.Problem() + L", so there are no analog traces");
+    if (chromatograms.IsOpen()) {
       CheckChromatograms(chromatograms);
     } else if (chromatograms.IsThere() || HasData(0)) {
       AddList(chromatograms, chromatograms.Problem());
@@ -46,13 +48,14 @@ class TraceChecker {
     if (list.Size() % format::kNameRecordSize != 0) return AddList(list, L"does not end with a whole record");
     const RawFile data(folder_, L"_ANALOGS.DAT");
     if (list.Size() == 0) {
-      if (data.Size() > 0) AddList(list, L"is empty");
+      if (data.Size() > 0 || HasData(0)) AddList(list, L"is empty");
     } else if (data.IsOpen() && data.Size() == 0 && hasScans_) {
       Add(data, L"is empty");
     }
   }
 
   void CheckChromatograms(const RawFile& list) {
+    if (list.Size() == 0 && !HasData(0)) return;  // of a run that has recorded none
     if (list.Size() < format::kHeaderSize) return AddList(list, L"ends in its header");
     const auto header = list.Read(0, format::kHeaderSize);
     ByteCursor cursor(header);
@@ -71,7 +74,7 @@ class TraceChecker {
   RawFile DataOf(std::uint64_t position) const {
     return RawFile(folder_, L"_CHRO" + ZeroPadded(static_cast<int>(position) + 1, 3) + L".DAT");
   }
-  bool HasData(std::uint64_t position) const { return DataOf(position).IsThere(); }
+  bool HasData(std::uint64_t position) const { return DataOf(position).Size() > format::kHeaderSize; }
 
   const std::wstring& folder_;
   bool hasScans_;

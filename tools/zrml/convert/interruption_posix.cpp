@@ -18,16 +18,19 @@ static_assert(std::atomic<int>::is_always_lock_free);  // a handler may write it
 // again.
 void Remind(int) { ::alarm(1); }
 
+// A second one ends the program; but a limit on processor time is told again every second.
 void Note(int signal) {
-  notedSignal = signal;
+  if (notedSignal.exchange(signal) != 0 && signal != SIGXCPU) {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);  // delivered when this returns
+  }
   Remind(signal);
 }
 
 // Without SA_RESTART: what waits is to be interrupted.
-void Handle(int signal, void (*handler)(int), unsigned flags) {
+void Handle(int signal, void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;
-  action.sa_flags = static_cast<int>(flags);
   ::sigaction(signal, &action, nullptr);
 }
 
@@ -37,9 +40,9 @@ InterruptionWatch::InterruptionWatch() {
   for (const int signal : kSignals) {
     struct sigaction action = {};
     if (::sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;  // as in nohup
-    Handle(signal, Note, SA_RESETHAND);
+    Handle(signal, Note);
   }
-  Handle(SIGALRM, Remind, 0);
+  Handle(SIGALRM, Remind);
 }
 
 InterruptionWatch::~InterruptionWatch() {

@@ -44,10 +44,16 @@ class Notes {
     Add(problem);
   }
 
-  void Add(const SourceFiles& files) {
+  // Of files that a finding has named nothing more is said.
+  void Add(const SourceFiles& files, const std::set<std::wstring>& told, bool isReport) {
     if (files.error) AddOrRefuse(*files.error);
-    for (const std::wstring& name : files.broken) AddOrRefuse(name + L" cannot be read to its end");
-    for (const std::wstring& name : files.closed) Add(name + L" cannot be opened");
+    for (const std::wstring& file : files.broken) {
+      const std::wstring problem = file + L" cannot be read to its end";
+      IsByTheWay(file, isReport) ? Add(problem) : AddOrRefuse(problem);
+    }
+    for (const std::wstring& file : files.closed) {
+      if (!told.contains(file)) Add(file + L" cannot be opened");
+    }
   }
 
   std::vector<std::wstring> Lines() && { return std::move(lines_); }
@@ -56,6 +62,20 @@ class Notes {
   std::vector<std::wstring> lines_;
   bool isDamageAllowed_;
 };
+
+// Read once for all samples, for their checksums; where these are not written, so that a disk that fails is
+// seen, whose points are read as zeros, but not when only a part of the scans is asked for.
+const SourceFiles& FilesOf(SourceInUse& source, bool isReport, const ConvertOptions& options) {
+  if (source.files) return *source.files;
+  const bool isNamed = options.format == Format::kMzml;
+  source.files.emplace();
+  if (isNamed || options.selection.IsAll()) {
+    source.files =
+        ListSourceFiles(source.First().Path(), isReport, isNamed ? Checksums::kMade : Checksums::kLeftOut,
+                        static_cast<int>(source.workers.size()));
+  }
+  return *source.files;
+}
 
 }  // namespace
 
@@ -71,7 +91,7 @@ Content ContentOf(Format format) {
   return Content::kAll;
 }
 
-ConvertedRun ConvertRun(const OpenSource& source, int sample, const std::wstring& name,
+ConvertedRun ConvertRun(SourceInUse& source, int sample, const std::wstring& name,
                         const ConvertOptions& options, ByteSink& out, const Progress& progress) {
   const Source& first = source.First();
   Losses losses(options.isDamageAllowed ? Losses::Policy::kTold : Losses::Policy::kRefused);
@@ -79,17 +99,18 @@ ConvertedRun ConvertRun(const OpenSource& source, int sample, const std::wstring
   std::vector<std::unique_ptr<Renderer>> renderers;
   std::vector<MakePiece> workers;
   for (const Source& worker : source.workers) {
+    // A provider of reports shows fewer functions once it has been asked how many there are: as all workers
+    // must.
+    if (&worker != &first) worker.Server().GetFunctionCount(sample);
     Renderer& renderer = *renderers.emplace_back(MakeRenderer(worker.Server(), plan, options));
     workers.push_back([&renderer](std::size_t index, std::string& text) { renderer.Render(index, text); });
   }
-  // The other workers begin while this one describes the source, whose files it reads for their checksums.
+  // The other workers begin while this one reads the source's files.
   std::optional<OrderedPieces> spectra(std::in_place, plan.entries.size(), std::move(workers));
-  RunContext context = {plan, first.Server(), name, {}, options.arrays, options.isIndexed};
-  // Also where they are not named: what a failing disk does not give is read as zeros.
-  SourceFiles files = ListSourceFiles(first.Path(), plan.isReport, static_cast<int>(source.workers.size()));
   Notes notes(plan.notes, options.isDamageAllowed);
-  notes.Add(files);
-  context.files = std::move(files.files);
+  const SourceFiles& files = FilesOf(source, plan.isReport, options);
+  notes.Add(files, source.told, plan.isReport);
+  const RunContext context = {plan, first.Server(), name, files.files, options.arrays, options.isIndexed};
   const std::unique_ptr<Document> document = MakeDocument(context, options.format, out);
   document->Begin();
   for (std::size_t i = 0; i < plan.entries.size(); ++i) {

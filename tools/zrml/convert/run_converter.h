@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,16 +34,18 @@ Content ContentOf(Format format);
 using Progress = std::function<void(std::size_t done, std::size_t all)>;
 
 /// A source that is open: once for each worker, and its files as they were when they were looked at.
-struct OpenSource {
+struct SourceInUse {
   std::vector<Source> workers;
   SourceStamp stamp;
+  std::set<std::wstring> told = {};                 // names of files of which something has been said
+  std::optional<SourceFiles> files = std::nullopt;  // once they have been looked at
 
   const Source& First() const { return workers.front(); }
 };
 
 /// Writes the sample at position `sample` to `out` and finishes it. Throws a Failure, also when the source
 /// has changed meanwhile, or Interrupted.
-ConvertedRun ConvertRun(const OpenSource& source, int sample, const std::wstring& name,
+ConvertedRun ConvertRun(SourceInUse& source, int sample, const std::wstring& name,
                         const ConvertOptions& options, ByteSink& out, const Progress& progress);
 
 }  // namespace zrml

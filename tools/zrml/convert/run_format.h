@@ -21,7 +21,7 @@ struct RunContext {
   const RunPlan& plan;
   CDataServerImpl& server;
   std::wstring name;
-  std::vector<SourceFile> files;
+  const std::vector<SourceFile>& files;
   ArrayOptions arrays = {};
   bool isIndexed = false;
 };

@@ -44,6 +44,7 @@ struct Selection {
 
   /// Whether only scans with such numbers are wanted, and so no absorbance spectra, which have none.
   bool IsForMassSpectra() const { return !functions.IsAll() || !scans.IsAll() || !msLevels.IsAll(); }
+  bool IsAll() const { return !IsForMassSpectra() && !minutes && !isLockMassExcluded; }
   /// A time that is no number is in no range.
   bool HasTime(double time) const { return !minutes || (time >= minutes->low && time <= minutes->high); }
 };

@@ -7,6 +7,7 @@
 
 #include "common/platform/platform.h"
 #include "common/text.h"
+#include "tools/zrml/check/raw_check.h"
 #include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/convert/native_path.h"
 #include "tools/zrml/convert/ordered_pieces.h"
@@ -44,33 +45,34 @@ std::string Uri(const fs::path& folder) {
   return uri;
 }
 
-// In place of a checksum.
-constexpr std::string_view kNotOpened = "not opened";
-constexpr std::string_view kBrokenOff = "broken off";
+enum class FileState : char { kWhole, kClosed, kBroken };
 
-// The SHA-1 in hexadecimal digits, kNotOpened or kBrokenOff.
-std::string HashOf(const fs::path& path) {
+// Reads a file whole; `sha1` is its checksum in hexadecimal digits.
+FileState ReadWhole(const fs::path& path, Checksums checksums, std::string& sha1) {
   const platform::File file =
       platform::File::OpenSystemPath(path.native());  // a backslash may be in its name
-  if (!file.IsOpen()) return std::string(kNotOpened);
+  if (!file.IsOpen()) return FileState::kClosed;
   const std::uint64_t size = file.Size();
   std::vector<std::byte> buffer(kPiece);
   Sha1 hash;
   for (std::uint64_t at = 0; at < size;) {
     ThrowIfInterrupted();
     const std::size_t count = file.ReadAt(at, buffer);
-    if (count == 0) return std::string(kBrokenOff);
-    hash.Add(std::span(buffer).first(count));
+    if (count == 0) return FileState::kBroken;
+    if (checksums == Checksums::kMade) hash.Add(std::span(buffer).first(count));
     at += count;
   }
-  return hash.Finish();
+  if (checksums == Checksums::kMade) sha1 = hash.Finish();
+  return FileState::kWhole;
 }
 
 std::vector<fs::path> FilesIn(const fs::path& folder, std::error_code& error) {
   std::vector<fs::path> files;
   for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-    std::error_code ignored;  // a link that leads nowhere is none
-    if (at->is_regular_file(ignored)) files.push_back(at->path());
+    std::error_code unknown;
+    const bool isFile = at->is_regular_file(unknown);
+    const bool isNowhere = unknown == std::errc::no_such_file_or_directory;  // a link that leads there
+    if (isFile || (unknown && !isNowhere)) files.push_back(at->path());
   }
   std::sort(files.begin(), files.end());
   return files;
@@ -105,47 +107,59 @@ std::wstring WithoutExtension(const std::wstring& name) {
 
 }  // namespace
 
-SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads) {
+bool IsByTheWay(const std::wstring& name, bool isReport) { return !isReport && !name.starts_with(L'_'); }
+
+SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, Checksums checksums, int threads) {
   SourceFiles result;
   const FileList list = FilesOf(path, isReport);
   if (list.error) {
     result.error = L"cannot list " + WidePath(list.folder) + L" (" +
                    platform::FromNativePath(list.error.message()) + L")";
   }
-  const auto hash = [&](std::size_t index, std::string& text) { text = HashOf(list.files[index]); };
-  OrderedPieces hashes(list.files.size(), {static_cast<std::size_t>(threads), hash});
-  for (const fs::path& file : list.files) {
-    const std::wstring name = WidePath(file.filename());
-    std::string sha1(hashes.Take());
-    if (sha1 == kNotOpened) {
-      result.closed.push_back(name);
-    } else if (sha1 == kBrokenOff) {
-      result.broken.push_back(name);
-    } else {
-      result.files.push_back({name, Uri(list.folder), std::move(sha1)});
+  std::vector<FileState> states(list.files.size());
+  const auto read = [&](std::size_t index, std::string& sha1) {
+    sha1.clear();
+    states[index] = ReadWhole(list.files[index], checksums, sha1);
+  };
+  OrderedPieces checked(list.files.size(), {static_cast<std::size_t>(threads), read});
+  for (std::size_t i = 0; i < list.files.size(); ++i) {
+    const std::wstring name = WidePath(list.files[i].filename());
+    std::string sha1(checked.Take());
+    switch (states[i]) {
+      case FileState::kWhole:
+        result.files.push_back({name, Uri(list.folder), std::move(sha1)});
+        break;
+      case FileState::kClosed:
+        result.closed.push_back(name);
+        break;
+      case FileState::kBroken:
+        result.broken.push_back(name);
+        break;
     }
   }
   return result;
 }
 
-std::optional<SourceStamp::Stamp> SourceStamp::StampOf(const fs::path& path) {
-  std::error_code sizeError;
-  std::error_code timeError;
-  Stamp stamp = {path, fs::file_size(path, sizeError), fs::last_write_time(path, timeError)};
-  return sizeError || timeError ? std::nullopt : std::optional(std::move(stamp));
+SourceStamp::Stamp SourceStamp::StampOf(const fs::path& path) {
+  const platform::File file = platform::File::OpenSystemPath(path.native());
+  return {path, file.Size(), file.WriteTime()};
 }
 
-SourceStamp::SourceStamp(const std::wstring& path, bool isReport) {
-  for (const fs::path& file : FilesOf(path, isReport).files) {
-    if (std::optional<Stamp> stamp = StampOf(file)) stamps_.push_back(std::move(*stamp));
+SourceStamp::SourceStamp(const std::wstring& path) : path_(path) {
+  if (platform::IsFile(path)) stamps_.push_back(StampOf(Absolute(path)));
+  std::wstring folder;
+  if (!IsRawDirectory(path, folder)) return;
+  for (const fs::path& file : FilesOf(folder, false).files) {
+    if (!IsByTheWay(WidePath(file.filename()), false)) stamps_.push_back(StampOf(file));
   }
 }
 
 std::optional<std::wstring> SourceStamp::FindChange() const {
-  for (const Stamp& stamp : stamps_) {
-    if (StampOf(stamp.path) != stamp) return WidePath(stamp.path.filename());
-  }
-  return std::nullopt;
+  const std::vector<Stamp> stamps = SourceStamp(path_).stamps_;
+  const auto [was, is] = std::mismatch(stamps_.begin(), stamps_.end(), stamps.begin(), stamps.end());
+  const bool isNew = is != stamps.end() && (was == stamps_.end() || is->path < was->path);
+  if (was == stamps_.end() && !isNew) return std::nullopt;
+  return WidePath((isNew ? is : was)->path.filename());
 }
 
 std::wstring SourceName(const std::wstring& path, bool isReport) {

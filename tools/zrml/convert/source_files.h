@@ -16,6 +16,9 @@ struct SourceFile {
   std::string sha1;
 };
 
+/// One that a source's data are not read from: it may be broken, or change, without harm.
+bool IsByTheWay(const std::wstring& name, bool isReport);
+
 struct SourceFiles {
   std::vector<SourceFile> files;
   std::vector<std::wstring> closed;   // names of those that nobody here may open
@@ -23,30 +26,35 @@ struct SourceFiles {
   std::optional<std::wstring> error;  // why the folder is not listed, or not to its end
 };
 
+enum class Checksums { kMade, kLeftOut };
+
 /// The regular files of the folder `path`, by name, or of the folder that holds the file `path`; of a report
 /// the file alone. Reads them whole, on `threads` threads.
-SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, int threads);
+SourceFiles ListSourceFiles(const std::wstring& path, bool isReport, Checksums checksums, int threads);
 
-/// What the files of a source were when it was made: their sizes, and when they were last written.
+/// What the files that a source's data are read from were when it was made: their sizes, and when they were
+/// last written to.
 class SourceStamp {
  public:
-  /// Without the files of a folder that cannot be listed.
-  SourceStamp(const std::wstring& path, bool isReport);
+  /// Of the file `path`, and of the raw directory that it is, or is in. Without the files of a folder that
+  /// cannot be listed.
+  explicit SourceStamp(const std::wstring& path);
 
-  /// The name of one that is gone or another since.
+  /// The name of one that is new, gone or another since.
   std::optional<std::wstring> FindChange() const;
 
  private:
   struct Stamp {
     std::filesystem::path path;
-    std::uintmax_t size = 0;
-    std::filesystem::file_time_type written;
+    std::uint64_t size = 0;
+    std::int64_t written = 0;
 
     bool operator==(const Stamp&) const = default;
   };
 
-  static std::optional<Stamp> StampOf(const std::filesystem::path& path);
+  static Stamp StampOf(const std::filesystem::path& path);
 
+  std::wstring path_;
   std::vector<Stamp> stamps_;
 };
 
