@@ -1,3 +1,7 @@
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {
@@ -66,6 +70,21 @@ TEST_F(PluginLoadingTest, FileThatIsNoLibraryIsStatus6) {
   EXPECT_TRUE(result.errors.starts_with("zrml: cannot load the plug-in " + plugin + " (")) << result.errors;
   EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1);
 }
+
+TEST_F(PluginLoadingTest, EmptyNameIsWrongUsage) {
+  const ProcessResult result = RunWith("");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors.find("zrml: --plugin: is empty"), 0U) << result.errors;
+}
+
+#ifndef _WIN32
+// The loader would wait for somebody to write into it.
+TEST_F(PluginLoadingTest, PipeIsNoPlugin) {
+  ASSERT_EQ(::mkfifo((folder_ / "pipe.so").c_str(), 0600), 0);
+  ExpectFailure(RunWith(Path("pipe.so")), 6,
+                "cannot load the plug-in " + Path("pipe.so") + " (it is no file)");
+}
+#endif
 
 TEST_F(PluginLoadingTest, PluginOfAnotherVersionIsStatus6) {
   const std::string plugin = PluginArgument(ZRML_NEWER_PLUGIN);

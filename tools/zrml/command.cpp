@@ -22,7 +22,12 @@ std::optional<int> ParseNumber(const std::string& text, int most) {
 
 void AddPluginOption(CLI::App& options, std::string& plugin) {
   options.add_option("--plugin", plugin, "The plug-in to load, instead of the one beside this program")
-      ->option_text("FILE");
+      ->option_text("FILE")
+      ->check(IsNotEmpty());
+}
+
+CLI::Validator IsNotEmpty() {
+  return CLI::Validator([](std::string& text) { return std::string(text.empty() ? "is empty" : ""); }, "");
 }
 
 Command::Command(CommandLine& line, const std::string& name, const std::string& description)

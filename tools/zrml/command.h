@@ -79,6 +79,9 @@ class FunctionCommand : public SourceCommand {
   int function_ = 0;
 };
 
+/// For options whose argument is a path.
+CLI::Validator IsNotEmpty();
+
 void AddPluginOption(CLI::App& options, std::string& plugin);
 
 std::unique_ptr<Command> MakeInfoCommand(CommandLine& line);

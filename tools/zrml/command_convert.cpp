@@ -100,10 +100,6 @@ class ConvertCommand : public Command {
               kMostThreads);
   }
 
-  static CLI::Validator IsNotEmpty() {
-    return CLI::Validator([](std::string& text) { return std::string(text.empty() ? "is empty" : ""); }, "");
-  }
-
   void AddTargetOptions() {
     CLI::App& options = Options();
     CLI::Option* const folder =

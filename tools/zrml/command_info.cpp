@@ -1,6 +1,8 @@
 // zrml info: what a data source holds.
 #include <algorithm>
 #include <numeric>
+#include <string_view>
+#include <unordered_map>
 
 #include "tools/zrml/code_names.h"
 #include "tools/zrml/command.h"
@@ -140,29 +142,32 @@ void PrintNames(const std::string& title, const std::vector<NamedItem>& items, O
 }
 
 // The values of one key, each with the functions that have it.
-using ValueUses = std::vector<std::pair<std::wstring, std::vector<int>>>;
+using ValueUses = std::vector<std::pair<std::wstring_view, std::vector<int>>>;
 
 ValueUses UsesOf(const MetadataItem& item, const std::vector<FunctionDescription>& functions) {
-  ValueUses uses = {
-      {item.value.value_or(L""), {}}};  // the first function's, or the sample's without functions
+  constexpr std::wstring_view kNone;
+  const auto textOf = [&](const MetadataItem& any) {
+    return any.value ? std::wstring_view(*any.value) : kNone;
+  };
+  ValueUses uses = {{textOf(item), {}}};  // the first function's, or the sample's without functions
+  std::unordered_map<std::wstring_view, std::size_t> places = {{textOf(item), 0}};
   for (const FunctionDescription& function : functions) {
     for (const MetadataItem& own : function.metadata) {
       if (own.key != item.key) continue;
-      const std::wstring text = own.value.value_or(L"");
-      auto use =
-          std::find_if(uses.begin(), uses.end(), [&](const auto& known) { return known.first == text; });
-      if (use == uses.end()) use = uses.insert(use, {text, {}});
-      use->second.push_back(function.number);
+      const auto [place, isNew] = places.emplace(textOf(own), uses.size());
+      if (isNew) uses.emplace_back(place->first, std::vector<int>());
+      uses[place->second].second.push_back(function.number);
     }
   }
   return uses;
 }
 
 // A report's item can be all the text of a function; people see how it begins.
-std::string ShownValue(const std::wstring& value) {
+std::string ShownValue(std::wstring_view value) {
   constexpr std::size_t kShown = 60;
-  if (value.size() <= kShown) return OrNothing(VisibleUtf8(value));
-  return VisibleUtf8(value.substr(0, kShown)) + "... (" + std::to_string(value.size()) + " characters)";
+  if (value.size() <= kShown) return OrNothing(VisibleUtf8(std::wstring(value)));
+  return VisibleUtf8(std::wstring(value.substr(0, kShown))) + "... (" + std::to_string(value.size()) +
+         " characters)";
 }
 
 std::string FunctionList(const std::vector<int>& numbers) {

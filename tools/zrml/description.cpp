@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <string_view>
 
 namespace zrml {
 namespace {
@@ -27,7 +29,26 @@ std::optional<NumberRange> TimeRange(CDataServerImpl& server, int sample, int fu
   return range;
 }
 
-FunctionDescription DescribeFunction(CDataServerImpl& server, int sample, int function) {
+constexpr std::wstring_view kFunctionText = L"CompleteFunctionBlock";
+
+// Keys of the interface whose values are the same for all functions of a sample.
+constexpr std::wstring_view kSampleKeys[] = {
+    L"AnalysisDateTime", L"DatasetName",  L"InstrumentDescription", L"InstrumentName",
+    L"MethodName",       L"OperatorName", L"ProviderName",          L"SampleName",
+};
+
+bool IsOfSample(const std::wstring& key) {
+  return std::find(std::begin(kSampleKeys), std::end(kSampleKeys), key) != std::end(kSampleKeys);
+}
+
+const MetadataItem* Find(const std::vector<MetadataItem>& items, const std::wstring& key) {
+  const auto item =
+      std::find_if(items.begin(), items.end(), [&](const MetadataItem& each) { return each.key == key; });
+  return item != items.end() ? &*item : nullptr;
+}
+
+FunctionDescription DescribeFunction(CDataServerImpl& server, int sample, int function,
+                                     const std::vector<MetadataItem>& ofFirst) {
   FunctionDescription description;
   description.number = function + 1;
   description.name = server.GetFunctionName(sample, function);
@@ -48,7 +69,7 @@ FunctionDescription DescribeFunction(CDataServerImpl& server, int sample, int fu
   description.traces = List(server.GetFunctionTraceCount(sample, function), [&](int trace) {
     return NamedItem{trace + 1, server.GetFunctionTraceName(sample, function, trace)};
   });
-  description.metadata = ReadMetadata(server, sample, function);
+  description.metadata = ReadMetadata(server, sample, function, FunctionText::kRead, ofFirst);
   return description;
 }
 
@@ -61,26 +82,36 @@ SampleDescription DescribeSample(CDataServerImpl& server, int sample) {
   // Asked before anything about functions: of a report's sample that has analog functions alone, the traces
   // count once more with every look at its functions.
   const int traces = server.GetTraceCount(sample);
-  description.functions = List(server.GetFunctionCount(sample),
-                               [&](int function) { return DescribeFunction(server, sample, function); });
+  const int functions = server.GetFunctionCount(sample);
+  description.metadata = ReadMetadata(server, sample, FunctionText::kRead);
+  description.functions = List(functions, [&](int function) {
+    return DescribeFunction(server, sample, function, description.metadata);
+  });
   description.traces = List(traces, [&](int trace) {
     return NamedItem{trace + 1, server.GetTraceName(sample, trace)};
   });
   if (server.HasAbsorbanceData(sample)) description.absorbanceScans = server.GetAbsorbanceScanCount(sample);
-  description.metadata = ReadMetadata(server, sample, 0);
   return description;
 }
 
-std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, int function) {
+std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, FunctionText text) {
+  return ReadMetadata(server, sample, 0, text, {});
+}
+
+std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, int function, FunctionText text,
+                                       const std::vector<MetadataItem>& ofFirst) {
   std::vector<MetadataItem> items;
   std::vector<std::wstring> keys;
   if (!server.GetMetadataKeys(sample, function, keys)) return items;
   for (const std::wstring& key : keys) {
-    const auto hasKey = [&](const MetadataItem& item) { return item.key == key; };
-    if (std::any_of(items.begin(), items.end(), hasKey)) continue;
+    if (Find(items, key) != nullptr || (text == FunctionText::kLeftOut && key == kFunctionText)) continue;
     MetadataItem& item = items.emplace_back(MetadataItem{key, std::nullopt});
     std::wstring value;
-    if (server.GetMetadataValue(sample, function, key, value)) item.value = value;
+    if (const MetadataItem* const known = IsOfSample(key) ? Find(ofFirst, key) : nullptr) {
+      item.value = known->value;
+    } else if (server.GetMetadataValue(sample, function, key, value)) {
+      item.value = value;
+    }
   }
   return items;
 }

@@ -50,7 +50,15 @@ struct SampleDescription {
 /// One sample at a time: a report has thousands, and their metadata can be most of its text.
 SampleDescription DescribeSample(CDataServerImpl& server, int sample);
 
-/// The metadata items of a function; each key once.
-std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, int function);
+/// Which metadata items are wanted: of a report the text of a whole function can be most of the file.
+enum class FunctionText { kRead, kLeftOut };
+
+/// The metadata items of a sample's first function; each key once.
+std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, FunctionText text);
+
+/// Those of another function, `ofFirst` being the first one's. What is known to belong to the sample is not
+/// asked for again: for each answer a provider may read the whole sample.
+std::vector<MetadataItem> ReadMetadata(CDataServerImpl& server, int sample, int function, FunctionText text,
+                                       const std::vector<MetadataItem>& ofFirst);
 
 }  // namespace zrml

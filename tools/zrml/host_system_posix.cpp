@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -35,6 +36,11 @@ std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::
   std::string native = platform::ToNativePath(path);
   if (native.find('/') == std::string::npos)
     native.insert(0, "./");  // a bare name would be looked up in system folders
+  struct stat status = {};
+  if (::stat(native.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    error = L"it is no file";  // a pipe would let the loader wait
+    return std::nullopt;
+  }
   if (void* handle = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL)) return SharedLibrary(handle);
   const char* reason = ::dlerror();
   error = platform::FromNativePath(reason != nullptr ? reason : "unknown error");

@@ -171,7 +171,7 @@ def test_source_changed_meanwhile(conversions, source):
         (lambda folder: os.truncate(folder / data, 60), data, []),
         (lambda folder: os.truncate(folder / data, 60), data, ['--damaged']),
         (lambda folder: os.utime(folder / data, (0, 0)), data, []),
-        (lambda folder: (folder / '_FUNC001.STS').unlink(), '_FUNC001.STS', []),
+        (lambda folder: (folder / '_spare.txt').unlink(), '_spare.txt', []),
         (lambda folder: (folder / '_FUNC002.DAT').write_text('new'), '_FUNC002.DAT', []),
         (lambda folder: (folder / 'notes.txt').write_text('new'), None, []),
         (lambda folder: None, None, []),
@@ -180,6 +180,7 @@ def test_source_changed_meanwhile(conversions, source):
         changing = conversions.work / 'changing.raw'
         shutil.rmtree(changing, ignore_errors=True)
         shutil.copytree(source, changing)
+        (changing / '_spare.txt').write_text('data')
         command = [conversions.command[0], 'convert', str(changing), '--stdout', '--threads', '1', *options]
         with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
             while not is_blocked(process):

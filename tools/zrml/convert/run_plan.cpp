@@ -13,8 +13,6 @@ namespace {
 // What the provider calls the reference functions of an acquisition.
 constexpr std::wstring_view kLockMass = L"Lock Mass";
 constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
-// The source's own text of a whole function, of any length: no attribute of a run.
-constexpr std::wstring_view kFunctionText = L"CompleteFunctionBlock";
 
 RunFunction DescribeFunction(CDataServerImpl& server, int sample, int position) {
   RunFunction function = {.position = position, .number = position + 1};
@@ -107,17 +105,18 @@ void SortByTime(std::vector<RunEntry>& entries) {
             [&](const RunEntry& a, const RunEntry& b) { return key(a) < key(b); });
 }
 
-// Items of the sample; those that differ between functions name the function.
+// Items of the sample; those that differ between functions name the function. The source's own text of a
+// whole function is no attribute of a run.
 std::vector<MetadataItem> CollectMetadata(CDataServerImpl& server, int sample) {
-  std::vector<MetadataItem> items = ReadMetadata(server, sample, 0);
-  std::erase_if(items, [](const MetadataItem& item) { return item.key == kFunctionText; });
-  const std::size_t shared = items.size();
-  for (int function = 1; function < server.GetFunctionCount(sample); ++function) {
-    for (std::size_t i = 0; i < shared; ++i) {
-      std::wstring value;
-      if (!server.GetMetadataValue(sample, function, items[i].key, value) || value == items[i].value)
-        continue;
-      items.push_back({items[i].key + L" of function " + std::to_wstring(function + 1), value});
+  const int functions = server.GetFunctionCount(sample);
+  const std::vector<MetadataItem> ofFirst = ReadMetadata(server, sample, FunctionText::kLeftOut);
+  std::vector<MetadataItem> items = ofFirst;
+  for (int function = 1; function < functions; ++function) {
+    const auto own = ReadMetadata(server, sample, function, FunctionText::kLeftOut, ofFirst);
+    for (std::size_t i = 0; i < std::min(own.size(), ofFirst.size()); ++i) {
+      const bool differs = own[i].value && own[i].value != ofFirst[i].value;
+      if (differs)
+        items.push_back({own[i].key + L" of function " + std::to_wstring(function + 1), own[i].value});
     }
   }
   return items;
