@@ -102,7 +102,7 @@ void Resample(const CZRMassSpectrum& source, CZRMassSpectrum target) {
 
 void SumRepeats(CZRMassSpectrum spectrum) {
   const std::size_t points = spectrum.UsablePoints();
-  SumSubScans(spectrum, MostSubScanVisits(points));
+  SumSubScans(spectrum);
   CheckWhole(spectrum);
   Check(spectrum.UsablePoints() <= points, "sub-scans together have no more points than the scan");
 }

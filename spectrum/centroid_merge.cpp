@@ -194,8 +194,8 @@ int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& 
   PeakMerger merger(spectrum, count, merged);
   const double half = ConstantHalf(context, factor);
   if (half > 0 && AreOrdinary(masses, intensities, count, half)) {
-    const auto order = std::make_unique_for_overwrite<std::int32_t[]>(points);
-    MergeInGroups(masses, intensities, count, half, {order.get(), points}, merger);
+    std::vector<std::int32_t> order(points);
+    MergeInGroups(masses, intensities, count, half, order, merger);
   } else {
     for (const std::int32_t i : ByIntensity(spectrum, points)) {
       if (!merger.IsAbsorbed(i)) merger.Visit(i, PeakWidthAt(context, masses[i]) / factor * 0.5);

@@ -96,7 +96,7 @@ bool DecodeRawMasses(const ScanSource& source, CZRMassSpectrum& spectrum, bool& 
 template <std::size_t kPointSize, PointKernels::Unpack PointKernels::*kUnpack>
 bool DecodeSubScans(const ScanSource& source, CZRMassSpectrum& spectrum, bool& unsorted) {
   if (!DecodeRawMasses<kPointSize, kUnpack>(source, spectrum, unsorted)) return false;
-  if (unsorted) SumSubScans(spectrum, MostSubScanVisits(spectrum.UsablePoints()));
+  if (unsorted) SumSubScans(spectrum);
   return true;
 }
 

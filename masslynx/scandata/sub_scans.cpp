@@ -38,15 +38,18 @@ CZRMassSpectrum SubScan(const CZRMassSpectrum& scan, std::size_t begin, std::siz
 
 }  // namespace
 
-std::size_t MostSubScanVisits(std::size_t points) {
+std::size_t MostSubScanVisits(std::size_t points, std::size_t subScans) {
+  constexpr std::size_t kFew = 512;
+  constexpr std::size_t kAlwaysOfFew = std::size_t{1} << 25;
   constexpr std::size_t kAlways = std::size_t{1} << 23;
   constexpr std::size_t kPerPoint = 16;
-  return std::max(kAlways, kPerPoint * points);
+  return std::max(subScans <= kFew ? kAlwaysOfFew : kAlways, kPerPoint * points);
 }
 
-bool SumSubScans(CZRMassSpectrum& spectrum, std::size_t mostVisits) {
+bool SumSubScans(CZRMassSpectrum& spectrum, std::optional<std::size_t> limit) {
   const std::vector<std::size_t> ends = SubScanEnds(spectrum);
   if (ends.empty()) return false;
+  const std::size_t mostVisits = limit.value_or(MostSubScanVisits(spectrum.UsablePoints(), ends.size()));
   CZRMassSpectrum sum = SubScan(spectrum, 0, ends[0]);
   sum.SetPolarity(spectrum.GetPolarity());
   std::size_t visits = 0;

@@ -237,6 +237,7 @@ class CutReportTest : public ReportTest {
 TEST_F(CutReportTest, IsDamagedInItsLastSample) {
   ExpectOutput(RunBare({"check", path_}), path_ + " is sound: 2 functions, 3 scans\n");
   ExpectCut(whole_.rfind('}'), "vials.rpt ends inside 1 block", 3, path_ + ", sample 3");
+  ExpectCut(whole_.rfind("{"), "vials.rpt ends where its last sample begins", 3, path_ + ", sample 3");
   ExpectCut(whole_.find("100\t100"), "vials.rpt ends inside 4 blocks", 1, path_);
 }
 

@@ -257,10 +257,13 @@ TEST(SumSubScans, TheBudgetIsMetExactly) {
   EXPECT_EQ(spectrum.GetCount(), 3);
 }
 
-TEST(SumSubScans, TheBudgetGrowsWithTheScan) {
-  EXPECT_EQ(MostSubScanVisits(0), 8388608U);
-  EXPECT_EQ(MostSubScanVisits(524288), 8388608U);
-  EXPECT_EQ(MostSubScanVisits(524289), 8388624U);
+TEST(SumSubScans, TheBudgetGrowsWithTheScanAndIsLessForVeryManySubScans) {
+  EXPECT_EQ(MostSubScanVisits(0, 513), 8388608U);
+  EXPECT_EQ(MostSubScanVisits(524288, 513), 8388608U);
+  EXPECT_EQ(MostSubScanVisits(524289, 513), 8388624U);
+  EXPECT_EQ(MostSubScanVisits(0, 512), 33554432U);
+  EXPECT_EQ(MostSubScanVisits(2097152, 512), 33554432U);
+  EXPECT_EQ(MostSubScanVisits(2097153, 2), 33554448U);
 }
 
 TEST(SumSubScans, NothingToSum) {

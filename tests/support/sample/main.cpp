@@ -32,7 +32,8 @@ void Make(const std::filesystem::path& path, zrml::LineEnd lineEnd) {
 
 int main(int argc, char** argv) {
   const bool wantsLf = argc == 3 && std::string_view(argv[2]) == "--lf";
-  if (argc != 2 && !wantsLf)
+  const bool hasPath = argc > 1 && !std::string_view(argv[1]).starts_with('-');
+  if (!hasPath || (argc != 2 && !wantsLf))
     return Fail(kWrongUsage, "usage: zrml-sample DIRECTORY, or REPORT.rpt [--lf]", "");
   try {
     const std::filesystem::path path = argv[1];

@@ -39,7 +39,8 @@ class Index {
  public:
   Index(const RawFile& file, int dataFormat)
       : file_(file),
-        unit_(point_unit_format::UnitOf(dataFormat)),
+        offsetUnit_(point_unit_format::UnitOf(dataFormat)),
+        unit_(offsetUnit_),
         knowsEnds_(unit_.bytes != 0 && dataFormat != kMixedFormat) {
     if (dataFormat == kMixedFormat) {
       unit_ = point_unit_format::UnitOf(kFormatOfMixed);
@@ -82,7 +83,7 @@ class Index {
         if (scan.offset == 0 && first + i > 0) scan.offset = expected;
         const std::uint32_t word = LoadU32(record + scan_index_format::kPackedWord);
         const std::uint32_t points = word & scan_index_format::kPointCountMask;
-        expected += unit_.BytesOf(points);
+        expected += offsetUnit_.BytesOf(points);
         const bool isLast = first + i + 1 == Count();
         scan.end = scan.offset + (isLast ? lastUnit_ : unit_).BytesOf(points);
         body(scan);
@@ -92,7 +93,8 @@ class Index {
 
  private:
   const RawFile& file_;
-  point_unit_format::PointUnit unit_;
+  point_unit_format::PointUnit offsetUnit_;        // what the provider counts where an offset is left out
+  point_unit_format::PointUnit unit_;              // what a scan takes
   point_unit_format::PointUnit lastUnit_ = unit_;  // of the last scan
   bool knowsEnds_;
   std::size_t recordSize_ = 0;
@@ -187,6 +189,10 @@ class Checker {
     if (!index.Fits())
       return Add(indexFile, L"does not end with a whole record, so the function has no scans", Data::kLost);
     hasScans_ = hasScans_ || index.Count() > 0;
+    if (index.Count() == 0 && data.Size() > 0) {
+      return Add(data, L"holds " + std::to_wstring(data.Size()) + L" bytes, but the index is empty",
+                 Data::kLost);
+    }
     // The points of an ion-mobility function are in a file of their own.
     const RawFile mobility(folder_, function.stem + L".CDT");
     if (mobility.IsThere() && !mobility.IsOpen())
@@ -245,9 +251,6 @@ class Checker {
     }
     // What an index has left behind that is cut, emptied or zeroed in places.
     if (!index.KnowsEnds()) return;
-    if (number == 0 && data.Size() > 0)
-      return Add(data, L"holds " + std::to_wstring(data.Size()) + L" bytes, but the index is empty",
-                 Data::kLost);
     if (!isInOrder) unused = 0;
     if (end < data.Size()) unused += data.Size() - end;
     if (unused != 0)
@@ -259,11 +262,12 @@ class Checker {
     namespace format = scan_statistics_format;
     if (!file.IsThere()) return;  // there need not be one
     if (!file.IsOpen()) return Add(file, file.Problem(), Data::kLost);
+    if (file.Size() == 0 && scans == 0) return;  // of a function that was never acquired
     if (file.Size() < format::kHeaderSize) return Add(file, L"ends in its header", Data::kLost);
     const auto header = file.Read(0, format::kHeaderSize);
     const unsigned version = LoadU16(header.data() + format::kVersion);
     if (version != format::kKnownVersion)
-      return Add(file, L"is of version " + std::to_wstring(version) + L", which is not read", Data::kLost);
+      return Add(file, L"is of version " + std::to_wstring(version) + L", which is not read", Data::kWhole);
     const std::uint64_t offset = LoadU16(header.data() + format::kRecordsOffset);
     const std::uint64_t size = LoadU16(header.data() + format::kRecordSize);
     const std::uint64_t bytes = file.Size() - std::min(offset, file.Size());
@@ -288,7 +292,8 @@ class Checker {
       const std::wstring upper = ToUpper(name);
       const bool isData = (upper.starts_with(L"_FUNC") || upper.starts_with(L"_PROC")) &&
                           (upper.ends_with(L".DAT") || upper.ends_with(L".IDX") || upper.ends_with(L".CDT"));
-      if (isData && !stems_.contains(StemOfName(upper))) unused.push_back(name);
+      const bool isEmpty = !at->is_regular_file(error) || at->file_size(error) == 0;
+      if (isData && !isEmpty && !stems_.contains(StemOfName(upper))) unused.push_back(name);
     }
     std::sort(unused.begin(), unused.end(), [](const std::wstring& a, const std::wstring& b) {
       return std::pair(StemOfName(a), IsDataFile(b)) < std::pair(StemOfName(b), IsDataFile(a));

@@ -108,8 +108,9 @@ void SortByTime(std::vector<RunEntry>& entries) {
 // Items of the sample; those that differ between functions name the function. The source's own text of a
 // whole function is no attribute of a run.
 std::vector<MetadataItem> CollectMetadata(CDataServerImpl& server, int sample) {
-  const int functions = server.GetFunctionCount(sample);
+  // Before the number of functions: a report's sample that has analog functions alone has no items after it.
   const std::vector<MetadataItem> ofFirst = ReadMetadata(server, sample, FunctionText::kLeftOut);
+  const int functions = server.GetFunctionCount(sample);
   std::vector<MetadataItem> items = ofFirst;
   for (int function = 1; function < functions; ++function) {
     const auto own = ReadMetadata(server, sample, function, FunctionText::kLeftOut, ofFirst);
