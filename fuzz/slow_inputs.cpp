@@ -119,6 +119,23 @@ Contents GrowingSubScans(std::size_t first) {
   return files;
 }
 
+// 512 sub-scans of which no mass but the first is in two.
+Contents DifferentSubScans() {
+  constexpr std::uint32_t kSubScans = 512;
+  constexpr std::uint32_t kPoints = kMegabyte / 8 / kSubScans;
+  constexpr std::uint32_t kApart = (1u << 26) / (kSubScans * kPoints);
+  Contents files = OneFunction(12, kSubScans * kPoints).Files();
+  std::vector<StoredPoint12> points(
+      kSubScans * kPoints,
+      {.massExponent = 12, .massMantissa = 1u << 26, .intensity = {.magnitude = 1000, .exponent = 20}});
+  for (std::uint32_t i = 0; i < points.size(); ++i) {
+    const std::uint32_t point = i % kPoints;
+    if (point > 0) points[i].massMantissa += kApart * (kSubScans * point - i / kPoints);
+  }
+  files["_FUNC001.DAT"] = EncodePoints(points);
+  return files;
+}
+
 template <class Server>
 double Seconds(Contents contents, const std::wstring& source) {
   fuzz::Files files;
@@ -211,6 +228,7 @@ int main() {
   Show("many sub-scans", ManySubScans());
   Show("many sub-scans, growing sum", GrowingSubScans(0));
   Show("many sub-scans, long first one", GrowingSubScans(60000));
+  Show("512 sub-scans of different masses", DifferentSubScans());
   Show("long history", LongHistory());
   ShowReports();
 }

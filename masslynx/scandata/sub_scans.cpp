@@ -40,7 +40,7 @@ CZRMassSpectrum SubScan(const CZRMassSpectrum& scan, std::size_t begin, std::siz
 
 std::size_t MostSubScanVisits(std::size_t points, std::size_t subScans) {
   constexpr std::size_t kFew = 512;
-  constexpr std::size_t kAlwaysOfFew = std::size_t{1} << 25;
+  constexpr std::size_t kAlwaysOfFew = std::size_t{1} << 24;
   constexpr std::size_t kAlways = std::size_t{1} << 23;
   constexpr std::size_t kPerPoint = 16;
   return std::max(subScans <= kFew ? kAlwaysOfFew : kAlways, kPerPoint * points);

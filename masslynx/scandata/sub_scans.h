@@ -11,7 +11,7 @@ namespace zrml {
 /// Adding a sub-scan visits its own points and those of the sum so far, and costs eight visits besides: in
 /// all about twice the points of a scan whose sub-scans are alike, and more where their masses differ and the
 /// sum grows. A scan that would need more visits than this, and more than 16 for each of its points, stays as
-/// decoded: 2^25 of up to 512 sub-scans, and 2^23, or about a tenth of a second, of more, so that very many
+/// decoded: 2^24 of up to 512 sub-scans, and 2^23, or about a tenth of a second, of more, so that very many
 /// short ones after a long one do not hang.
 std::size_t MostSubScanVisits(std::size_t points, std::size_t subScans);
 

@@ -261,9 +261,9 @@ TEST(SumSubScans, TheBudgetGrowsWithTheScanAndIsLessForVeryManySubScans) {
   EXPECT_EQ(MostSubScanVisits(0, 513), 8388608U);
   EXPECT_EQ(MostSubScanVisits(524288, 513), 8388608U);
   EXPECT_EQ(MostSubScanVisits(524289, 513), 8388624U);
-  EXPECT_EQ(MostSubScanVisits(0, 512), 33554432U);
-  EXPECT_EQ(MostSubScanVisits(2097152, 512), 33554432U);
-  EXPECT_EQ(MostSubScanVisits(2097153, 2), 33554448U);
+  EXPECT_EQ(MostSubScanVisits(0, 512), 16777216U);
+  EXPECT_EQ(MostSubScanVisits(1048576, 512), 16777216U);
+  EXPECT_EQ(MostSubScanVisits(1048577, 2), 16777232U);
 }
 
 TEST(SumSubScans, NothingToSum) {
