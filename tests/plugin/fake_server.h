@@ -121,4 +121,12 @@ class FakeServer : public BareServer {
   const FakeFunction& At(int function) const { return functions.at(static_cast<std::size_t>(function)); }
 };
 
+/// One with these drift bins.
+inline FakeServer WithBins(const std::vector<FakeScan>& bins) {
+  FakeFunction function;
+  function.mobility = true;
+  function.bins = bins;
+  return FakeServer({function});
+}
+
 }  // namespace zrml
