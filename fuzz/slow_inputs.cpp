@@ -92,11 +92,11 @@ Contents LongHistory() {
   return files;
 }
 
-// Sub-scans of two points from one mass on.
-Contents ManySubScans() {
-  Contents files = OneFunction(12, kMegabyte / 8).Files();
+// Sub-scans of two points from one mass on. Points that the file lacks are of mass 0.
+Contents ManySubScans(std::uint32_t lowest, std::uint32_t declared) {
+  Contents files = OneFunction(12, declared).Files();
   std::vector<StoredPoint12> points(kMegabyte / 8,
-                                    {.massExponent = 7, .massMantissa = 1u << 25, .intensity = {}});
+                                    {.massExponent = 7, .massMantissa = lowest, .intensity = {}});
   for (std::size_t i = 1; i < points.size(); i += 2) points[i].massMantissa += 1u << 20;
   files["_FUNC001.DAT"] = EncodePoints(points);
   return files;
@@ -104,7 +104,7 @@ Contents ManySubScans() {
 
 // The same with second masses all over the range, so that the sum grows: as far as sub-scans are summed, and
 // behind a first one that is long.
-Contents GrowingSubScans(std::size_t first) {
+Contents GrowingSubScans(std::size_t first, bool allPositive = true) {
   Contents files = OneFunction(12, kMegabyte / 8).Files();
   std::vector<StoredPoint12> points(
       kMegabyte / 8,
@@ -115,15 +115,18 @@ Contents GrowingSubScans(std::size_t first) {
     random = random * 1664525 + 1013904223;
     points[i].massMantissa += 1 + (random >> 6) % ((1u << 26) - 1);
   }
+  points[1].intensity.negative = !allPositive;
   files["_FUNC001.DAT"] = EncodePoints(points);
   return files;
 }
 
-// 512 sub-scans of which no mass but the first is in two.
-Contents DifferentSubScans() {
+// 512 sub-scans of which no mass but the first is in two, masses `kApart` units of 2^-15 apart; all with
+// intensities above zero, or with one that is not.
+template <std::uint32_t kApart>
+Contents DifferentSubScans(bool allPositive) {
   constexpr std::uint32_t kSubScans = 512;
   constexpr std::uint32_t kPoints = kMegabyte / 8 / kSubScans;
-  constexpr std::uint32_t kApart = (1u << 26) / (kSubScans * kPoints);
+  std::uint32_t random = 1;
   Contents files = OneFunction(12, kSubScans * kPoints).Files();
   std::vector<StoredPoint12> points(
       kSubScans * kPoints,
@@ -131,7 +134,10 @@ Contents DifferentSubScans() {
   for (std::uint32_t i = 0; i < points.size(); ++i) {
     const std::uint32_t point = i % kPoints;
     if (point > 0) points[i].massMantissa += kApart * (kSubScans * point - i / kPoints);
+    random = random * 1664525 + 1013904223;
+    points[i].intensity.magnitude = 1000 + (random >> 16);
   }
+  points[1].intensity.negative = !allPositive;
   files["_FUNC001.DAT"] = EncodePoints(points);
   return files;
 }
@@ -225,10 +231,17 @@ int main() {
   Show("many functions, much calibration", CalibratedFunctions());
   Show("many scans, times descending", ManyScans());
   Show("many traces", ManyTraces());
-  Show("many sub-scans", ManySubScans());
+  Show("many sub-scans", ManySubScans(1u << 25, kMegabyte / 8));
+  Show("many sub-scans from mass 0", ManySubScans(0, kMegabyte / 8));
+  Show("many sub-scans from mass 0, 4,194,303 points", ManySubScans(0, kMostPoints));
   Show("many sub-scans, growing sum", GrowingSubScans(0));
   Show("many sub-scans, long first one", GrowingSubScans(60000));
-  Show("512 sub-scans of different masses", DifferentSubScans());
+  Show("many sub-scans, growing sum, one intensity negative", GrowingSubScans(0, false));
+  for (const bool allPositive : {true, false}) {
+    const std::string sign = allPositive ? "" : ", one intensity negative";
+    Show("512 sub-scans of different masses" + sign, DifferentSubScans<512>(allPositive));
+    Show("the same, closer" + sign, DifferentSubScans<180>(allPositive));
+  }
   Show("long history", LongHistory());
   ShowReports();
 }

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
+#include <span>
 
 #include "fuzz/check.h"
 #include "fuzz/input.h"
 #include "masslynx/scandata/sub_scans.h"
 #include "spectrum/add_spectrum.h"
 #include "spectrum/centroid_merge.h"
+#include "spectrum/peak_sum.h"
 #include "spectrum/profile_resampling.h"
 
 namespace zrml::fuzz {
@@ -107,6 +110,47 @@ void SumRepeats(CZRMassSpectrum spectrum) {
   Check(spectrum.UsablePoints() <= points, "sub-scans together have no more points than the scan");
 }
 
+using Values = PeakSum::Values;
+
+CZRMassSpectrum ToSpectrum(Values masses, Values intensities) {
+  CZRMassSpectrum spectrum;
+  spectrum.SetSize(static_cast<int>(masses.size()));
+  spectrum.CopyMasses(masses.data());
+  spectrum.CopyIntensities(intensities.data());
+  return spectrum;
+}
+
+bool AreSame(Values values, const HostVector<double>& expected) {
+  return std::equal(values.begin(), values.end(), expected.begin(), expected.end(), [](double a, double b) {
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) ||
+           (std::isnan(a) && std::isnan(b));
+  });
+}
+
+// The points cut into lists, which together give the same as added one by one.
+void SumLists(Input& input, const CZRMassSpectrum& spectrum) {
+  const double width = input.Bool() ? std::abs(input.Value<double>()) : 0.01;
+  if (!(width > 0)) return;
+  Values masses(spectrum.GetMasses(), spectrum.UsablePoints());
+  Values intensities(spectrum.GetIntensities(), spectrum.UsablePoints());
+  PeakSum sum(width, {}, {});
+  CZRMassSpectrum expected;
+  while (!masses.empty()) {
+    const std::size_t count = std::min<std::size_t>(input.Value<std::uint8_t>() % 32, masses.size());
+    const int times = input.Below(3) + 1;
+    for (int i = 0; i < times; ++i) {
+      sum.Add(masses.first(count), intensities.first(count));
+      AddSpectrum(true, width, ToSpectrum(masses.first(count), intensities.first(count)), expected);
+      Check(AreSame(sum.Masses(), expected.MassVector()), "a sum of lists has the masses of one by one");
+      Check(AreSame(sum.Intensities(), expected.IntensityVector()),
+            "a sum of lists has the intensities of one by one");
+    }
+    if (count == 0) return;
+    masses = masses.subspan(count);
+    intensities = intensities.subspan(count);
+  }
+}
+
 void Merge(CZRMassSpectrum spectrum) {
   SortByMass(true, spectrum);
   const bool bounded = AllBounded(spectrum);
@@ -128,6 +172,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::AddCentroids(source, target);
   fuzz::Resample(source, target);
   fuzz::SumRepeats(source);
+  fuzz::SumLists(input, source);
   fuzz::Merge(source);
   return 0;
 }

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "spectrum/parallel_sort.h"
+#include "spectrum/peak_merger.h"
 
 namespace zrml {
 namespace {
@@ -25,45 +26,6 @@ std::vector<std::int32_t> ByIntensity(const CZRMassSpectrum& spectrum, std::size
   SortParallelArrays(static_cast<int>(SortKey::kDouble), false, count, arrays);
   return order;
 }
-
-// The peak that a walk over its neighbours makes. Absorbed neighbours are marked by a mass of 0.
-class PeakWalk {
- public:
-  PeakWalk(double* masses, const double* intensities, int count)
-      : masses_(masses), intensities_(intensities), count_(count) {}
-
-  // A walk ends at the first point that is absorbed or outside the window. Points that were visited before
-  // take part with the mass they have by now.
-  void Absorb(int peak, double low, double high) {
-    intensity_ = intensities_[peak];
-    moment_ = intensity_ * masses_[peak];
-    for (lowest_ = peak; lowest_ > 0 && masses_[lowest_ - 1] > 0 && masses_[lowest_ - 1] >= low;)
-      Take(--lowest_);
-    for (highest_ = peak;
-         highest_ + 1 < count_ && masses_[highest_ + 1] > 0 && masses_[highest_ + 1] <= high;)
-      Take(++highest_);
-  }
-
-  double Intensity() const { return intensity_; }
-  double Mass() const { return moment_ / intensity_; }
-  int Lowest() const { return lowest_; }
-  int Highest() const { return highest_; }
-
- private:
-  void Take(int i) {
-    moment_ += intensities_[i] * masses_[i];
-    intensity_ += intensities_[i];
-    masses_[i] = 0;
-  }
-
-  double* masses_;
-  const double* intensities_;
-  int count_;
-  double moment_ = 0;
-  double intensity_ = 0;
-  int lowest_ = 0;
-  int highest_ = 0;
-};
 
 // Moves the points of positive mass to the front and cuts the spectrum to them.
 int KeepPositiveMasses(CZRMassSpectrum& spectrum, int count) {
@@ -82,40 +44,6 @@ int KeepPositiveMasses(CZRMassSpectrum& spectrum, int count) {
   spectrum.SetSize(kept);
   return kept;
 }
-
-// Visits peaks and merges each with its neighbours.
-class PeakMerger {
- public:
-  PeakMerger(CZRMassSpectrum& spectrum, int count, std::vector<MergedPeak>* merged)
-      : masses_(spectrum.GetMasses()),
-        intensities_(spectrum.GetIntensities()),
-        walk_(masses_, intensities_, count),
-        merged_(merged) {}
-
-  // `half` is half the width at the peak's mass.
-  void Visit(std::int32_t i, double half) {
-    walk_.Absorb(i, masses_[i] - half, masses_[i] + half);
-    if (merged_ != nullptr) merged_->push_back({i, walk_.Lowest(), walk_.Highest()});
-    if (!(walk_.Intensity() > 0)) return;
-    masses_[i] = walk_.Mass();
-    intensities_[i] = walk_.Intensity();
-  }
-
-  // The same of a peak that has no neighbours to take.
-  void VisitAlone(std::int32_t i) {
-    if (merged_ != nullptr) merged_->push_back({i, i, i});
-    const double intensity = intensities_[i];
-    if (intensity > 0) masses_[i] = intensity * masses_[i] / intensity;  // not always the mass that it was
-  }
-
-  bool IsAbsorbed(std::int32_t i) const { return !(masses_[i] > 0); }
-
- private:
-  double* masses_;
-  double* intensities_;
-  PeakWalk walk_;
-  std::vector<MergedPeak>* merged_;
-};
 
 // Whether the law's width is the same at every mass.
 bool IsConstant(const CZRMSPeakWidthLaw::Law& law) {
@@ -149,8 +77,8 @@ bool AreOrdinary(const double* masses, const double* intensities, int count, dou
 // Ordinary peaks fall into groups between which there is more than a walk reaches. None leads from one group
 // into another, since a merged peak lies between those that went into it: so the strongest first need be
 // found within each group only, and most groups are single peaks.
-void MergeInGroups(const double* masses, const double* intensities, int count, double half,
-                   std::span<std::int32_t> order, PeakMerger& merger) {
+void MergeInGroups(const double* masses, int count, double half, std::span<std::int32_t> order,
+                   PeakMerger& merger) {
   const double reach = half * (1 + 2.0 / 16);  // with the errors on either side
   for (std::int32_t first = 0; first < count;) {
     std::int32_t last = first + 1;
@@ -158,14 +86,7 @@ void MergeInGroups(const double* masses, const double* intensities, int count, d
     if (last == first + 1) {
       merger.VisitAlone(first);
     } else {
-      const auto group = order.first(static_cast<std::size_t>(last - first));
-      std::iota(group.begin(), group.end(), first);
-      std::sort(group.begin(), group.end(), [&](std::int32_t a, std::int32_t b) {
-        return intensities[a] != intensities[b] ? intensities[a] > intensities[b] : a < b;
-      });
-      for (const std::int32_t i : group) {
-        if (!merger.IsAbsorbed(i)) merger.Visit(i, half);
-      }
+      merger.VisitGroup(first, half, order.first(static_cast<std::size_t>(last - first)));
     }
     first = last;
   }
@@ -191,11 +112,11 @@ int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& 
   if (merged != nullptr) merged->reserve(points);
   const double* const masses = spectrum.GetMasses();
   const double* const intensities = spectrum.GetIntensities();
-  PeakMerger merger(spectrum, count, merged);
+  PeakMerger merger(spectrum.GetMasses(), spectrum.GetIntensities(), count, merged);
   const double half = ConstantHalf(context, factor);
   if (half > 0 && AreOrdinary(masses, intensities, count, half)) {
     std::vector<std::int32_t> order(points);
-    MergeInGroups(masses, intensities, count, half, order, merger);
+    MergeInGroups(masses, count, half, order, merger);
   } else {
     for (const std::int32_t i : ByIntensity(spectrum, points)) {
       if (!merger.IsAbsorbed(i)) merger.Visit(i, PeakWidthAt(context, masses[i]) / factor * 0.5);

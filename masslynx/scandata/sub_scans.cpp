@@ -1,64 +1,75 @@
 #include "masslynx/scandata/sub_scans.h"
 
 #include <algorithm>
-#include <vector>
+#include <bit>
+#include <cstdint>
 
-#include "spectrum/add_spectrum.h"
+#include "spectrum/peak_sum.h"
 
 namespace zrml {
 namespace {
 
 constexpr double kPeakWidth = 0.01;  // m/z
 
-// A sum of two spectra costs as much as so many visits before it visits any point.
-constexpr std::size_t kVisitsOfACall = 8;
+using Values = PeakSum::Values;
 
-// Where sub-scans start after the first, and behind them the end; nothing for a scan that is not repeated.
-std::vector<std::size_t> SubScanEnds(const CZRMassSpectrum& spectrum) {
-  const std::size_t count = spectrum.UsablePoints();
-  const double* const masses = spectrum.GetMasses();
-  std::vector<std::size_t> ends;
-  for (std::size_t i = 1; i < count; ++i) {
-    if (!(masses[i] <= masses[i - 1])) continue;
-    if (masses[i] != masses[0]) return {};
-    ends.push_back(i);
-  }
-  if (!ends.empty()) ends.push_back(count);
-  return ends;
+// The end of the sub-scan that begins at `begin`, which is before the end of all.
+std::size_t SubScanEnd(Values masses, std::size_t begin) {
+  std::size_t end = begin + 1;
+  while (end < masses.size() && !(masses[end] <= masses[end - 1])) ++end;
+  return end;
 }
 
-// A fresh spectrum of the points [begin, end): it counts as centroided, as sub-scans are summed as peaks.
-CZRMassSpectrum SubScan(const CZRMassSpectrum& scan, std::size_t begin, std::size_t end) {
-  CZRMassSpectrum part;
-  part.SetSize(static_cast<int>(end - begin));
-  part.CopyMasses(scan.GetMasses() + begin);
-  part.CopyIntensities(scan.GetIntensities() + begin);
-  return part;
+bool IsRepeated(Values masses) {
+  bool isRepeated = false;
+  for (std::size_t i = 1; i < masses.size(); ++i) {
+    if (!(masses[i] <= masses[i - 1])) continue;
+    if (masses[i] != masses[0]) return false;
+    isRepeated = true;
+  }
+  return isRepeated;
+}
+
+bool HaveSameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
 }  // namespace
 
-std::size_t MostSubScanVisits(std::size_t points, std::size_t subScans) {
-  constexpr std::size_t kFew = 512;
-  constexpr std::size_t kAlwaysOfFew = std::size_t{1} << 24;
+std::size_t MostSubScanWork(std::size_t points) {
   constexpr std::size_t kAlways = std::size_t{1} << 23;
   constexpr std::size_t kPerPoint = 16;
-  return std::max(subScans <= kFew ? kAlwaysOfFew : kAlways, kPerPoint * points);
+  return std::max(kAlways, kPerPoint * points);
 }
 
 bool SumSubScans(CZRMassSpectrum& spectrum, std::optional<std::size_t> limit) {
-  const std::vector<std::size_t> ends = SubScanEnds(spectrum);
-  if (ends.empty()) return false;
-  const std::size_t mostVisits = limit.value_or(MostSubScanVisits(spectrum.UsablePoints(), ends.size()));
-  CZRMassSpectrum sum = SubScan(spectrum, 0, ends[0]);
-  sum.SetPolarity(spectrum.GetPolarity());
-  std::size_t visits = 0;
-  for (std::size_t k = 1; k < ends.size(); ++k) {
-    visits += sum.UsablePoints() + (ends[k] - ends[k - 1]) + kVisitsOfACall;
-    if (visits > mostVisits) return false;
-    AddSpectrum(true, kPeakWidth, SubScan(spectrum, ends[k - 1], ends[k]), sum);
+  const Values masses(spectrum.GetMasses(), spectrum.UsablePoints());
+  const Values intensities(spectrum.GetIntensities(), spectrum.UsablePoints());
+  if (!IsRepeated(masses)) return false;
+  std::size_t end = SubScanEnd(masses, 0);
+  PeakSum sum(kPeakWidth, masses.first(end), intensities.first(end));
+  std::size_t points = end;
+  std::size_t begin = 0;
+  bool hasChanged = true;
+  while (end < masses.size()) {
+    const bool wasOne = end - begin == 1;
+    begin = end;
+    end = SubScanEnd(masses, begin);
+    const std::size_t count = end - begin;
+    // The points that a file lacks are all alike, zeros: sub-scans of one point.
+    if (!hasChanged && wasOne && count == 1 && HaveSameBits(masses[begin], masses[begin - 1]) &&
+        HaveSameBits(intensities[begin], intensities[begin - 1]))
+      continue;
+    hasChanged = sum.Add(masses.subspan(begin, count), intensities.subspan(begin, count));
+    points += count;
+    if (sum.Work() > limit.value_or(MostSubScanWork(points))) return false;
   }
-  spectrum.Swap(sum);
+  CZRMassSpectrum summed;
+  summed.SetSize(static_cast<int>(sum.Masses().size()));
+  summed.CopyMasses(sum.Masses().data());
+  summed.CopyIntensities(sum.Intensities().data());
+  summed.SetPolarity(spectrum.GetPolarity());
+  spectrum.Swap(summed);
   return true;
 }
 
