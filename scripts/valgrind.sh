@@ -10,7 +10,8 @@ for program in build/linux/tests/*/zrml_*_test build/linux/tests/*/*/zrml_*_test
   [[ $(basename "$program") =~ ${1:-.} ]] || continue
   name=valgrind-$(basename "$program")
   if quietly "$name" valgrind --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,indirect \
-    --trace-children=no "$program" --gtest_brief=1; then
+    --trace-children=no --suppressions=scripts/valgrind.supp \
+    "$program" --gtest_brief=1; then
     echo "$(basename "$program"): $(grep -oE 'ERROR SUMMARY: [0-9]+ errors' "build/$name.log" | tail -n 1)"
   else
     status=1

@@ -20,6 +20,14 @@ TEST_F(SourceTest, MissingPathIsToldOnOneLine) {
   ExpectFailure(Run({"info", "two\nlines"}), 3, "there is no file or folder two\\nlines");
 }
 
+#ifndef _WIN32
+TEST_F(SourceTest, LinkToItselfIsStatus5) {
+  std::filesystem::create_symlink(Path("loop"), Path("loop"));
+  ExpectFailure(Run({"info", Path("loop")}), 5,
+                "cannot reach " + Path("loop") + " (Too many levels of symbolic links)");
+}
+#endif
+
 TEST_F(SourceTest, EmptyPathIsWrongUsage) { ExpectFailure(Run({"info", ""}), 2, "PATH is empty"); }
 
 TEST_F(SourceTest, FolderThatNoProviderTakesIsStatus4) {

@@ -35,6 +35,10 @@ class SharedLibrary {
   void* handle_;
 };
 
+/// Why the system does not tell whether there is something at `path`, like a folder on the way there that may
+/// not be searched; empty when it does tell.
+std::wstring WhyOutOfReach(const std::wstring& path);
+
 /// Whether `count` more files can be open at once; `error` says why not.
 bool CanOpenFiles(int count, std::wstring& error);
 

@@ -49,6 +49,13 @@ std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::
 
 void* SharedLibrary::Symbol(const char* name) const { return ::dlsym(handle_, name); }
 
+std::wstring WhyOutOfReach(const std::wstring& path) {
+  struct stat status = {};
+  if (::stat(platform::ToNativePath(path).c_str(), &status) == 0) return {};
+  const bool isMissing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+  return isMissing ? std::wstring() : Reason(errno);
+}
+
 bool CanOpenFiles(int count, std::wstring& error) {
   std::vector<int> files;
   int failure = 0;

@@ -64,6 +64,11 @@ void* SharedLibrary::Symbol(const char* name) const {
   return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(handle_), name));
 }
 
+std::wstring WhyOutOfReach(const std::wstring& path) {
+  if (::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
+  return ::GetLastError() == ERROR_ACCESS_DENIED ? LastError() : std::wstring();
+}
+
 bool CanOpenFiles(int, std::wstring&) { return true; }  // memory is the only limit
 
 bool IsTerminal(Stream stream) {

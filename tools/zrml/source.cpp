@@ -38,8 +38,12 @@ bool Source::FindProvider(const std::wstring& path) {
 
 Source Source::Open(const std::wstring& path, const std::wstring& pluginPath) {
   const bool isFile = platform::IsFile(path);
-  if (!isFile && !platform::IsDirectory(path))
+  if (!isFile && !platform::IsDirectory(path)) {
+    const std::wstring reason = WhyOutOfReach(path);
+    if (!reason.empty())
+      throw Failure(ExitStatus::kUnreadable, L"cannot reach " + path + L" (" + reason + L")");
     throw Failure(ExitStatus::kNoSuchPath, L"there is no file or folder " + path);
+  }
   Source source(path, PluginLibrary::Load(pluginPath.empty() ? DefaultPluginPath() : pluginPath));
   const std::wstring whole = isFile ? path : WithoutLastSeparator(path);
   bool opened = false;

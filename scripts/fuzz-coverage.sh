@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# fuzz-coverage.sh: which lines of the plug-in the fuzzers run, file by file: over the seeds, over what failed before and over
+# what fuzz.sh has found so far.
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+install "${build_packages[@]}" clang llvm
+build fuzz-coverage
+folder=build/fuzz-coverage
+quietly fuzz-seeds "$folder/fuzz/zrml_fuzz_seeds" build/fuzz/seeds
+
+programs=()
+for fuzzer in header_text host_types raw_directory report scan_data spectrum_container spectrum_sum; do
+  program=$folder/fuzz/zrml_fuzz_$fuzzer
+  programs+=(-object "$program")
+  inputs=(build/fuzz/seeds/"$fuzzer")
+  for more in build/fuzz/corpus/"$fuzzer" fuzz/regressions/"$fuzzer"; do
+    [ ! -d "$more" ] || inputs+=("$more")
+  done
+  LLVM_PROFILE_FILE=$folder/$fuzzer.profraw quietly "coverage-$fuzzer" "$program" 0 "${inputs[@]}"
+done
+llvm-profdata merge -o "$folder/all.profdata" "$folder"/*.profraw
+llvm-cov report "${programs[@]:1}" -instr-profile="$folder/all.profdata" -show-region-summary=false -show-branch-summary=false \
+  common masslynx openlynx spectrum plugin
