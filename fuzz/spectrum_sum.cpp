@@ -103,13 +103,6 @@ void Resample(const CZRMassSpectrum& source, CZRMassSpectrum target) {
   Check(target.UsablePoints() <= most, "a grid is bounded");
 }
 
-void SumRepeats(CZRMassSpectrum spectrum) {
-  const std::size_t points = spectrum.UsablePoints();
-  SumSubScans(spectrum);
-  CheckWhole(spectrum);
-  Check(spectrum.UsablePoints() <= points, "sub-scans together have no more points than the scan");
-}
-
 using Values = PeakSum::Values;
 
 CZRMassSpectrum ToSpectrum(Values masses, Values intensities) {
@@ -127,28 +120,74 @@ bool AreSame(Values values, const HostVector<double>& expected) {
   });
 }
 
-// The points cut into lists, which together give the same as added one by one.
-void SumLists(Input& input, const CZRMassSpectrum& spectrum) {
+struct List {
+  Values masses;
+  Values intensities;
+
+  List Cut(std::size_t count) {
+    const List first{masses.first(count), intensities.first(count)};
+    *this = {masses.subspan(count), intensities.subspan(count)};
+    return first;
+  }
+};
+
+List PointsOf(const CZRMassSpectrum& spectrum) {
+  const std::size_t count = spectrum.UsablePoints();
+  return {{spectrum.GetMasses(), count}, {spectrum.GetIntensities(), count}};
+}
+
+// Pieces of both spectra in turn, some more than once, so that lists fall into and around the sum: together
+// they give the same as added one by one.
+void SumLists(Input& input, const CZRMassSpectrum& source, const CZRMassSpectrum& target) {
   const double width = input.Bool() ? std::abs(input.Value<double>()) : 0.01;
   if (!(width > 0)) return;
-  Values masses(spectrum.GetMasses(), spectrum.UsablePoints());
-  Values intensities(spectrum.GetIntensities(), spectrum.UsablePoints());
-  PeakSum sum(width, {}, {});
-  CZRMassSpectrum expected;
-  while (!masses.empty()) {
-    const std::size_t count = std::min<std::size_t>(input.Value<std::uint8_t>() % 32, masses.size());
+  List rests[] = {PointsOf(source), PointsOf(target)};
+  const auto next = [&](std::size_t turn) {
+    List& rest = rests[turn % 2];
+    return rest.Cut(std::min<std::size_t>(input.Value<std::uint8_t>() % 64, rest.masses.size()));
+  };
+  const List first = next(0);
+  PeakSum sum(width, first.masses, first.intensities);
+  CZRMassSpectrum expected = ToSpectrum(first.masses, first.intensities);
+  for (std::size_t turn = 1; turn < 16; ++turn) {
+    const List list = next(turn);
     const int times = input.Below(3) + 1;
     for (int i = 0; i < times; ++i) {
-      sum.Add(masses.first(count), intensities.first(count));
-      AddSpectrum(true, width, ToSpectrum(masses.first(count), intensities.first(count)), expected);
+      sum.Add(list.masses, list.intensities);
+      AddSpectrum(true, width, ToSpectrum(list.masses, list.intensities), expected);
       Check(AreSame(sum.Masses(), expected.MassVector()), "a sum of lists has the masses of one by one");
       Check(AreSame(sum.Intensities(), expected.IntensityVector()),
             "a sum of lists has the intensities of one by one");
     }
-    if (count == 0) return;
-    masses = masses.subspan(count);
-    intensities = intensities.subspan(count);
   }
+}
+
+// A scan whose pieces all start with one mass is the sum of them, unless that takes too long.
+void SumRepeats(Input& input, CZRMassSpectrum spectrum) {
+  if (spectrum.UsablePoints() == 0) return;
+  for (std::size_t i = 0; i < spectrum.UsablePoints(); i += 1 + input.Value<std::uint8_t>() % 64)
+    spectrum.SetMass(static_cast<int>(i), spectrum.GetMass(0));
+  CZRMassSpectrum sum = spectrum;
+  const bool isSum = SumSubScans(sum);
+  CheckWhole(sum);
+  if (!isSum)
+    return Check(AreSame(PointsOf(sum).masses, spectrum.MassVector()), "what is no sum stays as it was");
+  List rest = PointsOf(spectrum);
+  CZRMassSpectrum expected;
+  for (bool isFirst = true; !rest.masses.empty(); isFirst = false) {
+    std::size_t count = 1;
+    while (count < rest.masses.size() && !(rest.masses[count] <= rest.masses[count - 1])) ++count;
+    const List list = rest.Cut(count);
+    CZRMassSpectrum part = ToSpectrum(list.masses, list.intensities);
+    if (isFirst) {
+      expected.Swap(part);
+    } else {
+      AddSpectrum(true, 0.01, part, expected);
+    }
+  }
+  Check(AreSame(PointsOf(sum).masses, expected.MassVector()), "sub-scans have the masses of one by one");
+  Check(AreSame(PointsOf(sum).intensities, expected.IntensityVector()),
+        "sub-scans have the intensities of one by one");
 }
 
 void Merge(CZRMassSpectrum spectrum) {
@@ -171,8 +210,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::Add(input, source, target);
   fuzz::AddCentroids(source, target);
   fuzz::Resample(source, target);
-  fuzz::SumRepeats(source);
-  fuzz::SumLists(input, source);
+  fuzz::SumLists(input, source, target);
+  fuzz::SumRepeats(input, source);
   fuzz::Merge(source);
   return 0;
 }

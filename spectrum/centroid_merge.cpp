@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <limits>
 #include <numeric>
@@ -59,19 +58,13 @@ double ConstantHalf(const PeakMergeContext& context, double factor) {
   return isConstant ? PeakWidthAt(context, 0) / factor * 0.5 : 0;
 }
 
-// Whether masses are positive and in order, and all are such that a mean of masses, weighted by intensity,
-// lies between them but for an error far below `half`.
+// Whether masses are in order and all are such that a mean of masses, weighted by intensity, lies between
+// them but for an error far below `half`.
 bool AreOrdinary(const double* masses, const double* intensities, int count, double half) {
-  constexpr double kWeakest = 1e-200;
-  constexpr double kStrongest = 1e200;
   const double error = masses[count - 1] * count * 2 * std::numeric_limits<double>::epsilon();
-  bool isOrdinary = masses[0] > 0 && error < half / 16;
-  for (int i = 1; i < count; ++i) isOrdinary &= masses[i - 1] <= masses[i];
-  for (int i = 0; i < count; ++i) {
-    const bool isZero = std::bit_cast<std::uint64_t>(intensities[i]) == 0;
-    isOrdinary &= isZero || (intensities[i] >= kWeakest && intensities[i] <= kStrongest);
-  }
-  return isOrdinary;
+  bool areInOrder = masses[0] >= kLightestOrdinary && error < half / 16;
+  for (int i = 1; i < count; ++i) areInOrder &= masses[i - 1] <= masses[i];
+  return areInOrder && AreOrdinaryIntensities({intensities, static_cast<std::size_t>(count)});
 }
 
 // Ordinary peaks fall into groups between which there is more than a walk reaches. None leads from one group

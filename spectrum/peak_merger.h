@@ -12,6 +12,18 @@
 
 namespace zrml {
 
+/// Masses and intensities whose mean neither underflows nor overflows.
+inline constexpr double kLightestOrdinary = 1e-100;
+
+inline bool AreOrdinaryIntensities(std::span<const double> intensities) {
+  constexpr double kWeakest = 1e-200;
+  constexpr double kStrongest = 1e200;
+  bool areOrdinary = true;
+  for (const double intensity : intensities)
+    areOrdinary &= intensity == 0 || (intensity >= kWeakest && intensity <= kStrongest);
+  return areOrdinary;
+}
+
 /// Visits peaks and merges each with its neighbours. Absorbed ones are marked by a mass of 0.
 class PeakMerger {
  public:

@@ -10,20 +10,23 @@ namespace zrml {
 
 /// Sums peak lists one after the other: the same bits as AddSpectrum(true, `width`, list, sum) gives for one
 /// after the other, faster. Each addition merges all peaks of the sum anew, but far from what is added most
-/// are left as they are: only the others are visited. That holds as long as the lists are ordinary, with
-/// positive masses that ascend and intensities that are not negative; from the first one on that is not, all
-/// peaks are visited each time.
+/// are left as they are: only the others are visited. That holds as long as the lists are ordinary: masses
+/// ascend from 1e-100 on, intensities are 0 or from 1e-200 to 1e200, and there are not so many points of so
+/// high masses that rounding could matter (for a width of 0.01 that takes a product of 2 * 10^10). From the
+/// first list on that is not, all peaks are visited each time.
 class PeakSum {
  public:
   using Values = std::span<const double>;
 
   /// Starts with the first list as it is. `width` is in mass units and above 0. Masses and intensities are
-  /// equal in number, here and in Add().
+  /// equal in number, here and in Add(), and in all lists together there are fewer than 2^31.
   PeakSum(double width, Values masses, Values intensities);
 
-  /// Whether that changed the sum; if not, the same list will not change it either.
+  /// Whether that changed the sum; if not, the same list will not change it either. When memory runs out, the
+  /// sum is as it was.
   bool Add(Values masses, Values intensities);
 
+  /// Valid until the next addition.
   Values Masses() const { return Values(sum_.masses).first(sum_.count); }
   Values Intensities() const { return Values(sum_.intensities).first(sum_.count); }
 
@@ -39,7 +42,7 @@ class PeakSum {
     std::vector<std::uint32_t> unsettled;  // indices of those that the next merge may change, ascending
     std::size_t unsettledCount = 0;
 
-    void MakeRoom(std::size_t most);
+    void Reset(std::size_t room);
     void Append(double mass, double intensity);
     void Append(const Peaks& other, std::size_t first, std::size_t last);
     void MarkUnsettled(std::size_t first);
@@ -49,6 +52,7 @@ class PeakSum {
   std::size_t FirstNear(std::size_t first, std::size_t last, double mass) const;
   void MergeGroup(std::size_t first);
   void MergeSeveral(std::size_t first);
+  bool IsAsBefore(std::size_t first, std::size_t oldFirst, std::size_t oldLast) const;
 
   double half_;
   double reach_;

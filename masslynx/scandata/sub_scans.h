@@ -8,10 +8,11 @@
 
 namespace zrml {
 
-/// The work of a sum (PeakSum::Work()) beyond which a scan of so many points stays as decoded: 2^23, which is
-/// less than a tenth of a second, or 16 for each point if that is more, so that many thousands of short
-/// sub-scans behind a long one do not hang. A sum of ordinary sub-scans takes one to six for each point, and
-/// one for every 16 points of the sum so far for each sub-scan.
+/// The work of a sum (PeakSum::Work()) beyond which a scan of so many points stays as decoded: 2^23, about a
+/// tenth of a second, or 64 for each point if that is more, so that many thousands of short sub-scans behind
+/// a long one do not hang. Points at its end that are all alike do not count: a cut file lacks them. Ordinary
+/// sub-scans take one to six for each point, up to twenty where their points are closer than 0.005; one for
+/// every 16 peaks of the sum so far for each sub-scan; eight for each sub-scan.
 std::size_t MostSubScanWork(std::size_t points);
 
 /// When every point that is not above its predecessor has exactly the mass of the first point, and there is

@@ -23,9 +23,15 @@ struct List {
 // The mass 100 and so many units of 1/2048 more; half of a width of 0.01 is 10.24 units.
 double At(int units) { return 100 + units / 2048.0; }
 
+std::vector<std::uint64_t> Bits(PeakSum::Values values) {
+  std::vector<std::uint64_t> bits;
+  for (const double value : values) bits.push_back(std::bit_cast<std::uint64_t>(value));
+  return bits;
+}
+
 void ExpectSum(const PeakSum& sum, const List& expected) {
-  EXPECT_EQ(Doubles(sum.Masses().begin(), sum.Masses().end()), expected.masses);
-  EXPECT_EQ(Doubles(sum.Intensities().begin(), sum.Intensities().end()), expected.intensities);
+  EXPECT_EQ(Bits(sum.Masses()), Bits(expected.masses)) << testing::PrintToString(sum.Masses());
+  EXPECT_EQ(Bits(sum.Intensities()), Bits(expected.intensities)) << testing::PrintToString(sum.Intensities());
 }
 
 PeakSum SumOf(const std::vector<List>& lists) {
@@ -53,10 +59,16 @@ TEST(PeakSum, CasesByHand) {
       {"what became near merges at the next addition, though that is far away",
        {{{At(0), At(8), At(13)}, {4, 4, 4}}, {{200}, {1}}, {{300}, {1}}},
        {{At(7), 200, 300}, {12, 1, 1}}},
-      // Absorbed by a stronger one whose own intensity is not above 0, they are lost.
+      // What goes into a peak without an intensity above 0 is lost.
       {"negative intensities", {{{At(0), 200}, {-1, 5}}, {{At(8)}, {-3}}}, {{At(0), 200}, {-1, 5}}},
       {"a mass of 0 is dropped", {{{0, 200}, {1, 5}}, {{0}, {1}}}, {{200}, {5}}},
       {"but not when it is all there is", {{{0}, {1}}, {{0}, {2}}}, {{0}, {3}}},
+      {"of 0 and -0 that of the stronger", {{{0}, {1}}, {{-0.0}, {2}}}, {{-0.0}, {3}}},
+      {"of 0 and -0 that of the list", {{{0}, {2}}, {{-0.0}, {2}}}, {{-0.0}, {4}}},
+      // 1e-200 times 1e-200 is 0.
+      {"masses that underflow are dropped",
+       {{{1e-200, 100}, {1e-200, 1}}, {{200}, {1}}},
+       {{100, 200}, {1, 1}}},
       {"a list without peaks", {{{At(0), At(8)}, {1, 3}}, {{}, {}}}, {{At(6)}, {4}}},
   };
   for (const auto& oneCase : cases) {
@@ -71,7 +83,9 @@ TEST(PeakSum, APeakAloneIsWeighedByItselfDeliberately) {
   const double lower = 0x1.9066666666665p+6;
   ExpectSum(SumOf({{{100.1}, {3}}, {{200}, {1}}}), {{lower, 200}, {3, 1}});
   ExpectSum(SumOf({{{100.1}, {1}}, {{100.1}, {2}}}), {{100.1}, {3}});  // all there is
-  // With that of 100.1 and of 300, far away, at each addition, also when it was added first or last.
+  ExpectSum(SumOf({{{100.1}, {1}}, {{100.1}, {2}}, {{200}, {1}}}), {{lower, 200}, {3, 1}});
+  ExpectSum(SumOf({{{1e-200, 2e-200}, {1e-200, 1e-200}}, {{100.1}, {3}}}), {{lower}, {3}});
+  // With 300, far away, at each addition, whichever is added first.
   ExpectSum(SumOf({{{100.1, 300}, {3, 1}}, {{300}, {1}}, {{300}, {1}}}), {{lower, 300}, {3, 3}});
   ExpectSum(SumOf({{{300}, {1}}, {{100.1}, {3}}}), {{lower, 300}, {3, 1}});
 }
@@ -100,9 +114,45 @@ TEST(PeakSum, CountsItsWork) {
   EXPECT_EQ(sum.Work(), 41U + 8 + 2 + 1);
   sum.Add(Doubles{500.00390625}, Doubles{1});
   EXPECT_EQ(sum.Work(), 52U + 8 + 2 + 6);
-  // From now on all 33 are one group.
+  // From now on all 34 are one group.
   sum.Add(Doubles{500}, Doubles{-1});
   EXPECT_EQ(sum.Work(), 68U + 8 + 34 * (1 + 6));
+}
+
+// The work of adding `list` to `first`.
+std::size_t WorkOf(const List& first, const List& list) {
+  PeakSum sum(0.01, first.masses, first.intensities);
+  sum.Add(list.masses, list.intensities);
+  return sum.Work();
+}
+
+TEST(PeakSum, ListsThatAreNotOrdinaryAreOneGroup) {
+  const std::size_t apart = 8 + 3;
+  const std::size_t asOneGroup = 8 + 3 * (1 + 2);
+  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{500}, {1}}), apart);
+  EXPECT_EQ(WorkOf({{100, 300}, {1, 0}}, {{500}, {0}}), apart);
+  EXPECT_EQ(WorkOf({{100, 300}, {-1, 1}}, {{500}, {1}}), asOneGroup);
+  EXPECT_EQ(WorkOf({{300, 100}, {1, 1}}, {{500}, {1}}), asOneGroup);
+  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{500}, {1e201}}), asOneGroup);
+  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{500}, {1e-201}}), asOneGroup);
+  EXPECT_EQ(WorkOf({{1e-101, 300}, {1, 1}}, {{500}, {1}}), asOneGroup);
+}
+
+// The error, 2^-50 for each unit of mass and each of the five points and lists, is below 0.005 / 256 as long
+// as the mass is below 4.39 * 10^9, whichever list it is in.
+TEST(PeakSum, MassesSoHighThatRoundingMattersAreOneGroup) {
+  const std::size_t apart = 8 + 3;
+  const std::size_t asOneGroup = 8 + 3 * (1 + 2);
+  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{4.3e9}, {1}}), apart);
+  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{4.5e9}, {1}}), asOneGroup);
+  EXPECT_EQ(WorkOf({{100, 4.3e9}, {1, 1}}, {{500}, {1}}), apart);
+  EXPECT_EQ(WorkOf({{100, 4.5e9}, {1, 1}}, {{500}, {1}}), asOneGroup);
+  // Another list, though without points, is a sixth.
+  PeakSum sum(0.01, Doubles{100, 4.3e9}, Doubles{1, 1});
+  sum.Add({}, {});
+  EXPECT_EQ(sum.Work(), 8U + 2);
+  sum.Add(Doubles{500}, Doubles{1});
+  EXPECT_EQ(sum.Work(), 10U + asOneGroup);
 }
 
 bool AreSame(double a, double b) {
@@ -164,6 +214,7 @@ class RandomLists {
 void ExpectSameAsSpectra(std::uint32_t seed, double apart, bool isSpoilt) {
   RandomLists random(seed, apart);
   List list = random.Next();
+  if (isSpoilt && random.Below(8) == 0) random.Spoil(list);
   PeakSum sum(0.01, list.masses, list.intensities);
   CZRMassSpectrum expected = ToSpectrum(list);
   for (int added = 0; added < 20; ++added) {
