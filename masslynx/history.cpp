@@ -20,6 +20,10 @@ namespace format = history_format;
 // each step is derived from the one before it would have the square of its size.
 constexpr std::size_t kMostSteps = std::size_t{1} << 20;
 
+// Entries that may name the files of an earlier one. Each is a function of its own, so a damaged file could
+// ask for the square of its size.
+constexpr std::size_t kMostRepeats = 8;
+
 struct Entry {
   std::uint16_t processNumber = 0;
   std::uint16_t derivedFrom = 0;
@@ -84,9 +88,10 @@ void AppendProcessedFunctions(const std::wstring& directory, std::vector<Functio
   const History history = ReadHistory(bytes);
   std::vector<FunctionRecord> processed;
   std::size_t steps = 0;
+  std::size_t repeats = 0;
   for (const Entry& entry : history.entries) {
     const bool isRepeated = &entry != &history.entries[history.positions.at(entry.processNumber)];
-    if (isRepeated) continue;  // the same files again: a damaged file could ask for the square of its size
+    if (isRepeated && ++repeats > kMostRepeats) continue;
     if (!OpenInDirectory(directory, ProcessedFileName(entry.processNumber, L"DAT")).IsOpen()) continue;
     const std::vector<const Entry*> chain = Chain(history, entry);
     steps += chain.size();

@@ -74,6 +74,27 @@ class HistoryTest : public testing::Test {
 
 using Numbers = std::vector<std::uint16_t>;
 
+// Two raw functions that one process has made into one file.
+TEST_F(HistoryTest, EntriesOfOneProcessNumberAreAFunctionEach) {
+  WriteSteps({{.processNumber = 1, .rawFunctionNumber = 1, .processCode = kCombined},
+              {.processNumber = 1, .rawFunctionNumber = 2, .processCode = kSmoothed},
+              {.processNumber = 2, .derivedFrom = 1, .processCode = kCentroided}});
+  WriteData({"_PROC001.DAT", "_PROC002.DAT"});
+  const std::vector<FunctionRecord> appended = Appended();
+  ASSERT_EQ(appended.size(), 3u);
+  ExpectProcessed(appended[0], 1, kTypes[0], {kCombined});
+  ExpectProcessed(appended[1], 1, kTypes[1], {kSmoothed});
+  ExpectProcessed(appended[2], 2, kTypes[0], {kCombined, kCentroided});
+}
+
+TEST_F(HistoryTest, OfRepeatedProcessNumbersTheFirstEightAreKept) {
+  std::vector<HistoryStep> steps(20, {.processNumber = 1, .rawFunctionNumber = 1, .processCode = kCombined});
+  steps.push_back({.processNumber = 2, .rawFunctionNumber = 2, .processCode = kCombined});
+  WriteSteps(steps);
+  WriteData({"_PROC001.DAT", "_PROC002.DAT"});
+  EXPECT_EQ(AppendedNumbers(), (Numbers{1, 1, 1, 1, 1, 1, 1, 1, 1, 2}));
+}
+
 TEST_F(HistoryTest, MissingFileAppendsNothing) {
   WriteData({"_PROC001.DAT"});
   EXPECT_EQ(AppendedNumbers(), Numbers{});

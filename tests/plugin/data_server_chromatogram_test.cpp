@@ -15,7 +15,6 @@ namespace {
 using Doubles = HostVector<double>;
 
 constexpr double kLargest = std::numeric_limits<double>::max();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 // --- Chromatograms
 

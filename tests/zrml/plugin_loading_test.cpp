@@ -84,6 +84,19 @@ TEST_F(PluginLoadingTest, PipeIsNoPlugin) {
   ExpectFailure(RunWith(Path("pipe.so")), 6,
                 "cannot load the plug-in " + Path("pipe.so") + " (it is no file)");
 }
+
+// The loader maps what is not there, and dies of it.
+TEST_F(PluginLoadingTest, CutPluginIsStatus6) {
+  const auto whole = std::filesystem::file_size(ZRML_NEWER_PLUGIN);
+  std::filesystem::copy_file(ZRML_NEWER_PLUGIN, Path("cut.so"));
+  for (const auto size :
+       {whole / 2, whole / 4, std::uintmax_t{4096}, std::uintmax_t{1000}, std::uintmax_t{100}}) {
+    SCOPED_TRACE(size);
+    std::filesystem::resize_file(Path("cut.so"), size);
+    ExpectFailure(RunWith(Path("cut.so")), 6,
+                  "cannot load the plug-in " + Path("cut.so") + " (the file is cut)");
+  }
+}
 #endif
 
 TEST_F(PluginLoadingTest, PluginOfAnotherVersionIsStatus6) {

@@ -1,8 +1,12 @@
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <dlfcn.h>
+#include <elf.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -17,6 +21,25 @@ namespace zrml {
 namespace {
 
 constexpr std::size_t kUsualWidth = 80;
+
+// Whether all that a library would have in memory is in its file. The loader would find out on the way, too
+// late. True of what is no library: the loader says so.
+bool IsWhole(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  Elf64_Ehdr header = {};
+  if (!file.read(reinterpret_cast<char*>(&header), sizeof header)) return true;
+  if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_ident[EI_CLASS] != ELFCLASS64)
+    return true;
+  const auto size = static_cast<std::uint64_t>(file.seekg(0, std::ios::end).tellg());
+  for (unsigned i = 0; i < header.e_phnum; ++i) {
+    Elf64_Phdr segment = {};
+    file.seekg(static_cast<std::streamoff>(header.e_phoff + i * std::uint64_t{header.e_phentsize}));
+    if (!file.read(reinterpret_cast<char*>(&segment), sizeof segment)) return false;
+    const std::uint64_t end = segment.p_offset + segment.p_filesz;
+    if (segment.p_type == PT_LOAD && (end < segment.p_offset || end > size)) return false;
+  }
+  return true;
+}
 
 std::wstring Reason(int error) { return platform::FromNativePath(std::generic_category().message(error)); }
 
@@ -39,6 +62,10 @@ std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::
   struct stat status = {};
   if (::stat(native.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
     error = L"it is no file";  // a pipe would let the loader wait
+    return std::nullopt;
+  }
+  if (!IsWhole(native)) {
+    error = L"the file is cut";
     return std::nullopt;
   }
   if (void* handle = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL)) return SharedLibrary(handle);

@@ -5,6 +5,11 @@
 #include "tools/zrml/format.h"
 
 namespace zrml {
+namespace {
+
+constexpr std::size_t kWidest = 120;
+
+}  // namespace
 
 bool TextTable::IsShown(std::size_t column) const {
   return std::any_of(rows_.begin(), rows_.end(), [&](const Row& row) { return row[column] != kNothing; });
@@ -12,7 +17,7 @@ bool TextTable::IsShown(std::size_t column) const {
 
 std::size_t TextTable::Width(std::size_t column) const {
   std::size_t width = CharacterCount(columns_[column].title);
-  for (const Row& row : rows_) width = std::max(width, CharacterCount(row[column]));
+  for (const Row& row : rows_) width = std::max(width, std::min(CharacterCount(row[column]), kWidest));
   return width;
 }
 
@@ -23,7 +28,8 @@ void TextTable::Print(std::string_view indent, Output& out) const {
     std::string line(indent);
     for (std::size_t i = 0; i < cells.size(); ++i) {
       if (widths[i] == 0) continue;
-      const std::string padding(widths[i] - CharacterCount(cells[i]), ' ');
+      const std::size_t width = CharacterCount(cells[i]);
+      const std::string padding(widths[i] - std::min(widths[i], width), ' ');
       line += columns_[i].align == Align::kRight ? padding + cells[i] : cells[i] + padding;
       line += "  ";
     }

@@ -1,4 +1,5 @@
-// Rows of text in aligned columns. A column in which no row has anything to say is left out.
+// Rows of text in aligned columns. A column in which no row has anything to say is left out; what is longer
+// than 120 characters moves the rest of its own row only.
 #pragma once
 
 #include <string>

@@ -18,27 +18,24 @@ class Losses {
 
   explicit Losses(Policy policy) : policy_(policy) {}
 
-  /// Something of function `function`, from 1; 0 for the sample's own. `what` is "trace 2". Throws a Failure
-  /// unless losses are told.
-  void Add(int function, const std::wstring& what);
-
-  /// One of many: "scan", "scans" and " of function 2" for `number` from 1. The same one counts once.
+  /// What is numbered: "scan", "scans" and " of function 2".
   struct Kind {
     std::wstring one;
     std::wstring many;
     std::wstring owner = {};
   };
-  void AddOneOf(int function, const Kind& kind, int number);
+
+  /// Number `number`, from 1, of function `function`, from 1; 0 for the sample's own. The same one counts
+  /// once. Throws a Failure unless losses are told.
+  void Add(int function, const Kind& kind, int number);
 
   /// A line for each kind, by function.
   std::vector<std::wstring> Describe() const;
 
  private:
-  [[noreturn]] static void Refuse(const std::wstring& what);
-
   Policy policy_;
-  mutable Mutex mutex_;                                         // guards what follows
-  std::map<std::pair<int, std::wstring>, std::set<int>> lost_;  // no numbers: a single thing
+  mutable Mutex mutex_;  // guards what follows
+  std::map<std::pair<int, std::wstring>, std::set<int>> lost_;
 };
 
 }  // namespace zrml

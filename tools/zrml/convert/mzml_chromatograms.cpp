@@ -65,16 +65,17 @@ bool Read(CDataServerImpl& server, int sample, const ChromatogramSource& source,
              : server.GetFunctionTrace(sample, source.function, source.trace, points);
 }
 
-// Of the function from 1; 0 for the sample's own.
-int NumberOf(const ChromatogramSource& source) {
-  return source.kind == Kind::kFunctionTrace ? source.function + 1 : 0;
+void AddLoss(const ChromatogramSource& source, Losses& losses) {
+  const int function = source.kind == Kind::kFunctionTrace ? source.function + 1 : 0;
+  const std::wstring owner = function > 0 ? L" of function " + std::to_wstring(function) : L"";
+  losses.Add(function, {L"trace", L"traces", owner}, source.trace + 1);
 }
 
 Points ReadTrace(CDataServerImpl& server, const RunPlan& plan, const ChromatogramSource& source) {
   CZRChromatogram trace;
   Points points;
   if (!Read(server, plan.sample, source, trace)) {
-    plan.losses->Add(NumberOf(source), source.id);
+    AddLoss(source, *plan.losses);
     return points;
   }
   const std::size_t count = std::min(trace.Times().size(), trace.Intensities().size());
@@ -109,8 +110,8 @@ Points TotalIonCurrent(CDataServerImpl& server, const RunPlan& plan) {
     const auto scan = static_cast<std::size_t>(entry.scan);
     if (scan >= chromatogram.Intensities().size()) {
       const std::wstring owner = L" of function " + std::to_wstring(function.number);
-      plan.losses->AddOneOf(function.number, {L"the total ion current of scan", L"total ion currents", owner},
-                            entry.scan + 1);
+      plan.losses->Add(function.number, {L"the total ion current of scan", L"total ion currents", owner},
+                       entry.scan + 1);
       continue;
     }
     points.times.push_back(entry.minutes);
@@ -133,7 +134,7 @@ std::vector<ChromatogramSource> ListChromatograms(CDataServerImpl& server, const
     if (Read(server, plan.sample, source, probe)) {
       sources.push_back(std::move(source));
     } else if (!plan.isReport) {
-      plan.losses->Add(NumberOf(source), source.id);
+      AddLoss(source, *plan.losses);
     }
   };
   if (HasTotalIonCurrent(plan)) sources.push_back({.id = L"TIC"});

@@ -78,7 +78,7 @@ class Planner {
     std::vector<double> times(known.begin(), known.end());
     times.resize(static_cast<std::size_t>(scans), kNoTime);
     for (int scan = static_cast<int>(known.size()); scan < scans; ++scan) {
-      plan_.losses->AddOneOf(function.number, {L"the listed time of scan", L"listed times", owner}, scan + 1);
+      plan_.losses->Add(function.number, {L"the listed time of scan", L"listed times", owner}, scan + 1);
       double& minutes = times[static_cast<std::size_t>(scan)];
       if (!server_.GetScanRetentionTime(plan_.sample, function.position, scan, minutes)) minutes = kNoTime;
     }
@@ -144,7 +144,7 @@ void LoseSpectrum(const RunPlan& plan, const RunFunction& function, int scan) {
       function.isAbsorbance
           ? Losses::Kind{L"absorbance spectrum", L"absorbance spectra"}
           : Losses::Kind{L"scan", L"scans", L" of function " + std::to_wstring(function.number)};
-  plan.losses->AddOneOf(function.number, kind, scan + 1);
+  plan.losses->Add(function.number, kind, scan + 1);
 }
 
 RunPlan PlanRun(CDataServerImpl& server, int sample, const Selection& selection, Content content,
