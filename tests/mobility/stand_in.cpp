@@ -29,7 +29,7 @@ using namespace zrml;
 
 namespace {
 
-constexpr int kFailure = 7;
+[[maybe_unused]] constexpr int kFailure = 7;
 
 StandInState state;
 
