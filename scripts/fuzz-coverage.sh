@@ -19,5 +19,7 @@ for fuzzer in header_text host_types raw_directory report scan_data spectrum_con
   LLVM_PROFILE_FILE=$folder/$fuzzer.profraw quietly "coverage-$fuzzer" "$program" 0 "${inputs[@]}"
 done
 llvm-profdata merge -o "$folder/all.profdata" "$folder"/*.profraw
+# Of inline functions that differ between programs one is counted, of which it warns.
 llvm-cov report "${programs[@]:1}" -instr-profile="$folder/all.profdata" -show-region-summary=false -show-branch-summary=false \
-  common masslynx openlynx spectrum plugin
+  common masslynx openlynx spectrum plugin 2>build/coverage-report.log |
+  awk '$5 ~ /^[0-9]+$/ { printf "%-45s %5d lines %8s\n", $1, $5, $7 }'
