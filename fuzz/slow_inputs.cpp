@@ -120,10 +120,9 @@ Contents GrowingSubScans(std::size_t first, bool allPositive = true) {
   return files;
 }
 
-// 512 sub-scans of which no mass but the first is in two, masses `kApart` units of 2^-15 apart; all with
+// 512 sub-scans of which no mass but the first is in two, masses `apart` units of 2^-15 apart; all with
 // intensities above zero, or with one that is not.
-template <std::uint32_t kApart>
-Contents DifferentSubScans(bool allPositive) {
+Contents DifferentSubScans(std::uint32_t apart, bool allPositive) {
   constexpr std::uint32_t kSubScans = 512;
   constexpr std::uint32_t kPoints = kMegabyte / 8 / kSubScans;
   std::uint32_t random = 1;
@@ -133,7 +132,7 @@ Contents DifferentSubScans(bool allPositive) {
       {.massExponent = 12, .massMantissa = 1u << 26, .intensity = {.magnitude = 1000, .exponent = 20}});
   for (std::uint32_t i = 0; i < points.size(); ++i) {
     const std::uint32_t point = i % kPoints;
-    if (point > 0) points[i].massMantissa += kApart * (kSubScans * point - i / kPoints);
+    if (point > 0) points[i].massMantissa += apart * (kSubScans * point - i / kPoints);
     random = random * 1664525 + 1013904223;
     points[i].intensity.magnitude = 1000 + (random >> 16);
   }
@@ -239,8 +238,8 @@ int main() {
   Show("many sub-scans, growing sum, one intensity negative", GrowingSubScans(0, false));
   for (const bool allPositive : {true, false}) {
     const std::string sign = allPositive ? "" : ", one intensity negative";
-    Show("512 sub-scans of different masses" + sign, DifferentSubScans<512>(allPositive));
-    Show("the same, closer" + sign, DifferentSubScans<180>(allPositive));
+    Show("512 sub-scans of different masses" + sign, DifferentSubScans(512, allPositive));
+    Show("the same, closer" + sign, DifferentSubScans(180, allPositive));
   }
   Show("long history", LongHistory());
   ShowReports();

@@ -13,6 +13,7 @@
 #include "spectrum/centroid_merge.h"
 #include "spectrum/peak_sum.h"
 #include "spectrum/profile_resampling.h"
+#include "tests/spectrum/synthetic_spectra.h"
 
 namespace zrml::fuzz {
 namespace {
@@ -106,11 +107,7 @@ void Resample(const CZRMassSpectrum& source, CZRMassSpectrum target) {
 using Values = PeakSum::Values;
 
 CZRMassSpectrum ToSpectrum(Values masses, Values intensities) {
-  CZRMassSpectrum spectrum;
-  spectrum.SetSize(static_cast<int>(masses.size()));
-  spectrum.CopyMasses(masses.data());
-  spectrum.CopyIntensities(intensities.data());
-  return spectrum;
+  return MakeCentroids({masses.begin(), masses.end()}, {intensities.begin(), intensities.end()});
 }
 
 bool AreSame(Values values, const HostVector<double>& expected) {

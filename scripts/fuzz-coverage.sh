@@ -6,6 +6,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 install "${build_packages[@]}" clang llvm
 build fuzz-coverage
 folder=build/fuzz-coverage
+export LLVM_PROFILE_FILE=$folder/seeds.ignored
 quietly fuzz-seeds "$folder/fuzz/zrml_fuzz_seeds" build/fuzz/seeds
 
 programs=()

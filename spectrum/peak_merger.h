@@ -12,18 +12,6 @@
 
 namespace zrml {
 
-/// Masses and intensities whose mean neither underflows nor overflows.
-inline constexpr double kLightestOrdinary = 1e-100;
-
-inline bool AreOrdinaryIntensities(std::span<const double> intensities) {
-  constexpr double kWeakest = 1e-200;
-  constexpr double kStrongest = 1e200;
-  bool areOrdinary = true;
-  for (const double intensity : intensities)
-    areOrdinary &= intensity == 0 || (intensity >= kWeakest && intensity <= kStrongest);
-  return areOrdinary;
-}
-
 /// Visits peaks and merges each with its neighbours. Absorbed ones are marked by a mass of 0.
 class PeakMerger {
  public:
@@ -50,9 +38,8 @@ class PeakMerger {
     intensities_[i] = intensity_;
   }
 
-  /// The same of a peak that has no neighbours to take.
+  /// The same of a peak that has no neighbours to take, without an entry.
   void VisitAlone(std::int32_t i) {
-    if (merged_ != nullptr) merged_->push_back({i, i, i});
     const double intensity = intensities_[i];
     if (intensity > 0) masses_[i] = intensity * masses_[i] / intensity;  // not always the mass that it was
   }

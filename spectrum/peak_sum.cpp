@@ -16,6 +16,18 @@ constexpr std::size_t kCopiesOfAVisit = 16;
 
 constexpr double kEndless = std::numeric_limits<double>::infinity();
 
+// Masses and intensities whose mean neither underflows nor overflows.
+constexpr double kLightest = 1e-100;
+constexpr double kWeakest = 1e-200;
+constexpr double kStrongest = 1e200;
+
+bool AreOrdinary(PeakSum::Values intensities) {
+  bool areOrdinary = true;
+  for (const double intensity : intensities)
+    areOrdinary &= intensity == 0 || (intensity >= kWeakest && intensity <= kStrongest);
+  return areOrdinary;
+}
+
 double HalfOf(double width) {
   PeakMergeContext context;
   SetConstantWidth(context.widthLaw, width);
@@ -151,11 +163,11 @@ bool PeakSum::Add(Values masses, Values intensities) {
 bool PeakSum::StaysOrdinary(Values masses, Values intensities) {
   points_ += masses.size() + 1;
   if (masses.empty()) return true;
-  bool isAscending = masses[0] >= kLightestOrdinary;
+  bool isAscending = masses[0] >= kLightest;
   for (std::size_t i = 1; i < masses.size(); ++i) isAscending &= masses[i - 1] < masses[i];
   heaviest_ = std::max(heaviest_, masses.back());
   const double error = heaviest_ * static_cast<double>(points_) * 4 * std::numeric_limits<double>::epsilon();
-  return isAscending && error < half_ / 256 && AreOrdinaryIntensities(intensities);
+  return isAscending && error < half_ / 256 && AreOrdinary(intensities);
 }
 
 // The first of the sum's peaks [first, last), none of them unsettled, that is not further below `mass` than

@@ -5,15 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/scandata/scan_decoder.h"
 #include "masslynx/scandata/sub_scans.h"
-#include "tests/support/byte_writer.h"
-#include "tests/support/temp_directory.h"
+#include "tests/masslynx/scandata/decoded_scan.h"
 
 namespace zrml {
 namespace {
-
-using Values = std::vector<double>;
 
 struct Point {
   double mass;    // a multiple of 2^-8 below 1024
@@ -34,39 +30,9 @@ FileBytes Pack(const Points& points, int dataFormat) {
   return writer.Take();
 }
 
-struct Decoded {
-  bool ok = false;
-  bool unsorted = false;
-  CZRMassSpectrum spectrum;
-
-  Values Masses() const { return {spectrum.MassVector().begin(), spectrum.MassVector().end()}; }
-  Values Intensities() const {
-    return {spectrum.IntensityVector().begin(), spectrum.IntensityVector().end()};
-  }
-};
-
-FunctionRecord FunctionOf(int dataFormat, std::size_t pointCount) {
-  FunctionRecord function;
-  function.number = 1;
-  function.dataFormat = dataFormat;
-  function.scanIndex.resize(1);
-  function.scanIndex[0].pointCount = static_cast<std::uint32_t>(pointCount);
-  return function;
-}
-
-Decoded DecodeWith(const FunctionRecord& function, const FileBytes& bytes,
-                   const CZRMassSpectrum& container = {}) {
-  static const TempDirectory directory;
-  directory.Write("_FUNC001.DAT", bytes);
-  Decoded decoded;
-  decoded.spectrum = container;
-  decoded.ok = DecodeScan(platform::File::Open(directory.WidePath("_FUNC001.DAT")), function, 0,
-                          decoded.spectrum, decoded.unsorted);
-  return decoded;
-}
-
 Decoded Decode(const Points& points, int dataFormat = 12, const CZRMassSpectrum& container = {}) {
-  return DecodeWith(FunctionOf(dataFormat, points.size()), Pack(points, dataFormat), container);
+  return Decode(Pack(points, dataFormat), FunctionOf(dataFormat, static_cast<std::uint32_t>(points.size())),
+                0, container);
 }
 
 void ExpectPoints(const Decoded& decoded, const Points& expected) {
@@ -148,11 +114,11 @@ TEST_P(RepeatedScans, TheMassesAfterCalibrationDecide) {
   const Points points = {{100, 1}, {200, 2}};
   FunctionRecord function = FunctionOf(GetParam(), 2);
   function.functionCal.coefficients = {1024, -1};
-  const Decoded falling = DecodeWith(function, Pack(points, GetParam()));
+  const Decoded falling = Decode(Pack(points, GetParam()), function);
   ExpectPoints(falling, {{924, 1}, {824, 2}});
   EXPECT_TRUE(falling.unsorted);
   function.functionCal.coefficients = {500, 0};
-  ExpectPoints(DecodeWith(function, Pack(points, GetParam())), {{500, 3}});
+  ExpectPoints(Decode(Pack(points, GetParam()), function), {{500, 3}});
 }
 
 TEST_P(RepeatedScans, WhatTheContainerHeldBeforeDoesNotMatter) {
@@ -182,7 +148,7 @@ TEST_P(RepeatedScans, WhatTheContainerHeldBeforeDoesNotMatter) {
 
 // Bytes that the file lacks are zeros: every point then restarts at the first mass, 0.
 TEST_P(RepeatedScans, AScanOfNothingButZerosIsOnePoint) {
-  const Decoded decoded = DecodeWith(FunctionOf(GetParam(), 3), {});
+  const Decoded decoded = Decode(FileBytes(), FunctionOf(GetParam(), 3));
   ExpectPoints(decoded, {{0, 0}});
 }
 
@@ -190,7 +156,7 @@ TEST_P(RepeatedScans, ATruncatedSecondSubScanLeavesThePointsAsDecoded) {
   const Points points = {{100, 1}, {200, 2}, {100, 3}, {200, 4}};
   FileBytes bytes = Pack(points, GetParam());
   bytes.resize(bytes.size() * 3 / 4);
-  ExpectPoints(DecodeWith(FunctionOf(GetParam(), 4), bytes), {{100, 1}, {200, 2}, {100, 3}, {0, 0}});
+  ExpectPoints(Decode(bytes, FunctionOf(GetParam(), 4)), {{100, 1}, {200, 2}, {100, 3}, {0, 0}});
 }
 
 // Each of 20,000 additions would copy nearly 20,000 peaks, which counts as 1,250 visits: 2.5 * 10^7, over
@@ -231,7 +197,7 @@ TEST(RepeatedScans, OtherFormatsAreNotSummed) {
   // Format 8: mantissa 1, raw masses 16, 32, 16, 32 of exponent 0.
   const FileBytes bytes =
       HexToBytes("01 00 00 80 00 00  01 00 00 00 01 00  01 00 00 80 00 00  01 00 00 00 01 00");
-  const Decoded decoded = DecodeWith(FunctionOf(8, 4), bytes);
+  const Decoded decoded = Decode(bytes, FunctionOf(8, 4));
   ExpectPoints(decoded, {{16, 1}, {32, 1}, {16, 1}, {32, 1}});
 }
 

@@ -1,7 +1,4 @@
-#include "masslynx/scandata/scan_decoder.h"
-
-#include <algorithm>
-#include <filesystem>
+// What holds for every layout, and where a scan is read from.
 #include <fstream>
 #include <limits>
 #include <ostream>
@@ -10,86 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/masslynx/scandata/scan_files.h"
-#include "tests/support/byte_writer.h"
+#include "tests/masslynx/scandata/decoded_scan.h"
 
 namespace zrml {
 namespace {
-
-using Values = HostVector<double>;
-using Floats = std::vector<float>;
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-/// A function of one scan at offset 0 of its data file.
-FunctionRecord FunctionOf(int dataFormat, std::uint32_t pointCount) {
-  FunctionRecord function;
-  function.number = 1;
-  function.typeCode = 0;
-  function.dataFormat = dataFormat;
-  function.scanIndex.resize(1);
-  function.scanIndex[0].pointCount = pointCount;
-  return function;
-}
-
-/// The same with 32 channels whose masses start with the given ones; the others are 0.
-FunctionRecord FunctionOf(int dataFormat, std::uint32_t pointCount, Floats startMasses,
-                          Floats endMasses = {}) {
-  FunctionRecord function = FunctionOf(dataFormat, pointCount);
-  startMasses.resize(32);
-  endMasses.resize(32);
-  function.startMasses = std::move(startMasses);
-  function.endMasses = std::move(endMasses);
-  return function;
-}
-
-struct Decoded {
-  bool ok = false;
-  bool unsorted = false;
-  CZRMassSpectrum spectrum;
-
-  Values Masses() const { return spectrum.MassVector(); }
-  Values Intensities() const { return spectrum.IntensityVector(); }
-};
-
-Decoded DecodeFile(const platform::File& file, const FunctionRecord& function, int scan = 0,
-                   const CZRMassSpectrum& container = {}) {
-  Decoded decoded;
-  decoded.spectrum = container;
-  decoded.ok = DecodeScan(file, function, scan, decoded.spectrum, decoded.unsorted);
-  return decoded;
-}
-
-/// Decodes from a data file of the given bytes.
-Decoded Decode(const FileBytes& bytes, const FunctionRecord& function, int scan = 0,
-               const CZRMassSpectrum& container = {}) {
-  return DecodeFile(OpenDataFile(bytes), function, scan, container);
-}
-
-Decoded Decode(const std::string& hex, const FunctionRecord& function, int scan = 0,
-               const CZRMassSpectrum& container = {}) {
-  return Decode(HexToBytes(hex), function, scan, container);
-}
-
-/// A container that has been used before: masses 1001, 1002, ... and intensities -1, -2, ...
-CZRMassSpectrum Used(int count) {
-  CZRMassSpectrum spectrum;
-  spectrum.SetSize(count);
-  for (int i = 0; i < count; ++i) {
-    spectrum.SetMass(i, 1001 + i);
-    spectrum.SetIntensity(i, -1 - i);
-  }
-  return spectrum;
-}
-
-void ExpectUntouched(const Decoded& decoded) {
-  EXPECT_FALSE(decoded.ok);
-  EXPECT_FALSE(decoded.unsorted);
-  EXPECT_EQ(decoded.spectrum.GetCount(), 3);
-  EXPECT_EQ(decoded.Masses(), (Values{1001, 1002, 1003}));
-  EXPECT_EQ(decoded.Intensities(), (Values{-1, -2, -3}));
-}
 
 /// One scan of each layout, worked by hand.
 struct Layout {
@@ -242,7 +163,7 @@ const std::vector<Layout> kLayouts = {
      {0x1p-20, -0x1p-21}},
 };
 
-FunctionRecord FunctionOf(const Layout& layout) {
+FunctionRecord FunctionOfLayout(const Layout& layout) {
   return FunctionOf(layout.dataFormat, static_cast<std::uint32_t>(layout.masses.size()), layout.startMasses,
                     layout.endMasses);
 }
@@ -253,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(ScanDecoder, EveryLayout, testing::ValuesIn(kLayouts),
                          [](const auto& layout) { return std::string(layout.param.name); });
 
 TEST_P(EveryLayout, DecodesTheWorkedScan) {
-  const Decoded decoded = Decode(GetParam().bytes, FunctionOf(GetParam()));
+  const Decoded decoded = Decode(GetParam().bytes, FunctionOfLayout(GetParam()));
   EXPECT_TRUE(decoded.ok);
   EXPECT_FALSE(decoded.unsorted);
   EXPECT_EQ(decoded.Masses(), GetParam().masses);
@@ -261,7 +182,7 @@ TEST_P(EveryLayout, DecodesTheWorkedScan) {
 }
 
 TEST_P(EveryLayout, StartsAtTheDataOffsetAndIgnoresWhatFollows) {
-  FunctionRecord function = FunctionOf(GetParam());
+  FunctionRecord function = FunctionOfLayout(GetParam());
   function.scanIndex[0].dataOffset = 5;
   const std::string before = "A1 B2 C3 D4 E5";
   const std::string after = "FF FF FF FF FF FF FF FF FF FF";
@@ -273,7 +194,7 @@ TEST_P(EveryLayout, StartsAtTheDataOffsetAndIgnoresWhatFollows) {
 
 TEST_P(EveryLayout, ReplacesThePointsOfAUsedContainer) {
   for (const int used : {1, 2, 5, 40}) {
-    const Decoded decoded = Decode(GetParam().bytes, FunctionOf(GetParam()), 0, Used(used));
+    const Decoded decoded = Decode(GetParam().bytes, FunctionOfLayout(GetParam()), 0, Used(used));
     EXPECT_EQ(decoded.spectrum.GetCount(), static_cast<int>(GetParam().masses.size()));
     EXPECT_EQ(decoded.Masses(), GetParam().masses);
     EXPECT_EQ(decoded.Intensities(), GetParam().intensities);
@@ -281,7 +202,7 @@ TEST_P(EveryLayout, ReplacesThePointsOfAUsedContainer) {
 }
 
 TEST_P(EveryLayout, ScanOfNoPointsIsAnEmptySpectrum) {
-  FunctionRecord function = FunctionOf(GetParam());
+  FunctionRecord function = FunctionOfLayout(GetParam());
   function.scanIndex[0].pointCount = 0;
   const Decoded decoded = Decode(GetParam().bytes, function, 0, Used(3));
   EXPECT_TRUE(decoded.ok);
@@ -298,7 +219,7 @@ bool HasSubScans(const Layout& layout) { return layout.dataFormat == 12 || layou
 // of zeros gives them, and the unit that is cut as a file filled up with zeros.
 TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
   const FileBytes whole = HexToBytes(GetParam().bytes);
-  const FunctionRecord function = FunctionOf(GetParam());
+  const FunctionRecord function = FunctionOfLayout(GetParam());
   const Decoded zeros = Decode(FileBytes(whole.size()), function);
   for (const double intensity : zeros.Intensities()) EXPECT_EQ(intensity, 0.0);
 
@@ -334,7 +255,7 @@ TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
 
 TEST_P(EveryLayout, DataOffsetBehindTheEndReadsAsZeroBytes) {
   for (const std::uint32_t offset : {1000U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
-    FunctionRecord function = FunctionOf(GetParam());
+    FunctionRecord function = FunctionOfLayout(GetParam());
     function.scanIndex[0].dataOffset = offset;
     const Decoded decoded = Decode(GetParam().bytes, function);
     EXPECT_TRUE(decoded.ok) << offset;
@@ -344,7 +265,7 @@ TEST_P(EveryLayout, DataOffsetBehindTheEndReadsAsZeroBytes) {
 }
 
 TEST_P(EveryLayout, OnlyRawMassesAreCalibrated) {
-  FunctionRecord function = FunctionOf(GetParam());
+  FunctionRecord function = FunctionOfLayout(GetParam());
   function.functionCal.coefficients = {1, 0.5};
   function.scanIndex[0].segment = 3;  // without coefficients: the function's polynomial serves
   Values expected = GetParam().masses;
@@ -366,7 +287,7 @@ TEST_P(EveryLayout, OnlyRawMassesAreCalibrated) {
 }
 
 TEST_P(EveryLayout, OnlyRawMassesAreCorrectedForTemperature) {
-  FunctionRecord function = FunctionOf(GetParam());
+  FunctionRecord function = FunctionOfLayout(GetParam());
   function.staticCal.coefficients = {0, 1};
   function.calTemperature = 100;
   function.scanIndex[0].temperatureValid = true;
@@ -443,368 +364,6 @@ TEST(ScanDecoder, DataBehindTwoAndFourGigabytes) {
   }
 }
 #endif
-
-// Format 1.
-
-/// One pair at masses 100 and 200: words 0x0008 (1) and `second`.
-std::string PairOf100And200(const std::string& second) { return "08 00" + second + "00 90 01 00 20 03"; }
-
-TEST(ScanDecoderFormat1, PaddingPointIsNeverWrittenWhateverItsMantissa) {
-  // Three points; the fourth has mantissa 3 at mass 400 (raw 0x064000).
-  const std::string bytes = PairOf100And200("10 00") + "18 00 18 00 00 B0 04 00 40 06";
-  const Decoded decoded = Decode(bytes, FunctionOf(1, 3), 0, Used(4));
-  EXPECT_EQ(decoded.Masses(), (Values{100, 200, 300}));
-  EXPECT_EQ(decoded.Intensities(), (Values{1, 2, 3}));
-  EXPECT_EQ(Decode(bytes, FunctionOf(1, 4)).Masses(), (Values{100, 200, 300, 400}));  // the control
-
-  // The same with the padding point at mass 100 (raw 0x019000): it does not count for the order either.
-  const std::string falling = PairOf100And200("10 00") + "18 00 18 00 00 B0 04 00 90 01";
-  EXPECT_FALSE(Decode(falling, FunctionOf(1, 3)).unsorted);
-  EXPECT_TRUE(Decode(falling, FunctionOf(1, 4)).unsorted);  // the control
-}
-
-TEST(ScanDecoderFormat1, SecondPointWithoutMantissaIsDeliberatelyNotWritten) {
-  const std::string written = PairOf100And200("0F 00");                       // 1 x 4^7
-  const std::string notWritten = PairOf100And200("07 00");                    // 0 x 4^7
-  EXPECT_EQ(Decode(written, FunctionOf(1, 2)).Masses(), (Values{100, 200}));  // the control
-  EXPECT_EQ(Decode(written, FunctionOf(1, 2)).Intensities(), (Values{1, 16384}));
-
-  const Decoded fresh = Decode(notWritten, FunctionOf(1, 2));
-  EXPECT_TRUE(fresh.ok);
-  EXPECT_EQ(fresh.Masses(), (Values{100, 0}));
-  EXPECT_EQ(fresh.Intensities(), (Values{1, 0}));
-}
-
-TEST(ScanDecoderFormat1, NotWrittenPointKeepsWhatTheContainerHeld) {
-  const std::string bytes = PairOf100And200("00 00") + PairOf100And200("00 00");
-  const FunctionRecord function = FunctionOf(1, 4);
-  // Of the same size, shrunk, and grown by two new points.
-  for (const int used : {4, 9}) {
-    const Decoded decoded = Decode(bytes, function, 0, Used(used));
-    EXPECT_EQ(decoded.Masses(), (Values{100, 1002, 100, 1004})) << used;
-    EXPECT_EQ(decoded.Intensities(), (Values{1, -2, 1, -4})) << used;
-  }
-  const Decoded grown = Decode(bytes, function, 0, Used(2));
-  EXPECT_EQ(grown.Masses(), (Values{100, 1002, 100, 0}));
-  EXPECT_EQ(grown.Intensities(), (Values{1, -2, 1, 0}));
-}
-
-TEST(ScanDecoderFormat1, FirstPointWithoutMantissaIsWritten) {
-  const Decoded decoded = Decode("07 00 08 00 00 90 01 00 20 03", FunctionOf(1, 2), 0, Used(2));
-  EXPECT_EQ(decoded.Masses(), (Values{100, 200}));
-  EXPECT_EQ(decoded.Intensities(), (Values{0, 1}));
-}
-
-TEST(ScanDecoderFormat1, NotWrittenPointsDoNotCountForTheOrder) {
-  // 100, then 300: the slot between them holds 0 in a fresh container and 1002 in a used one.
-  const std::string ascending = PairOf100And200("00 00") + "18 00 00 00 00 B0 04 00 40 06";
-  EXPECT_FALSE(Decode(ascending, FunctionOf(1, 4)).unsorted);
-  EXPECT_FALSE(Decode(ascending, FunctionOf(1, 4), 0, Used(4)).unsorted);
-  // 100, then 100 again.
-  const std::string equal = PairOf100And200("00 00") + PairOf100And200("00 00");
-  EXPECT_TRUE(Decode(equal, FunctionOf(1, 4)).unsorted);
-}
-
-// Mass lists: formats 2, 11 and 14.
-
-Floats AscendingMasses(std::size_t count) {
-  Floats masses;
-  while (masses.size() < count) masses.push_back(10.0F * static_cast<float>(masses.size() + 1));
-  return masses;
-}
-
-TEST(ScanDecoderFormat2, ThirtyTwoChannelsServe) {
-  const Decoded decoded = Decode(FileBytes(64, std::byte{0x08}), FunctionOf(2, 32, AscendingMasses(32)));
-  EXPECT_TRUE(decoded.ok);
-  EXPECT_FALSE(decoded.unsorted);
-  ASSERT_EQ(decoded.Masses().size(), 32U);
-  EXPECT_EQ(decoded.Masses().back(), 320.0);
-  EXPECT_EQ(decoded.Intensities().back(), 257.0);  // word 0x0808: mantissa 0x101
-}
-
-TEST(ScanDecoderFormat2, ThirtyThirdPointFailsAndTouchesNothing) {
-  const FileBytes bytes(128, std::byte{0x08});
-  for (const std::uint32_t pointCount : {33U, 34U, 64U, 0x3FFFFFU}) {
-    ExpectUntouched(Decode(bytes, FunctionOf(2, pointCount, AscendingMasses(32)), 0, Used(3)));
-  }
-}
-
-TEST(ScanDecoderFormat2, MassThatIsNotPositiveFailsAndTouchesNothing) {
-  const FileBytes bytes(8, std::byte{0x08});
-  for (const float mass : {0.0F, -0.0F, -1.0F, -kInfinity, kNaN}) {
-    for (std::size_t place = 0; place < 4; ++place) {
-      SCOPED_TRACE(testing::Message() << mass << " at " << place);
-      Floats masses = AscendingMasses(32);
-      masses[place] = mass;
-      ExpectUntouched(Decode(bytes, FunctionOf(2, 4, masses), 0, Used(3)));
-      // Channels that the scan has no points for do not matter.
-      EXPECT_TRUE(Decode(bytes, FunctionOf(2, static_cast<std::uint32_t>(place), masses)).ok);
-    }
-  }
-  EXPECT_TRUE(Decode(bytes, FunctionOf(2, 4, {1e-30F, 1, 2, 3})).ok);
-}
-
-TEST(ScanDecoderFormat2, EmptyMassListServesNoPoints) {
-  ExpectUntouched(Decode("08 00", FunctionOf(2, 1), 0, Used(3)));
-  const Decoded empty = Decode("08 00", FunctionOf(2, 0), 0, Used(3));
-  EXPECT_TRUE(empty.ok);
-  EXPECT_EQ(empty.spectrum.GetCount(), 0);
-}
-
-class MassListFormats : public testing::TestWithParam<int> {
- protected:
-  /// The float word 0x00700000 (2^20 x 2^-21 x 2^1 = -1) in every point.
-  static std::string Points(std::size_t count) {
-    std::string bytes;
-    for (std::size_t i = 0; i < count; ++i) {
-      bytes += GetParam() == 11 ? "00 00 70 00" : "00 00 70 00 FF FF FF FF FF FF FF FF";
-    }
-    return bytes;
-  }
-};
-
-INSTANTIATE_TEST_SUITE_P(ScanDecoder, MassListFormats, testing::Values(11, 14));
-
-TEST_P(MassListFormats, PointsBeyondThirtyTwoAreLeftOut) {
-  for (const std::uint32_t pointCount : {31U, 32U, 33U, 40U, 0x3FFFFFU}) {
-    SCOPED_TRACE(pointCount);
-    const Decoded decoded = Decode(Points(40), FunctionOf(GetParam(), pointCount, AscendingMasses(32)));
-    const std::size_t expected = std::min(pointCount, 32U);
-    EXPECT_TRUE(decoded.ok);
-    EXPECT_FALSE(decoded.unsorted);
-    EXPECT_EQ(decoded.spectrum.GetCount(), static_cast<int>(expected));
-    EXPECT_EQ(decoded.Intensities(), Values(expected, -1.0));
-    ASSERT_EQ(decoded.Masses().size(), expected);
-    EXPECT_EQ(decoded.Masses().back(), 10.0 * static_cast<double>(expected));
-  }
-}
-
-TEST_P(MassListFormats, EmptyMassListLeavesAllPointsOut) {
-  const Decoded decoded = Decode(Points(4), FunctionOf(GetParam(), 4), 0, Used(3));
-  EXPECT_TRUE(decoded.ok);
-  EXPECT_FALSE(decoded.unsorted);
-  EXPECT_EQ(decoded.spectrum.GetCount(), 0);
-  EXPECT_TRUE(decoded.Masses().empty());
-}
-
-TEST_P(MassListFormats, MassesAreNotGuarded) {
-  const Decoded decoded = Decode(Points(3), FunctionOf(GetParam(), 3, {-2, -1, 0}));
-  EXPECT_TRUE(decoded.ok);
-  EXPECT_EQ(decoded.Masses(), (Values{-2, -1, 0}));
-  EXPECT_FALSE(decoded.unsorted);
-}
-
-// The order of masses.
-
-TEST_P(MassListFormats, UnsortedWhenAMassIsNotAboveThePrevious) {
-  struct Case {
-    Floats masses;
-    bool unsorted;
-  };
-  const Case cases[] = {
-      {{10, 20, 30}, false},        {{10, 20, 20}, true},  // equal counts
-      {{10, 10, 30}, true},         {{10, 30, 20}, true},
-      {{20, 10, 30}, true},         {{10, 20, 15, 40}, true},  // also when the last is the largest
-      {{-0x1.fffffep+127F}, false},  // the first is compared with the most negative double
-      {{-kInfinity, 1, 2}, true},    // which alone is below it
-      {{10, kNaN, 5}, false},        // nothing is above or below NaN
-      {{kNaN, 10, 20}, false},      {{10, kNaN, 5, 4}, true},
-  };
-  for (const Case& c : cases) {
-    const auto count = static_cast<std::uint32_t>(c.masses.size());
-    const Decoded decoded = Decode(Points(count), FunctionOf(GetParam(), count, c.masses));
-    EXPECT_TRUE(decoded.ok);
-    EXPECT_EQ(decoded.unsorted, c.unsorted) << testing::PrintToString(c.masses);
-  }
-}
-
-TEST(ScanDecoderOrder, StoredMassesAreComparedAfterRounding) {
-  // Raw 1/128, 2/128, 3/128 become 1 + k x 2^-27: ascending, but all 1 in single precision.
-  FunctionRecord function = FunctionOf(0, 3);
-  const std::string bytes = ("08 08 00 00  08 10 00 00  08 18 00 00");
-  EXPECT_FALSE(Decode(bytes, function).unsorted);  // the control
-  function.functionCal.coefficients = {1, 0x1p-20};
-  const Decoded decoded = Decode(bytes, function);
-  EXPECT_TRUE(decoded.unsorted);
-  EXPECT_EQ(decoded.Masses(), (Values{1, 1, 1}));
-}
-
-TEST(ScanDecoderOrder, CalibratedMassesCountNotRawOnes) {
-  FunctionRecord function = FunctionOf(0, 2);
-  function.functionCal.coefficients = {100, -1};
-  EXPECT_TRUE(Decode("08 08 00 00  08 10 00 00", function).unsorted);
-  EXPECT_FALSE(Decode("08 10 00 00  08 08 00 00", function).unsorted);
-}
-
-TEST(ScanDecoderOrder, EveryRawMassFormatTellsDescendingMasses) {
-  struct Case {
-    int dataFormat;
-    const char* ascending;
-    const char* descending;
-  };
-  const Case cases[] = {
-      {0, "08 08 00 00 08 10 00 00", "08 10 00 00 08 08 00 00"},
-      {1, "08 00 08 00 00 90 01 00 20 03", "08 00 08 00 00 20 03 00 90 01"},
-      {8, "01 00 00 01 00 00 01 00 00 02 00 00", "01 00 00 02 00 00 01 00 00 01 00 00"},
-      {9, "01 00 00 02 00 00 01 00 00 04 00 00", "01 00 00 04 00 00 01 00 00 02 00 00"},
-      {12, "00 00 10 00 01 00 00 00 00 00 10 00 02 00 00 00",
-       "00 00 10 00 02 00 00 00 00 00 10 00 01 00 00 00"},
-  };
-  for (const Case& c : cases) {
-    EXPECT_FALSE(Decode(c.ascending, FunctionOf(c.dataFormat, 2)).unsorted) << c.dataFormat;
-    EXPECT_TRUE(Decode(c.descending, FunctionOf(c.dataFormat, 2)).unsorted) << c.dataFormat;
-  }
-}
-
-TEST(ScanDecoderOrder, Format12MassesThatRestartElsewhereStayAsDecoded) {
-  // Masses 2^-27 x 5, 7, 6: the third falls back, but not to the first.
-  const Decoded decoded =
-      Decode("00 00 10 00 05 00 00 00  00 00 10 00 07 00 00 00  00 00 10 00 06 00 00 00", FunctionOf(12, 3));
-  EXPECT_TRUE(decoded.unsorted);
-  EXPECT_EQ(decoded.Masses(), (Values{5 * 0x1p-27, 7 * 0x1p-27, 6 * 0x1p-27}));
-  EXPECT_EQ(decoded.Intensities(), (Values{0.5, 0.5, 0.5}));
-}
-
-// Rounding of raw masses.
-
-TEST(ScanDecoderRounding, Format8RawMassesAreSingleBeforeTheyAreCalibrated) {
-  // 2^24 + 1 and 2^24 + 3 over 128 become 131072 and 131072 + 2^-5 as floats; in double precision 2^-7 and 3
-  // x 2^-7 would be left.
-  FunctionRecord function = FunctionOf(8, 2);
-  function.functionCal.coefficients = {-131072, 1};
-  EXPECT_EQ(Decode("01 00 10 00 00 10  01 00 30 00 00 10", function).Masses(), (Values{0, 0x1p-5}));
-}
-
-TEST(ScanDecoderRounding, Format12RawMassesAreSingleBeforeTheyAreCalibrated) {
-  // (2^24 + 1) x 2^-27 x 2^20: as above. Word 20 << 27 | 0x1000001 = 0xA1000001.
-  for (const int dataFormat : {12, 13}) {
-    FunctionRecord function = FunctionOf(dataFormat, 1);
-    function.functionCal.coefficients = {-131072, 1};
-    EXPECT_EQ(Decode("00 00 10 00 01 00 00 A1 00 00 00 00", function).Masses(), Values{0}) << dataFormat;
-    EXPECT_EQ(Decode("00 00 10 00 03 00 00 A1 00 00 00 00", function).Masses(), Values{0x1p-5}) << dataFormat;
-  }
-}
-
-// Linear axes: formats 4, 5, 7 and the last scan of format 6.
-
-class LinearFormats : public testing::TestWithParam<int> {
- protected:
-  static Decoded DecodeAxis(std::uint32_t pointCount, float start, float end) {
-    return Decode("", FunctionOf(GetParam(), pointCount, {start}, {end}));
-  }
-};
-
-INSTANTIATE_TEST_SUITE_P(ScanDecoder, LinearFormats, testing::Values(4, 5, 6, 7));
-
-TEST_P(LinearFormats, AxisIsSummedStepByStep) {
-  // Ten additions of 0.1 to -1 leave -5 x 2^-55; -1 + 10 x 0.1 would be 0.
-  const Decoded decoded = DecodeAxis(11, -1, 0);
-  ASSERT_EQ(decoded.Masses().size(), 11U);
-  EXPECT_EQ(decoded.Masses()[0], -1.0);
-  EXPECT_EQ(decoded.Masses()[1], -0x1.ccccccp-1);  // -0.9, rounded to single precision
-  EXPECT_EQ(decoded.Masses()[10], -0x1.4p-53);
-  EXPECT_FALSE(decoded.unsorted);
-}
-
-TEST_P(LinearFormats, RangeIsTakenInSinglePrecision) {
-  // 2^24 - (-1) as a float is 2^24: the step is 2^23 and the last mass 2^24 - 1. In double precision it would
-  // be 2^24.
-  EXPECT_EQ(DecodeAxis(3, -1, 16777216).Masses(), (Values{-1, 8388607, 16777215}));
-}
-
-TEST_P(LinearFormats, OnePointStandsAtTheStartWithStepZero) {
-  const Decoded decoded = DecodeAxis(1, 100, 200);
-  EXPECT_TRUE(decoded.ok);
-  EXPECT_TRUE(decoded.unsorted);  // the step is not positive
-  EXPECT_EQ(decoded.Masses(), Values{100});
-}
-
-TEST_P(LinearFormats, StepThatIsNotPositiveIsUnsorted) {
-  const Decoded falling = DecodeAxis(3, 200, 100);
-  EXPECT_TRUE(falling.ok);
-  EXPECT_TRUE(falling.unsorted);
-  EXPECT_EQ(falling.Masses(), (Values{200, 150, 100}));
-
-  const Decoded level = DecodeAxis(3, 200, 200);
-  EXPECT_TRUE(level.unsorted);
-  EXPECT_EQ(level.Masses(), (Values{200, 200, 200}));
-
-  EXPECT_TRUE(DecodeAxis(3, 100, kNaN).unsorted);
-  EXPECT_FALSE(DecodeAxis(3, 100, 200).unsorted);  // the control
-}
-
-TEST_P(LinearFormats, EqualMassesOfAPositiveStepAreNotUnsorted) {
-  // Neighbouring floats, 2^-4 apart: the second mass rounds to the first, the fourth to the last.
-  const Decoded decoded = DecodeAxis(5, 1000000, 1000000.0625F);
-  EXPECT_FALSE(decoded.unsorted);
-  EXPECT_EQ(decoded.Masses(), (Values{1000000, 1000000, 1000000, 1000000.0625, 1000000.0625}));
-}
-
-TEST_P(LinearFormats, EmptyMassListsFailAndTouchNothing) {
-  FunctionRecord function = FunctionOf(GetParam(), 2);
-  const FileBytes bytes(20, std::byte{0x11});
-  ExpectUntouched(Decode(bytes, function, 0, Used(3)));
-  function.startMasses = {100};
-  ExpectUntouched(Decode(bytes, function, 0, Used(3)));
-  function.startMasses.clear();
-  function.endMasses = {200};
-  ExpectUntouched(Decode(bytes, function, 0, Used(3)));
-  function.startMasses = {100};
-  EXPECT_TRUE(Decode(bytes, function, 0, Used(3)).ok);  // the control
-}
-
-TEST_P(LinearFormats, EveryCountOfPaddingPoints) {
-  const std::string bytes =
-      ("01 00 02 00 03 00 04 00 00 00  05 00 06 00 07 00 08 00 00 00  09 00 0A 00 0B 00 0C 00 00 00"
-       "0D 00 0E 00 0F 00 10 00 00 00");
-  const bool byFour = GetParam() == 4 || GetParam() == 6;
-  const Values stored = byFour ? Values{1, 2, 3, 4, 5, 6, 7, 8} : Values{1, 2, 5, 6, 9, 10, 13, 14};
-  for (std::uint32_t count = 1; count <= 8; ++count) {
-    const Decoded decoded = Decode(bytes, FunctionOf(GetParam(), count, {100}, {200}), 0, Used(9));
-    EXPECT_EQ(decoded.Intensities(), Values(stored.begin(), stored.begin() + count)) << count;
-  }
-}
-
-TEST_P(LinearFormats, ExponentOfEveryPoint) {
-  const Values expected =
-      GetParam() == 4 || GetParam() == 6 ? Values{-16, -64, -256, -1024} : Values{-16, -64};
-  const auto count = static_cast<std::uint32_t>(expected.size());
-  EXPECT_EQ(Decode("FF FF FF FF FF FF FF FF 32 54", FunctionOf(GetParam(), count, {1}, {2})).Intensities(),
-            expected);
-}
-
-// Deliberate: format 6 reads its last scan in another layout.
-
-TEST(ScanDecoderFormat6, OnlyTheLastScanIsDeliberatelyReadAsFormat4) {
-  FunctionRecord function = FunctionOf(6, 4, {100}, {103});
-  const std::string bytes = ("08 00 10 00 18 00 20 00 10 32");
-  function.scanIndex.push_back(function.scanIndex[0]);
-  function.scanIndex.push_back(function.scanIndex[0]);
-  for (const int scan : {0, 1}) {  // words: mantissas 1 to 4, e 0
-    const Decoded decoded = Decode(bytes, function, scan);
-    EXPECT_EQ(decoded.Masses(), (Values{1, 2, 3, 4})) << scan;
-    EXPECT_EQ(decoded.Intensities(), (Values{1, 2, 3, 4})) << scan;
-    EXPECT_FALSE(decoded.unsorted) << scan;
-  }
-  const Decoded last = Decode(bytes, function, 2);  // mantissas 8, 16, 24, 32, e 0 to 3
-  EXPECT_EQ(last.Masses(), (Values{100, 101, 102, 103}));
-  EXPECT_EQ(last.Intensities(), (Values{8, 64, 384, 2048}));
-}
-
-TEST(ScanDecoderFormat6, ScansBeforeTheLastNeedNoMassList) {
-  FunctionRecord function = FunctionOf(6, 2);
-  function.scanIndex.push_back(function.scanIndex[0]);
-  EXPECT_EQ(Decode("08 00 10 00", function, 0).Masses(), (Values{1, 2}));
-  ExpectUntouched(Decode("08 00 10 00", function, 1, Used(3)));
-}
-
-TEST(ScanDecoderFormat3, PointNumbersGoBeyondTheChannels) {
-  const Decoded decoded = Decode(FileBytes(80, std::byte{0x08}), FunctionOf(3, 40, AscendingMasses(32)));
-  ASSERT_EQ(decoded.Masses().size(), 40U);
-  EXPECT_EQ(decoded.Masses()[0], 1.0);
-  EXPECT_EQ(decoded.Masses()[39], 40.0);
-  EXPECT_FALSE(decoded.unsorted);
-}
 
 }  // namespace
 }  // namespace zrml

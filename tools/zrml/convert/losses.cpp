@@ -4,6 +4,10 @@
 
 namespace zrml {
 
+std::wstring Losses::Owner(int function) {
+  return function > 0 ? L" of function " + std::to_wstring(function) : std::wstring();
+}
+
 void Losses::Add(int function, const Kind& kind, int number) {
   if (policy_ == Policy::kRefused) {
     throw Failure(ExitStatus::kDamaged, L"cannot read " + kind.one + L' ' + std::to_wstring(number) +

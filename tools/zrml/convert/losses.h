@@ -18,6 +18,9 @@ class Losses {
 
   explicit Losses(Policy policy) : policy_(policy) {}
 
+  /// " of function 2"; nothing for 0.
+  static std::wstring Owner(int function);
+
   /// What is numbered: "scan", "scans" and " of function 2".
   struct Kind {
     std::wstring one;

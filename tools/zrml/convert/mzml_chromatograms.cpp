@@ -67,8 +67,7 @@ bool Read(CDataServerImpl& server, int sample, const ChromatogramSource& source,
 
 void AddLoss(const ChromatogramSource& source, Losses& losses) {
   const int function = source.kind == Kind::kFunctionTrace ? source.function + 1 : 0;
-  const std::wstring owner = function > 0 ? L" of function " + std::to_wstring(function) : L"";
-  losses.Add(function, {L"trace", L"traces", owner}, source.trace + 1);
+  losses.Add(function, {L"trace", L"traces", Losses::Owner(function)}, source.trace + 1);
 }
 
 Points ReadTrace(CDataServerImpl& server, const RunPlan& plan, const ChromatogramSource& source) {
@@ -109,9 +108,9 @@ Points TotalIonCurrent(CDataServerImpl& server, const RunPlan& plan) {
     const CZRChromatogram& chromatogram = *ofFunctions[at];
     const auto scan = static_cast<std::size_t>(entry.scan);
     if (scan >= chromatogram.Intensities().size()) {
-      const std::wstring owner = L" of function " + std::to_wstring(function.number);
-      plan.losses->Add(function.number, {L"the total ion current of scan", L"total ion currents", owner},
-                       entry.scan + 1);
+      const Losses::Kind kind{L"the total ion current of scan", L"total ion currents",
+                              Losses::Owner(function.number)};
+      plan.losses->Add(function.number, kind, entry.scan + 1);
       continue;
     }
     points.times.push_back(entry.minutes);

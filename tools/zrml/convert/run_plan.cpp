@@ -71,7 +71,7 @@ class Planner {
 
   // A time for each scan. Where the list of all has none, each scan is asked for its own.
   std::vector<double> TimesOf(const RunFunction& function, int scans) const {
-    const std::wstring owner = L" of function " + std::to_wstring(function.number);
+    const std::wstring owner = Losses::Owner(function.number);
     HostVector<double> known;
     const bool isRead = server_.GetRetentionTimes(plan_.sample, function.position, known);
     if (!isRead) known.clear();
@@ -140,10 +140,9 @@ bool IsAbsorbanceWanted(const Selection& selection, Content content) {
 
 void LoseSpectrum(const RunPlan& plan, const RunFunction& function, int scan) {
   if (plan.isReport) return;
-  const Losses::Kind kind =
-      function.isAbsorbance
-          ? Losses::Kind{L"absorbance spectrum", L"absorbance spectra"}
-          : Losses::Kind{L"scan", L"scans", L" of function " + std::to_wstring(function.number)};
+  const Losses::Kind kind = function.isAbsorbance
+                                ? Losses::Kind{L"absorbance spectrum", L"absorbance spectra"}
+                                : Losses::Kind{L"scan", L"scans", Losses::Owner(function.number)};
   plan.losses->Add(function.number, kind, scan + 1);
 }
 
