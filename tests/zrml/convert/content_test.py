@@ -1,11 +1,10 @@
 """content_test.py ZRML WORK: converts known.raw and known.rpt of WORK and compares with what is known of them.
 
-The numbers stand in edge_cases.cpp. OpenMS judges each file, pymzml reads the spectra back.
+The numbers stand in edge_cases.cpp. OpenMS judges a file of each kind, pymzml reads its spectra back.
 """
 import gzip
 import pathlib
 import shutil
-import subprocess
 import sys
 
 import mzml_file
@@ -25,24 +24,17 @@ TRACES = {'trace 1: System Pressure': (PRESSURE, [0.5, 1], [320, 2]),
           'trace 3: PDA - Total Absorbance': (ABSORPTION, [0.25, 0.75], [12, 2])}
 
 
-class Converted:
-    def __init__(self, data):
-        self.mzml = mzml_file.check(data)
-        self.spectra = {s.get('id'): s for s in self.mzml.iter(NAMESPACE + 'spectrum')}
-        self.chromatograms = {c.get('id'): c for c in self.mzml.iter(NAMESPACE + 'chromatogram')}
-
+class Converted(mzml_file.CheckedFile):
     def require_spectra(self, wanted):
         require(list(self.spectra) == list(wanted), f'spectra {list(self.spectra)}')
         for name, arrays in wanted.items():
-            found = mzml_file.arrays_of(self.spectra[name])
-            require(found == arrays, f'{name}: {found}')
+            require(self.spectra[name] == arrays, f'{name}: {self.spectra[name]}')
 
     def require_chromatograms(self, wanted):
         require(list(self.chromatograms) == list(wanted), f'chromatograms {list(self.chromatograms)}')
         for name, (term, times, intensities) in wanted.items():
-            chromatogram = self.chromatograms[name]
-            found = mzml_file.arrays_of(chromatogram)
-            require(term in mzml_file.terms(chromatogram), f'{name} is no {term}')
+            found = self.chromatograms[name]
+            require(term in mzml_file.terms(self.chromatogram_elements[name]), f'{name} is no {term}')
             require(found == {TIME: times, INTENSITY: intensities}, f'{name}: {found}')
 
     def require_start(self, wanted):
@@ -51,22 +43,22 @@ class Converted:
 
 
 def convert(zrml, source, folder, *options):
-    """The files, checked by OpenMS and read by pymzml."""
     shutil.rmtree(folder, ignore_errors=True)
-    files = [pathlib.Path(line) for line in run(zrml, 'convert', source, '-o', folder, *options).splitlines()]
-    for file in files:
-        if file.suffix == '.gz':
-            continue
-        converted = Converted(file.read_bytes())
-        check_with_openms(file, len(converted.spectra), len(converted.chromatograms))
-        read = [s.element.get('id') for s in pymzml.run.Reader(str(file)) if s.element.tag.endswith('spectrum')]
-        require(read == list(converted.spectra), f'pymzml reads {read}')
-    return files
+    return [pathlib.Path(line) for line in run(zrml, 'convert', source, '-o', folder, *options).splitlines()]
+
+
+def judged(file):
+    """What is in the file, which OpenMS and pymzml have read, too."""
+    converted = Converted(file.read_bytes())
+    check_with_openms(file, len(converted.spectra), len(converted.chromatograms))
+    read = [s.element.get('id') for s in pymzml.run.Reader(str(file)) if s.element.tag.endswith('spectrum')]
+    require(read == list(converted.spectra), f'pymzml reads {read}')
+    return converted
 
 
 def test_raw_directory(zrml, work):
     file, = convert(zrml, work / 'known.raw', work / 'out/known')
-    whole = Converted(file.read_bytes())
+    whole = judged(file)
     first, second = ABSORBANCE
     whole.require_spectra({first: ABSORBANCE[first], **SURVEY, second: ABSORBANCE[second], **LOCK_MASS})
     whole.require_chromatograms({'TIC': (TIC, [0.5, 1], [97, 11]), **TRACES})
@@ -89,13 +81,13 @@ def test_without_lock_mass(zrml, work):
 def test_report(zrml, work):
     first, second = convert(zrml, work / 'known.rpt', work / 'out/known-report')
     require((first.name, second.name) == ('known-sample1.mzML', 'known-sample2.mzML'), f'{first}, {second}')
-    spectra = Converted(first.read_bytes())
+    spectra = judged(first)
     spectra.require_spectra({'function=1 process=0 scan=1': {MZ: [100, 250.5], INTENSITY: [200, 100]},
                              'function=1 process=0 scan=2': {MZ: [], INTENSITY: []}})
     spectra.require_chromatograms({'TIC': (TIC, [0.5, 0.75], [300, 0]),
                                    'function 1 trace 1: UV 254': (ABSORPTION, [0.5, 1], [50, 5])})
     spectra.require_start('2026-11-14T09:15:00+00:00')
-    trace = Converted(second.read_bytes())
+    trace = judged(second)
     trace.require_spectra({})
     trace.require_chromatograms({'trace 1: Pressure': (PRESSURE, [0.25, 0.5], [10, 20])})
     trace.require_start(None)

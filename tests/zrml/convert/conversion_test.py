@@ -1,10 +1,11 @@
-"""conversion_test.py ZRML SOURCE WORK: converts SOURCE to mzML and has others judge the result.
+"""conversion_test.py ZRML NUMBERS WORK SOURCE...: converts each SOURCE to mzML and has others judge the result.
 
-The file is checked by mzml_file.py, by OpenMS (schema, vocabulary, index) and read back by pymzml, whose numbers must
-be those that `zrml spectrum` prints. It must be the same whatever the number of threads.
+The file is checked by mzml_file.py, by OpenMS (schema, vocabulary, index) and read back by pymzml. Its numbers must be
+those that the interface of the plug-in gives to NUMBERS, a program of its own, that `zrml spectrum` prints, and that
+stand in the rows of the TSV form. It must be the same whatever the number of threads.
 """
+import gc
 import gzip
-import math
 import pathlib
 import re
 import shutil
@@ -12,96 +13,192 @@ import subprocess
 import sys
 
 import mzml_file
+import numpy
 import pymzml
+from mzml_file import INTENSITY, MZ, TIME, WAVELENGTH, require
 
-MOST_COMPARED = 2500  # spectra; of longer runs every 500th is compared
+LONG = 10000  # spectra; of longer files only a part goes through slow parsers
+STRIDE = 50
+EXCERPT = range(32751, 32786)  # scans of a long file, around the last that 16 bits hold
+PRINTED = 2  # scans of each function, as many from its end
 
 
 def run(*arguments):
     done = subprocess.run([str(a) for a in arguments], capture_output=True)
     output = (done.stdout + done.stderr).decode('utf-8', 'replace')
-    mzml_file.require(done.returncode == 0, f'{arguments[0]} ended with {done.returncode}: {output[-2000:]}')
+    require(done.returncode == 0, f'{arguments[0]} ended with {done.returncode}: {output[-2000:]}')
     return output
 
 
-def convert(zrml, source, folder, *options):
-    shutil.rmtree(folder, ignore_errors=True)
-    name = run(zrml, 'convert', source, '-o', folder, *options).strip()
-    mzml_file.require(pathlib.Path(name).parent == folder, f'the file is {name}')
-    return pathlib.Path(name)
+def printed_bytes(*arguments):
+    done = subprocess.run([str(a) for a in arguments], capture_output=True)
+    require(done.returncode == 0, f'{arguments} ended with {done.returncode}: {done.stderr[-2000:]}')
+    return done.stdout
+
+
+def same(a, b):
+    """Equal, the numbers that are none included."""
+    a, b = numpy.asarray(a, '<f8'), numpy.asarray(b, '<f8')
+    return a.shape == b.shape and bool(((a == b) | ((a != a) & (b != b))).all())
 
 
 def check_with_openms(file, spectra, chromatograms):
     output = run('FileInfo', '-in', file, '-v')
-    mzml_file.require('the file is valid!' in output and 'the file is semantically valid!' in output, output)
-    mzml_file.require('Warning' not in output, output)
+    require('the file is valid!' in output and 'the file is semantically valid!' in output, output)
+    require('Warning' not in output, output)
     done = subprocess.run(['FileInfo', '-in', str(file), '-i'], capture_output=True)
     output = (done.stdout + done.stderr).decode('utf-8', 'replace')
     wanted = f'Found a valid indexed mzML XML File with {spectra} spectra and {chromatograms} chromatograms.'
     if spectra == chromatograms == 0:
         wanted = 'Could not find element indexListOffset'  # a file of nothing has no index
-    mzml_file.require(wanted in output, output)
+    require(wanted in output, output)
 
 
-def printed_points(zrml, source, native_id):
-    function, scan = re.fullmatch(r'function=(\d+) process=0 scan=(\d+)', native_id).groups()
-    output = run(zrml, 'spectrum', source, '--function', function, '--scan', scan)
-    rows = output.split('m/z\tintensity\n', 1)[1].splitlines()
-    pairs = [tuple(map(float, row.split('\t'))) for row in rows]
-    return [mass for mass, _ in pairs], [intensity for _, intensity in pairs]
+class Interface:
+    """What the interface of the plug-in gives of a source: by function and scan, from 1, two lists of numbers each."""
+
+    def __init__(self, numbers, zrml, source):
+        plugin = pathlib.Path(zrml).parent / 'ZRMLProvider-x64.so'
+        found = {'mass': {}, 'absorbance': {}, 'total': {}, 'trace': {}}
+        for line in printed_bytes(numbers, plugin, source).decode().splitlines():
+            kind, function, number, x, y = line.split('\t')
+            pair = tuple(numpy.frombuffer(bytes.fromhex(text), '<f8') for text in (x, y))
+            found[kind][int(function), int(number)] = pair
+        self.mass, self.absorbance = found['mass'], found['absorbance']
+        self.total = {function: intensities for (function, _), (_, intensities) in found['total'].items()}
+        self.traces = list(found['trace'].values())
 
 
-def same(a, b):
-    return len(a) == len(b) and all(x == y or (math.isnan(x) and math.isnan(y)) for x, y in zip(a, b))
+def position_of(native_id):
+    return tuple(map(int, re.fullmatch(r'function=(\d+) process=0 scan=(\d+)', native_id).groups()))
 
 
-def compare_with_printed(zrml, source, file, count):
-    stride = 1 if count <= MOST_COMPARED else 500
-    read = 0
-    for number, spectrum in enumerate(pymzml.run.Reader(str(file))):
-        read += 1
-        native_id = spectrum.element.get('id')
-        if number % stride and number < count - 2 or spectrum['MS:1000804'] is not None:
-            continue
-        masses, intensities = printed_points(zrml, source, native_id)
-        mzml_file.require(same(list(map(float, spectrum.mz)), masses), f'masses of {native_id}')
-        mzml_file.require(same(list(map(float, spectrum.i)), intensities), f'intensities of {native_id}')
-    mzml_file.require(read == count, f'{read} of {count} spectra are read back')
+def compare_spectra(checked, interface):
+    wanted = {**interface.mass, **interface.absorbance}
+    positions = list(map(position_of, checked.spectra))
+    require(sorted(positions) == sorted(wanted), 'other spectra than the interface has')
+    for position, arrays in zip(positions, checked.spectra.values()):
+        x = MZ if position in interface.mass else WAVELENGTH
+        require(set(arrays) == {x, INTENSITY}, f'{position} has {list(arrays)}')
+        require(same(arrays[x], wanted[position][0]), f'masses or wavelengths of {position}')
+        require(same(arrays[INTENSITY], wanted[position][1]), f'intensities of {position}')
 
 
-def compare_with_rows(zrml, source, mzml):
+def compare_chromatograms(checked, interface):
+    """The first has a point for each mass spectrum, in their order; then come the traces."""
+    found = list(checked.chromatograms.values())
+    mass = [(name, position_of(name)) for name in checked.spectra if position_of(name) in interface.mass]
+    if mass:
+        total = found.pop(0)
+        times = [float(checked.times[name] or 'nan') for name, _ in mass]
+        require(same(total[TIME], times), 'the times of the total ion current')
+        intensities = [interface.total[function][scan - 1] for _, (function, scan) in mass]
+        require(same(total[INTENSITY], intensities), 'the total ion current')
+    require(len(found) == len(interface.traces), f'{len(found)} traces')
+    for number, (trace, (times, intensities)) in enumerate(zip(found, interface.traces), 1):
+        require(same(trace[TIME], times) and same(trace[INTENSITY], intensities), f'trace {number}')
+
+
+def compare_with_pymzml(file, checked, interface):
+    read = []
+    for spectrum in pymzml.run.Reader(str(file)):
+        read.append(spectrum.element.get('id'))
+        if spectrum['MS:1000804'] is None:  # an electromagnetic radiation spectrum
+            masses, intensities = interface.mass[position_of(read[-1])]
+            require(same(spectrum.mz, masses) and same(spectrum.i, intensities), f'pymzml reads another {read[-1]}')
+    require(read == list(checked.spectra), f'pymzml reads {len(read)} of {len(checked.spectra)} spectra, or others')
+
+
+def compare_with_printed(zrml, source, interface):
+    scans = {}
+    for function, scan in interface.mass:
+        scans.setdefault(function, []).append(scan)
+    for function, numbers in scans.items():
+        for scan in {*numbers[:PRINTED], *numbers[-PRINTED:]}:
+            output = run(zrml, 'spectrum', source, '--function', function, '--scan', scan)
+            rows = [row.split('\t') for row in output.split('m/z\tintensity\n', 1)[1].splitlines()]
+            masses, intensities = interface.mass[function, scan]
+            require(same([float(row[0]) for row in rows], masses), f'printed masses of {function}, {scan}')
+            require(same([float(row[1]) for row in rows], intensities), f'printed intensities of {function}, {scan}')
+
+
+def compare_with_rows(zrml, source, checked, interface):
     """Every point of every mass spectrum, in order, is a row of the TSV file, and that of its compressed form."""
-    output = subprocess.run([zrml, 'convert', source, '--stdout', '--format', 'tsv'], capture_output=True).stdout
-    packed = subprocess.run([zrml, 'convert', source, '--stdout', '--format', 'tsv', '--gzip'], capture_output=True)
-    mzml_file.require(gzip.decompress(packed.stdout) == output, 'gzip')
-    rows = (tuple(line.split('\t')) for line in output.decode().splitlines()[1:])
-    for spectrum in mzml.iter(mzml_file.NAMESPACE + 'spectrum'):
-        arrays = mzml_file.arrays_of(spectrum)
-        function, scan = re.fullmatch(r'function=(\d+) process=0 scan=(\d+)', spectrum.get('id')).groups()
-        points = zip(arrays.get(mzml_file.MZ, []), arrays.get(mzml_file.INTENSITY, []))
-        for mass, intensity in points:
-            row = next(rows)
-            mzml_file.require(row[:2] == (function, scan) and same([float(row[3]), float(row[4])], [mass, intensity]),
-                              f'row {row}')
-    mzml_file.require(next(rows, None) is None, 'rows without a spectrum')
+    output = printed_bytes(zrml, 'convert', source, '--stdout', '--format', 'tsv')
+    packed = printed_bytes(zrml, 'convert', source, '--stdout', '--format', 'tsv', '--gzip')
+    require(gzip.decompress(packed) == output, 'gzip')
+    header, _, body = output.decode().partition('\n')
+    width = header.count('\t') + 1
+    cells = body.replace('\n', '\t').split('\t')[:-1]
+    rows = body.count('\n')
+    require(len(cells) == rows * width, f'{len(cells)} cells in {rows} rows')
+    owners = list(zip(cells[0::width], cells[1::width]))
+    masses, intensities = (list(map(float, cells[column::width])) for column in (3, 4))
+    at = 0
+    for name, arrays in checked.spectra.items():
+        if position_of(name) not in interface.mass:
+            continue
+        own = slice(at, at + len(arrays[MZ]))
+        at = own.stop
+        require(set(owners[own]) <= {tuple(map(str, position_of(name)))}, f'rows of others in place of {name}')
+        require(same(masses[own], arrays[MZ]), f'masses in the rows of {name}')
+        require(same(intensities[own], arrays[INTENSITY]), f'intensities in the rows of {name}')
+    require(at == rows, f'{at} of {rows} rows belong to spectra')
 
 
-def main(zrml, source, work):
-    work = pathlib.Path(work)
+def convert(zrml, source, folder, *options):
+    shutil.rmtree(folder, ignore_errors=True)
+    name = run(zrml, 'convert', source, '-o', folder, *options).strip()
+    require(pathlib.Path(name).parent == folder, f'the file is {name}')
+    return pathlib.Path(name)
+
+
+def have_others_read(file, checked, interface):
+    check_with_openms(file, len(checked.spectra), len(checked.chromatograms))
+    compare_with_pymzml(file, checked, interface)
+
+
+def check_excerpt(zrml, source, work, whole, interface):
+    """Of a long file others read some spectra, in a file of their own. They have the same arrays in the whole file."""
+    file = convert(zrml, source, work / 'excerpt', '--scans', f'{EXCERPT[0]}-{EXCERPT[-1]}')
+    checked = mzml_file.CheckedFile(file.read_bytes())
+    require([position_of(name)[1] for name in checked.spectra] == list(EXCERPT), 'the scans of the excerpt')
+    for name, arrays in checked.spectra.items():
+        require(arrays == whole.spectra[name], f'{name} in the excerpt')
+    have_others_read(file, checked, interface)
+
+
+def check_conversion(zrml, numbers, source, work):
+    interface = Interface(numbers, zrml, source)
+    is_long = len(interface.mass) > LONG
+    stride = STRIDE if is_long else 1
     file = convert(zrml, source, work / 'one', '--threads', 1)
     data = file.read_bytes()
     for threads in (2, 3):
         other = convert(zrml, source, work / 'more', '--threads', threads)
-        mzml_file.require(other.read_bytes() == data, f'{threads} threads change the file')
-    mzml = mzml_file.check(data)
-    spectra = len(list(mzml.iter(mzml_file.NAMESPACE + 'spectrum')))
-    chromatograms = len(list(mzml.iter(mzml_file.NAMESPACE + 'chromatogram')))
-    check_with_openms(file, spectra, chromatograms)
-    compare_with_printed(zrml, source, file, spectra)
-    plain = subprocess.run([zrml, 'convert', source, '--stdout', '--no-zlib'], capture_output=True, check=True)
-    mzml_file.check(plain.stdout, indexed=False)
-    compare_with_rows(zrml, source, mzml)
-    print(f'{spectra} spectra, {chromatograms} chromatograms')
+        require(other.read_bytes() == data, f'{threads} threads change the file')
+    checked = mzml_file.CheckedFile(data, stride=stride)
+    compare_spectra(checked, interface)
+    compare_chromatograms(checked, interface)
+    if is_long:
+        check_excerpt(zrml, source, work, checked, interface)
+    else:
+        have_others_read(file, checked, interface)
+    plain = mzml_file.CheckedFile(printed_bytes(zrml, 'convert', source, '--stdout', '--no-zlib'), False, stride)
+    compare_spectra(plain, interface)
+    compare_chromatograms(plain, interface)
+    compare_with_printed(zrml, source, interface)
+    compare_with_rows(zrml, source, checked, interface)
+    print(f'{source}: {len(checked.spectra)} spectra, {len(checked.chromatograms)} chromatograms')
+
+
+def main(zrml, numbers, work, *sources):
+    gc.disable()  # a million small objects, and none to be collected
+    for source in sources:
+        try:
+            check_conversion(zrml, numbers, source, pathlib.Path(work) / pathlib.Path(source).stem)
+        except AssertionError as error:
+            raise AssertionError(f'{source}: {error}') from error
 
 
 if __name__ == '__main__':

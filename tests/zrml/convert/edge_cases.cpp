@@ -75,15 +75,20 @@ RawDirectoryBuilder NegativeIntensities() {
   return RawOf({function});
 }
 
-// Beyond the 16 bits in which hosts get scan numbers.
-RawDirectoryBuilder ManyScans() {
-  std::vector<ScanFiles> scans;
-  for (int i = 0; i < 40000; ++i) {
+RawDirectoryBuilder OnePointScans(int scans) {
+  std::vector<ScanFiles> written;
+  for (int i = 0; i < scans; ++i) {
     const double mass = 100 + i / 64.0;
-    scans.push_back(ScanFrom<StoredPoint9>(static_cast<float>(i) / 1024, {{mass, 1.0 + i % 4096}}));
+    written.push_back(ScanFrom<StoredPoint9>(static_cast<float>(i) / 1024, {{mass, 1.0 + i % 4096}}));
   }
-  return RawOf({FunctionOf(std::move(scans))});
+  return RawOf({FunctionOf(std::move(written))});
 }
+
+// Beyond the 16 bits in which hosts get scan numbers.
+RawDirectoryBuilder ManyScans() { return OnePointScans(33000); }
+
+// More than pipes hold and threads write in one go.
+RawDirectoryBuilder SomeScans() { return OnePointScans(6000); }
 
 // Text that is markup in XML, is not ASCII (\xB5 is the micro sign of Windows-1252) or is forbidden there
 // (\x01).
@@ -160,6 +165,7 @@ constexpr EdgeCase kCases[] = {
     {u8"nan-masses.raw", NanMasses},
     {u8"negative-intensities.raw", NegativeIntensities},
     {u8"many-scans.raw", ManyScans},
+    {u8"some-scans.raw", SomeScans},
     {u8"1 a&b'\u00E9\U0001D11E.raw", OddNames},
     {u8"fragments.raw", Fragments},
     {u8"known.raw", Known},

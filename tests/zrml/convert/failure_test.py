@@ -1,4 +1,4 @@
-"""failure_test.py ZRML SOURCE WORK FAILING_DISK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
+"""failure_test.py ZRML LONG SHORT WORK FAILING_DISK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
 
 Under the target's name there is the whole file or none; unless killed, nothing else either.
 """
@@ -21,8 +21,10 @@ from mzml_file import require
 class Conversions:
     def __init__(self, zrml, source, work):
         self.command = [zrml, 'convert', source, '-q', '--threads', '2', '-o']
+        self.file_name = pathlib.Path(source).stem + '.mzML'
         self.work = work
-        shutil.rmtree(work, ignore_errors=True)
+
+    def run_undisturbed(self):
         began = time.monotonic()
         self.reference = self.run('reference').target.read_bytes()
         self.seconds = time.monotonic() - began
@@ -32,7 +34,7 @@ class Conversions:
         folder.mkdir(parents=True)
         process = subprocess.Popen([*self.command, str(folder), *options], stderr=subprocess.PIPE, **more)
         process.folder = folder
-        process.target = folder / 'many-scans.mzML'
+        process.target = folder / self.file_name
         return process
 
     def run(self, name, *options, **more):
@@ -231,11 +233,11 @@ def test_scan_past_the_end(conversions, source):
     shutil.copytree(source, damaged)
     data = damaged / '_FUNC001.DAT'
     with data.open('r+b') as file:
-        file.truncate(6 * 30000)  # 30,000 scans of one point of 6 bytes
+        file.truncate(6 * 4000)  # 4,000 scans of one point of 6 bytes
     conversions.command[2] = str(damaged)
     process = conversions.run('damaged-out')
     require(process.returncode == 7, f'status {process.returncode}')
-    problem = '_FUNC001.DAT ends before 10000 of 40000 scans do; the first is scan 30001'
+    problem = '_FUNC001.DAT ends before 2000 of 6000 scans do; the first is scan 4001'
     option = '(--damaged converts what there is, with zeros for lost points)'
     require(process.errors == f'zrml: {damaged} is damaged: {problem} {option}\n', process.errors)
     require(names(process.folder) == [], 'something is left')
@@ -260,12 +262,16 @@ def test_failing_disk(conversions, failing_disk):
     require(checked.returncode == 7 and checked.stdout == f'{problem}\n', checked.stdout)
 
 
-def main(zrml, source, work, failing_disk):
-    conversions = Conversions(zrml, source, pathlib.Path(work))
+def main(zrml, long_source, source, work, failing_disk):
+    work = pathlib.Path(work)
+    shutil.rmtree(work, ignore_errors=True)
+    long_conversions = Conversions(zrml, long_source, work / 'long')  # leave time to see the temporary file
+    test_interrupted(long_conversions)
+    test_target_made_meanwhile(long_conversions)
+    conversions = Conversions(zrml, source, work / 'short')
+    conversions.run_undisturbed()
     test_killed_at_random(conversions)
-    test_interrupted(conversions)
     test_interrupted_while_nobody_reads(conversions)
-    test_target_made_meanwhile(conversions)
     test_no_room(conversions)
     test_few_descriptors(conversions)
     test_pipe_that_does_not_wait(conversions)

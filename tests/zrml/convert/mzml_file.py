@@ -39,15 +39,13 @@ def user_values(element):
     return {p.get('name'): p.get('value') for p in element.findall(NAMESPACE + 'userParam')}
 
 
-def array_of(element, length):
-    """The accession of a binaryDataArray's content, and its numbers."""
-    found = terms(element)
+def numbers_of(found, text, encoded_length, length):
+    """The accession of an array's content, and its numbers, from its terms and its text."""
     precision = [t for t in found if t in (SINGLE, DOUBLE)]
     compression = [t for t in found if t in (ZLIB, PLAIN)]
     kind = [t for t in found if t not in (SINGLE, DOUBLE, ZLIB, PLAIN)]
     require(len(precision) == len(compression) == len(kind) == 1, f'an array is of {found}')
-    text = element.find(NAMESPACE + 'binary').text or ''
-    require(int(element.get('encodedLength')) == len(text), 'encodedLength')
+    require(int(encoded_length) == len(text), 'encodedLength')
     data = base64.b64decode(text, validate=True)
     if compression[0] == ZLIB:
         data = zlib.decompress(data)
@@ -59,7 +57,8 @@ def array_of(element, length):
 def arrays_of(element):
     length = int(element.get('defaultArrayLength'))
     arrays = element.find(NAMESPACE + 'binaryDataArrayList')
-    found = dict(array_of(a, length) for a in arrays)
+    found = dict(numbers_of(terms(a), a.find(NAMESPACE + 'binary').text or '', a.get('encodedLength'), length)
+                 for a in arrays)
     require(int(arrays.get('count')) == len(arrays) == len(found), 'binaryDataArrayList count')
     return found
 
@@ -75,6 +74,37 @@ def check_spectrum(spectrum):
         require(terms(precursor.find(NAMESPACE + 'activation')), 'activation')
 
 
+def start_time(spectrum):
+    return value(spectrum.find(f'{NAMESPACE}scanList/{NAMESPACE}scan'), 'MS:1000016')
+
+
+class LeftOut:
+    """Spectra of a long file, as text: their ids, their times and their arrays, but no elements.
+
+    `short` is the file without those that `stride` leaves out, for a parser.
+    """
+    SPECTRUM = re.compile(rb'<spectrum index="(\d+)" id="([^"]*)" defaultArrayLength="(\d+)"')
+    TIME = re.compile(rb' accession="MS:1000016" name="scan start time" value="([^"]*)"')
+    ARRAY = re.compile(rb'<binaryDataArray encodedLength="(\d+)">\n((?:<cvParam [^>]*/>\n)*)<binary>([^<]*)</binary>')
+    TERM = re.compile(rb' accession="([^"]*)"')
+
+    def __init__(self, data, stride):
+        found = list(self.SPECTRUM.finditer(data))
+        starts = [m.start() for m in found] + [data.index(b'</spectrumList>')]
+        self.indices = [int(m[1]) for m in found]
+        self.ids = [m[2].decode() for m in found]
+        self.arrays, self.times = {}, {}
+        for m, name, end in zip(found, self.ids, starts[1:]):
+            text = data[m.start():end]
+            require(text.endswith(b'</spectrum>\n') and text.count(b'<spectrum ') == 1, f'the end of {name}')
+            self.arrays[name] = dict(
+                numbers_of([t.decode() for t in self.TERM.findall(params)], numbers, length, int(m[3]))
+                for length, params, numbers in self.ARRAY.findall(text))
+            self.times[name] = self.TIME.search(text)[1].decode()
+        kept = [data[m.start():end] for m, end in zip(found, starts[1:])][::stride]
+        self.short = data[:starts[0]] + b''.join(kept) + data[starts[-1]:]
+
+
 def check_list(run, name, item):
     """Counts and indices of a list; the ids in order."""
     elements = run.find(NAMESPACE + name)
@@ -85,9 +115,15 @@ def check_list(run, name, item):
     for number, element in enumerate(elements):
         require(element.tag == NAMESPACE + item, item)
         require(int(element.get('index')) == number, f'{item} index')
-    ids = [e.get('id') for e in elements]
-    require(len(set(ids)) == len(ids), f'{item} ids')
-    return ids
+    return [e.get('id') for e in elements]
+
+
+def check_long_list(run, left_out, stride):
+    elements = run.find(NAMESPACE + 'spectrumList')
+    require(int(elements.get('count')) == len(left_out.ids), 'spectrumList count')
+    require(left_out.indices == list(range(len(left_out.ids))), 'spectrum index')
+    require([e.get('id') for e in elements] == left_out.ids[::stride], 'spectrum ids')
+    return left_out.ids
 
 
 def check_ids(mzml):
@@ -116,23 +152,34 @@ def check_index(data, root, ids):
     require(root.find(NAMESPACE + 'fileChecksum').text == hashlib.sha1(data[:end]).hexdigest(), 'fileChecksum')
 
 
-def check(data, indexed=True):
-    """Checks the bytes of a file and returns its mzML element."""
-    root = ElementTree.fromstring(data)
-    mzml = root.find(NAMESPACE + 'mzML') if root.tag == NAMESPACE + 'indexedmzML' else root
-    require(mzml.tag == NAMESPACE + 'mzML', 'root element')
-    run = mzml.find(NAMESPACE + 'run')
-    ids = {'spectrum': check_list(run, 'spectrumList', 'spectrum'),
-           'chromatogram': check_list(run, 'chromatogramList', 'chromatogram')}
-    require((root is not mzml) == (indexed and any(ids.values())), 'indexed as wanted, where there is anything')
-    check_ids(mzml)
-    for source in mzml.iter(NAMESPACE + 'sourceFile'):
-        require(re.fullmatch(r"file:///[A-Za-z0-9/._~:%-]*", source.get('location')), 'location')
-    for spectrum in run.iter(NAMESPACE + 'spectrum'):
-        check_spectrum(spectrum)
-        arrays_of(spectrum)
-    for chromatogram in run.iter(NAMESPACE + 'chromatogram'):
-        arrays_of(chromatogram)
-    if root is not mzml:
-        check_index(data, root, ids)
-    return mzml
+class CheckedFile:
+    """An mzML file, checked: its mzML element, and by id the arrays and the times of its spectra and chromatograms."""
+
+    def __init__(self, data, indexed=True, stride=1):
+        """Of a long file only one spectrum in `stride` is given to the parser, and the others are checked as text."""
+        left_out = LeftOut(data, stride) if stride > 1 else None
+        root = ElementTree.fromstring(left_out.short if left_out else data)
+        self.mzml = root.find(NAMESPACE + 'mzML') if root.tag == NAMESPACE + 'indexedmzML' else root
+        require(self.mzml.tag == NAMESPACE + 'mzML', 'root element')
+        run = self.mzml.find(NAMESPACE + 'run')
+        spectra = check_long_list(run, left_out, stride) if left_out else check_list(run, 'spectrumList', 'spectrum')
+        ids = {'spectrum': spectra, 'chromatogram': check_list(run, 'chromatogramList', 'chromatogram')}
+        for name, found in ids.items():
+            require(len(set(found)) == len(found), f'{name} ids')
+        require((root is not self.mzml) == (indexed and any(ids.values())), 'indexed as wanted, where there is anything')
+        check_ids(self.mzml)
+        for source in self.mzml.iter(NAMESPACE + 'sourceFile'):
+            require(re.fullmatch(r"file:///[A-Za-z0-9/._~:%-]*", source.get('location')), 'location')
+        parsed = {s.get('id'): s for s in run.iter(NAMESPACE + 'spectrum')}
+        for spectrum in parsed.values():
+            check_spectrum(spectrum)
+        self.spectra = {name: arrays_of(s) for name, s in parsed.items()}
+        self.times = {name: start_time(s) for name, s in parsed.items()}
+        if left_out:
+            for name in parsed:
+                require(self.spectra[name] == left_out.arrays[name], f'{name} is another one for the parser')
+            self.spectra, self.times = left_out.arrays, left_out.times
+        self.chromatogram_elements = {c.get('id'): c for c in run.iter(NAMESPACE + 'chromatogram')}
+        self.chromatograms = {name: arrays_of(c) for name, c in self.chromatogram_elements.items()}
+        if root is not self.mzml:
+            check_index(data, root, ids)
