@@ -2,33 +2,38 @@
 
 #include <array>
 #include <bit>
+#include <charconv>
 #include <cstdint>
-#include <sstream>
 
 namespace zrml {
 namespace {
 
-// Writes values so that two texts are equal when the values are, to the bit.
+// Writes values so that two texts are equal when the values are, to the bit. Not a stream: most of what the
+// tests that ask questions do is writing.
 class Writer {
  public:
-  Writer& operator<<(const char* text) { return text_ << text, *this; }
-  Writer& operator<<(bool value) { return text_ << (value ? " true" : " false"), *this; }
-  Writer& operator<<(int value) { return text_ << ' ' << value, *this; }
-  Writer& operator<<(double value) {
-    text_ << ' ' << std::hex << std::bit_cast<std::uint64_t>(value) << std::dec;
-    return *this;
-  }
+  explicit Writer(std::string& text) : text_(text) {}
+
+  Writer& operator<<(const char* text) { return text_ += text, *this; }
+  Writer& operator<<(bool value) { return text_ += value ? " true" : " false", *this; }
+  Writer& operator<<(int value) { return Append(value, kDecimal); }
+  Writer& operator<<(double value) { return Append(std::bit_cast<std::uint64_t>(value), kHexadecimal); }
   Writer& operator<<(const std::wstring& value) {
-    text_ << " \"";
-    for (const wchar_t c : value)
-      text_ << (c >= 0x20 && c < 0x7F ? std::string(1, static_cast<char>(c)) : Code(c));
-    text_ << '"';
+    text_ += " \"";
+    for (const wchar_t c : value) {
+      if (c >= 0x20 && c < 0x7F) {
+        text_ += static_cast<char>(c);
+      } else {
+        text_ += "<" + std::to_string(static_cast<unsigned>(c)) + ">";
+      }
+    }
+    text_ += '"';
     return *this;
   }
   Writer& operator<<(const HostVector<double>& values) {
-    text_ << " (";
+    text_ += " (";
     for (const double value : values) *this << value;
-    text_ << " )";
+    text_ += " )";
     return *this;
   }
   Writer& operator<<(const CZRChromatogram& c) {
@@ -39,12 +44,21 @@ class Writer {
                  << s.GetEndTime() << s.GetFirstScan() << s.GetLastScan() << s.IsCentroided()
                  << s.GetScanType() << s.GetMSLevel() << s.GetPolarity() << s.AreStatisticsStale();
   }
-  std::string Text() const { return text_.str(); }
 
  private:
-  static std::string Code(wchar_t c) { return "<" + std::to_string(static_cast<unsigned>(c)) + ">"; }
+  static constexpr int kDecimal = 10;
+  static constexpr int kHexadecimal = 16;
 
-  std::ostringstream text_;
+  template <class Number>
+  Writer& Append(Number value, int base) {
+    std::array<char, 24> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value, base).ptr;
+    text_ += ' ';
+    text_.append(digits.data(), end);
+    return *this;
+  }
+
+  std::string& text_;
 };
 
 CZRChromatogram OldChromatogram() {
@@ -73,8 +87,12 @@ const wchar_t* KeyAt(int index) {
 using S = CDataServerImpl;
 using Q = Question;
 
+// What of a question an operation looks at besides the sample.
+enum class Looks { kAtNothing, kAtFunction, kAtIndex, kAtFunctionAndIndex, kAtFunctionAndParity };
+
 struct Operation {
   const char* name;
+  Looks looks;
   void (*ask)(S& server, const Q& at, Writer& out);
 };
 
@@ -117,82 +135,120 @@ void AskPrecursor(S& server, const Q& at, Writer& out) {
   out << result << function << scan;
 }
 
+constexpr int kFirstIndex = -1;
+constexpr int kLastIndex = 3;
+
 constexpr std::array<Operation, 24> kTable = {{
-    {"GetSampleCount", [](S& s, const Q&, Writer& out) { out << s.GetSampleCount(); }},
-    {"GetSampleName", [](S& s, const Q& q, Writer& out) { out << s.GetSampleName(q.sample); }},
-    {"GetFunctionCount", [](S& s, const Q& q, Writer& out) { out << s.GetFunctionCount(q.sample); }},
-    {"GetFunctionName",
+    {"GetSampleCount", Looks::kAtNothing, [](S& s, const Q&, Writer& out) { out << s.GetSampleCount(); }},
+    {"GetSampleName", Looks::kAtNothing,
+     [](S& s, const Q& q, Writer& out) { out << s.GetSampleName(q.sample); }},
+    {"GetFunctionCount", Looks::kAtNothing,
+     [](S& s, const Q& q, Writer& out) { out << s.GetFunctionCount(q.sample); }},
+    {"GetFunctionName", Looks::kAtFunction,
      [](S& s, const Q& q, Writer& out) { out << s.GetFunctionName(q.sample, q.function); }},
-    {"GetFunctionKind",
+    {"GetFunctionKind", Looks::kAtFunction,
      [](S& s, const Q& q, Writer& out) { out << s.GetFunctionKind(q.sample, q.function); }},
-    {"GetPolarity", [](S& s, const Q& q, Writer& out) { out << s.GetPolarity(q.sample, q.function); }},
-    {"GetMSLevel", [](S& s, const Q& q, Writer& out) { out << s.GetMSLevel(q.sample, q.function); }},
-    {"IsCentroided", [](S& s, const Q& q, Writer& out) { out << s.IsCentroided(q.sample, q.function); }},
-    {"GetScanCount", [](S& s, const Q& q, Writer& out) { out << s.GetScanCount(q.sample, q.function); }},
-    {"GetBasePeakChromatogram",
+    {"GetPolarity", Looks::kAtFunction,
+     [](S& s, const Q& q, Writer& out) { out << s.GetPolarity(q.sample, q.function); }},
+    {"GetMSLevel", Looks::kAtFunction,
+     [](S& s, const Q& q, Writer& out) { out << s.GetMSLevel(q.sample, q.function); }},
+    {"IsCentroided", Looks::kAtFunction,
+     [](S& s, const Q& q, Writer& out) { out << s.IsCentroided(q.sample, q.function); }},
+    {"GetScanCount", Looks::kAtFunction,
+     [](S& s, const Q& q, Writer& out) { out << s.GetScanCount(q.sample, q.function); }},
+    {"GetBasePeakChromatogram", Looks::kAtFunctionAndParity,
      [](S& s, const Q& q, Writer& out) {
        AskChromatogram(out, [&](CZRChromatogram& c) {
          return s.GetBasePeakChromatogram(q.index % 2 == 0, q.sample, q.function, c);
        });
      }},
-    {"GetTotalIonChromatogram",
+    {"GetTotalIonChromatogram", Looks::kAtFunctionAndParity,
      [](S& s, const Q& q, Writer& out) {
        AskChromatogram(out, [&](CZRChromatogram& c) {
          return s.GetTotalIonChromatogram(q.index % 2 == 0, q.sample, q.function, c);
        });
      }},
-    {"GetMassRangeChromatogram",
+    {"GetMassRangeChromatogram", Looks::kAtFunction,
      [](S& s, const Q& q, Writer& out) {
        AskChromatogram(out, [&](CZRChromatogram& c) {
          return s.GetMassRangeChromatogram(100, 500, true, q.sample, q.function, c);
        });
      }},
-    {"GetRetentionTimes", AskTimes},
-    {"GetSpectrum", AskSpectrum},
-    {"GetScanMassRange", AskMassRange},
-    {"FindPrecursorScan", AskPrecursor},
-    {"GetTraceCount", [](S& s, const Q& q, Writer& out) { out << s.GetTraceCount(q.sample); }},
-    {"GetTraceName", [](S& s, const Q& q, Writer& out) { out << s.GetTraceName(q.sample, q.index); }},
-    {"GetTrace",
+    {"GetRetentionTimes", Looks::kAtFunction, AskTimes},
+    {"GetSpectrum", Looks::kAtFunctionAndIndex, AskSpectrum},
+    {"GetScanMassRange", Looks::kAtFunctionAndIndex, AskMassRange},
+    {"FindPrecursorScan", Looks::kAtFunctionAndIndex, AskPrecursor},
+    {"GetTraceCount", Looks::kAtNothing,
+     [](S& s, const Q& q, Writer& out) { out << s.GetTraceCount(q.sample); }},
+    {"GetTraceName", Looks::kAtIndex,
+     [](S& s, const Q& q, Writer& out) { out << s.GetTraceName(q.sample, q.index); }},
+    {"GetTrace", Looks::kAtIndex,
      [](S& s, const Q& q, Writer& out) {
        AskChromatogram(out, [&](CZRChromatogram& c) { return s.GetTrace(q.sample, q.index, c); });
      }},
-    {"GetFunctionTraceCount",
+    {"GetFunctionTraceCount", Looks::kAtFunction,
      [](S& s, const Q& q, Writer& out) { out << s.GetFunctionTraceCount(q.sample, q.function); }},
-    {"GetFunctionTraceName",
+    {"GetFunctionTraceName", Looks::kAtFunctionAndIndex,
      [](S& s, const Q& q, Writer& out) { out << s.GetFunctionTraceName(q.sample, q.function, q.index); }},
-    {"GetFunctionTrace",
+    {"GetFunctionTrace", Looks::kAtFunctionAndIndex,
      [](S& s, const Q& q, Writer& out) {
        AskChromatogram(
            out, [&](CZRChromatogram& c) { return s.GetFunctionTrace(q.sample, q.function, q.index, c); });
      }},
-    {"GetMetadataValue", AskMetadata},
-    {"GetMetadataKeys", AskMetadataKeys},
+    {"GetMetadataValue", Looks::kAtFunctionAndIndex, AskMetadata},
+    {"GetMetadataKeys", Looks::kAtFunction, AskMetadataKeys},
 }};
+
+// Whether AllAnswers asks the operation there: what makes no difference to it has its first and its last
+// value alone, since what is asked in between must not change the answer.
+bool IsAsked(Looks looks, bool isEndOfFunctions, int index) {
+  const bool isEndOfIndices = index == kFirstIndex || index == kLastIndex;
+  switch (looks) {
+    case Looks::kAtNothing:
+      return isEndOfFunctions && isEndOfIndices;
+    case Looks::kAtFunction:
+      return isEndOfIndices;
+    case Looks::kAtIndex:
+      return isEndOfFunctions;
+    case Looks::kAtFunctionAndParity:
+      return isEndOfIndices || index == kLastIndex - 1;
+    case Looks::kAtFunctionAndIndex:
+      break;
+  }
+  return true;
+}
+
+void AppendAnswer(CDataServerImpl& server, const Question& question, std::string& text) {
+  const Operation& operation = kTable[static_cast<std::size_t>(question.operation)];
+  Writer out(text);
+  out << operation.name << question.sample << question.function << question.index << ":";
+  operation.ask(server, question, out);
+  text += '\n';
+}
 
 }  // namespace
 
 const int kOperations = static_cast<int>(kTable.size());
 
 std::string Answer(CDataServerImpl& server, const Question& question) {
-  const Operation& operation = kTable[static_cast<std::size_t>(question.operation)];
-  Writer out;
-  out << operation.name << question.sample << question.function << question.index << ":";
-  operation.ask(server, question, out);
-  return out.Text() + "\n";
+  std::string text;
+  AppendAnswer(server, question, text);
+  return text;
 }
 
 std::string AllAnswers(CDataServerImpl& server) {
   std::string text;
-  const auto askAll = [&](int sample, int function, int index) {
-    for (int i = 0; i < kOperations; ++i) text += Answer(server, {i, sample, function, index});
-  };
   const int samples = server.GetSampleCount();
   for (int sample = -1; sample <= samples; ++sample) {
     const int functions = server.GetFunctionCount(sample);
     for (int function = -1; function <= functions; ++function) {
-      constexpr int kIndices = 4;
-      for (int index = -1; index < kIndices; ++index) askAll(sample, function, index);
+      const bool isEnd = function == -1 || function == functions;
+      for (int index = kFirstIndex; index <= kLastIndex; ++index) {
+        for (int i = 0; i < kOperations; ++i) {
+          const Looks looks = kTable[static_cast<std::size_t>(i)].looks;
+          if (IsAsked(looks, isEnd, index)) AppendAnswer(server, {i, sample, function, index}, text);
+        }
+      }
     }
   }
   return text;
