@@ -31,7 +31,7 @@ std::string TextMode(const std::string& bytes) {
 }
 
 bool BeginsWith(const char* line, const std::string& text) {
-  return std::strncmp(line, text.c_str(), text.size()) == 0;
+  return line[0] == text[0] && std::strncmp(line, text.c_str(), text.size()) == 0;  // no text is empty
 }
 
 std::string Trimmed(std::string text) {
