@@ -77,6 +77,9 @@ def compare_spectra(checked, interface):
     wanted = {**interface.mass, **interface.absorbance}
     positions = list(map(position_of, checked.spectra))
     require(sorted(positions) == sorted(wanted), 'other spectra than the interface has')
+    times = [float(checked.times[name] or 'inf') for name in checked.spectra]  # those without one come last
+    order = list(zip(times, positions))
+    require(order == sorted(order), 'spectra that are not by time, function and scan')
     for position, arrays in zip(positions, checked.spectra.values()):
         x = MZ if position in interface.mass else WAVELENGTH
         require(set(arrays) == {x, INTENSITY}, f'{position} has {list(arrays)}')
