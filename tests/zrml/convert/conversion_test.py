@@ -200,8 +200,8 @@ def main(zrml, numbers, work, *sources):
     for source in sources:
         try:
             check_conversion(zrml, numbers, source, pathlib.Path(work) / pathlib.Path(source).stem)
-        except AssertionError as error:
-            raise AssertionError(f'{source}: {error}') from error
+        except Exception as error:
+            raise AssertionError(f'{source}: {error!r}') from error
 
 
 if __name__ == '__main__':
