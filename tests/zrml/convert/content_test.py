@@ -82,14 +82,14 @@ def test_report(zrml, work):
     first, second = convert(zrml, work / 'known.rpt', work / 'out/known-report')
     require((first.name, second.name) == ('known-sample1.mzML', 'known-sample2.mzML'), f'{first}, {second}')
     spectra = judged(first)
-    spectra.require_spectra({'function=1 process=0 scan=1': {MZ: [100, 250.5], INTENSITY: [200, 100]},
+    spectra.require_spectra({'function=1 process=0 scan=1': {MZ: [100, 250.1], INTENSITY: [200, 100]},
                              'function=1 process=0 scan=2': {MZ: [], INTENSITY: []}})
     spectra.require_chromatograms({'TIC': (TIC, [0.5, 0.75], [300, 0]),
                                    'function 1 trace 1: UV 254': (ABSORPTION, [0.5, 1], [50, 5])})
     spectra.require_start('2026-11-14T09:15:00+00:00')
     trace = judged(second)
     trace.require_spectra({})
-    trace.require_chromatograms({'trace 1: Pressure': (PRESSURE, [0.25, 0.5], [10, 20])})
+    trace.require_chromatograms({'trace 1: Pressure': (PRESSURE, [0.25, 0.5, 0.7], [10, 20, 20])})
     trace.require_start(None)
 
 

@@ -132,11 +132,12 @@ RawDirectoryBuilder Known() {
   return raw;
 }
 
-// Two samples: one spectrum with points and one without, and a chromatogram; an analog trace alone.
+// Two samples: one spectrum with points and one without, and a chromatogram; an analog trace alone. 250.1 and
+// 0.7, the last of an odd number, are no numbers of single precision.
 std::string KnownReport() {
   const ReportLines spectra =
       SpectrumBlock(Keys({{"Time", "0.5"}, {"Continuum", "FALSE"}, {"BPI", "200"}, {"TIC", "300"}}),
-                    {{100, 100}, {250.5, 50}}) +
+                    {{100, 100}, {250.1, 50}}) +
       SpectrumBlock(Keys({{"Time", "0.75"}, {"BPI", "0"}, {"TIC", "0"}}), {});
   const ReportLines first =
       Keys({{"SampleID", "first"}, {"Date", "14-Nov-2026"}, {"Time", "09:15:00"}}) +
@@ -147,7 +148,7 @@ std::string KnownReport() {
       Keys({{"SampleID", "second"}}) +
       FunctionBlock(Keys({{"Description", "ANALOG"}}) +
                     ChromatogramBlock(Keys({{"Description", "Pressure"}, {"MaxIntensity", "20"}}),
-                                      {{0.25, 50}, {0.5, 100}}));
+                                      {{0.25, 50}, {0.5, 100}, {0.7, 100}}));
   return ReportText(SampleBlock(first) + SampleBlock(second), LineEnd::kCrLf);
 }
 
