@@ -40,10 +40,39 @@ if(ZRML_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# zrml_add_room(NAME SOURCES... ROOMS the rooms it may see): one static library per room.
+# zrml_join(RESULT SOURCES... [ALONE sources...]): with ZRML_JOIN, files that include SOURCES, about eight each, in their place:
+# the compiler reads common headers once. ALONE are those that have options of their own, names that others have too, or
+# functions that a program may replace. Paths are relative, so that two clones share a compiler cache.
+function(zrml_join result)
+  cmake_parse_arguments(JOIN "" "" "SOURCES;ALONE" ${ARGN})
+  if(NOT ZRML_JOIN)
+    set(${result} ${JOIN_SOURCES} ${JOIN_ALONE} PARENT_SCOPE)
+    return()
+  endif()
+  file(RELATIVE_PATH here ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  list(LENGTH JOIN_SOURCES count)
+  math(EXPR groups "(${count} + 7) / 8")
+  set(files "")
+  foreach(group RANGE 1 ${groups})
+    math(EXPR first "(${group} - 1) * ${count} / ${groups}")
+    math(EXPR length "${group} * ${count} / ${groups} - ${first}")
+    list(SUBLIST JOIN_SOURCES ${first} ${length} members)
+    list(GET members 0 name)
+    get_filename_component(name ${name} NAME_WE)
+    list(TRANSFORM members REPLACE "(.+)" "#include \"${here}/\\1\"\n")
+    string(JOIN "" text ${members})
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/joined/${name}.cpp)
+    file(GENERATE OUTPUT ${file} CONTENT "${text}")
+    list(APPEND files ${file})
+  endforeach()
+  set(${result} ${files} ${JOIN_ALONE} PARENT_SCOPE)
+endfunction()
+
+# zrml_add_room(NAME SOURCES... [ALONE sources...] ROOMS the rooms it may see): one static library per room.
 function(zrml_add_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;ROOMS" ${ARGN})
-  add_library(zrml_${name} STATIC ${ROOM_SOURCES})
+  cmake_parse_arguments(ROOM "" "" "SOURCES;ALONE;ROOMS" ${ARGN})
+  zrml_join(sources SOURCES ${ROOM_SOURCES} ALONE ${ROOM_ALONE})
+  add_library(zrml_${name} STATIC ${sources})
   target_link_libraries(zrml_${name} PUBLIC zrml_build ${ROOM_ROOMS})
 endfunction()
 

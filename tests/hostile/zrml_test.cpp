@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/hostile/reading.h"
+#include "tests/support/built_file.h"
 #include "tests/zrml/process.h"
 
 namespace zrml {
@@ -16,7 +17,7 @@ class DamagedSourceTest : public testing::Test {
  protected:
   test::ProcessResult Run(const std::vector<std::string>& arguments) const {
     test::ProcessSetup setup;
-    setup.program = ZRML_PROGRAM;
+    setup.program = BuiltFile(ZRML_PROGRAM);
     setup.arguments = arguments;
     setup.scratch = scratch_.Path();
     return test::RunProcess(setup);

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "plugin/provider_table.h"
+#include "tests/support/built_file.h"
 #include "tests/support/loaded_library.h"
 #include "tests/support/raw_directory_builder.h"
 
@@ -40,7 +41,7 @@ class StandInTest : public testing::Test {
   StandInTest() {
     acquisition_.WriteText("_FUNC001.CDT", "");
     acquisition_.WriteText("_FUNC003.CDT", "");
-    std::filesystem::copy_file(ZRML_PLUGIN, PluginCopy());
+    std::filesystem::copy_file(BuiltFile(ZRML_PLUGIN), PluginCopy());
   }
 
   ~StandInTest() override {
@@ -53,7 +54,7 @@ class StandInTest : public testing::Test {
   }
 
   void PutBesidePlugin(const std::string& variant) const {
-    std::filesystem::copy_file(std::filesystem::path(ZRML_STAND_INS) / variant / ZRML_MOBILITY_LIBRARY,
+    std::filesystem::copy_file(BuiltFile(ZRML_STAND_INS) / variant / ZRML_MOBILITY_LIBRARY,
                                folder_.Path() / ZRML_MOBILITY_LIBRARY);
   }
 
@@ -134,7 +135,7 @@ TEST_F(StandInTest, IncompleteLibraryIsNotUsed) {
 
 TEST_F(StandInTest, CurrentFolderIsNotSearched) {
   const TempDirectory elsewhere("elsewhere");
-  std::filesystem::copy_file(std::filesystem::path(ZRML_STAND_INS) / "whole" / ZRML_MOBILITY_LIBRARY,
+  std::filesystem::copy_file(BuiltFile(ZRML_STAND_INS) / "whole" / ZRML_MOBILITY_LIBRARY,
                              elsewhere.Path() / ZRML_MOBILITY_LIBRARY);
   LoadPlugin();
   const std::filesystem::path before = std::filesystem::current_path();

@@ -15,19 +15,20 @@
 #endif
 
 #include "plugin/data_server.h"
+#include "tests/support/built_file.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace zrml {
 namespace {
 
 #ifdef _WIN32
-void* LoadPlugin() { return LoadLibraryA(ZRML_PLUGIN_PATH); }
+void* LoadPlugin() { return LoadLibraryW(BuiltFile(ZRML_PLUGIN_PATH).c_str()); }
 void* FindExport(void* library, const char* name) {
   return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
 }
 void UnloadPlugin(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
 #else
-void* LoadPlugin() { return dlopen(ZRML_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL); }
+void* LoadPlugin() { return dlopen(BuiltFile(ZRML_PLUGIN_PATH).c_str(), RTLD_NOW | RTLD_LOCAL); }
 void* FindExport(void* library, const char* name) { return dlsym(library, name); }
 void UnloadPlugin(void* library) { dlclose(library); }
 #endif

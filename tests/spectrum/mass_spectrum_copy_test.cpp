@@ -101,8 +101,8 @@ TEST(MassSpectrumCopy, CopiesAreDeep) {
   source.SetIntensity(1, 666);
   source.GetPointFlags()[1] = 77;
   for (CZRMassSpectrum* other : {&copy, &assigned}) {
-    EXPECT_EQ(other->MassVector(), (Doubles{100, 200}));
-    EXPECT_EQ(other->IntensityVector(), (Doubles{3, 4}));
+    EXPECT_EQ(other->MassVector(), (HostDoubles{100, 200}));
+    EXPECT_EQ(other->IntensityVector(), (HostDoubles{3, 4}));
     EXPECT_EQ(other->GetPointFlags()[1], 11);
   }
 }

@@ -12,13 +12,13 @@
 
 namespace zrml {
 
-using Doubles = HostVector<double>;
+using HostDoubles = HostVector<double>;
 
 inline constexpr double kLargest = std::numeric_limits<double>::max();
 inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
 inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
-inline CZRMassSpectrum MakeSpectrum(const Doubles& masses, const Doubles& intensities) {
+inline CZRMassSpectrum MakeSpectrum(const HostDoubles& masses, const HostDoubles& intensities) {
   CZRMassSpectrum spectrum;
   spectrum.AssignMasses(masses);
   spectrum.AssignIntensities(intensities);

@@ -31,7 +31,7 @@ void ExpectStatistics(CZRMassSpectrum& s, const Statistics& expected) {
 TEST(MassSpectrumStatistics, DescribeTheIntensities) {
   const struct {
     const char* name;
-    Doubles intensities;  // of masses 100, 101, ...
+    HostDoubles intensities;  // of masses 100, 101, ...
     Statistics expected;
   } cases[] = {
       {"one point", {5}, {5, 100, 5, 0, 5}},
@@ -46,7 +46,7 @@ TEST(MassSpectrumStatistics, DescribeTheIntensities) {
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.name);
-    Doubles masses;
+    HostDoubles masses;
     for (std::size_t i = 0; i < test.intensities.size(); ++i)
       masses.push_back(100.0 + static_cast<double>(i));
     CZRMassSpectrum s = MakeSpectrum(masses, test.intensities);
@@ -180,7 +180,7 @@ TEST(MassSpectrumRange, IndexRangeHoldsTheMassesFromLowToHigh) {
 }
 
 TEST(MassSpectrumRange, LargestAndSummedIntensityAreOfTheIndexRange) {
-  const Doubles intensities = {8, 2, 64, 4, 16};
+  const HostDoubles intensities = {8, 2, 64, 4, 16};
   const CZRMassSpectrum s = MakeSpectrum({10, 20, 20, 30, 40}, intensities);
   for (const RangeCase& range : kRanges) {
     double max = 0;
@@ -229,10 +229,10 @@ void ExpectIndexesWithin(const CZRMassSpectrum& s, double low, double high, int 
 }
 
 TEST(MassSpectrumRange, NanAndUnsortedMassesGiveIndexesWithinThePoints) {
-  const Doubles limits = {-kInfinity, 0, 15, 20, 35, 99, kInfinity, kNan};
-  const Doubles masses[] = {{10, 20, 30},   {30, 20, 10},   {20, 10, 30},       {kNan, 20, 30},
-                            {10, kNan, 30}, {10, 20, kNan}, {kNan, kNan, kNan}, {30, 30, 10}};
-  for (const Doubles& values : masses) {
+  const HostDoubles limits = {-kInfinity, 0, 15, 20, 35, 99, kInfinity, kNan};
+  const HostDoubles masses[] = {{10, 20, 30},   {30, 20, 10},   {20, 10, 30},       {kNan, 20, 30},
+                                {10, kNan, 30}, {10, 20, kNan}, {kNan, kNan, kNan}, {30, 30, 10}};
+  for (const HostDoubles& values : masses) {
     const CZRMassSpectrum s = MakeSpectrum(values, {1, 1, 1});
     for (const double low : limits) {
       for (const double high : limits) {
@@ -250,10 +250,10 @@ TEST(MassSpectrumRange, ReplacedArraysAreReadWithinTheirLengthAndTheCount) {
     for (const std::size_t intensities : {0U, 1U, 2U, 3U, 6U}) {
       SCOPED_TRACE(testing::Message() << masses << " masses, " << intensities << " intensities");
       CZRMassSpectrum s = MakeSpectrum({1, 2, 3}, {1, 1, 1});
-      Doubles ascending;
+      HostDoubles ascending;
       while (ascending.size() < masses) ascending.push_back(1.0 + static_cast<double>(ascending.size()));
       s.AssignMasses(ascending);
-      s.AssignIntensities(Doubles(intensities, 1.0));
+      s.AssignIntensities(HostDoubles(intensities, 1.0));
       const auto points = std::min({masses, intensities, std::size_t{3}});
 
       double low = 0;

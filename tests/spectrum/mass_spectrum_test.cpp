@@ -49,7 +49,7 @@ TEST(MassSpectrum, MembersWithoutOperationsStartAtZero) {
   EXPECT_EQ(ContractMember<std::int16_t>(s, 248), 0);
   EXPECT_TRUE(ContractMember<HostVector<SpectrumPair>>(s, 256).empty());
   for (const std::size_t offset : {280, 312, 336, 360})
-    EXPECT_TRUE(ContractMember<Doubles>(s, offset).empty());
+    EXPECT_TRUE(ContractMember<HostDoubles>(s, offset).empty());
   for (const std::size_t offset : {432, 440, 448, 456, 464, 472, 536}) {
     EXPECT_EQ(ContractMember<std::int64_t>(s, offset), 0) << offset;
   }
@@ -59,8 +59,8 @@ TEST(MassSpectrum, MembersWithoutOperationsStartAtZero) {
 TEST(MassSpectrum, OneOfAGivenCountHasZeroedPointsAndNoOptionalArrays) {
   CZRMassSpectrum s(3U);
   EXPECT_EQ(s.GetCount(), 3);
-  EXPECT_EQ(s.MassVector(), Doubles(3, 0.0));
-  EXPECT_EQ(s.IntensityVector(), Doubles(3, 0.0));
+  EXPECT_EQ(s.MassVector(), HostDoubles(3, 0.0));
+  EXPECT_EQ(s.IntensityVector(), HostDoubles(3, 0.0));
   EXPECT_EQ(PresenceFlags(s), std::vector<bool>(4, false));
   EXPECT_EQ(CZRMassSpectrum(0U).GetCount(), 0);
 }
@@ -82,8 +82,8 @@ TEST(MassSpectrumResize, ExtendsWithZeroesAndTruncates) {
   s.UpdateStatistics();
   EXPECT_TRUE(s.Resize(4, true, true, true, true));
   EXPECT_EQ(s.GetCount(), 4);
-  EXPECT_EQ(s.MassVector(), (Doubles{100, 200, 0, 0}));
-  EXPECT_EQ(s.IntensityVector(), (Doubles{3, 4, 0, 0}));
+  EXPECT_EQ(s.MassVector(), (HostDoubles{100, 200, 0, 0}));
+  EXPECT_EQ(s.IntensityVector(), (HostDoubles{3, 4, 0, 0}));
   EXPECT_EQ(Lengths(s), std::vector<std::size_t>(6, 4));
   EXPECT_EQ(s.GetPointFlags()[1], 11);
   EXPECT_EQ(s.GetPointFlags()[3], 0);
@@ -95,8 +95,8 @@ TEST(MassSpectrumResize, ExtendsWithZeroesAndTruncates) {
   EXPECT_TRUE(s.AreStatisticsStale());
 
   EXPECT_TRUE(s.Resize(1, true, true, true, true));
-  EXPECT_EQ(s.MassVector(), Doubles{100});
-  EXPECT_EQ(s.IntensityVector(), Doubles{3});
+  EXPECT_EQ(s.MassVector(), HostDoubles{100});
+  EXPECT_EQ(s.IntensityVector(), HostDoubles{3});
   EXPECT_EQ(Lengths(s), std::vector<std::size_t>(6, 1));
 }
 
@@ -141,16 +141,16 @@ TEST(MassSpectrumSetSize, MakesTheStatisticsStaleEvenAtTheSameCount) {
   s.UpdateStatistics();
   EXPECT_TRUE(s.SetSize(2));
   EXPECT_TRUE(s.AreStatisticsStale());
-  EXPECT_EQ(s.MassVector(), (Doubles{1, 2}));
+  EXPECT_EQ(s.MassVector(), (HostDoubles{1, 2}));
 }
 
 TEST(MassSpectrumSetSize, RepairsArraysOfAnotherLengthAtTheSameCount) {
   for (const std::size_t length : {0U, 1U, 2U, 4U, 9U}) {
     SCOPED_TRACE(length);
     CZRMassSpectrum masses = MakeSpectrum({1, 2, 3}, {4, 5, 6});
-    masses.AssignMasses(Doubles(length, 8));
+    masses.AssignMasses(HostDoubles(length, 8));
     CZRMassSpectrum intensities = MakeSpectrum({1, 2, 3}, {4, 5, 6});
-    intensities.AssignIntensities(Doubles(length, 8));
+    intensities.AssignIntensities(HostDoubles(length, 8));
     for (CZRMassSpectrum* s : {&masses, &intensities}) {
       EXPECT_TRUE(s->SetSize(3));
       EXPECT_EQ(s->GetCount(), 3);
@@ -185,7 +185,7 @@ TEST(MassSpectrumSetSize, AtCountMinusOneNothingIsAPointUntilTheNextSizing) {
   EXPECT_FALSE(s.SetMass(0, 5));
   EXPECT_EQ(s.GetTotalIntensity(), 0.0);
   EXPECT_TRUE(s.SetSize(3));
-  EXPECT_EQ(s.MassVector(), (Doubles{1, 2, 0}));
+  EXPECT_EQ(s.MassVector(), (HostDoubles{1, 2, 0}));
 }
 
 TEST(MassSpectrumClear, FreesThePointsAndKeepsTheAttributes) {
@@ -312,8 +312,8 @@ TEST(MassSpectrumElements, IndexesOutsideTheCountAreRefused) {
     EXPECT_FALSE(s.SetIntensity(i, 9)) << i;
   }
   EXPECT_FALSE(s.AreStatisticsStale());
-  EXPECT_EQ(s.MassVector(), (Doubles{1, 2}));
-  EXPECT_EQ(s.IntensityVector(), (Doubles{3, 4}));
+  EXPECT_EQ(s.MassVector(), (HostDoubles{1, 2}));
+  EXPECT_EQ(s.IntensityVector(), (HostDoubles{3, 4}));
 }
 
 TEST(MassSpectrumElements, SettersStoreAndMakeTheStatisticsStale) {
@@ -334,11 +334,11 @@ TEST(MassSpectrumElements, CopyFillsWhatTheArrayHolds) {
   CZRMassSpectrum s(2U);
   s.UpdateStatistics();
   s.CopyMasses(values);
-  EXPECT_EQ(s.MassVector(), (Doubles{7, 8}));
+  EXPECT_EQ(s.MassVector(), (HostDoubles{7, 8}));
   EXPECT_TRUE(s.AreStatisticsStale());
   s.UpdateStatistics();
   s.CopyIntensities(values + 1);
-  EXPECT_EQ(s.IntensityVector(), (Doubles{8, 9}));
+  EXPECT_EQ(s.IntensityVector(), (HostDoubles{8, 9}));
   EXPECT_TRUE(s.AreStatisticsStale());
 }
 
@@ -360,8 +360,8 @@ TEST(MassSpectrumElements, AssignReplacesTheArrayAndLeavesTheCount) {
   s.AssignIntensities({8});
   EXPECT_TRUE(s.AreStatisticsStale());
   EXPECT_EQ(s.GetCount(), 2);
-  EXPECT_EQ(s.MassVector(), (Doubles{5, 6, 7}));
-  EXPECT_EQ(s.IntensityVector(), Doubles{8});
+  EXPECT_EQ(s.MassVector(), (HostDoubles{5, 6, 7}));
+  EXPECT_EQ(s.IntensityVector(), HostDoubles{8});
 }
 
 // --- Attributes

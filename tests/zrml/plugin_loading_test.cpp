@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #endif
 
+#include "tests/support/built_file.h"
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {
@@ -13,7 +14,7 @@ class PluginLoadingTest : public ZrmlTest {
     // The program alone in a folder, so that no plug-in is beside it.
     std::filesystem::create_directories(folder_ / "program");
     setup_.program = folder_ / "program" / std::filesystem::path(ZRML_PROGRAM).filename();
-    std::filesystem::copy_file(ZRML_PROGRAM, setup_.program);
+    std::filesystem::copy_file(BuiltFile(ZRML_PROGRAM), setup_.program);
   }
 
   ProcessResult RunWith(const std::string& plugin) const {
@@ -39,7 +40,7 @@ TEST_F(PluginLoadingTest, NoPluginBesideTheProgramIsStatus6) {
 }
 
 TEST_F(PluginLoadingTest, PluginBesideTheProgramIsFoundFromAnywhere) {
-  std::filesystem::copy_file(ZRML_FAKE_PLUGIN, folder_ / "program" / ZRML_PLUGIN_FILE);
+  std::filesystem::copy_file(BuiltFile(ZRML_FAKE_PLUGIN), folder_ / "program" / ZRML_PLUGIN_FILE);
   setup_.folder = folder_ / "scratch";
   EXPECT_EQ(RunBare({"info", source_}).status, 0);
 }
@@ -52,7 +53,7 @@ TEST_F(PluginLoadingTest, PluginIsChosenBeforeOrAfterTheCommand) {
 }
 
 TEST_F(PluginLoadingTest, PluginByBareNameIsTheOneInTheCurrentFolder) {
-  std::filesystem::copy_file(ZRML_FAKE_PLUGIN, folder_ / "mine.plugin");
+  std::filesystem::copy_file(BuiltFile(ZRML_FAKE_PLUGIN), folder_ / "mine.plugin");
   setup_.folder = folder_;
   EXPECT_EQ(RunWith("mine.plugin").status, 0);
 }
@@ -87,7 +88,7 @@ TEST_F(PluginLoadingTest, PipeIsNoPlugin) {
 
 // The loader maps what is not there, and dies of it.
 TEST_F(PluginLoadingTest, CutPluginIsStatus6) {
-  std::filesystem::copy_file(ZRML_NEWER_PLUGIN, Path("cut.so"));
+  std::filesystem::copy_file(BuiltFile(ZRML_NEWER_PLUGIN), Path("cut.so"));
   for (const unsigned size : {4096u, 1000u, 100u}) {  // before its code
     SCOPED_TRACE(size);
     std::filesystem::resize_file(Path("cut.so"), size);

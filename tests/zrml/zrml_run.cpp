@@ -3,6 +3,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/built_file.h"
+
 namespace zrml::test {
 namespace {
 
@@ -18,18 +20,9 @@ std::filesystem::path FromUtf8(const std::string& name) {
 }  // namespace
 
 ZrmlTest::ZrmlTest() {
-  const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-  folder_ = std::filesystem::temp_directory_path() /
-            (std::string("zrml_") + test.test_suite_name() + "_" + test.name());
-  std::filesystem::remove_all(folder_);
   std::filesystem::create_directories(folder_ / "scratch");
-  setup_.program = std::filesystem::absolute(ZRML_PROGRAM);
+  setup_.program = BuiltFile(ZRML_PROGRAM);
   setup_.scratch = folder_ / "scratch";
-}
-
-ZrmlTest::~ZrmlTest() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
 }
 
 ProcessResult ZrmlTest::RunBare(std::vector<std::string> arguments) const {
@@ -58,7 +51,7 @@ std::string ZrmlTest::MakeFile(const std::string& name) const {
   return Utf8(path);
 }
 
-std::string PluginArgument(const char* path) { return Utf8(std::filesystem::absolute(path)); }
+std::string PluginArgument(const char* path) { return Utf8(BuiltFile(path)); }
 
 void ExpectFailure(const ProcessResult& result, int status, const std::string& message) {
   EXPECT_EQ(result.status, status);

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/temp_directory.h"
 #include "tests/zrml/process.h"
 
 namespace zrml::test {
@@ -15,7 +16,6 @@ namespace zrml::test {
 class ZrmlTest : public testing::Test {
  protected:
   ZrmlTest();
-  ~ZrmlTest() override;
 
   /// Runs zrml with `arguments` and the stand-in plug-in.
   ProcessResult Run(std::vector<std::string> arguments) const;
@@ -28,8 +28,9 @@ class ZrmlTest : public testing::Test {
   std::string MakeFolder(const std::string& name, const std::string& text = "valid") const;
   std::string MakeFile(const std::string& name) const;
 
+  const TempDirectory temporary_{"test"};
+  const std::filesystem::path folder_ = temporary_.Path();
   ProcessSetup setup_;  // what Run starts from
-  std::filesystem::path folder_;
 };
 
 /// The path of one of the stand-in plug-ins as an argument.
