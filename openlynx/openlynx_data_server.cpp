@@ -67,7 +67,7 @@ bool COpenLynxRptDataServerImpl::CanOpen(const std::wstring& path) {
 bool COpenLynxRptDataServerImpl::ValidateSource(const std::wstring& path) {
   if (!CanOpen(path)) return false;
   // Twice the buffers: CR LF is two bytes of the file and one of the buffer.
-  const std::wstring text = ReadText(platform::File::Open(path), 2 * kValidatedLines * kValidatedLineBuffer);
+  const std::wstring text = ReadText(platform::File::Open(path), kValidatedLineBuffer * 2 * kValidatedLines);
   LineReader reader(text, kValidatedLineBuffer);
   const std::wstring marker = Widen(kSample);
   std::wstring_view line;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -32,7 +33,9 @@ std::uint64_t OrderedNumber(Key key) {
 // NaN stands last either way.
 template <class Key>
 std::uint64_t SortNumber(Key key, bool ascending) {
-  if (!(key == key)) return ~std::uint64_t{0};
+  if constexpr (std::is_floating_point_v<Key>) {
+    if (std::isnan(key)) return ~std::uint64_t{0};
+  }
   return ascending ? OrderedNumber(key) : ~OrderedNumber(key);
 }
 

@@ -370,8 +370,9 @@ class ConvertCommand : public Command {
                            const std::wstring& advice) {
     for (const Finding& finding : findings) {
       if (!finding.losesData) continue;
-      throw Failure(ExitStatus::kDamaged,
-                    path + L" is damaged: " + finding.file + L' ' + finding.problem + advice);
+      std::wstring message = path + L" is damaged: ";
+      message.append(finding.file).append(L" ").append(finding.problem).append(advice);
+      throw Failure(ExitStatus::kDamaged, message);
     }
   }
 

@@ -89,7 +89,7 @@ void PrintJson(const Source& source, const std::vector<int>& samples, Output& ou
 
 // Text
 
-std::string OrNothing(std::string text) { return text.empty() ? TextTable::kNothing : text; }
+std::string OrNothing(const std::string& text) { return text.empty() ? TextTable::kNothing : text; }
 
 std::string RangeText(const std::optional<NumberRange>& range) {
   return range ? RoundedNumber(range->low) + " to " + RoundedNumber(range->high) : TextTable::kNothing;

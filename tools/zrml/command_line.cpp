@@ -42,7 +42,7 @@ Commands SetUp(CommandLine& line) {
 
 // What is wrong with the command line, in our words where the parser's are hard to read.
 std::string ProblemOf(const CLI::App& parser, const CLI::ParseError& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   const std::vector<std::string> unknown = parser.remaining(true);
   const bool hasCommand = !parser.get_subcommands().empty();
   if (!unknown.empty() && (hasCommand || unknown.front().starts_with('-')))

@@ -12,6 +12,7 @@ namespace {
 template <class Make>
 auto List(int count, Make make) {
   std::vector<decltype(make(0))> items;
+  items.reserve(static_cast<std::size_t>(std::max(count, 0)));
   for (int i = 0; i < count; ++i) items.push_back(make(i));
   return items;
 }

@@ -35,7 +35,7 @@ PluginLibrary PluginLibrary::Load(const std::wstring& path) {
 }
 
 PluginLibrary::PluginLibrary(std::wstring path, SharedLibrary library)
-    : path_(std::move(path)), library_(std::move(library)) {
+    : path_(std::move(path)), library_(library) {
   const auto checkVersion = Export<CheckVersionFunction>(library_, path_, "CheckVersion");
   const auto getInterfaceCount = Export<GetInterfaceCountFunction>(library_, path_, "GetInterfaceCount");
   getInstance_ = Export<GetInstanceFunction>(library_, path_, "GetInstance");

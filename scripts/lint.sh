@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# lint.sh [PATTERN]: holds the product's files, or those whose names have PATTERN, to .clang-tidy. Among the rest no function may
+# call itself, directly or through others of its file. A file that was right once is looked at again when it, a header or the
+# rules have changed.
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+install "${build_packages[@]}" "${clang_packages[@]}" clang-tidy
+# The fuzzers' build is of clang's own options, and joins files, which is quicker and shows more.
+quietly fuzz-configure cmake --preset fuzz
+rooms='common|spectrum|plugin|masslynx|openlynx|tools'
+mapfile -t files < <(sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/fuzz/compile_commands.json |
+  grep -E "^$PWD/(build/fuzz/)?($rooms)/" | grep -e "${1:-}")
+[ ${#files[@]} -gt 0 ] || { echo "no file has ${1:-}" >&2; exit 1; }
+headers=$({
+  clang-tidy --version
+  cat .clang-tidy
+  find common spectrum plugin masslynx openlynx tools -name '*.h' -o -name '*.inc' | sort | xargs sha256sum
+} | sha256sum)
+export headers
+mkdir -p build/lint
+
+lint() {  # FILE
+  local sources right
+  mapfile -t sources < <(sed -n 's/^#include "\(.*\.cpp\)"$/\1/p' "$1")
+  right=build/lint/$(cat "$1" "${sources[@]}" - <<<"$headers" | sha256sum | cut -c1-64)
+  [ ! -e "$right" ] || return 0
+  clang-tidy --quiet -p build/fuzz "$1" 2>/dev/null && : >"$right"
+}
+export -f lint
+lint_all() { printf '%s\n' "${files[@]}" | xargs -P "$(nproc)" -I FILE bash -c 'lint "$1"' - FILE; }
+quietly lint lint_all
+echo "lint: ${#files[@]} units of the product"
