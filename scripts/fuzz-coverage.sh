@@ -3,7 +3,7 @@
 # what fuzz.sh has found so far.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-install "${build_packages[@]}" clang llvm
+install "${build_packages[@]}" "${clang_packages[@]}"
 build fuzz-coverage
 folder=build/fuzz-coverage
 export LLVM_PROFILE_FILE=$folder/seeds.ignored

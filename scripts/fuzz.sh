@@ -8,7 +8,7 @@ shift || true
 fuzzers=("$@")
 [ ${#fuzzers[@]} -gt 0 ] || fuzzers=(header_text host_types raw_directory report scan_data spectrum_container spectrum_sum)
 
-install "${build_packages[@]}" clang llvm
+install "${build_packages[@]}" "${clang_packages[@]}"
 build fuzz
 quietly fuzz-seeds build/fuzz/fuzz/zrml_fuzz_seeds build/fuzz/seeds
 mkdir -p build/fuzz/failures

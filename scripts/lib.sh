@@ -17,15 +17,57 @@ install() {
   quietly install "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
+# What runs in the background is a process group of its own, and ends with the script, however that ends.
+running=()
+end_running() {
+  local process
+  for process in "${running[@]}"; do kill -TERM -- "-$process" 2>/dev/null || true; done
+  [ ${#running[@]} -eq 0 ] || wait "${running[@]}" 2>/dev/null || true
+}
+at_end() { end_running; }
+watch_signals() {
+  running=()
+  trap at_end EXIT
+  trap 'exit 130' INT
+  trap 'exit 143' TERM
+}
+watch_signals
+
+# start COMMAND...: runs it in the background; its process id is $!.
+start() {
+  set -m
+  "$@" &
+  set +m
+  running+=($!)
+}
+
+# finish PROCESS: waits for what was started, and gives its status.
+finish() {
+  local status=0 left=() process
+  wait "$1" || status=$?
+  for process in "${running[@]}"; do [ "$process" = "$1" ] || left+=("$process"); done
+  running=("${left[@]}")
+  return $status
+}
+
 # quietly NAME COMMAND...: runs a command with its output in build/NAME.log, which is shown when it fails.
 quietly() {
   local log=build/$1.log
   shift
-  if ! "$@" >"$log" 2>&1 </dev/null; then
+  start "$@" >"$log" 2>&1 </dev/null
+  if ! finish $!; then
     echo "Failed: $*" >&2
     cat "$log" >&2
     return 1
   fi
+}
+
+# stage NAME COMMAND...: runs a command, and notes in build/times how long that took.
+stage() {
+  local name=$1 began=$EPOCHREALTIME
+  shift
+  "$@"
+  awk -v name="$name" -v began="$began" -v now="$EPOCHREALTIME" 'BEGIN { printf "%6.1f s  %s\n", now - began, name }' >>build/times
 }
 
 # build PRESET [TARGET...]
@@ -36,6 +78,11 @@ build() {
   quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-build_packages=(g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest)
-windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64)
+build_packages=(ccache g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest)
+clang_packages=(clang libclang-rt-14-dev llvm)
+windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64 "${clang_packages[@]}" lld)
 reader_packages=(topp python3 python3-pymzml)  # independent readers of what we write
+
+# What was compiled once is taken from ccache, also in another clone.
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime

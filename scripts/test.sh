@@ -1,12 +1,28 @@
 #!/usr/bin/env bash
-# test.sh: installs what is missing, builds for Linux, for Linux under sanitizers and for Windows, and runs every test on all
-# three, the last under Wine. Then threads are watched, and each fuzzer runs for half a minute.
+# test.sh [--times] [--fuzz SECONDS]: installs what is missing, builds for Linux, for Linux under sanitizers and for Windows, and
+# runs every test on all three, the last under Wine. Then threads are watched, and each fuzzer runs for half a minute or for
+# SECONDS. Tests run while the next build is made. With --times, tells what each stage took. docs/testing.md
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" binutils clang clang-format lld llvm locales
+times= fuzz_seconds=30
+while [ $# -gt 0 ]; do
+  case $1 in
+    --times) times=yes ;;
+    --fuzz) fuzz_seconds=${2:?seconds} && shift ;;
+    *) sed -n '2,4s/^# //p' "${BASH_SOURCE[0]}" >&2 && exit 2 ;;
+  esac
+  shift
+done
+began=$EPOCHREALTIME
+: >build/times
 
-find bench common fuzz masslynx openlynx plugin spectrum tests tools -name '*.cpp' -o -name '*.h' -o -name '*.inc' |
-  xargs clang-format --dry-run -Werror
+stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" binutils clang-format clang-tidy locales
+
+check_format() {
+  find bench common fuzz masslynx openlynx plugin spectrum tests tools -name '*.cpp' -o -name '*.h' -o -name '*.inc' |
+    xargs -n 40 -P "$(nproc)" clang-format --dry-run -Werror
+}
+stage format quietly format check_format
 
 # A locale with a decimal comma, which must change no result.
 if [ ! -d build/locale/de_DE.UTF-8 ]; then
@@ -15,24 +31,71 @@ if [ ! -d build/locale/de_DE.UTF-8 ]; then
 fi
 export LOCPATH=$PWD/build/locale
 
-# test_preset PRESET: builds, runs the tests and prints the runner's summary.
-test_preset() {
-  build "$1"
-  quietly "$1-test" ctest --preset "$1"
-  echo "$1:"
-  grep -E 'tests passed|Total Test time' "build/$1-test.log"
-}
-test_preset linux
-test_preset linux-asan
-quietly wine-prefix scripts/wine.sh wineboot --init
 # Wine's server and services stay until the end: a server that is about to leave turns the next program away. The first
 # program starts them, and they keep its output open.
 wine_server() { WINEPREFIX=$PWD/build/wine-prefix timeout 60 wineserver "$1" >/dev/null 2>&1 || true; }
-wine_server --wait
-wine_server --persistent
-trap 'wine_server --kill' EXIT
-quietly wine-start scripts/wine.sh cmd /c exit
-test_preset windows
-test_preset linux-tsan
-scripts/recursion.sh
-scripts/fuzz.sh 30
+at_end() {
+  end_running
+  wine_server --kill
+  rm -rf "$built"
+}
+start_wine() {
+  watch_signals
+  quietly wine-prefix scripts/wine.sh wineboot --init
+  wine_server --wait
+  wine_server --persistent
+  quietly wine-start scripts/wine.sh cmd /c exit
+}
+
+# The builds, one after the other; each leaves a file that tells the tests of it. With the last one stays the lint.
+built=$(mktemp -d)
+build_all() {
+  watch_signals
+  trap end_running EXIT  # what stays until the end is the other's
+  local preset
+  for preset in linux linux-asan windows linux-tsan fuzz; do
+    stage "build $preset" build "$preset"
+    : >"$built/$preset"
+  done
+}
+
+# await PRESET: waits for its build.
+await() {
+  until [ -e "$built/$1" ]; do
+    if ! kill -0 "$builder" 2>/dev/null && [ ! -e "$built/$1" ]; then
+      finish "$builder"
+      return 1
+    fi
+    sleep 0.2
+  done
+}
+
+# test_preset PRESET: runs its tests and keeps the runner's summary.
+test_preset() {
+  quietly "$1-test" ctest --preset "$1" -j "$(nproc)"
+  echo "$1: $(grep -E 'tests passed' "build/$1-test.log")"
+}
+
+start build_all
+builder=$!
+start start_wine
+wine=$!
+presets=(linux linux-asan windows linux-tsan)
+for preset in "${presets[@]}"; do
+  await "$preset"
+  [ "$preset" != windows ] || finish "$wine"
+  stage "test $preset" test_preset "$preset"
+done
+stage lint scripts/lint.sh
+await fuzz
+finish "$builder"
+stage fuzz scripts/fuzz.sh "$fuzz_seconds"
+
+if [ -n "$times" ]; then
+  sort -k3 build/times
+  awk -v began="$began" -v now="$EPOCHREALTIME" 'BEGIN { printf "%6.1f s  in all\n", now - began }'
+fi
+for preset in "${presets[@]}"; do
+  echo "$preset:"
+  grep -E 'tests passed|Total Test time' "build/$preset-test.log"
+done

@@ -1,12 +1,23 @@
 #!/usr/bin/env bash
-# reproducible_build.sh SOURCE DLL: builds the library once more, from a copy of the sources in another folder, and compares.
+# reproducible_build.sh SOURCE DLL PROVEN: builds the library once more, from a copy of the sources in another folder and without
+# a compiler cache, and compares. The file PROVEN keeps what was compared, so that the same is not built again and again.
 set -euo pipefail
-source=$1 dll=$2
+source=$1 dll=$2 proven=$3
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
 cd "$source"
 cp -r CMakeLists.txt CMakePresets.json cmake common masslynx openlynx plugin scripts spectrum tools "$copy"
 cd "$copy"
+compared=$({
+  find . -type f -print0 | sort -z | xargs -0 sha256sum
+  sha256sum <"$dll"
+  cmake --version
+  x86_64-w64-mingw32-g++-win32 --version
+  x86_64-w64-mingw32-ld --version
+} | sha256sum)
+[ ! -e "$proven" ] || [ "$(cat "$proven")" != "$compared" ] || exit 0
+export CCACHE_DISABLE=1
 cmake --preset windows -DZRML_TESTS=OFF >/dev/null
 cmake --build --preset windows --target zrml_provider >/dev/null
 cmp "build/windows/$(basename "$dll")" "$dll"
+echo "$compared" >"$proven"
