@@ -24,10 +24,9 @@ end_running() {
   for process in "${running[@]}"; do kill -TERM -- "-$process" 2>/dev/null || true; done
   [ ${#running[@]} -eq 0 ] || wait "${running[@]}" 2>/dev/null || true
 }
-at_end() { end_running; }
-watch_signals() {
+watch_signals() {  # also for functions that are started
   running=()
-  trap at_end EXIT
+  trap end_running EXIT
   trap 'exit 130' INT
   trap 'exit 143' TERM
 }

@@ -34,11 +34,6 @@ export LOCPATH=$PWD/build/locale
 # Wine's server and services stay until the end: a server that is about to leave turns the next program away. The first
 # program starts them, and they keep its output open.
 wine_server() { WINEPREFIX=$PWD/build/wine-prefix timeout 60 wineserver "$1" >/dev/null 2>&1 || true; }
-at_end() {
-  end_running
-  wine_server --kill
-  rm -rf "$built"
-}
 start_wine() {
   watch_signals
   quietly wine-prefix scripts/wine.sh wineboot --init
@@ -47,11 +42,11 @@ start_wine() {
   quietly wine-start scripts/wine.sh cmd /c exit
 }
 
-# The builds, one after the other; each leaves a file that tells the tests of it. With the last one stays the lint.
+# The builds, one after the other; each leaves a file that tells the tests of it.
 built=$(mktemp -d)
+trap 'end_running; wine_server --kill; rm -rf "$built"' EXIT
 build_all() {
   watch_signals
-  trap end_running EXIT  # what stays until the end is the other's
   local preset
   for preset in linux linux-asan windows linux-tsan fuzz; do
     stage "build $preset" build "$preset"
