@@ -49,12 +49,17 @@ finish() {
   return $status
 }
 
+# run COMMAND...: runs it so that it ends with the script.
+run() {
+  start "$@"
+  finish $!
+}
+
 # quietly NAME COMMAND...: runs a command with its output in build/NAME.log, which is shown when it fails.
 quietly() {
   local log=build/$1.log
   shift
-  start "$@" >"$log" 2>&1 </dev/null
-  if ! finish $!; then
+  if ! run "$@" >"$log" 2>&1 </dev/null; then
     echo "Failed: $*" >&2
     cat "$log" >&2
     return 1

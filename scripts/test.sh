@@ -81,10 +81,10 @@ for preset in "${presets[@]}"; do
   [ "$preset" != windows ] || finish "$wine"
   stage "test $preset" test_preset "$preset"
 done
-stage lint scripts/lint.sh
+stage lint run scripts/lint.sh
 await fuzz
 finish "$builder"
-stage fuzz scripts/fuzz.sh "$fuzz_seconds"
+stage fuzz run scripts/fuzz.sh "$fuzz_seconds"
 
 if [ -n "$times" ]; then
   sort -k3 build/times
