@@ -20,8 +20,11 @@ install() {
 # What runs in the background is a process group of its own, and ends with the script, however that ends.
 running=()
 end_running() {
-  local process
-  for process in "${running[@]}"; do kill -TERM -- "-$process" 2>/dev/null || true; done
+  local process alive
+  alive=" $(jobs -pr | tr '\n' ' ')"  # the number of one that has ended may be another's by now
+  for process in "${running[@]}"; do
+    [[ $alive != *" $process "* ]] || kill -TERM -- "-$process" 2>/dev/null || true
+  done
   [ ${#running[@]} -eq 0 ] || wait "${running[@]}" 2>/dev/null || true
 }
 watch_signals() {  # also for functions that are started
