@@ -36,6 +36,14 @@ std::wstring ToLower(std::wstring_view text) {
       text, [](wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + kCaseDistance) : c; });
 }
 
+std::string ToLower(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + kCaseDistance);
+  }
+  return lower;
+}
+
 std::wstring ZeroPadded(int value, std::size_t width) {
   std::wstring digits = Widen(std::to_string(value));  // to_wstring() formats with printf
   const std::size_t sign = value < 0 ? 1 : 0;

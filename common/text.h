@@ -16,6 +16,7 @@ std::string_view Trim(std::string_view text);
 /// ASCII letters mapped, everything else kept.
 std::wstring ToUpper(std::wstring_view text);
 std::wstring ToLower(std::wstring_view text);
+std::string ToLower(std::string_view text);
 
 /// `value` in decimal, zeros in front up to `width` characters (printf's %0<width>d).
 std::wstring ZeroPadded(int value, std::size_t width);

@@ -42,16 +42,17 @@ class File {
   /// Size in bytes, 0 when closed or unknown.
   std::uint64_t Size() const;
 
-  /// When it was last written to, in a unit of the system's own; 0 when closed or unknown.
-  std::int64_t WriteTime() const;
-
   /// Reads bytes from `offset` on and returns how many: fewer than asked at the end of the file or on an
   /// error.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> out) const;
 
+  /// Whether the system has refused a read since the file was opened: it gave less than the file has there.
+  bool IsRefused() const { return isRefused_; }
+
  private:
   static constexpr std::intptr_t kClosed = -1;
   std::intptr_t handle_ = kClosed;
+  mutable bool isRefused_ = false;
 };
 
 bool IsDirectory(const std::wstring& path);
@@ -59,9 +60,35 @@ bool IsDirectory(const std::wstring& path);
 /// Exists and is not a directory.
 bool IsFile(const std::wstring& path);
 
+#ifndef _WIN32  // where wide paths are those of the system
+bool IsDirectory(const SystemPath& path);
+bool IsFile(const SystemPath& path);
+#endif
+
+/// Why the system does not tell whether there is something at `path`, like a folder on the way there that may
+/// not be searched; empty when it does tell.
+std::string WhyOutOfReach(const SystemPath& path);
+
+/// Why the system has not opened the regular file at `path`; empty when there is none.
+std::string WhyClosed(const SystemPath& path);
+
+/// What tells whether a file has been written to since. All 0 when there is none.
+struct FileStamp {
+  std::uint64_t size = 0;
+  std::int64_t written = 0;  ///< in a unit of the system's own
+
+  bool operator==(const FileStamp&) const = default;
+};
+/// Opens nothing.
+FileStamp StampOf(const SystemPath& path);
+
+/// The last part of the path of a file, as it stands in its folder: a system that does not tell case apart
+/// opens it by other spellings, too.
+SystemPath NameInFolder(const SystemPath& path);
+
 /// All names in a directory, in no order, with every other name that the system knows a file by. No value
 /// when there are more than `most` or the directory cannot be listed; its files may open all the same.
-std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most);
+std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most);
 
 /// Narrow text in the system's ANSI code page. Off Windows: UTF-8 where the bytes are valid UTF-8,
 /// Windows-1252 otherwise.
@@ -74,6 +101,11 @@ std::optional<std::string> ToCodePage(std::wstring_view text);
 /// survive the round trip: each becomes U+DC00 plus its value.
 std::wstring FromNativePath(std::string_view path);
 std::string ToNativePath(std::wstring_view path);
+
+/// The same paths without the detour over wide ones: off Windows their bytes as they stand, so that a
+/// backslash is a character of a name. Empty when `path` has an embedded NUL.
+SystemPath FromUtf8Path(std::string_view path);
+std::string ToUtf8Path(const SystemPath& path);
 
 /// Memory of the heap that the host's own allocations come from. Null when there is none left.
 void* SharedHeapAllocate(std::size_t bytes) noexcept;

@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -13,9 +14,8 @@
 namespace zrml::platform {
 namespace {
 
-bool Status(const std::wstring& path, struct stat& status) {
-  const std::string native = ToSystemPath(path);
-  return !native.empty() && ::stat(native.c_str(), &status) == 0;
+bool Status(const SystemPath& path, struct stat& status) {
+  return !path.empty() && ::stat(path.c_str(), &status) == 0;
 }
 
 }  // namespace
@@ -27,10 +27,12 @@ SystemPath ToSystemPath(const std::wstring& path) {
   return native;
 }
 
-File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kClosed)) {}
+File::File(File&& other) noexcept
+    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(other.isRefused_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
+  std::swap(isRefused_, other.isRefused_);
   other.Close();
   return *this;
 }
@@ -59,13 +61,6 @@ std::uint64_t File::Size() const {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::int64_t File::WriteTime() const {
-  constexpr std::int64_t kPerSecond = 1'000'000'000;
-  struct stat status {};
-  if (!IsOpen() || ::fstat(static_cast<int>(handle_), &status) != 0) return 0;
-  return status.st_mtim.tv_sec * kPerSecond + status.st_mtim.tv_nsec;
-}
-
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
   std::size_t done = 0;
   while (IsOpen() && done < out.size()) {
@@ -77,25 +72,53 @@ std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
     if (count <= 0) break;
     done += static_cast<std::size_t>(count);
   }
+  if (done < out.size() && offset < Size() && done < Size() - offset) isRefused_ = true;
   return done;
 }
 
-bool IsDirectory(const std::wstring& path) {
+bool IsDirectory(const std::wstring& path) { return IsDirectory(ToSystemPath(path)); }
+bool IsFile(const std::wstring& path) { return IsFile(ToSystemPath(path)); }
+
+bool IsDirectory(const SystemPath& path) {
   struct stat status {};
   return Status(path, status) && S_ISDIR(status.st_mode);
 }
 
-bool IsFile(const std::wstring& path) {
+bool IsFile(const SystemPath& path) {
   struct stat status {};
   return Status(path, status) && !S_ISDIR(status.st_mode);
 }
 
-std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most) {
+std::string WhyOutOfReach(const SystemPath& path) {
+  struct stat status {};
+  if (path.empty() || ::stat(path.c_str(), &status) == 0) return {};
+  const bool isMissing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+  return isMissing ? std::string() : std::generic_category().message(errno);
+}
+
+// One that opens now was in the way of other files a moment ago.
+std::string WhyClosed(const SystemPath& path) {
+  struct stat status {};
+  if (!Status(path, status) || !S_ISREG(status.st_mode)) return {};
+  const bool isOpen = File::OpenSystemPath(path).IsOpen();
+  return std::generic_category().message(isOpen ? EAGAIN : errno);
+}
+
+FileStamp StampOf(const SystemPath& path) {
+  constexpr std::int64_t kPerSecond = 1'000'000'000;
+  struct stat status {};
+  if (!Status(path, status)) return {};
+  return {static_cast<std::uint64_t>(status.st_size),
+          status.st_mtim.tv_sec * kPerSecond + status.st_mtim.tv_nsec};
+}
+
+SystemPath NameInFolder(const SystemPath& path) { return path.substr(path.rfind('/') + 1); }
+
+std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most) {
   struct CloseList {
     void operator()(DIR* list) const { ::closedir(list); }
   };
-  const std::string native = ToSystemPath(directory);
-  const std::unique_ptr<DIR, CloseList> list(native.empty() ? nullptr : ::opendir(native.c_str()));
+  const std::unique_ptr<DIR, CloseList> list(directory.empty() ? nullptr : ::opendir(directory.c_str()));
   if (list == nullptr) return std::nullopt;
   std::vector<SystemPath> names;
   for (;;) {

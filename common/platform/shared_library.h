@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/platform/platform.h"
+
 namespace zrml::platform {
 
 /// A loaded library, unloaded by its destructor.
@@ -44,8 +46,12 @@ class SharedLibrary {
   std::intptr_t handle_ = 0;
 };
 
-/// A path in the form that programs with narrow paths take: the system's code page and, off Windows, slashes.
-/// Empty when it has no such form.
+/// A path in the form that programs with narrow paths take, in the system's code page. Empty when it has no
+/// such form.
+std::string NarrowPath(const SystemPath& path);
+#ifndef _WIN32  // where wide paths are those of the system
+/// The same of a path of the interface, whose backslashes become slashes.
 std::string NarrowPath(std::wstring_view path);
+#endif
 
 }  // namespace zrml::platform

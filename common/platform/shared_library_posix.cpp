@@ -81,6 +81,10 @@ SharedLibrary::Function SharedLibrary::FindDestructor(std::string_view className
   return Find(ItaniumName("", className, "D1", "v"));
 }
 
+std::string NarrowPath(const SystemPath& path) {
+  return ToCodePage(FromNativePath(path)).value_or(std::string());
+}
+
 std::string NarrowPath(std::wstring_view path) {
   if (path.find(L'\0') != std::wstring_view::npos) return {};
   std::string narrow = ToCodePage(path).value_or(std::string());

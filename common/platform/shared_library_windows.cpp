@@ -105,8 +105,8 @@ SharedLibrary::Function SharedLibrary::FindDestructor(std::string_view className
   return IsLoaded() ? Find(ExportedName(ModuleOf(handle_), "??1" + std::string(className) + "@@")) : nullptr;
 }
 
-std::string NarrowPath(std::wstring_view path) {
-  if (path.find(L'\0') != std::wstring_view::npos) return {};
+std::string NarrowPath(const SystemPath& path) {
+  if (path.find(L'\0') != SystemPath::npos) return {};
   return ToCodePage(path).value_or(std::string());
 }
 

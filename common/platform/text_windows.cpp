@@ -39,5 +39,7 @@ std::wstring FromCodePage(std::string_view text) { return Widened(CP_ACP, text);
 std::optional<std::string> ToCodePage(std::wstring_view text) { return Narrowed(::GetACP(), text); }
 std::wstring FromNativePath(std::string_view path) { return Widened(CP_UTF8, path); }
 std::string ToNativePath(std::wstring_view path) { return Narrowed(CP_UTF8, path).value_or(std::string()); }
+SystemPath FromUtf8Path(std::string_view path) { return ToSystemPath(FromNativePath(path)); }
+std::string ToUtf8Path(const SystemPath& path) { return ToNativePath(path); }
 
 }  // namespace zrml::platform

@@ -16,10 +16,12 @@ bool NamesNothing(std::wstring_view path) {
 
 }  // namespace
 
-File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kClosed)) {}
+File::File(File&& other) noexcept
+    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(other.isRefused_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
+  std::swap(isRefused_, other.isRefused_);
   other.Close();
   return *this;
 }
@@ -48,12 +50,6 @@ std::uint64_t File::Size() const {
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::int64_t File::WriteTime() const {
-  FILETIME time{};
-  if (!IsOpen() || !::GetFileTime(reinterpret_cast<HANDLE>(handle_), nullptr, nullptr, &time)) return 0;
-  return static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-}
-
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
   std::size_t done = 0;
   while (IsOpen() && done < out.size()) {
@@ -67,6 +63,7 @@ std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
       break;
     done += count;
   }
+  if (done < out.size() && offset < Size() && done < Size() - offset) isRefused_ = true;
   return done;
 }
 
@@ -82,7 +79,36 @@ bool IsFile(const std::wstring& path) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most) {
+std::string WhyOutOfReach(const SystemPath& path) {
+  if (path.empty() || ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
+  const DWORD code = ::GetLastError();
+  return code == ERROR_ACCESS_DENIED ? "system error " + std::to_string(code) : std::string();
+}
+
+std::string WhyClosed(const SystemPath& path) {
+  if (!IsFile(path)) return {};
+  const bool isOpen = File::OpenSystemPath(path).IsOpen();  // since a moment ago
+  return "system error " + std::to_string(isOpen ? ERROR_SHARING_VIOLATION : ::GetLastError());
+}
+
+FileStamp StampOf(const SystemPath& path) {
+  WIN32_FILE_ATTRIBUTE_DATA found{};
+  if (NamesNothing(path) || !::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found)) return {};
+  const auto joined = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
+  return {joined(found.nFileSizeHigh, found.nFileSizeLow),
+          static_cast<std::int64_t>(
+              joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime))};
+}
+
+SystemPath NameInFolder(const SystemPath& path) {
+  WIN32_FIND_DATAW entry{};
+  const HANDLE found = NamesNothing(path) ? INVALID_HANDLE_VALUE : ::FindFirstFileW(path.c_str(), &entry);
+  if (found == INVALID_HANDLE_VALUE) return path.substr(path.find_last_of(L"\\/") + 1);
+  ::FindClose(found);
+  return entry.cFileName;
+}
+
+std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most) {
   struct CloseList {
     using pointer = HANDLE;
     void operator()(HANDLE list) const { ::FindClose(list); }

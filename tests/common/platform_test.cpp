@@ -231,7 +231,7 @@ TEST_F(Platform, AFileMayHaveAnyBytesInItsName) {
 // --- Lists of names
 
 std::optional<std::vector<std::string>> SortedNames(const std::wstring& directory, std::size_t most) {
-  const std::optional<std::vector<SystemPath>> names = ListNames(directory, most);
+  const std::optional<std::vector<SystemPath>> names = ListNames(ToSystemPath(directory), most);
   if (!names) return std::nullopt;
   std::vector<std::string> sorted;
   for (const SystemPath& name : *names) sorted.push_back(fs::path(name).string());
