@@ -13,6 +13,26 @@ namespace {
 
 constexpr double kWidestWidth = 1.0;
 
+// The points of a spectrum, for VisitPeak().
+class SpectrumPeaks {
+ public:
+  using Index = std::int32_t;
+  static constexpr Index kNone = -1;
+
+  SpectrumPeaks(CZRMassSpectrum& spectrum, Index count)
+      : masses_(spectrum.GetMasses()), intensities_(spectrum.GetIntensities()), count_(count) {}
+
+  double& Mass(Index i) const { return masses_[i]; }
+  double& Intensity(Index i) const { return intensities_[i]; }
+  Index Below(Index i) const { return i - 1; }
+  Index Above(Index i) const { return i + 1 < count_ ? i + 1 : kNone; }
+
+ private:
+  double* masses_;
+  double* intensities_;
+  Index count_;
+};
+
 // Indices of the points, the most intense first, equal intensities in their order, NaN last.
 std::vector<std::int32_t> ByIntensity(const CZRMassSpectrum& spectrum, std::size_t count) {
   std::vector<double> keys(spectrum.GetIntensities(), spectrum.GetIntensities() + count);
@@ -61,10 +81,11 @@ int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& 
   // All memory first: nothing fails once masses have been changed.
   if (merged != nullptr) merged->reserve(points);
   const std::vector<std::int32_t> order = ByIntensity(spectrum, points);
-  const double* const masses = spectrum.GetMasses();
-  PeakMerger merger(spectrum.GetMasses(), spectrum.GetIntensities(), count, merged);
+  SpectrumPeaks peaks(spectrum, count);
   for (const std::int32_t i : order) {
-    if (!merger.IsAbsorbed(i)) merger.Visit(i, PeakWidthAt(context, masses[i]) / factor * 0.5);
+    if (IsAbsorbed(peaks, i)) continue;
+    const auto [lowest, highest] = VisitPeak(peaks, i, PeakWidthAt(context, peaks.Mass(i)) / factor * 0.5);
+    if (merged != nullptr) merged->push_back({i, lowest, highest});
   }
   if (merged != nullptr) {
     std::sort(merged->begin(), merged->end(),

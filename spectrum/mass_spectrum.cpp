@@ -396,6 +396,23 @@ bool Ascends(const double* masses, std::size_t count) {
   return true;
 }
 
+// Each of the point arrays has `count` elements at least, if it is there.
+bool SortPoints(int order, CZRMassSpectrum& spectrum, std::size_t count) {
+  const ParallelArray masses{sizeof(double), spectrum.GetMasses()};
+  const ParallelArray intensities{sizeof(double), spectrum.GetIntensities()};
+  const bool byMass = order == kMassAscending || order == kMassDescending;
+  const bool ascending = order == kMassAscending || order == kIntensityAscending;
+  const std::array arrays = {
+      byMass ? masses : intensities,
+      byMass ? intensities : masses,
+      ParallelArray{sizeof(std::uint8_t), spectrum.GetPointFlags()},
+      ParallelArray{sizeof(void*), spectrum.GetPointData()},
+      ParallelArray{sizeof(std::int32_t), spectrum.GetPointValues()},
+      ParallelArray{sizeof(std::uint8_t), spectrum.GetPointMarks()},
+  };
+  return SortParallelArrays(static_cast<int>(SortKey::kDouble), ascending, count, arrays);
+}
+
 // Merges runs of equal mass from `from` on to the front of the arrays and returns how many points are left.
 int MergeEqualMasses(CZRMassSpectrum& spectrum, int from, bool sum) {
   double* const masses = spectrum.GetMasses();
@@ -427,33 +444,20 @@ bool SortSpectrum(int order, bool sumDuplicates, bool maxDuplicates, bool dropNo
   if (count == 0 || spectrum.MassVector().size() < count || spectrum.IntensityVector().size() < count)
     return false;
 
-  if (order == kMassAscending && Ascends(spectrum.GetMasses(), count)) {  // as most scans do
-    spectrum.InvalidateStatistics();
-    if (!dropNonPositiveMasses || spectrum.GetMasses()[0] > 0) return spectrum.SetSize(spectrum.GetCount());
-  }
-  ParallelArray masses{sizeof(double), spectrum.GetMasses()};
-  ParallelArray intensities{sizeof(double), spectrum.GetIntensities()};
-  const bool byMass = order == kMassAscending || order == kMassDescending;
-  const bool ascending = order == kMassAscending || order == kIntensityAscending;
-  const std::array arrays = {
-      byMass ? masses : intensities,
-      byMass ? intensities : masses,
-      ParallelArray{sizeof(std::uint8_t), spectrum.GetPointFlags()},
-      ParallelArray{sizeof(void*), spectrum.GetPointData()},
-      ParallelArray{sizeof(std::int32_t), spectrum.GetPointValues()},
-      ParallelArray{sizeof(std::uint8_t), spectrum.GetPointMarks()},
-  };
-  if (!SortParallelArrays(static_cast<int>(SortKey::kDouble), ascending, count, arrays)) return false;
+  const bool wasInOrder = order == kMassAscending && Ascends(spectrum.GetMasses(), count);  // as most scans
+  if (!wasInOrder && !SortPoints(order, spectrum, count)) return false;
   spectrum.InvalidateStatistics();
-  if (!sumDuplicates && !maxDuplicates && !dropNonPositiveMasses) return true;
+  const bool merges = sumDuplicates || maxDuplicates;
+  if (!merges && !dropNonPositiveMasses) return true;
 
   int firstKept = 0;
   if (dropNonPositiveMasses) {
     const double* const mass = spectrum.GetMasses();
     while (firstKept < spectrum.GetCount() && mass[firstKept] <= 0) ++firstKept;
     // Deliberate: dropping without merging leaves one point, whatever the masses.
-    if (firstKept == spectrum.GetCount() || (!sumDuplicates && !maxDuplicates)) return spectrum.SetSize(1);
+    if (firstKept == spectrum.GetCount() || !merges) return spectrum.SetSize(1);
   }
+  if (wasInOrder && firstKept == 0) return spectrum.SetSize(spectrum.GetCount());  // nothing to move
   return spectrum.SetSize(MergeEqualMasses(spectrum, firstKept, sumDuplicates));
 }
 

@@ -2,31 +2,46 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
+#include <cmath>
 #include <limits>
 
 #include "spectrum/centroid_merge.h"
 #include "spectrum/peak_merger.h"
 
+// A merge visits all peaks, the strongest first. A visit depends on, and changes, nothing but the peak, the
+// neighbours that it takes in and the first one on either side that it does not. So most visits change
+// nothing: those of peaks that have no neighbour within half the width and that stay where they are when they
+// are weighed by themselves. It does not matter when, or whether, these are made, as long as no neighbour is
+// moved to where they would take it in. That can only happen
+//
+// - in the addition that puts a peak beside them, or
+// - when a neighbour is visited, before they are, and moves. It has a single mass before its visit and a
+// single
+//   one after it, so it is enough to look at its neighbours then: at those on the side where it took in none,
+//   as absorbed peaks end every walk until the merge is over.
+//
+// What remains are visits of peaks that were near each other when the merge began or came to be so, or that
+// moved alone. Of two neighbours that are near each other, the one that is visited first takes in the other,
+// unless that has been taken in already or one of them moved. A peak moves when it takes in another, or
+// alone: that at most twice, as weighing it again gives what it gave before but for overflow. So there are
+// not more visits than a few for each point that was added, however often the sum was: whatever they take in
+// is gone.
+
 namespace zrml {
 namespace {
 
-constexpr std::size_t kVisitsOfACall = 8;
-constexpr std::size_t kCopiesOfAVisit = 16;
-
-constexpr double kEndless = std::numeric_limits<double>::infinity();
-
-// Masses and intensities whose mean neither underflows nor overflows.
-constexpr double kLightest = 1e-100;
-constexpr double kWeakest = 1e-200;
-constexpr double kStrongest = 1e200;
-
-bool AreOrdinary(PeakSum::Values intensities) {
-  bool areOrdinary = true;
-  for (const double intensity : intensities)
-    areOrdinary &= intensity == 0 || (intensity >= kWeakest && intensity <= kStrongest);
-  return areOrdinary;
+bool HaveSameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
+
+// The order of visits: the strongest first, equal ones in their order, NaN last.
+constexpr auto kIsBefore = [](const auto& a, const auto& b) {
+  if (a.intensity > b.intensity) return true;
+  if (a.intensity < b.intensity) return false;
+  const bool isNan = std::isnan(a.intensity);
+  return isNan != std::isnan(b.intensity) ? !isNan : a.place < b.place;
+};
+constexpr auto kIsAfter = [](const auto& a, const auto& b) { return kIsBefore(b, a); };
 
 double HalfOf(double width) {
   PeakMergeContext context;
@@ -34,190 +49,198 @@ double HalfOf(double width) {
   return PeakWidthAt(context, 0) * 0.5;
 }
 
-template <class T>
-void MakeRoom(std::vector<T>& values, std::size_t room) {
-  if (values.size() < room) values.resize(room);
-}
-
-struct Peak {
-  double mass;
-  double intensity;
-};
-
-struct PeakReader {
-  const double* masses;
-  const double* intensities;
-  std::size_t count;
-  std::size_t at = 0;
-
-  bool IsAtEnd() const { return at == count; }
-  double Mass() const { return masses[at]; }
-  double Intensity() const { return intensities[at]; }
-  bool IsWithin(double reach, double mass) const { return at < count && !(masses[at] - mass > reach); }
-};
-
-// The peaks of a sum and of a list, taken as one list, in the order and with the sums of MergePoints().
-struct PeakReaders {
-  PeakReader sum;
-  PeakReader list;
-
-  bool AreAtEnd() const { return sum.IsAtEnd() && list.IsAtEnd(); }
-
-  // The next peak: of lower mass, that of the sum when they do not compare, both when they are equal.
-  Peak Take() {
-    const bool hasBoth = !sum.IsAtEnd() && !list.IsAtEnd();
-    if (hasBoth && sum.Mass() == list.Mass()) {
-      const bool isSumStronger = sum.Intensity() > list.Intensity();  // 0.0 and -0.0 are equal
-      const Peak peak{isSumStronger ? sum.Mass() : list.Mass(), sum.Intensity() + list.Intensity()};
-      ++sum.at;
-      ++list.at;
-      return peak;
-    }
-    PeakReader& lower = (hasBoth ? sum.Mass() > list.Mass() : sum.IsAtEnd()) ? list : sum;
-    const Peak peak{lower.Mass(), lower.Intensity()};
-    ++lower.at;
-    return peak;
-  }
-};
-
 }  // namespace
 
-void PeakSum::Peaks::Reset(std::size_t room) {
-  MakeRoom(masses, room);
-  MakeRoom(intensities, room);
-  MakeRoom(unsettled, room);
-  count = 0;
-  unsettledCount = 0;
+PeakSum::PeakSum(double width, Values masses, Values intensities) : half_(HalfOf(width)) {
+  peaks_.Reserve(masses.size());
+  for (std::size_t i = 0; i < masses.size(); ++i)
+    peaks_.SetUnsettled(peaks_.InsertBefore(PeakSequence::kNone, masses[i], intensities[i]), true);
 }
 
-void PeakSum::Peaks::Append(double mass, double intensity) {
-  masses[count] = mass;
-  intensities[count++] = intensity;
-}
-
-void PeakSum::Peaks::Append(const Peaks& other, std::size_t first, std::size_t last) {
-  std::copy(other.masses.data() + first, other.masses.data() + last, masses.data() + count);
-  std::copy(other.intensities.data() + first, other.intensities.data() + last, intensities.data() + count);
-  count += last - first;
-}
-
-void PeakSum::Peaks::MarkUnsettled(std::size_t first) {
-  for (; first < count; ++first) unsettled[unsettledCount++] = static_cast<std::uint32_t>(first);
-}
-
-// Peaks further apart than the reach stay further apart than half the width, however often they are merged
-// with others: either may be off by the error that StaysOrdinary() allows, a quarter of the difference.
-PeakSum::PeakSum(double width, Values masses, Values intensities)
-    : half_(HalfOf(width)), reach_(half_ * (1 + 1.0 / 64)) {
-  if (!StaysOrdinary(masses, intensities)) reach_ = kEndless;
-  sum_.Reset(masses.size());
-  for (std::size_t i = 0; i < masses.size(); ++i) sum_.Append(masses[i], intensities[i]);
-  sum_.MarkUnsettled(0);
-}
-
-// A settled peak was alone when it was visited, and the visit did not change it. It stays so until a peak
-// comes nearer than the reach, which makes it part of a group that is visited as a whole. Peaks between half
-// the width and the reach need not be in one group, but may.
 bool PeakSum::Add(Values masses, Values intensities) {
-  if (reach_ != kEndless && !StaysOrdinary(masses, intensities)) reach_ = kEndless;
-  next_.Reset(sum_.count + masses.size());
-  MakeRoom(order_, next_.masses.size());
-  work_ += kVisitsOfACall;
-  PeakReaders readers{{sum_.masses.data(), sum_.intensities.data(), sum_.count},
-                      {masses.data(), intensities.data(), masses.size()}};
-  PeakReader& old = readers.sum;
-  bool hasChanged = false;
-  for (std::size_t u = 0;;) {
-    while (u < sum_.unsettledCount && sum_.unsettled[u] < old.at) ++u;
-    const std::size_t settledEnd = u < sum_.unsettledCount ? sum_.unsettled[u] : sum_.count;
-    const std::size_t farEnd =
-        readers.list.IsAtEnd() ? settledEnd : FirstNear(old.at, settledEnd, readers.list.Mass());
-    if (farEnd > old.at) {
-      next_.Append(sum_, old.at, farEnd);
-      work_ += (farEnd - old.at) / kCopiesOfAVisit;
-      old.at = farEnd;
-    }
-    if (readers.AreAtEnd()) break;
-    const std::size_t first = next_.count;
-    Peak peak;
-    do {
-      peak = readers.Take();
-      next_.Append(peak.mass, peak.intensity);
-    } while (old.IsWithin(reach_, peak.mass) || readers.list.IsWithin(reach_, peak.mass));
-    // Deliberate: a peak that is all there is stays as it is.
-    if (next_.count == 1 && readers.AreAtEnd()) {
-      next_.MarkUnsettled(0);
-    } else {
-      MergeGroup(first);
-    }
-    hasChanged = hasChanged || !IsAsBefore(first, farEnd, old.at);
+  hasChanged_ = false;
+  touched_.clear();
+  visits_.clear();
+  visited_.clear();
+  absorbed_.clear();
+  besideAbsorbed_.clear();
+  // Deliberate: a peak that is all there is stays as it is.
+  const bool isMerge = Insert(masses, intensities) > 1;
+  if (isMerge) {
+    PlanVisits();
+    MakeVisits();
   }
-  std::swap(sum_, next_);
-  return hasChanged;
+  Settle(isMerge);
+  return hasChanged_;
 }
 
-// Whether a mean of masses, weighted by intensity, lies between those that went into it but for an error that
-// is far below the width. A mean of n peaks is off by at most 2 n + 3 roundings, n + 1.5 times the epsilon.
-// There is at most one for each list that leads to a peak of the sum; what each took in is gone but for one
-// peak, so that all together took in no more than the points there were and one for each list.
-bool PeakSum::StaysOrdinary(Values masses, Values intensities) {
-  points_ += masses.size() + 1;
-  if (masses.empty()) return true;
-  bool isAscending = masses[0] >= kLightest;
-  for (std::size_t i = 1; i < masses.size(); ++i) isAscending &= masses[i - 1] < masses[i];
-  heaviest_ = std::max(heaviest_, masses.back());
-  const double error = heaviest_ * static_cast<double>(points_) * 4 * std::numeric_limits<double>::epsilon();
-  return isAscending && error < half_ / 256 && AreOrdinary(intensities);
+void PeakSum::CopyTo(double* masses, double* intensities) const {
+  for (Index i = peaks_.First(); i != PeakSequence::kNone; i = peaks_.Above(i)) {
+    *masses++ = peaks_.Mass(i);
+    *intensities++ = peaks_.Intensity(i);
+  }
 }
 
-// The first of the sum's peaks [first, last), none of them unsettled, that is not further below `mass` than
-// the reach.
-std::size_t PeakSum::FirstNear(std::size_t first, std::size_t last, double mass) const {
-  const auto isFar = [&](double other) { return mass - other > reach_; };
-  if (first == last || !isFar(sum_.masses[first])) return first;
-  std::size_t step = 1;
-  for (; last - first > step && isFar(sum_.masses[first + step]); step *= 2) first += step;
-  const double* const masses = sum_.masses.data();
-  const double* const end = masses + first + std::min(step, last - first);
-  return static_cast<std::size_t>(std::partition_point(masses + first, end, isFar) - masses);
+// Puts the list's peaks where MergePoints() has them, and gives how many peaks that makes.
+std::size_t PeakSum::Insert(Values masses, Values intensities) {
+  std::size_t leftOut = 0;
+  Index at = peaks_.First();
+  for (std::size_t i = 0; i < masses.size(); ++i) {
+    at = Advance(at, masses[i]);
+    if (at != PeakSequence::kNone && peaks_.Mass(at) == masses[i]) {
+      Combine(at, masses[i], intensities[i]);
+      at = peaks_.Above(at);
+      continue;
+    }
+    // Several without a mass above 0 act as one does: they end walks, and go. So does the one that stays, as
+    // it has another beside it now.
+    const Index below = at != PeakSequence::kNone ? peaks_.Below(at) : peaks_.Last();
+    if (!(masses[i] > 0) && below != PeakSequence::kNone && IsAbsorbed(peaks_, below)) {
+      if (!peaks_.MarksOf(below).isTouched) Touch(below);
+      ++leftOut;
+      continue;
+    }
+    const Index added = peaks_.InsertBefore(at, masses[i], intensities[i]);
+    peaks_.MarksOf(added).isNew = true;
+    Touch(added);
+  }
+  if (peaks_.HasUnsettled()) Advance(at, std::numeric_limits<double>::quiet_NaN());
+  return peaks_.Count() + leftOut;
 }
 
-// Merges the peaks from `first` on with each other.
-void PeakSum::MergeGroup(std::size_t first) {
-  if (next_.count - first > 1) {
-    MergeSeveral(first);
+// The first peak from `at` on whose mass is not below `mass`. Unsettled ones on the way are touched.
+PeakSum::Index PeakSum::Advance(Index at, double mass) {
+  for (;;) {
+    at = peaks_.Find(at, mass);
+    if (at == PeakSequence::kNone || peaks_.Mass(at) >= mass) return at;
+    Touch(at);
+    at = peaks_.Above(at);
+  }
+}
+
+// With a peak of the same mass.
+void PeakSum::Combine(Index i, double mass, double intensity) {
+  const double oldMass = peaks_.Mass(i);
+  const double oldIntensity = peaks_.Intensity(i);
+  if (!(oldIntensity > intensity)) peaks_.Mass(i) = mass;  // 0.0 and -0.0 are equal
+  peaks_.Intensity(i) = oldIntensity + intensity;
+  if (!HaveSameBits(peaks_.Mass(i), oldMass) || !HaveSameBits(peaks_.Intensity(i), oldIntensity))
+    hasChanged_ = true;
+  // What was near it still is, and nothing else.
+  if (peaks_.IsUnsettled(i) || WouldMoveAlone(peaks_, i)) Touch(i);
+}
+
+void PeakSum::Touch(Index i) {
+  peaks_.SetUnsettled(i, false);
+  peaks_.MarksOf(i).isTouched = true;
+  touched_.push_back(i);
+}
+
+// Of the peaks that were touched and of their neighbours, in their order.
+void PeakSum::PlanVisits() {
+  Index last = PeakSequence::kNone;
+  const auto planUntouched = [&](Index i) {
+    if (i == PeakSequence::kNone || i == last || peaks_.MarksOf(i).isTouched) return;
+    Plan(i);
+    last = i;
+  };
+  for (const Index i : touched_) {
+    planUntouched(peaks_.Below(i));
+    Plan(i);
+    planUntouched(peaks_.Above(i));
+  }
+  std::sort(visits_.begin(), visits_.end(), kIsBefore);
+}
+
+void PeakSum::Plan(Index i) {
+  if (IsAbsorbed(peaks_, i)) {
+    absorbed_.push_back(i);
+  } else if (WouldChange(peaks_, i, half_)) {
+    // Places between two are for peaks of which a visit turns out to be needed.
+    const auto place = static_cast<std::int64_t>(visits_.size()) << 32;
+    visits_.push_back({peaks_.Intensity(i), place, i});
+    peaks_.MarksOf(i).isPlanned = true;
+  }
+}
+
+void PeakSum::MakeVisits() {
+  for (std::size_t next = 0; next < visits_.size() || !laterVisits_.empty();) {
+    const bool isLater =
+        next == visits_.size() || (!laterVisits_.empty() && kIsBefore(laterVisits_.front(), visits_[next]));
+    if (!isLater) {
+      Make(visits_[next++]);
+      continue;
+    }
+    const Visit visit = laterVisits_.front();
+    std::pop_heap(laterVisits_.begin(), laterVisits_.end(), kIsAfter);
+    laterVisits_.pop_back();
+    Make(visit);
+  }
+}
+
+void PeakSum::Make(const Visit& visit) {
+  const Index i = visit.peak;
+  visited_.push_back(i);
+  if (IsAbsorbed(peaks_, i)) return;
+  const double mass = peaks_.Mass(i);
+  const double intensity = peaks_.Intensity(i);
+  const auto [lowest, highest] = VisitPeak(peaks_, i, half_);
+  for (Index taken = lowest;; taken = peaks_.Above(taken)) {
+    if (taken != i) absorbed_.push_back(taken);
+    if (taken == highest) break;
+  }
+  if (IsAbsorbed(peaks_, i)) {
+    absorbed_.push_back(i);
     return;
   }
-  ++work_;
-  const double before = next_.masses[first];
-  PeakMerger(&next_.masses[first], &next_.intensities[first], 1).VisitAlone(0);
-  // Unsettled when it has changed, in case that it does so once more. Without a branch, which would often be
-  // mispredicted.
-  next_.unsettled[next_.unsettledCount] = static_cast<std::uint32_t>(first);
-  next_.unsettledCount += next_.masses[first] != before ? 1 : 0;
+  if (!HaveSameBits(peaks_.Intensity(i), intensity)) hasChanged_ = true;
+  if (HaveSameBits(peaks_.Mass(i), mass)) return;
+  hasChanged_ = true;
+  if (lowest == i) PlanNeighbour(visit, peaks_.Below(i), -1);
+  if (highest == i) PlanNeighbour(visit, peaks_.Above(i), 1);
 }
 
-void PeakSum::MergeSeveral(std::size_t first) {
-  double* const masses = next_.masses.data() + first;
-  double* const intensities = next_.intensities.data() + first;
-  const std::size_t count = next_.count - first;
-  work_ += count * static_cast<std::size_t>(1 + std::bit_width(count));
-  PeakMerger merger(masses, intensities, static_cast<int>(count));
-  merger.VisitGroup(0, half_, std::span(order_).first(count));
-  next_.count = first;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!merger.IsAbsorbed(static_cast<std::int32_t>(i))) next_.Append(masses[i], intensities[i]);
+// Of the peak beside the one that `visit` has moved. One that stands before it in the order of visits was
+// left out when nothing was near it.
+void PeakSum::PlanNeighbour(const Visit& visit, Index i, int step) {
+  if (i == PeakSequence::kNone || IsAbsorbed(peaks_, i) || peaks_.MarksOf(i).isPlanned) return;
+  const Visit later{peaks_.Intensity(i), visit.place + step, i};
+  if (!kIsBefore(visit, later) || !WouldChange(peaks_, i, half_)) return;
+  laterVisits_.push_back(later);
+  std::push_heap(laterVisits_.begin(), laterVisits_.end(), kIsAfter);
+  peaks_.MarksOf(i).isPlanned = true;
+}
+
+// Removes what was absorbed and looks for peaks that the next merge would change. Without a merge there is
+// one peak at most, and whatever is added will be beside it.
+void PeakSum::Settle(bool hasMerged) {
+  for (const Index i : touched_) {
+    PeakSequence::Marks& marks = peaks_.MarksOf(i);
+    marks.isTouched = false;
+    if (marks.isNew && (!hasMerged || !IsAbsorbed(peaks_, i))) hasChanged_ = true;
   }
-  next_.MarkUnsettled(first);
+  for (const Index i : absorbed_) {
+    if (!peaks_.MarksOf(i).isNew) hasChanged_ = true;
+    for (const Index beside : {peaks_.Below(i), peaks_.Above(i)}) {
+      if (IsThere(peaks_, beside)) besideAbsorbed_.push_back(beside);
+    }
+    peaks_.Remove(i);
+  }
+  for (const Index i : touched_) peaks_.MarksOf(i).isNew = false;
+  for (const Index i : besideAbsorbed_) Recheck(i);
+  for (const Index i : visited_) {
+    peaks_.MarksOf(i).isPlanned = false;
+    if (IsAbsorbed(peaks_, i)) continue;
+    Recheck(i);
+    Recheck(peaks_.Below(i));
+    Recheck(peaks_.Above(i));
+  }
 }
 
-// Whether the peaks from `first` on are those that were [oldFirst, oldLast) in the sum, to the bit.
-bool PeakSum::IsAsBefore(std::size_t first, std::size_t oldFirst, std::size_t oldLast) const {
-  const std::size_t count = next_.count - first;
-  if (count != oldLast - oldFirst) return false;
-  const std::size_t size = count * sizeof(double);
-  return size == 0 || (std::memcmp(&next_.masses[first], &sum_.masses[oldFirst], size) == 0 &&
-                       std::memcmp(&next_.intensities[first], &sum_.intensities[oldFirst], size) == 0);
+void PeakSum::Recheck(Index i) {
+  if (!IsThere(peaks_, i)) return;
+  peaks_.Update(i);
+  peaks_.SetUnsettled(i, WouldChange(peaks_, i, half_));
 }
 
 }  // namespace zrml

@@ -1,9 +1,11 @@
 #include "spectrum/peak_sum.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -22,15 +24,22 @@ struct List {
 // The mass 100 and so many units of 1/2048 more; half of a width of 0.01 is 10.24 units.
 double At(int units) { return 100 + units / 2048.0; }
 
-std::vector<std::uint64_t> Bits(PeakSum::Values values) {
+std::vector<std::uint64_t> Bits(const Doubles& values) {
   std::vector<std::uint64_t> bits;
   for (const double value : values) bits.push_back(std::bit_cast<std::uint64_t>(value));
   return bits;
 }
 
+List PeaksOf(const PeakSum& sum) {
+  List list{Doubles(sum.Count()), Doubles(sum.Count())};
+  sum.CopyTo(list.masses.data(), list.intensities.data());
+  return list;
+}
+
 void ExpectSum(const PeakSum& sum, const List& expected) {
-  EXPECT_EQ(Bits(sum.Masses()), Bits(expected.masses)) << testing::PrintToString(sum.Masses());
-  EXPECT_EQ(Bits(sum.Intensities()), Bits(expected.intensities)) << testing::PrintToString(sum.Intensities());
+  const List list = PeaksOf(sum);
+  EXPECT_EQ(Bits(list.masses), Bits(expected.masses)) << testing::PrintToString(list.masses);
+  EXPECT_EQ(Bits(list.intensities), Bits(expected.intensities)) << testing::PrintToString(list.intensities);
 }
 
 PeakSum SumOf(const std::vector<List>& lists) {
@@ -46,6 +55,9 @@ TEST(PeakSum, CasesByHand) {
     List expected;
   } cases[] = {
       {"the first list stays as it is", {{{At(0), At(8)}, {1, 3}}}, {{At(0), At(8)}, {1, 3}}},
+      // One peak alone stays, whatever its mass; of two without a mass above 0 none does.
+      {"a peak alone without a mass above 0", {{{-1}, {5}}, {{-1}, {5}}}, {{-1}, {10}}},
+      {"two without a mass above 0", {{{-1}, {5}}, {{-1}, {5}}, {{-1, -0.5}, {5, 5}}}, {{}, {}}},
       {"equal masses", {{{100, 200}, {1, 2}}, {{100, 150}, {3, 4}}}, {{100, 150, 200}, {4, 4, 2}}},
       {"near masses", {{{At(0), 200}, {1, 5}}, {{At(8)}, {3}}}, {{At(6), 200}, {4, 5}}},
       {"beyond the width", {{{At(0), 200}, {1, 5}}, {{At(11)}, {3}}}, {{At(0), At(11), 200}, {1, 3, 5}}},
@@ -60,8 +72,30 @@ TEST(PeakSum, CasesByHand) {
        {{At(7), 200, 300}, {12, 1, 1}}},
       // What goes into a peak without an intensity above 0 is lost.
       {"negative intensities", {{{At(0), 200}, {-1, 5}}, {{At(8)}, {-3}}}, {{At(0), 200}, {-1, 5}}},
+      // (3 * 0 - 2 * 8) / 1 = -16 and (3 * 8 - 2 * 0) / 1 = 24
+      {"a negative neighbour pushes a peak away",
+       {{{50, At(0), At(100)}, {1, 3, 5}}, {{At(8)}, {-2}}},
+       {{50, At(-16), At(100)}, {1, 1, 5}}},
+      // At 0 and 8 become one at 24, which is visited first; At 26 then takes it in: (24 + 26) / 2.
+      {"to where a weaker one takes it in",
+       {{{50, At(8), At(26)}, {1, 3, 1}}, {{At(0)}, {-2}}},
+       {{50, At(25)}, {1, 2}}},
+      // At 29 was visited before, when nothing was near it, so that it happens at the next addition.
+      {"to where a stronger one is",
+       {{{50, At(8), At(29)}, {1, 3, 4}}, {{At(0)}, {-2}}},
+       {{50, At(24), At(29)}, {1, 1, 4}}},
+      {"to where a stronger one takes it in later",
+       {{{50, At(8), At(29)}, {1, 3, 4}}, {{At(0)}, {-2}}, {{}, {}}},
+       {{50, At(28)}, {1, 5}}},
+      // 24 stands before 20 then, and 22 goes before it. 20, the strongest, takes in all that is not below
+      // its window: (22 + 24 + 4 * 20) / 6.
+      {"past its neighbour, where what is added goes before it",
+       {{{At(8), At(20)}, {3, 4}}, {{At(0)}, {-2}}, {{50, At(22)}, {1, 1}}},
+       {{50, At(21)}, {1, 6}}},
       {"a mass of 0 is dropped", {{{0, 200}, {1, 5}}, {{0}, {1}}}, {{200}, {5}}},
       {"but not when it is all there is", {{{0}, {1}}, {{0}, {2}}}, {{0}, {3}}},
+      {"and goes when it is not", {{{0}, {1}}, {{0}, {2}}, {{0, 100}, {1, 1}}}, {{100}, {1}}},
+      {"two of them are not one", {{{}, {}}, {{-2, -1}, {1, 1}}}, {{}, {}}},
       {"of 0 and -0 that of the stronger", {{{0}, {1}}, {{-0.0}, {2}}}, {{-0.0}, {3}}},
       {"of 0 and -0 that of the list", {{{0}, {2}}, {{-0.0}, {2}}}, {{-0.0}, {4}}},
       // 1e-200 times 1e-200 is 0.
@@ -100,141 +134,243 @@ TEST(PeakSum, TellsWhetherTheSumHasChanged) {
   EXPECT_FALSE(sum.Add(Doubles{300}, Doubles{0}));
 }
 
-// Eight for an addition, one for a peak alone, each peak of a group of two three times, and one for every 16
-// that are copied.
-TEST(PeakSum, CountsItsWork) {
-  Doubles masses;
-  for (int i = 0; i < 32; ++i) masses.push_back(100 + i);
-  PeakSum sum(0.01, masses, Doubles(32, 1));
-  EXPECT_EQ(sum.Work(), 0U);
-  sum.Add(Doubles{500}, Doubles{1});
-  EXPECT_EQ(sum.Work(), 8U + 33);
-  sum.Add(Doubles{500}, Doubles{1});
-  EXPECT_EQ(sum.Work(), 41U + 8 + 2 + 1);
-  sum.Add(Doubles{500.00390625}, Doubles{1});
-  EXPECT_EQ(sum.Work(), 52U + 8 + 2 + 6);
-  // From now on all 34 are one group.
-  sum.Add(Doubles{500}, Doubles{-1});
-  EXPECT_EQ(sum.Work(), 68U + 8 + 34 * (1 + 6));
-}
-
-// The work of adding `list` to `first`.
-std::size_t WorkOf(const List& first, const List& list) {
-  PeakSum sum(0.01, first.masses, first.intensities);
-  sum.Add(list.masses, list.intensities);
-  return sum.Work();
-}
-
-TEST(PeakSum, ListsThatAreNotOrdinaryAreOneGroup) {
-  const std::size_t apart = 8 + 3;
-  const std::size_t asOneGroup = 8 + 3 * (1 + 2);
-  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{500}, {1}}), apart);
-  EXPECT_EQ(WorkOf({{100, 300}, {1, 0}}, {{500}, {0}}), apart);
-  EXPECT_EQ(WorkOf({{100, 300}, {-1, 1}}, {{500}, {1}}), asOneGroup);
-  EXPECT_EQ(WorkOf({{300, 100}, {1, 1}}, {{500}, {1}}), asOneGroup);
-  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{500}, {1e201}}), asOneGroup);
-  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{500}, {1e-201}}), asOneGroup);
-  EXPECT_EQ(WorkOf({{1e-101, 300}, {1, 1}}, {{500}, {1}}), asOneGroup);
-}
-
-// The error, 2^-50 for each unit of mass and each of the five points and lists, is below 0.005 / 256 as long
-// as the mass is below 4.39 * 10^9, whichever list it is in.
-TEST(PeakSum, MassesSoHighThatRoundingMattersAreOneGroup) {
-  const std::size_t apart = 8 + 3;
-  const std::size_t asOneGroup = 8 + 3 * (1 + 2);
-  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{4.3e9}, {1}}), apart);
-  EXPECT_EQ(WorkOf({{100, 300}, {1, 1}}, {{4.5e9}, {1}}), asOneGroup);
-  EXPECT_EQ(WorkOf({{100, 4.3e9}, {1, 1}}, {{500}, {1}}), apart);
-  EXPECT_EQ(WorkOf({{100, 4.5e9}, {1, 1}}, {{500}, {1}}), asOneGroup);
-  // Another list, though without points, is a sixth.
-  PeakSum sum(0.01, Doubles{100, 4.3e9}, Doubles{1, 1});
-  sum.Add({}, {});
-  EXPECT_EQ(sum.Work(), 8U + 2);
-  sum.Add(Doubles{500}, Doubles{1});
-  EXPECT_EQ(sum.Work(), 10U + asOneGroup);
-}
-
 bool AreSame(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) ||
          (std::isnan(a) && std::isnan(b));
 }
 
-bool AreSame(PeakSum::Values values, const double* expected, std::size_t count) {
-  if (values.size() != count) return false;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!AreSame(values[i], expected[i])) return false;
-  }
-  return true;
+bool AreSame(const Doubles& a, const Doubles& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](double one, double other) { return AreSame(one, other); });
 }
+
+// What an addition is: all peaks of both in order, then all of them visited. Written without any of the code
+// that is tested.
+class PlainSum {
+ public:
+  PlainSum(double width, List first) : half_(std::min(width, 1.0) * 0.5), sum_(std::move(first)) {}
+
+  void Add(const List& list) {
+    sum_ = InOrder(list);
+    if (sum_.masses.size() < 2) return;
+    std::vector<std::size_t> order(sum_.masses.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      const double first = sum_.intensities[a];
+      const double second = sum_.intensities[b];
+      return first > second || (!std::isnan(first) && std::isnan(second));
+    });
+    for (const std::size_t i : order) {
+      if (sum_.masses[i] > 0) Visit(i);
+    }
+    List left;
+    for (std::size_t i = 0; i < sum_.masses.size(); ++i) {
+      if (sum_.masses[i] > 0) Append(left, sum_.masses[i], sum_.intensities[i]);
+    }
+    sum_ = left;
+  }
+
+  const List& Peaks() const { return sum_; }
+
+ private:
+  static void Append(List& list, double mass, double intensity) {
+    list.masses.push_back(mass);
+    list.intensities.push_back(intensity);
+  }
+
+  List InOrder(const List& list) const {
+    List both;
+    std::size_t s = 0;
+    std::size_t l = 0;
+    while (s < sum_.masses.size() || l < list.masses.size()) {
+      const bool isSumOver = s == sum_.masses.size();
+      const bool isListOver = l == list.masses.size();
+      if (!isSumOver && !isListOver && sum_.masses[s] == list.masses[l]) {
+        const bool isSumStronger = sum_.intensities[s] > list.intensities[l];
+        Append(both, isSumStronger ? sum_.masses[s] : list.masses[l],
+               sum_.intensities[s] + list.intensities[l]);
+        ++s;
+        ++l;
+      } else if (isSumOver || (!isListOver && sum_.masses[s] > list.masses[l])) {
+        Append(both, list.masses[l], list.intensities[l]);
+        ++l;
+      } else {
+        Append(both, sum_.masses[s], sum_.intensities[s]);
+        ++s;
+      }
+    }
+    return both;
+  }
+
+  void Visit(std::size_t i) {
+    Doubles& masses = sum_.masses;
+    const double low = masses[i] - half_;
+    const double high = masses[i] + half_;
+    double moment = sum_.intensities[i] * masses[i];
+    double intensity = sum_.intensities[i];
+    const auto take = [&](std::size_t j) {
+      moment += sum_.intensities[j] * masses[j];
+      intensity += sum_.intensities[j];
+      masses[j] = 0;
+    };
+    for (std::size_t j = i; j > 0 && masses[j - 1] > 0 && masses[j - 1] >= low; --j) take(j - 1);
+    for (std::size_t j = i + 1; j < masses.size() && masses[j] > 0 && masses[j] <= high; ++j) take(j);
+    if (!(intensity > 0)) return;
+    masses[i] = moment / intensity;
+    sum_.intensities[i] = intensity;
+  }
+
+  double half_;
+  List sum_;
+};
 
 CZRMassSpectrum ToSpectrum(const List& list) { return MakeCentroids(list.masses, list.intensities); }
 
-// What there is to add, more or less like scans: `apart` is the mean distance of the masses of a list.
+constexpr double kEndless = std::numeric_limits<double>::infinity();
+
+// How random lists are made.
+struct Style {
+  const char* name;
+  double from = 100;             // the mass that they start near
+  double apart = 0.05;           // the mean distance of masses
+  double step = 0.000625;        // of which distances are often a multiple: bounds of windows are met
+  int levels = 1000;             // whole numbers that intensities are, or are drawn from evenly
+  int negative = 0;              // of a hundred intensities
+  std::vector<double> odd = {};  // that now and then replace a mass or an intensity
+  double width = 0.01;
+};
+
 class RandomLists {
  public:
-  RandomLists(std::uint32_t seed, double apart) : random_(seed), apart_(apart) {}  // seeds above 0
+  RandomLists(std::uint32_t seed, const Style& style) : random_(seed), style_(style) {}  // seeds above 0
 
   List Next() {
     List list;
-    double mass = 100;
-    const int count = Below(60);
+    double mass = style_.from;
+    const int count = Below(5) == 0 ? Below(4) : Below(60);
     for (int i = 0; i < count; ++i) {
-      // Often a multiple of a sixteenth of the width, so that the bounds of windows are met.
-      mass += Below(2) == 0 ? Uniform() * 2 * apart_ : 0.000625 * (1 + Below(40));
+      mass += Below(2) == 0 ? UnitNumber(random_) * 2 * style_.apart : style_.step * Below(40);
+      if (!list.masses.empty() && Below(20) != 0)
+        mass = std::max(mass, std::nextafter(list.masses.back(), kEndless));
       list.masses.push_back(mass);
-      list.intensities.push_back(Below(5) == 0 ? Below(3) : Uniform() * 1000);
+      list.intensities.push_back(NextIntensity());
     }
+    if (!style_.odd.empty() && !list.masses.empty() && Below(4) == 0) Spoil(list);
     return list;
-  }
-
-  void Spoil(List& list) {
-    if (list.masses.empty()) return;
-    const double values[] = {
-        -1, 0, -0.0, 1e300, 1e-300, std::nan(""), std::numeric_limits<double>::infinity()};
-    Doubles& column = Below(2) == 0 ? list.masses : list.intensities;
-    column[static_cast<std::size_t>(Below(static_cast<int>(column.size())))] = values[Below(7)];
   }
 
   int Below(int count) { return random_.Below(count); }
 
  private:
-  double Uniform() { return UnitNumber(random_); }
+  double NextIntensity() {
+    const double intensity = Below(2) == 0 ? Below(style_.levels) : UnitNumber(random_) * style_.levels;
+    return Below(100) < style_.negative ? -intensity : intensity;
+  }
+
+  void Spoil(List& list) {
+    Doubles& column = Below(2) == 0 ? list.masses : list.intensities;
+    column[static_cast<std::size_t>(Below(static_cast<int>(column.size())))] =
+        style_.odd[static_cast<std::size_t>(Below(static_cast<int>(style_.odd.size())))];
+  }
 
   RandomNumbers random_;
-  double apart_;
+  Style style_;
 };
 
-void ExpectSameAsSpectra(std::uint32_t seed, double apart, bool isSpoilt) {
-  RandomLists random(seed, apart);
+void ExpectSameAsPlain(std::uint32_t seed, const Style& style) {
+  RandomLists random(seed, style);
   List list = random.Next();
-  if (isSpoilt && random.Below(8) == 0) random.Spoil(list);
-  PeakSum sum(0.01, list.masses, list.intensities);
-  CZRMassSpectrum expected = ToSpectrum(list);
-  for (int added = 0; added < 20; ++added) {
-    // Now and then the same list again.
+  PeakSum sum(style.width, list.masses, list.intensities);
+  PlainSum plain(style.width, list);
+  CZRMassSpectrum spectrum = ToSpectrum(list);
+  for (int added = 0; added < 16; ++added) {
+    // Now and then the same list again, or one without peaks.
     if (random.Below(4) != 0) list = random.Next();
-    if (isSpoilt && random.Below(8) == 0) random.Spoil(list);
-    const CZRMassSpectrum before = expected;
-    AddSpectrum(true, 0.01, ToSpectrum(list), expected);
+    if (random.Below(16) == 0) list = {};
+    const List before = plain.Peaks();
+    plain.Add(list);
     const bool hasChanged = sum.Add(list.masses, list.intensities);
-    const std::size_t count = expected.UsablePoints();
-    ASSERT_TRUE(AreSame(sum.Masses(), expected.GetMasses(), count)) << seed << ' ' << apart << ' ' << added;
-    ASSERT_TRUE(AreSame(sum.Intensities(), expected.GetIntensities(), count)) << seed << ' ' << apart;
-    const bool isAsBefore = AreSame(sum.Masses(), before.GetMasses(), before.UsablePoints()) &&
-                            AreSame(sum.Intensities(), before.GetIntensities(), before.UsablePoints());
-    ASSERT_TRUE(hasChanged || isAsBefore) << seed << ' ' << apart << ' ' << added;
+    const List peaks = PeaksOf(sum);
+    const List& expected = plain.Peaks();
+    ASSERT_TRUE(AreSame(peaks.masses, expected.masses)) << style.name << ' ' << seed << ' ' << added;
+    ASSERT_TRUE(AreSame(peaks.intensities, expected.intensities))
+        << style.name << ' ' << seed << ' ' << added;
+    const bool isAsBefore =
+        AreSame(expected.masses, before.masses) && AreSame(expected.intensities, before.intensities);
+    ASSERT_TRUE(hasChanged || isAsBefore) << style.name << ' ' << seed << ' ' << added;
+    AddSpectrum(true, style.width, ToSpectrum(list), spectrum);
+    ASSERT_TRUE(AreSame(Masses(spectrum), expected.masses)) << style.name << ' ' << seed << ' ' << added;
+    ASSERT_TRUE(AreSame(Intensities(spectrum), expected.intensities)) << style.name << ' ' << seed;
   }
 }
 
-TEST(PeakSum, GivesTheBitsOfSpectraAddedOneByOne) {
-  for (std::uint32_t seed = 1; seed <= 100; ++seed) {
-    for (const double apart : {0.0005, 0.004, 0.006, 0.05, 5.0}) ExpectSameAsSpectra(seed, apart, false);
+const double kNan = std::nan("");
+const std::vector<double> kOdd = {-1, 0, -0.0, 1e300, 1e-300, 5e-324, kNan, kEndless, -kEndless};
+
+const Style kStyles[] = {
+    {.name = "dense", .apart = 0.0005},
+    {.name = "near", .apart = 0.004},
+    {.name = "just apart", .apart = 0.006},
+    {.name = "loose"},
+    {.name = "far", .apart = 5},
+    {.name = "ties", .apart = 0.004, .levels = 3},
+    {.name = "few negative", .apart = 0.004, .negative = 3},
+    {.name = "negative", .apart = 0.004, .negative = 40},
+    {.name = "negative, just apart", .apart = 0.006, .levels = 5, .negative = 40},
+    {.name = "negative, loose", .negative = 40},
+    {.name = "nearly all negative", .apart = 0.004, .levels = 4, .negative = 90},
+    {.name = "negative, low masses", .from = 0.001, .apart = 0.004, .levels = 10, .negative = 40},
+    {.name = "negative, wide", .apart = 0.3, .levels = 10, .negative = 40, .width = 5},
+    {.name = "odd", .apart = 0.0005, .odd = kOdd},
+    {.name = "odd, just apart", .apart = 0.006, .levels = 4, .odd = kOdd},
+    {.name = "odd and negative", .apart = 0.004, .negative = 40, .odd = kOdd},
+    {.name = "odd, far", .apart = 5, .odd = kOdd},
+    {.name = "high", .from = 1e13, .apart = 0.004, .step = 0x1p-9, .levels = 1000},
+    {.name = "high and negative", .from = 1e13, .apart = 0.004, .step = 0x1p-9, .negative = 40},
+    // Half of the width is 2.5 units of the last place, so that one can be near the other but not it near
+    // that.
+    {.name = "one-sided", .from = 1e13, .apart = 0.006, .step = 0x1p-9, .width = 5 * 0x1p-9},
+    {.name = "one-sided and negative",
+     .from = 1e13,
+     .apart = 0.006,
+     .step = 0x1p-9,
+     .levels = 10,
+     .negative = 30,
+     .width = 5 * 0x1p-9},
+    {.name = "too high for the width", .from = 1e16, .apart = 4, .step = 2, .negative = 10},
+    {.name = "nearly endless", .from = 1e308, .apart = 1e305, .step = 1e303, .odd = kOdd},
+    {.name = "nearly nothing", .from = 1e-310, .apart = 1e-310, .step = 5e-324, .odd = kOdd, .width = 1e-310},
+    {.name = "around nothing", .from = -0.02, .apart = 0.02, .levels = 4, .negative = 20, .odd = kOdd},
+    {.name = "narrow", .apart = 1e-9, .step = 0x1p-46, .negative = 20, .width = 1e-12},
+};
+
+TEST(PeakSum, GivesTheBitsOfListsAddedInThePlainWay) {
+  for (const Style& style : kStyles) {
+    for (std::uint32_t seed = 1; seed <= 50; ++seed) ExpectSameAsPlain(seed, style);
   }
 }
 
-TEST(PeakSum, GivesThemAlsoOfListsThatAreNotOrdinary) {
-  for (std::uint32_t seed = 1; seed <= 100; ++seed) {
-    for (const double apart : {0.0005, 0.006, 5.0}) ExpectSameAsSpectra(seed, apart, true);
+// So long that there are blocks of blocks; every other list has few peaks.
+TEST(PeakSum, GivesThemAlsoOfLongLists) {
+  RandomNumbers random(1);
+  List first;
+  for (int i = 0; i < 12000; ++i) {
+    first.masses.push_back(100 + i / 64.0);
+    first.intensities.push_back(random.Below(9) - 1);
+  }
+  PeakSum sum(0.01, first.masses, first.intensities);
+  PlainSum plain(0.01, first);
+  for (int added = 0; added < 100; ++added) {
+    List list;
+    for (double mass = 100; mass < 280; mass += UnitNumber(random) * (added % 2 == 0 ? 0.5 : 50)) {
+      list.masses.push_back(mass);
+      list.intensities.push_back(random.Below(9) - 4);
+    }
+    plain.Add(list);
+    sum.Add(list.masses, list.intensities);
+    const List peaks = PeaksOf(sum);
+    ASSERT_TRUE(AreSame(peaks.masses, plain.Peaks().masses)) << added;
+    ASSERT_TRUE(AreSame(peaks.intensities, plain.Peaks().intensities)) << added;
   }
 }
 

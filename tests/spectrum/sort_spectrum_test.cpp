@@ -37,7 +37,7 @@ constexpr Merge kDrop = {false, false, true};
 constexpr Merge kDropSum = {true, false, true};
 constexpr Merge kDropMax = {false, true, true};
 
-TEST(SortSpectrum, SortsMergesAndDropsAsToldByOrderAndFlags) {
+TEST(SortSpectrum, SortsMergesAndDropsAsOrderAndFlagsSay) {
   const struct {
     const char* name;
     int order;
@@ -119,6 +119,55 @@ TEST(SortSpectrum, SortsMergesAndDropsAsToldByOrderAndFlags) {
     EXPECT_EQ(s.GetCount(), static_cast<int>(test.expectedMasses.size()));
     EXPECT_EQ(s.MassVector(), test.expectedMasses);
     EXPECT_EQ(s.IntensityVector(), test.expectedIntensities);
+  }
+}
+
+// Each combination of the flags, on points in order, the same points out of order, and points of which some
+// are equal or not positive, in order but for that.
+TEST(SortSpectrum, GivesTheSameOfPointsThatWereInOrder) {
+  struct Points {
+    Doubles masses;
+    Doubles intensities;
+  };
+  const Points distinct = {{1, 3, 5, 7}, {4, 9, 2, 6}};
+  const Points shuffled = {{5, 7, 1, 3}, {2, 6, 4, 9}};
+  const Points mixed = {{-1, 0, 5, 5, 7}, {8, 4, 2, 6, 3}};
+  const Points oneLeft = {{1}, {4}};  // deliberate, see above
+  const struct {
+    const char* name;
+    Merge merge;
+    Points fromDistinct;
+    Points fromMixed;
+  } cases[] = {
+      {"none", kSortOnly, distinct, mixed},
+      {"sum", kSum, distinct, {{-1, 0, 5, 7}, {8, 4, 8, 3}}},
+      {"max", kMax, distinct, {{-1, 0, 5, 7}, {8, 4, 6, 3}}},
+      {"sum and max", kSumAndMax, distinct, {{-1, 0, 5, 7}, {8, 4, 8, 3}}},
+      {"drop", kDrop, oneLeft, {{-1}, {8}}},
+      {"drop and sum", kDropSum, distinct, {{5, 7}, {8, 3}}},
+      {"drop and max", kDropMax, distinct, {{5, 7}, {6, 3}}},
+      {"all", {true, true, true}, distinct, {{5, 7}, {8, 3}}},
+  };
+  const auto expect = [](const Points& points, const Merge& merge, const Points& expected) {
+    CZRMassSpectrum s = MakeSpectrum(points.masses, points.intensities);
+    s.UpdateStatistics();
+    EXPECT_TRUE(SortSpectrum(kMassAscending, merge.sum, merge.max, merge.drop, s));
+    EXPECT_EQ(s.GetCount(), static_cast<int>(expected.masses.size()));
+    EXPECT_EQ(s.MassVector(), expected.masses);
+    EXPECT_EQ(s.IntensityVector(), expected.intensities);
+    EXPECT_TRUE(s.AreStatisticsStale());
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.name);
+    expect(distinct, test.merge, test.fromDistinct);
+    expect(shuffled, test.merge, test.fromDistinct);
+    expect(mixed, test.merge, test.fromMixed);
+    expect({{7, 5, 0, 5, -1}, {3, 2, 4, 6, 8}}, test.merge, test.fromMixed);
+    // Ascending, without equal ones.
+    expect({{-1, 0}, {8, 4}}, test.merge, test.merge.drop ? Points{{-1}, {8}} : Points{{-1, 0}, {8, 4}});
+    const bool merges = test.merge.sum || test.merge.max;
+    const Points positive = merges ? Points{{5, 7}, {2, 3}} : Points{{0}, {4}};
+    expect({{0, 5, 7}, {4, 2, 3}}, test.merge, test.merge.drop ? positive : Points{{0, 5, 7}, {4, 2, 3}});
   }
 }
 
