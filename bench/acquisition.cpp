@@ -9,8 +9,8 @@
 namespace zrml::bench {
 namespace {
 
-using point_unit_format::PointUnit;
-using point_unit_format::UnitOf;
+using masslynx::point_unit_format::PointUnit;
+using masslynx::point_unit_format::UnitOf;
 
 // Raw masses from 100 up, in the steps that each format can store.
 double MassOf(std::uint32_t i, std::uint32_t points) { return 100 + 1900.0 * i / points; }

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "bench/acquisition.h"
-#include "masslynx/ml_data_server.h"
 #include "plugin/provider_table.h"
+#include "plugin/raw_server.h"
 #include "tests/support/loaded_library.h"
 
 namespace {
@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
   const auto getInstance = plugin.Get<GetInstanceFunction>("GetInstance");
   if (getInstance == nullptr) return 3;
   const auto faced = CreateServer(getInstance, 0);
-  CMLDataServerImpl direct;
+  plugin::CMLDataServerImpl direct;
   const std::wstring path = bench::AcquisitionOf({9, 100000, true}).WidePath();
   CZRMassSpectrum spectrum;
   CZRMassSpectrum other;

@@ -9,7 +9,7 @@
 
 #include "bench/acquisition.h"
 #include "bench/files.h"
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 
 namespace zrml::bench {
 namespace {
@@ -39,7 +39,7 @@ const TempDirectory& ManyScans() {
 }
 
 void FirstScanCount(benchmark::State& state) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   for (auto _ : state) {
     state.PauseTiming();
     server.Close();
@@ -59,7 +59,7 @@ void ReadIndexAndStatistics(benchmark::State& state) {
 }
 
 void TotalIon(benchmark::State& state) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   server.Open(ManyScans().WidePath());
   CZRChromatogram chromatogram;
   if (!server.GetTotalIonChromatogram(true, 0, 0, chromatogram) || chromatogram.Intensities()[999] != 999)
@@ -83,7 +83,7 @@ void CopyTwoArrays(benchmark::State& state) {
 constexpr LayoutData kSmallScans = {9, 500, true, 20000};
 
 void MassRange(benchmark::State& state) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   server.Open(AcquisitionOf(kSmallScans).WidePath());
   CZRChromatogram chromatogram;
   if (!server.GetMassRangeChromatogram(500, 1000, true, 0, 0, chromatogram) ||
@@ -94,7 +94,7 @@ void MassRange(benchmark::State& state) {
 }
 
 void EachSpectrum(benchmark::State& state) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   server.Open(AcquisitionOf(kSmallScans).WidePath());
   CZRMassSpectrum spectrum;
   for (auto _ : state) {
@@ -125,7 +125,7 @@ const TempDirectory& ManyFunctions() {
 }
 
 void OpenDirectory(benchmark::State& state) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   for (auto _ : state) {
     if (!server.Open(ManyFunctions().WidePath()) || server.GetFunctionCount(0) != kFunctions)
       state.SkipWithError("the directory does not open");

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "bench/acquisition.h"
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ int main() {
   using namespace zrml;
   const bench::LayoutData layout = {9, 1'000'000, true};
   const TempDirectory& directory = bench::AcquisitionOf(layout);
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   CZRMassSpectrum spectrum;
   if (!server.Open(directory.WidePath()) || server.GetScanCount(0, 0) != 1) return 1;
   const std::size_t before = inUse;

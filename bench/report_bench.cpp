@@ -6,7 +6,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/report_server.h"
 #include "tests/support/report_writer.h"
 #include "tests/support/temp_directory.h"
 

@@ -8,8 +8,8 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/acquisition.h"
-#include "masslynx/ml_data_server.h"
 #include "masslynx/scandata/calibration.h"
+#include "plugin/raw_server.h"
 
 namespace zrml::bench {
 namespace {
@@ -27,7 +27,7 @@ const char* Wrong(const CZRMassSpectrum& spectrum, const LayoutData& layout) {
 }
 
 void Ours(benchmark::State& state, LayoutData layout) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   CZRMassSpectrum spectrum;
   if (!server.Open(AcquisitionOf(layout).WidePath()) || !server.GetSpectrum(0, 0, 0, spectrum))
     return state.SkipWithError("the scan is not read");

@@ -11,6 +11,8 @@
 namespace zrml::fuzz {
 namespace {
 
+using namespace masslynx;
+
 constexpr std::size_t kLongestLine = 9999;
 constexpr std::size_t kLongestDate = 79;
 constexpr std::size_t kMostCoefficients = 7;
@@ -52,6 +54,7 @@ void CheckCalibration(const std::vector<std::string_view>& lines) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zrml;
+  using namespace zrml::masslynx;
   const Bytes bytes = fuzz::Input(data, size).TakeRest();
   const std::vector<std::byte> text(bytes.begin(), bytes.end());
   fuzz::SetFiles({{L"_HEADER.TXT", text}, {L"_EXTERN.INF", text}});
@@ -65,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::CheckMetadata(lines);
   fuzz::CheckCalibration(lines);
   std::vector<FunctionRecord> functions(12);
-  ApplyLabels(fuzz::kFolder, functions);
+  ApplyLabels(platform::ToSystemPath(fuzz::kFolder), functions);
   fuzz::Check(functions.size() == 12, "labels make no function");
   return 0;
 }

@@ -8,7 +8,7 @@
 #include "fuzz/simulated_files.h"
 #include "masslynx/scandata/compressed_data_cluster.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 class HostileCluster : public MobilityCluster {
@@ -75,4 +75,4 @@ std::unique_ptr<MobilityCluster> OpenCompressedDataCluster(const std::string&, i
   return std::make_unique<HostileCluster>(function);
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

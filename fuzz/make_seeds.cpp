@@ -80,7 +80,7 @@ Seeds RawDirectories() {
     function.statistics = StatisticsLayout();
     for (ScanFiles& scan : function.scans) scan.statistics.temperatureValid = 1;
   }
-  raw.functions[1].indexRecordSize = scan_index_format::kLongRecordSize;
+  raw.functions[1].indexRecordSize = masslynx::scan_index_format::kLongRecordSize;
   raw.processed[1] = NoisyFunction(8);
   raw.processed[2] = NoisyFunction(8);
   raw.history = {{.processNumber = 1, .processCode = 3},

@@ -37,7 +37,7 @@ Files UnpackDirectory(Input input) {
 }
 
 void CutPointCounts(Files& files) {
-  namespace format = scan_index_format;
+  namespace format = masslynx::scan_index_format;
   constexpr std::byte kKeptOfSecondByte{0x0F};
   constexpr std::byte kKeptOfThirdByte{0xC0};  // the segment's bits
   for (auto& [name, bytes] : files) {

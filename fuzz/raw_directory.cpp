@@ -4,7 +4,7 @@
 #include "fuzz/check.h"
 #include "fuzz/every_slot.h"
 #include "fuzz/packed_directory.h"
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zrml;
@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::CutPointCounts(files);
   fuzz::SetFiles(std::move(files));
   {
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     fuzz::LiveWith(server, fuzz::kFolder, L"_FUNC002.DAT");
     fuzz::Check(fuzz::OpenFileCount() == 0, "a closed server holds no file");
     server.Open(fuzz::kFolder);

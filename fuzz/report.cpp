@@ -3,7 +3,7 @@
 #include "fuzz/every_slot.h"
 #include "fuzz/input.h"
 #include "fuzz/simulated_files.h"
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/report_server.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zrml;

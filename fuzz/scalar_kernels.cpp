@@ -10,6 +10,8 @@ namespace zrml {
 namespace fuzz {
 namespace {
 
+using namespace masslynx;
+
 template <PackedPoint (*kUnpack)(const std::byte*), std::size_t kSize>
 void Unpack(const std::byte* points, std::size_t count, float* rawMasses, double* intensities) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -99,8 +101,8 @@ constinit const PointKernels kScalarKernels = {
 };
 
 std::vector<const PointKernels*> FastKernels() {
-  std::vector<const PointKernels*> kernels = {&kPortableKernels};
-  if (__builtin_cpu_supports("avx2")) kernels.push_back(&kAvx2Kernels);
+  std::vector<const PointKernels*> kernels = {&masslynx::kPortableKernels};
+  if (__builtin_cpu_supports("avx2")) kernels.push_back(&masslynx::kAvx2Kernels);
   return kernels;
 }
 
@@ -108,6 +110,6 @@ void ChooseKernels(const PointKernels& kernels) { chosen = &kernels; }
 
 }  // namespace fuzz
 
-const PointKernels& ChosenKernels() { return *fuzz::chosen; }
+const masslynx::PointKernels& masslynx::ChosenKernels() { return *fuzz::chosen; }
 
 }  // namespace zrml

@@ -8,6 +8,8 @@
 
 namespace zrml::fuzz {
 
+using masslynx::PointKernels;
+
 extern const PointKernels kScalarKernels;
 
 /// The library's own that this processor runs.

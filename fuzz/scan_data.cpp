@@ -9,12 +9,13 @@
 #include "fuzz/input.h"
 #include "fuzz/scalar_kernels.h"
 #include "fuzz/simulated_files.h"
-#include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/calibration.h"
-#include "masslynx/scandata/scan_decoder.h"
+#include "plugin/raw_spectra.h"
 
 namespace zrml::fuzz {
 namespace {
+
+using namespace masslynx;
 
 constexpr int kLayouts = 16;  // one more than there are
 constexpr std::size_t kChannels = 32;
@@ -66,7 +67,7 @@ struct Decoded {
 };
 
 void Decode(const platform::File& file, const FunctionRecord& function, Decoded& result) {
-  result.accepted = DecodeScan(file, function, 0, result.spectrum, result.unsorted);
+  result.accepted = plugin::DecodeScan(file, function, 0, result.spectrum, result.unsorted);
 }
 
 void CheckDecoded(const FunctionRecord& function, const Decoded& decoded) {
@@ -153,6 +154,7 @@ void CheckScan(const platform::File& file, const FunctionRecord& function) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace zrml;
+  using masslynx::FunctionRecord;
   fuzz::Input input(data, size);
   const FunctionRecord function = fuzz::TakeFunction(input);
   const Bytes bytes = input.TakeRest();
@@ -160,7 +162,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const platform::File file = platform::File::Open(std::wstring(fuzz::kFolder) + L"/scan");
   fuzz::CheckScan(file, function);
   CZRAbsorbanceSpectrum absorbance;
-  DecodeAbsorbanceScan(file, function, 0, absorbance);
+  plugin::DecodeAbsorbanceScan(file, function, 0, absorbance);
   fuzz::Check(absorbance.Wavelengths().size() == absorbance.Absorbances().size(), "absorbance has pairs");
   return 0;
 }

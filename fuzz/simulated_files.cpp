@@ -45,10 +45,12 @@ namespace zrml::platform {
 
 using namespace zrml::fuzz;
 
-File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kClosed)) {}
+File::File(File&& other) noexcept
+    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(std::exchange(other.isRefused_, false)) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
+  std::swap(isRefused_, other.isRefused_);
   other.Close();
   return *this;
 }
@@ -98,7 +100,20 @@ bool IsDirectory(const std::wstring& path) {
 
 bool IsFile(const std::wstring& path) { return Find(path) != nullptr; }
 
-std::optional<std::vector<SystemPath>> ListNames(const std::wstring& directory, std::size_t most) {
+#ifndef _WIN32
+bool IsDirectory(const SystemPath& path) { return IsDirectory(FromNativePath(path)); }
+bool IsFile(const SystemPath& path) { return IsFile(FromNativePath(path)); }
+#endif
+
+SystemPath NameInFolder(const SystemPath& path) {
+  constexpr SystemPath::value_type kSeparators[] = {'/', '\\', 0};
+  return path.substr(path.find_last_of(kSeparators) + 1);
+}
+
+// A simulated file is open or not there.
+std::string WhyClosed(const SystemPath&) { return {}; }
+
+std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most) {
   if (!IsDirectory(directory) || folder.size() > most) return std::nullopt;
   std::vector<SystemPath> names;
   for (const auto& [name, contents] : folder) names.push_back(ToSystemPath(name));

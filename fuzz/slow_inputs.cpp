@@ -4,13 +4,14 @@
 #include <cstdio>
 #include <ctime>
 #include <functional>
+#include <set>
 #include <string>
 
 #include "common/text.h"
 #include "fuzz/every_slot.h"
 #include "fuzz/simulated_files.h"
-#include "masslynx/ml_data_server.h"
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/raw_server.h"
+#include "plugin/report_server.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace {
@@ -43,7 +44,7 @@ RawDirectoryBuilder OneFunction(unsigned format, std::uint32_t points) {
   return raw;
 }
 
-// As many points as an index can tell, over a megabyte of noise.
+// As many points as an index can declare, over a megabyte of noise.
 Contents ManyPoints(unsigned format) {
   Contents files = OneFunction(format, kMostPoints).Files();
   files["_FUNC001.DAT"] = Noise(kMegabyte);
@@ -81,7 +82,7 @@ Contents ManyTraces() {
 // Each step derived from the one before it, and all with data.
 Contents LongHistory() {
   RawDirectoryBuilder raw = OneFunction(9, 1);
-  const std::size_t steps = kMegabyte / history_format::kEntrySize;
+  const std::size_t steps = kMegabyte / masslynx::history_format::kEntrySize;
   for (std::uint16_t number = 1; number <= steps; ++number)
     raw.history.push_back({.processNumber = number, .derivedFrom = static_cast<std::uint16_t>(number - 1)});
   Contents files = raw.Files();
@@ -102,8 +103,8 @@ Contents ManySubScans(std::uint32_t lowest, std::uint32_t declared) {
   return files;
 }
 
-// The same with second masses all over the range, so that the sum grows: as far as sub-scans are summed, and
-// behind a first one that is long.
+// The same with second masses all over the range, so that the sum grows, behind a first one of so many
+// points.
 Contents GrowingSubScans(std::size_t first, bool allPositive = true) {
   Contents files = OneFunction(12, kMegabyte / 8).Files();
   std::vector<StoredPoint12> points(
@@ -141,6 +142,30 @@ Contents DifferentSubScans(std::uint32_t apart, bool allPositive) {
   return files;
 }
 
+// Sub-scans of so many points at random masses from 2048 to 4096, which differ in single precision too; a
+// third of the intensities is below zero.
+Contents RandomSubScans(std::uint32_t pointsOfEach) {
+  constexpr std::uint32_t kPoints = kMegabyte / 8;
+  std::uint32_t random = 1;
+  const auto next = [&] { return (random = random * 1664525 + 1013904223) >> 6; };
+  Contents files = OneFunction(12, kPoints).Files();
+  std::vector<StoredPoint12> points(
+      kPoints,
+      {.massExponent = 12, .massMantissa = 1u << 26, .intensity = {.magnitude = 1000, .exponent = 20}});
+  for (std::uint32_t begin = 0; begin < kPoints; begin += pointsOfEach) {
+    std::set<std::uint32_t> masses;
+    while (masses.size() + 1 < pointsOfEach) masses.insert((1u << 26) + 8 * (1 + next() % ((1u << 23) - 1)));
+    std::uint32_t i = begin;
+    for (const std::uint32_t mass : masses) {
+      points[++i].massMantissa = mass;
+      points[i].intensity.magnitude = 1000 + next() % 1000;
+      points[i].intensity.negative = next() % 3 == 0;
+    }
+  }
+  files["_FUNC001.DAT"] = EncodePoints(points);
+  return files;
+}
+
 template <class Server>
 double Seconds(Contents contents, const std::wstring& source) {
   fuzz::Files files;
@@ -161,7 +186,7 @@ void Print(const std::string& what, double seconds) {
 }
 
 void Show(const std::string& what, Contents contents) {
-  Print(what, Seconds<CMLDataServerImpl>(std::move(contents), fuzz::kFolder));
+  Print(what, Seconds<plugin::CMLDataServerImpl>(std::move(contents), fuzz::kFolder));
 }
 
 // A report that begins with `begin` and then repeats lines up to a megabyte, with `end` behind them.
@@ -180,7 +205,7 @@ std::string Times(int count, std::string_view thing) {
   return text;
 }
 
-// Nothing is ever closed, unless told otherwise.
+// Nothing is ever closed, but where the name says so.
 void ShowReports() {
   const std::string sample = "[SAMPLE]\n{\n";
   const std::string function = "[FUNCTION]\n{\n";
@@ -241,6 +266,8 @@ int main() {
     Show("512 sub-scans of different masses" + sign, DifferentSubScans(512, allPositive));
     Show("the same, closer" + sign, DifferentSubScans(180, allPositive));
   }
+  for (const std::uint32_t points : {4U, 16U, 256U, 4096U})
+    Show("random sub-scans of " + std::to_string(points) + " points", RandomSubScans(points));
   Show("long history", LongHistory());
   ShowReports();
 }

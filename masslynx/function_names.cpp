@@ -6,7 +6,7 @@
 
 #include "masslynx/function_types.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 // "(Combined, Smoothed)", or nothing when no step has a text.
@@ -20,7 +20,9 @@ std::wstring ProcessDescription(const FunctionRecord& function) {
   return description;
 }
 
-std::wstring Name(const FunctionRecord& function) {
+}  // namespace
+
+std::wstring NameOf(const FunctionRecord& function) {
   std::wstring name(FunctionTypeText(function.typeCode));
   name += IonModeText(function.ionMode);
   for (const std::wstring& part : {ProcessDescription(function), function.label}) {
@@ -29,17 +31,15 @@ std::wstring Name(const FunctionRecord& function) {
   return name;
 }
 
-}  // namespace
-
 void MarkSharedNames(std::vector<FunctionRecord>& functions) {
   std::unordered_multimap<std::size_t, FunctionRecord*> byHash;  // the first of each name
   for (FunctionRecord& function : functions) {
     function.sharesName = false;
-    const std::wstring name = Name(function);
+    const std::wstring name = NameOf(function);
     const std::size_t hash = std::hash<std::wstring>()(name);
     const auto [begin, end] = byHash.equal_range(hash);
     const auto same =
-        std::find_if(begin, end, [&](const auto& entry) { return Name(*entry.second) == name; });
+        std::find_if(begin, end, [&](const auto& entry) { return NameOf(*entry.second) == name; });
     if (same == end) {
       byHash.emplace(hash, &function);
     } else {
@@ -50,8 +50,8 @@ void MarkSharedNames(std::vector<FunctionRecord>& functions) {
 
 std::wstring FunctionName(const std::vector<FunctionRecord>& functions, std::size_t position) {
   const FunctionRecord& function = functions[position];
-  const std::wstring name = Name(function);
+  const std::wstring name = NameOf(function);
   return function.sharesName ? name + L' ' + std::to_wstring(position + 1) : name;
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -7,14 +7,17 @@
 
 #include "masslynx/function_record.h"
 
-namespace zrml {
+namespace zrml::masslynx {
+
+/// Type, ionisation mode, processing steps, label.
+std::wstring NameOf(const FunctionRecord& function);
 
 /// Finds out which functions share their name with another one.
 void MarkSharedNames(std::vector<FunctionRecord>& functions);
 
-/// Type, ionisation mode, processing steps, label; where the name is shared, then the function's place in the
-/// list, counted from 1. Names are made when they are asked for: those of long chains of processing steps
-/// would take many times the size of the file that tells the steps.
+/// The name and, where it is shared, the function's place in the list, counted from 1. Names are made when
+/// they are asked for: those of long chains of processing steps would take many times the size of the file
+/// that tells the steps.
 std::wstring FunctionName(const std::vector<FunctionRecord>& functions, std::size_t position);
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -1,19 +1,17 @@
 // The description of one acquisition function, as the function table, the header and the side files give it.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "common/host_types.h"
 #include "common/platform/platform.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 /// One scan of a function.
 struct ScanIndexEntry {
-  std::uint32_t dataOffset = 0;  ///< in the data file
+  std::uint32_t dataOffset = 0;  ///< in the data file, its low 32 bits
   std::uint32_t pointCount = 0;  ///< stored points, 22 bits
   std::uint32_t segment = 0;     ///< calibration segment 1 to 31, 0 none
   float totalIntensity = 0;
@@ -24,10 +22,12 @@ struct ScanIndexEntry {
   float temperatureCoefficient = 0;  ///< parts per million per degree
   float precursorMass = 0;           ///< counts when bit 0 of precursorFlags is set
   std::uint16_t precursorFlags = 0;
-  std::uint16_t item80Word = 0;
+  std::uint16_t dataOffsetHigh = 0;  ///< of an offset that the index leaves out; see LeftOutOffsets
   bool temperatureValid = false;
   bool centroided = false;
   bool preCalibrated = false;  ///< masses are stored calibrated
+
+  std::uint64_t DataOffset() const { return std::uint64_t{dataOffsetHigh} << 32 | dataOffset; }
 };
 
 /// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root` it works on the square root of the
@@ -40,19 +40,18 @@ struct CalibrationPolynomial {
 struct FunctionRecord {
   static constexpr int kNoFunction = -1;
 
-  std::uint16_t number = 0;  ///< from 1; the process number of a processed function
-  bool processed = false;    ///< from the history
+  std::uint16_t number = 0;     ///< from 1; the process number of a processed function
+  bool processed = false;       ///< from the history
+  std::uint16_t rawNumber = 0;  ///< of a processed function: the raw one that it goes back to
+  int repeat = 1;               ///< among processed functions with one process number
+  bool hasDataFile = false;     ///< which opens
   int typeCode = kNoFunction;
   int ionMode = 0;
   int dataFormat = 0;  ///< scan data layout
   float scanTime = 0;  ///< seconds
-  std::array<float, 3> keptTimes{};
   std::uint16_t defaultScanValue = 0;
-  std::uint16_t keptScanValue = 0;
-  float setMass = 0;  ///< precursor m/z of MS/MS functions
-  float keptSetValue = 0;
-  std::vector<std::uint32_t> channels;  ///< 32 each, or none (type 17)
-  std::vector<float> startMasses;
+  float setMass = 0;               ///< precursor m/z of MS/MS functions
+  std::vector<float> startMasses;  ///< of the 32 channels, or none (type 17)
   std::vector<float> endMasses;
 
   CalibrationPolynomial dynamicCal;
@@ -77,4 +76,4 @@ struct FunctionRecord {
   double highMass = 0;
 };
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -5,12 +5,11 @@
 #include <optional>
 
 #include "common/bytes.h"
-#include "common/number.h"
+#include "masslynx/directory_files.h"
 #include "masslynx/function_table_format.h"
 #include "masslynx/function_types.h"
-#include "masslynx/raw_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 namespace format = function_table_format;
@@ -32,10 +31,6 @@ std::vector<float> ReadFloats(Bytes record, std::size_t offset) {
 // The lists of every type but 17, and the mass range that they span.
 void ReadChannels(Bytes record, FunctionRecord& function) {
   function.setMass = ByteCursor(record, format::kSetMass).F32();
-  function.keptSetValue = ByteCursor(record, format::kKeptSetValue).F32();
-  function.channels.resize(format::kChannels);
-  ByteCursor cursor(record, format::kChannelList);
-  for (std::uint32_t& channel : function.channels) channel = cursor.U32();
   function.startMasses = ReadFloats(record, format::kStartMasses);
   function.endMasses = ReadFloats(record, format::kEndMasses);
 
@@ -64,11 +59,7 @@ FunctionRecord ReadRecord(Bytes record, std::uint16_t number) {
   function.ionMode = TakeBits(word, format::kModeBits);
   function.dataFormat = TakeBits(word, format::kFormatBits);
   function.scanTime = ByteCursor(record, format::kScanTime).F32();
-  ByteCursor times(record, format::kKeptTimes);
-  for (float& time : function.keptTimes) time = times.F32();
-  ByteCursor values(record, format::kDefaultScanValue);
-  function.defaultScanValue = values.U8();
-  function.keptScanValue = values.U8();
+  function.defaultScanValue = ByteCursor(record, format::kDefaultScanValue).U8();
   if (function.typeCode == kMtofType) {
     ReadMtofRange(record, function);
   } else {
@@ -77,64 +68,47 @@ FunctionRecord ReadRecord(Bytes record, std::uint16_t number) {
   return function;
 }
 
+constexpr std::size_t kMostFunctions = std::numeric_limits<std::uint16_t>::max();
+
+// The records that are to be read, of a file of `size` bytes; no value when the file gives nothing.
+std::optional<std::size_t> RecordsIn(std::uint64_t size, CutTable cutTable, Findings* findings) {
+  const std::uint64_t count = size / format::kRecordSize;
+  const auto notice = [&](const char* problem) {
+    if (findings == nullptr) return;
+    findings->Add({.code = FindingCode::kFunctionTableCut,
+                   .file = platform::ToNativePath(kFunctionTableName),
+                   .problem = problem});
+  };
+  if (size % format::kRecordSize != 0) notice("does not end with a whole record");
+  if (count > kMostFunctions) notice("has more functions than can be numbered");
+  const bool isWhole = size % format::kRecordSize == 0 && count <= kMostFunctions;
+  if (!isWhole && cutTable == CutTable::kNothing) return std::nullopt;
+  return static_cast<std::size_t>(std::min<std::uint64_t>(count, kMostFunctions));
+}
+
 }  // namespace
 
-bool ReadFunctionTable(const std::wstring& directory, const std::vector<CalibrationLine>& calibration,
-                       FunctionTable& table) {
-  const platform::File file = OpenInDirectory(directory, L"_functns.inf");
+bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<CalibrationLine>& calibration,
+                       CutTable cutTable, std::vector<FunctionRecord>& functions, Findings* findings) {
+  const platform::File file = OpenInDirectory(folder, kFunctionTableName);
   if (!file.IsOpen()) return false;
-  const std::uint64_t size = file.Size();
-  if (size % format::kRecordSize != 0) return false;
-  if (size / format::kRecordSize > std::numeric_limits<std::uint16_t>::max()) return false;
-  std::vector<std::byte> bytes(static_cast<std::size_t>(size));
+  const std::optional<std::size_t> count = RecordsIn(file.Size(), cutTable, findings);
+  if (!count) return false;
+  std::vector<std::byte> bytes(*count * format::kRecordSize);
   if (file.ReadAt(0, bytes) != bytes.size()) return false;
 
-  const std::size_t count = bytes.size() / format::kRecordSize;
-  table.functions = std::vector<FunctionRecord>(count);
-  table.unlisted.assign(count, false);
-  const FileFinder files(directory, 2 * count);
-  for (std::size_t i = 0; i < count; ++i) {
+  functions.clear();
+  functions.reserve(*count);
+  const FileFinder files(folder, 2 * *count);
+  for (std::size_t i = 0; i < *count; ++i) {
     const auto number = static_cast<std::uint16_t>(i + 1);
-    FunctionRecord function =
-        ReadRecord(Bytes(bytes).subspan(i * format::kRecordSize, format::kRecordSize), number);
+    FunctionRecord& function = functions.emplace_back(
+        ReadRecord(Bytes(bytes).subspan(i * format::kRecordSize, format::kRecordSize), number));
     ParseCalibration(calibration, function);
     function.hasMobilityData = files.Opens(FunctionFileName(number, L"CDT"));
-    table.unlisted[i] = !files.Opens(FunctionFileName(number, L"DAT"));
-    if (function.typeCode == kDadType) {
-      table.absorbance = std::move(function);
-      table.unlisted[i] = true;
-    } else {
-      table.functions[i] = std::move(function);
-    }
+    function.hasDataFile = files.Opens(FunctionFileName(number, L"DAT"));
   }
   return true;
 }
 
-void RemoveUnlisted(FunctionTable& table) {
-  std::vector<FunctionRecord> listed;
-  for (std::size_t i = 0; i < table.functions.size(); ++i) {
-    const bool removed = i < table.unlisted.size() && table.unlisted[i];
-    if (!removed) listed.push_back(std::move(table.functions[i]));
-  }
-  table.functions = std::move(listed);
-  table.unlisted.clear();
-}
-
-bool SelectFunction(const std::wstring& fileName, std::vector<FunctionRecord>& functions) {
-  constexpr std::size_t kStemLength = 5;
-  constexpr std::size_t kDigits = 3;
-  if (fileName.size() < kStemLength) return false;
-  const bool processed = fileName.starts_with(L"_proc");
-  std::wstring_view digits = std::wstring_view(fileName).substr(kStemLength, kDigits);
-  const std::optional<int> number = TakeInt(digits);
-  const auto match = std::find_if(functions.begin(), functions.end(), [&](const FunctionRecord& function) {
-    return function.processed == processed && function.number == number;
-  });
-  if (match == functions.end()) return false;
-  std::vector<FunctionRecord> selected;
-  selected.push_back(std::move(*match));
-  functions = std::move(selected);
-  return true;
-}
-
-}  // namespace zrml
+}  // namespace zrml::masslynx

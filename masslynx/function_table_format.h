@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace zrml::function_table_format {
+namespace zrml::masslynx::function_table_format {
 
 inline constexpr std::size_t kRecordSize = 416;
 inline constexpr std::size_t kChannels = 32;
@@ -12,9 +12,9 @@ inline constexpr std::size_t kChannels = 32;
 // Offsets in a record.
 inline constexpr std::size_t kPackedWord = 0;         // u16: type, ionisation mode, data format
 inline constexpr std::size_t kScanTime = 2;           // f32: seconds
-inline constexpr std::size_t kKeptTimes = 6;          // 3 x f32
+inline constexpr std::size_t kKeptTimes = 6;          // 3 x f32, not used
 inline constexpr std::size_t kDiscarded = 18;         // u32
-inline constexpr std::size_t kDefaultScanValue = 22;  // u8, and one more byte that is kept
+inline constexpr std::size_t kDefaultScanValue = 22;  // u8, and one more byte
 inline constexpr std::size_t kSetMass = 24;           // f32: precursor m/z of MS/MS functions
 inline constexpr std::size_t kKeptSetValue = 28;      // f32
 inline constexpr std::size_t kChannelList = 32;       // 32 x u32
@@ -32,4 +32,4 @@ inline constexpr unsigned kFormatBits = 4;  // from bit 10
 
 static_assert(kEndMasses + kChannels * 4 == kRecordSize);
 
-}  // namespace zrml::function_table_format
+}  // namespace zrml::masslynx::function_table_format

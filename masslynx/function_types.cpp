@@ -2,53 +2,59 @@
 
 #include <array>
 
-#include "plugin/data_server.h"
-
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 enum class Lines { kMs1, kMs2 };  // which calibration lines of the header apply
 
 struct TypeRow {
   std::wstring_view text;
-  int kind = kMsFunction;
-  int scanType = kNoMsMsScan;
+  FunctionKind kind = FunctionKind::kMs;
+  ScanType scanType = ScanType::kNone;
   Lines lines = Lines::kMs1;
+  Monitoring monitoring = Monitoring::kNone;
 };
+
+constexpr auto kMs = FunctionKind::kMs;
+constexpr auto kMsMs = FunctionKind::kMsMs;
+
+constexpr TypeRow Monitors(std::wstring_view text, Monitoring monitoring) {
+  return {text, kMs, ScanType::kNone, Lines::kMs1, monitoring};
+}
 
 constexpr std::array<TypeRow, 32> kTypes = {{
     {L"MS "},
-    {L"SIR "},
+    Monitors(L"SIR ", Monitoring::kIons),
     {L"DLY "},
     {L"CAT "},
     {L"OFF "},
-    {L"PAR ", kMsFunction, kPrecursorIonScan},
-    {L"DAU ", kMsMsFunction, kProductIonScan, Lines::kMs2},
-    {L"NL ", kMsFunction, kNeutralLossScan, Lines::kMs2},
-    {L"NG ", kMsFunction, kNeutralGainScan, Lines::kMs2},
-    {L"MRM ", kMsFunction, kNoMsMsScan, Lines::kMs2},
+    {L"PAR ", kMs, ScanType::kPrecursor},
+    {L"DAU ", kMsMs, ScanType::kProduct, Lines::kMs2},
+    {L"NL ", kMs, ScanType::kNeutralLoss, Lines::kMs2},
+    {L"NG ", kMs, ScanType::kNeutralGain, Lines::kMs2},
+    {L"MRM ", kMs, ScanType::kNone, Lines::kMs2, Monitoring::kReactions},
     {L"Q1F "},
-    {L"MS2 ", kMsMsFunction, kProductIonScan, Lines::kMs2},
-    {L"DAD ", kAbsorbanceFunction},
+    {L"MS2 ", kMsMs, ScanType::kProduct, Lines::kMs2},
+    {L"DAD ", FunctionKind::kAbsorbance},
     {L"TOF "},
     {L"PSD "},
     {L"TOF Survey "},
-    {L"TOF MS/MS ", kMsMsFunction, kProductIonScan, Lines::kMs2},
+    {L"TOF MS/MS ", kMsMs, ScanType::kProduct, Lines::kMs2},
     {L"MTOF "},
     {L"TOF MS "},
     {L"TOF Parent "},
     {L"ASPEC VSCAN "},
     {L"ASPEC Magnet "},
-    {L"ASPEC VSIR "},
-    {L"ASPEC Magnet SIR "},
+    Monitors(L"ASPEC VSIR ", Monitoring::kIons),
+    Monitors(L"ASPEC Magnet SIR ", Monitoring::kIons),
     {L"Quad Auto DAU "},
     {L"ASPEC BE "},
     {L"ASPEC B2E "},
     {L"ASPEC CNL "},
     {L"ASPEC MIKES "},
-    {L"ASPEC MRM "},
+    Monitors(L"ASPEC MRM ", Monitoring::kReactions),
     {L"ASPEC NRMS "},
-    {L"ASPEC MRMQ "},
+    Monitors(L"ASPEC MRMQ ", Monitoring::kReactions),
 }};
 constexpr TypeRow kUnknownType = {L"Unknown "};
 
@@ -101,16 +107,18 @@ const TypeRow& Type(int typeCode) {
 }  // namespace
 
 std::wstring_view FunctionTypeText(int typeCode) { return Type(typeCode).text; }
-int FunctionKindOfType(int typeCode) { return Type(typeCode).kind; }
-int MsMsScanTypeOfType(int typeCode) { return Type(typeCode).scanType; }
+FunctionKind FunctionKindOfType(int typeCode) { return Type(typeCode).kind; }
+ScanType ScanTypeOfType(int typeCode) { return Type(typeCode).scanType; }
+Monitoring MonitoringOfType(int typeCode) { return Type(typeCode).monitoring; }
+int MsLevelOfType(int typeCode) { return FunctionKindOfType(typeCode) == FunctionKind::kMsMs ? 2 : 1; }
 bool UsesMs2Calibration(int typeCode) { return Type(typeCode).lines == Lines::kMs2; }
 std::wstring_view IonModeText(int ionMode) { return TextOf(kIonModes, static_cast<std::size_t>(ionMode)); }
 
-int PolarityOfIonMode(int ionMode) {
-  if (IonModeText(ionMode).empty()) return kUnknownPolarity;
-  return ionMode % 2 == 0 ? kPositivePolarity : kNegativePolarity;
+Polarity PolarityOfIonMode(int ionMode) {
+  if (IonModeText(ionMode).empty()) return Polarity::kUnknown;
+  return ionMode % 2 == 0 ? Polarity::kPositive : Polarity::kNegative;
 }
 
 std::wstring_view ProcessText(unsigned processCode) { return TextOf(kProcesses, processCode); }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace zrml {
+namespace zrml::masslynx {
 
 // Type codes that rules refer to.
 enum FunctionType : int {
@@ -15,9 +15,18 @@ enum FunctionType : int {
 /// Name of a type with its trailing blank; "Unknown " for other codes.
 std::wstring_view FunctionTypeText(int typeCode);
 
-/// A FunctionKind and a MsMsScanType of the interface.
-int FunctionKindOfType(int typeCode);
-int MsMsScanTypeOfType(int typeCode);
+enum class FunctionKind { kMs, kMsMs, kAbsorbance };
+enum class ScanType { kNone, kPrecursor, kProduct, kNeutralLoss, kNeutralGain };
+/// What a function that records chosen ions only records.
+enum class Monitoring { kNone, kIons, kReactions };
+enum class Polarity { kUnknown, kPositive, kNegative };
+
+FunctionKind FunctionKindOfType(int typeCode);
+ScanType ScanTypeOfType(int typeCode);
+Monitoring MonitoringOfType(int typeCode);
+
+/// 2 for kind MS/MS, else 1.
+int MsLevelOfType(int typeCode);
 
 /// Whether the MS2 (not the MS1) calibration lines of the header are the function's. Not the same set as kind
 /// MS/MS.
@@ -26,10 +35,9 @@ bool UsesMs2Calibration(int typeCode);
 /// "EI+" and so on; empty for codes that have no text.
 std::wstring_view IonModeText(int ionMode);
 
-/// A Polarity of the interface.
-int PolarityOfIonMode(int ionMode);
+Polarity PolarityOfIonMode(int ionMode);
 
 /// "Combined" and so on; empty for codes that have no text.
 std::wstring_view ProcessText(unsigned processCode);
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

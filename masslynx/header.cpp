@@ -7,7 +7,7 @@
 #include "common/text.h"
 #include "common/text_file.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr std::size_t kLineBuffer = 10000;
@@ -76,4 +76,4 @@ std::wstring AnalysisDateTime(std::wstring_view date, std::wstring_view time) {
   return text;
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

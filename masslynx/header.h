@@ -9,7 +9,7 @@
 
 #include "common/platform/platform.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 /// Whether the first line of the header marks a MassLynx acquisition.
 bool IsMassLynxHeader(const platform::File& file);
@@ -39,4 +39,4 @@ void LookupHeaderValue(const std::vector<std::string_view>& lines, std::string_v
 /// is 00, and the zone is always +00:00, whatever the local time was. At most 79 characters.
 std::wstring AnalysisDateTime(std::wstring_view date, std::wstring_view time);
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -4,14 +4,18 @@
 #include <array>
 #include <cstdint>
 #include <iterator>
+#include <optional>
+#include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "common/bytes.h"
+#include "masslynx/directory_files.h"
+#include "masslynx/function_types.h"
 #include "masslynx/history_format.h"
-#include "masslynx/raw_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 namespace format = history_format;
@@ -76,36 +80,119 @@ const FunctionRecord* RawFunction(const History& history, std::uint16_t number,
   return nullptr;
 }
 
-}  // namespace
+bool HasData(const platform::SystemPath& folder, std::uint16_t processNumber) {
+  return OpenInDirectory(folder, ProcessedFileName(processNumber, L"DAT")).IsOpen();
+}
 
-void AppendProcessedFunctions(const std::wstring& directory, std::vector<FunctionRecord>& functions) {
-  const platform::File file = OpenInDirectory(directory, L"_history.inf");
-  if (!file.IsOpen() || file.Size() < format::kHeaderSize) return;
-  std::vector<std::byte> bytes(static_cast<std::size_t>(file.Size()));
-  bytes.resize(file.ReadAt(0, bytes));
-  if (bytes.size() < format::kHeaderSize) return;
+class ProcessedFunctions {
+ public:
+  ProcessedFunctions(const platform::SystemPath& folder, const History& history,
+                     const std::vector<FunctionRecord>& rawFunctions, Findings* findings)
+      : folder_(folder), history_(history), rawFunctions_(rawFunctions), findings_(findings) {}
 
-  const History history = ReadHistory(bytes);
-  std::vector<FunctionRecord> processed;
-  std::size_t steps = 0;
-  std::size_t repeats = 0;
-  for (const Entry& entry : history.entries) {
-    const bool isRepeated = &entry != &history.entries[history.positions.at(entry.processNumber)];
-    if (isRepeated && ++repeats > kMostRepeats) continue;
-    if (!OpenInDirectory(directory, ProcessedFileName(entry.processNumber, L"DAT")).IsOpen()) continue;
-    const std::vector<const Entry*> chain = Chain(history, entry);
-    steps += chain.size();
-    if (steps > kMostSteps) break;
-    const FunctionRecord* const raw = RawFunction(history, chain.back()->rawFunctionNumber, functions);
-    if (raw == nullptr || raw->typeCode == FunctionRecord::kNoFunction) continue;
-    FunctionRecord& function = processed.emplace_back(*raw);
+  std::vector<FunctionRecord> Make() {
+    for (const Entry& entry : history_.entries) {
+      if (steps_ > kMostSteps) break;
+      const bool isRepeated = &entry != &history_.entries[history_.positions.at(entry.processNumber)];
+      if (isRepeated) NoticeRepeated(entry);
+      if (isRepeated && ++repeats_ > kMostRepeats) continue;
+      if (HasData(folder_, entry.processNumber)) Add(entry);
+    }
+    return std::move(functions_);
+  }
+
+ private:
+  void Add(const Entry& entry) {
+    const std::vector<const Entry*> chain = Chain(history_, entry);
+    steps_ += chain.size();
+    if (steps_ > kMostSteps) return;
+    const FunctionRecord* const raw = RawFunction(history_, chain.back()->rawFunctionNumber, rawFunctions_);
+    if (raw == nullptr || raw->typeCode == FunctionRecord::kNoFunction) return NoticeUnrooted(entry);
+    if (raw->typeCode == kDadType) return;
+    FunctionRecord& function = functions_.emplace_back(*raw);
     function.number = entry.processNumber;
+    function.rawNumber = raw->number;
     function.processed = true;
+    function.repeat = ++repeatsOf_[entry.processNumber];
+    function.hasDataFile = true;
     function.processChain.resize(chain.size());
     std::transform(chain.rbegin(), chain.rend(), function.processChain.begin(),
                    [](const Entry* step) { return step->processCode; });
   }
+
+  void NoticeUnrooted(const Entry& entry) const {
+    if (findings_ == nullptr) return;
+    findings_->Add({.code = FindingCode::kProcessUnrooted,
+                    .file = platform::ToNativePath(ProcessedFileName(entry.processNumber, L"DAT")),
+                    .problem = "goes back to no function, so it is not listed",
+                    .subject = {.kind = FindingSubject::Kind::kFunction, .process = entry.processNumber}});
+  }
+
+  void NoticeRepeated(const Entry& entry) const {
+    if (findings_ == nullptr || !HasData(folder_, entry.processNumber)) return;
+    findings_->Add({.code = FindingCode::kProcessRepeated,
+                    .file = platform::ToNativePath(kHistoryName),
+                    .problem = "has process " + std::to_string(entry.processNumber) + " more than once",
+                    .subject = {.kind = FindingSubject::Kind::kFunction, .process = entry.processNumber}});
+  }
+
+  const platform::SystemPath& folder_;
+  const History& history_;
+  const std::vector<FunctionRecord>& rawFunctions_;
+  Findings* findings_;
+  std::size_t steps_ = 0;
+  std::size_t repeats_ = 0;
+  std::unordered_map<std::uint16_t, int> repeatsOf_;
+  std::vector<FunctionRecord> functions_;
+};
+
+void NoticeCut(std::uint64_t size, Findings* findings) {
+  const bool isHeaderCut = size < format::kHeaderSize;
+  const bool isSound = size == 0 || (!isHeaderCut && (size - format::kHeaderSize) % format::kEntrySize == 0);
+  if (findings == nullptr || isSound) return;
+  findings->Add({.code = FindingCode::kHistoryCut,
+                 .file = platform::ToNativePath(kHistoryName),
+                 .problem = isHeaderCut ? "ends in its header" : "does not end with a whole record"});
+}
+
+// No value without a file that has a header.
+std::optional<History> OpenHistory(const platform::SystemPath& folder, Findings* findings,
+                                   std::string* refusal) {
+  const platform::File file = OpenInDirectory(folder, kHistoryName);
+  const auto notice = [&] { NoticeRefusal(file, folder, kHistoryName, Spellings::kUpperLower, refusal); };
+  if (!file.IsOpen()) {
+    notice();
+    NoticeUnreadable(folder, kHistoryName, findings);
+    return std::nullopt;
+  }
+  const std::uint64_t size = file.Size();
+  NoticeCut(size, findings);
+  if (size < format::kHeaderSize) return std::nullopt;
+  std::vector<std::byte> bytes(static_cast<std::size_t>(size));
+  bytes.resize(file.ReadAt(0, bytes));
+  notice();
+  if (bytes.size() < format::kHeaderSize) return std::nullopt;
+  return ReadHistory(bytes);
+}
+
+}  // namespace
+
+void AppendProcessedFunctions(const platform::SystemPath& folder, std::vector<FunctionRecord>& functions,
+                              Findings* findings, std::string* refusal) {
+  const std::optional<History> history = OpenHistory(folder, findings, refusal);
+  if (!history) return;
+  std::vector<FunctionRecord> processed = ProcessedFunctions(folder, *history, functions, findings).Make();
   std::move(processed.begin(), processed.end(), std::back_inserter(functions));
 }
 
-}  // namespace zrml
+std::vector<std::uint16_t> ProcessNumbersWithData(const platform::SystemPath& folder) {
+  std::vector<std::uint16_t> numbers;
+  const std::optional<History> history = OpenHistory(folder, nullptr, nullptr);
+  if (!history) return numbers;
+  for (const auto& [number, position] : history->positions) {
+    if (HasData(folder, number)) numbers.push_back(number);
+  }
+  return numbers;
+}
+
+}  // namespace zrml::masslynx

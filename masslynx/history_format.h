@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace zrml::history_format {
+namespace zrml::masslynx::history_format {
 
 // Header.
 inline constexpr std::size_t kFunctionNumbers = 4;  // 32 x u16: raw function number of each position
@@ -18,4 +18,4 @@ inline constexpr std::size_t kRawFunctionNumber = 4;  // u16
 inline constexpr std::size_t kProcessCode = 20;       // u16
 inline constexpr std::size_t kEntrySize = 123;
 
-}  // namespace zrml::history_format
+}  // namespace zrml::masslynx::history_format

@@ -9,10 +9,10 @@
 #include "common/scan_text.h"
 #include "common/text.h"
 #include "common/text_file.h"
+#include "masslynx/directory_files.h"
 #include "masslynx/function_types.h"
-#include "masslynx/raw_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr std::size_t kLineBuffer = 10000;
@@ -48,7 +48,8 @@ class LabelReader {
       if (line.starts_with(creator)) ReadCreator(line, creator);
     }
     if (line.starts_with(kFunctionHeading)) ReadHeading(line);
-    if (line.starts_with(kRampHighEnergy) && version_ == kRampVersion && selected_ != nullptr) {
+    if (line.starts_with(kRampHighEnergy) && version_ == kRampVersion && selected_ != nullptr &&
+        selected_->typeCode != kDadType) {
       selected_->typeCode = kMs2Type;
       selected_->label = L"MS^E Product Ions";
     }
@@ -79,13 +80,15 @@ class LabelReader {
 
 }  // namespace
 
-void ApplyLabels(const std::wstring& directory, std::vector<FunctionRecord>& functions) {
-  const platform::File file = OpenInDirectory(directory, L"_extern.inf");
-  if (!file.IsOpen()) return;
+void ApplyLabels(const platform::SystemPath& folder, std::vector<FunctionRecord>& functions,
+                 Findings* findings, std::string* refusal) {
+  const platform::File file = OpenInDirectory(folder, kLabelsName);
   const std::string text = ReadTextBytes(file);
+  NoticeRefusal(file, folder, kLabelsName, Spellings::kUpperLower, refusal);
+  if (!file.IsOpen()) return NoticeUnreadable(folder, kLabelsName, findings);
   ByteLineReader lines(text, kLineBuffer);
   LabelReader labels(functions);
   for (std::string_view line; lines.Next(line);) labels.ReadLine(line);
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "common/findings.h"
 #include "masslynx/function_record.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
-/// Applies the file of `directory`, if there is one, to the functions that it numbers by position.
-void ApplyLabels(const std::wstring& directory, std::vector<FunctionRecord>& functions);
+/// Applies the file of `folder`, if there is one, to the functions that it numbers by position.
+void ApplyLabels(const platform::SystemPath& folder, std::vector<FunctionRecord>& functions,
+                 Findings* findings = nullptr, std::string* refusal = nullptr);
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

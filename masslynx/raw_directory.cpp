@@ -1,125 +1,107 @@
 #include "masslynx/raw_directory.h"
 
 #include <algorithm>
-#include <initializer_list>
-#include <optional>
-#include <utility>
 
-#include "common/text.h"
-#include "masslynx/function_record.h"
+#include "masslynx/directory_files.h"
+#include "masslynx/function_table.h"
+#include "masslynx/function_types.h"
+#include "masslynx/history.h"
+#include "masslynx/labels.h"
+#include "masslynx/scandata/scan_index.h"
+#include "masslynx/scandata/traces.h"
+#include "masslynx/unowned_files.h"
 
-namespace zrml {
-namespace {
+namespace zrml::masslynx {
 
-std::wstring Join(const std::wstring& directory, std::wstring_view name) {
-  std::wstring path = directory;
-  if (!path.ends_with(L'\\')) path += L'\\';
-  return path.append(name);
+std::optional<RawDirectory> RawDirectory::Open(const platform::SystemPath& folder, Findings* findings) {
+  const platform::File header = OpenInDirectory(folder, kHeaderName);
+  if (!header.IsOpen()) return std::nullopt;
+  RawDirectory directory;
+  directory.folder_ = folder;
+  directory.header_ = ReadHeaderLines(header);
+  std::string& refusal = directory.refusal_;
+  NoticeRefusal(header, folder, kHeaderName, Spellings::kUpperLower, &refusal);
+  std::vector<FunctionRecord>& functions = directory.functions_;
+  if (!ReadFunctionTable(folder, ReadCalibrationLines(directory.header_.All()), CutTable::kWholeRecords,
+                         functions, findings))
+    return std::nullopt;
+  AppendProcessedFunctions(folder, functions, findings, &refusal);
+  ApplyLabels(folder, functions, findings, &refusal);
+  directory.isLoaded_.resize(functions.size());
+  return directory;
 }
 
-std::wstring NumberedName(std::wstring_view stem, int number, std::wstring_view extension) {
-  return std::wstring(stem) + ZeroPadded(number, 3) + L'.' + std::wstring(extension);
-}
-
-using Spelling = std::wstring (*)(std::wstring_view name);
-
-std::wstring AsWritten(std::wstring_view name) { return std::wstring(name); }
-
-// Opens the first of the spellings that opens, and tells it.
-platform::File OpenFirst(const std::wstring& directory, std::wstring_view name,
-                         std::initializer_list<Spelling> spellings, platform::SystemPath& found) {
-  for (const Spelling spelled : spellings) {
-    platform::SystemPath path = platform::ToSystemPath(Join(directory, spelled(name)));
-    if (platform::File file = platform::File::OpenSystemPath(path); file.IsOpen()) {
-      found = std::move(path);
-      return file;
-    }
+std::optional<std::size_t> RawDirectory::FindAbsorbance() const {
+  for (std::size_t i = functions_.size(); i-- > 0;) {
+    if (functions_[i].typeCode == kDadType) return i;
   }
-  return {};
+  return std::nullopt;
 }
 
-platform::File FindFunctionFile(const std::wstring& directory, const FunctionRecord& function,
-                                std::wstring_view extension, platform::SystemPath& found) {
-  if (directory.empty()) return {};
-  const std::wstring name = function.processed ? ProcessedFileName(function.number, extension)
-                                               : FunctionFileName(function.number, extension);
-  return OpenFirst(directory, name, {AsWritten, ToUpper, ToLower}, found);
+bool RawDirectory::HasScans(std::size_t function) const {
+  const FunctionRecord& record = functions_.at(function);
+  if (record.hasDataFile || OpenFunctionFile(folder_, record, L"idx").IsOpen()) return true;
+  std::string refusal;
+  for (const std::wstring_view extension : {L"idx", L"dat"})
+    NoticeRefusal({}, folder_, FileNameOf(record, extension), Spellings::kAsWrittenUpperLower, &refusal);
+  return !refusal.empty();
 }
 
-// Functions have fewer files; a directory with many others is not worth listing.
-constexpr std::size_t kMostNamesPerFile = 16;
-constexpr std::size_t kFewFiles = 8;
-
-bool IsAscii(const platform::SystemPath& name) {
-  return std::all_of(name.begin(), name.end(), [](auto c) { return c >= 0 && c < 0x80; });
+platform::SystemPath RawDirectory::DataFileName(std::size_t function) {
+  FunctionRecord& record = functions_.at(function);
+  if (record.dataFilePath.empty()) OpenDataFile(folder_, record);
+  if (record.dataFilePath.empty()) return platform::ToSystemPath(FileNameOf(record, L"DAT"));
+  return platform::NameInFolder(record.dataFilePath);
 }
 
-void MakeLowerCase(platform::SystemPath& name) {
-  using Char = platform::SystemPath::value_type;
-  std::transform(name.begin(), name.end(), name.begin(), [](Char c) {
-    return c >= Char('A') && c <= Char('Z') ? static_cast<Char>(c - Char('A') + Char('a')) : c;
-  });
+FunctionRecord& RawDirectory::LoadedFunction(std::size_t function) {
+  FunctionRecord& record = functions_.at(function);
+  if (isLoaded_[function]) return record;
+  std::string refusal;
+  LoadScanIndex(folder_, record, LeftOutOffsets::kWhole, nullptr, &refusal);
+  isLoaded_[function] = refusal.empty();
+  if (refusal.empty()) return record;
+  record.scanIndex.clear();
+  refusal_ = std::move(refusal);
+  return record;
 }
 
-}  // namespace
-
-platform::File OpenInDirectory(const std::wstring& directory, std::wstring_view name) {
-  if (directory.empty() || name.empty()) return {};
-  platform::SystemPath found;
-  return OpenFirst(directory, name, {ToUpper, ToLower}, found);
+void RawDirectory::OpenData(std::size_t function) {
+  if (data_.IsOpen() && dataOf_ == function) return;
+  data_.Close();  // before the next one is opened: there may be no room for two
+  reader_.Forget();
+  data_ = OpenDataFile(folder_, functions_.at(function));
+  dataOf_ = function;
 }
 
-// A system that does not tell case apart may take characters that are not ASCII for ASCII ones ("ſ" for "s"):
-// among such names nothing is known to be missing.
-FileFinder::FileFinder(const std::wstring& directory, std::size_t names) : directory_(directory) {
-  if (names < kFewFiles) return;
-  std::optional<std::vector<platform::SystemPath>> listed =
-      platform::ListNames(directory, names * kMostNamesPerFile);
-  if (!listed || !std::all_of(listed->begin(), listed->end(), IsAscii)) return;
-  names_ = std::move(*listed);
-  std::for_each(names_.begin(), names_.end(), MakeLowerCase);
-  std::sort(names_.begin(), names_.end());
-  isListed_ = true;
-}
-
-bool FileFinder::Opens(std::wstring_view name) const {
-  if (isListed_) {
-    platform::SystemPath wanted = platform::ToSystemPath(std::wstring(name));
-    MakeLowerCase(wanted);
-    if (!std::binary_search(names_.begin(), names_.end(), wanted)) return false;
+std::optional<Bytes> RawDirectory::ReadScan(std::size_t function, const ScanRoom& room) {
+  OpenData(function);
+  std::optional<Bytes> bytes;
+  if (data_.IsOpen()) bytes = reader_.Read(data_, room.offset, room.bytes);
+  if (!bytes || bytes->size() < room.bytes) {
+    NoticeRefusal(data_, folder_, FileNameOf(functions_[function], L"dat"), Spellings::kAsWrittenUpperLower,
+                  &refusal_);
   }
-  return OpenInDirectory(directory_, name).IsOpen();
+  if (data_.IsRefused()) data_.Close();  // what it did not give may be there next time
+  return bytes;
 }
 
-bool FileExistsInDirectory(const std::wstring& directory, std::wstring_view name) {
-  return platform::IsDirectory(directory) && platform::IsFile(Join(directory, name));
+std::string RawDirectory::WhyNoData(std::size_t function) const {
+  const Finding finding = NotOpened(folder_, FileNameOf(functions_.at(function), L"dat"),
+                                    Spellings::kAsWrittenUpperLower, FindingCode::kDataMissing);
+  return finding.file + ' ' + finding.problem;
 }
 
-bool IsRawDirectory(const std::wstring& path) {
-  const auto holds = [&](std::wstring_view lower, std::wstring_view upper) {
-    return FileExistsInDirectory(path, lower) || FileExistsInDirectory(path, upper);
-  };
-  return holds(L"_header.txt", L"_HEADER.TXT") && holds(L"_functns.inf", L"_FUNCTNS.INF");
+void CollectFindings(const platform::SystemPath& folder, Findings& findings) {
+  const std::optional<RawDirectory> directory = RawDirectory::Open(folder, &findings);
+  if (!directory) return;
+  bool hasScans = false;
+  for (FunctionRecord function : directory->Functions()) {
+    LoadScanIndex(folder, function, LeftOutOffsets::kWhole, &findings);
+    hasScans = hasScans || !function.scanIndex.empty();
+  }
+  NoticeUnownedFiles(folder, directory->Functions(), findings);
+  NoticeTraces(folder, hasScans, findings);
 }
 
-std::wstring FunctionFileName(int number, std::wstring_view extension) {
-  return NumberedName(L"_FUNC", number, extension);
-}
-
-std::wstring ProcessedFileName(int number, std::wstring_view extension) {
-  return NumberedName(L"_PROC", number, extension);
-}
-
-platform::File OpenFunctionFile(const std::wstring& directory, const FunctionRecord& function,
-                                std::wstring_view extension) {
-  platform::SystemPath found;
-  return FindFunctionFile(directory, function, extension, found);
-}
-
-platform::File OpenDataFile(const std::wstring& directory, FunctionRecord& function) {
-  platform::File file = platform::File::OpenSystemPath(function.dataFilePath);
-  return file.IsOpen() ? std::move(file)
-                       : FindFunctionFile(directory, function, L"dat", function.dataFilePath);
-}
-
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -13,7 +13,7 @@
 #include "openlynx/report_block.h"
 #include "openlynx/report_stream.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 
 /// Walks the blocks that begin at ascending positions, and tells a visitor of
 ///   Line(line, open)       a line, and the numbers of the blocks that it is part of, outermost first,
@@ -175,4 +175,4 @@ void ReadKeysOfAll(ReportStream& stream, std::span<const std::uint64_t> position
   BlockSweep(stream, positions, visitor).Run();
 }
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

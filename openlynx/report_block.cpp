@@ -4,7 +4,7 @@
 
 #include "common/text.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 namespace {
 
 using namespace report_format;
@@ -62,11 +62,10 @@ void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> 
   }
 }
 
-double NumberOf(std::string_view value) { return TakeDouble(value).value_or(0.0); }
+std::optional<double> NumberIn(std::string_view value) { return TakeDouble(value); }
 
-double FullScaleOf(std::string_view value) {
-  const double number = NumberOf(value);
-  return number == 0.0 ? kFullScale : number;
+double FullScaleOf(std::optional<double> number) {
+  return number.value_or(0.0) == 0.0 ? kFullScale : *number;
 }
 
 bool FindDataList(ReportStream& stream, std::uint64_t position, std::string_view marker) {
@@ -86,4 +85,4 @@ std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::siz
   return text;
 }
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

@@ -12,7 +12,7 @@
 #include "common/number.h"
 #include "openlynx/report_stream.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 
 /// Walks the lines of a block from its marker line on. When the second line opens no brace the block ends
 /// with it, and nothing is inside.
@@ -62,11 +62,11 @@ bool Contains(std::string_view value, std::string_view part);
 /// come in any order, since none begins another one.
 void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys);
 
-/// A value's number by the rules of C's atof: 0 when there is none.
-double NumberOf(std::string_view value);
+/// A value's number by the rules of C's strtod; no value when there is none.
+std::optional<double> NumberIn(std::string_view value);
 
-/// The same for a full scale: 100 stands for a missing or zero one.
-double FullScaleOf(std::string_view value);
+/// What 100 percent is: 100 stands for a missing or zero one.
+double FullScaleOf(std::optional<double> number);
 
 /// Moves behind the first line inside the block at `position` that begins with `marker`; false when there is
 /// none.
@@ -88,4 +88,4 @@ void ReadDataList(ReportStream& stream, Use use) {
 /// The lines of the block at `position` with their line ends, until more than `enough` bytes are gathered.
 std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough);
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

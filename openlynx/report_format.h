@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace zrml::report_format {
+namespace zrml::openlynx::report_format {
 
 /// A line is read in pieces of at most so many bytes, and each piece counts as a line of its own.
 inline constexpr std::size_t kPieceSize = 999;
@@ -47,4 +47,4 @@ inline constexpr std::string_view kDadMark = "DAD";        // in Type: the same
 /// Intensities are in percent of BPI or MaxIntensity; so is this, the value of a missing or zero one.
 inline constexpr double kFullScale = 100.0;
 
-}  // namespace zrml::report_format
+}  // namespace zrml::openlynx::report_format

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "openlynx/block_sweep.h"
 #include "openlynx/report_block.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 namespace {
 
 using namespace report_format;
@@ -56,7 +58,7 @@ class MarkerSweep {
   std::vector<std::size_t> open_;
 };
 
-FoundBlocks FindBlocks(ReportStream& stream, std::span<const std::uint64_t> functions) {
+FoundBlocks FindBlocksAt(ReportStream& stream, std::span<const std::uint64_t> functions) {
   FoundBlocks found;
   found.spectrumRuns.resize(functions.size());
   found.chromatogramRuns.resize(functions.size());
@@ -76,19 +78,21 @@ std::size_t Append(Positions& list, Positions added) {
   return at;
 }
 
-// The lists last, the runs after them: memory that runs out leaves the functions as they were.
-void FindBlocksOf(ReportStream& stream, ReportSampleRecord& sample,
-                  std::span<ReportFunctionRecord> functions) {
-  const auto isOpen = [](const ReportFunctionRecord& function) { return !function.HasBlocks(); };
+// Of those functions that are analog or not, and of which no block is known. The lists last, the runs after
+// them: memory that runs out leaves the functions as they were.
+void FindBlocksOf(ReportStream& stream, Sample& sample, std::span<Function> functions, bool areAnalog) {
+  const auto isOpen = [=](const Function& function) {
+    return function.isAnalog == areAnalog && !function.HasBlocks();
+  };
   Positions positions;
-  for (const ReportFunctionRecord& function : functions) {
+  for (const Function& function : functions) {
     if (isOpen(function)) positions.push_back(function.position);
   }
-  FoundBlocks found = FindBlocks(stream, positions);
+  FoundBlocks found = FindBlocksAt(stream, positions);
   const std::size_t spectra = Append(sample.spectra, std::move(found.spectra));
   const std::size_t chromatograms = Append(sample.chromatograms, std::move(found.chromatograms));
   std::size_t number = 0;
-  for (ReportFunctionRecord& function : functions) {
+  for (Function& function : functions) {
     if (!isOpen(function)) continue;
     const Run& spectrumRun = found.spectrumRuns[number];
     const Run& chromatogramRun = found.chromatogramRuns[number];
@@ -98,41 +102,34 @@ void FindBlocksOf(ReportStream& stream, ReportSampleRecord& sample,
   }
 }
 
-void SetSought(ReportFunctionRecord& function) {
-  function.blocksSought = true;
-  function.blocksIndexed = function.HasBlocks();
+void SetSought(Function& function) {
+  function.blocks = function.HasBlocks() ? Sought::kFound : Sought::kInVain;
 }
 
-// "[FUNCTION]" lines inside a sample, and for each the first of those that it may lie in.
-struct FoundFunctions {
-  Positions positions;
-  Positions groups;
-};
-
-FoundFunctions FindFunctions(ReportStream& stream, std::uint64_t sample) {
-  FoundFunctions found;
+// The "[FUNCTION]" lines inside a sample, each with the first of those that it may lie in.
+std::vector<Function> FindFunctionLines(ReportStream& stream, std::uint64_t sample) {
+  std::vector<Function> found;
   std::int64_t groupDepth = 0;
   BlockWalk walk(stream, sample);
   std::string_view line;
   while (walk.NextMarked(line)) {
     if (!walk.IsInside() || !line.starts_with(kFunction)) continue;
-    const bool isOwn = found.groups.empty() || walk.Depth() <= groupDepth;
+    const bool isOwn = found.empty() || walk.Depth() <= groupDepth;
     if (isOwn) groupDepth = walk.Depth();
-    found.groups.push_back(isOwn ? walk.Position() : found.groups.back());
-    found.positions.push_back(walk.Position());
+    const std::uint64_t group = isOwn ? walk.Position() : found.back().group;
+    found.push_back({.position = walk.Position(), .group = group});
   }
   return found;
 }
 
-using TextMember = TextNumber ReportFunctionRecord::*;
+using TextMember = TextNumber Function::*;
 
 // Reads the keys of all the functions, each value once.
 template <std::size_t N>
-void ReadTexts(ReportStream& stream, std::span<ReportFunctionRecord> functions,
-               std::vector<std::string>& texts, const std::array<std::string_view, N>& keys,
-               const std::array<TextMember, N>& members) {
+void ReadTexts(ReportStream& stream, std::span<Function> functions, std::vector<std::string>& texts,
+               const std::array<std::string_view, N>& keys, const std::array<TextMember, N>& members) {
   Positions positions;
-  for (ReportFunctionRecord& function : functions) positions.push_back(function.position);
+  for (Function& function : functions) positions.push_back(function.position);
   std::vector<std::array<TextNumber, N>> numbers(functions.size());  // empty texts so far
   ReadKeysOfAll(stream, positions, keys,
                 [&](std::size_t key, std::string_view value, std::span<const std::size_t> blocks) {
@@ -145,7 +142,7 @@ void ReadTexts(ReportStream& stream, std::span<ReportFunctionRecord> functions,
 }
 
 constexpr std::array kNameKeys = {kDescriptionKey, kTypeKey};
-constexpr std::array kNameMembers = {&ReportFunctionRecord::description, &ReportFunctionRecord::type};
+constexpr std::array kNameMembers = {&Function::description, &Function::type};
 
 // By number. Texts are looked at once, whatever number of functions share them.
 std::vector<bool> TextsWith(const std::vector<std::string>& texts, std::string_view part) {
@@ -154,143 +151,138 @@ std::vector<bool> TextsWith(const std::vector<std::string>& texts, std::string_v
   return with;
 }
 
-std::vector<ReportFunctionRecord> FunctionsOf(const FoundFunctions& found) {
-  std::vector<ReportFunctionRecord> functions(found.positions.size());
-  for (std::size_t i = 0; i < functions.size(); ++i) {
-    functions[i].position = found.positions[i];
-    functions[i].group = found.groups[i];
+// Walks through the sample's block. The stream is then behind it, or at the marker of the next sample where
+// that lies in it. How many braces are open there, or no value when the block has ended.
+std::optional<std::int64_t> DepthBehindSample(ReportStream& stream) {
+  const std::uint64_t position = stream.Position();
+  BlockWalk walk(stream, position);
+  bool isMarkerAlone = true;
+  for (std::string_view line; walk.NextMarked(line);) {
+    if (walk.Position() == position) continue;
+    isMarkerAlone = false;
+    if (!line.starts_with(kSample)) continue;
+    stream.Seek(walk.Position());
+    break;
   }
-  return functions;
+  return walk.Depth() > 0 || isMarkerAlone ? std::optional(walk.Depth()) : std::nullopt;
 }
 
-AnalogTraces::Look FindAnalogTraces(ReportStream& stream, std::span<const std::uint64_t> functions) {
-  FoundBlocks found = FindBlocks(stream, functions);
-  return {std::move(found.chromatograms), std::move(found.chromatogramRuns)};
+std::string EndProblem(std::int64_t depth) {
+  if (depth == 0) return "ends where its last sample begins";
+  return "ends inside " + std::to_string(depth) + (depth == 1 ? " block" : " blocks");
+}
+
+// A file that the system does not read to its end is not cut.
+void AddUnended(ReportStream& stream, const std::string& name, int sample, std::int64_t depth,
+                Findings& findings) {
+  Finding finding = {.code = FindingCode::kSampleUnended,
+                     .file = name,
+                     .problem = "has no end of sample " + std::to_string(sample),
+                     .subject = {.kind = FindingSubject::Kind::kSample, .sample = sample}};
+  if (!stream.Find(kSample)) {
+    finding.code = FindingCode::kReportCut;
+    finding.problem = EndProblem(depth);
+    if (stream.IsRefused()) return;
+  }
+  findings.Add(std::move(finding));
 }
 
 }  // namespace
 
-bool AnalogTraces::Look::operator==(const Look& other) const {
-  return positions == other.positions &&
-         std::equal(runs.begin(), runs.end(), other.runs.begin(), other.runs.end(),
-                    [](const Run& a, const Run& b) { return a.first == b.first && a.last == b.last; });
-}
-
-void AnalogTraces::Add(Look look) {
-  std::vector<std::size_t> ends;
-  std::size_t count = 0;
-  for (const Run& run : look.runs) ends.push_back(count += run.Size());
-  // A position is counted modulo the traces of one look, so a look with the same result needs no place.
-  if (count != 0 && (looks_.empty() || !(looks_.back().look == look))) {
-    looks_.push_back({std::move(look), std::move(ends), count_});
-  }
-  lastCount_ = count;
-  count_ += count;
-}
-
-std::optional<std::uint64_t> AnalogTraces::Position(std::size_t number) const {
-  if (number >= count_) return std::nullopt;
-  const Looks& looks =
-      *std::prev(std::upper_bound(looks_.begin(), looks_.end(), number,
-                                  [](std::size_t value, const Looks& entry) { return value < entry.first; }));
-  const std::size_t at = (number - looks.first) % looks.ends.back();
-  const auto end = std::upper_bound(looks.ends.begin(), looks.ends.end(), at);
-  const Run& run = looks.look.runs[static_cast<std::size_t>(end - looks.ends.begin())];
-  return looks.look.positions[run.last - (*end - at)];
-}
-
-std::string_view ReportSampleRecord::Text(TextNumber number) const {
+std::string_view Sample::Text(TextNumber number) const {
   return number == 0 ? std::string_view() : std::string_view(texts[number - 1]);
 }
 
-std::span<const std::uint64_t> ReportSampleRecord::SpectraOf(const ReportFunctionRecord& function) const {
+std::span<const std::uint64_t> Sample::SpectraOf(const Function& function) const {
   return std::span(spectra).subspan(function.spectra.first, function.spectra.Size());
 }
 
-std::span<ReportFunctionRecord> ReportSampleRecord::GroupOf(const ReportFunctionRecord& function) {
-  const auto range = std::equal_range(
-      functions.begin(), functions.end(), function,
-      [](const ReportFunctionRecord& a, const ReportFunctionRecord& b) { return a.group < b.group; });
+std::span<const std::uint64_t> Sample::ChromatogramsOf(const Function& function) const {
+  return std::span(chromatograms).subspan(function.chromatograms.first, function.chromatograms.Size());
+}
+
+std::span<Function> Sample::GroupOf(const Function& function) {
+  const auto range = std::equal_range(functions.begin(), functions.end(), function,
+                                      [](const Function& a, const Function& b) { return a.group < b.group; });
   return {range.first, range.second};
 }
 
-void ReportSampleRecord::Forget() {
+void Sample::ForgetTexts() {
   texts.clear();
-  for (ReportFunctionRecord& function : functions) {
+  for (Function& function : functions) {
     function.description = function.type = function.ionMode = kUnreadText;
-    if (!function.blocksIndexed) function.spectra = function.chromatograms = {};
+    if (function.blocks != Sought::kFound) function.spectra = function.chromatograms = {};
   }
 }
 
-std::vector<ReportSampleRecord> FindSamples(ReportStream& stream) {
-  std::vector<ReportSampleRecord> samples;
+std::vector<Sample> FindSamples(ReportStream& stream, const std::string& name, Findings* findings) {
+  std::vector<Sample> samples;
   std::string_view marker;
   stream.Forget();  // what an earlier search in vain has seen
   stream.Seek(0);
+  stream.TakeRefusal();
   while (stream.Find(kSample)) {
     samples.emplace_back().position = stream.Position();
-    stream.Next(marker);
+    if (findings == nullptr) {
+      stream.Next(marker);
+    } else if (const std::optional<std::int64_t> depth = DepthBehindSample(stream)) {
+      AddUnended(stream, name, static_cast<int>(samples.size()), *depth, *findings);
+    }
   }
+  if (findings != nullptr && stream.TakeRefusal())
+    findings->Add(
+        {.code = FindingCode::kFileUnreadable, .file = name, .problem = "cannot be read to its end"});
   return samples;
 }
 
 // Fills the record last, so that memory that runs out leaves it as it was.
-void IndexFunctions(ReportStream& stream, ReportSampleRecord& sample) {
-  // The digest is taken before the walk that it stands for: a change between the two only costs a walk.
-  std::optional<std::uint64_t> digest;
-  if (sample.functionsSought) digest = stream.Digest(sample.position, sample.end);
-  if (digest && digest == sample.digest) return sample.analogTraces.AddAgain();
-  std::vector<ReportFunctionRecord> functions = FunctionsOf(FindFunctions(stream, sample.position));
-  const std::uint64_t end = stream.Position() + 1;
+void FindFunctions(ReportStream& stream, Sample& sample) {
+  std::vector<Function> functions = FindFunctionLines(stream, sample.position);
+  const std::uint64_t end = stream.Position();
   std::vector<std::string> texts;
   ReadTexts(stream, functions, texts, kNameKeys, kNameMembers);
   const std::vector<bool> saysAnalog = TextsWith(texts, kAnalogMark);
   const std::vector<bool> saysDad = TextsWith(texts, kDadMark);
-  const auto isAnalog = [&](const ReportFunctionRecord& function) {
-    return saysAnalog[function.description] || saysDad[function.type];
-  };
-  Positions analog;
-  for (const ReportFunctionRecord& function : functions) {
-    if (isAnalog(function)) analog.push_back(function.position);
-  }
-  std::erase_if(functions, isAnalog);
-  sample.analogTraces.Add(FindAnalogTraces(stream, analog));
-  sample.digest = end == sample.end ? digest : std::nullopt;
+  for (Function& function : functions)
+    function.isAnalog = saysAnalog[function.description] || saysDad[function.type];
   sample.end = end;
-  sample.functionsSought = true;
-  sample.functionsIndexed = !functions.empty();
+  sample.areFunctionsSought = true;
   sample.functions = std::move(functions);
   sample.texts = std::move(texts);
+  sample.spectra.clear();
+  sample.chromatograms.clear();
 }
 
-void IndexBlocks(ReportStream& stream, ReportSampleRecord& sample, ReportFunctionRecord& function) {
-  if (function.blocksIndexed) return;
+void FindBlocks(ReportStream& stream, Sample& sample, Function& function) {
+  if (function.blocks == Sought::kFound) return;
   if (!function.HasBlocks()) {
-    if (function.blocksSought) stream.Forget();
-    FindBlocksOf(stream, sample, sample.GroupOf(function));
+    if (function.blocks == Sought::kInVain) stream.Forget();
+    FindBlocksOf(stream, sample, sample.GroupOf(function), function.isAnalog);
   }
   SetSought(function);
 }
 
-void IndexAllBlocks(ReportStream& stream, ReportSampleRecord& sample) {
-  const auto isSoughtInVain = [](const ReportFunctionRecord& function) {
-    return function.blocksSought && !function.blocksIndexed;
+void FindAllBlocks(ReportStream& stream, Sample& sample, bool areAnalog) {
+  const auto isSoughtInVain = [=](const Function& function) {
+    return function.isAnalog == areAnalog && function.blocks == Sought::kInVain;
   };
   if (std::any_of(sample.functions.begin(), sample.functions.end(), isSoughtInVain)) stream.Forget();
-  FindBlocksOf(stream, sample, sample.functions);
-  for (ReportFunctionRecord& function : sample.functions) SetSought(function);
+  FindBlocksOf(stream, sample, sample.functions, areAnalog);
+  for (Function& function : sample.functions) {
+    if (function.isAnalog == areAnalog) SetSought(function);
+  }
 }
 
-void ReadNames(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function) {
+void ReadNames(ReportStream& stream, Sample& sample, const Function& function) {
   if (function.type == kUnreadText)
     ReadTexts(stream, sample.GroupOf(function), sample.texts, kNameKeys, kNameMembers);
 }
 
-void ReadIonMode(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function) {
+void ReadIonMode(ReportStream& stream, Sample& sample, const Function& function) {
   if (function.ionMode == kUnreadText) {
     ReadTexts(stream, sample.GroupOf(function), sample.texts, std::array{kIonModeKey},
-              std::array{&ReportFunctionRecord::ionMode});
+              std::array{&Function::ionMode});
   }
 }
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

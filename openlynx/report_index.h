@@ -8,15 +8,15 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "common/findings.h"
 #include "openlynx/report_stream.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 
 /// Items [first, last) of a list of the sample.
 struct Run {
@@ -30,17 +30,21 @@ struct Run {
 using TextNumber = std::size_t;
 inline constexpr TextNumber kUnreadText = static_cast<TextNumber>(-1);
 
-/// A function that is not analog.
-struct ReportFunctionRecord {
-  std::uint64_t position = 0;  // of the "[FUNCTION]" line
-  std::uint64_t group = 0;     // of the first of the functions that may lie in each other
-  bool blocksIndexed = false;  // set once a block of either kind is found
-  bool blocksSought = false;   // in vain, unless they are indexed
-  // Until the blocks are indexed, what was found when another function was looked through.
-  Run spectra;
-  Run chromatograms;
+/// Whether something has been looked for, and found.
+enum class Sought { kNotYet, kInVain, kFound };
 
-  // The function's own keys, once they have been asked for. A further open forgets them.
+/// A "[FUNCTION]" line of a sample. Its number, which never changes, is its place among all of the sample's
+/// functions, those without spectra and analog ones included, from 1.
+struct Function {
+  std::uint64_t position = 0;  // of the line
+  std::uint64_t group = 0;     // of the first of the functions that may lie in each other
+  bool isAnalog = false;
+  Sought blocks = Sought::kNotYet;  // of either kind
+  // Until the blocks have been sought, what was found when another function was looked through.
+  Run spectra = {};
+  Run chromatograms = {};
+
+  // The function's own keys, once they have been asked for.
   TextNumber description = kUnreadText;
   TextNumber type = kUnreadText;
   TextNumber ionMode = kUnreadText;
@@ -48,48 +52,11 @@ struct ReportFunctionRecord {
   bool HasBlocks() const { return spectra.Size() > 0 || chromatograms.Size() > 0; }
 };
 
-/// The "[CHROMATOGRAM]" lines of a sample's analog functions, by function, as often as they were looked for.
-class AnalogTraces {
- public:
-  /// What one look finds: runs of `positions`, one for each function.
-  struct Look {
-    std::vector<std::uint64_t> positions;
-    std::vector<Run> runs;
-
-    bool operator==(const Look& other) const;
-  };
-
-  void Add(Look look);
-
-  /// Adds what the last look found once more.
-  void AddAgain() { count_ += lastCount_; }
-
-  std::size_t Count() const { return count_; }
-
-  /// No value for a number that is not below Count().
-  std::optional<std::uint64_t> Position(std::size_t number) const;
-
- private:
-  // A look, and any number of further ones with the same result.
-  struct Looks {
-    Look look;
-    std::vector<std::size_t> ends;  // of the runs, counted from the first
-    std::size_t first = 0;          // number of the first trace
-  };
-
-  std::vector<Looks> looks_;
-  std::size_t lastCount_ = 0;
-  std::size_t count_ = 0;
-};
-
-struct ReportSampleRecord {
-  std::uint64_t position = 0;           // of the "[SAMPLE]" line
-  bool functionsIndexed = false;        // set once a function is found
-  bool functionsSought = false;         // in vain, unless they are indexed
-  std::uint64_t end = 0;                // behind the last byte that was looked at in vain, and one more
-  std::optional<std::uint64_t> digest;  // of the bytes up to there, once they were looked at again
-  std::vector<ReportFunctionRecord> functions;
-  AnalogTraces analogTraces;
+struct Sample {
+  std::uint64_t position = 0;  // of the "[SAMPLE]" line
+  bool areFunctionsSought = false;
+  std::uint64_t end = 0;  // how far the functions were looked for
+  std::vector<Function> functions;
 
   std::vector<std::uint64_t> spectra;        // the "[SPECTRUM]" lines of functions
   std::vector<std::uint64_t> chromatograms;  // the "[CHROMATOGRAM]" lines of functions
@@ -97,31 +64,33 @@ struct ReportSampleRecord {
 
   /// Of a number that has been read.
   std::string_view Text(TextNumber number) const;
-  std::span<const std::uint64_t> SpectraOf(const ReportFunctionRecord& function) const;
+  std::span<const std::uint64_t> SpectraOf(const Function& function) const;
+  std::span<const std::uint64_t> ChromatogramsOf(const Function& function) const;
 
   /// The functions that may lie in this one, or this one in them; itself is among them.
-  std::span<ReportFunctionRecord> GroupOf(const ReportFunctionRecord& function);
+  std::span<Function> GroupOf(const Function& function);
 
-  /// Forgets what is in the file but the positions that have been asked for.
-  void Forget();
+  /// Forgets what the file says at the positions that have been asked for.
+  void ForgetTexts();
 };
 
-/// Every "[SAMPLE]" line of the report, inside blocks too.
-std::vector<ReportSampleRecord> FindSamples(ReportStream& stream);
+/// Every "[SAMPLE]" line of the report, inside blocks too. With a collector the samples' blocks are looked
+/// through as well: for those that are still open where the next sample begins or the file, `name`, ends.
+std::vector<Sample> FindSamples(ReportStream& stream, const std::string& name = {},
+                                Findings* findings = nullptr);
 
-/// Adds the sample's functions and analog traces. A sample that still has no function afterwards is not
-/// marked as indexed: each further pass deliberately adds its analog traces once more. Passes over the same
-/// bytes are not walked again.
-void IndexFunctions(ReportStream& stream, ReportSampleRecord& sample);
+/// Finds the sample's functions, in place of those that are known, and tells analog ones by their names.
+void FindFunctions(ReportStream& stream, Sample& sample);
 
-/// Finds the function's blocks unless that has been done.
-void IndexBlocks(ReportStream& stream, ReportSampleRecord& sample, ReportFunctionRecord& function);
+/// Finds the function's blocks unless that has been done; of functions in one group, analog ones are looked
+/// through apart from the others.
+void FindBlocks(ReportStream& stream, Sample& sample, Function& function);
 
-/// The same for all functions of the sample.
-void IndexAllBlocks(ReportStream& stream, ReportSampleRecord& sample);
+/// The same for all functions of the sample that are analog, or that are not.
+void FindAllBlocks(ReportStream& stream, Sample& sample, bool areAnalog);
 
 /// Reads "Description" and "Type" of the function, or its "IonMode", unless that has been done.
-void ReadNames(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function);
-void ReadIonMode(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function);
+void ReadNames(ReportStream& stream, Sample& sample, const Function& function);
+void ReadIonMode(ReportStream& stream, Sample& sample, const Function& function);
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

@@ -5,7 +5,7 @@
 #include <functional>
 #include <span>
 
-namespace zrml {
+namespace zrml::openlynx {
 namespace {
 
 using namespace report_format;
@@ -46,9 +46,9 @@ std::size_t FindMark(std::string_view text) {
 
 }  // namespace
 
-ReportStream ReportStream::Open(const std::wstring& path, Mode mode) {
+ReportStream ReportStream::Open(const platform::SystemPath& path, Mode mode) {
   ReportStream stream;
-  stream.file_ = platform::File::Open(path);
+  stream.file_ = platform::File::OpenSystemPath(path);
   stream.mode_ = mode;
   return stream;
 }
@@ -73,6 +73,7 @@ bool ReportStream::Fill() {
   do {
     ReadBlock();
   } while (size_ == kept && holdsBackCr_);
+  if (size_ == kept && !metCtrlZ_ && nextRead_ < file_.Size()) isRefused_ = true;
   return size_ > kept;
 }
 
@@ -163,4 +164,4 @@ std::uint64_t ReportStream::Digest(std::uint64_t from, std::uint64_t end) {
   return digest;
 }
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

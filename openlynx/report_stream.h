@@ -6,12 +6,13 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "common/platform/platform.h"
 #include "openlynx/report_format.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 
 class ReportStream {
  public:
@@ -22,7 +23,7 @@ class ReportStream {
   ReportStream() = default;
 
   /// A closed stream when `path` cannot be opened.
-  static ReportStream Open(const std::wstring& path, Mode mode = Mode::kBinary);
+  static ReportStream Open(const platform::SystemPath& path, Mode mode = Mode::kBinary);
 
   bool IsOpen() const { return file_.IsOpen(); }
   void Close() { *this = ReportStream(); }
@@ -51,6 +52,11 @@ class ReportStream {
   /// end, when there is none. `start` holds no line feed.
   bool Find(std::string_view start);
 
+  /// Whether the system has refused to read on, short of the file's end.
+  bool IsRefused() const { return isRefused_; }
+  /// The same, and forgets it.
+  bool TakeRefusal() { return std::exchange(isRefused_, false); }
+
   /// A number that tells the bytes [from, end) of the file, as they are now, from others.
   std::uint64_t Digest(std::uint64_t from, std::uint64_t end);
 
@@ -71,6 +77,7 @@ class ReportStream {
   std::uint64_t nextRead_ = 0;  // offset in the file of what is read next
   bool holdsBackCr_ = false;    // kText: a CR has been read, but not yet the byte behind it
   bool metCtrlZ_ = false;       // kText
+  bool isRefused_ = false;
 };
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

@@ -1,70 +1,79 @@
-// What the values of a report's keys mean to the interface.
+// What the values of a report's keys mean.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "common/host_types.h"
 #include "openlynx/report_block.h"
 #include "openlynx/report_index.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 
-/// A FunctionKind by what "Type" contains, case-sensitive.
-int KindOfType(std::string_view type);
+/// What a function records, by its "Type". Chosen ions ("SIM") and reactions ("MRM") are told apart here.
+enum class FunctionKind { kUnknown, kMs, kMsMs, kIons, kReactions };
 
-/// A Polarity: positive when "IonMode" contains a plus sign, also beside a minus sign.
-int PolarityOfIonMode(std::string_view ionMode);
+/// By the first part that the type contains, case-sensitive.
+FunctionKind KindOfType(std::string_view type);
 
-/// MS level of a spectrum of a function of this kind.
-int MsLevelOfKind(int kind);
+enum class Polarity { kUnknown, kPositive, kNegative };
+
+/// Positive when "IonMode" contains a plus sign, also beside a minus sign.
+Polarity PolarityOfIonMode(std::string_view ionMode);
 
 /// The "Type" value of a function, read once.
-std::string_view TypeOf(ReportStream& stream, ReportSampleRecord& sample,
-                        const ReportFunctionRecord& function);
+std::string_view TypeOf(ReportStream& stream, Sample& sample, const Function& function);
 
 /// The "IonMode" value of a function, read once.
-std::string_view IonModeOf(ReportStream& stream, ReportSampleRecord& sample,
-                           const ReportFunctionRecord& function);
+std::string_view IonModeOf(ReportStream& stream, Sample& sample, const Function& function);
 
 /// Ion mode, type and description joined by blanks; empty when all are.
-std::wstring NameOf(ReportStream& stream, ReportSampleRecord& sample, const ReportFunctionRecord& function);
+std::wstring NameOf(ReportStream& stream, Sample& sample, const Function& function);
 
 /// The value of one key of the block at `position` as wide text; empty when there is none.
 std::wstring TextOfKey(ReportStream& stream, std::uint64_t position, std::string_view key);
 
-/// One entry per spectrum, as written: no value stands for a missing one but 0.
-struct ScanTimeSeries {
-  HostVector<double> times;
-  HostVector<double> bpi;
-  HostVector<double> tic;
+/// The same of many blocks, at ascending positions.
+std::vector<std::wstring> TextsOfKey(ReportStream& stream, std::span<const std::uint64_t> positions,
+                                     std::string_view key);
+
+/// One entry per spectrum, as written.
+struct ScanSeries {
+  std::vector<double> minutes;
+  std::vector<double> basePeaks;
+  std::vector<double> totalIons;
 };
 
-ScanTimeSeries ReadScanTimes(ReportStream& stream, std::span<const std::uint64_t> spectra);
+/// `missing` stands for a value that is not there, or is no number.
+ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing);
 
-/// The points of a data list: masses or times, and intensities scaled to the block's full scale.
-struct ReportPoints {
-  HostVector<double> x;
-  HostVector<double> intensities;
+/// The points of a data list in the order of the file: masses or times, and intensities scaled to the block's
+/// full scale.
+struct Points {
+  std::vector<double> x;
+  std::vector<double> intensities;
 };
 
-/// A "[SPECTRUM]" block. Points without a positive mass and a positive intensity are left out.
-struct ReportSpectrum {
-  double minutes = 0;
+/// A "[SPECTRUM]" block; no value for what it does not tell. Points without a positive mass and a positive
+/// intensity are left out.
+struct Spectrum {
+  std::optional<double> minutes;
+  std::optional<double> basePeak;
   bool isCentroided = false;
-  ReportPoints points;
+  Points points;
 };
 
-ReportSpectrum ReadSpectrum(ReportStream& stream, std::uint64_t position);
+Spectrum ReadSpectrum(ReportStream& stream, std::uint64_t position);
 
 /// A "[CHROMATOGRAM]" block. All points are kept, also those that are not positive.
-struct ReportTrace {
+struct Trace {
   std::wstring description;
-  ReportPoints points;
+  Points points;
 };
 
-ReportTrace ReadTrace(ReportStream& stream, std::uint64_t position);
+Trace ReadTrace(ReportStream& stream, std::uint64_t position);
 
-}  // namespace zrml
+}  // namespace zrml::openlynx

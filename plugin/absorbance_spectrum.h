@@ -17,6 +17,10 @@ class CZRAbsorbanceSpectrum {
   void SetWavelength(int i, double nanometres);
   void SetAbsorbance(int i, double absorbance);
 
+  /// The first entries, for bulk filling.
+  double* GetWavelengths() { return wavelengths_.data(); }
+  double* GetAbsorbances() { return absorbances_.data(); }
+
   /// Start and end time, minutes.
   void SetTime(double minutes) { startTime_ = endTime_ = minutes; }
   /// First and last scan.

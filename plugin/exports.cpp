@@ -1,9 +1,9 @@
 // The library's three entry points. They share no state and may be called from any thread.
 #include <array>
 
-#include "masslynx/ml_data_server.h"
-#include "openlynx/openlynx_data_server.h"
 #include "plugin/provider_table.h"
+#include "plugin/raw_server.h"
+#include "plugin/report_server.h"
 
 #ifdef _WIN32
 #include "plugin/hostabi/failure.h"
@@ -20,7 +20,7 @@ zrml::HostInstance* Create() {
 }
 
 constexpr std::array kProviders = {
-    Create<zrml::CMLDataServerImpl>,
+    Create<zrml::plugin::CMLDataServerImpl>,
     Create<zrml::COpenLynxRptDataServerImpl>,
 };
 

@@ -1,57 +1,56 @@
 #include "masslynx/scandata/absorbance_decoder.h"
 
-#include "masslynx/scandata/packed_point.h"
-#include "masslynx/scandata/scan_bytes.h"
+#include <algorithm>
 
-namespace zrml {
+#include "masslynx/scandata/packed_point.h"
+#include "masslynx/scandata/point_unit_format.h"
+
+namespace zrml::masslynx {
 namespace {
 
-void Write(std::size_t i, double wavelength, double absorbance, CZRAbsorbanceSpectrum& spectrum) {
-  spectrum.SetWavelength(static_cast<int>(i), wavelength);
-  spectrum.SetAbsorbance(static_cast<int>(i), absorbance);
-}
+constexpr int kPairs = 1;
+constexpr int kPoints = 9;
 
-void DecodePoints(const platform::File& file, const ScanIndexEntry& entry, CZRAbsorbanceSpectrum& spectrum) {
+void DecodePoints(Bytes bytes, std::size_t count, const PointArrays& points) {
   constexpr std::size_t kPointSize = 6;
-  const auto bytes = ReadScanBytes(file, entry.dataOffset, entry.pointCount * kPointSize);
-  for (std::size_t i = 0; i < entry.pointCount; ++i) {
-    const PackedPoint point = UnpackPoint9(bytes.get() + i * kPointSize);
-    Write(i, point.mass, point.intensity, spectrum);
+  for (std::size_t i = 0; i < count; ++i) {
+    const PackedPoint point = UnpackPoint9(bytes.data() + i * kPointSize);
+    points.masses[i] = point.mass;
+    points.intensities[i] = point.intensity;
   }
 }
 
 // A second point is written when it has a wavelength (in mass spectra, deliberately, when it has an
 // intensity).
-void DecodePairs(const platform::File& file, const ScanIndexEntry& entry, CZRAbsorbanceSpectrum& spectrum) {
-  const std::size_t pairs = (std::size_t{entry.pointCount} + 1) / 2;
-  const auto bytes = ReadScanBytes(file, entry.dataOffset, pairs * kPairSize);
-  for (std::size_t pair = 0; pair < pairs; ++pair) {
-    const PackedPair packed = UnpackPair(bytes.get() + pair * kPairSize);
-    const auto write = [&](std::size_t which) {
-      Write(2 * pair + which, static_cast<double>(packed.rawMass[which]) / kPairMassScale,
-            IntensityWord(packed.intensityWord[which]), spectrum);
-    };
-    write(0);
-    if (packed.rawMass[1] != 0) write(1);
+void DecodePairs(Bytes bytes, std::size_t count, const PointArrays& points) {
+  for (std::size_t i = 0; i < count; ++i) {
+    const PackedPair packed = UnpackPair(bytes.data() + i / 2 * kPairSize);
+    const std::size_t which = i % 2;
+    if (which == 1 && packed.rawMass[1] == 0) {
+      if (points.unwritten != nullptr) points.unwritten->push_back(i);
+      continue;
+    }
+    points.masses[i] = static_cast<double>(packed.rawMass[which]) / kPairMassScale;
+    points.intensities[i] = IntensityWord(packed.intensityWord[which]);
   }
 }
 
 }  // namespace
 
-bool DecodeAbsorbanceScan(const platform::File& file, const FunctionRecord& function, int scan,
-                          CZRAbsorbanceSpectrum& spectrum) {
+std::optional<ScanRoom> AbsorbanceRoomOf(const FunctionRecord& function, int scan) {
   const auto position = static_cast<std::size_t>(scan);
-  if (position >= function.scanIndex.size()) return false;
-  const auto decode = function.dataFormat == 9   ? DecodePoints
-                      : function.dataFormat == 1 ? DecodePairs
-                                                 : nullptr;
-  if (decode == nullptr) return false;
+  const bool isKnown = function.dataFormat == kPairs || function.dataFormat == kPoints;
+  if (!isKnown || position >= function.scanIndex.size()) return std::nullopt;
   const ScanIndexEntry& entry = function.scanIndex[position];
-  spectrum.SetSize(static_cast<int>(entry.pointCount));
-  decode(file, entry, spectrum);
-  spectrum.SetTime(entry.retentionTime);
-  spectrum.SetScan(scan);
-  return true;
+  const std::uint64_t bytes = point_unit_format::UnitOf(function.dataFormat).BytesOf(entry.pointCount);
+  return ScanRoom{entry.DataOffset(), static_cast<std::size_t>(bytes), entry.pointCount, function.dataFormat};
 }
 
-}  // namespace zrml
+std::size_t DecodeAbsorbance(const ScanRoom& room, Bytes bytes, const PointArrays& points) {
+  const std::size_t count =
+      std::min(room.points, point_unit_format::UnitOf(room.layout).PointsIn(bytes.size()));
+  (room.layout == kPairs ? DecodePairs : DecodePoints)(bytes, count, points);
+  return count;
+}
+
+}  // namespace zrml::masslynx

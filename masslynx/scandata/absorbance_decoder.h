@@ -1,15 +1,17 @@
 // Decodes one absorbance (photodiode-array) scan. docs/data-layouts.md
 #pragma once
 
-#include "common/platform/platform.h"
+#include <optional>
+
 #include "masslynx/function_record.h"
-#include "plugin/absorbance_spectrum.h"
+#include "masslynx/scandata/scan_room.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
-/// Decodes scan `scan` of the absorbance function from its data file. False, with `spectrum` untouched, for
-/// other data formats than 1 and 9. The spectrum's scan number is deliberately the position, counted from 0.
-bool DecodeAbsorbanceScan(const platform::File& file, const FunctionRecord& function, int scan,
-                          CZRAbsorbanceSpectrum& spectrum);
+/// The room of scan `scan` of the absorbance function. No value for other data formats than 1 and 9.
+std::optional<ScanRoom> AbsorbanceRoomOf(const FunctionRecord& function, int scan);
 
-}  // namespace zrml
+/// Decodes the scan of a room from its bytes, or from the first of them. Gives the places filled.
+std::size_t DecodeAbsorbance(const ScanRoom& room, Bytes bytes, const PointArrays& points);
+
+}  // namespace zrml::masslynx

@@ -9,7 +9,7 @@
 #include "common/text.h"
 #include "masslynx/function_types.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr std::size_t kMaxCoefficients = 7;
@@ -242,4 +242,4 @@ double CalibrateMass(const FunctionRecord& function, const ScanIndexEntry& scan,
   return ScanCalibration(function, scan)(raw);
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -9,7 +9,7 @@
 #include "masslynx/function_record.h"
 #include "masslynx/scandata/point_kernels.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 enum class CalibrationKind {
   kMs1Static,
@@ -62,4 +62,4 @@ class ScanCalibration {
 /// ScanCalibration for a single mass.
 double CalibrateMass(const FunctionRecord& function, const ScanIndexEntry& scan, float raw);
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

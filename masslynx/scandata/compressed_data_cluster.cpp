@@ -6,7 +6,7 @@
 
 #include "common/platform/shared_library.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 using platform::SharedLibrary;
@@ -151,4 +151,4 @@ std::unique_ptr<MobilityCluster> OpenCompressedDataCluster(const std::string& pa
   return cluster->Construct(path, function) ? std::move(cluster) : nullptr;
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-namespace zrml {
+namespace zrml::masslynx {
 
 class MobilityCluster {
  public:
@@ -32,4 +32,4 @@ class MobilityCluster {
 /// Opens a function, a number from 1, of the raw directory at a narrow path. Null when there is no reader.
 using MobilityClusterOpener = std::unique_ptr<MobilityCluster> (*)(const std::string& path, int function);
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 
 #include "common/platform/shared_library.h"
-#include "masslynx/scan_attributes.h"
 #include "masslynx/scandata/calibration.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 // More mass-axis or drift bins than any instrument has: a reader that tells such a count is not to be
@@ -26,27 +26,22 @@ bool HasCachedAxis(const FunctionRecord& record) {
   return record.calibrationConstant && !record.cachedMassAxis.empty();
 }
 
-void SetBinAttributes(const MobilityScan& scan, int bin, float seconds, CZRMassSpectrum& spectrum) {
-  const ScanIndexEntry& entry = EntryOf(scan);
-  const double minutes = seconds / 60.0F;
-  spectrum.SetStartTime(minutes);
-  spectrum.SetEndTime(minutes);
-  SetScanAttributes(scan.record, entry, spectrum);
-  spectrum.SetFirstScan(scan.scan + 1);  // not narrowed as the numbers of whole scans are
-  spectrum.SetLastScan(scan.scan + 1);
-  if (HasPrecursor(scan.record)) spectrum.SetPrecursorMass(scan.record.setMass);
-  spectrum.SetFirstDriftBin(bin + 1);
-  spectrum.SetLastDriftBin(bin + 1);
-  spectrum.SetFirstDriftValue(bin + 1);
-  spectrum.SetLastDriftValue(bin + 1);
-  spectrum.InvalidateStatistics();
-}
-
 }  // namespace
+
+std::string MobilityPath(const platform::SystemPath& folder) {
+#ifdef _WIN32
+  constexpr std::string_view kSeparators = "\\/";
+#else
+  constexpr std::string_view kSeparators = "/";
+#endif
+  std::string path = platform::NarrowPath(folder);
+  if (!path.empty() && kSeparators.find(path.back()) == std::string_view::npos) path += kSeparators.front();
+  return path;
+}
 
 void MobilityData::Release() {
   mobilityCluster_.reset();
-  mobilityClusterFunction_ = -1;
+  mobilityClusterFunction_ = 0;
   isUnavailable_ = false;
   rawMassAxis_ = {};
   ownedMassAxis_ = {};
@@ -54,26 +49,25 @@ void MobilityData::Release() {
   intensities_ = {};
 }
 
-bool MobilityData::EnsureMobilityCluster(const std::wstring& directory, int function) {
+bool MobilityData::EnsureMobilityCluster(const MobilityFunction& function) {
   if (isUnavailable_) return false;
-  if (mobilityCluster_ == nullptr || mobilityClusterFunction_ != function) {
-    path_ = platform::NarrowPath(directory);
-    if (path_.empty()) return false;
-    mobilityClusterFunction_ = -1;  // until it is known to be the one
+  if (mobilityCluster_ == nullptr || mobilityClusterFunction_ != function.number) {
+    if (function.path.empty()) return false;
+    mobilityClusterFunction_ = 0;  // until it is known to be the one
     if (mobilityCluster_ != nullptr) {
-      mobilityCluster_->Initialise(path_, function + 1);
+      mobilityCluster_->Initialise(function.path, function.number);
     } else {
-      mobilityCluster_ = open_(path_, function + 1);
+      mobilityCluster_ = open_(function.path, function.number);
     }
-    mobilityClusterFunction_ = function;
+    mobilityClusterFunction_ = function.number;
     isUnavailable_ = mobilityCluster_ == nullptr;
   }
   return !isUnavailable_ && mobilityCluster_->IsInitialised();
 }
 
-int MobilityData::BinCount(const std::wstring& directory, int function) {
+int MobilityData::BinCount(const MobilityFunction& function) {
   int bins = 0;
-  const bool known = EnsureMobilityCluster(directory, function) && mobilityCluster_->GetScansInBlock(bins) &&
+  const bool known = EnsureMobilityCluster(function) && mobilityCluster_->GetScansInBlock(bins) &&
                      bins >= 0 && bins <= kMostBins;
   return known ? bins : 0;
 }
@@ -88,7 +82,7 @@ bool MobilityData::ReadRawMassAxis() {
 const std::vector<double>* MobilityData::CalibratedMassAxis(const MobilityScan& scan) {
   FunctionRecord& record = scan.record;
   if (HasCachedAxis(record)) return &record.cachedMassAxis;
-  if (!EnsureMobilityCluster(scan.directory, scan.function) || !ReadRawMassAxis()) return nullptr;
+  if (!EnsureMobilityCluster(scan.function) || !ReadRawMassAxis()) return nullptr;
   std::vector<double>& axis = record.calibrationConstant ? record.cachedMassAxis : ownedMassAxis_;
   axis.resize(rawMassAxis_.size());
   std::transform(rawMassAxis_.begin(), rawMassAxis_.end(), axis.begin(),
@@ -112,10 +106,9 @@ bool MobilityData::HasAxisOf(const std::vector<double>& axis) {
          static_cast<std::size_t>(length) == axis.size();
 }
 
-// Everything that the bins of a request have in common. Nothing is loaded for a request that is out of range.
 bool MobilityData::Prepare(const MobilityScan& scan, int firstBin, int lastBin) {
   if (firstBin < 0 || lastBin < firstBin || !IsIn(scan.record.scanIndex, scan.scan)) return false;
-  if (lastBin >= BinCount(scan.directory, scan.function)) return false;
+  if (lastBin >= BinCount(scan.function)) return false;
   int blocks = 0;
   if (!mobilityCluster_->GetNumberOfBlocks(blocks) || scan.scan >= blocks) return false;
   const bool wasCached = HasCachedAxis(scan.record);
@@ -127,28 +120,14 @@ bool MobilityData::Prepare(const MobilityScan& scan, int firstBin, int lastBin) 
   return true;
 }
 
-bool MobilityData::ReadBin(const MobilityScan& scan, int bin, CZRMassSpectrum& spectrum) {
-  return Prepare(scan, bin, bin) && ReadMobilityBin(scan, bin, spectrum);
-}
-
-bool MobilityData::ReadBins(const MobilityScan& scan, int firstBin, int lastBin,
-                            HostVector<CZRMassSpectrum>& spectra) {
-  if (!Prepare(scan, firstBin, lastBin)) return false;
-  const std::size_t wanted = static_cast<std::size_t>(lastBin - firstBin) + 1;
-  if (spectra.size() < wanted) spectra.resize(wanted);
-  for (int bin = firstBin; bin <= lastBin; ++bin) {
-    if (!ReadMobilityBin(scan, bin, spectra[static_cast<std::size_t>(bin - firstBin)])) return false;
-  }
-  return true;
-}
-
-bool MobilityData::ReadMobilityBin(const MobilityScan& scan, int bin, CZRMassSpectrum& spectrum) {
-  float seconds = 0;
-  int count = 0;
-  const bool read = mobilityCluster_->GetRT(scan.scan, bin, seconds) &&
-                    mobilityCluster_->GetScan(scan.scan, bin, indices_.data(), intensities_.data(), count);
-  if (!read || !WritePoints(count, EntryOf(scan).centroided, spectrum)) return false;
-  SetBinAttributes(scan, bin, seconds, spectrum);
+bool MobilityData::ReadBin(const MobilityScan& scan, int bin) {
+  count_ = 0;
+  const bool read = mobilityCluster_->GetRT(scan.scan, bin, seconds_) &&
+                    mobilityCluster_->GetScan(scan.scan, bin, indices_.data(), intensities_.data(), count_);
+  if (!read || !AreOnAxis(count_)) return false;
+  isCentroided_ = EntryOf(scan).centroided;
+  pointCount_ = 0;
+  ForEachPoint([&](int, double) { ++pointCount_; });
   return true;
 }
 
@@ -163,32 +142,25 @@ bool MobilityData::AreOnAxis(int count) const {
 // peak comes down to the base line. Neighbours are the points that the reader returned, also where their own
 // intensity leaves them out.
 template <class Visit>
-void MobilityData::ForEachPoint(int count, bool centroided, Visit visit) const {
+void MobilityData::ForEachPoint(Visit visit) const {
   const int length = static_cast<int>(massAxis_->size());
-  for (int i = 0; i < count; ++i) {
+  for (int i = 0; i < count_; ++i) {
     const auto at = static_cast<std::size_t>(i);
     if (!(intensities_[at] > 0)) continue;
     const int index = indices_[at];
     const int before = i > 0 ? indices_[at - 1] : -2;
-    const int after = i + 1 < count ? indices_[at + 1] : std::numeric_limits<int>::max();
-    if (!centroided && index >= 1 && before != index - 1) visit(index - 1, 0.0);
+    const int after = i + 1 < count_ ? indices_[at + 1] : std::numeric_limits<int>::max();
+    if (!isCentroided_ && index >= 1 && before != index - 1) visit(index - 1, 0.0);
     visit(index, double{intensities_[at]});
-    if (!centroided && index < length - 2 && after > index + 2) visit(index + 1, 0.0);
+    if (!isCentroided_ && index < length - 2 && after > index + 2) visit(index + 1, 0.0);
   }
 }
 
-bool MobilityData::WritePoints(int count, bool centroided, CZRMassSpectrum& spectrum) const {
-  if (!AreOnAxis(count)) return false;
-  int points = 0;
-  ForEachPoint(count, centroided, [&](int, double) { ++points; });
-  if (!spectrum.SetSize(points)) return false;
-  double* masses = spectrum.GetMasses();
-  double* intensities = spectrum.GetIntensities();
-  ForEachPoint(count, centroided, [&](int index, double intensity) {
+void MobilityData::WritePoints(double* masses, double* intensities) const {
+  ForEachPoint([&](int index, double intensity) {
     *masses++ = (*massAxis_)[static_cast<std::size_t>(index)];
     *intensities++ = intensity;
   });
-  return true;
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -7,18 +7,24 @@
 #include <string>
 #include <vector>
 
-#include "common/host_types.h"
 #include "masslynx/function_record.h"
 #include "masslynx/scandata/compressed_data_cluster.h"
-#include "spectrum/mass_spectrum.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
-/// A scan of a mobility function of an open directory. `record.scanIndex` is loaded; `scan` need not be in
-/// it.
+/// The path of a directory as the maker's reader takes it: narrow, with a separator at its end. Empty when it
+/// has no such form.
+std::string MobilityPath(const platform::SystemPath& folder);
+
+/// A function of the maker's reader.
+struct MobilityFunction {
+  const std::string& path;  ///< see MobilityPath()
+  int number;               ///< from 1
+};
+
+/// A scan of it. `record.scanIndex` is loaded; `scan` need not be in it.
 struct MobilityScan {
-  const std::wstring& directory;
-  int function;  ///< position in the list of functions
+  MobilityFunction function;
   FunctionRecord& record;
   int scan;
 };
@@ -28,45 +34,51 @@ class MobilityData {
   explicit MobilityData(MobilityClusterOpener open = OpenCompressedDataCluster) : open_(open) {}
 
   /// Drift bins of each scan of a function; 0 when they are not known.
-  int BinCount(const std::wstring& directory, int function);
+  int BinCount(const MobilityFunction& function);
 
   /// Ends of the calibrated mass axis of a scan, m/z.
   bool ReadMassRange(const MobilityScan& scan, double& low, double& high);
 
-  /// The drift bins firstBin to lastBin into elements from 0 on of `spectra`, which grows as needed and never
-  /// shrinks. False at the first bin that cannot be read; earlier elements stay filled.
-  bool ReadBins(const MobilityScan& scan, int firstBin, int lastBin, HostVector<CZRMassSpectrum>& spectra);
-  bool ReadBin(const MobilityScan& scan, int bin, CZRMassSpectrum& spectrum);
+  /// Everything that the drift bins firstBin to lastBin of a scan have in common. Nothing is loaded for bins
+  /// that are not there.
+  bool Prepare(const MobilityScan& scan, int firstBin, int lastBin);
+
+  /// One bin of the scan that was prepared. It is held until the next call.
+  bool ReadBin(const MobilityScan& scan, int bin);
+  int PointCount() const { return pointCount_; }
+  float Seconds() const { return seconds_; }
+  /// Into arrays with room for all points.
+  void WritePoints(double* masses, double* intensities) const;
 
   /// Lets go of the reader. The next request loads it anew.
   void Release();
 
  private:
-  bool EnsureMobilityCluster(const std::wstring& directory, int function);
+  bool EnsureMobilityCluster(const MobilityFunction& function);
   const std::vector<double>* CalibratedMassAxis(const MobilityScan& scan);
   bool ReadRawMassAxis();
   bool HasAxisOf(const std::vector<double>& axis);
-  bool Prepare(const MobilityScan& scan, int firstBin, int lastBin);
-  bool ReadMobilityBin(const MobilityScan& scan, int bin, CZRMassSpectrum& spectrum);
   bool AreOnAxis(int count) const;
   template <class Visit>
-  void ForEachPoint(int count, bool centroided, Visit visit) const;
-  bool WritePoints(int count, bool centroided, CZRMassSpectrum& spectrum) const;
+  void ForEachPoint(Visit visit) const;
 
   MobilityClusterOpener open_;
   std::unique_ptr<MobilityCluster> mobilityCluster_;
-  int mobilityClusterFunction_ = -1;
+  int mobilityClusterFunction_ = 0;
   bool isUnavailable_ = false;  // opening was tried in vain
 
-  // Of the request being served. No locals, because a Microsoft-compiled host may throw from its own
-  // spectrum's Resize, and the library from any operation, and their exceptions pass our frames without
+  // Of the request being served. No locals, because the library may throw from any operation, and a
+  // Microsoft-compiled host while it makes room for the points, and their exceptions pass our frames without
   // cleaning up.
-  std::string path_;
   std::vector<float> rawMassAxis_;
   std::vector<double> ownedMassAxis_;
   const std::vector<double>* massAxis_ = nullptr;
   std::vector<int> indices_;
   std::vector<float> intensities_;
+  int count_ = 0;  // what the reader has given of the bin
+  int pointCount_ = 0;
+  float seconds_ = 0;
+  bool isCentroided_ = false;
 };
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

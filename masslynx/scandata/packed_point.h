@@ -6,7 +6,7 @@
 
 #include "common/bytes.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 /// 2^exponent; 0 <= exponent < 127.
 inline float PowerOfTwo(unsigned exponent) { return std::bit_cast<float>((127U + exponent) << 23); }
@@ -74,4 +74,4 @@ inline PackedPair UnpackPair(const std::byte* p) {
   return {{word & 0xFFFFFF, word >> 24 | std::uint32_t{LoadU16(p + 8)} << 8}, {LoadU16(p), LoadU16(p + 2)}};
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

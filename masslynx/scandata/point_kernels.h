@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-namespace zrml {
+namespace zrml::masslynx {
 
 struct PointKernels {
   /// Raw masses and intensities of `count` stored points, of data format 0, 8, 9, 12 (also the first eight
@@ -48,4 +48,4 @@ extern const PointKernels kAvx2Kernels;  ///< for processors that have AVX2 only
 /// The fastest that this processor runs.
 const PointKernels& ChosenKernels();
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -2,8 +2,8 @@
 #include "masslynx/scandata/point_kernels.h"
 #include "masslynx/scandata/point_kernels.inc"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 const PointKernels kAvx2Kernels = kKernels;
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

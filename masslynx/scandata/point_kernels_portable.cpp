@@ -1,8 +1,8 @@
 #include "masslynx/scandata/point_kernels.h"
 #include "masslynx/scandata/point_kernels.inc"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 const PointKernels kPortableKernels = kKernels;
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zrml::point_unit_format {
+namespace zrml::masslynx::point_unit_format {
 
 /// `bytes` for each `points`, which round up.
 struct PointUnit {
@@ -13,6 +13,11 @@ struct PointUnit {
   std::uint64_t points = 1;
 
   constexpr std::uint64_t BytesOf(std::uint64_t count) const { return (count + points - 1) / points * bytes; }
+
+  /// Points that `size` bytes hold whole; `bytes` is not 0.
+  constexpr std::size_t PointsIn(std::size_t size) const {
+    return static_cast<std::size_t>(size / bytes * points);
+  }
 };
 
 inline constexpr std::array<PointUnit, 15> kPointUnits = {{
@@ -38,4 +43,4 @@ constexpr PointUnit UnitOf(int dataFormat) {
   return index < kPointUnits.size() ? kPointUnits[index] : PointUnit{};
 }
 
-}  // namespace zrml::point_unit_format
+}  // namespace zrml::masslynx::point_unit_format

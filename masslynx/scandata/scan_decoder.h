@@ -1,17 +1,23 @@
 // Decodes the points of one scan. docs/data-layouts.md
 #pragma once
 
-#include "common/platform/platform.h"
+#include <optional>
+
 #include "masslynx/function_record.h"
-#include "spectrum/mass_spectrum.h"
+#include "masslynx/scandata/scan_room.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
-/// Decodes scan `scan` (a position of the function's index) from the function's data file into the points of
-/// `spectrum` and tells through `unsorted` whether the masses do not ascend. False, with the points
-/// untouched, for an unknown data format or a mass list that cannot serve. Bytes that the file lacks count as
-/// zero.
-bool DecodeScan(const platform::File& file, const FunctionRecord& function, int scan,
-                CZRMassSpectrum& spectrum, bool& unsorted);
+/// The room of scan `scan`, a position of the function's index. No value for an unknown data format or a mass
+/// list that cannot serve.
+std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan);
 
-}  // namespace zrml
+/// Decodes the scan of a room from `bytes`, which are those of the data file from its offset on: all or, of a
+/// file that ends before, fewer.
+DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
+                         const PointArrays& points);
+
+/// Whether scans of the layout may be several sub-scans, which are to be summed when masses do not ascend.
+inline bool MayHaveSubScans(const ScanRoom& room) { return room.layout == 12 || room.layout == 13; }
+
+}  // namespace zrml::masslynx

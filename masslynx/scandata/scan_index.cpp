@@ -4,14 +4,18 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
+#include <string>
 
 #include "common/bytes.h"
-#include "masslynx/raw_directory.h"
+#include "masslynx/directory_files.h"
+#include "masslynx/function_types.h"
 #include "masslynx/scandata/point_unit_format.h"
+#include "masslynx/scandata/scan_extents.h"
 #include "masslynx/scandata/scan_index_format.h"
 #include "masslynx/scandata/scan_statistics.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 namespace format = scan_index_format;
@@ -19,14 +23,21 @@ using platform::File;
 
 class EntryReader {
  public:
-  explicit EntryReader(int dataFormat)
+  EntryReader(int dataFormat, LeftOutOffsets leftOut)
       : unit_(point_unit_format::UnitOf(dataFormat)),
-        centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2) {}
+        centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2),
+        leftOut_(leftOut) {}
 
   ScanIndexEntry Read(const std::byte* record, bool first) {
     ScanIndexEntry entry;
     entry.dataOffset = LoadU32(record + format::kDataOffset);
-    if (!first && entry.dataOffset == 0) entry.dataOffset = static_cast<std::uint32_t>(expectedOffset_);
+    if (!first && entry.dataOffset == 0) {
+      constexpr std::uint64_t kLargest = (std::uint64_t{1} << 48) - 1;  // as far as an entry reaches
+      const bool isWhole = leftOut_ == LeftOutOffsets::kWhole;
+      const std::uint64_t offset = isWhole ? std::min(expectedOffset_, kLargest) : expectedOffset_;
+      entry.dataOffset = static_cast<std::uint32_t>(offset);
+      if (isWhole) entry.dataOffsetHigh = static_cast<std::uint16_t>(offset >> 32);
+    }
     const std::uint32_t word = LoadU32(record + format::kPackedWord);
     entry.pointCount = word & format::kPointCountMask;
     entry.segment = (word >> format::kSegmentShift) & format::kSegmentMask;
@@ -42,8 +53,9 @@ class EntryReader {
  private:
   point_unit_format::PointUnit unit_;
   bool centroidedByDefault_;
-  std::uint64_t expectedOffset_ =
-      0;  // where the next scan's points would be, were the scans back to back from 0
+  LeftOutOffsets leftOut_;
+  // Where the next scan's points would be, were the scans back to back from 0.
+  std::uint64_t expectedOffset_ = 0;
 };
 
 bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
@@ -62,7 +74,7 @@ struct Entries {
   // Looks at the order now, while the entry before is still in the cache.
   void Add(const ScanIndexEntry& entry) {
     if (!list.empty()) {
-      inFileOrder &= !(entry.dataOffset < list.back().dataOffset);
+      inFileOrder &= !(entry.DataOffset() < list.back().DataOffset());
       inTimeOrder &= !EarlierTime(entry, list.back());
     }
     list.push_back(entry);
@@ -70,12 +82,13 @@ struct Entries {
 };
 
 // The entries of all whole records that can be read; no more than `count`.
-Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count, int dataFormat) {
+Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count, int dataFormat,
+                    LeftOutOffsets leftOut) {
   constexpr std::size_t kRecordsAtOnce = 4096;
   Entries entries;
   entries.list.reserve(count);
   std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
-  EntryReader reader(dataFormat);
+  EntryReader reader(dataFormat, leftOut);
   while (entries.list.size() < count) {
     const std::size_t wanted = std::min(count - entries.list.size(), kRecordsAtOnce) * recordSize;
     const std::size_t read =
@@ -88,30 +101,136 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
   return entries;
 }
 
+// What is noticed about the files of one function.
+class FunctionNotices {
+ public:
+  FunctionNotices(const platform::SystemPath& folder, const FunctionRecord& function, Findings& findings)
+      : folder_(folder), function_(function), findings_(findings) {}
+
+  void DataFile(bool hasIndex) {
+    if (function_.hasDataFile) return;
+    const bool isAbsorbance = function_.typeCode == kDadType;
+    AddNotOpened(L"DAT", Spellings::kUpperLower, FindingCode::kDataMissing,
+                 isAbsorbance ? ", so there are no absorbance spectra"
+                 : hasIndex   ? ", so its scans have no points"
+                              : ", so the function is not listed");
+  }
+
+  void Index() {
+    if (!function_.hasDataFile) return;  // of a function that is not listed
+    AddNotOpened(L"IDX", Spellings::kAsWrittenUpperLower, FindingCode::kIndexMissing,
+                 ", so the function has no scans");
+  }
+
+  void IndexCut(const char* problem) {
+    Finding finding = About(L"IDX");
+    finding.code = FindingCode::kIndexCut;
+    finding.problem = std::string(problem) + ", so the function has no scans";
+    findings_.Add(std::move(finding));
+  }
+
+  // The entries as they stand in the file.
+  void EntriesOf(const Entries& entries) {
+    const File data = OpenFunctionFile(folder_, function_, L"dat");
+    const std::uint64_t size = data.Size();
+    if (entries.list.empty() && size > 0) {
+      Finding finding = About(L"DAT");
+      finding.code = FindingCode::kIndexEmpty;
+      finding.problem = "holds " + std::to_string(size) + " bytes, but the index is empty";
+      return findings_.Add(std::move(finding));
+    }
+    // The points of an ion-mobility function are in a file of their own.
+    const bool hasPoints = !NoticeMobility();
+    const ScanExtents extents = {entries.list, FormatOfPoints()};
+    if (!entries.inFileOrder) {
+      Finding finding = About(L"IDX");
+      finding.code = FindingCode::kIndexDisordered;
+      finding.problem = "has offsets that go backwards";
+      findings_.Add(std::move(finding));
+    } else if (hasPoints) {
+      NoticeOverlaps(extents, About(L"IDX"), findings_);
+    }
+    if (hasPoints && function_.hasDataFile) NoticeExtents(extents, size, About(L"DAT"), findings_);
+    NoticeStatistics(folder_, function_, entries.list.size(), findings_);
+  }
+
+ private:
+  Finding About(std::wstring_view extension) const {
+    return {.file = platform::ToNativePath(FileNameOf(function_, extension)),
+            .subject = SubjectOf(function_)};
+  }
+
+  void AddNotOpened(std::wstring_view extension, Spellings spellings, FindingCode codeWhenMissing,
+                    std::string_view result) {
+    Finding finding =
+        NotOpened(folder_, FileNameOf(function_, extension), spellings, codeWhenMissing, result);
+    finding.subject = SubjectOf(function_);
+    findings_.Add(std::move(finding));
+  }
+
+  // Whether there are drift bins, readable or not.
+  bool NoticeMobility() {
+    const std::wstring name = FileNameOf(function_, L"CDT");
+    if (!IsThere(folder_, name)) return false;
+    if (!OpenInDirectory(folder_, name).IsOpen()) {
+      AddNotOpened(L"CDT", Spellings::kUpperLower, FindingCode::kFileUnreadable,
+                   ", so the function has no drift bins");
+    }
+    return true;
+  }
+
+  // The layout of points that an ion-mobility function keeps elsewhere says nothing of what has been made of
+  // it.
+  int FormatOfPoints() const {
+    const bool isOfMobility =
+        function_.processed && IsThere(folder_, FunctionFileName(function_.rawNumber, L"CDT"));
+    return isOfMobility ? kUnknownFormat : function_.dataFormat;
+  }
+
+  const platform::SystemPath& folder_;
+  const FunctionRecord& function_;
+  Findings& findings_;
+};
+
 }  // namespace
 
-void LoadScanIndex(const std::wstring& directory, FunctionRecord& function, bool startWith30ByteRecords) {
+void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function, LeftOutOffsets leftOut,
+                   Findings* findings, std::string* refusal) {
   if (!function.scanIndex.empty() || function.typeCode == FunctionRecord::kNoFunction) return;
-  const File file = OpenFunctionFile(directory, function, L"idx");
-  if (!file.IsOpen()) return;
+  std::optional<FunctionNotices> notices;
+  if (findings != nullptr) notices.emplace(folder, function, *findings);
+  const File file = OpenFunctionFile(folder, function, L"idx");
+  if (notices) notices->DataFile(file.IsOpen());
+  const auto notice = [&] {
+    NoticeRefusal(file, folder, FileNameOf(function, L"idx"), Spellings::kAsWrittenUpperLower, refusal);
+  };
+  if (!file.IsOpen()) {
+    notice();
+    if (notices) notices->Index();
+    return;
+  }
   const std::uint64_t size = file.Size();
+  const char* problem = "does not end with a whole record";
   for (const std::size_t recordSize : {format::kShortRecordSize, format::kLongRecordSize}) {
     const bool isLong = recordSize == format::kLongRecordSize;
     const std::uint64_t count = size / recordSize;
-    if ((startWith30ByteRecords && !isLong) || size % recordSize != 0 ||
-        count > std::numeric_limits<int>::max()) {
+    if (size % recordSize != 0 || count > std::numeric_limits<int>::max()) continue;
+    Entries entries =
+        ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat, leftOut);
+    notice();
+    if (!entries.inFileOrder && !isLong) {
+      problem = "has offsets that go backwards";
       continue;
     }
-    Entries entries = ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat);
+    if (notices) notices->EntriesOf(entries);
     if (entries.inFileOrder) {
       if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
-      LoadScanStatistics(directory, function, entries.list);
+      LoadScanStatistics(folder, function, entries.list, refusal);
     }
-    if (entries.inFileOrder || isLong) {
-      function.scanIndex = std::move(entries.list);
-      return;
-    }
+    function.scanIndex = std::move(entries.list);
+    return;
   }
+  if (notices) notices->IndexCut(problem);
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zrml::scan_index_format {
+namespace zrml::masslynx::scan_index_format {
 
 inline constexpr std::size_t kShortRecordSize = 22;
 inline constexpr std::size_t kLongRecordSize = 30;  // 8 unused bytes more
@@ -24,4 +24,4 @@ inline constexpr std::uint32_t kCentroidStateGiven = 1u << 27;
 inline constexpr std::uint32_t kProfile = 1u << 28;  // counts when kCentroidStateGiven is set
 inline constexpr std::uint32_t kPreCalibrated = 1u << 30;
 
-}  // namespace zrml::scan_index_format
+}  // namespace zrml::masslynx::scan_index_format

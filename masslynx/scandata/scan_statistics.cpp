@@ -4,12 +4,14 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string>
+#include <utility>
 
 #include "common/bytes.h"
-#include "masslynx/raw_directory.h"
+#include "masslynx/directory_files.h"
 #include "masslynx/scandata/scan_statistics_format.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 namespace format = scan_statistics_format;
@@ -31,7 +33,6 @@ struct ItemOffsets {
   std::uint16_t auxValue = 0;
   std::uint16_t precursorMass = 0;
   std::uint16_t precursorFlags = 0;
-  std::uint16_t word80 = 0;
   std::uint16_t temperatureValid = 0;
   std::uint16_t temperature = 0;
   std::uint16_t temperatureCoefficient = 0;
@@ -49,8 +50,6 @@ std::uint16_t* OffsetOf(std::uint16_t itemCode, ItemOffsets& offsets) {
       return &offsets.precursorMass;
     case format::kPrecursorFlags:
       return &offsets.precursorFlags;
-    case format::kWord80:
-      return &offsets.word80;
     case format::kTemperatureValid:
       return &offsets.temperatureValid;
     case format::kTemperature:
@@ -78,10 +77,9 @@ ItemOffsets ReadDescriptors(Bytes bytes, std::uint16_t count) {
 void FillEntry(Bytes record, const ItemOffsets& items, ScanIndexEntry& entry) {
   const auto at = [&](std::uint16_t offset) { return ByteCursor(record, offset); };
   if (items.auxValue != 0) entry.auxValue = at(items.auxValue).F32();
-  // Deliberate: without their descriptors these three come from the record's first bytes.
+  // Deliberate: without their descriptors these two come from the record's first bytes.
   entry.precursorMass = at(items.precursorMass).F32();
   entry.precursorFlags = at(items.precursorFlags).U16();
-  entry.item80Word = at(items.word80).U16();
   if (items.HasTemperature()) {
     entry.temperatureValid = at(items.temperatureValid).I8() > 0;
     entry.temperature = at(items.temperature).F32();
@@ -126,10 +124,14 @@ void ForEachRecord(const platform::File& file, const Header& header, std::size_t
 
 }  // namespace
 
-void LoadScanStatistics(const std::wstring& directory, FunctionRecord& function,
-                        std::vector<ScanIndexEntry>& entries) {
-  const platform::File file = OpenFunctionFile(directory, function, L"sts");
+void LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
+                        std::vector<ScanIndexEntry>& entries, std::string* refusal) {
+  const auto notice = [&](const platform::File& file) {
+    NoticeRefusal(file, folder, FileNameOf(function, L"sts"), Spellings::kAsWrittenUpperLower, refusal);
+  };
+  const platform::File file = OpenFunctionFile(folder, function, L"sts");
   const std::vector<std::byte> description = ReadDescription(file);
+  notice(file);
   const Header header = ReadHeader(description);
   if (header.version != format::kKnownVersion) return;
   const ItemOffsets items = ReadDescriptors(description, header.descriptorCount);
@@ -138,7 +140,53 @@ void LoadScanStatistics(const std::wstring& directory, FunctionRecord& function,
     FillEntry(record, items, entries[i]);
     alike = alike && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
   });
+  notice(file);
   function.calibrationConstant = alike;
 }
 
-}  // namespace zrml
+namespace {
+
+// What is wrong with a file; no text when nothing is.
+struct Problem {
+  FindingCode code = FindingCode::kStatisticsCut;
+  std::string text = {};
+};
+
+Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans) {
+  if (size < format::kHeaderSize) return {.text = "ends in its header"};
+  if (header.version != format::kKnownVersion) {
+    return {FindingCode::kStatisticsUnknown,
+            "is of version " + std::to_string(header.version) + ", which is not read"};
+  }
+  const std::uint64_t bytes = size - std::min<std::uint64_t>(header.recordsOffset, size);
+  if (header.recordSize == 0 || bytes % header.recordSize != 0)
+    return {.text = "does not end with a whole record"};
+  const std::uint64_t records = bytes / header.recordSize;
+  if (records == scans) return {};
+  return {.text = "is about " + std::to_string(records) + " scans, the index about " + std::to_string(scans)};
+}
+
+}  // namespace
+
+void NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
+                      Findings& findings) {
+  const std::wstring name = FileNameOf(function, L"sts");
+  constexpr Spellings kSpellings = Spellings::kAsWrittenUpperLower;
+  const platform::File file = OpenInDirectory(folder, name, kSpellings);
+  if (!file.IsOpen() && !IsThere(folder, name, kSpellings)) return;
+  Finding finding = NotOpened(folder, name, kSpellings, FindingCode::kFileUnreadable);
+  finding.subject = SubjectOf(function);
+  if (file.IsOpen()) {
+    const std::uint64_t size = file.Size();
+    if (size == 0 && scans == 0) return;  // of a function that was never acquired
+    std::array<std::byte, format::kHeaderSize> start{};
+    file.ReadAt(0, start);
+    Problem problem = ProblemOf(ReadHeader(start), size, scans);
+    if (problem.text.empty()) return;
+    finding.code = problem.code;
+    finding.problem = std::move(problem.text);
+  }
+  findings.Add(std::move(finding));
+}
+
+}  // namespace zrml::masslynx

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zrml::scan_statistics_format {
+namespace zrml::masslynx::scan_statistics_format {
 
 // Header: four u16.
 inline constexpr std::size_t kRecordsOffset = 0;    // where the first record stands
@@ -26,7 +26,7 @@ enum Item : std::uint16_t {
   kAuxValue = 62,                 // f32
   kPrecursorMass = 77,            // f32
   kPrecursorFlags = 79,           // u16
-  kWord80 = 80,                   // u16, kept
+  kWord80 = 80,                   // u16
   kTemperatureValid = 103,        // i8: above 0
   kTemperature = 104,             // f32: degrees
   kTemperatureCoefficient = 105,  // f32: parts per million per degree
@@ -34,4 +34,4 @@ enum Item : std::uint16_t {
 
 inline constexpr std::uint16_t kPrecursorMassGiven = 1;  // bit of kPrecursorFlags
 
-}  // namespace zrml::scan_statistics_format
+}  // namespace zrml::masslynx::scan_statistics_format

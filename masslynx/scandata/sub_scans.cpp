@@ -4,9 +4,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "spectrum/peak_sum.h"
-
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr double kPeakWidth = 0.01;  // m/z
@@ -34,28 +32,10 @@ bool HaveSameBits(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-// A file that was cut lacks points at its end: they are all alike.
-std::size_t PointsBeforeTheTail(Values masses, Values intensities) {
-  std::size_t count = masses.size();
-  while (count > 1 && HaveSameBits(masses[count - 1], masses[count - 2]) &&
-         HaveSameBits(intensities[count - 1], intensities[count - 2]))
-    --count;
-  return count;
-}
-
 }  // namespace
 
-std::size_t MostSubScanWork(std::size_t points) {
-  constexpr std::size_t kAlways = std::size_t{1} << 23;
-  constexpr std::size_t kPerPoint = 64;
-  return std::max(kAlways, kPerPoint * points);
-}
-
-bool SumSubScans(CZRMassSpectrum& spectrum, std::optional<std::size_t> limit) {
-  const Values masses(spectrum.GetMasses(), spectrum.UsablePoints());
-  const Values intensities(spectrum.GetIntensities(), spectrum.UsablePoints());
-  if (!IsRepeated(masses)) return false;
-  const std::size_t mostWork = limit.value_or(MostSubScanWork(PointsBeforeTheTail(masses, intensities)));
+std::optional<PeakSum> SumSubScans(Values masses, Values intensities) {
+  if (!IsRepeated(masses)) return std::nullopt;
   std::size_t begin = 0;
   std::size_t end = SubScanEnd(masses, 0);
   PeakSum sum(kPeakWidth, masses.first(end), intensities.first(end));
@@ -71,15 +51,8 @@ bool SumSubScans(CZRMassSpectrum& spectrum, std::optional<std::size_t> limit) {
                         HaveSameBits(intensities[begin], intensities[begin - 1]);
     if (isSame && !hasChanged) continue;
     hasChanged = sum.Add(masses.subspan(begin, count), intensities.subspan(begin, count));
-    if (sum.Work() > mostWork) return false;
   }
-  CZRMassSpectrum summed;
-  summed.SetSize(static_cast<int>(sum.Masses().size()));
-  summed.CopyMasses(sum.Masses().data());
-  summed.CopyIntensities(sum.Intensities().data());
-  summed.SetPolarity(spectrum.GetPolarity());
-  spectrum.Swap(summed);
-  return true;
+  return sum;
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -4,14 +4,15 @@
 #include <array>
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include "common/bytes.h"
 #include "common/text.h"
-#include "masslynx/raw_directory.h"
+#include "masslynx/directory_files.h"
 #include "masslynx/scandata/packed_point.h"
 #include "masslynx/scandata/traces_format.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 namespace format = traces_format;
@@ -36,22 +37,31 @@ bool ForEachRecord(const File& file, std::uint64_t offset, std::uint64_t count, 
   return true;
 }
 
+constexpr std::wstring_view kAnalogList = L"_ANALOGS.INF";
+constexpr std::wstring_view kAnalogData = L"_ANALOGS.DAT";
+constexpr std::wstring_view kChromatogramList = L"_CHROMS.INF";
+
+std::wstring ChromatogramData(std::size_t trace) {
+  return L"_CHRO" + ZeroPadded(static_cast<int>(trace) + 1, 3) + L".DAT";
+}
+
 struct Header {
   std::uint16_t size = 0;  // where the records begin
   std::uint64_t dataSize = 0;
+  const char* problem = nullptr;  // a constant is not as it must be, or the file ends too early
 };
 
-// No value when a constant is not as it must be or the file ends inside the header.
-std::optional<Header> ReadHeader(const File& file, std::uint16_t recordSize) {
+Header ReadHeader(const File& file, std::uint16_t recordSize) {
   std::array<std::byte, format::kHeaderSize> bytes;
-  if (file.ReadAt(0, bytes) != bytes.size()) return std::nullopt;
+  if (file.ReadAt(0, bytes) != bytes.size()) return {.problem = "ends in its header"};
   ByteCursor cursor(bytes);
   Header header;
   header.size = cursor.U16();
+  const bool isKnown = cursor.U16() == format::kHeaderSecond && cursor.U16() == recordSize &&
+                       cursor.U16() == format::kHeaderFourth;
+  if (!isKnown) return {.problem = "has a header that is not known"};
   const std::uint64_t fileSize = file.Size();
-  const bool sound = cursor.U16() == format::kHeaderSecond && cursor.U16() == recordSize &&
-                     cursor.U16() == format::kHeaderFourth && header.size <= fileSize;
-  if (!sound) return std::nullopt;
+  if (header.size > fileSize) return {.problem = "ends before its records"};
   header.dataSize = fileSize - header.size;
   return header;
 }
@@ -83,75 +93,134 @@ std::optional<TraceList> ReadAnalogNames(const File& file) {
 
 // What is left behind the last whole record is ignored.
 std::optional<TraceList> ReadChromatogramNames(const File& file) {
-  const std::optional<Header> header = ReadHeader(file, format::kNameRecordSize);
-  if (!header) return std::nullopt;
-  return ReadNames(file, header->size, header->dataSize / format::kNameRecordSize, false);
+  const Header header = ReadHeader(file, format::kNameRecordSize);
+  if (header.problem != nullptr) return std::nullopt;
+  return ReadNames(file, header.size, header.dataSize / format::kNameRecordSize, false);
 }
 
-// The points of a data file, one for each record that `read(record, time, value)` accepts.
-template <class Read>
-bool ReadPoints(const File& file, std::uint64_t offset, std::uint64_t count, std::size_t size,
-                const std::wstring& name, CZRChromatogram& chromatogram, Read read) {
-  if (count > std::numeric_limits<int>::max()) return false;
-  chromatogram.SetSize(static_cast<int>(count));
-  chromatogram.SetName(name);
-  double* const times = chromatogram.GetTimes();
-  double* const intensities = chromatogram.GetIntensities();
-  std::size_t kept = 0;
-  const bool whole = ForEachRecord(file, offset, count, size, [&](const std::byte* record) {
-    const double time = LoadF32(record);
-    if (!read(record, kept > 0 ? times[kept - 1] : time, time, intensities[kept])) return false;
-    times[kept++] = time;
-    return true;
-  });
-  if (whole && kept < count) chromatogram.SetSize(static_cast<int>(kept));
-  return whole;
-}
+class TraceNotices {
+ public:
+  TraceNotices(const platform::SystemPath& folder, bool hasScans, Findings& findings)
+      : folder_(folder), hasScans_(hasScans), findings_(findings) {}
 
-bool ReadChromatogramTrace(const std::wstring& directory, int trace, const std::wstring& name,
-                           CZRChromatogram& chromatogram) {
-  constexpr std::size_t kValue = 4;
-  const File file = OpenInDirectory(directory, L"_CHRO" + ZeroPadded(trace + 1, 3) + L".DAT");
-  const std::optional<Header> header = ReadHeader(file, format::kPointSize);
-  if (!header || header->size < format::kHeaderSize || header->dataSize % format::kPointSize != 0)
-    return false;
-  return ReadPoints(file, header->size, header->dataSize / format::kPointSize, format::kPointSize, name,
-                    chromatogram, [](const std::byte* record, double, double, double& value) {
-                      value = LoadF32(record + kValue);
-                      return true;
-                    });
-}
+  // Analog channels hide stored chromatograms, but not when their list cannot be opened.
+  void Notice() const {
+    const File analogs = OpenInDirectory(folder_, kAnalogList);
+    if (analogs.IsOpen()) return NoticeAnalogs(analogs);
+    if (IsThere(folder_, kAnalogList) || OpenInDirectory(folder_, kAnalogData).Size() > 0)
+      AddNotOpened(kAnalogList, ", so there are no analog traces");
+    const File chromatograms = OpenInDirectory(folder_, kChromatogramList);
+    if (chromatograms.IsOpen()) {
+      NoticeChromatograms(chromatograms);
+    } else if (IsThere(folder_, kChromatogramList) || HasData(0)) {
+      AddNotOpened(kChromatogramList, ", so there are no traces");
+    }
+  }
 
-bool ReadAnalogTrace(const std::wstring& directory, std::size_t traces, int trace, const std::wstring& name,
-                     CZRChromatogram& chromatogram) {
-  const File file = OpenInDirectory(directory, L"_ANALOGS.DAT");
-  const std::size_t recordSize = format::kAnalogTimeSize + format::kAnalogWordSize * traces;
-  const std::uint64_t size = file.Size();
-  if (!file.IsOpen() || size % recordSize != 0) return false;
-  const std::size_t word =
-      format::kAnalogTimeSize + format::kAnalogWordSize * static_cast<std::size_t>(trace);
-  return ReadPoints(file, 0, size / recordSize, recordSize, name, chromatogram,
-                    [word](const std::byte* record, double before, double time, double& value) {
-                      if (before > time) return false;  // nothing of a later run belongs to the trace
-                      value = IntensityWord(LoadU16(record + word));
-                      return true;
-                    });
-}
+ private:
+  static constexpr FindingSubject kTraces = {.kind = FindingSubject::Kind::kTraces};
+
+  void Add(FindingCode code, std::wstring_view name, std::string problem) const {
+    findings_.Add({.code = code,
+                   .file = platform::ToNativePath(name),
+                   .problem = std::move(problem),
+                   .subject = kTraces});
+  }
+  void AddCut(std::wstring_view name, const std::string& problem) const {
+    Add(FindingCode::kTraceListCut, name, problem + ", so there are no traces");
+  }
+  void AddNotOpened(std::wstring_view name, std::string_view result) const {
+    Finding finding =
+        NotOpened(folder_, name, Spellings::kUpperLower, FindingCode::kTraceListMissing, result);
+    finding.subject = kTraces;
+    findings_.Add(std::move(finding));
+  }
+
+  void NoticeAnalogs(const File& list) const {
+    if (list.Size() % format::kNameRecordSize != 0)
+      return AddCut(kAnalogList, "does not end with a whole record");
+    const File data = OpenInDirectory(folder_, kAnalogData);
+    if (list.Size() == 0) {
+      if (data.Size() > 0 || HasData(0)) AddCut(kAnalogList, "is empty");
+    } else if (data.IsOpen() && data.Size() == 0 && hasScans_) {
+      Add(FindingCode::kTraceDataMissing, kAnalogData, "is empty");
+    }
+  }
+
+  void NoticeChromatograms(const File& list) const {
+    if (list.Size() == 0 && !HasData(0)) return;  // of a run that has recorded none
+    const Header header = ReadHeader(list, format::kNameRecordSize);
+    if (header.problem != nullptr) return AddCut(kChromatogramList, header.problem);
+    if (header.dataSize % format::kNameRecordSize != 0)
+      return Add(FindingCode::kTraceListCut, kChromatogramList, "does not end with a whole record");
+    const auto traces = static_cast<std::size_t>(header.dataSize / format::kNameRecordSize);
+    if (HasData(traces)) Add(FindingCode::kFileUnowned, ChromatogramData(traces), "belongs to no trace");
+  }
+
+  // Of the trace at `position`.
+  bool HasData(std::size_t position) const {
+    return OpenInDirectory(folder_, ChromatogramData(position)).Size() > format::kHeaderSize;
+  }
+
+  const platform::SystemPath& folder_;
+  bool hasScans_;
+  Findings& findings_;
+};
 
 }  // namespace
 
-std::optional<TraceList> ReadTraceList(const std::wstring& directory) {
-  if (const File analogs = OpenInDirectory(directory, L"_ANALOGS.INF"); analogs.IsOpen())
-    return ReadAnalogNames(analogs);
-  const File chromatograms = OpenInDirectory(directory, L"_CHROMS.INF");
-  return chromatograms.IsOpen() ? ReadChromatogramNames(chromatograms) : TraceList();
+std::optional<TraceList> ReadTraceList(const platform::SystemPath& folder, std::string* refusal) {
+  for (const auto& [name, read] :
+       {std::pair(kAnalogList, &ReadAnalogNames), std::pair(kChromatogramList, &ReadChromatogramNames)}) {
+    const File file = OpenInDirectory(folder, name);
+    std::optional<TraceList> list = file.IsOpen() ? read(file) : TraceList();
+    NoticeRefusal(file, folder, name, Spellings::kUpperLower, refusal);
+    if (file.IsOpen()) return list;
+  }
+  return TraceList();
 }
 
-bool ReadTrace(const std::wstring& directory, const TraceList& list, int trace,
-               CZRChromatogram& chromatogram) {
-  const std::wstring& name = list.names[static_cast<std::size_t>(trace)];
-  return list.fromAnalogs ? ReadAnalogTrace(directory, list.names.size(), trace, name, chromatogram)
-                          : ReadChromatogramTrace(directory, trace, name, chromatogram);
+void NoticeTraces(const platform::SystemPath& folder, bool hasScans, Findings& findings) {
+  TraceNotices(folder, hasScans, findings).Notice();
 }
 
-}  // namespace zrml
+std::optional<TraceData> TraceData::Open(const platform::SystemPath& folder, const TraceList& list,
+                                         std::size_t trace, std::string* refusal) {
+  TraceData data;
+  std::uint64_t size = 0;
+  const std::wstring name = list.fromAnalogs ? std::wstring(kAnalogData) : ChromatogramData(trace);
+  data.file_ = OpenInDirectory(folder, name);
+  if (list.fromAnalogs) {
+    data.recordSize_ = format::kAnalogTimeSize + format::kAnalogWordSize * list.names.size();
+    data.word_ = format::kAnalogTimeSize + format::kAnalogWordSize * trace;
+    size = data.file_.Size();
+  } else {
+    data.recordSize_ = format::kPointSize;
+    const Header header = ReadHeader(data.file_, format::kPointSize);
+    if (header.problem != nullptr) NoticeRefusal(data.file_, folder, name, Spellings::kUpperLower, refusal);
+    if (header.problem != nullptr || header.size < format::kHeaderSize) return std::nullopt;
+    data.offset_ = header.size;
+    size = header.dataSize;
+  }
+  NoticeRefusal(data.file_, folder, name, Spellings::kUpperLower, refusal);
+  if (!data.file_.IsOpen() || size % data.recordSize_ != 0) return std::nullopt;
+  if (size / data.recordSize_ > std::numeric_limits<int>::max()) return std::nullopt;
+  data.count_ = static_cast<std::size_t>(size / data.recordSize_);
+  return data;
+}
+
+std::optional<std::size_t> TraceData::Read(double* times, double* values) const {
+  constexpr std::size_t kValue = 4;
+  const bool isAnalog = word_ != 0;
+  std::size_t kept = 0;
+  const bool isWhole = ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
+    const double time = LoadF32(record);
+    if (isAnalog && kept > 0 && times[kept - 1] > time) return false;  // the rest belongs to a later run
+    times[kept] = time;
+    values[kept++] = isAnalog ? IntensityWord(LoadU16(record + word_)) : LoadF32(record + kValue);
+    return true;
+  });
+  return isWhole ? std::optional(kept) : std::nullopt;
+}
+
+}  // namespace zrml::masslynx

@@ -2,25 +2,53 @@
 // stored chromatograms ("_CHROMS.INF" with one "_CHRO001.DAT" each). docs/traces.md
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "plugin/chromatogram.h"
+#include "common/findings.h"
+#include "common/platform/platform.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 struct TraceList {
   std::vector<std::wstring> names;
   bool fromAnalogs = false;
 };
 
-/// The traces of a directory, none when it lists none. No value when the list is damaged.
-std::optional<TraceList> ReadTraceList(const std::wstring& directory);
+/// The traces of a directory, none when it lists none. No value when the list is damaged. `refusal` is as
+/// NoticeRefusal() has it.
+std::optional<TraceList> ReadTraceList(const platform::SystemPath& folder, std::string* refusal = nullptr);
 
-/// Reads the trace at a position of the list, named and with times as they are stored; analog channels end
-/// where time runs backwards. False without a sound data file.
-bool ReadTrace(const std::wstring& directory, const TraceList& list, int trace,
-               CZRChromatogram& chromatogram);
+/// What the lists tell of damage. `hasScans`: of some function, so that analog channels without values are
+/// not those of a run that never began.
+void NoticeTraces(const platform::SystemPath& folder, bool hasScans, Findings& findings);
 
-}  // namespace zrml
+/// The data of one trace.
+class TraceData {
+ public:
+  /// The trace at a position of the list. No value without a sound data file.
+  static std::optional<TraceData> Open(const platform::SystemPath& folder, const TraceList& list,
+                                       std::size_t trace, std::string* refusal = nullptr);
+
+  /// Records of the file: as many points, or fewer.
+  std::size_t Count() const { return count_; }
+
+  /// Writes times as they are stored and values into arrays with room for Count(), and gives the points
+  /// written: analog channels end where time runs backwards. No value when the file ends before its records.
+  std::optional<std::size_t> Read(double* times, double* values) const;
+
+  /// Whether the system has refused to read on.
+  bool IsRefused() const { return file_.IsRefused(); }
+
+ private:
+  platform::File file_;
+  std::uint64_t offset_ = 0;  // of the first record
+  std::size_t recordSize_ = 0;
+  std::size_t word_ = 0;  // where an analog record has the trace's value; 0: a stored chromatogram
+  std::size_t count_ = 0;
+};
+
+}  // namespace zrml::masslynx

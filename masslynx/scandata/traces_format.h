@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace zrml::traces_format {
+namespace zrml::masslynx::traces_format {
 
 // "_ANALOGS.INF" is nothing but name records; "_CHROMS.INF" has a header in front of them.
 inline constexpr std::uint16_t kNameRecordSize = 85;
@@ -24,4 +24,4 @@ inline constexpr std::uint16_t kPointSize = 8;
 inline constexpr std::size_t kAnalogTimeSize = 4;
 inline constexpr std::size_t kAnalogWordSize = 2;
 
-}  // namespace zrml::traces_format
+}  // namespace zrml::masslynx::traces_format

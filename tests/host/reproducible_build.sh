@@ -6,7 +6,7 @@ source=$1 dll=$2 proven=$3
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
 cd "$source"
-cp -r CMakeLists.txt CMakePresets.json cmake common masslynx openlynx plugin scripts spectrum tools "$copy"
+cp -r CMakeLists.txt CMakePresets.json cmake common convert masslynx openlynx plugin scripts source spectrum tools "$copy"
 cd "$copy"
 compared=$({
   find . -type f -print0 | sort -z | xargs -0 sha256sum

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace zrml {
@@ -90,7 +90,7 @@ RawDirectoryBuilder Acquisition(Spelling spelling) {
 class AcquisitionTest : public testing::TestWithParam<Spelling> {
  protected:
   AcquisitionTest()
-      : directory_(Acquisition(GetParam()).Build()), server_(std::make_unique<CMLDataServerImpl>()) {
+      : directory_(Acquisition(GetParam()).Build()), server_(std::make_unique<plugin::CMLDataServerImpl>()) {
     EXPECT_TRUE(server_->ValidateSource(directory_.WidePath()));
     EXPECT_TRUE(server_->Open(directory_.WidePath()));
   }

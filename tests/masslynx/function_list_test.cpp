@@ -21,7 +21,7 @@ TEST(MLDataServerFunctions, EveryTypeHasItsNameKindAndScanType) {
     raw.functions.push_back(FunctionOf(static_cast<unsigned>(row.code), {}));
   }
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   ASSERT_EQ(server.GetFunctionCount(0), 31);  // all but the absorbance function
   int function = 0;
@@ -42,7 +42,7 @@ TEST(MLDataServerFunctions, EveryIonModeHasItsPolarityAndText) {
     raw.functions.back().record.ionMode = mode;
   }
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   for (int mode = 0; mode < 16; ++mode) {
     EXPECT_EQ(server.GetPolarity(0, mode), mode % 2 == 0 ? 1 : 2) << mode;
@@ -61,7 +61,7 @@ TEST(MLDataServerFunctions, FunctionWithoutDataFileIsDropped) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs, kDau, kTofMsMs});
   raw.functions[2] = FunctionOf(kTofMsMs, {0.5F, 1.0F});
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), (Names{L"TOF MS ES+", L"DAU ES+", L"TOF MS/MS ES+"}));
   server.Close();
@@ -73,7 +73,7 @@ TEST(MLDataServerFunctions, FunctionWithoutDataFileIsDropped) {
 
 TEST(MLDataServerFunctions, AbsorbanceFunctionHasNoPosition) {
   const TempDirectory directory = DirectoryOf({kTofMs, kDad, kDau}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), (Names{L"TOF MS ES+", L"DAU ES+"}));
   EXPECT_TRUE(server.HasAbsorbanceData(0));
@@ -87,7 +87,7 @@ TEST(MLDataServerFunctions, MassRangeIsThatOfTheRecord) {
   raw.functions[2].record.mtofHighMass = 20;
   raw.functions[3].record.mtofLowMass = 10;
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   double low = -1;
   double high = -2;
@@ -113,7 +113,7 @@ TEST(MLDataServerFunctions, ProcessedFunctionsFollowTheRawOnes) {
   raw.processed[1] = FunctionOf(0, {0.5F, 1.0F});
   raw.processed[2] = FunctionOf(0, {0.5F, 1.0F, 1.5F});
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server),
             (Names{L"TOF MS ES+", L"DAU ES+", L"DAU ES+ (Combined)", L"DAU ES+ (Combined, Smoothed)"}));
@@ -129,7 +129,7 @@ TEST(MLDataServerFunctions, HistoryPositionsAreThoseBeforeRemoval) {
   raw.processed[1] = FunctionOf(0);
   const TempDirectory directory = raw.Build();
   directory.Remove("_FUNC001.DAT");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), (Names{L"DAU ES+", L"DAU ES+ (Combined)"}));
 }
@@ -139,7 +139,7 @@ TEST(MLDataServerFunctions, LabelNumbersAreThoseBeforeRemoval) {
   raw.labels = {FunctionHeading(1, "first"), FunctionHeading(2, "second"), FunctionHeading(3, "third")};
   const TempDirectory directory = raw.Build();
   directory.Remove("_FUNC001.DAT");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), Names{L"TOF MS ES+ third"});
 }
@@ -154,7 +154,7 @@ TEST(MLDataServerFunctions, LabelsReachProcessedFunctionsByTheirPosition) {
   const TempDirectory first = raw.Build();
   raw.labels = {FunctionHeading(1, "a"), FunctionHeading(2, "b"), FunctionHeading(3, "c")};
   const TempDirectory second = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(first.WidePath()));
   EXPECT_EQ(FunctionNames(server), (Names{L"TOF MS ES+ a", L"TOF MS ES+ (Combined)"}));
   server.Close();
@@ -166,7 +166,7 @@ TEST(MLDataServerFunctions, LabelsReachProcessedFunctionsByTheirPosition) {
 TEST(MLDataServerFunctions, PlacesInNamesCountListedFunctions) {
   const TempDirectory directory = DirectoryOf({kTofMs, kDad, kTofMs, kTofMs}).Build();
   directory.Remove("_FUNC001.DAT");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), (Names{L"TOF MS ES+ 1", L"TOF MS ES+ 2"}));
 }
@@ -175,7 +175,7 @@ TEST(MLDataServerFunctions, HighEnergyRampMakesAProductIonFunction) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs, kTofMs});
   raw.labels = {CreatorLine("4.2"), FunctionHeading(1, "TOF MS FUNCTION"), "Ramp High Energy from 20 to 30"};
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), (Names{L"MS2 ES+ MS^E Product Ions", L"TOF MS ES+"}));
   EXPECT_EQ(server.GetFunctionKind(0, 0), kMsMsFunction);
@@ -204,7 +204,7 @@ class MLDataServerMetadata : public testing::Test {
   }
 
   std::optional<TempDirectory> directory_;
-  CMLDataServerImpl server_;
+  plugin::CMLDataServerImpl server_;
 };
 
 const Names kKeys = {L"AnalysisDateTime", L"InstrumentName", L"OperatorName", L"SampleName",
@@ -271,7 +271,7 @@ TEST(MLDataServerMetadataValue, MissingHeaderValuesAreEmpty) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs});
   raw.header = {"$$ Version: 01.00"};
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   for (const wchar_t* const key : {L"InstrumentName", L"OperatorName", L"SampleName", L"MethodName"}) {
     EXPECT_EQ(Metadata(server, key), L"") << key;
@@ -281,7 +281,7 @@ TEST(MLDataServerMetadataValue, MissingHeaderValuesAreEmpty) {
 
 // The metadata slots have no guard against a closed object.
 TEST(MLDataServerMetadataValue, ClosedObjectAnswersWithWhatItHas) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   Names keys;
   EXPECT_TRUE(server.GetMetadataKeys(0, 0, keys));
   EXPECT_EQ(keys, kKeys);

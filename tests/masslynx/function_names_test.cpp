@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr int kMs = 0;
@@ -34,42 +34,43 @@ std::vector<std::wstring> NamesOf(std::vector<FunctionRecord> functions) {
   return names;
 }
 
-std::wstring NameOf(const FunctionRecord& function) { return NamesOf({function}).front(); }
+std::wstring ShownNameOf(const FunctionRecord& function) { return NamesOf({function}).front(); }
 
 using Names = std::vector<std::wstring>;
 
 TEST(FunctionName, EmptyListStaysEmpty) { EXPECT_EQ(NamesOf({}), Names{}); }
 
 TEST(FunctionName, JoinsTypeAndIonMode) {
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive)), L"MS ES+");
-  EXPECT_EQ(NameOf(Function(kTofMsMs, kElectrosprayNegative)), L"TOF MS/MS ES-");
-  EXPECT_EQ(NameOf(Function(32, kElectrosprayPositive)), L"Unknown ES+");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive)), L"MS ES+");
+  EXPECT_EQ(ShownNameOf(Function(kTofMsMs, kElectrosprayNegative)), L"TOF MS/MS ES-");
+  EXPECT_EQ(ShownNameOf(Function(32, kElectrosprayPositive)), L"Unknown ES+");
 }
 
 // The blank belongs to the type's text and stands even without a mode after it: deliberate.
 TEST(FunctionName, TypeKeepsItsBlankWithoutIonModeText) {
-  EXPECT_EQ(NameOf(Function(kMs, kNoSuchMode)), L"MS ");
-  EXPECT_EQ(NameOf(Function(kMs, kNoSuchMode, {2}, L"x")), L"MS  (Combined) x");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kNoSuchMode)), L"MS ");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kNoSuchMode, {2}, L"x")), L"MS  (Combined) x");
 }
 
 TEST(FunctionName, ProcessChainIsListedFrontToBack) {
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {2, 3})), L"MS ES+ (Combined, Smoothed)");
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {3, 2, 27})),
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive, {2, 3})), L"MS ES+ (Combined, Smoothed)");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive, {3, 2, 27})),
             L"MS ES+ (Smoothed, Combined, Acc Mass Auto Peak Det)");
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {4})), L"MS ES+ (Centroided)");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive, {4})), L"MS ES+ (Centroided)");
 }
 
 TEST(FunctionName, ProcessCodesWithoutTextAreSkipped) {
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {0, 2, 22, 3, 28})), L"MS ES+ (Combined, Smoothed)");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive, {0, 2, 22, 3, 28})),
+            L"MS ES+ (Combined, Smoothed)");
 }
 
 TEST(FunctionName, ChainWithoutAnyTextAddsNothing) {
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {0, 22, 65535})), L"MS ES+");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive, {0, 22, 65535})), L"MS ES+");
 }
 
 TEST(FunctionName, LabelIsAppendedAfterTheProcessChain) {
-  EXPECT_EQ(NameOf(Labelled(L"Lock Mass")), L"MS ES+ Lock Mass");
-  EXPECT_EQ(NameOf(Function(kMs, kElectrosprayPositive, {2, 3}, L"Lock Mass")),
+  EXPECT_EQ(ShownNameOf(Labelled(L"Lock Mass")), L"MS ES+ Lock Mass");
+  EXPECT_EQ(ShownNameOf(Function(kMs, kElectrosprayPositive, {2, 3}, L"Lock Mass")),
             L"MS ES+ (Combined, Smoothed) Lock Mass");
 }
 
@@ -117,4 +118,4 @@ TEST(FunctionName, FunctionsThatAreGoneShareNothing) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -14,7 +14,7 @@
 #include "tests/support/function_table_writer.h"
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr std::size_t kRecordSize = 416;
@@ -63,18 +63,19 @@ class FunctionTableTest : public testing::Test {
   void WriteData(std::size_t number) {
     directory_.WriteText("_FUNC00" + std::to_string(number) + ".DAT", "");
   }
-  bool Read(FunctionTable& table, const std::vector<CalibrationLine>& calibration = {}) const {
-    return ReadFunctionTable(directory_.WidePath(), calibration, table);
+  bool Read(std::vector<FunctionRecord>& functions, const std::vector<CalibrationLine>& calibration = {},
+            CutTable cutTable = CutTable::kNothing) const {
+    return ReadFunctionTable(directory_.SystemPath(), calibration, cutTable, functions);
   }
-  FunctionTable MustRead(const std::vector<CalibrationLine>& calibration = {}) const {
-    FunctionTable table;
-    EXPECT_TRUE(Read(table, calibration));
-    return table;
+  std::vector<FunctionRecord> MustRead(const std::vector<CalibrationLine>& calibration = {}) const {
+    std::vector<FunctionRecord> functions;
+    EXPECT_TRUE(Read(functions, calibration));
+    return functions;
   }
   FunctionRecord ReadOne(const FunctionTableRecord& record) {
     WriteTable({record});
-    const FunctionTable table = MustRead();
-    return table.functions.empty() ? FunctionRecord() : table.functions[0];
+    const std::vector<FunctionRecord> functions = MustRead();
+    return functions.empty() ? FunctionRecord() : functions[0];
   }
 
   TempDirectory directory_;
@@ -83,25 +84,19 @@ class FunctionTableTest : public testing::Test {
 TEST_F(FunctionTableTest, ReadsEveryFieldOfARecord) {
   directory_.Write("_FUNCTNS.INF", HexToBytes(std::string(kHeadHex).append(kChannelsHex)));
   WriteData(1);
-  const FunctionTable table = MustRead();
+  const std::vector<FunctionRecord> functions = MustRead();
 
-  ASSERT_EQ(table.functions.size(), 1u);
-  const FunctionRecord& function = table.functions[0];
+  ASSERT_EQ(functions.size(), 1u);
+  const FunctionRecord& function = functions[0];
   EXPECT_EQ(function.number, 1);
   EXPECT_FALSE(function.processed);
   EXPECT_EQ(function.typeCode, 16);
   EXPECT_EQ(function.ionMode, 8);
   EXPECT_EQ(function.dataFormat, 5);
   EXPECT_EQ(function.scanTime, 0.5F);
-  EXPECT_EQ(function.keptTimes, (std::array<float, 3>{1.5F, 2.0F, -2.0F}));
   EXPECT_EQ(function.defaultScanValue, 35);
-  EXPECT_EQ(function.keptScanValue, 129);
   EXPECT_EQ(function.setMass, 556.25F);
-  EXPECT_EQ(function.keptSetValue, 30.0F);
 
-  std::vector<std::uint32_t> channels(32);
-  channels[0] = 0x84030201;
-  channels[31] = 7;
   std::vector<float> starts(32);
   starts[0] = 100;
   starts[1] = 50;
@@ -109,7 +104,6 @@ TEST_F(FunctionTableTest, ReadsEveryFieldOfARecord) {
   std::vector<float> ends(32);
   ends[0] = 1000;
   ends[31] = 2000;
-  EXPECT_EQ(function.channels, channels);
   EXPECT_EQ(function.startMasses, starts);
   EXPECT_EQ(function.endMasses, ends);
 
@@ -120,8 +114,7 @@ TEST_F(FunctionTableTest, ReadsEveryFieldOfARecord) {
   EXPECT_TRUE(function.scanIndex.empty());
   EXPECT_TRUE(function.processChain.empty());
   EXPECT_EQ(function.label, L"");
-  EXPECT_EQ(table.unlisted, std::vector<bool>{false});
-  EXPECT_EQ(table.absorbance.typeCode, -1);
+  EXPECT_TRUE(function.hasDataFile);
 }
 
 // The same head with type 17 (0xD511). Behind offset 24 nothing but the two masses is read.
@@ -133,18 +126,16 @@ TEST_F(FunctionTableTest, ReadsAMassRangeInPlaceOfListsForType17) {
                         "00 00 E1 43"));  // 450.0
   directory_.Write("_FUNCTNS.INF", bytes);
   WriteData(1);
-  const FunctionTable table = MustRead();
+  const std::vector<FunctionRecord> functions = MustRead();
 
-  ASSERT_EQ(table.functions.size(), 1u);
-  const FunctionRecord& function = table.functions[0];
+  ASSERT_EQ(functions.size(), 1u);
+  const FunctionRecord& function = functions[0];
   EXPECT_EQ(function.typeCode, 17);
   EXPECT_EQ(function.ionMode, 8);
   EXPECT_EQ(function.dataFormat, 5);
   EXPECT_EQ(function.scanTime, 0.5F);
   EXPECT_EQ(function.defaultScanValue, 35);
   EXPECT_EQ(function.setMass, 0.0F);
-  EXPECT_EQ(function.keptSetValue, 0.0F);
-  EXPECT_TRUE(function.channels.empty());
   EXPECT_TRUE(function.startMasses.empty());
   EXPECT_TRUE(function.endMasses.empty());
   EXPECT_TRUE(function.massRangeKnown);
@@ -175,57 +166,54 @@ TEST_F(FunctionTableTest, SplitsThePackedWord) {
   }
 }
 
-TEST_F(FunctionTableTest, ScanValuesAreUnsignedBytes) {
+TEST_F(FunctionTableTest, DefaultScanValueIsAnUnsignedByte) {
   FunctionTableRecord record;
   record.defaultScanValue = 255;
-  record.keptScanValue = 254;
   const FunctionRecord function = ReadOne(record);
   EXPECT_EQ(function.defaultScanValue, 255);
-  EXPECT_EQ(function.keptScanValue, 254);
 }
 
 TEST_F(FunctionTableTest, FunctionsAreNumberedInFileOrder) {
   WriteTable({{.type = 5}, {.type = 6}, {.type = 7}});
-  const FunctionTable table = MustRead();
-  ASSERT_EQ(table.functions.size(), 3u);
+  const std::vector<FunctionRecord> functions = MustRead();
+  ASSERT_EQ(functions.size(), 3u);
   for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(table.functions[static_cast<std::size_t>(i)].number, i + 1);
-    EXPECT_EQ(table.functions[static_cast<std::size_t>(i)].typeCode, 5 + i);
+    EXPECT_EQ(functions[static_cast<std::size_t>(i)].number, i + 1);
+    EXPECT_EQ(functions[static_cast<std::size_t>(i)].typeCode, 5 + i);
   }
 }
 
 TEST_F(FunctionTableTest, AcceptsWholeRecordsOnly) {
   directory_.WriteText("_FUNCTNS.INF", std::string(832, '\0'));
-  FunctionTable table;
-  EXPECT_TRUE(Read(table));
-  EXPECT_EQ(table.functions.size(), 2u);
+  std::vector<FunctionRecord> functions;
+  EXPECT_TRUE(Read(functions));
+  EXPECT_EQ(functions.size(), 2u);
   for (const std::uintmax_t size : {833u, 831u, 417u, 415u, 1u}) {
     directory_.WriteText("_FUNCTNS.INF", std::string(size, '\0'));
-    FunctionTable other;
+    std::vector<FunctionRecord> other;
     EXPECT_FALSE(Read(other)) << size;
   }
 }
 
 TEST_F(FunctionTableTest, EmptyFileHasNoFunctions) {
   directory_.WriteText("_FUNCTNS.INF", "");
-  const FunctionTable table = MustRead();
-  EXPECT_TRUE(table.functions.empty());
-  EXPECT_EQ(table.absorbance.typeCode, -1);
+  const std::vector<FunctionRecord> functions = MustRead();
+  EXPECT_TRUE(functions.empty());
 }
 
 TEST_F(FunctionTableTest, MissingFileFails) {
-  FunctionTable table;
-  EXPECT_FALSE(Read(table));
+  std::vector<FunctionRecord> functions;
+  EXPECT_FALSE(Read(functions));
 }
 
 TEST_F(FunctionTableTest, TruncatedRecordFails) {
   WriteTable({{.type = 18}});
   TruncateAtEveryLength(directory_, "_FUNCTNS.INF", [&](std::size_t size) {
-    FunctionTable table;
+    std::vector<FunctionRecord> functions;
     const bool isWhole = size == kRecordSize || size == 0;
-    ASSERT_EQ(Read(table), isWhole);
+    ASSERT_EQ(Read(functions), isWhole);
     if (!isWhole) return;
-    EXPECT_EQ(table.functions.size(), size / kRecordSize);
+    EXPECT_EQ(functions.size(), size / kRecordSize);
   });
 }
 
@@ -233,101 +221,63 @@ TEST_F(FunctionTableTest, LowerCaseNamesAreFound) {
   directory_.Write("_functns.inf", WriteFunctionTable({{}}));
   directory_.WriteText("_func001.dat", "");
   directory_.WriteText("_func001.cdt", "");
-  const FunctionTable table = MustRead();
-  ASSERT_EQ(table.functions.size(), 1u);
-  EXPECT_FALSE(table.unlisted[0]);
-  EXPECT_TRUE(table.functions[0].hasMobilityData);
+  const std::vector<FunctionRecord> functions = MustRead();
+  ASSERT_EQ(functions.size(), 1u);
+  EXPECT_TRUE(functions[0].hasDataFile);
+  EXPECT_TRUE(functions[0].hasMobilityData);
+}
+
+TEST_F(FunctionTableTest, WholeRecordsOfACutTableAreReadWhenWanted) {
+  WriteTable({{.type = 5}, {.type = 6}});
+  directory_.Truncate("_FUNCTNS.INF", 2 * kRecordSize - 1);
+  std::vector<FunctionRecord> functions;
+  EXPECT_FALSE(Read(functions));
+  ASSERT_TRUE(Read(functions, {}, CutTable::kWholeRecords));
+  ASSERT_EQ(functions.size(), 1u);
+  EXPECT_EQ(functions[0].typeCode, 5);
 }
 
 // Function numbers are 16 bits wide: 65,536 records cannot be numbered. The file is sparse. (65,535 would
 // open, after a quarter of a million attempts at data files.)
 TEST_F(FunctionTableTest, MoreThan65535FunctionsFail) {
   WriteTable({{}, {}});
-  EXPECT_EQ(MustRead().functions.size(), 2u);
+  EXPECT_EQ(MustRead().size(), 2u);
   directory_.Truncate("_FUNCTNS.INF", kRecordSize * 65536);
-  FunctionTable table;
-  EXPECT_FALSE(Read(table));
+  std::vector<FunctionRecord> functions;
+  EXPECT_FALSE(Read(functions));
 }
 
-TEST_F(FunctionTableTest, FunctionWithoutDataFileIsUnlistedAndKeepsItsPosition) {
+TEST_F(FunctionTableTest, FunctionWithoutDataFileKeepsItsPosition) {
   WriteTable({{.type = 1}, {.type = 2}, {.type = 3}});
-  EXPECT_EQ(MustRead().unlisted, (std::vector<bool>{false, false, false}));
+  const auto haveData = [&] {
+    std::vector<bool> have;
+    for (const FunctionRecord& function : MustRead()) have.push_back(function.hasDataFile);
+    return have;
+  };
+  EXPECT_EQ(haveData(), (std::vector<bool>{true, true, true}));
   directory_.Remove("_FUNC002.DAT");
-  const FunctionTable table = MustRead();
-  EXPECT_EQ(table.unlisted, (std::vector<bool>{false, true, false}));
-  ASSERT_EQ(table.functions.size(), 3u);
-  EXPECT_EQ(table.functions[1].typeCode, 2);
+  EXPECT_EQ(haveData(), (std::vector<bool>{true, false, true}));
+  EXPECT_EQ(MustRead()[1].typeCode, 2);
 }
 
-TEST_F(FunctionTableTest, RemoveUnlistedKeepsOrderAndNumbersOfTheOthers) {
-  WriteTable({{.type = 1}, {.type = 2}, {.type = 3}, {.type = 4}});
-  directory_.Remove("_FUNC001.DAT");
-  directory_.Remove("_FUNC003.DAT");
-  FunctionTable table = MustRead();
-  RemoveUnlisted(table);
-  ASSERT_EQ(table.functions.size(), 2u);
-  EXPECT_EQ(table.functions[0].number, 2);
-  EXPECT_EQ(table.functions[0].typeCode, 2);
-  EXPECT_EQ(table.functions[1].number, 4);
-  EXPECT_EQ(table.functions[1].typeCode, 4);
-}
-
-// Processed functions are behind the table's positions when functions are removed.
-TEST_F(FunctionTableTest, RemoveUnlistedKeepsFunctionsBehindTheTable) {
-  WriteTable({{.type = 1}, {.type = 2}});
-  directory_.Remove("_FUNC002.DAT");
-  FunctionTable table = MustRead();
-  FunctionRecord processed;
-  processed.processed = true;
-  processed.number = 9;
-  table.functions.push_back(processed);
-  RemoveUnlisted(table);
-  ASSERT_EQ(table.functions.size(), 2u);
-  EXPECT_EQ(table.functions[0].number, 1);
-  EXPECT_EQ(table.functions[1].number, 9);
-}
-
-TEST_F(FunctionTableTest, AbsorbanceFunctionMovesOut) {
+TEST_F(FunctionTableTest, AbsorbanceFunctionIsAFunctionOfTheTable) {
   WriteTable({{.type = 18}, {.type = 12, .dataFormat = 1, .scanTime = 2}, {.type = 6}});
-  FunctionTable table = MustRead();
-  EXPECT_EQ(table.unlisted, (std::vector<bool>{false, true, false}));
-  EXPECT_EQ(table.absorbance.typeCode, 12);
-  EXPECT_EQ(table.absorbance.number, 2);
-  EXPECT_EQ(table.absorbance.dataFormat, 1);
-  EXPECT_EQ(table.absorbance.scanTime, 2.0F);
-
-  RemoveUnlisted(table);
-  ASSERT_EQ(table.functions.size(), 2u);
-  EXPECT_EQ(table.functions[0].number, 1);
-  EXPECT_EQ(table.functions[1].number, 3);
-}
-
-TEST_F(FunctionTableTest, AbsorbanceFunctionWithoutDataFileIsRemovedOnce) {
-  WriteTable({{.type = 18}, {.type = 12}, {.type = 6}});
   directory_.Remove("_FUNC002.DAT");
-  FunctionTable table = MustRead();
-  EXPECT_EQ(table.absorbance.typeCode, 12);
-  RemoveUnlisted(table);
-  ASSERT_EQ(table.functions.size(), 2u);
-  EXPECT_EQ(table.functions[0].number, 1);
-  EXPECT_EQ(table.functions[1].number, 3);
-}
-
-TEST_F(FunctionTableTest, LastOfSeveralAbsorbanceFunctionsIsKept) {
-  WriteTable({{.type = 12}, {.type = 18}, {.type = 12}});
-  FunctionTable table = MustRead();
-  EXPECT_EQ(table.absorbance.number, 3);
-  RemoveUnlisted(table);
-  ASSERT_EQ(table.functions.size(), 1u);
-  EXPECT_EQ(table.functions[0].number, 2);
+  const std::vector<FunctionRecord> functions = MustRead();
+  ASSERT_EQ(functions.size(), 3u);
+  EXPECT_EQ(functions[1].typeCode, 12);
+  EXPECT_EQ(functions[1].number, 2);
+  EXPECT_EQ(functions[1].dataFormat, 1);
+  EXPECT_EQ(functions[1].scanTime, 2.0F);
+  EXPECT_FALSE(functions[1].hasDataFile);
 }
 
 TEST_F(FunctionTableTest, MobilityFileMarksItsFunctionOnly) {
   WriteTable({{}, {}});
   directory_.WriteText("_FUNC002.CDT", "");
-  const FunctionTable table = MustRead();
-  EXPECT_FALSE(table.functions[0].hasMobilityData);
-  EXPECT_TRUE(table.functions[1].hasMobilityData);
+  const std::vector<FunctionRecord> functions = MustRead();
+  EXPECT_FALSE(functions[0].hasMobilityData);
+  EXPECT_TRUE(functions[1].hasMobilityData);
 }
 
 TEST_F(FunctionTableTest, CalibrationFollowsNumberAndType) {
@@ -339,15 +289,15 @@ TEST_F(FunctionTableTest, CalibrationFollowsNumberAndType) {
     result.polynomial.coefficients = {coefficient};
     return result;
   };
-  const FunctionTable table =
+  const std::vector<FunctionRecord> functions =
       MustRead({line(CalibrationKind::kMs1Static, 0, 1), line(CalibrationKind::kMs2Static, 0, 2),
                 line(CalibrationKind::kFunction, 3, 3)});
   using Coefficients = std::vector<double>;
-  EXPECT_EQ(table.functions[0].staticCal.coefficients, Coefficients{1});
-  EXPECT_EQ(table.functions[1].staticCal.coefficients, Coefficients{2});
-  EXPECT_EQ(table.functions[2].staticCal.coefficients, Coefficients{1});
-  EXPECT_EQ(table.functions[0].functionCal.coefficients, Coefficients{});
-  EXPECT_EQ(table.functions[2].functionCal.coefficients, Coefficients{3});
+  EXPECT_EQ(functions[0].staticCal.coefficients, Coefficients{1});
+  EXPECT_EQ(functions[1].staticCal.coefficients, Coefficients{2});
+  EXPECT_EQ(functions[2].staticCal.coefficients, Coefficients{1});
+  EXPECT_EQ(functions[0].functionCal.coefficients, Coefficients{});
+  EXPECT_EQ(functions[2].functionCal.coefficients, Coefficients{3});
 }
 
 // --- mass range ---
@@ -432,70 +382,5 @@ TEST_F(MassRangeTest, OfType17IsGivenByTwoPositiveMasses) {
 // Deliberate: type 17 does not ask for high >= low.
 TEST_F(MassRangeTest, OfType17MayBeReversed) { Expect(Mtof(450, 40), {true, 450, 40}); }
 
-// --- selection ---
-
-FunctionRecord Numbered(std::uint16_t number, bool processed) {
-  FunctionRecord record;
-  record.number = number;
-  record.processed = processed;
-  return record;
-}
-
-class SelectFunctionTest : public testing::Test {
- protected:
-  void ExpectSelected(const std::wstring& fileName, std::uint16_t number, bool processed) const {
-    std::vector<FunctionRecord> functions = list_;
-    EXPECT_TRUE(SelectFunction(fileName, functions)) << testing::PrintToString(fileName);
-    ASSERT_EQ(functions.size(), 1u) << testing::PrintToString(fileName);
-    EXPECT_EQ(functions[0].number, number);
-    EXPECT_EQ(functions[0].processed, processed);
-  }
-  void ExpectNone(const std::wstring& fileName) const {
-    std::vector<FunctionRecord> functions = list_;
-    EXPECT_FALSE(SelectFunction(fileName, functions)) << testing::PrintToString(fileName);
-    EXPECT_EQ(functions.size(), list_.size());
-  }
-
-  const std::vector<FunctionRecord> list_ = {Numbered(1, false), Numbered(3, false), Numbered(123, false),
-                                             Numbered(1, true), Numbered(2, true)};
-};
-
-TEST_F(SelectFunctionTest, TakesRawFunctionsByNumber) {
-  ExpectSelected(L"_func001.dat", 1, false);
-  ExpectSelected(L"_func003.dat", 3, false);
-  ExpectSelected(L"_func123.dat", 123, false);
-}
-
-TEST_F(SelectFunctionTest, TakesProcessedFunctionsByNumber) {
-  ExpectSelected(L"_proc001.dat", 1, true);
-  ExpectSelected(L"_proc002.dat", 2, true);
-}
-
-TEST_F(SelectFunctionTest, TakesAnyExtension) {
-  ExpectSelected(L"_func003.idx", 3, false);
-  ExpectSelected(L"_proc002.sts", 2, true);
-}
-
-TEST_F(SelectFunctionTest, KeepsTheListWithoutAMatch) {
-  ExpectNone(L"_func002.dat");  // processed 2 does not count
-  ExpectNone(L"_proc003.dat");  // nor raw 3
-  ExpectNone(L"_func000.dat");
-  ExpectNone(L"_func999.dat");
-  ExpectNone(L"_funcabc.dat");
-}
-
-// At most three characters are read as a number, up to the first that is no digit.
-TEST_F(SelectFunctionTest, ReadsThreeCharactersAtMost) {
-  ExpectSelected(L"_func1234567", 123, false);
-  ExpectSelected(L"_func3.dat00", 3, false);
-  ExpectSelected(L"_func3xy.dat", 3, false);
-}
-
-TEST_F(SelectFunctionTest, EmptyListStaysEmpty) {
-  std::vector<FunctionRecord> functions;
-  EXPECT_FALSE(SelectFunction(L"_func001.dat", functions));
-  EXPECT_TRUE(functions.empty());
-}
-
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -5,10 +5,17 @@
 
 #include <gtest/gtest.h>
 
+#include "plugin/raw_spectra.h"
 #include "tests/masslynx/function_type_rows.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
+
+FunctionRecord OfType(int typeCode) {
+  FunctionRecord function;
+  function.typeCode = typeCode;
+  return function;
+}
 
 constexpr int kUnknownTypes[] = {-1, 32, 33, 255, 65536};
 
@@ -23,22 +30,33 @@ TEST(FunctionTypeText, IsUnknownForOtherCodes) {
 
 TEST(FunctionKindOfType, MapsAllTypes) {
   for (const FunctionTypeRow& row : kFunctionTypeRows) {
-    EXPECT_EQ(FunctionKindOfType(row.code), row.kind) << row.code;
+    EXPECT_EQ(plugin::KindOf(OfType(row.code)), row.kind) << row.code;
   }
 }
 
 TEST(FunctionKindOfType, IsMsForOtherCodes) {
-  for (const int code : kUnknownTypes) EXPECT_EQ(FunctionKindOfType(code), 2) << code;
+  for (const int code : kUnknownTypes) EXPECT_EQ(plugin::KindOf(OfType(code)), 2) << code;
 }
 
-TEST(MsMsScanTypeOfType, MapsAllTypes) {
+TEST(ScanTypeOfType, MapsAllTypes) {
   for (const FunctionTypeRow& row : kFunctionTypeRows) {
-    EXPECT_EQ(MsMsScanTypeOfType(row.code), row.scanType) << row.code;
+    EXPECT_EQ(static_cast<int>(ScanTypeOfType(row.code)), row.scanType) << row.code;
   }
 }
 
-TEST(MsMsScanTypeOfType, IsNoneForOtherCodes) {
-  for (const int code : kUnknownTypes) EXPECT_EQ(MsMsScanTypeOfType(code), 0) << code;
+TEST(ScanTypeOfType, IsNoneForOtherCodes) {
+  for (const int code : kUnknownTypes) EXPECT_EQ(ScanTypeOfType(code), ScanType::kNone) << code;
+}
+
+TEST(MonitoringOfType, IsThatOfSixTypes) {
+  for (int code = -1; code < 40; ++code) {
+    const bool isOfIons = code == 1 || code == 22 || code == 23;       // SIR, ASPEC VSIR and Magnet SIR
+    const bool isOfReactions = code == 9 || code == 29 || code == 31;  // MRM, ASPEC MRM and MRMQ
+    EXPECT_EQ(MonitoringOfType(code), isOfIons        ? Monitoring::kIons
+                                      : isOfReactions ? Monitoring::kReactions
+                                                      : Monitoring::kNone)
+        << code;
+  }
 }
 
 TEST(UsesMs2Calibration, MapsAllTypes) {
@@ -61,12 +79,12 @@ TEST(IonModeText, IsEmptyAboveFifteen) {
 }
 
 TEST(PolarityOfIonMode, IsPositiveForEvenAndNegativeForOddModes) {
-  for (int mode = 0; mode < 16; mode += 2) EXPECT_EQ(PolarityOfIonMode(mode), 1) << mode;
-  for (int mode = 1; mode < 16; mode += 2) EXPECT_EQ(PolarityOfIonMode(mode), 2) << mode;
+  for (int mode = 0; mode < 16; mode += 2) EXPECT_EQ(PolarityOfIonMode(mode), Polarity::kPositive) << mode;
+  for (int mode = 1; mode < 16; mode += 2) EXPECT_EQ(PolarityOfIonMode(mode), Polarity::kNegative) << mode;
 }
 
 TEST(PolarityOfIonMode, IsUnknownAboveFifteen) {
-  for (int mode = 16; mode <= 32; ++mode) EXPECT_EQ(PolarityOfIonMode(mode), 0) << mode;
+  for (int mode = 16; mode <= 32; ++mode) EXPECT_EQ(PolarityOfIonMode(mode), Polarity::kUnknown) << mode;
 }
 
 // Codes 1 and 9 share a text, deliberately.
@@ -108,4 +126,4 @@ TEST(ProcessText, IsEmptyAboveTwentySeven) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

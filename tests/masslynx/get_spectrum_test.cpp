@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 #include "tests/masslynx/truncation.h"
 #include "tests/support/raw_directory_builder.h"
 
@@ -72,7 +72,7 @@ class GetSpectrumTest : public testing::Test {
 
   RawDirectoryBuilder raw_;
   std::optional<TempDirectory> directory_;
-  CMLDataServerImpl server_;
+  plugin::CMLDataServerImpl server_;
 };
 
 /// A spectrum whose every attribute differs from what a read would set.

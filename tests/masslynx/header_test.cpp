@@ -13,7 +13,7 @@
 #include "tests/support/temp_directory.h"
 #include "tests/support/text_writer.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 using Lines = std::vector<std::wstring>;
@@ -316,4 +316,4 @@ TEST(AnalysisDateTime, LongestTextHas79Characters) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

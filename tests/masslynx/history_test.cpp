@@ -7,12 +7,12 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/raw_directory.h"
+#include "masslynx/directory_files.h"
 #include "tests/masslynx/truncation.h"
 #include "tests/support/history_writer.h"
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 using Chain = std::vector<std::uint16_t>;
@@ -50,7 +50,7 @@ class HistoryTest : public testing::Test {
   /// What is appended to the three raw functions.
   std::vector<FunctionRecord> Appended() const {
     std::vector<FunctionRecord> functions = RawFunctions();
-    AppendProcessedFunctions(directory_.WidePath(), functions);
+    AppendProcessedFunctions(directory_.SystemPath(), functions);
     EXPECT_GE(functions.size(), std::size(kTypes));
     functions.erase(functions.begin(), functions.begin() + std::size(kTypes));
     return functions;
@@ -135,7 +135,7 @@ TEST_F(HistoryTest, ProcessedFunctionIsACopyOfItsRawFunction) {
   functions[1].massRangeKnown = true;
   functions[1].lowMass = 50;
   functions[1].highMass = 60;
-  AppendProcessedFunctions(directory_.WidePath(), functions);
+  AppendProcessedFunctions(directory_.SystemPath(), functions);
 
   ASSERT_EQ(functions.size(), 4u);
   EXPECT_FALSE(functions[1].processed);
@@ -372,7 +372,7 @@ TEST_F(HistoryTest, NoRawFunctionsGiveNoProcessedOnes) {
   WriteData({"_PROC001.DAT"});
   ASSERT_EQ(AppendedNumbers(), Numbers{1});
   std::vector<FunctionRecord> none;
-  AppendProcessedFunctions(directory_.WidePath(), none);
+  AppendProcessedFunctions(directory_.SystemPath(), none);
   EXPECT_TRUE(none.empty());
 }
 
@@ -402,4 +402,4 @@ TEST_F(HistoryTest, BytesBehindTheLastWholeEntryAreIgnored) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

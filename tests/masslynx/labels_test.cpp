@@ -10,7 +10,7 @@
 #include "tests/masslynx/truncation.h"
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr int kMs = 0;
@@ -31,7 +31,7 @@ class LabelsTest : public testing::Test {
   std::vector<FunctionRecord> Applied(std::size_t count) const {
     std::vector<FunctionRecord> functions(count);
     for (FunctionRecord& function : functions) function.typeCode = kMs;
-    ApplyLabels(directory_.WidePath(), functions);
+    ApplyLabels(directory_.SystemPath(), functions);
     return functions;
   }
   static Labels LabelsOf(const std::vector<FunctionRecord>& functions) {
@@ -308,4 +308,4 @@ TEST_F(LabelsTest, TruncatedFileRampsFromTheWholeKeyOn) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace zrml {
@@ -65,7 +65,7 @@ class MLDataServerTest : public testing::Test {
   }
 
   std::optional<TempDirectory> directory_;
-  CMLDataServerImpl server_;
+  plugin::CMLDataServerImpl server_;
 };
 
 }  // namespace zrml

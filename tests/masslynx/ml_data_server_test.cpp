@@ -1,6 +1,4 @@
 // The provider as a door: recognising, opening, selecting and closing, and what it answers without data.
-#include "masslynx/ml_data_server.h"
-
 #include <climits>
 #include <cstddef>
 #include <optional>
@@ -9,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "plugin/raw_server.h"
 #include "tests/masslynx/ml_data_server_fixture.h"
 #include "tests/masslynx/truncation.h"
 #include "tests/support/raw_directory_builder.h"
@@ -19,7 +18,7 @@ namespace {
 // --- the provider ---
 
 TEST(MLDataServer, NamesItself) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_EQ(server.GetProviderName(), L"ZRMLProvider");
   EXPECT_EQ(server.GetProviderGuid(), L"{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}");
   EXPECT_EQ(server.GetFileFilter(), L"Waters MassLynx (*.dat *.idx *.inf)");
@@ -33,7 +32,7 @@ TEST(MLDataServerCanOpen, TakesBothSpellings) {
     RawDirectoryBuilder raw = DirectoryOf({kTofMs});
     raw.spelling = spelling;
     const TempDirectory directory = raw.Build();
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     EXPECT_TRUE(server.CanOpen(directory.WidePath()));
     EXPECT_TRUE(server.CanOpen(OpenedPath(directory)));
     EXPECT_TRUE(server.ValidateSource(directory.WidePath()));
@@ -43,7 +42,7 @@ TEST(MLDataServerCanOpen, TakesBothSpellings) {
 
 TEST(MLDataServerCanOpen, RejectsFilesInsideTheDirectory) {
   const TempDirectory directory = DirectoryOf({kTofMs, kTofMs}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   for (const char* const name : {"_FUNC002.DAT", "_HEADER.TXT", "_FUNCTNS.INF", "missing"}) {
     EXPECT_FALSE(server.CanOpen(directory.WidePath(name))) << name;
     EXPECT_FALSE(server.ValidateSource(directory.WidePath(name))) << name;
@@ -55,7 +54,7 @@ TEST(MLDataServerCanOpen, RejectsFilesInsideTheDirectory) {
 TEST(MLDataServerCanOpen, NeedsHeaderAndFunctionTable) {
   for (const char* const name : {"_HEADER.TXT", "_FUNCTNS.INF"}) {
     const TempDirectory directory = DirectoryOf({kTofMs}).Build();
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     EXPECT_TRUE(server.CanOpen(directory.WidePath())) << name;
     EXPECT_TRUE(server.ValidateSource(directory.WidePath())) << name;
     directory.Remove(name);
@@ -70,7 +69,7 @@ TEST(MLDataServerValidateSource, LooksAtTheFirstHeaderLine) {
   const TempDirectory acquired = raw.Build();
   raw.header = {"$$ Instrument: x", "$$ Version: 01.00"};
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_TRUE(server.ValidateSource(acquired.WidePath()));
   EXPECT_FALSE(server.ValidateSource(directory.WidePath()));
   EXPECT_TRUE(server.CanOpen(directory.WidePath()));
@@ -83,7 +82,7 @@ TEST(MLDataServerValidateSource, ChangesNothing) {
   other.header.push_back("$$ Instrument: other");
   const TempDirectory otherDirectory = other.Build();
   const TempDirectory directory = DirectoryOf({kDau}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
 
   EXPECT_TRUE(server.CanOpen(otherDirectory.WidePath()));
@@ -93,7 +92,7 @@ TEST(MLDataServerValidateSource, ChangesNothing) {
   EXPECT_EQ(Metadata(server, L"InstrumentName"), L"");
   EXPECT_EQ(server.GetScanCount(0, 0), 1);
 
-  CMLDataServerImpl closed;
+  plugin::CMLDataServerImpl closed;
   EXPECT_TRUE(closed.ValidateSource(otherDirectory.WidePath()));
   EXPECT_EQ(closed.GetFunctionCount(0), 0);
   EXPECT_EQ(Metadata(closed, L"DatasetName"), L"");
@@ -104,7 +103,7 @@ TEST(MLDataServerValidateSource, ChangesNothing) {
 TEST(MLDataServerOpen, TrailingBackslashMakesNoDifference) {
   const TempDirectory directory = DirectoryOf({kTofMs, kDau}).Build();
   for (const std::wstring& path : {directory.WidePath(), OpenedPath(directory)}) {
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     EXPECT_TRUE(server.Open(path));
     EXPECT_EQ(FunctionNames(server), (Names{L"TOF MS ES+", L"DAU ES+"}));
     EXPECT_EQ(Metadata(server, L"DatasetName"), OpenedPath(directory));
@@ -113,7 +112,7 @@ TEST(MLDataServerOpen, TrailingBackslashMakesNoDifference) {
 
 TEST(MLDataServerOpen, PathMustNameTheDirectoryItself) {
   const TempDirectory directory = DirectoryOf({kTofMs}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_FALSE(server.Open(directory.WidePath("_FUNC001.DAT")));
   EXPECT_FALSE(server.Open(directory.WidePath("_HEADER.TXT")));
   EXPECT_FALSE(server.Open(L""));
@@ -122,7 +121,7 @@ TEST(MLDataServerOpen, PathMustNameTheDirectoryItself) {
 
 TEST(MLDataServerOpen, DirectoryWithoutFunctionsOpens) {
   const TempDirectory directory = DirectoryOf({}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(server.GetFunctionCount(0), 0);
 }
@@ -134,7 +133,7 @@ TEST(MLDataServerOpen, WithoutHeaderOnlyThePathChanges) {
   const TempDirectory second = DirectoryOf({kTofMs, kTofMs}).Build();
   second.Remove("_HEADER.TXT");
 
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(first.WidePath()));
   EXPECT_FALSE(server.Open(second.WidePath()));
   EXPECT_EQ(FunctionNames(server), Names{L"DAU ES+"});
@@ -147,7 +146,7 @@ TEST(MLDataServerOpen, MissingFunctionTableFailsAndKeepsTheHeader) {
   raw.header.push_back("$$ Instrument: x");
   const TempDirectory directory = raw.Build();
   directory.Remove("_FUNCTNS.INF");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_FALSE(server.Open(directory.WidePath()));
   EXPECT_EQ(server.GetFunctionCount(0), 0);
   EXPECT_EQ(Metadata(server, L"InstrumentName"), L"x");
@@ -159,7 +158,7 @@ TEST(MLDataServerOpen, MissingFunctionTableFailsAndKeepsTheHeader) {
 
 TEST(MLDataServerOpen, FunctionTableOfOddSizeFails) {
   const TempDirectory directory = DirectoryOf({kTofMs, kTofMs}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(server.GetFunctionCount(0), 2);
   server.Close();
@@ -177,7 +176,7 @@ TEST(MLDataServerOpen, OptionalFilesMayBeCutAnywhere) {
   raw.labels = {FunctionHeading(1, "LABEL")};
   const TempDirectory directory = raw.Build();
   directory.WriteText("_PROC001.DAT", "");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   const auto names = [&] {
     server.Close();
     EXPECT_TRUE(server.Open(directory.WidePath()));
@@ -199,7 +198,7 @@ TEST(MLDataServerClose, ForgetsTheSource) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs, kDad});
   raw.header.push_back("$$ Instrument: x");
   const TempDirectory directory = raw.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(server.GetFunctionCount(0), 1);
   EXPECT_TRUE(server.HasAbsorbanceData(0));
@@ -211,7 +210,7 @@ TEST(MLDataServerClose, ForgetsTheSource) {
 }
 
 TEST(MLDataServerClose, OfAClosedObjectChangesNothing) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_TRUE(server.Close());
   EXPECT_TRUE(server.Close());
   const TempDirectory directory = DirectoryOf({kTofMs}).Build();
@@ -222,7 +221,7 @@ TEST(MLDataServerClose, OfAClosedObjectChangesNothing) {
 TEST(MLDataServerClose, AnotherSourceCanBeOpenedAfterIt) {
   const TempDirectory first = DirectoryOf({kTofMs, kDad}).Build();
   const TempDirectory second = DirectoryOf({kDau, kTofMsMs}).Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   for (int round = 0; round < 3; ++round) {
     ASSERT_TRUE(server.Open(first.WidePath()));
     EXPECT_EQ(FunctionNames(server), Names{L"TOF MS ES+"});
@@ -246,7 +245,7 @@ TEST(MLDataServerOpen, SecondOpenWithoutCloseLoadsTheNewDescription) {
   raw.functions[0] = FunctionOf(kDau, {0.5F, 1.0F});
   const TempDirectory second = raw.Build();
 
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(first.WidePath()));
   EXPECT_EQ(server.GetScanCount(0, 0), 1);
   ASSERT_TRUE(server.Open(second.WidePath()));
@@ -258,8 +257,8 @@ TEST(MLDataServerOpen, SecondOpenWithoutCloseLoadsTheNewDescription) {
 
 TEST(MLDataServerOpen, ObjectsAreIndependent) {
   const TempDirectory directory = DirectoryOf({kTofMs}).Build();
-  CMLDataServerImpl first;
-  CMLDataServerImpl second;
+  plugin::CMLDataServerImpl first;
+  plugin::CMLDataServerImpl second;
   ASSERT_TRUE(first.Open(directory.WidePath()));
   ASSERT_TRUE(second.Open(directory.WidePath()));
   first.Close();
@@ -280,7 +279,7 @@ class MLDataServerSelection : public testing::Test {
   }
 
   Names NamesWith(const std::wstring& file) {
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     EXPECT_TRUE(server.OpenFileInSet(directory_->WidePath(), file));
     return FunctionNames(server);
   }
@@ -314,7 +313,7 @@ TEST_F(MLDataServerSelection, ProcessedFileListsItsProcessedFunction) {
 TEST_F(MLDataServerSelection, SelectedFunctionKeepsItsFileNumber) {
   raw_.functions[1] = FunctionOf(kDau, {0.5F, 1.0F});
   raw_.WriteTo(directory_->Path());
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.OpenFileInSet(directory_->WidePath(), L"_FUNC002.DAT"));
   EXPECT_EQ(server.GetFunctionCount(0), 1);
   EXPECT_EQ(server.GetScanCount(0, 0), 2);
@@ -342,7 +341,7 @@ TEST_F(MLDataServerSelection, ShorterAndLongerNamesListAll) {
 // Deliberate: Open() takes the directory for the chosen file, so a directory called like one selects.
 TEST_F(MLDataServerSelection, DirectoryCalledLikeAFunctionFileSelects) {
   const TempDirectory directory = raw_.Build("x_FUNC002.raw");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(FunctionNames(server), Names{L"DAU ES+"});
   server.Close();
@@ -352,7 +351,7 @@ TEST_F(MLDataServerSelection, DirectoryCalledLikeAFunctionFileSelects) {
 
 // Deliberate: only Close() forgets the selection.
 TEST_F(MLDataServerSelection, StaysUntilClose) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.OpenFileInSet(directory_->WidePath(), L"_FUNC002.DAT"));
   ASSERT_TRUE(server.Open(directory_->WidePath()));
   EXPECT_EQ(FunctionNames(server), Names{L"DAU ES+"});
@@ -364,7 +363,7 @@ TEST_F(MLDataServerSelection, StaysUntilClose) {
 TEST_F(MLDataServerSelection, StaysAfterAnOpenWithoutFunctionTable) {
   const TempDirectory broken = raw_.Build();
   broken.Remove("_FUNCTNS.INF");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_FALSE(server.OpenFileInSet(broken.WidePath(), L"_FUNC002.DAT"));
   ASSERT_TRUE(server.Open(directory_->WidePath()));
   EXPECT_EQ(FunctionNames(server), Names{L"DAU ES+"});
@@ -373,7 +372,7 @@ TEST_F(MLDataServerSelection, StaysAfterAnOpenWithoutFunctionTable) {
 TEST_F(MLDataServerSelection, IsNotMadeByAnOpenWithoutHeader) {
   const TempDirectory broken = raw_.Build();
   broken.Remove("_HEADER.TXT");
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   EXPECT_FALSE(server.OpenFileInSet(broken.WidePath(), L"_FUNC002.DAT"));
   ASSERT_TRUE(server.Open(directory_->WidePath()));
   EXPECT_EQ(FunctionNames(server), all_);
@@ -382,7 +381,7 @@ TEST_F(MLDataServerSelection, IsNotMadeByAnOpenWithoutHeader) {
 TEST_F(MLDataServerSelection, IsForgottenWhenNothingMatches) {
   RawDirectoryBuilder one = DirectoryOf({kTofMsMs});
   const TempDirectory small = one.Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.OpenFileInSet(small.WidePath(), L"_FUNC002.DAT"));
   EXPECT_EQ(FunctionNames(server), Names{L"TOF MS/MS ES+"});
   ASSERT_TRUE(server.Open(directory_->WidePath()));
@@ -499,7 +498,7 @@ TEST_F(MLDataServerGuards, ClosedObjectIsEmpty) {
   server_.Close();
   ExpectEmptySample(server_, 0);
   for (const int function : {0, 1, -1}) ExpectEmptyResults(server_, 0, function);
-  CMLDataServerImpl neverOpened;
+  plugin::CMLDataServerImpl neverOpened;
   ExpectEmptySample(neverOpened, 0);
   ExpectEmptyResults(neverOpened, 0, 0);
 }

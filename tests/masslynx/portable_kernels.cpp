@@ -1,8 +1,8 @@
 // Everything reads as it does on a processor without AVX2.
 #include "masslynx/scandata/point_kernels.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 const PointKernels& ChosenKernels() { return kPortableKernels; }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

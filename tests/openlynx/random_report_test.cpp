@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/report_server.h"
 #include "tests/openlynx/literal_reader.h"
 #include "tests/openlynx/server_questions.h"
 #include "tests/support/temp_directory.h"

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/report_server.h"
 #include "tests/support/report_writer.h"
 #include "tests/support/temp_directory.h"
 

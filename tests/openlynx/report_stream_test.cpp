@@ -11,7 +11,7 @@
 
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::openlynx {
 namespace {
 
 using Mode = ReportStream::Mode;
@@ -20,7 +20,7 @@ class ReportStreamTest : public testing::Test {
  protected:
   ReportStream Open(const std::string& text, Mode mode = Mode::kBinary) {
     directory_.WriteText("report.rpt", text);
-    return ReportStream::Open(directory_.WidePath("report.rpt"), mode);
+    return ReportStream::Open(platform::ToSystemPath(directory_.WidePath("report.rpt")), mode);
   }
 
   std::vector<std::string> Pieces(const std::string& text, Mode mode = Mode::kBinary) {
@@ -215,4 +215,4 @@ TEST_F(ReportStreamTest, SearchesFindWhatGoingThroughAllPiecesFinds) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::openlynx

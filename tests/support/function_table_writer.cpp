@@ -5,7 +5,7 @@
 namespace zrml {
 namespace {
 
-namespace format = function_table_format;
+namespace format = masslynx::function_table_format;
 
 std::uint16_t PackedWord(const FunctionTableRecord& record) {
   const auto field = [](unsigned value, unsigned bits) { return value & ((1u << bits) - 1); };
@@ -27,7 +27,7 @@ FileBytes WriteRecord(const FunctionTableRecord& record) {
   writer.U16(PackedWord(record)).F32(record.scanTime);
   for (const float time : record.keptTimes) writer.F32(time);
   writer.UnusedUpTo(format::kDefaultScanValue).U8(record.defaultScanValue).U8(record.keptScanValue);
-  if ((PackedWord(record) & ((1u << format::kTypeBits) - 1)) == kMtofType) {
+  if ((PackedWord(record) & ((1u << format::kTypeBits) - 1)) == masslynx::kMtofType) {
     writer.UnusedUpTo(format::kMtofLowMass).F32(record.mtofLowMass).F32(record.mtofHighMass);
   } else {
     AppendChannels(record, writer);

@@ -24,9 +24,9 @@ struct FunctionTableRecord {
   std::uint8_t keptScanValue = 0;
   float setMass = 0;
   float keptSetValue = 0;
-  std::array<std::uint32_t, function_table_format::kChannels> channels = {};
-  std::array<float, function_table_format::kChannels> startMasses = {};
-  std::array<float, function_table_format::kChannels> endMasses = {};
+  std::array<std::uint32_t, masslynx::function_table_format::kChannels> channels = {};
+  std::array<float, masslynx::function_table_format::kChannels> startMasses = {};
+  std::array<float, masslynx::function_table_format::kChannels> endMasses = {};
 
   // Written for type 17 only, in place of the set mass and everything below it.
   float mtofLowMass = 0;

@@ -4,7 +4,7 @@
 
 namespace zrml {
 
-namespace format = history_format;
+namespace format = masslynx::history_format;
 
 HistoryFunctionNumbers NumbersInOrder() {
   HistoryFunctionNumbers numbers;

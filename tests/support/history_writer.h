@@ -17,7 +17,7 @@ struct HistoryStep {
   std::uint16_t processCode = 0;
 };
 
-using HistoryFunctionNumbers = std::array<std::uint16_t, history_format::kFunctionNumberCount>;
+using HistoryFunctionNumbers = std::array<std::uint16_t, masslynx::history_format::kFunctionNumberCount>;
 
 /// Every raw function at the position of its number: 1, 2, 3 ...
 HistoryFunctionNumbers NumbersInOrder();

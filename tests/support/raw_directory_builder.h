@@ -56,7 +56,7 @@ struct FunctionFiles {
   FunctionTableRecord record = {};  ///< of no meaning for a processed function
   std::vector<ScanFiles> scans = {};
   std::optional<StatisticsLayout> statistics = {};  ///< no statistics file without it
-  std::size_t indexRecordSize = scan_index_format::kShortRecordSize;
+  std::size_t indexRecordSize = masslynx::scan_index_format::kShortRecordSize;
 };
 
 struct ChromTrace {

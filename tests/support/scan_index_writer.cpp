@@ -3,7 +3,7 @@
 namespace zrml {
 namespace {
 
-namespace format = scan_index_format;
+namespace format = masslynx::scan_index_format;
 
 std::uint32_t PackedWord(const ScanIndexRecord& record) {
   std::uint32_t word = record.pointCount & format::kPointCountMask;

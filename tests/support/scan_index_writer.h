@@ -28,6 +28,6 @@ struct ScanIndexRecord {
 
 /// `recordSize` is 22, 30, or what a reader should not take.
 FileBytes WriteScanIndex(const std::vector<ScanIndexRecord>& records,
-                         std::size_t recordSize = scan_index_format::kShortRecordSize);
+                         std::size_t recordSize = masslynx::scan_index_format::kShortRecordSize);
 
 }  // namespace zrml

@@ -6,7 +6,7 @@
 namespace zrml {
 namespace {
 
-namespace format = scan_statistics_format;
+namespace format = masslynx::scan_statistics_format;
 
 struct ItemWriter {
   std::uint16_t code;

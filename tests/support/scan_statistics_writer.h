@@ -36,7 +36,7 @@ std::vector<StatisticsItem> AllItemsBut(const std::vector<std::uint16_t>& codes)
 
 struct StatisticsLayout {
   std::vector<StatisticsItem> items = AllItems();
-  std::uint16_t version = scan_statistics_format::kKnownVersion;
+  std::uint16_t version = masslynx::scan_statistics_format::kKnownVersion;
   // Worked out from `items`, unless given.
   std::optional<std::uint16_t> headerSize = {};
   std::optional<std::uint16_t> recordSize = {};

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/platform/platform.h"
 #include "tests/support/byte_writer.h"
 
 namespace zrml {
@@ -25,6 +26,9 @@ class TempDirectory {
   /// The path, or that of a file in it, as the interface takes it.
   std::wstring WidePath() const;
   std::wstring WidePath(const std::filesystem::path& name) const;
+
+  /// The path as the system takes it.
+  platform::SystemPath SystemPath() const { return platform::ToSystemPath(WidePath()); }
 
   void Write(const std::filesystem::path& name, std::span<const std::byte> bytes) const;
   void WriteText(const std::filesystem::path& name, std::string_view text) const;

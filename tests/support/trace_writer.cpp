@@ -4,7 +4,7 @@ namespace zrml {
 namespace {
 
 void AppendNames(const std::vector<std::string>& names, ByteWriter& writer) {
-  using namespace traces_format;
+  using namespace masslynx::traces_format;
   for (const std::string& name : names) {
     const std::string cut = name.substr(0, kNameSize);
     writer.Unused(kName).Text(cut).Zeros(kNameSize - cut.size());

@@ -22,14 +22,15 @@ FileBytes WriteAnalogsDat(const std::vector<AnalogRecord>& records);
 
 /// The header of "_CHROMS.INF" and of "_CHRO%03ld.DAT".
 struct TraceHeader {
-  std::uint16_t headerSize = traces_format::kHeaderSize;
-  std::uint16_t second = traces_format::kHeaderSecond;
+  std::uint16_t headerSize = masslynx::traces_format::kHeaderSize;
+  std::uint16_t second = masslynx::traces_format::kHeaderSecond;
   std::uint16_t recordSize = 0;
-  std::uint16_t fourth = traces_format::kHeaderFourth;
+  std::uint16_t fourth = masslynx::traces_format::kHeaderFourth;
 };
 
 FileBytes WriteChromsInf(const std::vector<std::string>& names,
-                         const TraceHeader& header = {.recordSize = traces_format::kNameRecordSize});
+                         const TraceHeader& header = {
+                             .recordSize = masslynx::traces_format::kNameRecordSize});
 
 struct TracePoint {
   float time = 0;
@@ -37,6 +38,6 @@ struct TracePoint {
 };
 
 FileBytes WriteChroDat(const std::vector<TracePoint>& points,
-                       const TraceHeader& header = {.recordSize = traces_format::kPointSize});
+                       const TraceHeader& header = {.recordSize = masslynx::traces_format::kPointSize});
 
 }  // namespace zrml

@@ -7,10 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include "plugin/raw_spectra.h"
 #include "tests/masslynx/scandata/scan_files.h"
 #include "tests/support/byte_writer.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 using Values = HostVector<double>;
@@ -35,7 +36,7 @@ struct Decoded {
 Decoded Decode(const FileBytes& bytes, const FunctionRecord& function, int scan = 0,
                const CZRAbsorbanceSpectrum& container = {}) {
   Decoded decoded{false, container};
-  decoded.ok = DecodeAbsorbanceScan(OpenDataFile(bytes), function, scan, decoded.spectrum);
+  decoded.ok = plugin::DecodeAbsorbanceScan(OpenDataFile(bytes), function, scan, decoded.spectrum);
   return decoded;
 }
 
@@ -241,4 +242,4 @@ TEST(AbsorbanceDecoder, Format1FileCutAtEveryLengthReadsAsZeroBytes) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

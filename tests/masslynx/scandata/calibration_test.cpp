@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -674,4 +674,4 @@ TEST(ScanCalibration, ConvertsEveryMassOfItsScanAlike) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -7,10 +7,11 @@
 #include <gtest/gtest.h>
 
 #include "masslynx/scandata/scan_decoder.h"
+#include "plugin/raw_spectra.h"
 #include "tests/masslynx/scandata/scan_files.h"
 #include "tests/support/byte_writer.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 
 using Values = HostVector<double>;
 using Floats = std::vector<float>;
@@ -50,7 +51,7 @@ inline Decoded DecodeFile(const platform::File& file, const FunctionRecord& func
                           const CZRMassSpectrum& container = {}) {
   Decoded decoded;
   decoded.spectrum = container;
-  decoded.ok = DecodeScan(file, function, scan, decoded.spectrum, decoded.unsorted);
+  decoded.ok = plugin::DecodeScan(file, function, scan, decoded.spectrum, decoded.unsorted);
   return decoded;
 }
 
@@ -91,4 +92,4 @@ inline Floats AscendingMasses(std::size_t count) {
   return masses;
 }
 
-}  // namespace zrml
+}  // namespace zrml::masslynx

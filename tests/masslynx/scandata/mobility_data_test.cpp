@@ -1,6 +1,4 @@
 // Drift bins, with a reader of the tests in the place of the instrument maker's.
-#include "masslynx/scandata/mobility_data.h"
-
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -10,10 +8,13 @@
 #include <gtest/gtest.h>
 
 #include "plugin/data_server.h"
+#include "plugin/raw_spectra.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
+using plugin::MobilityScan;
+using MobilityData = plugin::MobilitySpectra;
 using Calls = std::vector<std::string>;
 
 // One for all objects of a test.
@@ -539,4 +540,4 @@ TEST_F(MobilityDataTest, MassRangeNeedsTheScanInTheIndexOnly) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

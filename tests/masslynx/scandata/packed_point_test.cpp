@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 /// A point whose bytes are zero but for the little-endian word at `offset`.
@@ -157,4 +157,4 @@ TEST(UnpackPair, SecondMassSpansTwoFields) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

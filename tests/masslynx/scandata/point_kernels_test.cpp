@@ -15,7 +15,7 @@
 #include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/packed_point.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr std::size_t kSizes[] = {0, 1, 2, 3, 7, 8, 31, 255, 256, 257, 512, 1000, 1024};
@@ -260,4 +260,4 @@ INSTANTIATE_TEST_SUITE_P(Kernels, PointKernelsTest, testing::ValuesIn(KernelsOfT
                          [](const auto& test) { return test.param.name; });
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -7,7 +7,7 @@
 
 #include "tests/masslynx/scandata/decoded_scan.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -249,4 +249,4 @@ TEST(ScanDecoderRounding, Format12RawMassesAreSingleBeforeTheyAreCalibrated) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -6,7 +6,7 @@
 
 #include "tests/masslynx/scandata/decoded_scan.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -133,4 +133,4 @@ TEST(ScanDecoderFormat3, PointNumbersGoBeyondTheChannels) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -9,7 +9,7 @@
 
 #include "tests/masslynx/scandata/decoded_scan.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 /// One scan of each layout, worked by hand.
@@ -366,4 +366,4 @@ TEST(ScanDecoder, DataBehindTwoAndFourGigabytes) {
 #endif
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

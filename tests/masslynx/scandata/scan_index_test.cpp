@@ -12,7 +12,7 @@
 #include "tests/support/scan_statistics_writer.h"
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 constexpr const char* kIndexName = "_FUNC001.idx";
@@ -29,18 +29,17 @@ FunctionRecord FunctionOf(int dataFormat, std::uint16_t number = 1) {
 }
 
 /// What the index of function 1, in `directory`, gives.
-std::vector<ScanIndexEntry> Load(const TempDirectory& directory, int dataFormat = 9,
-                                 bool startWith30 = false) {
+std::vector<ScanIndexEntry> Load(const TempDirectory& directory, int dataFormat = 9) {
   FunctionRecord function = FunctionOf(dataFormat);
-  LoadScanIndex(directory.WidePath(), function, startWith30);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   return function.scanIndex;
 }
 
 /// The same from an index file of the given bytes.
-std::vector<ScanIndexEntry> LoadBytes(const FileBytes& bytes, int dataFormat = 9, bool startWith30 = false) {
+std::vector<ScanIndexEntry> LoadBytes(const FileBytes& bytes, int dataFormat = 9) {
   static const TempDirectory directory;
   WriteAnew(directory, kIndexName, bytes);
-  return Load(directory, dataFormat, startWith30);
+  return Load(directory, dataFormat);
 }
 
 std::vector<std::uint32_t> Offsets(const std::vector<ScanIndexEntry>& entries) {
@@ -82,7 +81,6 @@ TEST(ScanIndex, WorkedRecord) {
     EXPECT_EQ(entries[0].temperatureCoefficient, 0.0F);
     EXPECT_EQ(entries[0].precursorMass, 0.0F);
     EXPECT_EQ(entries[0].precursorFlags, 0);
-    EXPECT_EQ(entries[0].item80Word, 0);
     EXPECT_FALSE(entries[0].temperatureValid);
   }
 }
@@ -180,15 +178,6 @@ TEST(ScanIndex, OtherRecordSizesGiveNoScans) {
   for (const std::size_t size : {16U, 21U, 23U, 29U, 31U}) {
     EXPECT_TRUE(LoadBytes(WriteScanIndex(Ascending(1), size)).empty()) << size;
   }
-}
-
-TEST(ScanIndex, StartingWith30ByteRecordsNeverReads22) {
-  // 330 zero bytes serve both sizes.
-  EXPECT_EQ(LoadBytes(FileBytes(330)).size(), 15U);
-  EXPECT_EQ(LoadBytes(FileBytes(330), 9, true).size(), 11U);
-  EXPECT_EQ(LoadBytes(FileBytes(22)).size(), 1U);
-  EXPECT_TRUE(LoadBytes(FileBytes(22), 9, true).empty());
-  EXPECT_EQ(LoadBytes(FileBytes(30), 9, true).size(), 1U);
 }
 
 TEST(ScanIndex, EmptyFileGivesNoScans) { EXPECT_TRUE(LoadBytes({}).empty()); }
@@ -374,11 +363,11 @@ TEST(ScanIndex, LoadedIndexIsNotReadAgain) {
   const TempDirectory directory;
   FunctionRecord function = FunctionOf(9);
   directory.Write(kIndexName, WriteScanIndex(Ascending(2)));
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   ASSERT_EQ(function.scanIndex.size(), 2U);
   directory.Write(kIndexName, WriteScanIndex(Ascending(5)));
   directory.Write(kStatisticsName, WriteScanStatistics({{.auxValue = 10}, {.auxValue = 11}}));
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   ASSERT_EQ(function.scanIndex.size(), 2U);
   EXPECT_EQ(function.scanIndex[0].auxValue, 0.0F);
   EXPECT_FALSE(function.calibrationConstant);
@@ -387,13 +376,13 @@ TEST(ScanIndex, LoadedIndexIsNotReadAgain) {
 TEST(ScanIndex, FailedLoadIsTriedAgain) {
   const TempDirectory directory;
   FunctionRecord function = FunctionOf(9);
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   EXPECT_TRUE(function.scanIndex.empty());
   directory.Write(kIndexName, FileBytes(23));
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   EXPECT_TRUE(function.scanIndex.empty());
   directory.Write(kIndexName, WriteScanIndex(Ascending(2)));
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   EXPECT_EQ(function.scanIndex.size(), 2U);
 }
 
@@ -402,10 +391,10 @@ TEST(ScanIndex, EmptyRecordIsNeverLoaded) {
   directory.Write(kIndexName, WriteScanIndex(Ascending(2)));
   FunctionRecord function = FunctionOf(9);
   function.typeCode = -1;
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   EXPECT_TRUE(function.scanIndex.empty());
   function.typeCode = 0;  // the control
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   EXPECT_EQ(function.scanIndex.size(), 2U);
 }
 
@@ -427,7 +416,7 @@ TEST(ScanIndex, NameCarriesTheNumberAndTheKindOfFunction) {
     for (const Case& read : cases) {
       FunctionRecord function = FunctionOf(9, read.number);
       function.processed = read.processed;
-      LoadScanIndex(directory.WidePath(), function);
+      LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
       EXPECT_EQ(function.scanIndex.size(), &read == &written ? 2U : 0U)
           << read.name << " of " << written.name;
     }
@@ -441,7 +430,7 @@ TEST(ScanIndex, StatisticsOfAProcessedFunctionHaveItsName) {
   directory.Write("_PROC007.sts", WriteScanStatistics({{.auxValue = 20}}));
   FunctionRecord function = FunctionOf(9, 7);
   function.processed = true;
-  LoadScanIndex(directory.WidePath(), function);
+  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
   ASSERT_EQ(function.scanIndex.size(), 1U);
   EXPECT_EQ(function.scanIndex[0].auxValue, 20.0F);
 }
@@ -469,4 +458,4 @@ TEST(ScanIndex, SpellingsAreTriedAsWrittenThenUpperThenLower) {
 #endif
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -10,7 +10,7 @@
 #include "tests/support/scan_statistics_writer.h"
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 namespace format = scan_statistics_format;
@@ -42,7 +42,7 @@ Loaded LoadFile(Entries entries, bool before) {
   function.number = 1;
   function.typeCode = 0;
   function.calibrationConstant = before;
-  LoadScanStatistics(Directory().WidePath(), function, entries);
+  LoadScanStatistics(Directory().SystemPath(), function, entries);
   return {std::move(entries), function.calibrationConstant};
 }
 
@@ -71,7 +71,6 @@ ScanIndexEntry EntryOfScan() {
   entry.auxValue = 30.5F;
   entry.precursorMass = 785.84F;
   entry.precursorFlags = 0x8001;
-  entry.item80Word = 0x1234;
   entry.temperatureValid = true;
   entry.temperature = 25.25F;
   entry.temperatureCoefficient = -2.5F;
@@ -88,7 +87,6 @@ void ExpectStatistics(const ScanIndexEntry& entry, const ScanIndexEntry& expecte
   EXPECT_EQ(entry.auxValue, expected.auxValue);
   EXPECT_EQ(entry.precursorMass, expected.precursorMass);
   EXPECT_EQ(entry.precursorFlags, expected.precursorFlags);
-  EXPECT_EQ(entry.item80Word, expected.item80Word);
   EXPECT_EQ(entry.temperatureValid, expected.temperatureValid);
   EXPECT_EQ(entry.temperature, expected.temperature);
   EXPECT_EQ(entry.temperatureCoefficient, expected.temperatureCoefficient);
@@ -118,14 +116,13 @@ TEST(ScanStatistics, WorkedFile) {
   const std::string unused18 = "EE EE EE EE EE EE EE EE EE EE EE EE EE EE EE EE EE EE";
   const std::string header = "50 00 01 00 08 00 01 00" + unused24;
   const std::string descriptor = "3E 00 EE EE 04 00" + unused24 + unused18;
-  // 10 = 0x41200000, -1.5 = 0xBFC00000. Items 77, 79 and 80 have no descriptor and take the first bytes.
+  // 10 = 0x41200000, -1.5 = 0xBFC00000. Items 77 and 79 have no descriptor and take the first bytes.
   const std::string records = "01 00 80 3F 00 00 20 41  00 00 00 00 00 00 C0 BF";
   const Loaded loaded = Load(HexToBytes(header + descriptor + records), 2);
 
   EXPECT_EQ(loaded.entries[0].auxValue, 10.0F);
   EXPECT_EQ(loaded.entries[0].precursorMass, 0x1.000002p0F);  // 0x3F800001
   EXPECT_EQ(loaded.entries[0].precursorFlags, 1);
-  EXPECT_EQ(loaded.entries[0].item80Word, 1);
   EXPECT_FALSE(loaded.entries[0].temperatureValid);
   EXPECT_EQ(loaded.entries[1].auxValue, -1.5F);
   EXPECT_EQ(loaded.entries[1].precursorMass, 0.0F);
@@ -204,13 +201,12 @@ TEST(ScanStatistics, MissingPrecursorItemsAreDeliberatelyReadFromTheRecordsFirst
     ScanIndexEntry expected = EntryOfScan();
     if (code == format::kPrecursorMass) expected.precursorMass = 0x1.000002p0F;  // 0x3F800001
     if (code == format::kPrecursorFlags) expected.precursorFlags = 1;
-    if (code == format::kWord80) expected.item80Word = 1;
     FileBytes file =
         WriteScanStatistics({kScan}, {.items = items, .headerSize = kHeader, .recordSize = kRecord});
     PatchU32(file, kHeader, kScan.firstBytes);  // over an item that the writer put there
     ExpectStatistics(Load(file).entries[0], expected);
   };
-  for (const std::uint16_t code : {format::kPrecursorMass, format::kPrecursorFlags, format::kWord80}) {
+  for (const std::uint16_t code : {format::kPrecursorMass, format::kPrecursorFlags}) {
     SCOPED_TRACE(code);
     expectFirstBytes(AllItemsBut({code}), code);
     expectFirstBytes(AllItemsWithZeroOffsetOf(code), code);
@@ -284,7 +280,7 @@ TEST(ScanStatistics, MissingFileChangesNothing) {
     function.typeCode = 0;
     function.calibrationConstant = before;
     Entries entries(1);
-    LoadScanStatistics(empty.WidePath(), function, entries);
+    LoadScanStatistics(empty.SystemPath(), function, entries);
     ExpectStatistics(entries[0], ScanIndexEntry());
     EXPECT_EQ(function.calibrationConstant, before);
   }
@@ -297,7 +293,6 @@ TEST(ScanStatistics, HeaderSizeSaysWhereRecordsStart) {
   // At 0 the record lies over the header, whose bytes 8 to 31 are unused.
   FileBytes file = WriteScanStatistics({kScan});
   PatchU16(file, format::kRecordsOffset, 0);
-  EXPECT_EQ(Load(file).entries[0].item80Word, 0xEEEE);
   EXPECT_FALSE(Load(file).entries[0].temperatureValid);  // 0xEE is negative
 }
 
@@ -415,7 +410,6 @@ TEST(ScanStatistics, FileCutAtEveryLengthKeepsTheItemsBeforeTheCut) {
       if (isCut(8)) expected[i].auxValue = 0;
       if (isCut(12)) expected[i].precursorMass = 0;
       if (isCut(14)) expected[i].precursorFlags = 0;
-      if (isCut(16)) expected[i].item80Word = 0;
       if (isCut(20)) expected[i].temperature = 0;
       if (isCut(24)) expected[i].temperatureCoefficient = 0;
       if (isCut(25)) expected[i].temperatureValid = false;
@@ -489,10 +483,10 @@ TEST(ScanStatistics, EachOfTheThreeSpellingsIsFound) {
     function.number = 12;
     function.typeCode = 0;
     Entries entries(1);
-    LoadScanStatistics(directory.WidePath(), function, entries);
+    LoadScanStatistics(directory.SystemPath(), function, entries);
     ExpectStatistics(entries[0], EntryOfScan());
   }
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

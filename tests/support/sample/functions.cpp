@@ -142,7 +142,7 @@ FunctionFiles FragmentSpectra() {
     // Scans of the background say nothing of a precursor: the function's set mass is theirs.
     if (&compound != &Background()) {
       scan.statistics.precursorMass = static_cast<float>(precursor);
-      scan.statistics.precursorFlags = scan_statistics_format::kPrecursorMassGiven;
+      scan.statistics.precursorFlags = masslynx::scan_statistics_format::kPrecursorMassGiven;
     }
     function.scans.push_back(std::move(scan));
   });

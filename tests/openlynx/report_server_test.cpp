@@ -1,6 +1,6 @@
 // The provider as a host sees it: which files it takes, opening and closing, and positions that there are
 // not.
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/report_server.h"
 
 #include <filesystem>
 

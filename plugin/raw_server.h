@@ -9,11 +9,11 @@
 #include "common/platform/platform.h"
 #include "masslynx/function_record.h"
 #include "masslynx/header.h"
-#include "masslynx/scandata/mobility_data.h"
 #include "masslynx/scandata/traces.h"
 #include "plugin/data_server.h"
+#include "plugin/raw_spectra.h"
 
-namespace zrml {
+namespace zrml::plugin {
 
 class CMLDataServerImpl : public CDataServerImpl {
  public:
@@ -71,31 +71,25 @@ class CMLDataServerImpl : public CDataServerImpl {
   bool GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) override;
 
  private:
-  struct MetadataItem;
-  static const MetadataItem kMetadata[8];
-
-  bool ReadHeaderItem(const MetadataItem& item, int function, std::wstring& value);
-  bool ReadDateTime(const MetadataItem& item, int function, std::wstring& value);
-  bool ReadDataPath(const MetadataItem& item, int function, std::wstring& value);
-  bool ReadProviderName(const MetadataItem& item, int function, std::wstring& value);
-  bool ReadIonMode(const MetadataItem& item, int function, std::wstring& value);
-
   bool LoadDescription();
 
   /// The record at a position, with its scan index loaded or as it is; null when there is none.
-  FunctionRecord* FindFunction(int sample, int function);
-  FunctionRecord* FindLoadedFunction(int sample, int function);
-  bool DecodePoints(FunctionRecord& record, int scan, CZRMassSpectrum& spectrum);
+  masslynx::FunctionRecord* FindFunction(int sample, int function);
+  masslynx::FunctionRecord* FindLoadedFunction(int sample, int function);
+  bool DecodePoints(masslynx::FunctionRecord& record, int scan, CZRMassSpectrum& spectrum);
   void CompleteSpectrum(int function, int scan, CZRMassSpectrum& spectrum);
 
-  FunctionRecord* FindMobilityFunction(int sample, int function);
+  masslynx::FunctionRecord* FindMobilityFunction(int sample, int function);
 
   /// The list as it was read first since the last Close(); null when it cannot be read.
-  const TraceList* LoadTraceList();
-  bool IsAbsorbanceTrace(const TraceList& list, int trace);
+  const masslynx::TraceList* LoadTraceList();
+  bool IsAbsorbanceTrace(const masslynx::TraceList& list, int trace);
+  bool ReadListedTrace(const masslynx::TraceList& list, int trace, CZRChromatogram& chromatogram);
+  void LoadAbsorbanceIndex();
   bool GetTotalAbsorbanceTrace(int trace, CZRChromatogram& chromatogram);
 
-  std::wstring dataPath;  // with a trailing backslash while open
+  std::wstring dataPath;        // with a trailing backslash while open
+  platform::SystemPath folder;  // the same
   // Held open until Close(): on Windows a directory in use cannot be moved away under the reader.
   platform::File headerFile;
   // Open during GetSpectrum only. No local, because a Microsoft-compiled host may throw from its own
@@ -104,11 +98,11 @@ class CMLDataServerImpl : public CDataServerImpl {
   platform::File dataFile;
   // Lower-case name of the one data file that was chosen, or empty.
   std::wstring selectedFile;
-  HeaderLines headerLines;
-  std::vector<FunctionRecord> functions;
-  FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none
-  std::optional<TraceList> traceList;
-  MobilityData mobilityData;
+  masslynx::HeaderLines headerLines;
+  std::vector<masslynx::FunctionRecord> functions;
+  masslynx::FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none
+  std::optional<masslynx::TraceList> traceList;
+  MobilitySpectra mobilityData;
 };
 
-}  // namespace zrml
+}  // namespace zrml::plugin

@@ -1,4 +1,4 @@
-#include "masslynx/raw_directory.h"
+#include "masslynx/directory_files.h"
 
 #include <string>
 #include <string_view>
@@ -8,7 +8,7 @@
 #include "masslynx/function_record.h"
 #include "tests/support/temp_directory.h"
 
-namespace zrml {
+namespace zrml::masslynx {
 namespace {
 
 std::string ContentOf(const platform::File& file) {
@@ -19,7 +19,7 @@ std::string ContentOf(const platform::File& file) {
 
 /// The content of what opens; "closed" when nothing does.
 std::string ContentIn(const std::wstring& directory, std::wstring_view name) {
-  const platform::File file = OpenInDirectory(directory, name);
+  const platform::File file = OpenInDirectory(platform::ToSystemPath(directory), name);
   return file.IsOpen() ? ContentOf(file) : "closed";
 }
 
@@ -104,7 +104,7 @@ TEST(OpenInDirectory, EmptyFileOpens) {
 class FileFinderTest : public testing::TestWithParam<std::size_t> {
  protected:
   bool Opens(const std::wstring& name) const {
-    const std::wstring path = directory_.WidePath();
+    const platform::SystemPath path = directory_.SystemPath();
     const bool opens = FileFinder(path, GetParam()).Opens(name);
     EXPECT_EQ(opens, OpenInDirectory(path, name).IsOpen()) << name;
     return opens;
@@ -148,7 +148,7 @@ TEST_P(FileFinderTest, OtherNamesInTheDirectoryMakeNoDifference) {
 
 TEST_P(FileFinderTest, FileThatVanishesIsNotFound) {
   directory_.WriteText("_FUNC001.DAT", "");
-  const std::wstring path = directory_.WidePath();
+  const platform::SystemPath path = directory_.SystemPath();
   const FileFinder finder(path, GetParam());
   ASSERT_TRUE(finder.Opens(L"_FUNC001.DAT"));
   directory_.Remove("_FUNC001.DAT");
@@ -156,7 +156,7 @@ TEST_P(FileFinderTest, FileThatVanishesIsNotFound) {
 }
 
 TEST_P(FileFinderTest, FileThatComesLaterIsFoundByTheNext) {
-  const std::wstring path = directory_.WidePath();
+  const platform::SystemPath path = directory_.SystemPath();
   const FileFinder early(path, GetParam());
   directory_.WriteText("_FUNC001.DAT", "");
   const bool isListed = GetParam() > 1;
@@ -167,7 +167,7 @@ TEST_P(FileFinderTest, FileThatComesLaterIsFoundByTheNext) {
 TEST(FileFinder, DirectoryOfTooManyNamesIsNotListed) {
   const TempDirectory directory;
   for (int i = 0; i < 8 * 16; ++i) directory.WriteText("other " + std::to_string(i), "");
-  const std::wstring path = directory.WidePath();
+  const platform::SystemPath path = directory.SystemPath();
   const FileFinder finder(path, 8);
   directory.WriteText("_FUNC001.DAT", "");
   EXPECT_TRUE(finder.Opens(L"_FUNC001.DAT")) << "a list would not have it";
@@ -175,39 +175,42 @@ TEST(FileFinder, DirectoryOfTooManyNamesIsNotListed) {
 
 TEST(FileFinder, MissingDirectoryHasNothing) {
   const TempDirectory directory;
-  const std::wstring path = directory.WidePath("missing");
+  const platform::SystemPath path = platform::ToSystemPath(directory.WidePath("missing"));
   EXPECT_FALSE(FileFinder(path, 100).Opens(L"_FUNC001.DAT"));
 }
 
 TEST(FileExistsInDirectory, IsTrueForAFile) {
   const TempDirectory directory;
   directory.WriteText("_header.txt", "");
-  EXPECT_TRUE(FileExistsInDirectory(directory.WidePath(), L"_header.txt"));
-  EXPECT_TRUE(FileExistsInDirectory(directory.WidePath() + L'\\', L"_header.txt"));
+  EXPECT_TRUE(FileExistsInDirectory(platform::ToSystemPath(directory.WidePath()), L"_header.txt"));
+  EXPECT_TRUE(FileExistsInDirectory(platform::ToSystemPath(directory.WidePath() + L'\\'), L"_header.txt"));
 }
 
-TEST(FileExistsInDirectory, LooksForTheNameAsGiven) {
+TEST(FileExistsInDirectory, NeverLooksForAMixedCase) {
   if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
   const TempDirectory directory;
   directory.WriteText("_Header.txt", "");
-  EXPECT_TRUE(FileExistsInDirectory(directory.WidePath(), L"_Header.txt"));
-  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_header.txt"));
-  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_HEADER.TXT"));
+  EXPECT_FALSE(FileExistsInDirectory(directory.SystemPath(), L"_Header.txt"));
+  directory.Rename("_Header.txt", "_HEADER.TXT");
+  EXPECT_TRUE(FileExistsInDirectory(directory.SystemPath(), L"_Header.txt"));
+  directory.Rename("_HEADER.TXT", "_header.txt");
+  EXPECT_TRUE(FileExistsInDirectory(directory.SystemPath(), L"_Header.txt"));
 }
 
 TEST(FileExistsInDirectory, IsFalseForADirectoryOrNothing) {
   const TempDirectory directory;
   directory.MakeDirectory("_header.txt");
-  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_header.txt"));
-  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath(), L"_other.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(platform::ToSystemPath(directory.WidePath()), L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(platform::ToSystemPath(directory.WidePath()), L"_other.txt"));
 }
 
 TEST(FileExistsInDirectory, IsFalseWithoutTheDirectory) {
   const TempDirectory directory;
   directory.WriteText("_header.txt", "");
-  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath("missing"), L"_header.txt"));
-  EXPECT_FALSE(FileExistsInDirectory(directory.WidePath("_header.txt"), L"_header.txt"));
-  EXPECT_FALSE(FileExistsInDirectory(L"", L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(platform::ToSystemPath(directory.WidePath("missing")), L"_header.txt"));
+  EXPECT_FALSE(
+      FileExistsInDirectory(platform::ToSystemPath(directory.WidePath("_header.txt")), L"_header.txt"));
+  EXPECT_FALSE(FileExistsInDirectory(platform::ToSystemPath(L""), L"_header.txt"));
 }
 
 TEST(IsRawDirectory, NeedsHeaderAndFunctionTableInEitherSpelling) {
@@ -216,14 +219,15 @@ TEST(IsRawDirectory, NeedsHeaderAndFunctionTableInEitherSpelling) {
   for (const char* const header : headers) {
     for (const char* const table : tables) {
       const TempDirectory directory;
-      EXPECT_FALSE(IsRawDirectory(directory.WidePath()));
+      EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath())));
       directory.WriteText(header, "");
-      EXPECT_FALSE(IsRawDirectory(directory.WidePath())) << header;
+      EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath()))) << header;
       directory.WriteText(table, "");
-      EXPECT_TRUE(IsRawDirectory(directory.WidePath())) << header << " " << table;
-      EXPECT_TRUE(IsRawDirectory(directory.WidePath() + L'\\')) << header << " " << table;
+      EXPECT_TRUE(IsRawDirectory(platform::ToSystemPath(directory.WidePath()))) << header << " " << table;
+      EXPECT_TRUE(IsRawDirectory(platform::ToSystemPath(directory.WidePath() + L'\\')))
+          << header << " " << table;
       directory.Remove(header);
-      EXPECT_FALSE(IsRawDirectory(directory.WidePath())) << table;
+      EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath()))) << table;
     }
   }
 }
@@ -233,25 +237,25 @@ TEST(IsRawDirectory, RejectsMixedCase) {
   const TempDirectory directory;
   directory.WriteText("_HEADER.TXT", "");
   directory.WriteText("_Functns.inf", "");
-  EXPECT_FALSE(IsRawDirectory(directory.WidePath()));
+  EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath())));
   directory.Rename("_Functns.inf", "_FUNCTNS.INF");
-  EXPECT_TRUE(IsRawDirectory(directory.WidePath()));
+  EXPECT_TRUE(IsRawDirectory(platform::ToSystemPath(directory.WidePath())));
 }
 
 TEST(IsRawDirectory, RejectsDirectoriesInPlaceOfTheFiles) {
   const TempDirectory directory;
   directory.WriteText("_HEADER.TXT", "");
   directory.MakeDirectory("_FUNCTNS.INF");
-  EXPECT_FALSE(IsRawDirectory(directory.WidePath()));
+  EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath())));
 }
 
 TEST(IsRawDirectory, RejectsFilesAndMissingPaths) {
   const TempDirectory directory;
   directory.WriteText("_HEADER.TXT", "");
   directory.WriteText("_FUNCTNS.INF", "");
-  EXPECT_FALSE(IsRawDirectory(directory.WidePath("_HEADER.TXT")));
-  EXPECT_FALSE(IsRawDirectory(directory.WidePath("missing")));
-  EXPECT_FALSE(IsRawDirectory(L""));
+  EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath("_HEADER.TXT"))));
+  EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(directory.WidePath("missing"))));
+  EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(L"")));
 }
 
 TEST(FunctionFileName, HasThreeDigitsOrMore) {
@@ -274,7 +278,7 @@ class OpenFunctionFileTest : public testing::Test {
     FunctionRecord function;
     function.processed = processed;
     function.number = number;
-    const platform::File file = OpenFunctionFile(directory_.WidePath(), function, extension);
+    const platform::File file = OpenFunctionFile(directory_.SystemPath(), function, extension);
     return file.IsOpen() ? ContentOf(file) : "closed";
   }
 
@@ -305,4 +309,4 @@ TEST_F(OpenFunctionFileTest, TriesTheNameAsWrittenThenUpperThenLowerCase) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::masslynx

@@ -1,16 +1,16 @@
-// Provider 1: OpenLynx reports, text files of several samples. The report stays open between calls; what lies
-// where is looked for when it is first needed, and points are read again on every call.
+// Provider 1: OpenLynx reports, text files of several samples. The contract's view of a report, with the
+// state that its oddities need: the functions that a host still sees, and the analog traces that it has met.
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "openlynx/precursor_search.h"
-#include "openlynx/report_index.h"
-#include "openlynx/report_stream.h"
-#include "openlynx/report_values.h"
+#include "openlynx/report.h"
+#include "plugin/analog_traces.h"
 #include "plugin/data_server.h"
 
 namespace zrml {
@@ -82,31 +82,51 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   bool ReadDateTime(const MetadataItem& item, int sample, int function, std::wstring& value);
   bool ReadFunctionBlock(const MetadataItem& item, int sample, int function, std::wstring& value);
 
-  // Looks for the samples of the open file unless some are known.
-  void IndexSamples();
+  // What a host has seen of a sample.
+  struct SeenSample {
+    bool isIndexed = false;              // it has a function that is not analog: no further look
+    bool isPruned = false;               // functions without blocks are gone
+    std::vector<std::size_t> functions;  // positions in the sample's, of those that are not analog
+    AnalogTraces traces;
+    std::uint64_t lookedTo = 0;           // behind the last byte that was looked at in vain, and one more
+    std::optional<std::uint64_t> digest;  // of the bytes up to there, once they were looked at again
+  };
 
-  // The record at a position with what its callers need indexed, each step when it is first needed; null when
-  // there is none or no file is open.
-  ReportSampleRecord* FindSample(int sample);
-  ReportSampleRecord* FindIndexedSample(int sample);
-  ReportFunctionRecord* FindFunction(int sample, int function);
-  ReportFunctionRecord* FindIndexedFunction(int sample, int function);
+  // A sample, and where asked for, a function and what there is of it.
+  struct FoundSample {
+    openlynx::Sample* sample = nullptr;  // null when there is none or no file is open
+    SeenSample* seen = nullptr;
 
-  // Functions of MS level 1; no value when one has no spectrum.
-  std::optional<std::vector<PrecursorCandidate>> FindPrecursorCandidates(int sample);
+    explicit operator bool() const { return sample != nullptr; }
+  };
+  struct FoundFunction {
+    openlynx::Sample* sample = nullptr;
+    openlynx::Function* function = nullptr;  // null when there is none
+
+    explicit operator bool() const { return function != nullptr; }
+  };
+
+  openlynx::Sample* FindSample(int sample);
+  FoundSample FindIndexedSample(int sample);
+  FoundFunction FindFunction(int sample, int function);
+  // The positions of its spectra or chromatograms.
+  std::optional<std::span<const std::uint64_t>> FindSpectra(int sample, int function);
+  std::optional<std::span<const std::uint64_t>> FindChromatograms(int sample, int function);
+
+  void Look(openlynx::Sample& sample, SeenSample& seen);
 
   std::optional<std::uint64_t> FindAnalogTrace(int sample, int trace);
 
-  bool FillChromatogram(int sample, int function, HostVector<double> ScanTimeSeries::*series,
+  bool FillChromatogram(int sample, int function, std::vector<double> openlynx::ScanSeries::*series,
                         CZRChromatogram& chromatogram);
   std::wstring TraceNameAt(std::uint64_t position, const wchar_t* noun, int trace);
   bool ReadTraceAt(std::uint64_t position, CZRChromatogram& chromatogram);
 
-  ReportStream stream;
-  std::vector<ReportSampleRecord> samples;  // empty until they are needed
+  openlynx::Report report_;
+  std::vector<SeenSample> seen_;  // by sample
   // Of GetSpectrum while it runs. No local, because a Microsoft-compiled host may throw from its own
   // spectrum's Resize, and its exceptions pass our frames without cleaning up.
-  ReportSpectrum spectrumRead;
+  openlynx::Spectrum spectrum_;
 };
 
 }  // namespace zrml

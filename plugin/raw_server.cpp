@@ -1,27 +1,29 @@
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <numeric>
 
 #include "common/text.h"
+#include "masslynx/directory_files.h"
 #include "masslynx/function_names.h"
 #include "masslynx/function_table.h"
 #include "masslynx/function_types.h"
 #include "masslynx/history.h"
 #include "masslynx/labels.h"
-#include "masslynx/raw_directory.h"
-#include "masslynx/scan_attributes.h"
-#include "masslynx/scandata/absorbance_decoder.h"
+#include "masslynx/metadata.h"
 #include "masslynx/scandata/calibration.h"
-#include "masslynx/scandata/scan_decoder.h"
 #include "masslynx/scandata/scan_index.h"
 #include "masslynx/scandata/scan_statistics_format.h"
+#include "plugin/raw_functions.h"
 
-namespace zrml {
+namespace zrml::plugin {
 namespace {
 
-constexpr std::wstring_view kHeaderName = L"_header.txt";
+using masslynx::FunctionRecord;
+using masslynx::OpenInDirectory;
+using masslynx::ScanIndexEntry;
+using masslynx::TraceList;
 
 // The lower-cased file name at the end of `file` when it looks like that of a function's data file.
 std::wstring FunctionFileOf(const std::wstring& file) {
@@ -48,14 +50,17 @@ void FillWithTotals(const std::vector<ScanIndexEntry>& scans, CZRChromatogram& c
 
 }  // namespace
 
-std::wstring CMLDataServerImpl::GetProviderName() { return L"ZRMLProvider"; }
+std::wstring CMLDataServerImpl::GetProviderName() { return std::wstring(masslynx::kProviderName); }
 std::wstring CMLDataServerImpl::GetProviderGuid() { return L"{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}"; }
 std::wstring CMLDataServerImpl::GetFileFilter() { return L"Waters MassLynx (*.dat *.idx *.inf)"; }
 
-bool CMLDataServerImpl::CanOpen(const std::wstring& path) { return IsRawDirectory(path); }
+bool CMLDataServerImpl::CanOpen(const std::wstring& path) {
+  return masslynx::IsRawDirectory(platform::ToSystemPath(path));
+}
 
 bool CMLDataServerImpl::ValidateSource(const std::wstring& path) {
-  return CanOpen(path) && IsMassLynxHeader(OpenInDirectory(path, kHeaderName));
+  return CanOpen(path) &&
+         masslynx::IsMassLynxHeader(OpenInDirectory(platform::ToSystemPath(path), masslynx::kHeaderName));
 }
 
 bool CMLDataServerImpl::Open(const std::wstring& path) { return OpenFileInSet(path, path); }
@@ -63,25 +68,28 @@ bool CMLDataServerImpl::Open(const std::wstring& path) { return OpenFileInSet(pa
 bool CMLDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstring& file) {
   dataPath = path;
   if (!dataPath.empty() && !dataPath.ends_with(L'\\')) dataPath += L'\\';
-  headerFile = OpenInDirectory(dataPath, kHeaderName);
+  folder = platform::ToSystemPath(dataPath);
+  headerFile = OpenInDirectory(folder, masslynx::kHeaderName);
   if (!headerFile.IsOpen()) return false;
   if (std::wstring name = FunctionFileOf(file); !name.empty()) selectedFile = std::move(name);
   return LoadDescription();
 }
 
 bool CMLDataServerImpl::LoadDescription() {
-  headerLines = ReadHeaderLines(headerFile);
-  FunctionTable table;
-  if (!ReadFunctionTable(dataPath, ReadCalibrationLines(headerLines.All()), table)) return false;
-  AppendProcessedFunctions(dataPath, table.functions);
-  ApplyLabels(dataPath, table.functions);
-  RemoveUnlisted(table);
-  if (!selectedFile.empty() && !SelectFunction(selectedFile, table.functions)) selectedFile.clear();
-  MarkSharedNames(table.functions);
-  functions = std::move(table.functions);
+  headerLines = masslynx::ReadHeaderLines(headerFile);
+  std::vector<FunctionRecord> all;
+  if (!masslynx::ReadFunctionTable(folder, masslynx::ReadCalibrationLines(headerLines.All()),
+                                   masslynx::CutTable::kNothing, all))
+    return false;
+  masslynx::AppendProcessedFunctions(folder, all);
+  masslynx::ApplyLabels(folder, all);
+  FunctionRecord absorbance = FindAbsorbance(all);
+  RemoveUnlisted(all);
+  if (!selectedFile.empty() && !SelectFunction(selectedFile, all)) selectedFile.clear();
+  masslynx::MarkSharedNames(all);
+  functions = std::move(all);
   mobilityData.Release();  // its reader may still be that of a directory opened before
-  if (table.absorbance.typeCode != FunctionRecord::kNoFunction)
-    absorbanceRecord = std::move(table.absorbance);
+  if (absorbance.typeCode != FunctionRecord::kNoFunction) absorbanceRecord = std::move(absorbance);
   return true;
 }
 
@@ -89,8 +97,9 @@ bool CMLDataServerImpl::Close() {
   headerFile.Close();
   dataFile.Close();
   selectedFile.clear();
-  headerLines = HeaderLines();
+  headerLines = masslynx::HeaderLines();
   dataPath.clear();
+  folder.clear();
   functions.clear();
   absorbanceRecord = FunctionRecord();
   traceList.reset();
@@ -106,7 +115,7 @@ FunctionRecord* CMLDataServerImpl::FindFunction(int sample, int function) {
 
 FunctionRecord* CMLDataServerImpl::FindLoadedFunction(int sample, int function) {
   FunctionRecord* const record = FindFunction(sample, function);
-  if (record != nullptr) LoadScanIndex(dataPath, *record);
+  if (record != nullptr) masslynx::LoadScanIndex(folder, *record, masslynx::LeftOutOffsets::kLower32Bits);
   return record;
 }
 
@@ -116,22 +125,23 @@ int CMLDataServerImpl::GetFunctionCount(int sample) {
 
 std::wstring CMLDataServerImpl::GetFunctionName(int sample, int function) {
   if (FindFunction(sample, function) == nullptr) return {};
-  return FunctionName(functions, static_cast<std::size_t>(function));
+  return masslynx::FunctionName(functions, static_cast<std::size_t>(function));
 }
 
 int CMLDataServerImpl::GetFunctionKind(int sample, int function) {
   const FunctionRecord* const record = FindFunction(sample, function);
-  return record != nullptr ? FunctionKindOfType(record->typeCode) : kAbsorbanceFunction;
+  return record != nullptr ? KindOf(*record) : kAbsorbanceFunction;
 }
 
 int CMLDataServerImpl::GetMSMSScanType(int sample, int function) {
   const FunctionRecord* const record = FindFunction(sample, function);
-  return record != nullptr ? MsMsScanTypeOfType(record->typeCode) : kNoMsMsScan;
+  return record != nullptr ? static_cast<int>(masslynx::ScanTypeOfType(record->typeCode)) : kNoMsMsScan;
 }
 
 int CMLDataServerImpl::GetPolarity(int sample, int function) {
   const FunctionRecord* const record = FindFunction(sample, function);
-  return record != nullptr ? PolarityOfIonMode(record->ionMode) : kUnknownPolarity;
+  return record != nullptr ? static_cast<int>(masslynx::PolarityOfIonMode(record->ionMode))
+                           : kUnknownPolarity;
 }
 
 bool CMLDataServerImpl::IsCentroided(int sample, int function) {
@@ -220,7 +230,7 @@ bool CMLDataServerImpl::DecodePoints(FunctionRecord& record, int scan, CZRMassSp
     platform::File& file;
     ~CloseAfterwards() { file.Close(); }
   };
-  dataFile = OpenDataFile(dataPath, record);
+  dataFile = masslynx::OpenDataFile(folder, record);
   const CloseAfterwards closer{dataFile};
   if (!dataFile.IsOpen()) return false;
   bool unsorted = false;
@@ -256,14 +266,14 @@ void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum
     spectrum.SetLastDriftValue(bins);
   }
   if (HasPrecursor(record)) {
-    const bool given = (entry.precursorFlags & scan_statistics_format::kPrecursorMassGiven) != 0;
+    const bool given = (entry.precursorFlags & masslynx::scan_statistics_format::kPrecursorMassGiven) != 0;
     spectrum.SetPrecursorMass(given && entry.precursorMass != 0.0F ? entry.precursorMass : record.setMass);
   }
   spectrum.InvalidateStatistics();
 }
 
 const TraceList* CMLDataServerImpl::LoadTraceList() {
-  if (!traceList && !dataPath.empty()) traceList = ReadTraceList(dataPath);
+  if (!traceList && !dataPath.empty()) traceList = masslynx::ReadTraceList(folder);
   return traceList ? &*traceList : nullptr;
 }
 
@@ -287,95 +297,82 @@ std::wstring CMLDataServerImpl::GetTraceName(int sample, int trace) {
 bool CMLDataServerImpl::GetTrace(int sample, int trace, CZRChromatogram& chromatogram) {
   const TraceList* const list = sample == 0 ? LoadTraceList() : nullptr;
   if (list == nullptr) return false;
-  if (IsPosition(trace, list->names.size())) return ReadTrace(dataPath, *list, trace, chromatogram);
+  if (IsPosition(trace, list->names.size())) return ReadListedTrace(*list, trace, chromatogram);
   return IsAbsorbanceTrace(*list, trace) && GetTotalAbsorbanceTrace(trace, chromatogram);
 }
 
+bool CMLDataServerImpl::ReadListedTrace(const TraceList& list, int trace, CZRChromatogram& chromatogram) {
+  const auto position = static_cast<std::size_t>(trace);
+  const std::optional<masslynx::TraceData> data = masslynx::TraceData::Open(folder, list, position);
+  if (!data) return false;
+  chromatogram.SetSize(static_cast<int>(data->Count()));
+  chromatogram.SetName(list.names[position]);
+  const auto kept = data->Read(chromatogram.GetTimes(), chromatogram.GetIntensities());
+  if (kept && *kept < data->Count()) chromatogram.SetSize(static_cast<int>(*kept));
+  return kept.has_value();
+}
+
 bool CMLDataServerImpl::GetTotalAbsorbanceTrace(int trace, CZRChromatogram& chromatogram) {
-  LoadScanIndex(dataPath, absorbanceRecord);
+  LoadAbsorbanceIndex();
   FillWithTotals(absorbanceRecord.scanIndex, chromatogram);
   chromatogram.SetName(GetTraceName(0, trace));
   return true;
 }
 
 bool CMLDataServerImpl::HasAbsorbanceData(int sample) {
-  return sample == 0 && absorbanceRecord.typeCode == kDadType;
+  return sample == 0 && absorbanceRecord.typeCode == masslynx::kDadType;
+}
+
+void CMLDataServerImpl::LoadAbsorbanceIndex() {
+  masslynx::LoadScanIndex(folder, absorbanceRecord, masslynx::LeftOutOffsets::kLower32Bits);
 }
 
 int CMLDataServerImpl::GetAbsorbanceScanCount(int sample) {
   if (sample != 0) return 0;
-  LoadScanIndex(dataPath, absorbanceRecord);
+  LoadAbsorbanceIndex();
   return static_cast<int>(absorbanceRecord.scanIndex.size());
 }
 
 bool CMLDataServerImpl::GetAbsorbanceSpectrum(int sample, int scan, CZRAbsorbanceSpectrum& spectrum) {
   if (!HasAbsorbanceData(sample) || scan < 0 || scan >= GetAbsorbanceScanCount(sample)) return false;
-  const platform::File file = OpenInDirectory(dataPath, FunctionFileName(absorbanceRecord.number, L"DAT"));
+  const platform::File file =
+      OpenInDirectory(folder, masslynx::FunctionFileName(absorbanceRecord.number, L"DAT"));
   return file.IsOpen() && DecodeAbsorbanceScan(file, absorbanceRecord, scan, spectrum);
-}
-
-struct CMLDataServerImpl::MetadataItem {
-  std::wstring_view key;
-  // False: the item does not exist for this function.
-  bool (CMLDataServerImpl::*read)(const MetadataItem& item, int function, std::wstring& value);
-  std::string_view headerKey = {};
-};
-
-const CMLDataServerImpl::MetadataItem CMLDataServerImpl::kMetadata[] = {
-    {L"AnalysisDateTime", &CMLDataServerImpl::ReadDateTime},
-    {L"InstrumentName", &CMLDataServerImpl::ReadHeaderItem, "Instrument"},
-    {L"OperatorName", &CMLDataServerImpl::ReadHeaderItem, "User Name"},
-    {L"SampleName", &CMLDataServerImpl::ReadHeaderItem, "Sample Description"},
-    {L"DatasetName", &CMLDataServerImpl::ReadDataPath},
-    {L"ProviderName", &CMLDataServerImpl::ReadProviderName},
-    {L"MethodName", &CMLDataServerImpl::ReadHeaderItem, "MS Method"},
-    {L"IonizationMethod", &CMLDataServerImpl::ReadIonMode},
-};
-
-bool CMLDataServerImpl::ReadHeaderItem(const MetadataItem& item, int, std::wstring& value) {
-  LookupHeaderValue(headerLines.All(), item.headerKey, value);
-  return true;
-}
-
-bool CMLDataServerImpl::ReadDateTime(const MetadataItem&, int, std::wstring& value) {
-  std::wstring date;
-  std::wstring time;
-  LookupHeaderValue(headerLines.All(), "Acquired Date", date);
-  LookupHeaderValue(headerLines.All(), "Acquired Time", time);
-  value = AnalysisDateTime(date, time);
-  return true;
-}
-
-bool CMLDataServerImpl::ReadDataPath(const MetadataItem&, int, std::wstring& value) {
-  value = dataPath;
-  return true;
-}
-
-bool CMLDataServerImpl::ReadProviderName(const MetadataItem&, int, std::wstring& value) {
-  value = GetProviderName();
-  return true;
-}
-
-bool CMLDataServerImpl::ReadIonMode(const MetadataItem&, int function, std::wstring& value) {
-  const FunctionRecord* const record = FindFunction(0, function);
-  if (record != nullptr) value = IonModeText(record->ionMode);
-  return record != nullptr;
 }
 
 bool CMLDataServerImpl::GetMetadataValue(int sample, int function, const std::wstring& key,
                                          std::wstring& value) {
+  using Origin = masslynx::MetadataOrigin;
   if (sample != 0) return false;
-  const auto item = std::find_if(std::begin(kMetadata), std::end(kMetadata),
-                                 [&](const MetadataItem& row) { return row.key == key; });
+  const std::span<const masslynx::MetadataItem> items = masslynx::MetadataItems();
+  const auto item = std::find_if(items.begin(), items.end(),
+                                 [&](const masslynx::MetadataItem& row) { return row.key == key; });
   value.clear();  // not before the look-up: key and value may be one string
-  return item != std::end(kMetadata) && (this->*item->read)(*item, function, value);
+  if (item == items.end()) return false;
+  const FunctionRecord* const record = FindFunction(0, function);
+  switch (item->origin) {
+    case Origin::kHeader:
+    case Origin::kDateTime:
+      value = masslynx::HeaderMetadata(*item, headerLines.All());
+      return true;
+    case Origin::kFolder:
+      value = dataPath;
+      return true;
+    case Origin::kProvider:
+      value = GetProviderName();
+      return true;
+    case Origin::kIonMode:
+      if (record != nullptr) value = masslynx::IonModeText(record->ionMode);
+      return record != nullptr;
+  }
+  return false;
 }
 
 bool CMLDataServerImpl::GetMetadataKeys(int sample, int, std::vector<std::wstring>& keys) {
   if (sample != 0) return false;
   keys.clear();
-  for (const MetadataItem& item : kMetadata) keys.emplace_back(item.key);
+  for (const masslynx::MetadataItem& item : masslynx::MetadataItems()) keys.emplace_back(item.key);
   return true;
 }
 
-}  // namespace zrml
+}  // namespace zrml::plugin

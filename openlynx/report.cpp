@@ -1,0 +1,114 @@
+#include "openlynx/report.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "common/platform/platform.h"
+#include "common/text_file.h"
+
+namespace zrml::openlynx {
+namespace {
+
+// A block's text of more characters is not handed out.
+constexpr std::size_t kLargestText = 10'000'000;
+// Bytes that one character may take in a code page, UTF-8 being the longest.
+constexpr std::size_t kBytesPerCharacter = 4;
+
+constexpr std::string_view kExtension = ".rpt";
+
+// A report is recognised by so many lines, through a line buffer of its own size.
+constexpr int kRecognisedLines = 10;
+constexpr std::size_t kLineBuffer = 999;
+
+bool IsLetter(char lowerCase, platform::SystemPath::value_type c) {
+  return c == lowerCase || (c >= 'A' && c <= 'Z' && c - 'A' + 'a' == lowerCase);
+}
+
+}  // namespace
+
+bool HasReportExtension(const platform::SystemPath& path) {
+  return path.size() >= kExtension.size() &&
+         std::equal(kExtension.rbegin(), kExtension.rend(), path.rbegin(), IsLetter);
+}
+
+bool BeginsLikeReport(const platform::File& file) {
+  // Twice the buffers: CR LF is two bytes of the file and one of the buffer.
+  const std::string text = ReadTextBytes(file, 2 * kRecognisedLines * kLineBuffer);
+  ByteLineReader reader(text, kLineBuffer);
+  std::string_view line;
+  for (int i = 0; i < kRecognisedLines && reader.Next(line); ++i) {
+    if (Contains(line, report_format::kSample)) return true;
+  }
+  return false;
+}
+
+std::wstring DateTimeText(std::string_view date, std::string_view time) {
+  return platform::FromCodePage(date) + L"T" + platform::FromCodePage(time) + L"+00:00";
+}
+
+ReportStream Report::Exchange(ReportStream stream) {
+  for (Sample& sample : samples_) sample.ForgetTexts();
+  return std::exchange(stream_, std::move(stream));
+}
+
+std::span<Sample> Report::Samples() {
+  if (!stream_.IsOpen()) return {};
+  if (samples_.empty()) samples_ = FindSamples(stream_);
+  return samples_;
+}
+
+std::span<Function> Report::FunctionsOf(Sample& sample) {
+  if (!sample.areFunctionsSought) FindFunctions(stream_, sample);
+  return sample.functions;
+}
+
+std::span<const std::uint64_t> Report::SpectraOf(Sample& sample, Function& function) {
+  FindBlocks(stream_, sample, function);
+  return sample.SpectraOf(function);
+}
+
+std::span<const std::uint64_t> Report::ChromatogramsOf(Sample& sample, Function& function) {
+  FindBlocks(stream_, sample, function);
+  return sample.ChromatogramsOf(function);
+}
+
+std::wstring Report::NameOf(Sample& sample, const Function& function) {
+  return openlynx::NameOf(stream_, sample, function);
+}
+
+std::string_view Report::TypeOf(Sample& sample, const Function& function) {
+  return openlynx::TypeOf(stream_, sample, function);
+}
+
+FunctionKind Report::KindOf(Sample& sample, const Function& function) {
+  return KindOfType(TypeOf(sample, function));
+}
+
+Polarity Report::PolarityOf(Sample& sample, const Function& function) {
+  return PolarityOfIonMode(IonModeOf(stream_, sample, function));
+}
+
+std::wstring Report::DateTimeOf(std::uint64_t position) {
+  std::array<KeyValue, 2> keys = {{{report_format::kDateKey}, {report_format::kTimeKey}}};
+  ReadKeys(position, keys);
+  return DateTimeText(keys[0].value, keys[1].value);
+}
+
+std::optional<double> Report::NumberOf(std::uint64_t position, std::string_view key) {
+  std::array<KeyValue, 1> keys = {{{key}}};
+  ReadKeys(position, keys);
+  return NumberIn(keys[0].value);
+}
+
+std::optional<std::wstring> Report::ReadText(std::uint64_t position) {
+  std::wstring text =
+      platform::FromCodePage(ReadBlockText(stream_, position, kLargestText * kBytesPerCharacter));
+  return text.size() <= kLargestText ? std::optional(std::move(text)) : std::nullopt;
+}
+
+void Report::Check(const std::string& name, Findings& findings) { FindSamples(stream_, name, &findings); }
+
+}  // namespace zrml::openlynx
