@@ -1,0 +1,444 @@
+#include "source/raw_source.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
+
+#include "masslynx/directory_files.h"
+#include "masslynx/function_names.h"
+#include "masslynx/function_types.h"
+#include "masslynx/metadata.h"
+#include "masslynx/scandata/absorbance_decoder.h"
+#include "masslynx/scandata/scan_decoder.h"
+#include "masslynx/scandata/scan_statistics_format.h"
+#include "masslynx/scandata/sub_scans.h"
+#include "source/formats.h"
+#include "source/position.h"
+
+namespace zrml::source {
+namespace {
+
+using masslynx::FunctionRecord;
+using masslynx::ScanIndexEntry;
+using masslynx::ScanRoom;
+using platform::SystemPath;
+
+constexpr std::wstring_view kTotalAbsorbance = L"PDA - Total Absorbance";
+
+std::string Utf8(std::wstring_view text) { return platform::ToNativePath(text); }
+
+std::string Upper(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
+  return text;
+}
+
+bool IsSeparator(char c) {
+#ifdef _WIN32
+  return c == '/' || c == '\\';
+#else
+  return c == '/';
+#endif
+}
+
+// Shells complete a folder's name with a separator.
+std::string WithoutLastSeparator(std::string path) {
+  while (path.size() > 1 && IsSeparator(path.back()) && path[path.size() - 2] != ':') path.pop_back();
+  return path;
+}
+
+// The folder of a file and the file's name in it.
+std::pair<std::string, std::string> Split(const std::string& path) {
+  const auto name = std::find_if(path.rbegin(), path.rend(), IsSeparator).base();
+  const std::string folder(path.begin(), name);
+  return {folder.empty() ? "." : WithoutLastSeparator(folder), std::string(name, path.end())};
+}
+
+// "_FUNC002" of the name of a file of that function; empty for other names.
+std::string FunctionStem(const std::string& name) {
+  const std::string upper = Upper(name);
+  const bool isOfFunction = upper.starts_with("_FUNC") || upper.starts_with("_PROC");
+  return isOfFunction && upper.size() > 4 && upper[upper.size() - 4] == '.'
+             ? upper.substr(0, upper.size() - 4)
+             : std::string();
+}
+
+std::string StemOf(const FunctionRecord& function) {
+  return FunctionStem(Utf8(masslynx::FileNameOf(function, L"DAT")));
+}
+
+FunctionKind KindOf(const FunctionRecord& function) {
+  switch (masslynx::FunctionKindOfType(function.typeCode)) {
+    case masslynx::FunctionKind::kMsMs:
+      return FunctionKind::kMsMs;
+    case masslynx::FunctionKind::kAbsorbance:
+      return FunctionKind::kAbsorbance;
+    case masslynx::FunctionKind::kMs:
+      break;
+  }
+  return FunctionKind::kMs;
+}
+
+FunctionId IdOf(const FunctionRecord& function) {
+  if (!function.processed) return {.number = function.number};
+  return {function.rawNumber, function.number, function.repeat};
+}
+
+Function Describe(const FunctionRecord& record) {
+  Function function;
+  function.id = IdOf(record);
+  function.name = Utf8(masslynx::NameOf(record));
+  function.kind = KindOf(record);
+  function.monitoring = static_cast<Monitoring>(masslynx::MonitoringOfType(record.typeCode));
+  function.msLevel = masslynx::MsLevelOfType(record.typeCode);
+  function.scanType = static_cast<ScanType>(masslynx::ScanTypeOfType(record.typeCode));
+  function.polarity = static_cast<Polarity>(masslynx::PolarityOfIonMode(record.ionMode));
+  function.isLockMass = record.label.find(L"Lock Mass") != std::wstring::npos;
+  if (record.massRangeKnown) function.massRange = Range{record.lowMass, record.highMass};
+  function.hasMobility = record.hasMobilityData && !record.processed;
+  return function;
+}
+
+static_assert(static_cast<int>(Monitoring::kReactions) == static_cast<int>(masslynx::Monitoring::kReactions));
+static_assert(static_cast<int>(ScanType::kNeutralGain) == static_cast<int>(masslynx::ScanType::kNeutralGain));
+static_assert(static_cast<int>(Polarity::kNegative) == static_cast<int>(masslynx::Polarity::kNegative));
+
+// Nothing where nothing was refused.
+void ThrowRefusal(const std::string& front, const std::string& refusal) {
+  if (!refusal.empty()) throw Error(Status::kUnreadable, front + refusal);
+}
+
+masslynx::RawDirectory OpenDirectory(const std::string& path, const SystemPath& folder) {
+  for (const std::wstring_view name : {masslynx::kHeaderName, masslynx::kFunctionTableName}) {
+    const platform::File file = masslynx::OpenInDirectory(folder, name);
+    std::string refusal;
+    masslynx::NoticeRefusal(file, folder, name, masslynx::Spellings::kUpperLower, &refusal);
+    ThrowRefusal(path + ": ", refusal);
+    if (!file.IsOpen())
+      throw Error(Status::kDamaged, path + " is damaged: " + Utf8(name) + " cannot be opened");
+  }
+  if (!masslynx::IsMassLynxHeader(masslynx::OpenInDirectory(folder, masslynx::kHeaderName)))
+    throw Error(Status::kNotRecognised, path + " is no raw directory: its _HEADER.TXT has another beginning");
+  std::optional<masslynx::RawDirectory> directory = masslynx::RawDirectory::Open(folder);
+  if (!directory) throw Error(Status::kUnreadable, path + ": _FUNCTNS.INF cannot be read");
+  ThrowRefusal(path + ": ", directory->TakeRefusal());
+  return std::move(*directory);
+}
+
+[[noreturn]] void ThrowUnread(const std::string& what) {
+  throw Error(Status::kDamaged, "cannot read " + what);
+}
+
+std::string TextOfScan(int scan, const Function& function) {
+  return "scan " + std::to_string(scan + 1) + " of function " + TextOf(function.id);
+}
+
+// Closes the gaps at the places given, which ascend. Gives how many points are left.
+std::size_t CloseGaps(const std::vector<std::size_t>& gaps, std::size_t count, double* values) {
+  std::size_t kept = 0;
+  auto gap = gaps.begin();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (gap != gaps.end() && *gap == i) {
+      ++gap;
+    } else {
+      values[kept++] = values[i];
+    }
+  }
+  return kept;
+}
+
+}  // namespace
+
+RawSource::RawSource(std::string path, const SystemPath& folder, const std::string& chosen)
+    : Source(std::move(path)), directory_(OpenDirectory(Path(), folder)) {
+  const std::span<const FunctionRecord> all = directory_.Functions();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const bool isListed = all[i].typeCode != masslynx::kDadType && directory_.HasScans(i) &&
+                          !(all[i].processed && all[i].number == 0);  // which is no name of a function
+    if (isListed && (chosen.empty() || StemOf(all[i]) == chosen)) List(i);
+  }
+  absorbance_ = directory_.FindAbsorbance();
+  const bool isAbsorbance = absorbance_ && StemOf(all[*absorbance_]) == chosen;
+  if (!chosen.empty() && functions_.empty() && !isAbsorbance)
+    throw Error(Status::kNotRecognised, Path() + " belongs to no function");
+  NameFunctions();
+  mobilityPath_ = masslynx::MobilityPath(folder);
+}
+
+void RawSource::List(std::size_t position) {
+  positions_.push_back(position);
+  Function& function = functions_.emplace_back(Describe(directory_.Functions()[position]));
+  function.file = platform::ToUtf8Path(directory_.DataFileName(position));
+}
+
+// Functions of one name are told apart by their numbers.
+void RawSource::NameFunctions() {
+  std::map<std::string_view, int> counts;
+  for (const Function& function : functions_) ++counts[function.name];
+  std::vector<bool> isShared;
+  for (const Function& function : functions_) isShared.push_back(counts[function.name] > 1);
+  for (std::size_t i = 0; i < functions_.size(); ++i) {
+    if (isShared[i]) functions_[i].name += ' ' + TextOf(functions_[i].id);
+  }
+}
+
+std::string RawSource::SampleName(int) { return "Injection 1"; }
+
+std::size_t RawSource::PositionOf(int function) const {
+  return At(std::span(positions_), function, "function");
+}
+
+std::size_t RawSource::AbsorbancePosition() const {
+  if (!absorbance_) throw Error(Status::kWrongArgument, "there are no absorbance spectra");
+  return *absorbance_;
+}
+
+FunctionRecord& RawSource::LoadedAt(std::size_t position) {
+  FunctionRecord& record = directory_.LoadedFunction(position);
+  ThrowRefusal({}, directory_.TakeRefusal());
+  return record;
+}
+
+const ScanIndexEntry& RawSource::EntryOf(const FunctionRecord& record, int scan) {
+  return At(std::span(record.scanIndex), scan, "scan");
+}
+
+// `what` names the scan for whoever reads that it cannot be read.
+Bytes RawSource::BytesOf(std::size_t position, const ScanRoom& room, const std::string& what) {
+  const std::optional<Bytes> bytes = directory_.ReadScan(position, room);
+  ThrowRefusal({}, directory_.TakeRefusal());
+  if (!bytes) ThrowUnread(what + ": " + directory_.WhyNoData(position));
+  return *bytes;
+}
+
+std::vector<MetadataItem> RawSource::SampleMetadata(int) {
+  using Origin = masslynx::MetadataOrigin;
+  if (!metadata_.empty()) return metadata_;
+  for (const masslynx::MetadataItem& item : masslynx::MetadataItems()) {
+    std::string value = Utf8(masslynx::HeaderMetadata(item, directory_.Header().All()));
+    if (item.origin == Origin::kDateTime && value == Utf8(masslynx::AnalysisDateTime({}, {}))) value.clear();
+    if (item.origin == Origin::kFolder) value = platform::ToUtf8Path(directory_.Folder());
+    if (item.origin == Origin::kProvider) value = Utf8(masslynx::kProviderName);
+    metadata_.push_back({Utf8(item.key), value.empty() ? std::nullopt : std::optional(std::move(value))});
+  }
+  return metadata_;
+}
+
+std::vector<MetadataItem> RawSource::FunctionMetadata(int, int function) {
+  const std::string value = Utf8(masslynx::IonModeText(directory_.Functions()[PositionOf(function)].ionMode));
+  std::vector<MetadataItem> items;
+  for (const masslynx::MetadataItem& item : masslynx::MetadataItems()) {
+    if (item.origin == masslynx::MetadataOrigin::kIonMode)
+      items.push_back({Utf8(item.key), value.empty() ? std::nullopt : std::optional(value)});
+  }
+  return items;
+}
+
+int RawSource::ScanCount(int, int function) {
+  return static_cast<int>(LoadedAt(PositionOf(function)).scanIndex.size());
+}
+
+Scan RawSource::ScanAt(int, int function, int scan) {
+  const FunctionRecord& record = LoadedAt(PositionOf(function));
+  const ScanIndexEntry& entry = EntryOf(record, scan);
+  Scan result;
+  result.minutes = entry.retentionTime;
+  result.endMinutes = entry.retentionTime + record.scanTime / 60.0F;
+  result.isCentroided = entry.centroided;
+  if (const std::optional<ScanRoom> room = masslynx::RoomOf(record, scan))
+    result.points = static_cast<std::uint32_t>(room->points);
+  result.totalIntensity = entry.totalIntensity;
+  if (KindOf(record) == FunctionKind::kMsMs) {
+    const bool isGiven =
+        (entry.precursorFlags & masslynx::scan_statistics_format::kPrecursorMassGiven) != 0 &&
+        entry.precursorMass != 0.0F;
+    const float mass = isGiven ? entry.precursorMass : record.setMass;
+    if (mass != 0.0F) result.precursorMz = mass;
+    result.isPrecursorOfMethod = !isGiven && mass != 0.0F;
+  }
+  const float value = entry.auxValue != 0.0F ? entry.auxValue : record.defaultScanValue;
+  if (value != 0.0F) result.scanValue = value;
+  return result;
+}
+
+std::vector<double> RawSource::Minutes(int, int function) {
+  const std::vector<ScanIndexEntry>& entries = LoadedAt(PositionOf(function)).scanIndex;
+  std::vector<double> minutes(entries.size());
+  std::transform(entries.begin(), entries.end(), minutes.begin(),
+                 [](const ScanIndexEntry& entry) { return entry.retentionTime; });
+  return minutes;
+}
+
+PointsRead RawSource::ReadPoints(int, int function, int scan, std::span<double> mz,
+                                 std::span<double> intensities) {
+  const std::size_t position = PositionOf(function);
+  const FunctionRecord& record = LoadedAt(position);
+  EntryOf(record, scan);
+  const std::string what = TextOfScan(scan, functions_[static_cast<std::size_t>(function)]);
+  const std::optional<ScanRoom> room = masslynx::RoomOf(record, scan);
+  if (!room) ThrowUnread(what);
+  RequireRoom(room->points, mz, intensities);
+  const Bytes bytes = BytesOf(position, *room, what);
+  unwritten_.clear();
+  const masslynx::DecodedPoints decoded =
+      masslynx::DecodeScan(record, scan, *room, bytes, {mz.data(), intensities.data(), &unwritten_});
+  PointsRead result = {decoded.count, room->points - decoded.count};
+  if (!unwritten_.empty()) {
+    CloseGaps(unwritten_, decoded.count, mz.data());
+    result.count = CloseGaps(unwritten_, decoded.count, intensities.data());
+  }
+  if (decoded.isUnsorted && result.count > 0) {
+    result.count =
+        InOrder(mz.first(result.count), intensities.first(result.count), masslynx::MayHaveSubScans(*room));
+  }
+  return result;
+}
+
+// Sums sub-scans, sorts, and gives how many points are left.
+std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans) {
+  std::optional<PeakSum> sum;
+  if (mayHaveSubScans) sum = masslynx::SumSubScans(mz, intensities);
+  unsorted_.SetSize(static_cast<int>(sum ? sum->Count() : mz.size()));
+  if (sum) {
+    sum->CopyTo(unsorted_.GetMasses(), unsorted_.GetIntensities());
+  } else {
+    std::copy(mz.begin(), mz.end(), unsorted_.GetMasses());
+    std::copy(intensities.begin(), intensities.end(), unsorted_.GetIntensities());
+  }
+  SortByMass(true, unsorted_);
+  const std::size_t count = unsorted_.UsablePoints();
+  std::copy_n(unsorted_.GetMasses(), count, mz.begin());
+  std::copy_n(unsorted_.GetIntensities(), count, intensities.begin());
+  return count;
+}
+
+int RawSource::DriftBinCount(int, int function) {
+  const Function& described = At(std::span(functions_), function, "function");
+  return described.hasMobility ? mobility_.BinCount({mobilityPath_, described.id.number}) : 0;
+}
+
+void RawSource::ReadDriftBin(int, int function, int scan, int bin, std::vector<double>& mz,
+                             std::vector<double>& intensities) {
+  const Function& described = At(std::span(functions_), function, "function");
+  FunctionRecord& record = LoadedAt(PositionOf(function));
+  EntryOf(record, scan);
+  const masslynx::MobilityScan request = {{mobilityPath_, described.id.number}, record, scan};
+  if (!described.hasMobility || !mobility_.Prepare(request, bin, bin) || !mobility_.ReadBin(request, bin))
+    ThrowUnread("drift bin " + std::to_string(bin + 1) + " of " + TextOfScan(scan, described));
+  mz.resize(static_cast<std::size_t>(mobility_.PointCount()));
+  intensities.resize(mz.size());
+  mobility_.WritePoints(mz.data(), intensities.data());
+}
+
+const masslynx::TraceList& RawSource::Traced() {
+  if (traces_) return *traces_;
+  std::string refusal;
+  masslynx::TraceList list =
+      masslynx::ReadTraceList(directory_.Folder(), &refusal).value_or(masslynx::TraceList());
+  ThrowRefusal({}, refusal);
+  return traces_.emplace(std::move(list));
+}
+
+std::vector<Trace> RawSource::Traces(int) {
+  std::vector<Trace> traces;
+  const auto add = [&](std::wstring_view name) {
+    traces.push_back({static_cast<int>(traces.size()) + 1, Utf8(name)});
+  };
+  for (const std::wstring& name : Traced().names) add(name);
+  if (absorbance_) add(kTotalAbsorbance);
+  return traces;
+}
+
+Chromatogram RawSource::ReadTrace(int, int trace) {
+  const masslynx::TraceList& list = Traced();
+  const auto position = static_cast<std::size_t>(trace);
+  const std::string what = "trace " + std::to_string(std::int64_t{trace} + 1);
+  Chromatogram chromatogram;
+  if (position == list.names.size() && absorbance_) {
+    chromatogram.name = Utf8(kTotalAbsorbance);
+    for (const ScanIndexEntry& entry : LoadedAt(AbsorbancePosition()).scanIndex) {
+      chromatogram.minutes.push_back(entry.retentionTime);
+      chromatogram.intensities.push_back(entry.totalIntensity);
+    }
+    return chromatogram;
+  }
+  chromatogram.name = Utf8(At(std::span(list.names), trace, "trace"));
+  std::string refusal;
+  const std::optional<masslynx::TraceData> data =
+      masslynx::TraceData::Open(directory_.Folder(), list, position, &refusal);
+  ThrowRefusal({}, refusal);
+  if (!data) ThrowUnread(what);
+  chromatogram.minutes.resize(data->Count());
+  chromatogram.intensities.resize(data->Count());
+  const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data());
+  if (data->IsRefused()) ThrowRefusal(what, " cannot be read to its end");
+  if (!kept) ThrowUnread(what);
+  chromatogram.minutes.resize(*kept);
+  chromatogram.intensities.resize(*kept);
+  return chromatogram;
+}
+
+Function RawSource::AbsorbanceFunction(int) {
+  Function function = Describe(directory_.Functions()[AbsorbancePosition()]);
+  function.file = platform::ToUtf8Path(directory_.DataFileName(*absorbance_));
+  return function;
+}
+
+int RawSource::AbsorbanceScanCount(int) {
+  return absorbance_ ? static_cast<int>(LoadedAt(AbsorbancePosition()).scanIndex.size()) : 0;
+}
+
+double RawSource::AbsorbanceMinutes(int, int scan) {
+  return EntryOf(LoadedAt(AbsorbancePosition()), scan).retentionTime;
+}
+
+PointsRead RawSource::ReadAbsorbance(int, int scan, std::vector<double>& wavelengths,
+                                     std::vector<double>& values) {
+  const std::size_t position = AbsorbancePosition();
+  const FunctionRecord& record = LoadedAt(position);
+  EntryOf(record, scan);
+  const std::string what = "absorbance spectrum " + std::to_string(scan + 1);
+  const std::optional<ScanRoom> room = masslynx::AbsorbanceRoomOf(record, scan);
+  if (!room) ThrowUnread(what);
+  const Bytes bytes = BytesOf(position, *room, what);
+  wavelengths.resize(room->points);
+  values.resize(room->points);
+  unwritten_.clear();
+  const std::size_t count =
+      masslynx::DecodeAbsorbance(*room, bytes, {wavelengths.data(), values.data(), &unwritten_});
+  wavelengths.resize(CloseGaps(unwritten_, count, wavelengths.data()));
+  values.resize(CloseGaps(unwritten_, count, values.data()));
+  return {wavelengths.size(), room->points - count};
+}
+
+std::span<const Finding> RawSource::Findings() {
+  if (!findings_) {
+    findings_.emplace();
+    masslynx::CollectFindings(directory_.Folder(), *findings_);
+  }
+  return findings_->List();
+}
+
+std::unique_ptr<Source> OpenRawDirectory(const std::string& path) {
+  const SystemPath given = platform::FromUtf8Path(path);
+  const bool isFile = platform::IsFile(given);
+  const auto [parent, name] = Split(path);
+  if (isFile && !name.starts_with('_')) return nullptr;
+  const std::string folder = isFile ? parent : WithoutLastSeparator(path);
+  const SystemPath folderPath = platform::FromUtf8Path(folder);
+  if (!platform::IsDirectory(folderPath)) return nullptr;
+  const bool hasHeader = masslynx::IsThere(folderPath, masslynx::kHeaderName);
+  const bool hasTable = masslynx::IsThere(folderPath, masslynx::kFunctionTableName);
+  const bool hasData = masslynx::IsThere(folderPath, masslynx::FunctionFileName(1, L"DAT"));
+  if (!hasHeader && !hasTable && !hasData) return nullptr;
+  if (!hasHeader || !hasTable) {
+    throw Error(Status::kNotRecognised, folder + " is no raw directory: it has no " +
+                                            std::string(hasHeader  ? "_FUNCTNS.INF"
+                                                        : hasTable ? "_HEADER.TXT"
+                                                                   : "_HEADER.TXT and no _FUNCTNS.INF"));
+  }
+  return std::make_unique<RawSource>(path, folderPath, isFile ? FunctionStem(name) : std::string());
+}
+
+}  // namespace zrml::source

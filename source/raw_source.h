@@ -1,0 +1,77 @@
+// Raw directories as sources, on the model in masslynx/.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "masslynx/raw_directory.h"
+#include "masslynx/scandata/mobility_data.h"
+#include "masslynx/scandata/traces.h"
+#include "source/source.h"
+#include "spectrum/mass_spectrum.h"
+
+namespace zrml::source {
+
+class RawSource : public Source {
+ public:
+  /// `path` is as given to Open; `chosen` names the files of one function ("_FUNC002"), or is empty. Throws
+  /// Error.
+  RawSource(std::string path, const platform::SystemPath& folder, const std::string& chosen);
+
+  Format GetFormat() const override { return Format::kRawDirectory; }
+  int SampleCount() override { return 1; }
+  std::string SampleName(int sample) override;
+  std::vector<MetadataItem> SampleMetadata(int sample) override;
+  std::vector<MetadataItem> FunctionMetadata(int sample, int function) override;
+
+  std::span<const Function> Functions(int) override { return functions_; }
+  int ScanCount(int sample, int function) override;
+  Scan ScanAt(int sample, int function, int scan) override;
+  std::vector<double> Minutes(int sample, int function) override;
+
+  using Source::ReadPoints;
+  PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,
+                        std::span<double> intensities) override;
+
+  int DriftBinCount(int sample, int function) override;
+  void ReadDriftBin(int sample, int function, int scan, int bin, std::vector<double>& mz,
+                    std::vector<double>& intensities) override;
+
+  std::vector<Trace> Traces(int sample) override;
+  Chromatogram ReadTrace(int sample, int trace) override;
+
+  bool HasAbsorbance(int) override { return absorbance_.has_value(); }
+  Function AbsorbanceFunction(int sample) override;
+  int AbsorbanceScanCount(int sample) override;
+  double AbsorbanceMinutes(int sample, int scan) override;
+  PointsRead ReadAbsorbance(int sample, int scan, std::vector<double>& wavelengths,
+                            std::vector<double>& values) override;
+
+  std::span<const Finding> Findings() override;
+
+ private:
+  void List(std::size_t position);
+  void NameFunctions();
+  std::size_t PositionOf(int function) const;
+  std::size_t AbsorbancePosition() const;
+  masslynx::FunctionRecord& LoadedAt(std::size_t position);
+  static const masslynx::ScanIndexEntry& EntryOf(const masslynx::FunctionRecord& record, int scan);
+  Bytes BytesOf(std::size_t position, const masslynx::ScanRoom& room, const std::string& what);
+  std::size_t InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans);
+  const masslynx::TraceList& Traced();
+
+  masslynx::RawDirectory directory_;
+  std::vector<std::size_t> positions_;  // of the functions, in the directory
+  std::vector<Function> functions_;
+  std::optional<std::size_t> absorbance_;  // its position in the directory
+  std::vector<MetadataItem> metadata_;     // once it is asked for
+  std::optional<masslynx::TraceList> traces_;
+  std::string mobilityPath_;
+  masslynx::MobilityData mobility_;
+  std::vector<std::size_t> unwritten_;
+  CZRMassSpectrum unsorted_;
+  std::optional<zrml::Findings> findings_;
+};
+
+}  // namespace zrml::source

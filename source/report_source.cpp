@@ -1,0 +1,333 @@
+#include "source/report_source.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <limits>
+#include <numeric>
+#include <string_view>
+#include <utility>
+
+#include "common/platform/platform.h"
+#include "openlynx/precursor_search.h"
+#include "source/formats.h"
+#include "source/position.h"
+
+namespace zrml::source {
+namespace {
+
+using namespace openlynx::report_format;
+
+constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
+
+int CountOf(std::size_t size) {
+  return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
+}
+
+std::string Utf8(const std::wstring& text) { return platform::ToNativePath(text); }
+
+platform::SystemPath SystemPathOf(const std::string& path) {
+#ifdef _WIN32
+  return platform::ToSystemPath(platform::FromNativePath(path));
+#else
+  return path.find('\0') == std::string::npos ? path : std::string();
+#endif
+}
+
+std::string FileName(const std::string& path) {
+  const auto name = std::filesystem::path(SystemPathOf(path)).filename().u8string();
+  return {name.begin(), name.end()};
+}
+
+struct KindRow {
+  FunctionKind kind;
+  Monitoring monitoring;
+  int msLevel;
+};
+
+// By the model's kind, unknown types first.
+constexpr std::array<KindRow, 5> kKinds = {{
+    {FunctionKind::kOther, Monitoring::kNone, 1},
+    {FunctionKind::kMs, Monitoring::kNone, 1},
+    {FunctionKind::kMsMs, Monitoring::kNone, 2},
+    {FunctionKind::kIonMonitoring, Monitoring::kIons, 1},
+    {FunctionKind::kIonMonitoring, Monitoring::kReactions, 1},
+}};
+
+constexpr std::array kPolarities = {Polarity::kUnknown, Polarity::kPositive, Polarity::kNegative};
+
+constexpr const char* kProviderName = "ZROpenLynxRptProvider";
+constexpr const char* kAnalogTrace = "Analog Trace";
+constexpr const char* kFunctionTrace = "Function Trace";
+
+// Positions of points in ascending order of `x`, equal ones as they come.
+std::vector<std::size_t> Order(const std::vector<double>& x) {
+  std::vector<std::size_t> order(x.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  if (!std::is_sorted(x.begin(), x.end()))
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return x[a] < x[b]; });
+  return order;
+}
+
+}  // namespace
+
+std::unique_ptr<Source> OpenReport(const std::string& path) {
+  const platform::SystemPath systemPath = SystemPathOf(path);
+  if (!openlynx::HasReportExtension(systemPath) ||
+      !openlynx::BeginsLikeReport(platform::File::OpenSystemPath(systemPath)))
+    return nullptr;
+  openlynx::ReportStream stream = openlynx::ReportStream::Open(systemPath);
+  return stream.IsOpen() ? std::make_unique<ReportSource>(path, std::move(stream)) : nullptr;
+}
+
+ReportSource::ReportSource(std::string path, openlynx::ReportStream stream)
+    : Source(std::move(path)), name_(FileName(Path())), report_(std::move(stream)) {}
+
+template <class Read>
+auto ReportSource::Reading(Read read) {
+  report_.Stream().TakeRefusal();
+  auto result = read();
+  if (report_.Stream().TakeRefusal()) throw Error(Status::kUnreadable, name_ + " cannot be read to its end");
+  return result;
+}
+
+// Samples that were found when a read was refused may lack some, and are looked for again.
+std::span<openlynx::Sample> ReportSource::Samples() {
+  try {
+    return Reading([&] { return report_.Samples(); });
+  } catch (const Error&) {
+    report_.ForgetSamples();
+    throw;
+  }
+}
+
+openlynx::Sample& ReportSource::SampleAt(int sample) { return At(Samples(), sample, "sample"); }
+
+ReportSource::KnownSample& ReportSource::LookedThrough(int sample) {
+  openlynx::Sample& found = SampleAt(sample);
+  known_.resize(report_.Samples().size());
+  KnownSample& known = known_[static_cast<std::size_t>(sample)];
+  if (known.sample != nullptr) return known;
+  try {
+    return known = Reading([&] { return ReadFunctions(found); });
+  } catch (const Error&) {
+    const std::uint64_t position = std::exchange(found, {}).position;
+    found.position = position;
+    throw;
+  }
+}
+
+ReportSource::KnownSample ReportSource::ReadFunctions(openlynx::Sample& sample) {
+  KnownSample known = {&sample, {}, {}, {}};
+  const std::span<openlynx::Function> all = report_.FunctionsOf(sample);
+  report_.FindAllBlocks(sample, true);
+  report_.FindAllBlocks(sample, false);
+  std::size_t next = 0;  // behind the last chromatogram that is a trace
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (!all[i].isAnalog && all[i].HasBlocks()) {
+      known.functions.push_back(Describe(sample, i));
+      known.numbers.push_back(i);
+    }
+    if (!all[i].isAnalog) continue;
+    for (std::size_t k = std::max(next, all[i].chromatograms.first); k < all[i].chromatograms.last; ++k)
+      known.traces.push_back(sample.chromatograms[k]);
+    next = std::max(next, all[i].chromatograms.last);
+  }
+  return known;
+}
+
+Function ReportSource::Describe(openlynx::Sample& sample, std::size_t position) {
+  const openlynx::Function& found = sample.functions[position];
+  const KindRow& row = kKinds[static_cast<std::size_t>(report_.KindOf(sample, found))];
+  Function function;
+  function.id.number = CountOf(position + 1);
+  function.name = Utf8(report_.NameOf(sample, found));
+  if (function.name.empty()) function.name = "Function " + std::to_string(function.id.number);
+  function.kind = row.kind;
+  function.monitoring = row.monitoring;
+  function.msLevel = row.msLevel;
+  function.polarity = kPolarities[static_cast<std::size_t>(report_.PolarityOf(sample, found))];
+  return function;
+}
+
+int ReportSource::SampleCount() { return CountOf(Samples().size()); }
+
+std::string ReportSource::SampleName(int sample) {
+  const std::uint64_t position = SampleAt(sample).position;
+  const std::string name = Reading([&] { return Utf8(report_.TextOf(position, kFileNameKey)); });
+  return !name.empty() ? name : "Sample " + std::to_string(std::int64_t{sample} + 1);
+}
+
+std::vector<MetadataItem> ReportSource::SampleMetadata(int sample) {
+  const std::uint64_t position = SampleAt(sample).position;
+  if (metadataSample_ == sample) return metadata_;
+  std::array<openlynx::KeyValue, 5> keys = {
+      {{kUserNameKey}, {kSampleIdKey}, {kInstrumentKey}, {kDateKey}, {kTimeKey}}};
+  Reading([&] {
+    report_.ReadKeys(position, keys);
+    return 0;
+  });
+  const auto& [user, name, instrument, date, time] = keys;
+  const auto textOf = [](const openlynx::KeyValue& key) { return Utf8(platform::FromCodePage(key.value)); };
+  metadata_ = {
+      {"ProviderName", kProviderName},
+      {"OperatorName", textOf(user)},
+      {"SampleName", textOf(name)},
+      {"AnalysisDateTime", Utf8(openlynx::DateTimeText(date.value, time.value))},
+      {"InstrumentDescription", textOf(instrument)},
+  };
+  metadataSample_ = sample;
+  return metadata_;
+}
+
+std::optional<std::string> ReportSource::FunctionText(int sample, int function) {
+  const std::uint64_t block = FunctionAt(LookedThrough(sample), function).position;
+  const std::optional<std::wstring> text = Reading([&] { return report_.ReadText(block); });
+  return text ? std::optional(Utf8(*text)) : std::nullopt;
+}
+
+std::span<const Function> ReportSource::Functions(int sample) { return LookedThrough(sample).functions; }
+
+openlynx::Function& ReportSource::FunctionAt(KnownSample& known, int function) {
+  return known.sample->functions[At(std::span(known.numbers), function, "function")];
+}
+
+std::span<const std::uint64_t> ReportSource::SpectraOf(int sample, int function) {
+  KnownSample& known = LookedThrough(sample);
+  return known.sample->SpectraOf(FunctionAt(known, function));
+}
+
+std::span<const std::uint64_t> ReportSource::ChromatogramsOf(int sample, int function) {
+  KnownSample& known = LookedThrough(sample);
+  return known.sample->ChromatogramsOf(FunctionAt(known, function));
+}
+
+std::uint64_t ReportSource::SpectrumAt(int sample, int function, int scan) {
+  return At(SpectraOf(sample, function), scan, "scan");
+}
+
+int ReportSource::ScanCount(int sample, int function) { return CountOf(SpectraOf(sample, function).size()); }
+
+const openlynx::Spectrum& ReportSource::SpectrumOf(std::uint64_t position) {
+  if (readPosition_ != position) {
+    readPosition_.reset();
+    read_ = Reading([&] { return report_.ReadSpectrum(position); });
+    readPosition_ = position;
+  }
+  return read_;
+}
+
+Scan ReportSource::ScanAt(int sample, int function, int scan) {
+  const std::uint64_t position = SpectrumAt(sample, function, scan);
+  const openlynx::Spectrum& spectrum = SpectrumOf(position);
+  Scan result;
+  result.minutes = result.endMinutes = spectrum.minutes.value_or(kAbsent);
+  result.isCentroided = spectrum.isCentroided;
+  result.points = static_cast<std::uint32_t>(spectrum.points.x.size());
+  result.basePeakIntensity = spectrum.basePeak;
+  result.totalIntensity = Reading([&] { return report_.NumberOf(position, kTicKey); });
+  return result;
+}
+
+std::vector<double> ReportSource::Minutes(int sample, int function) {
+  const auto spectra = SpectraOf(sample, function);
+  return Reading([&] { return report_.ReadSeries(spectra, kAbsent).minutes; });
+}
+
+PointsRead ReportSource::ReadPoints(int sample, int function, int scan, std::span<double> mz,
+                                    std::span<double> intensities) {
+  const openlynx::Points& points = SpectrumOf(SpectrumAt(sample, function, scan)).points;
+  const std::vector<std::size_t> order = Order(points.x);
+  RequireRoom(order.size(), mz, intensities);
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    mz[i] = points.x[order[i]];
+    intensities[i] = points.intensities[order[i]];
+  }
+  return {.count = order.size()};
+}
+
+// As the first scan is; false when that has no points.
+bool ReportSource::IsCentroided(const KnownSample& known, int function) {
+  const openlynx::Function& found =
+      known.sample->functions[known.numbers[static_cast<std::size_t>(function)]];
+  const auto spectra = known.sample->SpectraOf(found);
+  if (spectra.empty()) return false;
+  const openlynx::Spectrum spectrum = report_.ReadSpectrum(spectra.front());
+  return spectrum.isCentroided && !spectrum.points.x.empty();
+}
+
+std::optional<ScanPosition> ReportSource::FindPrecursor(int sample, int function, int scan) {
+  const std::uint64_t spectrum = SpectrumAt(sample, function, scan);
+  const KnownSample& known = LookedThrough(sample);
+  const Function& own = known.functions[static_cast<std::size_t>(function)];
+  if (own.msLevel != 2) return std::nullopt;
+  const auto found = Reading([&] {
+    const bool isCentroided = IsCentroided(known, function);
+    return openlynx::FindPrecursor(
+        report_, *known.sample, known.numbers, spectrum,
+        [&](int other) { return known.functions[static_cast<std::size_t>(other)].polarity == own.polarity; },
+        [&](int other) { return IsCentroided(known, other) == isCentroided; });
+  });
+  return found ? std::optional(ScanPosition{found->first, found->second}) : std::nullopt;
+}
+
+Chromatogram ReportSource::Series(int sample, int function,
+                                  std::vector<double> openlynx::ScanSeries::*intensities) {
+  const auto spectra = SpectraOf(sample, function);
+  openlynx::ScanSeries series = Reading([&] { return report_.ReadSeries(spectra, kAbsent); });
+  return {{}, std::move(series.minutes), std::move(series.*intensities)};
+}
+
+Chromatogram ReportSource::TotalIons(int sample, int function) {
+  return Series(sample, function, &openlynx::ScanSeries::totalIons);
+}
+
+Chromatogram ReportSource::BasePeaks(int sample, int function, const Cancel&) {
+  return Series(sample, function, &openlynx::ScanSeries::basePeaks);
+}
+
+std::vector<Trace> ReportSource::NamesOf(std::span<const std::uint64_t> chromatograms, const char* noun) {
+  const auto names = Reading([&] { return report_.TextsOf(chromatograms, kDescriptionKey); });
+  std::vector<Trace> traces;
+  for (const std::wstring& name : names) {
+    Trace& trace = traces.emplace_back(CountOf(traces.size()) + 1, Utf8(name));
+    if (trace.name.empty()) trace.name = noun + (" " + std::to_string(trace.number));
+  }
+  return traces;
+}
+
+Chromatogram ReportSource::ReadTraceAt(std::span<const std::uint64_t> chromatograms, int trace,
+                                       const char* noun) {
+  const std::uint64_t position = At(chromatograms, trace, "trace");
+  openlynx::Trace read = Reading([&] { return report_.ReadTrace(position); });
+  std::string name = Utf8(read.description);
+  if (name.empty()) name = noun + (" " + std::to_string(trace + 1));
+  return {std::move(name), std::move(read.points.x), std::move(read.points.intensities)};
+}
+
+std::vector<Trace> ReportSource::Traces(int sample) {
+  return NamesOf(LookedThrough(sample).traces, kAnalogTrace);
+}
+
+Chromatogram ReportSource::ReadTrace(int sample, int trace) {
+  return ReadTraceAt(LookedThrough(sample).traces, trace, kAnalogTrace);
+}
+
+std::vector<Trace> ReportSource::FunctionTraces(int sample, int function) {
+  return NamesOf(ChromatogramsOf(sample, function), kFunctionTrace);
+}
+
+Chromatogram ReportSource::ReadFunctionTrace(int sample, int function, int trace) {
+  return ReadTraceAt(ChromatogramsOf(sample, function), trace, kFunctionTrace);
+}
+
+std::span<const Finding> ReportSource::Findings() {
+  if (!findings_) {
+    zrml::Findings findings;
+    report_.Check(name_, findings);
+    findings_ = std::move(findings);
+  }
+  return findings_->List();
+}
+
+}  // namespace zrml::source

@@ -1,0 +1,87 @@
+// Reports behind Source. Functions are those with spectra or chromatograms; their numbers count all functions
+// of the sample, so that none changes with what the others hold.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "openlynx/report.h"
+#include "source/source.h"
+
+namespace zrml::source {
+
+class ReportSource final : public Source {
+ public:
+  ReportSource(std::string path, openlynx::ReportStream stream);
+
+  Format GetFormat() const override { return Format::kReport; }
+
+  int SampleCount() override;
+  std::string SampleName(int sample) override;
+  std::vector<MetadataItem> SampleMetadata(int sample) override;
+  std::optional<std::string> FunctionText(int sample, int function) override;
+
+  std::span<const Function> Functions(int sample) override;
+  int ScanCount(int sample, int function) override;
+  Scan ScanAt(int sample, int function, int scan) override;
+  std::vector<double> Minutes(int sample, int function) override;
+  PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,
+                        std::span<double> intensities) override;
+  using Source::ReadPoints;
+  std::optional<ScanPosition> FindPrecursor(int sample, int function, int scan) override;
+
+  Chromatogram TotalIons(int sample, int function) override;
+  Chromatogram BasePeaks(int sample, int function, const Cancel& cancel) override;
+
+  /// Of the analog functions. A chromatogram that lies in several of them, none of which ends, is one trace.
+  std::vector<Trace> Traces(int sample) override;
+  Chromatogram ReadTrace(int sample, int trace) override;
+  std::vector<Trace> FunctionTraces(int sample, int function) override;
+  Chromatogram ReadFunctionTrace(int sample, int function, int trace) override;
+
+  std::span<const Finding> Findings() override;
+
+ private:
+  // A sample that has been looked through.
+  struct KnownSample {
+    openlynx::Sample* sample = nullptr;
+    std::vector<Function> functions;
+    std::vector<std::size_t> numbers;   // their positions among all functions of the sample
+    std::vector<std::uint64_t> traces;  // the "[CHROMATOGRAM]" lines of its analog functions
+  };
+
+  std::span<openlynx::Sample> Samples();
+  openlynx::Sample& SampleAt(int sample);
+  KnownSample& LookedThrough(int sample);
+  openlynx::Function& FunctionAt(KnownSample& known, int function);
+  std::span<const std::uint64_t> SpectraOf(int sample, int function);
+  std::span<const std::uint64_t> ChromatogramsOf(int sample, int function);
+  std::uint64_t SpectrumAt(int sample, int function, int scan);
+
+  KnownSample ReadFunctions(openlynx::Sample& sample);
+  Function Describe(openlynx::Sample& sample, std::size_t position);
+  const openlynx::Spectrum& SpectrumOf(std::uint64_t position);
+  bool IsCentroided(const KnownSample& known, int function);
+  Chromatogram Series(int sample, int function, std::vector<double> openlynx::ScanSeries::*intensities);
+  std::vector<Trace> NamesOf(std::span<const std::uint64_t> chromatograms, const char* noun);
+  Chromatogram ReadTraceAt(std::span<const std::uint64_t> chromatograms, int trace, const char* noun);
+
+  // What `read` gives. Throws when the system does not read as far as the file goes.
+  template <class Read>
+  auto Reading(Read read);
+
+  std::string name_;  // of the file
+  openlynx::Report report_;
+  std::vector<KnownSample> known_;  // by sample
+  int metadataSample_ = -1;         // whose `metadata_` are
+  std::vector<MetadataItem> metadata_;
+  std::optional<std::uint64_t> readPosition_;
+  openlynx::Spectrum read_;  // the spectrum there: its size, then its points are asked for
+  std::optional<zrml::Findings> findings_;
+};
+
+}  // namespace zrml::source

@@ -1,0 +1,190 @@
+#include "source/source.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <numeric>
+
+#include "common/platform/platform.h"
+#include "source/formats.h"
+#include "source/position.h"
+
+namespace zrml::source {
+namespace {
+
+// A whole number from 1 at the front of `text`, which is shortened by it.
+std::optional<int> TakeNumber(std::string_view& text) {
+  int number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec != std::errc() || number < 1) return std::nullopt;
+  text.remove_prefix(static_cast<std::size_t>(result.ptr - text.data()));
+  return number;
+}
+
+}  // namespace
+
+std::string TextOf(const FunctionId& id) {
+  if (id.process == 0) return std::to_string(id.number);
+  const std::string text = "p" + std::to_string(id.process);
+  return id.repeat == 1 ? text : text + "." + std::to_string(id.repeat);
+}
+
+std::optional<FunctionId> ParseFunctionId(std::string_view text) {
+  FunctionId id;
+  const bool isProcessed = text.starts_with('p');
+  if (isProcessed) text.remove_prefix(1);
+  const std::optional<int> number = TakeNumber(text);
+  if (!number) return std::nullopt;
+  (isProcessed ? id.process : id.number) = *number;
+  if (isProcessed && text.starts_with('.')) {
+    text.remove_prefix(1);
+    const std::optional<int> repeat = TakeNumber(text);
+    if (!repeat) return std::nullopt;
+    id.repeat = *repeat;
+  }
+  return text.empty() ? std::optional(id) : std::nullopt;
+}
+
+std::vector<MetadataItem> Merged(std::vector<MetadataItem> items, std::vector<MetadataItem> own) {
+  for (MetadataItem& item : own) {
+    const auto known = std::find_if(items.begin(), items.end(),
+                                    [&](const MetadataItem& each) { return each.key == item.key; });
+    known == items.end() ? items.push_back(std::move(item)) : void(known->value = std::move(item.value));
+  }
+  return items;
+}
+
+Source::~Source() = default;
+
+std::unique_ptr<Source> Source::Open(const std::string& path) {
+  const platform::SystemPath given = platform::FromUtf8Path(path);
+  if (!platform::IsFile(given) && !platform::IsDirectory(given)) {
+    const std::string reason = platform::WhyOutOfReach(given);
+    if (!reason.empty()) throw Error(Status::kUnreadable, "cannot reach " + path + " (" + reason + ")");
+    throw Error(Status::kNotFound, "there is no file or folder " + path);
+  }
+  if (std::unique_ptr<Source> source = OpenRawDirectory(path)) return source;
+  if (std::unique_ptr<Source> source = OpenReport(path)) return source;
+  throw Error(Status::kNotRecognised, path + " is neither a raw directory nor a report");
+}
+
+PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<double>& mz,
+                              std::vector<double>& intensities) {
+  const std::size_t room = ScanAt(sample, function, scan).points;
+  mz.resize(room);
+  intensities.resize(room);
+  const PointsRead read = ReadPoints(sample, function, scan, std::span(mz), std::span(intensities));
+  mz.resize(read.count);
+  intensities.resize(read.count);
+  return read;
+}
+
+std::vector<MetadataItem> Source::FunctionMetadata(int, int) { return {}; }
+std::optional<std::string> Source::FunctionText(int, int) { return std::nullopt; }
+
+int Source::DriftBinCount(int, int) { return 0; }
+
+void Source::ReadDriftBin(int, int, int, int, std::vector<double>&, std::vector<double>&) {
+  throw Error(Status::kWrongArgument, "the function has no drift bins");
+}
+
+std::optional<ScanPosition> Source::FindPrecursor(int sample, int function, int scan) {
+  const std::span<const Function> functions = Functions(sample);
+  const Function& own = At(functions, function, "function");
+  const double minutes = ScanAt(sample, function, scan).minutes;
+  const auto isCentroided = [&](int f) {
+    return ScanCount(sample, f) > 0 && ScanAt(sample, f, 0).isCentroided;
+  };
+  double nearest = std::numeric_limits<double>::max();
+  std::optional<ScanPosition> found;
+  for (int f = 0; f < static_cast<int>(functions.size()); ++f) {
+    const Function& other = functions[static_cast<std::size_t>(f)];
+    if (f == function || other.msLevel != own.msLevel - 1) continue;
+    // Of scans that are equally near, those of the same kind as the one that asks count.
+    const bool isAlike = isCentroided(f) == isCentroided(function) && other.polarity == own.polarity;
+    const std::vector<double> times = Minutes(sample, f);
+    for (std::size_t i = 0; i < times.size(); ++i) {
+      const double distance = minutes - times[i];
+      if (!(distance >= 0) || !(distance < nearest || (distance == nearest && isAlike))) continue;
+      nearest = distance;
+      found = ScanPosition{f, static_cast<int>(i)};
+    }
+  }
+  return found;
+}
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+void ThrowIfCancelled(const Cancel& cancel) {
+  if (cancel && cancel()) throw Cancelled();
+}
+
+// Of the points of a scan in ascending m/z; 0 where there is none in the range.
+double IntensityWithin(std::span<const double> mz, std::span<const double> intensities, Range range,
+                       Within within) {
+  const auto first = std::lower_bound(mz.begin(), mz.end(), range.low) - mz.begin();
+  const auto last = std::upper_bound(mz.begin(), mz.end(), range.high) - mz.begin();
+  if (first >= last) return 0;
+  const auto begin = intensities.begin() + first;
+  const auto end = intensities.begin() + last;
+  if (within == Within::kSum) return std::accumulate(begin, end, 0.0);
+  constexpr double kLowest = std::numeric_limits<double>::lowest();
+  const double largest =
+      std::accumulate(begin, end, kLowest, [](double a, double b) { return std::max(a, b); });
+  return largest > kLowest ? largest : 0;
+}
+
+}  // namespace
+
+Chromatogram Source::TotalIons(int sample, int function) {
+  Chromatogram chromatogram;
+  chromatogram.minutes = Minutes(sample, function);
+  const int scans = static_cast<int>(chromatogram.minutes.size());
+  for (int scan = 0; scan < scans; ++scan)
+    chromatogram.intensities.push_back(ScanAt(sample, function, scan).totalIntensity.value_or(kNaN));
+  return chromatogram;
+}
+
+Chromatogram Source::BasePeaks(int sample, int function, const Cancel& cancel) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const int scans = ScanCount(sample, function);
+  if (scans == 0 || !ScanAt(sample, function, 0).basePeakIntensity)
+    return MassRange(sample, function, {-kInfinity, kInfinity}, Within::kLargest, cancel);
+  Chromatogram chromatogram;
+  chromatogram.minutes = Minutes(sample, function);
+  for (int scan = 0; scan < scans; ++scan)
+    chromatogram.intensities.push_back(ScanAt(sample, function, scan).basePeakIntensity.value_or(kNaN));
+  return chromatogram;
+}
+
+Chromatogram Source::MassRange(int sample, int function, Range range, Within within, const Cancel& cancel) {
+  Chromatogram chromatogram;
+  chromatogram.minutes = Minutes(sample, function);
+  const int scans = static_cast<int>(chromatogram.minutes.size());
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (int scan = 0; scan < scans; ++scan) {
+    ThrowIfCancelled(cancel);
+    const PointsRead read = ReadPoints(sample, function, scan, mz, intensities);
+    const bool isLost = read.count == 0 && read.lost > 0;
+    chromatogram.intensities.push_back(isLost ? kNaN : IntensityWithin(mz, intensities, range, within));
+  }
+  return chromatogram;
+}
+
+std::vector<Trace> Source::FunctionTraces(int, int) { return {}; }
+Chromatogram Source::ReadFunctionTrace(int, int, int) {
+  throw Error(Status::kWrongArgument, "the function has no traces");
+}
+
+bool Source::HasAbsorbance(int) { return false; }
+Function Source::AbsorbanceFunction(int) { return {}; }
+int Source::AbsorbanceScanCount(int) { return 0; }
+double Source::AbsorbanceMinutes(int, int) { return kNaN; }
+PointsRead Source::ReadAbsorbance(int, int, std::vector<double>&, std::vector<double>&) {
+  throw Error(Status::kWrongArgument, "the source has no absorbance spectra");
+}
+
+}  // namespace zrml::source

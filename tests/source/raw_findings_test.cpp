@@ -1,0 +1,391 @@
+// What the reader of raw directories notices: each directory is made from a sound one by one edit.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "masslynx/raw_directory.h"
+#include "tests/support/raw_directory_builder.h"
+
+namespace zrml::masslynx {
+namespace {
+
+using Edit = void (*)(const TempDirectory& directory);
+
+// Two functions of data format 9, 6 bytes a point: 3 scans of 2 points and 2 scans of 1 point. The first has
+// statistics.
+RawDirectoryBuilder Sound() {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(2);
+  raw.functions[0].statistics = StatisticsLayout();
+  for (const float minutes : {0.1F, 0.2F, 0.3F})
+    raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}, {200, 9}}));
+  for (const float minutes : {0.1F, 0.2F})
+    raw.functions[1].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{300, 1}}));
+  return raw;
+}
+
+std::vector<Finding> Collect(const TempDirectory& directory) {
+  Findings findings;
+  CollectFindings(directory.SystemPath(), findings);
+  return {findings.List().begin(), findings.List().end()};
+}
+
+using Lines = std::vector<std::string>;
+
+Lines LinesOf(const TempDirectory& directory) {
+  Lines lines;
+  for (const Finding& finding : Collect(directory))
+    lines.push_back(std::string(NameOf(finding.code)) + ": " + finding.file + " " + finding.problem);
+  return lines;
+}
+
+void ExpectLines(const RawDirectoryBuilder& raw, const Lines& lines, Edit edit) {
+  const TempDirectory directory = raw.Build();
+  EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
+  edit(directory);
+  EXPECT_EQ(LinesOf(directory), lines);
+}
+
+TEST(RawFindings, LowerCaseNamesAreTheSameFiles) {
+  RawDirectoryBuilder raw = Sound();
+  raw.spelling = Spelling::kLowerCase;
+  ExpectLines(raw, {"data-cut: _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3"},
+              [](const TempDirectory& directory) { directory.Truncate("_func001.dat", 35); });
+}
+
+// The points end at byte 36.
+TEST(RawFindings, DataThatEndTooEarly) {
+  const TempDirectory directory = Sound().Build();
+  directory.Truncate("_FUNC001.DAT", 12);
+  const std::vector<Finding> findings = Collect(directory);
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings[0].code, FindingCode::kDataCut);
+  EXPECT_EQ(findings[0].count, 2u);
+  EXPECT_EQ(findings[0].first, 2u);
+  EXPECT_EQ(findings[0].subject.kind, FindingSubject::Kind::kFunction);
+  EXPECT_EQ(findings[0].subject.function, 1);
+  EXPECT_EQ(findings[0].subject.process, 0);
+}
+
+// An offset of 0 in a later record stands for the end of the scan before it.
+TEST(RawFindings, OffsetsLeftOutAreWorkedOut) {
+  const TempDirectory directory = Sound().Build();
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
+    PatchU32(bytes, 22, 0);
+    PatchU32(bytes, 44, 0);
+  });
+  EXPECT_EQ(LinesOf(directory), Lines());
+  directory.Truncate("_FUNC001.DAT", 35);
+  EXPECT_EQ(LinesOf(directory),
+            Lines{"data-cut: _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3"});
+}
+
+// 180 scans of 4,194,303 points of 6 bytes, whose offsets are left out, reach beyond 2^32.
+TEST(RawFindings, OffsetsLeftOutHave64Bits) {
+  constexpr std::size_t kScans = 180;
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  const TempDirectory directory = raw.Build();
+  directory.Write("_FUNC001.IDX",
+                  WriteScanIndex(std::vector<ScanIndexRecord>(kScans, {.pointCount = 4194303})));
+  directory.Truncate("_FUNC001.DAT", kScans * 4194303 * 6);  // sparse
+  EXPECT_EQ(LinesOf(directory), Lines());
+  directory.Truncate("_FUNC001.DAT", kScans * 4194303 * 6 - 1);
+  EXPECT_EQ(LinesOf(directory),
+            Lines{"data-cut: _FUNC001.DAT ends before 1 of 180 scans do; the first is scan 180"});
+}
+
+// Points of such a function are elsewhere.
+TEST(RawFindings, DataOfAMobilityFunctionMayEndAnywhere) {
+  const TempDirectory directory = Sound().Build();
+  directory.Truncate("_FUNC001.DAT", 35);
+  EXPECT_EQ(LinesOf(directory).size(), 1u);
+  directory.WriteText("_FUNC001.CDT", "x");
+  EXPECT_EQ(LinesOf(directory), Lines());
+}
+
+TEST(RawFindings, DriftBinsThatCannotBeOpened) {
+  ExpectLines(Sound(), {"file-unreadable: _FUNC001.CDT cannot be opened, so the function has no drift bins"},
+              [](const TempDirectory& directory) { directory.MakeDirectory("_FUNC001.CDT"); });
+}
+
+TEST(RawFindings, MissingFilesOfAFunction) {
+  ExpectLines(Sound(), {"index-missing: _FUNC002.IDX is missing, so the function has no scans"},
+              [](const TempDirectory& directory) { directory.Remove("_FUNC002.IDX"); });
+  ExpectLines(Sound(), {"data-missing: _FUNC002.DAT is missing, so its scans have no points"},
+              [](const TempDirectory& directory) { directory.Remove("_FUNC002.DAT"); });
+  ExpectLines(Sound(), {"data-missing: _FUNC002.DAT is missing, so the function is not listed"},
+              [](const TempDirectory& directory) {
+                directory.Remove("_FUNC002.DAT");
+                directory.Remove("_FUNC002.IDX");
+              });
+}
+
+TEST(RawFindings, AbsorbanceFunctionWithoutData) {
+  RawDirectoryBuilder raw = Sound();
+  raw.functions[1].record.type = 12;
+  ExpectLines(raw, {"data-missing: _FUNC002.DAT is missing, so there are no absorbance spectra"},
+              [](const TempDirectory& directory) { directory.Remove("_FUNC002.DAT"); });
+}
+
+// Not even for the superuser, who may read any file.
+TEST(RawFindings, FilesThatCannotBeOpened) {
+  const auto inTheWay = [](const char* name, const std::string& problem) {
+    const TempDirectory directory = Sound().Build();
+    EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
+    if (std::filesystem::exists(directory.Path() / name)) directory.Remove(name);
+    directory.MakeDirectory(name);
+    EXPECT_EQ(LinesOf(directory), Lines{"file-unreadable: " + std::string(name) + problem});
+  };
+  inTheWay("_FUNC002.IDX", " cannot be opened, so the function has no scans");
+  inTheWay("_FUNC002.DAT", " cannot be opened, so its scans have no points");
+  inTheWay("_FUNC001.STS", " cannot be opened");
+  inTheWay("_HISTORY.INF", " cannot be opened");
+  inTheWay("_EXTERN.INF", " cannot be opened");
+}
+
+TEST(RawFindings, IndexThatIsNoWholeNumberOfRecords) {
+  ExpectLines(Sound(),
+              {"index-cut: _FUNC002.IDX does not end with a whole record, so the function has no scans"},
+              [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 43); });
+}
+
+// 44 bytes are no whole number of 30-byte records, so the reader has no other way to read it.
+TEST(RawFindings, OffsetsThatGoBackwardsInShortRecordsLeaveNoScans) {
+  ExpectLines(Sound(),
+              {"index-cut: _FUNC002.IDX has offsets that go backwards, so the function has no scans"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC002.IDX", [](FileBytes& bytes) { PatchU32(bytes, 0, 7); });
+              });
+}
+
+// 15 records of 22 bytes, or 11 of 30; in neither size do they ascend.
+TEST(RawFindings, OffsetsThatGoBackwardsInBothSizes) {
+  RawDirectoryBuilder raw = Sound();
+  raw.functions[1].indexRecordSize = scan_index_format::kLongRecordSize;
+  raw.functions[1].scans.assign(11, ScanFrom<StoredPoint9>(0.5F, {{300, 1}}));
+  ExpectLines(raw, {"index-disordered: _FUNC002.IDX has offsets that go backwards"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC002.IDX",
+                               [](FileBytes& bytes) { PatchU32(bytes, 90, 1); });  // after offset 12
+              });
+}
+
+// Scans of 12 bytes at 0, 12 and 24.
+TEST(RawFindings, ScansThatOverlap) {
+  ExpectLines(Sound(),
+              {"scans-overlap: _FUNC001.IDX has scans that begin inside an earlier one: 1 of 3; the first is "
+               "scan 2"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { PatchU32(bytes, 22, 11); });
+              });
+}
+
+TEST(RawFindings, DataThatNoScanRefersTo) {
+  ExpectLines(Sound(), {"data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.IDX",
+                               [](FileBytes& bytes) { std::fill_n(bytes.begin() + 22, 22, std::byte{0}); });
+              });
+  ExpectLines(Sound(), {"data-unreferenced: _FUNC002.DAT holds 6 bytes that no scan refers to"},
+              [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 22); });
+  ExpectLines(Sound(), {"index-empty: _FUNC002.DAT holds 12 bytes, but the index is empty"},
+              [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 0); });
+}
+
+// The last scan of format 6 is stored as format 4 is: seven points are two groups of 10 bytes, those of the
+// scan before it seven words.
+TEST(RawFindings, LastScanOfMixedData) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = 6;
+  raw.functions[0].scans = {{.index = {.pointCount = 7}, .data = FileBytes(14)},
+                            {.index = {.pointCount = 7}, .data = FileBytes(20)}};
+  ExpectLines(raw, {"data-cut: _FUNC001.DAT ends before 1 of 2 scans do; the first is scan 2"},
+              [](const TempDirectory& directory) { directory.Truncate("_FUNC001.DAT", 33); });
+}
+
+TEST(RawFindings, Statistics) {
+  const auto cutBy = [](const TempDirectory& directory, std::size_t bytes) {
+    directory.Truncate("_FUNC001.STS", directory.Read("_FUNC001.STS").size() - bytes);
+  };
+  const TempDirectory directory = Sound().Build();
+  const FileBytes whole = directory.Read("_FUNC001.STS");
+  const auto recordSize =
+      std::to_integer<std::size_t>(whole[4]) + 256 * std::to_integer<std::size_t>(whole[5]);
+  EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
+  cutBy(directory, recordSize);
+  EXPECT_EQ(LinesOf(directory), Lines{"statistics-cut: _FUNC001.STS is about 2 scans, the index about 3"});
+  cutBy(directory, 1);
+  EXPECT_EQ(LinesOf(directory), Lines{"statistics-cut: _FUNC001.STS does not end with a whole record"});
+  directory.Truncate("_FUNC001.STS", 7);
+  EXPECT_EQ(LinesOf(directory), Lines{"statistics-cut: _FUNC001.STS ends in its header"});
+  directory.Write("_FUNC001.STS", whole);
+  directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { PatchU16(bytes, 2, 2); });
+  EXPECT_EQ(LinesOf(directory), Lines{"statistics-unknown: _FUNC001.STS is of version 2, which is not read"});
+}
+
+TEST(RawFindings, FunctionTableThatIsCut) {
+  ExpectLines(Sound(),
+              {"function-table-cut: _FUNCTNS.INF does not end with a whole record",
+               "file-unowned: _FUNC002.DAT belongs to no function"},
+              [](const TempDirectory& directory) { directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1); });
+}
+
+TEST(RawFindings, FilesOfNoFunction) {
+  ExpectLines(
+      Sound(),
+      {"file-unowned: _FUNC003.DAT belongs to no function",
+       "file-unowned: _FUNC009.CDT belongs to no function",
+       "file-unowned: _PROC001.IDX belongs to no function"},
+      [](const TempDirectory& directory) {
+        for (const char* const name : {"_PROC001.IDX", "_FUNC009.CDT", "_FUNC003.IDX", "_FUNC003.DAT"})
+          directory.WriteText(name, "x");
+        directory.WriteText("_FUNC004.DAT", "");  // holds nothing
+      });
+}
+
+// An acquisition that was stopped before this function.
+TEST(RawFindings, FunctionThatWasNeverAcquiredIsSound) {
+  const TempDirectory directory = Sound().Build();
+  for (const char* const name : {"_FUNC002.DAT", "_FUNC002.IDX", "_FUNC002.STS"})
+    directory.WriteText(name, "");
+  EXPECT_EQ(LinesOf(directory), Lines());
+}
+
+// --- History.
+
+RawDirectoryBuilder Processed(std::uint16_t rawFunctionNumber = 2) {
+  RawDirectoryBuilder raw = Sound();
+  raw.history = {{.processNumber = 1, .rawFunctionNumber = rawFunctionNumber}};
+  raw.processed[1].scans = {ScanFrom<StoredPoint9>(0.1F, {{100, 7}, {200, 9}})};
+  return raw;
+}
+
+TEST(RawFindings, ProcessedDataThatAreCut) {
+  const TempDirectory directory = Processed().Build();
+  EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
+  directory.Truncate("_PROC001.DAT", 11);
+  const std::vector<Finding> findings = Collect(directory);
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings[0].file, "_PROC001.DAT");
+  EXPECT_EQ(findings[0].problem, "ends before 1 of 1 scans do; the first is scan 1");
+  EXPECT_EQ(findings[0].subject.function, 2);
+  EXPECT_EQ(findings[0].subject.process, 1);
+  EXPECT_EQ(findings[0].subject.repeat, 1);
+}
+
+// The layout of the points in the data file of a mobility function says nothing of what was made of it.
+TEST(RawFindings, ProcessedDataOfAMobilityFunctionMayEndAnywhere) {
+  const TempDirectory directory = Processed().Build();
+  directory.Truncate("_PROC001.DAT", 11);
+  EXPECT_EQ(LinesOf(directory).size(), 1u);
+  directory.WriteText("_FUNC002.CDT", "x");
+  EXPECT_EQ(LinesOf(directory), Lines());
+}
+
+TEST(RawFindings, ProcessedFunctionOfNoFunction) {
+  EXPECT_EQ(LinesOf(Processed(2).Build()), Lines()) << "the control";
+  EXPECT_EQ(LinesOf(Processed(40).Build()),
+            Lines{"process-unrooted: _PROC001.DAT goes back to no function, so it is not listed"});
+}
+
+// Two raw functions that one process has made into one file: the reader lists a function for each, and the
+// second is looked at, too.
+TEST(RawFindings, EntriesOfOneProcessNumber) {
+  RawDirectoryBuilder raw = Processed();
+  raw.history.push_back({.processNumber = 1, .rawFunctionNumber = 1});
+  const TempDirectory directory = raw.Build();
+  EXPECT_EQ(LinesOf(directory), Lines{"process-repeated: _HISTORY.INF has process 1 more than once"});
+  directory.Remove("_PROC001.IDX");
+  std::vector<int> repeats;
+  for (const Finding& finding : Collect(directory)) {
+    if (finding.code == FindingCode::kIndexMissing) repeats.push_back(finding.subject.repeat);
+  }
+  EXPECT_EQ(repeats, (std::vector<int>{1, 2}));
+}
+
+TEST(RawFindings, HistoryThatIsCut) {
+  ExpectLines(Processed(),
+              {"history-cut: _HISTORY.INF does not end with a whole record",
+               "file-unowned: _PROC001.DAT belongs to no function"},
+              [](const TempDirectory& directory) { directory.Truncate("_HISTORY.INF", 132 + 122); });
+  ExpectLines(
+      Processed(),
+      {"history-cut: _HISTORY.INF ends in its header", "file-unowned: _PROC001.DAT belongs to no function"},
+      [](const TempDirectory& directory) { directory.Truncate("_HISTORY.INF", 131); });
+}
+
+// --- Traces.
+
+RawDirectoryBuilder WithAnalogs() {
+  RawDirectoryBuilder raw = Sound();
+  raw.analogNames = {"pressure", "flow"};
+  raw.analogs = {{.time = 1, .words = {8, 8}}};
+  return raw;
+}
+
+RawDirectoryBuilder WithChromatograms() {
+  RawDirectoryBuilder raw = Sound();
+  raw.chroms = {{"pressure", {{1, 2}}}, {"flow", {{1, 2}}}};
+  return raw;
+}
+
+TEST(RawFindings, ListOfAnalogChannels) {
+  ExpectLines(WithAnalogs(),
+              {"trace-list-cut: _ANALOGS.INF does not end with a whole record, so there are no traces"},
+              [](const TempDirectory& directory) { directory.Truncate("_ANALOGS.INF", 2 * 85 - 1); });
+  ExpectLines(WithAnalogs(), {"trace-list-cut: _ANALOGS.INF is empty, so there are no traces"},
+              [](const TempDirectory& directory) { directory.Truncate("_ANALOGS.INF", 0); });
+  ExpectLines(WithAnalogs(), {"trace-list-missing: _ANALOGS.INF is missing, so there are no analog traces"},
+              [](const TempDirectory& directory) { directory.Remove("_ANALOGS.INF"); });
+  ExpectLines(WithAnalogs(),
+              {"file-unreadable: _ANALOGS.INF cannot be opened, so there are no analog traces"},
+              [](const TempDirectory& directory) {
+                directory.Remove("_ANALOGS.INF");
+                directory.MakeDirectory("_ANALOGS.INF");
+              });
+}
+
+TEST(RawFindings, ValuesOfAnalogChannels) {
+  ExpectLines(WithAnalogs(), {"trace-data-missing: _ANALOGS.DAT is empty"},
+              [](const TempDirectory& directory) { directory.Truncate("_ANALOGS.DAT", 0); });
+}
+
+// A run that was stopped before its first scan.
+TEST(RawFindings, ChannelsOfARunWithoutScansMayBeEmpty) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.analogNames = {"pressure"};
+  const TempDirectory directory = raw.Build();
+  directory.WriteText("_ANALOGS.DAT", "");
+  EXPECT_EQ(LinesOf(directory), Lines());
+}
+
+// Its header is 8 bytes, two records of 85 follow.
+TEST(RawFindings, ListOfChromatograms) {
+  const RawDirectoryBuilder raw = WithChromatograms();
+  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF does not end with a whole record"},
+              [](const TempDirectory& directory) { directory.Truncate("_CHROMS.INF", 8 + 2 * 85 - 1); });
+  ExpectLines(raw, {"file-unowned: _CHRO002.DAT belongs to no trace"},
+              [](const TempDirectory& directory) { directory.Truncate("_CHROMS.INF", 8 + 85); });
+  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF ends in its header, so there are no traces"},
+              [](const TempDirectory& directory) { directory.Truncate("_CHROMS.INF", 7); });
+  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF ends before its records, so there are no traces"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_CHROMS.INF", [](FileBytes& bytes) { PatchU16(bytes, 0, 179); });
+              });
+  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF has a header that is not known, so there are no traces"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_CHROMS.INF", [](FileBytes& bytes) { PatchU16(bytes, 4, 84); });
+              });
+  ExpectLines(raw, {"trace-list-missing: _CHROMS.INF is missing, so there are no traces"},
+              [](const TempDirectory& directory) { directory.Remove("_CHROMS.INF"); });
+  ExpectLines(raw, {"trace-list-cut: _ANALOGS.INF is empty, so there are no traces"},
+              [](const TempDirectory& directory) { directory.WriteText("_ANALOGS.INF", ""); });
+}
+
+}  // namespace
+}  // namespace zrml::masslynx
