@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/raw_server.h"
+#include "plugin/report_server.h"
 #include "tests/hostile/allocations.h"
 #include "tests/hostile/reading.h"
 
@@ -29,7 +29,7 @@ std::size_t PeakOf(const TempDirectory& directory) {
   const std::size_t before = BytesInUse();
   StartPeak();
   {
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     server.Open(path);
     CZRMassSpectrum spectrum;
     CZRChromatogram chromatogram;
@@ -98,7 +98,7 @@ TEST(Bounds, NamesOfLongChainsAreNotKept) {
   const TempDirectory directory = raw.Build();
   const std::size_t before = BytesInUse();
   StartPeak();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   ASSERT_EQ(server.GetFunctionCount(0), 1441);
   EXPECT_GT(server.GetFunctionName(0, 1440).size(), 30000U);

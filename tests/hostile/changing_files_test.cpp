@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 #include "tests/hostile/reading.h"
 
 namespace zrml {
@@ -16,7 +16,7 @@ class ChangingFilesTest : public testing::Test {
   bool Read(int scan, CZRMassSpectrum& spectrum) { return server_.GetSpectrum(0, 0, scan, spectrum); }
 
   const TempDirectory directory_ = WholeDirectory().Build();
-  CMLDataServerImpl server_;
+  plugin::CMLDataServerImpl server_;
 };
 
 TEST_F(ChangingFilesTest, IndexThatVanishesBeforeItsFirstReadingGivesNoScans) {

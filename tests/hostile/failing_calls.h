@@ -8,6 +8,7 @@ enum class CallFailure {
   kError,        // an input/output error
   kInterrupted,  // by a signal: to be tried again
   kShort,        // a read gives one byte; other calls succeed
+  kRead,         // an error of a read; other calls succeed
   kNoList,       // an error of opendir or readdir; other calls succeed
 };
 

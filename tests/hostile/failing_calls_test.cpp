@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/raw_server.h"
+#include "plugin/report_server.h"
+#include "source/source.h"
 #include "tests/hostile/reading.h"
+#include "tools/zrml/command_line.h"
 
 namespace zrml {
 namespace {
@@ -39,7 +41,7 @@ class FailingCallsTest : public testing::Test {
 
   const TempDirectory directory_;
   const std::wstring path_ = directory_.WidePath();
-  CMLDataServerImpl server_;
+  plugin::CMLDataServerImpl server_;
   const int descriptors_ = OpenDescriptors();
   const Answers expected_ = ReadEverything(server_, path_);
 };
@@ -163,6 +165,130 @@ TEST(FailingReportTest, ReadErrorCostsTheTimeOfOneSpectrumAtMost) {
     lost += zeros;
   }
   EXPECT_GE(lost, 1);  // that of the first, at whose beginning a read fails; elsewhere a read tears a line
+}
+
+// All that a source tells without looking for damage.
+std::string ReadSource(const std::string& path) {
+  std::string text;
+  const auto add = [&text](const std::vector<double>& values) {
+    for (const double value : values) text += std::to_string(value) + ' ';
+    text += '\n';
+  };
+  std::vector<double> x;
+  std::vector<double> y;
+  const std::unique_ptr<source::Source> source = source::Source::Open(path);
+  for (const source::MetadataItem& item : source->SampleMetadata(0)) text += item.value.value_or("-") + '\n';
+  for (int f = 0; f < static_cast<int>(source->Functions(0).size()); ++f) {
+    text += source->Functions(0)[static_cast<std::size_t>(f)].name + '\n';
+    for (int scan = 0; scan < source->ScanCount(0, f); ++scan) {
+      const source::Scan read = source->ScanAt(0, f, scan);
+      add({read.minutes, read.precursorMz.value_or(0), read.scanValue.value_or(0)});
+      source->ReadPoints(0, f, scan, x, y);
+      add(x);
+      add(y);
+    }
+  }
+  for (const source::Trace& trace : source->Traces(0)) {
+    text += trace.name + '\n';
+    add(source->ReadTrace(0, trace.number - 1).intensities);
+  }
+  for (int scan = 0; scan < source->AbsorbanceScanCount(0); ++scan) {
+    source->ReadAbsorbance(0, scan, x, y);
+    add(y);
+  }
+  return text;
+}
+
+// A source gives all that there is, or says that it cannot be read.
+TEST_F(FailingCallsTest, ReadThatIsRefusedIsAnErrorOfTheSource) {
+  const std::string path = directory_.Path().string();
+  const std::string whole = ReadSource(path);
+  int refused = 0;
+  bool hasFailed = true;
+  for (int count = 0; hasFailed; ++count) {
+    SCOPED_TRACE(testing::Message() << "call " << count);
+    const FailingCalls failing(count, CallFailure::kRead);
+    try {
+      EXPECT_EQ(ReadSource(path), whole);
+    } catch (const source::Error& error) {
+      ++refused;
+    }
+    hasFailed = failing.HasFailed();
+  }
+  EXPECT_GT(refused, 10);
+}
+
+// Four samples of 160 kB, each with a function and a trace behind its filler.
+std::string ReportOfSamples() {
+  std::string text;
+  for (const char* const name : {"a", "b", "c", "d"}) {
+    text += std::string("[SAMPLE]\n{\nFileName\t") + name + "\n";
+    for (int line = 0; line < 20000; ++line) text += "Filler\t\n";
+    text += "[FUNCTION]\n{\nType\tMS\n[SPECTRUM]\n{\nTime\t1\n}\n}\n";
+    text += "[FUNCTION]\n{\nDescription\tANALOG\n[CHROMATOGRAM]\n{\n}\n}\n}\n";
+  }
+  return text;
+}
+
+std::string ListOf(source::Source& source) {
+  std::string list;
+  for (int sample = 0; sample < source.SampleCount(); ++sample) {
+    list += source.SampleName(sample) + *source.SampleMetadata(sample)[2].value;
+    for (const source::Function& function : source.Functions(sample)) list += ' ' + function.name;
+    list += ' ' + std::to_string(source.Traces(sample).size()) + '\n';
+  }
+  return list;
+}
+
+// Samples, functions and texts are either all there or refused, and what was found until then is not kept.
+TEST(FailingReportSourceTest, RefusedReadIsAnErrorAndLeavesNothing) {
+  const TempDirectory directory;
+  directory.WriteText("long.rpt", ReportOfSamples());
+  const std::string path = (directory.Path() / "long.rpt").string();
+  const std::string whole = ListOf(*source::Source::Open(path));
+  ASSERT_EQ(whole, "a MS 1\nb MS 1\nc MS 1\nd MS 1\n");
+  int refusals = 0;
+  for (int count = 0;; ++count) {
+    SCOPED_TRACE(testing::Message() << "call " << count);
+    const std::unique_ptr<source::Source> source = source::Source::Open(path);
+    bool hasFailed = false;
+    {
+      const FailingCalls failing(count, CallFailure::kError);
+      try {
+        EXPECT_EQ(ListOf(*source), whole);
+      } catch (const source::Error& error) {
+        EXPECT_EQ(error.GetStatus(), source::Status::kUnreadable);
+        ++refusals;
+      }
+      hasFailed = failing.HasFailed();
+    }
+    EXPECT_EQ(ListOf(*source), whole) << "afterwards";
+    if (!hasFailed || HasFailure()) break;
+  }
+  EXPECT_GT(refusals, 8);
+}
+
+TEST(FailingReportSourceTest, CheckTellsWhatItFindsBesideARefusedRead) {
+  const TempDirectory directory;
+  directory.WriteText("long.rpt", ReportOfSamples());
+  const std::string path = (directory.Path() / "long.rpt").string();
+  bool hasOpened = false;  // from then on what fails is a finding, or passed as a file that nobody may open
+  bool isOneSampleLost = false;
+  for (int count = 0;; ++count) {
+    SCOPED_TRACE(testing::Message() << "call " << count);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const FailingCalls failing(count, CallFailure::kError);
+    const tool::ExitStatus status = tool::RunCommandLine({"check", "--json", path});
+    const std::string output = testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    if (!failing.HasFailed()) break;
+    hasOpened = hasOpened || status == tool::ExitStatus::kDamaged;
+    if (!hasOpened) continue;
+    ASSERT_TRUE(status == tool::ExitStatus::kDamaged || status == tool::ExitStatus::kDone);
+    isOneSampleLost = isOneSampleLost || output.find("\"functions\": 3") != std::string::npos;
+  }
+  EXPECT_TRUE(isOneSampleLost) << "the functions of the others are counted";
 }
 
 }  // namespace

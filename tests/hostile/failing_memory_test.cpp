@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 #include "tests/hostile/allocations.h"
 #include "tests/hostile/reading.h"
 
@@ -13,7 +13,7 @@ namespace {
 TEST(FailingMemory, IsToldByTheExceptionAndLeavesTheObjectSound) {
   const TempDirectory directory = WholeDirectory().Build();
   const std::wstring path = directory.WidePath();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   const Answers expected = ReadEverything(server, path);
   const int descriptors = OpenDescriptors();
   int thrown = 0;
@@ -43,7 +43,7 @@ TEST(FailingMemory, NoMemoryIsLost) {
   const std::wstring path = directory.WidePath();
   const std::size_t before = BytesInUse();
   for (int count = 0; count < 2000; count += 7) {
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     const FailingAllocation failing(count);
     try {
       ReadEverything(server, path);

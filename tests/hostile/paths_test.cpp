@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
-#include "openlynx/openlynx_data_server.h"
+#include "plugin/raw_server.h"
+#include "plugin/report_server.h"
 #include "tests/hostile/reading.h"
 
 namespace zrml {
@@ -20,13 +20,13 @@ std::wstring Wide(const fs::path& path) { return platform::FromNativePath(path.n
 // Whether all of WholeDirectory() is read at `path`. No answer depends on the path.
 bool ReadsWhole(const std::wstring& path) {
   static const TempDirectory control = WholeDirectory().Build();
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   const Answers expected = ReadEverything(server, control.WidePath());
   return expected[2] == "functions 3" && ReadEverything(server, path) == expected;
 }
 
 bool Opens(const std::wstring& path) {
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   return server.ValidateSource(path) && server.Open(path);
 }
 
@@ -111,7 +111,7 @@ void ReplaceEachFile(const std::function<void(const fs::path& file)>& put) {
     SCOPED_TRACE(name);
     const TempDirectory directory = WholeDirectory().Build();
     put(directory.Path() / name);
-    CMLDataServerImpl server;
+    plugin::CMLDataServerImpl server;
     const Answers answers = ReadEverything(server, directory.WidePath());
     const bool needed = name == "_HEADER.TXT" || name == "_FUNCTNS.INF";
     EXPECT_EQ(answers[1], needed ? "open 0" : "open 1");
@@ -141,7 +141,7 @@ TEST(Paths, FileWithoutPermissionIsAMissingFile) {
   fs::permissions(directory.Path().parent_path(), fs::perms::all);
   fs::permissions(directory.Path() / "_FUNC001.DAT", fs::perms::none);
   const AsNobody nobody;
-  CMLDataServerImpl server;
+  plugin::CMLDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath()));
   EXPECT_EQ(server.GetFunctionCount(0), 2) << "a function without data is not listed";
 }
@@ -158,8 +158,9 @@ TEST(Paths, DirectoryThatMayOnlyBePassedThroughIsRead) {
     fs::permissions(directory.Path(), fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec);
     {
       const AsNobody nobody;
-      EXPECT_FALSE(platform::ListNames(directory.WidePath(), 1000).has_value()) << "the control";
-      CMLDataServerImpl server;
+      EXPECT_FALSE(platform::ListNames(platform::ToSystemPath(directory.WidePath()), 1000).has_value())
+          << "the control";
+      plugin::CMLDataServerImpl server;
       EXPECT_TRUE(server.Open(directory.WidePath()));
       EXPECT_EQ(server.GetFunctionCount(0), kFunctions);
       EXPECT_FALSE(server.HasMobility(0, 0));

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "masslynx/ml_data_server.h"
+#include "plugin/raw_server.h"
 #include "tests/hostile/reading.h"
 
 namespace zrml {
@@ -14,13 +14,13 @@ TEST(Threads, SixteenObjectsReadOneDirectoryAlike) {
   constexpr int kReadings = 8;
   const TempDirectory directory = WholeDirectory().Build();
   const std::wstring path = directory.WidePath();
-  CMLDataServerImpl alone;
+  plugin::CMLDataServerImpl alone;
   const Answers expected = ReadEverything(alone, path);
   std::vector<int> alike(kThreads, 0);
   std::vector<std::thread> threads;
   for (std::size_t i = 0; i < kThreads; ++i) {
     threads.emplace_back([&, i] {
-      CMLDataServerImpl server;
+      plugin::CMLDataServerImpl server;
       for (int reading = 0; reading < kReadings; ++reading)
         alike[i] += ReadEverything(server, path) == expected;
     });

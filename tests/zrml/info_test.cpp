@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "tests/zrml/vials.h"
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {
@@ -17,102 +18,100 @@ class InfoTest : public ZrmlTest {
   }
 };
 
-// Minutes of "Broken" are missing because its second scan cannot be read, those of the odd function because
-// its time is no number; 0.30000000000000004 is rounded for people.
-TEST_F(InfoTest, FolderIsShownInAlignedColumns) {
-  const std::string path = MakeFolder("run.raw");
+// Function 5 is absorbance and no function here; numbers stay those of the files. A column in which no
+// function has anything to say, that of drift bins, is left out.
+TEST_F(InfoTest, DirectoryIsShownInAlignedColumns) {
+  const std::string path = Make("run.raw");
   ExpectOutput(Run({"info", path}), "Source    " + path + R"(
-Provider  FakeFolder
+Provider  ZRMLProvider
 Content   raw acquisition
 
 Sample 1: Injection 1
 
   Functions
-    No  Name              Kind   Level  Scan type  Polarity  Scans     Minutes           m/z  Data       Dim  Drift bins
-     1  Survey            MS         1  -          positive      3  0.5 to 1.5  50 to 1200.5  continuum    2           -
-     2  Product           MS/MS      2  product    negative      2  1.125 to 2    0.1 to 0.3  centroid     2           -
-     3  Empty             MS         1  -          positive      0           -             -  -            1           -
-     4  Broken            MS         1  -          positive      2           -             -  centroid     2           -
-     5  Odd\tname\n"é𝄞\"  other      1  other      unknown       1           -             -  centroid     2         200
-     6  Large             MS         1  -          positive      1  0.1 to 0.1             -  centroid     1           -
+    No  Name                   Kind   Level  Scan type  Polarity  Scans         Minutes           m/z  Data       Dim
+     1  TOF MS ES+             MS         1  -          positive      3      0.5 to 1.5  50 to 1200.5  continuum    2
+     2  TOF MS/MS ES-          MS/MS      2  product    negative      2  0.125 to 1.125             -  centroid     2
+     3  MS ES+                 MS         1  -          positive      0               -             -  -            1
+     4  TOF ES+                MS         1  -          positive      2        3 to 3.5             -  centroid     2
+     6  TOF MS ES+ Lock Mass   MS         1  -          positive      1    0.25 to 0.25             -  centroid     1
+    p1  TOF MS ES+ (Smoothed)  MS         1  -          positive      1      0.5 to 0.5  50 to 1200.5  continuum    1
 
   Traces
     1  Pressure
     2  UV\u001b[31m 254
+    3  PDA - Total Absorbance
 
   Absorbance
-    25 scans
+    2 scans
 
   Metadata
-    Operator  Zoë "Z"\r\nnext\u2028line
-    Comment   -
-    Absent    -
-    Mode      ES+ (functions 1, 3, 4, 5, 6)
-              ES- (function 2)
-    Tab\tkey  µ \u0085 \u202e
+    AnalysisDateTime  2026-11-14T09:15:00+00:00
+    InstrumentName    SIM\u0085 2
+    OperatorName      Zoë "Z"
+    SampleName        -
+    DatasetName       )" + path + R"(
+    ProviderName      ZRMLProvider
+    MethodName        -
+    IonizationMethod  ES+ (functions 1, 3, 4, 6, p1)
+                      ES- (function 2)
 )");
 }
 
-// Columns in which no function has anything to say are left out.
-TEST_F(InfoTest, ReportShowsEverySampleAndTheTracesOfFunctions) {
-  const std::string path = MakeFile("vials.fakereport");
-  ExpectOutput(Run({"info", path}), "Source    " + path + R"(
-Provider  FakeReport
-Content   processed report
-
-Sample 1: Vial A1
-
-  Functions
-    No  Name        Kind        Level  Polarity  Scans  Minutes  Data      Dim
-     1  Function 1  absorbance      1  unknown       1   0 to 0  centroid    1
-
-  Traces of function 1
-    1  Channel 1
-    2  Channel 2
-
-Sample 2: -
-
-  No functions
-)");
+// 0.1F and 0.3F are no short decimals; people see four digits, programs all.
+TEST_F(InfoTest, JsonGivesWhatTextRounds) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.startMasses[0] = 0.1F;
+  raw.functions[0].record.endMasses[0] = 0.3F;
+  const std::string path = Make("run.raw", raw);
+  EXPECT_NE(Run({"info", path}).output.find("  0.1 to 0.3  "), std::string::npos);
+  EXPECT_NE(Run({"info", path, "--json"}).output.find("[0.10000000149011612, 0.30000001192092896]"),
+            std::string::npos);
 }
 
 TEST_F(InfoTest, JsonHasTheDocumentedKeysOfAFunction) {
-  const json info = RunJson(MakeFolder("run.raw"));
-  EXPECT_EQ(info["samples"][0]["functions"][0], json::parse(R"({
-    "number": 1, "name": "Survey", "kind": "MS", "kindCode": 2, "msLevel": 1, "scanType": "none", "polarity": "positive",
-    "scans": 3, "minutes": [0.5, 1.5], "massRange": [50, 1200.5], "centroided": false, "dimensions": 2,
-    "driftBins": null, "traces": [],
-    "metadata": {"Operator": "Zo\u00eb \"Z\"\r\nnext\u2028line", "Comment": "", "Absent": null, "Mode": "ES+",
-                 "Tab\tkey": "\u00b5 \u0085 \u202e"}
+  const std::string path = Make("run.raw");
+  json function = RunJson(path)["samples"][0]["functions"][0];
+  EXPECT_EQ(function["metadata"]["IonizationMethod"], "ES+");
+  function.erase("metadata");
+  EXPECT_EQ(function, json::parse(R"({
+    "number": 1, "file": "_FUNC001.DAT", "name": "TOF MS ES+", "kind": "MS", "kindCode": 2, "msLevel": 1,
+    "scanType": "none", "polarity": "positive", "scans": 3, "minutes": [0.5, 1.5], "massRange": [50, 1200.5],
+    "centroided": false, "dimensions": 2, "driftBins": null, "traces": []
   })"));
 }
 
-TEST_F(InfoTest, JsonGivesWhatTextRounds) {
-  const json info = RunJson(MakeFolder("run.raw"));
-  EXPECT_EQ(info["samples"][0]["functions"][1]["massRange"], json::parse("[0.1, 0.30000000000000004]"));
-}
-
 TEST_F(InfoTest, JsonOfAnEmptyFunctionHasNulls) {
-  const json function = RunJson(MakeFolder("run.raw"))["samples"][0]["functions"][2];
+  const json function = RunJson(Make("run.raw"))["samples"][0]["functions"][2];
   EXPECT_EQ(function["scans"], 0);
   EXPECT_EQ(function["minutes"], nullptr);
   EXPECT_EQ(function["massRange"], nullptr);
   EXPECT_EQ(function["centroided"], nullptr);
 }
 
-TEST_F(InfoTest, JsonOfAnOddFunctionKeepsItsNameAndCode) {
-  const json function = RunJson(MakeFolder("run.raw"))["samples"][0]["functions"][4];
-  EXPECT_EQ(function["name"], "Odd\tname\n\"\u00E9\U0001D11E\\\"");
-  EXPECT_EQ(function["kind"], "other");
-  EXPECT_EQ(function["kindCode"], 8);
-  EXPECT_EQ(function["driftBins"], 200);
+TEST_F(InfoTest, JsonOfProcessedDataHasItsName) {
+  const json function = RunJson(Make("run.raw"))["samples"][0]["functions"][5];
+  EXPECT_EQ(function["number"], "p1");
+  EXPECT_EQ(function["file"], "_PROC001.DAT");
+}
+
+// A lost file leaves every number as it was.
+TEST_F(InfoTest, NumbersStayWhenAFileIsLost) {
+  const std::string path = Make("run.raw");
+  for (const char* name : {"_FUNC002.DAT", "_FUNC002.IDX", "_FUNC002.STS"})
+    std::filesystem::remove(folder_ / "run.raw" / name);
+  const json functions = RunJson(path)["samples"][0]["functions"];
+  std::vector<json> numbers;
+  for (const json& function : functions) numbers.push_back(function["number"]);
+  EXPECT_EQ(numbers, (std::vector<json>{1, 3, 4, 6, "p1"}));
 }
 
 TEST_F(InfoTest, JsonOfTheSourceAndItsSample) {
-  const std::string path = MakeFolder("run.raw");
+  const std::string path = Make("run.raw");
   const json info = RunJson(path);
   EXPECT_EQ(info["source"], path);
-  EXPECT_EQ(info["provider"], "FakeFolder");
+  EXPECT_EQ(info["provider"], "ZRMLProvider");
   EXPECT_EQ(info["report"], false);
   ASSERT_EQ(info["samples"].size(), 1u);
   const json sample = info["samples"][0];
@@ -120,23 +119,29 @@ TEST_F(InfoTest, JsonOfTheSourceAndItsSample) {
   EXPECT_EQ(sample["name"], "Injection 1");
   EXPECT_EQ(sample["functions"].size(), 6u);
   EXPECT_EQ(sample["traces"], json::parse(R"([{"number": 1, "name": "Pressure"},
-                                              {"number": 2, "name": "UV\u001b[31m 254"}])"));
-  EXPECT_EQ(sample["absorbanceScans"], 25);
-  EXPECT_EQ(sample["metadata"]["Mode"], "ES+");
+                                              {"number": 2, "name": "UV\u001b[31m 254"},
+                                              {"number": 3, "name": "PDA - Total Absorbance"}])"));
+  EXPECT_EQ(sample["absorbanceScans"], 2);
+  EXPECT_EQ(sample["metadata"]["OperatorName"], "Zo\u00eb \"Z\"");
 }
 
-TEST_F(InfoTest, JsonOfAReportWithoutFunctionsAndMetadata) {
-  const json info = RunJson(MakeFile("vials.fakereport"));
+TEST_F(InfoTest, JsonOfAReport) {
+  const json info = RunJson(Make("vials.rpt", Vials()));
   EXPECT_EQ(info["report"], true);
-  EXPECT_EQ(info["samples"][1], json::parse(R"({"number": 2, "name": "", "functions": [], "traces": [],
-                                                "absorbanceScans": null, "metadata": {}})"));
-  EXPECT_EQ(info["samples"][0]["functions"][0]["traces"][1],
-            json::parse(R"({"number": 2, "name": "Channel 2"})"));
+  json sample = info["samples"][2];
+  EXPECT_TRUE(sample["metadata"].is_object());
+  sample.erase("metadata");
+  EXPECT_EQ(sample, json::parse(R"({"number": 3, "name": "Sample 3", "functions": [], "traces": [],
+                                    "absorbanceScans": null})"));
+  EXPECT_EQ(info["samples"][0]["functions"][1]["traces"],
+            json::parse(R"([{"number": 1, "name": "caffeine"}])"));
+  EXPECT_EQ(info["samples"][0]["functions"][1]["file"], nullptr);
 }
 
 TEST_F(InfoTest, JsonIsEscapedToPlainLines) {
-  const ProcessResult result = Run({"info", MakeFolder("run.raw"), "--json"});
-  EXPECT_NE(result.output.find(R"("Operator": "Zoë \"Z\"\r\nnext\u2028line")"), std::string::npos);
+  const ProcessResult result = Run({"info", Make("run.raw"), "--json"});
+  EXPECT_NE(result.output.find(R"("OperatorName": "Zoë \"Z\"")"), std::string::npos);
+  EXPECT_NE(result.output.find(R"("InstrumentName": "SIM\u0085 2")"), std::string::npos);
   EXPECT_NE(result.output.find(R"("UV\u001b[31m 254")"), std::string::npos);
 }
 

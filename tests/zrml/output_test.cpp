@@ -9,18 +9,27 @@ class OutputTest : public ZrmlTest {
  protected:
   // The spectrum of 100000 points.
   ProcessResult RunLarge(std::vector<std::string> more = {}) const {
-    more.insert(more.begin(), {"spectrum", path_, "--function", "6", "--scan", "1"});
+    more.insert(more.begin(), {"spectrum", path_, "--function", "1", "--scan", "1"});
     return Run(more);
   }
 
-  std::string path_ = MakeFolder("run.raw");
+  static RawDirectoryBuilder Large() {
+    std::vector<WantedPoint> points;
+    for (int i = 0; i < 100'000; ++i) points.push_back({100 + i / 128.0, static_cast<double>(i % 1000)});
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    raw.functions[0].scans = {ScanFrom<StoredPoint9>(0.5F, points)};
+    return raw;
+  }
+
+  std::string path_ = Make("run.raw", Large());
 };
 
 TEST_F(OutputTest, LargeSpectrumIsWhole) {
   const std::string output = RunLarge().output;
-  // The last mass is 100 + 99999 / 128.
+  // The last mass is 100 + 99999 / 128, its intensity 99999 modulo 1000.
   EXPECT_NE(output.find("\n# points: 100000\nm/z\tintensity\n100\t0\n100.0078125\t1\n"), std::string::npos);
-  EXPECT_TRUE(output.ends_with("\n881.2421875\t99999\n")) << output.substr(output.size() - 100);
+  EXPECT_TRUE(output.ends_with("\n881.2421875\t999\n")) << output.substr(output.size() - 100);
   const std::size_t points = output.find("m/z\tintensity\n") + std::string("m/z\tintensity\n").size();
   EXPECT_EQ(std::count(output.begin() + static_cast<std::ptrdiff_t>(points), output.end(), '\n'), 100000);
 }

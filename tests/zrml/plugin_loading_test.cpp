@@ -10,50 +10,30 @@ namespace {
 
 class PluginLoadingTest : public ZrmlTest {
  protected:
-  PluginLoadingTest() {
-    // The program alone in a folder, so that no plug-in is beside it.
-    std::filesystem::create_directories(folder_ / "program");
-    setup_.program = folder_ / "program" / std::filesystem::path(ZRML_PROGRAM).filename();
-    std::filesystem::copy_file(BuiltFile(ZRML_PROGRAM), setup_.program);
-  }
-
-  ProcessResult RunWith(const std::string& plugin) const {
-    return RunBare({"info", source_, "--plugin", plugin});
-  }
-
-  std::string source_ = MakeFolder("run.raw");
+  ProcessResult RunWith(const std::string& plugin) const { return Run({"plugin", plugin}); }
 };
 
-TEST_F(PluginLoadingTest, HelpAndVersionNeedNoPlugin) {
-  for (const char* option : {"--help", "--version"}) {
-    const ProcessResult result = RunBare({option});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.errors, "");
-    EXPECT_NE(result.output, "");
-  }
+TEST_F(PluginLoadingTest, ProvidersAndTheirFilesAreShown) {
+  const std::string plugin = Argument(ZRML_PLUGIN);
+  ExpectOutput(RunWith(plugin), "Plug-in    " + plugin + R"(
+Interface  10
+
+Providers
+  No  Name                   GUID                                    Files
+   1  ZRMLProvider           {9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}  Waters MassLynx (*.dat *.idx *.inf)
+   2  ZROpenLynxRptProvider  {c1972a1b-f675-4d08-921a-3e6f8d107c76}  Waters OpenLynx Report (*.rpt)
+)");
 }
 
-TEST_F(PluginLoadingTest, NoPluginBesideTheProgramIsStatus6) {
-  ExpectFailure(RunBare({"info", source_}), 6,
-                "there is no plug-in " + Path("program") +
-                    static_cast<char>(std::filesystem::path::preferred_separator) + ZRML_PLUGIN_FILE);
-}
-
-TEST_F(PluginLoadingTest, PluginBesideTheProgramIsFoundFromAnywhere) {
-  std::filesystem::copy_file(BuiltFile(ZRML_FAKE_PLUGIN), folder_ / "program" / ZRML_PLUGIN_FILE);
-  setup_.folder = folder_ / "scratch";
-  EXPECT_EQ(RunBare({"info", source_}).status, 0);
-}
-
-TEST_F(PluginLoadingTest, PluginIsChosenBeforeOrAfterTheCommand) {
-  const std::string plugin = PluginArgument(ZRML_FAKE_PLUGIN);
-  EXPECT_EQ(RunBare({"info", source_, "--plugin", plugin}).status, 0);
-  EXPECT_EQ(RunBare({"info", "--plugin", plugin, source_}).status, 0);
-  EXPECT_EQ(RunBare({"--plugin", plugin, "info", source_}).status, 0);
+TEST_F(PluginLoadingTest, OtherCommandsNeedNoPlugin) {
+  std::filesystem::create_directories(folder_ / "program");
+  setup_.program = folder_ / "program" / std::filesystem::path(ZRML_PROGRAM).filename();
+  std::filesystem::copy_file(BuiltFile(ZRML_PROGRAM), setup_.program);
+  EXPECT_EQ(Run({"info", Make("run.raw")}).status, 0);
 }
 
 TEST_F(PluginLoadingTest, PluginByBareNameIsTheOneInTheCurrentFolder) {
-  std::filesystem::copy_file(BuiltFile(ZRML_FAKE_PLUGIN), folder_ / "mine.plugin");
+  std::filesystem::copy_file(BuiltFile(ZRML_PLUGIN), folder_ / "mine.plugin");
   setup_.folder = folder_;
   EXPECT_EQ(RunWith("mine.plugin").status, 0);
 }
@@ -75,7 +55,7 @@ TEST_F(PluginLoadingTest, FileThatIsNoLibraryIsStatus6) {
 TEST_F(PluginLoadingTest, EmptyNameIsWrongUsage) {
   const ProcessResult result = RunWith("");
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.errors.find("zrml: --plugin: is empty"), 0U) << result.errors;
+  EXPECT_EQ(result.errors.find("zrml: FILE: is empty"), 0U) << result.errors;
 }
 
 #ifndef _WIN32
@@ -99,23 +79,27 @@ TEST_F(PluginLoadingTest, CutPluginIsStatus6) {
 #endif
 
 TEST_F(PluginLoadingTest, PluginOfAnotherVersionIsStatus6) {
-  const std::string plugin = PluginArgument(ZRML_NEWER_PLUGIN);
+  const std::string plugin = Argument(ZRML_NEWER_PLUGIN);
   ExpectFailure(RunWith(plugin), 6, "the plug-in " + plugin + " does not speak version 10 of the interface");
 }
 
 TEST_F(PluginLoadingTest, LibraryWithoutAnExportIsStatus6) {
-  const std::string plugin = PluginArgument(ZRML_PARTIAL_PLUGIN);
+  const std::string plugin = Argument(ZRML_PARTIAL_PLUGIN);
   ExpectFailure(RunWith(plugin), 6,
                 plugin + " is not a data provider plug-in: it does not export GetInstance");
 }
 
 TEST_F(PluginLoadingTest, PluginThatMakesNoProviderIsStatus6) {
-  const std::string plugin = PluginArgument(ZRML_EMPTY_PLUGIN);
+  const std::string plugin = Argument(ZRML_EMPTY_PLUGIN);
   ExpectFailure(RunWith(plugin), 6, "the plug-in " + plugin + " does not make its provider 1");
 }
 
-TEST_F(PluginLoadingTest, MissingPathIsToldBeforeAMissingPlugin) {
-  ExpectFailure(RunBare({"info", Path("missing")}), 3, "there is no file or folder " + Path("missing"));
+TEST_F(PluginLoadingTest, MissingPluginIsToldBeforeAMissingPath) {
+  ExpectFailure(Run({"plugin", Path("none.so"), Path("missing")}), 6,
+                "there is no plug-in " + Path("none.so"));
+  const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), Path("missing")});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.errors, "zrml: there is no file or folder " + Path("missing") + "\n");
 }
 
 }  // namespace

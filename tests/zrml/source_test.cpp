@@ -1,3 +1,4 @@
+#include "tests/zrml/vials.h"
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {
@@ -30,59 +31,56 @@ TEST_F(SourceTest, LinkToItselfIsStatus5) {
 
 TEST_F(SourceTest, EmptyPathIsWrongUsage) { ExpectFailure(Run({"info", ""}), 2, "PATH is empty"); }
 
-TEST_F(SourceTest, FolderThatNoProviderTakesIsStatus4) {
-  ExpectFailure(Run({"info", Path("scratch")}), 4, "no provider reads " + Path("scratch"));
+TEST_F(SourceTest, FolderThatIsNoSourceIsStatus4) {
+  ExpectFailure(Run({"info", Path("scratch")}), 4,
+                Path("scratch") + " is neither a raw directory nor a report");
 }
 
-TEST_F(SourceTest, ContentThatIsNotTheProvidersIsStatus4) {
-  const std::string path = MakeFolder("run.raw", "something else");
-  ExpectFailure(Run({"info", path}), 4, "no provider reads " + path);
+// The header's first line is that of something else.
+TEST_F(SourceTest, ContentOfAnotherKindIsStatus4) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.header = {"something else"};
+  const std::string path = Make("run.raw", raw);
+  ExpectFailure(Run({"info", path}), 4, path + " is no raw directory: its _HEADER.TXT has another beginning");
 }
 
-TEST_F(SourceTest, SourceThatDoesNotOpenIsStatus5) {
-  const std::string path = MakeFolder("run.raw", "valid but damaged");
-  ExpectFailure(Run({"info", path}), 5, "FakeFolder cannot open " + path);
-}
-
-TEST_F(SourceTest, FileInAFolderThatAProviderTakesStandsForTheFolder) {
-  const std::string folder = MakeFolder("run.raw");
-  const std::string file = MakeFile("run.raw/_FUNC002.DAT");
+TEST_F(SourceTest, DataFileChoosesItsFunction) {
+  Make("run.raw");
+  const std::string file = Path("run.raw") + "/_FUNC002.DAT";
   const ProcessResult result = Run({"info", file});
-  EXPECT_EQ(result.status, 0);
   EXPECT_EQ(Top(result), "Source    " + file +
-                             "\nProvider  FakeFolder\nContent   raw acquisition\n\nSample 1: File " + file +
-                             " in " + folder);
+                             "\nProvider  ZRMLProvider\nContent   raw acquisition\n\nSample 1: Injection 1");
+  EXPECT_NE(result.output.find("\n     2  TOF MS/MS ES-  "), std::string::npos) << result.output;
+  EXPECT_EQ(result.output.find("Lock Mass"), std::string::npos);
 }
 
-TEST_F(SourceTest, FileInTheCurrentFolderStandsForThatFolder) {
-  MakeFolder("run.raw");
-  MakeFile("run.raw/_FUNC002.DAT");
+TEST_F(SourceTest, DataFileInTheCurrentFolder) {
+  Make("run.raw");
   setup_.folder = folder_ / "run.raw";
-  EXPECT_TRUE(Top(Run({"info", "_FUNC002.DAT"})).ends_with("Sample 1: File _FUNC002.DAT in ."));
+  EXPECT_NE(Run({"info", "_FUNC002.DAT"}).output.find("\n     2  TOF MS/MS ES-  "), std::string::npos);
 }
 
 TEST_F(SourceTest, FileInAnyOtherFolderIsStatus4) {
   const std::string file = MakeFile("notes.txt");
-  ExpectFailure(Run({"info", file}), 4, "no provider reads " + file);
+  ExpectFailure(Run({"info", file}), 4, file + " is neither a raw directory nor a report");
 }
 
-TEST_F(SourceTest, FileThatAProviderTakesIsNotItsFolder) {
-  MakeFolder("run.raw");
-  const std::string file = MakeFile("run.raw/vials.fakereport");
+TEST_F(SourceTest, ReportInARawDirectoryIsAReport) {
+  Make("run.raw");
+  const std::string file = Make("run.raw/vials.rpt", Vials());
   EXPECT_EQ(Top(Run({"info", file})),
-            "Source    " + file + "\nProvider  FakeReport\nContent   processed report\n\nSample 1: Vial A1");
+            "Source    " + file +
+                "\nProvider  ZROpenLynxRptProvider\nContent   processed report\n\nSample 1: VIAL_1");
 }
 
-TEST_F(SourceTest, SeparatorAtTheEndIsNotPassedOn) {
-  const std::string folder = MakeFolder("run.raw");
-  const std::string file = MakeFile("run.raw/_FUNC002.DAT");
+TEST_F(SourceTest, SeparatorsMayBeDoubled) {
+  const std::string folder = Make("run.raw");
   EXPECT_EQ(Run({"info", folder + "//"}).status, 0);
-  const std::string doubled = folder + "//_FUNC002.DAT";
-  EXPECT_TRUE(Top(Run({"info", doubled})).ends_with("File " + doubled + " in " + folder));
+  EXPECT_EQ(Run({"info", folder + "//_FUNC002.DAT"}).status, 0);
 }
 
 TEST_F(SourceTest, PathBeyondAsciiIsFoundAndShown) {
-  const std::string path = MakeFolder("données 試料.raw");
+  const std::string path = Make("données 試料.raw");
   const ProcessResult result = Run({"info", path});
   EXPECT_EQ(result.status, 0);
   EXPECT_TRUE(result.output.starts_with("Source    " + path + "\n")) << result.output;
@@ -91,7 +89,7 @@ TEST_F(SourceTest, PathBeyondAsciiIsFoundAndShown) {
 #ifndef _WIN32
 // A file name may hold any byte there; the output is UTF-8 all the same.
 TEST_F(SourceTest, PathThatIsNotUtf8IsFoundAndShownAsUtf8) {
-  MakeFolder("plain");
+  Make("plain");
   std::filesystem::rename(folder_ / "plain", folder_ / "odd\xFF.raw");
   setup_.folder = folder_;
   const ProcessResult result = Run({"info", "odd\xFF.raw"});

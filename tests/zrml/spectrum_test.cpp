@@ -1,5 +1,9 @@
+#include <fstream>
+
 #include <nlohmann/json.hpp>
 
+#include "tests/support/built_file.h"
+#include "tests/zrml/vials.h"
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {
@@ -9,176 +13,172 @@ using nlohmann::json;
 
 class SpectrumTest : public ZrmlTest {
  protected:
-  ProcessResult RunSpectrum(int function, int scan, std::vector<std::string> more = {}) const {
-    more.insert(more.begin(),
-                {"spectrum", path_, "--function", std::to_string(function), "--scan", std::to_string(scan)});
+  ProcessResult RunSpectrum(const std::string& function, int scan, std::vector<std::string> more = {}) const {
+    more.insert(more.begin(), {"spectrum", path_, "--function", function, "--scan", std::to_string(scan)});
     return Run(more);
   }
 
-  std::string path_ = MakeFolder("run.raw");
+  std::string path_ = Make("run.raw");
 };
 
-// Total: 10 + 0.5 + 1000000.
+// Total: 10 + 3 + 1000000. A scan takes 15 s.
 TEST_F(SpectrumTest, SurveyScanShowsAttributesAndPoints) {
-  ExpectOutput(RunSpectrum(1, 1), "# source: " + path_ + R"(
-# provider: FakeFolder
+  ExpectOutput(RunSpectrum("1", 1), "# source: " + path_ + R"(
+# provider: ZRMLProvider
 # sample: 1
 # sampleName: Injection 1
 # function: 1
-# functionName: Survey
+# functionName: TOF MS ES+
 # scan: 1
-# title: first\tscan
 # startMinutes: 0.5
 # endMinutes: 0.75
 # msLevel: 1
 # polarity: positive
 # centroided: false
 # scanValue: 2.5
-# totalIntensity: 1000010.5
+# totalIntensity: 1000013
 # basePeakMz: 300.0625
 # basePeakIntensity: 1000000
 # points: 3
 m/z	intensity
 100	10
-200.5	0.5
+200.5	3
 300.0625	1000000
 )");
 }
 
+// The survey scan before 1.125 min is the second, at 1 min.
 TEST_F(SpectrumTest, ProductScanShowsItsPrecursor) {
-  ExpectOutput(RunSpectrum(2, 1), "# source: " + path_ + R"(
-# provider: FakeFolder
-# sample: 1
-# sampleName: Injection 1
-# function: 2
-# functionName: Product
-# scan: 1
-# startMinutes: 1.125
+  const ProcessResult result = RunSpectrum("2", 2);
+  EXPECT_NE(result.output.find(R"(# startMinutes: 1.125
 # endMinutes: 1.375
 # msLevel: 2
 # polarity: negative
 # centroided: true
-# precursorMz: 445.12
+# precursorMz: 445.125
 # precursorFunction: 1
 # precursorScan: 2
-# scanValue: 0
-# totalIntensity: 7
-# basePeakMz: 50.5
-# basePeakIntensity: 7
-# points: 1
-m/z	intensity
-50.5	7
-)");
+)"),
+            std::string::npos)
+      << result.output;
+  EXPECT_TRUE(result.output.ends_with("# points: 1\nm/z\tintensity\n50.5\t8\n")) << result.output;
 }
 
+// It is before every survey scan, and nothing tells its precursor.
 TEST_F(SpectrumTest, ProductScanWithoutPrecursorLeavesItOut) {
-  const ProcessResult result = RunSpectrum(2, 2);
+  const ProcessResult result = RunSpectrum("2", 1);
   EXPECT_NE(result.output.find("# msLevel: 2\n"), std::string::npos);
   EXPECT_EQ(result.output.find("precursor"), std::string::npos);
-  const json spectrum = json::parse(RunSpectrum(2, 2, {"--json"}).output);
+  const json spectrum = json::parse(RunSpectrum("2", 1, {"--json"}).output);
   EXPECT_EQ(spectrum["precursorMz"], nullptr);
   EXPECT_EQ(spectrum["precursorFunction"], nullptr);
 }
 
 TEST_F(SpectrumTest, EmptySpectrumIsASuccess) {
-  const ProcessResult result = RunSpectrum(1, 3);
+  const ProcessResult result = RunSpectrum("1", 3);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
   EXPECT_TRUE(result.output.ends_with("# totalIntensity: 0\n# points: 0\nm/z\tintensity\n")) << result.output;
-  const json spectrum = json::parse(RunSpectrum(1, 3, {"--json"}).output);
+  const json spectrum = json::parse(RunSpectrum("1", 3, {"--json"}).output);
   EXPECT_EQ(spectrum["masses"], json::array());
   EXPECT_EQ(spectrum["intensities"], json::array());
   EXPECT_EQ(spectrum["basePeakMz"], nullptr);
 }
 
-// Positional from 1e-5 up to 1e15, otherwise with an exponent; each is the shortest that reads back as the
-// same double.
-TEST_F(SpectrumTest, NumbersAreShortestAndUnusualOnesAreNamed) {
-  const ProcessResult result = RunSpectrum(5, 1);
-  EXPECT_TRUE(
-      result.output.ends_with("m/z\tintensity\n"
-                              "1e-07\tnan\n"
-                              "0.1\tinf\n"
-                              "123456789\t-inf\n"
-                              "1e+15\t-0\n"
-                              "1.7976931348623157e+308\t5e-324\n"))
-      << result.output;
-  EXPECT_NE(result.output.find("# functionName: Odd\\tname\\n\"é𝄞\\\"\n"), std::string::npos);
-  EXPECT_NE(result.output.find("# startMinutes: nan\n"), std::string::npos);
-  EXPECT_NE(result.output.find("# driftBins: 1 to 200\n# driftValues: 0.5 to 100\n"), std::string::npos);
-}
-
-TEST_F(SpectrumTest, JsonHasNullForNumbersWithoutAForm) {
-  const ProcessResult result = RunSpectrum(5, 1, {"--json"});
-  EXPECT_NE(result.output.find(R"("intensities": [null, null, null, -0, 5e-324])"), std::string::npos)
-      << result.output;
-  EXPECT_NE(result.output.find(R"("masses": [1e-07, 0.1, 123456789, 1e+15, 1.7976931348623157e+308])"),
-            std::string::npos);
-  const json spectrum = json::parse(result.output);
-  EXPECT_EQ(spectrum["startMinutes"], nullptr);
-  EXPECT_EQ(spectrum["driftBins"], json::parse("[1, 200]"));
-  EXPECT_EQ(spectrum["functionName"], "Odd\tname\n\"\u00E9\U0001D11E\\\"");
-}
-
 TEST_F(SpectrumTest, JsonHasTheDocumentedKeys) {
-  json spectrum = json::parse(RunSpectrum(1, 1, {"--json"}).output);
+  json spectrum = json::parse(RunSpectrum("1", 1, {"--json"}).output);
   EXPECT_EQ(spectrum["source"], path_);
   spectrum.erase("source");
   EXPECT_EQ(spectrum, json::parse(R"({
-    "provider": "FakeFolder", "sample": 1, "sampleName": "Injection 1", "function": 1, "functionName": "Survey",
-    "scan": 1, "title": "first\tscan", "label": null, "startMinutes": 0.5, "endMinutes": 0.75, "msLevel": 1,
-    "polarity": "positive", "centroided": false, "precursorMz": null, "precursorFunction": null,
-    "precursorScan": null, "scanValue": 2.5, "driftBins": null, "driftValues": null, "totalIntensity": 1000010.5,
-    "basePeakMz": 300.0625, "basePeakIntensity": 1000000, "points": 3,
-    "masses": [100, 200.5, 300.0625], "intensities": [10, 0.5, 1000000]
+    "provider": "ZRMLProvider", "sample": 1, "sampleName": "Injection 1", "function": 1,
+    "functionName": "TOF MS ES+", "scan": 1, "title": null, "label": null, "startMinutes": 0.5, "endMinutes": 0.75,
+    "msLevel": 1, "polarity": "positive", "centroided": false, "precursorMz": null, "precursorFunction": null,
+    "precursorScan": null, "scanValue": 2.5, "driftBins": null, "driftValues": null, "totalIntensity": 1000013,
+    "basePeakMz": 300.0625, "basePeakIntensity": 1000000, "points": 3, "lostPoints": null,
+    "masses": [100, 200.5, 300.0625], "intensities": [10, 3, 1000000]
   })"));
 }
 
-TEST_F(SpectrumTest, SampleOfAReportIsChosenByNumber) {
-  const std::string report = MakeFile("vials.fakereport");
-  const ProcessResult result = Run({"spectrum", report, "--function", "1", "--scan", "1", "--sample", "1"});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_TRUE(result.output.ends_with("m/z\tintensity\n18\t1.5\n")) << result.output;
-  ExpectFailure(Run({"spectrum", report, "--function", "1", "--scan", "1", "--sample", "2"}), 2,
-                "there is no function 1: sample 2 has no functions");
-  ExpectFailure(Run({"spectrum", report, "--function", "1", "--scan", "1", "--sample", "3"}), 2,
-                "there is no sample 3: the source has samples 1 to 2");
+TEST_F(SpectrumTest, ProcessedDataGoByTheirName) {
+  const ProcessResult result = RunSpectrum("p1", 1);
+  EXPECT_NE(result.output.find("# function: p1\n# functionName: TOF MS ES+ (Smoothed)\n"), std::string::npos)
+      << result.output;
+  EXPECT_TRUE(result.output.ends_with("\n100\t11\n"));
+  EXPECT_EQ(json::parse(RunSpectrum("p1", 1, {"--json"}).output)["function"], "p1");
 }
 
-TEST_F(SpectrumTest, NumbersOutOfRangeTellTheRange) {
-  ExpectFailure(RunSpectrum(7, 1), 2, "there is no function 7: sample 1 has functions 1 to 6");
-  ExpectFailure(RunSpectrum(1, 4), 2, "there is no scan 4: function 1 has scans 1 to 3");
-  ExpectFailure(RunSpectrum(3, 1), 2, "there is no scan 1: function 3 has no scans");
-  ExpectFailure(RunSpectrum(6, 2), 2, "there is no scan 2: function 6 has only scan 1");
-  ExpectFailure(RunSpectrum(1, 1, {"--sample", "2"}), 2,
+// The last point of the first scan, of 6 bytes each, and those of the second.
+TEST_F(SpectrumTest, PointsThatTheFileLacksAreCounted) {
+  std::filesystem::resize_file(folder_ / "run.raw" / "_FUNC001.DAT", 2 * 6 + 5);
+  const ProcessResult result = RunSpectrum("1", 1);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_TRUE(result.output.ends_with("# points: 2\n# lostPoints: 1\nm/z\tintensity\n100\t10\n200.5\t3\n"))
+      << result.output;
+  EXPECT_TRUE(RunSpectrum("1", 2).output.ends_with("# points: 0\n# lostPoints: 1\nm/z\tintensity\n"));
+}
+
+TEST_F(SpectrumTest, SampleOfAReportIsChosenByNumber) {
+  const std::string report = Make("vials.rpt", Vials());
+  const auto run = [&](const char* sample) {
+    return Run({"spectrum", report, "--function", "1", "--scan", "2", "--sample", sample});
+  };
+  EXPECT_TRUE(run("1").output.ends_with("m/z\tintensity\n200\t50\n"));
+  ExpectFailure(run("2"), 2, "there is no function 1: sample 2 has no functions");
+  ExpectFailure(run("4"), 2, "there is no sample 4: the source has samples 1 to 3");
+}
+
+TEST_F(SpectrumTest, NumbersThatAreNotThereTellThoseThatAre) {
+  ExpectFailure(RunSpectrum("5", 1), 2, "there is no function 5: sample 1 has functions 1 to 4, 6, p1");
+  ExpectFailure(RunSpectrum("p2", 1), 2, "there is no function p2: sample 1 has functions 1 to 4, 6, p1");
+  ExpectFailure(RunSpectrum("p1.2", 1), 2, "there is no function p1.2: sample 1 has functions 1 to 4, 6, p1");
+  ExpectFailure(RunSpectrum("1", 4), 2, "there is no scan 4: function 1 has scans 1 to 3");
+  ExpectFailure(RunSpectrum("3", 1), 2, "there is no scan 1: function 3 has no scans");
+  ExpectFailure(RunSpectrum("6", 2), 2, "there is no scan 2: function 6 has only scan 1");
+  ExpectFailure(RunSpectrum("p1", 2), 2, "there is no scan 2: function p1 has only scan 1");
+  ExpectFailure(RunSpectrum("1", 1, {"--sample", "2"}), 2,
                 "there is no sample 2: the source has only sample 1");
 }
 
-TEST_F(SpectrumTest, ScanThatCannotBeReadIsStatus5) {
-  EXPECT_EQ(RunSpectrum(4, 1).status, 0);
-  ExpectFailure(RunSpectrum(4, 2), 5, "cannot read scan 2 of function 4 of " + path_);
-  ExpectFailure(RunSpectrum(4, 2, {"--json"}), 5, "cannot read scan 2 of function 4 of " + path_);
+TEST_F(SpectrumTest, DataFileIsTheOnlyFunction) {
+  path_ += "/_FUNC006.DAT";
+  EXPECT_TRUE(RunSpectrum("6", 1).output.ends_with("\n556.25\t9\n"));
+  ExpectFailure(RunSpectrum("1", 1), 2, "there is no function 1: sample 1 has only function 6");
 }
 
-TEST_F(SpectrumTest, DriftBinIsASpectrumOfItsOwn) {
-  const ProcessResult result = RunSpectrum(5, 1, {"--bin", "2"});
-  EXPECT_EQ(result.status, 0) << result.errors;
-  EXPECT_NE(result.output.find("# driftBins: 2 to 2\n# driftValues: 2 to 2\n"), std::string::npos);
-  EXPECT_NE(result.output.find("# points: 1\nm/z\tintensity\n55.5\t9\n"), std::string::npos);
+TEST_F(SpectrumTest, ScanThatCannotBeReadIsStatus5) {
+  for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--json"}})
+    ExpectFailure(RunSpectrum("4", 2, more), 5, "cannot read scan 2 of function 4 of " + path_);
 }
 
 TEST_F(SpectrumTest, DriftBinThatIsNotThereFails) {
-  ExpectFailure(RunSpectrum(5, 1, {"--bin", "201"}), 2,
-                "there is no drift bin 201: a scan of function 5 has drift bins 1 to 200");
-  ExpectFailure(RunSpectrum(1, 1, {"--bin", "1"}), 2,
+  ExpectFailure(RunSpectrum("1", 1, {"--bin", "1"}), 2,
                 "there is no drift bin 1: a scan of function 1 has no drift bins");
-  ExpectFailure(RunSpectrum(5, 1, {"--bin", "3"}), 5,
-                "cannot read drift bin 3 of scan 1 of function 5 of " + path_);
+}
+
+// The library has four bins; the second scan's second one has points at places 1, 2 and 4 of its axis: raw
+// masses 100.5, 101 and 102. Continuum data have a zero on each side of them.
+TEST_F(SpectrumTest, DriftBinIsASpectrumOfItsOwn) {
+  std::filesystem::create_directories(folder_ / "program");
+  setup_.program = folder_ / "program" / std::filesystem::path(ZRML_PROGRAM).filename();
+  std::filesystem::copy_file(BuiltFile(ZRML_PROGRAM), setup_.program);
+  std::filesystem::copy_file(BuiltFile(ZRML_STAND_INS) / "whole" / ZRML_MOBILITY_LIBRARY,
+                             folder_ / "program" / ZRML_MOBILITY_LIBRARY);
+  std::ofstream(folder_ / "run.raw" / "_FUNC001.CDT") << "";
+  const ProcessResult whole = RunSpectrum("1", 2);
+  EXPECT_NE(whole.output.find("# driftBins: 1 to 4\n# driftValues: 1 to 4\n"), std::string::npos)
+      << whole.output << whole.errors;
+  const ProcessResult bin = RunSpectrum("1", 2, {"--bin", "2"});
+  EXPECT_NE(bin.output.find("# driftBins: 2 to 2\n# driftValues: 2 to 2\n"), std::string::npos);
+  EXPECT_TRUE(bin.output.ends_with(
+      "m/z\tintensity\n100\t0\n100.5\t21\n101\t21.125\n101.5\t0\n102\t21.25\n102.5\t0\n"))
+      << bin.output;
+  ExpectFailure(RunSpectrum("1", 1, {"--bin", "5"}), 2,
+                "there is no drift bin 5: a scan of function 1 has drift bins 1 to 4");
 }
 
 TEST_F(SpectrumTest, AbsorbanceIsOfTheSample) {
   ExpectOutput(Run({"spectrum", path_, "--absorbance", "--scan", "1"}), "# source: " + path_ + R"(
-# provider: FakeFolder
+# provider: ZRMLProvider
 # sample: 1
 # sampleName: Injection 1
 # scan: 1
@@ -186,24 +186,30 @@ TEST_F(SpectrumTest, AbsorbanceIsOfTheSample) {
 # points: 2
 wavelength	absorbance
 210	0
-210.5	0.75
+210.5	3
 )");
   const json spectrum = json::parse(Run({"spectrum", path_, "--absorbance", "--scan", "1", "--json"}).output);
   EXPECT_EQ(spectrum["wavelengths"], json::parse("[210, 210.5]"));
-  EXPECT_EQ(spectrum["absorbances"], json::parse("[0, 0.75]"));
+  EXPECT_EQ(spectrum["absorbances"], json::parse("[0, 3]"));
 }
 
 TEST_F(SpectrumTest, AbsorbanceThatIsNotThereFails) {
-  ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "26"}), 2,
-                "there is no absorbance scan 26: sample 1 has absorbance scans 1 to 25");
-  ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "2"}), 5,
-                "cannot read absorbance scan 2 of " + path_);
-  ExpectFailure(Run({"spectrum", MakeFile("two.fakereport"), "--absorbance", "--scan", "1"}), 2,
+  ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "3"}), 2,
+                "there is no absorbance scan 3: sample 1 has absorbance scans 1 to 2");
+  ExpectFailure(Run({"spectrum", Make("vials.rpt", Vials()), "--absorbance", "--scan", "1"}), 2,
                 "there is no absorbance scan 1: sample 1 has no absorbance scans");
-  ExpectFailure(RunSpectrum(1, 1, {"--absorbance"}), 2,
+  ExpectFailure(RunSpectrum("1", 1, {"--absorbance"}), 2,
                 "--function excludes --absorbance (see zrml spectrum --help)");
   ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "1", "--bin", "1"}), 2,
                 "--bin excludes --absorbance (see zrml spectrum --help)");
+}
+
+TEST_F(SpectrumTest, AbsorbanceThatCannotBeReadIsStatus5) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions[4].record.dataFormat = 10;  // of which there is no layout
+  const std::string path = Make("other.raw", raw);
+  ExpectFailure(Run({"spectrum", path, "--absorbance", "--scan", "2"}), 5,
+                "cannot read absorbance spectrum 2 of " + path);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 TEST(TextTable, ACellOverTheWidestColumnMovesItsOwnRowOnly) {
@@ -23,4 +23,4 @@ TEST(TextTable, ACellOverTheWidestColumnMovesItsOwnRowOnly) {
 }
 
 }  // namespace
-}  // namespace zrml
+}  // namespace zrml::tool

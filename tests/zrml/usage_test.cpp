@@ -6,32 +6,31 @@ namespace {
 class UsageTest : public ZrmlTest {
  protected:
   void ExpectWrongUsage(std::vector<std::string> arguments, const std::string& message) const {
-    ExpectFailure(RunBare(std::move(arguments)), 2, message);
+    ExpectFailure(Run(std::move(arguments)), 2, message);
   }
 };
 
 TEST_F(UsageTest, VersionIsOneLine) {
-  const ProcessResult result = RunBare({"--version"});
+  const ProcessResult result = Run({"--version"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "");
   EXPECT_EQ(result.output, "zrml " ZRML_VERSION "\n");
 }
 
 TEST_F(UsageTest, HelpNamesEveryCommand) {
-  const ProcessResult result = RunBare({"--help"});
+  const ProcessResult result = Run({"--help"});
   EXPECT_EQ(result.status, 0);
   for (const char* command :
-       {"\n  info ", "\n  spectrum ", "\n  chromatogram ", "\n  convert ", "\n  check "}) {
+       {"\n  info ", "\n  spectrum ", "\n  chromatogram ", "\n  check ", "\n  plugin "}) {
     EXPECT_NE(result.output.find(command), std::string::npos) << command;
   }
 }
 
 TEST_F(UsageTest, HelpOfACommandNamesItsOptions) {
-  const ProcessResult result = RunBare({"chromatogram", "--help"});
+  const ProcessResult result = Run({"chromatogram", "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_NE(result.output.find("Usage: zrml chromatogram "), std::string::npos);
-  for (const char* option :
-       {"--function N", "--sample N", "--tic", "--bpc", "--range LO-HI", "--json", "--plugin FILE"}) {
+  for (const char* option : {"--function N", "--sample N", "--tic", "--bpc", "--range LO-HI", "--json"}) {
     EXPECT_NE(result.output.find(std::string("\n  ") + option), std::string::npos) << option;
   }
 }
@@ -64,16 +63,25 @@ TEST_F(UsageTest, ArgumentsThatAreTooMany) {
 TEST_F(UsageTest, NumbersCountFromOne) {
   for (const char* number :
        {"0", "-1", "+1", "1.0", "1x", " 1", "0x1", "one", "", "2147483648", "99999999999999999999"}) {
-    ExpectWrongUsage({"spectrum", "run.raw", "--function", number, "--scan", "1"},
-                     "--function: \"" + std::string(number) +
+    ExpectWrongUsage({"spectrum", "run.raw", "--function", "1", "--scan", number},
+                     "--scan: \"" + std::string(number) +
                          "\" is not a whole number from 1 to 2147483647 (see zrml spectrum --help)");
+  }
+}
+
+TEST_F(UsageTest, FunctionsGoByNumberOrByProcess) {
+  for (const char* name : {"0", "-1", "+1", "1.0", "1x", " 1", "x", "", "p", "p0", "P1", "p1.", "p1.0",
+                           "p1.2.3", "2147483648"}) {
+    ExpectWrongUsage({"spectrum", "run.raw", "--function", name, "--scan", "1"},
+                     "--function: \"" + std::string(name) +
+                         "\" is not a function such as 4, p2 or p2.2 (see zrml spectrum --help)");
   }
 }
 
 // Not as octal 8.
 TEST_F(UsageTest, NumberWithLeadingZerosIsDecimal) {
-  ExpectFailure(Run({"spectrum", MakeFolder("run.raw"), "--function", "010", "--scan", "1"}), 2,
-                "there is no function 10: sample 1 has functions 1 to 6");
+  ExpectFailure(Run({"spectrum", Make("run.raw"), "--function", "010", "--scan", "1"}), 2,
+                "there is no function 10: sample 1 has functions 1 to 4, 6, p1");
 }
 
 TEST_F(UsageTest, ErrorsStayOnOneLine) {

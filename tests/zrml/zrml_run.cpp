@@ -25,33 +25,32 @@ ZrmlTest::ZrmlTest() {
   setup_.scratch = folder_ / "scratch";
 }
 
-ProcessResult ZrmlTest::RunBare(std::vector<std::string> arguments) const {
+ProcessResult ZrmlTest::Run(std::vector<std::string> arguments) const {
   ProcessSetup setup = setup_;
   setup.arguments = std::move(arguments);
   return RunProcess(setup);
 }
 
-ProcessResult ZrmlTest::Run(std::vector<std::string> arguments) const {
-  arguments.insert(arguments.end(), {"--plugin", PluginArgument(ZRML_FAKE_PLUGIN)});
-  return RunBare(std::move(arguments));
-}
-
 std::string ZrmlTest::Path(const std::string& name) const { return Utf8(folder_ / FromUtf8(name)); }
 
-std::string ZrmlTest::MakeFolder(const std::string& name, const std::string& text) const {
+std::string ZrmlTest::Make(const std::string& name, const RawDirectoryBuilder& raw) const {
   const std::filesystem::path path = folder_ / FromUtf8(name);
   std::filesystem::create_directories(path);
-  std::ofstream(path / "fake_source.txt", std::ios::binary) << text;
+  raw.WriteTo(path);
   return Utf8(path);
 }
 
-std::string ZrmlTest::MakeFile(const std::string& name) const {
+std::string ZrmlTest::Make(const std::string& name, const ReportLines& report) const {
+  return MakeFile(name, ReportText(report, LineEnd::kCrLf));
+}
+
+std::string ZrmlTest::MakeFile(const std::string& name, const std::string& text) const {
   const std::filesystem::path path = folder_ / FromUtf8(name);
-  std::ofstream(path, std::ios::binary) << "data";
+  std::ofstream(path, std::ios::binary) << text;
   return Utf8(path);
 }
 
-std::string PluginArgument(const char* path) { return Utf8(BuiltFile(path)); }
+std::string Argument(const std::filesystem::path& path) { return Utf8(BuiltFile(path)); }
 
 void ExpectFailure(const ProcessResult& result, int status, const std::string& message) {
   EXPECT_EQ(result.status, status);

@@ -1,4 +1,4 @@
-// The program under test, run with the stand-in plug-in, and sources for it.
+// The program under test, run as a process, and sources for it.
 #pragma once
 
 #include <filesystem>
@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/report_writer.h"
 #include "tests/support/temp_directory.h"
 #include "tests/zrml/process.h"
+#include "tests/zrml/small_acquisition.h"
 
 namespace zrml::test {
 
@@ -17,24 +19,22 @@ class ZrmlTest : public testing::Test {
  protected:
   ZrmlTest();
 
-  /// Runs zrml with `arguments` and the stand-in plug-in.
+  /// Runs zrml with `arguments`.
   ProcessResult Run(std::vector<std::string> arguments) const;
-  /// The same without naming a plug-in.
-  ProcessResult RunBare(std::vector<std::string> arguments) const;
 
   /// Paths as UTF-8 arguments.
   std::string Path(const std::string& name) const;
-  /// A folder that FakeFolder takes when `text` begins with "valid".
-  std::string MakeFolder(const std::string& name, const std::string& text = "valid") const;
-  std::string MakeFile(const std::string& name) const;
+  std::string Make(const std::string& name, const RawDirectoryBuilder& raw = SmallAcquisition()) const;
+  std::string Make(const std::string& name, const ReportLines& report) const;
+  std::string MakeFile(const std::string& name, const std::string& text = "data") const;
 
   const TempDirectory temporary_{"test"};
   const std::filesystem::path folder_ = temporary_.Path();
   ProcessSetup setup_;  // what Run starts from
 };
 
-/// The path of one of the stand-in plug-ins as an argument.
-std::string PluginArgument(const char* path);
+/// A path as an argument.
+std::string Argument(const std::filesystem::path& path);
 
 /// `status`, nothing on standard output, and "zrml: `message`" as the one line on standard error.
 void ExpectFailure(const ProcessResult& result, int status, const std::string& message);

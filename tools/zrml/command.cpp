@@ -1,12 +1,8 @@
 #include "tools/zrml/command.h"
 
 #include <charconv>
-#include <optional>
 
-#include "common/platform/platform.h"
-#include "tools/zrml/failure.h"
-
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 std::optional<int> ParseNumber(const std::string& text, int most) {
@@ -20,26 +16,19 @@ std::optional<int> ParseNumber(const std::string& text, int most) {
 
 }  // namespace
 
-void AddPluginOption(CLI::App& options, std::string& plugin) {
-  options.add_option("--plugin", plugin, "The plug-in to load, instead of the one beside this program")
-      ->option_text("FILE")
-      ->check(IsNotEmpty());
-}
-
 CLI::Validator IsNotEmpty() {
   return CLI::Validator([](std::string& text) { return std::string(text.empty() ? "is empty" : ""); }, "");
 }
 
-Command::Command(CommandLine& line, const std::string& name, const std::string& description)
-    : line_(line), options_(*line.parser.add_subcommand(name, description)) {
+Command::Command(CLI::App& parser, const std::string& name, const std::string& description)
+    : options_(*parser.add_subcommand(name, description)) {
   options_.group("Commands");
-  AddPluginOption(options_, line_.plugin);
 }
 
 Command::~Command() = default;
 
-CLI::Option* Command::AddNumber(const std::string& option, int& number, const std::string& description,
-                                int most) {
+CLI::Option* AddNumber(CLI::App& options, const std::string& option, int& number,
+                       const std::string& description, int most) {
   const auto store = [option, &number, most](const std::string& text) {
     const std::optional<int> parsed = ParseNumber(text, most);
     if (!parsed) {
@@ -48,16 +37,11 @@ CLI::Option* Command::AddNumber(const std::string& option, int& number, const st
     }
     number = *parsed;
   };
-  return options_.add_option_function<std::string>(option, store, description)->option_text("N");
+  return options.add_option_function<std::string>(option, store, description)->option_text("N");
 }
 
-Source Command::Open(const std::string& path) const {
-  if (path.empty()) throw Failure(ExitStatus::kWrongUsage, L"PATH is empty");
-  return Source::Open(platform::FromNativePath(path), platform::FromNativePath(line_.plugin));
-}
-
-SourceCommand::SourceCommand(CommandLine& line, const std::string& name, const std::string& description)
-    : Command(line, name, description) {
+SourceCommand::SourceCommand(CLI::App& parser, const std::string& name, const std::string& description)
+    : Command(parser, name, description) {
   Options()
       .add_option("PATH", path_, "The data source: a raw directory, a data file of one, or a report file")
       ->option_text("REQUIRED")
@@ -65,23 +49,31 @@ SourceCommand::SourceCommand(CommandLine& line, const std::string& name, const s
   Options().add_flag("--json", wantsJson_, "Print JSON, for programs");
 }
 
-void SourceCommand::Print(const Report& report, Output& out) const {
-  wantsJson_ ? PrintJson(report, out) : PrintText(report, out);
+void SourceCommand::Print(const Printout& printout, Output& out) const {
+  wantsJson_ ? PrintJson(printout, out) : PrintText(printout, out);
 }
 
-FunctionCommand::FunctionCommand(CommandLine& line, const std::string& name, const std::string& description)
-    : SourceCommand(line, name, description) {
-  AddNumber("--function", function_, "The function, counted from 1");
+FunctionCommand::FunctionCommand(CLI::App& parser, const std::string& name, const std::string& description)
+    : SourceCommand(parser, name, description) {
+  const auto store = [this](const std::string& text) {
+    function_ = source::ParseFunctionId(text);
+    if (!function_)
+      throw CLI::ValidationError("--function", "\"" + text + "\" is not a function such as 4, p2 or p2.2");
+  };
+  Options()
+      .add_option_function<std::string>("--function", store,
+                                        "The function, by the number of its files; p2 is processed data")
+      ->option_text("N");
   Options().parse_complete_callback([this] {
     if (NeedsFunction() && !HasFunction()) throw CLI::RequiredError("--function");
   });
-  AddNumber("--sample", sample_, "The sample, counted from 1; the first unless given");
+  AddNumber("--sample", sample_, "The sample, counted from 1; the first by default");
 }
 
-FunctionPosition FunctionCommand::Find(const Source& source) const {
-  return FindFunction(source.Server(), sample_, function_);
+FunctionPosition FunctionCommand::Find(source::Source& source) const {
+  return FindFunction(source, sample_, *function_);
 }
 
-int FunctionCommand::FindSampleOf(const Source& source) const { return FindSample(source.Server(), sample_); }
+int FunctionCommand::FindSampleOf(source::Source& source) const { return FindSample(source, sample_); }
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -4,26 +4,25 @@
 
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
+#include "tools/zrml/open_source.h"
 #include "tools/zrml/output.h"
-#include "tools/zrml/report.h"
-#include "tools/zrml/source.h"
+#include "tools/zrml/printout.h"
 
-namespace zrml {
+namespace zrml::tool {
 
-/// The command line: the parser, and what holds for every command.
-struct CommandLine {
-  CLI::App parser;
-  std::string plugin;  // native text; empty for the file beside the program
-};
+/// An option whose argument counts from 1.
+CLI::Option* AddNumber(CLI::App& options, const std::string& option, int& number,
+                       const std::string& description, int most = std::numeric_limits<int>::max());
 
 class Command {
  public:
-  /// Adds the command to the parser with what all have: --plugin.
-  Command(CommandLine& line, const std::string& name, const std::string& description);
+  /// Adds the command to the parser.
+  Command(CLI::App& parser, const std::string& name, const std::string& description);
   Command(const Command&) = delete;
   Command& operator=(const Command&) = delete;
   virtual ~Command();
@@ -34,28 +33,25 @@ class Command {
   virtual void Run(Output& out) = 0;
 
  protected:
-  /// An option whose argument counts from 1.
-  CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description,
-                         int most = std::numeric_limits<int>::max());
+  CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description) {
+    return tool::AddNumber(options_, option, number, description);
+  }
 
   CLI::App& Options() { return options_; }
-  Source Open(const std::string& path) const;
 
  private:
-  CommandLine& line_;
   CLI::App& options_;
 };
 
 /// A command about one source: PATH and --json.
 class SourceCommand : public Command {
  protected:
-  SourceCommand(CommandLine& line, const std::string& name, const std::string& description);
+  SourceCommand(CLI::App& parser, const std::string& name, const std::string& description);
 
   bool WantsJson() const { return wantsJson_; }
   /// As text or JSON, as the user wants it.
-  void Print(const Report& report, Output& out) const;
+  void Print(const Printout& printout, Output& out) const;
   const std::string& Path() const { return path_; }
-  Source OpenSource() const { return Open(path_); }
 
  private:
   std::string path_;
@@ -66,28 +62,27 @@ class SourceCommand : public Command {
 /// optional.
 class FunctionCommand : public SourceCommand {
  protected:
-  FunctionCommand(CommandLine& line, const std::string& name, const std::string& description);
-  FunctionPosition Find(const Source& source) const;
-  int FindSampleOf(const Source& source) const;
-  bool HasFunction() const { return function_ != 0; }
+  FunctionCommand(CLI::App& parser, const std::string& name, const std::string& description);
+  FunctionPosition Find(source::Source& source) const;
+  int FindSampleOf(source::Source& source) const;
+  bool HasFunction() const { return function_.has_value(); }
 
   /// Whether the options given ask for something of a function.
   virtual bool NeedsFunction() const { return true; }
 
  private:
   int sample_ = 1;
-  int function_ = 0;
+  std::optional<source::FunctionId> function_;
 };
 
 /// For options whose argument is a path.
 CLI::Validator IsNotEmpty();
 
-void AddPluginOption(CLI::App& options, std::string& plugin);
+std::unique_ptr<Command> MakeInfoCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeSpectrumCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeChromatogramCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeConvertCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeCheckCommand(CLI::App& parser);
+std::unique_ptr<Command> MakePluginCommand(CLI::App& parser);
 
-std::unique_ptr<Command> MakeInfoCommand(CommandLine& line);
-std::unique_ptr<Command> MakeSpectrumCommand(CommandLine& line);
-std::unique_ptr<Command> MakeChromatogramCommand(CommandLine& line);
-std::unique_ptr<Command> MakeConvertCommand(CommandLine& line);
-std::unique_ptr<Command> MakeCheckCommand(CommandLine& line);
-
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -2,12 +2,13 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <vector>
 
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
-#include "tools/zrml/report.h"
+#include "tools/zrml/printout.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 // A decimal number without sign or exponent at the front of `text`, which is shortened by it.
@@ -21,7 +22,7 @@ std::optional<double> TakeDecimal(std::string_view& text) {
   return value;
 }
 
-NumberRange ParseRange(std::string_view text) {
+source::Range ParseRange(std::string_view text) {
   const std::string wrong = "\"" + std::string(text) + "\" ";
   const std::optional<double> low = TakeDecimal(text);
   const bool hasDash = !text.empty() && text.front() == '-';
@@ -36,11 +37,11 @@ NumberRange ParseRange(std::string_view text) {
 
 class ChromatogramCommand : public FunctionCommand {
  public:
-  explicit ChromatogramCommand(CommandLine& line)
-      : FunctionCommand(line, "chromatogram",
+  explicit ChromatogramCommand(CLI::App& parser)
+      : FunctionCommand(parser, "chromatogram",
                         "Print a chromatogram of a function, one point per scan, or a trace") {
     CLI::Option* total = Options().add_flag("--tic");
-    total->description("The total ion chromatogram; so unless --bpc or --range is given")->option_text(" ");
+    total->description("The total ion chromatogram (default)")->option_text(" ");
     CLI::Option* basePeak = Options().add_flag("--bpc", isBasePeak_, "The base peak chromatogram");
     basePeak->excludes(total)->option_text(" ");
     CLI::Option* range = Options().add_option_function<std::string>(
@@ -55,98 +56,83 @@ class ChromatogramCommand : public FunctionCommand {
   }
 
   void Run(Output& out) override {
-    const Source source = OpenSource();
-    trace_ != 0 ? PrintTrace(source, out) : PrintChromatogram(source, out);
+    const std::unique_ptr<source::Source> source = OpenSource(Path());
+    trace_ != 0 ? PrintTrace(*source, out) : PrintChromatogram(*source, out);
   }
 
  protected:
   bool NeedsFunction() const override { return trace_ == 0; }
 
  private:
-  void PrintChromatogram(const Source& source, Output& out) const {
+  void PrintChromatogram(source::Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
-    CZRChromatogram chromatogram;
-    if (!Read(source.Server(), at, chromatogram)) {
-      throw Failure(ExitStatus::kUnreadable, L"cannot read the chromatogram of function " +
-                                                 std::to_wstring(at.function + 1) + L" of " + source.Path());
-    }
-    Report report;
-    report.attributes = OriginOf(source, at);
-    report.Add({
-        {"type", std::wstring(isBasePeak_ ? L"base peak" : L"total")},
+    const source::Chromatogram chromatogram = Reading(source, [&] { return Read(source, at); });
+    Printout printout;
+    printout.attributes = OriginOf(source, at);
+    printout.Add({
+        {"type", std::string(isBasePeak_ ? "base peak" : "total")},
         {"massRange", range_ ? Value(*range_) : Value()},
     });
-    AddPoints(chromatogram, report);
-    Print(report, out);
+    PrintPoints(chromatogram, printout, out);
   }
 
-  bool Read(CDataServerImpl& server, const FunctionPosition& at, CZRChromatogram& chromatogram) const {
-    if (range_ && isBasePeak_) {
-      return server.GetMassRangeBasePeakChromatogram(range_->low, range_->high, true, at.sample, at.function,
-                                                     chromatogram);
-    }
+  source::Chromatogram Read(source::Source& source, const FunctionPosition& at) const {
     if (range_) {
-      return server.GetMassRangeChromatogram(range_->low, range_->high, true, at.sample, at.function,
-                                             chromatogram);
+      const source::Within within = isBasePeak_ ? source::Within::kLargest : source::Within::kSum;
+      return source.MassRange(at.sample, at.function, *range_, within);
     }
-    return isBasePeak_ ? server.GetBasePeakChromatogram(true, at.sample, at.function, chromatogram)
-                       : server.GetTotalIonChromatogram(true, at.sample, at.function, chromatogram);
+    return isBasePeak_ ? source.BasePeaks(at.sample, at.function) : source.TotalIons(at.sample, at.function);
   }
 
-  void PrintTrace(const Source& source, Output& out) const {
-    Report report;
-    CZRChromatogram trace;
-    HasFunction() ? ReadFunctionTrace(source, report, trace) : ReadSampleTrace(source, report, trace);
-    AddPoints(trace, report);
-    Print(report, out);
+  void PrintTrace(source::Source& source, Output& out) const {
+    HasFunction() ? PrintFunctionTrace(source, out) : PrintSampleTrace(source, out);
   }
 
-  void ReadSampleTrace(const Source& source, Report& report, CZRChromatogram& trace) const {
+  void PrintSampleTrace(source::Source& source, Output& out) const {
     const int sample = FindSampleOf(source);
-    CDataServerImpl& server = source.Server();
-    const std::wstring owner = L"sample " + std::to_wstring(sample + 1);
-    const int position = PositionOf(trace_, server.GetTraceCount(sample), L"trace", owner);
-    report.attributes = OriginOf(source, sample);
-    report.Add(TraceAttributes(server.GetTraceName(sample, position)));
-    if (!server.GetTrace(sample, position, trace)) RefuseTrace(owner, source);
+    const std::vector<source::Trace> traces = source.Traces(sample);
+    const int position =
+        PositionOf(trace_, static_cast<int>(traces.size()), "trace", "sample " + std::to_string(sample + 1));
+    Printout printout;
+    printout.attributes = OriginOf(source, sample);
+    printout.Add(TraceAttributes(traces, position));
+    PrintPoints(Reading(source, [&] { return source.ReadTrace(sample, position); }), printout, out);
   }
 
-  void ReadFunctionTrace(const Source& source, Report& report, CZRChromatogram& trace) const {
+  void PrintFunctionTrace(source::Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
-    CDataServerImpl& server = source.Server();
-    const std::wstring owner = L"function " + std::to_wstring(at.function + 1);
-    const int count = server.GetFunctionTraceCount(at.sample, at.function);
-    const int position = PositionOf(trace_, count, L"trace", owner);
-    report.attributes = OriginOf(source, at);
-    report.Add(TraceAttributes(server.GetFunctionTraceName(at.sample, at.function, position)));
-    if (!server.GetFunctionTrace(at.sample, at.function, position, trace)) RefuseTrace(owner, source);
+    const std::vector<source::Trace> traces = source.FunctionTraces(at.sample, at.function);
+    const source::FunctionId& id = source.Functions(at.sample)[static_cast<std::size_t>(at.function)].id;
+    const int position =
+        PositionOf(trace_, static_cast<int>(traces.size()), "trace", "function " + source::TextOf(id));
+    Printout printout;
+    printout.attributes = OriginOf(source, at);
+    printout.Add(TraceAttributes(traces, position));
+    PrintPoints(Reading(source, [&] { return source.ReadFunctionTrace(at.sample, at.function, position); }),
+                printout, out);
   }
 
-  [[noreturn]] void RefuseTrace(const std::wstring& owner, const Source& source) const {
-    throw Failure(ExitStatus::kUnreadable, L"cannot read trace " + std::to_wstring(trace_) + L" of " + owner +
-                                               L" of " + source.Path());
+  static std::vector<Attribute> TraceAttributes(const std::vector<source::Trace>& traces, int position) {
+    const source::Trace& trace = traces[static_cast<std::size_t>(position)];
+    return {{"type", std::string("trace")}, {"trace", trace.number}, {"traceName", trace.name}};
   }
 
-  std::vector<Attribute> TraceAttributes(const std::wstring& name) const {
-    return {{"type", std::wstring(L"trace")}, {"trace", trace_}, {"traceName", name}};
-  }
-
-  static void AddPoints(const CZRChromatogram& chromatogram, Report& report) {
-    const std::size_t count = std::min(chromatogram.Times().size(), chromatogram.Intensities().size());
-    report.Add({{"points", static_cast<int>(count)}});
-    report.columns = {{"time", "times", {chromatogram.Times().data(), count}},
-                      {"intensity", "intensities", {chromatogram.Intensities().data(), count}}};
+  void PrintPoints(const source::Chromatogram& chromatogram, Printout& printout, Output& out) const {
+    printout.Add({{"points", static_cast<int>(chromatogram.minutes.size())}});
+    printout.columns = {{"time", "times", chromatogram.minutes},
+                        {"intensity", "intensities", chromatogram.intensities}};
+    Print(printout, out);
   }
 
   bool isBasePeak_ = false;
-  std::optional<NumberRange> range_;
+  std::optional<source::Range> range_;
   int trace_ = 0;  // 0: no trace
 };
 
 }  // namespace
 
-std::unique_ptr<Command> MakeChromatogramCommand(CommandLine& line) {
-  return std::make_unique<ChromatogramCommand>(line);
+std::unique_ptr<Command> MakeChromatogramCommand(CLI::App& parser) {
+  return std::make_unique<ChromatogramCommand>(parser);
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

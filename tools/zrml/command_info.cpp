@@ -4,17 +4,19 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "tools/zrml/code_names.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/description.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
+#include "tools/zrml/names.h"
 #include "tools/zrml/text_table.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 using Align = TextTable::Align;
+
+bool IsReport(const source::Source& source) { return source.GetFormat() == source::Format::kReport; }
 
 // JSON
 
@@ -23,9 +25,9 @@ Value ValueOrAbsent(const std::optional<T>& value) {
   return value ? Value(*value) : Value();
 }
 
-void WriteNames(const std::vector<NamedItem>& items, JsonWriter& json) {
+void WriteNames(const std::vector<source::Trace>& items, JsonWriter& json) {
   json.Array([&] {
-    for (const NamedItem& item : items) {
+    for (const source::Trace& item : items) {
       json.Object([&] {
         json.Key("number").Integer(item.number);
         json.Key("name").String(item.name);
@@ -34,29 +36,31 @@ void WriteNames(const std::vector<NamedItem>& items, JsonWriter& json) {
   });
 }
 
-void WriteMetadata(const std::vector<MetadataItem>& items, JsonWriter& json) {
+void WriteMetadata(const std::vector<source::MetadataItem>& items, JsonWriter& json) {
   json.Object([&] {
-    for (const MetadataItem& item : items) WriteJson(ValueOrAbsent(item.value), json.Key(item.key));
+    for (const source::MetadataItem& item : items) WriteJson(ValueOrAbsent(item.value), json.Key(item.key));
   });
 }
 
-void WriteFunction(const FunctionDescription& function, JsonWriter& json) {
+void WriteFunction(const FunctionDescription& description, JsonWriter& json) {
+  const source::Function& function = description.function;
   json.Object([&] {
-    json.Key("number").Integer(function.number);
+    WriteJson(ValueOf(function.id), json.Key("number"));
+    WriteJson(function.file.empty() ? Value() : Value(function.file), json.Key("file"));
     json.Key("name").String(function.name);
     json.Key("kind").String(KindName(function.kind));
-    json.Key("kindCode").Integer(function.kind);
+    json.Key("kindCode").Integer(KindCode(function.kind));
     json.Key("msLevel").Integer(function.msLevel);
     json.Key("scanType").String(ScanTypeName(function.scanType));
     json.Key("polarity").String(PolarityName(function.polarity));
-    json.Key("scans").Integer(function.scans);
-    WriteJson(ValueOrAbsent(function.minutes), json.Key("minutes"));
+    json.Key("scans").Integer(description.scans);
+    WriteJson(ValueOrAbsent(description.minutes), json.Key("minutes"));
     WriteJson(ValueOrAbsent(function.massRange), json.Key("massRange"));
-    WriteJson(ValueOrAbsent(function.isCentroided), json.Key("centroided"));
-    json.Key("dimensions").Integer(function.dimensions);
-    WriteJson(ValueOrAbsent(function.driftBins), json.Key("driftBins"));
-    WriteNames(function.traces, json.Key("traces"));
-    WriteMetadata(function.metadata, json.Key("metadata"));
+    WriteJson(ValueOrAbsent(description.isCentroided), json.Key("centroided"));
+    json.Key("dimensions").Integer(description.dimensions);
+    WriteJson(ValueOrAbsent(description.driftBins), json.Key("driftBins"));
+    WriteNames(description.traces, json.Key("traces"));
+    WriteMetadata(description.metadata, json.Key("metadata"));
   });
 }
 
@@ -73,15 +77,14 @@ void WriteSample(const SampleDescription& sample, JsonWriter& json) {
   });
 }
 
-void PrintJson(const Source& source, const std::vector<int>& samples, Output& out) {
-  CDataServerImpl& server = source.Server();
+void PrintJson(source::Source& source, const std::vector<int>& samples, Output& out) {
   JsonWriter json(out);
   json.Object([&] {
     json.Key("source").String(source.Path());
-    json.Key("provider").String(server.GetProviderName());
-    json.Key("report").Bool(server.IsReportSource());
+    json.Key("provider").String(ProviderName(source.GetFormat()));
+    json.Key("report").Bool(IsReport(source));
     json.Key("samples").Array([&] {
-      for (const int sample : samples) WriteSample(DescribeSample(server, sample), json);
+      for (const int sample : samples) WriteSample(DescribeSample(source, sample), json);
     });
   });
   json.Finish();
@@ -91,7 +94,7 @@ void PrintJson(const Source& source, const std::vector<int>& samples, Output& ou
 
 std::string OrNothing(const std::string& text) { return text.empty() ? TextTable::kNothing : text; }
 
-std::string RangeText(const std::optional<NumberRange>& range) {
+std::string RangeText(const std::optional<source::Range>& range) {
   return range ? RoundedNumber(range->low) + " to " + RoundedNumber(range->high) : TextTable::kNothing;
 }
 
@@ -117,71 +120,72 @@ void PrintFunctions(const SampleDescription& sample, Output& out) {
                    {"Data"},
                    {"Dim", Align::kRight},
                    {"Drift bins", Align::kRight}});
-  for (const FunctionDescription& function : sample.functions) {
-    const bool isMsMs = function.scanType != kNoMsMsScan;
-    table.AddRow({std::to_string(function.number), OrNothing(VisibleUtf8(function.name)),
-                  Utf8(KindName(function.kind)), std::to_string(function.msLevel),
-                  isMsMs ? Utf8(ScanTypeName(function.scanType)) : TextTable::kNothing,
-                  Utf8(PolarityName(function.polarity)), std::to_string(function.scans),
-                  RangeText(function.minutes), RangeText(function.massRange), DataText(function.isCentroided),
-                  std::to_string(function.dimensions),
-                  function.driftBins ? std::to_string(*function.driftBins) : TextTable::kNothing});
+  for (const FunctionDescription& description : sample.functions) {
+    const source::Function& function = description.function;
+    const bool hasScanType = function.scanType != source::ScanType::kNone;
+    table.AddRow({source::TextOf(function.id), OrNothing(VisibleText(function.name)), KindName(function.kind),
+                  std::to_string(function.msLevel),
+                  hasScanType ? ScanTypeName(function.scanType) : TextTable::kNothing,
+                  PolarityName(function.polarity), std::to_string(description.scans),
+                  RangeText(description.minutes), RangeText(function.massRange),
+                  DataText(description.isCentroided), std::to_string(description.dimensions),
+                  description.driftBins ? std::to_string(*description.driftBins) : TextTable::kNothing});
   }
   out.Text("\n  Functions\n");
   table.Print("    ", out);
 }
 
-void PrintNames(const std::string& title, const std::vector<NamedItem>& items, Output& out) {
+void PrintNames(const std::string& title, const std::vector<source::Trace>& items, Output& out) {
   if (items.empty()) return;
   TextTable table({{"", Align::kRight}, {""}});
-  for (const NamedItem& item : items) {
-    table.AddRow({std::to_string(item.number), OrNothing(VisibleUtf8(item.name))});
+  for (const source::Trace& item : items) {
+    table.AddRow({std::to_string(item.number), OrNothing(VisibleText(item.name))});
   }
   out.Text("\n  " + title + "\n");
   table.Print("    ", out);
 }
 
 // The values of one key, each with the functions that have it.
-using ValueUses = std::vector<std::pair<std::wstring_view, std::vector<int>>>;
+using ValueUses = std::vector<std::pair<std::string_view, std::vector<std::string>>>;
 
-ValueUses UsesOf(const MetadataItem& item, const std::vector<FunctionDescription>& functions) {
-  constexpr std::wstring_view kNone;
-  const auto textOf = [&](const MetadataItem& any) {
-    return any.value ? std::wstring_view(*any.value) : kNone;
+ValueUses UsesOf(const source::MetadataItem& item, const std::vector<FunctionDescription>& functions) {
+  constexpr std::string_view kNone;
+  const auto textOf = [&](const source::MetadataItem& any) {
+    return any.value ? std::string_view(*any.value) : kNone;
   };
   ValueUses uses = {{textOf(item), {}}};  // the first function's, or the sample's without functions
-  std::unordered_map<std::wstring_view, std::size_t> places = {{textOf(item), 0}};
+  std::unordered_map<std::string_view, std::size_t> places = {{textOf(item), 0}};
   for (const FunctionDescription& function : functions) {
-    for (const MetadataItem& own : function.metadata) {
+    for (const source::MetadataItem& own : function.metadata) {
       if (own.key != item.key) continue;
       const auto [place, isNew] = places.emplace(textOf(own), uses.size());
-      if (isNew) uses.emplace_back(place->first, std::vector<int>());
-      uses[place->second].second.push_back(function.number);
+      if (isNew) uses.emplace_back(place->first, std::vector<std::string>());
+      uses[place->second].second.push_back(TextOf(function.function.id));
     }
   }
   return uses;
 }
 
 // A report's item can be all the text of a function; people see how it begins.
-std::string ShownValue(std::wstring_view value) {
+std::string ShownValue(std::string_view value) {
   constexpr std::size_t kShown = 60;
-  if (value.size() <= kShown) return OrNothing(VisibleUtf8(std::wstring(value)));
-  return VisibleUtf8(std::wstring(value.substr(0, kShown))) + "... (" + std::to_string(value.size()) +
-         " characters)";
+  const std::size_t size = CharacterCount(value);
+  if (size <= kShown) return OrNothing(VisibleText(value));
+  return VisibleText(FirstCharacters(value, kShown)) + "... (" + std::to_string(size) + " characters)";
 }
 
-std::string FunctionList(const std::vector<int>& numbers) {
-  std::string text = numbers.size() == 1 ? " (function" : " (functions";
-  for (const int number : numbers) text += (number == numbers.front() ? " " : ", ") + std::to_string(number);
+std::string FunctionList(const std::vector<std::string>& names) {
+  std::string text = names.size() == 1 ? " (function" : " (functions";
+  for (const std::string& name : names) text += (&name == &names.front() ? " " : ", ") + name;
   return text + ")";
 }
 
 void PrintMetadata(const SampleDescription& sample, Output& out) {
   if (sample.metadata.empty()) return;
   TextTable table({{""}, {""}});
-  for (const MetadataItem& item : sample.metadata) {
+  for (const source::MetadataItem& item : sample.metadata) {
     const ValueUses uses = UsesOf(item, sample.functions);
-    std::string key = OrNothing(VisibleUtf8(item.key));
+    std::string key = OrNothing(VisibleText(item.key));
     for (const auto& [value, functions] : uses) {
       table.AddRow({key, uses.size() == 1 ? ShownValue(value) : ShownValue(value) + FunctionList(functions)});
       key.clear();
@@ -192,10 +196,10 @@ void PrintMetadata(const SampleDescription& sample, Output& out) {
 }
 
 void PrintSample(const SampleDescription& sample, Output& out) {
-  out.Text("\nSample " + std::to_string(sample.number) + ": " + OrNothing(VisibleUtf8(sample.name)) + "\n");
+  out.Text("\nSample " + std::to_string(sample.number) + ": " + OrNothing(VisibleText(sample.name)) + "\n");
   PrintFunctions(sample, out);
   for (const FunctionDescription& function : sample.functions) {
-    PrintNames("Traces of function " + std::to_string(function.number), function.traces, out);
+    PrintNames("Traces of function " + TextOf(function.function.id), function.traces, out);
   }
   PrintNames("Traces", sample.traces, out);
   if (sample.absorbanceScans) {
@@ -204,33 +208,32 @@ void PrintSample(const SampleDescription& sample, Output& out) {
   PrintMetadata(sample, out);
 }
 
-void PrintText(const Source& source, const std::vector<int>& samples, Output& out) {
-  CDataServerImpl& server = source.Server();
+void PrintText(source::Source& source, const std::vector<int>& samples, Output& out) {
   TextTable table({{""}, {""}});
-  table.AddRow({"Source", VisibleUtf8(source.Path())});
-  table.AddRow({"Provider", VisibleUtf8(server.GetProviderName())});
-  table.AddRow({"Content", server.IsReportSource() ? "processed report" : "raw acquisition"});
+  table.AddRow({"Source", VisibleText(source.Path())});
+  table.AddRow({"Provider", VisibleText(ProviderName(source.GetFormat()))});
+  table.AddRow({"Content", IsReport(source) ? "processed report" : "raw acquisition"});
   table.Print("", out);
-  for (const int sample : samples) PrintSample(DescribeSample(server, sample), out);
+  for (const int sample : samples) PrintSample(DescribeSample(source, sample), out);
 }
 
 class InfoCommand : public SourceCommand {
  public:
-  explicit InfoCommand(CommandLine& line)
-      : SourceCommand(line, "info", "Show what a data source holds: samples, functions, traces, metadata") {
-    AddNumber("--sample", sample_, "The sample, counted from 1; all unless given");
+  explicit InfoCommand(CLI::App& parser)
+      : SourceCommand(parser, "info", "Show what a data source holds: samples, functions, traces, metadata") {
+    AddNumber("--sample", sample_, "The sample, counted from 1; all by default");
   }
 
   void Run(Output& out) override {
-    const Source source = OpenSource();
-    const std::vector<int> samples = Samples(source.Server());
-    WantsJson() ? PrintJson(source, samples, out) : PrintText(source, samples, out);
+    const std::unique_ptr<source::Source> source = OpenSource(Path());
+    const std::vector<int> samples = Samples(*source);
+    WantsJson() ? PrintJson(*source, samples, out) : PrintText(*source, samples, out);
   }
 
  private:
-  std::vector<int> Samples(CDataServerImpl& server) const {
-    if (sample_ != 0) return {FindSample(server, sample_)};
-    std::vector<int> samples(static_cast<std::size_t>(std::max(server.GetSampleCount(), 0)));
+  std::vector<int> Samples(source::Source& source) const {
+    if (sample_ != 0) return {FindSample(source, sample_)};
+    std::vector<int> samples(static_cast<std::size_t>(source.SampleCount()));
     std::iota(samples.begin(), samples.end(), 0);
     return samples;
   }
@@ -240,6 +243,6 @@ class InfoCommand : public SourceCommand {
 
 }  // namespace
 
-std::unique_ptr<Command> MakeInfoCommand(CommandLine& line) { return std::make_unique<InfoCommand>(line); }
+std::unique_ptr<Command> MakeInfoCommand(CLI::App& parser) { return std::make_unique<InfoCommand>(parser); }
 
-}  // namespace zrml
+}  // namespace zrml::tool

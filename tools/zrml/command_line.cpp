@@ -5,38 +5,36 @@
 #include <memory>
 #include <new>
 
-#include "common/platform/platform.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/host_system.h"
+#include "tools/zrml/open_source.h"
 #include "tools/zrml/output.h"
-#include "tools/zrml/source.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 constexpr std::array kCommands = {
-    MakeInfoCommand, MakeSpectrumCommand, MakeChromatogramCommand, MakeConvertCommand, MakeCheckCommand,
+    MakeInfoCommand,    MakeSpectrumCommand, MakeChromatogramCommand,
+    MakeConvertCommand, MakeCheckCommand,    MakePluginCommand,
 };
 
-constexpr int kFiles = 8;  // open at once for one source: the plug-in, the source's own, those looked at
+constexpr int kFiles = 8;  // open at once for one source, and those looked at
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
-Commands SetUp(CommandLine& line) {
-  CLI::App& parser = line.parser;
+Commands SetUp(CLI::App& parser) {
   parser.name("zrml");
-  parser.description("Reads mass-spectrometry data through the ZRMLProvider plug-in.");
+  parser.description("Reads mass-spectrometry data: MassLynx raw directories and OpenLynx reports.");
   parser.footer("zrml COMMAND --help tells more about a command.");
   parser.allow_windows_style_options(false);  // a slash begins a path
   parser.get_formatter()->label("SUBCOMMAND", "COMMAND");
   parser.get_formatter()->label("Positionals", "Arguments");
   parser.get_formatter()->column_width(28);
   parser.set_version_flag("--version", "zrml " ZRML_VERSION, "Print the version of this program");
-  AddPluginOption(parser, line.plugin);
   parser.require_subcommand(1);
   Commands commands;
-  for (const auto make : kCommands) commands.push_back(make(line));
+  for (const auto make : kCommands) commands.push_back(make(parser));
   return commands;
 }
 
@@ -59,21 +57,20 @@ std::string ProblemOf(const CLI::App& parser, const CLI::ParseError& error) {
 Failure WrongUsage(const CLI::App& parser, const CLI::ParseError& error) {
   std::string help = "zrml";
   for (const CLI::App* command : parser.get_subcommands()) help += ' ' + command->get_name();
-  return Failure(ExitStatus::kWrongUsage,
-                 platform::FromNativePath(ProblemOf(parser, error) + " (see " + help + " --help)"));
+  return Failure(ExitStatus::kWrongUsage, ProblemOf(parser, error) + " (see " + help + " --help)");
 }
 
 // The parser's help and version, or the chosen command's result.
-void Run(CommandLine& line, const Commands& commands, std::vector<std::string> arguments, Output& out) {
+void Run(CLI::App& parser, const Commands& commands, std::vector<std::string> arguments, Output& out) {
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
   try {
-    line.parser.parse(std::move(arguments));
+    parser.parse(std::move(arguments));
   } catch (const CLI::CallForHelp&) {
-    return out.Text(line.parser.help());
+    return out.Text(parser.help());
   } catch (const CLI::CallForVersion& version) {
     return out.Text(std::string(version.what()) + "\n");
   } catch (const CLI::ParseError& error) {
-    throw WrongUsage(line.parser, error);
+    throw WrongUsage(parser, error);
   }
   for (const std::unique_ptr<Command>& command : commands) {
     if (!command->IsChosen()) continue;
@@ -82,7 +79,7 @@ void Run(CommandLine& line, const Commands& commands, std::vector<std::string> a
   }
 }
 
-ExitStatus PrintFailure(ExitStatus status, const std::wstring& message) {
+ExitStatus PrintFailure(ExitStatus status, const std::string& message) {
   PrintError(message);
   return status;
 }
@@ -92,21 +89,23 @@ ExitStatus PrintFailure(ExitStatus status, const std::wstring& message) {
 ExitStatus RunCommandLine(std::vector<std::string> arguments) {
   ReportFailedWrites();
   try {
-    CommandLine line;
-    const Commands commands = SetUp(line);
+    CLI::App parser;
+    const Commands commands = SetUp(parser);
     Output out;
-    Run(line, commands, std::move(arguments), out);
+    Run(parser, commands, std::move(arguments), out);
     out.Finish();
     return ExitStatus::kDone;
   } catch (const ReaderGone&) {
     return ExitStatus::kDone;
   } catch (const Failure& failure) {
     return PrintFailure(failure.status, failure.message);
+  } catch (const source::Error& error) {
+    return PrintFailure(FailureOf(error).status, error.Message());
   } catch (const std::bad_alloc&) {
-    return PrintFailure(ExitStatus::kUnreadable, L"not enough memory");
+    return PrintFailure(ExitStatus::kUnreadable, "not enough memory");
   } catch (const std::exception& error) {
-    return PrintFailure(ExitStatus::kUnreadable, platform::FromNativePath(error.what()));
+    return PrintFailure(ExitStatus::kUnreadable, error.what());
   }
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

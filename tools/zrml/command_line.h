@@ -6,10 +6,10 @@
 
 #include "tools/zrml/failure.h"
 
-namespace zrml {
+namespace zrml::tool {
 
 /// Runs the command that `arguments` ask for (native text, without the program's name): its result on
 /// standard output, or one line on standard error.
 ExitStatus RunCommandLine(std::vector<std::string> arguments);
 
-}  // namespace zrml
+}  // namespace zrml::tool

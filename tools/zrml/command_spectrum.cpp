@@ -1,84 +1,81 @@
 // zrml spectrum: the attributes and points of one scan, of one of its drift bins, or of an absorbance
 // spectrum.
 #include <algorithm>
+#include <numeric>
 #include <utility>
+#include <vector>
 
-#include "tools/zrml/code_names.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
-#include "tools/zrml/report.h"
+#include "tools/zrml/names.h"
+#include "tools/zrml/printout.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 struct Points {
-  std::span<const double> masses;
-  std::span<const double> intensities;
+  std::vector<double> masses;
+  std::vector<double> intensities;
+  std::size_t lost = 0;  // that the index declares and no file holds
 };
 
-Points PointsOf(const CZRMassSpectrum& spectrum) {
-  const auto count = std::min({static_cast<std::size_t>(std::max(spectrum.GetCount(), 0)),
-                               spectrum.MassVector().size(), spectrum.IntensityVector().size()});
-  return {{spectrum.GetMasses(), count}, {spectrum.GetIntensities(), count}};
+template <class T>
+Value ValueOrAbsent(const std::optional<T>& value) {
+  return value ? Value(*value) : Value();
 }
 
-std::wstring Wide(const HostString& text) { return {text.begin(), text.end()}; }
-
-// Absent unless `isThere`.
-Value When(bool isThere, Value value) { return isThere ? std::move(value) : Value(); }
-
-std::vector<Attribute> PrecursorAttributes(CDataServerImpl& server, const FunctionPosition& at, int scan,
-                                           const CZRMassSpectrum& spectrum) {
-  int function = 0;
-  int precursorScan = 0;
-  const bool isFound = spectrum.GetMSLevel() > 1 &&
-                       server.FindPrecursorScan(at.sample, at.function, scan, function, precursorScan);
+std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan) {
   return {
-      {"precursorMz", When(spectrum.GetPrecursorMass() != 0, spectrum.GetPrecursorMass())},
-      {"precursorFunction", When(isFound, function + 1)},
-      {"precursorScan", When(isFound, precursorScan + 1)},
+      {"title", {}},  // no format has one, nor a label
+      {"label", {}},
+      {"startMinutes", scan.minutes},
+      {"endMinutes", scan.endMinutes},
+      {"msLevel", function.msLevel},
+      {"polarity", PolarityName(function.polarity)},
+      {"centroided", scan.isCentroided},
   };
 }
 
-std::vector<Attribute> ScanAttributes(const CZRMassSpectrum& spectrum) {
-  const std::wstring title = Wide(spectrum.GetTitle());
-  const std::wstring label = Wide(spectrum.GetLabel());
+std::vector<Attribute> PrecursorAttributes(source::Source& source, const FunctionPosition& at, int position,
+                                           const source::Scan& scan) {
+  const auto found = source.FindPrecursor(at.sample, at.function, position);
+  Value function;
+  if (found) {
+    function = ValueOf(source.Functions(at.sample)[static_cast<std::size_t>(found->function)].id);
+  }
   return {
-      {"title", When(!title.empty(), title)},
-      {"label", When(!label.empty(), label)},
-      {"startMinutes", spectrum.GetStartTime()},
-      {"endMinutes", spectrum.GetEndTime()},
-      {"msLevel", spectrum.GetMSLevel()},
-      {"polarity", std::wstring(PolarityName(spectrum.GetPolarity()))},
-      {"centroided", spectrum.IsCentroided()},
+      {"precursorMz", ValueOrAbsent(scan.precursorMz)},
+      {"precursorFunction", function},
+      {"precursorScan", found ? Value(found->scan + 1) : Value()},
   };
 }
 
-std::vector<Attribute> DriftAttributes(const CZRMassSpectrum& spectrum) {
-  const bool hasDrift = spectrum.GetFirstDriftBin() > 0;
-  const NumberRange bins = {static_cast<double>(spectrum.GetFirstDriftBin()),
-                            static_cast<double>(spectrum.GetLastDriftBin())};
-  const NumberRange values = {spectrum.GetFirstDriftValue(), spectrum.GetLastDriftValue()};
+// `bins` of the scan; its drift values are the numbers of the bins.
+std::vector<Attribute> DriftAttributes(const source::Scan& scan, const std::optional<source::Range>& bins) {
   return {
-      {"scanValue", spectrum.GetScanAuxValue()},
-      {"driftBins", When(hasDrift, bins)},
-      {"driftValues", When(hasDrift, values)},
+      {"scanValue", ValueOrAbsent(scan.scanValue)},
+      {"driftBins", ValueOrAbsent(bins)},
+      {"driftValues", ValueOrAbsent(bins)},
   };
 }
 
-std::vector<Attribute> PointAttributes(CZRMassSpectrum& spectrum, std::size_t points) {
+std::vector<Attribute> PointAttributes(const Points& points) {
+  const auto base = std::max_element(points.intensities.begin(), points.intensities.end());
+  const bool hasPoints = base != points.intensities.end();
+  const auto position = static_cast<std::size_t>(base - points.intensities.begin());
   return {
-      {"totalIntensity", spectrum.GetTotalIntensity()},
-      {"basePeakMz", When(points > 0, spectrum.GetBasePeakMass())},
-      {"basePeakIntensity", When(points > 0, spectrum.GetBasePeakIntensity())},
-      {"points", static_cast<int>(points)},
+      {"totalIntensity", std::accumulate(points.intensities.begin(), points.intensities.end(), 0.0)},
+      {"basePeakMz", hasPoints ? Value(points.masses[position]) : Value()},
+      {"basePeakIntensity", hasPoints ? Value(*base) : Value()},
+      {"points", static_cast<int>(points.masses.size())},
+      {"lostPoints", points.lost != 0 ? Value(static_cast<int>(points.lost)) : Value()},
   };
 }
 
 class SpectrumCommand : public FunctionCommand {
  public:
-  explicit SpectrumCommand(CommandLine& line)
-      : FunctionCommand(line, "spectrum", "Print one scan: its attributes and points") {
+  explicit SpectrumCommand(CLI::App& parser)
+      : FunctionCommand(parser, "spectrum", "Print one scan: its attributes and points") {
     AddNumber("--scan", scan_, "The scan, counted from 1")->required()->option_text("N REQUIRED");
     CLI::Option* const bin = AddNumber("--bin", bin_, "The drift bin of the scan, counted from 1");
     Options()
@@ -89,63 +86,68 @@ class SpectrumCommand : public FunctionCommand {
   }
 
   void Run(Output& out) override {
-    const Source source = OpenSource();
-    isAbsorbance_ ? PrintAbsorbance(source, out) : PrintSpectrum(source, out);
+    const std::unique_ptr<source::Source> source = OpenSource(Path());
+    isAbsorbance_ ? PrintAbsorbance(*source, out) : PrintSpectrum(*source, out);
   }
 
  protected:
   bool NeedsFunction() const override { return !isAbsorbance_; }
 
  private:
-  void PrintSpectrum(const Source& source, Output& out) const {
+  void PrintSpectrum(source::Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
-    CDataServerImpl& server = source.Server();
-    const std::wstring function = L"function " + std::to_wstring(at.function + 1);
-    const int scan = PositionOf(scan_, server.GetScanCount(at.sample, at.function), L"scan", function);
-    CZRMassSpectrum spectrum;
-    if (!Read(server, at, scan, spectrum)) {
-      const std::wstring bin = bin_ != 0 ? L"drift bin " + std::to_wstring(bin_) + L" of " : L"";
-      throw Failure(ExitStatus::kUnreadable, L"cannot read " + bin + L"scan " + std::to_wstring(scan_) +
-                                                 L" of " + function + L" of " + source.Path());
+    const source::Function& function = source.Functions(at.sample)[static_cast<std::size_t>(at.function)];
+    const int position = PositionOf(scan_, source.ScanCount(at.sample, at.function), "scan",
+                                    "function " + source::TextOf(function.id));
+    const source::Scan scan = source.ScanAt(at.sample, at.function, position);
+    std::optional<source::Range> bins;
+    const Points points = Read(source, at, position, bins);
+    Printout printout;
+    printout.attributes = OriginOf(source, at);
+    printout.Add({{"scan", scan_}});
+    printout.Add(ScanAttributes(function, scan));
+    printout.Add(PrecursorAttributes(source, at, position, scan));
+    printout.Add(DriftAttributes(scan, bins));
+    printout.Add(PointAttributes(points));
+    printout.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
+    Print(printout, out);
+  }
+
+  // The points that are asked for, and of which drift bins they are.
+  Points Read(source::Source& source, const FunctionPosition& at, int scan,
+              std::optional<source::Range>& bins) const {
+    Points points;
+    const int count = source.DriftBinCount(at.sample, at.function);
+    if (bin_ == 0) {
+      if (count > 0) bins = source::Range{1, static_cast<double>(count)};
+      points.lost = Reading(source, [&] {
+        return source.ReadPoints(at.sample, at.function, scan, points.masses, points.intensities).lost;
+      });
+      return points;
     }
-    const Points points = PointsOf(spectrum);
-    Report report;
-    report.attributes = OriginOf(source, at);
-    report.Add({{"scan", scan + 1}});
-    report.Add(ScanAttributes(spectrum));
-    report.Add(PrecursorAttributes(server, at, scan, spectrum));
-    report.Add(DriftAttributes(spectrum));
-    report.Add(PointAttributes(spectrum, points.masses.size()));
-    report.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
-    Print(report, out);
+    const source::FunctionId& id = source.Functions(at.sample)[static_cast<std::size_t>(at.function)].id;
+    const int bin = PositionOf(bin_, count, "drift bin", "a scan of function " + source::TextOf(id));
+    bins = source::Range{static_cast<double>(bin_), static_cast<double>(bin_)};
+    Reading(source, [&] {
+      source.ReadDriftBin(at.sample, at.function, scan, bin, points.masses, points.intensities);
+    });
+    return points;
   }
 
-  bool Read(CDataServerImpl& server, const FunctionPosition& at, int scan, CZRMassSpectrum& spectrum) const {
-    if (bin_ == 0) return server.GetSpectrum(at.sample, at.function, scan, spectrum);
-    const int bins = server.GetMobilityBinCount(at.sample, at.function);
-    const int bin =
-        PositionOf(bin_, bins, L"drift bin", L"a scan of function " + std::to_wstring(at.function + 1));
-    return server.GetMobilitySpectrum(at.sample, at.function, scan, bin, spectrum);
-  }
-
-  void PrintAbsorbance(const Source& source, Output& out) const {
+  void PrintAbsorbance(source::Source& source, Output& out) const {
     const int sample = FindSampleOf(source);
-    CDataServerImpl& server = source.Server();
-    const int scans = server.HasAbsorbanceData(sample) ? server.GetAbsorbanceScanCount(sample) : 0;
-    const int scan = PositionOf(scan_, scans, L"absorbance scan", L"sample " + std::to_wstring(sample + 1));
-    CZRAbsorbanceSpectrum spectrum;
-    if (!server.GetAbsorbanceSpectrum(sample, scan, spectrum)) {
-      throw Failure(ExitStatus::kUnreadable,
-                    L"cannot read absorbance scan " + std::to_wstring(scan_) + L" of " + source.Path());
-    }
-    const std::size_t count = std::min(spectrum.Wavelengths().size(), spectrum.Absorbances().size());
-    Report report;
-    report.attributes = OriginOf(source, sample);
-    report.Add(
-        {{"scan", scan + 1}, {"startMinutes", spectrum.StartTime()}, {"points", static_cast<int>(count)}});
-    report.columns = {{"wavelength", "wavelengths", {spectrum.Wavelengths().data(), count}},
-                      {"absorbance", "absorbances", {spectrum.Absorbances().data(), count}}};
-    Print(report, out);
+    const int scans = source.HasAbsorbance(sample) ? source.AbsorbanceScanCount(sample) : 0;
+    const int scan = PositionOf(scan_, scans, "absorbance scan", "sample " + std::to_string(sample + 1));
+    std::vector<double> wavelengths;
+    std::vector<double> values;
+    Reading(source, [&] { source.ReadAbsorbance(sample, scan, wavelengths, values); });
+    Printout printout;
+    printout.attributes = OriginOf(source, sample);
+    printout.Add({{"scan", scan_},
+                  {"startMinutes", source.AbsorbanceMinutes(sample, scan)},
+                  {"points", static_cast<int>(wavelengths.size())}});
+    printout.columns = {{"wavelength", "wavelengths", wavelengths}, {"absorbance", "absorbances", values}};
+    Print(printout, out);
   }
 
   int scan_ = 0;
@@ -155,8 +157,8 @@ class SpectrumCommand : public FunctionCommand {
 
 }  // namespace
 
-std::unique_ptr<Command> MakeSpectrumCommand(CommandLine& line) {
-  return std::make_unique<SpectrumCommand>(line);
+std::unique_ptr<Command> MakeSpectrumCommand(CLI::App& parser) {
+  return std::make_unique<SpectrumCommand>(parser);
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -4,9 +4,11 @@
 #include <string>
 #include <utility>
 
-namespace zrml {
+#include "source/error.h"
 
-/// Exit statuses of the program; listed in docs/zrml.md.
+namespace zrml::tool {
+
+/// Exit statuses of the program; listed in docs/zrml.md. Those of a source's errors have the same values.
 enum class ExitStatus : int {
   kDone = 0,
   kWrongUsage = 2,
@@ -14,21 +16,20 @@ enum class ExitStatus : int {
   kNoProvider = 4,
   kUnreadable = 5,  // also: the output cannot be written
   kNoPlugin = 6,
-  kDamaged = 7,     // what check has found
+  kDamaged = 7,     // what check has found; also: a plug-in that gives something else than the source
   kSomeFailed = 8,  // of several inputs
 };
 
 /// Thrown by whoever finds out, printed once at the top.
 struct Failure {
-  Failure(ExitStatus endStatus, std::wstring text) : status(endStatus), message(std::move(text)) {}
+  Failure(ExitStatus endStatus, std::string text) : status(endStatus), message(std::move(text)) {}
 
   ExitStatus status;
-  std::wstring message;
+  std::string message;
 };
 
-/// Whether it may be that the source's files are damaged.
-inline bool MayBeOfDamage(const Failure& failure) {
-  return failure.status == ExitStatus::kUnreadable || failure.status == ExitStatus::kNoProvider;
+inline Failure FailureOf(const source::Error& error) {
+  return {static_cast<ExitStatus>(error.GetStatus()), error.Message()};
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -6,53 +6,20 @@
 #include <cmath>
 #include <cstdint>
 
-namespace zrml {
+#include "common/utf8.h"
+
+namespace zrml::tool {
 namespace {
 
-constexpr double kSmallestPositional = 1e-5;
 constexpr double kLargestPositional = 1e15;
 constexpr int kDecimalsForPeople = 4;
 
-bool IsPositional(double value) {
-  const double size = std::fabs(value);
-  return size == 0 || (size >= kSmallestPositional && size < kLargestPositional);
-}
-
-// The character at the front of `text`, which is shortened by it: UTF-32, or UTF-16 where a pair of
-// surrogates stands.
-char32_t TakeCharacter(std::wstring_view& text) {
+// The character at the front of `text`, which is shortened by it.
+char32_t TakeCharacter(std::string_view& text) {
   constexpr char32_t kReplacement = 0xFFFD;
-  const auto unit = [&](std::size_t i) { return static_cast<char32_t>(text[i]); };
-  char32_t c = unit(0);
-  std::size_t length = 1;
-  if (c >= 0xD800 && c < 0xE000) {
-    const bool isPair = c < 0xDC00 && text.size() > 1 && unit(1) >= 0xDC00 && unit(1) < 0xE000;
-    c = isPair ? 0x10000 + ((c - 0xD800) << 10) + (unit(1) - 0xDC00) : kReplacement;
-    length = isPair ? 2 : 1;
-  } else if (c > 0x10FFFF) {
-    c = kReplacement;
-  }
-  text.remove_prefix(length);
-  return c;
-}
-
-void AppendCharacter(char32_t c, std::string& out) {
-  const auto tail = [&](int shift) { out.push_back(static_cast<char>(0x80 | ((c >> shift) & 0x3F))); };
-  if (c < 0x80) {
-    out.push_back(static_cast<char>(c));
-    return;
-  }
-  if (c < 0x800) {
-    out.push_back(static_cast<char>(0xC0 | c >> 6));
-  } else if (c < 0x10000) {
-    out.push_back(static_cast<char>(0xE0 | c >> 12));
-    tail(6);
-  } else {
-    out.push_back(static_cast<char>(0xF0 | c >> 18));
-    tail(12);
-    tail(6);
-  }
-  tail(0);
+  const auto [c, length] = DecodeUtf8(text);
+  text.remove_prefix(std::max<std::size_t>(length, 1));
+  return length != 0 ? c : kReplacement;
 }
 
 struct CharacterRange {
@@ -97,23 +64,6 @@ void AppendEscape(char32_t c, std::string& out) {
 
 }  // namespace
 
-void AppendNumber(double value, std::string& out) {
-  if (std::isnan(value)) {
-    out += "nan";  // to_chars would show the sign bit
-    return;
-  }
-  std::array<char, 64> text;
-  const auto format = IsPositional(value) ? std::chars_format::fixed : std::chars_format::scientific;
-  const auto result = std::to_chars(text.data(), text.data() + text.size(), value, format);
-  out.append(text.data(), result.ptr);
-}
-
-std::string Number(double value) {
-  std::string out;
-  AppendNumber(value, out);
-  return out;
-}
-
 std::string RoundedNumber(double value) {
   if (!std::isfinite(value) || std::fabs(value) >= kLargestPositional) return Number(value);
   std::array<char, 64> text;
@@ -125,29 +75,29 @@ std::string RoundedNumber(double value) {
   return out == "-0" ? "0" : out;
 }
 
-std::string Utf8(std::wstring_view text) {
-  std::string out;
-  while (!text.empty()) AppendCharacter(TakeCharacter(text), out);
-  return out;
-}
-
-std::string VisibleUtf8(std::wstring_view text) {
+std::string VisibleText(std::string_view text) {
   std::string out;
   while (!text.empty()) {
     const char32_t c = TakeCharacter(text);
-    MovesText(c) ? AppendEscape(c, out) : AppendCharacter(c, out);
+    MovesText(c) ? AppendEscape(c, out) : static_cast<void>(AppendUtf8(c, out));
   }
   return out;
 }
 
-std::string QuotedJson(std::wstring_view text) {
+std::string QuotedJson(std::string_view text) {
   std::string out = "\"";
   while (!text.empty()) {
     const char32_t c = TakeCharacter(text);
     if (c == U'"' || c == U'\\') out.push_back('\\');
-    MovesText(c) ? AppendEscape(c, out) : AppendCharacter(c, out);
+    MovesText(c) ? AppendEscape(c, out) : static_cast<void>(AppendUtf8(c, out));
   }
   return out + '"';
+}
+
+std::string_view FirstCharacters(std::string_view text, std::size_t count) {
+  std::string_view rest = text;
+  while (count-- > 0 && !rest.empty()) TakeCharacter(rest);
+  return text.substr(0, text.size() - rest.size());
 }
 
 std::size_t CharacterCount(std::string_view utf8) {
@@ -156,4 +106,4 @@ std::size_t CharacterCount(std::string_view utf8) {
   }));
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -4,27 +4,24 @@
 #include <string>
 #include <string_view>
 
-namespace zrml {
+#include "common/number_text.h"
 
-/// The shortest decimal that reads back as the same double; positional from 1e-5 up to 1e15, with an exponent
-/// beyond. "nan", "inf", "-inf".
-void AppendNumber(double value, std::string& out);
-std::string Number(double value);
+namespace zrml::tool {
 
 /// For people: at most four decimals.
 std::string RoundedNumber(double value);
 
-/// UTF-8; what is no character becomes U+FFFD.
-std::string Utf8(std::wstring_view text);
-
-/// The same for lines that people read: characters that would move the cursor or reorder the line become \t,
-/// \n, \r or \u and four digits.
-std::string VisibleUtf8(std::wstring_view text);
+/// Text as lines that people read have it: bytes that are not UTF-8 become U+FFFD each; characters that would
+/// move the cursor or reorder the line become \t, \n, \r or \u and four digits.
+std::string VisibleText(std::string_view text);
 
 /// UTF-8 between double quotes, as JSON has it.
-std::string QuotedJson(std::wstring_view text);
+std::string QuotedJson(std::string_view text);
+
+/// The first `count` characters of a text; all of a shorter one.
+std::string_view FirstCharacters(std::string_view text, std::size_t count);
 
 /// How many characters `utf8` shows.
 std::size_t CharacterCount(std::string_view utf8);
 
-}  // namespace zrml
+}  // namespace zrml::tool

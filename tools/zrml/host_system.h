@@ -1,5 +1,5 @@
-// What the host asks of the operating system: its arguments, its folder, libraries to load, and the standard
-// streams.
+// What the program asks of the operating system: its arguments, libraries to load, and the standard streams.
+// Text is UTF-8; paths are the system's own bytes.
 #pragma once
 
 #include <optional>
@@ -7,20 +7,17 @@
 #include <string_view>
 #include <vector>
 
-namespace zrml {
+namespace zrml::tool {
 
 /// The arguments without the program's name, as native text (UTF-8 on Windows).
 std::vector<std::string> ProgramArguments(int argc, char** argv);
-
-/// Folder of the running program, with its separator at the end.
-std::wstring ProgramFolder();
 
 /// A shared library. It stays loaded as long as the program runs: an exception that leaves it outlives
 /// whoever loaded it.
 class SharedLibrary {
  public:
   /// No value when `path` cannot be loaded; `error` then says why.
-  static std::optional<SharedLibrary> Load(const std::wstring& path, std::wstring& error);
+  static std::optional<SharedLibrary> Load(const std::string& path, std::string& error);
 
   /// The exported function `name` as a pointer of type `Function`; null when there is none.
   template <class Function>
@@ -35,12 +32,8 @@ class SharedLibrary {
   void* handle_;
 };
 
-/// Why the system does not tell whether there is something at `path`, like a folder on the way there that may
-/// not be searched; empty when it does tell.
-std::wstring WhyOutOfReach(const std::wstring& path);
-
 /// Whether `count` more files can be open at once; `error` says why not.
-bool CanOpenFiles(int count, std::wstring& error);
+bool CanOpenFiles(int count, std::string& error);
 
 enum class Stream { kOutput, kError };
 enum class WriteResult { kWritten, kReaderGone, kInterrupted, kFailed };
@@ -56,7 +49,7 @@ std::size_t TerminalWidth(Stream stream);
 void ReportFailedWrites();
 
 /// Writes all of `utf8`, byte for byte. `error` says why it failed. Interrupted when the user wishes to stop
-/// (convert/interruption.h) while the reader lets the program wait.
-WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error);
+/// (interruption.h) while the reader lets the program wait.
+WriteResult WriteStream(Stream stream, std::string_view utf8, std::string& error);
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -5,7 +5,6 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -13,11 +12,10 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "common/platform/platform.h"
-#include "tools/zrml/convert/interruption.h"
 #include "tools/zrml/host_system.h"
+#include "tools/zrml/interruption.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 constexpr std::size_t kUsualWidth = 80;
@@ -41,7 +39,7 @@ bool IsWhole(const std::string& path) {
   return true;
 }
 
-std::wstring Reason(int error) { return platform::FromNativePath(std::generic_category().message(error)); }
+std::string Reason(int error) { return std::generic_category().message(error); }
 
 }  // namespace
 
@@ -49,41 +47,28 @@ std::vector<std::string> ProgramArguments(int argc, char** argv) {
   return {argv + (argc > 0 ? 1 : 0), argv + argc};
 }
 
-std::wstring ProgramFolder() {
-  std::error_code ignored;
-  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", ignored);
-  return platform::FromNativePath((program.parent_path() / "").native());
-}
-
-std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::wstring& error) {
-  std::string native = platform::ToNativePath(path);
+std::optional<SharedLibrary> SharedLibrary::Load(const std::string& path, std::string& error) {
+  std::string native = path;
   if (native.find('/') == std::string::npos)
     native.insert(0, "./");  // a bare name would be looked up in system folders
   struct stat status = {};
   if (::stat(native.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    error = L"it is no file";  // a pipe would let the loader wait
+    error = "it is no file";  // a pipe would let the loader wait
     return std::nullopt;
   }
   if (!IsWhole(native)) {
-    error = L"the file is cut";
+    error = "the file is cut";
     return std::nullopt;
   }
   if (void* handle = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL)) return SharedLibrary(handle);
   const char* reason = ::dlerror();
-  error = platform::FromNativePath(reason != nullptr ? reason : "unknown error");
+  error = reason != nullptr ? reason : "unknown error";
   return std::nullopt;
 }
 
 void* SharedLibrary::Symbol(const char* name) const { return ::dlsym(handle_, name); }
 
-std::wstring WhyOutOfReach(const std::wstring& path) {
-  struct stat status = {};
-  if (::stat(platform::ToNativePath(path).c_str(), &status) == 0) return {};
-  const bool isMissing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
-  return isMissing ? std::wstring() : Reason(errno);
-}
-
-bool CanOpenFiles(int count, std::wstring& error) {
+bool CanOpenFiles(int count, std::string& error) {
   std::vector<int> files;
   int failure = 0;
   while (failure == 0 && static_cast<int>(files.size()) < count) {
@@ -114,7 +99,7 @@ void ReportFailedWrites() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
-WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {
+WriteResult WriteStream(Stream stream, std::string_view utf8, std::string& error) {
   const int file = stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
   while (!utf8.empty()) {
     const ssize_t count = ::write(file, utf8.data(), utf8.size());
@@ -134,4 +119,4 @@ WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& erro
   return WriteResult::kWritten;
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

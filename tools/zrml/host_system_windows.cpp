@@ -6,12 +6,12 @@
 #include "common/platform/platform.h"
 #include "tools/zrml/host_system.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 constexpr std::size_t kUsualWidth = 80;
 
-std::wstring LastError() { return L"system error " + std::to_wstring(::GetLastError()); }
+std::string LastError() { return "system error " + std::to_string(::GetLastError()); }
 
 // A console takes wide characters, whatever its code page.
 bool WriteConsoleText(HANDLE console, std::string_view utf8) {
@@ -37,20 +37,10 @@ std::vector<std::string> ProgramArguments(int, char**) {
   return arguments;
 }
 
-std::wstring ProgramFolder() {
-  std::wstring program(MAX_PATH, L'\0');
-  DWORD length = 0;
-  while ((length = ::GetModuleFileNameW(nullptr, program.data(), static_cast<DWORD>(program.size()))) ==
-         program.size()) {
-    program.resize(program.size() * 2);
-  }
-  program.resize(length);
-  return program.substr(0, program.find_last_of(L"\\/") + 1);
-}
-
-std::optional<SharedLibrary> SharedLibrary::Load(const std::wstring& path, std::wstring& error) {
-  std::wstring full(::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
-  full.resize(::GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+std::optional<SharedLibrary> SharedLibrary::Load(const std::string& path, std::string& error) {
+  const std::wstring wide = platform::FromNativePath(path);
+  std::wstring full(::GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(::GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
   ::SetErrorMode(SEM_FAILCRITICALERRORS);  // no dialog when the library cannot be loaded
   // Libraries that the plug-in needs are looked up beside it, not beside the host.
   if (HMODULE handle = ::LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {
@@ -64,12 +54,7 @@ void* SharedLibrary::Symbol(const char* name) const {
   return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(handle_), name));
 }
 
-std::wstring WhyOutOfReach(const std::wstring& path) {
-  if (::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
-  return ::GetLastError() == ERROR_ACCESS_DENIED ? LastError() : std::wstring();
-}
-
-bool CanOpenFiles(int, std::wstring&) { return true; }  // memory is the only limit
+bool CanOpenFiles(int, std::string&) { return true; }  // memory is the only limit
 
 bool IsTerminal(Stream stream) {
   DWORD mode = 0;
@@ -86,7 +71,7 @@ std::size_t TerminalWidth(Stream stream) {
 
 void ReportFailedWrites() {}
 
-WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& error) {
+WriteResult WriteStream(Stream stream, std::string_view utf8, std::string& error) {
   const HANDLE file = ::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
   DWORD mode = 0;
   if (::GetConsoleMode(file, &mode) && WriteConsoleText(file, utf8)) return WriteResult::kWritten;
@@ -103,4 +88,4 @@ WriteResult WriteStream(Stream stream, std::string_view utf8, std::wstring& erro
   return WriteResult::kWritten;
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

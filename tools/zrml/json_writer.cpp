@@ -3,10 +3,9 @@
 #include <cmath>
 #include <string>
 
-#include "common/text.h"
 #include "tools/zrml/format.h"
 
-namespace zrml {
+namespace zrml::tool {
 
 void JsonWriter::Indent() {
   out_.Text("\n");
@@ -21,14 +20,12 @@ void JsonWriter::Separate() {
   isFirst_ = isKeyed_ = false;
 }
 
-JsonWriter& JsonWriter::Key(std::wstring_view key) {
+JsonWriter& JsonWriter::Key(std::string_view key) {
   Separate();
   out_.Text(QuotedJson(key) + ": ");
   isKeyed_ = true;
   return *this;
 }
-
-JsonWriter& JsonWriter::Key(std::string_view ascii) { return Key(Widen(ascii)); }
 
 void JsonWriter::Begin(char bracket) {
   Separate();
@@ -65,7 +62,7 @@ void JsonWriter::Number(double value) {
   out_.Number(value);
 }
 
-void JsonWriter::String(std::wstring_view value) {
+void JsonWriter::String(std::string_view value) {
   Separate();
   out_.Text(QuotedJson(value));
 }
@@ -82,4 +79,4 @@ void JsonWriter::Numbers(std::span<const double> values) {
   out_.Text("]");
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -8,21 +8,20 @@
 
 #include "tools/zrml/output.h"
 
-namespace zrml {
+namespace zrml::tool {
 
 class JsonWriter {
  public:
   explicit JsonWriter(Output& out) : out_(out) {}
 
   /// Names the value that is written next, in an object.
-  JsonWriter& Key(std::wstring_view key);
-  JsonWriter& Key(std::string_view ascii);
+  JsonWriter& Key(std::string_view key);
 
   void Null();
   void Bool(bool value);
   void Integer(long long value);
   void Number(double value);
-  void String(std::wstring_view value);
+  void String(std::string_view value);
   void Numbers(std::span<const double> values);
 
   /// `body` writes the members.
@@ -54,4 +53,4 @@ class JsonWriter {
   bool isKeyed_ = false;
 };
 
-}  // namespace zrml
+}  // namespace zrml::tool

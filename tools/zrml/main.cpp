@@ -1,7 +1,7 @@
-// zrml: a command-line host for the plug-in.
+// zrml: mass-spectrometry data at the command line.
 #include "tools/zrml/command_line.h"
 #include "tools/zrml/host_system.h"
 
 int main(int argc, char** argv) {
-  return static_cast<int>(zrml::RunCommandLine(zrml::ProgramArguments(argc, argv)));
+  return static_cast<int>(zrml::tool::RunCommandLine(zrml::tool::ProgramArguments(argc, argv)));
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace zrml {
+namespace zrml::tool {
 
 /// Thrown when nobody reads the output any more; the rest need not be made.
 struct ReaderGone {};
@@ -29,6 +29,6 @@ class Output {
 };
 
 /// One line on standard error, with the program's name in front.
-void PrintError(const std::wstring& message);
+void PrintError(const std::string& message);
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -4,44 +4,42 @@
 #include <utility>
 
 #include "common/platform/platform.h"
-#include "common/text.h"
 #include "tools/zrml/failure.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
-[[noreturn]] void Refuse(const std::wstring& message) { throw Failure(ExitStatus::kNoPlugin, message); }
+[[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitStatus::kNoPlugin, message); }
 
-SharedLibrary LoadLibraryFile(const std::wstring& path) {
-  if (!platform::IsFile(path)) Refuse(L"there is no plug-in " + path);
-  std::wstring error;
+SharedLibrary LoadLibraryFile(const std::string& path) {
+  if (!platform::IsFile(platform::FromNativePath(path))) Refuse("there is no plug-in " + path);
+  std::string error;
   std::optional<SharedLibrary> library = SharedLibrary::Load(path, error);
-  if (!library) Refuse(L"cannot load the plug-in " + path + L" (" + error + L")");
+  if (!library) Refuse("cannot load the plug-in " + path + " (" + error + ")");
   return *library;
 }
 
 template <class Function>
-Function Export(const SharedLibrary& library, const std::wstring& path, const char* name) {
+Function Export(const SharedLibrary& library, const std::string& path, const char* name) {
   const auto function = library.Find<Function>(name);
-  if (function == nullptr)
-    Refuse(path + L" is not a data provider plug-in: it does not export " + Widen(name));
+  if (function == nullptr) Refuse(path + " is not a data provider plug-in: it does not export " + name);
   return function;
 }
 
 }  // namespace
 
-PluginLibrary PluginLibrary::Load(const std::wstring& path) {
+PluginLibrary PluginLibrary::Load(const std::string& path) {
   return PluginLibrary(path, LoadLibraryFile(path));
 }
 
-PluginLibrary::PluginLibrary(std::wstring path, SharedLibrary library)
-    : path_(std::move(path)), library_(library) {
+PluginLibrary::PluginLibrary(std::string path, SharedLibrary library)
+    : path_(std::move(path)), library_(std::move(library)) {
   const auto checkVersion = Export<CheckVersionFunction>(library_, path_, "CheckVersion");
   const auto getInterfaceCount = Export<GetInterfaceCountFunction>(library_, path_, "GetInterfaceCount");
   getInstance_ = Export<GetInstanceFunction>(library_, path_, "GetInstance");
   if (!checkVersion(kInterfaceVersion)) {
-    Refuse(L"the plug-in " + path_ + L" does not speak version " + std::to_wstring(kInterfaceVersion) +
-           L" of the interface");
+    Refuse("the plug-in " + path_ + " does not speak version " + std::to_string(kInterfaceVersion) +
+           " of the interface");
   }
   providerCount_ = getInterfaceCount();
 }
@@ -49,11 +47,9 @@ PluginLibrary::PluginLibrary(std::wstring path, SharedLibrary library)
 std::unique_ptr<CDataServerImpl> PluginLibrary::CreateServer(int index) const {
   auto server = zrml::CreateServer(getInstance_, static_cast<std::uint64_t>(index));
   if (server == nullptr) {
-    Refuse(L"the plug-in " + path_ + L" does not make its provider " + std::to_wstring(index + 1));
+    Refuse("the plug-in " + path_ + " does not make its provider " + std::to_string(index + 1));
   }
   return server;
 }
 
-std::wstring DefaultPluginPath() { return ProgramFolder() + Widen(ZRML_PLUGIN_FILE); }
-
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -9,29 +9,25 @@
 #include "plugin/provider_table.h"
 #include "tools/zrml/host_system.h"
 
-namespace zrml {
+namespace zrml::tool {
 
 class PluginLibrary {
  public:
   /// Throws a Failure when `path` is no plug-in of this interface version.
-  static PluginLibrary Load(const std::wstring& path);
+  static PluginLibrary Load(const std::string& path);
 
   int ProviderCount() const { return providerCount_; }
 
-  /// A closed server of provider `index`. Throws a Failure when there
-  /// is none.
+  /// A closed server of provider `index`. Throws a Failure when there is none.
   std::unique_ptr<CDataServerImpl> CreateServer(int index) const;
 
  private:
-  PluginLibrary(std::wstring path, SharedLibrary library);
+  PluginLibrary(std::string path, SharedLibrary library);
 
-  std::wstring path_;
+  std::string path_;
   SharedLibrary library_;
   GetInstanceFunction getInstance_ = nullptr;
   int providerCount_ = 0;
 };
 
-/// The plug-in's file beside the running program.
-std::wstring DefaultPluginPath();
-
-}  // namespace zrml
+}  // namespace zrml::tool

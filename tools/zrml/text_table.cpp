@@ -4,7 +4,7 @@
 
 #include "tools/zrml/format.h"
 
-namespace zrml {
+namespace zrml::tool {
 namespace {
 
 constexpr std::size_t kWidest = 120;
@@ -43,4 +43,4 @@ void TextTable::Print(std::string_view indent, Output& out) const {
   for (const Row& row : rows_) printRow(row);
 }
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -8,7 +8,7 @@
 
 #include "tools/zrml/output.h"
 
-namespace zrml {
+namespace zrml::tool {
 
 class TextTable {
  public:
@@ -38,4 +38,4 @@ class TextTable {
   std::vector<Row> rows_;
 };
 
-}  // namespace zrml
+}  // namespace zrml::tool

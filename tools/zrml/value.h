@@ -4,23 +4,22 @@
 #include <string>
 #include <variant>
 
+#include "source/source.h"
 #include "tools/zrml/json_writer.h"
 
-namespace zrml {
-
-struct NumberRange {
-  double low = 0;
-  double high = 0;
-};
+namespace zrml::tool {
 
 /// std::monostate stands for a value that there is not: left out of text, null in JSON.
-using Value = std::variant<std::monostate, bool, int, double, NumberRange, std::wstring>;
+using Value = std::variant<std::monostate, bool, int, double, source::Range, std::string>;
 
 inline bool IsAbsent(const Value& value) { return std::holds_alternative<std::monostate>(value); }
+
+/// A function's number; the name of processed data ("p2") is text.
+Value ValueOf(const source::FunctionId& id);
 
 /// UTF-8 on one line.
 std::string TextOf(const Value& value);
 
 void WriteJson(const Value& value, JsonWriter& json);
 
-}  // namespace zrml
+}  // namespace zrml::tool

@@ -16,9 +16,9 @@ PRESSURE, ABSORPTION, TIC = 'MS:1003019', 'MS:1000812', 'MS:1000235'
 
 # By id: the arrays.
 SURVEY = {'function=1 process=0 scan=1': {MZ: [100, 250.5], INTENSITY: [7, 90]}}
-LOCK_MASS = {'function=2 process=0 scan=1': {MZ: [556], INTENSITY: [11]}}
-ABSORBANCE = {'function=3 process=0 scan=1': {WAVELENGTH: [210, 220.5], INTENSITY: [4, 8]},
-              'function=3 process=0 scan=2': {WAVELENGTH: [210], INTENSITY: [2]}}
+LOCK_MASS = {'function=3 process=0 scan=1': {MZ: [556], INTENSITY: [11]}}
+ABSORBANCE = {'function=2 process=0 scan=1': {WAVELENGTH: [210, 220.5], INTENSITY: [4, 8]},
+              'function=2 process=0 scan=2': {WAVELENGTH: [210], INTENSITY: [2]}}
 TRACES = {'trace 1: System Pressure': (PRESSURE, [0.5, 1], [320, 2]),
           'trace 2: TUV 254 nm': (ABSORPTION, [0.5, 1], [1, 0]),
           'trace 3: PDA - Total Absorbance': (ABSORPTION, [0.25, 0.75], [12, 2])}

@@ -55,7 +55,10 @@ def check_with_openms(file, spectra, chromatograms):
 
 
 class Interface:
-    """What the interface of the plug-in gives of a source: by function and scan, from 1, two lists of numbers each."""
+    """What the interface of the plug-in gives of a source: by function and scan, from 1, two lists of numbers each.
+
+    It counts functions without gaps: acquired ones in the order of their numbers, then processed ones, absorbance last.
+    """
 
     def __init__(self, numbers, zrml, source):
         plugin = pathlib.Path(zrml).parent / 'ZRMLProvider-x64.so'
@@ -67,15 +70,33 @@ class Interface:
         self.mass, self.absorbance = found['mass'], found['absorbance']
         self.total = {function: intensities for (function, _), (_, intensities) in found['total'].items()}
         self.traces = list(found['trace'].values())
+        self.functions = {}  # by process and function, as ids have them
+
+    def name_functions(self, checked):
+        """Finds out which function of the file is which here."""
+        for known, array in ((self.mass, MZ), (self.absorbance, WAVELENGTH)):
+            mine = sorted({function for function, _ in known})
+            theirs = sorted({parts_of(name)[:2] for name, arrays in checked.spectra.items() if array in arrays})
+            require(len(mine) == len(theirs), f'functions {theirs}, the interface has {mine}')
+            self.functions.update(zip(theirs, mine))
+
+    def position_of(self, native_id):
+        process, function, scan = parts_of(native_id)
+        return self.functions[process, function], scan
+
+    def labels(self):
+        """What people call the functions."""
+        return {mine: f'p{process}' if process else str(number) for (process, number), mine in self.functions.items()}
 
 
-def position_of(native_id):
-    return tuple(map(int, re.fullmatch(r'function=(\d+) process=0 scan=(\d+)', native_id).groups()))
+def parts_of(native_id):
+    function, process, scan = map(int, re.fullmatch(r'function=(\d+) process=(\d+) scan=(\d+)', native_id).groups())
+    return process, function, scan
 
 
 def compare_spectra(checked, interface):
     wanted = {**interface.mass, **interface.absorbance}
-    positions = list(map(position_of, checked.spectra))
+    positions = list(map(interface.position_of, checked.spectra))
     require(sorted(positions) == sorted(wanted), 'other spectra than the interface has')
     times = [float(checked.times[name] or 'inf') for name in checked.spectra]  # those without one come last
     order = list(zip(times, positions))
@@ -90,7 +111,7 @@ def compare_spectra(checked, interface):
 def compare_chromatograms(checked, interface):
     """The first has a point for each mass spectrum, in their order; then come the traces."""
     found = list(checked.chromatograms.values())
-    mass = [(name, position_of(name)) for name in checked.spectra if position_of(name) in interface.mass]
+    mass = [(name, interface.position_of(name)) for name in checked.spectra if MZ in checked.spectra[name]]
     if mass:
         total = found.pop(0)
         times = [float(checked.times[name] or 'nan') for name, _ in mass]
@@ -107,7 +128,7 @@ def compare_with_pymzml(file, checked, interface):
     for spectrum in pymzml.run.Reader(str(file)):
         read.append(spectrum.element.get('id'))
         if spectrum['MS:1000804'] is None:  # an electromagnetic radiation spectrum
-            masses, intensities = interface.mass[position_of(read[-1])]
+            masses, intensities = interface.mass[interface.position_of(read[-1])]
             require(same(spectrum.mz, masses) and same(spectrum.i, intensities), f'pymzml reads another {read[-1]}')
     require(read == list(checked.spectra), f'pymzml reads {len(read)} of {len(checked.spectra)} spectra, or others')
 
@@ -118,7 +139,8 @@ def compare_with_printed(zrml, source, interface):
         scans.setdefault(function, []).append(scan)
     for function, numbers in scans.items():
         for scan in {*numbers[:PRINTED], *numbers[-PRINTED:]}:
-            output = run(zrml, 'spectrum', source, '--function', function, '--scan', scan)
+            label = interface.labels()[function]
+            output = run(zrml, 'spectrum', source, '--function', label, '--scan', scan)
             rows = [row.split('\t') for row in output.split('m/z\tintensity\n', 1)[1].splitlines()]
             masses, intensities = interface.mass[function, scan]
             require(same([float(row[0]) for row in rows], masses), f'printed masses of {function}, {scan}')
@@ -137,13 +159,15 @@ def compare_with_rows(zrml, source, checked, interface):
     require(len(cells) == rows * width, f'{len(cells)} cells in {rows} rows')
     owners = list(zip(cells[0::width], cells[1::width]))
     masses, intensities = (list(map(float, cells[column::width])) for column in (3, 4))
+    labels = interface.labels()
     at = 0
     for name, arrays in checked.spectra.items():
-        if position_of(name) not in interface.mass:
+        if MZ not in arrays:
             continue
+        function, scan = interface.position_of(name)
         own = slice(at, at + len(arrays[MZ]))
         at = own.stop
-        require(set(owners[own]) <= {tuple(map(str, position_of(name)))}, f'rows of others in place of {name}')
+        require(set(owners[own]) <= {(labels[function], str(scan))}, f'rows of others in place of {name}')
         require(same(masses[own], arrays[MZ]), f'masses in the rows of {name}')
         require(same(intensities[own], arrays[INTENSITY]), f'intensities in the rows of {name}')
     require(at == rows, f'{at} of {rows} rows belong to spectra')
@@ -165,7 +189,7 @@ def check_excerpt(zrml, source, work, whole, interface):
     """Of a long file others read some spectra, in a file of their own. They have the same arrays in the whole file."""
     file = convert(zrml, source, work / 'excerpt', '--scans', f'{EXCERPT[0]}-{EXCERPT[-1]}')
     checked = mzml_file.CheckedFile(file.read_bytes())
-    require([position_of(name)[1] for name in checked.spectra] == list(EXCERPT), 'the scans of the excerpt')
+    require([parts_of(name)[2] for name in checked.spectra] == list(EXCERPT), 'the scans of the excerpt')
     for name, arrays in checked.spectra.items():
         require(arrays == whole.spectra[name], f'{name} in the excerpt')
     have_others_read(file, checked, interface)
@@ -181,6 +205,7 @@ def check_conversion(zrml, numbers, source, work):
         other = convert(zrml, source, work / 'more', '--threads', threads)
         require(other.read_bytes() == data, f'{threads} threads change the file')
     checked = mzml_file.CheckedFile(data, stride=stride)
+    interface.name_functions(checked)
     compare_spectra(checked, interface)
     compare_chromatograms(checked, interface)
     if is_long:

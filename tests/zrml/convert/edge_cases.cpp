@@ -75,6 +75,15 @@ RawDirectoryBuilder NegativeIntensities() {
   return RawOf({function});
 }
 
+// Masses that single precision does not hold, alone and in pairs.
+RawDirectoryBuilder Calibrated() {
+  RawDirectoryBuilder raw =
+      RawOf({FunctionOf({ScanFrom<StoredPoint9>(0.1F, {{100, 7}}), PlainScan(0.2F),
+                         ScanFrom<StoredPoint9>(0.3F, {{100, 7}, {250.5, 90}, {300, 8}})})});
+  raw.header = {HeaderLine("Version", "01.00"), HeaderLine("Cal Function 1", "0.1,1.0,T0")};
+  return raw;
+}
+
 RawDirectoryBuilder OnePointScans(int scans) {
   std::vector<ScanFiles> written;
   for (int i = 0; i < scans; ++i) {
@@ -165,6 +174,7 @@ constexpr EdgeCase kCases[] = {
     {u8"empty-spectra.raw", EmptySpectra},
     {u8"nan-masses.raw", NanMasses},
     {u8"negative-intensities.raw", NegativeIntensities},
+    {u8"calibrated.raw", Calibrated},
     {u8"many-scans.raw", ManyScans},
     {u8"some-scans.raw", SomeScans},
     {u8"1 a&b'\u00E9\U0001D11E.raw", OddNames},

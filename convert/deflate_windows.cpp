@@ -1,0 +1,61 @@
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <zlib.h>
+
+#include "convert/deflate.h"
+
+namespace zrml::convert {
+namespace {
+
+constexpr int kWindowBits = 15;
+constexpr int kGzip = 16;  // added to the window bits
+constexpr int kMemoryLevel = 8;
+
+// zlib counts in 32 bits.
+uInt Piece(std::size_t size) {
+  return static_cast<uInt>(std::min<std::size_t>(size, std::numeric_limits<uInt>::max()));
+}
+
+}  // namespace
+
+struct Deflater::State {
+  explicit State(Wrapper wrapper) {
+    const int bits = wrapper == Wrapper::kZlib ? kWindowBits : kWindowBits + kGzip;
+    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, bits, kMemoryLevel, Z_DEFAULT_STRATEGY) !=
+        Z_OK) {
+      throw std::bad_alloc();
+    }
+  }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+  ~State() { deflateEnd(&stream); }
+
+  z_stream stream{};
+};
+
+Deflater::Deflater(Wrapper wrapper) : state_(std::make_unique<State>(wrapper)) {}
+Deflater::~Deflater() = default;
+
+std::span<const std::byte> Deflater::Compress(std::span<const std::byte> bytes) {
+  z_stream& stream = state_->stream;
+  deflateReset(&stream);
+  stream.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(bytes.data()));
+  std::size_t written = 0;
+  for (int result = Z_OK; result != Z_STREAM_END;) {
+    const std::size_t read =
+        static_cast<std::size_t>(reinterpret_cast<const std::byte*>(stream.next_in) - bytes.data());
+    stream.avail_in = Piece(bytes.size() - read);
+    if (buffer_.size() - written < bytes.size() / 8 + 64) buffer_.resize(buffer_.size() * 2 + 4096);
+    stream.next_out = reinterpret_cast<Bytef*>(buffer_.data() + written);
+    stream.avail_out = Piece(buffer_.size() - written);
+    const uInt room = stream.avail_out;
+    const bool isLast = bytes.size() - read == stream.avail_in;
+    result = deflate(&stream, isLast ? Z_FINISH : Z_NO_FLUSH);
+    if (result == Z_STREAM_ERROR) throw std::bad_alloc();
+    written += room - stream.avail_out;
+  }
+  return {buffer_.data(), written};
+}
+
+}  // namespace zrml::convert

@@ -1,0 +1,50 @@
+// Arrays of numbers as mzML carries them: little-endian, compressed or not, in Base64.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "convert/cv_terms.h"
+#include "convert/deflate.h"
+
+namespace zrml::convert {
+
+/// How many bits the numbers of an array get. kExact takes 32 where all numbers of the array survive that
+/// unchanged, and 64 otherwise.
+enum class Precision { kExact, kSingle, kDouble };
+
+struct ArrayOptions {
+  Precision masses = Precision::kExact;  // and wavelengths
+  Precision intensities = Precision::kExact;
+  Precision times = Precision::kExact;
+  bool isCompressed = true;
+};
+
+struct ArrayKind {
+  CvTerm term;
+  const CvTerm* unit;
+  Precision precision;
+  std::string_view value = {};
+};
+
+/// Writes arrays with buffers of its own. Used by one thread at a time.
+class ArrayWriter {
+ public:
+  explicit ArrayWriter(bool isCompressed);
+
+  /// A binaryDataArray. One without numbers is marked as not compressed: readers differ on compressed
+  /// nothing.
+  void Append(std::string& out, const ArrayKind& kind, std::span<const double> values);
+
+ private:
+  /// Rounds into singles_; whether that has changed no number.
+  bool Round(std::span<const double> values);
+
+  std::optional<Deflater> deflater_;
+  std::vector<float> singles_;
+};
+
+}  // namespace zrml::convert

@@ -1,0 +1,28 @@
+// Elements that every part of an mzML document is made of. All append to a text.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "convert/cv_terms.h"
+#include "source/source.h"
+
+namespace zrml::convert {
+
+/// `value` is XML text already.
+void AppendCvParam(std::string& out, const CvTerm& term, std::string_view value = {},
+                   const CvTerm* unit = nullptr);
+void AppendCvNumber(std::string& out, const CvTerm& term, double value, const CvTerm* unit = nullptr);
+/// Left out when `value` is not finite: readers disagree on how such numbers are spelt.
+void AppendFiniteCvNumber(std::string& out, const CvTerm& term, double value, const CvTerm* unit = nullptr);
+void AppendUserParam(std::string& out, std::string_view name, std::string_view value);
+
+/// name="value", with a blank in front.
+void AppendAttribute(std::string& out, std::string_view name, std::string_view xmlText);
+void AppendAttribute(std::string& out, std::string_view name, std::size_t number);
+
+/// The native id of a spectrum: the numbers of the files, `scan` from 1. Process numbers have 16 bits; one
+/// that is repeated gets those above for each time, so that ids are unique.
+std::string NativeId(const source::FunctionId& function, int scan);
+
+}  // namespace zrml::convert

@@ -1,0 +1,11 @@
+// What mzML calls the spectra of a function.
+#pragma once
+
+#include "convert/cv_terms.h"
+#include "convert/plan.h"
+
+namespace zrml::convert {
+
+const CvTerm& SpectrumType(const RunFunction& function);
+
+}  // namespace zrml::convert

@@ -1,0 +1,71 @@
+// The files that a source consists of: named and summed up in what is converted, and watched meanwhile.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "common/platform/platform.h"
+#include "convert/hooks.h"
+
+namespace zrml::convert {
+
+/// A file as a converted file names it.
+struct SourceFile {
+  std::string name;      // without folder
+  std::string location;  // URI of its folder
+  std::string sha1;
+};
+
+/// One that no data are read from: it may be broken, or change, without harm.
+bool IsByTheWay(const std::string& name, source::Format format);
+
+struct SourceFiles {
+  std::vector<SourceFile> files;
+  std::vector<std::string> closed;   // names of those that nobody here may open
+  std::vector<std::string> broken;   // and of those that break off
+  std::optional<std::string> error;  // why the folder is not listed, or not to its end
+};
+
+enum class Checksums { kMade, kLeftOut };
+
+/// The regular files of the folder `path`, by name, or of the folder that holds the file `path`; of a report
+/// the file alone. Reads them whole, on `threads` threads.
+SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums, int threads,
+                            const Cancel& cancel);
+
+/// What the files that a source's data are read from were when it was made: their sizes, and when they were
+/// last written to.
+class SourceStamp {
+ public:
+  /// To be made before the source is opened, when its format is not known yet.
+  explicit SourceStamp(const std::string& path);
+
+  /// The name of a file that is new, gone or another since.
+  std::optional<std::string> FindChange() const;
+
+ private:
+  struct Stamp {
+    std::filesystem::path path;
+    platform::FileStamp stamp;
+
+    bool operator==(const Stamp&) const = default;
+  };
+
+  static Stamp StampOf(const std::filesystem::path& path);
+
+  std::string path_;
+  std::vector<Stamp> files_;  // a report's alone, else also those of the raw directory there or around
+};
+
+/// What is converted from `sample` is called after: the last part of the source's path without ".raw" or
+/// ".rpt". A data file of a folder gives the folder's name, then its own: "run_FUNC001" for
+/// "run.raw/_FUNC001.DAT"; one of several samples its number: "plate-sample2".
+std::string RunName(source::Source& source, int sample);
+
+/// Whether a file at `target` would be, or would replace, a part of the source.
+bool IsPartOf(source::Source& source, const std::string& target);
+
+}  // namespace zrml::convert

@@ -1,0 +1,92 @@
+#include "convert/spectrum_reader.h"
+
+#include <algorithm>
+
+namespace zrml::convert {
+namespace {
+
+// Room that grows only, so that most reads touch no more than their points.
+std::span<double> Room(std::vector<double>& values, std::size_t count) {
+  if (values.size() < count) values.resize(count);
+  return std::span(values).first(count);
+}
+
+}  // namespace
+
+template <class Read>
+Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
+  const RunFunction& function = plan_.FunctionOf(entry);
+  Spectrum spectrum;
+  bool isCut = false;
+  try {
+    isCut = read(function, spectrum).lost > 0;
+  } catch (const source::Error&) {
+    spectrum = {.scan = spectrum.scan};
+    losses_.Add(function.isAbsorbance ? Loss::Kind::kAbsorbance : Loss::Kind::kScan, function.info.id,
+                entry.scan + 1);
+  }
+  if (isCut) {
+    losses_.Add(function.isAbsorbance ? Loss::Kind::kAbsorbancePoints : Loss::Kind::kPoints, function.info.id,
+                entry.scan + 1);
+  }
+  return spectrum;
+}
+
+Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
+  return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
+    spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
+    const std::span<double> masses = Room(positions_, spectrum.scan.points);
+    const std::span<double> intensities = Room(intensities_, spectrum.scan.points);
+    const source::PointsRead read =
+        source_.ReadPoints(plan_.sample, function.position, entry.scan, masses, intensities);
+    spectrum.positions = masses.first(read.count);
+    spectrum.intensities = intensities.first(read.count);
+    return read;
+  });
+}
+
+Spectrum SpectrumReader::ReadDrift(const RunEntry& entry) {
+  return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
+    spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
+    drift_.clear();
+    for (int bin = 0; bin < function.driftBins; ++bin) AddDriftPoints(entry, bin);
+    TakeDriftPoints();
+    spectrum.positions = positions_;
+    spectrum.intensities = intensities_;
+    spectrum.bins = bins_;
+    return source::PointsRead{drift_.size()};
+  });
+}
+
+void SpectrumReader::AddDriftPoints(const RunEntry& entry, int bin) {
+  const int function = plan_.FunctionOf(entry).position;
+  source_.ReadDriftBin(plan_.sample, function, entry.scan, bin, positions_, intensities_);
+  for (std::size_t i = 0; i < positions_.size(); ++i)
+    drift_.push_back({positions_[i], intensities_[i], bin + 1.0});
+}
+
+// By mass, those without one last; equal masses stay in the order of their bins.
+void SpectrumReader::TakeDriftPoints() {
+  std::stable_sort(drift_.begin(), drift_.end(), [](const DriftPoint& a, const DriftPoint& b) {
+    return a.mass < b.mass || (a.mass == a.mass && b.mass != b.mass);
+  });
+  for (std::vector<double>* const values : {&positions_, &intensities_, &bins_})
+    values->resize(drift_.size());
+  for (std::size_t i = 0; i < drift_.size(); ++i) {
+    positions_[i] = drift_[i].mass;
+    intensities_[i] = drift_[i].intensity;
+    bins_[i] = drift_[i].bin;
+  }
+}
+
+Spectrum SpectrumReader::ReadAbsorbance(const RunEntry& entry) {
+  return ReadOrLose(entry, [&](const RunFunction&, Spectrum& spectrum) {
+    const source::PointsRead read =
+        source_.ReadAbsorbance(plan_.sample, entry.scan, positions_, intensities_);
+    spectrum.positions = std::span(positions_).first(read.count);
+    spectrum.intensities = std::span(intensities_).first(read.count);
+    return read;
+  });
+}
+
+}  // namespace zrml::convert

@@ -1,0 +1,58 @@
+// The spectra of a run, read by one worker from a source of its own.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "convert/losses.h"
+#include "convert/plan.h"
+#include "source/source.h"
+
+namespace zrml::convert {
+
+/// A spectrum of masses, or of wavelengths. Its points are valid until the next one is read.
+struct Spectrum {
+  source::Scan scan = {};  ///< not of absorbance
+  std::span<const double> positions = {};
+  std::span<const double> intensities = {};
+  std::span<const double> bins = {};  ///< with drift bins: of each point, from 1
+};
+
+/// What cannot be read is empty, and points that the file lacks are left out, once the losses know of it.
+class SpectrumReader {
+ public:
+  SpectrumReader(source::Source& source, const RunPlan& plan, Losses& losses)
+      : source_(source), plan_(plan), losses_(losses) {}
+
+  const RunPlan& Plan() const { return plan_; }
+
+  Spectrum ReadMass(const RunEntry& entry);
+
+  /// The drift bins of a scan in one spectrum, by mass, then bin. Empty when one of them cannot be read.
+  Spectrum ReadDrift(const RunEntry& entry);
+
+  Spectrum ReadAbsorbance(const RunEntry& entry);
+
+ private:
+  struct DriftPoint {
+    double mass;
+    double intensity;
+    double bin;
+  };
+
+  /// `read` fills what it is given; without anything when it throws.
+  template <class Read>
+  Spectrum ReadOrLose(const RunEntry& entry, Read read);
+  void AddDriftPoints(const RunEntry& entry, int bin);
+  void TakeDriftPoints();
+
+  source::Source& source_;
+  const RunPlan& plan_;
+  Losses& losses_;
+  std::vector<double> positions_;
+  std::vector<double> intensities_;
+  std::vector<double> bins_;
+  std::vector<DriftPoint> drift_;
+};
+
+}  // namespace zrml::convert

@@ -1,0 +1,583 @@
+// The conversion of a sample, as a library: from a source in memory into memory.
+#include "convert/convert.h"
+
+#include <atomic>
+#include <functional>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "convert/error.h"
+#include "convert/native_path.h"
+#include "tests/convert/fake_source.h"
+
+namespace zrml::convert::test {
+namespace {
+
+using zrml::test::FakeData;
+using zrml::test::FakeFunction;
+using zrml::test::FakeScan;
+using zrml::test::KnownData;
+
+class Text : public ByteSink {
+ public:
+  void Write(std::string_view bytes) override { text += bytes; }
+  void Finish() override { isFinished = true; }
+
+  std::string text;
+  bool isFinished = false;
+};
+
+// Without index, compression and absorbance, which has many spectra.
+Options Of(const std::string& functions, const std::string& scans = "1-") {
+  Options options;
+  options.isIndexed = false;
+  options.arrays.isCompressed = false;
+  options.selection.functions = FunctionSet::Parse(functions).value();
+  options.selection.scans = NumberSet::Parse(scans).value();
+  return options;
+}
+
+Options Within(const std::string& minutes) {
+  Options options = Of("1-");
+  options.selection.functions = {};
+  options.selection.minutes = ParseTimeRange(minutes);
+  return options;
+}
+
+Options As(Format format, Options options) {
+  options.format = format;
+  return options;
+}
+
+void ExpectHas(const std::string& text, const std::string& part) {
+  EXPECT_NE(text.find(part), std::string::npos) << part << "is not in\n" << text;
+}
+void ExpectLacks(const std::string& text, const std::string& part) {
+  EXPECT_EQ(text.find(part), std::string::npos) << part << "is in\n" << text;
+}
+
+std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+class ConvertTest : public testing::Test {
+ protected:
+  ConvertTest() { directory_.WriteText("_DATA.DAT", "valid and sound"); }
+
+  Result Convert(const Options& options, ByteSink& out, int workers = 1, const Hooks& hooks = {}) const {
+    const std::string path = PathText(directory_.Path());
+    SourceInUse source(path, workers, [&] { return zrml::test::OpenFake(data_, path); });
+    return ConvertSample(source, 0, options, out, hooks);
+  }
+
+  std::string Converted(const Options& options, int workers = 1) const {
+    Text out;
+    const Result result = Convert(options, out, workers);
+    EXPECT_TRUE(result.losses.empty());
+    EXPECT_TRUE(result.notes.empty());
+    EXPECT_TRUE(out.isFinished);
+    return out.text;
+  }
+
+  void ExpectError(const Options& options, ErrorKind kind, const std::string& message,
+                   const Hooks& hooks = {}) const {
+    Text out;
+    try {
+      Convert(options, out, 1, hooks);
+      ADD_FAILURE() << "no error: " << message;
+    } catch (const Error& error) {
+      EXPECT_EQ(error.Kind(), kind);
+      EXPECT_EQ(error.Message(), message);
+    }
+    EXPECT_FALSE(out.isFinished);
+  }
+
+  FakeScan& Scan(std::size_t function, std::size_t scan) { return data_.functions[function].scans[scan]; }
+
+  FakeData data_ = KnownData();
+  TempDirectory directory_{"run.raw"};
+};
+
+// 100, 200.5 and 300.0625 are 0x42C80000, 0x43488000 and 0x43960800 in single precision; 10, 0.5 and 1000000
+// are 0x41200000, 0x3F000000 and 0x49742400.
+TEST_F(ConvertTest, SurveySpectrumAsMzml) {
+  ExpectHas(Converted(Of("1", "1")),
+            R"(<spectrumList count="1" defaultDataProcessingRef="conversion">
+<spectrum index="0" id="function=1 process=0 scan=1" defaultArrayLength="3">
+<cvParam cvRef="MS" accession="MS:1000579" name="MS1 spectrum"/>
+<cvParam cvRef="MS" accession="MS:1000511" name="ms level" value="1"/>
+<cvParam cvRef="MS" accession="MS:1000130" name="positive scan"/>
+<cvParam cvRef="MS" accession="MS:1000128" name="profile spectrum"/>
+<cvParam cvRef="MS" accession="MS:1000528" name="lowest observed m/z" value="100" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+<cvParam cvRef="MS" accession="MS:1000527" name="highest observed m/z" value="300.0625" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+<cvParam cvRef="MS" accession="MS:1000504" name="base peak m/z" value="300.0625" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+<cvParam cvRef="MS" accession="MS:1000505" name="base peak intensity" value="1000000" unitCvRef="MS" unitAccession="MS:1000131" unitName="number of detector counts"/>
+<cvParam cvRef="MS" accession="MS:1000285" name="total ion current" value="1000010.5"/>
+<scanList count="1">
+<cvParam cvRef="MS" accession="MS:1000795" name="no combination"/>
+<scan>
+<cvParam cvRef="MS" accession="MS:1000016" name="scan start time" value="0.5" unitCvRef="UO" unitAccession="UO:0000031" unitName="minute"/>
+<cvParam cvRef="MS" accession="MS:1000616" name="preset scan configuration" value="1"/>
+<userParam name="function name" type="xsd:string" value="Survey"/>
+<scanWindowList count="1">
+<scanWindow>
+<cvParam cvRef="MS" accession="MS:1000501" name="scan window lower limit" value="50" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+<cvParam cvRef="MS" accession="MS:1000500" name="scan window upper limit" value="1200.5" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+</scanWindow>
+</scanWindowList>
+</scan>
+</scanList>
+<binaryDataArrayList count="2">
+<binaryDataArray encodedLength="16">
+<cvParam cvRef="MS" accession="MS:1000521" name="32-bit float"/>
+<cvParam cvRef="MS" accession="MS:1000576" name="no compression"/>
+<cvParam cvRef="MS" accession="MS:1000514" name="m/z array" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+<binary>AADIQgCASEMACJZD</binary>
+</binaryDataArray>
+<binaryDataArray encodedLength="16">
+<cvParam cvRef="MS" accession="MS:1000521" name="32-bit float"/>
+<cvParam cvRef="MS" accession="MS:1000576" name="no compression"/>
+<cvParam cvRef="MS" accession="MS:1000515" name="intensity array" unitCvRef="MS" unitAccession="MS:1000131" unitName="number of detector counts"/>
+<binary>AAAgQQAAAD8AJHRJ</binary>
+</binaryDataArray>
+</binaryDataArrayList>
+</spectrum>
+</spectrumList>
+)");
+}
+
+TEST_F(ConvertTest, ProductSpectrumNamesItsPrecursor) {
+  const std::string output = Converted(Of("2", "1"));
+  ExpectHas(output, "name=\"MSn spectrum\"");
+  ExpectHas(output, "name=\"ms level\" value=\"2\"");
+  ExpectHas(output, "name=\"negative scan\"");
+  ExpectHas(output, R"(<precursorList count="1">
+<precursor>
+<isolationWindow>
+<cvParam cvRef="MS" accession="MS:1000827" name="isolation window target m/z" value="445.12" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+</isolationWindow>
+<selectedIonList count="1">
+<selectedIon>
+<cvParam cvRef="MS" accession="MS:1000744" name="selected ion m/z" value="445.12" unitCvRef="MS" unitAccession="MS:1000040" unitName="m/z"/>
+</selectedIon>
+</selectedIonList>
+<activation>
+<cvParam cvRef="MS" accession="MS:1000044" name="dissociation method"/>
+</activation>
+</precursor>
+</precursorList>
+)");
+  ExpectLacks(Converted(Of("2", "2")), "precursor");
+}
+
+// Minutes: 0.5, 1 and 1.5 of function 1, 1.125 and 2 of function 2.
+TEST_F(ConvertTest, SpectraAreInTimeOrder) {
+  const std::string output = Converted(Of("1,2"));
+  std::size_t at = 0;
+  for (const char* spectrum :
+       {R"(index="0" id="function=1 process=0 scan=1")", R"(index="1" id="function=1 process=0 scan=2")",
+        R"(index="2" id="function=2 process=0 scan=1")", R"(index="3" id="function=1 process=0 scan=3")",
+        R"(index="4" id="function=2 process=0 scan=2")"}) {
+    at = output.find(spectrum, at);
+    ASSERT_NE(at, std::string::npos) << spectrum;
+  }
+}
+
+TEST_F(ConvertTest, SpectrumWithoutATimeIsTheLast) {
+  Scan(0, 0).minutes = std::numeric_limits<double>::quiet_NaN();
+  const std::string output = Converted(Of("1,2"));
+  const std::size_t last = output.find("index=\"4\" id=\"function=1 process=0 scan=1\"");
+  ASSERT_NE(last, std::string::npos);
+  EXPECT_EQ(output.find("scan start time", last), std::string::npos);
+}
+
+TEST_F(ConvertTest, EmptySpectrumHasEmptyArraysAndNoBasePeak) {
+  const std::string output = Converted(Of("1", "3"));
+  ExpectHas(output, "defaultArrayLength=\"0\"");
+  EXPECT_EQ(Count(output, "<binaryDataArray encodedLength=\"0\">"), 2U);
+  ExpectLacks(output, "base peak");
+  ExpectLacks(output, "observed m/z");
+  ExpectHas(output, "name=\"total ion current\" value=\"0\"");
+}
+
+TEST_F(ConvertTest, IntensityThatIsNoNumberIsNoBasePeak) {
+  Scan(0, 1).points = {{100, 101, 102}, {std::numeric_limits<double>::quiet_NaN(), 3, 2}};
+  ExpectHas(Converted(Of("1", "2")), "name=\"base peak m/z\" value=\"101\"");
+}
+
+TEST_F(ConvertTest, UnknownPolarityIsLeftOut) {
+  data_.functions[0].info.polarity = source::Polarity::kUnknown;
+  ExpectLacks(Converted(Of("1")), "tive scan");
+}
+
+// Each eighth of a minute from 0 on; 210 and 210.5 are 0x43520000 and 0x43528000; 0 and 3 are 0 and
+// 0x40400000.
+TEST_F(ConvertTest, AbsorbanceSpectraHaveTheNumberOfTheirFiles) {
+  const std::string output = Converted(Within("0.375-0.375"));
+  EXPECT_EQ(Count(output, "<spectrum "), 1U);
+  ExpectHas(output, R"(<spectrum index="0" id="function=3 process=0 scan=4" defaultArrayLength="2">
+<cvParam cvRef="MS" accession="MS:1000804" name="electromagnetic radiation spectrum"/>
+<cvParam cvRef="MS" accession="MS:1000128" name="profile spectrum"/>
+<cvParam cvRef="MS" accession="MS:1000619" name="lowest observed wavelength" value="210" unitCvRef="UO" unitAccession="UO:0000018" unitName="nanometer"/>
+<cvParam cvRef="MS" accession="MS:1000618" name="highest observed wavelength" value="210.5" unitCvRef="UO" unitAccession="UO:0000018" unitName="nanometer"/>
+)");
+  ExpectHas(output, "unitName=\"nanometer\"/>\n<binary>AABSQwCAUkM=<");
+  ExpectHas(output, "unitName=\"absorbance unit\"/>\n<binary>AAAAAAAAQEA=<");
+}
+
+// Bins 5 and 10 have points; equal masses stay in the order of the bins. 50, 100, 100, 150 are 0x42480000,
+// 0x42C80000 twice and 0x43160000; 1, 2, 3, 4 are 0x3F800000, 0x40000000, 0x40400000, 0x40800000; 5 and 10
+// are 0x40A00000 and 0x41200000.
+TEST_F(ConvertTest, DriftBinsAreAThirdArray) {
+  const std::string output = Converted(Of("5"));
+  ExpectHas(output, "defaultArrayLength=\"4\"");
+  ExpectHas(output, "<binary>AABIQgAAyEIAAMhCAAAWQw==<");
+  ExpectHas(output, "<binary>AACAPwAAAEAAAEBAAACAQA==<");
+  ExpectHas(output,
+            "name=\"non-standard data array\" value=\"drift bin\"/>\n<binary>AACgQAAAoEAAACBBAAAgQQ==<");
+}
+
+TEST_F(ConvertTest, MissingDriftBinsAreNoted) {
+  data_.functions[3].binCount = 0;
+  Text out;
+  const Result result = Convert(Of("1-"), out);
+  ASSERT_EQ(result.notes.size(), 1U);
+  EXPECT_EQ(result.notes[0].text,
+            "the drift bins of function 5 are left out: the library that reads them is missing");
+  ExpectHas(out.text, "id=\"function=5 process=0 scan=1\" defaultArrayLength=\"3\"");
+  Text rows;
+  EXPECT_TRUE(Convert(As(Format::kTsv, Of("5")), rows).notes.empty());
+}
+
+// The total ion current has a point for each mass spectrum, in their order; a name that says pressure and one
+// that says UV.
+TEST_F(ConvertTest, ChromatogramsOfRunAndTraces) {
+  const std::string output = Converted(Of("1,2"));
+  ExpectHas(output, "<chromatogramList count=\"3\" ");
+  ExpectHas(output, R"(<chromatogram index="0" id="TIC" defaultArrayLength="5">
+<cvParam cvRef="MS" accession="MS:1000235" name="total ion current chromatogram"/>
+)");
+  // 0.5, 1, 1.125, 1.5, 2: 0x3F000000, 0x3F800000, 0x3F900000, 0x3FC00000, 0x40000000
+  ExpectHas(output, "<binary>AAAAPwAAgD8AAJA/AADAPwAAAEA=<");
+  ExpectHas(output, R"(<chromatogram index="1" id="trace 1: Pressure" defaultArrayLength="2">
+<cvParam cvRef="MS" accession="MS:1003019" name="pressure chromatogram"/>
+)");
+  // The control character of the name is none that XML has.
+  ExpectHas(output,
+            "id=\"trace 2: UV\xEF\xBF\xBD[31m 254\" defaultArrayLength=\"2\">\n"
+            "<cvParam cvRef=\"MS\" accession=\"MS:1000812\" name=\"absorption chromatogram\"/>\n");
+}
+
+TEST_F(ConvertTest, TracesOfFunctionsAreThoseOfConvertedOnes) {
+  data_.functionTraces[0] = {{"Channel 1", {"", {0.5}, {7}}}, {"", {"", {}, {}}}};
+  data_.functionTraces[1] = {{"Channel 2", {"", {0.5}, {7}}}};
+  const std::string output = Converted(Of("1"));
+  ExpectHas(output, "id=\"function 1 trace 1: Channel 1\" defaultArrayLength=\"1\"");
+  ExpectHas(output, "id=\"function 1 trace 2\" defaultArrayLength=\"0\"");
+  ExpectLacks(output, "Channel 2");
+}
+
+// No file tells the second scan's.
+TEST_F(ConvertTest, TotalThatIsNotKnownIsLeftOut) {
+  data_.functions[0].totals = {4, std::numeric_limits<double>::quiet_NaN(), 6};
+  ExpectHas(Converted(Of("1")), "id=\"TIC\" defaultArrayLength=\"2\"");
+}
+
+TEST_F(ConvertTest, TimeRangeCutsTracesToo) {
+  Options options = Of("1");
+  options.selection.minutes = ParseTimeRange("-0.75");
+  const std::string output = Converted(options);
+  ExpectHas(output, "id=\"TIC\" defaultArrayLength=\"1\"");
+  ExpectHas(output, "id=\"trace 1: Pressure\" defaultArrayLength=\"1\"");
+}
+
+TEST_F(ConvertTest, MetadataAreParametersOfTheRun) {
+  const std::string output = Converted(Of("1"));
+  ExpectHas(output, "<run id=\"run_run\" ");
+  ExpectHas(output,
+            "<userParam name=\"Operator\" type=\"xsd:string\" value=\"Zo\xC3\xAB "
+            "&quot;Z&quot;&#13;&#10;next\xE2\x80\xA8line\"/>");
+  ExpectHas(output, "<userParam name=\"Mode\" type=\"xsd:string\" value=\"ES+\"/>");
+  ExpectHas(output, "<userParam name=\"Mode of function 2\" type=\"xsd:string\" value=\"ES-\"/>");
+  ExpectLacks(output, "Absent");
+  ExpectLacks(output, "Mode of function 4");
+  ExpectLacks(output, "all of it");  // the function's text
+}
+
+TEST_F(ConvertTest, SourceFilesHaveTheirChecksum) {
+  // printf 'valid and sound' | sha1sum
+  const std::string output = Converted(Of("1"));
+  ExpectHas(output, "name=\"Waters raw format\"/>\n");
+  ExpectHas(output, "value=\"153dc103289677f1a1af202eba15970f43425314\"");
+}
+
+TEST_F(ConvertTest, IndexStandsAtTheEnd) {
+  Options options = Of("1");
+  const std::string plain = Converted(options);
+  EXPECT_TRUE(plain.starts_with("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<mzML "));
+  EXPECT_TRUE(plain.ends_with("</run>\n</mzML>\n"));
+  options.isIndexed = true;
+  EXPECT_TRUE(Converted(options).ends_with("</fileChecksum>\n</indexedmzML>\n"));
+}
+
+// Two arrays of the spectrum, two of the total ion current, four of the traces: 0.1 is in one of them.
+TEST_F(ConvertTest, PrecisionIsChosenByArray) {
+  const auto bits = [&](const ArrayOptions& arrays) {
+    Options options = Of("1", "1");
+    options.arrays = arrays;
+    options.arrays.isCompressed = false;
+    const std::string output = Converted(options);
+    return std::to_string(Count(output, "64-bit")) + " of " + std::to_string(Count(output, "-bit float"));
+  };
+  EXPECT_EQ(bits({}), "1 of 8");
+  EXPECT_EQ(bits({.masses = Precision::kDouble}), "2 of 8");
+  EXPECT_EQ(bits({Precision::kDouble, Precision::kSingle, Precision::kDouble}), "4 of 8");
+}
+
+TEST_F(ConvertTest, Mgf) {
+  EXPECT_EQ(Converted(As(Format::kMgf, Of("1-3"))), R"(BEGIN IONS
+TITLE=function=2 process=0 scan=1 Product
+RTINSECONDS=67.5
+PEPMASS=445.12
+50.5 7
+END IONS
+
+BEGIN IONS
+TITLE=function=2 process=0 scan=2 Product
+RTINSECONDS=120
+50.5 7
+END IONS
+
+)");
+}
+
+TEST_F(ConvertTest, TitleOfMgfIsOneLine) {
+  data_.functions[1].info.name = "Pro\nduct\t\x7F";
+  ExpectHas(Converted(As(Format::kMgf, Of("2", "1"))), "scan=1 Pro duct  \nRTINSECONDS");
+}
+
+// A point that is no number is left out of MGF, which has no form for it.
+TEST_F(ConvertTest, Tsv) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  Scan(1, 1) = {.minutes = kNan,
+                .points = {{1e-7, 0.1, 1e15, 1.7976931348623157e308}, {kNan, kInfinity, -0.0, 5e-324}}};
+  EXPECT_EQ(Converted(As(Format::kTsv, Of("1,2"))),
+            "function\tscan\ttime\tm/z\tintensity\n"
+            "1\t1\t0.5\t100\t10\n"
+            "1\t1\t0.5\t200.5\t0.5\n"
+            "1\t1\t0.5\t300.0625\t1000000\n"
+            "1\t2\t1\t100.25\t5\n"
+            "2\t1\t1.125\t50.5\t7\n"
+            "2\t2\tnan\t1e-07\tnan\n"
+            "2\t2\tnan\t0.1\tinf\n"
+            "2\t2\tnan\t1e+15\t-0\n"
+            "2\t2\tnan\t1.7976931348623157e+308\t5e-324\n");
+  ExpectHas(Converted(As(Format::kMgf, Of("2", "2"))),
+            "Product\n1e+15 -0\n1.7976931348623157e+308 5e-324\nEND");
+}
+
+TEST_F(ConvertTest, SelectionIsByFunctionScanLevelAndTime) {
+  const auto rows = [&](Options options, const std::string& levels, const std::string& minutes) {
+    options.selection.msLevels = NumberSet::Parse(levels).value();
+    options.selection.minutes = ParseTimeRange(minutes);
+    return Count(Converted(As(Format::kTsv, options)), "\n") - 1;
+  };
+  EXPECT_EQ(rows(Of("1,2"), "1-", "0-"), 6U);
+  EXPECT_EQ(rows(Of("1,2", "2-"), "1-", "0-"), 2U);
+  EXPECT_EQ(rows(Of("1,2"), "2-", "0-"), 2U);
+  EXPECT_EQ(rows(Of("1,2"), "1-", "1-1.125"), 2U);
+}
+
+TEST_F(ConvertTest, LockMassCanBeLeftOut) {
+  data_.functions[1].info.isLockMass = true;
+  Options options = As(Format::kTsv, Of("1,2"));
+  options.selection.isLockMassExcluded = true;
+  EXPECT_EQ(Count(Converted(options), "\n2\t"), 0U);
+}
+
+// They have numbers of functions and scans, but no level.
+TEST_F(ConvertTest, AbsorbanceIsSelectedByItsNumber) {
+  Options options = Of("3", "4-5");
+  EXPECT_EQ(Count(Converted(options), "<spectrum "), 2U);
+  options.selection.msLevels = NumberSet::Parse("1-").value();
+  ExpectError(options, ErrorKind::kNothingSelected, "none of its scans is asked for");
+}
+
+TEST_F(ConvertTest, NothingSelected) {
+  ExpectError(Of("9"), ErrorKind::kNothingSelected, "none of its scans is asked for");
+  ExpectError(As(Format::kMgf, Of("1")), ErrorKind::kNothingSelected,
+              "none of its scans is an MS/MS scan that is asked for");
+}
+
+TEST_F(ConvertTest, WithoutScansThereIsNothingToBeAskedFor) {
+  data_.functions.clear();
+  EXPECT_EQ(Converted(As(Format::kTsv, Of("9"))), "function\tscan\ttime\tm/z\tintensity\n");
+  EXPECT_EQ(Converted(As(Format::kMgf, Of("1"))), "");
+  data_.absorbance.reset();
+  ExpectLacks(Converted(Of("9")), "<spectrum ");
+}
+
+// "p2" and "p2.2" go back to function 1 both.
+TEST_F(ConvertTest, ProcessedFunctionsHaveIdsOfTheirOwn) {
+  for (const int repeat : {1, 2}) {
+    FakeFunction processed = data_.functions[1];
+    processed.info.id = {.number = 1, .process = 2, .repeat = repeat};
+    data_.functions.push_back(processed);
+  }
+  const std::string output = Converted(Of("1,p2,p2.2", "1"));
+  ExpectHas(output, "id=\"function=1 process=0 scan=1\"");
+  ExpectHas(output, "id=\"function=1 process=2 scan=1\"");
+  ExpectHas(output, "id=\"function=1 process=65538 scan=1\"");
+  EXPECT_EQ(Count(output, "<spectrum "), 3U);
+  ExpectHas(output, "name=\"preset scan configuration\" value=\"1\"");
+  const std::string rows = Converted(As(Format::kTsv, Of("p2.2", "1")));
+  EXPECT_EQ(rows, "function\tscan\ttime\tm/z\tintensity\np2.2\t1\t1.125\t50.5\t7\n");
+}
+
+struct LossCase {
+  const char* name;
+  std::function<void(FakeData&)> lose;
+  Options options;
+  std::string refused;
+  std::string told;
+  std::string converted;  // a part of the output
+};
+
+TEST_F(ConvertTest, WhatIsLostIsRefusedOrCounted) {
+  const LossCase cases[] = {
+      {"scans", [](FakeData& data) { data.functions[0].scans[1].isUnreadable = true; }, Of("1"),
+       "cannot read scan 2 of function 1", "scans of function 1 that cannot be read: 1; the first is 2",
+       "id=\"function=1 process=0 scan=2\" defaultArrayLength=\"0\""},
+      {"points", [](FakeData& data) { data.functions[0].scans[1].lost = 3; }, Of("1"),
+       "cannot read all points of scan 2 of function 1",
+       "scans of function 1 that have lost points: 1; the first is 2",
+       "id=\"function=1 process=0 scan=2\" defaultArrayLength=\"1\""},
+      {"totals", [](FakeData& data) { data.functions[0].hasNoTotals = true; }, Of("1", "3"),
+       "cannot read the total ion current of scan 3 of function 1",
+       "total ion currents of function 1 that cannot be read: 1; the first is 3",
+       "id=\"TIC\" defaultArrayLength=\"0\""},
+      {"bins", [](FakeData& data) { data.functions[3].scans[0].isUnreadable = true; }, Of("5"),
+       "cannot read scan 1 of function 5", "scans of function 5 that cannot be read: 1; the first is 1",
+       "id=\"function=5 process=0 scan=1\" defaultArrayLength=\"0\""},
+      {"traces", [](FakeData& data) { data.traces[0].isUnreadable = true; }, Of("1"), "cannot read trace 1",
+       "traces that cannot be read: 1; the first is 1", "<chromatogramList count=\"2\""},
+      {"traces of functions",
+       [](FakeData& data) { data.functionTraces[1] = {{.name = "UV", .isUnreadable = true}}; }, Of("2"),
+       "cannot read trace 1 of function 2", "traces of function 2 that cannot be read: 1; the first is 1",
+       "<chromatogramList count=\"3\""},
+      {"absorbance", [](FakeData& data) { data.absorbance->scans[3].isUnreadable = true; },
+       Within("0.375-0.375"), "cannot read absorbance spectrum 4",
+       "absorbance spectra that cannot be read: 1; the first is 4",
+       "id=\"function=3 process=0 scan=4\" defaultArrayLength=\"0\""},
+      {"points of absorbance", [](FakeData& data) { data.absorbance->scans[3].lost = 1; },
+       Within("0.375-0.375"), "cannot read all points of absorbance spectrum 4",
+       "absorbance spectra that have lost points: 1; the first is 4",
+       "id=\"function=3 process=0 scan=4\" defaultArrayLength=\"2\""},
+  };
+  for (LossCase loss : cases) {
+    SCOPED_TRACE(loss.name);
+    data_ = KnownData();
+    loss.lose(data_);
+    ExpectError(loss.options, ErrorKind::kSourceDamaged, loss.refused);
+    loss.options.isLossAllowed = true;
+    Text out;
+    const Result result = Convert(loss.options, out);
+    ASSERT_EQ(result.losses.size(), 1U);
+    EXPECT_EQ(TextOf(result.losses[0]), loss.told);
+    EXPECT_TRUE(out.isFinished);
+    ExpectHas(out.text, loss.converted);
+  }
+}
+
+// The sample's own first, then by function; of each kind one line.
+TEST_F(ConvertTest, LossesAreCountedWhateverTheWorkers) {
+  for (FakeScan& scan : data_.functions[0].scans) scan.lost = 1;
+  Scan(3, 0).isUnreadable = true;
+  data_.traces[1].isUnreadable = true;
+  for (std::size_t scan = 1; scan < 25; ++scan) data_.absorbance->scans[scan].isUnreadable = true;
+  Options options = Within("0-");
+  options.isLossAllowed = true;
+  for (const int workers : {1, 3}) {
+    Text out;
+    const Result result = Convert(options, out, workers);
+    EXPECT_EQ(result.spectra, 31U);
+    EXPECT_EQ(Count(out.text, "<spectrum "), 31U);
+    std::vector<std::string> lines;
+    for (const Loss& loss : result.losses) lines.push_back(TextOf(loss));
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "traces that cannot be read: 1; the first is 2",
+                         "scans of function 1 that have lost points: 3; the first is 1",
+                         "absorbance spectra that cannot be read: 24; the first is 2",
+                         "scans of function 5 that cannot be read: 1; the first is 1",
+                     }));
+  }
+}
+
+TEST_F(ConvertTest, WorkersDoNotChangeTheFile) {
+  const std::string one = Converted(Within("0-"));
+  for (const int workers : {2, 3, 16}) EXPECT_EQ(Converted(Within("0-"), workers), one) << workers;
+}
+
+TEST_F(ConvertTest, ResultCounts) {
+  Text out;
+  const Result result = Convert(Of("1,2"), out);
+  EXPECT_EQ(result.spectra, 5U);
+  EXPECT_EQ(result.chromatograms, 3U);
+}
+
+TEST_F(ConvertTest, ProgressGoesUpToTheEnd) {
+  std::vector<std::uint64_t> seen;
+  const Hooks hooks = {{}, [&](std::uint64_t done, std::uint64_t all) {
+                         seen.push_back(done);
+                         EXPECT_EQ(all, 5U);
+                       }};
+  Text out;
+  Convert(Of("1,2"), out, 1, hooks);
+  EXPECT_EQ(seen, (std::vector<std::uint64_t>{1, 2, 3, 4, 5}));
+}
+
+// Asked before each spectrum at least.
+TEST_F(ConvertTest, CanBeCancelled) {
+  for (const int asked : {0, 3}) {
+    std::atomic<int> count = 0;
+    const Hooks hooks = {[&] { return count++ >= asked; }, {}};
+    Text out;
+    EXPECT_THROW(Convert(Of("1,2"), out, 2, hooks), Cancelled);
+    EXPECT_FALSE(out.isFinished);
+  }
+}
+
+TEST_F(ConvertTest, SourceThatChangesIsRefusedOrNoted) {
+  const Hooks hooks = {
+      {}, [&](std::uint64_t, std::uint64_t) { directory_.WriteText("_DATA.DAT", "more than before"); }};
+  ExpectError(Of("1"), ErrorKind::kSourceChanged, "_DATA.DAT has changed during the conversion", hooks);
+  directory_.WriteText("_DATA.DAT", "valid and sound");
+  Options options = Of("1");
+  options.isLossAllowed = true;
+  Text out;
+  const Result result = Convert(options, out, 1, hooks);
+  ASSERT_EQ(result.notes.size(), 1U);
+  EXPECT_EQ(result.notes[0].kind, Note::Kind::kSourceChanged);
+}
+
+// Points that are lost since the source was opened are a change of it, not damage.
+TEST_F(ConvertTest, ScanThatIsLostByAChangeIsNoDamage) {
+  Scan(0, 2).lost = 1;
+  const Hooks hooks = {{}, [&](std::uint64_t, std::uint64_t) { directory_.WriteText("_DATA.DAT", "less"); }};
+  ExpectError(Of("1"), ErrorKind::kSourceChanged, "_DATA.DAT has changed during the conversion", hooks);
+}
+
+TEST_F(ConvertTest, FileThatIsNoPartOfTheDataMayChange) {
+  directory_.WriteText("notes.txt", "of mine");
+  const Hooks hooks = {
+      {}, [&](std::uint64_t, std::uint64_t) { directory_.WriteText("notes.txt", "are changed"); }};
+  Text out;
+  EXPECT_TRUE(Convert(Of("1"), out, 1, hooks).notes.empty());
+}
+
+}  // namespace
+}  // namespace zrml::convert::test

@@ -1,0 +1,302 @@
+// zrml convert on sources that one edit has damaged: what is refused, and what is told.
+#include <algorithm>
+#include <fstream>
+
+#include "tests/zrml/sound_directory.h"
+#include "tests/zrml/vials.h"
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+class DamagedConversionTest : public ZrmlTest {
+ protected:
+  static std::string PathOf(const TempDirectory& directory) { return Argument(directory.Path()); }
+
+  ProcessResult Convert(const TempDirectory& directory, std::vector<std::string> more = {}) const {
+    more.insert(more.begin(), {"convert", PathOf(directory), "--stdout"});
+    return Run(more);
+  }
+
+  // Refused where traces are converted: in mzML alone.
+  void ExpectTracesLost(const TempDirectory& directory, const std::string& finding) const {
+    ExpectFailure(Convert(directory), 7,
+                  PathOf(directory) + " is damaged: " + finding + " (--damaged converts what there is)");
+    EXPECT_EQ(Convert(directory, {"--damaged"}).errors, "zrml: " + PathOf(directory) + ": " + finding + "\n");
+    EXPECT_EQ(Convert(directory, {"--format", "tsv"}).errors, "");
+  }
+};
+
+TEST_F(DamagedConversionTest, FunctionTableThatIsCut) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1);
+  ExpectFailure(
+      Convert(directory), 7,
+      PathOf(directory) +
+          " is damaged: _FUNCTNS.INF does not end with a whole record (--damaged converts what there is)");
+}
+
+TEST_F(DamagedConversionTest, ScansOfProcessedFunctions) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.history = {{.processNumber = 1, .derivedFrom = 0, .rawFunctionNumber = 2},
+                 {.processNumber = 2, .derivedFrom = 1, .rawFunctionNumber = 1}};
+  for (const int number : {1, 2}) {
+    for (const float minutes : {0.1F, 0.2F})
+      raw.processed[number].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}, {200, 9}}));
+  }
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_PROC002.DAT", 23);
+  EXPECT_EQ(Convert(directory, {"--function", "1-2,p1"}).status, 0);
+  EXPECT_EQ(Convert(directory, {"--function", "p2"}).status, 7);
+}
+
+// Data format 10 has no layout.
+TEST_F(DamagedConversionTest, ScansThatCannotBeRead) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.dataFormat = 10;
+  const TempDirectory directory = raw.Build();
+  const ProcessResult converted = Convert(directory, {"--threads", "3"});
+  EXPECT_EQ(converted.status, 7);
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
+                                  ": cannot read scan 1 of function 2 (--damaged converts what there is)\n");
+  const ProcessResult anyway = Convert(directory, {"--damaged"});
+  EXPECT_EQ(anyway.status, 0);
+  EXPECT_EQ(anyway.errors,
+            "zrml: " + PathOf(directory) + ": scans of function 2 that cannot be read: 2; the first is 1\n");
+  EXPECT_NE(anyway.output.find("id=\"function=2 process=0 scan=2\" defaultArrayLength=\"0\""),
+            std::string::npos);
+}
+
+// 6 bytes of the second of two scans.
+TEST_F(DamagedConversionTest, DataThatNoScanRefersTo) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Truncate("_FUNC002.IDX", 22);
+  const ProcessResult converted = Convert(directory, {"--format", "tsv"});
+  EXPECT_EQ(converted.status, 0);
+  EXPECT_EQ(converted.errors,
+            "zrml: " + PathOf(directory) + ": _FUNC002.DAT holds 6 bytes that no scan refers to\n");
+  directory.Truncate("_FUNC002.IDX", 0);
+  EXPECT_EQ(Convert(directory, {"--format", "tsv"}).status, 7);
+}
+
+TEST_F(DamagedConversionTest, TracesThatAreLost) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.analogNames = {"pressure", "flow"};
+  raw.analogs = {{.time = 1, .words = {8, 8}}};
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_ANALOGS.INF", 2 * 85 - 1);
+  ExpectTracesLost(directory, "_ANALOGS.INF does not end with a whole record, so there are no traces");
+  directory.Remove("_ANALOGS.INF");
+  ExpectTracesLost(directory, "_ANALOGS.INF is missing, so there are no analog traces");
+}
+
+TEST_F(DamagedConversionTest, LabelsThatCannotBeOpened) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.MakeDirectory("_EXTERN.INF");
+  EXPECT_EQ(Convert(directory, {"--format", "tsv"}).status, 7);
+}
+
+TEST_F(DamagedConversionTest, HeaderThatCannotBeOpened) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Remove("_HEADER.TXT");
+  directory.MakeDirectory("_HEADER.TXT");
+  ExpectFailure(Convert(directory, {"--damaged"}), 7,
+                PathOf(directory) + " is damaged: _HEADER.TXT cannot be opened");
+}
+
+struct Selected {
+  std::vector<std::string> options;
+  int status;
+};
+
+class DamageOutsideTest : public DamagedConversionTest {
+ protected:
+  void ExpectStatus(const TempDirectory& directory, const std::vector<Selected>& cases) const {
+    for (const Selected& selected : cases) {
+      std::vector<std::string> arguments = {"convert", PathOf(directory) + file_, "--stdout"};
+      arguments.insert(arguments.end(), selected.options.begin(), selected.options.end());
+      const ProcessResult result = Run(arguments);
+      EXPECT_EQ(result.status, selected.status) << testing::PrintToString(selected.options) << result.errors;
+      EXPECT_EQ(result.errors.empty(), selected.status == 0) << result.errors;
+    }
+  }
+
+  std::string file_;  // of the directory, with a slash
+};
+
+// Precursors of MS/MS scans stand in the statistics.
+TEST_F(DamagedConversionTest, LostStatisticsAreNotConvertedUnasked) {
+  using Damage = void (*)(const TempDirectory& directory);
+  const Damage damages[] = {
+      [](const TempDirectory& directory) { directory.Truncate("_FUNC001.STS", 7); },
+      [](const TempDirectory& directory) {
+        directory.Truncate("_FUNC001.STS", directory.Read("_FUNC001.STS").size() - 1);
+      },
+      [](const TempDirectory& directory) {
+        directory.Remove("_FUNC001.STS");
+        directory.MakeDirectory("_FUNC001.STS");
+      },
+  };
+  for (const Damage damage : damages) {
+    const TempDirectory directory = SoundDirectory().Build();
+    damage(directory);
+    EXPECT_EQ(Run({"convert", PathOf(directory), "--stdout", "--function", "1"}).status, 7);
+    EXPECT_EQ(Run({"convert", PathOf(directory), "--stdout", "--function", "2"}).status, 0);
+  }
+}
+
+TEST_F(DamagedConversionTest, LostDataAreNotConvertedUnasked) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Truncate("_FUNC001.DAT", 35);
+  const std::vector<std::string> arguments = {"convert", PathOf(directory), "--stdout", "--format", "tsv"};
+  ExpectFailure(Run(arguments), 7,
+                PathOf(directory) +
+                    " is damaged: _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3 (--damaged "
+                    "converts what there is)");
+  std::vector<std::string> anyway = arguments;
+  anyway.push_back("--damaged");
+  const ProcessResult converted = Run(anyway);
+  EXPECT_EQ(converted.status, 0);
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
+                                  ": _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3\n");
+}
+
+// Each leaves a directory that opens, with scans or functions less.
+TEST_F(DamagedConversionTest, LostScansAndFunctionsAreNotConvertedUnasked) {
+  using Damage = void (*)(const TempDirectory& directory);
+  const Damage damages[] = {
+      [](const TempDirectory& directory) { directory.Remove("_FUNC002.DAT"); },
+      [](const TempDirectory& directory) { directory.Remove("_FUNC002.IDX"); },
+      [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 43); },
+      [](const TempDirectory& directory) {
+        directory.Truncate("_FUNC001.IDX", 22);
+      },  // fewer than statistics
+      [](const TempDirectory& directory) { directory.WriteText("_FUNC003.DAT", "x"); },
+  };
+  for (const Damage damage : damages) {
+    const TempDirectory directory = SoundDirectory().Build();
+    const std::vector<std::string> arguments = {"convert", PathOf(directory), "--stdout", "--format", "tsv"};
+    EXPECT_EQ(Run(arguments).status, 0);
+    damage(directory);
+    EXPECT_EQ(Run(arguments).status, 7);
+    EXPECT_EQ(Run({"check", PathOf(directory)}).status, 7);
+  }
+}
+
+TEST_F(DamageOutsideTest, OfFunctionsThatAreNotAskedForIsNoHindrance) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.labels = {CreatorLine("4.1"), FunctionHeading(2, "REFERENCE")};  // a lock mass
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_FUNC002.DAT", 5);
+  ExpectStatus(directory, {{{}, 7},
+                           {{"--function", "1"}, 0},
+                           {{"--function", "2"}, 7},
+                           {{"--function", "1-"}, 7},
+                           {{"--exclude-lock-mass"}, 0},
+                           {{"--ms-level", "2"}, 2}});
+  file_ = "/_FUNC001.DAT";
+  ExpectStatus(directory, {{{}, 0}});
+  file_ = "/_FUNC002.DAT";  // its only function
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 2}, {{"--function", "2"}, 7}});
+}
+
+TEST_F(DamageOutsideTest, FunctionThatIsLostCountsForItsNumber) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Remove("_FUNC002.DAT");
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--function", "2"}, 7}});
+  const TempDirectory another = SoundDirectory().Build();
+  another.Remove("_FUNC001.DAT");
+  ExpectStatus(another, {{{"--function", "1"}, 7}});
+}
+
+TEST_F(DamageOutsideTest, AbsorbanceCountsByItsNumber) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.type = 12;
+  const TempDirectory directory = raw.Build();
+  ExpectStatus(directory, {{{}, 0}});
+  directory.Truncate("_FUNC002.DAT", 5);
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--format", "tsv"}, 0}});
+  directory.Remove("_FUNC002.DAT");
+  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--function", "1-"}, 7}});
+}
+
+TEST_F(DamagedConversionTest, LockMassesWithoutNamesAreToldOf) {
+  const TempDirectory directory = SoundDirectory().Build();
+  const ProcessResult result = Run({"convert", PathOf(directory), "--stdout", "--exclude-lock-mass"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "zrml: " + PathOf(directory) +
+                               ": _EXTERN.INF is missing, so no function is known to be a lock mass\n");
+}
+
+// Without the maker's library, as on the machine that runs this.
+TEST_F(DamagedConversionTest, DriftBinsThatAreLeftOutAreToldOf) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.WriteText("_FUNC001.CDT", "x");
+  const ProcessResult result = Run({"convert", PathOf(directory), "--stdout"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors,
+            "zrml: " + PathOf(directory) +
+                ": the drift bins of function 1 are left out: the library that reads them is missing\n");
+  EXPECT_EQ(Run({"convert", PathOf(directory), "--stdout", "--function", "2"}).errors, "");
+}
+
+TEST_F(DamagedConversionTest, SourceIsNotReplacedByWhatItBecomes) {
+  const TempDirectory directory = SoundDirectory().Build();
+  const std::string data = PathOf(directory) + "/_FUNC001.DAT";
+  const FileBytes before = directory.Read("_FUNC001.DAT");
+  ExpectFailure(Run({"convert", PathOf(directory), "-b", data, "--force"}), 2,
+                data + " is a part of the source");
+  EXPECT_EQ(directory.Read("_FUNC001.DAT"), before);
+  ExpectFailure(Run({"convert", PathOf(directory), "-b", PathOf(directory), "--force"}), 2,
+                PathOf(directory) + " is a folder; -o takes one, -b a file");
+}
+
+struct CutReport {
+  std::size_t size;
+  const char* finding;
+  int sample;        // that is refused, and no other
+  const char* name;  // of the sample in messages, behind the path
+};
+
+// In the last of three samples, or in a list of a spectrum of a function of the first.
+TEST_F(DamagedConversionTest, ReportThatIsCut) {
+  const std::string path = Make("vials.rpt", Vials());
+  const std::string whole = ReadBytes(folder_ / "vials.rpt");
+  const CutReport cuts[] = {
+      {whole.rfind('}'), "vials.rpt ends inside 1 block", 3, ", sample 3"},
+      {whole.rfind('{'), "vials.rpt ends where its last sample begins", 3, ", sample 3"},
+      {whole.find("100\t100"), "vials.rpt ends inside 4 blocks", 1, ""}};
+  for (const CutReport& cut : cuts) {
+    std::filesystem::resize_file(folder_ / "vials.rpt", cut.size);
+    std::vector<std::string> convert = {"convert", path, "--stdout", "--sample", std::to_string(cut.sample)};
+    ExpectFailure(Run(convert), 7,
+                  path + cut.name + " is damaged: " + cut.finding + " (--damaged converts what there is)");
+    convert.push_back("--damaged");
+    const ProcessResult converted = Run(convert);
+    EXPECT_EQ(converted.status, 0);
+    EXPECT_EQ(converted.errors, "zrml: " + path + cut.name + ": " + cut.finding + "\n");
+    EXPECT_EQ(Run({"convert", path, "--stdout", "--sample", "1"}).status, cut.sample == 1 ? 7 : 0);
+  }
+}
+
+// Functions without spectra and chromatograms are not listed, and every worker must see those that are left:
+// the spectrum of the last of three, whose middle one is empty.
+TEST_F(DamagedConversionTest, WorkersSeeTheSameFunctions) {
+  const auto function = [](const char* name, const ReportLines& content) {
+    return FunctionBlock(Keys({{"Description", name}}) + content);
+  };
+  const auto scan = [](double mass) {
+    return SpectrumBlock(Keys({{"Time", "1"}, {"BPI", "100"}, {"TIC", "7"}}), {{mass, 100}});
+  };
+  const ReportLines report = SampleBlock(function("empty", {}) + function("one", scan(111)) +
+                                         function("hollow", {}) + function("two", scan(222) + scan(333)));
+  const std::string path = Make("vials.rpt", report);
+  for (const char* threads : {"1", "2", "3", "8"}) {
+    ExpectOutput(
+        Run({"convert", path, "--stdout", "--format", "tsv", "--threads", threads}),
+        "function\tscan\ttime\tm/z\tintensity\n2\t1\t1\t111\t100\n4\t1\t1\t222\t100\n4\t2\t1\t333\t100\n");
+  }
+}
+
+}  // namespace
+}  // namespace zrml::test

@@ -1,0 +1,351 @@
+// zrml plugin with a source: what the interface wants otherwise is told row by row, and everything else that
+// is not as the source holds it is a fault.
+#include "tools/zrml/plugin_comparison.h"
+
+#include <cstdint>
+#include <fstream>
+
+#include "tests/support/built_file.h"
+#include "tests/zrml/sound_directory.h"
+#include "tests/zrml/vials.h"
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+using tool::kWantedDifferences;
+using tool::Wanted;
+
+class PluginComparisonTest : public ZrmlTest {
+ protected:
+  // The lines of the output that tell a wanted difference, or a fault.
+  static std::string LineOf(Wanted difference, long long count) {
+    const tool::WantedDifference& row = kWantedDifferences.at(static_cast<std::size_t>(difference));
+    return std::to_string(count) + "  " + std::string(row.slot) + " " + std::string(row.reason);
+  }
+
+  // With blanks between words, however wide the columns are.
+  static std::string Squeezed(const std::string& text) {
+    std::string squeezed;
+    for (const char c : text) {
+      const bool isTwoBlanks = c == ' ' && squeezed.ends_with(' ');
+      if (!isTwoBlanks) squeezed.push_back(c);
+    }
+    return squeezed;
+  }
+
+  // No faults, and among the differences these, each as often.
+  void ExpectWanted(const std::string& path,
+                    const std::vector<std::pair<Wanted, long long>>& differences) const {
+    const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), path});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    const std::string squeezed = Squeezed(result.output);
+    for (const auto& [difference, count] : differences) {
+      const std::string line = Squeezed(LineOf(difference, count));
+      EXPECT_NE(squeezed.find(" " + line + "\n"), std::string::npos) << line << "\n" << result.output;
+    }
+  }
+
+  static ReportLines Scan(const std::vector<std::pair<std::string, std::string>>& keys,
+                          const ReportPairs& points) {
+    return SpectrumBlock(Keys(keys), points);
+  }
+  static ReportLines ReportOf(const ReportLines& scans) {
+    return SampleBlock(FunctionBlock(Keys({{"Description", "survey"}, {"Type", "MS"}}) + scans));
+  }
+};
+
+TEST(WantedDifferences, EachHasItsRow) {
+  for (std::size_t i = 0; i < kWantedDifferences.size(); ++i) {
+    EXPECT_EQ(kWantedDifferences[i].difference, static_cast<Wanted>(i));
+    EXPECT_FALSE(kWantedDifferences[i].slot.empty());
+    EXPECT_FALSE(kWantedDifferences[i].reason.empty());
+  }
+}
+
+// Functions 6 and p1 are the fifth and the sixth of the list. Of ten spectra that can be read or refused,
+// eight are read, one with a precursor. Function 3, of the first level, has no scans. Of each function two
+// items have no value.
+TEST_F(PluginComparisonTest, SmallAcquisition) {
+  const std::string path = Make("run.raw");
+  ExpectWanted(path, {{Wanted::kListPosition, 2},
+                      {Wanted::kNoPrecursor, 6},
+                      {Wanted::kRefusedMassRange, 6},
+                      {Wanted::kAbsorbanceScan, 4},
+                      {Wanted::kPrecursorSearch, 1},
+                      {Wanted::kNoMetadataValue, 12},
+                      {Wanted::kFolderEnd, 6}});
+}
+
+// Then nothing is listed, and what is known of the sample alone has no function.
+TEST_F(PluginComparisonTest, FunctionsWithoutTheirFiles) {
+  const std::string path = Make("run.raw");
+  for (const char* const extension : {".DAT", ".IDX"}) {
+    std::vector<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_ / "run.raw")) {
+      const std::string name = entry.path().filename().string();
+      if ((name.starts_with("_FUNC") || name.starts_with("_PROC")) && name.ends_with(extension))
+        files.push_back(entry.path());
+    }
+    for (const std::filesystem::path& file : files) std::filesystem::remove(file);
+    ASSERT_FALSE(files.empty());
+    const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), path});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+  }
+}
+
+TEST_F(PluginComparisonTest, FunctionTableThatIsCut) {
+  const std::string path = Make("run.raw");
+  const std::filesystem::path table = folder_ / "run.raw" / "_FUNCTNS.INF";
+  std::filesystem::resize_file(table, std::filesystem::file_size(table) - 1);
+  ExpectWanted(path, {{Wanted::kRefusedTable, 1}});
+}
+
+TEST_F(PluginComparisonTest, FunctionWithoutItsDataFile) {
+  const std::string path = Make("run.raw");
+  std::filesystem::remove(folder_ / "run.raw" / "_FUNC002.DAT");
+  ExpectWanted(path, {{Wanted::kUnlistedFunction, 1}, {Wanted::kListPosition, 4}});
+}
+
+TEST_F(PluginComparisonTest, DriftBinsWithoutTheLibrary) {
+  const std::string path = Make("run.raw");
+  std::ofstream(folder_ / "run.raw" / "_FUNC006.CDT") << "";
+  ExpectWanted(path, {{Wanted::kLastDriftBin, 1}});
+}
+
+// Functions 3 and 5 share a name, which ends with their places 3 and 4 in the list.
+TEST_F(PluginComparisonTest, FunctionsOfOneName) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions[5].record.type = 0;
+  raw.labels.clear();
+  ExpectWanted(Make("run.raw", raw), {{Wanted::kSharedName, 1}});
+}
+
+TEST_F(PluginComparisonTest, ProcessedDataOfDriftBins) {
+  const std::string path = Make("run.raw");
+  std::ofstream(folder_ / "run.raw" / "_FUNC001.CDT") << "";
+  ExpectWanted(path, {{Wanted::kProcessedMobility, 1}, {Wanted::kLastDriftBin, 2}});
+}
+
+// The stand-in for the maker's library has four bins.
+TEST_F(PluginComparisonTest, DriftBinsWithTheLibrary) {
+  const std::filesystem::path program = folder_ / "program";
+  std::filesystem::create_directories(program);
+  for (const std::filesystem::path& file : {BuiltFile(ZRML_PROGRAM), BuiltFile(ZRML_PLUGIN),
+                                            BuiltFile(ZRML_STAND_INS) / "whole" / ZRML_MOBILITY_LIBRARY})
+    std::filesystem::copy_file(file, program / file.filename());
+  setup_.program = program / std::filesystem::path(ZRML_PROGRAM).filename();
+  RawDirectoryBuilder raw;
+  raw.functions = {SmallAcquisition().functions[0]};
+  const std::string path = Make("run.raw", raw);
+  std::ofstream(folder_ / "run.raw" / "_FUNC001.CDT") << "";
+  const std::string plugin = Argument(program / std::filesystem::path(ZRML_PLUGIN).filename());
+  const ProcessResult result = Run({"plugin", plugin, path});
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_NE(Run({"info", path, "--json"}).output.find("\"driftBins\": 4"), std::string::npos);
+}
+
+// The last two of 32769, each with a first and a last scan.
+TEST_F(PluginComparisonTest, NumbersBeyond16Bits) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].scans.assign(32769, ScanFrom<StoredPoint9>(0.5F, {{100, 1}}));
+  ExpectWanted(Make("run.raw", raw), {{Wanted::kScanNumber, 4}});
+}
+
+// Of data format 3, whose masses are the places of the points, the last point is gone; so is the second of a
+// pair of format 1 that has no intensity.
+TEST_F(PluginComparisonTest, PlacesWithoutPoints) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = 3;
+  raw.functions[0].scans = {ScanOf<StoredPoint3>(0.5F, {{.mantissa = 5}, {.mantissa = 6}, {.mantissa = 7}})};
+  const std::string path = Make("cut.raw", raw);
+  std::filesystem::resize_file(folder_ / "cut.raw" / "_FUNC001.DAT", 4);
+  ExpectWanted(path, {{Wanted::kLostPoints, 1}});
+  raw.functions[0].record.dataFormat = 1;
+  raw.functions[0].scans = {ScanOf<StoredPoint1>(
+      0.5F,
+      {{.mass = 100 * 1024, .mantissa = 5}, {.mass = 101 * 1024}, {.mass = 102 * 1024, .mantissa = 6}})};
+  ExpectWanted(Make("pairs.raw", raw), {{Wanted::kUnwrittenPoints, 1}});
+}
+
+// The first function has three spectra: one out of order, one in order, one without points; and a trace
+// without points. The second sample has analog functions alone, the third none.
+TEST_F(PluginComparisonTest, Report) {
+  const std::string path = Make("vials.rpt", Vials());
+  ExpectWanted(path, {{Wanted::kScanDimensions, 2},
+                      {Wanted::kReportOrder, 1},
+                      {Wanted::kRefusedSpectrum, 1},
+                      {Wanted::kRefusedTrace, 1},
+                      {Wanted::kGrowingTraces, 1},
+                      {Wanted::kNoScanValue, 2},
+                      {Wanted::kNoMetadata, 2}});
+}
+
+// The function has no polarity; its first spectrum no points, its second neither a time nor intensities. A
+// time is asked for as the start and the end of a spectrum and in the list of all.
+TEST_F(PluginComparisonTest, ReportThatTellsLittle) {
+  const ReportLines report =
+      ReportOf(Scan({{"Time", "1"}, {"BPI", "100"}, {"TIC", "7"}, {"Continuum", "FALSE"}}, {}) +
+               Scan({}, {{100, 50}}) + Scan({{"Time", "2"}, {"BPI", "100"}, {"TIC", "7"}}, {{100, 50}}));
+  const std::string path = Make("little.rpt", report);
+  ExpectWanted(path, {{Wanted::kPolarity, 2},
+                      {Wanted::kRefusedFirstSpectrum, 1},
+                      {Wanted::kAbsentScanTime, 2},
+                      {Wanted::kAbsentTime, 1},
+                      {Wanted::kAbsentTotal, 1},
+                      {Wanted::kAbsentBasePeak, 1}});
+}
+
+// The interface has no number for a type that nobody knows.
+TEST_F(PluginComparisonTest, ReportOfUnknownType) {
+  const ReportLines unknown = FunctionBlock(Keys({{"Type", "TOFX"}}) + Scan({{"Time", "1"}}, {{100, 50}}));
+  ExpectWanted(Make("unknown.rpt", SampleBlock(unknown)), {{Wanted::kUnknownKind, 1}});
+}
+
+class AlteredPluginTest : public PluginComparisonTest {
+ protected:
+  // The plug-in with one answer altered, named by its slot and perhaps a part of it.
+  void ExpectFault(const std::string& path, const std::string& alteration) const {
+    std::ofstream(path + ".altered") << alteration;
+    const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});
+    EXPECT_EQ(result.status, 7) << alteration << result.output;
+    const std::string slot = alteration.substr(0, alteration.find(' '));
+    const std::size_t faults = result.output.find("\nFaults\n  ");
+    ASSERT_NE(faults, std::string::npos) << alteration << result.output;
+    const bool isNamed = result.output.find("\n  " + slot + ": ", faults) != std::string::npos ||
+                         result.output.find("\n  " + slot + " of ", faults) != std::string::npos;
+    EXPECT_TRUE(isNamed) << alteration << result.output;
+    EXPECT_TRUE(result.errors.starts_with("zrml: " + Argument(ZRML_ALTERED_PLUGIN) + " does not give what " +
+                                          path + " holds: "))
+        << result.errors;
+  }
+};
+
+TEST_F(AlteredPluginTest, UnalteredHasNoFaults) {
+  for (const std::string& path : {Make("run.raw"), Make("vials.rpt", Vials())}) {
+    const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});
+    EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_EQ(result.errors, "");
+  }
+}
+
+TEST_F(AlteredPluginTest, EverySlotOfADirectory) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions.erase(raw.functions.begin() + 2, raw.functions.begin() + 4);  // which end some searches
+  raw.labels.clear();
+  const std::string path = Make("run.raw", raw);
+  for (const char* slot : {"GetProviderName",
+                           "GetProviderGuid",
+                           "GetFileFilter",
+                           "IsReportSource",
+                           "Open",
+                           "Close",
+                           "GetSampleCount",
+                           "GetFileSampleCount",
+                           "GetSampleName",
+                           "GetFunctionCount",
+                           "GetFunctionName",
+                           "GetFunctionKind",
+                           "GetMSMSScanType",
+                           "GetPolarity",
+                           "GetMSLevel",
+                           "GetDimensionCount",
+                           "IsCentroided",
+                           "HasMobility",
+                           "GetScanDimensionCount",
+                           "GetScanCount",
+                           "GetMobilityBinCount",
+                           "GetBasePeakChromatogram",
+                           "GetMassRangeBasePeakChromatogram",
+                           "GetTotalIonChromatogram",
+                           "GetMassRangeChromatogram",
+                           "GetRetentionTimes",
+                           "GetScanRetentionTime",
+                           "GetFunctionMassRange",
+                           "GetScanMassRange",
+                           "GetScanMobilityRange",
+                           "GetScanIntensityRange",
+                           "GetMobilityAxis",
+                           "GetTraceCount",
+                           "GetTraceName",
+                           "GetTrace",
+                           "GetFunctionTraceCount",
+                           "HasAbsorbanceData",
+                           "GetAbsorbanceScanCount",
+                           "GetAbsorbanceSpectrum points",
+                           "GetAbsorbanceSpectrum time",
+                           "GetAbsorbanceSpectrum scan",
+                           "GetMetadataValue",
+                           "GetMetadataKeys",
+                           "FindPrecursorScan"}) {
+    ExpectFault(path, slot);
+  }
+}
+
+TEST_F(AlteredPluginTest, EveryPartOfASpectrum) {
+  const std::string path = Make("run.raw");
+  for (const char* part :
+       {"success", "mass", "intensity", "more points", "fewer points", "start time", "end time", "first scan",
+        "last scan", "centroided", "level", "kind", "polarity", "precursor", "scan value", "title", "label",
+        "first drift bin", "last drift value"}) {
+    ExpectFault(path, "GetSpectrum " + std::string(part));
+  }
+}
+
+TEST_F(AlteredPluginTest, SlotsOfAReport) {
+  const std::string path = Make("vials.rpt", Vials());
+  for (const char* slot :
+       {"IsReportSource", "GetSampleCount", "GetSampleName", "GetFunctionCount", "GetScanDimensionCount",
+        "GetBasePeakChromatogram", "GetTotalIonChromatogram", "GetRetentionTimes", "GetScanMassRange",
+        "GetSpectrum success", "GetSpectrum intensity", "GetSpectrum fewer points", "GetTraceCount",
+        "GetTrace", "GetFunctionTraceName", "GetFunctionTrace", "GetMetadataValue"}) {
+    ExpectFault(path, slot);
+  }
+}
+
+TEST_F(AlteredPluginTest, DataFileOfADirectory) {
+  const std::string folder = Make("run.raw");
+  const std::string file = folder + "/_FUNC002.DAT";
+  EXPECT_EQ(Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), file}).status, 0);
+  std::ofstream(folder + ".altered") << "OpenFileInSet";
+  const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), file});
+  EXPECT_EQ(result.status, 7);
+  EXPECT_TRUE(
+      result.output.ends_with("\nFaults\n  OpenFileInSet: success: the plug-in gives false, not true\n"))
+      << result.output;
+}
+
+TEST_F(AlteredPluginTest, SourceThatNoProviderTakes) {
+  const std::string path = Make("run.raw");
+  std::ofstream(path + ".altered") << "CanOpen";
+  const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});
+  EXPECT_EQ(result.status, 7);
+  EXPECT_TRUE(
+      result.output.ends_with("\nFaults\n  ValidateSource: no provider of the plug-in takes the source\n"))
+      << result.output;
+}
+
+// Two provider names, and the names of the source's six functions; of more than 20 faults the number is told.
+TEST_F(AlteredPluginTest, FaultsAreToldOneByOneUpToABound) {
+  const std::string path = Make("run.raw");
+  std::ofstream(path + ".altered") << "GetFunctionName";
+  const ProcessResult few = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});
+  EXPECT_NE(few.output.find("\nFaults\n  GetFunctionName of sample 1, function 1: name: the plug-in gives "
+                            "\"TOF MS ES+x\", not \"TOF MS ES+\"\n"),
+            std::string::npos)
+      << few.output;
+  EXPECT_TRUE(few.errors.ends_with(" holds: 6 faults\n")) << few.errors;
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].scans.assign(25, ScanFrom<StoredPoint9>(0.5F, {{100, 1}}));
+  const std::string many = Make("many.raw", raw);
+  std::ofstream(many + ".altered") << "GetSpectrum title";
+  const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), many});
+  EXPECT_TRUE(result.output.ends_with("\n  and 5 more\n")) << result.output;
+  EXPECT_TRUE(result.errors.ends_with(" holds: 25 faults\n")) << result.errors;
+}
+
+}  // namespace
+}  // namespace zrml::test

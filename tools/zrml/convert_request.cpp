@@ -1,0 +1,213 @@
+#include "tools/zrml/convert_request.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <string_view>
+
+#include "convert/native_path.h"
+#include "convert/threads.h"
+#include "tools/zrml/command.h"
+#include "tools/zrml/failure.h"
+
+namespace zrml::tool {
+namespace {
+
+using convert::ArrayOptions;
+using convert::Precision;
+
+struct FormatName {
+  std::string_view name;
+  convert::Format format;
+  std::string_view extension;
+};
+
+constexpr std::array<FormatName, 3> kFormats = {{
+    {"mzml", convert::Format::kMzml, ".mzML"},
+    {"mgf", convert::Format::kMgf, ".mgf"},
+    {"tsv", convert::Format::kTsv, ".tsv"},
+}};
+
+struct ArrayName {
+  std::string_view name;
+  Precision ArrayOptions::*precision;
+};
+
+constexpr std::array<ArrayName, 3> kArrays = {{
+    {"mz", &ArrayOptions::masses},
+    {"intensity", &ArrayOptions::intensities},
+    {"time", &ArrayOptions::times},
+}};
+
+constexpr int kMostThreads = 256;
+constexpr int kMostThreadsUnasked = 8;
+
+[[noreturn]] void Refuse(const std::string& option, const std::string& text, const std::string& expected) {
+  throw CLI::ValidationError(option, "\"" + text + "\" is not " + expected);
+}
+
+void SetFormat(const std::string& text, ConvertRequest& request) {
+  for (const FormatName& entry : kFormats) {
+    if (entry.name != text) continue;
+    request.conversion.format = entry.format;
+    request.extension = entry.extension;
+    return;
+  }
+  Refuse("--format", text, "mzml, mgf or tsv");
+}
+
+void SetPrecision(const std::string& option, const std::string& name, Precision precision,
+                  ArrayOptions& arrays) {
+  for (const ArrayName& entry : kArrays) {
+    if (entry.name != name) continue;
+    Precision& chosen = arrays.*entry.precision;
+    if (chosen != Precision::kExact && chosen != precision)
+      throw CLI::ValidationError(option, name + " cannot have both 32 and 64 bits");
+    chosen = precision;
+    return;
+  }
+  Refuse(option, name, "mz, intensity or time");
+}
+
+// An option whose argument `parse` gives a value for, or none.
+template <class Value, class Parse>
+CLI::Option* AddParsed(CLI::App& options, const std::string& option, Value& value, Parse parse,
+                       const std::string& expected, const std::string& description) {
+  const auto store = [=, &value](const std::string& text) {
+    const auto parsed = parse(text);
+    if (!parsed) Refuse(option, text, expected);
+    value = *parsed;
+  };
+  return options.add_option_function<std::string>(option, store, description);
+}
+
+void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
+                  const std::string& description) {
+  AddParsed(options, option, numbers, convert::NumberSet::Parse, "a list of numbers such as 1,3-5",
+            description)
+      ->option_text("LIST");
+}
+
+void AddPrecision(CLI::App& options, const std::string& option, Precision precision, ArrayOptions& arrays,
+                  const std::string& description) {
+  const auto store = [=, &arrays](const std::vector<std::string>& names) {
+    for (const std::string& name : names) SetPrecision(option, name, precision, arrays);
+  };
+  options
+      .add_option_function<std::vector<std::string>>(option, store, description + ": mz, intensity or time")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->option_text("ARRAY,...");
+}
+
+void AddSourceOptions(CLI::App& options, ConvertRequest& request) {
+  options
+      .add_option("PATH", request.paths,
+                  "The data sources: raw directories, data files of them, report files")
+      ->option_text("REQUIRED ...")
+      ->required();
+  AddNumber(options, "--threads", request.threads,
+            "How many threads; by default as many as there are processors, at most 8", kMostThreads);
+}
+
+void AddTargetOptions(CLI::App& options, ConvertRequest& request) {
+  CLI::Option* const folder = options.add_option("-o,--output", request.folder,
+                                                 "The folder for the files; the current one by default");
+  folder->option_text("DIR")->check(IsNotEmpty());
+  CLI::Option* const file = options.add_option("-b,--file", request.file, "The file, for a single source");
+  file->option_text("FILE")->check(IsNotEmpty())->excludes(folder);
+  CLI::Option* const standard = options.add_flag("--stdout", request.isToStandardOutput,
+                                                 "To standard output; mzML is not indexed then");
+  standard->excludes(folder)->excludes(file)->option_text(" ");
+  options.add_flag("--force", request.isForced, "Replace files that exist");
+}
+
+void AddFormatOptions(CLI::App& options, ConvertRequest& request) {
+  options
+      .add_option_function<std::string>(
+          "--format", [&request](const std::string& text) { SetFormat(text, request); },
+          "mzml (default), mgf (MS/MS functions only) or tsv (a row for each point)")
+      ->option_text("FORMAT");
+  options.add_flag_callback(
+      "--no-index", [&request] { request.conversion.isIndexed = false; },
+      "Write mzML without index and checksum");
+  options.add_flag("--gzip", request.isGzipped, "Compress the file as a whole");
+}
+
+void AddArrayOptions(CLI::App& options, ArrayOptions& arrays) {
+  CLI::Option* const zlib = options.add_flag("-z,--zlib");
+  zlib->description("Compress mzML arrays (default)");
+  options
+      .add_flag_callback(
+          "--no-zlib", [&arrays] { arrays.isCompressed = false; }, "Do not compress mzML arrays")
+      ->excludes(zlib)
+      ->option_text(" ");
+  zlib->option_text(" ");
+  AddPrecision(options, "--32", Precision::kSingle, arrays, "Write such mzML arrays with 32 bits a number");
+  AddPrecision(options, "--64", Precision::kDouble, arrays, "Write such mzML arrays with 64 bits a number");
+}
+
+void AddSelectionOptions(CLI::App& options, ConvertRequest& request) {
+  convert::Selection& selection = request.conversion.selection;
+  AddNumberSet(options, "--scans", selection.scans, "Scans of each function, such as 10-20");
+  AddParsed(options, "--rt", selection.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
+            "Minutes to convert, such as 0.5-3")
+      ->option_text("LO-HI");
+  AddParsed(options, "--function", selection.functions, convert::FunctionSet::Parse,
+            "a list of functions such as 1,3-5,p2",
+            "Functions by the numbers of their files, such as 1,3-5; p2 is processed data")
+      ->option_text("LIST");
+  AddNumberSet(options, "--ms-level", selection.msLevels, "MS levels, such as 2-");
+  options.add_flag("--exclude-lock-mass", selection.isLockMassExcluded, "Leave reference functions out");
+  AddNumber(options, "--sample", request.sample, "The sample of a report, counted from 1; all by default");
+}
+
+void AddReportingOptions(CLI::App& options, ConvertRequest& request) {
+  options.add_flag("--damaged", request.conversion.isLossAllowed, "Also convert a source that has lost data");
+  CLI::Option* const quiet = options.add_flag("-q,--quiet", request.isQuiet, "Print errors only");
+  quiet->option_text(" ");
+  options.add_flag("-v,--verbose", request.isVerbose, "Say on standard error what each file holds")
+      ->excludes(quiet)
+      ->option_text(" ");
+}
+
+void RefuseFolderAsFile(const std::string& file) {
+  if (file.empty()) return;
+  std::error_code ignored;
+  const std::filesystem::path path = convert::NativePath(file);
+  const bool isFolder = !path.has_filename() || std::filesystem::is_directory(path, ignored);
+  if (isFolder) throw Failure(ExitStatus::kWrongUsage, file + " is a folder; -o takes one, -b a file");
+}
+
+void MakeFolder(const std::string& folder) {
+  std::error_code error;
+  std::error_code ignored;
+  const std::filesystem::path path = convert::NativePath(folder);
+  std::filesystem::create_directories(path, error);
+  if (error && !std::filesystem::is_directory(path, ignored)) {
+    throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error.message() + ")");
+  }
+}
+
+}  // namespace
+
+void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
+  request.extension = kFormats.front().extension;
+  AddSourceOptions(options, request);
+  AddTargetOptions(options, request);
+  AddFormatOptions(options, request);
+  AddArrayOptions(options, request.conversion.arrays);
+  AddSelectionOptions(options, request);
+  AddReportingOptions(options, request);
+}
+
+void Complete(ConvertRequest& request) {
+  if (request.paths.size() > 1 && (request.isToStandardOutput || !request.file.empty()))
+    throw Failure(ExitStatus::kWrongUsage, "several sources do not fit into one file");
+  if (request.threads == 0) request.threads = std::min(convert::ProcessorCount(), kMostThreadsUnasked);
+  if (request.isToStandardOutput) request.conversion.isIndexed = false;
+  RefuseFolderAsFile(request.file);
+  if (!request.folder.empty()) MakeFolder(request.folder);
+}
+
+}  // namespace zrml::tool

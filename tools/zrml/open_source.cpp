@@ -1,0 +1,91 @@
+#include "tools/zrml/open_source.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+#include "tools/zrml/host_system.h"
+
+namespace zrml::tool {
+namespace {
+
+using source::FunctionId;
+
+bool IsNext(const FunctionId& id, const FunctionId& before) {
+  return id.process == 0 && before.process == 0 && id.number == before.number + 1;
+}
+
+// "1 to 3, 5, p1".
+std::string ListOf(std::span<const source::Function> functions) {
+  std::string list;
+  for (std::size_t i = 0; i < functions.size();) {
+    std::size_t last = i;
+    while (last + 1 < functions.size() && IsNext(functions[last + 1].id, functions[last].id)) ++last;
+    if (!list.empty()) list += ", ";
+    list += TextOf(functions[i].id);
+    if (last > i) list += (last > i + 1 ? " to " : ", ") + TextOf(functions[last].id);
+    i = last + 1;
+  }
+  return list;
+}
+
+[[noreturn]] void RefuseFunction(const FunctionId& id, const std::string& owner,
+                                 std::span<const source::Function> functions) {
+  const std::string what = functions.empty()       ? "no functions"
+                           : functions.size() == 1 ? "only function " + ListOf(functions)
+                                                   : "functions " + ListOf(functions);
+  throw Failure(ExitStatus::kWrongUsage,
+                "there is no function " + TextOf(id) + ": " + owner + " has " + what);
+}
+
+}  // namespace
+
+std::unique_ptr<source::Source> OpenSource(const std::string& path) {
+  if (path.empty()) throw Failure(ExitStatus::kWrongUsage, "PATH is empty");
+  try {
+    return source::Source::Open(path);
+  } catch (const source::Error& error) {
+    throw FailureOf(error);
+  }
+}
+
+void RequireFiles(int count) {
+  std::string error;
+  if (CanOpenFiles(count, error)) return;
+  throw Failure(ExitStatus::kUnreadable,
+                "cannot have " + std::to_string(count) + " more files open (" + error + ")");
+}
+
+int PositionOf(int number, int count, const std::string& noun, const std::string& owner) {
+  if (number >= 1 && number <= count) return number - 1;
+  std::string message = "there is no " + noun + ' ' + std::to_string(number) + ": " + owner + " has ";
+  if (count < 1) {
+    message += "no " + noun + 's';
+  } else if (count == 1) {
+    message += "only " + noun + " 1";
+  } else {
+    message += noun + "s 1 to " + std::to_string(count);
+  }
+  throw Failure(ExitStatus::kWrongUsage, message);
+}
+
+int FindSample(source::Source& source, int sampleNumber) {
+  return PositionOf(sampleNumber, source.SampleCount(), "sample", "the source");
+}
+
+bool IsSameName(const FunctionId& a, const FunctionId& b) {
+  const bool isProcessed = a.process != 0;
+  return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
+}
+
+FunctionPosition FindFunction(source::Source& source, int sampleNumber, const FunctionId& id) {
+  const int sample = FindSample(source, sampleNumber);
+  const std::span<const source::Function> functions = source.Functions(sample);
+  const auto found = std::find_if(functions.begin(), functions.end(), [&](const source::Function& function) {
+    return IsSameName(function.id, id);
+  });
+  if (found == functions.end()) RefuseFunction(id, "sample " + std::to_string(sampleNumber), functions);
+  return {sample, static_cast<int>(found - functions.begin())};
+}
+
+}  // namespace zrml::tool

@@ -1,0 +1,43 @@
+// Opening the source that the user has named, and finding in it what the user has numbered.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "source/source.h"
+#include "tools/zrml/failure.h"
+
+namespace zrml::tool {
+
+/// Throws a Failure with the status and the message of what the source reports; wrong usage without a path.
+std::unique_ptr<source::Source> OpenSource(const std::string& path);
+
+/// What `read` gives of an open source. Throws a Failure, unreadable, that names the source.
+template <class Read>
+auto Reading(const source::Source& source, Read read) {
+  try {
+    return read();
+  } catch (const source::Error& error) {
+    throw Failure(ExitStatus::kUnreadable, error.Message() + " of " + source.Path());
+  }
+}
+
+/// Throws a Failure when the system would not let `count` more files be open at once.
+void RequireFiles(int count);
+
+/// The position of the thing that the user called `number`. Throws a Failure, wrong usage, unless it is one
+/// of 1 to `count`; `noun` and `owner` ("scan", "function 2") name it and what holds it.
+int PositionOf(int number, int count, const std::string& noun, const std::string& owner);
+
+/// Positions of a sample and of a function of it.
+struct FunctionPosition {
+  int sample = 0;
+  int function = 0;
+};
+int FindSample(source::Source& source, int sampleNumber);
+FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
+
+/// Whether two names mean one function: of processed data the number of the raw function does not count.
+bool IsSameName(const source::FunctionId& a, const source::FunctionId& b);
+
+}  // namespace zrml::tool

@@ -1,0 +1,141 @@
+#include "tools/zrml/plugin_verdicts.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "tools/zrml/format.h"
+
+namespace zrml::tool {
+
+const std::array<WantedDifference, static_cast<std::size_t>(Wanted::kCount)> kWantedDifferences = {{
+    {Wanted::kRefusedTable, "Open", "a directory whose function table is cut is refused"},
+    {Wanted::kListPosition, "GetFunctionCount", "functions go by their position in the list, not by number"},
+    {Wanted::kUnlistedFunction, "GetFunctionCount", "a function without its data file is not in the list"},
+    {Wanted::kSharedName, "GetFunctionName", "functions of one name end with their position in the list"},
+    {Wanted::kUnknownKind, "GetFunctionKind", "a report's function of unknown type is one of absorbance"},
+    {Wanted::kProcessedMobility, "HasMobility", "processed data have the mobility of what they were made of"},
+    {Wanted::kScanDimensions, "GetScanDimensionCount", "the dimensions of a report's scans are not known"},
+    {Wanted::kLastDriftBin, "GetSpectrum", "without the maker's library the last drift bin is 0"},
+    {Wanted::kScanNumber, "GetSpectrum", "scan numbers have 16 bits"},
+    {Wanted::kPolarity, "GetSpectrum", "a spectrum whose polarity is not known is positive"},
+    {Wanted::kNoPrecursor, "GetSpectrum", "no precursor is a precursor of m/z 0"},
+    {Wanted::kNoScanValue, "GetSpectrum", "no scan value is a scan value of 0"},
+    {Wanted::kLostPoints, "GetSpectrum", "points that the file lacks are zeros"},
+    {Wanted::kUnwrittenPoints, "GetSpectrum", "a place that no point of the file fills is 0"},
+    {Wanted::kReportOrder, "GetSpectrum", "points of a report keep their order"},
+    {Wanted::kRefusedSpectrum, "GetSpectrum", "a report's spectrum without points is refused"},
+    {Wanted::kRefusedFirstSpectrum, "IsCentroided",
+     "a function whose first spectrum is refused is continuum"},
+    {Wanted::kAbsentScanTime, "GetSpectrum", "a time that no file tells is 0"},
+    {Wanted::kAbsentTime, "GetRetentionTimes", "a time that no file tells is 0"},
+    {Wanted::kAbsentTotal, "GetTotalIonChromatogram", "a total that no file tells is 0"},
+    {Wanted::kAbsentBasePeak, "GetBasePeakChromatogram", "a base peak that no file tells is 0"},
+    {Wanted::kRefusedMassRange, "GetScanMassRange", "of raw data it is known with ion mobility only"},
+    {Wanted::kPrecursorSearch, "FindPrecursorScan", "a level without scans ends the search for precursors"},
+    {Wanted::kGrowingTraces, "GetTraceCount", "a sample without other functions counts its traces once more"},
+    {Wanted::kRefusedTrace, "GetTrace", "a report's trace without points is refused"},
+    {Wanted::kAbsorbanceScan, "GetAbsorbanceSpectrum", "scan numbers count from 0"},
+    {Wanted::kNoMetadata, "GetMetadataKeys", "a sample without functions has no items"},
+    {Wanted::kNoMetadataValue, "GetMetadataValue", "an item without a value is a text that tells nothing"},
+    {Wanted::kFolderEnd, "GetMetadataValue", "the folder of raw data ends with a backslash"},
+}};
+
+namespace {
+
+std::string Shown(bool value) { return value ? "true" : "false"; }
+std::string Shown(int value) { return std::to_string(value); }
+std::string Shown(double value) { return Number(value); }
+std::string Shown(const std::string& value) {
+  constexpr std::size_t kShown = 60;
+  const std::string_view first = FirstCharacters(value, kShown);
+  return '"' + VisibleText(first) + (first.size() < value.size() ? "...\"" : "\"");
+}
+
+template <class T>
+bool IsSame(const T& a, const T& b) {
+  return a == b;
+}
+bool IsSame(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
+}  // namespace
+
+std::string Place::Text() const {
+  std::string text;
+  const auto add = [&](const std::string& part) { text += (text.empty() ? " of " : ", ") + part; };
+  if (sample) add("sample " + std::to_string(*sample + 1));
+  if (!function.empty()) add("function " + function);
+  if (scan) add("scan " + std::to_string(*scan + 1));
+  if (trace) add("trace " + std::to_string(*trace + 1));
+  return text;
+}
+
+void Verdicts::AddFault(std::string_view slot, const std::string& text) {
+  if (result_.faultCount++ >= static_cast<long long>(PluginComparison::kMostFaults)) return;
+  result_.faults.push_back(std::string(slot) + place_.Text() + ": " + text);
+}
+
+template <class T>
+bool Verdicts::Judge(std::string_view slot, const char* what, const T& given, const T& expected) {
+  ++result_.answers;
+  if (IsSame(given, expected)) return true;
+  AddFault(slot, std::string(what) + ": the plug-in gives " + Shown(given) + ", not " + Shown(expected));
+  return false;
+}
+
+bool Verdicts::Check(std::string_view slot, const char* what, bool given, bool expected) {
+  return Judge(slot, what, given, expected);
+}
+bool Verdicts::Check(std::string_view slot, const char* what, int given, int expected) {
+  return Judge(slot, what, given, expected);
+}
+bool Verdicts::Check(std::string_view slot, const char* what, double given, double expected) {
+  return Judge(slot, what, given, expected);
+}
+bool Verdicts::Check(std::string_view slot, const char* what, const std::string& given,
+                     const std::string& expected) {
+  return Judge(slot, what, given, expected);
+}
+
+void Verdicts::CheckOptional(Wanted difference, const char* what, double given,
+                             const std::optional<double>& held) {
+  if (!held) Count(difference);
+  Check(kWantedDifferences[static_cast<std::size_t>(difference)].slot, what, given, held.value_or(0));
+}
+
+int Verdicts::Agreed(std::string_view slot, int given, int expected) {
+  Check(slot, "count", given, expected);
+  return std::max(std::min(given, expected), 0);
+}
+
+void Verdicts::CheckColumn(std::string_view slot, const char* what, std::span<const double> given,
+                           std::span<const double> expected) {
+  if (!Check(slot, "points", static_cast<int>(given.size()), static_cast<int>(expected.size()))) return;
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    place_.scan = static_cast<int>(i);
+    if (!Check(slot, what, given[i], expected[i])) break;
+  }
+  place_.scan.reset();
+}
+
+void Verdicts::ComparePoints(std::string_view slot, const Columns& given, const Columns& held,
+                             std::size_t declared, Wanted zeros) {
+  const auto textOf = [](const Columns& columns, std::size_t i) {
+    return i < columns.x.size() ? Number(columns.x[i]) + ", " + Number(columns.y[i]) : "no more";
+  };
+  ++result_.answers;
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < given.x.size() || next < held.x.size(); ++i) {
+    const bool isGiven = i < given.x.size();
+    const bool isNext = isGiven && next < held.x.size() && IsSame(given.x[i], held.x[next]) &&
+                        IsSame(given.y[i], held.y[next]);
+    const bool isZero = isGiven && given.y[i] == 0 && given.x.size() <= declared;
+    if (!isNext && !isZero) {
+      return AddFault(slot, "point " + std::to_string(i + 1) + ": the plug-in gives " + textOf(given, i) +
+                                ", not " + textOf(held, next));
+    }
+    if (isNext) ++next;
+  }
+  if (given.x.size() > next) Count(zeros);
+}
+
+}  // namespace zrml::tool

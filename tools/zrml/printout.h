@@ -1,0 +1,43 @@
+// What a command that prints points has to say: attributes, then columns of numbers. Text has "# key: value"
+// lines, a line of column names and a line per point, separated by tabs; JSON has the attributes as members
+// and each column as an array.
+#pragma once
+
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "tools/zrml/open_source.h"
+#include "tools/zrml/output.h"
+#include "tools/zrml/value.h"
+
+namespace zrml::tool {
+
+struct Attribute {
+  std::string_view key;
+  Value value;
+};
+
+struct Column {
+  std::string_view name;  // in the line of column names
+  std::string_view key;   // in JSON
+  std::span<const double> values;
+};
+
+struct Printout {
+  void Add(const std::vector<Attribute>& more) {
+    attributes.insert(attributes.end(), more.begin(), more.end());
+  }
+
+  std::vector<Attribute> attributes;
+  std::vector<Column> columns;  // of one length
+};
+
+/// The attributes that tell where the points are from: a function, or a sample as a whole.
+std::vector<Attribute> OriginOf(source::Source& source, const FunctionPosition& position);
+std::vector<Attribute> OriginOf(source::Source& source, int sample);
+
+void PrintText(const Printout& printout, Output& out);
+void PrintJson(const Printout& printout, Output& out);
+
+}  // namespace zrml::tool
