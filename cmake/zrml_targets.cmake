@@ -45,7 +45,7 @@ endif()
 # functions that a program may replace. Paths are relative, so that two clones share a compiler cache.
 function(zrml_join result)
   cmake_parse_arguments(JOIN "" "" "SOURCES;ALONE" ${ARGN})
-  if(NOT ZRML_JOIN)
+  if(NOT ZRML_JOIN OR NOT JOIN_SOURCES)
     set(${result} ${JOIN_SOURCES} ${JOIN_ALONE} PARENT_SCOPE)
     return()
   endif()

@@ -7,14 +7,14 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 install "${build_packages[@]}" "${clang_packages[@]}" clang-tidy
 # The fuzzers' build is of clang's own options, and joins files, which is quicker and shows more.
 quietly fuzz-configure cmake --preset fuzz
-rooms='common|spectrum|plugin|masslynx|openlynx|tools'
+rooms='common|spectrum|plugin|masslynx|openlynx|source|convert|tools'
 mapfile -t files < <(sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/fuzz/compile_commands.json |
   grep -E "^$PWD/(build/fuzz/)?($rooms)/" | grep -e "${1:-}")
 [ ${#files[@]} -gt 0 ] || { echo "no file has ${1:-}" >&2; exit 1; }
 headers=$({
   clang-tidy --version
   cat .clang-tidy
-  find common spectrum plugin masslynx openlynx tools -name '*.h' -o -name '*.inc' | sort | xargs sha256sum
+  find common spectrum plugin masslynx openlynx source convert tools -name '*.h' -o -name '*.inc' | sort | xargs sha256sum
 } | sha256sum)
 export headers
 mkdir -p build/lint

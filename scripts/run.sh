@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh [PATH]: installs what is missing, builds, and shows an acquisition or a report through the plug-in: the one at PATH,
-# or a sample of either.
+# run.sh [PATH]: installs what is missing, builds, shows an acquisition or a report and proves the plug-in on it: the one at
+# PATH, or a sample of either.
 path=${1:+$(realpath -m -- "$1")}
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -15,6 +15,7 @@ show() {
 show_source() {
   show info "$1"
   show spectrum "$1" --function 1 --scan 1 | head -n 40
+  show plugin build/linux/ZRMLProvider-x64.so "$1"
 }
 
 if [ -n "$path" ]; then
