@@ -36,7 +36,7 @@ bool HasReportExtension(const platform::SystemPath& path) {
 
 bool BeginsLikeReport(const platform::File& file) {
   // Twice the buffers: CR LF is two bytes of the file and one of the buffer.
-  const std::string text = ReadTextBytes(file, 2 * kRecognisedLines * kLineBuffer);
+  const std::string text = ReadTextBytes(file, std::uint64_t{2} * kRecognisedLines * kLineBuffer);
   ByteLineReader reader(text, kLineBuffer);
   std::string_view line;
   for (int i = 0; i < kRecognisedLines && reader.Next(line); ++i) {

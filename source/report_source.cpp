@@ -290,7 +290,7 @@ std::vector<Trace> ReportSource::NamesOf(std::span<const std::uint64_t> chromato
   const auto names = Reading([&] { return report_.TextsOf(chromatograms, kDescriptionKey); });
   std::vector<Trace> traces;
   for (const std::wstring& name : names) {
-    Trace& trace = traces.emplace_back(CountOf(traces.size()) + 1, Utf8(name));
+    Trace& trace = traces.emplace_back(Trace{CountOf(traces.size()) + 1, Utf8(name)});
     if (trace.name.empty()) trace.name = noun + (" " + std::to_string(trace.number));
   }
   return traces;

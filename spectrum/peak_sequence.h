@@ -11,7 +11,7 @@ namespace zrml {
 ///
 /// Neighbours make up blocks, these make up larger ones, and so on; each block has a bound that none of its
 /// masses exceeds, so that a search passes over many peaks at once, whether or not masses ascend.
-class PeakSequence {
+class PeakSequence {  // NOLINT(bugprone-reserved-identifier): the compiler copies arrays by such a name
  public:
   using Index = std::uint32_t;
   static constexpr Index kNone = 0xFFFFFFFF;
