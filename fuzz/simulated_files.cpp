@@ -59,7 +59,11 @@ File& File::operator=(File&& other) noexcept {
 SystemPath ToSystemPath(const std::wstring& path) { return path; }
 File File::Open(const std::wstring& path) { return OpenSystemPath(path); }
 #else
-SystemPath ToSystemPath(const std::wstring& path) { return ToNativePath(path); }
+SystemPath ToSystemPath(const std::wstring& path) {
+  SystemPath native = ToNativePath(path);
+  std::replace(native.begin(), native.end(), '\\', '/');
+  return native;
+}
 File File::Open(const std::wstring& path) { return OpenSystemPath(ToSystemPath(path)); }
 #endif
 
