@@ -95,7 +95,7 @@ void AppendSummary(std::string& out, const Spectrum& spectrum) {
   std::size_t basePeak = spectrum.intensities.size();
   for (std::size_t i = 0; i < spectrum.intensities.size(); ++i) {
     sum += spectrum.intensities[i];
-    if (!(spectrum.intensities[i] > largest)) continue;  // also what is no number
+    if (!(spectrum.intensities[i] > largest)) continue;  // NaN, too
     largest = spectrum.intensities[i];
     basePeak = i;
   }

@@ -47,7 +47,7 @@ class MgfRenderer : public Renderer {
     text += "\n";
   }
 
-  // The format has no form for what is no number.
+  // The format has no form for NaN and infinity.
   void AppendPoints(const Spectrum& spectrum) {
     for (std::size_t i = 0; i < spectrum.positions.size(); ++i) {
       if (!std::isfinite(spectrum.positions[i]) || !std::isfinite(spectrum.intensities[i])) continue;
