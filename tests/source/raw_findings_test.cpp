@@ -6,25 +6,14 @@
 #include <gtest/gtest.h>
 
 #include "masslynx/raw_directory.h"
-#include "tests/support/raw_directory_builder.h"
+#include "tests/support/sound_directory.h"
 
 namespace zrml::masslynx {
 namespace {
 
 using Edit = void (*)(const TempDirectory& directory);
 
-// Two functions of data format 9, 6 bytes a point: 3 scans of 2 points and 2 scans of 1 point. The first has
-// statistics.
-RawDirectoryBuilder Sound() {
-  RawDirectoryBuilder raw;
-  raw.functions.resize(2);
-  raw.functions[0].statistics = StatisticsLayout();
-  for (const float minutes : {0.1F, 0.2F, 0.3F})
-    raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}, {200, 9}}));
-  for (const float minutes : {0.1F, 0.2F})
-    raw.functions[1].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{300, 1}}));
-  return raw;
-}
+using test::SoundDirectory;
 
 std::vector<Finding> Collect(const TempDirectory& directory) {
   Findings findings;
@@ -49,7 +38,7 @@ void ExpectLines(const RawDirectoryBuilder& raw, const Lines& lines, Edit edit) 
 }
 
 TEST(RawFindings, LowerCaseNamesAreTheSameFiles) {
-  RawDirectoryBuilder raw = Sound();
+  RawDirectoryBuilder raw = SoundDirectory();
   raw.spelling = Spelling::kLowerCase;
   ExpectLines(raw, {"data-cut: _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3"},
               [](const TempDirectory& directory) { directory.Truncate("_func001.dat", 35); });
@@ -57,7 +46,7 @@ TEST(RawFindings, LowerCaseNamesAreTheSameFiles) {
 
 // The points end at byte 36.
 TEST(RawFindings, DataThatEndTooEarly) {
-  const TempDirectory directory = Sound().Build();
+  const TempDirectory directory = SoundDirectory().Build();
   directory.Truncate("_FUNC001.DAT", 12);
   const std::vector<Finding> findings = Collect(directory);
   ASSERT_EQ(findings.size(), 1u);
@@ -71,7 +60,7 @@ TEST(RawFindings, DataThatEndTooEarly) {
 
 // An offset of 0 in a later record stands for the end of the scan before it.
 TEST(RawFindings, OffsetsLeftOutAreWorkedOut) {
-  const TempDirectory directory = Sound().Build();
+  const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
     PatchU32(bytes, 22, 0);
     PatchU32(bytes, 44, 0);
@@ -99,7 +88,7 @@ TEST(RawFindings, OffsetsLeftOutHave64Bits) {
 
 // Points of such a function are elsewhere.
 TEST(RawFindings, DataOfAMobilityFunctionMayEndAnywhere) {
-  const TempDirectory directory = Sound().Build();
+  const TempDirectory directory = SoundDirectory().Build();
   directory.Truncate("_FUNC001.DAT", 35);
   EXPECT_EQ(LinesOf(directory).size(), 1u);
   directory.WriteText("_FUNC001.CDT", "x");
@@ -107,16 +96,17 @@ TEST(RawFindings, DataOfAMobilityFunctionMayEndAnywhere) {
 }
 
 TEST(RawFindings, DriftBinsThatCannotBeOpened) {
-  ExpectLines(Sound(), {"file-unreadable: _FUNC001.CDT cannot be opened, so the function has no drift bins"},
+  ExpectLines(SoundDirectory(),
+              {"file-unreadable: _FUNC001.CDT cannot be opened, so the function has no drift bins"},
               [](const TempDirectory& directory) { directory.MakeDirectory("_FUNC001.CDT"); });
 }
 
 TEST(RawFindings, MissingFilesOfAFunction) {
-  ExpectLines(Sound(), {"index-missing: _FUNC002.IDX is missing, so the function has no scans"},
+  ExpectLines(SoundDirectory(), {"index-missing: _FUNC002.IDX is missing, so the function has no scans"},
               [](const TempDirectory& directory) { directory.Remove("_FUNC002.IDX"); });
-  ExpectLines(Sound(), {"data-missing: _FUNC002.DAT is missing, so its scans have no points"},
+  ExpectLines(SoundDirectory(), {"data-missing: _FUNC002.DAT is missing, so its scans have no points"},
               [](const TempDirectory& directory) { directory.Remove("_FUNC002.DAT"); });
-  ExpectLines(Sound(), {"data-missing: _FUNC002.DAT is missing, so the function is not listed"},
+  ExpectLines(SoundDirectory(), {"data-missing: _FUNC002.DAT is missing, so the function is not listed"},
               [](const TempDirectory& directory) {
                 directory.Remove("_FUNC002.DAT");
                 directory.Remove("_FUNC002.IDX");
@@ -124,7 +114,7 @@ TEST(RawFindings, MissingFilesOfAFunction) {
 }
 
 TEST(RawFindings, AbsorbanceFunctionWithoutData) {
-  RawDirectoryBuilder raw = Sound();
+  RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].record.type = 12;
   ExpectLines(raw, {"data-missing: _FUNC002.DAT is missing, so there are no absorbance spectra"},
               [](const TempDirectory& directory) { directory.Remove("_FUNC002.DAT"); });
@@ -133,7 +123,7 @@ TEST(RawFindings, AbsorbanceFunctionWithoutData) {
 // Not even for the superuser, who may read any file.
 TEST(RawFindings, FilesThatCannotBeOpened) {
   const auto inTheWay = [](const char* name, const std::string& problem) {
-    const TempDirectory directory = Sound().Build();
+    const TempDirectory directory = SoundDirectory().Build();
     EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
     if (std::filesystem::exists(directory.Path() / name)) directory.Remove(name);
     directory.MakeDirectory(name);
@@ -147,14 +137,14 @@ TEST(RawFindings, FilesThatCannotBeOpened) {
 }
 
 TEST(RawFindings, IndexThatIsNoWholeNumberOfRecords) {
-  ExpectLines(Sound(),
+  ExpectLines(SoundDirectory(),
               {"index-cut: _FUNC002.IDX does not end with a whole record, so the function has no scans"},
               [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 43); });
 }
 
 // 44 bytes are no whole number of 30-byte records, so the reader has no other way to read it.
 TEST(RawFindings, OffsetsThatGoBackwardsInShortRecordsLeaveNoScans) {
-  ExpectLines(Sound(),
+  ExpectLines(SoundDirectory(),
               {"index-cut: _FUNC002.IDX has offsets that go backwards, so the function has no scans"},
               [](const TempDirectory& directory) {
                 directory.Edit("_FUNC002.IDX", [](FileBytes& bytes) { PatchU32(bytes, 0, 7); });
@@ -163,7 +153,7 @@ TEST(RawFindings, OffsetsThatGoBackwardsInShortRecordsLeaveNoScans) {
 
 // 15 records of 22 bytes, or 11 of 30; in neither size do they ascend.
 TEST(RawFindings, OffsetsThatGoBackwardsInBothSizes) {
-  RawDirectoryBuilder raw = Sound();
+  RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].indexRecordSize = scan_index_format::kLongRecordSize;
   raw.functions[1].scans.assign(11, ScanFrom<StoredPoint9>(0.5F, {{300, 1}}));
   ExpectLines(raw, {"index-disordered: _FUNC002.IDX has offsets that go backwards"},
@@ -175,7 +165,7 @@ TEST(RawFindings, OffsetsThatGoBackwardsInBothSizes) {
 
 // Scans of 12 bytes at 0, 12 and 24.
 TEST(RawFindings, ScansThatOverlap) {
-  ExpectLines(Sound(),
+  ExpectLines(SoundDirectory(),
               {"scans-overlap: _FUNC001.IDX has scans that begin inside an earlier one: 1 of 3; the first is "
                "scan 2"},
               [](const TempDirectory& directory) {
@@ -184,14 +174,14 @@ TEST(RawFindings, ScansThatOverlap) {
 }
 
 TEST(RawFindings, DataThatNoScanRefersTo) {
-  ExpectLines(Sound(), {"data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"},
+  ExpectLines(SoundDirectory(), {"data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"},
               [](const TempDirectory& directory) {
                 directory.Edit("_FUNC001.IDX",
                                [](FileBytes& bytes) { std::fill_n(bytes.begin() + 22, 22, std::byte{0}); });
               });
-  ExpectLines(Sound(), {"data-unreferenced: _FUNC002.DAT holds 6 bytes that no scan refers to"},
+  ExpectLines(SoundDirectory(), {"data-unreferenced: _FUNC002.DAT holds 6 bytes that no scan refers to"},
               [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 22); });
-  ExpectLines(Sound(), {"index-empty: _FUNC002.DAT holds 12 bytes, but the index is empty"},
+  ExpectLines(SoundDirectory(), {"index-empty: _FUNC002.DAT holds 12 bytes, but the index is empty"},
               [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 0); });
 }
 
@@ -211,7 +201,7 @@ TEST(RawFindings, Statistics) {
   const auto cutBy = [](const TempDirectory& directory, std::size_t bytes) {
     directory.Truncate("_FUNC001.STS", directory.Read("_FUNC001.STS").size() - bytes);
   };
-  const TempDirectory directory = Sound().Build();
+  const TempDirectory directory = SoundDirectory().Build();
   const FileBytes whole = directory.Read("_FUNC001.STS");
   const auto recordSize =
       std::to_integer<std::size_t>(whole[4]) + 256 * std::to_integer<std::size_t>(whole[5]);
@@ -228,7 +218,7 @@ TEST(RawFindings, Statistics) {
 }
 
 TEST(RawFindings, FunctionTableThatIsCut) {
-  ExpectLines(Sound(),
+  ExpectLines(SoundDirectory(),
               {"function-table-cut: _FUNCTNS.INF does not end with a whole record",
                "file-unowned: _FUNC002.DAT belongs to no function"},
               [](const TempDirectory& directory) { directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1); });
@@ -236,7 +226,7 @@ TEST(RawFindings, FunctionTableThatIsCut) {
 
 TEST(RawFindings, FilesOfNoFunction) {
   ExpectLines(
-      Sound(),
+      SoundDirectory(),
       {"file-unowned: _FUNC003.DAT belongs to no function",
        "file-unowned: _FUNC009.CDT belongs to no function",
        "file-unowned: _PROC001.IDX belongs to no function"},
@@ -249,7 +239,7 @@ TEST(RawFindings, FilesOfNoFunction) {
 
 // An acquisition that was stopped before this function.
 TEST(RawFindings, FunctionThatWasNeverAcquiredIsSound) {
-  const TempDirectory directory = Sound().Build();
+  const TempDirectory directory = SoundDirectory().Build();
   for (const char* const name : {"_FUNC002.DAT", "_FUNC002.IDX", "_FUNC002.STS"})
     directory.WriteText(name, "");
   EXPECT_EQ(LinesOf(directory), Lines());
@@ -258,7 +248,7 @@ TEST(RawFindings, FunctionThatWasNeverAcquiredIsSound) {
 // --- History.
 
 RawDirectoryBuilder Processed(std::uint16_t rawFunctionNumber = 2) {
-  RawDirectoryBuilder raw = Sound();
+  RawDirectoryBuilder raw = SoundDirectory();
   raw.history = {{.processNumber = 1, .rawFunctionNumber = rawFunctionNumber}};
   raw.processed[1].scans = {ScanFrom<StoredPoint9>(0.1F, {{100, 7}, {200, 9}})};
   return raw;
@@ -321,14 +311,14 @@ TEST(RawFindings, HistoryThatIsCut) {
 // --- Traces.
 
 RawDirectoryBuilder WithAnalogs() {
-  RawDirectoryBuilder raw = Sound();
+  RawDirectoryBuilder raw = SoundDirectory();
   raw.analogNames = {"pressure", "flow"};
   raw.analogs = {{.time = 1, .words = {8, 8}}};
   return raw;
 }
 
 RawDirectoryBuilder WithChromatograms() {
-  RawDirectoryBuilder raw = Sound();
+  RawDirectoryBuilder raw = SoundDirectory();
   raw.chroms = {{"pressure", {{1, 2}}}, {"flow", {{1, 2}}}};
   return raw;
 }

@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tests/zrml/sound_directory.h"
+#include "tests/support/sound_directory.h"
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <fstream>
 
-#include "tests/zrml/sound_directory.h"
+#include "tests/support/sound_directory.h"
 #include "tests/zrml/vials.h"
 #include "tests/zrml/zrml_run.h"
 

@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "tests/support/built_file.h"
-#include "tests/zrml/sound_directory.h"
+#include "tests/support/sound_directory.h"
 #include "tests/zrml/vials.h"
 #include "tests/zrml/zrml_run.h"
 
