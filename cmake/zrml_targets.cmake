@@ -36,8 +36,10 @@ if(ZRML_SANITIZE)
   add_link_options(-fsanitize=${ZRML_SANITIZE})
 endif()
 
+# What fuzzers watch: which of its branches run.
+add_library(zrml_watched INTERFACE)
 if(ZRML_FUZZ)
-  add_compile_options(-fsanitize=fuzzer-no-link)
+  target_compile_options(zrml_watched INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # zrml_join(RESULT SOURCES... [ALONE sources...]): with ZRML_JOIN, files that include SOURCES, about eight each, in their place:
@@ -73,7 +75,7 @@ function(zrml_add_room name)
   cmake_parse_arguments(ROOM "" "" "SOURCES;ALONE;ROOMS" ${ARGN})
   zrml_join(sources SOURCES ${ROOM_SOURCES} ALONE ${ROOM_ALONE})
   add_library(zrml_${name} STATIC ${sources})
-  target_link_libraries(zrml_${name} PUBLIC zrml_build ${ROOM_ROOMS})
+  target_link_libraries(zrml_${name} PUBLIC zrml_build ${ROOM_ROOMS} PRIVATE zrml_watched)
 endfunction()
 
 # zrml_header_packages(TARGET DIR...): lets TARGET include header-only packages of the build machine (CLI, nlohmann)

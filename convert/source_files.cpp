@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kPiece = 1u << 17;  // stays in the processor's cache
+constexpr std::size_t kReadPiece = 1u << 17;  // stays in the processor's cache
 constexpr std::string_view kReportExtension = ".rpt";
 constexpr std::array<std::string_view, 2> kExtensions = {".raw", kReportExtension};
 
@@ -45,7 +45,7 @@ FileState ReadWhole(const fs::path& path, Checksums checksums, const Cancel& can
       platform::File::OpenSystemPath(path.native());  // a backslash may be in its name
   if (!file.IsOpen()) return FileState::kClosed;
   const std::uint64_t size = file.Size();
-  std::vector<std::byte> buffer(kPiece);
+  std::vector<std::byte> buffer(kReadPiece);
   Sha1 hash;
   for (std::uint64_t at = 0; at < size;) {
     ThrowIfCancelled(cancel);

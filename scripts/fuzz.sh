@@ -1,16 +1,17 @@
 #!/usr/bin/env bash
-# fuzz.sh [SECONDS [FUZZER...]]: builds the fuzzers and runs each for SECONDS (30), two at a time, from its seeds and what
+# fuzz.sh [SECONDS [FUZZER...]]: builds the fuzzers and runs each for SECONDS (15), two at a time, from its seeds and what
 # earlier runs have found. Failing inputs go to build/fuzz/failures.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-seconds=${1:-30}
+seconds=${1:-15}
 shift || true
 fuzzers=("$@")
 [ ${#fuzzers[@]} -gt 0 ] || fuzzers=(header_text host_types raw_directory report scan_data spectrum_container spectrum_sum)
 
 install "${build_packages[@]}" "${clang_packages[@]}"
-build fuzz
-quietly fuzz-seeds build/fuzz/fuzz/zrml_fuzz_seeds build/fuzz/seeds
+build linux-asan zrml_fuzzers
+programs=build/linux-asan/fuzz
+quietly fuzz-seeds "$programs/zrml_fuzz_seeds" build/fuzz/seeds
 mkdir -p build/fuzz/failures
 
 # A slow input counts as a failure: 20 seconds under sanitizers are more than one of a release build. Fuzzers write nothing
@@ -19,7 +20,7 @@ fuzz() {  # FUZZER
   local name=$1 log=build/fuzz/$1.log inputs=(build/fuzz/seeds/"$1")
   mkdir -p "build/fuzz/corpus/$name"
   [ ! -d "fuzz/regressions/$name" ] || inputs+=("fuzz/regressions/$name")
-  if ! "build/fuzz/fuzz/zrml_fuzz_$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -max_len=65536 \
+  if ! "$programs/zrml_fuzz_$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -max_len=65536 \
     -close_fd_mask=1 -dict="fuzz/dictionaries/$name.dict" -artifact_prefix="build/fuzz/failures/$name-" \
     "build/fuzz/corpus/$name" "${inputs[@]}" >"$log" 2>&1; then
     echo "$name failed:"
@@ -29,5 +30,5 @@ fuzz() {  # FUZZER
   echo "$name: $(grep -oE '^#[0-9]+.DONE +cov: [0-9]+' "$log" | tr -s '#\t ' ' ') of code, no failure"
 }
 export -f fuzz
-export seconds
+export programs seconds
 printf '%s\n' "${fuzzers[@]}" | xargs -P 2 -I NAME bash -c 'fuzz NAME'

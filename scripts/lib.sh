@@ -91,5 +91,5 @@ windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64 "${c
 reader_packages=(topp python3 python3-pymzml)  # independent readers of what we write
 
 # What was compiled once is taken from ccache, also in another clone.
-export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1
 export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime

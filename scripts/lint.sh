@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
-# lint.sh [PATTERN]: holds the files of the readers, the plug-in and the source, or those whose names have PATTERN, to .clang-tidy;
-# the converter and the tools are not held to it yet. Among the rest no function may call itself, directly or through others of its
-# file. A file that was right once is looked at again when it, a header or the rules have changed.
+# lint.sh [PATTERN]: holds the files of the product, or those whose names have PATTERN, to .clang-tidy. No function may call itself,
+# directly or through others of its file. A file that was right once is looked at again when it, a header or the rules have changed.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" "${clang_packages[@]}" clang-tidy
-# The fuzzers' build is of clang's own options, and joins files, which is quicker and shows more.
-quietly fuzz-configure cmake --preset fuzz
-rooms='common|spectrum|plugin|masslynx|openlynx|source'
-mapfile -t files < <(sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/fuzz/compile_commands.json |
-  grep -E "^$PWD/(build/fuzz/)?($rooms)/" | grep -e "${1:-}")
+# The sanitizers' build is of clang's own options, and joins files, which is quicker and shows more. Headers that it compiles
+# beforehand are left out: none need be there.
+quietly lint-configure cmake --preset linux-asan
+mkdir -p build/lint
+sed -E 's/-Xclang (-include-pch|-include) -Xclang [^ ]+//g' build/linux-asan/compile_commands.json >build/lint/compile_commands.json
+rooms='common|spectrum|plugin|masslynx|openlynx|source|convert|tools'
+mapfile -t files < <(sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json |
+  grep -E "^$PWD/(build/linux-asan/)?($rooms)/" | grep -v '/cmake_pch' | grep -e "${1:-}")
 [ ${#files[@]} -gt 0 ] || { echo "no file has ${1:-}" >&2; exit 1; }
 headers=$({
   clang-tidy --version
@@ -17,14 +19,13 @@ headers=$({
   find common spectrum plugin masslynx openlynx source convert tools -name '*.h' -o -name '*.inc' | sort | xargs sha256sum
 } | sha256sum)
 export headers
-mkdir -p build/lint
 
 lint() {  # FILE
   local sources right
   mapfile -t sources < <(sed -n 's/^#include "\(.*\.cpp\)"$/\1/p' "$1")
   right=build/lint/$(cat "$1" "${sources[@]}" - <<<"$headers" | sha256sum | cut -c1-64)
   [ ! -e "$right" ] || return 0
-  clang-tidy --quiet -p build/fuzz "$1" 2>/dev/null && : >"$right"
+  clang-tidy --quiet -p build/lint "$1" 2>/dev/null && : >"$right"
 }
 export -f lint
 lint_all() { printf '%s\n' "${files[@]}" | xargs -P "$(nproc)" -I FILE bash -c 'lint "$1"' - FILE; }

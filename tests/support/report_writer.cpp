@@ -1,16 +1,9 @@
 #include "tests/support/report_writer.h"
 
-#include <array>
-#include <charconv>
+#include "tests/support/text_writer.h"
 
 namespace zrml {
 namespace {
-
-std::string Shortest(double value) {
-  std::array<char, 32> text;
-  const std::to_chars_result end = std::to_chars(text.data(), text.data() + text.size(), value);
-  return {text.data(), end.ptr};
-}
 
 ReportLines DataList(std::string_view marker, const ReportPairs& points) {
   ReportLines list;

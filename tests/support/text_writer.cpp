@@ -4,15 +4,12 @@
 #include <charconv>
 
 namespace zrml {
-namespace {
 
 std::string Shortest(double value) {
   std::array<char, 32> text;
   const std::to_chars_result end = std::to_chars(text.data(), text.data() + text.size(), value);
   return {text.data(), end.ptr};
 }
-
-}  // namespace
 
 FileBytes WriteLines(const std::vector<std::string>& lines, LineEnd lineEnd, LastLine lastLine) {
   const std::string_view end = lineEnd == LineEnd::kLf ? "\n" : "\r\n";

@@ -16,6 +16,9 @@ enum class LastLine { kEnded, kUnended };
 FileBytes WriteLines(const std::vector<std::string>& lines, LineEnd lineEnd = LineEnd::kCrLf,
                      LastLine lastLine = LastLine::kEnded);
 
+/// The shortest text that reads as the same number.
+std::string Shortest(double value);
+
 /// "$$ Key: value".
 std::string HeaderLine(std::string_view key, std::string_view value);
 

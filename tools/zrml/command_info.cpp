@@ -20,11 +20,6 @@ bool IsReport(const source::Source& source) { return source.GetFormat() == sourc
 
 // JSON
 
-template <class T>
-Value ValueOrAbsent(const std::optional<T>& value) {
-  return value ? Value(*value) : Value();
-}
-
 void WriteNames(const std::vector<source::Trace>& items, JsonWriter& json) {
   json.Array([&] {
     for (const source::Trace& item : items) {

@@ -19,11 +19,6 @@ struct Points {
   std::size_t lost = 0;  // that the index declares and no file holds
 };
 
-template <class T>
-Value ValueOrAbsent(const std::optional<T>& value) {
-  return value ? Value(*value) : Value();
-}
-
 std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan) {
   return {
       {"title", {}},  // no format has one, nor a label

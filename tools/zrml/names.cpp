@@ -11,7 +11,7 @@ struct KindRow {
 };
 
 // Each in the order of its enumeration.
-constexpr std::array<const char*, 2> kProviders = {"ZRMLProvider", "ZROpenLynxRptProvider"};
+constexpr std::array<const char*, 2> kProviderNames = {"ZRMLProvider", "ZROpenLynxRptProvider"};
 constexpr std::array<KindRow, 5> kKinds = {
     {{"MS", 2}, {"MS/MS", 4}, {"absorbance", 1}, {"ion monitoring", 32}, {"other", 0}}};
 constexpr std::array<const char*, 5> kScanTypes = {"none", "precursor", "product", "neutral loss",
@@ -25,7 +25,7 @@ auto RowOf(const Table& table, Enumeration value) {
 
 }  // namespace
 
-std::string ProviderName(source::Format format) { return RowOf(kProviders, format); }
+std::string ProviderName(source::Format format) { return RowOf(kProviderNames, format); }
 std::string KindName(source::FunctionKind kind) { return RowOf(kKinds, kind).name; }
 int KindCode(source::FunctionKind kind) { return RowOf(kKinds, kind).code; }
 std::string ScanTypeName(source::ScanType scanType) { return RowOf(kScanTypes, scanType); }

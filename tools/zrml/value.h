@@ -1,6 +1,7 @@
 // A value of the output: what both the text and the JSON form can show.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -16,6 +17,11 @@ inline bool IsAbsent(const Value& value) { return std::holds_alternative<std::mo
 
 /// A function's number; the name of processed data ("p2") is text.
 Value ValueOf(const source::FunctionId& id);
+
+template <class T>
+Value ValueOrAbsent(const std::optional<T>& value) {
+  return value ? Value(*value) : Value();
+}
 
 /// UTF-8 on one line.
 std::string TextOf(const Value& value);
