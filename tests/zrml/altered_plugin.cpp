@@ -1,8 +1,10 @@
 // The plug-in itself, but for one answer: the file beside the source that is called as it with ".altered"
 // behind names the slot, or the slot and the part of its answer, to alter.
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -14,6 +16,8 @@
 
 namespace zrml {
 namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 const LoadedLibrary& Plugin() {
   static const LoadedLibrary plugin(ZRML_PLUGIN);
@@ -91,6 +95,7 @@ class AlteredServer : public CDataServerImpl {
   bool GetRetentionTimes(int s, int f, HostVector<double>& times) override {
     const bool isGiven = inner_->GetRetentionTimes(s, f, times);
     if (Is("GetRetentionTimes") && !times.empty()) times.back() += 1;
+    if (Is("GetRetentionTimes NaN")) Exchange(kNaN, 0, times);
     return isGiven;
   }
   bool GetScanRetentionTime(int s, int f, int i, double& minutes) override {
@@ -192,7 +197,18 @@ class AlteredServer : public CDataServerImpl {
   }
   bool Altered(std::string_view slot, bool isGiven, CZRChromatogram& out) const {
     if (Is(slot) && !out.Times().empty()) out.SetIntensity(0, out.Intensities()[0] + 1);
+    HostVector<double> intensities = out.Intensities();
+    if (Is(std::string(slot) + " NaN")) Exchange(kNaN, 0, intensities);
+    if (Is(std::string(slot) + " zero")) Exchange(0, kNaN, intensities);
+    if (!intensities.empty()) out.AssignIntensities(intensities);
     return isGiven;
+  }
+
+  // All of one value for another; NaN is one, too.
+  static void Exchange(double from, double to, HostVector<double>& values) {
+    for (double& value : values) {
+      if (value == from || (std::isnan(value) && std::isnan(from))) value = to;
+    }
   }
 
   void AlterSpectrum(CZRMassSpectrum& out) const {
@@ -204,6 +220,7 @@ class AlteredServer : public CDataServerImpl {
     }
     if (is("fewer points") && out.GetCount() > 0) out.SetSize(out.GetCount() - 1);
     if (is("start time")) out.SetStartTime(out.GetStartTime() + 1);
+    if (is("NaN time") && std::isnan(out.GetStartTime())) out.SetStartTime(0);
     if (is("end time")) out.SetEndTime(out.GetEndTime() + 1);
     if (is("first scan")) out.SetFirstScan(out.GetFirstScan() + 1);
     if (is("last scan")) out.SetLastScan(out.GetLastScan() + 1);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <fstream>
+#include <limits>
 
 #include "tests/support/built_file.h"
 #include "tests/support/sound_directory.h"
@@ -15,6 +16,8 @@ namespace {
 
 using tool::kWantedDifferences;
 using tool::Wanted;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class PluginComparisonTest : public ZrmlTest {
  protected:
@@ -44,6 +47,72 @@ class PluginComparisonTest : public ZrmlTest {
       const std::string line = Squeezed(LineOf(difference, count));
       EXPECT_NE(squeezed.find(" " + line + "\n"), std::string::npos) << line << "\n" << result.output;
     }
+  }
+
+  // No faults, and none of these differences.
+  void ExpectNotWanted(const std::string& path, const std::vector<Wanted>& differences) const {
+    const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), path});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    for (const Wanted difference : differences) {
+      const tool::WantedDifference& row = kWantedDifferences.at(static_cast<std::size_t>(difference));
+      const std::string line = std::string(row.slot) + " " + std::string(row.reason);
+      EXPECT_EQ(Squeezed(result.output).find(line), std::string::npos) << result.output;
+    }
+  }
+
+  // The plug-in with one answer altered, named by its slot and perhaps a part of it.
+  void ExpectFault(const std::string& path, const std::string& alteration) const {
+    std::ofstream(path + ".altered") << alteration;
+    const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});
+    EXPECT_EQ(result.status, 7) << alteration << result.output;
+    const std::string slot = alteration.substr(0, alteration.find(' '));
+    const std::size_t faults = result.output.find("\nFaults\n  ");
+    ASSERT_NE(faults, std::string::npos) << alteration << result.output;
+    const bool isNamed = result.output.find("\n  " + slot + ": ", faults) != std::string::npos ||
+                         result.output.find("\n  " + slot + " of ", faults) != std::string::npos;
+    EXPECT_TRUE(isNamed) << alteration << result.output;
+    EXPECT_TRUE(result.errors.starts_with("zrml: " + Argument(ZRML_ALTERED_PLUGIN) + " does not give what " +
+                                          path + " holds: "))
+        << result.errors;
+  }
+
+  void ExpectFaults(const std::string& path, const std::vector<std::string>& alterations) const {
+    for (const std::string& alteration : alterations) ExpectFault(path, alteration);
+  }
+
+  // Leaves the offsets of an index out.
+  static void ZeroOffsets(const std::filesystem::path& file, std::size_t recordSize) {
+    std::fstream index(file, std::ios::binary | std::ios::in | std::ios::out);
+    for (std::size_t at = 0; at < std::filesystem::file_size(file); at += recordSize)
+      index.seekp(static_cast<std::streamoff>(at)).write("\0\0\0\0", 4);
+  }
+
+  // One function of one scan; "_FUNC001.DAT" is cut to `size` bytes.
+  std::string MakeCut(const std::string& name, unsigned dataFormat, const ScanFiles& scan, std::size_t size,
+                      float firstMass = 0, float lastMass = 0) const {
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    raw.functions[0].record.dataFormat = dataFormat;
+    raw.functions[0].record.startMasses[0] = firstMass;
+    raw.functions[0].record.endMasses[0] = lastMass;
+    raw.functions[0].scans = {scan};
+    std::string path = Make(name, raw);
+    std::filesystem::resize_file(folder_ / name / "_FUNC001.DAT", size);
+    return path;
+  }
+
+  struct Lost {
+    std::size_t size;       // of the file that is left
+    long long differences;  // that the interface wants
+  };
+  void ExpectLost(const std::string& path, long long differences) const {
+    SCOPED_TRACE(path + " of " + std::to_string(std::filesystem::file_size(path + "/_FUNC001.DAT")));
+    if (differences > 0) {
+      ExpectWanted(path, {{Wanted::kLostPoints, differences}});
+    } else {
+      ExpectNotWanted(path, {Wanted::kLostPoints});
+    }
+    ExpectFaults(path, {"GetSpectrum mass", "GetSpectrum intensity", "GetSpectrum fewer points"});
   }
 
   static ReportLines Scan(const std::vector<std::pair<std::string, std::string>>& keys,
@@ -204,24 +273,207 @@ TEST_F(PluginComparisonTest, ReportOfUnknownType) {
   ExpectWanted(Make("unknown.rpt", SampleBlock(unknown)), {{Wanted::kUnknownKind, 1}});
 }
 
-class AlteredPluginTest : public PluginComparisonTest {
- protected:
-  // The plug-in with one answer altered, named by its slot and perhaps a part of it.
-  void ExpectFault(const std::string& path, const std::string& alteration) const {
-    std::ofstream(path + ".altered") << alteration;
-    const ProcessResult result = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});
-    EXPECT_EQ(result.status, 7) << alteration << result.output;
-    const std::string slot = alteration.substr(0, alteration.find(' '));
-    const std::size_t faults = result.output.find("\nFaults\n  ");
-    ASSERT_NE(faults, std::string::npos) << alteration << result.output;
-    const bool isNamed = result.output.find("\n  " + slot + ": ", faults) != std::string::npos ||
-                         result.output.find("\n  " + slot + " of ", faults) != std::string::npos;
-    EXPECT_TRUE(isNamed) << alteration << result.output;
-    EXPECT_TRUE(result.errors.starts_with("zrml: " + Argument(ZRML_ALTERED_PLUGIN) + " does not give what " +
-                                          path + " holds: "))
-        << result.errors;
+// Times and totals are given as they are stored; times sort behind all others.
+TEST_F(PluginComparisonTest, NumbersOfADirectoryThatAreStoredAsNone) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].scans.assign(3, ScanFrom<StoredPoint9>(0.5F, {{100, 1}}));
+  raw.functions[0].scans[1].index.retentionTime = static_cast<float>(kNaN);
+  raw.functions[0].scans[0].index.totalIntensity = static_cast<float>(kNaN);
+  const std::string path = Make("run.raw", raw);
+  ExpectNotWanted(path, {Wanted::kAbsentTime, Wanted::kAbsentTotal, Wanted::kAbsentScanTime});
+  ExpectFaults(path, {"GetRetentionTimes NaN", "GetTotalIonChromatogram NaN", "GetSpectrum NaN time"});
+}
+
+// The second scan tells nothing, which is 0.
+TEST_F(PluginComparisonTest, NumbersOfAReportThatAreStoredAsNone) {
+  const ReportLines report =
+      ReportOf(Scan({{"Time", "nan"}, {"BPI", "nan"}, {"TIC", "nan"}}, {{100, 50}}) + Scan({}, {{100, 50}}));
+  const std::string path = Make("none.rpt", report);
+  ExpectWanted(path, {{Wanted::kAbsentTime, 1},
+                      {Wanted::kAbsentTotal, 1},
+                      {Wanted::kAbsentBasePeak, 1},
+                      {Wanted::kAbsentScanTime, 2}});
+  ExpectFaults(path, {"GetTotalIonChromatogram NaN", "GetBasePeakChromatogram NaN",
+                      "GetTotalIonChromatogram zero", "GetBasePeakChromatogram zero"});
+}
+
+// The plug-in takes the bytes that a point or a group of points lacks for zeros. Points of mass 0 are left
+// out, so that a file which ends between two points can give what the source reads.
+TEST_F(PluginComparisonTest, PointsThatAreThereInPart) {
+  const ScanFiles pairs = ScanOf<StoredPoint1>(0.5F, {{.mass = 100 * 1024, .mantissa = 5},
+                                                      {.mass = 101 * 1024, .mantissa = 6},
+                                                      {.mass = 102 * 1024, .mantissa = 7}});
+  for (const auto& [size, differences] : {Lost{9, 1}, {10, 0}, {17, 1}})
+    ExpectLost(MakeCut("pairs.raw", 1, pairs, size), differences);
+  const ScanFiles points = ScanFrom<StoredPoint9>(0.5F, {{100.3, 5}, {200.7, 6}, {300.77, 7}});
+  for (const auto& [size, differences] : {Lost{5, 1}, {6, 0}, {17, 1}})
+    ExpectLost(MakeCut("points.raw", 9, points, size), differences);
+  const ScanFiles groups = ScanOf<StoredPoint4>(
+      0.5F,
+      {{.mantissa = 5}, {.mantissa = 6}, {.mantissa = 7}, {.mantissa = 8}, {.mantissa = 9, .exponent = 2}});
+  for (const auto& [size, differences] : {Lost{1, 1}, {9, 1}, {10, 1}, {19, 1}}) {
+    ExpectLost(MakeCut("up.raw", 4, groups, size, 100, 500), differences);
+    ExpectLost(MakeCut("down.raw", 4, groups, size, 500, 100), differences);
   }
-};
+}
+
+// Two sub-scans of two points, which the plug-in does not sum when zeros follow. A point of data format 13
+// ends with four bytes without meaning: without them the plug-in has the last one, and sums it.
+TEST_F(PluginComparisonTest, SubScansThatAreThereInPart) {
+  const std::vector<StoredPoint12> stored =
+      NearestPoints<StoredPoint12>({{100, 5}, {200, 6}, {100, 7}, {200, 8}});
+  for (const auto& [size, differences] : {Lost{20, 0}, {24, 1}, {27, 1}, {31, 1}})
+    ExpectLost(MakeCut("short.raw", 12, ScanOf(0.5F, stored), size), differences);
+  std::vector<StoredPoint13> longPoints;
+  for (const StoredPoint12& point : stored)
+    longPoints.push_back({point.massExponent, point.massMantissa, point.intensity});
+  const ScanFiles scan = ScanOf(0.5F, longPoints);
+  for (const auto& [size, differences] : {Lost{36, 1}, {42, 1}, {44, 1}, {47, 1}})
+    ExpectLost(MakeCut("long.raw", 13, scan, size), differences);
+  const std::string whole = MakeCut("whole.raw", 13, scan, scan.data.size());
+  ExpectNotWanted(whole, {Wanted::kLostPoints, Wanted::kUnwrittenPoints});
+  ExpectFaults(whole, {"GetSpectrum mass", "GetSpectrum intensity", "GetSpectrum more points"});
+}
+
+TEST_F(PluginComparisonTest, AbsorbanceThatIsThereInPart) {
+  const ScanFiles pairs =
+      ScanOf<StoredPoint1>(0.5F, {{.mass = 210 * 1024, .mantissa = 5}, {.mass = 211 * 1024, .mantissa = 6}});
+  const ScanFiles points = ScanFrom<StoredPoint9>(0.5F, {{210, 5}, {211, 6}});
+  for (const unsigned dataFormat : {1U, 9U}) {
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    raw.functions[0].record.type = 12;
+    raw.functions[0].record.dataFormat = dataFormat;
+    raw.functions[0].scans = {dataFormat == 1 ? pairs : points};
+    for (const std::size_t size : {9U, 8U, 3U}) {
+      SCOPED_TRACE(std::to_string(dataFormat) + ", " + std::to_string(size));
+      const std::string path = Make("run.raw", raw);
+      std::filesystem::resize_file(folder_ / "run.raw" / "_FUNC001.DAT", size);
+      ExpectWanted(path, {{Wanted::kLostPoints, 1}});
+      ExpectFaults(path, {"GetAbsorbanceSpectrum points", "GetAbsorbanceSpectrum time"});
+    }
+  }
+}
+
+// A function without blocks keeps its number, but has no place in the list.
+TEST_F(PluginComparisonTest, FunctionOfAReportWithoutAName) {
+  const ReportLines report =
+      SampleBlock(FunctionBlock(Keys({{"Type", "MS"}})) + FunctionBlock(Scan({{"Time", "1"}}, {{100, 50}})));
+  const std::string path = Make("unnamed.rpt", report);
+  ExpectWanted(path, {{Wanted::kUnnamedFunction, 1}});
+  ExpectFault(path, "GetFunctionName");
+}
+
+// A name that the report gives stays, wherever the function is in the list.
+TEST_F(PluginComparisonTest, FunctionOfAReportThatIsCalledLikeOneWithoutAName) {
+  const ReportLines report =
+      SampleBlock(FunctionBlock(Keys({{"Type", "MS"}})) +
+                  FunctionBlock(Keys({{"Description", "Function 2"}}) + Scan({{"Time", "1"}}, {{100, 50}})));
+  ExpectNotWanted(Make("named.rpt", report), {Wanted::kUnnamedFunction});
+}
+
+// Samples behind the character that ends a text are in the list, but not counted beforehand.
+TEST_F(PluginComparisonTest, SamplesBehindTheEndOfText) {
+  const std::string path = Make("end.rpt", SampleBlock({}) + Line("\x1A") + SampleBlock({}));
+  ExpectWanted(path, {{Wanted::kSamplesBehindEnd, 1}});
+  ExpectFaults(path, {"GetFileSampleCount", "GetSampleCount"});
+}
+
+// Data format 14 has points for the channels of the function at most, of which these scans declare more than
+// the files could hold: the last two would be beyond 4 GiB. Their offsets go back by that, so that the index
+// is not taken for one of short records; one of long records is not sorted.
+TEST_F(PluginComparisonTest, OffsetsBeyondFourGigabytes) {
+  for (const std::size_t recordSize : {std::size_t{22}, std::size_t{30}}) {
+    SCOPED_TRACE(recordSize);
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    FunctionFiles& function = raw.functions[0];
+    function.record.dataFormat = 14;
+    function.indexRecordSize = recordSize;
+    for (std::size_t i = 0; i < 32; ++i) function.record.startMasses[i] = static_cast<float>(100 + i);
+    ScanFiles scan =
+        ScanOf<StoredPoint14>(1, std::vector<StoredPoint14>(32, {{.magnitude = 1, .exponent = 21}}));
+    scan.index.pointCount = 4194303;
+    scan.data.clear();
+    function.scans.assign(88, scan);
+    function.scans[0].data =
+        ScanOf<StoredPoint14>(1, std::vector<StoredPoint14>(32, {{.magnitude = 3}})).data;
+    function.scans[5].index.retentionTime = 0.5F;
+    const std::string name = std::to_string(recordSize) + ".raw";
+    const std::string path = Make(name, raw);
+    ZeroOffsets(folder_ / name / "_FUNC001.IDX", recordSize);
+    ExpectWanted(path, {{Wanted::kCutOffsets, 1}});
+    ExpectFault(path, "GetScanCount");
+    if (recordSize == 22) continue;  // no scans
+    ExpectFaults(path, {"GetSpectrum intensity", "GetSpectrum success", "GetRetentionTimes",
+                        "GetTotalIonChromatogram", "IsCentroided"});
+  }
+}
+
+// Function 5 is absorbance, function 4 has an index only. The plug-in then lists all functions.
+TEST_F(PluginComparisonTest, ChoiceOfAFunctionThatIsNotInTheList) {
+  const std::string path = Make("run.raw");
+  std::filesystem::remove(folder_ / "run.raw" / "_FUNC004.DAT");
+  for (const char* const file : {"/_FUNC005.DAT", "/_FUNC004.IDX"}) {
+    ExpectWanted(path + file, {{Wanted::kDroppedChoice, 1}, {Wanted::kUnlistedFunction, 1}});
+    std::ofstream(path + ".altered") << "GetFunctionCount";
+    EXPECT_EQ(Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path + file}).status, 7);
+  }
+}
+
+TEST_F(PluginComparisonTest, FolderThatIsCalledAsADataFile) {
+  const std::string path = Make("of_Func002.raw");
+  ExpectWanted(path, {{Wanted::kFolderChoice, 1}, {Wanted::kListPosition, 1}});
+  ExpectFaults(path, {"GetFunctionCount", "GetFunctionName"});
+  ExpectNotWanted(Make("of_Func007.raw"), {Wanted::kFolderChoice});
+}
+
+// The trace of the absorbance needs no list, but is not given without one.
+TEST_F(PluginComparisonTest, DamagedListOfTraces) {
+  const std::string path = Make("run.raw");
+  const std::filesystem::path list = folder_ / "run.raw" / "_ANALOGS.INF";
+  std::filesystem::resize_file(list, std::filesystem::file_size(list) + 1);
+  ExpectWanted(path, {{Wanted::kLostTraces, 1}});
+  ExpectFault(path, "GetTraceCount");
+}
+
+// The first analog function does not end, and so holds the second one with its trace.
+TEST_F(PluginComparisonTest, TraceOfTwoFunctions) {
+  const ReportLines trace = ChromatogramBlock(Keys({{"MaxIntensity", "50"}}), {{1, 100}});
+  const ReportLines analog = Keys({{"Description", "ANALOG"}});
+  const ReportLines survey = FunctionBlock(Keys({{"Type", "MS"}}) + Scan({{"Time", "1"}}, {{100, 50}}));
+  const std::string path = Make("open.rpt", SampleBlock(survey + Line("[FUNCTION]") + Line("{") + analog +
+                                                        trace + FunctionBlock(analog + trace)));
+  ExpectWanted(path, {{Wanted::kRepeatedTrace, 1}});
+  ExpectFaults(path, {"GetTraceCount", "GetTraceName", "GetTrace"});
+}
+
+// Functions without blocks leave the list only after the traces have been looked for.
+TEST_F(PluginComparisonTest, AnalogFunctionBesideOneWithoutBlocks) {
+  const ReportLines trace = ChromatogramBlock(Keys({{"MaxIntensity", "50"}}), {{1, 100}});
+  const std::string path =
+      Make("beside.rpt", SampleBlock(FunctionBlock(Keys({{"Description", "ANALOG"}}) + trace) +
+                                     FunctionBlock(Keys({{"Type", "MS"}}))));
+  ExpectNotWanted(path, {Wanted::kGrowingTraces, Wanted::kRepeatedTrace});
+  ExpectFault(path, "GetTraceCount");
+}
+
+// There is nothing to compare then.
+TEST_F(PluginComparisonTest, SourcesThatAreRefused) {
+  const std::string other = Make("other.raw");
+  std::ofstream(folder_ / "other.raw" / "_HEADER.TXT") << "another text\n";
+  const std::string empty = Make("empty.raw");
+  std::ofstream(folder_ / "empty.raw" / "_HEADER.TXT") << "";
+  const std::string report = MakeFile("report.rpt", "no sample\n");
+  for (const std::string& path : {other, empty, report}) {
+    const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), path});
+    EXPECT_EQ(result.status, 4) << path << result.output;
+    EXPECT_TRUE(result.errors.starts_with("zrml: " + path + " is n")) << result.errors;
+  }
+}
+
+using AlteredPluginTest = PluginComparisonTest;
 
 TEST_F(AlteredPluginTest, UnalteredHasNoFaults) {
   for (const std::string& path : {Make("run.raw"), Make("vials.rpt", Vials())}) {

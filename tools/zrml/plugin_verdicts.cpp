@@ -9,12 +9,19 @@ namespace zrml::tool {
 
 const std::array<WantedDifference, static_cast<std::size_t>(Wanted::kCount)> kWantedDifferences = {{
     {Wanted::kRefusedTable, "Open", "a directory whose function table is cut is refused"},
+    {Wanted::kFolderChoice, "Open", "a folder that is called as a data file chooses the function"},
+    {Wanted::kDroppedChoice, "OpenFileInSet", "a function that is not in the list is not chosen"},
+    {Wanted::kSamplesBehindEnd, "GetFileSampleCount",
+     "samples behind the end of a text (Ctrl-Z) do not count"},
     {Wanted::kListPosition, "GetFunctionCount", "functions go by their position in the list, not by number"},
     {Wanted::kUnlistedFunction, "GetFunctionCount", "a function without its data file is not in the list"},
     {Wanted::kSharedName, "GetFunctionName", "functions of one name end with their position in the list"},
+    {Wanted::kUnnamedFunction, "GetFunctionName",
+     "a function without a name goes by its position in the list"},
     {Wanted::kUnknownKind, "GetFunctionKind", "a report's function of unknown type is one of absorbance"},
     {Wanted::kProcessedMobility, "HasMobility", "processed data have the mobility of what they were made of"},
     {Wanted::kScanDimensions, "GetScanDimensionCount", "the dimensions of a report's scans are not known"},
+    {Wanted::kCutOffsets, "GetScanCount", "offsets that the index leaves out have 32 bits"},
     {Wanted::kLastDriftBin, "GetSpectrum", "without the maker's library the last drift bin is 0"},
     {Wanted::kScanNumber, "GetSpectrum", "scan numbers have 16 bits"},
     {Wanted::kPolarity, "GetSpectrum", "a spectrum whose polarity is not known is positive"},
@@ -32,6 +39,8 @@ const std::array<WantedDifference, static_cast<std::size_t>(Wanted::kCount)> kWa
     {Wanted::kAbsentBasePeak, "GetBasePeakChromatogram", "a base peak that no file tells is 0"},
     {Wanted::kRefusedMassRange, "GetScanMassRange", "of raw data it is known with ion mobility only"},
     {Wanted::kPrecursorSearch, "FindPrecursorScan", "a level without scans ends the search for precursors"},
+    {Wanted::kLostTraces, "GetTraceCount", "a damaged list of traces has none, nor that of the absorbance"},
+    {Wanted::kRepeatedTrace, "GetTraceCount", "a trace of several functions counts in each"},
     {Wanted::kGrowingTraces, "GetTraceCount", "a sample without other functions counts its traces once more"},
     {Wanted::kRefusedTrace, "GetTrace", "a report's trace without points is refused"},
     {Wanted::kAbsorbanceScan, "GetAbsorbanceSpectrum", "scan numbers count from 0"},
@@ -75,26 +84,17 @@ void Verdicts::AddFault(std::string_view slot, const std::string& text) {
 }
 
 template <class T>
-bool Verdicts::Judge(std::string_view slot, const char* what, const T& given, const T& expected) {
+bool Verdicts::Check(std::string_view slot, const char* what, const std::type_identity_t<T>& given,
+                     const T& expected) {
   ++result_.answers;
   if (IsSame(given, expected)) return true;
   AddFault(slot, std::string(what) + ": the plug-in gives " + Shown(given) + ", not " + Shown(expected));
   return false;
 }
-
-bool Verdicts::Check(std::string_view slot, const char* what, bool given, bool expected) {
-  return Judge(slot, what, given, expected);
-}
-bool Verdicts::Check(std::string_view slot, const char* what, int given, int expected) {
-  return Judge(slot, what, given, expected);
-}
-bool Verdicts::Check(std::string_view slot, const char* what, double given, double expected) {
-  return Judge(slot, what, given, expected);
-}
-bool Verdicts::Check(std::string_view slot, const char* what, const std::string& given,
-                     const std::string& expected) {
-  return Judge(slot, what, given, expected);
-}
+template bool Verdicts::Check(std::string_view, const char*, const bool&, const bool&);
+template bool Verdicts::Check(std::string_view, const char*, const int&, const int&);
+template bool Verdicts::Check(std::string_view, const char*, const double&, const double&);
+template bool Verdicts::Check(std::string_view, const char*, const std::string&, const std::string&);
 
 void Verdicts::CheckOptional(Wanted difference, const char* what, double given,
                              const std::optional<double>& held) {
@@ -117,25 +117,37 @@ void Verdicts::CheckColumn(std::string_view slot, const char* what, std::span<co
   place_.scan.reset();
 }
 
-void Verdicts::ComparePoints(std::string_view slot, const Columns& given, const Columns& held,
-                             std::size_t declared, Wanted zeros) {
+void Verdicts::CheckPoints(std::string_view slot, const Columns& given, const Columns& expected) {
   const auto textOf = [](const Columns& columns, std::size_t i) {
     return i < columns.x.size() ? Number(columns.x[i]) + ", " + Number(columns.y[i]) : "no more";
   };
   ++result_.answers;
-  std::size_t next = 0;
-  for (std::size_t i = 0; i < given.x.size() || next < held.x.size(); ++i) {
-    const bool isGiven = i < given.x.size();
-    const bool isNext = isGiven && next < held.x.size() && IsSame(given.x[i], held.x[next]) &&
-                        IsSame(given.y[i], held.y[next]);
-    const bool isZero = isGiven && given.y[i] == 0 && given.x.size() <= declared;
-    if (!isNext && !isZero) {
-      return AddFault(slot, "point " + std::to_string(i + 1) + ": the plug-in gives " + textOf(given, i) +
-                                ", not " + textOf(held, next));
-    }
-    if (isNext) ++next;
-  }
-  if (given.x.size() > next) Count(zeros);
+  const std::size_t both = std::min(given.x.size(), expected.x.size());
+  std::size_t i = 0;
+  while (i < both && IsSame(given.x[i], expected.x[i]) && IsSame(given.y[i], expected.y[i])) ++i;
+  if (i == given.x.size() && i == expected.x.size()) return;
+  AddFault(slot, "point " + std::to_string(i + 1) + ": the plug-in gives " + textOf(given, i) + ", not " +
+                     textOf(expected, i));
+}
+
+void Verdicts::CheckSlotPoints(std::string_view slot, const Columns& given, const Columns& held, bool isLost,
+                               const std::optional<StoredPoints>& ofSlots) {
+  const auto isSame = [](std::span<const double> a, std::span<const double> b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+  };
+  const Columns own = ofSlots ? ofSlots->View() : held;
+  const bool areOthers =
+      isLost ? !isSame(own.x, held.x) || !isSame(own.y, held.y) : own.x.size() != held.x.size();
+  if (areOthers) Count(isLost ? Wanted::kLostPoints : Wanted::kUnwrittenPoints);
+  CheckPoints(slot, given, areOthers ? own : held);
+}
+
+void Verdicts::CheckChromatogram(std::string_view slot, bool isGiven, bool isWanted,
+                                 const CZRChromatogram& given, std::span<const double> minutes,
+                                 std::span<const double> intensities) {
+  if (!Check(slot, "success", isGiven, isWanted) || !isGiven) return;
+  CheckColumn(slot, "time", given.Times(), minutes);
+  CheckColumn(slot, "intensity", given.Intensities(), intensities);
 }
 
 }  // namespace zrml::tool

@@ -7,22 +7,29 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <type_traits>
 #include <vector>
 
+#include "plugin/chromatogram.h"
 #include "source/source.h"
+#include "tools/zrml/slot_view.h"
 
 namespace zrml::tool {
 
 /// Differences that the interface wants, in the order of kWantedDifferences.
 enum class Wanted {
   kRefusedTable,
+  kFolderChoice,
+  kDroppedChoice,
+  kSamplesBehindEnd,
   kListPosition,
   kUnlistedFunction,
   kSharedName,
+  kUnnamedFunction,
   kUnknownKind,
   kProcessedMobility,
   kScanDimensions,
+  kCutOffsets,
   kLastDriftBin,
   kScanNumber,
   kPolarity,
@@ -39,6 +46,8 @@ enum class Wanted {
   kAbsentBasePeak,
   kRefusedMassRange,
   kPrecursorSearch,
+  kLostTraces,
+  kRepeatedTrace,
   kGrowingTraces,
   kRefusedTrace,
   kAbsorbanceScan,
@@ -64,12 +73,6 @@ struct PluginComparison {
   long long faultCount = 0;
 };
 
-/// Two columns of points, of one length.
-struct Columns {
-  std::span<const double> x;
-  std::span<const double> y;
-};
-
 /// What is being compared, for whoever reads of a fault. Positions from 0.
 struct Place {
   std::optional<int> sample = {};
@@ -81,17 +84,28 @@ struct Place {
   std::string Text() const;
 };
 
+/// Nothing where `read` throws what a source throws.
+template <class Read>
+auto Held(Read read) -> std::optional<decltype(read())> {
+  try {
+    return read();
+  } catch (const source::Error&) {
+    return std::nullopt;
+  }
+}
+
 class Verdicts {
  protected:
-  PluginComparison TakeResult() { return std::move(result_); }
+  /// Adds to `result`.
+  explicit Verdicts(PluginComparison& result) : result_(result) {}
+  PluginComparison& Result() { return result_; }
 
   void AddFault(std::string_view slot, const std::string& text);
 
   /// False when they differ; `what` names the part of the slot's answer.
-  bool Check(std::string_view slot, const char* what, bool given, bool expected);
-  bool Check(std::string_view slot, const char* what, int given, int expected);
-  bool Check(std::string_view slot, const char* what, double given, double expected);
-  bool Check(std::string_view slot, const char* what, const std::string& given, const std::string& expected);
+  template <class T>
+  bool Check(std::string_view slot, const char* what, const std::type_identity_t<T>& given,
+             const T& expected);
 
   void Count(Wanted difference) { ++result_.wanted[static_cast<std::size_t>(difference)]; }
 
@@ -123,18 +137,20 @@ class Verdicts {
     Check(slot, "high end", given.high, wanted.high);
   }
 
-  /// Every point of `held`, in order, and between them zeros, as long as there are no more points than are
-  /// declared; `zeros` is why there may be some.
-  void ComparePoints(std::string_view slot, const Columns& given, const Columns& held, std::size_t declared,
-                     Wanted zeros);
+  /// Point by point; one fault at most.
+  void CheckPoints(std::string_view slot, const Columns& given, const Columns& expected);
+  /// The same of a scan that has lost points, or has places that no point fills. Then the slots' own points
+  /// count, unless they are as many as those held: so they are in a whole scan of which points were summed.
+  void CheckSlotPoints(std::string_view slot, const Columns& given, const Columns& held, bool isLost,
+                       const std::optional<StoredPoints>& ofSlots);
+
+  void CheckChromatogram(std::string_view slot, bool isGiven, bool isWanted, const CZRChromatogram& given,
+                         std::span<const double> minutes, std::span<const double> intensities);
 
   Place place_;
 
  private:
-  template <class T>
-  bool Judge(std::string_view slot, const char* what, const T& given, const T& expected);
-
-  PluginComparison result_;
+  PluginComparison& result_;
 };
 
 }  // namespace zrml::tool

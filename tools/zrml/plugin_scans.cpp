@@ -1,0 +1,325 @@
+#include "tools/zrml/plugin_scans.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <optional>
+
+#include "common/platform/platform.h"
+
+namespace zrml::tool {
+
+namespace {
+
+constexpr int kProbes = 50;  // scans of a function for slots that read a spectrum for one number of it
+
+// Whether it is one of the scans that are looked at more closely.
+bool IsProbed(int scan, int count) { return scan % (count / kProbes + 1) == 0 || scan + 1 == count; }
+
+class ScanComparer : Verdicts {
+ public:
+  ScanComparer(PluginComparison& result, const ComparedSource& compared, const ComparedList& list,
+               const ComparedFunction& function)
+      : Verdicts(result),
+        server_(compared.server),
+        source_(compared.source),
+        slots_(compared.slots),
+        list_(list),
+        of_(function) {
+    place_ = {.sample = of_.sample, .function = source::TextOf(of_.function.id)};
+  }
+
+  void Compare(int scans) {
+    for (int scan = 0; scan < scans && of_.function.hasMobility && of_.driftBins > 0; ++scan) {
+      if (IsProbed(scan, scans)) CompareDriftBins(scan);
+    }
+    CompareSpectra(scans);
+    CompareSeries();
+  }
+
+ private:
+  bool IsReport() const { return source_.GetFormat() == source::Format::kReport; }
+
+  // Spectra
+
+  // The chromatograms that follow from the points as the plug-in is to give them, scan by scan.
+  struct Computed {
+    bool isComplete = true;  // every spectrum is given
+    std::optional<source::Range> range;
+    std::vector<double> minutes;
+    std::vector<double> largest;
+    std::vector<double> largestInRange;
+    std::vector<double> sumInRange;
+  };
+
+  // The middle half of the points of the first spectrum that has some.
+  void ChooseRange(const CZRMassSpectrum& spectrum) {
+    const std::size_t count = spectrum.UsablePoints();
+    if (computed_.range || count == 0) return;
+    const auto [low, high] =
+        std::minmax(spectrum.GetMasses()[count / 4], spectrum.GetMasses()[count - 1 - count / 4]);
+    computed_.range = source::Range{low, high};
+  }
+
+  void CompareSpectra(int scans) {
+    computed_ = {};
+    for (int scan = 0; scan < scans; ++scan) {
+      place_.scan = scan;
+      CZRMassSpectrum spectrum;
+      const bool isGiven = CompareSpectrum(scan, spectrum);
+      if (IsProbed(scan, scans)) CompareScanSlots(scan, isGiven, spectrum);
+      computed_.isComplete = computed_.isComplete && isGiven;
+      if (computed_.isComplete) Compute(spectrum);
+    }
+    place_.scan.reset();
+    CompareComputed(scans);
+  }
+
+  void Compute(const CZRMassSpectrum& spectrum) {
+    ChooseRange(spectrum);
+    const source::Range range = computed_.range.value_or(source::Range{});
+    computed_.minutes.push_back(spectrum.GetStartTime());
+    computed_.largest.push_back(spectrum.GetMaxIntensityInRange(-DBL_MAX, DBL_MAX));
+    computed_.largestInRange.push_back(spectrum.GetMaxIntensityInRange(range.low, range.high));
+    computed_.sumInRange.push_back(spectrum.GetIntensitySumInRange(range.low, range.high));
+  }
+
+  bool CompareSpectrum(int scan, CZRMassSpectrum& spectrum) {
+    const bool isGiven = server_.GetSpectrum(of_.sample, of_.position, scan, spectrum);
+    if (of_.cut != nullptr) {
+      const std::optional<StoredPoints> points = slots_->ReadPoints(of_.function.id, scan);
+      if (Check("GetSpectrum", "success", isGiven, points.has_value()) && isGiven)
+        CheckPoints("GetSpectrum", ColumnsOf(spectrum), points->View());
+      return isGiven;
+    }
+    const source::Scan held = source_.ScanAt(of_.sample, of_.held, scan);
+    const auto read = Held([&] { return source_.ReadPoints(of_.sample, of_.held, scan, x_, y_); });
+    const bool isWanted = read && !(IsReport() && read->count == 0);
+    CheckWanted(Wanted::kRefusedSpectrum, "success", isGiven, read.has_value(), isWanted);
+    if (!isGiven || !isWanted) return isGiven;
+    if (IsReport()) {
+      CompareReportPoints(ColumnsOf(spectrum));
+    } else if (read->lost == 0 && read->count == held.points) {
+      CheckPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_});
+    } else {
+      CheckSlotPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_}, read->lost != 0,
+                      slots_->ReadPoints(of_.function.id, scan));
+    }
+    CompareAttributes(held, scan, spectrum);
+    return true;
+  }
+
+  static Columns ColumnsOf(const CZRMassSpectrum& spectrum) {
+    const std::size_t count = spectrum.UsablePoints();
+    return {{spectrum.GetMasses(), count}, {spectrum.GetIntensities(), count}};
+  }
+
+  void CompareReportPoints(const Columns& given) {
+    std::vector<std::size_t> order(given.x.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return given.x[a] < given.x[b]; });
+    if (!std::is_sorted(order.begin(), order.end())) Count(Wanted::kReportOrder);
+    std::vector<double> x;
+    std::vector<double> y;
+    for (const std::size_t i : order) {
+      x.push_back(given.x[i]);
+      y.push_back(given.y[i]);
+    }
+    CheckPoints("GetSpectrum", {x, y}, {x_, y_});
+  }
+
+  void CompareAttributes(const source::Scan& held, int scan, const CZRMassSpectrum& given) {
+    const auto check = [&](const char* what, const auto& value, const auto& expected) {
+      Check("GetSpectrum", what, value, expected);
+    };
+    const auto checkTime = [&](const char* what, double minutes, double expected) {
+      const bool isAbsent = IsReport() && std::isnan(expected) && !std::isnan(minutes);
+      CheckWanted(Wanted::kAbsentScanTime, what, minutes, expected, isAbsent ? 0 : expected);
+    };
+    checkTime("start time", given.GetStartTime(), held.minutes);
+    checkTime("end time", given.GetEndTime(), held.endMinutes);
+    const int number = scan + 1;
+    const int narrow = static_cast<std::int16_t>(number);
+    CheckWanted(Wanted::kScanNumber, "first scan", given.GetFirstScan(), number, narrow);
+    CheckWanted(Wanted::kScanNumber, "last scan", given.GetLastScan(), number, narrow);
+    check("centroided", given.IsCentroided(), held.isCentroided);
+    check("level", given.GetMSLevel(), of_.function.msLevel);
+    check("kind", given.GetScanType(), of_.kind);
+    const int polarity = static_cast<int>(of_.function.polarity);
+    CheckWanted(Wanted::kPolarity, "polarity", given.GetPolarity(), polarity,
+                polarity == kNegativePolarity ? polarity : int{kPositivePolarity});
+    CheckOptional(Wanted::kNoPrecursor, "precursor", given.GetPrecursorMass(), held.precursorMz);
+    CheckOptional(Wanted::kNoScanValue, "scan value", given.GetScanAuxValue(), held.scanValue);
+    check("title", TextOf(given.GetTitle()), std::string());
+    check("label", TextOf(given.GetLabel()), std::string());
+    const int firstBin = of_.hasMobility ? 1 : 0;
+    check("first drift bin", given.GetFirstDriftBin(), firstBin);
+    check("last drift bin", given.GetLastDriftBin(), of_.driftBins);
+    check("first drift value", given.GetFirstDriftValue(), static_cast<double>(firstBin));
+    check("last drift value", given.GetLastDriftValue(), static_cast<double>(of_.driftBins));
+  }
+
+  static std::string TextOf(const HostString& text) {
+    return platform::ToNativePath(std::wstring(text.begin(), text.end()));
+  }
+
+  // Slots that give one number or two of a scan.
+  void CompareScanSlots(int scan, bool isGiven, CZRMassSpectrum& spectrum) {
+    double first = 0;
+    if (Check("GetScanRetentionTime", "success",
+              server_.GetScanRetentionTime(of_.sample, of_.position, scan, first), isGiven) &&
+        isGiven) {
+      Check("GetScanRetentionTime", "time", first, spectrum.GetStartTime());
+    }
+    if (!of_.hasMobility) CompareScanRanges(scan, isGiven, spectrum);
+    if (list_.cutOffsets.empty()) ComparePrecursor(scan);  // it is looked for among scans of all functions
+  }
+
+  void CompareScanRanges(int scan, bool isGiven, CZRMassSpectrum& spectrum) {
+    const auto ask = [&](auto slot) {
+      return [&, slot](double& low, double& high) {
+        return (server_.*slot)(of_.sample, of_.position, scan, low, high);
+      };
+    };
+    source::Range masses;
+    const bool hasMasses = isGiven && spectrum.GetMassRange(masses.low, masses.high);
+    if (hasMasses && !IsReport()) Count(Wanted::kRefusedMassRange);
+    CheckRange("GetScanMassRange", ask(&CDataServerImpl::GetScanMassRange), hasMasses && IsReport(), masses);
+    CheckRange("GetScanIntensityRange", ask(&CDataServerImpl::GetScanIntensityRange), isGiven,
+               {spectrum.GetMinIntensity(), spectrum.GetBasePeakIntensity()});
+  }
+
+  void ComparePrecursor(int scan) {
+    source::ScanPosition given;
+    const bool isFound =
+        server_.FindPrecursorScan(of_.sample, of_.position, scan, given.function, given.scan);
+    const auto expected = source_.FindPrecursor(of_.sample, of_.held, scan);
+    CheckWanted(Wanted::kPrecursorSearch, "success", isFound, expected.has_value(),
+                expected.has_value() && !list_.hasEmptyLevel);
+    if (!isFound || !expected) return;
+    const bool isListed =
+        std::binary_search(list_.positions.begin(), list_.positions.end(), expected->function);
+    if (!isListed) return Count(Wanted::kUnlistedFunction);
+    const auto place = static_cast<std::size_t>(given.function);
+    const int function = place < list_.positions.size() ? list_.positions[place] : -1;
+    Check("FindPrecursorScan", "function", function, expected->function);
+    Check("FindPrecursorScan", "scan", given.scan, expected->scan);
+  }
+
+  void CompareComputed(int scans) {
+    const bool isComplete = computed_.isComplete && static_cast<int>(computed_.minutes.size()) == scans;
+    const auto [low, high] = computed_.range.value_or(source::Range{});
+    CZRChromatogram sums;
+    CheckChromatogram("GetMassRangeChromatogram",
+                      server_.GetMassRangeChromatogram(low, high, true, of_.sample, of_.position, sums),
+                      isComplete, sums, computed_.minutes, computed_.sumInRange);
+    CZRChromatogram largest;
+    CheckChromatogram(
+        "GetMassRangeBasePeakChromatogram",
+        server_.GetMassRangeBasePeakChromatogram(low, high, true, of_.sample, of_.position, largest),
+        isComplete, largest, computed_.minutes, computed_.largestInRange);
+    if (!IsReport()) CompareBasePeaks(isComplete, computed_.minutes, computed_.largest);
+  }
+
+  void CompareBasePeaks(bool isWanted, std::span<const double> minutes, std::span<const double> intensities) {
+    CZRChromatogram basePeaks;
+    CheckChromatogram("GetBasePeakChromatogram",
+                      server_.GetBasePeakChromatogram(true, of_.sample, of_.position, basePeaks), isWanted,
+                      basePeaks, minutes, intensities);
+  }
+
+  // What the index or the report tells scan by scan.
+  void CompareSeries() {
+    HostVector<double> times;
+    Check("GetRetentionTimes", "success", server_.GetRetentionTimes(of_.sample, of_.position, times), true);
+    // The source has NaN both for a time that a report does not tell and for one that is stored so; then NaN
+    // is taken for the latter.
+    const auto isStored = [&](std::size_t i) { return i < times.size() && std::isnan(times[i]); };
+    const std::vector<double> minutes =
+        of_.cut != nullptr ? CutSeries(&masslynx::ScanIndexEntry::retentionTime)
+                           : WithZeros(source_.Minutes(of_.sample, of_.held), Wanted::kAbsentTime, isStored);
+    CheckColumn("GetRetentionTimes", "time", times, minutes);
+    CZRChromatogram total;
+    CheckChromatogram("GetTotalIonChromatogram",
+                      server_.GetTotalIonChromatogram(true, of_.sample, of_.position, total), true, total,
+                      minutes,
+                      of_.cut != nullptr ? CutSeries(&masslynx::ScanIndexEntry::totalIntensity)
+                                         : Stored(source_.TotalIons(of_.sample, of_.held),
+                                                  Wanted::kAbsentTotal, &source::Scan::totalIntensity));
+    if (!IsReport()) return;
+    CompareBasePeaks(true, minutes,
+                     Stored(source_.BasePeaks(of_.sample, of_.held), Wanted::kAbsentBasePeak,
+                            &source::Scan::basePeakIntensity));
+  }
+
+  std::vector<double> CutSeries(float masslynx::ScanIndexEntry::*value) const {
+    std::vector<double> values;
+    for (const masslynx::ScanIndexEntry& scan : of_.cut->scanIndex) values.push_back(scan.*value);
+    return values;
+  }
+
+  std::vector<double> Stored(source::Chromatogram held, Wanted difference,
+                             std::optional<double> source::Scan::*value) {
+    return WithZeros(std::move(held.intensities), difference, [&](std::size_t i) {
+      return (source_.ScanAt(of_.sample, of_.held, static_cast<int>(i)).*value).has_value();
+    });
+  }
+
+  // With 0 for what a report does not tell: NaN, unless that is stored.
+  template <class IsStored>
+  std::vector<double> WithZeros(std::vector<double> values, Wanted difference, IsStored isStored) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      if (!IsReport() || !std::isnan(values[i]) || isStored(i)) continue;
+      Count(difference);
+      values[i] = 0;
+    }
+    return values;
+  }
+
+  // Ion mobility
+
+  // Several at once are filled up to the first that cannot be read.
+  void CompareDriftBins(int scan) {
+    place_.scan = scan;
+    HostVector<CZRMassSpectrum> spectra;
+    const bool areGiven =
+        server_.GetMobilitySpectra(of_.sample, of_.position, scan, 0, of_.driftBins - 1, spectra);
+    bool isComplete = true;
+    for (int bin = 0; bin < of_.driftBins; ++bin) {
+      const bool isHeld = Held([&] {
+                            source_.ReadDriftBin(of_.sample, of_.held, scan, bin, x_, y_);
+                            return true;
+                          }).has_value();
+      isComplete = isComplete && isHeld;
+      CZRMassSpectrum spectrum;
+      const bool isGiven = server_.GetMobilitySpectrum(of_.sample, of_.position, scan, bin, spectrum);
+      Check("GetMobilitySpectrum", "success", isGiven, isHeld);
+      if (isGiven && isHeld) CheckPoints("GetMobilitySpectrum", ColumnsOf(spectrum), {x_, y_});
+      const auto place = static_cast<std::size_t>(bin);
+      if (isComplete && place < spectra.size())
+        CheckPoints("GetMobilitySpectra", ColumnsOf(spectra[place]), {x_, y_});
+    }
+    Check("GetMobilitySpectra", "success", areGiven, isComplete);
+  }
+
+  CDataServerImpl& server_;
+  source::Source& source_;
+  RawSlots* slots_;
+  const ComparedList& list_;
+  const ComparedFunction& of_;
+  Computed computed_;
+  std::vector<double> x_;
+  std::vector<double> y_;
+};
+
+}  // namespace
+
+void CompareScans(PluginComparison& result, const ComparedSource& compared, const ComparedList& list,
+                  const ComparedFunction& function, int scans) {
+  ScanComparer(result, compared, list, function).Compare(scans);
+}
+
+}  // namespace zrml::tool

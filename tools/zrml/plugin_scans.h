@@ -1,0 +1,44 @@
+// Spectra and drift bins of a function, and the chromatograms that a plug-in computes of its spectra.
+#pragma once
+
+#include <unordered_map>
+#include <vector>
+
+#include "plugin/data_server.h"
+#include "tools/zrml/plugin_verdicts.h"
+#include "tools/zrml/slot_view.h"
+
+namespace zrml::tool {
+
+/// Both sides, open.
+struct ComparedSource {
+  CDataServerImpl& server;
+  source::Source& source;
+  RawSlots* slots;  // null for a report
+};
+
+/// The functions of a sample that both sides have.
+struct ComparedList {
+  std::vector<int> positions;                                           // in the source's list, ascending
+  std::unordered_map<int, const masslynx::FunctionRecord*> cutOffsets;  // by these
+  bool hasEmptyLevel = false;                                           // a function of level 1 without scans
+};
+
+/// One of them.
+struct ComparedFunction {
+  int sample = 0;
+  int position = 0;  // in the plug-in's list
+  int held = 0;      // in the source's
+  source::Function function = {};
+  int kind = 0;                                   // in the interface's numbers
+  const masslynx::FunctionRecord* cut = nullptr;  // with the scans that the slots know, if others
+  // As the plug-in is to tell it.
+  bool hasMobility = false;
+  int driftBins = 0;
+};
+
+/// Compares the first `scans` scans, which both sides have.
+void CompareScans(PluginComparison& result, const ComparedSource& compared, const ComparedList& list,
+                  const ComparedFunction& function, int scans);
+
+}  // namespace zrml::tool
