@@ -176,6 +176,18 @@ TEST_F(PluginComparisonTest, FunctionWithoutItsDataFile) {
   ExpectWanted(path, {{Wanted::kUnlistedFunction, 1}, {Wanted::kListPosition, 4}});
 }
 
+// The products' only precursor was there.
+TEST_F(PluginComparisonTest, PrecursorWithoutItsDataFile) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions.resize(2);
+  raw.history.clear();
+  raw.processed.clear();
+  const std::string path = Make("run.raw", raw);
+  ExpectFault(path, "FindPrecursorScan");
+  std::filesystem::remove(folder_ / "run.raw" / "_FUNC001.DAT");
+  ExpectWanted(path, {{Wanted::kUnlistedFunction, 2}});
+}
+
 TEST_F(PluginComparisonTest, DriftBinsWithoutTheLibrary) {
   const std::string path = Make("run.raw");
   std::ofstream(folder_ / "run.raw" / "_FUNC006.CDT") << "";
@@ -237,6 +249,19 @@ TEST_F(PluginComparisonTest, PlacesWithoutPoints) {
       0.5F,
       {{.mass = 100 * 1024, .mantissa = 5}, {.mass = 101 * 1024}, {.mass = 102 * 1024, .mantissa = 6}})};
   ExpectWanted(Make("pairs.raw", raw), {{Wanted::kUnwrittenPoints, 1}});
+}
+
+// Chromatograms are computed in one spectrum, where the place keeps the point of the scan before.
+TEST_F(PluginComparisonTest, PlaceWithoutAPointBehindOneWithAPoint) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = 1;
+  const StoredPoint1 first = {.mass = 100 * 1024, .mantissa = 5};
+  raw.functions[0].scans = {ScanOf<StoredPoint1>(0.5F, {first, {.mass = 101 * 1024, .mantissa = 6}}),
+                            ScanOf<StoredPoint1>(1, {first, {.mass = 101 * 1024}})};
+  const std::string path = Make("run.raw", raw);
+  ExpectWanted(path, {{Wanted::kUnwrittenPoints, 1}});
+  ExpectFaults(path, {"GetMassRangeChromatogram", "GetMassRangeBasePeakChromatogram", "GetSpectrum mass"});
 }
 
 // The first function has three spectra: one out of order, one in order, one without points; and a trace
