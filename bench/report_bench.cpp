@@ -57,7 +57,7 @@ const Report& HundredMegabytes() {
 
 void IndexSamples(benchmark::State& state) {
   const Report& report = Gigabyte();
-  COpenLynxRptDataServerImpl server;
+  plugin::COpenLynxRptDataServerImpl server;
   for (auto _ : state) {
     server.Close();
     if (!server.Open(report.directory.WidePath("many.rpt")) || server.GetSampleCount() != report.samples)
@@ -76,7 +76,7 @@ void Grep(benchmark::State& state) {
 void ReadSpectra(benchmark::State& state) {
   const Report& report = HundredMegabytes();
   for (auto _ : state) {
-    COpenLynxRptDataServerImpl server;
+    plugin::COpenLynxRptDataServerImpl server;
     server.Open(report.directory.WidePath("many.rpt"));
     CZRMassSpectrum spectrum;
     for (int sample = 0; sample < server.GetSampleCount(); ++sample) {

@@ -11,14 +11,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::SetFiles({{L"report.rpt", {bytes.begin(), bytes.end()}}});
   const std::wstring path = std::wstring(fuzz::kFolder) + L"/report.rpt";
   {
-    COpenLynxRptDataServerImpl server;
+    plugin::COpenLynxRptDataServerImpl server;
     server.Open(path);
     fuzz::Check(fuzz::OpenFileCount() <= 1, "an open server holds the report alone");
     server.GetSampleCount();
   }
   fuzz::Check(fuzz::OpenFileCount() == 0, "no file outlives its server");
   // Counting samples of a file, and a second open, deliberately leave files open.
-  COpenLynxRptDataServerImpl server;
+  plugin::COpenLynxRptDataServerImpl server;
   fuzz::LiveWith(server, path, L"report.rpt");
   return 0;
 }

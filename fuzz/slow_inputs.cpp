@@ -195,8 +195,9 @@ void ShowReport(const std::string& what, const std::string& begin, const std::st
   std::string text = begin;
   while (text.size() + end.size() < kMegabyte) text += repeated;
   text += end;
-  Print("report: " + what, Seconds<COpenLynxRptDataServerImpl>({{"nested.rpt", TextToBytes(text)}},
-                                                               std::wstring(fuzz::kFolder) + L"/nested.rpt"));
+  Print("report: " + what,
+        Seconds<plugin::COpenLynxRptDataServerImpl>({{"nested.rpt", TextToBytes(text)}},
+                                                    std::wstring(fuzz::kFolder) + L"/nested.rpt"));
 }
 
 std::string Times(int count, std::string_view thing) {

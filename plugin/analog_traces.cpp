@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-namespace zrml {
+namespace zrml::plugin {
 
 using openlynx::Run;
 
@@ -37,4 +37,4 @@ std::optional<std::uint64_t> AnalogTraces::Position(std::size_t number) const {
   return looks.look.positions[run.last - (*end - at)];
 }
 
-}  // namespace zrml
+}  // namespace zrml::plugin

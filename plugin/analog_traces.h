@@ -9,7 +9,7 @@
 
 #include "openlynx/report_index.h"
 
-namespace zrml {
+namespace zrml::plugin {
 
 /// The "[CHROMATOGRAM]" lines of a sample's analog functions, by function, as often as they were looked for.
 class AnalogTraces {
@@ -45,4 +45,4 @@ class AnalogTraces {
   std::size_t count_ = 0;
 };
 
-}  // namespace zrml
+}  // namespace zrml::plugin

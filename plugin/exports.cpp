@@ -21,7 +21,7 @@ zrml::HostInstance* Create() {
 
 constexpr std::array kProviders = {
     Create<zrml::plugin::CMLDataServerImpl>,
-    Create<zrml::COpenLynxRptDataServerImpl>,
+    Create<zrml::plugin::COpenLynxRptDataServerImpl>,
 };
 
 }  // namespace

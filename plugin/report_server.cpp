@@ -10,7 +10,7 @@
 
 #include "common/platform/platform.h"
 
-namespace zrml {
+namespace zrml::plugin {
 namespace {
 
 using namespace openlynx::report_format;
@@ -383,4 +383,4 @@ bool COpenLynxRptDataServerImpl::FindPrecursorScan(int sample, int function, int
   return true;
 }
 
-}  // namespace zrml
+}  // namespace zrml::plugin

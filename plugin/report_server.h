@@ -13,7 +13,7 @@
 #include "plugin/analog_traces.h"
 #include "plugin/data_server.h"
 
-namespace zrml {
+namespace zrml::plugin {
 
 class COpenLynxRptDataServerImpl : public CDataServerImpl {
  public:
@@ -129,4 +129,4 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   openlynx::Spectrum spectrum_;
 };
 
-}  // namespace zrml
+}  // namespace zrml::plugin

@@ -125,7 +125,7 @@ TEST(Bounds, ReportsTakeMemoryByTheirSize) {
     const std::size_t before = BytesInUse();
     StartPeak();
     {
-      COpenLynxRptDataServerImpl server;
+      plugin::COpenLynxRptDataServerImpl server;
       ASSERT_TRUE(server.Open(directory.WidePath("report.rpt")));
       server.GetSampleCount();
       server.GetTraceCount(0);

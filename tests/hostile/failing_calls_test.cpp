@@ -141,7 +141,7 @@ TEST(FailingReportTest, ReadErrorCostsTheTimeOfOneSpectrumAtMost) {
   text += "}\n}\n";
   const TempDirectory directory;
   directory.WriteText("long.rpt", text);
-  COpenLynxRptDataServerImpl server;
+  plugin::COpenLynxRptDataServerImpl server;
   ASSERT_TRUE(server.Open(directory.WidePath("long.rpt")));
   HostVector<double> whole;
   ASSERT_TRUE(server.GetRetentionTimes(0, 0, whole));

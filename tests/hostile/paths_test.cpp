@@ -100,7 +100,7 @@ TEST(Paths, FileInPlaceOfTheDirectoryIsNoSource) {
 
 TEST(Paths, DirectoryInPlaceOfAReportIsNoReport) {
   const TempDirectory directory("report.rpt");
-  COpenLynxRptDataServerImpl server;
+  plugin::COpenLynxRptDataServerImpl server;
   EXPECT_FALSE(server.ValidateSource(directory.WidePath()));
   EXPECT_FALSE(server.Open(directory.WidePath()));
 }

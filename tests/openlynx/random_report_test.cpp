@@ -30,7 +30,7 @@ TEST_P(RandomReportTest, EveryAnswerIsThatOfTheLiteralReader) {
   for (int report = 0; report < kComparedReports; ++report) {
     const std::string text = random.Next();
     directory.WriteText("random.rpt", text);
-    COpenLynxRptDataServerImpl provider;
+    plugin::COpenLynxRptDataServerImpl provider;
     LiteralReader literal;
     ASSERT_EQ(provider.Open(path), literal.Open(path));
     ASSERT_EQ(provider.ValidateSource(path), literal.ValidateSource(path)) << "report " << report;
@@ -55,7 +55,7 @@ TEST_P(RandomReportTest, EveryAnswerAfterFurtherOpensIsThatOfTheLiteralReader) {
   const TempDirectory directory;
   const std::wstring path = directory.WidePath("random.rpt");
   RandomReport random(100 + GetParam());
-  COpenLynxRptDataServerImpl provider;
+  plugin::COpenLynxRptDataServerImpl provider;
   LiteralReader literal;
   int spectra = 0;
   for (int report = 0; report < kComparedReports; ++report) {
@@ -88,7 +88,7 @@ TEST_P(RandomReportTest, PrecursorsAreThoseOfTheBase) {
   for (int report = 0; report < kReports; ++report) {
     const std::string text = random.NextWithPrecursors();
     directory.WriteText("random.rpt", text);
-    COpenLynxRptDataServerImpl provider;
+    plugin::COpenLynxRptDataServerImpl provider;
     LiteralReader literal;
     ASSERT_EQ(provider.Open(path), literal.Open(path));
     for (int function = -1; function <= literal.GetFunctionCount(0); ++function) {
@@ -120,7 +120,7 @@ TEST(RandomReportCountTest, FileSampleCountIsThatOfTheLiteralReader) {
     directory.WriteText(name, text);
     const std::wstring path = directory.WidePath(name);
     const int count = LiteralReader().GetFileSampleCount(path);
-    ASSERT_EQ(COpenLynxRptDataServerImpl().GetFileSampleCount(path), count) << text;
+    ASSERT_EQ(plugin::COpenLynxRptDataServerImpl().GetFileSampleCount(path), count) << text;
     samples += count;
   }
   EXPECT_GT(samples, kReports);

@@ -55,7 +55,7 @@ class ReportTest : public testing::Test {
   }
 
   TempDirectory directory_{"reports"};
-  COpenLynxRptDataServerImpl server_;
+  plugin::COpenLynxRptDataServerImpl server_;
 };
 
 }  // namespace zrml

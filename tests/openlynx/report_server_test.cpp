@@ -107,7 +107,7 @@ TEST_F(OpenLynxDataServerTest, FileSampleCountLeavesItsFileOpen) {
   const std::wstring path = Write(SmallReport());
   const std::filesystem::path file = directory_.Path() / "report.rpt";
   EXPECT_FALSE(IsHeldOpen(file));
-  { EXPECT_EQ(COpenLynxRptDataServerImpl().GetFileSampleCount(path), 1); }
+  { EXPECT_EQ(plugin::COpenLynxRptDataServerImpl().GetFileSampleCount(path), 1); }
   EXPECT_TRUE(IsHeldOpen(file));
 }
 
@@ -115,7 +115,7 @@ TEST_F(OpenLynxDataServerTest, NothingElseLeavesAFileOpen) {
   const std::wstring path = Write(SmallReport());
   const std::filesystem::path file = directory_.Path() / "report.rpt";
   {
-    COpenLynxRptDataServerImpl server;
+    plugin::COpenLynxRptDataServerImpl server;
     EXPECT_TRUE(server.CanOpen(path));
     EXPECT_TRUE(server.ValidateSource(path));
     EXPECT_FALSE(IsHeldOpen(file));
@@ -316,7 +316,7 @@ TEST_F(OpenLynxDataServerTest, ChromatogramOfNothingIsTheBasesOverNoScans) {
 }
 
 // A provider whose base operations are counted: the fallback goes through the interface.
-class CountingServer : public COpenLynxRptDataServerImpl {
+class CountingServer : public plugin::COpenLynxRptDataServerImpl {
  public:
   bool GetMassRangeBasePeakChromatogram(double low, double high, bool, int, int, CZRChromatogram&) override {
     return Note(low, high);
@@ -387,7 +387,7 @@ TEST_F(OpenLynxDataServerTest, KeysOfAFunctionAreNotReadWithEachSpectrum) {
   EXPECT_EQ(Spectrum().GetPolarity(), 1);
   Write(report("ES-"));
   EXPECT_EQ(Spectrum().GetPolarity(), 1);
-  COpenLynxRptDataServerImpl fresh;
+  plugin::COpenLynxRptDataServerImpl fresh;
   ASSERT_TRUE(fresh.Open(directory_.WidePath("report.rpt")));
   EXPECT_EQ(fresh.GetPolarity(0, 0), 2);
 }

@@ -41,7 +41,7 @@ TEST_F(SampleReportTest, LineEndsChangeTheFunctionTextOnly) {
   const std::wstring lf = Write(sample::Report(LineEnd::kLf), "lf.rpt");
   const std::wstring crLf = Write(sample::Report(LineEnd::kCrLf), "crlf.rpt");
   ASSERT_TRUE(server_.Open(lf));
-  COpenLynxRptDataServerImpl other;
+  plugin::COpenLynxRptDataServerImpl other;
   ASSERT_TRUE(other.Open(crLf));
   int differences = 0;
   for (int sample = -1; sample <= 3; ++sample) {

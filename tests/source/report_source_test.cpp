@@ -156,7 +156,7 @@ void ExpectSameFunction(Source& source, CDataServerImpl& server, int sample, int
 
 // Each question once, so that the traces of samples without other functions are those of the first look.
 void ExpectTheSlotsNumbers(Source& source, const std::wstring& path) {
-  COpenLynxRptDataServerImpl server;
+  plugin::COpenLynxRptDataServerImpl server;
   ASSERT_TRUE(server.Open(path));
   ASSERT_EQ(source.SampleCount(), server.GetSampleCount());
   for (int sample = 0; sample < source.SampleCount(); ++sample) {
