@@ -1,5 +1,5 @@
-// Going through many blocks at once. Blocks that were never closed lie in each other, each in all those
-// before it; a sweep reads a line once, whatever number of blocks it is part of.
+// Going through many blocks at once. A block that is never closed has all those behind it inside; a sweep
+// reads a line once, whatever number of blocks it is part of.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@
 
 namespace zrml::openlynx {
 
-/// Walks the blocks that begin at ascending positions, and tells a visitor of
+/// Walks the blocks that begin at ascending positions, and calls a visitor's
 ///   Line(line, open)       a line, and the numbers of the blocks that it is part of, outermost first,
 ///                          without the one that begins with it;
 ///   Ended(stillOpen)       a block, the innermost, has ended: so many are still open;
@@ -24,7 +24,7 @@ namespace zrml::openlynx {
 /// A visitor whose IsSatisfied(count of open blocks) needs no further line of the blocks that are open; one
 /// whose kEveryLine is false needs only marked lines.
 ///
-/// Positions that were found in another file may lie within the pieces of an earlier block. Such blocks are
+/// Positions that were found in another file may be within the pieces of an earlier block. Such blocks are
 /// walked in further rounds: at most one for each distance that two of them can have within a piece.
 template <class Visitor>
 class BlockSweep {

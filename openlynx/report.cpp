@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -45,8 +46,8 @@ bool BeginsLikeReport(const platform::File& file) {
   return false;
 }
 
-std::wstring DateTimeText(std::string_view date, std::string_view time) {
-  return platform::FromCodePage(date) + L"T" + platform::FromCodePage(time) + L"+00:00";
+int CountOf(std::size_t size) {
+  return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
 }
 
 ReportStream Report::Exchange(ReportStream stream) {
@@ -75,37 +76,45 @@ std::span<const std::uint64_t> Report::ChromatogramsOf(Sample& sample, Function&
   return sample.ChromatogramsOf(function);
 }
 
+std::wstring Report::NameOf(const Sample& sample) {
+  constexpr std::array kName = {SampleItem{"FileName", report_format::kFileNameKey}};
+  return ReadItems(sample, kName).front();
+}
+
 std::wstring Report::NameOf(Sample& sample, const Function& function) {
-  return openlynx::NameOf(stream_, sample, function);
+  ReadNames(stream_, sample, function);
+  ReadIonMode(stream_, sample, function);
+  std::wstring name;
+  for (const TextNumber number : {function.ionMode, function.type, function.description}) {
+    const std::string_view part = sample.Text(number);
+    if (part.empty()) continue;
+    if (!name.empty()) name += L' ';
+    name += platform::FromCodePage(part);
+  }
+  return name;
 }
 
 std::string_view Report::TypeOf(Sample& sample, const Function& function) {
-  return openlynx::TypeOf(stream_, sample, function);
-}
-
-FunctionKind Report::KindOf(Sample& sample, const Function& function) {
-  return KindOfType(TypeOf(sample, function));
+  ReadNames(stream_, sample, function);
+  return sample.Text(function.type);
 }
 
 Polarity Report::PolarityOf(Sample& sample, const Function& function) {
-  return PolarityOfIonMode(IonModeOf(stream_, sample, function));
+  ReadIonMode(stream_, sample, function);
+  return PolarityOfIonMode(sample.Text(function.ionMode));
 }
 
-std::wstring Report::DateTimeOf(std::uint64_t position) {
-  std::array<KeyValue, 2> keys = {{{report_format::kDateKey}, {report_format::kTimeKey}}};
-  ReadKeys(position, keys);
-  return DateTimeText(keys[0].value, keys[1].value);
+// What a spectrum says of itself is not believed when it has no points.
+bool Report::IsCentroided(Sample& sample, Function& function) {
+  const std::span<const std::uint64_t> spectra = SpectraOf(sample, function);
+  if (spectra.empty()) return false;
+  const SpectrumHead first = ReadSpectrumHead(spectra.front());
+  return first.isCentroided && !ReadPoints(first).x.empty();
 }
 
-std::optional<double> Report::NumberOf(std::uint64_t position, std::string_view key) {
-  std::array<KeyValue, 1> keys = {{{key}}};
-  ReadKeys(position, keys);
-  return NumberIn(keys[0].value);
-}
-
-std::optional<std::wstring> Report::ReadText(std::uint64_t position) {
-  std::wstring text =
-      platform::FromCodePage(ReadBlockText(stream_, position, kLargestText * kBytesPerCharacter));
+std::optional<std::wstring> Report::ReadText(const Function& function, std::uint64_t end) {
+  std::wstring text = platform::FromCodePage(
+      ReadBlockText(stream_, function.position, kLargestText * kBytesPerCharacter, end));
   return text.size() <= kLargestText ? std::optional(std::move(text)) : std::nullopt;
 }
 

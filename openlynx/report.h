@@ -1,5 +1,5 @@
 // A report: a text file of samples, their functions, and the spectra and chromatograms of a function. The
-// file stays open. What lies where is looked for when it is first needed, and kept; what was not found is
+// file stays open. What is where is looked for when it is first needed, and kept; what was not found is
 // looked for again. Values and points are read anew whenever they are asked for.
 #pragma once
 
@@ -24,15 +24,13 @@ bool HasReportExtension(const platform::SystemPath& path);
 /// Whether one of the first ten lines, read in text mode, has a sample's marker in it.
 bool BeginsLikeReport(const platform::File& file);
 
-/// Date and time of a sample, joined as they stand; the zone is always +00:00, whatever the local time was.
-std::wstring DateTimeText(std::string_view date, std::string_view time);
+/// How many items a list has, for those who count in `int`.
+int CountOf(std::size_t size);
 
 class Report {
  public:
   Report() = default;
   explicit Report(ReportStream stream) : stream_(std::move(stream)) {}
-
-  bool IsOpen() const { return stream_.IsOpen(); }
 
   /// Goes on with another file at the positions that are known, and gives the one before.
   ReportStream Exchange(ReportStream stream);
@@ -51,32 +49,39 @@ class Report {
   std::span<const std::uint64_t> ChromatogramsOf(Sample& sample, Function& function);
   /// Finds those of all functions that are analog, or that are not, at once.
   void FindAllBlocks(Sample& sample, bool areAnalog) { openlynx::FindAllBlocks(stream_, sample, areAnalog); }
+  /// Finds those of all functions, each block for the innermost function alone that it is in.
+  void FindOwnBlocks(Sample& sample) { openlynx::FindOwnBlocks(stream_, sample); }
 
+  std::wstring NameOf(const Sample& sample);
+  std::vector<std::wstring> ReadItems(const Sample& sample, std::span<const SampleItem> items) {
+    return ReadSampleItems(stream_, sample.position, items);
+  }
+
+  /// Ion mode, type and description joined by blanks; empty when all are.
   std::wstring NameOf(Sample& sample, const Function& function);
   std::string_view TypeOf(Sample& sample, const Function& function);
-  FunctionKind KindOf(Sample& sample, const Function& function);
+  FunctionKind KindOf(Sample& sample, const Function& function) {
+    return KindOfType(TypeOf(sample, function));
+  }
   Polarity PolarityOf(Sample& sample, const Function& function);
+  /// As the first spectrum is; false when that has no points.
+  bool IsCentroided(Sample& sample, Function& function);
 
-  /// Of the block at a position.
-  std::vector<std::wstring> TextsOf(std::span<const std::uint64_t> positions, std::string_view key) {
-    return TextsOfKey(stream_, positions, key);
+  std::vector<std::wstring> TraceNames(std::span<const std::uint64_t> chromatograms) {
+    return ReadTraceNames(stream_, chromatograms);
   }
-  std::wstring TextOf(std::uint64_t position, std::string_view key) {
-    return TextOfKey(stream_, position, key);
-  }
-  std::wstring DateTimeOf(std::uint64_t position);
-  void ReadKeys(std::uint64_t position, std::span<KeyValue> keys) {
-    openlynx::ReadKeys(stream_, position, keys);
-  }
-  /// No value when the key is not there, or its value is no number.
-  std::optional<double> NumberOf(std::uint64_t position, std::string_view key);
-  Spectrum ReadSpectrum(std::uint64_t position) { return openlynx::ReadSpectrum(stream_, position); }
   Trace ReadTrace(std::uint64_t position) { return openlynx::ReadTrace(stream_, position); }
+
+  SpectrumHead ReadSpectrumHead(std::uint64_t position) {
+    return openlynx::ReadSpectrumHead(stream_, position);
+  }
+  std::size_t CountLines(const SpectrumHead& spectrum) { return CountSpectrumLines(stream_, spectrum); }
+  Points ReadPoints(const SpectrumHead& spectrum) { return ReadSpectrumPoints(stream_, spectrum); }
   ScanSeries ReadSeries(std::span<const std::uint64_t> spectra, double missing) {
     return ReadScanSeries(stream_, spectra, missing);
   }
-  /// As wide text; no value when that is more than 10,000,000 characters.
-  std::optional<std::wstring> ReadText(std::uint64_t position);
+  /// The lines of a function that begin before `end`; no value when that is more than 10,000,000 characters.
+  std::optional<std::wstring> ReadText(const Function& function, std::uint64_t end = kNoLimit);
 
   /// Looks for samples whose blocks are still open where the next one begins or the file ends, as in a copy
   /// that broke off. `name` is the file's.

@@ -51,15 +51,24 @@ bool Contains(std::string_view value, std::string_view part) {
   return value.find(part) != std::string_view::npos;
 }
 
-void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys) {
+std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys,
+                                      std::string_view list) {
   const auto isFilled = [](const KeyValue& entry) { return !entry.value.empty(); };
   BlockWalk walk(stream, position);
+  std::optional<std::uint64_t> found;
+  bool areFilled = false;
+  bool isListSought = !list.empty();
   std::string_view line;
-  while (walk.Next(line)) {
-    if (line.front() == kClose) continue;
+  while ((!areFilled || isListSought) && (areFilled ? walk.NextMarked(line) : walk.Next(line))) {
+    if (isListSought && walk.IsInside() && line.starts_with(list)) {
+      found = stream.Position();
+      isListSought = false;
+    }
+    if (areFilled || line.front() == kClose) continue;
     TryKeys(line, keys);
-    if (std::all_of(keys.begin(), keys.end(), isFilled)) return;
+    areFilled = std::all_of(keys.begin(), keys.end(), isFilled);
   }
+  return found;
 }
 
 std::optional<double> NumberIn(std::string_view value) { return TakeDouble(value); }
@@ -68,20 +77,12 @@ double FullScaleOf(std::optional<double> number) {
   return number.value_or(0.0) == 0.0 ? kFullScale : *number;
 }
 
-bool FindDataList(ReportStream& stream, std::uint64_t position, std::string_view marker) {
-  BlockWalk walk(stream, position);
-  std::string_view line;
-  while (walk.NextMarked(line)) {
-    if (walk.IsInside() && line.starts_with(marker)) return true;
-  }
-  return false;
-}
-
-std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough) {
+std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough,
+                          std::uint64_t end) {
   std::string text;
   BlockWalk walk(stream, position);
   std::string_view line;
-  while (text.size() <= enough && walk.Next(line)) text += TextOf(line);
+  while (text.size() <= enough && walk.Next(line) && walk.Position() < end) text += TextOf(line);
   return text;
 }
 

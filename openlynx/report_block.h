@@ -60,7 +60,11 @@ bool Contains(std::string_view value, std::string_view part);
 /// Fills the empty values from the block at `position`, nested blocks included; the first value that is not
 /// empty counts. Keys match by prefix, deliberately: "Timestamp 3" gives "Time" the value "stamp 3". Keys may
 /// come in any order, since none begins another one.
-void ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys);
+///
+/// In the same pass finds where a data list begins: behind the first line inside the block that begins with
+/// `list`. No value when there is none, or none is asked for.
+std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys,
+                                      std::string_view list = {});
 
 /// A value's number by the rules of C's strtod; no value when there is none.
 std::optional<double> NumberIn(std::string_view value);
@@ -68,24 +72,33 @@ std::optional<double> NumberIn(std::string_view value);
 /// What 100 percent is: 100 stands for a missing or zero one.
 double FullScaleOf(std::optional<double> number);
 
-/// Moves behind the first line inside the block at `position` that begins with `marker`; false when there is
-/// none.
-bool FindDataList(ReportStream& stream, std::uint64_t position, std::string_view marker);
-
-/// Calls `use(x, y)` for each line of the data list at the stream that holds two numbers. The list ends with
+/// Calls `use(line)` for each line of the data list at `position` that may hold numbers. The list ends with
 /// the first line that begins with a closing brace; an opening one is not counted.
 template <class Use>
-void ReadDataList(ReportStream& stream, Use use) {
+void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use) {
+  stream.Seek(position);
   std::string_view line;
   while (stream.Next(line) && line.front() != report_format::kClose) {
-    if (line.front() == report_format::kComment) continue;
-    const std::optional<double> x = TakeDouble(line);
-    const std::optional<double> y = x ? TakeDouble(line) : std::nullopt;
-    if (y) use(*x, *y);
+    if (line.front() != report_format::kComment && line.front() != report_format::kOpen) use(line);
   }
 }
 
-/// The lines of the block at `position` with their line ends, until more than `enough` bytes are gathered.
-std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough);
+/// Calls `use(x, y)` for each line of the data list at `position` that holds two numbers. Lines are not
+/// copied: it would cost a quarter of the time that reading takes.
+template <class Use>
+void ReadDataList(ReportStream& stream, std::uint64_t position, Use use) {
+  ForEachDataLine(stream, position, [&](std::string_view& line) {
+    const std::optional<double> x = TakeDouble(line);
+    const std::optional<double> y = x ? TakeDouble(line) : std::nullopt;
+    if (y) use(*x, *y);
+  });
+}
+
+inline constexpr std::uint64_t kNoLimit = static_cast<std::uint64_t>(-1);
+
+/// The lines of the block at `position` that begin before `end`, with their line ends, until more than
+/// `enough` bytes are gathered.
+std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough,
+                          std::uint64_t end = kNoLimit);
 
 }  // namespace zrml::openlynx

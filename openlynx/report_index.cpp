@@ -16,12 +16,37 @@ using namespace report_format;
 
 using Positions = std::vector<std::uint64_t>;
 
-// The marker lines that lie in blocks: a run of each list for each block.
+// The marker lines of one kind inside blocks: a run of the list for each block, and for each line the number
+// of the innermost block that it is in.
+struct MarkerLines {
+  Positions positions;
+  std::vector<std::size_t> owners;
+  std::vector<Run> runs;
+
+  void Add(std::uint64_t position, std::size_t owner) {
+    positions.push_back(position);
+    owners.push_back(owner);
+  }
+  // Sorts the lines by owner; the runs are those of the owners then.
+  void GroupByOwner();
+};
+
+void MarkerLines::GroupByOwner() {
+  std::fill(runs.begin(), runs.end(), Run());
+  for (const std::size_t owner : owners) ++runs[owner].last;
+  std::size_t end = 0;
+  for (Run& run : runs) {
+    const std::size_t first = std::exchange(end, end + run.last);
+    run = {first, first};
+  }
+  Positions grouped(positions.size());
+  for (std::size_t i = 0; i < positions.size(); ++i) grouped[runs[owners[i]].last++] = positions[i];
+  positions = std::move(grouped);
+}
+
 struct FoundBlocks {
-  Positions spectra;
-  Positions chromatograms;
-  std::vector<Run> spectrumRuns;
-  std::vector<Run> chromatogramRuns;
+  MarkerLines spectra;
+  MarkerLines chromatograms;
 };
 
 class MarkerSweep {
@@ -33,22 +58,22 @@ class MarkerSweep {
   void Line(std::string_view, std::span<const std::size_t>) {}
 
   void Inside(std::string_view line, std::uint64_t position) {
-    if (line.starts_with(kSpectrum)) found_.spectra.push_back(position);
-    if (line.starts_with(kChromatogram)) found_.chromatograms.push_back(position);
+    if (line.starts_with(kSpectrum)) found_.spectra.Add(position, open_.back());
+    if (line.starts_with(kChromatogram)) found_.chromatograms.Add(position, open_.back());
   }
 
   void Began(std::span<const std::size_t> open) {
     const std::size_t number = open.back();
     open_.push_back(number);
-    found_.spectrumRuns[number].first = found_.spectra.size();
-    found_.chromatogramRuns[number].first = found_.chromatograms.size();
+    found_.spectra.runs[number].first = found_.spectra.positions.size();
+    found_.chromatograms.runs[number].first = found_.chromatograms.positions.size();
   }
 
   void Ended(std::size_t stillOpen) {
     const std::size_t number = open_[stillOpen];
     open_.pop_back();
-    found_.spectrumRuns[number].last = found_.spectra.size();
-    found_.chromatogramRuns[number].last = found_.chromatograms.size();
+    found_.spectra.runs[number].last = found_.spectra.positions.size();
+    found_.chromatograms.runs[number].last = found_.chromatograms.positions.size();
   }
 
   bool IsSatisfied(std::size_t) const { return false; }
@@ -60,8 +85,8 @@ class MarkerSweep {
 
 FoundBlocks FindBlocksAt(ReportStream& stream, std::span<const std::uint64_t> functions) {
   FoundBlocks found;
-  found.spectrumRuns.resize(functions.size());
-  found.chromatogramRuns.resize(functions.size());
+  found.spectra.runs.resize(functions.size());
+  found.chromatograms.runs.resize(functions.size());
   MarkerSweep visitor(found);
   BlockSweep(stream, functions, visitor).Run();
   return found;
@@ -89,13 +114,13 @@ void FindBlocksOf(ReportStream& stream, Sample& sample, std::span<Function> func
     if (isOpen(function)) positions.push_back(function.position);
   }
   FoundBlocks found = FindBlocksAt(stream, positions);
-  const std::size_t spectra = Append(sample.spectra, std::move(found.spectra));
-  const std::size_t chromatograms = Append(sample.chromatograms, std::move(found.chromatograms));
+  const std::size_t spectra = Append(sample.spectra, std::move(found.spectra.positions));
+  const std::size_t chromatograms = Append(sample.chromatograms, std::move(found.chromatograms.positions));
   std::size_t number = 0;
   for (Function& function : functions) {
     if (!isOpen(function)) continue;
-    const Run& spectrumRun = found.spectrumRuns[number];
-    const Run& chromatogramRun = found.chromatogramRuns[number];
+    const Run& spectrumRun = found.spectra.runs[number];
+    const Run& chromatogramRun = found.chromatograms.runs[number];
     function.spectra = {spectra + spectrumRun.first, spectra + spectrumRun.last};
     function.chromatograms = {chromatograms + chromatogramRun.first, chromatograms + chromatogramRun.last};
     ++number;
@@ -106,7 +131,7 @@ void SetSought(Function& function) {
   function.blocks = function.HasBlocks() ? Sought::kFound : Sought::kInVain;
 }
 
-// The "[FUNCTION]" lines inside a sample, each with the first of those that it may lie in.
+// The "[FUNCTION]" lines inside a sample, each with the first of those that it may be nested in.
 std::vector<Function> FindFunctionLines(ReportStream& stream, std::uint64_t sample) {
   std::vector<Function> found;
   std::int64_t groupDepth = 0;
@@ -152,7 +177,7 @@ std::vector<bool> TextsWith(const std::vector<std::string>& texts, std::string_v
 }
 
 // Walks through the sample's block. The stream is then behind it, or at the marker of the next sample where
-// that lies in it. How many braces are open there, or no value when the block has ended.
+// that is inside it. How many braces are open there, or no value when the block has ended.
 std::optional<std::int64_t> DepthBehindSample(ReportStream& stream) {
   const std::uint64_t position = stream.Position();
   BlockWalk walk(stream, position);
@@ -271,6 +296,22 @@ void FindAllBlocks(ReportStream& stream, Sample& sample, bool areAnalog) {
   for (Function& function : sample.functions) {
     if (function.isAnalog == areAnalog) SetSought(function);
   }
+}
+
+void FindOwnBlocks(ReportStream& stream, Sample& sample) {
+  Positions positions;
+  for (const Function& function : sample.functions) positions.push_back(function.position);
+  FoundBlocks found = FindBlocksAt(stream, positions);
+  found.spectra.GroupByOwner();
+  found.chromatograms.GroupByOwner();
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    Function& function = sample.functions[i];
+    function.spectra = found.spectra.runs[i];
+    function.chromatograms = found.chromatograms.runs[i];
+    SetSought(function);
+  }
+  sample.spectra = std::move(found.spectra.positions);
+  sample.chromatograms = std::move(found.chromatograms.positions);
 }
 
 void ReadNames(ReportStream& stream, Sample& sample, const Function& function) {

@@ -1,9 +1,9 @@
 // Where things are in a report: samples, the functions of a sample, the spectra and chromatograms of a
 // function. Each level is looked for when it is needed, and only positions are kept.
 //
-// Blocks that were never closed lie in each other, and what is in the inner one is in the outer ones, too. So
-// functions hold runs of lists that their sample holds, and functions that lie in each other are looked
-// through together.
+// A block that is never closed has all those behind it inside, so blocks can be nested thousands deep, and
+// what is in the innermost one is in all of them. So functions hold runs of lists that their sample holds,
+// and functions that are nested are looked through together.
 #pragma once
 
 #include <cstddef>
@@ -37,7 +37,7 @@ enum class Sought { kNotYet, kInVain, kFound };
 /// functions, those without spectra and analog ones included, from 1.
 struct Function {
   std::uint64_t position = 0;  // of the line
-  std::uint64_t group = 0;     // of the first of the functions that may lie in each other
+  std::uint64_t group = 0;     // of the first function that this one may be nested in
   bool isAnalog = false;
   Sought blocks = Sought::kNotYet;  // of either kind
   // Until the blocks have been sought, what was found when another function was looked through.
@@ -67,7 +67,7 @@ struct Sample {
   std::span<const std::uint64_t> SpectraOf(const Function& function) const;
   std::span<const std::uint64_t> ChromatogramsOf(const Function& function) const;
 
-  /// The functions that may lie in this one, or this one in them; itself is among them.
+  /// The functions that may be nested in this one, or this one in them; itself is among them.
   std::span<Function> GroupOf(const Function& function);
 
   /// Forgets what the file says at the positions that have been asked for.
@@ -79,7 +79,7 @@ struct Sample {
 std::vector<Sample> FindSamples(ReportStream& stream, const std::string& name = {},
                                 Findings* findings = nullptr);
 
-/// Finds the sample's functions, in place of those that are known, and tells analog ones by their names.
+/// Finds the sample's functions, in place of those that are known; analog ones are known by their names.
 void FindFunctions(ReportStream& stream, Sample& sample);
 
 /// Finds the function's blocks unless that has been done; of functions in one group, analog ones are looked
@@ -88,6 +88,10 @@ void FindBlocks(ReportStream& stream, Sample& sample, Function& function);
 
 /// The same for all functions of the sample that are analog, or that are not.
 void FindAllBlocks(ReportStream& stream, Sample& sample, bool areAnalog);
+
+/// Finds the blocks of all functions of the sample anew. A block that is inside several functions counts for
+/// the innermost one alone, so that each function has its own blocks, and no two share one.
+void FindOwnBlocks(ReportStream& stream, Sample& sample);
 
 /// Reads "Description" and "Type" of the function, or its "IonMode", unless that has been done.
 void ReadNames(ReportStream& stream, Sample& sample, const Function& function);

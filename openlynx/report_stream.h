@@ -57,7 +57,7 @@ class ReportStream {
   /// The same, and forgets it.
   bool TakeRefusal() { return std::exchange(isRefused_, false); }
 
-  /// A number that tells the bytes [from, end) of the file, as they are now, from others.
+  /// A number of the bytes [from, end) of the file, as they are now: other bytes have another one.
   std::uint64_t Digest(std::uint64_t from, std::uint64_t end);
 
  private:

@@ -31,11 +31,10 @@ constexpr std::array<TypeKind, 10> kTypeKinds = {{
 }};
 
 template <class Keep>
-Points ReadPoints(ReportStream& stream, std::uint64_t position, std::string_view marker, double fullScale,
-                  Keep keep) {
+Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, double fullScale, Keep keep) {
   Points points;
-  if (!FindDataList(stream, position, marker)) return points;
-  ReadDataList(stream, [&](double x, double percent) {
+  if (!list) return points;
+  ReadDataList(stream, *list, [&](double x, double percent) {
     if (!keep(x, percent)) return;
     points.x.push_back(x);
     points.intensities.push_back(percent * fullScale / kFullScale);
@@ -56,44 +55,31 @@ Polarity PolarityOfIonMode(std::string_view ionMode) {
   return Contains(ionMode, "-") ? Polarity::kNegative : Polarity::kUnknown;
 }
 
-std::string_view TypeOf(ReportStream& stream, Sample& sample, const Function& function) {
-  ReadNames(stream, sample, function);
-  return sample.Text(function.type);
-}
-
-std::string_view IonModeOf(ReportStream& stream, Sample& sample, const Function& function) {
-  ReadIonMode(stream, sample, function);
-  return sample.Text(function.ionMode);
-}
-
-std::wstring NameOf(ReportStream& stream, Sample& sample, const Function& function) {
-  ReadNames(stream, sample, function);
-  ReadIonMode(stream, sample, function);
-  std::wstring name;
-  for (const TextNumber number : {function.ionMode, function.type, function.description}) {
-    const std::string_view part = sample.Text(number);
-    if (part.empty()) continue;
-    if (!name.empty()) name += L' ';
-    name += platform::FromCodePage(part);
-  }
-  return name;
-}
-
-std::wstring TextOfKey(ReportStream& stream, std::uint64_t position, std::string_view key) {
-  std::array<KeyValue, 1> keys = {{{key}}};
-  ReadKeys(stream, position, keys);
-  return platform::FromCodePage(keys[0].value);
-}
-
-std::vector<std::wstring> TextsOfKey(ReportStream& stream, std::span<const std::uint64_t> positions,
-                                     std::string_view key) {
-  std::vector<std::wstring> texts(positions.size());
-  ReadKeysOfAll(stream, positions, std::array{key},
+std::vector<std::wstring> ReadTraceNames(ReportStream& stream, std::span<const std::uint64_t> chromatograms) {
+  std::vector<std::wstring> names(chromatograms.size());
+  ReadKeysOfAll(stream, chromatograms, std::array{kDescriptionKey},
                 [&](std::size_t, std::string_view value, std::span<const std::size_t> blocks) {
-                  const std::wstring text = platform::FromCodePage(value);
-                  for (const std::size_t block : blocks) texts[block] = text;
+                  const std::wstring name = platform::FromCodePage(value);
+                  for (const std::size_t block : blocks) names[block] = name;
                 });
-  return texts;
+  return names;
+}
+
+std::vector<std::wstring> ReadSampleItems(ReportStream& stream, std::uint64_t position,
+                                          std::span<const SampleItem> items) {
+  std::vector<KeyValue> keys;
+  for (const SampleItem& item : items) {
+    keys.push_back({item.key});
+    if (!item.timeKey.empty()) keys.push_back({item.timeKey});
+  }
+  ReadKeys(stream, position, keys);
+  std::vector<std::wstring> values;
+  auto key = keys.begin();
+  for (const SampleItem& item : items) {
+    std::wstring& value = values.emplace_back(platform::FromCodePage((key++)->value));
+    if (!item.timeKey.empty()) value += L"T" + platform::FromCodePage((key++)->value) + L"+00:00";
+  }
+  return values;
 }
 
 ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing) {
@@ -109,26 +95,32 @@ ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> s
   return series;
 }
 
-Spectrum ReadSpectrum(ReportStream& stream, std::uint64_t position) {
-  std::array<KeyValue, 3> keys = {{{kBpiKey}, {kContinuumKey}, {kTimeKey}}};
-  ReadKeys(stream, position, keys);
-  const auto& [bpi, continuum, time] = keys;
-  Spectrum spectrum;
-  spectrum.minutes = NumberIn(time.value);
-  spectrum.basePeak = NumberIn(bpi.value);
-  spectrum.isCentroided = continuum.value == kCentroided;
-  spectrum.points = ReadPoints(stream, position, kMassList, FullScaleOf(spectrum.basePeak),
-                               [](double mass, double percent) { return mass > 0.0 && percent > 0.0; });
-  return spectrum;
+SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
+  std::array<KeyValue, 4> keys = {{{kBpiKey}, {kContinuumKey}, {kTicKey}, {kTimeKey}}};
+  const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kMassList);
+  const auto& [bpi, continuum, tic, time] = keys;
+  return {NumberIn(time.value), NumberIn(bpi.value), NumberIn(tic.value), continuum.value == kCentroided,
+          list};
+}
+
+std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum) {
+  std::size_t count = 0;
+  if (spectrum.list) ForEachDataLine(stream, *spectrum.list, [&](std::string_view) { ++count; });
+  return count;
+}
+
+Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum) {
+  return ReadPoints(stream, spectrum.list, FullScaleOf(spectrum.basePeak),
+                    [](double mass, double percent) { return mass > 0.0 && percent > 0.0; });
 }
 
 Trace ReadTrace(ReportStream& stream, std::uint64_t position) {
   std::array<KeyValue, 2> keys = {{{kDescriptionKey}, {kMaxIntensityKey}}};
-  ReadKeys(stream, position, keys);
+  const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kTraceList);
   const auto& [description, maxIntensity] = keys;
   Trace trace;
   trace.description = platform::FromCodePage(description.value);
-  trace.points = ReadPoints(stream, position, kTraceList, FullScaleOf(NumberIn(maxIntensity.value)),
+  trace.points = ReadPoints(stream, list, FullScaleOf(NumberIn(maxIntensity.value)),
                             [](double, double) { return true; });
   return trace;
 }

@@ -1,6 +1,7 @@
 // What the values of a report's keys mean.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -9,36 +10,45 @@
 #include <vector>
 
 #include "openlynx/report_block.h"
-#include "openlynx/report_index.h"
 
 namespace zrml::openlynx {
 
-/// What a function records, by its "Type". Chosen ions ("SIM") and reactions ("MRM") are told apart here.
+/// What a function records, by its "Type". Chosen ions ("SIM") and reactions ("MRM") are different kinds
+/// here.
 enum class FunctionKind { kUnknown, kMs, kMsMs, kIons, kReactions };
 
 /// By the first part that the type contains, case-sensitive.
 FunctionKind KindOfType(std::string_view type);
+
+/// 2 of functions of products, else 1.
+constexpr int MsLevelOf(FunctionKind kind) { return kind == FunctionKind::kMsMs ? 2 : 1; }
 
 enum class Polarity { kUnknown, kPositive, kNegative };
 
 /// Positive when "IonMode" contains a plus sign, also beside a minus sign.
 Polarity PolarityOfIonMode(std::string_view ionMode);
 
-/// The "Type" value of a function, read once.
-std::string_view TypeOf(ReportStream& stream, Sample& sample, const Function& function);
+/// Of the chromatograms at ascending positions, by their "Description"; empty where they have none.
+std::vector<std::wstring> ReadTraceNames(ReportStream& stream, std::span<const std::uint64_t> chromatograms);
 
-/// The "IonMode" value of a function, read once.
-std::string_view IonModeOf(ReportStream& stream, Sample& sample, const Function& function);
+/// An item of a sample's metadata: the value of a key. With a key of times the two are joined as they stand,
+/// and the zone is always +00:00, whatever the local time was.
+struct SampleItem {
+  std::string_view name;
+  std::string_view key;
+  std::string_view timeKey = {};
+};
 
-/// Ion mode, type and description joined by blanks; empty when all are.
-std::wstring NameOf(ReportStream& stream, Sample& sample, const Function& function);
+inline constexpr std::array<SampleItem, 4> kSampleItems = {{
+    {"OperatorName", report_format::kUserNameKey},
+    {"SampleName", report_format::kSampleIdKey},
+    {"AnalysisDateTime", report_format::kDateKey, report_format::kTimeKey},
+    {"InstrumentDescription", report_format::kInstrumentKey},
+}};
 
-/// The value of one key of the block at `position` as wide text; empty when there is none.
-std::wstring TextOfKey(ReportStream& stream, std::uint64_t position, std::string_view key);
-
-/// The same of many blocks, at ascending positions.
-std::vector<std::wstring> TextsOfKey(ReportStream& stream, std::span<const std::uint64_t> positions,
-                                     std::string_view key);
+/// The values of items of the sample at `position`; empty ones where the keys are missing.
+std::vector<std::wstring> ReadSampleItems(ReportStream& stream, std::uint64_t position,
+                                          std::span<const SampleItem> items);
 
 /// One entry per spectrum, as written.
 struct ScanSeries {
@@ -57,16 +67,23 @@ struct Points {
   std::vector<double> intensities;
 };
 
-/// A "[SPECTRUM]" block; no value for what it does not tell. Points without a positive mass and a positive
-/// intensity are left out.
-struct Spectrum {
+/// A "[SPECTRUM]" block without its points; no value for what it does not say.
+struct SpectrumHead {
   std::optional<double> minutes;
   std::optional<double> basePeak;
+  std::optional<double> totalIons;
   bool isCentroided = false;
-  Points points;
+  std::optional<std::uint64_t> list;  // where its points begin
 };
 
-Spectrum ReadSpectrum(ReportStream& stream, std::uint64_t position);
+/// One pass through the block, which ends where everything has been found.
+SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position);
+
+/// How many points ReadSpectrumPoints gives at most: counts lines, without reading their numbers.
+std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum);
+
+/// Without points whose mass or intensity is not positive.
+Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum);
 
 /// A "[CHROMATOGRAM]" block. All points are kept, also those that are not positive.
 struct Trace {

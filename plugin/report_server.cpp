@@ -3,21 +3,21 @@
 #include <algorithm>
 #include <array>
 #include <cfloat>
-#include <iterator>
-#include <limits>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
 #include "common/platform/platform.h"
+#include "common/text.h"
+#include "openlynx/precursor_search.h"
 
 namespace zrml::plugin {
 namespace {
 
-using namespace openlynx::report_format;
+using openlynx::CountOf;
 
-int CountOf(std::size_t size) {
-  return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
-}
+constexpr std::wstring_view kProviderItem = L"ProviderName";
+constexpr std::wstring_view kFunctionTextItem = L"CompleteFunctionBlock";
 
 template <class Item>
 Item* At(std::span<Item> items, int position) {
@@ -73,7 +73,7 @@ bool COpenLynxRptDataServerImpl::Open(const std::wstring& path) {
 bool COpenLynxRptDataServerImpl::Close() {
   report_ = {};
   seen_.clear();
-  spectrum_ = {};
+  points_ = {};
   return true;
 }
 
@@ -143,7 +143,7 @@ int COpenLynxRptDataServerImpl::GetFileSampleCount(const std::wstring& path) {
       openlynx::ReportStream::Open(platform::ToSystemPath(path), openlynx::ReportStream::Mode::kText);
   std::size_t count = 0;
   std::string_view line;
-  while (file.IsOpen() && file.Find(kSample) && file.Next(line)) ++count;
+  while (file.IsOpen() && file.Find(openlynx::report_format::kSample) && file.Next(line)) ++count;
   file.Abandon();
   return CountOf(count);
 }
@@ -151,8 +151,8 @@ int COpenLynxRptDataServerImpl::GetFileSampleCount(const std::wstring& path) {
 std::wstring COpenLynxRptDataServerImpl::GetSampleName(int sample) {
   const openlynx::Sample* const found = FindSample(sample);
   if (found == nullptr) return {};
-  const std::wstring fileName = report_.TextOf(found->position, kFileNameKey);
-  return !fileName.empty() ? fileName : NumberedName(L"Sample", sample);
+  const std::wstring name = report_.NameOf(*found);
+  return !name.empty() ? name : NumberedName(L"Sample", sample);
 }
 
 int COpenLynxRptDataServerImpl::GetFunctionCount(int sample) {
@@ -224,32 +224,33 @@ bool COpenLynxRptDataServerImpl::GetSpectrum(int sample, int function, int scan,
   const auto spectra = FindSpectra(sample, function);
   const std::uint64_t* const position = spectra ? At(*spectra, scan) : nullptr;
   if (position == nullptr) return false;
-  spectrum_ = report_.ReadSpectrum(*position);
-  const auto& [masses, intensities] = spectrum_.points;
+  const openlynx::SpectrumHead head = report_.ReadSpectrumHead(*position);
+  points_ = report_.ReadPoints(head);
+  const auto& [masses, intensities] = points_;
   if (masses.empty()) return false;
   const int kind = GetFunctionKind(sample, function);
   const bool isNegative = GetPolarity(sample, function) == kNegativePolarity;
   spectrum.SetSize(CountOf(masses.size()));
   spectrum.MassVector().assign(masses.begin(), masses.end());
   spectrum.IntensityVector().assign(intensities.begin(), intensities.end());
-  spectrum.SetStartTime(spectrum_.minutes.value_or(0));
-  spectrum.SetEndTime(spectrum_.minutes.value_or(0));
+  spectrum.SetStartTime(head.minutes.value_or(0));
+  spectrum.SetEndTime(head.minutes.value_or(0));
   // Deliberately 16 bits: hosts show scan 32768 as -32768.
   const auto scanNumber = static_cast<std::int16_t>(std::int64_t{scan} + 1);
   spectrum.SetFirstScan(scanNumber);
   spectrum.SetLastScan(scanNumber);
-  spectrum.SetCentroided(spectrum_.isCentroided);
+  spectrum.SetCentroided(head.isCentroided);
   spectrum.SetScanType(kind);
   spectrum.SetMSLevel(static_cast<short>(MsLevelOfKind(kind)));
   spectrum.SetPolarity(isNegative ? kNegativePolarity : kPositivePolarity);
   spectrum.InvalidateStatistics();
-  spectrum_ = {};
+  points_ = {};
   return true;
 }
 
 std::wstring COpenLynxRptDataServerImpl::TraceNameAt(std::uint64_t position, const wchar_t* noun, int trace) {
-  const std::wstring description = report_.TextOf(position, kDescriptionKey);
-  return !description.empty() ? description : NumberedName(noun, trace);
+  const std::wstring name = report_.TraceNames(std::span(&position, 1)).front();
+  return !name.empty() ? name : NumberedName(noun, trace);
 }
 
 bool COpenLynxRptDataServerImpl::ReadTraceAt(std::uint64_t position, CZRChromatogram& chromatogram) {
@@ -302,65 +303,35 @@ bool COpenLynxRptDataServerImpl::GetFunctionTrace(int sample, int function, int 
   return position == nullptr || ReadTraceAt(*position, chromatogram);
 }
 
-struct COpenLynxRptDataServerImpl::MetadataItem {
-  std::wstring_view key;
-  // False: the item does not exist for this sample and function.
-  bool (COpenLynxRptDataServerImpl::*read)(const MetadataItem& item, int sample, int function,
-                                           std::wstring& value);
-  std::string_view sampleKey = {};
-};
-
-const COpenLynxRptDataServerImpl::MetadataItem COpenLynxRptDataServerImpl::kMetadata[] = {
-    {L"ProviderName", &COpenLynxRptDataServerImpl::ReadProviderName},
-    {L"OperatorName", &COpenLynxRptDataServerImpl::ReadSampleItem, kUserNameKey},
-    {L"SampleName", &COpenLynxRptDataServerImpl::ReadSampleItem, kSampleIdKey},
-    {L"AnalysisDateTime", &COpenLynxRptDataServerImpl::ReadDateTime},
-    {L"InstrumentDescription", &COpenLynxRptDataServerImpl::ReadSampleItem, kInstrumentKey},
-    {L"CompleteFunctionBlock", &COpenLynxRptDataServerImpl::ReadFunctionBlock},
-};
-
-bool COpenLynxRptDataServerImpl::ReadProviderName(const MetadataItem&, int sample, int, std::wstring& value) {
-  if (FindSample(sample) == nullptr) return false;
-  value = GetProviderName();
-  return true;
-}
-
-bool COpenLynxRptDataServerImpl::ReadSampleItem(const MetadataItem& item, int sample, int,
-                                                std::wstring& value) {
-  const openlynx::Sample* const found = FindSample(sample);
-  if (found == nullptr) return false;
-  value = report_.TextOf(found->position, item.sampleKey);
-  return true;
-}
-
-bool COpenLynxRptDataServerImpl::ReadDateTime(const MetadataItem&, int sample, int, std::wstring& value) {
-  const openlynx::Sample* const found = FindSample(sample);
-  if (found == nullptr) return false;
-  value = report_.DateTimeOf(found->position);
-  return true;
-}
-
-bool COpenLynxRptDataServerImpl::ReadFunctionBlock(const MetadataItem&, int sample, int function,
-                                                   std::wstring& value) {
+bool COpenLynxRptDataServerImpl::ReadFunctionText(int sample, int function, std::wstring& value) {
   const FoundFunction found = FindFunction(sample, function);
   std::optional<std::wstring> text;
-  if (found) text = report_.ReadText(found.function->position);
+  if (found) text = report_.ReadText(*found.function);
   if (text) value = std::move(*text);
   return text.has_value();
 }
 
 bool COpenLynxRptDataServerImpl::GetMetadataValue(int sample, int function, const std::wstring& key,
                                                   std::wstring& value) {
-  const auto item = std::find_if(std::begin(kMetadata), std::end(kMetadata),
-                                 [&](const MetadataItem& row) { return row.key == key; });
-  value.clear();  // not before the look-up: key and value may be one string
-  return item != std::end(kMetadata) && (this->*item->read)(*item, sample, function, value);
+  constexpr const auto& kItems = openlynx::kSampleItems;
+  const auto item = std::find_if(kItems.begin(), kItems.end(),
+                                 [&](const openlynx::SampleItem& each) { return Widen(each.name) == key; });
+  const bool isProvider = key == kProviderItem;
+  const bool isFunctionText = key == kFunctionTextItem;
+  value.clear();  // not before: key and value may be one string
+  if (isFunctionText) return ReadFunctionText(sample, function, value);
+  if (!isProvider && item == kItems.end()) return false;
+  const openlynx::Sample* const found = FindSample(sample);
+  if (found == nullptr) return false;
+  value = isProvider ? GetProviderName() : report_.ReadItems(*found, std::span(item, 1)).front();
+  return true;
 }
 
 bool COpenLynxRptDataServerImpl::GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) {
   if (!FindFunction(sample, function)) return false;
-  keys.clear();
-  for (const MetadataItem& item : kMetadata) keys.emplace_back(item.key);
+  keys = {std::wstring(kProviderItem)};
+  for (const openlynx::SampleItem& item : openlynx::kSampleItems) keys.push_back(Widen(item.name));
+  keys.emplace_back(kFunctionTextItem);
   return true;
 }
 
@@ -370,14 +341,9 @@ bool COpenLynxRptDataServerImpl::FindPrecursorScan(int sample, int function, int
   if (GetSampleCount() <= 0 || GetFunctionCount(sample) <= 0) return false;
   const auto spectra = FindSpectra(sample, function);
   if (!spectra || scan < 0 || scan >= CountOf(spectra->size())) return false;
-  if (GetMSLevel(sample, function) != 2) return false;
-  const bool isCentroided = IsCentroided(sample, function);
-  const int polarity = GetPolarity(sample, function);
   const FoundSample found = FindIndexedSample(sample);
-  const auto precursor = openlynx::FindPrecursor(
-      report_, *found.sample, found.seen->functions, (*spectra)[static_cast<std::size_t>(scan)],
-      [&](int other) { return GetPolarity(sample, other) == polarity; },
-      [&](int other) { return IsCentroided(sample, other) == isCentroided; });
+  const auto precursor = openlynx::FindPrecursor(report_, *found.sample, found.seen->functions, function,
+                                                 (*spectra)[static_cast<std::size_t>(scan)]);
   if (!precursor) return false;
   std::tie(precursorFunction, precursorScan) = *precursor;
   return true;

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "openlynx/precursor_search.h"
 #include "openlynx/report.h"
 #include "plugin/analog_traces.h"
 #include "plugin/data_server.h"
@@ -74,14 +73,6 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
                          int& precursorScan) override;
 
  private:
-  struct MetadataItem;
-  static const MetadataItem kMetadata[6];
-
-  bool ReadProviderName(const MetadataItem& item, int sample, int function, std::wstring& value);
-  bool ReadSampleItem(const MetadataItem& item, int sample, int function, std::wstring& value);
-  bool ReadDateTime(const MetadataItem& item, int sample, int function, std::wstring& value);
-  bool ReadFunctionBlock(const MetadataItem& item, int sample, int function, std::wstring& value);
-
   // What a host has seen of a sample.
   struct SeenSample {
     bool isIndexed = false;              // it has a function that is not analog: no further look
@@ -115,6 +106,8 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
 
   void Look(openlynx::Sample& sample, SeenSample& seen);
 
+  bool ReadFunctionText(int sample, int function, std::wstring& value);
+
   std::optional<std::uint64_t> FindAnalogTrace(int sample, int trace);
 
   bool FillChromatogram(int sample, int function, std::vector<double> openlynx::ScanSeries::*series,
@@ -126,7 +119,7 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   std::vector<SeenSample> seen_;  // by sample
   // Of GetSpectrum while it runs. No local, because a Microsoft-compiled host may throw from its own
   // spectrum's Resize, and its exceptions pass our frames without cleaning up.
-  openlynx::Spectrum spectrum_;
+  openlynx::Points points_;
 };
 
 }  // namespace zrml::plugin

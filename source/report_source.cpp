@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <string_view>
@@ -16,13 +17,9 @@
 namespace zrml::source {
 namespace {
 
-using namespace openlynx::report_format;
+using openlynx::CountOf;
 
 constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
-
-int CountOf(std::size_t size) {
-  return static_cast<int>(std::min<std::size_t>(size, std::numeric_limits<int>::max()));
-}
 
 std::string Utf8(const std::wstring& text) { return platform::ToNativePath(text); }
 
@@ -42,16 +39,15 @@ std::string FileName(const std::string& path) {
 struct KindRow {
   FunctionKind kind;
   Monitoring monitoring;
-  int msLevel;
 };
 
 // By the model's kind, unknown types first.
 constexpr std::array<KindRow, 5> kKinds = {{
-    {FunctionKind::kOther, Monitoring::kNone, 1},
-    {FunctionKind::kMs, Monitoring::kNone, 1},
-    {FunctionKind::kMsMs, Monitoring::kNone, 2},
-    {FunctionKind::kIonMonitoring, Monitoring::kIons, 1},
-    {FunctionKind::kIonMonitoring, Monitoring::kReactions, 1},
+    {FunctionKind::kOther, Monitoring::kNone},
+    {FunctionKind::kMs, Monitoring::kNone},
+    {FunctionKind::kMsMs, Monitoring::kNone},
+    {FunctionKind::kIonMonitoring, Monitoring::kIons},
+    {FunctionKind::kIonMonitoring, Monitoring::kReactions},
 }};
 
 constexpr std::array kPolarities = {Polarity::kUnknown, Polarity::kPositive, Polarity::kNegative};
@@ -120,32 +116,30 @@ ReportSource::KnownSample& ReportSource::LookedThrough(int sample) {
 ReportSource::KnownSample ReportSource::ReadFunctions(openlynx::Sample& sample) {
   KnownSample known = {&sample, {}, {}, {}};
   const std::span<openlynx::Function> all = report_.FunctionsOf(sample);
-  report_.FindAllBlocks(sample, true);
-  report_.FindAllBlocks(sample, false);
-  std::size_t next = 0;  // behind the last chromatogram that is a trace
+  report_.FindOwnBlocks(sample);
   for (std::size_t i = 0; i < all.size(); ++i) {
-    if (!all[i].isAnalog && all[i].HasBlocks()) {
+    if (all[i].isAnalog) {
+      const std::span<const std::uint64_t> traces = sample.ChromatogramsOf(all[i]);
+      known.traces.insert(known.traces.end(), traces.begin(), traces.end());
+    } else if (all[i].HasBlocks()) {
       known.functions.push_back(Describe(sample, i));
       known.numbers.push_back(i);
     }
-    if (!all[i].isAnalog) continue;
-    for (std::size_t k = std::max(next, all[i].chromatograms.first); k < all[i].chromatograms.last; ++k)
-      known.traces.push_back(sample.chromatograms[k]);
-    next = std::max(next, all[i].chromatograms.last);
   }
   return known;
 }
 
 Function ReportSource::Describe(openlynx::Sample& sample, std::size_t position) {
   const openlynx::Function& found = sample.functions[position];
-  const KindRow& row = kKinds[static_cast<std::size_t>(report_.KindOf(sample, found))];
+  const openlynx::FunctionKind kind = report_.KindOf(sample, found);
+  const KindRow& row = kKinds[static_cast<std::size_t>(kind)];
   Function function;
   function.id.number = CountOf(position + 1);
   function.name = Utf8(report_.NameOf(sample, found));
   if (function.name.empty()) function.name = "Function " + std::to_string(function.id.number);
   function.kind = row.kind;
   function.monitoring = row.monitoring;
-  function.msLevel = row.msLevel;
+  function.msLevel = openlynx::MsLevelOf(kind);
   function.polarity = kPolarities[static_cast<std::size_t>(report_.PolarityOf(sample, found))];
   return function;
 }
@@ -153,36 +147,28 @@ Function ReportSource::Describe(openlynx::Sample& sample, std::size_t position) 
 int ReportSource::SampleCount() { return CountOf(Samples().size()); }
 
 std::string ReportSource::SampleName(int sample) {
-  const std::uint64_t position = SampleAt(sample).position;
-  const std::string name = Reading([&] { return Utf8(report_.TextOf(position, kFileNameKey)); });
+  const openlynx::Sample& found = SampleAt(sample);
+  const std::string name = Reading([&] { return Utf8(report_.NameOf(found)); });
   return !name.empty() ? name : "Sample " + std::to_string(std::int64_t{sample} + 1);
 }
 
 std::vector<MetadataItem> ReportSource::SampleMetadata(int sample) {
-  const std::uint64_t position = SampleAt(sample).position;
+  const openlynx::Sample& found = SampleAt(sample);
   if (metadataSample_ == sample) return metadata_;
-  std::array<openlynx::KeyValue, 5> keys = {
-      {{kUserNameKey}, {kSampleIdKey}, {kInstrumentKey}, {kDateKey}, {kTimeKey}}};
-  Reading([&] {
-    report_.ReadKeys(position, keys);
-    return 0;
-  });
-  const auto& [user, name, instrument, date, time] = keys;
-  const auto textOf = [](const openlynx::KeyValue& key) { return Utf8(platform::FromCodePage(key.value)); };
-  metadata_ = {
-      {"ProviderName", kProviderName},
-      {"OperatorName", textOf(user)},
-      {"SampleName", textOf(name)},
-      {"AnalysisDateTime", Utf8(openlynx::DateTimeText(date.value, time.value))},
-      {"InstrumentDescription", textOf(instrument)},
-  };
+  const auto values = Reading([&] { return report_.ReadItems(found, openlynx::kSampleItems); });
+  metadata_ = {{"ProviderName", kProviderName}};
+  for (std::size_t i = 0; i < values.size(); ++i)
+    metadata_.push_back({std::string(openlynx::kSampleItems[i].name), Utf8(values[i])});
   metadataSample_ = sample;
   return metadata_;
 }
 
 std::optional<std::string> ReportSource::FunctionText(int sample, int function) {
-  const std::uint64_t block = FunctionAt(LookedThrough(sample), function).position;
-  const std::optional<std::wstring> text = Reading([&] { return report_.ReadText(block); });
+  KnownSample& known = LookedThrough(sample);
+  const openlynx::Function& found = FunctionAt(known, function);
+  const bool isLast = &found == &known.sample->functions.back();
+  const std::uint64_t end = isLast ? openlynx::kNoLimit : std::next(&found)->position;
+  const std::optional<std::wstring> text = Reading([&] { return report_.ReadText(found, end); });
   return text ? std::optional(Utf8(*text)) : std::nullopt;
 }
 
@@ -208,24 +194,22 @@ std::uint64_t ReportSource::SpectrumAt(int sample, int function, int scan) {
 
 int ReportSource::ScanCount(int sample, int function) { return CountOf(SpectraOf(sample, function).size()); }
 
-const openlynx::Spectrum& ReportSource::SpectrumOf(std::uint64_t position) {
-  if (readPosition_ != position) {
-    readPosition_.reset();
-    read_ = Reading([&] { return report_.ReadSpectrum(position); });
-    readPosition_ = position;
-  }
-  return read_;
+const ReportSource::KnownSpectrum& ReportSource::SpectrumOf(std::uint64_t position) {
+  if (spectrum_ && spectrum_->position == position) return *spectrum_;
+  return spectrum_.emplace(Reading([&] {
+    const openlynx::SpectrumHead head = report_.ReadSpectrumHead(position);
+    return KnownSpectrum{position, head, report_.CountLines(head)};
+  }));
 }
 
 Scan ReportSource::ScanAt(int sample, int function, int scan) {
-  const std::uint64_t position = SpectrumAt(sample, function, scan);
-  const openlynx::Spectrum& spectrum = SpectrumOf(position);
+  const KnownSpectrum& spectrum = SpectrumOf(SpectrumAt(sample, function, scan));
   Scan result;
-  result.minutes = result.endMinutes = spectrum.minutes.value_or(kAbsent);
-  result.isCentroided = spectrum.isCentroided;
-  result.points = static_cast<std::uint32_t>(spectrum.points.x.size());
-  result.basePeakIntensity = spectrum.basePeak;
-  result.totalIntensity = Reading([&] { return report_.NumberOf(position, kTicKey); });
+  result.minutes = result.endMinutes = spectrum.head.minutes.value_or(kAbsent);
+  result.isCentroided = spectrum.head.isCentroided;
+  result.points = static_cast<std::uint32_t>(spectrum.room);
+  result.basePeakIntensity = spectrum.head.basePeak;
+  result.totalIntensity = spectrum.head.totalIons;
   return result;
 }
 
@@ -236,7 +220,8 @@ std::vector<double> ReportSource::Minutes(int sample, int function) {
 
 PointsRead ReportSource::ReadPoints(int sample, int function, int scan, std::span<double> mz,
                                     std::span<double> intensities) {
-  const openlynx::Points& points = SpectrumOf(SpectrumAt(sample, function, scan)).points;
+  const openlynx::SpectrumHead head = SpectrumOf(SpectrumAt(sample, function, scan)).head;
+  const openlynx::Points points = Reading([&] { return report_.ReadPoints(head); });
   const std::vector<std::size_t> order = Order(points.x);
   RequireRoom(order.size(), mz, intensities);
   for (std::size_t i = 0; i < order.size(); ++i) {
@@ -246,28 +231,11 @@ PointsRead ReportSource::ReadPoints(int sample, int function, int scan, std::spa
   return {.count = order.size()};
 }
 
-// As the first scan is; false when that has no points.
-bool ReportSource::IsCentroided(const KnownSample& known, int function) {
-  const openlynx::Function& found =
-      known.sample->functions[known.numbers[static_cast<std::size_t>(function)]];
-  const auto spectra = known.sample->SpectraOf(found);
-  if (spectra.empty()) return false;
-  const openlynx::Spectrum spectrum = report_.ReadSpectrum(spectra.front());
-  return spectrum.isCentroided && !spectrum.points.x.empty();
-}
-
 std::optional<ScanPosition> ReportSource::FindPrecursor(int sample, int function, int scan) {
   const std::uint64_t spectrum = SpectrumAt(sample, function, scan);
   const KnownSample& known = LookedThrough(sample);
-  const Function& own = known.functions[static_cast<std::size_t>(function)];
-  if (own.msLevel != 2) return std::nullopt;
-  const auto found = Reading([&] {
-    const bool isCentroided = IsCentroided(known, function);
-    return openlynx::FindPrecursor(
-        report_, *known.sample, known.numbers, spectrum,
-        [&](int other) { return known.functions[static_cast<std::size_t>(other)].polarity == own.polarity; },
-        [&](int other) { return IsCentroided(known, other) == isCentroided; });
-  });
+  const auto found = Reading(
+      [&] { return openlynx::FindPrecursor(report_, *known.sample, known.numbers, function, spectrum); });
   return found ? std::optional(ScanPosition{found->first, found->second}) : std::nullopt;
 }
 
@@ -287,7 +255,7 @@ Chromatogram ReportSource::BasePeaks(int sample, int function, const Cancel&) {
 }
 
 std::vector<Trace> ReportSource::NamesOf(std::span<const std::uint64_t> chromatograms, const char* noun) {
-  const auto names = Reading([&] { return report_.TextsOf(chromatograms, kDescriptionKey); });
+  const auto names = Reading([&] { return report_.TraceNames(chromatograms); });
   std::vector<Trace> traces;
   for (const std::wstring& name : names) {
     Trace& trace = traces.emplace_back(Trace{CountOf(traces.size()) + 1, Utf8(name)});

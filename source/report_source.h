@@ -1,5 +1,6 @@
 // Reports behind Source. Functions are those with spectra or chromatograms; their numbers count all functions
-// of the sample, so that none changes with what the others hold.
+// of the sample, so that none changes with what the others hold. A function that is never closed has those
+// behind it inside: each spectrum, chromatogram and line of text counts for the innermost function alone.
 #pragma once
 
 #include <cstddef>
@@ -37,7 +38,7 @@ class ReportSource final : public Source {
   Chromatogram TotalIons(int sample, int function) override;
   Chromatogram BasePeaks(int sample, int function, const Cancel& cancel) override;
 
-  /// Of the analog functions. A chromatogram that lies in several of them, none of which ends, is one trace.
+  /// Of the analog functions.
   std::vector<Trace> Traces(int sample) override;
   Chromatogram ReadTrace(int sample, int trace) override;
   std::vector<Trace> FunctionTraces(int sample, int function) override;
@@ -54,6 +55,13 @@ class ReportSource final : public Source {
     std::vector<std::uint64_t> traces;  // the "[CHROMATOGRAM]" lines of its analog functions
   };
 
+  // A spectrum without its points, and room that they fit into.
+  struct KnownSpectrum {
+    std::uint64_t position = 0;
+    openlynx::SpectrumHead head;
+    std::size_t room = 0;
+  };
+
   std::span<openlynx::Sample> Samples();
   openlynx::Sample& SampleAt(int sample);
   KnownSample& LookedThrough(int sample);
@@ -64,8 +72,7 @@ class ReportSource final : public Source {
 
   KnownSample ReadFunctions(openlynx::Sample& sample);
   Function Describe(openlynx::Sample& sample, std::size_t position);
-  const openlynx::Spectrum& SpectrumOf(std::uint64_t position);
-  bool IsCentroided(const KnownSample& known, int function);
+  const KnownSpectrum& SpectrumOf(std::uint64_t position);
   Chromatogram Series(int sample, int function, std::vector<double> openlynx::ScanSeries::*intensities);
   std::vector<Trace> NamesOf(std::span<const std::uint64_t> chromatograms, const char* noun);
   Chromatogram ReadTraceAt(std::span<const std::uint64_t> chromatograms, int trace, const char* noun);
@@ -79,8 +86,7 @@ class ReportSource final : public Source {
   std::vector<KnownSample> known_;  // by sample
   int metadataSample_ = -1;         // whose `metadata_` are
   std::vector<MetadataItem> metadata_;
-  std::optional<std::uint64_t> readPosition_;
-  openlynx::Spectrum read_;  // the spectrum there: its size, then its points are asked for
+  std::optional<KnownSpectrum> spectrum_;  // the last one: first it is asked for, then its points
   std::optional<zrml::Findings> findings_;
 };
 

@@ -1,4 +1,4 @@
-// The bounds on memory that docs/robustness.md states.
+// The bounds on memory and work that docs/robustness.md states.
 #include <functional>
 #include <map>
 
@@ -7,7 +7,9 @@
 #include "plugin/raw_server.h"
 #include "plugin/report_server.h"
 #include "tests/hostile/allocations.h"
+#include "tests/hostile/failing_calls.h"
 #include "tests/hostile/reading.h"
+#include "tools/zrml/command_line.h"
 
 namespace zrml {
 namespace {
@@ -105,8 +107,8 @@ TEST(Bounds, NamesOfLongChainsAreNotKept) {
   EXPECT_LE(PeakBytes() - before, kConstant + kPerFileByte * SizeOf(directory));
 }
 
-// Whatever lies in whatever: samples, functions, analog functions, spectra, each a megabyte of blocks that
-// are never closed.
+// Whatever is nested in whatever: samples, functions, analog functions, spectra, each a megabyte of blocks
+// that are never closed.
 TEST(Bounds, ReportsTakeMemoryByTheirSize) {
   const std::map<std::string, std::string> things = {
       {"samples", "[SAMPLE]\n"},
@@ -139,6 +141,32 @@ TEST(Bounds, ReportsTakeMemoryByTheirSize) {
     EXPECT_LE(PeakBytes() - before, kConstant + kPerFileByte * text.size());
     RecordProperty(
         name, std::to_string(static_cast<double>(PeakBytes() - before) / static_cast<double>(text.size())));
+  }
+}
+
+// The whole file is in each function that is never closed, but nobody reads it for each: everything about all
+// functions takes a few passes of four reads each, and each spectrum is there once.
+TEST(Bounds, NestedFunctionsAreReadOnceByTools) {
+  constexpr int kFunctions = 8000;
+  constexpr int kMostCalls = 300;
+  std::string text = "[SAMPLE]\n{\n";
+  for (int i = 0; i < kFunctions; ++i)
+    text += "[FUNCTION]\n{\nType\tMS\n[SPECTRUM]\n{\nTime\t1\n[MS]\n{\n100 50\n}\n}\n";
+  const TempDirectory directory;
+  directory.WriteText("nested.rpt", text);
+  const std::string path = (directory.Path() / "nested.rpt").string();
+  for (const char* const command : {"info", "check"}) {
+    SCOPED_TRACE(command);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const FailingCalls failing(kMostCalls, CallFailure::kError);
+    tool::RunCommandLine({command, "--json", path});
+    const std::string output = testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_FALSE(failing.HasFailed());
+    EXPECT_LT(output.size(), 20 * text.size());
+    const bool isCheck = std::string_view(command) == "check";
+    EXPECT_NE(output.find(isCheck ? "\"scans\": 8000" : "\"number\": 8000"), std::string::npos);
   }
 }
 
