@@ -325,7 +325,7 @@ void RawSource::ReadDriftBin(int, int function, int scan, int bin, std::vector<d
   EntryOf(record, scan);
   const masslynx::MobilityScan request = {{mobilityPath_, described.id.number}, record, scan};
   if (!described.hasMobility || !mobility_.Prepare(request, bin, bin) || !mobility_.ReadBin(request, bin))
-    ThrowUnread("drift bin " + std::to_string(bin + 1) + " of " + TextOfScan(scan, described));
+    ThrowUnread("drift bin " + std::to_string(std::int64_t{bin} + 1) + " of " + TextOfScan(scan, described));
   mz.resize(static_cast<std::size_t>(mobility_.PointCount()));
   intensities.resize(mz.size());
   mobility_.WritePoints(mz.data(), intensities.data());
