@@ -15,6 +15,8 @@ class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : rest_(std::as_bytes(std::span(data, size))) {}
 
+  explicit Input(Bytes bytes) : rest_(bytes) {}
+
   bool IsEmpty() const { return rest_.empty(); }
 
   /// The next `count` bytes, or those that are left.

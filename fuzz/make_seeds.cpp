@@ -169,8 +169,29 @@ Seeds Reports() {
   report.insert(report.end(), {"}", "[FUNCTION]", "{", "Description ANALOG"});
   report.insert(report.end(), chromatogram.begin(), chromatogram.end());
   report.insert(report.end(), {"}", "}", "[SAMPLE]", "{", "}"});
-  return {{"crlf", WriteLines(report)}, {"lf", WriteLines(report, LineEnd::kLf, LastLine::kUnended)}};
+  std::vector<std::string> nested = {"[SAMPLE]", "{"};
+  for (int i = 0; i < 4; ++i) {
+    nested.insert(nested.end(), {"[FUNCTION]", "{", i == 0 ? "Type MS/MS" : "Type MS"});
+    nested.insert(nested.end(), spectrum.begin(), spectrum.end());
+    nested.insert(nested.end(), chromatogram.begin(), chromatogram.end());
+  }
+  return {{"crlf", WriteLines(report)},
+          {"lf", WriteLines(report, LineEnd::kLf, LastLine::kUnended)},
+          {"nested", WriteLines(nested)}};
 }
+
+// Each behind questions in an order of its own.
+Seeds WithQuestions(Seeds seeds) {
+  for (auto& [name, bytes] : seeds) {
+    const FileBytes questions = Noise(16 + 4 * name.size());
+    bytes =
+        ByteWriter().U8(static_cast<std::uint8_t>(questions.size())).Append(questions).Append(bytes).Take();
+  }
+  return seeds;
+}
+
+Seeds RawSources() { return WithQuestions(RawDirectories()); }
+Seeds ReportSources() { return WithQuestions(Reports()); }
 
 // Operations of the containers are bytes that mean something in any order.
 Seeds Operations() { return {{"few", Noise(40)}, {"many", Noise(2000)}}; }
@@ -199,8 +220,14 @@ Seeds Sums() {
 }
 
 const std::map<std::string, std::function<Seeds()>> kMakers = {
-    {"header_text", HeaderTexts}, {"host_types", Operations}, {"raw_directory", RawDirectories},
-    {"report", Reports},          {"scan_data", ScanDatas},   {"spectrum_container", Operations},
+    {"header_text", HeaderTexts},
+    {"host_types", Operations},
+    {"raw_directory", RawDirectories},
+    {"raw_directory_source", RawSources},
+    {"report", Reports},
+    {"report_source", ReportSources},
+    {"scan_data", ScanDatas},
+    {"spectrum_container", Operations},
     {"spectrum_sum", Sums},
 };
 

@@ -1,4 +1,4 @@
-// A whole raw directory as one input: records of a byte that tells the file, a u16 length and as many bytes.
+// A whole raw directory as one input: records of a byte that names the file, a u16 length and as many bytes.
 // The last record may be cut short. Records of one file are joined in their order.
 #pragma once
 

@@ -116,6 +116,7 @@ SystemPath NameInFolder(const SystemPath& path) {
 
 // A simulated file is open or not there.
 std::string WhyClosed(const SystemPath&) { return {}; }
+std::string WhyOutOfReach(const SystemPath&) { return {}; }
 
 std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most) {
   if (!IsDirectory(directory) || folder.size() > most) return std::nullopt;

@@ -1,9 +1,9 @@
-// Times what a megabyte can do: the inputs that are known to make the most work, each through every slot.
-// Prints the processor seconds of one life of a server; nothing is asserted. docs/robustness.md has the
-// figures.
+// Times what a megabyte can do: the inputs that are known to make the most work, each through every slot, and
+// reports through what tools ask, too. Prints the processor seconds of one life of a server or source;
+// nothing is asserted. docs/robustness.md has the figures.
 #include <cstdio>
 #include <ctime>
-#include <functional>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -12,6 +12,7 @@
 #include "fuzz/simulated_files.h"
 #include "plugin/raw_server.h"
 #include "plugin/report_server.h"
+#include "source/source.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace {
@@ -166,18 +167,38 @@ Contents RandomSubScans(std::uint32_t pointsOfEach) {
   return files;
 }
 
-template <class Server>
-double Seconds(Contents contents, const std::wstring& source) {
+template <class Work>
+double Seconds(Contents contents, Work work) {
   fuzz::Files files;
   for (auto& [name, bytes] : contents) files[Widen(name)] = std::move(bytes);
   fuzz::SetFiles(std::move(files));
   const std::clock_t begin = std::clock();
-  {
-    Server server;
-    server.Open(source);
-    fuzz::AskEverySlot(server, source, 1);
-  }
+  work();
   return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+}
+
+template <class Server>
+void AskServer(const std::wstring& source) {
+  Server server;
+  server.Open(source);
+  fuzz::AskEverySlot(server, source, 1);
+}
+
+// All that `zrml info` and `zrml check` ask for.
+void AskSource(const std::string& path) {
+  const std::unique_ptr<source::Source> source = source::Source::Open(path);
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (int sample = 0; sample < source->SampleCount(); ++sample) {
+    const int functions = static_cast<int>(source->Functions(sample).size());
+    for (int function = 0; function < functions; ++function) {
+      source->Minutes(sample, function);
+      source->FunctionText(sample, function);
+      source->FunctionTraces(sample, function);
+      for (int scan = 0; scan < source->ScanCount(sample, function); ++scan)
+        source->ReadPoints(sample, function, scan, mz, intensities);
+    }
+  }
 }
 
 void Print(const std::string& what, double seconds) {
@@ -186,18 +207,27 @@ void Print(const std::string& what, double seconds) {
 }
 
 void Show(const std::string& what, Contents contents) {
-  Print(what, Seconds<plugin::CMLDataServerImpl>(std::move(contents), fuzz::kFolder));
+  Print(what, Seconds(std::move(contents), [] { AskServer<plugin::CMLDataServerImpl>(fuzz::kFolder); }));
 }
 
 // A report that begins with `begin` and then repeats lines up to a megabyte, with `end` behind them.
-void ShowReport(const std::string& what, const std::string& begin, const std::string& repeated,
-                const std::string& end = {}) {
+Contents ReportOf(const std::string& begin, const std::string& repeated, const std::string& end) {
   std::string text = begin;
   while (text.size() + end.size() < kMegabyte) text += repeated;
-  text += end;
-  Print("report: " + what,
-        Seconds<plugin::COpenLynxRptDataServerImpl>({{"nested.rpt", TextToBytes(text)}},
-                                                    std::wstring(fuzz::kFolder) + L"/nested.rpt"));
+  return {{"nested.rpt", TextToBytes(text + end)}};
+}
+
+void ShowReport(const std::string& what, const std::string& begin, const std::string& repeated,
+                const std::string& end = {}) {
+  Print("report: " + what, Seconds(ReportOf(begin, repeated, end), [] {
+          AskServer<plugin::COpenLynxRptDataServerImpl>(std::wstring(fuzz::kFolder) + L"/nested.rpt");
+        }));
+}
+
+void ShowSource(const std::string& what, const std::string& begin, const std::string& repeated,
+                const std::string& end = {}) {
+  Print("tools, report: " + what,
+        Seconds(ReportOf(begin, repeated, end), [] { AskSource("/run.raw/nested.rpt"); }));
 }
 
 std::string Times(int count, std::string_view thing) {
@@ -239,6 +269,9 @@ void ShowReports() {
   ShowReport("one line", sample + function + "{\n", "{");
   ShowReport("numbers of 990 digits", sample + function + spectrum,
              "Time " + std::string(990, '1') + "\n" + spectrum);
+  const std::string closed = "Time 1\n[MS]\n1 1\n}\n";  // which also ends the block of the spectrum
+  ShowSource("functions, a closed spectrum in each", sample, function + spectrum + closed);
+  ShowSource("functions, spectra in the last", sample + Times(kHalf, function), spectrum + closed);
 }
 
 }  // namespace

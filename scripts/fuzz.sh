@@ -6,7 +6,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 seconds=${1:-15}
 shift || true
 fuzzers=("$@")
-[ ${#fuzzers[@]} -gt 0 ] || fuzzers=(header_text host_types raw_directory report scan_data spectrum_container spectrum_sum)
+[ ${#fuzzers[@]} -gt 0 ] || fuzzers=(header_text host_types raw_directory raw_directory_source report report_source scan_data spectrum_container spectrum_sum)
 
 install "${build_packages[@]}" "${clang_packages[@]}"
 build linux-asan zrml_fuzzers
@@ -21,7 +21,7 @@ fuzz() {  # FUZZER
   mkdir -p "build/fuzz/corpus/$name"
   [ ! -d "fuzz/regressions/$name" ] || inputs+=("fuzz/regressions/$name")
   if ! "$programs/zrml_fuzz_$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -max_len=65536 \
-    -close_fd_mask=1 -dict="fuzz/dictionaries/$name.dict" -artifact_prefix="build/fuzz/failures/$name-" \
+    -close_fd_mask=1 -dict="fuzz/dictionaries/${name%_source}.dict" -artifact_prefix="build/fuzz/failures/$name-" \
     "build/fuzz/corpus/$name" "${inputs[@]}" >"$log" 2>&1; then
     echo "$name failed:"
     tail -n 40 "$log"
