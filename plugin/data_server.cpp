@@ -231,14 +231,14 @@ bool CDataServerImpl::FindPrecursorScan(int sample, int function, int scan, int&
     times.clear();
     GetRetentionTimes(sample, f, times);  // deliberately: times that could not be read count as 0
     if (times.empty()) return false;
-    std::optional<bool> alike;  // asked for once, and only when two scans are equally close
+    std::optional<bool> isSameKind;  // asked for once, and only when two scans are equally close
     for (std::size_t j = 0; j < times.size(); ++j) {
       const double distance = time - times[j];
       if (!(distance >= 0)) continue;
-      if (distance == best.distance && !alike) {
-        alike = IsCentroided(sample, f) == centroided && GetPolarity(sample, f) == polarity;
+      if (distance == best.distance && !isSameKind) {
+        isSameKind = IsCentroided(sample, f) == centroided && GetPolarity(sample, f) == polarity;
       }
-      if (distance < best.distance || (distance == best.distance && *alike)) {
+      if (distance < best.distance || (distance == best.distance && *isSameKind)) {
         best = {distance, f, static_cast<int>(j)};
       }
     }

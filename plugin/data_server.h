@@ -4,8 +4,8 @@
 //
 // Positions (sample, function, scan, drift bin, trace) count from 0; numbers shown to people count from 1. A
 // position out of range gives the empty result (false, 0 or an empty string). Outputs are filled on success
-// only, unless told otherwise. Masses are m/z, retention times minutes. An object is used by one thread at a
-// time; objects are independent.
+// only, unless an operation says otherwise. Masses are m/z, retention times minutes. An object is used by one
+// thread at a time; objects are independent.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@
 namespace zrml {
 
 /// Values of GetFunctionKind. 8, 16 and 64 are further kinds that no provider here gives; 16 counts as MS
-/// level 2, and so does 64 where a report's spectra tell theirs.
+/// level 2, and so does 64 where a report's spectra state theirs.
 enum FunctionKind : int {
   kAbsorbanceFunction = 1,
   kMsFunction = 2,
