@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <numeric>
 
@@ -88,6 +89,36 @@ void Source::ReadDriftBin(int, int, int, int, std::vector<double>&, std::vector<
   throw Error(Status::kWrongArgument, "the function has no drift bins");
 }
 
+// Scans without a time are no precursors. Of scans at one time the order stays.
+std::span<const Source::ScanTime> Source::TimesOf(int sample, int function) {
+  if (timesSample_ != sample) times_.clear();
+  timesSample_ = sample;
+  const auto known = times_.find(function);
+  if (known != times_.end()) return known->second;
+  std::vector<ScanTime> times;
+  int scan = 0;
+  for (const double minutes : Minutes(sample, function)) {
+    if (!std::isnan(minutes)) times.push_back({minutes, scan});
+    ++scan;
+  }
+  constexpr auto isEarlier = [](const ScanTime& a, const ScanTime& b) { return a.minutes < b.minutes; };
+  if (!std::is_sorted(times.begin(), times.end(), isEarlier))
+    std::stable_sort(times.begin(), times.end(), isEarlier);
+  return times_[function] = std::move(times);
+}
+
+// The first or last scan of the earliest ones at the end of `times` that are equally far from `minutes`.
+int Source::ScanAtEnd(std::span<const ScanTime> times, double minutes, bool isLast) {
+  const double distance = minutes - times.back().minutes;
+  const auto first = std::partition_point(
+      times.begin(), times.end(), [&](const ScanTime& time) { return minutes - time.minutes > distance; });
+  if (first->minutes == times.back().minutes) return (isLast ? times.back() : *first).scan;
+  // Times that are too far away to be told apart need not come in the order of their scans.
+  const auto [lowest, highest] =
+      std::minmax_element(first, times.end(), [](const auto& a, const auto& b) { return a.scan < b.scan; });
+  return (isLast ? *highest : *lowest).scan;
+}
+
 std::optional<ScanPosition> Source::FindPrecursor(int sample, int function, int scan) {
   const std::span<const Function> functions = Functions(sample);
   const Function& own = At(functions, function, "function");
@@ -100,15 +131,16 @@ std::optional<ScanPosition> Source::FindPrecursor(int sample, int function, int 
   for (int f = 0; f < static_cast<int>(functions.size()); ++f) {
     const Function& other = functions[static_cast<std::size_t>(f)];
     if (f == function || other.msLevel != own.msLevel - 1) continue;
+    const std::span<const ScanTime> times = TimesOf(sample, f);
+    const auto later = std::partition_point(
+        times.begin(), times.end(), [&](const ScanTime& time) { return minutes - time.minutes >= 0; });
+    if (later == times.begin()) continue;
     // Of scans that are equally near, those of the same kind as the one that asks count.
     const bool isAlike = isCentroided(f) == isCentroided(function) && other.polarity == own.polarity;
-    const std::vector<double> times = Minutes(sample, f);
-    for (std::size_t i = 0; i < times.size(); ++i) {
-      const double distance = minutes - times[i];
-      if (!(distance >= 0) || !(distance < nearest || (distance == nearest && isAlike))) continue;
-      nearest = distance;
-      found = ScanPosition{f, static_cast<int>(i)};
-    }
+    const double distance = minutes - std::prev(later)->minutes;
+    if (!(distance < nearest || (distance == nearest && isAlike))) continue;
+    nearest = distance;
+    found = ScanPosition{f, ScanAtEnd({times.begin(), later}, minutes, isAlike)};
   }
   return found;
 }

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -151,8 +152,8 @@ class Source {
   virtual PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,
                                 std::span<double> intensities) = 0;
   /// The same into vectors, which are resized to the points.
-  PointsRead ReadPoints(int sample, int function, int scan, std::vector<double>& mz,
-                        std::vector<double>& intensities);
+  virtual PointsRead ReadPoints(int sample, int function, int scan, std::vector<double>& mz,
+                                std::vector<double>& intensities);
 
   /// Drift bins of each scan; 0 without mobility data or where the maker's library is not installed.
   virtual int DriftBinCount(int sample, int function);
@@ -193,7 +194,18 @@ class Source {
   explicit Source(std::string path) : path_(std::move(path)) {}
 
  private:
+  // When a scan was taken.
+  struct ScanTime {
+    double minutes;
+    int scan;
+  };
+
+  std::span<const ScanTime> TimesOf(int sample, int function);
+  static int ScanAtEnd(std::span<const ScanTime> times, double minutes, bool isLast);
+
   std::string path_;
+  int timesSample_ = -1;                        // whose `times_` are
+  std::map<int, std::vector<ScanTime>> times_;  // by function, in order of time, where it was asked for
 };
 
 }  // namespace zrml::source
