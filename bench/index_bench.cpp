@@ -10,6 +10,7 @@
 #include "bench/acquisition.h"
 #include "bench/files.h"
 #include "plugin/raw_server.h"
+#include "source/source.h"
 
 namespace zrml::bench {
 namespace {
@@ -103,6 +104,32 @@ void EachSpectrum(benchmark::State& state) {
   }
 }
 
+void SourceMassRange(benchmark::State& state) {
+  constexpr source::Range kRange = {500, 1000};
+  plugin::CMLDataServerImpl server;
+  CZRChromatogram expected;
+  server.Open(AcquisitionOf(kSmallScans).WidePath());
+  server.GetMassRangeChromatogram(kRange.low, kRange.high, true, 0, 0, expected);
+  const auto source = source::Source::Open(AcquisitionOf(kSmallScans).Path().string());
+  if (source->MassRange(0, 0, kRange, source::Within::kSum).intensities[7] != expected.Intensities()[7])
+    return state.SkipWithError("wrong chromatogram");
+  for (auto _ : state)
+    benchmark::DoNotOptimize(source->MassRange(0, 0, kRange, source::Within::kSum).intensities.data());
+}
+
+void SourceEachSpectrum(benchmark::State& state) {
+  const auto source = source::Source::Open(AcquisitionOf(kSmallScans).Path().string());
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (auto _ : state) {
+    for (int scan = 0; scan < kSmallScans.scans; ++scan) {
+      if (source->ReadPoints(0, 0, scan, mz, intensities).count != kSmallScans.points)
+        state.SkipWithError("a spectrum is not read");
+    }
+    benchmark::DoNotOptimize(mz.data());
+  }
+}
+
 constexpr int kFunctions = 60;
 
 const TempDirectory& ManyFunctions() {
@@ -133,6 +160,14 @@ void OpenDirectory(benchmark::State& state) {
   }
 }
 
+void SourceOpen(benchmark::State& state) {
+  const std::string path = ManyFunctions().Path().string();
+  for (auto _ : state) {
+    if (source::Source::Open(path)->Functions(0).size() != kFunctions)
+      state.SkipWithError("the directory does not open");
+  }
+}
+
 void ReadFiles(benchmark::State& state, const std::vector<std::filesystem::path>& paths) {
   std::vector<char> buffer;
   for (auto _ : state) {
@@ -160,6 +195,12 @@ BENCHMARK(TotalIon)->Name("Total ion chromatogram of 1M scans/ours");
 BENCHMARK(CopyTwoArrays)->Name("Total ion chromatogram of 1M scans/floor");
 BENCHMARK(MassRange)->Name("Mass-range chromatogram of 20k scans/ours");
 BENCHMARK(EachSpectrum)->Name("Mass-range chromatogram of 20k scans/floor");
+BENCHMARK(SourceEachSpectrum)->Name("source/ beside the slots: all spectra of 20k scans/ours");
+BENCHMARK(EachSpectrum)->Name("source/ beside the slots: all spectra of 20k scans/floor");
+BENCHMARK(SourceMassRange)->Name("source/ beside the slots: mass-range chromatogram of 20k scans/ours");
+BENCHMARK(MassRange)->Name("source/ beside the slots: mass-range chromatogram of 20k scans/floor");
+BENCHMARK(SourceOpen)->Name("source/ beside the slots: opening 60 functions/ours");
+BENCHMARK(OpenDirectory)->Name("source/ beside the slots: opening 60 functions/floor");
 BENCHMARK(OpenDirectory)->Name("Open of 60 functions and 2,000 header lines/ours");
 BENCHMARK(ReadDirectory)->Name("Open of 60 functions and 2,000 header lines/floor");
 BENCHMARK(OpenDirectory)->Name("Open of 60 functions and 2,000 header lines (floor without data files)/ours");

@@ -3,10 +3,12 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "plugin/report_server.h"
+#include "source/source.h"
 #include "tests/support/report_writer.h"
 #include "tests/support/temp_directory.h"
 
@@ -89,6 +91,22 @@ void ReadSpectra(benchmark::State& state) {
   }
 }
 
+void SourceReadSpectra(benchmark::State& state) {
+  const Report& report = HundredMegabytes();
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (auto _ : state) {
+    const auto source = source::Source::Open(report.path.string());
+    for (int sample = 0; sample < source->SampleCount(); ++sample) {
+      for (int scan = 0; scan < source->ScanCount(sample, 0); ++scan) {
+        if (source->ReadPoints(sample, 0, scan, mz, intensities).count != kPoints)
+          state.SkipWithError("a spectrum is not read");
+      }
+    }
+    benchmark::DoNotOptimize(mz.data());
+  }
+}
+
 void ReadLines(benchmark::State& state) {
   double sum = 0;
   for (auto _ : state) {
@@ -108,6 +126,8 @@ BENCHMARK(IndexSamples)->Name("Sample index of a report of 1 GiB/ours")->UseReal
 BENCHMARK(Grep)->Name("Sample index of a report of 1 GiB/floor")->UseRealTime();
 BENCHMARK(ReadSpectra)->Name("All spectra of a report of 100 MB/ours");
 BENCHMARK(ReadLines)->Name("All spectra of a report of 100 MB/floor");
+BENCHMARK(SourceReadSpectra)->Name("source/ beside the slots: all spectra of a report of 100 MB/ours");
+BENCHMARK(ReadSpectra)->Name("source/ beside the slots: all spectra of a report of 100 MB/floor");
 
 }  // namespace
 }  // namespace zrml::bench

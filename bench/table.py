@@ -24,6 +24,8 @@ AIMS = [  # the first that the row's name begins with
     ("SortByMass of 100k points in random order", 1.5),
     ("Open of 60 functions and 2,000 header lines (", None),
     ("Open of", 5),
+    ("source/ beside the slots: all spectra of 20k", 0.4),
+    ("source/ beside the slots: mass-range", 0.4),
     ("Peak memory", 1.1),
 ]
 
