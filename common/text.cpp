@@ -5,9 +5,19 @@
 namespace zrml {
 namespace {
 
-template <class Map>
-std::wstring Mapped(std::wstring_view text, Map map) {
-  std::wstring result(text);
+template <class Char>
+Char Upper(Char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<Char>(c - 'a' + 'A') : c;
+}
+
+template <class Char>
+Char Lower(Char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<Char>(c - 'A' + 'a') : c;
+}
+
+template <class Char>
+std::basic_string<Char> Mapped(std::basic_string_view<Char> text, Char (*map)(Char)) {
+  std::basic_string<Char> result(text);
   std::transform(result.begin(), result.end(), result.begin(), map);
   return result;
 }
@@ -19,30 +29,15 @@ View Trimmed(View text) {
   return text;
 }
 
-constexpr wchar_t kCaseDistance = L'a' - L'A';
-
 }  // namespace
 
 std::wstring_view Trim(std::wstring_view text) { return Trimmed(text); }
 std::string_view Trim(std::string_view text) { return Trimmed(text); }
 
-std::wstring ToUpper(std::wstring_view text) {
-  return Mapped(
-      text, [](wchar_t c) { return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - kCaseDistance) : c; });
-}
-
-std::wstring ToLower(std::wstring_view text) {
-  return Mapped(
-      text, [](wchar_t c) { return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + kCaseDistance) : c; });
-}
-
-std::string ToLower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + kCaseDistance);
-  }
-  return lower;
-}
+std::wstring ToUpper(std::wstring_view text) { return Mapped(text, Upper<wchar_t>); }
+std::string ToUpper(std::string_view text) { return Mapped(text, Upper<char>); }
+std::wstring ToLower(std::wstring_view text) { return Mapped(text, Lower<wchar_t>); }
+std::string ToLower(std::string_view text) { return Mapped(text, Lower<char>); }
 
 std::wstring ZeroPadded(int value, std::size_t width) {
   std::wstring digits = Widen(std::to_string(value));  // to_wstring() formats with printf

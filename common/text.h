@@ -15,6 +15,7 @@ std::string_view Trim(std::string_view text);
 
 /// ASCII letters mapped, everything else kept.
 std::wstring ToUpper(std::wstring_view text);
+std::string ToUpper(std::string_view text);
 std::wstring ToLower(std::wstring_view text);
 std::string ToLower(std::string_view text);
 

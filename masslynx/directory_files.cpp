@@ -57,13 +57,6 @@ bool IsAscii(const SystemPath& name) {
   return std::all_of(name.begin(), name.end(), [](auto c) { return c >= 0 && c < 0x80; });
 }
 
-void MakeLowerCase(SystemPath& name) {
-  using Char = SystemPath::value_type;
-  std::transform(name.begin(), name.end(), name.begin(), [](Char c) {
-    return c >= Char('A') && c <= Char('Z') ? static_cast<Char>(c - Char('A') + Char('a')) : c;
-  });
-}
-
 }  // namespace
 
 platform::File OpenInDirectory(const SystemPath& folder, std::wstring_view name, Spellings spellings) {
@@ -121,18 +114,14 @@ FileFinder::FileFinder(const SystemPath& folder, std::size_t names) : folder_(fo
   if (names < kFewFiles) return;
   std::optional<std::vector<SystemPath>> listed = platform::ListNames(folder, names * kMostNamesPerFile);
   if (!listed || !std::all_of(listed->begin(), listed->end(), IsAscii)) return;
-  names_ = std::move(*listed);
-  std::for_each(names_.begin(), names_.end(), MakeLowerCase);
+  for (const SystemPath& name : *listed) names_.push_back(ToLower(name));
   std::sort(names_.begin(), names_.end());
   isListed_ = true;
 }
 
 bool FileFinder::Opens(std::wstring_view name) const {
-  if (isListed_) {
-    SystemPath wanted = platform::ToSystemPath(std::wstring(name));
-    MakeLowerCase(wanted);
-    if (!std::binary_search(names_.begin(), names_.end(), wanted)) return false;
-  }
+  if (isListed_ && !std::binary_search(names_.begin(), names_.end(), platform::ToSystemPath(ToLower(name))))
+    return false;
   return OpenInDirectory(folder_, name).IsOpen();
 }
 
@@ -146,6 +135,14 @@ std::wstring FunctionFileName(int number, std::wstring_view extension) {
 
 std::wstring ProcessedFileName(int number, std::wstring_view extension) {
   return NumberedName(L"_PROC", number, extension);
+}
+
+std::string FunctionStem(std::string_view fileName) {
+  constexpr std::size_t kExtensionLength = 4;
+  const std::string upper = ToUpper(fileName);
+  const bool isOfFunction = upper.starts_with("_FUNC") || upper.starts_with("_PROC");
+  if (!isOfFunction || upper[upper.size() - kExtensionLength] != '.') return {};
+  return upper.substr(0, upper.size() - kExtensionLength);
 }
 
 std::wstring FileNameOf(const FunctionRecord& function, std::wstring_view extension) {
@@ -163,6 +160,16 @@ platform::File OpenDataFile(const SystemPath& folder, FunctionRecord& function) 
   if (file.IsOpen()) return file;
   return OpenFirst(folder, FileNameOf(function, L"dat"), Spellings::kAsWrittenUpperLower,
                    function.dataFilePath);
+}
+
+SystemPath PathOfDataFile(const SystemPath& folder, const FunctionRecord& function) {
+  SystemPath found;
+  AnySpelling(folder, FileNameOf(function, L"dat"), Spellings::kAsWrittenUpperLower, [&](SystemPath path) {
+    const bool isThere = platform::IsFile(path);
+    if (isThere) found = std::move(path);
+    return isThere;
+  });
+  return found;
 }
 
 FindingSubject SubjectOf(const FunctionRecord& function) {

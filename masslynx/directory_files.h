@@ -75,12 +75,19 @@ std::wstring ProcessedFileName(int number, std::wstring_view extension);
 /// The one or the other.
 std::wstring FileNameOf(const FunctionRecord& function, std::wstring_view extension);
 
+/// "_FUNC002" of "_func002.dat": what the files of a function have in common, from the name of any. Empty for
+/// other names.
+std::string FunctionStem(std::string_view fileName);
+
 /// Opens the file of a raw or processed function with the extension "idx", "sts" or "dat".
 platform::File OpenFunctionFile(const platform::SystemPath& folder, const FunctionRecord& function,
                                 std::wstring_view extension);
 
 /// Opens the function's data file, first where it was found before.
 platform::File OpenDataFile(const platform::SystemPath& folder, FunctionRecord& function);
+
+/// Where that looks for it, without opening it; empty when it is not there.
+platform::SystemPath PathOfDataFile(const platform::SystemPath& folder, const FunctionRecord& function);
 
 /// What findings about a function are about.
 FindingSubject SubjectOf(const FunctionRecord& function);

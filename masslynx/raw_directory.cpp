@@ -1,41 +1,47 @@
 #include "masslynx/raw_directory.h"
 
-#include <algorithm>
-
 #include "masslynx/directory_files.h"
-#include "masslynx/function_table.h"
 #include "masslynx/function_types.h"
 #include "masslynx/history.h"
 #include "masslynx/labels.h"
+#include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/scan_index.h"
 #include "masslynx/scandata/traces.h"
 #include "masslynx/unowned_files.h"
 
 namespace zrml::masslynx {
 
-std::optional<RawDirectory> RawDirectory::Open(const platform::SystemPath& folder, Findings* findings) {
+std::optional<std::vector<FunctionRecord>> ReadFunctions(const platform::SystemPath& folder,
+                                                         const HeaderLines& header, CutTable cutTable,
+                                                         Findings* findings, std::string* refusal) {
+  std::vector<FunctionRecord> functions;
+  if (!ReadFunctionTable(folder, ReadCalibrationLines(header.All()), cutTable, functions, findings))
+    return std::nullopt;
+  AppendProcessedFunctions(folder, functions, findings, refusal);
+  ApplyLabels(folder, functions, findings, refusal);
+  return functions;
+}
+
+std::optional<std::size_t> FindAbsorbance(std::span<const FunctionRecord> functions) {
+  for (std::size_t i = functions.size(); i-- > 0;) {
+    if (functions[i].typeCode == kDadType) return i;
+  }
+  return std::nullopt;
+}
+
+std::optional<RawDirectory> RawDirectory::Open(const platform::SystemPath& folder) {
   const platform::File header = OpenInDirectory(folder, kHeaderName);
   if (!header.IsOpen()) return std::nullopt;
   RawDirectory directory;
   directory.folder_ = folder;
   directory.header_ = ReadHeaderLines(header);
-  std::string& refusal = directory.refusal_;
-  NoticeRefusal(header, folder, kHeaderName, Spellings::kUpperLower, &refusal);
-  std::vector<FunctionRecord>& functions = directory.functions_;
-  if (!ReadFunctionTable(folder, ReadCalibrationLines(directory.header_.All()), CutTable::kWholeRecords,
-                         functions, findings))
-    return std::nullopt;
-  AppendProcessedFunctions(folder, functions, findings, &refusal);
-  ApplyLabels(folder, functions, findings, &refusal);
-  directory.isLoaded_.resize(functions.size());
+  NoticeRefusal(header, folder, kHeaderName, Spellings::kUpperLower, &directory.refusal_);
+  std::optional<std::vector<FunctionRecord>> functions = ReadFunctions(
+      folder, directory.header_, CutTable::kWholeRecords, &directory.findings_, &directory.refusal_);
+  if (!functions) return std::nullopt;
+  directory.functions_ = std::move(*functions);
+  directory.states_.resize(directory.functions_.size());
   return directory;
-}
-
-std::optional<std::size_t> RawDirectory::FindAbsorbance() const {
-  for (std::size_t i = functions_.size(); i-- > 0;) {
-    if (functions_[i].typeCode == kDadType) return i;
-  }
-  return std::nullopt;
 }
 
 bool RawDirectory::HasScans(std::size_t function) const {
@@ -47,20 +53,21 @@ bool RawDirectory::HasScans(std::size_t function) const {
   return !refusal.empty();
 }
 
-platform::SystemPath RawDirectory::DataFileName(std::size_t function) {
-  FunctionRecord& record = functions_.at(function);
-  if (record.dataFilePath.empty()) OpenDataFile(folder_, record);
-  if (record.dataFilePath.empty()) return platform::ToSystemPath(FileNameOf(record, L"DAT"));
-  return platform::NameInFolder(record.dataFilePath);
+platform::SystemPath RawDirectory::DataFileName(std::size_t function) const {
+  const FunctionRecord& record = functions_.at(function);
+  const platform::SystemPath path = PathOfDataFile(folder_, record);
+  return path.empty() ? platform::ToSystemPath(FileNameOf(record, L"DAT")) : platform::NameInFolder(path);
 }
 
 FunctionRecord& RawDirectory::LoadedFunction(std::size_t function) {
   FunctionRecord& record = functions_.at(function);
-  if (isLoaded_[function]) return record;
+  FunctionState& state = states_[function];
+  if (state.isLoaded) return record;
+  state.findings = {};
   std::string refusal;
-  LoadScanIndex(folder_, record, LeftOutOffsets::kWhole, nullptr, &refusal);
-  isLoaded_[function] = refusal.empty();
-  if (refusal.empty()) return record;
+  LoadScanIndex(folder_, record, LeftOutOffsets::kWhole, &state.findings, &refusal);
+  state.isLoaded = refusal.empty();
+  if (state.isLoaded) return record;
   record.scanIndex.clear();
   refusal_ = std::move(refusal);
   return record;
@@ -92,16 +99,18 @@ std::string RawDirectory::WhyNoData(std::size_t function) const {
   return finding.file + ' ' + finding.problem;
 }
 
-void CollectFindings(const platform::SystemPath& folder, Findings& findings) {
-  const std::optional<RawDirectory> directory = RawDirectory::Open(folder, &findings);
-  if (!directory) return;
+Findings RawDirectory::CollectFindings() {
+  Findings findings = findings_;
+  const std::string refusal = refusal_;
   bool hasScans = false;
-  for (FunctionRecord function : directory->Functions()) {
-    LoadScanIndex(folder, function, LeftOutOffsets::kWhole, &findings);
-    hasScans = hasScans || !function.scanIndex.empty();
+  for (std::size_t i = 0; i < functions_.size(); ++i) {
+    hasScans = !LoadedFunction(i).scanIndex.empty() || hasScans;
+    for (const Finding& finding : states_[i].findings.List()) findings.Add(finding);
   }
-  NoticeUnownedFiles(folder, directory->Functions(), findings);
-  NoticeTraces(folder, hasScans, findings);
+  refusal_ = refusal;
+  NoticeUnownedFiles(folder_, functions_, findings);
+  NoticeTraces(folder_, hasScans, findings);
+  return findings;
 }
 
 }  // namespace zrml::masslynx

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "common/text.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/history.h"
 
@@ -14,31 +15,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kExtensionLength = 4;
-
-// ASCII letters in upper case. Names are compared as UTF-8.
-std::string Upper(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-  return text;
-}
-
-std::string StemOf(const std::string& upperName) {
-  return upperName.substr(0, upperName.size() - kExtensionLength);
-}
-
-bool IsOfFunction(const std::string& upper) {
-  return (upper.starts_with("_FUNC") || upper.starts_with("_PROC")) &&
-         (upper.ends_with(".DAT") || upper.ends_with(".IDX") || upper.ends_with(".CDT"));
+bool HoldsData(const std::string& name) {
+  const std::string upper = ToUpper(name);
+  return upper.ends_with(".DAT") || upper.ends_with(".IDX") || upper.ends_with(".CDT");
 }
 
 std::set<std::string> OwnedStems(const platform::SystemPath& folder,
                                  std::span<const FunctionRecord> functions) {
   std::set<std::string> stems;
   for (const FunctionRecord& function : functions)
-    stems.insert(StemOf(platform::ToNativePath(FileNameOf(function, L"DAT"))));
+    stems.insert(FunctionStem(platform::ToNativePath(FileNameOf(function, L"DAT"))));
   for (const std::uint16_t number : ProcessNumbersWithData(folder))
-    stems.insert(StemOf(platform::ToNativePath(ProcessedFileName(number, L"DAT"))));
+    stems.insert(FunctionStem(platform::ToNativePath(ProcessedFileName(number, L"DAT"))));
   return stems;
 }
 
@@ -51,21 +39,21 @@ void NoticeUnownedFiles(const platform::SystemPath& folder, std::span<const Func
   std::error_code error;
   for (fs::directory_iterator at(fs::path(folder), error), end; !error && at != end; at.increment(error)) {
     const std::string name = platform::ToUtf8Path(at->path().filename().native());
-    const std::string upper = Upper(name);
+    const std::string stem = FunctionStem(name);
     const bool isEmpty = !at->is_regular_file(error) || at->file_size(error) == 0;
-    if (IsOfFunction(upper) && !isEmpty && !owned.contains(StemOf(upper))) names.push_back(name);
+    if (!stem.empty() && HoldsData(name) && !isEmpty && !owned.contains(stem)) names.push_back(name);
   }
   // Of each stem the data file, else the first.
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
     const auto key = [](const std::string& name) {
-      return std::pair(StemOf(Upper(name)), Upper(name).ends_with(".DAT") ? std::string() : name);
+      return std::pair(FunctionStem(name), ToUpper(name).ends_with(".DAT") ? std::string() : name);
     };
     return key(a) < key(b);
   });
   std::string stem;
   for (const std::string& name : names) {
-    if (StemOf(Upper(name)) == stem) continue;
-    stem = StemOf(Upper(name));
+    if (FunctionStem(name) == stem) continue;
+    stem = FunctionStem(name);
     findings.Add({.code = FindingCode::kFileUnowned, .file = name, .problem = "belongs to no function"});
   }
 }

@@ -8,22 +8,12 @@
 #include "masslynx/function_types.h"
 
 namespace zrml::plugin {
-namespace {
 
 using masslynx::FunctionRecord;
 
-bool IsAbsorbance(const FunctionRecord& function) { return function.typeCode == masslynx::kDadType; }
-
-}  // namespace
-
-FunctionRecord FindAbsorbance(const std::vector<FunctionRecord>& functions) {
-  const auto last = std::find_if(functions.rbegin(), functions.rend(), IsAbsorbance);
-  return last == functions.rend() ? FunctionRecord() : *last;
-}
-
 void RemoveUnlisted(std::vector<FunctionRecord>& functions) {
   std::erase_if(functions, [](const FunctionRecord& function) {
-    return IsAbsorbance(function) || !function.hasDataFile;
+    return function.typeCode == masslynx::kDadType || !function.hasDataFile;
   });
 }
 

@@ -9,9 +9,6 @@
 
 namespace zrml::plugin {
 
-/// The absorbance function, the last of several. Its typeCode is kNoFunction when there is none.
-masslynx::FunctionRecord FindAbsorbance(const std::vector<masslynx::FunctionRecord>& functions);
-
 /// Takes absorbance functions and those without a data file out of the list; the others keep their order.
 void RemoveUnlisted(std::vector<masslynx::FunctionRecord>& functions);
 

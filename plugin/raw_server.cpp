@@ -7,14 +7,11 @@
 #include "common/text.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/function_names.h"
-#include "masslynx/function_table.h"
 #include "masslynx/function_types.h"
-#include "masslynx/history.h"
-#include "masslynx/labels.h"
 #include "masslynx/metadata.h"
-#include "masslynx/scandata/calibration.h"
+#include "masslynx/raw_directory.h"
+#include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/scan_index.h"
-#include "masslynx/scandata/scan_statistics_format.h"
 #include "plugin/raw_functions.h"
 
 namespace zrml::plugin {
@@ -77,19 +74,17 @@ bool CMLDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstri
 
 bool CMLDataServerImpl::LoadDescription() {
   headerLines = masslynx::ReadHeaderLines(headerFile);
-  std::vector<FunctionRecord> all;
-  if (!masslynx::ReadFunctionTable(folder, masslynx::ReadCalibrationLines(headerLines.All()),
-                                   masslynx::CutTable::kNothing, all))
-    return false;
-  masslynx::AppendProcessedFunctions(folder, all);
-  masslynx::ApplyLabels(folder, all);
-  FunctionRecord absorbance = FindAbsorbance(all);
-  RemoveUnlisted(all);
-  if (!selectedFile.empty() && !SelectFunction(selectedFile, all)) selectedFile.clear();
-  masslynx::MarkSharedNames(all);
-  functions = std::move(all);
+  std::optional<std::vector<FunctionRecord>> all =
+      masslynx::ReadFunctions(folder, headerLines, masslynx::CutTable::kNothing);
+  if (!all) return false;
+  std::optional<FunctionRecord> absorbance;
+  if (const auto position = masslynx::FindAbsorbance(*all)) absorbance = (*all)[*position];
+  RemoveUnlisted(*all);
+  if (!selectedFile.empty() && !SelectFunction(selectedFile, *all)) selectedFile.clear();
+  masslynx::MarkSharedNames(*all);
+  functions = std::move(*all);
   mobilityData.Release();  // its reader may still be that of a directory opened before
-  if (absorbance.typeCode != FunctionRecord::kNoFunction) absorbanceRecord = std::move(absorbance);
+  if (absorbance) absorbanceRecord = std::move(*absorbance);
   return true;
 }
 
@@ -253,7 +248,8 @@ void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum
   const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
   SetScanAttributes(record, entry, spectrum);
   spectrum.SetStartTime(entry.retentionTime);
-  spectrum.SetEndTime(entry.retentionTime + record.scanTime / 60.0F);
+  const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
+  spectrum.SetEndTime(facts.endMinutes);
   // Deliberately 16 bits: hosts show scan 32768 as -32768.
   const auto scanNumber = static_cast<std::int16_t>(std::int64_t{scan} + 1);
   spectrum.SetFirstScan(scanNumber);
@@ -265,10 +261,8 @@ void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum
     spectrum.SetFirstDriftValue(1.0);
     spectrum.SetLastDriftValue(bins);
   }
-  if (HasPrecursor(record)) {
-    const bool given = (entry.precursorFlags & masslynx::scan_statistics_format::kPrecursorMassGiven) != 0;
-    spectrum.SetPrecursorMass(given && entry.precursorMass != 0.0F ? entry.precursorMass : record.setMass);
-  }
+  if (masslynx::HasPrecursors(record))
+    spectrum.SetPrecursorMass(facts.precursorMass.value_or(record.setMass));  // 0, or its negative
   spectrum.InvalidateStatistics();
 }
 
@@ -291,7 +285,7 @@ std::wstring CMLDataServerImpl::GetTraceName(int sample, int trace) {
   const TraceList* const list = sample == 0 ? LoadTraceList() : nullptr;
   if (list == nullptr) return {};
   if (IsPosition(trace, list->names.size())) return list->names[static_cast<std::size_t>(trace)];
-  return IsAbsorbanceTrace(*list, trace) ? L"PDA - Total Absorbance" : L"";
+  return std::wstring(IsAbsorbanceTrace(*list, trace) ? masslynx::kTotalAbsorbance : L"");
 }
 
 bool CMLDataServerImpl::GetTrace(int sample, int trace, CZRChromatogram& chromatogram) {

@@ -8,6 +8,7 @@
 #include "masslynx/function_types.h"
 #include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/scan_decoder.h"
+#include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/sub_scans.h"
 #include "plugin/data_server.h"
 
@@ -38,7 +39,7 @@ void SetBinAttributes(const MobilityScan& scan, int bin, float seconds, CZRMassS
   SetScanAttributes(scan.record, entry, spectrum);
   spectrum.SetFirstScan(scan.scan + 1);  // not narrowed as the numbers of whole scans are
   spectrum.SetLastScan(scan.scan + 1);
-  if (HasPrecursor(scan.record)) spectrum.SetPrecursorMass(scan.record.setMass);
+  if (masslynx::HasPrecursors(scan.record)) spectrum.SetPrecursorMass(scan.record.setMass);
   spectrum.SetFirstDriftBin(bin + 1);
   spectrum.SetLastDriftBin(bin + 1);
   spectrum.SetFirstDriftValue(bin + 1);
@@ -67,12 +68,7 @@ void SetScanAttributes(const FunctionRecord& function, const ScanIndexEntry& sca
   spectrum.SetCentroided(scan.centroided);
   const bool negative = masslynx::PolarityOfIonMode(function.ionMode) == masslynx::Polarity::kNegative;
   spectrum.SetPolarity(negative ? kNegativePolarity : kPositivePolarity);
-  spectrum.SetScanAuxValue(scan.auxValue != 0.0F ? scan.auxValue
-                                                 : static_cast<float>(function.defaultScanValue));
-}
-
-bool HasPrecursor(const FunctionRecord& function) {
-  return masslynx::FunctionKindOfType(function.typeCode) == masslynx::FunctionKind::kMsMs;
+  spectrum.SetScanAuxValue(masslynx::FactsOf(function, scan).value.value_or(0));
 }
 
 bool SumSubScans(CZRMassSpectrum& spectrum) {

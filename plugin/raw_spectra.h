@@ -21,9 +21,6 @@ int KindOf(const masslynx::FunctionRecord& function);
 void SetScanAttributes(const masslynx::FunctionRecord& function, const masslynx::ScanIndexEntry& scan,
                        CZRMassSpectrum& spectrum);
 
-/// Whether spectra of the function have a precursor mass.
-bool HasPrecursor(const masslynx::FunctionRecord& function);
-
 /// Decodes scan `scan` (a position of the function's index) from the function's data file into the points of
 /// `spectrum` and tells through `unsorted` whether the masses do not ascend. False, with the points
 /// untouched, for an unknown data format or a mass list that cannot serve. Sub-scans are summed, whatever the

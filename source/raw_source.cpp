@@ -11,7 +11,7 @@
 #include "masslynx/metadata.h"
 #include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/scan_decoder.h"
-#include "masslynx/scandata/scan_statistics_format.h"
+#include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/sub_scans.h"
 #include "source/formats.h"
 #include "source/position.h"
@@ -24,15 +24,7 @@ using masslynx::ScanIndexEntry;
 using masslynx::ScanRoom;
 using platform::SystemPath;
 
-constexpr std::wstring_view kTotalAbsorbance = L"PDA - Total Absorbance";
-
 std::string Utf8(std::wstring_view text) { return platform::ToNativePath(text); }
-
-std::string Upper(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; });
-  return text;
-}
 
 bool IsSeparator(char c) {
 #ifdef _WIN32
@@ -55,29 +47,8 @@ std::pair<std::string, std::string> Split(const std::string& path) {
   return {folder.empty() ? "." : WithoutLastSeparator(folder), std::string(name, path.end())};
 }
 
-// "_FUNC002" of the name of a file of that function; empty for other names.
-std::string FunctionStem(const std::string& name) {
-  const std::string upper = Upper(name);
-  const bool isOfFunction = upper.starts_with("_FUNC") || upper.starts_with("_PROC");
-  return isOfFunction && upper.size() > 4 && upper[upper.size() - 4] == '.'
-             ? upper.substr(0, upper.size() - 4)
-             : std::string();
-}
-
 std::string StemOf(const FunctionRecord& function) {
-  return FunctionStem(Utf8(masslynx::FileNameOf(function, L"DAT")));
-}
-
-FunctionKind KindOf(const FunctionRecord& function) {
-  switch (masslynx::FunctionKindOfType(function.typeCode)) {
-    case masslynx::FunctionKind::kMsMs:
-      return FunctionKind::kMsMs;
-    case masslynx::FunctionKind::kAbsorbance:
-      return FunctionKind::kAbsorbance;
-    case masslynx::FunctionKind::kMs:
-      break;
-  }
-  return FunctionKind::kMs;
+  return masslynx::FunctionStem(Utf8(masslynx::FileNameOf(function, L"DAT")));
 }
 
 FunctionId IdOf(const FunctionRecord& function) {
@@ -89,7 +60,7 @@ Function Describe(const FunctionRecord& record) {
   Function function;
   function.id = IdOf(record);
   function.name = Utf8(masslynx::NameOf(record));
-  function.kind = KindOf(record);
+  function.kind = static_cast<FunctionKind>(masslynx::FunctionKindOfType(record.typeCode));
   function.monitoring = static_cast<Monitoring>(masslynx::MonitoringOfType(record.typeCode));
   function.msLevel = masslynx::MsLevelOfType(record.typeCode);
   function.scanType = static_cast<ScanType>(masslynx::ScanTypeOfType(record.typeCode));
@@ -100,6 +71,8 @@ Function Describe(const FunctionRecord& record) {
   return function;
 }
 
+static_assert(static_cast<int>(FunctionKind::kAbsorbance) ==
+              static_cast<int>(masslynx::FunctionKind::kAbsorbance));
 static_assert(static_cast<int>(Monitoring::kReactions) == static_cast<int>(masslynx::Monitoring::kReactions));
 static_assert(static_cast<int>(ScanType::kNeutralGain) == static_cast<int>(masslynx::ScanType::kNeutralGain));
 static_assert(static_cast<int>(Polarity::kNegative) == static_cast<int>(masslynx::Polarity::kNegative));
@@ -158,7 +131,7 @@ RawSource::RawSource(std::string path, const SystemPath& folder, const std::stri
                           !(all[i].processed && all[i].number == 0);  // which is no name of a function
     if (isListed && (chosen.empty() || StemOf(all[i]) == chosen)) List(i);
   }
-  absorbance_ = directory_.FindAbsorbance();
+  absorbance_ = masslynx::FindAbsorbance(all);
   const bool isAbsorbance = absorbance_ && StemOf(all[*absorbance_]) == chosen;
   if (!chosen.empty() && functions_.empty() && !isAbsorbance)
     throw Error(Status::kNotRecognised, Path() + " belongs to no function");
@@ -205,11 +178,21 @@ const ScanIndexEntry& RawSource::EntryOf(const FunctionRecord& record, int scan)
 }
 
 // `what` names the scan for whoever reads that it cannot be read.
-Bytes RawSource::BytesOf(std::size_t position, const ScanRoom& room, const std::string& what) {
-  const std::optional<Bytes> bytes = directory_.ReadScan(position, room);
+template <class What>
+RawSource::StoredScan RawSource::Fetch(std::size_t position, const std::optional<ScanRoom>& room, What what) {
+  if (!room) ThrowUnread(what());
+  const std::optional<Bytes> bytes = directory_.ReadScan(position, *room);
   ThrowRefusal({}, directory_.TakeRefusal());
-  if (!bytes) ThrowUnread(what + ": " + directory_.WhyNoData(position));
-  return *bytes;
+  if (!bytes) ThrowUnread(what() + ": " + directory_.WhyNoData(position));
+  return {*room, *bytes};
+}
+
+RawSource::StoredScan RawSource::FetchScan(int function, int scan) {
+  const std::size_t position = PositionOf(function);
+  const FunctionRecord& record = LoadedAt(position);
+  EntryOf(record, scan);
+  return Fetch(position, masslynx::RoomOf(record, scan),
+               [&] { return TextOfScan(scan, functions_[static_cast<std::size_t>(function)]); });
 }
 
 std::vector<MetadataItem> RawSource::SampleMetadata(int) {
@@ -244,21 +227,15 @@ Scan RawSource::ScanAt(int, int function, int scan) {
   const ScanIndexEntry& entry = EntryOf(record, scan);
   Scan result;
   result.minutes = entry.retentionTime;
-  result.endMinutes = entry.retentionTime + record.scanTime / 60.0F;
+  const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
+  result.endMinutes = facts.endMinutes;
   result.isCentroided = entry.centroided;
   if (const std::optional<ScanRoom> room = masslynx::RoomOf(record, scan))
     result.points = static_cast<std::uint32_t>(room->points);
   result.totalIntensity = entry.totalIntensity;
-  if (KindOf(record) == FunctionKind::kMsMs) {
-    const bool isGiven =
-        (entry.precursorFlags & masslynx::scan_statistics_format::kPrecursorMassGiven) != 0 &&
-        entry.precursorMass != 0.0F;
-    const float mass = isGiven ? entry.precursorMass : record.setMass;
-    if (mass != 0.0F) result.precursorMz = mass;
-    result.isPrecursorOfMethod = !isGiven && mass != 0.0F;
-  }
-  const float value = entry.auxValue != 0.0F ? entry.auxValue : record.defaultScanValue;
-  if (value != 0.0F) result.scanValue = value;
+  result.precursorMz = facts.precursorMass;
+  result.isPrecursorOfMethod = facts.isPrecursorOfMethod;
+  result.scanValue = facts.value;
   return result;
 }
 
@@ -272,25 +249,37 @@ std::vector<double> RawSource::Minutes(int, int function) {
 
 PointsRead RawSource::ReadPoints(int, int function, int scan, std::span<double> mz,
                                  std::span<double> intensities) {
-  const std::size_t position = PositionOf(function);
-  const FunctionRecord& record = LoadedAt(position);
-  EntryOf(record, scan);
-  const std::string what = TextOfScan(scan, functions_[static_cast<std::size_t>(function)]);
-  const std::optional<ScanRoom> room = masslynx::RoomOf(record, scan);
-  if (!room) ThrowUnread(what);
-  RequireRoom(room->points, mz, intensities);
-  const Bytes bytes = BytesOf(position, *room, what);
+  const StoredScan stored = FetchScan(function, scan);
+  RequireRoom(stored.room.points, mz, intensities);
+  return Decode(function, scan, stored, mz, intensities);
+}
+
+PointsRead RawSource::ReadPoints(int, int function, int scan, std::vector<double>& mz,
+                                 std::vector<double>& intensities) {
+  const StoredScan stored = FetchScan(function, scan);
+  mz.resize(stored.Points());
+  intensities.resize(stored.Points());
+  const PointsRead read = Decode(function, scan, stored, mz, intensities);
+  mz.resize(read.count);
+  intensities.resize(read.count);
+  return read;
+}
+
+// Into arrays with room for all points that are there.
+PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,
+                             std::span<double> intensities) {
   unwritten_.clear();
   const masslynx::DecodedPoints decoded =
-      masslynx::DecodeScan(record, scan, *room, bytes, {mz.data(), intensities.data(), &unwritten_});
-  PointsRead result = {decoded.count, room->points - decoded.count};
+      masslynx::DecodeScan(directory_.Functions()[PositionOf(function)], scan, stored.room, stored.bytes,
+                           {mz.data(), intensities.data(), &unwritten_});
+  PointsRead result = {decoded.count, stored.room.points - decoded.count};
   if (!unwritten_.empty()) {
     CloseGaps(unwritten_, decoded.count, mz.data());
     result.count = CloseGaps(unwritten_, decoded.count, intensities.data());
   }
   if (decoded.isUnsorted && result.count > 0) {
-    result.count =
-        InOrder(mz.first(result.count), intensities.first(result.count), masslynx::MayHaveSubScans(*room));
+    result.count = InOrder(mz.first(result.count), intensities.first(result.count),
+                           masslynx::MayHaveSubScans(stored.room));
   }
   return result;
 }
@@ -346,7 +335,7 @@ std::vector<Trace> RawSource::Traces(int) {
     traces.push_back({static_cast<int>(traces.size()) + 1, Utf8(name)});
   };
   for (const std::wstring& name : Traced().names) add(name);
-  if (absorbance_) add(kTotalAbsorbance);
+  if (absorbance_) add(masslynx::kTotalAbsorbance);
   return traces;
 }
 
@@ -356,7 +345,7 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   const std::string what = "trace " + std::to_string(std::int64_t{trace} + 1);
   Chromatogram chromatogram;
   if (position == list.names.size() && absorbance_) {
-    chromatogram.name = Utf8(kTotalAbsorbance);
+    chromatogram.name = Utf8(masslynx::kTotalAbsorbance);
     for (const ScanIndexEntry& entry : LoadedAt(AbsorbancePosition()).scanIndex) {
       chromatogram.minutes.push_back(entry.retentionTime);
       chromatogram.intensities.push_back(entry.totalIntensity);
@@ -398,25 +387,20 @@ PointsRead RawSource::ReadAbsorbance(int, int scan, std::vector<double>& wavelen
   const std::size_t position = AbsorbancePosition();
   const FunctionRecord& record = LoadedAt(position);
   EntryOf(record, scan);
-  const std::string what = "absorbance spectrum " + std::to_string(scan + 1);
-  const std::optional<ScanRoom> room = masslynx::AbsorbanceRoomOf(record, scan);
-  if (!room) ThrowUnread(what);
-  const Bytes bytes = BytesOf(position, *room, what);
-  wavelengths.resize(room->points);
-  values.resize(room->points);
+  const StoredScan stored = Fetch(position, masslynx::AbsorbanceRoomOf(record, scan),
+                                  [&] { return "absorbance spectrum " + std::to_string(scan + 1); });
+  wavelengths.resize(stored.Points());
+  values.resize(stored.Points());
   unwritten_.clear();
   const std::size_t count =
-      masslynx::DecodeAbsorbance(*room, bytes, {wavelengths.data(), values.data(), &unwritten_});
+      masslynx::DecodeAbsorbance(stored.room, stored.bytes, {wavelengths.data(), values.data(), &unwritten_});
   wavelengths.resize(CloseGaps(unwritten_, count, wavelengths.data()));
   values.resize(CloseGaps(unwritten_, count, values.data()));
-  return {wavelengths.size(), room->points - count};
+  return {wavelengths.size(), stored.room.points - count};
 }
 
 std::span<const Finding> RawSource::Findings() {
-  if (!findings_) {
-    findings_.emplace();
-    masslynx::CollectFindings(directory_.Folder(), *findings_);
-  }
+  if (!findings_) findings_ = directory_.CollectFindings();
   return findings_->List();
 }
 
@@ -438,7 +422,7 @@ std::unique_ptr<Source> OpenRawDirectory(const std::string& path) {
                                                         : hasTable ? "_HEADER.TXT"
                                                                    : "_HEADER.TXT and no _FUNCTNS.INF"));
   }
-  return std::make_unique<RawSource>(path, folderPath, isFile ? FunctionStem(name) : std::string());
+  return std::make_unique<RawSource>(path, folderPath, isFile ? masslynx::FunctionStem(name) : std::string());
 }
 
 }  // namespace zrml::source

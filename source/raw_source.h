@@ -30,9 +30,10 @@ class RawSource : public Source {
   Scan ScanAt(int sample, int function, int scan) override;
   std::vector<double> Minutes(int sample, int function) override;
 
-  using Source::ReadPoints;
   PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,
                         std::span<double> intensities) override;
+  PointsRead ReadPoints(int sample, int function, int scan, std::vector<double>& mz,
+                        std::vector<double>& intensities) override;
 
   int DriftBinCount(int sample, int function) override;
   void ReadDriftBin(int sample, int function, int scan, int bin, std::vector<double>& mz,
@@ -51,13 +52,25 @@ class RawSource : public Source {
   std::span<const Finding> Findings() override;
 
  private:
+  // A scan as it stands in its data file.
+  struct StoredScan {
+    masslynx::ScanRoom room;
+    Bytes bytes;  // until the next scan is fetched
+
+    std::size_t Points() const { return room.PointsIn(bytes.size()); }
+  };
+
   void List(std::size_t position);
   void NameFunctions();
   std::size_t PositionOf(int function) const;
   std::size_t AbsorbancePosition() const;
   masslynx::FunctionRecord& LoadedAt(std::size_t position);
   static const masslynx::ScanIndexEntry& EntryOf(const masslynx::FunctionRecord& record, int scan);
-  Bytes BytesOf(std::size_t position, const masslynx::ScanRoom& room, const std::string& what);
+  template <class What>
+  StoredScan Fetch(std::size_t position, const std::optional<masslynx::ScanRoom>& room, What what);
+  StoredScan FetchScan(int function, int scan);
+  PointsRead Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,
+                    std::span<double> intensities);
   std::size_t InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans);
   const masslynx::TraceList& Traced();
 

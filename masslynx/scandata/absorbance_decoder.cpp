@@ -1,7 +1,5 @@
 #include "masslynx/scandata/absorbance_decoder.h"
 
-#include <algorithm>
-
 #include "masslynx/scandata/packed_point.h"
 #include "masslynx/scandata/point_unit_format.h"
 
@@ -47,8 +45,7 @@ std::optional<ScanRoom> AbsorbanceRoomOf(const FunctionRecord& function, int sca
 }
 
 std::size_t DecodeAbsorbance(const ScanRoom& room, Bytes bytes, const PointArrays& points) {
-  const std::size_t count =
-      std::min(room.points, point_unit_format::UnitOf(room.layout).PointsIn(bytes.size()));
+  const std::size_t count = room.PointsIn(bytes.size());
   (room.layout == kPairs ? DecodePairs : DecodePoints)(bytes, count, points);
   return count;
 }

@@ -217,7 +217,7 @@ std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan) {
 
 DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                          const PointArrays& points) {
-  const std::size_t count = std::min(room.points, UnitOf(room.layout).PointsIn(bytes.size()));
+  const std::size_t count = room.PointsIn(bytes.size());
   const ScanIndexEntry& entry = function.scanIndex[static_cast<std::size_t>(scan)];
   const Layout& layout = kLayouts[static_cast<std::size_t>(room.layout)];
   return {count, layout.decode({function, entry, room, bytes, count}, points)};

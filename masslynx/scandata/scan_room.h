@@ -1,11 +1,13 @@
 // Where the points of one scan are and how much room they need.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "common/bytes.h"
+#include "masslynx/scandata/point_unit_format.h"
 
 namespace zrml::masslynx {
 
@@ -14,6 +16,11 @@ struct ScanRoom {
   std::size_t bytes = 0;
   std::size_t points = 0;
   int layout = 0;  ///< the data format that the scan is read as
+
+  /// How many of the points its first `size` bytes hold whole.
+  std::size_t PointsIn(std::size_t size) const {
+    return std::min(points, point_unit_format::UnitOf(layout).PointsIn(size));
+  }
 };
 
 /// Arrays that a decoder fills, with room for all points of the scan.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "common/findings.h"
@@ -17,6 +18,10 @@ struct TraceList {
   std::vector<std::wstring> names;
   bool fromAnalogs = false;
 };
+
+/// The trace that stands behind those of the list where a directory has an absorbance function: the total of
+/// each of its scans.
+inline constexpr std::wstring_view kTotalAbsorbance = L"PDA - Total Absorbance";
 
 /// The traces of a directory, none when it lists none. No value when the list is damaged. `refusal` is as
 /// NoticeRefusal() has it.

@@ -45,6 +45,7 @@ TEST(CaseMapping, MapsAsciiLettersAlone) {
   EXPECT_EQ(ToLower(L"azAZ09@[`{_.\xdf\xc9\xff\x130\x212a"), L"azaz09@[`{_.\xdf\xc9\xff\x130\x212a");
   EXPECT_EQ(ToUpper(L"_Func001.idx"), L"_FUNC001.IDX");
   EXPECT_EQ(ToLower(L"_FUNC001.IDX"), L"_func001.idx");
+  EXPECT_EQ(ToUpper(std::string_view("azAZ09@[`{_.\xdf\xe9")), "AZAZ09@[`{_.\xdf\xe9");
   EXPECT_EQ(ToUpper(L""), L"");
   EXPECT_EQ(ToLower(L""), L"");
 }

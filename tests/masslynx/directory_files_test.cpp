@@ -258,6 +258,14 @@ TEST(IsRawDirectory, RejectsFilesAndMissingPaths) {
   EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(L"")));
 }
 
+TEST(FunctionStem, IsWhatTheFilesOfAFunctionHaveInCommon) {
+  EXPECT_EQ(FunctionStem("_FUNC002.DAT"), "_FUNC002");
+  EXPECT_EQ(FunctionStem("_func002.idx"), "_FUNC002");
+  EXPECT_EQ(FunctionStem("_Proc1000.cdt"), "_PROC1000");
+  for (const char* const other : {"", "_FUNC", "_FUN001.DAT", "xFUNC001.DAT", "_FUNC001", "_FUNC001.DATA"})
+    EXPECT_EQ(FunctionStem(other), "") << other;
+}
+
 TEST(FunctionFileName, HasThreeDigitsOrMore) {
   EXPECT_EQ(FunctionFileName(1, L"dat"), L"_FUNC001.dat");
   EXPECT_EQ(FunctionFileName(42, L"CDT"), L"_FUNC042.CDT");

@@ -6,12 +6,36 @@
 
 #include <gtest/gtest.h>
 
+#include "masslynx/raw_directory.h"
 #include "tests/masslynx/function_type_rows.h"
 #include "tests/masslynx/ml_data_server_fixture.h"
 #include "tests/support/raw_directory_builder.h"
 
 namespace zrml {
 namespace {
+
+// --- the absorbance function ---
+
+/// Functions of the types given, without data.
+std::vector<masslynx::FunctionRecord> Table(const std::vector<int>& types) {
+  std::vector<masslynx::FunctionRecord> functions;
+  for (const int type : types) functions.emplace_back().typeCode = type;
+  return functions;
+}
+
+TEST(FindAbsorbance, GivesTheLastOfSeveral) {
+  EXPECT_EQ(masslynx::FindAbsorbance(Table({18, 6})), std::nullopt);
+  EXPECT_EQ(masslynx::FindAbsorbance(Table({18, 12, 6})), 1u);
+  EXPECT_EQ(masslynx::FindAbsorbance(Table({12, 18, 12})), 2u);
+}
+
+TEST(FindAbsorbance, NeedsNoDataFile) {
+  std::vector<masslynx::FunctionRecord> functions = Table({18, 12});
+  for (const bool hasDataFile : {true, false}) {
+    functions[1].hasDataFile = hasDataFile;
+    EXPECT_EQ(masslynx::FindAbsorbance(functions), 1u);
+  }
+}
 
 // --- the function list ---
 

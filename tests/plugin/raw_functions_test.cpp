@@ -58,18 +58,6 @@ TEST(RemoveUnlisted, AbsorbanceIsNotListedWithOrWithoutData) {
   EXPECT_EQ(ListedNumbers(functions), (Numbers{1, 3}));
 }
 
-TEST(FindAbsorbance, GivesTheLastOfSeveral) {
-  EXPECT_EQ(FindAbsorbance(Table({kTofMs, 6})).typeCode, FunctionRecord::kNoFunction);
-  EXPECT_EQ(FindAbsorbance(Table({kTofMs, kDad, 6})).number, 2);
-  EXPECT_EQ(FindAbsorbance(Table({kDad, kTofMs, kDad})).number, 3);
-}
-
-TEST(FindAbsorbance, NeedsNoDataFile) {
-  std::vector<FunctionRecord> functions = Table({kTofMs, kDad});
-  functions[1].hasDataFile = false;
-  EXPECT_EQ(FindAbsorbance(functions).number, 2);
-}
-
 // --- selection ---
 
 FunctionRecord Numbered(std::uint16_t number, bool processed) {

@@ -1,5 +1,6 @@
 // What the reader of raw directories notices: each directory is made from a sound one by one edit.
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,9 @@ using Edit = void (*)(const TempDirectory& directory);
 using test::SoundDirectory;
 
 std::vector<Finding> Collect(const TempDirectory& directory) {
-  Findings findings;
-  CollectFindings(directory.SystemPath(), findings);
+  std::optional<RawDirectory> opened = RawDirectory::Open(directory.SystemPath());
+  if (!opened) return {};
+  const Findings findings = opened->CollectFindings();
   return {findings.List().begin(), findings.List().end()};
 }
 

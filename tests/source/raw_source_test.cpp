@@ -286,6 +286,18 @@ TEST(RawSource, PointsThatTheFileLacksAreAbsentAndCounted) {
   EXPECT_EQ(none.lost, 3u);
 }
 
+// 4,194,303 points are declared, of which there is none.
+TEST(RawSource, NoRoomIsMadeForPointsThatTheFileLacks) {
+  const TempDirectory directory = PlainDirectory(1).Build();
+  directory.Write("_FUNC001.IDX", WriteScanIndex(std::vector<ScanIndexRecord>(2, {.pointCount = 0x3FFFFF})));
+  directory.Truncate("_FUNC001.DAT", 0);
+  const std::unique_ptr<Source> source = Open(directory);
+  Values mz;
+  Values intensities;
+  EXPECT_EQ(source->ReadPoints(0, 0, 1, mz, intensities).lost, 0x3FFFFFu);
+  EXPECT_EQ(mz.capacity() + intensities.capacity(), 0u);
+}
+
 // Of three scans of one point each, 6 bytes, the last is gone.
 TEST(RawSource, ChromatogramsOfLostPointsAreNotKnown) {
   const TempDirectory directory = PlainDirectory(1, 3).Build();
@@ -508,6 +520,18 @@ TEST(RawSource, WholeRecordsOfACutFunctionTableAreRead) {
   EXPECT_EQ(source->Functions(0).size(), 1u);
   ASSERT_EQ(source->Findings().size(), 2u);
   EXPECT_EQ(source->Findings()[0].code, FindingCode::kFunctionTableCut);
+}
+
+// The findings are about what the scans are taken from.
+TEST(RawSource, FindingsAreOfTheIndicesThatWereLoaded) {
+  const TempDirectory directory = PlainDirectory(2).Build();
+  const std::unique_ptr<Source> source = Open(directory);
+  EXPECT_EQ(source->ScanCount(0, 0), 2);
+  directory.Remove("_FUNC001.IDX");
+  directory.Remove("_FUNC002.IDX");
+  ASSERT_EQ(source->Findings().size(), 1u);
+  EXPECT_EQ(source->Findings()[0].file, "_FUNC002.IDX");
+  EXPECT_EQ(source->ScanCount(0, 1), 0);
 }
 
 // Data format 10 has no layout.

@@ -1,0 +1,22 @@
+// What function table, index and statistics tell of a scan, without its points. What no file tells is absent.
+#pragma once
+
+#include <optional>
+
+#include "masslynx/function_record.h"
+
+namespace zrml::masslynx {
+
+struct ScanFacts {
+  float endMinutes = 0;                ///< of the scan; it begins at its retention time
+  std::optional<float> precursorMass;  ///< of functions with precursors, never 0
+  bool isPrecursorOfMethod = false;    ///< the method's set mass: no statistics tell the scan's own
+  std::optional<float> value;          ///< the additional value (cone voltage and the like), never 0
+};
+
+ScanFacts FactsOf(const FunctionRecord& function, const ScanIndexEntry& scan);
+
+/// Whether spectra of the function have a precursor mass.
+bool HasPrecursors(const FunctionRecord& function);
+
+}  // namespace zrml::masslynx
