@@ -53,6 +53,16 @@ void Polynomial(const double* c, std::size_t coefficients, double* values, std::
   }
 }
 
+template <bool kIsRoot>
+void Calibrate(const double* c, std::size_t coefficients, const float* raw, std::size_t count,
+               double* masses) {
+  for (std::size_t i = 0; i < count; ++i) {
+    masses[i] = kIsRoot ? std::sqrt(double{raw[i]}) : double{raw[i]};
+    Polynomial(c, coefficients, masses + i, 1);
+    masses[i] = static_cast<float>(kIsRoot ? masses[i] * masses[i] : masses[i]);
+  }
+}
+
 bool Descends(double before, const double* values, std::size_t count) {
   return std::any_of(values, values + count,
                      [&](double value) { return value <= std::exchange(before, value); });
@@ -89,6 +99,8 @@ constinit const PointKernels kScalarKernels = {
           std::transform(values, values + count, values, [](double x) { return x * x; });
         },
     .polynomial = Polynomial,
+    .calibrate = Calibrate<false>,
+    .calibrateRoot = Calibrate<true>,
     .round =
         [](double* values, std::size_t count) {
           std::transform(values, values + count, values,

@@ -222,19 +222,20 @@ void ScanCalibration::Convert(const PointKernels& kernels, float* raw, std::size
     kernels.polynomial(polynomial.coefficients.data(), polynomial.coefficients.size(), masses, count);
   };
   if (correctsTemperature_) kernels.scale(temperatureFactor_, raw, count);
+  if (primary_ != nullptr && modification_ == nullptr) {
+    const std::vector<double>& c = primary_->coefficients;
+    (primary_->root ? kernels.calibrateRoot : kernels.calibrate)(c.data(), c.size(), raw, count, masses);
+    return;
+  }
   kernels.widen(raw, count, masses);
   if (primary_ == nullptr) return;
 
   if (primary_->root) kernels.root(masses, count);
   evaluate(*primary_);
-  bool isRoot = primary_->root;
-  if (modification_ != nullptr) {
-    if (isRoot && !modification_->root) kernels.square(masses, count);
-    if (!isRoot && modification_->root) kernels.root(masses, count);
-    evaluate(*modification_);
-    isRoot = modification_->root;
-  }
-  if (isRoot) kernels.square(masses, count);
+  if (primary_->root && !modification_->root) kernels.square(masses, count);
+  if (!primary_->root && modification_->root) kernels.root(masses, count);
+  evaluate(*modification_);
+  if (modification_->root) kernels.square(masses, count);
   kernels.round(masses, count);
 }
 

@@ -32,6 +32,12 @@ struct PointKernels {
   void (*square)(double* values, std::size_t count);
   /// c[0] + c[1] x + ... by Horner's rule; there are 1 to 7 coefficients.
   void (*polynomial)(const double* c, std::size_t coefficients, double* values, std::size_t count);
+  /// The same of raw masses, rounded to single precision; `calibrateRoot` works on their square roots and
+  /// squares what comes of it.
+  using Calibrate = void (*)(const double* c, std::size_t coefficients, const float* raw, std::size_t count,
+                             double* masses);
+  Calibrate calibrate;
+  Calibrate calibrateRoot;
   /// To single precision and back.
   void (*round)(double* values, std::size_t count);
 
