@@ -3,15 +3,6 @@
 #include <algorithm>
 
 namespace zrml::convert {
-namespace {
-
-// Room that grows only, so that most reads touch no more than their points.
-std::span<double> Room(std::vector<double>& values, std::size_t count) {
-  if (values.size() < count) values.resize(count);
-  return std::span(values).first(count);
-}
-
-}  // namespace
 
 template <class Read>
 Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
@@ -35,12 +26,10 @@ Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
 Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
   return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
     spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
-    const std::span<double> masses = Room(positions_, spectrum.scan.points);
-    const std::span<double> intensities = Room(intensities_, spectrum.scan.points);
     const source::PointsRead read =
-        source_.ReadPoints(plan_.sample, function.position, entry.scan, masses, intensities);
-    spectrum.positions = masses.first(read.count);
-    spectrum.intensities = intensities.first(read.count);
+        source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
+    spectrum.positions = positions_;
+    spectrum.intensities = intensities_;
     return read;
   });
 }
