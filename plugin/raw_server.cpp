@@ -63,64 +63,64 @@ bool CMLDataServerImpl::ValidateSource(const std::wstring& path) {
 bool CMLDataServerImpl::Open(const std::wstring& path) { return OpenFileInSet(path, path); }
 
 bool CMLDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstring& file) {
-  dataPath = path;
-  if (!dataPath.empty() && !dataPath.ends_with(L'\\')) dataPath += L'\\';
-  folder = platform::ToSystemPath(dataPath);
-  headerFile = OpenInDirectory(folder, masslynx::kHeaderName);
-  if (!headerFile.IsOpen()) return false;
-  if (std::wstring name = FunctionFileOf(file); !name.empty()) selectedFile = std::move(name);
+  dataPath_ = path;
+  if (!dataPath_.empty() && !dataPath_.ends_with(L'\\')) dataPath_ += L'\\';
+  folder_ = platform::ToSystemPath(dataPath_);
+  headerFile_ = OpenInDirectory(folder_, masslynx::kHeaderName);
+  if (!headerFile_.IsOpen()) return false;
+  if (std::wstring name = FunctionFileOf(file); !name.empty()) selectedFile_ = std::move(name);
   return LoadDescription();
 }
 
 bool CMLDataServerImpl::LoadDescription() {
-  headerLines = masslynx::ReadHeaderLines(headerFile);
+  headerLines_ = masslynx::ReadHeaderLines(headerFile_);
   std::optional<std::vector<FunctionRecord>> all =
-      masslynx::ReadFunctions(folder, headerLines, masslynx::CutTable::kNothing);
+      masslynx::ReadFunctions(folder_, headerLines_, masslynx::CutTable::kNothing);
   if (!all) return false;
   std::optional<FunctionRecord> absorbance;
   if (const auto position = masslynx::FindAbsorbance(*all)) absorbance = (*all)[*position];
   RemoveUnlisted(*all);
-  if (!selectedFile.empty() && !SelectFunction(selectedFile, *all)) selectedFile.clear();
+  if (!selectedFile_.empty() && !SelectFunction(selectedFile_, *all)) selectedFile_.clear();
   masslynx::MarkSharedNames(*all);
-  functions = std::move(*all);
-  mobilityData.Release();  // its reader may still be that of a directory opened before
-  if (absorbance) absorbanceRecord = std::move(*absorbance);
+  functions_ = std::move(*all);
+  mobilityData_.Release();  // its reader may still be that of a directory opened before
+  if (absorbance) absorbanceRecord_ = std::move(*absorbance);
   return true;
 }
 
 bool CMLDataServerImpl::Close() {
-  headerFile.Close();
-  dataFile.Close();
-  selectedFile.clear();
-  headerLines = masslynx::HeaderLines();
-  dataPath.clear();
-  folder.clear();
-  functions.clear();
-  absorbanceRecord = FunctionRecord();
-  traceList.reset();
-  mobilityData.Release();
+  headerFile_.Close();
+  dataFile_.Close();
+  selectedFile_.clear();
+  headerLines_ = masslynx::HeaderLines();
+  dataPath_.clear();
+  folder_.clear();
+  functions_.clear();
+  absorbanceRecord_ = FunctionRecord();
+  traceList_.reset();
+  mobilityData_.Release();
   return true;
 }
 
 FunctionRecord* CMLDataServerImpl::FindFunction(int sample, int function) {
-  return sample == 0 && IsPosition(function, functions.size())
-             ? &functions[static_cast<std::size_t>(function)]
+  return sample == 0 && IsPosition(function, functions_.size())
+             ? &functions_[static_cast<std::size_t>(function)]
              : nullptr;
 }
 
 FunctionRecord* CMLDataServerImpl::FindLoadedFunction(int sample, int function) {
   FunctionRecord* const record = FindFunction(sample, function);
-  if (record != nullptr) masslynx::LoadScanIndex(folder, *record, masslynx::LeftOutOffsets::kLower32Bits);
+  if (record != nullptr) masslynx::LoadScanIndex(folder_, *record, masslynx::LeftOutOffsets::kLower32Bits);
   return record;
 }
 
 int CMLDataServerImpl::GetFunctionCount(int sample) {
-  return sample == 0 ? static_cast<int>(functions.size()) : 0;
+  return sample == 0 ? static_cast<int>(functions_.size()) : 0;
 }
 
 std::wstring CMLDataServerImpl::GetFunctionName(int sample, int function) {
   if (FindFunction(sample, function) == nullptr) return {};
-  return masslynx::FunctionName(functions, static_cast<std::size_t>(function));
+  return masslynx::FunctionName(functions_, static_cast<std::size_t>(function));
 }
 
 int CMLDataServerImpl::GetFunctionKind(int sample, int function) {
@@ -191,12 +191,12 @@ FunctionRecord* CMLDataServerImpl::FindMobilityFunction(int sample, int function
 }
 
 int CMLDataServerImpl::GetMobilityBinCount(int sample, int function) {
-  return HasMobility(sample, function) ? mobilityData.BinCount(dataPath, function) : 0;
+  return HasMobility(sample, function) ? mobilityData_.BinCount(dataPath_, function) : 0;
 }
 
 bool CMLDataServerImpl::GetScanMassRange(int sample, int function, int scan, double& low, double& high) {
   FunctionRecord* const record = FindMobilityFunction(sample, function);
-  return record != nullptr && mobilityData.ReadMassRange({dataPath, function, *record, scan}, low, high);
+  return record != nullptr && mobilityData_.ReadMassRange({dataPath_, function, *record, scan}, low, high);
 }
 
 bool CMLDataServerImpl::GetMobilityAxis(int sample, int function, int, HostVector<double>& axis) {
@@ -210,14 +210,14 @@ bool CMLDataServerImpl::GetMobilityAxis(int sample, int function, int, HostVecto
 bool CMLDataServerImpl::GetMobilitySpectrum(int sample, int function, int scan, int bin,
                                             CZRMassSpectrum& spectrum) {
   FunctionRecord* const record = FindMobilityFunction(sample, function);
-  return record != nullptr && mobilityData.ReadBin({dataPath, function, *record, scan}, bin, spectrum);
+  return record != nullptr && mobilityData_.ReadBin({dataPath_, function, *record, scan}, bin, spectrum);
 }
 
 bool CMLDataServerImpl::GetMobilitySpectra(int sample, int function, int scan, int firstBin, int lastBin,
                                            HostVector<CZRMassSpectrum>& spectra) {
   FunctionRecord* const record = FindMobilityFunction(sample, function);
   return record != nullptr &&
-         mobilityData.ReadBins({dataPath, function, *record, scan}, firstBin, lastBin, spectra);
+         mobilityData_.ReadBins({dataPath_, function, *record, scan}, firstBin, lastBin, spectra);
 }
 
 bool CMLDataServerImpl::DecodePoints(FunctionRecord& record, int scan, CZRMassSpectrum& spectrum) {
@@ -225,11 +225,11 @@ bool CMLDataServerImpl::DecodePoints(FunctionRecord& record, int scan, CZRMassSp
     platform::File& file;
     ~CloseAfterwards() { file.Close(); }
   };
-  dataFile = masslynx::OpenDataFile(folder, record);
-  const CloseAfterwards closer{dataFile};
-  if (!dataFile.IsOpen()) return false;
+  dataFile_ = masslynx::OpenDataFile(folder_, record);
+  const CloseAfterwards closer{dataFile_};
+  if (!dataFile_.IsOpen()) return false;
   bool unsorted = false;
-  const bool decoded = DecodeScan(dataFile, record, scan, spectrum, unsorted);
+  const bool decoded = DecodeScan(dataFile_, record, scan, spectrum, unsorted);
   spectrum.SetScanAuxValue(
       record.scanIndex[static_cast<std::size_t>(scan)].auxValue);  // also when decoding failed
   return decoded && (!unsorted || SortByMass(true, spectrum));
@@ -244,7 +244,7 @@ bool CMLDataServerImpl::GetSpectrum(int sample, int function, int scan, CZRMassS
 }
 
 void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum& spectrum) {
-  const FunctionRecord& record = functions[static_cast<std::size_t>(function)];
+  const FunctionRecord& record = functions_[static_cast<std::size_t>(function)];
   const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
   SetScanAttributes(record, entry, spectrum);
   spectrum.SetStartTime(entry.retentionTime);
@@ -267,8 +267,8 @@ void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum
 }
 
 const TraceList* CMLDataServerImpl::LoadTraceList() {
-  if (!traceList && !dataPath.empty()) traceList = masslynx::ReadTraceList(folder);
-  return traceList ? &*traceList : nullptr;
+  if (!traceList_ && !dataPath_.empty()) traceList_ = masslynx::ReadTraceList(folder_);
+  return traceList_ ? &*traceList_ : nullptr;
 }
 
 bool CMLDataServerImpl::IsAbsorbanceTrace(const TraceList& list, int trace) {
@@ -297,7 +297,7 @@ bool CMLDataServerImpl::GetTrace(int sample, int trace, CZRChromatogram& chromat
 
 bool CMLDataServerImpl::ReadListedTrace(const TraceList& list, int trace, CZRChromatogram& chromatogram) {
   const auto position = static_cast<std::size_t>(trace);
-  const std::optional<masslynx::TraceData> data = masslynx::TraceData::Open(folder, list, position);
+  const std::optional<masslynx::TraceData> data = masslynx::TraceData::Open(folder_, list, position);
   if (!data) return false;
   chromatogram.SetSize(static_cast<int>(data->Count()));
   chromatogram.SetName(list.names[position]);
@@ -308,30 +308,30 @@ bool CMLDataServerImpl::ReadListedTrace(const TraceList& list, int trace, CZRChr
 
 bool CMLDataServerImpl::GetTotalAbsorbanceTrace(int trace, CZRChromatogram& chromatogram) {
   LoadAbsorbanceIndex();
-  FillWithTotals(absorbanceRecord.scanIndex, chromatogram);
+  FillWithTotals(absorbanceRecord_.scanIndex, chromatogram);
   chromatogram.SetName(GetTraceName(0, trace));
   return true;
 }
 
 bool CMLDataServerImpl::HasAbsorbanceData(int sample) {
-  return sample == 0 && absorbanceRecord.typeCode == masslynx::kDadType;
+  return sample == 0 && absorbanceRecord_.typeCode == masslynx::kDadType;
 }
 
 void CMLDataServerImpl::LoadAbsorbanceIndex() {
-  masslynx::LoadScanIndex(folder, absorbanceRecord, masslynx::LeftOutOffsets::kLower32Bits);
+  masslynx::LoadScanIndex(folder_, absorbanceRecord_, masslynx::LeftOutOffsets::kLower32Bits);
 }
 
 int CMLDataServerImpl::GetAbsorbanceScanCount(int sample) {
   if (sample != 0) return 0;
   LoadAbsorbanceIndex();
-  return static_cast<int>(absorbanceRecord.scanIndex.size());
+  return static_cast<int>(absorbanceRecord_.scanIndex.size());
 }
 
 bool CMLDataServerImpl::GetAbsorbanceSpectrum(int sample, int scan, CZRAbsorbanceSpectrum& spectrum) {
   if (!HasAbsorbanceData(sample) || scan < 0 || scan >= GetAbsorbanceScanCount(sample)) return false;
   const platform::File file =
-      OpenInDirectory(folder, masslynx::FunctionFileName(absorbanceRecord.number, L"DAT"));
-  return file.IsOpen() && DecodeAbsorbanceScan(file, absorbanceRecord, scan, spectrum);
+      OpenInDirectory(folder_, masslynx::FunctionFileName(absorbanceRecord_.number, L"DAT"));
+  return file.IsOpen() && DecodeAbsorbanceScan(file, absorbanceRecord_, scan, spectrum);
 }
 
 bool CMLDataServerImpl::GetMetadataValue(int sample, int function, const std::wstring& key,
@@ -347,10 +347,10 @@ bool CMLDataServerImpl::GetMetadataValue(int sample, int function, const std::ws
   switch (item->origin) {
     case Origin::kHeader:
     case Origin::kDateTime:
-      value = masslynx::HeaderMetadata(*item, headerLines.All());
+      value = masslynx::HeaderMetadata(*item, headerLines_.All());
       return true;
     case Origin::kFolder:
-      value = dataPath;
+      value = dataPath_;
       return true;
     case Origin::kProvider:
       value = GetProviderName();

@@ -88,21 +88,21 @@ class CMLDataServerImpl : public CDataServerImpl {
   void LoadAbsorbanceIndex();
   bool GetTotalAbsorbanceTrace(int trace, CZRChromatogram& chromatogram);
 
-  std::wstring dataPath;        // with a trailing backslash while open
-  platform::SystemPath folder;  // the same
+  std::wstring dataPath_;        // with a trailing backslash while open
+  platform::SystemPath folder_;  // the same
   // Held open until Close(): on Windows a directory in use cannot be moved away under the reader.
-  platform::File headerFile;
+  platform::File headerFile_;
   // Open during GetSpectrum only. No local, because a Microsoft-compiled host may throw from its own
   // spectrum's Resize, and its exceptions pass our frames without cleaning up; what is left open then is
   // closed by the next read or by Close().
-  platform::File dataFile;
+  platform::File dataFile_;
   // Lower-case name of the one data file that was chosen, or empty.
-  std::wstring selectedFile;
-  masslynx::HeaderLines headerLines;
-  std::vector<masslynx::FunctionRecord> functions;
-  masslynx::FunctionRecord absorbanceRecord;  // its typeCode is kNoFunction when the directory has none
-  std::optional<masslynx::TraceList> traceList;
-  MobilitySpectra mobilityData;
+  std::wstring selectedFile_;
+  masslynx::HeaderLines headerLines_;
+  std::vector<masslynx::FunctionRecord> functions_;
+  masslynx::FunctionRecord absorbanceRecord_;  // its typeCode is kNoFunction when the directory has none
+  std::optional<masslynx::TraceList> traceList_;
+  MobilitySpectra mobilityData_;
 };
 
 }  // namespace zrml::plugin
