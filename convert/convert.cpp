@@ -43,7 +43,7 @@ class Conversion {
         out_(out),
         hooks_(hooks),
         losses_(options.isLossAllowed ? Losses::Policy::kCounted : Losses::Policy::kRefused),
-        plan_(PlanRun(source.First(), sample, options.selection, options.format)) {}
+        plan_(PlanRun(source.First(), sample, options.selection, options.format, hooks.cancel)) {}
 
   Result Run() {
     NoteMissingBins();

@@ -34,11 +34,16 @@ bool IsAbsorbanceWanted(const Function& function, const Selection& selection, Fo
 
 class Planner {
  public:
-  Planner(Source& source, RunPlan& plan, Format format) : source_(source), plan_(plan), format_(format) {}
+  Planner(Source& source, RunPlan& plan, Format format, const Cancel& cancel)
+      : source_(source), plan_(plan), format_(format), cancel_(cancel) {}
 
   void AddFunctions() {
     const std::span<const Function> functions = source_.Functions(plan_.sample);
-    for (std::size_t i = 0; i < functions.size(); ++i) AddFunction(functions[i], static_cast<int>(i));
+    for (std::size_t i = 0; i < functions.size(); ++i) {
+      ThrowIfCancelled(cancel_);
+      AddFunction(functions[i], static_cast<int>(i));
+    }
+    ThrowIfCancelled(cancel_);
     if (source_.HasAbsorbance(plan_.sample)) AddAbsorbance();
   }
 
@@ -75,6 +80,7 @@ class Planner {
   Source& source_;
   RunPlan& plan_;
   Format format_;
+  const Cancel& cancel_;
   bool hasFoundScans_ = false;
 };
 
@@ -169,7 +175,7 @@ bool ConvertedSubjects::Has(const FindingSubject& subject) const {
   return true;
 }
 
-RunPlan PlanRun(Source& source, int sample, const Selection& selection, Format format) {
+RunPlan PlanRun(Source& source, int sample, const Selection& selection, Format format, const Cancel& cancel) {
   RunPlan plan;
   plan.sourceFormat = source.GetFormat();
   plan.sample = sample;
@@ -177,7 +183,7 @@ RunPlan PlanRun(Source& source, int sample, const Selection& selection, Format f
   plan.sampleName = source.SampleName(sample);
   plan.metadata = CollectMetadata(source, sample);
   plan.selection = selection;
-  Planner planner(source, plan, format);
+  Planner planner(source, plan, format, cancel);
   planner.AddFunctions();
   if (plan.entries.empty() && planner.HasFoundScans()) {
     throw Error(ErrorKind::kNothingSelected, format == Format::kMgf

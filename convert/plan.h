@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "convert/hooks.h"
 #include "convert/selection.h"
 #include "source/source.h"
 
@@ -45,8 +46,10 @@ struct RunPlan {
   }
 };
 
-/// Throws an Error when the selection leaves nothing of what there is.
-RunPlan PlanRun(source::Source& source, int sample, const Selection& selection, Format format);
+/// Throws an Error when the selection leaves nothing of what there is. `cancel` is asked between functions,
+/// whose indices may be read here.
+RunPlan PlanRun(source::Source& source, int sample, const Selection& selection, Format format,
+                const Cancel& cancel);
 
 /// Tells functions of a sample apart: process number, then the function's number or, of a processed one,
 /// which of that process number it is.

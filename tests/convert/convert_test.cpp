@@ -9,6 +9,7 @@
 
 #include "convert/error.h"
 #include "convert/native_path.h"
+#include "convert/plan.h"
 #include "tests/convert/fake_source.h"
 
 namespace zrml::convert::test {
@@ -548,6 +549,21 @@ TEST_F(ConvertTest, CanBeCancelled) {
     Text out;
     EXPECT_THROW(Convert(Of("1,2"), out, 2, hooks), Cancelled);
     EXPECT_FALSE(out.isFinished);
+  }
+}
+
+// Each may have an index that a slow disk hands out.
+TEST_F(ConvertTest, PlanCanBeCancelledBeforeEachFunctionAndBeforeAbsorbance) {
+  const auto source = zrml::test::OpenFake(data_, PathText(directory_.Path()));
+  const int questions = static_cast<int>(data_.functions.size()) + 1;
+  for (int asked = 0; asked <= questions; ++asked) {
+    int count = 0;
+    const auto plan = [&] { PlanRun(*source, 0, {}, Format::kMzml, [&] { return count++ >= asked; }); };
+    if (asked < questions) {
+      EXPECT_THROW(plan(), Cancelled);
+    } else {
+      EXPECT_NO_THROW(plan());
+    }
   }
 }
 
