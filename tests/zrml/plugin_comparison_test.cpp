@@ -80,6 +80,15 @@ class PluginComparisonTest : public ZrmlTest {
     for (const std::string& alteration : alterations) ExpectFault(path, alteration);
   }
 
+  void ExpectFaultsOfFunctions(const std::string& path) const {
+    ExpectFaults(
+        path, {"GetFunctionCount", "GetScanCount", "GetFunctionName", "GetFunctionKind", "GetMSLevel",
+               "IsCentroided", "GetPolarity", "GetRetentionTimes", "GetSpectrum success", "GetSpectrum mass",
+               "GetSpectrum intensity", "GetSpectrum start time", "FindPrecursorScan",
+               "GetTotalIonChromatogram", "GetBasePeakChromatogram", "GetFunctionTraceCount",
+               "GetFunctionTraceName", "GetFunctionTrace", "GetMetadataValue"});
+  }
+
   // Leaves the offsets of an index out.
   static void ZeroOffsets(const std::filesystem::path& file, std::size_t recordSize) {
     std::fstream index(file, std::ios::binary | std::ios::in | std::ios::out);
@@ -463,15 +472,66 @@ TEST_F(PluginComparisonTest, DamagedListOfTraces) {
   ExpectFault(path, "GetTraceCount");
 }
 
+// A function whose end is missing: what follows is in it.
+ReportLines OpenFunction(const ReportLines& content) { return Line("[FUNCTION]") + Line("{") + content; }
+
+ReportLines NamedTrace(const char* name) {
+  return ChromatogramBlock(Keys({{"Description", name}, {"MaxIntensity", "50"}}), {{1, 100}, {2, 0}});
+}
+
 // The first analog function does not end, and so holds the second one with its trace.
 TEST_F(PluginComparisonTest, TraceOfTwoFunctions) {
-  const ReportLines trace = ChromatogramBlock(Keys({{"MaxIntensity", "50"}}), {{1, 100}});
-  const ReportLines analog = Keys({{"Description", "ANALOG"}});
+  const ReportLines analog = Keys({{"Description", "ANALOG"}}) + ChromatogramBlock({}, {{1, 100}});
   const ReportLines survey = FunctionBlock(Keys({{"Type", "MS"}}) + Scan({{"Time", "1"}}, {{100, 50}}));
-  const std::string path = Make("open.rpt", SampleBlock(survey + Line("[FUNCTION]") + Line("{") + analog +
-                                                        trace + FunctionBlock(analog + trace)));
+  const std::string path =
+      Make("open.rpt", SampleBlock(survey + OpenFunction(analog + FunctionBlock(analog))));
   ExpectWanted(path, {{Wanted::kRepeatedTrace, 1}});
   ExpectFaults(path, {"GetTraceCount", "GetTraceName", "GetTrace"});
+}
+
+// To the plug-in the first function has the spectra, the traces and the text of the second one, too.
+TEST_F(PluginComparisonTest, FunctionInsideAnother) {
+  const ReportLines products =
+      FunctionBlock(Keys({{"Type", "MSMS"}}) + Scan({{"Time", "0.7"}}, {{200, 25}}) + NamedTrace("products"));
+  const std::string path =
+      Make("two.rpt", SampleBlock(OpenFunction(Keys({{"Type", "MS"}, {"IonMode", "ES-"}}) +
+                                               Scan({{"Time", "0.5"}, {"BPI", "9"}}, {{300, 50}, {100, 90}}) +
+                                               NamedTrace("survey") + products)));
+  ExpectWanted(path, {{Wanted::kUnclosedFunction, 3}});
+  ExpectFaultsOfFunctions(path);
+}
+
+// The first function has nothing of its own, so that the source does not list it; to the plug-in it has the
+// spectra and traces of all. So has the second one, with the text; the third one has those of the analog one.
+TEST_F(PluginComparisonTest, FunctionsInsideEachOther) {
+  const ReportLines analog =
+      FunctionBlock(Keys({{"Description", "ANALOG"}}) + NamedTrace("pressure") + Scan({}, {{5, 5}}));
+  const ReportLines products = OpenFunction(Keys({{"Description", "x"}, {"Type", "MSMS"}}) +
+                                            Scan({{"Time", "0.7"}}, {{200, 25}}) + Scan({}, {}) + analog);
+  const ReportLines survey =
+      OpenFunction(Keys({{"Type", "MS"}, {"IonMode", "ES+"}}) +
+                   Scan({{"Time", "0.5"}}, {{300, 50}, {100, 90}}) + NamedTrace("survey") + products);
+  const std::string path = Make("three.rpt", SampleBlock(OpenFunction(Keys({{"Type", "MS"}}) + survey)));
+  ExpectWanted(path, {{Wanted::kUnclosedFunction, 8}});
+  ExpectFaultsOfFunctions(path);
+}
+
+// Its traces count for the analog function around it, too, its spectra nowhere else.
+TEST_F(PluginComparisonTest, FunctionInsideAnAnalogOne) {
+  const ReportLines survey =
+      FunctionBlock(Keys({{"Type", "MS"}}) + Scan({{"Time", "1"}}, {{100, 50}}) + NamedTrace("survey"));
+  const std::string path = Make(
+      "analog.rpt", SampleBlock(OpenFunction(Keys({{"Description", "ANALOG"}}) + NamedTrace("p") + survey)));
+  ExpectWanted(path, {{Wanted::kRepeatedTrace, 1}, {Wanted::kListPosition, 1}});
+  ExpectFaults(path, {"GetTraceCount", "GetTraceName", "GetTrace", "GetFunctionTraceName"});
+}
+
+TEST_F(PluginComparisonTest, FunctionWithoutBlocksInsideAnother) {
+  const std::string path =
+      Make("text.rpt", SampleBlock(OpenFunction(Keys({{"Type", "MS"}}) + Scan({{"Time", "1"}}, {{100, 50}}) +
+                                                FunctionBlock(Keys({{"Type", "SIM"}})))));
+  ExpectWanted(path, {{Wanted::kUnclosedFunction, 1}});
+  ExpectFault(path, "GetMetadataValue");
 }
 
 // Functions without blocks leave the list only after the traces have been looked for.

@@ -139,6 +139,7 @@ class Comparer : Verdicts {
   void CompareSample(int sample) {
     place_ = {.sample = sample};
     Check("GetSampleName", "name", Narrow(server_->GetSampleName(sample)), source_->SampleName(sample));
+    if (IsReport()) reportSlots_->Enter(sample);
     CompareTraces(sample);  // before anything about functions, which the count of traces may depend on
     ListFunctions(sample);
     const int functions = static_cast<int>(list_.positions.size());
@@ -158,10 +159,10 @@ class Comparer : Verdicts {
     return functions;
   }
 
-  // The source's positions of the functions that the plug-in lists.
+  // The source's positions of the functions that the plug-in lists of a raw directory.
   std::vector<int> Listed(int sample) {
     const std::span<const source::Function> functions = source_->Functions(sample);
-    const std::set<FindingSubject> lost = IsReport() ? std::set<FindingSubject>() : FunctionsWithoutData();
+    const std::set<FindingSubject> lost = FunctionsWithoutData();
     std::vector<int> positions;
     for (std::size_t i = 0; i < functions.size(); ++i) {
       const source::FunctionId& id = functions[i].id;
@@ -171,17 +172,41 @@ class Comparer : Verdicts {
     return positions;
   }
 
-  void ListFunctions(int sample) {
+  // And of a report.
+  std::vector<int> ListedOfReport(int sample) {
     const std::span<const source::Function> functions = source_->Functions(sample);
+    std::vector<int> positions;
+    for (int i = 0; i < reportSlots_->FunctionCount(); ++i) {
+      const source::FunctionId id = reportSlots_->Describe(i).id;
+      const auto held = std::find_if(functions.begin(), functions.end(),
+                                     [&](const source::Function& each) { return each.id == id; });
+      positions.push_back(held != functions.end() ? static_cast<int>(held - functions.begin()) : kNotHeld);
+    }
+    return positions;
+  }
+
+  source::Function FunctionAt(int sample, int position) {
+    const int held = list_.positions[static_cast<std::size_t>(position)];
+    return held != kNotHeld ? source_->Functions(sample)[static_cast<std::size_t>(held)]
+                            : reportSlots_->Describe(position);
+  }
+
+  std::optional<SlotScans> OtherScansOf(int sample, int position) {
+    return IsReport() ? reportSlots_->OtherScans(position)
+                      : rawSlots_->OtherScans(FunctionAt(sample, position).id);
+  }
+
+  void ListFunctions(int sample) {
     list_ = {};
-    list_.positions = Listed(sample);
-    for (std::size_t i = 0; i < list_.positions.size(); ++i) {
-      const source::Function& function = functions[static_cast<std::size_t>(list_.positions[i])];
-      if (TextOf(function.id) != std::to_string(i + 1)) Count(Wanted::kListPosition);
+    list_.positions = IsReport() ? ListedOfReport(sample) : Listed(sample);
+    const int wanted = static_cast<int>(list_.positions.size());
+    for (int i = 0; i < wanted; ++i) {
+      if (TextOf(FunctionAt(sample, i).id) != std::to_string(i + 1)) Count(Wanted::kListPosition);
     }
     const int given = server_->GetFunctionCount(sample);
-    const int wanted = static_cast<int>(list_.positions.size());
-    CheckWanted(Wanted::kUnlistedFunction, "count", given, static_cast<int>(functions.size()), wanted);
+    const int held = static_cast<int>(source_->Functions(sample).size());
+    if (!IsReport() && held != wanted) Count(Wanted::kUnlistedFunction);
+    Check("GetFunctionCount", "count", given, wanted);
     list_.positions.resize(static_cast<std::size_t>(std::clamp(given, 0, wanted)));
     CountFunctions(sample);
   }
@@ -195,44 +220,44 @@ class Comparer : Verdicts {
       ++uses_[BaseName(function)].all;
       if (function.id.process == 0 && function.hasMobility) withMobility_.insert(function.id.number);
     }
-    for (const int position : list_.positions) {
-      const source::Function& function = functions[static_cast<std::size_t>(position)];
+    for (std::size_t i = 0; i < list_.positions.size(); ++i) {
+      const int position = static_cast<int>(i);
+      const source::Function function = FunctionAt(sample, position);
       ++uses_[BaseName(function)].listed;
-      list_.hasEmptyLevel =
-          list_.hasEmptyLevel || (function.msLevel == 1 && source_->ScanCount(sample, position) == 0);
-      const masslynx::FunctionRecord* const cut =
-          rawSlots_ ? rawSlots_->WithCutOffsets(function.id) : nullptr;
-      if (cut != nullptr) list_.cutOffsets[position] = cut;
+      const bool isOther = OtherScansOf(sample, position).has_value();
+      list_.hasOtherScans = list_.hasOtherScans || isOther;
+      list_.hasEmptyLevel = list_.hasEmptyLevel || (!isOther && function.msLevel == 1 &&
+                                                    source_->ScanCount(sample, list_.positions[i]) == 0);
     }
+    if (list_.hasOtherScans) list_.hasEmptyLevel = false;
   }
 
   // Functions
 
   void CompareFunction(int sample, int position) {
     const int held = list_.positions[static_cast<std::size_t>(position)];
-    of_ = {.sample = sample,
-           .position = position,
-           .held = held,
-           .function = source_->Functions(sample)[static_cast<std::size_t>(held)]};
+    of_ = {.sample = sample, .position = position, .held = held, .function = FunctionAt(sample, position)};
     const source::Function& function = of_.function;
     place_ = {.sample = sample, .function = TextOf(function.id)};
     of_.kind = GivenKind(function);
-    const auto cut = list_.cutOffsets.find(held);
-    if (cut != list_.cutOffsets.end()) of_.cut = cut->second;
+    of_.others = OtherScansOf(sample, position);
     of_.hasMobility = function.hasMobility || IsMadeOfMobility(function);
     const int scans = CompareScanCount();
     DescribeFunction(function, scans);
     CompareMobility(function);
-    CompareScans(Result(), {*server_, *source_, rawSlots_ ? &*rawSlots_ : nullptr}, list_, of_, scans);
+    CompareScans(
+        Result(),
+        {*server_, *source_, rawSlots_ ? &*rawSlots_ : nullptr, reportSlots_ ? &*reportSlots_ : nullptr},
+        list_, of_, scans);
     CompareFunctionTraces();
     CompareMetadata(sample, position, held);
   }
 
   int CompareScanCount() {
-    if (of_.cut != nullptr) Count(Wanted::kCutOffsets);
-    return Agreed("GetScanCount", server_->GetScanCount(of_.sample, of_.position),
-                  of_.cut != nullptr ? static_cast<int>(of_.cut->scanIndex.size())
-                                     : source_->ScanCount(of_.sample, of_.held));
+    if (of_.others) Count(IsReport() ? Wanted::kUnclosedFunction : Wanted::kCutOffsets);
+    return Agreed(
+        "GetScanCount", server_->GetScanCount(of_.sample, of_.position),
+        of_.others ? static_cast<int>(of_.others->scans.size()) : source_->ScanCount(of_.sample, of_.held));
   }
 
   bool IsMadeOfMobility(const source::Function& function) const {
@@ -276,7 +301,7 @@ class Comparer : Verdicts {
   }
 
   void CompareName(const source::Function& function) {
-    const bool isUnnamed = IsReport() && reportSlots_->IsUnnamed(of_.sample, function.id);
+    const bool isUnnamed = IsReport() && reportSlots_->IsUnnamed(of_.position);
     CheckWanted(isUnnamed ? Wanted::kUnnamedFunction : Wanted::kSharedName, "name",
                 Narrow(server_->GetFunctionName(of_.sample, of_.position)), function.name,
                 isUnnamed ? "Function " + std::to_string(of_.position + 1) : NameInList(function));
@@ -285,16 +310,22 @@ class Comparer : Verdicts {
   // Counts only functions that are in the list.
   std::string NameInList(const source::Function& own) const {
     const std::string base = BaseName(own);
+    if (IsReport() || base == own.name) return own.name;
     const NameUses& uses = uses_.at(base);
-    if (IsReport() || base == own.name || uses.all < 2) return own.name;
+    if (uses.all < 2) return own.name;
     return uses.listed > 1 ? base + ' ' + std::to_string(of_.position + 1) : base;
   }
 
   void CheckCentroided(int scans) {
-    const bool held = of_.cut != nullptr ? scans > 0 && of_.cut->scanIndex.front().centroided
-                                         : scans > 0 && source_->ScanAt(of_.sample, of_.held, 0).isCentroided;
-    const bool isRefused =
-        scans > 0 && IsReport() && source_->ReadPoints(of_.sample, of_.held, 0, x_, y_).count == 0;
+    bool held = false;
+    bool isRefused = false;
+    if (scans > 0 && of_.others) {
+      held = of_.others->scans.front().isCentroided;
+      isRefused = IsReport() && !of_.others->read(0);
+    } else if (scans > 0) {
+      held = source_->ScanAt(of_.sample, of_.held, 0).isCentroided;
+      isRefused = IsReport() && source_->ReadPoints(of_.sample, of_.held, 0, x_, y_).count == 0;
+    }
     CheckWanted(Wanted::kRefusedFirstSpectrum, "centroided", server_->IsCentroided(of_.sample, of_.position),
                 held, held && !isRefused);
   }
@@ -323,64 +354,64 @@ class Comparer : Verdicts {
   // Traces
 
   void CompareTraces(int sample) {
-    const std::vector<source::Trace> traces = source_->Traces(sample);
-    const std::vector<int> listed = ListedTraces(sample, static_cast<int>(traces.size()));
-    const int wanted = static_cast<int>(listed.size());
+    TraceList list = {source_->Traces(sample),
+                      [=, this](int trace) { return source_->ReadTrace(sample, trace); }};
+    const int held = static_cast<int>(list.traces.size());
+    if (IsReport()) {
+      list = reportSlots_->OtherTraces().value_or(list);
+    } else if (!rawSlots_->HasTraceList()) {
+      list.traces.clear();
+    }
+    const int wanted = static_cast<int>(list.traces.size());
     const int given = server_->GetTraceCount(sample);
-    CheckWanted(IsReport() ? Wanted::kRepeatedTrace : Wanted::kLostTraces, "count", given,
-                static_cast<int>(traces.size()), wanted);
-    const bool isGrowing = IsReport() && reportSlots_->HasOnlyAnalog(sample);
+    CheckWanted(IsReport() ? Wanted::kRepeatedTrace : Wanted::kLostTraces, "count", given, held, wanted);
+    const bool isGrowing = IsReport() && reportSlots_->HasOnlyAnalog();
     CheckWanted(Wanted::kGrowingTraces, "count", server_->GetTraceCount(sample), wanted,
                 isGrowing ? 2 * wanted : wanted);
-    for (int trace = 0; trace < std::min(given, wanted); ++trace) {
+    CompareTraceList(
+        list, std::min(given, wanted), "GetTraceName",
+        [&](int trace) { return server_->GetTraceName(sample, trace); }, "GetTrace",
+        [&](int trace, CZRChromatogram& points) { return server_->GetTrace(sample, trace, points); });
+  }
+
+  template <class GiveName, class Give>
+  void CompareTraceList(const TraceList& list, int count, std::string_view nameSlot, GiveName giveName,
+                        std::string_view slot, Give give) {
+    for (int trace = 0; trace < count; ++trace) {
       place_.trace = trace;
-      const int held = listed[static_cast<std::size_t>(trace)];
-      const std::string& name = traces[static_cast<std::size_t>(held)].name;
-      Check("GetTraceName", "name", Narrow(server_->GetTraceName(sample, trace)),
-            IsReport() && name == AnalogTrace(held) ? AnalogTrace(trace) : name);
-      CZRChromatogram chromatogram;
-      const bool isGiven = server_->GetTrace(sample, trace, chromatogram);
-      CompareTrace("GetTrace", isGiven, chromatogram, [&] { return source_->ReadTrace(sample, held); });
+      Check(nameSlot, "name", Narrow(giveName(trace)), list.traces[static_cast<std::size_t>(trace)].name);
+      const std::optional<source::Chromatogram> held = Held([&] { return list.read(trace); });
+      const bool isWanted = held && !(IsReport() && held->minutes.empty());
+      if (held && !isWanted) Count(Wanted::kRefusedTrace);
+      const source::Chromatogram expected = held.value_or(source::Chromatogram{});
+      CZRChromatogram given;
+      const bool isGiven = give(trace, given);
+      CheckChromatogram(slot, isGiven, isWanted, given, expected.minutes, expected.intensities);
     }
     place_.trace.reset();
   }
 
-  // The source's traces that the plug-in lists.
-  std::vector<int> ListedTraces(int sample, int count) {
-    if (IsReport()) return reportSlots_->TracesOf(sample);
-    std::vector<int> traces(rawSlots_->HasTraceList() ? static_cast<std::size_t>(count) : 0);
-    std::iota(traces.begin(), traces.end(), 0);
-    return traces;
-  }
-
-  // Without a name, traces are called by their position.
-  static std::string AnalogTrace(int position) { return "Analog Trace " + std::to_string(position + 1); }
-
-  template <class Read>
-  void CompareTrace(std::string_view slot, bool isGiven, const CZRChromatogram& given, Read read) {
-    const std::optional<source::Chromatogram> held = Held(read);
-    const bool isWanted = held && !(IsReport() && held->minutes.empty());
-    if (held && !isWanted) Count(Wanted::kRefusedTrace);
-    const source::Chromatogram expected = held.value_or(source::Chromatogram{});
-    CheckChromatogram(slot, isGiven, isWanted, given, expected.minutes, expected.intensities);
+  TraceList FunctionTraces() {
+    if (auto others = IsReport() ? reportSlots_->OtherTraces(of_.position) : std::nullopt) {
+      Count(Wanted::kUnclosedFunction);
+      return *others;
+    }
+    return {source_->FunctionTraces(of_.sample, of_.held),
+            [this](int trace) { return source_->ReadFunctionTrace(of_.sample, of_.held, trace); }};
   }
 
   void CompareFunctionTraces() {
-    const std::vector<source::Trace> traces = source_->FunctionTraces(of_.sample, of_.held);
+    const TraceList list = FunctionTraces();
     const int count =
         Agreed("GetFunctionTraceCount", server_->GetFunctionTraceCount(of_.sample, of_.position),
-               static_cast<int>(traces.size()));
-    for (int trace = 0; trace < count; ++trace) {
-      place_.trace = trace;
-      Check("GetFunctionTraceName", "name",
-            Narrow(server_->GetFunctionTraceName(of_.sample, of_.position, trace)),
-            traces[static_cast<std::size_t>(trace)].name);
-      CZRChromatogram given;
-      const bool isGiven = server_->GetFunctionTrace(of_.sample, of_.position, trace, given);
-      CompareTrace("GetFunctionTrace", isGiven, given,
-                   [&] { return source_->ReadFunctionTrace(of_.sample, of_.held, trace); });
-    }
-    place_.trace.reset();
+               static_cast<int>(list.traces.size()));
+    CompareTraceList(
+        list, count, "GetFunctionTraceName",
+        [&](int trace) { return server_->GetFunctionTraceName(of_.sample, of_.position, trace); },
+        "GetFunctionTrace",
+        [&](int trace, CZRChromatogram& points) {
+          return server_->GetFunctionTrace(of_.sample, of_.position, trace, points);
+        });
   }
 
   // Absorbance
@@ -413,8 +444,22 @@ class Comparer : Verdicts {
 
   // Metadata
 
+  // With the text of a report's function as the slots have it.
+  std::vector<source::MetadataItem> ItemsOf(int sample, int position, std::optional<int> held) {
+    if (!IsReport() || !held) return MetadataOf(*source_, sample, held);
+    const std::optional<std::string> text = reportSlots_->TextOf(position);
+    std::vector<source::MetadataItem> items = MetadataOf(*source_, sample, std::nullopt);
+    items.push_back({std::string(kFunctionText), text});
+    if (*held == kNotHeld) return items;
+    const std::optional<std::string> own = source_->FunctionText(sample, *held);
+    const bool isLonger = own && own != text && (!text || text->starts_with(*own));
+    if (isLonger) Count(Wanted::kUnclosedFunction);
+    if (!isLonger) items.back().value = own;
+    return items;
+  }
+
   void CompareMetadata(int sample, int position, std::optional<int> held) {
-    const std::vector<source::MetadataItem> items = MetadataOf(*source_, sample, held);
+    const std::vector<source::MetadataItem> items = ItemsOf(sample, position, held);
     std::vector<std::wstring> keys;
     const bool isGiven = server_->GetMetadataKeys(sample, position, keys);
     const bool isWanted = !IsReport() || held;

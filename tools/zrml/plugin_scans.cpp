@@ -25,7 +25,8 @@ class ScanComparer : Verdicts {
       : Verdicts(result),
         server_(compared.server),
         source_(compared.source),
-        slots_(compared.slots),
+        rawSlots_(compared.rawSlots),
+        reportSlots_(compared.reportSlots),
         list_(list),
         of_(function) {
     place_ = {.sample = of_.sample, .function = source::TextOf(of_.function.id)};
@@ -40,7 +41,7 @@ class ScanComparer : Verdicts {
   }
 
  private:
-  bool IsReport() const { return source_.GetFormat() == source::Format::kReport; }
+  bool IsReport() const { return reportSlots_ != nullptr; }
 
   // Spectra
 
@@ -99,11 +100,12 @@ class ScanComparer : Verdicts {
 
   bool CompareSpectrum(int scan, CZRMassSpectrum& spectrum) {
     const bool isGiven = server_.GetSpectrum(of_.sample, of_.position, scan, spectrum);
-    if (of_.cut != nullptr) {
-      const std::optional<StoredPoints> points = slots_->ReadPoints(of_.function.id, scan);
-      if (Check("GetSpectrum", "success", isGiven, points.has_value()) && isGiven)
-        CheckPoints("GetSpectrum", ColumnsOf(spectrum), points->View());
-      return isGiven;
+    if (of_.others) {
+      const std::optional<StoredPoints> points = of_.others->read(scan);
+      if (!Check("GetSpectrum", "success", isGiven, points.has_value()) || !isGiven) return isGiven;
+      CheckPoints("GetSpectrum", ColumnsOf(spectrum), points->View());
+      if (IsReport()) CompareAttributes(of_.others->scans[static_cast<std::size_t>(scan)], scan, spectrum);
+      return true;
     }
     const source::Scan held = source_.ScanAt(of_.sample, of_.held, scan);
     const auto read = Held([&] { return source_.ReadPoints(of_.sample, of_.held, scan, x_, y_); });
@@ -117,7 +119,7 @@ class ScanComparer : Verdicts {
     } else {
       mayKeepPoints_ = true;
       CheckSlotPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_}, read->lost != 0,
-                      slots_->ReadPoints(of_.function.id, scan));
+                      rawSlots_->ReadPoints(of_.function.id, scan));
     }
     CompareAttributes(held, scan, spectrum);
     return true;
@@ -187,7 +189,8 @@ class ScanComparer : Verdicts {
       Check("GetScanRetentionTime", "time", first, spectrum.GetStartTime());
     }
     if (!of_.hasMobility) CompareScanRanges(scan, isGiven, spectrum);
-    if (list_.cutOffsets.empty()) ComparePrecursor(scan);  // it is looked for among scans of all functions
+    // It is looked for among scans of all functions.
+    if (!list_.hasOtherScans || IsReport()) ComparePrecursor(scan);
   }
 
   void CompareScanRanges(int scan, bool isGiven, CZRMassSpectrum& spectrum) {
@@ -208,16 +211,17 @@ class ScanComparer : Verdicts {
     source::ScanPosition given;
     const bool isFound =
         server_.FindPrecursorScan(of_.sample, of_.position, scan, given.function, given.scan);
-    const auto expected = source_.FindPrecursor(of_.sample, of_.held, scan);
-    const bool isUnlisted =
-        expected && !std::binary_search(list_.positions.begin(), list_.positions.end(), expected->function);
-    if (isUnlisted) return Count(Wanted::kUnlistedFunction);
+    auto expected = list_.hasOtherScans ? reportSlots_->FindPrecursor(of_.position, scan)
+                                        : source_.FindPrecursor(of_.sample, of_.held, scan);
+    if (expected && !list_.hasOtherScans) {
+      const auto place = std::find(list_.positions.begin(), list_.positions.end(), expected->function);
+      if (place == list_.positions.end()) return Count(Wanted::kUnlistedFunction);
+      expected->function = static_cast<int>(place - list_.positions.begin());
+    }
     CheckWanted(Wanted::kPrecursorSearch, "success", isFound, expected.has_value(),
                 expected.has_value() && !list_.hasEmptyLevel);
     if (!isFound || !expected) return;
-    const auto place = static_cast<std::size_t>(given.function);
-    const int function = place < list_.positions.size() ? list_.positions[place] : -1;
-    Check("FindPrecursorScan", "function", function, expected->function);
+    Check("FindPrecursorScan", "function", given.function, expected->function);
     Check("FindPrecursorScan", "scan", given.scan, expected->scan);
   }
 
@@ -250,34 +254,35 @@ class ScanComparer : Verdicts {
     // The source has NaN both for a time that a report does not tell and for one that is stored so; then NaN
     // is taken for the latter.
     const auto isStored = [&](std::size_t i) { return i < times.size() && std::isnan(times[i]); };
-    const std::vector<double> minutes =
-        of_.cut != nullptr ? CutSeries(&masslynx::ScanIndexEntry::retentionTime)
-                           : WithZeros(source_.Minutes(of_.sample, of_.held), Wanted::kAbsentTime, isStored);
+    std::vector<double> minutes;
+    if (of_.others) {
+      for (const source::Scan& scan : of_.others->scans) minutes.push_back(scan.minutes);
+    } else {
+      minutes = WithZeros(source_.Minutes(of_.sample, of_.held), Wanted::kAbsentTime, isStored);
+    }
     CheckColumn("GetRetentionTimes", "time", times, minutes);
     CZRChromatogram total;
     CheckChromatogram("GetTotalIonChromatogram",
                       server_.GetTotalIonChromatogram(true, of_.sample, of_.position, total), true, total,
-                      minutes,
-                      of_.cut != nullptr ? CutSeries(&masslynx::ScanIndexEntry::totalIntensity)
-                                         : Stored(source_.TotalIons(of_.sample, of_.held),
-                                                  Wanted::kAbsentTotal, &source::Scan::totalIntensity));
+                      minutes, Stored(Wanted::kAbsentTotal, &source::Scan::totalIntensity, [&] {
+                        return source_.TotalIons(of_.sample, of_.held);
+                      }));
     if (!IsReport()) return;
-    CompareBasePeaks(true, minutes,
-                     Stored(source_.BasePeaks(of_.sample, of_.held), Wanted::kAbsentBasePeak,
-                            &source::Scan::basePeakIntensity));
+    CompareBasePeaks(true, minutes, Stored(Wanted::kAbsentBasePeak, &source::Scan::basePeakIntensity, [&] {
+                       return source_.BasePeaks(of_.sample, of_.held);
+                     }));
   }
 
-  std::vector<double> CutSeries(float masslynx::ScanIndexEntry::*value) const {
+  template <class Read>
+  std::vector<double> Stored(Wanted difference, std::optional<double> source::Scan::*value, Read read) {
+    if (!of_.others) {
+      return WithZeros(read().intensities, difference, [&](std::size_t i) {
+        return (source_.ScanAt(of_.sample, of_.held, static_cast<int>(i)).*value).has_value();
+      });
+    }
     std::vector<double> values;
-    for (const masslynx::ScanIndexEntry& scan : of_.cut->scanIndex) values.push_back(scan.*value);
+    for (const source::Scan& scan : of_.others->scans) values.push_back(*(scan.*value));
     return values;
-  }
-
-  std::vector<double> Stored(source::Chromatogram held, Wanted difference,
-                             std::optional<double> source::Scan::*value) {
-    return WithZeros(std::move(held.intensities), difference, [&](std::size_t i) {
-      return (source_.ScanAt(of_.sample, of_.held, static_cast<int>(i)).*value).has_value();
-    });
   }
 
   // With 0 for what a report does not tell: NaN, unless that is stored.
@@ -319,7 +324,8 @@ class ScanComparer : Verdicts {
 
   CDataServerImpl& server_;
   source::Source& source_;
-  RawSlots* slots_;
+  RawSlots* rawSlots_;
+  ReportSlots* reportSlots_;
   const ComparedList& list_;
   const ComparedFunction& of_;
   Computed computed_;

@@ -1,7 +1,7 @@
 // Spectra and drift bins of a function, and the chromatograms that a plug-in computes of its spectra.
 #pragma once
 
-#include <unordered_map>
+#include <optional>
 #include <vector>
 
 #include "plugin/data_server.h"
@@ -14,14 +14,17 @@ namespace zrml::tool {
 struct ComparedSource {
   CDataServerImpl& server;
   source::Source& source;
-  RawSlots* slots;  // null for a report
+  RawSlots* rawSlots;        // null for a report
+  ReportSlots* reportSlots;  // null for a raw directory
 };
 
-/// The functions of a sample that both sides have.
+inline constexpr int kNotHeld = -1;
+
+/// The functions of a sample that the plug-in lists.
 struct ComparedList {
-  std::vector<int> positions;                                           // in the source's list, ascending
-  std::unordered_map<int, const masslynx::FunctionRecord*> cutOffsets;  // by these
-  bool hasEmptyLevel = false;                                           // a function of level 1 without scans
+  std::vector<int> positions;  // in the source's list; kNotHeld of one that the source has not
+  bool hasOtherScans = false;  // in some function
+  bool hasEmptyLevel = false;  // a function of level 1 without scans
 };
 
 /// One of them.
@@ -30,8 +33,8 @@ struct ComparedFunction {
   int position = 0;  // in the plug-in's list
   int held = 0;      // in the source's
   source::Function function = {};
-  int kind = 0;                                   // in the interface's numbers
-  const masslynx::FunctionRecord* cut = nullptr;  // with the scans that the slots know, if others
+  int kind = 0;  // in the interface's numbers
+  std::optional<SlotScans> others = {};
   // As the plug-in is to tell it.
   bool hasMobility = false;
   int driftBins = 0;

@@ -1,7 +1,6 @@
 #include "tools/zrml/plugin_verdicts.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "tools/zrml/format.h"
 
@@ -15,6 +14,8 @@ const std::array<WantedDifference, static_cast<std::size_t>(Wanted::kCount)> kWa
      "samples behind the end of a text (Ctrl-Z) do not count"},
     {Wanted::kListPosition, "GetFunctionCount", "functions go by their position in the list, not by number"},
     {Wanted::kUnlistedFunction, "GetFunctionCount", "a function without its data file is not in the list"},
+    {Wanted::kUnclosedFunction, "GetScanCount",
+     "a function that is never closed has what is in those behind it"},
     {Wanted::kSharedName, "GetFunctionName", "functions of one name end with their position in the list"},
     {Wanted::kUnnamedFunction, "GetFunctionName",
      "a function without a name goes by its position in the list"},
@@ -59,12 +60,6 @@ std::string Shown(const std::string& value) {
   const std::string_view first = FirstCharacters(value, kShown);
   return '"' + VisibleText(first) + (first.size() < value.size() ? "...\"" : "\"");
 }
-
-template <class T>
-bool IsSame(const T& a, const T& b) {
-  return a == b;
-}
-bool IsSame(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <optional>
 #include <span>
 #include <string>
@@ -24,6 +25,7 @@ enum class Wanted {
   kSamplesBehindEnd,
   kListPosition,
   kUnlistedFunction,
+  kUnclosedFunction,
   kSharedName,
   kUnnamedFunction,
   kUnknownKind,
@@ -94,6 +96,12 @@ auto Held(Read read) -> std::optional<decltype(read())> {
   }
 }
 
+template <class T>
+bool IsSame(const T& a, const T& b) {
+  return a == b;
+}
+inline bool IsSame(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
 class Verdicts {
  protected:
   /// Adds to `result`.
@@ -112,8 +120,7 @@ class Verdicts {
   /// Where the interface wants `wanted` and the source holds `held`.
   template <class T>
   bool CheckWanted(Wanted difference, const char* what, const T& given, const T& held, const T& wanted) {
-    const bool isHeld = held == wanted || (held != held && wanted != wanted);
-    if (!isHeld) Count(difference);
+    if (!IsSame(held, wanted)) Count(difference);
     return Check(kWantedDifferences[static_cast<std::size_t>(difference)].slot, what, given, wanted);
   }
 

@@ -1,8 +1,11 @@
 #include "tools/zrml/slot_view.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
+#include <utility>
 
+#include "common/platform/platform.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/raw_directory.h"
 #include "masslynx/scandata/absorbance_decoder.h"
@@ -10,6 +13,7 @@
 #include "masslynx/scandata/scan_index.h"
 #include "masslynx/scandata/sub_scans.h"
 #include "masslynx/scandata/traces.h"
+#include "openlynx/precursor_search.h"
 #include "spectrum/mass_spectrum.h"
 
 namespace zrml::tool {
@@ -57,7 +61,7 @@ FunctionRecord& RawSlots::Loaded(const source::FunctionId& id) {
   return record;
 }
 
-const FunctionRecord* RawSlots::WithCutOffsets(const source::FunctionId& id) {
+std::optional<SlotScans> RawSlots::OtherScans(const source::FunctionId& id) {
   const FunctionRecord& record = Loaded(id);
   FunctionRecord whole = record;
   whole.scanIndex.clear();
@@ -65,7 +69,15 @@ const FunctionRecord* RawSlots::WithCutOffsets(const source::FunctionId& id) {
   const bool hasCutOffsets =
       std::any_of(whole.scanIndex.begin(), whole.scanIndex.end(),
                   [](const masslynx::ScanIndexEntry& scan) { return scan.dataOffsetHigh != 0; });
-  return hasCutOffsets ? &record : nullptr;
+  if (!hasCutOffsets) return std::nullopt;
+  SlotScans others = {.read = [this, id](int scan) { return ReadPoints(id, scan); }};
+  for (const masslynx::ScanIndexEntry& entry : record.scanIndex) {
+    source::Scan& scan = others.scans.emplace_back();
+    scan.minutes = entry.retentionTime;
+    scan.isCentroided = entry.centroided;
+    scan.totalIntensity = entry.totalIntensity;
+  }
+  return others;
 }
 
 std::optional<StoredPoints> RawSlots::ReadPoints(const source::FunctionId& id, int scan) {
@@ -108,31 +120,107 @@ int ReportSlots::CountSamplesOfText() const {
   return count;
 }
 
-bool ReportSlots::IsUnnamed(int sample, const source::FunctionId& id) {
-  openlynx::Sample& found = SampleAt(sample);
-  const auto place = static_cast<std::size_t>(id.number - 1);
-  return report_.NameOf(found, report_.FunctionsOf(found)[place]).empty();
-}
-
-std::vector<int> ReportSlots::TracesOf(int sample) {
-  openlynx::Sample& found = SampleAt(sample);
-  const std::span<const openlynx::Function> functions = report_.FunctionsOf(found);
-  report_.FindAllBlocks(found, true);
-  std::vector<std::size_t> known;  // ascending
-  std::vector<int> traces;
-  for (const openlynx::Function& function : functions) {
-    const openlynx::Run& run = function.chromatograms;
-    for (std::size_t i = run.first; function.isAnalog && i < run.last; ++i) {
-      if (known.empty() || known.back() < i) known.push_back(i);
-      traces.push_back(static_cast<int>(std::lower_bound(known.begin(), known.end(), i) - known.begin()));
-    }
+void ReportSlots::Enter(int sample) {
+  sample_ = &report_.Samples()[static_cast<std::size_t>(sample)];
+  report_.FunctionsOf(*sample_);
+  own_ = *sample_;
+  report_.FindOwnBlocks(own_);
+  report_.FindAllBlocks(*sample_, true);
+  report_.FindAllBlocks(*sample_, false);
+  listed_.clear();
+  for (std::size_t i = 0; i < sample_->functions.size(); ++i) {
+    const openlynx::Function& function = sample_->functions[i];
+    if (!function.isAnalog && function.HasBlocks()) listed_.push_back(i);
   }
-  return traces;
 }
 
-bool ReportSlots::HasOnlyAnalog(int sample) {
-  const std::span<const openlynx::Function> functions = report_.FunctionsOf(SampleAt(sample));
-  return std::all_of(functions.begin(), functions.end(),
+source::Function ReportSlots::Describe(int position) {
+  constexpr std::array kKinds = {source::FunctionKind::kOther, source::FunctionKind::kMs,
+                                 source::FunctionKind::kMsMs, source::FunctionKind::kIonMonitoring,
+                                 source::FunctionKind::kIonMonitoring};
+  constexpr std::array kPolarities = {source::Polarity::kUnknown, source::Polarity::kPositive,
+                                      source::Polarity::kNegative};
+  const openlynx::FunctionKind kind = report_.KindOf(*sample_, At(position));
+  source::Function function;
+  function.id.number = static_cast<int>(listed_[static_cast<std::size_t>(position)]) + 1;
+  function.name = platform::ToNativePath(report_.NameOf(*sample_, At(position)));
+  function.kind = kKinds[static_cast<std::size_t>(kind)];
+  function.msLevel = openlynx::MsLevelOf(kind);
+  function.polarity = kPolarities[static_cast<std::size_t>(report_.PolarityOf(*sample_, At(position)))];
+  return function;
+}
+
+bool ReportSlots::IsUnnamed(int position) { return report_.NameOf(*sample_, At(position)).empty(); }
+
+std::optional<std::string> ReportSlots::TextOf(int position) {
+  const std::optional<std::wstring> text = report_.ReadText(At(position));
+  return text ? std::optional(platform::ToNativePath(*text)) : std::nullopt;
+}
+
+std::optional<SlotScans> ReportSlots::OtherScans(int position) {
+  const std::span<const std::uint64_t> spectra = sample_->SpectraOf(At(position));
+  const openlynx::Function& own = OwnAt(position);
+  if (own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
+  SlotScans others = {.read = [this, spectra](int scan) -> std::optional<StoredPoints> {
+    const auto head = report_.ReadSpectrumHead(spectra[static_cast<std::size_t>(scan)]);
+    openlynx::Points points = report_.ReadPoints(head);
+    if (points.x.empty()) return std::nullopt;
+    return StoredPoints{std::move(points.x), std::move(points.intensities)};
+  }};
+  for (const std::uint64_t spectrum : spectra) {
+    const openlynx::SpectrumHead head = report_.ReadSpectrumHead(spectrum);
+    source::Scan& scan = others.scans.emplace_back();
+    scan.minutes = scan.endMinutes = head.minutes.value_or(0);
+    scan.isCentroided = head.isCentroided;
+    scan.totalIntensity = head.totalIons.value_or(0);
+    scan.basePeakIntensity = head.basePeak.value_or(0);
+  }
+  return others;
+}
+
+std::optional<TraceList> ReportSlots::OtherTraces(int position) {
+  const std::span<const std::uint64_t> traces = sample_->ChromatogramsOf(At(position));
+  const openlynx::Function& own = OwnAt(position);
+  if (own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
+  return TracesAt({traces.begin(), traces.end()}, "Function Trace ");
+}
+
+std::optional<TraceList> ReportSlots::OtherTraces() {
+  std::vector<std::uint64_t> traces;
+  std::size_t held = 0;
+  for (std::size_t i = 0; i < own_.functions.size(); ++i) {
+    if (!own_.functions[i].isAnalog) continue;
+    const std::span<const std::uint64_t> more = sample_->ChromatogramsOf(sample_->functions[i]);
+    traces.insert(traces.end(), more.begin(), more.end());
+    held += own_.functions[i].chromatograms.Size();
+  }
+  if (traces.size() == held) return std::nullopt;
+  return TracesAt(std::move(traces), "Analog Trace ");
+}
+
+TraceList ReportSlots::TracesAt(std::vector<std::uint64_t> positions, const std::string& noun) {
+  TraceList list;
+  for (const std::uint64_t position : positions) {
+    const int number = static_cast<int>(list.traces.size()) + 1;
+    const std::wstring name = report_.TraceNames(std::span(&position, 1)).front();
+    list.traces.push_back(
+        {number, name.empty() ? noun + std::to_string(number) : platform::ToNativePath(name)});
+  }
+  list.read = [this, positions = std::move(positions)](int trace) {
+    openlynx::Points points = report_.ReadTrace(positions[static_cast<std::size_t>(trace)]).points;
+    return source::Chromatogram{{}, std::move(points.x), std::move(points.intensities)};
+  };
+  return list;
+}
+
+std::optional<source::ScanPosition> ReportSlots::FindPrecursor(int position, int scan) {
+  const std::uint64_t spectrum = sample_->SpectraOf(At(position))[static_cast<std::size_t>(scan)];
+  const auto found = openlynx::FindPrecursor(report_, *sample_, listed_, position, spectrum);
+  return found ? std::optional(source::ScanPosition{found->first, found->second}) : std::nullopt;
+}
+
+bool ReportSlots::HasOnlyAnalog() const {
+  return std::all_of(own_.functions.begin(), own_.functions.end(),
                      [](const openlynx::Function& function) { return function.isAnalog; });
 }
 

@@ -2,8 +2,10 @@
 // tells.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "masslynx/function_record.h"
@@ -25,14 +27,27 @@ struct StoredPoints {
   Columns View() const { return {x, y}; }
 };
 
+/// The scans of a function where the slots have others than the source: their times, kinds and intensities,
+/// with 0 for what no file tells, and the points of one of them; no value of one that is refused.
+struct SlotScans {
+  std::vector<source::Scan> scans = {};
+  std::function<std::optional<StoredPoints>(int scan)> read;
+};
+
+/// Traces by name, and the points of one of them. It may throw what a source throws.
+struct TraceList {
+  std::vector<source::Trace> traces = {};
+  std::function<source::Chromatogram(int trace)> read = {};
+};
+
 /// Bytes of a scan that a data file lacks are zeros, also those of a point, or of a group of points, that is
 /// there in part. Of an offset beyond 4 GiB that an index leaves out, the lower 32 bits are kept.
 class RawSlots {
  public:
   explicit RawSlots(const platform::SystemPath& folder);
 
-  /// The function with the scans that the slots know, when some of its offsets are cut; else null.
-  const masslynx::FunctionRecord* WithCutOffsets(const source::FunctionId& id);
+  /// Of a function some of whose offsets are cut.
+  std::optional<SlotScans> OtherScans(const source::FunctionId& id);
 
   /// No value where there are none.
   std::optional<StoredPoints> ReadPoints(const source::FunctionId& id, int scan);
@@ -48,24 +63,50 @@ class RawSlots {
   std::vector<masslynx::FunctionRecord> functions_;
 };
 
+/// A function that is never closed has what is in those behind it as well, which to the source is theirs
+/// alone. Positions of functions are those in the list of the slots.
 class ReportSlots {
  public:
   explicit ReportSlots(const platform::SystemPath& path);
 
   /// The samples before the end of the text: the file's, or a Ctrl-Z.
   int CountSamplesOfText() const;
+
+  /// Chooses the sample that everything below is about.
+  void Enter(int sample);
+
+  int FunctionCount() const { return static_cast<int>(listed_.size()); }
+  /// As a source would describe it. It may be one that the source has not, for want of blocks of its own.
+  source::Function Describe(int position);
   /// The source's name for it could be one that the report has.
-  bool IsUnnamed(int sample, const source::FunctionId& id);
-  /// The source's traces in the order of the slots, which have a trace of several functions several times.
-  std::vector<int> TracesOf(int sample);
+  bool IsUnnamed(int position);
+  std::optional<std::string> TextOf(int position);
+  std::optional<SlotScans> OtherScans(int position);
+  std::optional<TraceList> OtherTraces(int position);
+  /// Its function is a position, too.
+  std::optional<source::ScanPosition> FindPrecursor(int position, int scan);
+
+  /// The sample's traces, when they are not those of the source: one of several functions is there several
+  /// times.
+  std::optional<TraceList> OtherTraces();
   /// Of a sample without other functions than analog ones, the traces are added once more by each look.
-  bool HasOnlyAnalog(int sample);
+  bool HasOnlyAnalog() const;
 
  private:
-  openlynx::Sample& SampleAt(int sample) { return report_.Samples()[static_cast<std::size_t>(sample)]; }
+  openlynx::Function& At(int position) {
+    return sample_->functions[listed_[static_cast<std::size_t>(position)]];
+  }
+  // With the blocks that count for the source.
+  const openlynx::Function& OwnAt(int position) const {
+    return own_.functions[listed_[static_cast<std::size_t>(position)]];
+  }
+  TraceList TracesAt(std::vector<std::uint64_t> positions, const std::string& noun);
 
   platform::SystemPath path_;
   openlynx::Report report_;
+  openlynx::Sample* sample_ = nullptr;
+  openlynx::Sample own_;
+  std::vector<std::size_t> listed_;  // places in the sample's functions
 };
 
 }  // namespace zrml::tool
