@@ -67,7 +67,7 @@ FunctionCommand::FunctionCommand(CLI::App& parser, const std::string& name, cons
   Options().parse_complete_callback([this] {
     if (NeedsFunction() && !HasFunction()) throw CLI::RequiredError("--function");
   });
-  AddNumber("--sample", sample_, "The sample, counted from 1; the first by default");
+  AddNumber(Options(), "--sample", sample_, "The sample, counted from 1; the first by default");
 }
 
 FunctionPosition FunctionCommand::Find(source::Source& source) const {

@@ -33,10 +33,6 @@ class Command {
   virtual void Run(Output& out) = 0;
 
  protected:
-  CLI::Option* AddNumber(const std::string& option, int& number, const std::string& description) {
-    return tool::AddNumber(options_, option, number, description);
-  }
-
   CLI::App& Options() { return options_; }
 
  private:

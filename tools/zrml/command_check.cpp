@@ -1,4 +1,5 @@
 // zrml check: whether a source is sound.
+#include <iterator>
 #include <set>
 #include <vector>
 
@@ -18,8 +19,8 @@ struct Problem {
 
 struct CheckResult {
   std::string path;
-  long long functions = 0;
-  long long scans = 0;
+  std::int64_t functions = 0;
+  std::int64_t scans = 0;
   std::vector<Problem> problems;
 };
 
@@ -33,37 +34,27 @@ void Attempt(CheckResult& result, Ask ask) {
   }
 }
 
-// Counts those of a list that have something wrong.
-class Faults {
- public:
-  void Add(int position) {
-    if (count_++ == 0) first_ = position + 1;
-  }
-  void Report(const std::string& what, int all, const std::string& fault, CheckResult& result) const {
-    if (count_ == 0) return;
-    result.problems.push_back({"", std::to_string(count_) + " of " + std::to_string(all) + " " + what + " " +
-                                       fault + "; the first is " + std::to_string(first_)});
-  }
-
- private:
-  int count_ = 0;
-  int first_ = 0;
-};
+// Of a list, those that have something wrong.
+void AddFaulty(const std::vector<int>& numbers, int all, const std::string& fault, CheckResult& result) {
+  if (numbers.empty()) return;
+  result.problems.push_back({"", std::to_string(numbers.size()) + " of " + std::to_string(all) + " " + fault +
+                                     "; the first is " + std::to_string(numbers.front())});
+}
 
 // Reads all of a list; `read` gives how many points are lost and throws when nothing can be read.
 template <class Read>
 void ReadAll(const std::string& what, int count, CheckResult& result, Read read) {
-  Faults unreadable;
-  Faults incomplete;
+  std::vector<int> unreadable;  // numbers from 1
+  std::vector<int> incomplete;
   for (int i = 0; i < count; ++i) {
     try {
-      if (read(i) != 0) incomplete.Add(i);
+      if (read(i) != 0) incomplete.push_back(i + 1);
     } catch (const source::Error&) {
-      unreadable.Add(i);
+      unreadable.push_back(i + 1);
     }
   }
-  unreadable.Report(what, count, "cannot be read", result);
-  incomplete.Report(what, count, "lack points", result);
+  AddFaulty(unreadable, count, what + " cannot be read", result);
+  AddFaulty(incomplete, count, what + " lack points", result);
 }
 
 class SourceReader {
@@ -102,30 +93,20 @@ class SourceReader {
     });
   }
 
-  // Whether it is known already that scans of this one are not there: no need to say it twice.
-  bool IsKnownToLack(const FindingSubject& subject) const { return lacking_.contains(subject); }
-
-  FindingSubject SubjectOf(int sample, const source::FunctionId& id) const {
-    const bool isReport = source_.GetFormat() == source::Format::kReport;
-    return {FindingSubject::Kind::kFunction, isReport ? sample + 1 : 0, id.number, id.process, id.repeat};
-  }
-
   void ReadFunction(int sample, int function) {
-    const source::Function& described = source_.Functions(sample)[static_cast<std::size_t>(function)];
-    const source::FunctionId id = described.id;
-    const bool hasMobility = described.hasMobility;  // whose points are elsewhere
+    const source::Function described = FunctionAt(source_, {sample, function});
     const int scans = source_.ScanCount(sample, function);
     ++result_.functions;
     result_.scans += scans;
-    if (IsKnownToLack(SubjectOf(sample, id))) return;
-    ReadAll("scans of function " + source::TextOf(id), scans, result_, [&](int scan) {
+    if (lacking_.contains(SubjectOf(source_, sample, described.id))) return;
+    ReadAll("scans of function " + source::TextOf(described.id), scans, result_, [&](int scan) {
       const std::size_t lost = source_.ReadPoints(sample, function, scan, x_, y_).lost;
-      return hasMobility ? 0 : lost;
+      return described.hasMobility ? 0 : lost;  // whose points are elsewhere
     });
   }
 
   void ReadAbsorbance(int sample) {
-    if (IsKnownToLack({FindingSubject::Kind::kAbsorbance})) return;
+    if (lacking_.contains({FindingSubject::Kind::kAbsorbance})) return;
     ReadAll("absorbance spectra", source_.AbsorbanceScanCount(sample), result_,
             [&](int scan) { return source_.ReadAbsorbance(sample, scan, x_, y_).lost; });
   }
@@ -139,7 +120,7 @@ class SourceReader {
 
   source::Source& source_;
   CheckResult& result_;
-  std::set<FindingSubject> lacking_;
+  std::set<FindingSubject> lacking_;  // known to: no need to say it twice
   std::vector<double> x_;
   std::vector<double> y_;
 };
@@ -156,10 +137,6 @@ std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
-std::string Counted(long long count, const std::string& noun) {
-  return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
-}
-
 void PrintText(const CheckResult& result, Output& out) {
   for (const Problem& problem : result.problems) {
     out.Text(VisibleText(problem.file.empty() ? problem.text : problem.file + ' ' + problem.text) + "\n");
@@ -173,17 +150,14 @@ void PrintText(const CheckResult& result, Output& out) {
 void PrintJson(const CheckResult& result, Output& out) {
   JsonWriter json(out);
   json.Object([&] {
-    json.Key("source").String(result.path);
-    json.Key("sound").Bool(result.problems.empty());
-    json.Key("functions").Integer(result.functions);
-    json.Key("scans").Integer(result.scans);
+    json.Members({{"source", result.path},
+                  {"sound", result.problems.empty()},
+                  {"functions", result.functions},
+                  {"scans", result.scans}});
     json.Key("findings").Array([&] {
       for (const Problem& problem : result.problems) {
-        json.Object([&] {
-          json.Key("file");
-          problem.file.empty() ? json.Null() : json.String(problem.file);
-          json.Key("problem").String(problem.text);
-        });
+        const Value file = problem.file.empty() ? Value() : Value(problem.file);
+        json.Object([&] { json.Members({{"file", file}, {"problem", problem.text}}); });
       }
     });
   });
@@ -199,9 +173,8 @@ class CheckCommand : public SourceCommand {
     WantsJson() ? PrintJson(result, out) : PrintText(result, out);
     out.Finish();
     if (result.problems.empty()) return;
-    throw Failure(
-        ExitStatus::kDamaged,
-        result.path + " is damaged: " + Counted(static_cast<long long>(result.problems.size()), "finding"));
+    throw Failure(ExitStatus::kDamaged,
+                  result.path + " is damaged: " + Counted(std::ssize(result.problems), "finding"));
   }
 
  private:

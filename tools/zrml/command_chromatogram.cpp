@@ -48,7 +48,7 @@ class ChromatogramCommand : public FunctionCommand {
         "--range", [this](const std::string& text) { range_ = ParseRange(text); },
         "The summed intensity from m/z LO to m/z HI; with --bpc, the largest one");
     range->option_text("LO-HI")->excludes(total);
-    AddNumber("--trace", trace_,
+    AddNumber(Options(), "--trace", trace_,
               "The trace of the sample or, with --function, of the function, counted from 1")
         ->excludes(total)
         ->excludes(basePeak)
@@ -67,8 +67,7 @@ class ChromatogramCommand : public FunctionCommand {
   void PrintChromatogram(source::Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
     const source::Chromatogram chromatogram = Reading(source, [&] { return Read(source, at); });
-    Printout printout;
-    printout.attributes = OriginOf(source, at);
+    Printout printout = PrintoutOf(source, at);
     printout.Add({
         {"type", std::string(isBasePeak_ ? "base peak" : "total")},
         {"massRange", range_ ? Value(*range_) : Value()},
@@ -85,36 +84,20 @@ class ChromatogramCommand : public FunctionCommand {
   }
 
   void PrintTrace(source::Source& source, Output& out) const {
-    HasFunction() ? PrintFunctionTrace(source, out) : PrintSampleTrace(source, out);
-  }
-
-  void PrintSampleTrace(source::Source& source, Output& out) const {
-    const int sample = FindSampleOf(source);
-    const std::vector<source::Trace> traces = source.Traces(sample);
-    const int position =
-        PositionOf(trace_, static_cast<int>(traces.size()), "trace", "sample " + std::to_string(sample + 1));
-    Printout printout;
-    printout.attributes = OriginOf(source, sample);
-    printout.Add(TraceAttributes(traces, position));
-    PrintPoints(Reading(source, [&] { return source.ReadTrace(sample, position); }), printout, out);
-  }
-
-  void PrintFunctionTrace(source::Source& source, Output& out) const {
-    const FunctionPosition at = Find(source);
-    const std::vector<source::Trace> traces = source.FunctionTraces(at.sample, at.function);
-    const source::FunctionId& id = source.Functions(at.sample)[static_cast<std::size_t>(at.function)].id;
-    const int position =
-        PositionOf(trace_, static_cast<int>(traces.size()), "trace", "function " + source::TextOf(id));
-    Printout printout;
-    printout.attributes = OriginOf(source, at);
-    printout.Add(TraceAttributes(traces, position));
-    PrintPoints(Reading(source, [&] { return source.ReadFunctionTrace(at.sample, at.function, position); }),
-                printout, out);
-  }
-
-  static std::vector<Attribute> TraceAttributes(const std::vector<source::Trace>& traces, int position) {
+    const FunctionPosition at = HasFunction() ? Find(source) : FunctionPosition{FindSampleOf(source)};
+    const std::vector<source::Trace> traces =
+        HasFunction() ? source.FunctionTraces(at.sample, at.function) : source.Traces(at.sample);
+    const std::string owner = HasFunction() ? "function " + source::TextOf(FunctionAt(source, at).id)
+                                            : "sample " + std::to_string(at.sample + 1);
+    const int position = PositionOf(trace_, static_cast<int>(traces.size()), "trace", owner);
     const source::Trace& trace = traces[static_cast<std::size_t>(position)];
-    return {{"type", std::string("trace")}, {"trace", trace.number}, {"traceName", trace.name}};
+    Printout printout = HasFunction() ? PrintoutOf(source, at) : PrintoutOf(source, at.sample);
+    printout.Add({{"type", std::string("trace")}, {"trace", trace.number}, {"traceName", trace.name}});
+    const source::Chromatogram points = Reading(source, [&] {
+      return HasFunction() ? source.ReadFunctionTrace(at.sample, at.function, position)
+                           : source.ReadTrace(at.sample, position);
+    });
+    PrintPoints(points, printout, out);
   }
 
   void PrintPoints(const source::Chromatogram& chromatogram, Printout& printout, Output& out) const {

@@ -1,13 +1,16 @@
 // zrml info: what a data source holds.
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <numeric>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 
 #include "tools/zrml/command.h"
-#include "tools/zrml/description.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
+#include "tools/zrml/metadata.h"
 #include "tools/zrml/names.h"
 #include "tools/zrml/text_table.h"
 
@@ -15,71 +18,130 @@ namespace zrml::tool {
 namespace {
 
 using Align = TextTable::Align;
+using Metadata = std::vector<source::MetadataItem>;
 
 bool IsReport(const source::Source& source) { return source.GetFormat() == source::Format::kReport; }
+
+int FunctionCount(source::Source& source, int sample) {
+  return static_cast<int>(source.Functions(sample).size());
+}
+
+// As the first function has it.
+Metadata SampleMetadataOf(source::Source& source, int sample) {
+  return MetadataOf(source, sample, FunctionCount(source, sample) > 0 ? std::optional(0) : std::nullopt);
+}
+
+// What is told of a function: a member of the JSON form, and a column of the text unless that has no title.
+struct Field {
+  std::string_view key;
+  std::string_view title = {};
+  Align align = Align::kLeft;
+  std::string_view nothing = {};  // the text that says as much as no value
+};
+
+constexpr std::array<Field, 14> kFields = {{
+    {"number", "No", Align::kRight},
+    {"file"},
+    {"name", "Name"},
+    {"kind", "Kind"},
+    {"kindCode"},
+    {"msLevel", "Level", Align::kRight},
+    {"scanType", "Scan type", Align::kLeft, "none"},
+    {"polarity", "Polarity"},
+    {"scans", "Scans", Align::kRight},
+    {"minutes", "Minutes", Align::kRight},
+    {"massRange", "m/z", Align::kRight},
+    {"centroided", "Data"},
+    {"dimensions", "Dim", Align::kRight},
+    {"driftBins", "Drift bins", Align::kRight},
+}};
+
+std::optional<source::Range> RangeOf(std::span<const double> minutes) {
+  std::optional<source::Range> range;
+  for (const double time : minutes) {
+    if (std::isnan(time)) continue;
+    if (!range) range = source::Range{time, time};
+    range->low = std::min(range->low, time);
+    range->high = std::max(range->high, time);
+  }
+  return range;
+}
+
+// In the order of kFields.
+std::array<Value, kFields.size()> ValuesOf(source::Source& source, const FunctionPosition& at) {
+  const source::Function function = FunctionAt(source, at);
+  const int scans = source.ScanCount(at.sample, at.function);
+  Value minutes;
+  Value isCentroided;
+  if (scans > 0) {
+    minutes = ValueOrAbsent(RangeOf(source.Minutes(at.sample, at.function)));
+    isCentroided = source.ScanAt(at.sample, at.function, 0).isCentroided;
+  }
+  const int driftBins = function.hasMobility ? source.DriftBinCount(at.sample, at.function) : 0;
+  return {
+      ValueOf(function.id),
+      function.file.empty() ? Value() : Value(function.file),
+      function.name,
+      KindName(function.kind),
+      KindCode(function.kind),
+      function.msLevel,
+      ScanTypeName(function.scanType),
+      PolarityName(function.polarity),
+      scans,
+      minutes,
+      ValueOrAbsent(function.massRange),
+      isCentroided,
+      1 + (function.hasMobility ? 1 : 0) + (scans > 1 ? 1 : 0),  // m/z, drift and time
+      function.hasMobility ? Value(driftBins) : Value(),
+  };
+}
 
 // JSON
 
 void WriteNames(const std::vector<source::Trace>& items, JsonWriter& json) {
   json.Array([&] {
     for (const source::Trace& item : items) {
-      json.Object([&] {
-        json.Key("number").Integer(item.number);
-        json.Key("name").String(item.name);
-      });
+      json.Object([&] { json.Members({{"number", item.number}, {"name", item.name}}); });
     }
   });
 }
 
-void WriteMetadata(const std::vector<source::MetadataItem>& items, JsonWriter& json) {
+void WriteMetadata(const Metadata& items, JsonWriter& json) {
   json.Object([&] {
-    for (const source::MetadataItem& item : items) WriteJson(ValueOrAbsent(item.value), json.Key(item.key));
+    for (const source::MetadataItem& item : items) json.Key(item.key).Put(ValueOrAbsent(item.value));
   });
 }
 
-void WriteFunction(const FunctionDescription& description, JsonWriter& json) {
-  const source::Function& function = description.function;
+void WriteFunction(source::Source& source, const FunctionPosition& at, JsonWriter& json) {
   json.Object([&] {
-    WriteJson(ValueOf(function.id), json.Key("number"));
-    WriteJson(function.file.empty() ? Value() : Value(function.file), json.Key("file"));
-    json.Key("name").String(function.name);
-    json.Key("kind").String(KindName(function.kind));
-    json.Key("kindCode").Integer(KindCode(function.kind));
-    json.Key("msLevel").Integer(function.msLevel);
-    json.Key("scanType").String(ScanTypeName(function.scanType));
-    json.Key("polarity").String(PolarityName(function.polarity));
-    json.Key("scans").Integer(description.scans);
-    WriteJson(ValueOrAbsent(description.minutes), json.Key("minutes"));
-    WriteJson(ValueOrAbsent(function.massRange), json.Key("massRange"));
-    WriteJson(ValueOrAbsent(description.isCentroided), json.Key("centroided"));
-    json.Key("dimensions").Integer(description.dimensions);
-    WriteJson(ValueOrAbsent(description.driftBins), json.Key("driftBins"));
-    WriteNames(description.traces, json.Key("traces"));
-    WriteMetadata(description.metadata, json.Key("metadata"));
+    const auto values = ValuesOf(source, at);
+    for (std::size_t i = 0; i < kFields.size(); ++i) json.Key(kFields[i].key).Put(values[i]);
+    WriteNames(source.FunctionTraces(at.sample, at.function), json.Key("traces"));
+    WriteMetadata(MetadataOf(source, at.sample, at.function), json.Key("metadata"));
   });
 }
 
-void WriteSample(const SampleDescription& sample, JsonWriter& json) {
+void WriteSample(source::Source& source, int sample, JsonWriter& json) {
   json.Object([&] {
-    json.Key("number").Integer(sample.number);
-    json.Key("name").String(sample.name);
+    json.Members({{"number", sample + 1}, {"name", source.SampleName(sample)}});
     json.Key("functions").Array([&] {
-      for (const FunctionDescription& function : sample.functions) WriteFunction(function, json);
+      for (int i = 0; i < FunctionCount(source, sample); ++i) WriteFunction(source, {sample, i}, json);
     });
-    WriteNames(sample.traces, json.Key("traces"));
-    WriteJson(ValueOrAbsent(sample.absorbanceScans), json.Key("absorbanceScans"));
-    WriteMetadata(sample.metadata, json.Key("metadata"));
+    WriteNames(source.Traces(sample), json.Key("traces"));
+    const bool hasAbsorbance = source.HasAbsorbance(sample);
+    json.Key("absorbanceScans").Put(hasAbsorbance ? Value(source.AbsorbanceScanCount(sample)) : Value());
+    WriteMetadata(SampleMetadataOf(source, sample), json.Key("metadata"));
   });
 }
 
 void PrintJson(source::Source& source, const std::vector<int>& samples, Output& out) {
   JsonWriter json(out);
   json.Object([&] {
-    json.Key("source").String(source.Path());
-    json.Key("provider").String(ProviderName(source.GetFormat()));
-    json.Key("report").Bool(IsReport(source));
+    json.Members({{"source", source.Path()},
+                  {"provider", ProviderName(source.GetFormat())},
+                  {"report", IsReport(source)}});
     json.Key("samples").Array([&] {
-      for (const int sample : samples) WriteSample(DescribeSample(source, sample), json);
+      for (const int sample : samples) WriteSample(source, sample, json);
     });
   });
   json.Finish();
@@ -89,42 +151,33 @@ void PrintJson(source::Source& source, const std::vector<int>& samples, Output& 
 
 std::string OrNothing(const std::string& text) { return text.empty() ? TextTable::kNothing : text; }
 
-std::string RangeText(const std::optional<source::Range>& range) {
-  return range ? RoundedNumber(range->low) + " to " + RoundedNumber(range->high) : TextTable::kNothing;
+std::string CellText(const Field& field, const Value& value) {
+  if (const auto* const range = std::get_if<source::Range>(&value))
+    return RoundedNumber(range->low) + " to " + RoundedNumber(range->high);
+  if (const auto* const isCentroided = std::get_if<bool>(&value))
+    return *isCentroided ? "centroid" : "continuum";
+  const std::string text = TextOf(value);
+  return text == field.nothing ? TextTable::kNothing : text;
 }
 
-std::string DataText(const std::optional<bool>& isCentroided) {
-  if (!isCentroided) return TextTable::kNothing;
-  return *isCentroided ? "centroid" : "continuum";
-}
-
-void PrintFunctions(const SampleDescription& sample, Output& out) {
-  if (sample.functions.empty()) {
+void PrintFunctions(source::Source& source, int sample, Output& out) {
+  const int count = FunctionCount(source, sample);
+  if (count == 0) {
     out.Text("\n  No functions\n");
     return;
   }
-  TextTable table({{"No", Align::kRight},
-                   {"Name"},
-                   {"Kind"},
-                   {"Level", Align::kRight},
-                   {"Scan type"},
-                   {"Polarity"},
-                   {"Scans", Align::kRight},
-                   {"Minutes", Align::kRight},
-                   {"m/z", Align::kRight},
-                   {"Data"},
-                   {"Dim", Align::kRight},
-                   {"Drift bins", Align::kRight}});
-  for (const FunctionDescription& description : sample.functions) {
-    const source::Function& function = description.function;
-    const bool hasScanType = function.scanType != source::ScanType::kNone;
-    table.AddRow({source::TextOf(function.id), OrNothing(VisibleText(function.name)), KindName(function.kind),
-                  std::to_string(function.msLevel),
-                  hasScanType ? ScanTypeName(function.scanType) : TextTable::kNothing,
-                  PolarityName(function.polarity), std::to_string(description.scans),
-                  RangeText(description.minutes), RangeText(function.massRange),
-                  DataText(description.isCentroided), std::to_string(description.dimensions),
-                  description.driftBins ? std::to_string(*description.driftBins) : TextTable::kNothing});
+  std::vector<TextTable::Column> columns;
+  for (const Field& field : kFields) {
+    if (!field.title.empty()) columns.push_back({std::string(field.title), field.align});
+  }
+  TextTable table(columns);
+  for (int function = 0; function < count; ++function) {
+    const auto values = ValuesOf(source, {sample, function});
+    std::vector<std::string> row;
+    for (std::size_t i = 0; i < kFields.size(); ++i) {
+      if (!kFields[i].title.empty()) row.push_back(CellText(kFields[i], values[i]));
+    }
+    table.AddRow(std::move(row));
   }
   out.Text("\n  Functions\n");
   table.Print("    ", out);
@@ -140,22 +193,34 @@ void PrintNames(const std::string& title, const std::vector<source::Trace>& item
   table.Print("    ", out);
 }
 
+struct FunctionMetadata {
+  std::string function;
+  Metadata items;
+};
+
+std::vector<FunctionMetadata> MetadataOfFunctions(source::Source& source, int sample) {
+  std::vector<FunctionMetadata> all;
+  for (int i = 0; i < FunctionCount(source, sample); ++i)
+    all.push_back({TextOf(FunctionAt(source, {sample, i}).id), MetadataOf(source, sample, i)});
+  return all;
+}
+
 // The values of one key, each with the functions that have it.
 using ValueUses = std::vector<std::pair<std::string_view, std::vector<std::string>>>;
 
-ValueUses UsesOf(const source::MetadataItem& item, const std::vector<FunctionDescription>& functions) {
+ValueUses UsesOf(const source::MetadataItem& item, const std::vector<FunctionMetadata>& functions) {
   constexpr std::string_view kNone;
   const auto textOf = [&](const source::MetadataItem& any) {
     return any.value ? std::string_view(*any.value) : kNone;
   };
   ValueUses uses = {{textOf(item), {}}};  // the first function's, or the sample's without functions
   std::unordered_map<std::string_view, std::size_t> places = {{textOf(item), 0}};
-  for (const FunctionDescription& function : functions) {
-    for (const source::MetadataItem& own : function.metadata) {
+  for (const FunctionMetadata& function : functions) {
+    for (const source::MetadataItem& own : function.items) {
       if (own.key != item.key) continue;
       const auto [place, isNew] = places.emplace(textOf(own), uses.size());
       if (isNew) uses.emplace_back(place->first, std::vector<std::string>());
-      uses[place->second].second.push_back(TextOf(function.function.id));
+      uses[place->second].second.push_back(function.function);
     }
   }
   return uses;
@@ -175,14 +240,16 @@ std::string FunctionList(const std::vector<std::string>& names) {
   return text + ")";
 }
 
-void PrintMetadata(const SampleDescription& sample, Output& out) {
-  if (sample.metadata.empty()) return;
+void PrintMetadata(source::Source& source, int sample, Output& out) {
+  const std::vector<FunctionMetadata> functions = MetadataOfFunctions(source, sample);
+  const Metadata items = functions.empty() ? source.SampleMetadata(sample) : functions.front().items;
+  if (items.empty()) return;
   TextTable table({{""}, {""}});
-  for (const source::MetadataItem& item : sample.metadata) {
-    const ValueUses uses = UsesOf(item, sample.functions);
+  for (const source::MetadataItem& item : items) {
+    const ValueUses uses = UsesOf(item, functions);
     std::string key = OrNothing(VisibleText(item.key));
-    for (const auto& [value, functions] : uses) {
-      table.AddRow({key, uses.size() == 1 ? ShownValue(value) : ShownValue(value) + FunctionList(functions)});
+    for (const auto& [value, users] : uses) {
+      table.AddRow({key, uses.size() == 1 ? ShownValue(value) : ShownValue(value) + FunctionList(users)});
       key.clear();
     }
   }
@@ -190,33 +257,35 @@ void PrintMetadata(const SampleDescription& sample, Output& out) {
   table.Print("    ", out);
 }
 
-void PrintSample(const SampleDescription& sample, Output& out) {
-  out.Text("\nSample " + std::to_string(sample.number) + ": " + OrNothing(VisibleText(sample.name)) + "\n");
-  PrintFunctions(sample, out);
-  for (const FunctionDescription& function : sample.functions) {
-    PrintNames("Traces of function " + TextOf(function.function.id), function.traces, out);
+void PrintSample(source::Source& source, int sample, Output& out) {
+  out.Text("\nSample " + std::to_string(sample + 1) + ": " +
+           OrNothing(VisibleText(source.SampleName(sample))) + "\n");
+  PrintFunctions(source, sample, out);
+  for (int i = 0; i < FunctionCount(source, sample); ++i) {
+    PrintNames("Traces of function " + TextOf(FunctionAt(source, {sample, i}).id),
+               source.FunctionTraces(sample, i), out);
   }
-  PrintNames("Traces", sample.traces, out);
-  if (sample.absorbanceScans) {
-    out.Text("\n  Absorbance\n    " + std::to_string(*sample.absorbanceScans) + " scans\n");
+  PrintNames("Traces", source.Traces(sample), out);
+  if (source.HasAbsorbance(sample)) {
+    out.Text("\n  Absorbance\n    " + std::to_string(source.AbsorbanceScanCount(sample)) + " scans\n");
   }
-  PrintMetadata(sample, out);
+  PrintMetadata(source, sample, out);
 }
 
 void PrintText(source::Source& source, const std::vector<int>& samples, Output& out) {
   TextTable table({{""}, {""}});
   table.AddRow({"Source", VisibleText(source.Path())});
-  table.AddRow({"Provider", VisibleText(ProviderName(source.GetFormat()))});
+  table.AddRow({"Provider", ProviderName(source.GetFormat())});
   table.AddRow({"Content", IsReport(source) ? "processed report" : "raw acquisition"});
   table.Print("", out);
-  for (const int sample : samples) PrintSample(DescribeSample(source, sample), out);
+  for (const int sample : samples) PrintSample(source, sample, out);
 }
 
 class InfoCommand : public SourceCommand {
  public:
   explicit InfoCommand(CLI::App& parser)
       : SourceCommand(parser, "info", "Show what a data source holds: samples, functions, traces, metadata") {
-    AddNumber("--sample", sample_, "The sample, counted from 1; all by default");
+    AddNumber(Options(), "--sample", sample_, "The sample, counted from 1; all by default");
   }
 
   void Run(Output& out) override {

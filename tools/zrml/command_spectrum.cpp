@@ -16,7 +16,8 @@ namespace {
 struct Points {
   std::vector<double> masses;
   std::vector<double> intensities;
-  std::size_t lost = 0;  // that the index declares and no file holds
+  std::size_t lost = 0;               // that the index declares and no file holds
+  std::optional<source::Range> bins;  // of the scan, that they are of
 };
 
 std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan) {
@@ -35,22 +36,11 @@ std::vector<Attribute> PrecursorAttributes(source::Source& source, const Functio
                                            const source::Scan& scan) {
   const auto found = source.FindPrecursor(at.sample, at.function, position);
   Value function;
-  if (found) {
-    function = ValueOf(source.Functions(at.sample)[static_cast<std::size_t>(found->function)].id);
-  }
+  if (found) function = ValueOf(FunctionAt(source, {at.sample, found->function}).id);
   return {
       {"precursorMz", ValueOrAbsent(scan.precursorMz)},
       {"precursorFunction", function},
       {"precursorScan", found ? Value(found->scan + 1) : Value()},
-  };
-}
-
-// `bins` of the scan; its drift values are the numbers of the bins.
-std::vector<Attribute> DriftAttributes(const source::Scan& scan, const std::optional<source::Range>& bins) {
-  return {
-      {"scanValue", ValueOrAbsent(scan.scanValue)},
-      {"driftBins", ValueOrAbsent(bins)},
-      {"driftValues", ValueOrAbsent(bins)},
   };
 }
 
@@ -71,8 +61,8 @@ class SpectrumCommand : public FunctionCommand {
  public:
   explicit SpectrumCommand(CLI::App& parser)
       : FunctionCommand(parser, "spectrum", "Print one scan: its attributes and points") {
-    AddNumber("--scan", scan_, "The scan, counted from 1")->required()->option_text("N REQUIRED");
-    CLI::Option* const bin = AddNumber("--bin", bin_, "The drift bin of the scan, counted from 1");
+    AddNumber(Options(), "--scan", scan_, "The scan, counted from 1")->required()->option_text("N REQUIRED");
+    CLI::Option* const bin = AddNumber(Options(), "--bin", bin_, "The drift bin of the scan, counted from 1");
     Options()
         .add_flag("--absorbance", isAbsorbance_, "A scan of the sample's absorbance data, not of a function")
         ->option_text(" ")
@@ -91,38 +81,36 @@ class SpectrumCommand : public FunctionCommand {
  private:
   void PrintSpectrum(source::Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
-    const source::Function& function = source.Functions(at.sample)[static_cast<std::size_t>(at.function)];
+    const source::Function& function = FunctionAt(source, at);
     const int position = PositionOf(scan_, source.ScanCount(at.sample, at.function), "scan",
                                     "function " + source::TextOf(function.id));
     const source::Scan scan = source.ScanAt(at.sample, at.function, position);
-    std::optional<source::Range> bins;
-    const Points points = Read(source, at, position, bins);
-    Printout printout;
-    printout.attributes = OriginOf(source, at);
+    const Points points = Read(source, at, position);
+    Printout printout = PrintoutOf(source, at);
     printout.Add({{"scan", scan_}});
     printout.Add(ScanAttributes(function, scan));
     printout.Add(PrecursorAttributes(source, at, position, scan));
-    printout.Add(DriftAttributes(scan, bins));
+    printout.Add({{"scanValue", ValueOrAbsent(scan.scanValue)},
+                  {"driftBins", ValueOrAbsent(points.bins)},
+                  {"driftValues", ValueOrAbsent(points.bins)}});  // which are the numbers of the bins
     printout.Add(PointAttributes(points));
     printout.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
     Print(printout, out);
   }
 
-  // The points that are asked for, and of which drift bins they are.
-  Points Read(source::Source& source, const FunctionPosition& at, int scan,
-              std::optional<source::Range>& bins) const {
+  Points Read(source::Source& source, const FunctionPosition& at, int scan) const {
     Points points;
-    const int count = source.DriftBinCount(at.sample, at.function);
+    const int bins = source.DriftBinCount(at.sample, at.function);
     if (bin_ == 0) {
-      if (count > 0) bins = source::Range{1, static_cast<double>(count)};
+      if (bins > 0) points.bins = source::Range{1, static_cast<double>(bins)};
       points.lost = Reading(source, [&] {
         return source.ReadPoints(at.sample, at.function, scan, points.masses, points.intensities).lost;
       });
       return points;
     }
-    const source::FunctionId& id = source.Functions(at.sample)[static_cast<std::size_t>(at.function)].id;
-    const int bin = PositionOf(bin_, count, "drift bin", "a scan of function " + source::TextOf(id));
-    bins = source::Range{static_cast<double>(bin_), static_cast<double>(bin_)};
+    const std::string owner = "a scan of function " + source::TextOf(FunctionAt(source, at).id);
+    const int bin = PositionOf(bin_, bins, "drift bin", owner);
+    points.bins = source::Range{static_cast<double>(bin_), static_cast<double>(bin_)};
     Reading(source, [&] {
       source.ReadDriftBin(at.sample, at.function, scan, bin, points.masses, points.intensities);
     });
@@ -136,8 +124,7 @@ class SpectrumCommand : public FunctionCommand {
     std::vector<double> wavelengths;
     std::vector<double> values;
     Reading(source, [&] { source.ReadAbsorbance(sample, scan, wavelengths, values); });
-    Printout printout;
-    printout.attributes = OriginOf(source, sample);
+    Printout printout = PrintoutOf(source, sample);
     printout.Add({{"scan", scan_},
                   {"startMinutes", source.AbsorbanceMinutes(sample, scan)},
                   {"points", static_cast<int>(wavelengths.size())}});

@@ -44,22 +44,20 @@ bool MovesText(char32_t c) {
 
 // Only for characters below U+10000.
 void AppendEscape(char32_t c, std::string& out) {
+  constexpr std::u32string_view kNamed = U"\t\n\r";
+  constexpr std::string_view kNames = "tnr";
   constexpr std::string_view kDigits = "0123456789abcdef";
-  switch (c) {
-    case U'\t':
-      out += "\\t";
-      return;
-    case U'\n':
-      out += "\\n";
-      return;
-    case U'\r':
-      out += "\\r";
-      return;
-    default:
-      break;
+  out += '\\';
+  if (const std::size_t place = kNamed.find(c); place != kNamed.npos) {
+    out += kNames[place];
+    return;
   }
-  out += "\\u";
-  for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kDigits[(c >> shift) & 0xF]);
+  out += 'u';
+  for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[(c >> shift) & 0xF];
+}
+
+void AppendVisible(char32_t c, std::string& out) {
+  MovesText(c) ? AppendEscape(c, out) : static_cast<void>(AppendUtf8(c, out));
 }
 
 }  // namespace
@@ -77,10 +75,7 @@ std::string RoundedNumber(double value) {
 
 std::string VisibleText(std::string_view text) {
   std::string out;
-  while (!text.empty()) {
-    const char32_t c = TakeCharacter(text);
-    MovesText(c) ? AppendEscape(c, out) : static_cast<void>(AppendUtf8(c, out));
-  }
+  while (!text.empty()) AppendVisible(TakeCharacter(text), out);
   return out;
 }
 
@@ -89,7 +84,7 @@ std::string QuotedJson(std::string_view text) {
   while (!text.empty()) {
     const char32_t c = TakeCharacter(text);
     if (c == U'"' || c == U'\\') out.push_back('\\');
-    MovesText(c) ? AppendEscape(c, out) : static_cast<void>(AppendUtf8(c, out));
+    AppendVisible(c, out);
   }
   return out + '"';
 }
@@ -104,6 +99,10 @@ std::size_t CharacterCount(std::string_view utf8) {
   return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0) != 0x80;  // not the tail of a character
   }));
+}
+
+std::string Counted(std::int64_t count, const std::string& noun) {
+  return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
 }
 
 }  // namespace zrml::tool

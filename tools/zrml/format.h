@@ -1,6 +1,7 @@
 // How numbers and text look in the output: UTF-8, independent of the locale, one line per line.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -23,5 +24,8 @@ std::string_view FirstCharacters(std::string_view text, std::size_t count);
 
 /// How many characters `utf8` shows.
 std::size_t CharacterCount(std::string_view utf8);
+
+/// "1 scan", "2 scans".
+std::string Counted(std::int64_t count, const std::string& noun);
 
 }  // namespace zrml::tool

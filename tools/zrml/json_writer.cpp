@@ -1,7 +1,6 @@
 #include "tools/zrml/json_writer.h"
 
 #include <cmath>
-#include <string>
 
 #include "tools/zrml/format.h"
 
@@ -41,30 +40,13 @@ void JsonWriter::End(char bracket) {
   isFirst_ = false;
 }
 
-void JsonWriter::Null() {
+void JsonWriter::Put(const Value& value) {
   Separate();
-  out_.Text("null");
+  out_.Text(JsonOf(value));
 }
 
-void JsonWriter::Bool(bool value) {
-  Separate();
-  out_.Text(value ? "true" : "false");
-}
-
-void JsonWriter::Integer(long long value) {
-  Separate();
-  out_.Text(std::to_string(value));
-}
-
-void JsonWriter::Number(double value) {
-  if (!std::isfinite(value)) return Null();
-  Separate();
-  out_.Number(value);
-}
-
-void JsonWriter::String(std::string_view value) {
-  Separate();
-  out_.Text(QuotedJson(value));
+void JsonWriter::Members(const std::vector<Attribute>& attributes) {
+  for (const Attribute& attribute : attributes) Key(attribute.key).Put(attribute.value);
 }
 
 void JsonWriter::Numbers(std::span<const double> values) {

@@ -1,12 +1,14 @@
 // Writes JSON as it goes, so that a long spectrum needs no tree: objects and lists over lines, number arrays
-// on one line. Numbers are the shortest that read back the same; those that JSON has no form for are null.
+// on one line.
 #pragma once
 
 #include <concepts>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "tools/zrml/output.h"
+#include "tools/zrml/value.h"
 
 namespace zrml::tool {
 
@@ -17,12 +19,9 @@ class JsonWriter {
   /// Names the value that is written next, in an object.
   JsonWriter& Key(std::string_view key);
 
-  void Null();
-  void Bool(bool value);
-  void Integer(long long value);
-  void Number(double value);
-  void String(std::string_view value);
+  void Put(const Value& value);
   void Numbers(std::span<const double> values);
+  void Members(const std::vector<Attribute>& attributes);
 
   /// `body` writes the members.
   template <std::invocable Body>

@@ -29,6 +29,12 @@ std::string ListOf(std::span<const source::Function> functions) {
   return list;
 }
 
+// Whether two names mean one function: of processed data the number of the raw function does not count.
+bool IsSameName(const FunctionId& a, const FunctionId& b) {
+  const bool isProcessed = a.process != 0;
+  return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
+}
+
 [[noreturn]] void RefuseFunction(const FunctionId& id, const std::string& owner,
                                  std::span<const source::Function> functions) {
   const std::string what = functions.empty()       ? "no functions"
@@ -73,11 +79,6 @@ int FindSample(source::Source& source, int sampleNumber) {
   return PositionOf(sampleNumber, source.SampleCount(), "sample", "the source");
 }
 
-bool IsSameName(const FunctionId& a, const FunctionId& b) {
-  const bool isProcessed = a.process != 0;
-  return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
-}
-
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const FunctionId& id) {
   const int sample = FindSample(source, sampleNumber);
   const std::span<const source::Function> functions = source.Functions(sample);
@@ -86,6 +87,15 @@ FunctionPosition FindFunction(source::Source& source, int sampleNumber, const Fu
   });
   if (found == functions.end()) RefuseFunction(id, "sample " + std::to_string(sampleNumber), functions);
   return {sample, static_cast<int>(found - functions.begin())};
+}
+
+const source::Function& FunctionAt(source::Source& source, const FunctionPosition& position) {
+  return source.Functions(position.sample)[static_cast<std::size_t>(position.function)];
+}
+
+FindingSubject SubjectOf(const source::Source& source, int sample, const FunctionId& id) {
+  const bool isReport = source.GetFormat() == source::Format::kReport;
+  return {FindingSubject::Kind::kFunction, isReport ? sample + 1 : 0, id.number, id.process, id.repeat};
 }
 
 }  // namespace zrml::tool

@@ -36,8 +36,9 @@ struct FunctionPosition {
 };
 int FindSample(source::Source& source, int sampleNumber);
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
+const source::Function& FunctionAt(source::Source& source, const FunctionPosition& position);
 
-/// Whether two names mean one function: of processed data the number of the raw function does not count.
-bool IsSameName(const source::FunctionId& a, const source::FunctionId& b);
+/// What the source's findings are about that concern the function.
+FindingSubject SubjectOf(const source::Source& source, int sample, const source::FunctionId& id);
 
 }  // namespace zrml::tool

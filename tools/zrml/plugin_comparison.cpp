@@ -9,8 +9,9 @@
 
 #include "common/platform/platform.h"
 #include "common/text.h"
-#include "tools/zrml/description.h"
+#include "tools/zrml/metadata.h"
 #include "tools/zrml/names.h"
+#include "tools/zrml/open_source.h"
 #include "tools/zrml/plugin_scans.h"
 
 namespace zrml::tool {
@@ -165,9 +166,8 @@ class Comparer : Verdicts {
     const std::set<FindingSubject> lost = FunctionsWithoutData();
     std::vector<int> positions;
     for (std::size_t i = 0; i < functions.size(); ++i) {
-      const source::FunctionId& id = functions[i].id;
-      const FindingSubject subject = {FindingSubject::Kind::kFunction, 0, id.number, id.process, id.repeat};
-      if (!lost.contains(subject)) positions.push_back(static_cast<int>(i));
+      if (!lost.contains(SubjectOf(*source_, sample, functions[i].id)))
+        positions.push_back(static_cast<int>(i));
     }
     return positions;
   }

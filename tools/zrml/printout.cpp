@@ -1,27 +1,26 @@
 #include "tools/zrml/printout.h"
 
+#include "tools/zrml/json_writer.h"
 #include "tools/zrml/names.h"
 
 namespace zrml::tool {
 
-std::vector<Attribute> OriginOf(source::Source& source, int sample) {
-  return {
+Printout PrintoutOf(source::Source& source, int sample) {
+  Printout printout;
+  printout.Add({
       {"source", source.Path()},
       {"provider", ProviderName(source.GetFormat())},
       {"sample", sample + 1},
       {"sampleName", source.SampleName(sample)},
-  };
+  });
+  return printout;
 }
 
-std::vector<Attribute> OriginOf(source::Source& source, const FunctionPosition& position) {
-  const source::Function& function =
-      source.Functions(position.sample)[static_cast<std::size_t>(position.function)];
-  Printout origin{OriginOf(source, position.sample), {}};
-  origin.Add({
-      {"function", ValueOf(function.id)},
-      {"functionName", function.name},
-  });
-  return origin.attributes;
+Printout PrintoutOf(source::Source& source, const FunctionPosition& position) {
+  const source::Function& function = FunctionAt(source, position);
+  Printout printout = PrintoutOf(source, position.sample);
+  printout.Add({{"function", ValueOf(function.id)}, {"functionName", function.name}});
+  return printout;
 }
 
 void PrintText(const Printout& printout, Output& out) {
@@ -49,8 +48,7 @@ void PrintText(const Printout& printout, Output& out) {
 void PrintJson(const Printout& printout, Output& out) {
   JsonWriter json(out);
   json.Object([&] {
-    for (const Attribute& attribute : printout.attributes)
-      WriteJson(attribute.value, json.Key(attribute.key));
+    json.Members(printout.attributes);
     for (const Column& column : printout.columns) json.Key(column.key).Numbers(column.values);
   });
   json.Finish();

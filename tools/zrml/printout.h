@@ -13,11 +13,6 @@
 
 namespace zrml::tool {
 
-struct Attribute {
-  std::string_view key;
-  Value value;
-};
-
 struct Column {
   std::string_view name;  // in the line of column names
   std::string_view key;   // in JSON
@@ -33,9 +28,9 @@ struct Printout {
   std::vector<Column> columns;  // of one length
 };
 
-/// The attributes that tell where the points are from: a function, or a sample as a whole.
-std::vector<Attribute> OriginOf(source::Source& source, const FunctionPosition& position);
-std::vector<Attribute> OriginOf(source::Source& source, int sample);
+/// With the attributes that tell where the points are from: a function, or a sample as a whole.
+Printout PrintoutOf(source::Source& source, const FunctionPosition& position);
+Printout PrintoutOf(source::Source& source, int sample);
 
 void PrintText(const Printout& printout, Output& out);
 void PrintJson(const Printout& printout, Output& out);

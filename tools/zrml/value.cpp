@@ -1,6 +1,6 @@
 #include "tools/zrml/value.h"
 
-#include <array>
+#include <cmath>
 
 #include "tools/zrml/format.h"
 
@@ -10,7 +10,7 @@ namespace {
 struct TextWriter {
   std::string operator()(std::monostate) const { return {}; }
   std::string operator()(bool value) const { return value ? "true" : "false"; }
-  std::string operator()(int value) const { return std::to_string(value); }
+  std::string operator()(std::int64_t value) const { return std::to_string(value); }
   std::string operator()(double value) const { return Number(value); }
   std::string operator()(const source::Range& range) const {
     return Number(range.low) + " to " + Number(range.high);
@@ -18,15 +18,14 @@ struct TextWriter {
   std::string operator()(const std::string& value) const { return VisibleText(value); }
 };
 
-struct ValueWriter {
-  JsonWriter& json;
-
-  void operator()(std::monostate) const { json.Null(); }
-  void operator()(bool value) const { json.Bool(value); }
-  void operator()(int value) const { json.Integer(value); }
-  void operator()(double value) const { json.Number(value); }
-  void operator()(const source::Range& range) const { json.Numbers(std::array{range.low, range.high}); }
-  void operator()(const std::string& value) const { json.String(value); }
+struct JsonText : TextWriter {
+  using TextWriter::operator();
+  std::string operator()(std::monostate) const { return "null"; }
+  std::string operator()(double value) const { return std::isfinite(value) ? Number(value) : "null"; }
+  std::string operator()(const source::Range& range) const {
+    return '[' + (*this)(range.low) + ", " + (*this)(range.high) + ']';
+  }
+  std::string operator()(const std::string& value) const { return QuotedJson(value); }
 };
 
 }  // namespace
@@ -37,6 +36,6 @@ Value ValueOf(const source::FunctionId& id) {
 
 std::string TextOf(const Value& value) { return std::visit(TextWriter(), value); }
 
-void WriteJson(const Value& value, JsonWriter& json) { std::visit(ValueWriter{json}, value); }
+std::string JsonOf(const Value& value) { return std::visit(JsonText(), value); }
 
 }  // namespace zrml::tool

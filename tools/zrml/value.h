@@ -1,17 +1,23 @@
 // A value of the output: what both the text and the JSON form can show.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 #include "source/source.h"
-#include "tools/zrml/json_writer.h"
 
 namespace zrml::tool {
 
 /// std::monostate stands for a value that there is not: left out of text, null in JSON.
-using Value = std::variant<std::monostate, bool, int, double, source::Range, std::string>;
+using Value = std::variant<std::monostate, bool, std::int64_t, double, source::Range, std::string>;
+
+struct Attribute {
+  std::string_view key;
+  Value value;
+};
 
 inline bool IsAbsent(const Value& value) { return std::holds_alternative<std::monostate>(value); }
 
@@ -25,7 +31,7 @@ Value ValueOrAbsent(const std::optional<T>& value) {
 
 /// UTF-8 on one line.
 std::string TextOf(const Value& value);
-
-void WriteJson(const Value& value, JsonWriter& json);
+/// Numbers are the shortest that read back the same; those that JSON has no form for are null.
+std::string JsonOf(const Value& value);
 
 }  // namespace zrml::tool

@@ -1,0 +1,18 @@
+// Metadata of a function as people and programs see them.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "source/source.h"
+
+namespace zrml::tool {
+
+/// The item that a report's function has besides: its text.
+inline constexpr std::string_view kFunctionText = "CompleteFunctionBlock";
+
+/// The sample's items, with a function those that it has of its own as well.
+std::vector<source::MetadataItem> MetadataOf(source::Source& source, int sample, std::optional<int> function);
+
+}  // namespace zrml::tool
