@@ -1,6 +1,8 @@
 // zrml convert: sources into files of open formats.
 #include <functional>
 #include <new>
+#include <optional>
+#include <set>
 
 #include "convert/convert.h"
 #include "convert/target_file.h"
@@ -9,6 +11,7 @@
 #include "tools/zrml/convert_request.h"
 #include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/format.h"
 #include "tools/zrml/host_system.h"
 #include "tools/zrml/interruption.h"
 #include "tools/zrml/progress_bar.h"
@@ -23,10 +26,11 @@ constexpr int kFilesToOpen = 8;
 constexpr int kFilesOfAWorker = 3;
 constexpr int kFilesBesides = 8;
 
-std::string Joined(const std::vector<std::string>& items) {
-  std::string text;
-  for (const std::string& item : items) text += (text.empty() ? "" : ", ") + item;
-  return text;
+Failure SomeFailed(const std::vector<std::string>& failed, std::size_t all, const std::string& what) {
+  std::string list;
+  for (const std::string& each : failed) list += (list.empty() ? "" : ", ") + each;
+  return {ExitStatus::kSomeFailed, std::to_string(failed.size()) + " of " + std::to_string(all) + ' ' + what +
+                                       " are not converted: " + list};
 }
 
 // Whether `convert` succeeds. Otherwise its failure is printed, since others go on, or passed on, when there
@@ -53,8 +57,7 @@ std::string NameOf(source::Source& source, int sample) {
 // All sources of a command, one after the other.
 class Batch {
  public:
-  Batch(const ConvertRequest& request, Output& out)
-      : request_(request), damage_(request), targets_(request), paths_(out) {}
+  Batch(const ConvertRequest& request, Output& out) : request_(request), damage_(request), out_(out) {}
 
   // A source that fails does not stop the others.
   void ConvertAll() {
@@ -63,13 +66,10 @@ class Batch {
     for (const std::string& path : paths) {
       if (!Survives(paths.size() == 1, path, [&] { ConvertSource(path); })) failed.push_back(path);
     }
-    const std::optional<Failure>& unprinted = paths_.Problem();
-    if (failed.empty() && unprinted) throw Failure(*unprinted);
+    if (failed.empty() && unprinted_) throw Failure(*unprinted_);
     if (failed.empty()) return;
-    if (unprinted) PrintError(unprinted->message);
-    throw Failure(ExitStatus::kSomeFailed, std::to_string(failed.size()) + " of " +
-                                               std::to_string(paths.size()) +
-                                               " sources are not converted: " + Joined(failed));
+    if (unprinted_) PrintError(unprinted_->message);
+    throw SomeFailed(failed, paths.size(), "sources");
   }
 
  private:
@@ -107,10 +107,7 @@ class Batch {
       if (!Survives(count == 1, NameOf(source.First(), sample), convert))
         failed.push_back(std::to_string(sample + 1));
     }
-    if (failed.empty()) return;
-    throw Failure(ExitStatus::kSomeFailed, std::to_string(failed.size()) + " of " + std::to_string(count) +
-                                               " samples of " + path +
-                                               " are not converted: " + Joined(failed));
+    if (!failed.empty()) throw SomeFailed(failed, static_cast<std::size_t>(count), "samples of " + path);
   }
 
   void ConvertSample(convert::SourceInUse& source, int sample) {
@@ -120,11 +117,30 @@ class Batch {
       Convert(source, sample, "standard output", target);
       return;
     }
-    const std::string path = targets_.PathFor(source.First(), sample);
+    const std::string path = TargetPath(request_, source.First(), sample);
+    if (made_.contains(path)) {
+      throw Failure(ExitStatus::kUnreadable, source.First().Path() + " would replace " + path +
+                                                 ", already written from another source");
+    }
+    RefuseAsTarget(path, source.First());
     const auto target = MakeTarget(path);
     Convert(source, sample, path, *target);
-    targets_.AddMade(path);
-    if (!request_.isQuiet) paths_.Print(path);
+    made_.insert(path);
+    if (!request_.isQuiet && !isPrintingOver_) PrintPath(path);
+  }
+
+  // The file is there also when its name cannot be printed, which fails the command, at its end, but no
+  // conversion.
+  void PrintPath(const std::string& path) {
+    isPrintingOver_ = true;
+    try {
+      out_.Text(VisibleText(path) + "\n");
+      out_.Finish();
+      isPrintingOver_ = false;
+    } catch (const ReaderGone&) {
+    } catch (const Failure& failure) {
+      unprinted_ = failure;
+    }
   }
 
   std::unique_ptr<convert::TargetFile> MakeTarget(const std::string& path) const {
@@ -138,7 +154,7 @@ class Batch {
 
   void Convert(convert::SourceInUse& source, int sample, const std::string& path, convert::ByteSink& target) {
     const std::string name = NameOf(source.First(), sample);
-    ProgressBar bar(!request_.isQuiet && IsTerminal(Stream::kError), name);
+    ProgressBar bar(!request_.isQuiet && IsErrorTerminal(), name);
     const convert::Hooks hooks = {IsInterrupted,
                                   [&](std::uint64_t done, std::uint64_t all) { bar.Update(done, all); }};
     convert::BufferedSink plain(target);
@@ -163,8 +179,10 @@ class Batch {
 
   const ConvertRequest& request_;
   DamagePolicy damage_;
-  Targets targets_;
-  PathPrinter paths_;
+  Output& out_;
+  std::set<std::string> made_;
+  bool isPrintingOver_ = false;  // nobody reads it, or it has failed
+  std::optional<Failure> unprinted_;
 };
 
 class ConvertCommand : public Command {

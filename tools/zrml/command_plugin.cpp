@@ -63,7 +63,7 @@ class PluginCommand : public Command {
   }
 
   void Run(Output& out) override {
-    const PluginLibrary plugin = PluginLibrary::Load(file_);
+    const PluginLibrary plugin(file_);
     PrintProviders(file_, plugin, out);
     if (path_.empty()) return;
     const std::unique_ptr<source::Source> source = OpenSource(path_);
@@ -72,8 +72,7 @@ class PluginCommand : public Command {
     if (comparison.faultCount == 0) return;
     out.Finish();
     throw Failure(ExitStatus::kDamaged, file_ + " does not give what " + path_ +
-                                            " holds: " + std::to_string(comparison.faultCount) +
-                                            (comparison.faultCount == 1 ? " fault" : " faults"));
+                                            " holds: " + Counted(comparison.faultCount, "fault"));
   }
 
  private:

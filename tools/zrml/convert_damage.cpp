@@ -1,6 +1,5 @@
 #include "tools/zrml/convert_damage.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "convert/native_path.h"
@@ -9,23 +8,7 @@
 namespace zrml::tool {
 namespace {
 
-constexpr std::string_view kAdvice = " (--damaged converts what there is)";
-
-struct ErrorEnd {
-  convert::ErrorKind kind;
-  ExitStatus status;
-  std::string_view advice;
-};
-
-constexpr ErrorEnd kErrorEnds[] = {
-    {convert::ErrorKind::kNothingSelected, ExitStatus::kWrongUsage, ""},
-    {convert::ErrorKind::kTargetExists, ExitStatus::kUnreadable, "; --force replaces it"},
-    {convert::ErrorKind::kTargetUnwritable, ExitStatus::kUnreadable, ""},
-    {convert::ErrorKind::kSourceChanged, ExitStatus::kUnreadable, ""},
-    {convert::ErrorKind::kSourceUnreadable, ExitStatus::kUnreadable, ""},
-    {convert::ErrorKind::kSourceDamaged, ExitStatus::kDamaged, kAdvice},
-    {convert::ErrorKind::kSystem, ExitStatus::kUnreadable, ""},
-};
+constexpr const char* kAdvice = " (--damaged converts what there is)";
 
 std::string TextOf(const Finding& finding) {
   return finding.file.empty() ? finding.problem : finding.file + ' ' + finding.problem;
@@ -34,9 +17,17 @@ std::string TextOf(const Finding& finding) {
 }  // namespace
 
 Failure FailureOf(const convert::Error& error, const std::string& front) {
-  const ErrorEnd& end = *std::find_if(std::begin(kErrorEnds), std::end(kErrorEnds),
-                                      [&](const ErrorEnd& each) { return each.kind == error.Kind(); });
-  return {end.status, front + error.Message() + std::string(end.advice)};
+  const std::string message = front + error.Message();
+  switch (error.Kind()) {
+    case convert::ErrorKind::kNothingSelected:
+      return {ExitStatus::kWrongUsage, message};
+    case convert::ErrorKind::kTargetExists:
+      return {ExitStatus::kUnreadable, message + "; --force replaces it"};
+    case convert::ErrorKind::kSourceDamaged:
+      return {ExitStatus::kDamaged, message + kAdvice};
+    default:
+      return {ExitStatus::kUnreadable, message};
+  }
 }
 
 void DamagePolicy::Look(source::Source& source, int sample, const std::string& name) {
@@ -52,7 +43,7 @@ void DamagePolicy::Look(source::Source& source, int sample, const std::string& n
       const Severity severity = SeverityOf(finding.code);
       if (severity == Severity::kNote || !converted.Has(finding.subject)) continue;
       if (severity == Severity::kLost && !options.isLossAllowed)
-        throw Failure(ExitStatus::kDamaged, name + " is damaged: " + TextOf(finding) + std::string(kAdvice));
+        throw Failure(ExitStatus::kDamaged, name + " is damaged: " + TextOf(finding) + kAdvice);
       reported.push_back(&finding);
     }
   }

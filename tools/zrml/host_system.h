@@ -2,7 +2,6 @@
 // Text is UTF-8; paths are the system's own bytes.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,25 +11,12 @@ namespace zrml::tool {
 /// The arguments without the program's name, as native text (UTF-8 on Windows).
 std::vector<std::string> ProgramArguments(int argc, char** argv);
 
-/// A shared library. It stays loaded as long as the program runs: an exception that leaves it outlives
-/// whoever loaded it.
-class SharedLibrary {
- public:
-  /// No value when `path` cannot be loaded; `error` then says why.
-  static std::optional<SharedLibrary> Load(const std::string& path, std::string& error);
+/// A shared library stays loaded as long as the program runs: an exception that leaves it outlives whoever
+/// loaded it. Null when `path` cannot be loaded; `error` then says why.
+void* LoadSharedLibrary(const std::string& path, std::string& error);
 
-  /// The exported function `name` as a pointer of type `Function`; null when there is none.
-  template <class Function>
-  Function Find(const char* name) const {
-    return reinterpret_cast<Function>(Symbol(name));
-  }
-
- private:
-  explicit SharedLibrary(void* handle) : handle_(handle) {}
-  void* Symbol(const char* name) const;
-
-  void* handle_;
-};
+/// The exported function `name`; null when there is none.
+void* FindExport(void* library, const char* name);
 
 /// Whether `count` more files can be open at once; `error` says why not.
 bool CanOpenFiles(int count, std::string& error);
@@ -38,11 +24,11 @@ bool CanOpenFiles(int count, std::string& error);
 enum class Stream { kOutput, kError };
 enum class WriteResult { kWritten, kReaderGone, kInterrupted, kFailed };
 
-/// Whether `stream` is shown to a person.
-bool IsTerminal(Stream stream);
+/// Whether standard error is shown to a person.
+bool IsErrorTerminal();
 
-/// Columns of the terminal that `stream` is; a usual number when it is none or does not tell.
-std::size_t TerminalWidth(Stream stream);
+/// Columns of that terminal; a usual number when it is none or does not tell.
+std::size_t ErrorTerminalWidth();
 
 /// Makes a write to a closed pipe, or past the largest size that a file may have, a result instead of the end
 /// of the program.

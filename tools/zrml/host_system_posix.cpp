@@ -47,26 +47,26 @@ std::vector<std::string> ProgramArguments(int argc, char** argv) {
   return {argv + (argc > 0 ? 1 : 0), argv + argc};
 }
 
-std::optional<SharedLibrary> SharedLibrary::Load(const std::string& path, std::string& error) {
+void* LoadSharedLibrary(const std::string& path, std::string& error) {
   std::string native = path;
   if (native.find('/') == std::string::npos)
     native.insert(0, "./");  // a bare name would be looked up in system folders
   struct stat status = {};
   if (::stat(native.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
     error = "it is no file";  // a pipe would let the loader wait
-    return std::nullopt;
+    return nullptr;
   }
   if (!IsWhole(native)) {
     error = "the file is cut";
-    return std::nullopt;
+    return nullptr;
   }
-  if (void* handle = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL)) return SharedLibrary(handle);
-  const char* reason = ::dlerror();
-  error = reason != nullptr ? reason : "unknown error";
-  return std::nullopt;
+  void* const library = ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
+  const char* const reason = library == nullptr ? ::dlerror() : nullptr;
+  if (library == nullptr) error = reason != nullptr ? reason : "unknown error";
+  return library;
 }
 
-void* SharedLibrary::Symbol(const char* name) const { return ::dlsym(handle_, name); }
+void* FindExport(void* library, const char* name) { return ::dlsym(library, name); }
 
 bool CanOpenFiles(int count, std::string& error) {
   std::vector<int> files;
@@ -84,14 +84,11 @@ bool CanOpenFiles(int count, std::string& error) {
   return failure == 0;
 }
 
-bool IsTerminal(Stream stream) {
-  return ::isatty(stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO) == 1;
-}
+bool IsErrorTerminal() { return ::isatty(STDERR_FILENO) == 1; }
 
-std::size_t TerminalWidth(Stream stream) {
+std::size_t ErrorTerminalWidth() {
   winsize size{};
-  const int file = stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
-  return ::ioctl(file, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
+  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualWidth;
 }
 
 void ReportFailedWrites() {

@@ -37,34 +37,31 @@ std::vector<std::string> ProgramArguments(int, char**) {
   return arguments;
 }
 
-std::optional<SharedLibrary> SharedLibrary::Load(const std::string& path, std::string& error) {
+void* LoadSharedLibrary(const std::string& path, std::string& error) {
   const std::wstring wide = platform::FromNativePath(path);
   std::wstring full(::GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
   full.resize(::GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
   ::SetErrorMode(SEM_FAILCRITICALERRORS);  // no dialog when the library cannot be loaded
   // Libraries that the plug-in needs are looked up beside it, not beside the host.
-  if (HMODULE handle = ::LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {
-    return SharedLibrary(handle);
-  }
-  error = LastError();
-  return std::nullopt;
+  const HMODULE library = ::LoadLibraryExW(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (library == nullptr) error = LastError();
+  return library;
 }
 
-void* SharedLibrary::Symbol(const char* name) const {
-  return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(handle_), name));
+void* FindExport(void* library, const char* name) {
+  return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(library), name));
 }
 
 bool CanOpenFiles(int, std::string&) { return true; }  // memory is the only limit
 
-bool IsTerminal(Stream stream) {
+bool IsErrorTerminal() {
   DWORD mode = 0;
-  return ::GetConsoleMode(::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE),
-                          &mode) != 0;
+  return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
-std::size_t TerminalWidth(Stream stream) {
+std::size_t ErrorTerminalWidth() {
   CONSOLE_SCREEN_BUFFER_INFO info{};
-  const HANDLE file = ::GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+  const HANDLE file = ::GetStdHandle(STD_ERROR_HANDLE);
   const bool isKnown = ::GetConsoleScreenBufferInfo(file, &info) && info.srWindow.Right > info.srWindow.Left;
   return isKnown ? static_cast<std::size_t>(info.srWindow.Right - info.srWindow.Left + 1) : kUsualWidth;
 }

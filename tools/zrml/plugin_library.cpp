@@ -1,42 +1,36 @@
 #include "tools/zrml/plugin_library.h"
 
-#include <optional>
-#include <utility>
-
 #include "common/platform/platform.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/host_system.h"
 
 namespace zrml::tool {
 namespace {
 
 [[noreturn]] void Refuse(const std::string& message) { throw Failure(ExitStatus::kNoPlugin, message); }
 
-SharedLibrary LoadLibraryFile(const std::string& path) {
+void* LoadLibraryFile(const std::string& path) {
   if (!platform::IsFile(platform::FromNativePath(path))) Refuse("there is no plug-in " + path);
   std::string error;
-  std::optional<SharedLibrary> library = SharedLibrary::Load(path, error);
-  if (!library) Refuse("cannot load the plug-in " + path + " (" + error + ")");
-  return *library;
+  void* const library = LoadSharedLibrary(path, error);
+  if (library == nullptr) Refuse("cannot load the plug-in " + path + " (" + error + ")");
+  return library;
 }
 
 template <class Function>
-Function Export(const SharedLibrary& library, const std::string& path, const char* name) {
-  const auto function = library.Find<Function>(name);
+Function Export(void* library, const std::string& path, const char* name) {
+  void* const function = FindExport(library, name);
   if (function == nullptr) Refuse(path + " is not a data provider plug-in: it does not export " + name);
-  return function;
+  return reinterpret_cast<Function>(function);
 }
 
 }  // namespace
 
-PluginLibrary PluginLibrary::Load(const std::string& path) {
-  return PluginLibrary(path, LoadLibraryFile(path));
-}
-
-PluginLibrary::PluginLibrary(std::string path, SharedLibrary library)
-    : path_(std::move(path)), library_(std::move(library)) {
-  const auto checkVersion = Export<CheckVersionFunction>(library_, path_, "CheckVersion");
-  const auto getInterfaceCount = Export<GetInterfaceCountFunction>(library_, path_, "GetInterfaceCount");
-  getInstance_ = Export<GetInstanceFunction>(library_, path_, "GetInstance");
+PluginLibrary::PluginLibrary(const std::string& path) : path_(path) {
+  void* const library = LoadLibraryFile(path);
+  const auto checkVersion = Export<CheckVersionFunction>(library, path, "CheckVersion");
+  const auto getInterfaceCount = Export<GetInterfaceCountFunction>(library, path, "GetInterfaceCount");
+  getInstance_ = Export<GetInstanceFunction>(library, path, "GetInstance");
   if (!checkVersion(kInterfaceVersion)) {
     Refuse("the plug-in " + path_ + " does not speak version " + std::to_string(kInterfaceVersion) +
            " of the interface");

@@ -7,14 +7,13 @@
 
 #include "plugin/data_server.h"
 #include "plugin/provider_table.h"
-#include "tools/zrml/host_system.h"
 
 namespace zrml::tool {
 
 class PluginLibrary {
  public:
   /// Throws a Failure when `path` is no plug-in of this interface version.
-  static PluginLibrary Load(const std::string& path);
+  explicit PluginLibrary(const std::string& path);
 
   int ProviderCount() const { return providerCount_; }
 
@@ -22,10 +21,7 @@ class PluginLibrary {
   std::unique_ptr<CDataServerImpl> CreateServer(int index) const;
 
  private:
-  PluginLibrary(std::string path, SharedLibrary library);
-
   std::string path_;
-  SharedLibrary library_;
   GetInstanceFunction getInstance_ = nullptr;
   int providerCount_ = 0;
 };

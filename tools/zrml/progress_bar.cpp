@@ -59,7 +59,7 @@ void ProgressBar::Update(std::size_t done, std::size_t all) {
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
   next_ = now + kBetweenUpdates;
-  const std::string line = ProgressLine(done, all, label_, TerminalWidth(Stream::kError));
+  const std::string line = ProgressLine(done, all, label_, ErrorTerminalWidth());
   // A line that is shorter than the one before covers all of it.
   const std::size_t columns = ColumnsOf(line);
   const std::size_t blanks = width_ > columns ? width_ - columns : 0;
