@@ -29,10 +29,8 @@ void PrintProviders(const std::string& file, const PluginLibrary& plugin, Output
 
 void PrintWanted(const PluginComparison& comparison, Output& out) {
   TextTable table({{"", TextTable::Align::kRight}, {""}, {""}});
-  for (const WantedDifference& row : kWantedDifferences) {
-    const long long count = comparison.wanted[static_cast<std::size_t>(row.difference)];
-    if (count > 0) table.AddRow({std::to_string(count), std::string(row.slot), std::string(row.reason)});
-  }
+  for (const auto& [difference, count] : comparison.wanted)
+    table.AddRow({std::to_string(count), std::string(difference->slot), std::string(difference->reason)});
   table.Print("  ", out);
 }
 

@@ -46,7 +46,7 @@ class Comparer : Verdicts {
     if (!Open()) return;
     CompareProvider();
     const int samples = Agreed("GetSampleCount", server_->GetSampleCount(), source_->SampleCount());
-    CheckWanted(Wanted::kSamplesBehindEnd, "samples", server_->GetFileSampleCount(wholePath_), samples,
+    CheckWanted(kWanted.samplesBehindEnd, "samples", server_->GetFileSampleCount(wholePath_), samples,
                 IsReport() ? reportSlots_->CountSamplesOfText() : samples);
     for (int sample = 0; sample < samples; ++sample) CompareSample(sample);
     place_ = {};
@@ -101,15 +101,15 @@ class Comparer : Verdicts {
     for (const int position : Listed(0)) {
       const std::string& file = source_->Functions(0)[static_cast<std::size_t>(position)].file;
       if (ToLower(file).starts_with(stem + '.'))
-        return CompareInstead(path + '/' + file, Wanted::kFolderChoice);
+        return CompareInstead(path + '/' + file, kWanted.folderChoice);
     }
   }
 
   void DropUnlistedChoice() {
-    if (Listed(0).empty()) CompareInstead(Narrow(wholePath_), Wanted::kDroppedChoice);
+    if (Listed(0).empty()) CompareInstead(Narrow(wholePath_), kWanted.droppedChoice);
   }
 
-  void CompareInstead(const std::string& path, Wanted difference) {
+  void CompareInstead(const std::string& path, const Wanted& difference) {
     other_ = source::Source::Open(path);
     source_ = other_.get();
     if (!Listed(0).empty()) Count(difference);
@@ -120,7 +120,7 @@ class Comparer : Verdicts {
     const bool isCut = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
       return finding.code == FindingCode::kFunctionTableCut;
     });
-    if (isCut) Count(Wanted::kRefusedTable);
+    if (isCut) Count(kWanted.refusedTable);
     Check(slot, "success", isOpened, !isCut);
     const platform::SystemPath path = platform::ToSystemPath(wholePath_);
     IsReport() ? void(reportSlots_.emplace(path)) : void(rawSlots_.emplace(path));
@@ -201,11 +201,11 @@ class Comparer : Verdicts {
     list_.positions = IsReport() ? ListedOfReport(sample) : Listed(sample);
     const int wanted = static_cast<int>(list_.positions.size());
     for (int i = 0; i < wanted; ++i) {
-      if (TextOf(FunctionAt(sample, i).id) != std::to_string(i + 1)) Count(Wanted::kListPosition);
+      if (TextOf(FunctionAt(sample, i).id) != std::to_string(i + 1)) Count(kWanted.listPosition);
     }
     const int given = server_->GetFunctionCount(sample);
     const int held = static_cast<int>(source_->Functions(sample).size());
-    if (!IsReport() && held != wanted) Count(Wanted::kUnlistedFunction);
+    if (!IsReport() && held != wanted) Count(kWanted.unlistedFunction);
     Check("GetFunctionCount", "count", given, wanted);
     list_.positions.resize(static_cast<std::size_t>(std::clamp(given, 0, wanted)));
     CountFunctions(sample);
@@ -254,7 +254,7 @@ class Comparer : Verdicts {
   }
 
   int CompareScanCount() {
-    if (of_.others) Count(IsReport() ? Wanted::kUnclosedFunction : Wanted::kCutOffsets);
+    if (of_.others) Count(IsReport() ? kWanted.unclosedFunction : kWanted.cutOffsets);
     return Agreed(
         "GetScanCount", server_->GetScanCount(of_.sample, of_.position),
         of_.others ? static_cast<int>(of_.others->scans.size()) : source_->ScanCount(of_.sample, of_.held));
@@ -272,7 +272,7 @@ class Comparer : Verdicts {
 
   void DescribeFunction(const source::Function& function, int scans) {
     CompareName(function);
-    CheckWanted(Wanted::kUnknownKind, "kind", server_->GetFunctionKind(of_.sample, of_.position),
+    CheckWanted(kWanted.unknownKind, "kind", server_->GetFunctionKind(of_.sample, of_.position),
                 KindCode(function.kind), of_.kind);
     Check("GetMSMSScanType", "type", server_->GetMSMSScanType(of_.sample, of_.position),
           static_cast<int>(function.scanType));
@@ -280,7 +280,7 @@ class Comparer : Verdicts {
           static_cast<int>(function.polarity));
     Check("GetMSLevel", "level", server_->GetMSLevel(of_.sample, of_.position), function.msLevel);
     const int scanDimensions = of_.hasMobility ? 2 : 1;
-    CheckWanted(Wanted::kScanDimensions, "dimensions",
+    CheckWanted(kWanted.scanDimensions, "dimensions",
                 server_->GetScanDimensionCount(of_.sample, of_.position), scanDimensions,
                 IsReport() ? 0 : scanDimensions);
     Check("GetDimensionCount", "dimensions", server_->GetDimensionCount(of_.sample, of_.position),
@@ -289,8 +289,7 @@ class Comparer : Verdicts {
     const auto askRange = [&](double& low, double& high) {
       return server_->GetFunctionMassRange(of_.sample, of_.position, low, high);
     };
-    CheckRange("GetFunctionMassRange", askRange, function.massRange.has_value(),
-               function.massRange.value_or(source::Range{}));
+    CheckRange("GetFunctionMassRange", askRange, function.massRange);
   }
 
   // Without the number that tells functions of one name apart.
@@ -302,7 +301,7 @@ class Comparer : Verdicts {
 
   void CompareName(const source::Function& function) {
     const bool isUnnamed = IsReport() && reportSlots_->IsUnnamed(of_.position);
-    CheckWanted(isUnnamed ? Wanted::kUnnamedFunction : Wanted::kSharedName, "name",
+    CheckWanted(isUnnamed ? kWanted.unnamedFunction : kWanted.sharedName, "name",
                 Narrow(server_->GetFunctionName(of_.sample, of_.position)), function.name,
                 isUnnamed ? "Function " + std::to_string(of_.position + 1) : NameInList(function));
   }
@@ -326,19 +325,19 @@ class Comparer : Verdicts {
       held = source_->ScanAt(of_.sample, of_.held, 0).isCentroided;
       isRefused = IsReport() && source_->ReadPoints(of_.sample, of_.held, 0, x_, y_).count == 0;
     }
-    CheckWanted(Wanted::kRefusedFirstSpectrum, "centroided", server_->IsCentroided(of_.sample, of_.position),
+    CheckWanted(kWanted.refusedFirstSpectrum, "centroided", server_->IsCentroided(of_.sample, of_.position),
                 held, held && !isRefused);
   }
 
   void CompareMobility(const source::Function& function) {
-    CheckWanted(Wanted::kProcessedMobility, "mobility", server_->HasMobility(of_.sample, of_.position),
+    CheckWanted(kWanted.processedMobility, "mobility", server_->HasMobility(of_.sample, of_.position),
                 function.hasMobility, of_.hasMobility);
     of_.driftBins = source_->DriftBinCount(of_.sample, of_.held);
     const int given = server_->GetMobilityBinCount(of_.sample, of_.position);
     if (of_.hasMobility == function.hasMobility) Check("GetMobilityBinCount", "bins", given, of_.driftBins);
     if (of_.hasMobility != function.hasMobility)
       of_.driftBins = given;  // of another function than the source's
-    if (of_.hasMobility && of_.driftBins == 0) Count(Wanted::kLastDriftBin);
+    if (of_.hasMobility && of_.driftBins == 0) Count(kWanted.lastDriftBin);
     HostVector<double> axis;
     Check("GetMobilityAxis", "success", server_->GetMobilityAxis(of_.sample, of_.position, 0, axis),
           of_.driftBins > 0);
@@ -348,7 +347,9 @@ class Comparer : Verdicts {
     const auto askRange = [&](double& low, double& high) {
       return server_->GetScanMobilityRange(of_.sample, of_.position, 0, low, high);
     };
-    CheckRange("GetScanMobilityRange", askRange, of_.driftBins > 0, {1, static_cast<double>(of_.driftBins)});
+    std::optional<source::Range> range;
+    if (of_.driftBins > 0) range = source::Range{1, static_cast<double>(of_.driftBins)};
+    CheckRange("GetScanMobilityRange", askRange, range);
   }
 
   // Traces
@@ -364,9 +365,9 @@ class Comparer : Verdicts {
     }
     const int wanted = static_cast<int>(list.traces.size());
     const int given = server_->GetTraceCount(sample);
-    CheckWanted(IsReport() ? Wanted::kRepeatedTrace : Wanted::kLostTraces, "count", given, held, wanted);
+    CheckWanted(IsReport() ? kWanted.repeatedTrace : kWanted.lostTraces, "count", given, held, wanted);
     const bool isGrowing = IsReport() && reportSlots_->HasOnlyAnalog();
-    CheckWanted(Wanted::kGrowingTraces, "count", server_->GetTraceCount(sample), wanted,
+    CheckWanted(kWanted.growingTraces, "count", server_->GetTraceCount(sample), wanted,
                 isGrowing ? 2 * wanted : wanted);
     CompareTraceList(
         list, std::min(given, wanted), "GetTraceName",
@@ -382,18 +383,18 @@ class Comparer : Verdicts {
       Check(nameSlot, "name", Narrow(giveName(trace)), list.traces[static_cast<std::size_t>(trace)].name);
       const std::optional<source::Chromatogram> held = Held([&] { return list.read(trace); });
       const bool isWanted = held && !(IsReport() && held->minutes.empty());
-      if (held && !isWanted) Count(Wanted::kRefusedTrace);
+      if (held && !isWanted) Count(kWanted.refusedTrace);
       const source::Chromatogram expected = held.value_or(source::Chromatogram{});
-      CZRChromatogram given;
-      const bool isGiven = give(trace, given);
-      CheckChromatogram(slot, isGiven, isWanted, given, expected.minutes, expected.intensities);
+      CheckChromatogram(
+          slot, [&](CZRChromatogram& given) { return give(trace, given); }, isWanted, expected.minutes,
+          expected.intensities);
     }
     place_.trace.reset();
   }
 
   TraceList FunctionTraces() {
     if (auto others = IsReport() ? reportSlots_->OtherTraces(of_.position) : std::nullopt) {
-      Count(Wanted::kUnclosedFunction);
+      Count(kWanted.unclosedFunction);
       return *others;
     }
     return {source_->FunctionTraces(of_.sample, of_.held),
@@ -435,8 +436,8 @@ class Comparer : Verdicts {
     if (!Check("GetAbsorbanceSpectrum", "success", isGiven, read.has_value()) || !isGiven) return;
     CheckSlotPoints("GetAbsorbanceSpectrum", {given.Wavelengths(), given.Absorbances()}, {x_, y_},
                     read->lost != 0, rawSlots_->ReadAbsorbance(source_->AbsorbanceFunction(sample).id, scan));
-    CheckWanted(Wanted::kAbsorbanceScan, "first scan", given.FirstScan(), scan + 1, scan);
-    CheckWanted(Wanted::kAbsorbanceScan, "last scan", given.LastScan(), scan + 1, scan);
+    CheckWanted(kWanted.absorbanceScan, "first scan", given.FirstScan(), scan + 1, scan);
+    CheckWanted(kWanted.absorbanceScan, "last scan", given.LastScan(), scan + 1, scan);
     const double minutes = source_->AbsorbanceMinutes(sample, scan);
     Check("GetAbsorbanceSpectrum", "start time", given.StartTime(), minutes);
     Check("GetAbsorbanceSpectrum", "end time", given.EndTime(), minutes);
@@ -453,7 +454,7 @@ class Comparer : Verdicts {
     if (*held == kNotHeld) return items;
     const std::optional<std::string> own = source_->FunctionText(sample, *held);
     const bool isLonger = own && own != text && (!text || text->starts_with(*own));
-    if (isLonger) Count(Wanted::kUnclosedFunction);
+    if (isLonger) Count(kWanted.unclosedFunction);
     if (!isLonger) items.back().value = own;
     return items;
   }
@@ -463,7 +464,7 @@ class Comparer : Verdicts {
     std::vector<std::wstring> keys;
     const bool isGiven = server_->GetMetadataKeys(sample, position, keys);
     const bool isWanted = !IsReport() || held;
-    CheckWanted(Wanted::kNoMetadata, "success", isGiven, true, isWanted);
+    CheckWanted(kWanted.noMetadata, "success", isGiven, true, isWanted);
     if (!isGiven || !isWanted) return;
     Check("GetMetadataKeys", "keys", static_cast<int>(keys.size()), static_cast<int>(items.size()));
     for (std::size_t i = 0; i < std::min(keys.size(), items.size()); ++i) {
@@ -473,11 +474,11 @@ class Comparer : Verdicts {
       // A function's text is not given when it is very long.
       const bool isLongText = !items[i].value && items[i].key == kFunctionText;
       const bool isOfNoFunction = !held && items[i].key == kIonMode;
-      CheckWanted(Wanted::kNoMetadataValue, items[i].key.c_str(), hasValue, items[i].value.has_value(),
+      CheckWanted(kWanted.noMetadataValue, items[i].key.c_str(), hasValue, items[i].value.has_value(),
                   !isLongText && !isOfNoFunction);
       if (!hasValue) continue;
       if (items[i].key == kFolder && items[i].value) {
-        CheckWanted(Wanted::kFolderEnd, kFolder, Narrow(value), *items[i].value, *items[i].value + '\\');
+        CheckWanted(kWanted.folderEnd, kFolder, Narrow(value), *items[i].value, *items[i].value + '\\');
         continue;
       }
       Check("GetMetadataValue", items[i].key.c_str(), Narrow(value),

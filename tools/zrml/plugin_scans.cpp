@@ -110,7 +110,7 @@ class ScanComparer : Verdicts {
     const source::Scan held = source_.ScanAt(of_.sample, of_.held, scan);
     const auto read = Held([&] { return source_.ReadPoints(of_.sample, of_.held, scan, x_, y_); });
     const bool isWanted = read && !(IsReport() && read->count == 0);
-    CheckWanted(Wanted::kRefusedSpectrum, "success", isGiven, read.has_value(), isWanted);
+    CheckWanted(kWanted.refusedSpectrum, "success", isGiven, read.has_value(), isWanted);
     if (!isGiven || !isWanted) return isGiven;
     if (IsReport()) {
       CompareReportPoints(ColumnsOf(spectrum));
@@ -135,7 +135,7 @@ class ScanComparer : Verdicts {
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(),
                      [&](std::size_t a, std::size_t b) { return given.x[a] < given.x[b]; });
-    if (!std::is_sorted(order.begin(), order.end())) Count(Wanted::kReportOrder);
+    if (!std::is_sorted(order.begin(), order.end())) Count(kWanted.reportOrder);
     std::vector<double> x;
     std::vector<double> y;
     for (const std::size_t i : order) {
@@ -151,22 +151,22 @@ class ScanComparer : Verdicts {
     };
     const auto checkTime = [&](const char* what, double minutes, double expected) {
       const bool isAbsent = IsReport() && std::isnan(expected) && !std::isnan(minutes);
-      CheckWanted(Wanted::kAbsentScanTime, what, minutes, expected, isAbsent ? 0 : expected);
+      CheckWanted(kWanted.absentScanTime, what, minutes, expected, isAbsent ? 0 : expected);
     };
     checkTime("start time", given.GetStartTime(), held.minutes);
     checkTime("end time", given.GetEndTime(), held.endMinutes);
     const int number = scan + 1;
     const int narrow = static_cast<std::int16_t>(number);
-    CheckWanted(Wanted::kScanNumber, "first scan", given.GetFirstScan(), number, narrow);
-    CheckWanted(Wanted::kScanNumber, "last scan", given.GetLastScan(), number, narrow);
+    CheckWanted(kWanted.scanNumber, "first scan", given.GetFirstScan(), number, narrow);
+    CheckWanted(kWanted.scanNumber, "last scan", given.GetLastScan(), number, narrow);
     check("centroided", given.IsCentroided(), held.isCentroided);
     check("level", given.GetMSLevel(), of_.function.msLevel);
     check("kind", given.GetScanType(), of_.kind);
     const int polarity = static_cast<int>(of_.function.polarity);
-    CheckWanted(Wanted::kPolarity, "polarity", given.GetPolarity(), polarity,
+    CheckWanted(kWanted.polarity, "polarity", given.GetPolarity(), polarity,
                 polarity == kNegativePolarity ? polarity : int{kPositivePolarity});
-    CheckOptional(Wanted::kNoPrecursor, "precursor", given.GetPrecursorMass(), held.precursorMz);
-    CheckOptional(Wanted::kNoScanValue, "scan value", given.GetScanAuxValue(), held.scanValue);
+    CheckOptional(kWanted.noPrecursor, "precursor", given.GetPrecursorMass(), held.precursorMz);
+    CheckOptional(kWanted.noScanValue, "scan value", given.GetScanAuxValue(), held.scanValue);
     check("title", TextOf(given.GetTitle()), std::string());
     check("label", TextOf(given.GetLabel()), std::string());
     const int firstBin = of_.hasMobility ? 1 : 0;
@@ -200,11 +200,15 @@ class ScanComparer : Verdicts {
       };
     };
     source::Range masses;
-    const bool hasMasses = isGiven && spectrum.GetMassRange(masses.low, masses.high);
-    if (hasMasses && !IsReport()) Count(Wanted::kRefusedMassRange);
-    CheckRange("GetScanMassRange", ask(&CDataServerImpl::GetScanMassRange), hasMasses && IsReport(), masses);
-    CheckRange("GetScanIntensityRange", ask(&CDataServerImpl::GetScanIntensityRange), isGiven,
-               {spectrum.GetMinIntensity(), spectrum.GetBasePeakIntensity()});
+    std::optional<source::Range> wanted;
+    if (isGiven && spectrum.GetMassRange(masses.low, masses.high)) {
+      if (IsReport()) wanted = masses;
+      if (!IsReport()) Count(kWanted.refusedMassRange);
+    }
+    CheckRange("GetScanMassRange", ask(&CDataServerImpl::GetScanMassRange), wanted);
+    wanted.reset();
+    if (isGiven) wanted = {spectrum.GetMinIntensity(), spectrum.GetBasePeakIntensity()};
+    CheckRange("GetScanIntensityRange", ask(&CDataServerImpl::GetScanIntensityRange), wanted);
   }
 
   void ComparePrecursor(int scan) {
@@ -215,10 +219,10 @@ class ScanComparer : Verdicts {
                                         : source_.FindPrecursor(of_.sample, of_.held, scan);
     if (expected && !list_.hasOtherScans) {
       const auto place = std::find(list_.positions.begin(), list_.positions.end(), expected->function);
-      if (place == list_.positions.end()) return Count(Wanted::kUnlistedFunction);
+      if (place == list_.positions.end()) return Count(kWanted.unlistedFunction);
       expected->function = static_cast<int>(place - list_.positions.begin());
     }
-    CheckWanted(Wanted::kPrecursorSearch, "success", isFound, expected.has_value(),
+    CheckWanted(kWanted.precursorSearch, "success", isFound, expected.has_value(),
                 expected.has_value() && !list_.hasEmptyLevel);
     if (!isFound || !expected) return;
     Check("FindPrecursorScan", "function", given.function, expected->function);
@@ -228,23 +232,24 @@ class ScanComparer : Verdicts {
   void CompareComputed(int scans) {
     const bool isComplete = computed_.isComplete && static_cast<int>(computed_.minutes.size()) == scans;
     const auto [low, high] = computed_.range.value_or(source::Range{});
-    CZRChromatogram sums;
-    CheckChromatogram("GetMassRangeChromatogram",
-                      server_.GetMassRangeChromatogram(low, high, true, of_.sample, of_.position, sums),
-                      isComplete, sums, computed_.minutes, computed_.sumInRange);
-    CZRChromatogram largest;
-    CheckChromatogram(
-        "GetMassRangeBasePeakChromatogram",
-        server_.GetMassRangeBasePeakChromatogram(low, high, true, of_.sample, of_.position, largest),
-        isComplete, largest, computed_.minutes, computed_.largestInRange);
+    const auto ask = [&, from = low, to = high](auto slot) {
+      return [=, this](CZRChromatogram& given) {
+        return (server_.*slot)(from, to, true, of_.sample, of_.position, given);
+      };
+    };
+    CheckChromatogram("GetMassRangeChromatogram", ask(&CDataServerImpl::GetMassRangeChromatogram), isComplete,
+                      computed_.minutes, computed_.sumInRange);
+    CheckChromatogram("GetMassRangeBasePeakChromatogram",
+                      ask(&CDataServerImpl::GetMassRangeBasePeakChromatogram), isComplete, computed_.minutes,
+                      computed_.largestInRange);
     if (!IsReport()) CompareBasePeaks(isComplete, computed_.minutes, computed_.largest);
   }
 
   void CompareBasePeaks(bool isWanted, std::span<const double> minutes, std::span<const double> intensities) {
-    CZRChromatogram basePeaks;
-    CheckChromatogram("GetBasePeakChromatogram",
-                      server_.GetBasePeakChromatogram(true, of_.sample, of_.position, basePeaks), isWanted,
-                      basePeaks, minutes, intensities);
+    const auto ask = [&](CZRChromatogram& given) {
+      return server_.GetBasePeakChromatogram(true, of_.sample, of_.position, given);
+    };
+    CheckChromatogram("GetBasePeakChromatogram", ask, isWanted, minutes, intensities);
   }
 
   // What the index or the report tells scan by scan.
@@ -258,23 +263,24 @@ class ScanComparer : Verdicts {
     if (of_.others) {
       for (const source::Scan& scan : of_.others->scans) minutes.push_back(scan.minutes);
     } else {
-      minutes = WithZeros(source_.Minutes(of_.sample, of_.held), Wanted::kAbsentTime, isStored);
+      minutes = WithZeros(source_.Minutes(of_.sample, of_.held), kWanted.absentTime, isStored);
     }
     CheckColumn("GetRetentionTimes", "time", times, minutes);
-    CZRChromatogram total;
-    CheckChromatogram("GetTotalIonChromatogram",
-                      server_.GetTotalIonChromatogram(true, of_.sample, of_.position, total), true, total,
-                      minutes, Stored(Wanted::kAbsentTotal, &source::Scan::totalIntensity, [&] {
-                        return source_.TotalIons(of_.sample, of_.held);
-                      }));
+    const auto askTotal = [&](CZRChromatogram& given) {
+      return server_.GetTotalIonChromatogram(true, of_.sample, of_.position, given);
+    };
+    CheckChromatogram("GetTotalIonChromatogram", askTotal, true, minutes,
+                      Stored(kWanted.absentTotal, &source::Scan::totalIntensity,
+                             [&] { return source_.TotalIons(of_.sample, of_.held); }));
     if (!IsReport()) return;
-    CompareBasePeaks(true, minutes, Stored(Wanted::kAbsentBasePeak, &source::Scan::basePeakIntensity, [&] {
+    CompareBasePeaks(true, minutes, Stored(kWanted.absentBasePeak, &source::Scan::basePeakIntensity, [&] {
                        return source_.BasePeaks(of_.sample, of_.held);
                      }));
   }
 
   template <class Read>
-  std::vector<double> Stored(Wanted difference, std::optional<double> source::Scan::*value, Read read) {
+  std::vector<double> Stored(const Wanted& difference, std::optional<double> source::Scan::*value,
+                             Read read) {
     if (!of_.others) {
       return WithZeros(read().intensities, difference, [&](std::size_t i) {
         return (source_.ScanAt(of_.sample, of_.held, static_cast<int>(i)).*value).has_value();
@@ -287,7 +293,7 @@ class ScanComparer : Verdicts {
 
   // With 0 for what a report does not tell: NaN, unless that is stored.
   template <class IsStored>
-  std::vector<double> WithZeros(std::vector<double> values, Wanted difference, IsStored isStored) {
+  std::vector<double> WithZeros(std::vector<double> values, const Wanted& difference, IsStored isStored) {
     for (std::size_t i = 0; i < values.size(); ++i) {
       if (!IsReport() || !std::isnan(values[i]) || isStored(i)) continue;
       Count(difference);

@@ -2,8 +2,8 @@
 // such difference is a row of one table. Every other difference is a fault.
 #pragma once
 
-#include <array>
 #include <cmath>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,61 +17,61 @@
 
 namespace zrml::tool {
 
-/// Differences that the interface wants, in the order of kWantedDifferences.
-enum class Wanted {
-  kRefusedTable,
-  kFolderChoice,
-  kDroppedChoice,
-  kSamplesBehindEnd,
-  kListPosition,
-  kUnlistedFunction,
-  kUnclosedFunction,
-  kSharedName,
-  kUnnamedFunction,
-  kUnknownKind,
-  kProcessedMobility,
-  kScanDimensions,
-  kCutOffsets,
-  kLastDriftBin,
-  kScanNumber,
-  kPolarity,
-  kNoPrecursor,
-  kNoScanValue,
-  kLostPoints,
-  kUnwrittenPoints,
-  kReportOrder,
-  kRefusedSpectrum,
-  kRefusedFirstSpectrum,
-  kAbsentScanTime,
-  kAbsentTime,
-  kAbsentTotal,
-  kAbsentBasePeak,
-  kRefusedMassRange,
-  kPrecursorSearch,
-  kLostTraces,
-  kRepeatedTrace,
-  kGrowingTraces,
-  kRefusedTrace,
-  kAbsorbanceScan,
-  kNoMetadata,
-  kNoMetadataValue,
-  kFolderEnd,
-  kCount,
-};
-
-struct WantedDifference {
-  Wanted difference;
+/// A difference that the interface wants.
+struct Wanted {
   std::string_view slot;
   std::string_view reason;
 };
-extern const std::array<WantedDifference, static_cast<std::size_t>(Wanted::kCount)> kWantedDifferences;
+
+/// All of them, in the order in which they are told: by their addresses.
+struct AllWanted {
+  Wanted refusedTable = {"Open", "a directory whose function table is cut is refused"};
+  Wanted folderChoice = {"Open", "a folder that is called as a data file chooses the function"};
+  Wanted droppedChoice = {"OpenFileInSet", "a function that is not in the list is not chosen"};
+  Wanted samplesBehindEnd = {"GetFileSampleCount", "samples behind the end of a text (Ctrl-Z) do not count"};
+  Wanted listPosition = {"GetFunctionCount", "functions go by their position in the list, not by number"};
+  Wanted unlistedFunction = {"GetFunctionCount", "a function without its data file is not in the list"};
+  Wanted unclosedFunction = {"GetScanCount",
+                             "a function that is never closed has what is in those behind it"};
+  Wanted sharedName = {"GetFunctionName", "functions of one name end with their position in the list"};
+  Wanted unnamedFunction = {"GetFunctionName", "a function without a name goes by its position in the list"};
+  Wanted unknownKind = {"GetFunctionKind", "a report's function of unknown type is one of absorbance"};
+  Wanted processedMobility = {"HasMobility", "processed data have the mobility of what they were made of"};
+  Wanted scanDimensions = {"GetScanDimensionCount", "the dimensions of a report's scans are not known"};
+  Wanted cutOffsets = {"GetScanCount", "offsets that the index leaves out have 32 bits"};
+  Wanted lastDriftBin = {"GetSpectrum", "without the maker's library the last drift bin is 0"};
+  Wanted scanNumber = {"GetSpectrum", "scan numbers have 16 bits"};
+  Wanted polarity = {"GetSpectrum", "a spectrum whose polarity is not known is positive"};
+  Wanted noPrecursor = {"GetSpectrum", "no precursor is a precursor of m/z 0"};
+  Wanted noScanValue = {"GetSpectrum", "no scan value is a scan value of 0"};
+  Wanted lostPoints = {"GetSpectrum", "points that the file lacks are zeros"};
+  Wanted unwrittenPoints = {"GetSpectrum", "a place that no point of the file fills is 0"};
+  Wanted reportOrder = {"GetSpectrum", "points of a report keep their order"};
+  Wanted refusedSpectrum = {"GetSpectrum", "a report's spectrum without points is refused"};
+  Wanted refusedFirstSpectrum = {"IsCentroided", "a function whose first spectrum is refused is continuum"};
+  Wanted absentScanTime = {"GetSpectrum", "a time that no file tells is 0"};
+  Wanted absentTime = {"GetRetentionTimes", "a time that no file tells is 0"};
+  Wanted absentTotal = {"GetTotalIonChromatogram", "a total that no file tells is 0"};
+  Wanted absentBasePeak = {"GetBasePeakChromatogram", "a base peak that no file tells is 0"};
+  Wanted refusedMassRange = {"GetScanMassRange", "of raw data it is known with ion mobility only"};
+  Wanted precursorSearch = {"FindPrecursorScan", "a level without scans ends the search for precursors"};
+  Wanted lostTraces = {"GetTraceCount", "a damaged list of traces has none, nor that of the absorbance"};
+  Wanted repeatedTrace = {"GetTraceCount", "a trace of several functions counts in each"};
+  Wanted growingTraces = {"GetTraceCount", "a sample without other functions counts its traces once more"};
+  Wanted refusedTrace = {"GetTrace", "a report's trace without points is refused"};
+  Wanted absorbanceScan = {"GetAbsorbanceSpectrum", "scan numbers count from 0"};
+  Wanted noMetadata = {"GetMetadataKeys", "a sample without functions has no items"};
+  Wanted noMetadataValue = {"GetMetadataValue", "an item without a value is a text that tells nothing"};
+  Wanted folderEnd = {"GetMetadataValue", "the folder of raw data ends with a backslash"};
+};
+inline constexpr AllWanted kWanted = {};
 
 struct PluginComparison {
   static constexpr std::size_t kMostFaults = 20;
 
-  long long answers = 0;  // that were compared
-  std::array<long long, static_cast<std::size_t>(Wanted::kCount)> wanted = {};
-  std::vector<std::string> faults;  // the first of them, a line each
+  long long answers = 0;                      // that were compared
+  std::map<const Wanted*, long long> wanted;  // how often
+  std::vector<std::string> faults;            // the first of them, a line each
   long long faultCount = 0;
 };
 
@@ -115,17 +115,19 @@ class Verdicts {
   bool Check(std::string_view slot, const char* what, const std::type_identity_t<T>& given,
              const T& expected);
 
-  void Count(Wanted difference) { ++result_.wanted[static_cast<std::size_t>(difference)]; }
+  void Count(const Wanted& difference) { ++result_.wanted[&difference]; }
 
   /// Where the interface wants `wanted` and the source holds `held`.
   template <class T>
-  bool CheckWanted(Wanted difference, const char* what, const T& given, const T& held, const T& wanted) {
+  bool CheckWanted(const Wanted& difference, const char* what, const T& given, const T& held,
+                   const T& wanted) {
     if (!IsSame(held, wanted)) Count(difference);
-    return Check(kWantedDifferences[static_cast<std::size_t>(difference)].slot, what, given, wanted);
+    return Check(difference.slot, what, given, wanted);
   }
 
   /// Where the interface has 0 for what there is not.
-  void CheckOptional(Wanted difference, const char* what, double given, const std::optional<double>& held);
+  void CheckOptional(const Wanted& difference, const char* what, double given,
+                     const std::optional<double>& held);
 
   /// How many of a list both sides have.
   int Agreed(std::string_view slot, int given, int expected);
@@ -136,12 +138,12 @@ class Verdicts {
 
   /// `ask` fills the two ends and tells whether there are any.
   template <class Ask>
-  void CheckRange(std::string_view slot, Ask ask, bool isWanted, const source::Range& wanted) {
+  void CheckRange(std::string_view slot, Ask ask, const std::optional<source::Range>& wanted) {
     source::Range given;
     const bool isGiven = ask(given.low, given.high);
-    if (!Check(slot, "success", isGiven, isWanted) || !isGiven) return;
-    Check(slot, "low end", given.low, wanted.low);
-    Check(slot, "high end", given.high, wanted.high);
+    if (!Check(slot, "success", isGiven, wanted.has_value()) || !isGiven) return;
+    Check(slot, "low end", given.low, wanted->low);
+    Check(slot, "high end", given.high, wanted->high);
   }
 
   /// Point by point; one fault at most.
@@ -151,8 +153,16 @@ class Verdicts {
   void CheckSlotPoints(std::string_view slot, const Columns& given, const Columns& held, bool isLost,
                        const std::optional<StoredPoints>& ofSlots);
 
-  void CheckChromatogram(std::string_view slot, bool isGiven, bool isWanted, const CZRChromatogram& given,
-                         std::span<const double> minutes, std::span<const double> intensities);
+  /// `ask` fills the chromatogram and tells whether there is one.
+  template <class Ask>
+  void CheckChromatogram(std::string_view slot, Ask ask, bool isWanted, std::span<const double> minutes,
+                         std::span<const double> intensities) {
+    CZRChromatogram given;
+    const bool isGiven = ask(given);
+    if (!Check(slot, "success", isGiven, isWanted) || !isGiven) return;
+    CheckColumn(slot, "time", given.Times(), minutes);
+    CheckColumn(slot, "intensity", given.Intensities(), intensities);
+  }
 
   Place place_;
 
