@@ -11,26 +11,20 @@
 namespace zrml::tool {
 namespace {
 
-// A decimal number without sign or exponent at the front of `text`, which is shortened by it.
-std::optional<double> TakeDecimal(std::string_view& text) {
-  const auto isDecimal = [](char c) { return (c >= '0' && c <= '9') || c == '.'; };
-  const auto end = std::find_if_not(text.begin(), text.end(), isDecimal);
+// A decimal number without sign or exponent.
+std::optional<double> ParseDecimal(std::string_view text) {
   double value = 0;
-  const auto result = std::from_chars(text.begin(), end, value, std::chars_format::fixed);
-  if (result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  text.remove_prefix(static_cast<std::size_t>(end - text.begin()));
-  return value;
+  const auto [end, error] = std::from_chars(text.begin(), text.end(), value, std::chars_format::fixed);
+  const bool isPlain = text.find_first_not_of("0123456789.") == text.npos;
+  return isPlain && error == std::errc() && end == text.end() ? std::optional(value) : std::nullopt;
 }
 
 source::Range ParseRange(std::string_view text) {
   const std::string wrong = "\"" + std::string(text) + "\" ";
-  const std::optional<double> low = TakeDecimal(text);
-  const bool hasDash = !text.empty() && text.front() == '-';
-  if (hasDash) text.remove_prefix(1);
-  const std::optional<double> high = TakeDecimal(text);
-  if (!low || !hasDash || !high || !text.empty()) {
-    throw CLI::ValidationError("--range", wrong + "is not a mass range such as 100-200.5");
-  }
+  const std::size_t dash = std::min(text.find('-'), text.size());
+  const std::optional<double> low = ParseDecimal(text.substr(0, dash));
+  const std::optional<double> high = ParseDecimal(text.substr(std::min(dash + 1, text.size())));
+  if (!low || !high) throw CLI::ValidationError("--range", wrong + "is not a mass range such as 100-200.5");
   if (*low > *high) throw CLI::ValidationError("--range", wrong + "has its larger number first");
   return {*low, *high};
 }

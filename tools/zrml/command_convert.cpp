@@ -132,13 +132,13 @@ class Batch {
   // The file is there also when its name cannot be printed, which fails the command, at its end, but no
   // conversion.
   void PrintPath(const std::string& path) {
-    isPrintingOver_ = true;
     try {
       out_.Text(VisibleText(path) + "\n");
       out_.Finish();
-      isPrintingOver_ = false;
     } catch (const ReaderGone&) {
+      isPrintingOver_ = true;
     } catch (const Failure& failure) {
+      isPrintingOver_ = true;
       unprinted_ = failure;
     }
   }

@@ -199,9 +199,10 @@ struct FunctionMetadata {
 };
 
 std::vector<FunctionMetadata> MetadataOfFunctions(source::Source& source, int sample) {
-  std::vector<FunctionMetadata> all;
-  for (int i = 0; i < FunctionCount(source, sample); ++i)
-    all.push_back({TextOf(FunctionAt(source, {sample, i}).id), MetadataOf(source, sample, i)});
+  std::vector<FunctionMetadata> all(source.Functions(sample).size());
+  for (int i = 0; i < static_cast<int>(all.size()); ++i)
+    all[static_cast<std::size_t>(i)] = {TextOf(FunctionAt(source, {sample, i}).id),
+                                        MetadataOf(source, sample, i)};
   return all;
 }
 

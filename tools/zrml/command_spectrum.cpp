@@ -20,8 +20,10 @@ struct Points {
   std::optional<source::Range> bins;  // of the scan, that they are of
 };
 
-std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan) {
+std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan,
+                                      int number) {
   return {
+      {"scan", number},
       {"title", {}},  // no format has one, nor a label
       {"label", {}},
       {"startMinutes", scan.minutes},
@@ -87,8 +89,7 @@ class SpectrumCommand : public FunctionCommand {
     const source::Scan scan = source.ScanAt(at.sample, at.function, position);
     const Points points = Read(source, at, position);
     Printout printout = PrintoutOf(source, at);
-    printout.Add({{"scan", scan_}});
-    printout.Add(ScanAttributes(function, scan));
+    printout.Add(ScanAttributes(function, scan, scan_));
     printout.Add(PrecursorAttributes(source, at, position, scan));
     printout.Add({{"scanValue", ValueOrAbsent(scan.scanValue)},
                   {"driftBins", ValueOrAbsent(points.bins)},

@@ -19,7 +19,7 @@ using convert::Precision;
 struct FormatName {
   std::string_view name;
   convert::Format format;
-  std::string_view extension;
+  const char* extension;
 };
 
 constexpr std::array<FormatName, 3> kFormats = {{
@@ -46,14 +46,11 @@ constexpr int kMostThreadsUnasked = 8;
   throw CLI::ValidationError(option, "\"" + text + "\" is not " + expected);
 }
 
-void SetFormat(const std::string& text, ConvertRequest& request) {
+std::optional<convert::Format> ParseFormat(std::string_view text) {
   for (const FormatName& entry : kFormats) {
-    if (entry.name != text) continue;
-    request.conversion.format = entry.format;
-    request.extension = entry.extension;
-    return;
+    if (entry.name == text) return entry.format;
   }
-  Refuse("--format", text, "mzml, mgf or tsv");
+  return std::nullopt;
 }
 
 void SetPrecision(const std::string& option, const std::string& name, Precision precision,
@@ -123,10 +120,8 @@ void AddTargetOptions(CLI::App& options, ConvertRequest& request) {
 }
 
 void AddFormatOptions(CLI::App& options, ConvertRequest& request) {
-  options
-      .add_option_function<std::string>(
-          "--format", [&request](const std::string& text) { SetFormat(text, request); },
-          "mzml (default), mgf (MS/MS functions only) or tsv (a row for each point)")
+  AddParsed(options, "--format", request.conversion.format, ParseFormat, "mzml, mgf or tsv",
+            "mzml (default), mgf (MS/MS functions only) or tsv (a row for each point)")
       ->option_text("FORMAT");
   options.add_flag_callback(
       "--no-index", [&request] { request.conversion.isIndexed = false; },
@@ -192,13 +187,19 @@ void MakeFolder(const std::string& folder) {
 }  // namespace
 
 void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
-  request.extension = kFormats.front().extension;
   AddSourceOptions(options, request);
   AddTargetOptions(options, request);
   AddFormatOptions(options, request);
   AddArrayOptions(options, request.conversion.arrays);
   AddSelectionOptions(options, request);
   AddReportingOptions(options, request);
+}
+
+std::string ExtensionOf(convert::Format format) {
+  for (const FormatName& entry : kFormats) {
+    if (entry.format == format) return entry.extension;
+  }
+  return {};
 }
 
 void Complete(ConvertRequest& request) {

@@ -20,7 +20,6 @@ struct ConvertRequest {
   bool isToStandardOutput = false;
   bool isForced = false;
   bool isGzipped = false;
-  std::string extension = {};  // of the format
 
   bool isQuiet = false;
   bool isVerbose = false;
@@ -29,6 +28,9 @@ struct ConvertRequest {
 
 /// Adds the options to the parser, which fills `request`.
 void AddConvertOptions(CLI::App& options, ConvertRequest& request);
+
+/// Of files: ".mzML".
+std::string ExtensionOf(convert::Format format);
 
 /// Fills in what was not given. Throws a Failure when options do not go together.
 void Complete(ConvertRequest& request);

@@ -14,7 +14,8 @@ std::string TargetPath(const ConvertRequest& request, source::Source& source, in
   if (!request.file.empty()) return request.file;
   std::string folder = request.folder;
   if (convert::NativePath(folder).has_filename()) folder += '/';
-  return folder + convert::RunName(source, sample) + request.extension + (request.isGzipped ? ".gz" : "");
+  return folder + convert::RunName(source, sample) + ExtensionOf(request.conversion.format) +
+         (request.isGzipped ? ".gz" : "");
 }
 
 void RefuseAsTarget(const std::string& path, source::Source& source) {

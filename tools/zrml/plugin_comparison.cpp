@@ -94,14 +94,13 @@ class Comparer : Verdicts {
   void TakeFolderForChoice() {
     constexpr std::size_t kNameLength = 12;
     constexpr std::size_t kStemLength = 8;  // "_func002"
-    const std::string path = source_->Path();
+    const std::string folder = source_->Path() + '/';
     const std::string name = ToLower(Narrow(wholePath_));
     if (IsReport() || name.size() < kNameLength) return;
     const std::string stem = name.substr(name.size() - kNameLength, kStemLength);
     for (const int position : Listed(0)) {
       const std::string& file = source_->Functions(0)[static_cast<std::size_t>(position)].file;
-      if (ToLower(file).starts_with(stem + '.'))
-        return CompareInstead(path + '/' + file, kWanted.folderChoice);
+      if (ToLower(file).starts_with(stem + '.')) return CompareInstead(folder + file, kWanted.folderChoice);
     }
   }
 
