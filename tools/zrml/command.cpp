@@ -29,15 +29,9 @@ Command::~Command() = default;
 
 CLI::Option* AddNumber(CLI::App& options, const std::string& option, int& number,
                        const std::string& description, int most) {
-  const auto store = [option, &number, most](const std::string& text) {
-    const std::optional<int> parsed = ParseNumber(text, most);
-    if (!parsed) {
-      throw CLI::ValidationError(option,
-                                 "\"" + text + "\" is not a whole number from 1 to " + std::to_string(most));
-    }
-    number = *parsed;
-  };
-  return options.add_option_function<std::string>(option, store, description)->option_text("N");
+  const auto parse = [most](const std::string& text) { return ParseNumber(text, most); };
+  const std::string expected = "a whole number from 1 to " + std::to_string(most);
+  return AddParsed(options, option, number, parse, expected, description)->option_text("N");
 }
 
 SourceCommand::SourceCommand(CLI::App& parser, const std::string& name, const std::string& description)
@@ -55,14 +49,8 @@ void SourceCommand::Print(const Printout& printout, Output& out) const {
 
 FunctionCommand::FunctionCommand(CLI::App& parser, const std::string& name, const std::string& description)
     : SourceCommand(parser, name, description) {
-  const auto store = [this](const std::string& text) {
-    function_ = source::ParseFunctionId(text);
-    if (!function_)
-      throw CLI::ValidationError("--function", "\"" + text + "\" is not a function such as 4, p2 or p2.2");
-  };
-  Options()
-      .add_option_function<std::string>("--function", store,
-                                        "The function, by the number of its files; p2 is processed data")
+  AddParsed(Options(), "--function", function_, source::ParseFunctionId, "a function such as 4, p2 or p2.2",
+            "The function, by the number of its files; p2 is processed data")
       ->option_text("N");
   Options().parse_complete_callback([this] {
     if (NeedsFunction() && !HasFunction()) throw CLI::RequiredError("--function");

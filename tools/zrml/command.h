@@ -15,6 +15,18 @@
 
 namespace zrml::tool {
 
+/// An option whose argument `parse` gives a value for, or none when it is not what is expected.
+template <class Value, class Parse>
+CLI::Option* AddParsed(CLI::App& options, const std::string& option, Value& value, Parse parse,
+                       const std::string& expected, const std::string& description) {
+  const auto store = [=, &value](const std::string& text) {
+    const auto parsed = parse(text);
+    if (!parsed) throw CLI::ValidationError(option, "\"" + text + "\" is not " + expected);
+    value = *parsed;
+  };
+  return options.add_option_function<std::string>(option, store, description);
+}
+
 /// An option whose argument counts from 1.
 CLI::Option* AddNumber(CLI::App& options, const std::string& option, int& number,
                        const std::string& description, int most = std::numeric_limits<int>::max());

@@ -1,6 +1,8 @@
 #include "tools/zrml/convert_damage.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <span>
 
 #include "convert/native_path.h"
 #include "tools/zrml/output.h"
@@ -32,11 +34,8 @@ Failure FailureOf(const convert::Error& error, const std::string& front) {
 
 void DamagePolicy::Look(source::Source& source, int sample, const std::string& name) {
   const convert::Options& options = request_.conversion;
-  reportedFiles_.clear();
-  reportedCuts_.clear();
-  isAbsorbanceCutReported_ = false;
+  reported_.clear();
   const std::span<const Finding> findings = source.Findings();
-  std::vector<const Finding*> reported;
   if (!findings.empty()) {
     const convert::ConvertedSubjects converted(source, sample, options.selection, options.format);
     for (const Finding& finding : findings) {
@@ -44,20 +43,11 @@ void DamagePolicy::Look(source::Source& source, int sample, const std::string& n
       if (severity == Severity::kNote || !converted.Has(finding.subject)) continue;
       if (severity == Severity::kLost && !options.isLossAllowed)
         throw Failure(ExitStatus::kDamaged, name + " is damaged: " + TextOf(finding) + kAdvice);
-      reported.push_back(&finding);
+      reported_.push_back(&finding);
     }
   }
-  for (const Finding* const finding : reported) Warn(name, *finding);
+  for (const Finding* const finding : reported_) Warn(name, TextOf(*finding));
   if (options.selection.isLockMassExcluded) WarnOfMissingLabels(source, name);
-}
-
-void DamagePolicy::Warn(const std::string& name, const Finding& finding) {
-  Warn(name, TextOf(finding));
-  reportedFiles_.insert(finding.file);
-  if (finding.code != FindingCode::kDataCut) return;
-  using Kind = FindingSubject::Kind;
-  if (finding.subject.kind == Kind::kFunction) reportedCuts_.insert(convert::KeyOf(finding.subject));
-  if (finding.subject.kind == Kind::kAbsorbance) isAbsorbanceCutReported_ = true;
 }
 
 void DamagePolicy::Report(const convert::Result& result, const std::string& name) const {
@@ -70,13 +60,20 @@ void DamagePolicy::Report(const convert::Result& result, const std::string& name
 }
 
 bool DamagePolicy::IsReported(const convert::Note& note) const {
-  return note.kind == convert::Note::Kind::kFileClosed && reportedFiles_.contains(note.file);
+  return note.kind == convert::Note::Kind::kFileClosed &&
+         std::any_of(reported_.begin(), reported_.end(),
+                     [&](const Finding* finding) { return finding->file == note.file; });
 }
 
 bool DamagePolicy::IsReported(const convert::Loss& loss) const {
-  using Kind = convert::Loss::Kind;
-  if (loss.kind == Kind::kAbsorbancePoints) return isAbsorbanceCutReported_;
-  return loss.kind == Kind::kPoints && reportedCuts_.contains(convert::KeyOf(loss.function));
+  using Kind = FindingSubject::Kind;
+  return std::any_of(reported_.begin(), reported_.end(), [&](const Finding* finding) {
+    if (finding->code != FindingCode::kDataCut) return false;
+    if (loss.kind == convert::Loss::Kind::kAbsorbancePoints)
+      return finding->subject.kind == Kind::kAbsorbance;
+    return loss.kind == convert::Loss::Kind::kPoints && finding->subject.kind == Kind::kFunction &&
+           convert::KeyOf(finding->subject) == convert::KeyOf(loss.function);
+  });
 }
 
 void DamagePolicy::Warn(const std::string& name, const std::string& problem) const {

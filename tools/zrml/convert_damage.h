@@ -2,8 +2,8 @@
 // the user wants what there is; what else is known of it is a warning.
 #pragma once
 
-#include <set>
 #include <string>
+#include <vector>
 
 #include "convert/convert.h"
 #include "convert/error.h"
@@ -25,15 +25,11 @@ class DamagePolicy {
  private:
   bool IsReported(const convert::Note& note) const;
   bool IsReported(const convert::Loss& loss) const;
-  void Warn(const std::string& name, const Finding& finding);
   void Warn(const std::string& name, const std::string& problem) const;
   void WarnOfMissingLabels(source::Source& source, const std::string& name) const;
 
   const ConvertRequest& request_;
-  // Of the sample in question, what Look has warned of.
-  std::set<std::string> reportedFiles_;
-  std::set<convert::FunctionKey> reportedCuts_;
-  bool isAbsorbanceCutReported_ = false;
+  std::vector<const Finding*> reported_;  // of the sample in question, what Look has warned of
 };
 
 /// A conversion's error as the end of the command, with `front` before its message.

@@ -22,6 +22,7 @@ struct FormatName {
   const char* extension;
 };
 
+// In the order of convert::Format.
 constexpr std::array<FormatName, 3> kFormats = {{
     {"mzml", convert::Format::kMzml, ".mzML"},
     {"mgf", convert::Format::kMgf, ".mgf"},
@@ -42,10 +43,6 @@ constexpr std::array<ArrayName, 3> kArrays = {{
 constexpr int kMostThreads = 256;
 constexpr int kMostThreadsUnasked = 8;
 
-[[noreturn]] void Refuse(const std::string& option, const std::string& text, const std::string& expected) {
-  throw CLI::ValidationError(option, "\"" + text + "\" is not " + expected);
-}
-
 std::optional<convert::Format> ParseFormat(std::string_view text) {
   for (const FormatName& entry : kFormats) {
     if (entry.name == text) return entry.format;
@@ -63,19 +60,7 @@ void SetPrecision(const std::string& option, const std::string& name, Precision 
     chosen = precision;
     return;
   }
-  Refuse(option, name, "mz, intensity or time");
-}
-
-// An option whose argument `parse` gives a value for, or none.
-template <class Value, class Parse>
-CLI::Option* AddParsed(CLI::App& options, const std::string& option, Value& value, Parse parse,
-                       const std::string& expected, const std::string& description) {
-  const auto store = [=, &value](const std::string& text) {
-    const auto parsed = parse(text);
-    if (!parsed) Refuse(option, text, expected);
-    value = *parsed;
-  };
-  return options.add_option_function<std::string>(option, store, description);
+  throw CLI::ValidationError(option, "\"" + name + "\" is not mz, intensity or time");
 }
 
 void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
@@ -196,10 +181,7 @@ void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
 }
 
 std::string ExtensionOf(convert::Format format) {
-  for (const FormatName& entry : kFormats) {
-    if (entry.format == format) return entry.extension;
-  }
-  return {};
+  return kFormats.at(static_cast<std::size_t>(format)).extension;
 }
 
 void Complete(ConvertRequest& request) {

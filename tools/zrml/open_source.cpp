@@ -35,13 +35,12 @@ bool IsSameName(const FunctionId& a, const FunctionId& b) {
   return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
 }
 
-[[noreturn]] void RefuseFunction(const FunctionId& id, const std::string& owner,
-                                 std::span<const source::Function> functions) {
-  const std::string what = functions.empty()       ? "no functions"
-                           : functions.size() == 1 ? "only function " + ListOf(functions)
-                                                   : "functions " + ListOf(functions);
-  throw Failure(ExitStatus::kWrongUsage,
-                "there is no function " + TextOf(id) + ": " + owner + " has " + what);
+// `list` of the `count` things that there are, by number.
+[[noreturn]] void Refuse(const std::string& noun, const std::string& name, const std::string& owner,
+                         int count, const std::string& list) {
+  const std::string some = (count == 1 ? "only " + noun : noun + 's') + ' ' + list;
+  throw Failure(ExitStatus::kWrongUsage, "there is no " + noun + ' ' + name + ": " + owner + " has " +
+                                             (count < 1 ? "no " + noun + 's' : some));
 }
 
 }  // namespace
@@ -64,15 +63,7 @@ void RequireFiles(int count) {
 
 int PositionOf(int number, int count, const std::string& noun, const std::string& owner) {
   if (number >= 1 && number <= count) return number - 1;
-  std::string message = "there is no " + noun + ' ' + std::to_string(number) + ": " + owner + " has ";
-  if (count < 1) {
-    message += "no " + noun + 's';
-  } else if (count == 1) {
-    message += "only " + noun + " 1";
-  } else {
-    message += noun + "s 1 to " + std::to_string(count);
-  }
-  throw Failure(ExitStatus::kWrongUsage, message);
+  Refuse(noun, std::to_string(number), owner, count, count == 1 ? "1" : "1 to " + std::to_string(count));
 }
 
 int FindSample(source::Source& source, int sampleNumber) {
@@ -85,7 +76,10 @@ FunctionPosition FindFunction(source::Source& source, int sampleNumber, const Fu
   const auto found = std::find_if(functions.begin(), functions.end(), [&](const source::Function& function) {
     return IsSameName(function.id, id);
   });
-  if (found == functions.end()) RefuseFunction(id, "sample " + std::to_string(sampleNumber), functions);
+  if (found == functions.end()) {
+    Refuse("function", TextOf(id), "sample " + std::to_string(sampleNumber),
+           static_cast<int>(functions.size()), ListOf(functions));
+  }
   return {sample, static_cast<int>(found - functions.begin())};
 }
 

@@ -24,15 +24,14 @@ constexpr std::string_view kIonMode = "IonizationMethod";
 constexpr const char* kNoDateTime = "-00-T+00:00";
 
 struct ProviderRow {
-  std::string_view name;
   std::string_view guid;
   std::string_view filter;
 };
 
 // In the order of source::Format.
 constexpr std::array<ProviderRow, 2> kProviders = {{
-    {"ZRMLProvider", "{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}", "Waters MassLynx (*.dat *.idx *.inf)"},
-    {"ZROpenLynxRptProvider", "{c1972a1b-f675-4d08-921a-3e6f8d107c76}", "Waters OpenLynx Report (*.rpt)"},
+    {"{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}", "Waters MassLynx (*.dat *.idx *.inf)"},
+    {"{c1972a1b-f675-4d08-921a-3e6f8d107c76}", "Waters OpenLynx Report (*.rpt)"},
 }};
 
 std::string Narrow(std::wstring_view text) { return platform::ToNativePath(text); }
@@ -128,7 +127,7 @@ class Comparer : Verdicts {
 
   void CompareProvider() {
     const ProviderRow& row = kProviders.at(static_cast<std::size_t>(source_->GetFormat()));
-    Check("GetProviderName", "name", Narrow(server_->GetProviderName()), std::string(row.name));
+    Check("GetProviderName", "name", Narrow(server_->GetProviderName()), ProviderName(source_->GetFormat()));
     Check("GetProviderGuid", "GUID", Narrow(server_->GetProviderGuid()), std::string(row.guid));
     Check("GetFileFilter", "filter", Narrow(server_->GetFileFilter()), std::string(row.filter));
     Check("IsReportSource", "report", server_->IsReportSource(), IsReport());
@@ -270,23 +269,24 @@ class Comparer : Verdicts {
   }
 
   void DescribeFunction(const source::Function& function, int scans) {
+    const int sample = of_.sample;
+    const int position = of_.position;
     CompareName(function);
-    CheckWanted(kWanted.unknownKind, "kind", server_->GetFunctionKind(of_.sample, of_.position),
+    CheckWanted(kWanted.unknownKind, "kind", server_->GetFunctionKind(sample, position),
                 KindCode(function.kind), of_.kind);
-    Check("GetMSMSScanType", "type", server_->GetMSMSScanType(of_.sample, of_.position),
+    Check("GetMSMSScanType", "type", server_->GetMSMSScanType(sample, position),
           static_cast<int>(function.scanType));
-    Check("GetPolarity", "polarity", server_->GetPolarity(of_.sample, of_.position),
+    Check("GetPolarity", "polarity", server_->GetPolarity(sample, position),
           static_cast<int>(function.polarity));
-    Check("GetMSLevel", "level", server_->GetMSLevel(of_.sample, of_.position), function.msLevel);
+    Check("GetMSLevel", "level", server_->GetMSLevel(sample, position), function.msLevel);
     const int scanDimensions = of_.hasMobility ? 2 : 1;
-    CheckWanted(kWanted.scanDimensions, "dimensions",
-                server_->GetScanDimensionCount(of_.sample, of_.position), scanDimensions,
-                IsReport() ? 0 : scanDimensions);
-    Check("GetDimensionCount", "dimensions", server_->GetDimensionCount(of_.sample, of_.position),
+    CheckWanted(kWanted.scanDimensions, "dimensions", server_->GetScanDimensionCount(sample, position),
+                scanDimensions, IsReport() ? 0 : scanDimensions);
+    Check("GetDimensionCount", "dimensions", server_->GetDimensionCount(sample, position),
           scanDimensions + (scans > 1 ? 1 : 0));
     CheckCentroided(scans);
     const auto askRange = [&](double& low, double& high) {
-      return server_->GetFunctionMassRange(of_.sample, of_.position, low, high);
+      return server_->GetFunctionMassRange(sample, position, low, high);
     };
     CheckRange("GetFunctionMassRange", askRange, function.massRange);
   }
@@ -329,22 +329,24 @@ class Comparer : Verdicts {
   }
 
   void CompareMobility(const source::Function& function) {
-    CheckWanted(kWanted.processedMobility, "mobility", server_->HasMobility(of_.sample, of_.position),
+    const int sample = of_.sample;
+    const int position = of_.position;
+    CheckWanted(kWanted.processedMobility, "mobility", server_->HasMobility(sample, position),
                 function.hasMobility, of_.hasMobility);
     of_.driftBins = source_->DriftBinCount(of_.sample, of_.held);
-    const int given = server_->GetMobilityBinCount(of_.sample, of_.position);
+    const int given = server_->GetMobilityBinCount(sample, position);
     if (of_.hasMobility == function.hasMobility) Check("GetMobilityBinCount", "bins", given, of_.driftBins);
     if (of_.hasMobility != function.hasMobility)
       of_.driftBins = given;  // of another function than the source's
     if (of_.hasMobility && of_.driftBins == 0) Count(kWanted.lastDriftBin);
     HostVector<double> axis;
-    Check("GetMobilityAxis", "success", server_->GetMobilityAxis(of_.sample, of_.position, 0, axis),
+    Check("GetMobilityAxis", "success", server_->GetMobilityAxis(sample, position, 0, axis),
           of_.driftBins > 0);
     std::vector<double> bins(static_cast<std::size_t>(of_.driftBins));
     std::iota(bins.begin(), bins.end(), 1.0);
     CheckColumn("GetMobilityAxis", "value", axis, bins);
     const auto askRange = [&](double& low, double& high) {
-      return server_->GetScanMobilityRange(of_.sample, of_.position, 0, low, high);
+      return server_->GetScanMobilityRange(sample, position, 0, low, high);
     };
     std::optional<source::Range> range;
     if (of_.driftBins > 0) range = source::Range{1, static_cast<double>(of_.driftBins)};
@@ -401,16 +403,16 @@ class Comparer : Verdicts {
   }
 
   void CompareFunctionTraces() {
+    const int sample = of_.sample;
+    const int position = of_.position;
     const TraceList list = FunctionTraces();
-    const int count =
-        Agreed("GetFunctionTraceCount", server_->GetFunctionTraceCount(of_.sample, of_.position),
-               static_cast<int>(list.traces.size()));
+    const int count = Agreed("GetFunctionTraceCount", server_->GetFunctionTraceCount(sample, position),
+                             static_cast<int>(list.traces.size()));
     CompareTraceList(
         list, count, "GetFunctionTraceName",
-        [&](int trace) { return server_->GetFunctionTraceName(of_.sample, of_.position, trace); },
-        "GetFunctionTrace",
+        [&](int trace) { return server_->GetFunctionTraceName(sample, position, trace); }, "GetFunctionTrace",
         [&](int trace, CZRChromatogram& points) {
-          return server_->GetFunctionTrace(of_.sample, of_.position, trace, points);
+          return server_->GetFunctionTrace(sample, position, trace, points);
         });
   }
 
