@@ -59,9 +59,8 @@ FunctionCommand::FunctionCommand(CLI::App& parser, const std::string& name, cons
 }
 
 FunctionPosition FunctionCommand::Find(source::Source& source) const {
-  return FindFunction(source, sample_, *function_);
+  return function_ ? FindFunction(source, sample_, *function_)
+                   : FunctionPosition{FindSample(source, sample_)};
 }
-
-int FunctionCommand::FindSampleOf(source::Source& source) const { return FindSample(source, sample_); }
 
 }  // namespace zrml::tool

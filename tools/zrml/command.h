@@ -71,8 +71,8 @@ class SourceCommand : public Command {
 class FunctionCommand : public SourceCommand {
  protected:
   FunctionCommand(CLI::App& parser, const std::string& name, const std::string& description);
+  /// Without --function the sample alone counts.
   FunctionPosition Find(source::Source& source) const;
-  int FindSampleOf(source::Source& source) const;
   bool HasFunction() const { return function_.has_value(); }
 
   /// Whether the options given ask for something of a function.

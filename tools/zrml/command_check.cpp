@@ -101,7 +101,7 @@ class SourceReader {
     if (lacking_.contains(SubjectOf(source_, sample, described.id))) return;
     ReadAll("scans of function " + source::TextOf(described.id), scans, result_, [&](int scan) {
       const std::size_t lost = source_.ReadPoints(sample, function, scan, x_, y_).lost;
-      return described.hasMobility ? 0 : lost;  // whose points are elsewhere
+      return described.hasMobility ? 0 : lost;  // with mobility the points are elsewhere
     });
   }
 
@@ -120,7 +120,7 @@ class SourceReader {
 
   source::Source& source_;
   CheckResult& result_;
-  std::set<FindingSubject> lacking_;  // known to: no need to say it twice
+  std::set<FindingSubject> lacking_;  // those known to lack scans: no need to say it twice
   std::vector<double> x_;
   std::vector<double> y_;
 };

@@ -78,7 +78,7 @@ class ChromatogramCommand : public FunctionCommand {
   }
 
   void PrintTrace(source::Source& source, Output& out) const {
-    const FunctionPosition at = HasFunction() ? Find(source) : FunctionPosition{FindSampleOf(source)};
+    const FunctionPosition at = Find(source);
     const std::vector<source::Trace> traces =
         HasFunction() ? source.FunctionTraces(at.sample, at.function) : source.Traces(at.sample);
     const std::string owner = HasFunction() ? "function " + source::TextOf(FunctionAt(source, at).id)

@@ -119,7 +119,7 @@ class SpectrumCommand : public FunctionCommand {
   }
 
   void PrintAbsorbance(source::Source& source, Output& out) const {
-    const int sample = FindSampleOf(source);
+    const int sample = Find(source).sample;
     const int scans = source.HasAbsorbance(sample) ? source.AbsorbanceScanCount(sample) : 0;
     const int scan = PositionOf(scan_, scans, "absorbance scan", "sample " + std::to_string(sample + 1));
     std::vector<double> wavelengths;
