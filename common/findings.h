@@ -54,7 +54,8 @@ struct FindingSubject {
   int process = 0;   ///< of a processed function
   int repeat = 1;    ///< among processed functions with one process number
 
-  auto operator<=>(const FindingSubject&) const = default;  // NOLINT(modernize-use-nullptr): it has no pointer
+  // NOLINTNEXTLINE(modernize-use-nullptr): it has no pointer
+  auto operator<=>(const FindingSubject&) const = default;
 };
 
 struct Finding {
