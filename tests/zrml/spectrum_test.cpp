@@ -147,7 +147,7 @@ TEST_F(SpectrumTest, DataFileIsTheOnlyFunction) {
 
 TEST_F(SpectrumTest, ScanThatCannotBeReadIsStatus5) {
   for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--json"}})
-    ExpectFailure(RunSpectrum("4", 2, more), 5, "cannot read scan 2 of function 4 of " + path_);
+    ExpectFailure(RunSpectrum("4", 2, more), 5, path_ + ": cannot read scan 2 of function 4");
 }
 
 TEST_F(SpectrumTest, DriftBinThatIsNotThereFails) {
@@ -209,7 +209,7 @@ TEST_F(SpectrumTest, AbsorbanceThatCannotBeReadIsStatus5) {
   raw.functions[4].record.dataFormat = 10;  // of which there is no layout
   const std::string path = Make("other.raw", raw);
   ExpectFailure(Run({"spectrum", path, "--absorbance", "--scan", "2"}), 5,
-                "cannot read absorbance spectrum 2 of " + path);
+                path + ": cannot read absorbance spectrum 2");
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ auto Reading(const source::Source& source, Read read) {
   try {
     return read();
   } catch (const source::Error& error) {
-    throw Failure(ExitStatus::kUnreadable, error.Message() + " of " + source.Path());
+    throw Failure(ExitStatus::kUnreadable, source.Path() + ": " + error.Message());
   }
 }
 
