@@ -109,6 +109,8 @@ bool IsDirectory(const SystemPath& path) { return IsDirectory(FromNativePath(pat
 bool IsFile(const SystemPath& path) { return IsFile(FromNativePath(path)); }
 #endif
 
+bool IsThere(const SystemPath& path) { return IsFile(path) || IsDirectory(path); }
+
 SystemPath NameInFolder(const SystemPath& path) {
   constexpr SystemPath::value_type kSeparators[] = {'/', '\\', 0};
   return path.substr(path.find_last_of(kSeparators) + 1);
@@ -123,6 +125,13 @@ std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, st
   std::vector<SystemPath> names;
   for (const auto& [name, contents] : folder) names.push_back(ToSystemPath(name));
   return names;
+}
+
+FileList ListFiles(const SystemPath& directory) {
+  FileList list;
+  if (IsDirectory(directory)) list.names = *ListNames(directory, folder.size());
+  std::sort(list.names.begin(), list.names.end());
+  return list;
 }
 
 }  // namespace zrml::platform

@@ -13,16 +13,8 @@ namespace {
 
 using platform::SystemPath;
 
-#ifdef _WIN32
-constexpr wchar_t kSeparator = L'\\';
-#else
-constexpr char kSeparator = '/';
-#endif
-
 SystemPath Join(const SystemPath& folder, const std::wstring& name) {
-  SystemPath path = folder;
-  if (path.back() != kSeparator) path += kSeparator;
-  return path += platform::ToSystemPath(name);
+  return platform::PathIn(folder, platform::ToSystemPath(name));
 }
 
 // Calls `visit(path)` for each spelling until it returns true, which is the result then.
@@ -71,9 +63,7 @@ bool FileExistsInDirectory(const SystemPath& folder, std::wstring_view name) {
 }
 
 bool IsThere(const SystemPath& folder, std::wstring_view name, Spellings spellings) {
-  return AnySpelling(folder, name, spellings, [](const SystemPath& path) {
-    return platform::IsFile(path) || platform::IsDirectory(path);
-  });
+  return AnySpelling(folder, name, spellings, [](const SystemPath& path) { return platform::IsThere(path); });
 }
 
 Finding NotOpened(const SystemPath& folder, std::wstring_view name, Spellings spellings,

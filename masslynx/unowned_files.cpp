@@ -1,7 +1,6 @@
 #include "masslynx/unowned_files.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,8 +11,6 @@
 
 namespace zrml::masslynx {
 namespace {
-
-namespace fs = std::filesystem;
 
 bool HoldsData(const std::string& name) {
   const std::string upper = ToUpper(name);
@@ -36,12 +33,11 @@ void NoticeUnownedFiles(const platform::SystemPath& folder, std::span<const Func
                         Findings& findings) {
   const std::set<std::string> owned = OwnedStems(folder, functions);
   std::vector<std::string> names;
-  std::error_code error;
-  for (fs::directory_iterator at(fs::path(folder), error), end; !error && at != end; at.increment(error)) {
-    const std::string name = platform::ToUtf8Path(at->path().filename().native());
+  for (const platform::SystemPath& listed : platform::ListFiles(folder).names) {
+    const std::string name = platform::ToUtf8Path(listed);
     const std::string stem = FunctionStem(name);
-    const bool isEmpty = !at->is_regular_file(error) || at->file_size(error) == 0;
-    if (!stem.empty() && HoldsData(name) && !isEmpty && !owned.contains(stem)) names.push_back(name);
+    if (stem.empty() || !HoldsData(name) || owned.contains(stem)) continue;
+    if (platform::StampOf(platform::PathIn(folder, listed)).size > 0) names.push_back(name);
   }
   // Of each stem the data file, else the first.
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {

@@ -22,6 +22,11 @@ std::optional<int> TakeNumber(std::string_view& text) {
   return number;
 }
 
+void ThrowWhenOutOfReach(const platform::SystemPath& path, const std::string& given) {
+  const std::string reason = platform::WhyOutOfReach(path);
+  if (!reason.empty()) throw Error(Status::kUnreadable, "cannot reach " + given + " (" + reason + ")");
+}
+
 }  // namespace
 
 std::string TextOf(const FunctionId& id) {
@@ -60,12 +65,14 @@ Source::~Source() = default;
 std::unique_ptr<Source> Source::Open(const std::string& path) {
   const platform::SystemPath given = platform::FromUtf8Path(path);
   if (!platform::IsFile(given) && !platform::IsDirectory(given)) {
-    const std::string reason = platform::WhyOutOfReach(given);
-    if (!reason.empty()) throw Error(Status::kUnreadable, "cannot reach " + path + " (" + reason + ")");
+    ThrowWhenOutOfReach(given, path);
     throw Error(Status::kNotFound, "there is no file or folder " + path);
   }
   if (std::unique_ptr<Source> source = OpenRawDirectory(path)) return source;
   if (std::unique_ptr<Source> source = OpenReport(path)) return source;
+  // A folder whose names may be listed, but not what they stand for, looks empty.
+  if (platform::IsDirectory(given))
+    ThrowWhenOutOfReach(platform::PathIn(given, platform::FromUtf8Path(".")), "what is in " + path);
   throw Error(Status::kNotRecognised, path + " is neither a raw directory nor a report");
 }
 

@@ -21,6 +21,16 @@ using SystemPath = std::string;
 #endif
 SystemPath ToSystemPath(const std::wstring& path);
 
+/// The path of `name` in `folder`, which must not be empty.
+inline SystemPath PathIn(const SystemPath& folder, const SystemPath& name) {
+#ifdef _WIN32
+  constexpr wchar_t kSeparator = L'\\';
+#else
+  constexpr char kSeparator = '/';
+#endif
+  return folder.back() == kSeparator ? folder + name : folder + kSeparator + name;
+}
+
 /// A regular file opened for reading. Closed by its destructor.
 class File {
  public:
@@ -65,6 +75,9 @@ bool IsDirectory(const SystemPath& path);
 bool IsFile(const SystemPath& path);
 #endif
 
+/// Also a link that leads nowhere.
+bool IsThere(const SystemPath& path);
+
 /// Why the system does not tell whether there is something at `path`, like a folder on the way there that may
 /// not be searched; empty when it does tell.
 std::string WhyOutOfReach(const SystemPath& path);
@@ -89,6 +102,15 @@ SystemPath NameInFolder(const SystemPath& path);
 /// All names in a directory, in no order, with every other name that the system knows a file by. No value
 /// when there are more than `most` or the directory cannot be listed; its files may open all the same.
 std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most);
+
+/// The names of the regular files in a folder, links to such files included, and of what the system does not
+/// tell the kind of.
+struct FileList {
+  std::vector<SystemPath> names;  ///< in order
+  std::string error;              ///< why there may be more
+  bool isForbidden = false;       ///< because nobody here may list the folder
+};
+FileList ListFiles(const SystemPath& folder);
 
 /// Narrow text in the system's ANSI code page. Off Windows: UTF-8 where the bytes are valid UTF-8,
 /// Windows-1252 otherwise.

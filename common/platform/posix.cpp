@@ -5,10 +5,10 @@
 #include <limits>
 #include <memory>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
+#include "common/platform/paths.h"
 #include "common/platform/platform.h"
 
 namespace zrml::platform {
@@ -16,6 +16,29 @@ namespace {
 
 bool Status(const SystemPath& path, struct stat& status) {
   return !path.empty() && ::stat(path.c_str(), &status) == 0;
+}
+
+// Calls `visit(entry, folder)` with what is in a folder until it returns false. 0, or the error.
+template <class Visit>
+int VisitEntries(const SystemPath& folder, Visit visit) {
+  struct CloseList {
+    void operator()(DIR* list) const { ::closedir(list); }
+  };
+  const std::unique_ptr<DIR, CloseList> list(folder.empty() ? nullptr : ::opendir(folder.c_str()));
+  if (list == nullptr) return errno;
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = ::readdir(list.get());
+    if (entry == nullptr) return errno;
+    if (!visit(*entry, ::dirfd(list.get()))) return 0;
+  }
+}
+
+bool MayBeFile(const dirent& entry, int folder) {
+  if (entry.d_type == DT_REG) return true;
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return false;
+  struct stat status {};
+  return ::fstatat(folder, entry.d_name, &status, 0) == 0 ? S_ISREG(status.st_mode) : errno != ENOENT;
 }
 
 }  // namespace
@@ -89,11 +112,16 @@ bool IsFile(const SystemPath& path) {
   return Status(path, status) && !S_ISDIR(status.st_mode);
 }
 
+bool IsThere(const SystemPath& path) {
+  struct stat status {};
+  return !path.empty() && ::lstat(path.c_str(), &status) == 0;
+}
+
 std::string WhyOutOfReach(const SystemPath& path) {
   struct stat status {};
   if (path.empty() || ::stat(path.c_str(), &status) == 0) return {};
   const bool isMissing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
-  return isMissing ? std::string() : std::generic_category().message(errno);
+  return isMissing ? std::string() : ErrorText(errno);
 }
 
 // One that opens now was in the way of other files a moment ago.
@@ -101,7 +129,7 @@ std::string WhyClosed(const SystemPath& path) {
   struct stat status {};
   if (!Status(path, status) || !S_ISREG(status.st_mode)) return {};
   const bool isOpen = File::OpenSystemPath(path).IsOpen();
-  return std::generic_category().message(isOpen ? EAGAIN : errno);
+  return ErrorText(isOpen ? EAGAIN : errno);
 }
 
 FileStamp StampOf(const SystemPath& path) {
@@ -115,19 +143,26 @@ FileStamp StampOf(const SystemPath& path) {
 SystemPath NameInFolder(const SystemPath& path) { return path.substr(path.rfind('/') + 1); }
 
 std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most) {
-  struct CloseList {
-    void operator()(DIR* list) const { ::closedir(list); }
-  };
-  const std::unique_ptr<DIR, CloseList> list(directory.empty() ? nullptr : ::opendir(directory.c_str()));
-  if (list == nullptr) return std::nullopt;
   std::vector<SystemPath> names;
-  for (;;) {
-    errno = 0;
-    const dirent* const entry = ::readdir(list.get());
-    if (entry == nullptr && errno == 0) return names;
-    if (entry == nullptr || names.size() == most) return std::nullopt;
-    names.emplace_back(entry->d_name);
-  }
+  bool hasMore = false;
+  const int error = VisitEntries(directory, [&](const dirent& entry, int) {
+    hasMore = names.size() == most;
+    if (!hasMore) names.emplace_back(entry.d_name);
+    return !hasMore;
+  });
+  return error == 0 && !hasMore ? std::optional(std::move(names)) : std::nullopt;
+}
+
+FileList ListFiles(const SystemPath& folder) {
+  FileList list;
+  const int error = VisitEntries(folder, [&](const dirent& entry, int own) {
+    if (MayBeFile(entry, own)) list.names.emplace_back(entry.d_name);
+    return true;
+  });
+  std::sort(list.names.begin(), list.names.end());
+  if (error != 0) list.error = ErrorText(error);
+  list.isForbidden = error == EACCES;
+  return list;
 }
 
 }  // namespace zrml::platform

@@ -3,6 +3,7 @@
 #include <utility>
 #include <windows.h>
 
+#include "common/platform/paths.h"
 #include "common/platform/platform.h"
 
 namespace zrml::platform {
@@ -12,6 +13,32 @@ constexpr std::size_t kLargestRead = 1u << 30;
 
 bool NamesNothing(std::wstring_view path) {
   return path.empty() || path.find(L'\0') != std::wstring_view::npos;
+}
+
+DWORD AttributesOf(const std::wstring& path) {
+  return NamesNothing(path) ? INVALID_FILE_ATTRIBUTES : ::GetFileAttributesW(Reachable(path).c_str());
+}
+
+struct CloseList {
+  using pointer = HANDLE;
+  void operator()(HANDLE list) const { ::FindClose(list); }
+};
+
+// Calls `visit(entry)` with what is in a folder until it returns false. 0, or the error.
+template <class Visit>
+DWORD VisitEntries(const SystemPath& folder, Visit visit) {
+  if (NamesNothing(folder)) return ERROR_PATH_NOT_FOUND;
+  WIN32_FIND_DATAW entry{};
+  // One separator: paths that the system takes as they stand may not have two.
+  const std::wstring pattern = folder + (folder.back() == L'\\' ? L"*" : L"\\*");
+  const HANDLE handle = ::FindFirstFileW(Reachable(pattern).c_str(), &entry);
+  if (handle == INVALID_HANDLE_VALUE) return ::GetLastError();
+  const std::unique_ptr<void, CloseList> list(handle);
+  do {
+    if (!visit(entry)) return 0;
+  } while (::FindNextFileW(list.get(), &entry));
+  const DWORD code = ::GetLastError();
+  return code == ERROR_NO_MORE_FILES ? 0 : code;
 }
 
 }  // namespace
@@ -33,8 +60,9 @@ File File::Open(const std::wstring& path) { return OpenSystemPath(ToSystemPath(p
 File File::OpenSystemPath(const SystemPath& path) {
   File file;
   if (path.empty()) return file;
-  const HANDLE handle = ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE handle =
+      ::CreateFileW(Reachable(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   file.handle_ = reinterpret_cast<std::intptr_t>(handle);
   if (file.IsOpen() && ::GetFileType(handle) != FILE_TYPE_DISK) file.Close();
   return file;
@@ -68,32 +96,33 @@ std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
 }
 
 bool IsDirectory(const std::wstring& path) {
-  if (NamesNothing(path)) return false;
-  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  const DWORD attributes = AttributesOf(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 bool IsFile(const std::wstring& path) {
-  if (NamesNothing(path)) return false;
-  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  const DWORD attributes = AttributesOf(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
+bool IsThere(const SystemPath& path) { return AttributesOf(path) != INVALID_FILE_ATTRIBUTES; }
+
 std::string WhyOutOfReach(const SystemPath& path) {
-  if (path.empty() || ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
+  if (path.empty() || IsThere(path)) return {};
   const DWORD code = ::GetLastError();
-  return code == ERROR_ACCESS_DENIED ? "system error " + std::to_string(code) : std::string();
+  return code == ERROR_ACCESS_DENIED ? ErrorText(ERROR_ACCESS_DENIED) : std::string();
 }
 
 std::string WhyClosed(const SystemPath& path) {
   if (!IsFile(path)) return {};
   const bool isOpen = File::OpenSystemPath(path).IsOpen();  // since a moment ago
-  return "system error " + std::to_string(isOpen ? ERROR_SHARING_VIOLATION : ::GetLastError());
+  return ErrorText(static_cast<int>(isOpen ? ERROR_SHARING_VIOLATION : ::GetLastError()));
 }
 
 FileStamp StampOf(const SystemPath& path) {
   WIN32_FILE_ATTRIBUTE_DATA found{};
-  if (NamesNothing(path) || !::GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &found)) return {};
+  if (NamesNothing(path)) return {};
+  if (!::GetFileAttributesExW(Reachable(path).c_str(), GetFileExInfoStandard, &found)) return {};
   const auto joined = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
   return {joined(found.nFileSizeHigh, found.nFileSizeLow),
           static_cast<std::int64_t>(
@@ -102,32 +131,36 @@ FileStamp StampOf(const SystemPath& path) {
 
 SystemPath NameInFolder(const SystemPath& path) {
   WIN32_FIND_DATAW entry{};
-  const HANDLE found = NamesNothing(path) ? INVALID_HANDLE_VALUE : ::FindFirstFileW(path.c_str(), &entry);
+  const HANDLE found =
+      NamesNothing(path) ? INVALID_HANDLE_VALUE : ::FindFirstFileW(Reachable(path).c_str(), &entry);
   if (found == INVALID_HANDLE_VALUE) return path.substr(path.find_last_of(L"\\/") + 1);
   ::FindClose(found);
   return entry.cFileName;
 }
 
 std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most) {
-  struct CloseList {
-    using pointer = HANDLE;
-    void operator()(HANDLE list) const { ::FindClose(list); }
-  };
-  if (NamesNothing(directory)) return std::nullopt;
-  WIN32_FIND_DATAW entry{};
-  // One separator: paths that the system takes as they stand may not have two.
-  const std::wstring pattern = directory + (directory.back() == L'\\' ? L"*" : L"\\*");
-  const HANDLE handle = ::FindFirstFileW(pattern.c_str(), &entry);
-  if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
-  const std::unique_ptr<void, CloseList> list(handle);
   std::vector<SystemPath> names;
-  do {
-    if (names.size() >= most) return std::nullopt;
+  bool hasMore = false;
+  const DWORD error = VisitEntries(directory, [&](const WIN32_FIND_DATAW& entry) {
+    hasMore = names.size() >= most;
+    if (hasMore) return false;
     names.emplace_back(entry.cFileName);
     if (entry.cAlternateFileName[0] != L'\0') names.emplace_back(entry.cAlternateFileName);
-  } while (::FindNextFileW(list.get(), &entry));
-  if (::GetLastError() != ERROR_NO_MORE_FILES) return std::nullopt;
-  return names;
+    return true;
+  });
+  return error == 0 && !hasMore ? std::optional(std::move(names)) : std::nullopt;
+}
+
+FileList ListFiles(const SystemPath& folder) {
+  FileList list;
+  const DWORD error = VisitEntries(folder, [&](const WIN32_FIND_DATAW& entry) {
+    if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) list.names.emplace_back(entry.cFileName);
+    return true;
+  });
+  std::sort(list.names.begin(), list.names.end());
+  if (error != 0) list.error = ErrorText(static_cast<int>(error));
+  list.isForbidden = error == ERROR_ACCESS_DENIED;
+  return list;
 }
 
 }  // namespace zrml::platform
