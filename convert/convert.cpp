@@ -98,7 +98,11 @@ class Conversion {
   }
 
   void NoteProblems(const SourceFiles& files) {
-    if (files.error) NoteOrRefuse({Note::Kind::kFolder, *files.error}, ErrorKind::kSourceUnreadable);
+    if (files.isForbidden) {
+      notes_.push_back({Note::Kind::kFolder, *files.error + ", so its files are neither named nor watched"});
+    } else if (files.error) {
+      NoteOrRefuse({Note::Kind::kFolder, *files.error}, ErrorKind::kSourceUnreadable);
+    }
     for (const std::string& file : files.broken) {
       const Note note = {Note::Kind::kFileBroken, file + " cannot be read to its end", file};
       if (IsByTheWay(file, plan_.sourceFormat)) {

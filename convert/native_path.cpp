@@ -1,31 +1,79 @@
 #include "convert/native_path.h"
 
-namespace zrml::convert {
+#include <algorithm>
 
-namespace fs = std::filesystem;
+namespace zrml::convert {
+namespace {
 
 #ifdef _WIN32
-fs::path NativePath(const std::string& path) { return std::u8string(path.begin(), path.end()); }
-std::string PathText(const fs::path& path) {
-  const std::u8string text = path.generic_u8string();
-  return {text.begin(), text.end()};
-}
+constexpr std::wstring_view kSeparators = L"\\/:";
+constexpr std::string_view kEndsOfFolders = "\\/:";
+constexpr std::string_view kPlainMark = "\\\\?\\";  // behind it a slash is no separator
 #else
-fs::path NativePath(const std::string& path) { return path; }
-std::string PathText(const fs::path& path) { return path.native(); }
+constexpr std::string_view kSeparators = "/";
+constexpr std::string_view kEndsOfFolders = "/";
 #endif
 
-fs::path AbsolutePath(const std::string& path) {
-  std::error_code error;
-  fs::path absolute = fs::absolute(NativePath(path), error).lexically_normal();
-  if (!absolute.has_filename()) absolute = absolute.parent_path();  // "run.raw/", "."
-  return absolute;
+// Behind the last separator before `end`.
+std::size_t StartOfName(const SystemPath& path, std::size_t end) {
+  return end == 0 ? 0 : path.find_last_of(kSeparators, end - 1) + 1;
 }
 
-bool IsFile(const std::string& path) {
-  std::error_code ignored;
-  const fs::file_status status = fs::status(NativePath(path), ignored);
-  return fs::exists(status) && !fs::is_directory(status);
+}  // namespace
+
+#ifdef _WIN32
+std::string PathText(const SystemPath& path) {
+  constexpr std::string_view kServerMark = "\\\\?\\UNC\\";
+  std::string text = platform::ToUtf8Path(path);
+  if (text.starts_with(kServerMark)) {
+    text.replace(0, kServerMark.size(), "\\\\");
+  } else if (text.starts_with(kPlainMark)) {
+    text.erase(0, kPlainMark.size());
+  }
+  std::replace(text.begin(), text.end(), '\\', '/');
+  return text;
+}
+
+std::string InFolder(const std::string& folder, const std::string& name) {
+  const bool isPlain = folder.starts_with(kPlainMark);
+  return folder + (folder.empty() || EndsAsFolder(folder) ? "" : isPlain ? "\\" : "/") + name;
+}
+#else
+std::string PathText(const SystemPath& path) { return path; }
+
+std::string InFolder(const std::string& folder, const std::string& name) {
+  return folder + (folder.empty() || EndsAsFolder(folder) ? "" : "/") + name;
+}
+#endif
+
+SystemPath FolderOf(const SystemPath& path) { return path.substr(0, StartOfName(path, path.size())); }
+SystemPath NameOf(const SystemPath& path) { return path.substr(StartOfName(path, path.size())); }
+
+std::string StemOf(const SystemPath& path) {
+  const std::string name = PathText(NameOf(path));
+  return name.substr(0, name.rfind('.'));
+}
+
+SystemPath FolderOfSource(const std::string& path) {
+  const SystemPath given = platform::FromUtf8Path(path);
+  const SystemPath absolute = platform::AbsolutePath(given);
+  return platform::IsFile(given) ? platform::AbsolutePath(FolderOf(absolute)) : absolute;
+}
+
+bool EndsAsFolder(const std::string& path) {
+  return path.empty() || kEndsOfFolders.find(path.back()) != std::string_view::npos;
+}
+
+std::string MakeFolders(const std::string& path) {
+  const SystemPath folder = platform::FromUtf8Path(path);
+  std::size_t made = folder.size();
+  while (made > 0 && !platform::IsDirectory(folder.substr(0, made))) made = StartOfName(folder, made - 1);
+  std::string error;
+  while (made < folder.size() && error.empty()) {
+    made = std::min(folder.find_first_of(kSeparators, made), folder.size() - 1) + 1;
+    error = platform::MakeFolder(folder.substr(0, made));
+  }
+  return error;
 }
 
 }  // namespace zrml::convert

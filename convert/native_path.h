@@ -1,21 +1,33 @@
-// Paths as the standard library takes them, and back.
+// Paths as arguments and converted files have them (bytes; UTF-8 on Windows), beside those of the system.
 #pragma once
 
-#include <filesystem>
 #include <string>
+
+#include "common/platform/paths.h"
 
 namespace zrml::convert {
 
-/// Of the system's bytes (UTF-8 on Windows).
-std::filesystem::path NativePath(const std::string& path);
+using platform::SystemPath;
 
-/// The system's bytes, with slashes (UTF-8 on Windows).
-std::string PathText(const std::filesystem::path& path);
+/// With slashes, and on Windows without what marks a path of any length.
+std::string PathText(const SystemPath& path);
 
-/// Absolute, without "." and "..", and without a separator at its end.
-std::filesystem::path AbsolutePath(const std::string& path);
+/// Without what is behind the last separator; empty for a name in the current folder.
+SystemPath FolderOf(const SystemPath& path);
+/// What is behind the last separator.
+SystemPath NameOf(const SystemPath& path);
+/// That without the last point and what is behind it.
+std::string StemOf(const SystemPath& path);
 
-/// A file of whatever kind, but no folder.
-bool IsFile(const std::string& path);
+/// The raw directory that a source is, or the folder of the file that it is; absolute.
+SystemPath FolderOfSource(const std::string& path);
+
+/// Whether `path` ends like that of a folder.
+bool EndsAsFolder(const std::string& path);
+/// The path of a file, as it is told.
+std::string InFolder(const std::string& folder, const std::string& name);
+
+/// Makes a folder and those that it is in. Why it is not there; empty when it is.
+std::string MakeFolders(const std::string& path);
 
 }  // namespace zrml::convert

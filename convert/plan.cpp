@@ -121,9 +121,9 @@ std::vector<MetadataItem> CollectMetadata(Source& source, int sample) {
 bool IsOneFunction(Source& source) {
   if (source.GetFormat() == source::Format::kReport) return false;
   const std::span<const Function> functions = source.Functions(0);
-  if (functions.size() != 1 || !IsFile(source.Path())) return false;
-  const auto stem = [](const std::string& path) { return ToLower(PathText(NativePath(path).stem())); };
-  return stem(source.Path()) == stem(functions.front().file);
+  const SystemPath path = platform::FromUtf8Path(source.Path());
+  if (functions.size() != 1 || !platform::IsFile(path)) return false;
+  return ToLower(StemOf(path)) == ToLower(StemOf(platform::FromUtf8Path(functions.front().file)));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <span>
 
 #include "common/platform/platform.h"
@@ -14,17 +13,16 @@
 namespace zrml::convert {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::size_t kReadPiece = 1u << 17;  // stays in the processor's cache
 constexpr std::string_view kReportExtension = ".rpt";
 constexpr std::array<std::string_view, 2> kExtensions = {".raw", kReportExtension};
 
-std::string Uri(const fs::path& folder) {
+std::string Uri(const SystemPath& folder) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   constexpr std::string_view kPlain = "-._~/:";
   const std::string bytes = PathText(folder);
-  std::string uri = bytes.starts_with('/') ? "file://" : "file:///";
+  const bool isOnServer = bytes.starts_with("//");
+  std::string uri = isOnServer ? "file:" : bytes.starts_with('/') ? "file://" : "file:///";
   for (const char c : bytes) {
     const bool isAlphanumeric = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
     const auto byte = static_cast<unsigned char>(c);
@@ -40,9 +38,8 @@ std::string Uri(const fs::path& folder) {
 enum class FileState : char { kWhole, kClosed, kBroken };
 
 // Reads a file whole; `sha1` is its checksum in hexadecimal digits.
-FileState ReadWhole(const fs::path& path, Checksums checksums, const Cancel& cancel, std::string& sha1) {
-  const platform::File file =
-      platform::File::OpenSystemPath(path.native());  // a backslash may be in its name
+FileState ReadWhole(const SystemPath& path, Checksums checksums, const Cancel& cancel, std::string& sha1) {
+  const platform::File file = platform::File::OpenSystemPath(path);
   if (!file.IsOpen()) return FileState::kClosed;
   const std::uint64_t size = file.Size();
   std::vector<std::byte> buffer(kReadPiece);
@@ -58,32 +55,18 @@ FileState ReadWhole(const fs::path& path, Checksums checksums, const Cancel& can
   return FileState::kWhole;
 }
 
-std::vector<fs::path> FilesIn(const fs::path& folder, std::error_code& error) {
-  std::vector<fs::path> files;
-  for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-    std::error_code unknown;
-    const bool isFile = at->is_regular_file(unknown);
-    const bool isNowhere = unknown == std::errc::no_such_file_or_directory;  // a link that leads there
-    if (isFile || (unknown && !isNowhere)) files.push_back(at->path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-struct FileList {
-  fs::path folder;
-  std::vector<fs::path> files;
-  std::error_code error = {};  // why the folder is not listed
+struct FolderList {
+  SystemPath folder;
+  platform::FileList files;
 };
 
-FileList FilesOf(const std::string& path, source::Format format) {
-  const fs::path absolute = AbsolutePath(path);
-  const bool isFile = IsFile(path);
-  FileList list = {isFile ? absolute.parent_path() : absolute, {}};
-  if (isFile && format == source::Format::kReport) {
-    list.files = {absolute};
+FolderList FilesOf(const std::string& path, source::Format format) {
+  const SystemPath given = platform::FromUtf8Path(path);
+  FolderList list = {FolderOfSource(path), {}};
+  if (format == source::Format::kReport && platform::IsFile(given)) {
+    list.files.names = {NameOf(platform::AbsolutePath(given))};
   } else {
-    list.files = FilesIn(list.folder, list.error);
+    list.files = platform::ListFiles(list.folder);
   }
   return list;
 }
@@ -97,12 +80,27 @@ std::string WithoutExtension(const std::string& name) {
   return name;
 }
 
-std::string NameOf(const fs::path& path) { return PathText(path.filename()); }
-
 std::string SourceName(const std::string& path, source::Format format) {
-  const fs::path absolute = AbsolutePath(path);
-  if (!IsFile(path) || format == source::Format::kReport) return WithoutExtension(NameOf(absolute));
-  return WithoutExtension(NameOf(absolute.parent_path())) + PathText(absolute.stem());
+  const SystemPath given = platform::FromUtf8Path(path);
+  const SystemPath own = platform::AbsolutePath(given);
+  if (format == source::Format::kReport || !platform::IsFile(given))
+    return WithoutExtension(PathText(NameOf(own)));
+  return WithoutExtension(PathText(NameOf(FolderOfSource(path)))) + StemOf(own);
+}
+
+bool IsDataFile(const SystemPath& path) {
+  return !IsByTheWay(PathText(NameOf(path)), source::Format::kRawDirectory) && platform::IsFile(path);
+}
+
+// Empty when it is none. That of a data file holds the table of functions.
+SystemPath RawDirectoryOf(const std::string& source) {
+  const SystemPath given = platform::FromUtf8Path(source);
+  if (!IsDataFile(given)) return platform::IsDirectory(given) ? given : SystemPath();
+  SystemPath folder = FolderOfSource(source);
+  for (const char* const table : {"_FUNCTNS.INF", "_functns.inf"}) {
+    if (platform::IsThere(platform::PathIn(folder, platform::FromUtf8Path(table)))) return folder;
+  }
+  return {};
 }
 
 }  // namespace
@@ -114,16 +112,19 @@ bool IsByTheWay(const std::string& name, source::Format format) {
 SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums, int threads,
                             const Cancel& cancel) {
   SourceFiles result;
-  const FileList list = FilesOf(path, format);
-  if (list.error) result.error = "cannot list " + PathText(list.folder) + " (" + list.error.message() + ")";
-  std::vector<FileState> states(list.files.size());
+  const FolderList list = FilesOf(path, format);
+  const std::vector<SystemPath>& names = list.files.names;
+  if (!list.files.error.empty())
+    result.error = "cannot list " + PathText(list.folder) + " (" + list.files.error + ")";
+  result.isForbidden = list.files.isForbidden;
+  std::vector<FileState> states(names.size());
   const auto read = [&](std::size_t index, std::string& sha1) {
     sha1.clear();
-    states[index] = ReadWhole(list.files[index], checksums, cancel, sha1);
+    states[index] = ReadWhole(platform::PathIn(list.folder, names[index]), checksums, cancel, sha1);
   };
-  OrderedPieces checked(list.files.size(), {static_cast<std::size_t>(threads), read});
-  for (std::size_t i = 0; i < list.files.size(); ++i) {
-    const std::string name = NameOf(list.files[i]);
+  OrderedPieces checked(names.size(), {static_cast<std::size_t>(threads), read});
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string name = PathText(names[i]);
     std::string sha1(checked.Take());
     switch (states[i]) {
       case FileState::kWhole:
@@ -140,16 +141,15 @@ SourceFiles ListSourceFiles(const std::string& path, source::Format format, Chec
   return result;
 }
 
-SourceStamp::Stamp SourceStamp::StampOf(const fs::path& path) {
-  return {path, platform::StampOf(path.native())};
-}
-
 SourceStamp::SourceStamp(const std::string& path) : path_(path) {
-  const bool isFile = IsFile(path);
-  if (isFile) files_.push_back(StampOf(AbsolutePath(path)));
+  const auto add = [this](const SystemPath& file) { files_.push_back({file, platform::StampOf(file)}); };
+  const SystemPath given = platform::FromUtf8Path(path);
+  const bool isFile = platform::IsFile(given);
+  if (isFile) add(platform::AbsolutePath(given));
   if (isFile && ToLower(path).ends_with(kReportExtension)) return;
-  for (const fs::path& file : FilesOf(path, source::Format::kRawDirectory).files) {
-    if (!IsByTheWay(NameOf(file), source::Format::kRawDirectory)) files_.push_back(StampOf(file));
+  const FolderList list = FilesOf(path, source::Format::kRawDirectory);
+  for (const SystemPath& name : list.files.names) {
+    if (!IsByTheWay(PathText(name), source::Format::kRawDirectory)) add(platform::PathIn(list.folder, name));
   }
 }
 
@@ -158,7 +158,7 @@ std::optional<std::string> SourceStamp::FindChange() const {
   const auto [was, is] = std::mismatch(files_.begin(), files_.end(), current.begin(), current.end());
   const bool isNew = is != current.end() && (was == files_.end() || is->path < was->path);
   if (was == files_.end() && !isNew) return std::nullopt;
-  return NameOf((isNew ? is : was)->path);
+  return PathText(NameOf((isNew ? is : was)->path));
 }
 
 std::string RunName(source::Source& source, int sample) {
@@ -166,14 +166,18 @@ std::string RunName(source::Source& source, int sample) {
   return source.SampleCount() > 1 ? name + "-sample" + std::to_string(sample + 1) : name;
 }
 
-bool IsPartOf(source::Source& source, const std::string& target) {
-  std::error_code ignored;
-  const fs::path own = AbsolutePath(source.Path());
-  const fs::path path = AbsolutePath(target);
-  if (fs::equivalent(path, own, ignored)) return true;
-  const fs::path folder = IsFile(source.Path()) ? own.parent_path() : own;
-  return source.GetFormat() == source::Format::kRawDirectory &&
-         fs::equivalent(path.parent_path(), folder, ignored);
+const std::string* FindOwner(const std::vector<std::string>& sources, const std::string& target) {
+  const SystemPath path = platform::FollowLinks(platform::FromUtf8Path(target));
+  const SystemPath folder = FolderOf(path);
+  const std::optional<platform::FileId> file = platform::IdOf(path);
+  const std::optional<platform::FileId> around =
+      platform::IdOf(folder.empty() ? platform::FromUtf8Path(".") : folder);
+  for (const std::string& source : sources) {
+    const std::optional<platform::FileId> own = platform::IdOf(RawDirectoryOf(source));
+    const std::optional<platform::FileId> given = platform::IdOf(platform::FromUtf8Path(source));
+    if ((own && own == around) || (given && given == file)) return &source;
+  }
+  return nullptr;
 }
 
 }  // namespace zrml::convert

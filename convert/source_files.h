@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +26,7 @@ struct SourceFiles {
   std::vector<std::string> closed;   // names of those that nobody here may open
   std::vector<std::string> broken;   // and of those that break off
   std::optional<std::string> error;  // why the folder is not listed, or not to its end
+  bool isForbidden = false;          // because nobody here may list it, although its files may open
 };
 
 enum class Checksums { kMade, kLeftOut };
@@ -48,13 +48,11 @@ class SourceStamp {
 
  private:
   struct Stamp {
-    std::filesystem::path path;
+    platform::SystemPath path;
     platform::FileStamp stamp;
 
     bool operator==(const Stamp&) const = default;
   };
-
-  static Stamp StampOf(const std::filesystem::path& path);
 
   std::string path_;
   std::vector<Stamp> files_;  // a report's alone, else also those of the raw directory there or around
@@ -65,7 +63,8 @@ class SourceStamp {
 /// "run.raw/_FUNC001.DAT"; one of several samples its number: "plate-sample2".
 std::string RunName(source::Source& source, int sample);
 
-/// Whether a file at `target` would be, or would replace, a part of the source.
-bool IsPartOf(source::Source& source, const std::string& target);
+/// Of the sources at the paths `sources` the one that a file at `target` would be, or would replace, a part
+/// of; null when there is none.
+const std::string* FindOwner(const std::vector<std::string>& sources, const std::string& target);
 
 }  // namespace zrml::convert

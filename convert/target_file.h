@@ -1,10 +1,11 @@
-// A file that appears under its name whole or not at all: written under a temporary name in the same folder,
-// flushed to the disk, then renamed.
+// A file that appears under its name whole or not at all: written without a name, or under a temporary one in
+// the same folder where the system has no files without, flushed to the disk, then named.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "common/platform/platform.h"
 #include "convert/byte_sink.h"
 #include "convert/hooks.h"
 
@@ -14,28 +15,32 @@ enum class Existing { kKeep, kReplace };
 
 class TargetFile : public ByteSink {
  public:
-  /// Makes the temporary file. Throws an Error when that is impossible, or when `path` exists and is to be
-  /// kept. `cancel` is asked when the disk is interrupted.
+  /// Makes the file without its name. Throws an Error when that is impossible, or when `path` exists and is
+  /// to be kept. One that is replaced is, off Windows, what a link at `path` leads to, and keeps its mode.
+  /// `cancel` is asked when the disk is interrupted.
   TargetFile(std::string path, Existing existing, Cancel cancel = {});
-  /// Removes the temporary file unless Finish has renamed it.
+  /// Removes the file unless Finish has named it.
   ~TargetFile() override;
 
   void Write(std::string_view bytes) override;
-  /// Flushes and renames. Throws an Error also when another program has made `path` in the meantime and it
-  /// is to be kept.
+  /// Flushes and names. Throws an Error also when another program has made `path` in the meantime and it is
+  /// to be kept.
   void Finish() override;
 
  private:
   static constexpr std::intptr_t kClosed = -1;
 
+  void Flush();
+  int Name();
   void Close();
-  [[noreturn]] void Fail(const std::string& reason) const;
+  [[noreturn]] void Fail(int error) const;
   [[noreturn]] void FailAsExisting() const;
 
   std::string path_;
+  platform::SystemPath target_;
   Existing existing_;
   Cancel cancel_;
-  std::string temporaryPath_;  // empty once there is none
+  platform::SystemPath temporary_;  // empty while there is none
   std::intptr_t handle_ = kClosed;
 };
 

@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 #include "convert/native_path.h"
@@ -11,18 +10,8 @@
 namespace zrml::convert {
 namespace {
 
-constexpr mode_t kMode = 0666;  // less what the process masks
-constexpr int kMostNames = 100;
-
-std::string Reason(int error) { return std::generic_category().message(error); }
-
-bool Exists(const std::string& path) {
-  struct stat status;
-  return ::lstat(path.c_str(), &status) == 0;
-}
-
-// With its slash; empty for the current folder.
-std::string FolderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+constexpr mode_t kMode = 0666;         // less what the process masks
+constexpr mode_t kPermissions = 0777;  // of a file that is replaced
 
 // 0, or the error. Never replaces a file at `to`.
 int RenameToNew(const std::string& from, const std::string& to) {
@@ -35,12 +24,50 @@ int RenameToNew(const std::string& from, const std::string& to) {
   }
   if (errno != EPERM && errno != EOPNOTSUPP) return errno;
   // Nor that (FAT): between look and rename another program may make the file.
-  if (Exists(to)) return EEXIST;
+  if (platform::IsThere(to)) return EEXIST;
   return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
 int RenameOver(const std::string& from, const std::string& to) {
   return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+// The name that the system gives an open file.
+std::string LinkTo(std::intptr_t handle) { return "/proc/self/fd/" + std::to_string(handle); }
+
+// 0, or the error. Never replaces a file at `path`.
+int NameUnnamed(std::intptr_t handle, const std::string& path) {
+  const std::string link = LinkTo(handle);
+  return ::linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+}
+
+// A file without a name, which leaves nothing behind even when the program is killed. kClosed (-1) where the
+// file system has none, or where it could not be named later.
+int OpenUnnamed(const std::string& folder) {
+  const int handle = ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, kMode);
+  if (handle < 0 || ::access(LinkTo(handle).c_str(), F_OK) == 0) return handle;
+  ::close(handle);
+  return -1;
+}
+
+// Calls `make` with names for a temporary file in the folder of `path` until one is new. The name; empty
+// after an error.
+template <class Make>
+std::string MakeTemporary(const std::string& path, Make make) {
+  constexpr int kMostNames = 100;
+  const std::string stem = FolderOf(path) + ".zrml-" + std::to_string(::getpid()) + "-";
+  for (int i = 0; i < kMostNames; ++i) {
+    std::string name = stem + std::to_string(i) + ".part";
+    if (make(name)) return name;
+    if (errno != EEXIST) break;
+  }
+  return {};
+}
+
+// Who is not the superuser may not give a file away, which is no reason to fail.
+void TakeOver(const struct stat& replaced, int handle) {
+  [[maybe_unused]] const int isKept = ::fchown(handle, replaced.st_uid, replaced.st_gid);
+  ::fchmod(handle, replaced.st_mode & kPermissions);
 }
 
 // So that the new name, too, outlives a power failure. Not all file systems can; the data are safe anyway.
@@ -54,25 +81,30 @@ void FlushFolder(const std::string& folder) {
 }  // namespace
 
 TargetFile::TargetFile(std::string path, Existing existing, Cancel cancel)
-    : path_(std::move(path)), existing_(existing), cancel_(std::move(cancel)) {
-  const std::string native = NativePath(path_).native();
-  if (existing_ == Existing::kKeep && Exists(native)) FailAsExisting();
-  const std::string stem = FolderOf(native) + ".zrml-" + std::to_string(::getpid()) + "-";
-  for (int i = 0; i < kMostNames && handle_ == kClosed; ++i) {
-    const std::string name = stem + std::to_string(i) + ".part";
-    handle_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
-    if (handle_ != kClosed) {
-      temporaryPath_ = name;
-    } else if (errno != EEXIST) {
-      break;
-    }
+    : path_(std::move(path)),
+      target_(platform::FromUtf8Path(path_)),
+      existing_(existing),
+      cancel_(std::move(cancel)) {
+  const bool mayReplace = existing_ == Existing::kReplace;
+  if (!mayReplace && platform::IsThere(target_)) FailAsExisting();
+  if (mayReplace) target_ = platform::FollowLinks(target_);
+  struct stat replaced {};
+  const bool isReplacing = mayReplace && ::stat(target_.c_str(), &replaced) == 0;
+  if (mayReplace && !isReplacing && errno == ELOOP) Fail(ELOOP);
+  handle_ = OpenUnnamed(FolderOf(target_));
+  if (handle_ == kClosed) {
+    temporary_ = MakeTemporary(target_, [this](const std::string& name) {
+      handle_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
+      return handle_ != kClosed;
+    });
   }
-  if (handle_ == kClosed) Fail(Reason(errno));
+  if (handle_ == kClosed) Fail(errno);
+  if (isReplacing) TakeOver(replaced, static_cast<int>(handle_));
 }
 
 TargetFile::~TargetFile() {
   Close();
-  if (!temporaryPath_.empty()) ::unlink(temporaryPath_.c_str());
+  if (!temporary_.empty()) ::unlink(temporary_.c_str());
 }
 
 void TargetFile::Close() {
@@ -86,26 +118,39 @@ void TargetFile::Write(std::string_view bytes) {
     if (count >= 0) {
       bytes.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
-      Fail(Reason(errno));
+      Fail(errno);
     }
   }
 }
 
-void TargetFile::Finish() {
+void TargetFile::Flush() {
   while (::fsync(static_cast<int>(handle_)) != 0 && errno != EINVAL) {
-    if (errno != EINTR) Fail(Reason(errno));
+    if (errno != EINTR) Fail(errno);
     ThrowIfCancelled(cancel_);
   }
-  const int closed = ::close(static_cast<int>(handle_));
-  handle_ = kClosed;
-  if (closed != 0 && errno != EINTR) Fail(Reason(errno));  // it is closed either way, and flushed before
-  const std::string& from = temporaryPath_;
-  const std::string to = NativePath(path_).native();
-  const int error = existing_ == Existing::kKeep ? RenameToNew(from, to) : RenameOver(from, to);
+}
+
+// 0, or the error.
+int TargetFile::Name() {
+  if (temporary_.empty()) {
+    const int error = NameUnnamed(handle_, target_);
+    if (error != EEXIST || existing_ == Existing::kKeep) return error;
+    // What is there can only be replaced by a file that has a name, for an instant.
+    temporary_ = MakeTemporary(
+        target_, [this](const std::string& name) { return (errno = NameUnnamed(handle_, name)) == 0; });
+    if (temporary_.empty()) return errno;
+  }
+  return existing_ == Existing::kKeep ? RenameToNew(temporary_, target_) : RenameOver(temporary_, target_);
+}
+
+void TargetFile::Finish() {
+  Flush();
+  const int error = Name();
   if (error == EEXIST && existing_ == Existing::kKeep) FailAsExisting();
-  if (error != 0) Fail(Reason(error));
-  temporaryPath_.clear();
-  FlushFolder(FolderOf(to));
+  if (error != 0) Fail(error);
+  temporary_.clear();
+  Close();  // which loses nothing that has been flushed
+  FlushFolder(FolderOf(target_));
 }
 
 }  // namespace zrml::convert

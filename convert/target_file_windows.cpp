@@ -10,45 +10,40 @@ namespace {
 
 constexpr int kMostNames = 100;
 
-std::string Reason(DWORD error) { return "system error " + std::to_string(error); }
-
-bool Exists(const std::wstring& path) {
-  return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-// With its separator; empty for the current folder.
-std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.find_last_of(L"\\/:") + 1); }
+int LastError() { return static_cast<int>(::GetLastError()); }
 
 HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
 std::intptr_t CreateNew(const std::wstring& path) {
-  const HANDLE handle =
-      ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE handle = ::CreateFileW(platform::Reachable(path).c_str(), GENERIC_WRITE, 0, nullptr,
+                                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   return reinterpret_cast<std::intptr_t>(handle);  // INVALID_HANDLE_VALUE is -1
 }
 
 }  // namespace
 
 TargetFile::TargetFile(std::string path, Existing existing, Cancel cancel)
-    : path_(std::move(path)), existing_(existing), cancel_(std::move(cancel)) {
-  const std::wstring wide = NativePath(path_).native();
-  if (existing_ == Existing::kKeep && Exists(wide)) FailAsExisting();
-  const std::wstring stem = FolderOf(wide) + L".zrml-" + std::to_wstring(::GetCurrentProcessId()) + L"-";
+    : path_(std::move(path)),
+      target_(platform::FromUtf8Path(path_)),
+      existing_(existing),
+      cancel_(std::move(cancel)) {
+  if (existing_ == Existing::kKeep && platform::IsThere(target_)) FailAsExisting();
+  const std::wstring stem = FolderOf(target_) + L".zrml-" + std::to_wstring(::GetCurrentProcessId()) + L"-";
   for (int i = 0; i < kMostNames && handle_ == kClosed; ++i) {
     const std::wstring name = stem + std::to_wstring(i) + L".part";
     handle_ = CreateNew(name);
     if (handle_ != kClosed) {
-      temporaryPath_ = PathText(name);
+      temporary_ = name;
     } else if (::GetLastError() != ERROR_FILE_EXISTS) {
       break;
     }
   }
-  if (handle_ == kClosed) Fail(Reason(::GetLastError()));
+  if (handle_ == kClosed) Fail(LastError());
 }
 
 TargetFile::~TargetFile() {
   Close();
-  if (!temporaryPath_.empty()) ::DeleteFileW(NativePath(temporaryPath_).c_str());
+  if (!temporary_.empty()) ::DeleteFileW(platform::Reachable(temporary_).c_str());
 }
 
 void TargetFile::Close() {
@@ -61,22 +56,30 @@ void TargetFile::Write(std::string_view bytes) {
   while (!bytes.empty()) {
     DWORD count = 0;
     const auto size = static_cast<DWORD>(std::min(bytes.size(), kLargest));
-    if (!::WriteFile(Handle(handle_), bytes.data(), size, &count, nullptr)) Fail(Reason(::GetLastError()));
+    if (!::WriteFile(Handle(handle_), bytes.data(), size, &count, nullptr)) Fail(LastError());
     bytes.remove_prefix(count);
   }
 }
 
-void TargetFile::Finish() {
-  if (!::FlushFileBuffers(Handle(handle_))) Fail(Reason(::GetLastError()));
-  Close();
+void TargetFile::Flush() {
+  if (!::FlushFileBuffers(Handle(handle_))) Fail(LastError());
+}
+
+// 0, or the error.
+int TargetFile::Name() {
   const DWORD flags =
       MOVEFILE_WRITE_THROUGH | (existing_ == Existing::kReplace ? MOVEFILE_REPLACE_EXISTING : 0);
-  if (!::MoveFileExW(NativePath(temporaryPath_).c_str(), NativePath(path_).c_str(), flags)) {
-    const DWORD error = ::GetLastError();
-    if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS) FailAsExisting();
-    Fail(Reason(error));
-  }
-  temporaryPath_.clear();
+  const std::wstring from = platform::Reachable(temporary_);
+  return ::MoveFileExW(from.c_str(), platform::Reachable(target_).c_str(), flags) ? 0 : LastError();
+}
+
+void TargetFile::Finish() {
+  Flush();
+  Close();
+  const int error = Name();
+  if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS) FailAsExisting();
+  if (error != 0) Fail(error);
+  temporary_.clear();
 }
 
 }  // namespace zrml::convert

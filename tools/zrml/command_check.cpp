@@ -129,7 +129,11 @@ class SourceReader {
 void ReadFiles(const source::Source& source, CheckResult& result) {
   const convert::SourceFiles files =
       convert::ListSourceFiles(source.Path(), source.GetFormat(), convert::Checksums::kLeftOut, 1, {});
-  if (files.error) result.problems.push_back({"", *files.error});
+  if (files.isForbidden) {
+    PrintError(source.Path() + ": " + *files.error + ", so only files that are known by name are looked at");
+  } else if (files.error) {
+    result.problems.push_back({"", *files.error});
+  }
   for (const std::string& file : files.broken) result.problems.push_back({file, "cannot be read to its end"});
 }
 

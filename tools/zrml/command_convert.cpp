@@ -2,7 +2,6 @@
 #include <functional>
 #include <new>
 #include <optional>
-#include <set>
 
 #include "convert/convert.h"
 #include "convert/target_file.h"
@@ -118,14 +117,15 @@ class Batch {
       return;
     }
     const std::string path = TargetPath(request_, source.First(), sample);
-    if (made_.contains(path)) {
+    if (made_.Has(path)) {
       throw Failure(ExitStatus::kUnreadable, source.First().Path() + " would replace " + path +
                                                  ", already written from another source");
     }
-    RefuseAsTarget(path, source.First());
+    RefuseUnlessFile(path);
+    RefuseSourceAsTarget(path, request_.paths);
     const auto target = MakeTarget(path);
     Convert(source, sample, path, *target);
-    made_.insert(path);
+    made_.Add(path);
     if (!request_.isQuiet && !isPrintingOver_) PrintPath(path);
   }
 
@@ -180,7 +180,7 @@ class Batch {
   const ConvertRequest& request_;
   DamagePolicy damage_;
   Output& out_;
-  std::set<std::string> made_;
+  MadeFiles made_;
   bool isPrintingOver_ = false;  // nobody reads it, or it has failed
   std::optional<Failure> unprinted_;
 };

@@ -1,7 +1,6 @@
 #include "tools/zrml/convert_damage.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <span>
 
 #include "convert/native_path.h"
@@ -83,11 +82,9 @@ void DamagePolicy::Warn(const std::string& name, const std::string& problem) con
 // Functions have their names from there.
 void DamagePolicy::WarnOfMissingLabels(source::Source& source, const std::string& name) const {
   if (source.GetFormat() != source::Format::kRawDirectory) return;
-  const std::filesystem::path own = convert::AbsolutePath(source.Path());
-  const std::filesystem::path folder = convert::IsFile(source.Path()) ? own.parent_path() : own;
-  std::error_code ignored;
+  const platform::SystemPath folder = convert::FolderOfSource(source.Path());
   for (const char* const labels : {"_EXTERN.INF", "_extern.inf"}) {
-    if (std::filesystem::exists(folder / labels, ignored)) return;
+    if (platform::IsThere(platform::PathIn(folder, platform::FromUtf8Path(labels)))) return;
   }
   Warn(name, "_EXTERN.INF is missing, so no function is known to be a lock mass");
 }

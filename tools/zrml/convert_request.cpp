@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <string_view>
 
 #include "convert/native_path.h"
 #include "convert/threads.h"
 #include "tools/zrml/command.h"
+#include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
 
 namespace zrml::tool {
@@ -153,20 +153,14 @@ void AddReportingOptions(CLI::App& options, ConvertRequest& request) {
 
 void RefuseFolderAsFile(const std::string& file) {
   if (file.empty()) return;
-  std::error_code ignored;
-  const std::filesystem::path path = convert::NativePath(file);
-  const bool isFolder = !path.has_filename() || std::filesystem::is_directory(path, ignored);
+  const bool isFolder = convert::EndsAsFolder(file) || platform::IsDirectory(platform::FromUtf8Path(file));
   if (isFolder) throw Failure(ExitStatus::kWrongUsage, file + " is a folder; -o takes one, -b a file");
 }
 
 void MakeFolder(const std::string& folder) {
-  std::error_code error;
-  std::error_code ignored;
-  const std::filesystem::path path = convert::NativePath(folder);
-  std::filesystem::create_directories(path, error);
-  if (error && !std::filesystem::is_directory(path, ignored)) {
-    throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error.message() + ")");
-  }
+  const std::string error = convert::MakeFolders(folder);
+  if (error.empty()) return;
+  throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error + ")");
 }
 
 }  // namespace
@@ -190,6 +184,7 @@ void Complete(ConvertRequest& request) {
   if (request.threads == 0) request.threads = std::min(convert::ProcessorCount(), kMostThreadsUnasked);
   if (request.isToStandardOutput) request.conversion.isIndexed = false;
   RefuseFolderAsFile(request.file);
+  if (!request.file.empty()) RefuseUnlessFile(request.file);
   if (!request.folder.empty()) MakeFolder(request.folder);
 }
 

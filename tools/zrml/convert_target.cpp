@@ -1,6 +1,6 @@
 #include "tools/zrml/convert_target.h"
 
-#include <filesystem>
+#include <algorithm>
 
 #include "convert/error.h"
 #include "convert/native_path.h"
@@ -12,19 +12,32 @@ namespace zrml::tool {
 
 std::string TargetPath(const ConvertRequest& request, source::Source& source, int sample) {
   if (!request.file.empty()) return request.file;
-  std::string folder = request.folder;
-  if (convert::NativePath(folder).has_filename()) folder += '/';
-  return folder + convert::RunName(source, sample) + ExtensionOf(request.conversion.format) +
-         (request.isGzipped ? ".gz" : "");
+  return convert::InFolder(request.folder, convert::RunName(source, sample) +
+                                               ExtensionOf(request.conversion.format) +
+                                               (request.isGzipped ? ".gz" : ""));
 }
 
-void RefuseAsTarget(const std::string& path, source::Source& source) {
-  std::error_code ignored;
-  const std::filesystem::path target = convert::NativePath(path);
-  if (std::filesystem::exists(target, ignored) && !std::filesystem::is_regular_file(target, ignored))
+void RefuseUnlessFile(const std::string& path) {
+  const platform::SystemPath target = platform::FromUtf8Path(path);
+  if (platform::IsDirectory(target) || platform::IsDevice(target))
     throw Failure(ExitStatus::kWrongUsage, path + " exists and is not a regular file");
-  if (convert::IsPartOf(source, path))
-    throw Failure(ExitStatus::kWrongUsage, path + " is a part of the source");
+}
+
+void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources) {
+  const std::string* const owner = convert::FindOwner(sources, path);
+  if (owner == nullptr) return;
+  const std::string which = sources.size() > 1 ? " " + *owner : "";
+  throw Failure(ExitStatus::kWrongUsage, path + " is a part of the source" + which);
+}
+
+void MadeFiles::Add(const std::string& path) {
+  paths_.insert(path);
+  if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.push_back(*id);
+}
+
+bool MadeFiles::Has(const std::string& path) const {
+  const std::optional<platform::FileId> id = platform::IdOf(platform::FromUtf8Path(path));
+  return paths_.contains(path) || (id && std::find(ids_.begin(), ids_.end(), *id) != ids_.end());
 }
 
 void StandardOutput::Write(std::string_view bytes) {

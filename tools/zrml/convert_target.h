@@ -1,9 +1,12 @@
 // Where `zrml convert` writes: files and their names, and standard output.
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "common/platform/paths.h"
 #include "convert/byte_sink.h"
 #include "source/source.h"
 #include "tools/zrml/convert_request.h"
@@ -13,9 +16,24 @@ namespace zrml::tool {
 /// The path that a sample becomes.
 std::string TargetPath(const ConvertRequest& request, source::Source& source, int sample);
 
-/// Throws a Failure when the path is a part of the source, which must survive its conversion, also when files
-/// may be replaced; or no file.
-void RefuseAsTarget(const std::string& path, source::Source& source);
+/// Throws a Failure when at `path` there is what no file can replace.
+void RefuseUnlessFile(const std::string& path);
+
+/// Throws a Failure when the path is a part of one of the sources, which must survive the command, also when
+/// files may be replaced.
+void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources);
+
+/// The files that a command has made.
+class MadeFiles {
+ public:
+  void Add(const std::string& path);
+  /// Also by another name: there are systems that do not tell case apart, and links.
+  bool Has(const std::string& path) const;
+
+ private:
+  std::set<std::string> paths_;
+  std::vector<platform::FileId> ids_;
+};
 
 /// The program's standard output.
 class StandardOutput : public convert::ByteSink {

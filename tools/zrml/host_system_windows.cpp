@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <shellapi.h>
 
-#include "common/platform/platform.h"
+#include "common/platform/paths.h"
 #include "tools/zrml/host_system.h"
 
 namespace zrml::tool {
@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kUsualWidth = 80;
 
-std::string LastError() { return "system error " + std::to_string(::GetLastError()); }
+std::string LastError() { return platform::ErrorText(static_cast<int>(::GetLastError())); }
 
 // A console takes wide characters, whatever its code page.
 bool WriteConsoleText(HANDLE console, std::string_view utf8) {
