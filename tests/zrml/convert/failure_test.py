@@ -1,6 +1,6 @@
 """failure_test.py ZRML LONG SHORT WORK FAILING_DISK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
 
-Under the target's name there is the whole file or none; unless killed, nothing else either.
+Under the target's name there is the whole file or none, and nothing else either.
 """
 import fcntl
 import os
@@ -52,10 +52,40 @@ def names(folder):
     return sorted(p.name for p in folder.iterdir())
 
 
-def wait_for_temporary_file(process):
-    while not list(process.folder.glob('.zrml-*.part')):
-        require(process.poll() is None, 'the temporary file has never been there')
+def has_unnamed_files(folder):
+    try:
+        os.close(os.open(folder, os.O_TMPFILE | os.O_WRONLY))
+        return True
+    except OSError:
+        return False
+
+
+def writes(process):
+    """Whether it holds a file without a name, or with a temporary one, open in its folder, and has written to it."""
+    for file in pathlib.Path(f'/proc/{process.pid}/fd').iterdir():
+        try:
+            if os.readlink(file).startswith((f'{process.folder}/#', f'{process.folder}/.zrml-')) and file.stat().st_size > 0:
+                return True
+        except OSError:  # closed meanwhile
+            pass
+    return False
+
+
+def wait_until_it_writes(process):
+    while not writes(process):
+        require(process.poll() is None, 'it has never written')
         time.sleep(0.001)
+
+
+def test_killed_while_it_writes(conversions):
+    for options in ([], ['--force']):
+        process = conversions.start(f'killed-{len(options)}', *options)
+        wait_until_it_writes(process)
+        process.kill()
+        conversions.finish(process)
+        require(process.returncode == -signal.SIGKILL, f'it ended with {process.returncode}')
+        is_clean = names(process.folder) == [] or not has_unnamed_files(process.folder)
+        require(is_clean, f'it left {names(process.folder)}')
 
 
 def test_killed_at_random(conversions):
@@ -66,6 +96,8 @@ def test_killed_at_random(conversions):
         time.sleep(moments.uniform(0, 1.1 * conversions.seconds))
         process.kill()
         conversions.finish(process)
+        is_clean = names(process.folder) in ([], [process.target.name]) or not has_unnamed_files(process.folder)
+        require(is_clean, f'kill {i} left {names(process.folder)}')
         if process.target.exists():
             require(process.target.read_bytes() == conversions.reference, f'a part of the file after kill {i}')
         else:
@@ -79,7 +111,7 @@ def test_interrupted(conversions):
 
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGXCPU):
         process = conversions.start(f'interrupted-{number.name}', preexec_fn=no_core)
-        wait_for_temporary_file(process)
+        wait_until_it_writes(process)
         process.send_signal(number)
         conversions.finish(process)
         require(process.returncode == -number, f'{number.name} ended it with {process.returncode}')
@@ -110,7 +142,7 @@ def test_interrupted_while_nobody_reads(conversions):
 
 def test_target_made_meanwhile(conversions):
     process = conversions.start('meanwhile')
-    wait_for_temporary_file(process)
+    wait_until_it_writes(process)
     process.target.write_text('of somebody else')
     conversions.finish(process)
     require(process.returncode == 5, f'status {process.returncode}')
@@ -218,16 +250,32 @@ def test_file_that_may_not_be_read(zrml, source):
         result = subprocess.run(command, capture_output=True, text=True, **user)
         require(result.returncode == 7 and '_FUNC001.IDX cannot be opened' in result.stderr, result.stderr)
         (private / '_FUNC001.IDX').chmod(0o755)
-        private.chmod(0o111)  # its files may be opened by name
         try:
-            result = subprocess.run(command, capture_output=True, text=True, **user)
-            require(result.returncode == 5 and 'cannot list' in result.stderr, result.stderr)
-            checked = subprocess.run([command[0], 'check', str(private)], capture_output=True, text=True, **user)
-            require(checked.returncode == 7 and 'cannot list' in checked.stdout, checked.stdout)
-            result = subprocess.run([*command, '--damaged'], capture_output=True, text=True, **user)
-            require(result.returncode == 0 and '<sourceFile' not in result.stdout, result.stderr)
+            test_folder_that_may_not_be_listed(command, private, user)
+            private.chmod(0o444)  # listed, but no file of it may be opened
+            for run in (command, [command[0], 'check', str(private)], [command[0], 'info', str(private)]):
+                result = subprocess.run(run, capture_output=True, text=True, **user)
+                require(result.returncode == 5, f'status {result.returncode}')
+                require(result.stderr == f'zrml: cannot reach what is in {private} (Permission denied)\n', result.stderr)
         finally:
             private.chmod(0o755)
+
+
+def test_folder_that_may_not_be_listed(command, private, user):
+    """Its files open by name: all that is known by name is there, and it is said that the rest is not."""
+    (private / 'notes.txt').unlink()
+    whole = subprocess.run(command, capture_output=True, text=True, check=True, **user).stdout
+    private.chmod(0o111)
+    said = f'zrml: {private}: cannot list {private} (Permission denied), so '
+    result = subprocess.run(command, capture_output=True, text=True, **user)
+    require(result.returncode == 0, f'status {result.returncode}')
+    require(result.stderr == said + 'its files are neither named nor watched\n', result.stderr)
+    require('<sourceFile ' not in result.stdout and '<sourceFile ' in whole, 'the source files')
+    spectra = [text[text.index('<spectrumList '):text.index('</spectrumList>')] for text in (result.stdout, whole)]
+    require(spectra[0] == spectra[1], 'other spectra')
+    checked = subprocess.run([command[0], 'check', str(private)], capture_output=True, text=True, **user)
+    require(checked.returncode == 0 and ' is sound: ' in checked.stdout, checked.stdout)
+    require(checked.stderr == said + 'only files that are known by name are looked at\n', checked.stderr)
 
 
 def test_scan_past_the_end(conversions, source):
@@ -267,7 +315,8 @@ def test_failing_disk(conversions, failing_disk):
 def main(zrml, long_source, source, work, failing_disk):
     work = pathlib.Path(work)
     shutil.rmtree(work, ignore_errors=True)
-    long_conversions = Conversions(zrml, long_source, work / 'long')  # leave time to see the temporary file
+    long_conversions = Conversions(zrml, long_source, work / 'long')  # leave time to see the file grow
+    test_killed_while_it_writes(long_conversions)
     test_interrupted(long_conversions)
     test_target_made_meanwhile(long_conversions)
     conversions = Conversions(zrml, source, work / 'short')
