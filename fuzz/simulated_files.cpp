@@ -28,6 +28,14 @@ Contents Find(std::wstring_view path) {
   return file == folder.end() ? nullptr : file->second;
 }
 
+Contents FindAt(const platform::SystemPath& path) {
+#ifdef _WIN32
+  return Find(path);
+#else
+  return Find(platform::FromNativePath(path));
+#endif
+}
+
 }  // namespace
 
 void SetFiles(Files files) {
@@ -69,11 +77,7 @@ File File::Open(const std::wstring& path) { return OpenSystemPath(ToSystemPath(p
 
 File File::OpenSystemPath(const SystemPath& path) {
   File file;
-#ifdef _WIN32
-  Contents contents = Find(path);
-#else
-  Contents contents = Find(FromNativePath(path));
-#endif
+  Contents contents = FindAt(path);
   if (contents != nullptr) {
     file.handle_ = ++lastHandle;
     openFiles.emplace(file.handle_, std::move(contents));
@@ -108,6 +112,11 @@ bool IsFile(const std::wstring& path) { return Find(path) != nullptr; }
 bool IsDirectory(const SystemPath& path) { return IsDirectory(FromNativePath(path)); }
 bool IsFile(const SystemPath& path) { return IsFile(FromNativePath(path)); }
 #endif
+
+FileStamp StampOf(const SystemPath& path) {
+  const Contents contents = FindAt(path);
+  return {contents != nullptr ? contents->size() : 0};
+}
 
 bool IsThere(const SystemPath& path) { return IsFile(path) || IsDirectory(path); }
 
