@@ -82,10 +82,12 @@ void CopyTwoArrays(benchmark::State& state) {
 }
 
 constexpr LayoutData kSmallScans = {9, 500, true, 20000};
+constexpr LayoutData kUncalibrated = {9, 500, false, 20000};
 
+template <const LayoutData& kScans>
 void MassRange(benchmark::State& state) {
   plugin::CMLDataServerImpl server;
-  server.Open(AcquisitionOf(kSmallScans).WidePath());
+  server.Open(AcquisitionOf(kScans).WidePath());
   CZRChromatogram chromatogram;
   if (!server.GetMassRangeChromatogram(500, 1000, true, 0, 0, chromatogram) ||
       !(chromatogram.Intensities()[7] > 0))
@@ -94,36 +96,39 @@ void MassRange(benchmark::State& state) {
     benchmark::DoNotOptimize(server.GetMassRangeChromatogram(500, 1000, true, 0, 0, chromatogram));
 }
 
+template <const LayoutData& kScans>
 void EachSpectrum(benchmark::State& state) {
   plugin::CMLDataServerImpl server;
-  server.Open(AcquisitionOf(kSmallScans).WidePath());
+  server.Open(AcquisitionOf(kScans).WidePath());
   CZRMassSpectrum spectrum;
   for (auto _ : state) {
-    for (int scan = 0; scan < kSmallScans.scans; ++scan) server.GetSpectrum(0, 0, scan, spectrum);
+    for (int scan = 0; scan < kScans.scans; ++scan) server.GetSpectrum(0, 0, scan, spectrum);
     benchmark::DoNotOptimize(spectrum.GetMasses());
   }
 }
 
+template <const LayoutData& kScans>
 void SourceMassRange(benchmark::State& state) {
   constexpr source::Range kRange = {500, 1000};
   plugin::CMLDataServerImpl server;
   CZRChromatogram expected;
-  server.Open(AcquisitionOf(kSmallScans).WidePath());
+  server.Open(AcquisitionOf(kScans).WidePath());
   server.GetMassRangeChromatogram(kRange.low, kRange.high, true, 0, 0, expected);
-  const auto source = source::Source::Open(AcquisitionOf(kSmallScans).Path().string());
+  const auto source = source::Source::Open(AcquisitionOf(kScans).Path().string());
   if (source->MassRange(0, 0, kRange, source::Within::kSum).intensities[7] != expected.Intensities()[7])
     return state.SkipWithError("wrong chromatogram");
   for (auto _ : state)
     benchmark::DoNotOptimize(source->MassRange(0, 0, kRange, source::Within::kSum).intensities.data());
 }
 
+template <const LayoutData& kScans>
 void SourceEachSpectrum(benchmark::State& state) {
-  const auto source = source::Source::Open(AcquisitionOf(kSmallScans).Path().string());
+  const auto source = source::Source::Open(AcquisitionOf(kScans).Path().string());
   std::vector<double> mz;
   std::vector<double> intensities;
   for (auto _ : state) {
-    for (int scan = 0; scan < kSmallScans.scans; ++scan) {
-      if (source->ReadPoints(0, 0, scan, mz, intensities).count != kSmallScans.points)
+    for (int scan = 0; scan < kScans.scans; ++scan) {
+      if (source->ReadPoints(0, 0, scan, mz, intensities).count != kScans.points)
         state.SkipWithError("a spectrum is not read");
     }
     benchmark::DoNotOptimize(mz.data());
@@ -193,12 +198,22 @@ BENCHMARK(FirstScanCount)->Name("First GetScanCount of 1M scans with statistics/
 BENCHMARK(ReadIndexAndStatistics)->Name("First GetScanCount of 1M scans with statistics/floor");
 BENCHMARK(TotalIon)->Name("Total ion chromatogram of 1M scans/ours");
 BENCHMARK(CopyTwoArrays)->Name("Total ion chromatogram of 1M scans/floor");
-BENCHMARK(MassRange)->Name("Mass-range chromatogram of 20k scans/ours");
-BENCHMARK(EachSpectrum)->Name("Mass-range chromatogram of 20k scans/floor");
-BENCHMARK(SourceEachSpectrum)->Name("source/ beside the slots: all spectra of 20k scans/ours");
-BENCHMARK(EachSpectrum)->Name("source/ beside the slots: all spectra of 20k scans/floor");
-BENCHMARK(SourceMassRange)->Name("source/ beside the slots: mass-range chromatogram of 20k scans/ours");
-BENCHMARK(MassRange)->Name("source/ beside the slots: mass-range chromatogram of 20k scans/floor");
+BENCHMARK(MassRange<kSmallScans>)->Name("Mass-range chromatogram of 20k scans/ours");
+BENCHMARK(EachSpectrum<kSmallScans>)->Name("Mass-range chromatogram of 20k scans/floor");
+BENCHMARK(SourceEachSpectrum<kSmallScans>)->Name("source/ beside the slots: all spectra of 20k scans/ours");
+BENCHMARK(EachSpectrum<kSmallScans>)->Name("source/ beside the slots: all spectra of 20k scans/floor");
+BENCHMARK(SourceEachSpectrum<kUncalibrated>)
+    ->Name("source/ beside the slots: all spectra of 20k scans, not calibrated/ours");
+BENCHMARK(EachSpectrum<kUncalibrated>)
+    ->Name("source/ beside the slots: all spectra of 20k scans, not calibrated/floor");
+BENCHMARK(SourceMassRange<kSmallScans>)
+    ->Name("source/ beside the slots: mass-range chromatogram of 20k scans/ours");
+BENCHMARK(MassRange<kSmallScans>)
+    ->Name("source/ beside the slots: mass-range chromatogram of 20k scans/floor");
+BENCHMARK(SourceMassRange<kUncalibrated>)
+    ->Name("source/ beside the slots: mass-range chromatogram of 20k scans, not calibrated/ours");
+BENCHMARK(MassRange<kUncalibrated>)
+    ->Name("source/ beside the slots: mass-range chromatogram of 20k scans, not calibrated/floor");
 BENCHMARK(SourceOpen)->Name("source/ beside the slots: opening 60 functions/ours");
 BENCHMARK(OpenDirectory)->Name("source/ beside the slots: opening 60 functions/floor");
 BENCHMARK(OpenDirectory)->Name("Open of 60 functions and 2,000 header lines/ours");
