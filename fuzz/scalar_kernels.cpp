@@ -1,6 +1,7 @@
 #include "fuzz/scalar_kernels.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <utility>
 
@@ -17,7 +18,7 @@ void Unpack(const std::byte* points, std::size_t count, float* rawMasses, double
   for (std::size_t i = 0; i < count; ++i) {
     const PackedPoint point = kUnpack(points + i * kSize);
     rawMasses[i] = point.mass;
-    intensities[i] = point.intensity;
+    if (intensities != nullptr) intensities[i] = point.intensity;
   }
 }
 
@@ -68,6 +69,12 @@ bool Descends(double before, const double* values, std::size_t count) {
                      [&](double value) { return value <= std::exchange(before, value); });
 }
 
+float LeastStep(const float* values, std::size_t count) {
+  float least = FLT_MAX;
+  for (std::size_t i = 1; i < count; ++i) least = std::min(least, values[i] - values[i - 1]);
+  return least;
+}
+
 void LinearAxis(double start, double step, double* values, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i, start += step) values[i] = static_cast<float>(start);
 }
@@ -109,6 +116,7 @@ constinit const PointKernels kScalarKernels = {
     .widen = [](const float* values, std::size_t count,
                 double* widened) { std::copy_n(values, count, widened); },
     .descends = Descends,
+    .leastStep = LeastStep,
     .linearAxis = LinearAxis,
 };
 

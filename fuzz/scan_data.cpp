@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <iterator>
+#include <optional>
 #include <vector>
 
 #include "fuzz/check.h"
@@ -10,6 +11,7 @@
 #include "fuzz/scalar_kernels.h"
 #include "fuzz/simulated_files.h"
 #include "masslynx/scandata/calibration.h"
+#include "masslynx/scandata/scan_decoder.h"
 #include "plugin/raw_spectra.h"
 
 namespace zrml::fuzz {
@@ -131,6 +133,28 @@ void CheckCalibration(const platform::File& file, const FunctionRecord& function
   }
 }
 
+// The range goes from the mass of one point to that of another.
+void CheckWithin(const platform::File& file, const FunctionRecord& function) {
+  const std::optional<ScanRoom> room = RoomOf(function, 0);
+  if (!room) return;
+  std::vector<std::byte> bytes(room->bytes);
+  bytes.resize(file.ReadAt(room->offset, bytes));
+  std::vector<double> masses(room->points);
+  std::vector<double> intensities(room->points);
+  const DecodedPoints all = DecodeScan(function, 0, *room, bytes, {masses.data(), intensities.data()});
+  const MassRange range =
+      all.count == 0 ? MassRange{} : MassRange{masses[all.count / 4], masses[all.count / 2]};
+  std::vector<double> within;
+  if (!DecodeWithin(function, 0, *room, bytes, range, within)) return;
+  Check(all.count > 0 && !all.isUnsorted, "a range is looked for in ascending masses only");
+  std::vector<double> expected;
+  for (std::size_t i = 0; i < all.count; ++i) {
+    if (range.low <= masses[i] && masses[i] <= range.high) expected.push_back(intensities[i]);
+  }
+  Check(std::equal(within.begin(), within.end(), expected.begin(), expected.end(), AreAlike),
+        "a range holds the points that all points have in it");
+}
+
 void CheckScan(const platform::File& file, const FunctionRecord& function) {
   static const std::vector<const PointKernels*> fastKernels = FastKernels();
   ChooseKernels(kScalarKernels);
@@ -138,11 +162,13 @@ void CheckScan(const platform::File& file, const FunctionRecord& function) {
   Decode(file, function, reference);
   CheckDecoded(function, reference);
   CheckCalibration(file, function, reference);
+  CheckWithin(file, function);
   for (const PointKernels* kernels : fastKernels) {
     ChooseKernels(*kernels);
     Decoded decoded;
     Decode(file, function, decoded);
     CheckAlike(reference, decoded);
+    CheckWithin(file, function);
   }
   if (!reference.accepted) return;
   if (reference.unsorted) SortByMass(true, reference.spectrum);

@@ -302,6 +302,15 @@ std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensiti
   return count;
 }
 
+std::optional<std::span<const double>> RawSource::IntensitiesWithin(int sample, int function, int scan,
+                                                                    Range range, Points& points) {
+  const StoredScan stored = FetchScan(function, scan);
+  if (masslynx::DecodeWithin(directory_.Functions()[PositionOf(function)], scan, stored.room, stored.bytes,
+                             {range.low, range.high}, points.intensities))
+    return points.intensities;
+  return Source::IntensitiesWithin(sample, function, scan, range, points);  // what was fetched is still there
+}
+
 int RawSource::DriftBinCount(int, int function) {
   const Function& described = At(std::span(functions_), function, "function");
   return described.hasMobility ? mobility_.BinCount({mobilityPath_, described.id.number}) : 0;

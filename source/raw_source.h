@@ -51,6 +51,10 @@ class RawSource : public Source {
 
   std::span<const Finding> Findings() override;
 
+ protected:
+  std::optional<std::span<const double>> IntensitiesWithin(int sample, int function, int scan, Range range,
+                                                           Points& points) override;
+
  private:
   // A scan as it stands in its data file.
   struct StoredScan {

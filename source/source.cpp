@@ -87,6 +87,17 @@ PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<do
   return read;
 }
 
+std::optional<std::span<const double>> Source::IntensitiesWithin(int sample, int function, int scan,
+                                                                 Range range, Points& points) {
+  auto& [mz, intensities] = points;
+  const PointsRead read = ReadPoints(sample, function, scan, mz, intensities);
+  if (read.count == 0 && read.lost > 0) return std::nullopt;
+  const auto begin = std::lower_bound(mz.begin(), mz.end(), range.low) - mz.begin();
+  const auto end = std::upper_bound(mz.begin(), mz.end(), range.high) - mz.begin();
+  if (begin >= end) return std::span<const double>();
+  return std::span(intensities.begin() + begin, intensities.begin() + end);
+}
+
 std::vector<MetadataItem> Source::FunctionMetadata(int, int) { return {}; }
 std::optional<std::string> Source::FunctionText(int, int) { return std::nullopt; }
 
@@ -160,18 +171,12 @@ void ThrowIfCancelled(const Cancel& cancel) {
   if (cancel && cancel()) throw Cancelled();
 }
 
-// Of the points of a scan in ascending m/z; 0 where there is none in the range.
-double IntensityWithin(std::span<const double> mz, std::span<const double> intensities, Range range,
-                       Within within) {
-  const auto first = std::lower_bound(mz.begin(), mz.end(), range.low) - mz.begin();
-  const auto last = std::upper_bound(mz.begin(), mz.end(), range.high) - mz.begin();
-  if (first >= last) return 0;
-  const auto begin = intensities.begin() + first;
-  const auto end = intensities.begin() + last;
-  if (within == Within::kSum) return std::accumulate(begin, end, 0.0);
+// What a chromatogram shows of the points of a scan, given in their order; 0 where there is none.
+double OfIntensities(std::span<const double> values, Within within) {
+  if (within == Within::kSum) return std::accumulate(values.begin(), values.end(), 0.0);
   constexpr double kLowest = std::numeric_limits<double>::lowest();
-  const double largest =
-      std::accumulate(begin, end, kLowest, [](double a, double b) { return std::max(a, b); });
+  const double largest = std::accumulate(values.begin(), values.end(), kLowest,
+                                         [](double a, double b) { return std::max(a, b); });
   return largest > kLowest ? largest : 0;
 }
 
@@ -202,13 +207,12 @@ Chromatogram Source::MassRange(int sample, int function, Range range, Within wit
   Chromatogram chromatogram;
   chromatogram.minutes = Minutes(sample, function);
   const int scans = static_cast<int>(chromatogram.minutes.size());
-  std::vector<double> mz;
-  std::vector<double> intensities;
+  chromatogram.intensities.assign(chromatogram.minutes.size(), kNaN);
+  Points points;
   for (int scan = 0; scan < scans; ++scan) {
     ThrowIfCancelled(cancel);
-    const PointsRead read = ReadPoints(sample, function, scan, mz, intensities);
-    const bool isLost = read.count == 0 && read.lost > 0;
-    chromatogram.intensities.push_back(isLost ? kNaN : IntensityWithin(mz, intensities, range, within));
+    if (const auto values = IntensitiesWithin(sample, function, scan, range, points))
+      chromatogram.intensities[static_cast<std::size_t>(scan)] = OfIntensities(*values, within);
   }
   return chromatogram;
 }

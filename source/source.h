@@ -193,6 +193,16 @@ class Source {
  protected:
   explicit Source(std::string path) : path_(std::move(path)) {}
 
+  struct Points {
+    std::vector<double> mz;
+    std::vector<double> intensities;
+  };
+
+  /// Of the points of a scan from `range.low` to `range.high`, in ascending m/z, kept in `points`; no value
+  /// when all points of the scan are lost.
+  virtual std::optional<std::span<const double>> IntensitiesWithin(int sample, int function, int scan,
+                                                                   Range range, Points& points);
+
  private:
   // When a scan was taken.
   struct ScanTime {

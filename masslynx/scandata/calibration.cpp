@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfloat>
 #include <cmath>
 #include <optional>
 
@@ -199,28 +200,105 @@ ScanCalibration::ScanCalibration(const FunctionRecord& function, const ScanIndex
     modification_ = &function.modificationCal;
 }
 
-double ScanCalibration::operator()(float raw) const {
-  const float corrected = correctsTemperature_ ? raw * temperatureFactor_ : raw;
-  if (primary_ == nullptr) return corrected;
-
-  const bool root = primary_->root;
-  const double x = corrected;
-  double y = Evaluate(*primary_, root ? std::sqrt(x) : x);
-  bool isRoot = root;  // whether y is the square root of a mass
+// What is done to a value from the raw mass to the m/z; there is a primary polynomial.
+template <class Steps>
+void ScanCalibration::TakeSteps(Steps& steps) const {
+  bool isRoot = primary_->root;  // whether the value is the square root of a mass
+  if (isRoot) steps.Root();
+  steps.Evaluate(*primary_);
   if (modification_ != nullptr) {
-    if (root && !modification_->root) y = y * y;
-    if (!root && modification_->root) y = std::sqrt(y);
-    y = Evaluate(*modification_, y);
+    if (isRoot && !modification_->root) steps.Square();
+    if (!isRoot && modification_->root) steps.Root();
+    steps.Evaluate(*modification_);
     isRoot = modification_->root;
   }
-  return static_cast<float>(isRoot ? y * y : y);
+  if (isRoot) steps.Square();
+}
+
+namespace {
+
+struct OneValue {
+  double value;
+
+  void Root() { value = std::sqrt(value); }
+  void Square() { value *= value; }
+  void Evaluate(const CalibrationPolynomial& polynomial) {
+    value = zrml::masslynx::Evaluate(polynomial, value);
+  }
+};
+
+struct ManyValues {
+  const PointKernels& kernels;
+  double* values;
+  std::size_t count;
+
+  void Root() { kernels.root(values, count); }
+  void Square() { kernels.square(values, count); }
+  void Evaluate(const CalibrationPolynomial& polynomial) {
+    kernels.polynomial(polynomial.coefficients.data(), polynomial.coefficients.size(), values, count);
+  }
+};
+
+// What is certain of values above 0 that come of ascending ones: as long as `step`, by which they ascend at
+// least, is above 0. Where it once is not, it stays so.
+struct AscendingValues {
+  // No value is off by more, in parts of the greatest that it meets: two of them, each after six
+  // multiplications and six additions, are by 24 x 2^-53.
+  static constexpr double kRounding = 0x1p-46;
+
+  double low;
+  double high;
+  double step;
+
+  // Of what rises by `slope` at least and is `greatest` at most.
+  void Rise(double slope, double greatest, double rounding) {
+    step = low > 0 && step > 0 ? step * slope - greatest * rounding : 0;
+  }
+
+  // The same of one operation in single precision, as long as it holds numbers of this size.
+  void RiseInSingle(double slope) { Rise(high >= FLT_MIN && high <= FLT_MAX ? slope : 0, high, 0x1p-22); }
+
+  void Root() {
+    Rise(0.5 / std::sqrt(high), std::sqrt(high), kRounding);
+    low = std::sqrt(low);
+    high = std::sqrt(high);
+  }
+
+  void Square() {
+    Rise(2 * low, high * high, kRounding);
+    low *= low;
+    high *= high;
+  }
+
+  void Evaluate(const CalibrationPolynomial& polynomial) {
+    const std::vector<double>& c = polynomial.coefficients;
+    double slope = 0;
+    double greatest = std::abs(c[0]);
+    double lowPower = 1;
+    double highPower = 1;
+    for (std::size_t i = 1; i < c.size(); ++i) {
+      slope += static_cast<double>(i) * c[i] * (c[i] > 0 ? lowPower : highPower);
+      lowPower *= low;
+      highPower *= high;
+      greatest += std::abs(c[i]) * highPower;
+    }
+    Rise(slope, greatest, kRounding);
+    low = zrml::masslynx::Evaluate(polynomial, low);
+    high = zrml::masslynx::Evaluate(polynomial, high);
+  }
+};
+
+}  // namespace
+
+double ScanCalibration::operator()(float raw) const {
+  OneValue mass{Corrected(raw)};
+  if (primary_ == nullptr) return mass.value;
+  TakeSteps(mass);
+  return static_cast<float>(mass.value);
 }
 
 void ScanCalibration::Convert(const PointKernels& kernels, float* raw, std::size_t count,
                               double* masses) const {
-  const auto evaluate = [&](const CalibrationPolynomial& polynomial) {
-    kernels.polynomial(polynomial.coefficients.data(), polynomial.coefficients.size(), masses, count);
-  };
   if (correctsTemperature_) kernels.scale(temperatureFactor_, raw, count);
   if (primary_ != nullptr && modification_ == nullptr) {
     const std::vector<double>& c = primary_->coefficients;
@@ -229,14 +307,18 @@ void ScanCalibration::Convert(const PointKernels& kernels, float* raw, std::size
   }
   kernels.widen(raw, count, masses);
   if (primary_ == nullptr) return;
-
-  if (primary_->root) kernels.root(masses, count);
-  evaluate(*primary_);
-  if (primary_->root && !modification_->root) kernels.square(masses, count);
-  if (!primary_->root && modification_->root) kernels.root(masses, count);
-  evaluate(*modification_);
-  if (modification_->root) kernels.square(masses, count);
+  ManyValues all{kernels, masses, count};
+  TakeSteps(all);
   kernels.round(masses, count);
+}
+
+bool ScanCalibration::Ascends(float low, float high, float step) const {
+  if (primary_ == nullptr && !correctsTemperature_) return step > 0;
+  AscendingValues values{Corrected(low), Corrected(high), step};
+  if (correctsTemperature_) values.RiseInSingle(temperatureFactor_);
+  if (primary_ != nullptr) TakeSteps(values);
+  values.RiseInSingle(1);
+  return values.step > 0 && std::isfinite(values.step);
 }
 
 double CalibrateMass(const FunctionRecord& function, const ScanIndexEntry& scan, float raw) {

@@ -52,7 +52,15 @@ class ScanCalibration {
   /// The same for `count` raw masses, which are used up.
   void Convert(const PointKernels& kernels, float* raw, std::size_t count, double* masses) const;
 
+  /// Whether m/z ascends with raw masses from `low` to `high` that ascend by `step` at least. False also
+  /// where simple bounds do not show it.
+  bool Ascends(float low, float high, float step) const;
+
  private:
+  template <class Steps>
+  void TakeSteps(Steps& steps) const;
+  float Corrected(float raw) const { return correctsTemperature_ ? raw * temperatureFactor_ : raw; }
+
   const CalibrationPolynomial* primary_ = nullptr;
   const CalibrationPolynomial* modification_ = nullptr;  // only with a primary polynomial
   bool correctsTemperature_ = false;

@@ -9,7 +9,7 @@ namespace zrml::masslynx {
 
 struct PointKernels {
   /// Raw masses and intensities of `count` stored points, of data format 0, 8, 9, 12 (also the first eight
-  /// bytes of a point of 13).
+  /// bytes of a point of 13). `intensities` may be null.
   using Unpack = void (*)(const std::byte* points, std::size_t count, float* rawMasses, double* intensities);
   Unpack unpack0;
   Unpack unpack8;
@@ -44,6 +44,9 @@ struct PointKernels {
   void (*widen)(const float* values, std::size_t count, double* widened);
   /// Whether a value is not above the one before it, `before` for the first.
   bool (*descends)(double before, const double* values, std::size_t count);
+  /// The least difference of a value from the one before it, or, when one is not above it, 0 or less; of a
+  /// single value the greatest of all numbers.
+  float (*leastStep)(const float* values, std::size_t count);
   /// start, start + step and so on by repeated addition, each sum stored in single precision.
   void (*linearAxis)(double start, double step, double* values, std::size_t count);
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cfloat>
+#include <utility>
 
 #include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/packed_point.h"
@@ -84,6 +85,57 @@ bool DecodeRawMasses(const StoredScan& scan, const PointArrays& points) {
   return unsorted;
 }
 
+// Where a range begins and ends in a block of raw masses with which m/z ascends: a few of them are calibrated
+// far apart, and then those at both ends.
+std::pair<std::size_t, std::size_t> PartWithin(MassRange range, const ScanCalibration& calibration,
+                                               const float* raw, std::size_t count) {
+  constexpr std::size_t kStep = 16;
+  const std::size_t steps = count / kStep;
+  float some[kBlock / kStep];
+  double masses[kBlock / kStep];
+  for (std::size_t i = 0; i < steps; ++i) some[i] = raw[i * kStep + kStep - 1];
+  calibration.Convert(ChosenKernels(), some, steps, masses);
+  const auto countBefore = [&](auto isBefore) {
+    const std::size_t first =
+        static_cast<std::size_t>(std::count_if(masses, masses + steps, isBefore)) * kStep;
+    const std::size_t n = std::min(kStep, count - first);
+    float next[kStep];
+    double nextMasses[kStep];
+    std::copy_n(raw + first, n, next);
+    calibration.Convert(ChosenKernels(), next, n, nextMasses);
+    return first + static_cast<std::size_t>(std::count_if(nextMasses, nextMasses + n, isBefore));
+  };
+  return {countBefore([&](double mass) { return mass < range.low; }),
+          countBefore([&](double mass) { return !(range.high < mass); })};
+}
+
+// The points of a range, when it is seen of each block that m/z ascends from the end of the one before.
+template <std::size_t kPointSize, PointKernels::Unpack PointKernels::*kUnpack>
+bool DecodeRawMassesWithin(const StoredScan& scan, MassRange range, std::vector<double>& intensities) {
+  const PointKernels& kernels = ChosenKernels();
+  const ScanCalibration calibration(scan.function, scan.entry);
+  bool ascends = scan.count > 0;
+  float withLast[1 + kBlock];  // the last of the block before
+  float* const raw = withLast + 1;
+  InBlocks(scan.count, [&](std::size_t first, std::size_t n) {
+    if (!ascends) return;
+    const std::byte* const points = scan.bytes.data() + first * kPointSize;
+    (kernels.*kUnpack)(points, n, raw, nullptr);
+    const float* const run = first > 0 ? withLast : raw;
+    const float last = raw[n - 1];
+    ascends =
+        calibration.Ascends(*run, last, kernels.leastStep(run, static_cast<std::size_t>(raw + n - run)));
+    if (!ascends) return;
+    const auto [begin, end] = PartWithin(range, calibration, raw, n);
+    withLast[0] = last;
+    if (begin >= end) return;
+    const std::size_t before = intensities.size();
+    intensities.resize(before + end - begin);
+    (kernels.*kUnpack)(points + begin * kPointSize, end - begin, raw, intensities.data() + before);
+  });
+  return ascends;
+}
+
 // Format 1: pairs. Deliberate: a second point without intensity is not written. So the padding point of an
 // odd count never shows either.
 bool DecodePairs(const StoredScan& scan, const PointArrays& points) {
@@ -151,13 +203,18 @@ enum class Masses { kPoints, kNumbers, kChannels, kChannelsThatAreThere, kLinear
 struct Layout {
   Decoder decode = nullptr;
   Masses masses = Masses::kPoints;
+  decltype(&DecodeRawMassesWithin<4, &PointKernels::unpack0>) decodeWithin = nullptr;
 };
+
+template <std::size_t kPointSize, PointKernels::Unpack PointKernels::*kUnpack>
+constexpr Layout kRawMasses = {DecodeRawMasses<kPointSize, kUnpack>, Masses::kPoints,
+                               DecodeRawMassesWithin<kPointSize, kUnpack>};
 
 constexpr int kMixed = 6;
 
 // By data format.
 constexpr std::array<Layout, 15> kLayouts = {{
-    {DecodeRawMasses<4, &PointKernels::unpack0>},
+    kRawMasses<4, &PointKernels::unpack0>,
     {DecodePairs},
     {DecodeChannels<2, ListedIntensity2>, Masses::kChannels},
     {DecodeNumbered, Masses::kNumbers},
@@ -165,12 +222,12 @@ constexpr std::array<Layout, 15> kLayouts = {{
     {kDecodeGroupsOf2, Masses::kLinearAxis},
     {},  // kMixed
     {kDecodeGroupsOf2, Masses::kLinearAxis},
-    {DecodeRawMasses<6, &PointKernels::unpack8>},
-    {DecodeRawMasses<6, &PointKernels::unpack9>},
+    kRawMasses<6, &PointKernels::unpack8>,
+    kRawMasses<6, &PointKernels::unpack9>,
     {},
     {DecodeChannels<4, ListedIntensity11>, Masses::kChannelsThatAreThere},
-    {DecodeRawMasses<8, &PointKernels::unpack12>},
-    {DecodeRawMasses<12, &PointKernels::unpack13>},
+    kRawMasses<8, &PointKernels::unpack12>,
+    kRawMasses<12, &PointKernels::unpack13>,
     {DecodeChannels<12, ListedIntensity11>, Masses::kChannelsThatAreThere},
 }};
 
@@ -221,6 +278,15 @@ DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoo
   const ScanIndexEntry& entry = function.scanIndex[static_cast<std::size_t>(scan)];
   const Layout& layout = kLayouts[static_cast<std::size_t>(room.layout)];
   return {count, layout.decode({function, entry, room, bytes, count}, points)};
+}
+
+bool DecodeWithin(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
+                  MassRange range, std::vector<double>& intensities) {
+  const auto decode = kLayouts[static_cast<std::size_t>(room.layout)].decodeWithin;
+  if (decode == nullptr) return false;
+  intensities.clear();
+  const ScanIndexEntry& entry = function.scanIndex[static_cast<std::size_t>(scan)];
+  return decode({function, entry, room, bytes, room.PointsIn(bytes.size())}, range, intensities);
 }
 
 }  // namespace zrml::masslynx

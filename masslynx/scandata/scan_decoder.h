@@ -17,6 +17,16 @@ std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan);
 DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                          const PointArrays& points);
 
+struct MassRange {
+  double low = 0;
+  double high = 0;
+};
+
+/// The intensities of the points from `range.low` to `range.high`, both included, as DecodeScan() gives them.
+/// False where it takes more to see that the masses of the scan ascend; then `intensities` mean nothing.
+bool DecodeWithin(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
+                  MassRange range, std::vector<double>& intensities);
+
 /// Whether scans of the layout may be several sub-scans, which are to be summed when masses do not ascend.
 inline bool MayHaveSubScans(const ScanRoom& room) { return room.layout == 12 || room.layout == 13; }
 

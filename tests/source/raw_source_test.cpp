@@ -3,6 +3,7 @@
 #include <bit>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -310,6 +311,34 @@ TEST(RawSource, ChromatogramsOfLostPointsAreNotKnown) {
     EXPECT_TRUE(std::isnan(intensities[2]));
   }
   EXPECT_EQ(source->MassRange(0, 0, {150, 250}, Within::kSum).intensities[0], 0);
+}
+
+// The end of a range is a point's mass or beside it. Four scans: in order, out of it, of the last points of
+// which the file holds one of two, and none.
+TEST(RawSource, RangesHoldTheirEnds) {
+  constexpr std::uint32_t k100 = 100 * 128;
+  RawDirectoryBuilder raw;
+  raw.functions.push_back(FunctionOf<StoredPoint8>(8, {{{k100, 1}, {2 * k100, 2}, {3 * k100, 4}},
+                                                       {{3 * k100, 4}, {k100, 1}, {2 * k100, 2}, {k100, 8}},
+                                                       {{2 * k100, 16}, {3 * k100, 32}},
+                                                       {{k100, 64}}}));
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_FUNC001.DAT", 8 * 6);
+  const std::unique_ptr<Source> source = Open(directory);
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double below = std::nextafter(200.0, 0.0);
+  const double above = std::nextafter(200.0, 300.0);
+  const struct {
+    Range range;
+    Values sums;
+  } cases[] = {{{100, 200}, {3, 10, 16, nan}}, {{100, below}, {1, 8, 0, nan}},
+               {{200, 300}, {6, 6, 16, nan}},  {{above, 300}, {4, 4, 0, nan}},
+               {{200, 200}, {2, 2, 16, nan}},  {{above, below}, {0, 0, 0, nan}},
+               {{0, 1e9}, {7, 14, 16, nan}},   {{below, above}, {2, 2, 16, nan}}};
+  for (const auto& [range, sums] : cases) {
+    EXPECT_EQ(Bits(source->MassRange(0, 0, range, Within::kSum).intensities), Bits(sums))
+        << range.low << " to " << range.high;
+  }
 }
 
 // What `read` fails with; nothing when it does not.

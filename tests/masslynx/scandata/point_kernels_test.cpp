@@ -1,6 +1,7 @@
 // The passes over many points give, to the bit, what the functions for single points give.
 #include "masslynx/scandata/point_kernels.h"
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <cmath>
@@ -63,6 +64,9 @@ class PointKernelsTest : public testing::TestWithParam<Case> {
           ASSERT_EQ(Bits(masses[i]), Bits(expected.mass)) << i << " of " << count;
           ASSERT_EQ(Bits(intensities[i]), Bits(expected.intensity)) << i << " of " << count;
         }
+        std::vector<float> massesAlone(count + 1, 7);
+        unpack(points, count, massesAlone.data(), nullptr);
+        ASSERT_EQ(massesAlone, masses);
         ASSERT_EQ(masses[count], 7) << "written beyond " << count;
         ASSERT_EQ(intensities[count], 7) << "written beyond " << count;
       }
@@ -219,6 +223,24 @@ TEST_P(PointKernelsTest, SeeAMassThatDoesNotAscendAnywhere) {
     values[i] = kNan;  // neither above nor below
     EXPECT_FALSE(Kernels().descends(-1, values.data(), values.size())) << i;
     values[i] = before;
+  }
+}
+
+TEST_P(PointKernelsTest, FindTheLeastStep) {
+  for (const std::size_t count : kSizes) {
+    std::vector<float> values(count);
+    for (std::size_t i = 0; i < count; ++i) values[i] = static_cast<float>(i) / 2;
+    EXPECT_EQ(Kernels().leastStep(values.data(), count), count < 2 ? FLT_MAX : 0.5F) << count;
+    for (std::size_t i = 1; i < count; ++i) {
+      const float before = values[i];
+      for (const float step : {0.125F, FLT_MIN / 2, 0.0F, -0.25F, -1e30F}) {
+        values[i] = values[i - 1] + step;
+        const float least = Kernels().leastStep(values.data(), count);
+        ASSERT_EQ(least, values[i] - values[i - 1] > 0 ? values[i] - values[i - 1] : std::min(least, 0.0F))
+            << i << " of " << count;
+      }
+      values[i] = before;
+    }
   }
 }
 
