@@ -31,6 +31,10 @@ else()
   endif()
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # so that headers compiled beforehand are the same in each build
+  add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+endif()
+
 if(ZRML_SANITIZE)
   add_compile_options(-fsanitize=${ZRML_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZRML_SANITIZE})

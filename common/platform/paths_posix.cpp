@@ -24,7 +24,8 @@ SystemPath FollowLinks(SystemPath path) {
     const ssize_t length = ::readlink(path.c_str(), text.data(), text.size());
     if (length <= 0) break;
     const std::string next(text.data(), static_cast<std::size_t>(length));
-    path = next.front() == '/' ? next : path.substr(0, path.rfind('/') + 1) + next;
+    path.resize(next.front() == '/' ? 0 : path.rfind('/') + 1);
+    path += next;
   }
   return path;
 }
