@@ -109,9 +109,12 @@ class Batch {
     if (!failed.empty()) throw SomeFailed(failed, static_cast<std::size_t>(count), "samples of " + path);
   }
 
+  // Until there is a target nothing needs to be cleaned up, and the system itself ends the program.
   void ConvertSample(convert::SourceInUse& source, int sample) {
+    if (IsInterrupted()) throw source::Cancelled();  // when the one before was all but done
     damage_.Look(source.First(), sample, NameOf(source.First(), sample));
     if (request_.isToStandardOutput) {
+      const InterruptionWatch watch;
       StandardOutput target;
       Convert(source, sample, "standard output", target);
       return;
@@ -123,6 +126,7 @@ class Batch {
     }
     RefuseUnlessFile(path);
     RefuseSourceAsTarget(path, request_.paths);
+    const InterruptionWatch watch;
     const auto target = MakeTarget(path);
     Convert(source, sample, path, *target);
     made_.Add(path);
@@ -194,7 +198,6 @@ class ConvertCommand : public Command {
 
   void Run(Output& out) override {
     Complete(request_);
-    const InterruptionWatch watch;
     try {
       Batch(request_, out).ConvertAll();
     } catch (const source::Cancelled&) {

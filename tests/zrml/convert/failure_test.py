@@ -1,4 +1,4 @@
-"""failure_test.py ZRML LONG SHORT WORK FAILING_DISK: what a conversion leaves when it is killed, interrupted, or cannot write or read.
+"""failure_test.py ZRML LONG SHORT WORK FAILING_DISK SLOW_DISK SAMPLE: what a conversion leaves when it is killed, interrupted, or cannot write or read.
 
 Under the target's name there is the whole file or none, and nothing else either.
 """
@@ -116,6 +116,27 @@ def test_interrupted(conversions):
         conversions.finish(process)
         require(process.returncode == -number, f'{number.name} ended it with {process.returncode}')
         require(names(process.folder) == [], f'{number.name} left {names(process.folder)}')
+
+
+def test_interrupted_on_a_slow_disk(conversions, slow_disk):
+    """While it opens, looks for damage, plans, reads: what the disk is at comes to its end, and no more."""
+    conversions.work.mkdir(parents=True)
+    answers = []
+    for reads in (1, 5, 20, 60, 120, 200):
+        log = conversions.work / f'slow-{reads}.log'
+        log.touch()
+        environment = {**os.environ, 'LD_PRELOAD': slow_disk, 'ZRML_DISK_LOG': str(log)}
+        process = conversions.start(f'slow-{reads}', env=environment)
+        while log.stat().st_size < reads:
+            require(process.poll() is None, f'it has ended with {process.returncode}')
+            time.sleep(0.001)
+        before = log.stat().st_size
+        process.send_signal(signal.SIGINT)
+        conversions.finish(process)
+        require(process.returncode == -signal.SIGINT, f'SIGINT ended it with {process.returncode}')
+        require(names(process.folder) == [], f'SIGINT left {names(process.folder)}')
+        answers.append(log.stat().st_size - before)
+    require(max(answers) <= 6, f'reads after the signal: {answers}')  # three threads may be reading, and begin once more
 
 
 def is_blocked(process):
@@ -312,7 +333,7 @@ def test_failing_disk(conversions, failing_disk):
     require(checked.returncode == 7 and problem in checked.stdout.splitlines(), checked.stdout)
 
 
-def main(zrml, long_source, source, work, failing_disk):
+def main(zrml, long_source, source, work, failing_disk, slow_disk, sample):
     work = pathlib.Path(work)
     shutil.rmtree(work, ignore_errors=True)
     long_conversions = Conversions(zrml, long_source, work / 'long')  # leave time to see the file grow
@@ -327,6 +348,7 @@ def main(zrml, long_source, source, work, failing_disk):
     test_few_descriptors(conversions)
     test_pipe_that_does_not_wait(conversions)
     test_failing_disk(conversions, failing_disk)
+    test_interrupted_on_a_slow_disk(Conversions(zrml, sample, work / 'sample'), slow_disk)
     test_source_changed_meanwhile(conversions, source)
     test_file_that_may_not_be_read(zrml, source)
     test_scan_past_the_end(conversions, source)
