@@ -36,7 +36,7 @@ void PrintWanted(const PluginComparison& comparison, Output& out) {
 
 void PrintComparison(const std::string& path, const PluginComparison& comparison, Output& out) {
   out.Text("\nSource " + VisibleText(path) + ": " + std::to_string(comparison.answers) +
-           " answers compared; other than the files, as the interface wants it:\n");
+           " answers compared; where they differ from the files, the interface wants it:\n");
   PrintWanted(comparison, out);
   if (comparison.faultCount == 0) return;
   out.Text("\nFaults\n");
