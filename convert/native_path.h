@@ -24,7 +24,7 @@ SystemPath FolderOfSource(const std::string& path);
 
 /// Whether `path` ends like that of a folder.
 bool EndsAsFolder(const std::string& path);
-/// The path of a file, as it is told.
+/// The path of a file as text.
 std::string InFolder(const std::string& folder, const std::string& name);
 
 /// Makes a folder and those that it is in. Why it is not there; empty when it is.

@@ -25,7 +25,7 @@ constexpr int kMostFunctions = 6;
 constexpr std::uint64_t kMostPointsAdded = 1u << 12;  // in chromatograms of points
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Of a question; what is no scan to it is a trace, a drift bin or nothing.
+// Of a question: a scan, a trace or a drift bin.
 struct Place {
   int sample = 0;
   int function = 0;

@@ -31,7 +31,7 @@ Metadata SampleMetadataOf(source::Source& source, int sample) {
   return MetadataOf(source, sample, FunctionCount(source, sample) > 0 ? std::optional(0) : std::nullopt);
 }
 
-// What is told of a function: a member of the JSON form, and a column of the text unless that has no title.
+// What info says of a function: a member of the JSON form, and a column of the text unless that has no title.
 struct Field {
   std::string_view key;
   std::string_view title = {};

@@ -23,7 +23,7 @@ struct Wanted {
   std::string_view reason;
 };
 
-/// All of them, in the order in which they are told: by their addresses.
+/// All of them, in the order in which they are printed: by their addresses.
 struct AllWanted {
   Wanted refusedTable = {"Open", "a directory whose function table is cut is refused"};
   Wanted folderChoice = {"Open", "a folder that is called as a data file chooses the function"};

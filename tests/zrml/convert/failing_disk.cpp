@@ -1,44 +1,16 @@
-// Preloaded into zrml: a disk that gives nothing of "_FUNC001.DAT" from its second block on.
-#undef _FORTIFY_SOURCE  // whose headers define the functions that this file replaces
-#include <array>
+// A disk that gives nothing of "_FUNC001.DAT" from its second block on.
+#include "tests/zrml/convert/disk.h"
+// after it, which takes fortified functions out of them
 #include <cerrno>
-#include <cstdio>
-#include <string>
-#include <string_view>
-#include <sys/syscall.h>
-#include <unistd.h>
 
-namespace {
-
-constexpr off_t kBlock = 4096;
-
-bool IsOnBadBlocks(int file) {
-  std::array<char, 4096> path{};
-  const std::string link = "/proc/self/fd/" + std::to_string(file);
-  const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
-  return length > 0 &&
-         std::string_view(path.data(), static_cast<std::size_t>(length)).ends_with("/_FUNC001.DAT");
-}
-
-ssize_t Read(int file, void* bytes, size_t count, off_t offset) {
-  if (offset + static_cast<off_t>(count) > kBlock && IsOnBadBlocks(file)) {
+ssize_t ReadDisk(int file, void* bytes, size_t count, off_t offset) {
+  constexpr off_t kBlock = 4096;
+  if (offset + static_cast<off_t>(count) > kBlock && PathOf(file).ends_with("/_FUNC001.DAT")) {
     if (offset >= kBlock) {
       errno = EIO;
       return -1;
     }
     count = static_cast<size_t>(kBlock - offset);
   }
-  return ::syscall(SYS_pread64, file, bytes, count, offset);
-}
-
-}  // namespace
-
-extern "C" __attribute__((visibility("default"))) ssize_t pread(int file, void* bytes, size_t count,
-                                                                off_t offset) {
-  return Read(file, bytes, count, offset);
-}
-
-extern "C" __attribute__((visibility("default"))) ssize_t pread64(int file, void* bytes, size_t count,
-                                                                  off_t offset) {
-  return Read(file, bytes, count, offset);
+  return ReadSystem(file, bytes, count, offset);
 }
