@@ -23,16 +23,8 @@ constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 
 std::string Utf8(const std::wstring& text) { return platform::ToNativePath(text); }
 
-platform::SystemPath SystemPathOf(const std::string& path) {
-#ifdef _WIN32
-  return platform::ToSystemPath(platform::FromNativePath(path));
-#else
-  return path.find('\0') == std::string::npos ? path : std::string();
-#endif
-}
-
 std::string FileName(const std::string& path) {
-  const auto name = std::filesystem::path(SystemPathOf(path)).filename().u8string();
+  const auto name = std::filesystem::path(platform::FromUtf8Path(path)).filename().u8string();
   return {name.begin(), name.end()};
 }
 
@@ -68,7 +60,7 @@ std::vector<std::size_t> Order(const std::vector<double>& x) {
 }  // namespace
 
 std::unique_ptr<Source> OpenReport(const std::string& path) {
-  const platform::SystemPath systemPath = SystemPathOf(path);
+  const platform::SystemPath systemPath = platform::FromUtf8Path(path);
   if (!openlynx::HasReportExtension(systemPath) ||
       !openlynx::BeginsLikeReport(platform::File::OpenSystemPath(systemPath)))
     return nullptr;

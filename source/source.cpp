@@ -167,10 +167,6 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-void ThrowIfCancelled(const Cancel& cancel) {
-  if (cancel && cancel()) throw Cancelled();
-}
-
 // What a chromatogram shows of the points of a scan, given in their order; 0 where there is none.
 double OfIntensities(std::span<const double> values, Within within) {
   if (within == Within::kSum) return std::accumulate(values.begin(), values.end(), 0.0);

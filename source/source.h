@@ -111,6 +111,10 @@ struct ScanPosition {
 
 /// Asked now and then during long work: throws to end it (see Cancelled).
 using Cancel = std::function<bool()>;
+inline void ThrowIfCancelled(const Cancel& cancel) {
+  if (cancel && cancel()) throw Cancelled();
+}
+
 /// How much of a long piece of work is done.
 using Progress = std::function<void(std::uint64_t done, std::uint64_t all)>;
 
