@@ -1,7 +1,12 @@
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/zrml/process.h"
@@ -9,51 +14,98 @@
 namespace zrml::test {
 namespace {
 
-constexpr int kCannotRun = 127;
-
-int OpenForWriting(const std::filesystem::path& file) {
-  return ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-}
-
-int OpenOutput(const ProcessSetup& setup) {
-  switch (setup.outputTo) {
-    case OutputTo::kFile:
-      return OpenForWriting(setup.scratch / "output");
-    case OutputTo::kFullDisk:
-      return ::open("/dev/full", O_WRONLY);
-    case OutputTo::kClosedPipe:
-      break;
+/// What the program's standard streams become, and the folder it runs in.
+class FileActions {
+ public:
+  FileActions(const ProcessSetup& setup, int pipe) {
+    ::posix_spawn_file_actions_init(&actions_);
+    switch (setup.outputTo) {
+      case OutputTo::kFile:
+        Open(STDOUT_FILENO, setup.scratch / "output");
+        break;
+      case OutputTo::kFullDisk:
+        Open(STDOUT_FILENO, "/dev/full");
+        break;
+      case OutputTo::kClosedPipe:
+        ::posix_spawn_file_actions_adddup2(&actions_, pipe, STDOUT_FILENO);
+        break;
+    }
+    Open(STDERR_FILENO, setup.scratch / "errors");
+    if (!setup.folder.empty()) {
+      ::posix_spawn_file_actions_addchdir_np(&actions_, setup.folder.c_str());
+    }
   }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+  ~FileActions() { ::posix_spawn_file_actions_destroy(&actions_); }
+
+  const posix_spawn_file_actions_t* Get() const { return &actions_; }
+
+ private:
+  void Open(int descriptor, const std::filesystem::path& file) {
+    ::posix_spawn_file_actions_addopen(&actions_, descriptor, file.c_str(),
+                                       O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  }
+
+  posix_spawn_file_actions_t actions_{};
+};
+
+/// A pipe that has lost its reader: its end for writing.
+int ClosedPipe() {
   std::array<int, 2> ends{};
-  if (::pipe(ends.data()) != 0) return -1;
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return -1;
   ::close(ends[0]);
   return ends[1];
 }
 
-[[noreturn]] void BecomeProgram(const ProcessSetup& setup) {
-  const int output = OpenOutput(setup);
-  const int errors = OpenForWriting(setup.scratch / "errors");
-  std::signal(SIGPIPE, SIG_DFL);
-  const bool isReady = ::dup2(output, STDOUT_FILENO) >= 0 && ::dup2(errors, STDERR_FILENO) >= 0 &&
-                       (setup.folder.empty() || ::chdir(setup.folder.c_str()) == 0);
-  if (!isReady) ::_exit(kCannotRun);
-  std::vector<std::string> arguments = setup.arguments;
-  arguments.insert(arguments.begin(), setup.program.string());
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
-  ::execv(setup.program.c_str(), pointers.data());
-  ::_exit(kCannotRun);
+/// Starts the program, with the signals as a shell would give them; 0 or the error. The program's
+/// memory is never a copy of the test's, which a busy machine may refuse; what it refuses all the
+/// same is asked for again.
+int Start(const ProcessSetup& setup, const FileActions& actions, char* const* arguments,
+          pid_t& child) {
+  sigset_t pipe;
+  ::sigemptyset(&pipe);
+  ::sigaddset(&pipe, SIGPIPE);
+  posix_spawnattr_t attributes;
+  ::posix_spawnattr_init(&attributes);
+  ::posix_spawnattr_setsigdefault(&attributes, &pipe);
+  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+  int error = 0;
+  for (int attempt = 0; attempt < 50; ++attempt) {
+    error = ::posix_spawn(&child, setup.program.c_str(), actions.Get(), &attributes, arguments,
+                          environ);
+    if (error != EAGAIN && error != ENOMEM) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  ::posix_spawnattr_destroy(&attributes);
+  return error;
 }
 
 }  // namespace
 
 ProcessResult RunProcess(const ProcessSetup& setup) {
-  const pid_t child = ::fork();
-  if (child == 0) BecomeProgram(setup);
+  std::vector<std::string> arguments = setup.arguments;
+  arguments.insert(arguments.begin(), setup.program.string());
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  pointers.push_back(nullptr);
+
+  const int pipe = setup.outputTo == OutputTo::kClosedPipe ? ClosedPipe() : -1;
+  pid_t child = 0;
+  const int error = Start(setup, FileActions(setup, pipe), pointers.data(), child);
+  if (pipe >= 0) ::close(pipe);
+
   ProcessResult result;
+  if (error != 0) {
+    result.errors = "cannot be started: " + std::generic_category().message(error);
+    return result;
+  }
   int state = 0;
-  if (child < 0 || ::waitpid(child, &state, 0) != child) return result;
+  while (::waitpid(child, &state, 0) != child) {
+    if (errno == EINTR) continue;
+    result.errors = "cannot be waited for: " + std::generic_category().message(errno);
+    return result;
+  }
   result.status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
   if (setup.outputTo == OutputTo::kFile) result.output = ReadBytes(setup.scratch / "output");
   result.errors = ReadBytes(setup.scratch / "errors");
