@@ -269,8 +269,9 @@ PointsRead RawSource::ReadPoints(int, int function, int scan, std::vector<double
 PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,
                              std::span<double> intensities) {
   unwritten_.clear();
+  const FunctionRecord& record = directory_.Functions()[PositionOf(function)];
   const masslynx::DecodedPoints decoded =
-      masslynx::DecodeScan(directory_.Functions()[PositionOf(function)], scan, stored.room, stored.bytes,
+      masslynx::DecodeScan(record, scan, stored.room, stored.bytes,
                            {mz.data(), intensities.data(), &unwritten_});
   PointsRead result = {decoded.count, stored.room.points - decoded.count};
   if (!unwritten_.empty()) {
@@ -279,15 +280,18 @@ PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, s
   }
   if (decoded.isUnsorted && result.count > 0) {
     result.count = InOrder(mz.first(result.count), intensities.first(result.count),
-                           masslynx::MayHaveSubScans(stored.room));
+                           masslynx::MayHaveSubScans(stored.room), EntryOf(record, scan).centroided);
   }
   return result;
 }
 
-// Sums sub-scans, sorts, and gives how many points are left.
-std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans) {
+// Sums sub-scans, sorts, and gives how many points are left. Sub-scans of a profile are samples of one grid,
+// of which those of equal mass are added; as peaks, neighbours would become one.
+std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans,
+                               bool isCentroided) {
   std::optional<PeakSum> sum;
-  if (mayHaveSubScans) sum = masslynx::SumSubScans(mz, intensities);
+  if (mayHaveSubScans && isCentroided) sum = masslynx::SumSubScans(mz, intensities);
+  const bool sumsEqualMasses = mayHaveSubScans && !isCentroided && masslynx::HasSubScans(mz);
   unsorted_.SetSize(static_cast<int>(sum ? sum->Count() : mz.size()));
   if (sum) {
     sum->CopyTo(unsorted_.GetMasses(), unsorted_.GetIntensities());
@@ -295,7 +299,7 @@ std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensiti
     std::copy(mz.begin(), mz.end(), unsorted_.GetMasses());
     std::copy(intensities.begin(), intensities.end(), unsorted_.GetIntensities());
   }
-  SortByMass(true, unsorted_);
+  SortSpectrum(kMassAscending, sumsEqualMasses, true, true, unsorted_);
   const std::size_t count = unsorted_.UsablePoints();
   std::copy_n(unsorted_.GetMasses(), count, mz.begin());
   std::copy_n(unsorted_.GetIntensities(), count, intensities.begin());

@@ -75,7 +75,8 @@ class RawSource : public Source {
   StoredScan FetchScan(int function, int scan);
   PointsRead Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,
                     std::span<double> intensities);
-  std::size_t InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans);
+  std::size_t InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans,
+                      bool isCentroided);
   const masslynx::TraceList& Traced();
 
   masslynx::RawDirectory directory_;

@@ -18,7 +18,13 @@ std::size_t SubScanEnd(Values masses, std::size_t begin) {
   return end;
 }
 
-bool IsRepeated(Values masses) {
+bool HaveSameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
+}  // namespace
+
+bool HasSubScans(Values masses) {
   bool isRepeated = false;
   for (std::size_t i = 1; i < masses.size(); ++i) {
     if (!(masses[i] <= masses[i - 1])) continue;
@@ -28,14 +34,8 @@ bool IsRepeated(Values masses) {
   return isRepeated;
 }
 
-bool HaveSameBits(double a, double b) {
-  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
-}
-
-}  // namespace
-
 std::optional<PeakSum> SumSubScans(Values masses, Values intensities) {
-  if (!IsRepeated(masses)) return std::nullopt;
+  if (!HasSubScans(masses)) return std::nullopt;
   std::size_t begin = 0;
   std::size_t end = SubScanEnd(masses, 0);
   PeakSum sum(kPeakWidth, masses.first(end), intensities.first(end));

@@ -7,9 +7,11 @@
 
 namespace zrml::masslynx {
 
-/// When every point that is not above its predecessor has exactly the mass of the first point, and there is
-/// such a point, the sum of the sub-scans that start there, peaks within 0.01 becoming one. Otherwise no
-/// value.
+/// Whether every point that is not above its predecessor has exactly the mass of the first point, and there is
+/// such a point: a sub-scan starts there.
+bool HasSubScans(PeakSum::Values masses);
+
+/// The sum of the sub-scans as peak lists, peaks within 0.01 becoming one. No value where there are none.
 std::optional<PeakSum> SumSubScans(PeakSum::Values masses, PeakSum::Values intensities);
 
 }  // namespace zrml::masslynx

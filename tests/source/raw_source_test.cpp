@@ -18,6 +18,7 @@
 
 #include "plugin/raw_server.h"
 #include "source/source.h"
+#include "tests/support/nearest_points.h"
 #include "tests/support/raw_directory_builder.h"
 #include "tests/support/sample/acquisition.h"
 
@@ -243,6 +244,34 @@ TEST(RawSource, UnsortedScansAndSubScansAreAsTheSlotsHaveThem) {
   EXPECT_FALSE(source->ScanAt(0, 1, 0).isPrecursorOfMethod);
   EXPECT_TRUE(source->ScanAt(0, 1, 1).isPrecursorOfMethod);
   EXPECT_EQ(source->ScanAt(0, 0, 0).precursorMz, std::nullopt);
+}
+
+// 100 points, 0.002 apart from m/z 500 on, of intensities 1 to 100: once, and twice in one scan.
+TEST(RawSource, SubScansOfAProfileAreAddedSampleBySample) {
+  std::vector<WantedPoint> points;
+  for (int i = 0; i < 100; ++i) points.push_back({500 + 0.002 * i, 1.0 + i});
+  const std::vector<StoredPoint12> once = NearestPoints<StoredPoint12>(points);
+  std::vector<StoredPoint12> twice = once;
+  twice.insert(twice.end(), once.begin(), once.end());
+  FunctionFiles profile = FunctionOf<StoredPoint12>(12, {once, twice});
+  for (ScanFiles& scan : profile.scans) scan.index.centroidState = CentroidState::kProfile;
+  FunctionFiles peaks = FunctionOf<StoredPoint12>(12, {twice});
+  peaks.scans[0].index.centroidState = CentroidState::kCentroid;
+  RawDirectoryBuilder raw;
+  raw.functions = {profile, peaks};
+  const TempDirectory directory = raw.Build();
+  const std::unique_ptr<Source> source = Open(directory);
+  Values mz;
+  Values intensities;
+  source->ReadPoints(0, 0, 0, mz, intensities);
+  ASSERT_EQ(mz.size(), 100u);
+  Values summedMz;
+  Values summed;
+  EXPECT_EQ(source->ReadPoints(0, 0, 1, summedMz, summed).lost, 0u);
+  EXPECT_EQ(summedMz, mz);
+  for (double& intensity : intensities) intensity *= 2;
+  EXPECT_EQ(summed, intensities);
+  EXPECT_LT(MassesOf(*source, 1, 0).size(), 100u);  // peaks within 0.01 have become one
 }
 
 // Of data format 1: the slots leave such a point what the container held.

@@ -356,8 +356,21 @@ TEST_F(PluginComparisonTest, SubScansThatAreThereInPart) {
   for (const auto& [size, differences] : {Lost{36, 1}, {42, 1}, {44, 1}, {47, 1}})
     ExpectLost(MakeCut("long.raw", 13, scan, size), differences);
   const std::string whole = MakeCut("whole.raw", 13, scan, scan.data.size());
-  ExpectNotWanted(whole, {kWanted.lostPoints, kWanted.unwrittenPoints});
+  ExpectNotWanted(whole, {kWanted.lostPoints, kWanted.unwrittenPoints, kWanted.profileSubScans});
   ExpectFaults(whole, {"GetSpectrum mass", "GetSpectrum intensity", "GetSpectrum more points"});
+}
+
+// Four samples of a profile, 0.002 apart, twice: a sum of peaks makes fewer of them.
+TEST_F(PluginComparisonTest, SubScansOfAProfile) {
+  std::vector<WantedPoint> points;
+  for (int i = 0; i < 8; ++i) points.push_back({500 + 0.002 * (i % 4), 5.0 + i});
+  ScanFiles scan = ScanFrom<StoredPoint12>(0.5F, points);
+  scan.index.centroidState = CentroidState::kProfile;
+  const std::string profile = MakeCut("profile.raw", 12, scan, scan.data.size());
+  ExpectWanted(profile, {{kWanted.profileSubScans, 1}});
+  ExpectNotWanted(profile, {kWanted.lostPoints, kWanted.unwrittenPoints});
+  scan.index.centroidState = CentroidState::kCentroid;
+  ExpectNotWanted(MakeCut("peaks.raw", 12, scan, scan.data.size()), {kWanted.profileSubScans});
 }
 
 TEST_F(PluginComparisonTest, AbsorbanceThatIsThereInPart) {

@@ -87,9 +87,14 @@ void Verdicts::CheckSlotPoints(std::string_view slot, const Columns& given, cons
     return std::equal(a.begin(), a.end(), b.begin(), b.end());
   };
   const Columns own = ofSlots ? ofSlots->View() : held;
-  const bool areOthers =
-      isLost ? !isSame(own.x, held.x) || !isSame(own.y, held.y) : own.x.size() != held.x.size();
-  if (areOthers) Count(isLost ? kWanted.lostPoints : kWanted.unwrittenPoints);
+  const bool isProfileSum = ofSlots && ofSlots->isProfileSum;
+  const bool areOthers = isLost || isProfileSum ? !isSame(own.x, held.x) || !isSame(own.y, held.y)
+                                                : own.x.size() != held.x.size();
+  if (areOthers) {
+    Count(isLost         ? kWanted.lostPoints
+          : isProfileSum ? kWanted.profileSubScans
+                         : kWanted.unwrittenPoints);
+  }
   CheckPoints(slot, given, areOthers ? own : held);
 }
 

@@ -46,6 +46,7 @@ struct AllWanted {
   Wanted noScanValue = {"GetSpectrum", "no scan value is a scan value of 0"};
   Wanted lostPoints = {"GetSpectrum", "points that the file lacks are zeros"};
   Wanted unwrittenPoints = {"GetSpectrum", "a place that no point of the file fills is 0"};
+  Wanted profileSubScans = {"GetSpectrum", "sub-scans of a profile are summed as peaks"};
   Wanted reportOrder = {"GetSpectrum", "points of a report keep their order"};
   Wanted refusedSpectrum = {"GetSpectrum", "a report's spectrum without points is refused"};
   Wanted refusedFirstSpectrum = {"IsCentroided", "a function whose first spectrum is refused is continuum"};
@@ -148,8 +149,8 @@ class Verdicts {
 
   /// Point by point; one fault at most.
   void CheckPoints(std::string_view slot, const Columns& given, const Columns& expected);
-  /// The same of a scan that has lost points, or has places that no point fills. Then the slots' own points
-  /// count, unless they are as many as those held: so they are in a whole scan of which points were summed.
+  /// The same of a scan that has lost points, has places that no point fills, or sub-scans. Then the slots'
+  /// own points count, unless they are as many as those held: so they are in a whole scan of summed peaks.
   void CheckSlotPoints(std::string_view slot, const Columns& given, const Columns& held, bool isLost,
                        const std::optional<StoredPoints>& ofSlots);
 

@@ -38,12 +38,14 @@ std::optional<std::vector<std::byte>> BytesOf(const platform::SystemPath& folder
   return bytes;
 }
 
-void SumSubScans(CZRMassSpectrum& points) {
+// False when there are none.
+bool SumSubScans(CZRMassSpectrum& points) {
   const std::size_t count = points.UsablePoints();
   const auto sum = masslynx::SumSubScans({points.GetMasses(), count}, {points.GetIntensities(), count});
-  if (!sum) return;
+  if (!sum) return false;
   points.SetSize(static_cast<int>(sum->Count()));
   sum->CopyTo(points.GetMasses(), points.GetIntensities());
+  return true;
 }
 
 }  // namespace
@@ -90,11 +92,12 @@ std::optional<StoredPoints> RawSlots::ReadPoints(const source::FunctionId& id, i
   const bool isUnsorted =
       masslynx::DecodeScan(record, scan, *room, *bytes, {points.GetMasses(), points.GetIntensities()})
           .isUnsorted;
-  if (isUnsorted && masslynx::MayHaveSubScans(*room)) SumSubScans(points);
+  const bool isSum = isUnsorted && masslynx::MayHaveSubScans(*room) && SumSubScans(points);
   if (isUnsorted) SortByMass(true, points);
   const std::size_t count = points.UsablePoints();
   return StoredPoints{{points.GetMasses(), points.GetMasses() + count},
-                      {points.GetIntensities(), points.GetIntensities() + count}};
+                      {points.GetIntensities(), points.GetIntensities() + count},
+                      isSum && !record.scanIndex[static_cast<std::size_t>(scan)].centroided};
 }
 
 std::optional<StoredPoints> RawSlots::ReadAbsorbance(const source::FunctionId& id, int scan) {

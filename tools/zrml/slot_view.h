@@ -23,6 +23,7 @@ struct Columns {
 struct StoredPoints {
   std::vector<double> x;
   std::vector<double> y;
+  bool isProfileSum = false;  ///< of sub-scans of a profile
 
   Columns View() const { return {x, y}; }
 };
