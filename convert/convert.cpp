@@ -103,8 +103,8 @@ class Conversion {
     } else if (files.error) {
       NoteOrRefuse({Note::Kind::kFolder, *files.error}, ErrorKind::kSourceUnreadable);
     }
-    for (const std::string& file : files.broken) {
-      const Note note = {Note::Kind::kFileBroken, file + " cannot be read to its end", file};
+    for (const auto& [file, problem] : files.broken) {
+      const Note note = {Note::Kind::kFileBroken, file + ' ' + problem, file};
       if (IsByTheWay(file, plan_.sourceFormat)) {
         notes_.push_back(note);
       } else {

@@ -37,8 +37,8 @@ std::string Uri(const SystemPath& folder) {
 
 enum class FileState : char { kWhole, kClosed, kBroken };
 
-// Reads a file whole; `sha1` is its checksum in hexadecimal digits.
-FileState ReadWhole(const SystemPath& path, Checksums checksums, const Cancel& cancel, std::string& sha1) {
+// Reads a file whole. `result` is its checksum in hexadecimal digits, or why it breaks off.
+FileState ReadWhole(const SystemPath& path, Checksums checksums, const Cancel& cancel, std::string& result) {
   const platform::File file = platform::File::OpenSystemPath(path);
   if (!file.IsOpen()) return FileState::kClosed;
   const std::uint64_t size = file.Size();
@@ -47,11 +47,14 @@ FileState ReadWhole(const SystemPath& path, Checksums checksums, const Cancel& c
   for (std::uint64_t at = 0; at < size;) {
     ThrowIfCancelled(cancel);
     const std::size_t count = file.ReadAt(at, buffer);
-    if (count == 0) return FileState::kBroken;
+    if (count == 0) {
+      result = file.IsRefused() ? file.Refusal() : "has shrunk";
+      return FileState::kBroken;
+    }
     if (checksums == Checksums::kMade) hash.Add(std::span(buffer).first(count));
     at += count;
   }
-  if (checksums == Checksums::kMade) sha1 = hash.Finish();
+  if (checksums == Checksums::kMade) result = hash.Finish();
   return FileState::kWhole;
 }
 
@@ -118,23 +121,23 @@ SourceFiles ListSourceFiles(const std::string& path, source::Format format, Chec
     result.error = "cannot list " + PathText(list.folder) + " (" + list.files.error + ")";
   result.isForbidden = list.files.isForbidden;
   std::vector<FileState> states(names.size());
-  const auto read = [&](std::size_t index, std::string& sha1) {
-    sha1.clear();
-    states[index] = ReadWhole(platform::PathIn(list.folder, names[index]), checksums, cancel, sha1);
+  const auto read = [&](std::size_t index, std::string& text) {
+    text.clear();
+    states[index] = ReadWhole(platform::PathIn(list.folder, names[index]), checksums, cancel, text);
   };
   OrderedPieces checked(names.size(), {static_cast<std::size_t>(threads), read});
   for (std::size_t i = 0; i < names.size(); ++i) {
     const std::string name = PathText(names[i]);
-    std::string sha1(checked.Take());
+    std::string text(checked.Take());
     switch (states[i]) {
       case FileState::kWhole:
-        result.files.push_back({name, Uri(list.folder), std::move(sha1)});
+        result.files.push_back({name, Uri(list.folder), std::move(text)});
         break;
       case FileState::kClosed:
         result.closed.push_back(name);
         break;
       case FileState::kBroken:
-        result.broken.push_back(name);
+        result.broken.push_back({name, std::move(text)});
         break;
     }
   }

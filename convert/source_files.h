@@ -18,13 +18,19 @@ struct SourceFile {
   std::string sha1;
 };
 
+/// One that breaks off.
+struct BrokenFile {
+  std::string name;
+  std::string problem;  // "cannot be read to its end (Input/output error)"
+};
+
 /// One that no data are read from: it may be broken, or change, without harm.
 bool IsByTheWay(const std::string& name, source::Format format);
 
 struct SourceFiles {
   std::vector<SourceFile> files;
   std::vector<std::string> closed;   // names of those that nobody here may open
-  std::vector<std::string> broken;   // and of those that break off
+  std::vector<BrokenFile> broken;
   std::optional<std::string> error;  // why the folder is not listed, or not to its end
   bool isForbidden = false;          // because nobody here may list it, although its files may open
 };

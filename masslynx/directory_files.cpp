@@ -85,7 +85,7 @@ void NoticeUnreadable(const SystemPath& folder, std::wstring_view name, Findings
 void NoticeRefusal(const platform::File& file, const SystemPath& folder, std::wstring_view name,
                    Spellings spellings, std::string* refusal) {
   if (refusal == nullptr || !refusal->empty() || (file.IsOpen() && !file.IsRefused())) return;
-  std::string problem = " cannot be read to its end";
+  std::string problem = file.Refusal();
   if (!file.IsOpen()) {
     std::string reason;
     AnySpelling(folder, name, spellings, [&](const SystemPath& path) {
@@ -93,9 +93,9 @@ void NoticeRefusal(const platform::File& file, const SystemPath& folder, std::ws
       return !reason.empty();
     });
     if (reason.empty()) return;
-    problem = " cannot be opened (" + reason + ")";
+    problem = "cannot be opened (" + reason + ")";
   }
-  *refusal = platform::ToNativePath(ToUpper(name)) + problem;
+  *refusal = platform::ToNativePath(ToUpper(name)) + ' ' + problem;
 }
 
 // A system that does not tell case apart may take characters that are not ASCII for ASCII ones ("ſ" for "s"):

@@ -44,7 +44,7 @@ void NoticeUnreadable(const platform::SystemPath& folder, std::wstring_view name
 
 /// Collects, unless something is collected already, that the system refuses `name`, which was opened in
 /// `spellings` or could not be: "_FUNC001.IDX cannot be opened (Too many open files)", "_FUNC001.IDX cannot
-/// be read to its end". `refusal` may be null.
+/// be read to its end (Input/output error)". `refusal` may be null.
 void NoticeRefusal(const platform::File& file, const platform::SystemPath& folder, std::wstring_view name,
                    Spellings spellings, std::string* refusal);
 

@@ -255,8 +255,7 @@ std::vector<Sample> FindSamples(ReportStream& stream, const std::string& name, F
     }
   }
   if (findings != nullptr && stream.TakeRefusal())
-    findings->Add(
-        {.code = FindingCode::kFileUnreadable, .file = name, .problem = "cannot be read to its end"});
+    findings->Add({.code = FindingCode::kFileUnreadable, .file = name, .problem = stream.Refusal()});
   return samples;
 }
 

@@ -56,6 +56,8 @@ class ReportStream {
   bool IsRefused() const { return isRefused_; }
   /// The same, and forgets it.
   bool TakeRefusal() { return std::exchange(isRefused_, false); }
+  /// As File::Refusal() has it of the last one.
+  std::string Refusal() const { return file_.Refusal(); }
 
   /// A number of the bytes [from, end) of the file, as they are now: other bytes have another one.
   std::uint64_t Digest(std::uint64_t from, std::uint64_t end);

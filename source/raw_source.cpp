@@ -374,7 +374,7 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   chromatogram.minutes.resize(data->Count());
   chromatogram.intensities.resize(data->Count());
   const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data());
-  if (data->IsRefused()) ThrowRefusal(what, " cannot be read to its end");
+  ThrowRefusal(what + ' ', data->Refusal());
   if (!kept) ThrowUnread(what);
   chromatogram.minutes.resize(*kept);
   chromatogram.intensities.resize(*kept);

@@ -75,7 +75,8 @@ template <class Read>
 auto ReportSource::Reading(Read read) {
   report_.Stream().TakeRefusal();
   auto result = read();
-  if (report_.Stream().TakeRefusal()) throw Error(Status::kUnreadable, name_ + " cannot be read to its end");
+  if (report_.Stream().TakeRefusal())
+    throw Error(Status::kUnreadable, name_ + ' ' + report_.Stream().Refusal());
   return result;
 }
 

@@ -33,9 +33,6 @@ bool IsDevice(const SystemPath& path);
 /// Makes a folder, inside one that exists. Why it is not there; empty when it is.
 std::string MakeFolder(const SystemPath& path);
 
-/// The system's words for the error `code` of a call.
-std::string ErrorText(int code);
-
 #ifdef _WIN32
 /// `path` in a form that calls take at any length; as it stands when it is short.
 SystemPath Reachable(const SystemPath& path);

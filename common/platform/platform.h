@@ -58,12 +58,23 @@ class File {
 
   /// Whether the system has refused a read since the file was opened: it gave less than the file has there.
   bool IsRefused() const { return isRefused_; }
+  /// "cannot be read to its end (Input/output error)" when it has.
+  std::string Refusal() const;
 
  private:
   static constexpr std::intptr_t kClosed = -1;
   std::intptr_t handle_ = kClosed;
   mutable bool isRefused_ = false;
+  mutable int error_ = 0;  // the system's code of the last refusal; 0 where it gives none
 };
+
+/// The system's words for a code of its own.
+std::string ErrorText(int code);
+
+inline std::string File::Refusal() const {
+  if (!isRefused_) return {};
+  return "cannot be read to its end" + (error_ == 0 ? std::string() : " (" + ErrorText(error_) + ")");
+}
 
 bool IsDirectory(const std::wstring& path);
 

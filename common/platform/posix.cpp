@@ -51,11 +51,14 @@ SystemPath ToSystemPath(const std::wstring& path) {
 }
 
 File::File(File&& other) noexcept
-    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(other.isRefused_) {}
+    : handle_(std::exchange(other.handle_, kClosed)),
+      isRefused_(other.isRefused_),
+      error_(other.error_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
   std::swap(isRefused_, other.isRefused_);
+  std::swap(error_, other.error_);
   other.Close();
   return *this;
 }
@@ -86,16 +89,21 @@ std::uint64_t File::Size() const {
 
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
   std::size_t done = 0;
+  int error = 0;
   while (IsOpen() && done < out.size()) {
     const std::uint64_t position = offset + done;
     if (position > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) break;
     const ssize_t count = ::pread(static_cast<int>(handle_), out.data() + done, out.size() - done,
                                   static_cast<off_t>(position));
     if (count < 0 && errno == EINTR) continue;
+    if (count < 0) error = errno;
     if (count <= 0) break;
     done += static_cast<std::size_t>(count);
   }
-  if (done < out.size() && offset < Size() && done < Size() - offset) isRefused_ = true;
+  if (done < out.size() && offset < Size() && done < Size() - offset) {
+    isRefused_ = true;
+    error_ = error;
+  }
   return done;
 }
 

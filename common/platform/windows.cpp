@@ -44,11 +44,14 @@ DWORD VisitEntries(const SystemPath& folder, Visit visit) {
 }  // namespace
 
 File::File(File&& other) noexcept
-    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(other.isRefused_) {}
+    : handle_(std::exchange(other.handle_, kClosed)),
+      isRefused_(other.isRefused_),
+      error_(other.error_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
   std::swap(isRefused_, other.isRefused_);
+  std::swap(error_, other.error_);
   other.Close();
   return *this;
 }
@@ -80,6 +83,7 @@ std::uint64_t File::Size() const {
 
 std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
   std::size_t done = 0;
+  int error = 0;
   while (IsOpen() && done < out.size()) {
     const std::uint64_t position = offset + done;
     OVERLAPPED at{};
@@ -87,11 +91,15 @@ std::size_t File::ReadAt(std::uint64_t offset, std::span<std::byte> out) const {
     at.OffsetHigh = static_cast<DWORD>(position >> 32);
     const DWORD wanted = static_cast<DWORD>(std::min(out.size() - done, kLargestRead));
     DWORD count = 0;
-    if (!::ReadFile(reinterpret_cast<HANDLE>(handle_), out.data() + done, wanted, &count, &at) || count == 0)
-      break;
+    if (!::ReadFile(reinterpret_cast<HANDLE>(handle_), out.data() + done, wanted, &count, &at))
+      error = static_cast<int>(::GetLastError());
+    if (error != 0 || count == 0) break;
     done += count;
   }
-  if (done < out.size() && offset < Size() && done < Size() - offset) isRefused_ = true;
+  if (done < out.size() && offset < Size() && done < Size() - offset) {
+    isRefused_ = true;
+    error_ = error;
+  }
   return done;
 }
 

@@ -45,8 +45,8 @@ class TraceData {
   /// written: analog channels end where time runs backwards. No value when the file ends before its records.
   std::optional<std::size_t> Read(double* times, double* values) const;
 
-  /// Whether the system has refused to read on.
-  bool IsRefused() const { return file_.IsRefused(); }
+  /// As File::Refusal() has it.
+  std::string Refusal() const { return file_.Refusal(); }
 
  private:
   platform::File file_;

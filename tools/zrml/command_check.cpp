@@ -134,7 +134,7 @@ void ReadFiles(const source::Source& source, CheckResult& result) {
   } else if (files.error) {
     result.problems.push_back({"", *files.error});
   }
-  for (const std::string& file : files.broken) result.problems.push_back({file, "cannot be read to its end"});
+  for (const auto& [file, problem] : files.broken) result.problems.push_back({file, problem});
 }
 
 std::string WithoutPrefix(const std::string& text, const std::string& prefix) {

@@ -319,7 +319,7 @@ def test_scan_past_the_end(conversions, source):
 def test_failing_disk(conversions, failing_disk):
     """What the disk does not give must not count as an empty spectrum."""
     environment = {**os.environ, 'LD_PRELOAD': failing_disk}
-    problem = '_FUNC001.DAT cannot be read to its end'
+    problem = '_FUNC001.DAT cannot be read to its end (Input/output error)'
     source = conversions.command[2]
     for form in ('mzml', 'tsv'):
         process = conversions.run(f'disk-{form}', '--format', form, env=environment)
