@@ -25,6 +25,7 @@ constexpr CodeRow kCodes[] = {
     {FindingCode::kScansOverlap, "scans-overlap", Severity::kSuspect},
     {FindingCode::kStatisticsCut, "statistics-cut", Severity::kLost},
     {FindingCode::kStatisticsUnknown, "statistics-unknown", Severity::kSuspect},
+    {FindingCode::kTextOversized, "text-oversized", Severity::kSuspect},
     {FindingCode::kFunctionTableCut, "function-table-cut", Severity::kLost},
     {FindingCode::kHistoryCut, "history-cut", Severity::kSuspect},
     {FindingCode::kProcessUnrooted, "process-unrooted", Severity::kLost},

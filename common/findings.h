@@ -32,6 +32,7 @@ enum class FindingCode {
   kScansOverlap,
   kStatisticsCut,      // or about another number of scans
   kStatisticsUnknown,  // of another version
+  kTextOversized,      // far larger than a text of its kind
   kFunctionTableCut,
   kHistoryCut,
   kProcessUnrooted,  // a processed function that goes back to no raw one

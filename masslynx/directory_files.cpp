@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/text.h"
+#include "common/text_file.h"
 #include "masslynx/function_record.h"
 #include "masslynx/function_types.h"
 
@@ -96,6 +97,17 @@ void NoticeRefusal(const platform::File& file, const SystemPath& folder, std::ws
     problem = "cannot be opened (" + reason + ")";
   }
   *refusal = platform::ToNativePath(ToUpper(name)) + ' ' + problem;
+}
+
+std::string ReadTextOf(const platform::File& file, std::wstring_view name, Findings* findings) {
+  if (findings == nullptr) return ReadTextBytes(file);
+  if (file.Size() > kMostTextBytes) {
+    findings->Add({.code = FindingCode::kTextOversized,
+                   .file = platform::ToNativePath(ToUpper(name)),
+                   .problem = "has " + std::to_string(file.Size()) + " bytes, of which " +
+                              std::to_string(kMostTextBytes >> 20) + " MiB are read"});
+  }
+  return ReadTextBytes(file, kMostTextBytes);
 }
 
 // A system that does not tell case apart may take characters that are not ASCII for ASCII ones ("ſ" for "s"):

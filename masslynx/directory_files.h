@@ -3,6 +3,7 @@
 // files.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,12 @@ void NoticeUnreadable(const platform::SystemPath& folder, std::wstring_view name
 /// be read to its end (Input/output error)". `refusal` may be null.
 void NoticeRefusal(const platform::File& file, const platform::SystemPath& folder, std::wstring_view name,
                    Spellings spellings, std::string* refusal);
+
+/// Texts beside the data have a few KB. What follows this many bytes is damage.
+inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{16} << 20;
+
+/// The text of the file `name`, up to kMostTextBytes when findings are collected: then a longer one is one.
+std::string ReadTextOf(const platform::File& file, std::wstring_view name, Findings* findings);
 
 /// Tells for many names whether OpenInDirectory() opens them. The directory, which must not be empty, is
 /// listed once where that is less work than trying them all; names that it lacks in every case of their

@@ -83,7 +83,7 @@ class LabelReader {
 void ApplyLabels(const platform::SystemPath& folder, std::vector<FunctionRecord>& functions,
                  Findings* findings, std::string* refusal) {
   const platform::File file = OpenInDirectory(folder, kLabelsName);
-  const std::string text = ReadTextBytes(file);
+  const std::string text = ReadTextOf(file, kLabelsName, findings);
   NoticeRefusal(file, folder, kLabelsName, Spellings::kUpperLower, refusal);
   if (!file.IsOpen()) return NoticeUnreadable(folder, kLabelsName, findings);
   ByteLineReader lines(text, kLineBuffer);

@@ -34,7 +34,7 @@ std::optional<RawDirectory> RawDirectory::Open(const platform::SystemPath& folde
   if (!header.IsOpen()) return std::nullopt;
   RawDirectory directory;
   directory.folder_ = folder;
-  directory.header_ = ReadHeaderLines(header);
+  directory.header_ = HeaderLines(ReadTextOf(header, kHeaderName, &directory.findings_));
   NoticeRefusal(header, folder, kHeaderName, Spellings::kUpperLower, &directory.refusal_);
   std::optional<std::vector<FunctionRecord>> functions = ReadFunctions(
       folder, directory.header_, CutTable::kWholeRecords, &directory.findings_, &directory.refusal_);

@@ -226,6 +226,29 @@ TEST(RawFindings, FunctionTableThatIsCut) {
               [](const TempDirectory& directory) { directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1); });
 }
 
+// The greatest text that is read whole, and a byte more. What is read then still counts.
+TEST(RawFindings, TextsThatAreFarTooLarge) {
+  constexpr std::size_t kMost = 16 * 1024 * 1024;
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.header.push_back(HeaderLine("Instrument", "Q1"));
+  const TempDirectory directory = raw.Build();
+  directory.WriteText("_extern.inf", "Instrument Parameters - Function 1:\n");
+  const auto resize = [&](std::size_t size) {
+    for (const char* const name : {"_HEADER.TXT", "_extern.inf"})
+      std::filesystem::resize_file(directory.Path() / name, size);
+  };
+  resize(kMost);
+  EXPECT_EQ(LinesOf(directory), Lines());
+  resize(kMost + 1);
+  EXPECT_EQ(LinesOf(directory),
+            (Lines{"text-oversized: _HEADER.TXT has 16777217 bytes, of which 16 MiB are read",
+                   "text-oversized: _EXTERN.INF has 16777217 bytes, of which 16 MiB are read"}));
+  const std::optional<RawDirectory> opened = RawDirectory::Open(directory.SystemPath());
+  ASSERT_TRUE(opened);
+  const auto lines = opened->Header().All();
+  EXPECT_NE(std::find(lines.begin(), lines.end(), "$$ Instrument: Q1\n"), lines.end());
+}
+
 TEST(RawFindings, FilesOfNoFunction) {
   ExpectLines(
       SoundDirectory(),
