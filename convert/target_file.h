@@ -1,5 +1,6 @@
 // A file that appears under its name whole or not at all: written without a name, or under a temporary one in
-// the same folder where the system has no files without, flushed to the disk, then named.
+// the same folder where the system has no files without, flushed to the disk, then named. Windows removes the
+// temporary one when the program is killed.
 #pragma once
 
 #include <cstdint>

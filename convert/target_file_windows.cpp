@@ -14,9 +14,18 @@ int LastError() { return static_cast<int>(::GetLastError()); }
 
 HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
+// Whether the system removes the file when it is closed, be it because the program is killed. Not all disks
+// do.
+void SetRemoval(HANDLE handle, bool isRemoved) {
+  FILE_DISPOSITION_INFO info{};
+  info.DeleteFile = isRemoved ? TRUE : FALSE;
+  ::SetFileInformationByHandle(handle, FileDispositionInfo, &info, sizeof(info));
+}
+
 std::intptr_t CreateNew(const std::wstring& path) {
-  const HANDLE handle = ::CreateFileW(platform::Reachable(path).c_str(), GENERIC_WRITE, 0, nullptr,
+  const HANDLE handle = ::CreateFileW(platform::Reachable(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr,
                                       CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle != INVALID_HANDLE_VALUE) SetRemoval(handle, true);
   return reinterpret_cast<std::intptr_t>(handle);  // INVALID_HANDLE_VALUE is -1
 }
 
@@ -75,6 +84,7 @@ int TargetFile::Name() {
 
 void TargetFile::Finish() {
   Flush();
+  SetRemoval(Handle(handle_), false);
   Close();
   const int error = Name();
   if (error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS) FailAsExisting();
