@@ -328,6 +328,28 @@ TEST(RawSource, NoRoomIsMadeForPointsThatTheFileLacks) {
   EXPECT_EQ(mz.capacity() + intensities.capacity(), 0u);
 }
 
+// A megabyte of such an index. To make the points would take an hour.
+TEST(RawSource, IndexOverNothingIsReadThrough) {
+  constexpr int kScans = 47'662;
+  const TempDirectory directory = PlainDirectory(1).Build();
+  directory.Write("_FUNC001.IDX",
+                  WriteScanIndex(std::vector<ScanIndexRecord>(kScans, {.pointCount = 0x3FFFFF})));
+  directory.Truncate("_FUNC001.DAT", 0);
+  const std::unique_ptr<Source> source = Open(directory);
+  ASSERT_EQ(source->ScanCount(0, 0), kScans);
+  const std::span<const Finding> findings = source->Findings();
+  ASSERT_FALSE(findings.empty());
+  EXPECT_EQ(findings[0].code, FindingCode::kDataCut);
+  EXPECT_EQ(findings[0].count, 47'662u);
+  Values mz;
+  Values intensities;
+  for (int scan = 0; scan < kScans; ++scan)
+    ASSERT_EQ(source->ReadPoints(0, 0, scan, mz, intensities).lost, 0x3FFFFFu);
+  const Values basePeaks = source->BasePeaks(0, 0).intensities;
+  ASSERT_EQ(basePeaks.size(), 47'662u);
+  EXPECT_TRUE(std::isnan(basePeaks.back()));
+}
+
 // Of three scans of one point each, 6 bytes, the last is gone.
 TEST(RawSource, ChromatogramsOfLostPointsAreNotKnown) {
   const TempDirectory directory = PlainDirectory(1, 3).Build();
