@@ -104,4 +104,25 @@ const TempDirectory& AcquisitionOf(const LayoutData& layout) {
   return *directory;
 }
 
+const TempDirectory& ManyScans() {
+  static const TempDirectory directory = [] {
+    RawDirectoryBuilder raw;
+    raw.functions.resize(1);
+    TempDirectory made = raw.Build();
+    std::vector<ScanIndexRecord> index(kManyScans);
+    std::vector<ScanStatisticsRecord> statistics(kManyScans);
+    for (std::size_t i = 0; i < index.size(); ++i) {
+      index[i].dataOffset = static_cast<std::uint32_t>(i * 60);
+      index[i].pointCount = 10;
+      index[i].totalIntensity = static_cast<float>(i % 1000);
+      index[i].retentionTime = static_cast<float>(static_cast<double>(i) / 6000);
+      statistics[i].precursorMass = 500;
+    }
+    made.Write("_FUNC001.IDX", WriteScanIndex(index));
+    made.Write("_FUNC001.STS", WriteScanStatistics(statistics));
+    return made;
+  }();
+  return directory;
+}
+
 }  // namespace zrml::bench

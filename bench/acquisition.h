@@ -21,4 +21,8 @@ std::size_t ScanBytes(const LayoutData& layout);
 /// A directory with one function of equal scans, whose masses ascend.
 const TempDirectory& AcquisitionOf(const LayoutData& layout);
 
+inline constexpr int kManyScans = 1'000'000;
+/// An index and statistics of many scans, whose data nobody reads.
+const TempDirectory& ManyScans();
+
 }  // namespace zrml::bench

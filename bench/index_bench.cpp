@@ -15,30 +15,6 @@
 namespace zrml::bench {
 namespace {
 
-constexpr int kManyScans = 1'000'000;
-
-// An index and statistics of many scans, whose data nobody reads.
-const TempDirectory& ManyScans() {
-  static const TempDirectory directory = [] {
-    RawDirectoryBuilder raw;
-    raw.functions.resize(1);
-    TempDirectory made = raw.Build();
-    std::vector<ScanIndexRecord> index(kManyScans);
-    std::vector<ScanStatisticsRecord> statistics(kManyScans);
-    for (std::size_t i = 0; i < index.size(); ++i) {
-      index[i].dataOffset = static_cast<std::uint32_t>(i * 60);
-      index[i].pointCount = 10;
-      index[i].totalIntensity = static_cast<float>(i % 1000);
-      index[i].retentionTime = static_cast<float>(static_cast<double>(i) / 6000);
-      statistics[i].precursorMass = 500;
-    }
-    made.Write("_FUNC001.IDX", WriteScanIndex(index));
-    made.Write("_FUNC001.STS", WriteScanStatistics(statistics));
-    return made;
-  }();
-  return directory;
-}
-
 void FirstScanCount(benchmark::State& state) {
   plugin::CMLDataServerImpl server;
   for (auto _ : state) {

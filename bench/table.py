@@ -26,6 +26,7 @@ AIMS = [  # the first that the row's name begins with
     ("Open of", 5),
     ("source/ beside the slots: all spectra of 20k", 0.4),
     ("source/ beside the slots: mass-range", 0.4),
+    ("zrml scans", 3),
     ("Peak memory", 1.1),
 ]
 

@@ -87,6 +87,7 @@ class FunctionCommand : public SourceCommand {
 CLI::Validator IsNotEmpty();
 
 std::unique_ptr<Command> MakeInfoCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeScansCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeSpectrumCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeChromatogramCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeConvertCommand(CLI::App& parser);

@@ -15,8 +15,8 @@ namespace zrml::tool {
 namespace {
 
 constexpr std::array kCommands = {
-    MakeInfoCommand,    MakeSpectrumCommand, MakeChromatogramCommand,
-    MakeConvertCommand, MakeCheckCommand,    MakePluginCommand,
+    MakeInfoCommand,    MakeScansCommand, MakeSpectrumCommand, MakeChromatogramCommand,
+    MakeConvertCommand, MakeCheckCommand, MakePluginCommand,
 };
 
 constexpr int kFiles = 8;  // open at once for one source, and those looked at

@@ -40,10 +40,12 @@ void JsonWriter::End(char bracket) {
   isFirst_ = false;
 }
 
-void JsonWriter::Put(const Value& value) {
+void JsonWriter::Raw(std::string_view json) {
   Separate();
-  out_.Text(JsonOf(value));
+  out_.Text(json);
 }
+
+void JsonWriter::Put(const Value& value) { Raw(JsonOf(value)); }
 
 void JsonWriter::Members(const std::vector<Attribute>& attributes) {
   for (const Attribute& attribute : attributes) Key(attribute.key).Put(attribute.value);

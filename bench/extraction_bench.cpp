@@ -1,0 +1,74 @@
+// What commands print of a source, beside printing the same numbers into memory.
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "bench/acquisition.h"
+#include "source/source.h"
+#include "tools/zrml/command_line.h"
+
+namespace zrml::bench {
+namespace {
+
+// Standard output goes nowhere meanwhile.
+class Silence {
+ public:
+  Silence() : kept_(::dup(STDOUT_FILENO)) {
+    std::fflush(stdout);
+    const int nowhere = ::open("/dev/null", O_WRONLY);
+    ::dup2(nowhere, STDOUT_FILENO);
+    ::close(nowhere);
+  }
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+  ~Silence() {
+    ::dup2(kept_, STDOUT_FILENO);
+    ::close(kept_);
+  }
+
+ private:
+  int kept_;
+};
+
+void PrintScans(benchmark::State& state) {
+  const std::string path = ManyScans().Path().string();
+  const Silence silence;
+  for (auto _ : state) {
+    if (tool::RunCommandLine({"scans", path}) != tool::ExitStatus::kDone)
+      state.SkipWithError("the command fails");
+  }
+}
+
+// The five numbers of a row: scan, minutes, level, points, total.
+void PrintNumbers(benchmark::State& state) {
+  const std::unique_ptr<source::Source> source = source::Source::Open(ManyScans().Path().string());
+  std::vector<std::array<double, 5>> rows;
+  for (int i = 0; i < kManyScans; ++i) {
+    const source::Scan scan = source->ScanAt(0, 0, i);
+    rows.push_back(
+        {i + 1.0, scan.minutes, 1, static_cast<double>(scan.points), scan.totalIntensity.value_or(0)});
+  }
+  for (auto _ : state) {
+    std::string text;
+    for (const auto& row : rows) {
+      for (const double value : row) {
+        std::array<char, 32> number;
+        text.append(number.data(), std::to_chars(number.data(), number.data() + number.size(), value).ptr);
+        text += '\t';
+      }
+    }
+    benchmark::DoNotOptimize(text.data());
+  }
+}
+
+BENCHMARK(PrintScans)->Name("zrml scans of 1,000,000 scans/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK(PrintNumbers)->Name("zrml scans of 1,000,000 scans/floor")->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace zrml::bench

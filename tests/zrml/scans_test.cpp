@@ -1,0 +1,101 @@
+#include <nlohmann/json.hpp>
+
+#include "tests/zrml/vials.h"
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+using nlohmann::json;
+
+const std::string kTitles =
+    "source\tsample\tfunction\tscan\tminutes\tmsLevel\tpolarity\tprecursorMz\tpoints\ttotalIntensity\tscanVal"
+    "ue";
+
+class ScansTest : public ZrmlTest {
+ protected:
+  ProcessResult RunScans(std::vector<std::string> more) const {
+    more.insert(more.begin(), {"scans", path_});
+    return Run(more);
+  }
+
+  // Lines of the raw directory, each as it follows the path and sample.
+  std::string Lines(const std::vector<std::string>& lines, const std::string& moreTitles = "") const {
+    std::string text = kTitles + moreTitles + "\n";
+    for (const std::string& line : lines) text += path_ + "\t1\t" + line + "\n";
+    return text;
+  }
+
+  std::string path_ = Make("run.raw");
+};
+
+// Totals in the index are those of the points: 10 + 3 + 1,000,000.
+TEST_F(ScansTest, HasARowForEachScan) {
+  ExpectOutput(RunScans({"--function", "1,6,p1"}), Lines({
+                                                       "1\t1\t0.5\t1\tpositive\t\t3\t1000013\t2.5",
+                                                       "1\t2\t1\t1\tpositive\t\t1\t5\t2.5",
+                                                       "1\t3\t1.5\t1\tpositive\t\t0\t0\t2.5",
+                                                       "6\t1\t0.25\t1\tpositive\t\t1\t9\t",
+                                                       "p1\t1\t0.5\t1\tpositive\t\t1\t11\t",
+                                                   }));
+}
+
+TEST_F(ScansTest, PointsGiveWhatTheIndexLacks) {
+  ExpectOutput(RunScans({"--function", "1", "--points"}),
+               Lines({"1\t1\t0.5\t1\tpositive\t\t3\t1000013\t2.5\t1000013\t300.0625\t1000000\t100\t300.0625",
+                      "1\t2\t1\t1\tpositive\t\t1\t5\t2.5\t5\t100.25\t5\t100.25\t100.25",
+                      "1\t3\t1.5\t1\tpositive\t\t0\t0\t2.5\t0\t\t\t\t"},
+                     "\tsum\tbasePeakMz\tbasePeakIntensity\tlowestMz\thighestMz"));
+}
+
+TEST_F(ScansTest, LevelsAndTimesChoose) {
+  const std::string line = "2\t2\t1.125\t2\tnegative\t445.125\t1\t8\t";
+  ExpectOutput(RunScans({"--ms-level", "2", "--rt", "1-"}), Lines({line}));
+  ExpectOutput(RunScans({"--function", "1-2", "--rt", "1.125-1.125"}), Lines({line}));
+  ExpectOutput(RunScans({"--rt", "90-"}), Lines({}));
+}
+
+// Nothing is read of files that --points would need.
+TEST_F(ScansTest, DataFilesAreNotRead) {
+  std::filesystem::resize_file(folder_ / "run.raw" / "_FUNC001.DAT", 0);
+  ExpectOutput(RunScans({"--function", "1", "--rt", "1-1"}), Lines({"1\t2\t1\t1\tpositive\t\t1\t5\t2.5"}));
+  ExpectOutput(RunScans({"--function", "1", "--rt", "1-1", "--points"}),
+               Lines({"1\t2\t1\t1\tpositive\t\t1\t5\t2.5\t\t\t\t\t"},
+                     "\tsum\tbasePeakMz\tbasePeakIntensity\tlowestMz\thighestMz"));
+}
+
+TEST_F(ScansTest, JsonOfOnePathIsAnObject) {
+  const json scans = json::parse(RunScans({"--json", "--function", "2,p1"}).output);
+  EXPECT_EQ(scans["source"], path_);
+  ASSERT_EQ(scans["scans"].size(), 3U);
+  EXPECT_EQ(scans["scans"][1], json::parse(R"({"sample": 1, "function": 2, "scan": 2, "minutes": 1.125,
+      "msLevel": 2, "polarity": "negative", "precursorMz": 445.125, "points": 1, "totalIntensity": 8,
+      "scanValue": null})"));
+  EXPECT_EQ(scans["scans"][2]["function"], "p1");
+  EXPECT_EQ(scans["scans"][2]["precursorMz"], nullptr);
+}
+
+TEST_F(ScansTest, SeveralPathsAreAList) {
+  const std::string report = Make("vials.rpt", Vials());
+  const json list = json::parse(Run({"scans", path_, report, "--json", "--function", "1"}).output);
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["source"], path_);
+  EXPECT_EQ(list[1]["source"], report);
+  EXPECT_EQ(list[1]["scans"].size(), 3U);
+}
+
+// Of a report the spectrum's own keys count; those that it lacks are empty.
+TEST_F(ScansTest, ReportsHaveRowsToo) {
+  const std::string report = Make("vials.rpt", Vials());
+  ExpectOutput(Run({"scans", report, "--function", "1"}),
+               kTitles + "\n" + report + "\t1\t1\t1\t0.5\t1\tnegative\t\t2\t7\t\n" + report +
+                   "\t1\t1\t2\t1.5\t1\tnegative\t\t1\t7\t\n" + report +
+                   "\t1\t1\t3\t2.5\t1\tnegative\t\t0\t7\t\n");
+}
+
+TEST_F(ScansTest, PathsThatAreNotThereEndIt) {
+  ExpectFailure(Run({"scans", Path("no.raw")}), 3, "there is no file or folder " + Path("no.raw"));
+}
+
+}  // namespace
+}  // namespace zrml::test

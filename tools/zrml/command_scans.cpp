@@ -1,0 +1,253 @@
+// zrml scans: a row for each scan, of what index and statistics have of it and, if wanted, of its points.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "convert/selection.h"
+#include "tools/zrml/command.h"
+#include "tools/zrml/format.h"
+#include "tools/zrml/json_writer.h"
+#include "tools/zrml/names.h"
+
+namespace zrml::tool {
+namespace {
+
+// Nothing of a scan whose points are all lost.
+struct PointFacts {
+  std::optional<double> sum = {};
+  std::optional<double> basePeakMz = {};
+  std::optional<double> basePeakIntensity = {};
+  std::optional<source::Range> range = {};
+};
+
+PointFacts FactsOf(const source::PointsRead& read, const std::vector<double>& mz,
+                   const std::vector<double>& intensities) {
+  if (read.count == 0 && read.lost > 0) return {};
+  PointFacts facts = {.sum = std::accumulate(intensities.begin(), intensities.end(), 0.0)};
+  if (mz.empty()) return facts;
+  const auto base = std::max_element(intensities.begin(), intensities.end());
+  facts.basePeakMz = mz[static_cast<std::size_t>(base - intensities.begin())];
+  facts.basePeakIntensity = *base;
+  facts.range = {mz.front(), mz.back()};
+  return facts;
+}
+
+/// What is the same in all rows of a function.
+struct FunctionTexts {
+  std::string source;
+  std::string sample;
+  std::string function;
+  std::string msLevel;
+  std::string polarity;
+};
+
+struct Row {
+  const FunctionTexts& texts;
+  int number = 0;
+  const source::Scan& scan;
+  const PointFacts& points;
+};
+
+/// Appends one value of a row; nothing when there is none.
+class Cell {
+ public:
+  explicit Cell(std::string& line) : line_(line) {}
+
+  void Put(std::string_view text) { line_ += text; }
+  void Put(std::int64_t value) { line_ += std::to_string(value); }
+  void Put(double value) {
+    if (std::isfinite(value)) AppendNumber(value, line_);
+  }
+  void Put(const std::optional<double>& value) {
+    if (value) Put(*value);
+  }
+
+ private:
+  std::string& line_;
+};
+
+struct Column {
+  std::string_view name;
+  void (*put)(const Row& row, Cell cell);
+};
+
+constexpr std::array<Column, 16> kColumns = {{
+    {"source", [](const Row& row, Cell cell) { cell.Put(row.texts.source); }},
+    {"sample", [](const Row& row, Cell cell) { cell.Put(row.texts.sample); }},
+    {"function", [](const Row& row, Cell cell) { cell.Put(row.texts.function); }},
+    {"scan", [](const Row& row, Cell cell) { cell.Put(std::int64_t{row.number}); }},
+    {"minutes", [](const Row& row, Cell cell) { cell.Put(row.scan.minutes); }},
+    {"msLevel", [](const Row& row, Cell cell) { cell.Put(row.texts.msLevel); }},
+    {"polarity", [](const Row& row, Cell cell) { cell.Put(row.texts.polarity); }},
+    {"precursorMz", [](const Row& row, Cell cell) { cell.Put(row.scan.precursorMz); }},
+    {"points", [](const Row& row, Cell cell) { cell.Put(std::int64_t{row.scan.points}); }},
+    {"totalIntensity", [](const Row& row, Cell cell) { cell.Put(row.scan.totalIntensity); }},
+    {"scanValue", [](const Row& row, Cell cell) { cell.Put(row.scan.scanValue); }},
+    {"sum", [](const Row& row, Cell cell) { cell.Put(row.points.sum); }},
+    {"basePeakMz", [](const Row& row, Cell cell) { cell.Put(row.points.basePeakMz); }},
+    {"basePeakIntensity", [](const Row& row, Cell cell) { cell.Put(row.points.basePeakIntensity); }},
+    {"lowestMz",
+     [](const Row& row, Cell cell) {
+       if (row.points.range) cell.Put(row.points.range->low);
+     }},
+    {"highestMz",
+     [](const Row& row, Cell cell) {
+       if (row.points.range) cell.Put(row.points.range->high);
+     }},
+}};
+constexpr std::size_t kWithoutPoints = 11;
+
+using Columns = std::span<const Column>;
+
+void AppendLine(Columns columns, const Row& row, std::string& line) {
+  for (const Column& column : columns) {
+    column.put(row, Cell(line));
+    line += &column == &columns.back() ? '\n' : '\t';
+  }
+}
+
+// What is empty in a line is null.
+void AppendObject(Columns columns, const Row& row, std::string& line) {
+  for (const Column& column : columns) {
+    line += &column == columns.data() ? "{\"" : ", \"";
+    line.append(column.name).append("\": ");
+    const std::size_t before = line.size();
+    column.put(row, Cell(line));
+    if (line.size() == before) line += "null";
+  }
+  line += '}';
+}
+
+class ScansCommand : public Command {
+ public:
+  explicit ScansCommand(CLI::App& parser) : Command(parser, "scans", "Print a table of scans") {
+    CLI::App& options = Options();
+    options.add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
+        ->option_text("REQUIRED ...")
+        ->required();
+    options.add_flag("--json", isJson_, "Print JSON, for programs");
+    options.add_flag("--points", hasPoints_, "Read the points, too: their sum, base peak and range");
+    AddParsed(options, "--function", selection_.functions, convert::FunctionSet::Parse,
+              "a list of functions such as 1,3-5,p2", "Functions by the numbers of their files")
+        ->option_text("LIST");
+    AddParsed(options, "--ms-level", selection_.msLevels, convert::NumberSet::Parse,
+              "a list of numbers such as 1,3-5", "MS levels, such as 2-")
+        ->option_text("LIST");
+    AddParsed(options, "--rt", selection_.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
+              "Minutes, such as 0.5-3")
+        ->option_text("LO-HI");
+  }
+
+  void Run(Output& out) override { isJson_ ? PrintAsJson(out) : PrintAsLines(out); }
+
+ private:
+  void PrintAsLines(Output& out) {
+    for (const Column& column : AllColumns()) {
+      out.Text(column.name);
+      out.Text(&column == &AllColumns().back() ? "\n" : "\t");
+    }
+    std::string line;
+    for (const std::string& path : paths_) {
+      ForEachScan(*OpenSource(path), [&](const Row& row) {
+        line.clear();
+        AppendLine(AllColumns(), row, line);
+        out.Text(line);
+      });
+    }
+  }
+
+  void PrintAsJson(Output& out) {
+    JsonWriter json(out);
+    const auto print = [&](const std::string& path) {
+      const std::unique_ptr<source::Source> source = OpenSource(path);
+      json.Object([&] {
+        json.Key("source").Put(path);
+        json.Key("scans").Array([&] {
+          std::string object;
+          ForEachScan(*source, [&](const Row& row) {
+            object.clear();
+            AppendObject(AllColumns().subspan(1), row, object);  // without the source
+            json.Raw(object);
+          });
+        });
+      });
+    };
+    if (paths_.size() == 1) {
+      print(paths_.front());
+    } else {
+      json.Array([&] { std::for_each(paths_.begin(), paths_.end(), print); });
+    }
+    json.Finish();
+  }
+
+  Columns AllColumns() const {
+    return Columns(kColumns).first(hasPoints_ ? kColumns.size() : kWithoutPoints);
+  }
+
+  template <class Visit>
+  void ForEachScan(source::Source& source, Visit visit) {
+    const int samples = Reading(source, [&] { return source.SampleCount(); });
+    for (int sample = 0; sample < samples; ++sample) {
+      const std::span<const source::Function> functions =
+          Reading(source, [&] { return source.Functions(sample); });
+      for (int function = 0; function < static_cast<int>(functions.size()); ++function) {
+        const source::Function& described = functions[static_cast<std::size_t>(function)];
+        if (IsChosen(described)) ForEachScanOf(source, {sample, function}, described, visit);
+      }
+    }
+  }
+
+  bool IsChosen(const source::Function& function) const {
+    return selection_.functions.Has(function.id) &&
+           (selection_.msLevels.IsAll() || (HasLevel(function) && selection_.msLevels.Has(function.msLevel)));
+  }
+
+  static bool HasLevel(const source::Function& function) {
+    return function.kind == source::FunctionKind::kMs || function.kind == source::FunctionKind::kMsMs;
+  }
+
+  template <class Visit>
+  void ForEachScanOf(source::Source& source, const FunctionPosition& at, const source::Function& function,
+                     Visit visit) {
+    const auto text = [&](const Value& value) { return isJson_ ? JsonOf(value) : TextOf(value); };
+    const FunctionTexts texts = {
+        .source = text(source.Path()),
+        .sample = std::to_string(at.sample + 1),
+        .function = text(ValueOf(function.id)),
+        .msLevel = HasLevel(function) ? std::to_string(function.msLevel) : "",
+        .polarity =
+            function.polarity == source::Polarity::kUnknown ? "" : text(PolarityName(function.polarity)),
+    };
+    const int scans = Reading(source, [&] { return source.ScanCount(at.sample, at.function); });
+    for (int position = 0; position < scans; ++position) {
+      const source::Scan scan =
+          Reading(source, [&] { return source.ScanAt(at.sample, at.function, position); });
+      if (!selection_.HasTime(scan.minutes)) continue;
+      PointFacts points;
+      if (hasPoints_) {
+        const source::PointsRead read = Reading(
+            source, [&] { return source.ReadPoints(at.sample, at.function, position, mz_, intensities_); });
+        points = FactsOf(read, mz_, intensities_);
+      }
+      visit(Row{texts, position + 1, scan, points});
+    }
+  }
+
+  std::vector<std::string> paths_;
+  bool isJson_ = false;
+  bool hasPoints_ = false;
+  convert::Selection selection_;
+  std::vector<double> mz_;
+  std::vector<double> intensities_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> MakeScansCommand(CLI::App& parser) { return std::make_unique<ScansCommand>(parser); }
+
+}  // namespace zrml::tool
