@@ -1,0 +1,127 @@
+// Lists of targets.
+#include "tools/zrml/targets.h"
+
+#include <fstream>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/temp_directory.h"
+#include "tools/zrml/failure.h"
+
+namespace zrml::tool {
+namespace {
+
+class TargetsTest : public testing::Test {
+ protected:
+  std::string PathOf(const std::string& name) const {
+    const std::u8string path = (directory_.Path() / name).u8string();
+    return {path.begin(), path.end()};
+  }
+
+  std::vector<Target> Read(const std::string& text, Tolerance tolerance = {}) const {
+    std::ofstream(directory_.Path() / "list", std::ios::binary) << text;
+    return ReadTargets(PathOf("list"), tolerance);
+  }
+
+  // The message that follows the path.
+  void ExpectRefused(const std::string& text, const std::string& message) const {
+    try {
+      Read(text);
+      ADD_FAILURE() << "read: " << text;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.status, ExitStatus::kWrongUsage);
+      EXPECT_EQ(failure.message, PathOf("list") + message);
+    }
+  }
+
+  TempDirectory directory_;
+};
+
+// 10 ppm of 500 are 0.005.
+TEST_F(TargetsTest, RangesReachToBothSides) {
+  EXPECT_EQ(RangeAround(500, {10, true}).low, 500 - 0.005);
+  EXPECT_EQ(RangeAround(500, {10, true}).high, 500 + 0.005);
+  EXPECT_EQ(RangeAround(500, {0.25, false}).low, 499.75);
+  EXPECT_EQ(RangeAround(500, {0.25, false}).high, 500.25);
+  EXPECT_EQ(RangeAround(500, {0, true}).low, 500);
+}
+
+TEST_F(TargetsTest, RowsUnderALineOfNames) {
+  const std::vector<Target> targets = Read(
+      "comment\tmz\ttolerance\ttolerance_unit\trt_start\trt_end\tformula\n"
+      "caffeine\t200\t0.5\tDa\t1\t2.5\tC8H10N4O2\n"
+      "\n"
+      "\t400\t\t\t\t3\n"
+      "late\t500\t20\tppm\t3",
+      {1, false});
+  ASSERT_EQ(targets.size(), 3U);
+  EXPECT_EQ(targets[0].mz, 200);
+  EXPECT_EQ(targets[0].range.low, 199.5);
+  EXPECT_EQ(targets[0].range.high, 200.5);
+  EXPECT_EQ(targets[0].minutes->low, 1);
+  EXPECT_EQ(targets[0].minutes->high, 2.5);
+  EXPECT_EQ(targets[0].comment, "caffeine");
+  EXPECT_EQ(targets[1].range.low, 399) << "the tolerance of the command line";
+  EXPECT_EQ(targets[1].minutes->low, -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(targets[1].minutes->high, 3);
+  EXPECT_EQ(targets[1].comment, "");
+  EXPECT_EQ(targets[2].range.high, 500.01);
+  EXPECT_EQ(targets[2].minutes->high, std::numeric_limits<double>::infinity());
+}
+
+TEST_F(TargetsTest, EndsInPlaceOfAMass) {
+  const std::vector<Target> targets = Read("mz_start\tmz_end\r\n100\t200.5\r\n");
+  ASSERT_EQ(targets.size(), 1U);
+  EXPECT_EQ(targets[0].mz, std::nullopt);
+  EXPECT_EQ(targets[0].range.low, 100);
+  EXPECT_EQ(targets[0].range.high, 200.5);
+  EXPECT_FALSE(targets[0].minutes);
+}
+
+TEST_F(TargetsTest, JsonHasTheSameNames) {
+  const std::vector<Target> targets = Read(R"(
+    [{"mz": 200, "tolerance": 0.5, "tolerance_unit": "da", "comment": "caffeine"},
+     {"mz": 556.2771, "rt_start": null},
+     {"mz_start": 100, "mz_end": 200.5, "rt_end": 3}])");
+  ASSERT_EQ(targets.size(), 3U);
+  EXPECT_EQ(targets[0].range.low, 199.5);
+  EXPECT_EQ(targets[0].comment, "caffeine");
+  EXPECT_EQ(targets[1].mz, 556.2771);
+  EXPECT_EQ(targets[1].range.high, 556.2771 + 556.2771 * 10 / 1e6);
+  EXPECT_FALSE(targets[1].minutes);
+  EXPECT_EQ(targets[2].minutes->high, 3);
+}
+
+TEST_F(TargetsTest, WhatIsWrongIsNamed) {
+  ExpectRefused("", ": there are no targets");
+  ExpectRefused("mz\n", ": there are no targets");
+  ExpectRefused("mz\n\n1O0\n", ", line 3: mz \"1O0\" is not a number of 0 or more");
+  ExpectRefused("mz\n-1\n", ", line 2: mz \"-1\" is not a number of 0 or more");
+  ExpectRefused("mz\n1e999\n", ", line 2: mz \"1e999\" is not a number of 0 or more");
+  ExpectRefused("mz\n100,5\n", ", line 2: mz \"100,5\" is not a number of 0 or more");
+  ExpectRefused("mz\n100\t5\n", ", line 2: there are more values than names in the first line");
+  ExpectRefused("name\ncaffeine\n", ", line 2: there is neither mz nor mz_start and mz_end");
+  ExpectRefused("mz_start\n1\n", ", line 2: mz_start and mz_end belong together");
+  ExpectRefused("mz_start\tmz_end\n2\t1\n", ", line 2: mz_start is larger than mz_end");
+  ExpectRefused("mz\ttolerance\n2\t1\n", ", line 2: a tolerance needs a tolerance_unit, \"ppm\" or \"da\"");
+  ExpectRefused("mz\ttolerance\ttolerance_unit\n2\t1\tmmu\n",
+                ", line 2: tolerance_unit \"mmu\" is not \"ppm\" or \"da\"");
+  ExpectRefused("{}", ": the targets are not a list");
+  ExpectRefused("[\n{\"mz\": 1},\n{\"mz\" 2}]", ", line 3: this is not JSON");
+  ExpectRefused("[{\"mz\": 1}, 2]", ", target 2: this is not an object");
+  ExpectRefused("[{\"mz\": [1]}]", ", target 1: mz \"array\" is not a number of 0 or more");
+}
+
+TEST_F(TargetsTest, FileThatIsNotThere) {
+  try {
+    ReadTargets(PathOf("none"), {});
+    ADD_FAILURE();
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.status, ExitStatus::kNoSuchPath);
+    EXPECT_EQ(failure.message, "there is no file " + PathOf("none"));
+  }
+}
+
+}  // namespace
+}  // namespace zrml::tool
