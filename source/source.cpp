@@ -87,15 +87,20 @@ PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<do
   return read;
 }
 
-std::optional<std::span<const double>> Source::IntensitiesWithin(int sample, int function, int scan,
-                                                                 Range range, Points& points) {
-  auto& [mz, intensities] = points;
-  const PointsRead read = ReadPoints(sample, function, scan, mz, intensities);
-  if (read.count == 0 && read.lost > 0) return std::nullopt;
+bool Source::AreAllLost(const PointsRead& read) { return read.count == 0 && read.lost > 0; }
+
+std::span<const double> Source::IntensitiesIn(Range range, const Points& points) {
+  const auto& [mz, intensities] = points;
   const auto begin = std::lower_bound(mz.begin(), mz.end(), range.low) - mz.begin();
   const auto end = std::upper_bound(mz.begin(), mz.end(), range.high) - mz.begin();
-  if (begin >= end) return std::span<const double>();
+  if (begin >= end) return {};
   return std::span(intensities.begin() + begin, intensities.begin() + end);
+}
+
+std::optional<std::span<const double>> Source::IntensitiesWithin(int sample, int function, int scan,
+                                                                 Range range, Points& points) {
+  if (AreAllLost(ReadPoints(sample, function, scan, points.mz, points.intensities))) return std::nullopt;
+  return IntensitiesIn(range, points);
 }
 
 std::vector<MetadataItem> Source::FunctionMetadata(int, int) { return {}; }
@@ -202,15 +207,29 @@ Chromatogram Source::BasePeaks(int sample, int function, const Cancel& cancel) {
 Chromatogram Source::MassRange(int sample, int function, Range range, Within within, const Cancel& cancel) {
   Chromatogram chromatogram;
   chromatogram.minutes = Minutes(sample, function);
-  const int scans = static_cast<int>(chromatogram.minutes.size());
-  chromatogram.intensities.assign(chromatogram.minutes.size(), kNaN);
-  Points points;
-  for (int scan = 0; scan < scans; ++scan) {
-    ThrowIfCancelled(cancel);
-    if (const auto values = IntensitiesWithin(sample, function, scan, range, points))
-      chromatogram.intensities[static_cast<std::size_t>(scan)] = OfIntensities(*values, within);
-  }
+  chromatogram.intensities.resize(chromatogram.minutes.size());
+  MassRanges(sample, function, {&range, 1}, within, chromatogram.intensities, cancel);
   return chromatogram;
+}
+
+void Source::MassRanges(int sample, int function, std::span<const Range> ranges, Within within,
+                        std::span<double> rows, const Cancel& cancel) {
+  const auto scans = static_cast<std::size_t>(ScanCount(sample, function));
+  if (scans != 0 && rows.size() / scans < ranges.size())
+    throw Error(Status::kWrongArgument, "there is no room for the chromatograms");
+  Points points;
+  for (std::size_t scan = 0; scan < scans; ++scan) {
+    ThrowIfCancelled(cancel);
+    const int position = static_cast<int>(scan);
+    if (ranges.size() == 1) {  // which may take less than all points of the scan
+      const auto values = IntensitiesWithin(sample, function, position, ranges.front(), points);
+      rows[scan] = values ? OfIntensities(*values, within) : kNaN;
+      continue;
+    }
+    const bool areLost = AreAllLost(ReadPoints(sample, function, position, points.mz, points.intensities));
+    for (std::size_t row = 0; row < ranges.size(); ++row)
+      rows[row * scans + scan] = areLost ? kNaN : OfIntensities(IntensitiesIn(ranges[row], points), within);
+  }
 }
 
 std::vector<Trace> Source::FunctionTraces(int, int) { return {}; }

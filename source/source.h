@@ -176,6 +176,11 @@ class Source {
   virtual Chromatogram MassRange(int sample, int function, Range range, Within within,
                                  const Cancel& cancel = {});
 
+  /// The same of many ranges in one pass over the points: `rows` has room for a value of each scan for the
+  /// first range, then for the second, and so on.
+  void MassRanges(int sample, int function, std::span<const Range> ranges, Within within,
+                  std::span<double> rows, const Cancel& cancel = {});
+
   /// Of the sample; of a function with `function` (a report's functions have their own).
   virtual std::vector<Trace> Traces(int sample) = 0;
   virtual Chromatogram ReadTrace(int sample, int trace) = 0;
@@ -214,6 +219,8 @@ class Source {
     int scan;
   };
 
+  static bool AreAllLost(const PointsRead& read);
+  static std::span<const double> IntensitiesIn(Range range, const Points& points);
   std::span<const ScanTime> TimesOf(int sample, int function);
   static int ScanAtEnd(std::span<const ScanTime> times, double minutes, bool isLast);
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "source/names.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
@@ -82,11 +83,11 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
       ValueOf(function.id),
       function.file.empty() ? Value() : Value(function.file),
       function.name,
-      KindName(function.kind),
+      NameOf(function.kind),
       KindCode(function.kind),
       function.msLevel,
-      ScanTypeName(function.scanType),
-      PolarityName(function.polarity),
+      NameOf(function.scanType),
+      NameOf(function.polarity),
       scans,
       minutes,
       ValueOrAbsent(function.massRange),

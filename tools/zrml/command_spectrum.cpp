@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "source/names.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/names.h"
@@ -29,7 +30,7 @@ std::vector<Attribute> ScanAttributes(const source::Function& function, const so
       {"startMinutes", scan.minutes},
       {"endMinutes", scan.endMinutes},
       {"msLevel", function.msLevel},
-      {"polarity", PolarityName(function.polarity)},
+      {"polarity", NameOf(function.polarity)},
       {"centroided", scan.isCentroided},
   };
 }

@@ -1,0 +1,171 @@
+// Scans one by one and as a table, and their points.
+#include <algorithm>
+#include <limits>
+
+#include "library/handle.h"
+#include "source/position.h"
+
+namespace zrml::library {
+namespace {
+
+using source::Source;
+
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
+
+zrml_scan RecordOf(const source::Scan& scan, int position) {
+  return {
+      .size = 0,
+      .number = position + 1,
+      .is_centroided = scan.isCentroided ? 1 : 0,
+      .minutes = scan.minutes,
+      .end_minutes = scan.endMinutes,
+      .points = scan.points,
+      .total_intensity = scan.totalIntensity.value_or(kNoValue),
+      .base_peak_intensity = scan.basePeakIntensity.value_or(kNoValue),
+      .precursor_mz = scan.precursorMz.value_or(kNoValue),
+      .is_precursor_of_method = scan.isPrecursorOfMethod ? 1 : 0,
+      .scan_value = scan.scanValue.value_or(kNoValue),
+  };
+}
+
+template <class Value, class Given>
+void Set(Value* column, std::size_t row, Given value) {
+  if (column != nullptr) column[row] = static_cast<Value>(value);
+}
+
+bool WantsMoreThanTimes(const zrml_scan_table& table) {
+  return table.end_minutes != nullptr || table.points != nullptr || table.is_centroided != nullptr ||
+         table.total_intensity != nullptr || table.base_peak_mz != nullptr ||
+         table.base_peak_intensity != nullptr || table.precursor_mz != nullptr || table.scan_value != nullptr;
+}
+
+void SetRow(const zrml_scan_table& table, std::size_t row, const source::Scan& scan) {
+  Set(table.minutes, row, scan.minutes);
+  Set(table.end_minutes, row, scan.endMinutes);
+  Set(table.points, row, scan.points);
+  Set(table.is_centroided, row, scan.isCentroided);
+  Set(table.total_intensity, row, scan.totalIntensity.value_or(kNoValue));
+  Set(table.base_peak_mz, row, kNoValue);
+  Set(table.base_peak_intensity, row, scan.basePeakIntensity.value_or(kNoValue));
+  Set(table.precursor_mz, row, scan.precursorMz.value_or(kNoValue));
+  Set(table.scan_value, row, scan.scanValue.value_or(kNoValue));
+}
+
+void SetFromPoints(const zrml_scan_table& table, std::size_t row, const source::PointsRead& read,
+                   const std::vector<double>& mz, const std::vector<double>& intensities) {
+  const auto largest = std::max_element(intensities.begin(), intensities.end());
+  const bool hasPeak = largest != intensities.end();
+  const double ofNone = read.lost > 0 ? kNoValue : 0;
+  Set(table.points, row, read.count);
+  Set(table.base_peak_mz, row,
+      hasPeak ? mz[static_cast<std::size_t>(largest - intensities.begin())] : kNoValue);
+  Set(table.base_peak_intensity, row, hasPeak ? *largest : ofNone);
+}
+
+// Which scans of which function are asked for.
+struct Rows {
+  int sample;
+  int function;
+  int first;
+  int count;
+};
+
+void FillFromIndex(Source& source, const Rows& rows, const zrml_scan_table& table) {
+  for (int i = 0; i < rows.count; ++i) Set(table.number, static_cast<std::size_t>(i), rows.first + i + 1);
+  if (WantsMoreThanTimes(table)) {
+    for (int i = 0; i < rows.count; ++i) {
+      SetRow(table, static_cast<std::size_t>(i), source.ScanAt(rows.sample, rows.function, rows.first + i));
+    }
+  } else if (table.minutes != nullptr) {
+    const std::vector<double> minutes = source.Minutes(rows.sample, rows.function);
+    std::copy_n(minutes.begin() + rows.first, rows.count, table.minutes);
+  }
+}
+
+void FillFromPoints(Source& source, const Rows& rows, const zrml_scan_table& table,
+                    const source::Cancel& cancel) {
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (int i = 0; i < rows.count; ++i) {
+    source::ThrowIfCancelled(cancel);
+    const source::PointsRead read =
+        source.ReadPoints(rows.sample, rows.function, rows.first + i, mz, intensities);
+    SetFromPoints(table, static_cast<std::size_t>(i), read, mz, intensities);
+  }
+}
+
+void RequireRows(Source& source, const Rows& rows) {
+  RequireSample(source, rows.sample);
+  const int scans = source.ScanCount(rows.sample, rows.function);
+  if (rows.first < 0 || rows.first > scans) source::ThrowNoSuch(rows.first, "scan");
+  if (rows.count < 0) ThrowWrongArgument("the number of scans is negative");
+  if (rows.count > scans - rows.first) source::ThrowNoSuch(scans, "scan");
+}
+
+// A table of a later version may have arrays that are not known here.
+void RequireKnown(const zrml_scan_table* table) {
+  Require(table, "table");
+  if (table->size < sizeof(zrml_scan_table)) ThrowWrongArgument("the size of the table is too small");
+  const char* const begin = reinterpret_cast<const char*>(table);
+  if (std::any_of(begin + sizeof(zrml_scan_table), begin + table->size, [](char c) { return c != 0; }))
+    ThrowWrongArgument("the table has arrays that this version of the library does not know");
+}
+
+}  // namespace
+}  // namespace zrml::library
+
+using namespace zrml::library;
+
+zrml_status zrml_scan_count(zrml_source* source, int sample, int function, int* count) {
+  return Run(source, [&](Source& held) {
+    Require(count, "count");
+    RequireSample(held, sample);
+    *count = held.ScanCount(sample, function);
+  });
+}
+
+zrml_status zrml_get_scan(zrml_source* source, int sample, int function, int scan, zrml_scan* record) {
+  return Run(source, [&](Source& held) {
+    RequireSample(held, sample);
+    Fill(record, RecordOf(held.ScanAt(sample, function, scan), scan));
+  });
+}
+
+zrml_status zrml_read_scan_table(zrml_source* source, int sample, int function, int first, int count,
+                                 const zrml_scan_table* table) {
+  return Run(source, [&](Source& held) {
+    RequireKnown(table);
+    const Rows rows = {sample, function, first, count};
+    RequireRows(held, rows);
+    FillFromIndex(held, rows, *table);
+    if (table->reads_points != 0)
+      FillFromPoints(held, rows, *table, CancelOf(*source, static_cast<std::size_t>(count)));
+  });
+}
+
+zrml_status zrml_read_points(zrml_source* source, int sample, int function, int scan, double* mz,
+                             double* intensities, size_t room, size_t* count, size_t* lost) {
+  return Run(source, [&](Source& held) {
+    Require(count, "count");
+    RequireRoom(room, mz, room);
+    RequireRoom(room, intensities, room);
+    RequireSample(held, sample);
+    const zrml::source::PointsRead read =
+        held.ReadPoints(sample, function, scan, std::span(mz, room), std::span(intensities, room));
+    *count = read.count;
+    if (lost != nullptr) *lost = read.lost;
+  });
+}
+
+zrml_status zrml_find_precursor(zrml_source* source, int sample, int function, int scan,
+                                int* precursor_function, int* precursor_scan) {
+  return Run(source, [&](Source& held) {
+    Require(precursor_function, "precursor_function");
+    Require(precursor_scan, "precursor_scan");
+    RequireSample(held, sample);
+    const auto found =
+        held.FindPrecursor(sample, function, scan).value_or(zrml::source::ScanPosition{-1, -1});
+    *precursor_function = found.function;
+    *precursor_scan = found.scan;
+  });
+}

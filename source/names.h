@@ -1,0 +1,15 @@
+// Words for what a source holds, as people and programs see them.
+#pragma once
+
+#include "source/source.h"
+
+namespace zrml::source {
+
+/// "MS", "MS/MS", "absorbance", "ion monitoring", "other".
+const char* NameOf(FunctionKind kind);
+/// "none", "precursor", "product", "neutral loss", "neutral gain".
+const char* NameOf(ScanType scanType);
+/// "unknown", "positive", "negative".
+const char* NameOf(Polarity polarity);
+
+}  // namespace zrml::source
