@@ -6,7 +6,7 @@ set(masslynx common spectrum masslynx)
 set(openlynx common spectrum openlynx)
 set(plugin common spectrum masslynx openlynx plugin)
 set(source common spectrum masslynx openlynx source)
-set(library common source library)
+set(library common source library zrml)  # zrml/zrml.h, which it implements
 set(convert common source convert)
 set(tools common source convert tools)
 # `zrml plugin` compares the interface with a source.
