@@ -198,8 +198,8 @@ ZRML_API zrml_status zrml_get_scan(zrml_source* source, int sample, int function
                                    zrml_scan* record);
 
 /* Arrays for one value of each scan: what zrml_scan has. A null array is not filled, and what takes time to
- * find is not looked for. Set members that are not used to null: `zrml_scan_table table = {sizeof table};`
- * does. */
+ * find is not looked for. Set members that are not used to null: `zrml_scan_table table = {.size = sizeof
+ * table};` does. */
 typedef struct zrml_scan_table {
   size_t size;
   int32_t* number;
