@@ -31,6 +31,8 @@ struct Target {
 template <class Read>
 void Deliver(zrml_source& handle, const Request& request, const Target& target, Read read) {
   Require(target.count, "count");
+  RequireRoom(target.room, target.x, target.room);
+  RequireRoom(target.room, target.y, target.room);
   if (!handle.arrays || handle.arrays->first != request) {
     handle.arrays.reset();
     handle.arrays.emplace(request, read());
@@ -39,7 +41,6 @@ void Deliver(zrml_source& handle, const Request& request, const Target& target, 
   *target.count = arrays.x.size();
   if (target.room == 0 && !arrays.x.empty()) return;
   RequireRoom(arrays.x.size(), target.x, target.room);
-  RequireRoom(arrays.x.size(), target.y, target.room);
   Copy(arrays.x, target.x);
   Copy(arrays.y, target.y);
   if (target.lost != nullptr) *target.lost = arrays.lost;
@@ -100,7 +101,7 @@ zrml_status zrml_read_base_peaks(zrml_source* source, int sample, int function, 
 }
 
 zrml_status zrml_read_mass_ranges(zrml_source* source, int sample, int function, const zrml_range* ranges,
-                                  size_t range_count, zrml_within within, double* intensities, size_t room) {
+                                  size_t range_count, int within, double* intensities, size_t room) {
   return Run(source, [&](Source& held) {
     if (within != ZRML_SUM && within != ZRML_LARGEST) ThrowWrongArgument("`within` is none of its values");
     const std::size_t scans = ScansOf(held, sample, function);
@@ -142,6 +143,8 @@ zrml_status zrml_read_drift_bin(zrml_source* source, int sample, int function, i
                                 double* intensities, size_t room, size_t* count) {
   return Run(source, [&](Source& held) {
     RequireSample(held, sample);
+    zrml::source::At(held.Functions(sample), function, "function");
+    if (bin < 0 || bin >= held.DriftBinCount(sample, function)) zrml::source::ThrowNoSuch(bin, "drift bin");
     const Request request = {Asked::kDriftBin, sample, function, scan, bin, 0, 0};
     Deliver(*source, request, {mz, intensities, room, count, nullptr}, [&] {
       Arrays arrays;

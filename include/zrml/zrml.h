@@ -261,12 +261,12 @@ typedef struct zrml_range {
 
 typedef enum zrml_within { ZRML_SUM = 0, ZRML_LARGEST = 1 } zrml_within;
 
-/* The sum or the largest of the intensities from `low` to `high`, both included, for `range_count` ranges in
- * one pass over the scans: long work. The values of the first range come first: those of range r and scan s
- * are in `intensities[r * scans + s]`, so `room` is `range_count` times the number of scans or more. 0 of a
- * scan without points in the range, NaN of one whose points are all lost. */
+/* The sum or the largest (`within`, a zrml_within) of the intensities from `low` to `high`, both included,
+ * for `range_count` ranges in one pass over the scans: long work. The values of the first range come first:
+ * those of range r and scan s are in `intensities[r * scans + s]`, so `room` is `range_count` times the
+ * number of scans or more. 0 of a scan without points in the range, NaN of one whose points are all lost. */
 ZRML_API zrml_status zrml_read_mass_ranges(zrml_source* source, int sample, int function,
-                                           const zrml_range* ranges, size_t range_count, zrml_within within,
+                                           const zrml_range* ranges, size_t range_count, int within,
                                            double* intensities, size_t room);
 
 /* ---- Arrays of unknown length ----
