@@ -67,8 +67,29 @@ void PrintNumbers(benchmark::State& state) {
   }
 }
 
+// `targets` windows of 10 ppm to either side, over the mass range of 20,000 scans of 500 points.
+void ExtractIons(benchmark::State& state, int targets) {
+  const std::unique_ptr<source::Source> source =
+      source::Source::Open(AcquisitionOf({8, 500, true, 20'000}).Path().string());
+  std::vector<source::Range> ranges;
+  for (int i = 0; i < targets; ++i) {
+    const double mz = 150 + 1800.0 * i / targets;
+    ranges.push_back({mz - mz * 1e-5, mz + mz * 1e-5});
+  }
+  std::vector<double> rows(ranges.size() * 20'000);
+  for (auto _ : state) {
+    source->MassRanges(0, 0, ranges, source::Within::kSum, rows);
+    benchmark::DoNotOptimize(rows.data());
+  }
+}
+
+void Extract100Ions(benchmark::State& state) { ExtractIons(state, 100); }
+void Extract1Ion(benchmark::State& state) { ExtractIons(state, 1); }
+
 BENCHMARK(PrintScans)->Name("zrml scans of 1,000,000 scans/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(PrintNumbers)->Name("zrml scans of 1,000,000 scans/floor")->Unit(benchmark::kMillisecond);
+BENCHMARK(Extract100Ions)->Name("Chromatograms of 100 ions beside 1 ion/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK(Extract1Ion)->Name("Chromatograms of 100 ions beside 1 ion/floor")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace zrml::bench

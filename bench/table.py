@@ -27,6 +27,7 @@ AIMS = [  # the first that the row's name begins with
     ("source/ beside the slots: all spectra of 20k", 0.4),
     ("source/ beside the slots: mass-range", 0.4),
     ("zrml scans", 3),
+    ("Chromatograms of 100 ions", 2),
     ("Peak memory", 1.1),
 ]
 

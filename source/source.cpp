@@ -87,20 +87,46 @@ PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<do
   return read;
 }
 
-bool Source::AreAllLost(const PointsRead& read) { return read.count == 0 && read.lost > 0; }
+namespace {
 
-std::span<const double> Source::IntensitiesIn(Range range, const Points& points) {
-  const auto& [mz, intensities] = points;
-  const auto begin = std::lower_bound(mz.begin(), mz.end(), range.low) - mz.begin();
-  const auto end = std::upper_bound(mz.begin(), mz.end(), range.high) - mz.begin();
-  if (begin >= end) return {};
-  return std::span(intensities.begin() + begin, intensities.begin() + end);
+// The first of ascending values that is not below `low`. Looked for near `hint`, in steps that double: from
+// scan to scan it moves little.
+inline std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hint) {
+  std::size_t begin = std::min(hint, values.size());
+  std::size_t end = begin;
+  for (std::size_t step = 1; begin > 0 && !(values[begin - 1] < low); step *= 2) {
+    end = begin - 1;
+    begin -= std::min(step, begin);
+  }
+  for (std::size_t step = 1; end < values.size() && values[end] < low; step *= 2) {
+    begin = end + 1;
+    end += std::min(step, values.size() - end);
+  }
+  const auto first = values.begin();
+  return static_cast<std::size_t>(std::lower_bound(first + static_cast<std::ptrdiff_t>(begin),
+                                                   first + static_cast<std::ptrdiff_t>(end), low) -
+                                  first);
 }
+
+// Of the points, those from `range.low` to `range.high`; `hint` is where the first one may be, and is then.
+inline std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
+                                             std::span<const double> intensities, std::size_t& hint) {
+  const std::size_t begin = FirstFrom(range.low, mz, hint);
+  std::size_t end = begin;
+  while (end < mz.size() && mz[end] <= range.high) ++end;
+  hint = begin;
+  return intensities.subspan(begin, end - begin);
+}
+
+bool AreAllLost(const PointsRead& read) { return read.count == 0 && read.lost > 0; }
+
+}  // namespace
 
 std::optional<std::span<const double>> Source::IntensitiesWithin(int sample, int function, int scan,
                                                                  Range range, Points& points) {
   if (AreAllLost(ReadPoints(sample, function, scan, points.mz, points.intensities))) return std::nullopt;
-  return IntensitiesIn(range, points);
+  std::size_t hint = 0;
+  return IntensitiesIn(range, points.mz, points.intensities, hint);
 }
 
 std::vector<MetadataItem> Source::FunctionMetadata(int, int) { return {}; }
@@ -218,17 +244,31 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
   if (scans != 0 && rows.size() / scans < ranges.size())
     throw Error(Status::kWrongArgument, "there is no room for the chromatograms");
   Points points;
-  for (std::size_t scan = 0; scan < scans; ++scan) {
-    ThrowIfCancelled(cancel);
-    const int position = static_cast<int>(scan);
-    if (ranges.size() == 1) {  // which may take less than all points of the scan
-      const auto values = IntensitiesWithin(sample, function, position, ranges.front(), points);
+  if (ranges.size() == 1) {  // which may take less than all points of a scan
+    for (std::size_t scan = 0; scan < scans; ++scan) {
+      ThrowIfCancelled(cancel);
+      const auto values = IntensitiesWithin(sample, function, static_cast<int>(scan), ranges.front(), points);
       rows[scan] = values ? OfIntensities(*values, within) : kNaN;
-      continue;
     }
-    const bool areLost = AreAllLost(ReadPoints(sample, function, position, points.mz, points.intensities));
+    return;
+  }
+  // The values of some scans at a time go into the rows, which are far apart in memory.
+  constexpr std::size_t kScansAtOnce = 256;
+  std::vector<double> block(ranges.size() * kScansAtOnce);
+  std::vector<std::size_t> hints(ranges.size());
+  for (std::size_t scan = 0; scan < scans; scan += kScansAtOnce) {
+    const std::size_t count = std::min(kScansAtOnce, scans - scan);
+    for (std::size_t i = 0; i < count; ++i) {
+      ThrowIfCancelled(cancel);
+      const PointsRead read =
+          ReadPoints(sample, function, static_cast<int>(scan + i), points.mz, points.intensities);
+      for (std::size_t row = 0; row < ranges.size(); ++row) {
+        const auto values = IntensitiesIn(ranges[row], points.mz, points.intensities, hints[row]);
+        block[row * kScansAtOnce + i] = AreAllLost(read) ? kNaN : OfIntensities(values, within);
+      }
+    }
     for (std::size_t row = 0; row < ranges.size(); ++row)
-      rows[row * scans + scan] = areLost ? kNaN : OfIntensities(IntensitiesIn(ranges[row], points), within);
+      std::copy_n(&block[row * kScansAtOnce], count, &rows[row * scans + scan]);
   }
 }
 

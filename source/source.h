@@ -219,8 +219,6 @@ class Source {
     int scan;
   };
 
-  static bool AreAllLost(const PointsRead& read);
-  static std::span<const double> IntensitiesIn(Range range, const Points& points);
   std::span<const ScanTime> TimesOf(int sample, int function);
   static int ScanAtEnd(std::span<const ScanTime> times, double minutes, bool isLast);
 

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "convert/selection.h"
+#include "source/names.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
-#include "tools/zrml/names.h"
 
 namespace zrml::tool {
 namespace {
@@ -220,8 +220,9 @@ class ScansCommand : public Command {
         .sample = std::to_string(at.sample + 1),
         .function = text(ValueOf(function.id)),
         .msLevel = HasLevel(function) ? std::to_string(function.msLevel) : "",
-        .polarity =
-            function.polarity == source::Polarity::kUnknown ? "" : text(PolarityName(function.polarity)),
+        .polarity = function.polarity == source::Polarity::kUnknown
+                        ? ""
+                        : text(std::string(source::NameOf(function.polarity))),
     };
     const int scans = Reading(source, [&] { return source.ScanCount(at.sample, at.function); });
     for (int position = 0; position < scans; ++position) {
