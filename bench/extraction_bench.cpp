@@ -11,6 +11,7 @@
 
 #include "bench/acquisition.h"
 #include "source/source.h"
+#include "source/sum_scans.h"
 #include "tools/zrml/command_line.h"
 
 namespace zrml::bench {
@@ -86,10 +87,29 @@ void ExtractIons(benchmark::State& state, int targets) {
 void Extract100Ions(benchmark::State& state) { ExtractIons(state, 100); }
 void Extract1Ion(benchmark::State& state) { ExtractIons(state, 1); }
 
+const TempDirectory& LongScans() { return AcquisitionOf({9, 10'000, true, 600}); }
+
+void SumAll(benchmark::State& state) {
+  const std::unique_ptr<source::Source> source = source::Source::Open(LongScans().Path().string());
+  for (auto _ : state)
+    benchmark::DoNotOptimize(source::SumScans(*source, 0, 0, 0, 600, {10, true}).intensities.data());
+}
+
+void ReadAll(benchmark::State& state) {
+  const std::unique_ptr<source::Source> source = source::Source::Open(LongScans().Path().string());
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (auto _ : state) {
+    for (int scan = 0; scan < 600; ++scan) source->ReadPoints(0, 0, scan, mz, intensities);
+  }
+}
+
 BENCHMARK(PrintScans)->Name("zrml scans of 1,000,000 scans/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(PrintNumbers)->Name("zrml scans of 1,000,000 scans/floor")->Unit(benchmark::kMillisecond);
 BENCHMARK(Extract100Ions)->Name("Chromatograms of 100 ions beside 1 ion/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(Extract1Ion)->Name("Chromatograms of 100 ions beside 1 ion/floor")->Unit(benchmark::kMillisecond);
+BENCHMARK(SumAll)->Name("Sum of 600 scans of 10k points/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK(ReadAll)->Name("Sum of 600 scans of 10k points/floor")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace zrml::bench
