@@ -1,6 +1,5 @@
 // Bounded little-endian access to bytes that come from a file. Integers are assembled from single bytes, so
-// neither the machine's byte order nor alignment matters. Reads outside the bytes give zero and are
-// remembered.
+// neither the machine's byte order nor alignment matters. Reads out of bounds give zero and are remembered.
 #pragma once
 
 #include <bit>
@@ -12,7 +11,7 @@ namespace zrml {
 
 using Bytes = std::span<const std::byte>;
 
-/// Unchecked readers for hot loops: `p` must have the bytes that are read.
+/// Unchecked readers for hot loops: the bytes read at `p` must exist.
 inline std::uint16_t LoadU16(const std::byte* p) {
   return static_cast<std::uint16_t>(std::to_integer<unsigned>(p[0]) | std::to_integer<unsigned>(p[1]) << 8);
 }

@@ -1,5 +1,6 @@
-// What a reader notices about files that it cannot use whole. Reading goes on wherever it can: a reader hands
-// each thing that it notices to a collector and passes it. Whoever wants no findings gives no collector.
+// Problems that a reader finds in files it can only use in part. Reading goes on wherever it can: the reader
+// reports each problem to a collector and skips what it cannot use. Callers that want no findings pass no
+// collector.
 #pragma once
 
 #include <compare>
@@ -14,30 +15,30 @@
 namespace zrml {
 
 enum class Severity {
-  kLost,     ///< something measured is not there any more
-  kSuspect,  ///< what is there may not be what was measured
+  kLost,     ///< measured data are missing
+  kSuspect,  ///< the data may differ from what was measured
   kNote,
 };
 
 /// Every kind of finding; the table in findings.cpp has a row for each.
 enum class FindingCode {
-  kFileUnreadable,    // it is there and cannot be opened or read to its end
+  kFileUnreadable,    // exists, but cannot be opened or read to its end
   kDataMissing,       // a function without its data file
-  kDataCut,           // scans that reach past the end of their data file
+  kDataCut,           // scans that extend past the end of their data file
   kDataUnreferenced,  // bytes that no scan refers to
   kIndexMissing,
   kIndexCut,         // not a whole number of records
-  kIndexEmpty,       // beside data
+  kIndexEmpty,       // although there are data
   kIndexDisordered,  // offsets that go backwards
   kScansOverlap,
-  kStatisticsCut,      // or about another number of scans
-  kStatisticsUnknown,  // of another version
+  kStatisticsCut,      // or for a different number of scans
+  kStatisticsUnknown,  // of an unknown version
   kTextOversized,      // far larger than a text of its kind
   kFunctionTableCut,
   kHistoryCut,
-  kProcessUnrooted,  // a processed function that goes back to no raw one
-  kProcessRepeated,  // several processed functions with one process number
-  kFileUnowned,      // data of no function
+  kProcessUnrooted,  // a processed function without a raw function at its origin
+  kProcessRepeated,  // several processed functions share a process number
+  kFileUnowned,      // data that belong to no function
   kTraceListMissing,
   kTraceListCut,
   kTraceDataMissing,
@@ -45,31 +46,31 @@ enum class FindingCode {
   kSampleUnended,
 };
 
-/// What a finding is about. Numbers are those of the files.
+/// What a finding is about. Numbers are those in the files.
 struct FindingSubject {
   enum class Kind { kSource, kFunction, kAbsorbance, kTraces, kSample };
 
   Kind kind = Kind::kSource;
-  int sample = 0;    ///< of a report, from 1; 0 elsewhere
+  int sample = 0;    ///< in a report, from 1; 0 elsewhere
   int function = 0;  ///< from 1
   int process = 0;   ///< of a processed function
-  int repeat = 1;    ///< among processed functions with one process number
+  int repeat = 1;    ///< among processed functions that share a process number
 
-  // NOLINTNEXTLINE(modernize-use-nullptr): it has no pointer
+  // NOLINTNEXTLINE(modernize-use-nullptr): there is no pointer
   auto operator<=>(const FindingSubject&) const = default;
 };
 
 struct Finding {
   FindingCode code = {};
-  std::string file = {};     ///< its name without folder, UTF-8; empty when it is about the whole
-  std::string problem = {};  ///< "is missing, so the function has no scans": what follows the file's name
+  std::string file = {};     ///< its name without folder, UTF-8; empty when the whole source is meant
+  std::string problem = {};  ///< follows the file's name: "is missing, so the function has no scans"
   FindingSubject subject = {};
   std::uint64_t count = 1;  ///< how many scans, points, traces
-  std::uint64_t first = 0;  ///< number of the first of them, from 1; 0 where nothing is numbered
+  std::uint64_t first = 0;  ///< number of the first one, from 1; 0 when they have no numbers
 };
 
-/// Collects findings. Few whatever the files hold: of one code, file and subject there is one entry, whose
-/// count grows.
+/// Collects findings. Stays small whatever the files hold: there is one entry per code, file and subject, and
+/// its count grows.
 class Findings {
  public:
   void Add(Finding finding);
@@ -79,10 +80,10 @@ class Findings {
 
  private:
   std::vector<Finding> list_;
-  std::unordered_multimap<std::size_t, std::size_t> places_;  // in the list, by what makes findings one entry
+  std::unordered_multimap<std::size_t, std::size_t> places_;  // in the list, by what identifies an entry
 };
 
-/// The name that programs see ("data-file-cut"), and how much it matters.
+/// The name that programs see ("data-file-cut"), and the severity.
 std::string_view NameOf(FindingCode code);
 Severity SeverityOf(FindingCode code);
 

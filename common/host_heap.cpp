@@ -7,7 +7,7 @@
 namespace zrml {
 namespace {
 
-// What the host's standard library does with large blocks; it aborts the process when a block breaks this.
+// As the host's standard library lays out large blocks; it aborts the process when a block differs.
 constexpr std::size_t kLargeBlock = 4096;
 constexpr std::size_t kAlignment = 32;
 constexpr std::size_t kOverhead = sizeof(void*) + kAlignment - 1;

@@ -1,5 +1,5 @@
-// Memory that host and plug-in hand to each other: either side may grow or free what the other has allocated,
-// so blocks come from the host's heap and have the form that its standard library gives them.
+// Memory shared by host and plug-in: either side may grow or free what the other has allocated, so blocks
+// come from the host's heap and are laid out as its standard library does it.
 #pragma once
 
 #include <cstddef>
@@ -8,14 +8,14 @@
 
 namespace zrml {
 
-/// A block of `bytes` bytes. Blocks of 4,096 bytes or more are aligned to 32 and remember where their memory
-/// begins in the word before them. Throws std::bad_alloc.
+/// A block of `bytes` bytes. Blocks of 4,096 bytes or more are aligned to 32; the word before them holds the
+/// start of their memory. Throws std::bad_alloc.
 void* HostAllocate(std::size_t bytes);
 
 /// Frees a block that was allocated with the same `bytes`, here or by the host. Null is ignored.
 void HostFree(void* block, std::size_t bytes) noexcept;
 
-/// The standard allocator over those blocks.
+/// A standard allocator over those blocks.
 template <class T>
 struct HostAllocator {
   using value_type = T;

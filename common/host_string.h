@@ -1,5 +1,5 @@
-// A wide string in the layout of the host's: 32 bytes, up to seven characters inside, longer text in a block
-// of the host's heap, always terminated.
+// A wide string laid out like the host's: 32 bytes, up to seven characters inside, longer text in a block of
+// the host's heap, always terminated.
 #pragma once
 
 #include <cstddef>
@@ -38,7 +38,7 @@ class BasicHostString {
   }
   ~BasicHostString() { Free(); }
 
-  /// `text` must not lie in this string. When memory runs out the string is as before.
+  /// `text` must not be part of this string. When memory runs out the string is unchanged.
   void Assign(View text) {
     if (text.size() > capacity_) {
       const std::size_t capacity = text.size() | kInside;  // as the host rounds

@@ -1,5 +1,5 @@
-// Types of the values that cross between the plug-in and its host inside containers: on Windows, where host
-// and plug-in come from different compilers, of the host's layout and on the host's heap; elsewhere the
+// Types of the values that pass between plug-in and host inside containers. On Windows, where the two come
+// from different compilers, they have the host's layout and use the host's heap; elsewhere they are the
 // standard ones.
 #pragma once
 

@@ -32,8 +32,8 @@ bool IsAsciiAlnum(wchar_t c) {
   return (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
 }
 
-// The longest run at the front of `text` that a number could be made of, as narrow characters. Narrow text is
-// its own run.
+// The longest run of characters at the front of `text` that can occur in a number, as narrow text. Narrow
+// text is taken whole.
 std::string_view NumberCharacters(std::string_view text) { return text; }
 std::string NumberCharacters(std::wstring_view text) {
   std::string run;
@@ -96,9 +96,8 @@ constexpr std::array<double, 20> kPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// Most numbers in files are like 445.1206: up to 15 digits and a point, and white space or the end behind.
-// The digits without the point, and the power of ten, are doubles without error, so one division rounds as it
-// must.
+// Most numbers in files are like 445.1206: up to 15 digits and a point, then white space or the end. The
+// digits without the point and the power of ten are exact as doubles, so a single division rounds correctly.
 inline bool TakeShortDecimal(std::string_view& text, double& value) {
   constexpr std::ptrdiff_t kExactDigits = 15;
   const Sign sign = ReadSign(text);

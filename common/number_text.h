@@ -1,4 +1,4 @@
-// Numbers as text that programs read back, whatever the locale.
+// Numbers as text for programs to read back, whatever the locale.
 #pragma once
 
 #include <string>

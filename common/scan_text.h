@@ -10,9 +10,9 @@ class ScanText {
  public:
   explicit ScanText(std::string_view text) : rest_(text) {}
 
-  /// Matches the literal part of a format: a blank in `format` matches any run of white space, also none;
-  /// every other character only itself. On failure the position is where matching stopped, and later matches
-  /// should not be tried.
+  /// Matches the literal part of a format: a blank in `format` matches any run of white space, even an empty
+  /// one; every other character matches only itself. On failure the position is where matching stopped, and
+  /// later matches should not be tried.
   bool Literal(std::string_view format);
 
   std::optional<int> Int();        ///< %d

@@ -13,19 +13,19 @@ constexpr bool IsSpace(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r
 std::wstring_view Trim(std::wstring_view text);
 std::string_view Trim(std::string_view text);
 
-/// ASCII letters mapped, everything else kept.
+/// Maps ASCII letters, keeps everything else.
 std::wstring ToUpper(std::wstring_view text);
 std::string ToUpper(std::string_view text);
 std::wstring ToLower(std::wstring_view text);
 std::string ToLower(std::string_view text);
 
-/// `value` in decimal, zeros in front up to `width` characters (printf's %0<width>d).
+/// `value` in decimal, padded with zeros to `width` characters (printf's %0<width>d).
 std::wstring ZeroPadded(int value, std::size_t width);
 
 /// ASCII text as wide characters.
 std::wstring Widen(std::string_view ascii);
 
-/// Each byte as the character of its code.
+/// Each byte becomes the character of the same code.
 std::wstring FromBytes(std::string_view bytes);
 
 }  // namespace zrml

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kCtrlZ = 0x1a;
 
-// Appends characters up to a Ctrl-Z, and says whether there was one.
+// Appends characters up to a Ctrl-Z; says whether it met one.
 bool Append(std::string_view bytes, std::string& text) {
   const std::size_t end = bytes.find(kCtrlZ);
   bytes = bytes.substr(0, end);

@@ -1,5 +1,5 @@
-// Text files, read alike on every platform: CR LF is folded to LF, and Ctrl-Z ends the text. A byte is a
-// character; as wide text it becomes the character of the same code.
+// Text files, read the same way on every platform: CR LF is folded to LF, and Ctrl-Z ends the text. A byte is
+// a character; in wide text it becomes the character of the same code.
 #pragma once
 
 #include <cstdint>
@@ -11,16 +11,16 @@
 
 namespace zrml {
 
-/// The text of `file` from its start, from at most `maxBytes` bytes. A read error ends the text.
+/// The text at the start of `file`, read from at most `maxBytes` bytes. A read error ends the text.
 std::string ReadTextBytes(const platform::File& file,
                           std::uint64_t maxBytes = std::numeric_limits<std::uint64_t>::max());
 
-/// The same as wide text.
+/// The same, as wide text.
 std::wstring ReadText(const platform::File& file,
                       std::uint64_t maxBytes = std::numeric_limits<std::uint64_t>::max());
 
-/// Hands out text in the pieces that a line buffer of a given size would hold: up to and with a line feed, or
-/// one character less than the buffer.
+/// Splits text as a line buffer of a given size would: each piece ends with a line feed or is one character
+/// shorter than the buffer.
 template <class Char>
 class BasicLineReader {
  public:
@@ -45,14 +45,14 @@ class BasicLineReader {
     return true;
   }
 
-  /// True once a read has met the end of the text: after the last piece when it lacks a line feed, otherwise
-  /// only after one more, failed, Next().
+  /// True once a read has reached the end of the text: after the last piece when it lacks a line feed,
+  /// otherwise only after one more Next(), which fails.
   bool MetEnd() const { return metEnd_; }
 
  private:
   View rest_;
   std::size_t limit_;
-  bool hasNul_;  // looked for once: few texts have one
+  bool hasNul_;  // searched once: few texts have one
   bool metEnd_ = false;
 };
 

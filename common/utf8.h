@@ -8,11 +8,11 @@
 
 namespace zrml {
 
-/// The sequence at the front of `text`, which is not empty: its character and length, or length 0 when the
-/// bytes there are not UTF-8.
+/// Decodes the front of `text`, which must not be empty: character and length, or length 0 when the bytes are
+/// not UTF-8.
 std::pair<char32_t, std::size_t> DecodeUtf8(std::string_view text);
 
-/// False, and nothing appended, when `c` is no Unicode scalar value.
+/// False, with nothing appended, when `c` is not a Unicode scalar value.
 bool AppendUtf8(char32_t c, std::string& out);
 
 }  // namespace zrml

@@ -19,7 +19,7 @@ struct SharedHeap {
 // A host with the dynamic runtime allocates with ucrtbase.dll; one with the static runtime on the process
 // heap. On Windows the two are one heap, elsewhere (Wine) they are not.
 SharedHeap FindSharedHeap() {
-  HMODULE runtime = nullptr;  // pinned: what it has allocated must always find it again
+  HMODULE runtime = nullptr;  // pinned: its blocks must always be freed by it
   if (!::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN, L"ucrtbase.dll", &runtime)) return {};
   const FARPROC allocate = ::GetProcAddress(runtime, "malloc");
   const FARPROC release = ::GetProcAddress(runtime, "free");
@@ -28,7 +28,7 @@ SharedHeap FindSharedHeap() {
           reinterpret_cast<FreeFunction>(reinterpret_cast<void*>(release))};
 }
 
-// Chosen once, before the first block, and constant from then on: every block goes back where it came from.
+// Chosen once, before the first block, and fixed from then on: every block returns to the heap it came from.
 const SharedHeap& TheSharedHeap() {
   static const SharedHeap heap = FindSharedHeap();
   return heap;

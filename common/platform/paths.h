@@ -1,5 +1,5 @@
-// What writing asks of the operating system beside platform.h: paths in full, links, which names are one
-// file, folders that are made, and why a call has failed.
+// What writing needs from the operating system in addition to platform.h: absolute paths, links, whether two
+// names are the same file, making folders, and why a call failed.
 #pragma once
 
 #include <cstdint>
@@ -10,14 +10,14 @@
 
 namespace zrml::platform {
 
-/// Absolute, without "." and "..", and without a separator at its end.
+/// Absolute, without "." and "..", and without a trailing separator.
 SystemPath AbsolutePath(const SystemPath& path);
 
-/// Where the symbolic links at `path` lead, also to nowhere. On Windows `path`: renaming replaces a link
-/// there.
+/// Where the symbolic links at `path` lead, even when nothing is there. On Windows `path` itself: renaming
+/// replaces a link there.
 SystemPath FollowLinks(SystemPath path);
 
-/// A file or folder, under whatever name.
+/// Identifies a file or folder, whatever name it is reached by.
 struct FileId {
   std::uint64_t volume = 0;
   std::uint64_t file = 0;
@@ -27,14 +27,14 @@ struct FileId {
 /// No value when there is nothing at `path`.
 std::optional<FileId> IdOf(const SystemPath& path);
 
-/// A device, a pipe, a socket. On Windows names tell it, like "NUL" and "con.txt" in any folder.
+/// A device, a pipe, a socket. On Windows decided by name: "NUL" and "con.txt" are devices in any folder.
 bool IsDevice(const SystemPath& path);
 
-/// Makes a folder, inside one that exists. Why it is not there; empty when it is.
+/// Makes a folder inside an existing one. The reason for failure; empty when the folder exists.
 std::string MakeFolder(const SystemPath& path);
 
 #ifdef _WIN32
-/// `path` in a form that calls take at any length; as it stands when it is short.
+/// `path` in a form that system calls accept at any length; unchanged when it is short.
 SystemPath Reachable(const SystemPath& path);
 #endif
 

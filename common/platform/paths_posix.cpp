@@ -18,7 +18,7 @@ SystemPath AbsolutePath(const SystemPath& path) {
 }
 
 SystemPath FollowLinks(SystemPath path) {
-  constexpr int kMostLinks = 40;  // the system follows no more, either
+  constexpr int kMostLinks = 40;  // the system's own limit
   std::array<char, PATH_MAX> text{};
   for (int i = 0; i < kMostLinks; ++i) {
     const ssize_t length = ::readlink(path.c_str(), text.data(), text.size());
@@ -43,7 +43,7 @@ bool IsDevice(const SystemPath& path) {
 }
 
 std::string MakeFolder(const SystemPath& path) {
-  constexpr mode_t kMode = 0777;  // less what the process masks
+  constexpr mode_t kMode = 0777;  // the process's mask applies
   if (::mkdir(path.c_str(), kMode) == 0 || (errno == EEXIST && IsDirectory(path))) return {};
   return ErrorText(errno == EEXIST ? ENOTDIR : errno);
 }

@@ -38,7 +38,7 @@ SystemPath FollowLinks(SystemPath path) { return path; }
 std::optional<FileId> IdOf(const SystemPath& path) {
   constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE handle = ::CreateFileW(Reachable(path).c_str(), 0, kShared, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);  // folders, too
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);  // for folders, too
   if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
   BY_HANDLE_FILE_INFORMATION found{};
   const bool isKnown = ::GetFileInformationByHandle(handle, &found) != 0;
@@ -55,7 +55,7 @@ std::string MakeFolder(const SystemPath& path) {
   return IsDirectory(path) ? std::string() : ErrorText(static_cast<int>(code));
 }
 
-// In English, or else as people here read it.
+// In English, or else in the user's language.
 std::string ErrorText(int code) {
   std::wstring words = Words(static_cast<DWORD>(code), MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US));
   if (words.empty()) words = Words(static_cast<DWORD>(code), 0);

@@ -1,5 +1,5 @@
-// All that the operating system is asked for: files by wide path, existence tests, the system code page, and
-// the heap that is shared with a host. Paths are as the interface gives them; off Windows a backslash
+// Everything that depends on the operating system: files by wide path, existence tests, the system code page,
+// and the heap shared with a host. Paths are taken as the interface gives them; outside Windows a backslash
 // separates folders as a slash does. A path with an embedded NUL names nothing.
 #pragma once
 
@@ -13,7 +13,7 @@
 
 namespace zrml::platform {
 
-/// A path as the system takes it; empty when it names nothing.
+/// A path in the system's own form; empty when it names nothing.
 #ifdef _WIN32
 using SystemPath = std::wstring;
 #else
@@ -39,14 +39,14 @@ class File {
   File& operator=(File&& other) noexcept;
   ~File() { Close(); }
 
-  /// A closed File when `path` cannot be opened or is no regular file.
+  /// A closed File when `path` cannot be opened or is not a regular file.
   static File Open(const std::wstring& path);
   static File OpenSystemPath(const SystemPath& path);
 
   bool IsOpen() const { return handle_ != kClosed; }
   void Close();
 
-  /// Lets go of the file without closing it: it stays open as long as the process runs.
+  /// Releases the file without closing it: it stays open as long as the process runs.
   void Abandon() { handle_ = kClosed; }
 
   /// Size in bytes, 0 when closed or unknown.
@@ -56,19 +56,19 @@ class File {
   /// error.
   std::size_t ReadAt(std::uint64_t offset, std::span<std::byte> out) const;
 
-  /// Whether the system has refused a read since the file was opened: it gave less than the file has there.
+  /// Whether the system has refused a read since the file was opened, giving less than the file holds there.
   bool IsRefused() const { return isRefused_; }
-  /// "cannot be read to its end (Input/output error)" when it has.
+  /// "cannot be read to its end (Input/output error)" after such a refusal.
   std::string Refusal() const;
 
  private:
   static constexpr std::intptr_t kClosed = -1;
   std::intptr_t handle_ = kClosed;
   mutable bool isRefused_ = false;
-  mutable int error_ = 0;  // the system's code of the last refusal; 0 where it gives none
+  mutable int error_ = 0;  // the system's code for the last refusal; 0 when it gave none
 };
 
-/// The system's words for a code of its own.
+/// The system's message for one of its error codes.
 std::string ErrorText(int code);
 
 inline std::string File::Refusal() const {
@@ -81,66 +81,66 @@ bool IsDirectory(const std::wstring& path);
 /// Exists and is not a directory.
 bool IsFile(const std::wstring& path);
 
-#ifndef _WIN32  // where wide paths are those of the system
+#ifndef _WIN32  // where the system's paths are wide
 bool IsDirectory(const SystemPath& path);
 bool IsFile(const SystemPath& path);
 #endif
 
-/// Also a link that leads nowhere.
+/// True for a dangling link, too.
 bool IsThere(const SystemPath& path);
 
-/// Why the system does not tell whether there is something at `path`, like a folder on the way there that may
-/// not be searched; empty when it does tell.
+/// Why the system cannot say whether anything exists at `path`, for example a folder on the way that may not
+/// be searched; empty when it can.
 std::string WhyOutOfReach(const SystemPath& path);
 
-/// Why the system has not opened the regular file at `path`; empty when there is none.
+/// Why the system did not open the regular file at `path`; empty when there is no such file.
 std::string WhyClosed(const SystemPath& path);
 
-/// What tells whether a file has been written to since. All 0 when there is none.
+/// Changes when a file is written to. All 0 when there is no file.
 struct FileStamp {
   std::uint64_t size = 0;
-  std::int64_t written = 0;  ///< in a unit of the system's own
+  std::int64_t written = 0;  ///< in the system's own unit
 
   bool operator==(const FileStamp&) const = default;
 };
-/// Opens nothing.
+/// Does not open the file.
 FileStamp StampOf(const SystemPath& path);
 
-/// The last part of the path of a file, as it stands in its folder: a system that does not tell case apart
-/// opens it by other spellings, too.
+/// The last part of a file's path, spelled as in its folder: a case-insensitive system opens it by other
+/// spellings, too.
 SystemPath NameInFolder(const SystemPath& path);
 
-/// All names in a directory, in no order, with every other name that the system knows a file by. No value
-/// when there are more than `most` or the directory cannot be listed; its files may open all the same.
+/// All names in a directory, unordered, including any other names that the system has for a file. No value
+/// when there are more than `most` or the directory cannot be listed; its files may open even so.
 std::optional<std::vector<SystemPath>> ListNames(const SystemPath& directory, std::size_t most);
 
-/// The names of the regular files in a folder, links to such files included, and of what the system does not
-/// tell the kind of.
+/// The names of the regular files in a folder, including links to such files and entries whose kind the
+/// system does not report.
 struct FileList {
   std::vector<SystemPath> names;  ///< in order
-  std::string error;              ///< why there may be more
-  bool isForbidden = false;       ///< because nobody here may list the folder
+  std::string error;              ///< why the list may be incomplete
+  bool isForbidden = false;       ///< this user may not list the folder
 };
 FileList ListFiles(const SystemPath& folder);
 
-/// Narrow text in the system's ANSI code page. Off Windows: UTF-8 where the bytes are valid UTF-8,
+/// Narrow text in the system's ANSI code page. Outside Windows: UTF-8 when the bytes are valid UTF-8,
 /// Windows-1252 otherwise.
 std::wstring FromCodePage(std::string_view text);
 
 /// The inverse, for interfaces that take narrow paths; no value when a character has no narrow form.
 std::optional<std::string> ToCodePage(std::wstring_view text);
 
-/// A path as narrow text for programs and test files: UTF-8. Off Windows a path's bytes that are not UTF-8
+/// A path as narrow text for programs and test files: UTF-8. Outside Windows, bytes that are not UTF-8
 /// survive the round trip: each becomes U+DC00 plus its value.
 std::wstring FromNativePath(std::string_view path);
 std::string ToNativePath(std::wstring_view path);
 
-/// The same paths without the detour over wide ones: off Windows their bytes as they stand, so that a
-/// backslash is a character of a name. Empty when `path` has an embedded NUL.
+/// The same without the detour through wide paths: outside Windows the bytes as they are, so a backslash is
+/// part of a name. Empty when `path` has an embedded NUL.
 SystemPath FromUtf8Path(std::string_view path);
 std::string ToUtf8Path(const SystemPath& path);
 
-/// Memory of the heap that the host's own allocations come from. Null when there is none left.
+/// Memory from the heap that the host itself uses. Null when there is none left.
 void* SharedHeapAllocate(std::size_t bytes) noexcept;
 void SharedHeapFree(void* block) noexcept;
 

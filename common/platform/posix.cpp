@@ -18,7 +18,7 @@ bool Status(const SystemPath& path, struct stat& status) {
   return !path.empty() && ::stat(path.c_str(), &status) == 0;
 }
 
-// Calls `visit(entry, folder)` with what is in a folder until it returns false. 0, or the error.
+// Calls `visit(entry, folder)` for each entry of a folder until it returns false. Gives 0 or the error.
 template <class Visit>
 int VisitEntries(const SystemPath& folder, Visit visit) {
   struct CloseList {
@@ -51,9 +51,7 @@ SystemPath ToSystemPath(const std::wstring& path) {
 }
 
 File::File(File&& other) noexcept
-    : handle_(std::exchange(other.handle_, kClosed)),
-      isRefused_(other.isRefused_),
-      error_(other.error_) {}
+    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(other.isRefused_), error_(other.error_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
@@ -132,7 +130,7 @@ std::string WhyOutOfReach(const SystemPath& path) {
   return isMissing ? std::string() : ErrorText(errno);
 }
 
-// One that opens now was in the way of other files a moment ago.
+// A file that opens now was out of reach for a moment only.
 std::string WhyClosed(const SystemPath& path) {
   struct stat status {};
   if (!Status(path, status) || !S_ISREG(status.st_mode)) return {};

@@ -11,7 +11,7 @@
 namespace zrml::platform {
 namespace {
 
-// The folder as it was when this code was loaded, with a slash at its end; empty when it is not known.
+// The folder of this code at load time, with a trailing slash; empty when unknown.
 std::string OwnFolder() {
   static const char here = 0;
   Dl_info info{};
@@ -22,7 +22,7 @@ std::string OwnFolder() {
     if (::dlinfo(map, RTLD_DI_ORIGIN, path) != 0) return {};
     return path[0] == '/' ? std::string(path) + "/" : std::string();
   }
-  // The program itself, whose origin the loader does not tell.
+  // The program itself: the loader does not know its origin.
   if (::readlink("/proc/self/exe", path, sizeof path - 1) <= 0) return {};
   const std::string_view program = path;
   return std::string(program.substr(0, program.rfind('/') + 1));
@@ -32,7 +32,7 @@ std::intptr_t Open(const std::string& file) {
   return reinterpret_cast<std::intptr_t>(::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL));
 }
 
-// "_ZN" + class + member + "E" + arguments, each name behind its length.
+// "_ZN" + class + member + "E" + arguments, each name after its length.
 std::string ItaniumName(std::string_view qualifier, std::string_view className, std::string_view member,
                         std::string_view arguments) {
   return "_ZN" + std::string(qualifier) + std::to_string(className.size()) + std::string(className) +

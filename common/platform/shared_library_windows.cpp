@@ -11,7 +11,7 @@ namespace {
 
 HMODULE ModuleOf(std::intptr_t handle) { return reinterpret_cast<HMODULE>(handle); }
 
-// With a backslash at its end.
+// With a trailing backslash.
 std::wstring OwnFolder() {
   static const char here = 0;
   HMODULE module = nullptr;
@@ -26,7 +26,7 @@ std::wstring OwnFolder() {
   return file.substr(0, file.rfind(L'\\') + 1);
 }
 
-// A damaged library must not put up a message that an unattended host waits for.
+// A damaged library must not open a message box that an unattended host would wait for.
 std::intptr_t Open(const std::wstring& file, DWORD flags) {
   DWORD before = 0;
   ::SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before);
@@ -40,7 +40,7 @@ const T* At(HMODULE module, DWORD offset) {
   return reinterpret_cast<const T*>(reinterpret_cast<const std::byte*>(module) + offset);
 }
 
-// Offsets of the names that a module exports.
+// Offsets of a module's exported names.
 std::span<const DWORD> ExportedNames(HMODULE module) {
   const auto& dos = *At<IMAGE_DOS_HEADER>(module, 0);
   const auto& headers = *At<IMAGE_NT_HEADERS>(module, static_cast<DWORD>(dos.e_lfanew));
@@ -50,7 +50,7 @@ std::span<const DWORD> ExportedNames(HMODULE module) {
   return {At<DWORD>(module, directory.AddressOfNames), directory.NumberOfNames};
 }
 
-// The first exported name that begins so, or empty.
+// The first exported name with this prefix, or empty.
 std::string ExportedName(HMODULE module, std::string_view start) {
   for (const DWORD offset : ExportedNames(module)) {
     const std::string_view name = At<char>(module, offset);

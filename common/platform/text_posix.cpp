@@ -9,7 +9,7 @@ namespace {
 
 constexpr char32_t kEscapedByte = 0xDC00;  // plus the byte: a byte of a path that is not UTF-8
 
-// Windows-1252 between 0x80 and 0x9F; its five unused codes stand for the C1 control of the same code.
+// Windows-1252 between 0x80 and 0x9F; its five unused codes map to the C1 controls of the same code.
 constexpr std::array<wchar_t, 32> kWindows1252 = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,

@@ -6,7 +6,7 @@
 namespace zrml::platform {
 namespace {
 
-// The conversions count in ints.
+// The conversion functions count in ints.
 constexpr std::size_t kLongestText = 1u << 30;
 
 std::wstring Widened(UINT codePage, std::string_view text) {
@@ -18,8 +18,7 @@ std::wstring Widened(UINT codePage, std::string_view text) {
   return wide;
 }
 
-// No value when a character has no form in the code page. UTF-8 has one for all and takes no default
-// character.
+// No value when the code page lacks a character. UTF-8 has them all and allows no default character.
 std::optional<std::string> Narrowed(UINT codePage, std::wstring_view text) {
   if (text.empty()) return std::string();
   const bool utf8 = codePage == CP_UTF8;

@@ -24,12 +24,12 @@ struct CloseList {
   void operator()(HANDLE list) const { ::FindClose(list); }
 };
 
-// Calls `visit(entry)` with what is in a folder until it returns false. 0, or the error.
+// Calls `visit(entry)` for each entry of a folder until it returns false. Gives 0 or the error.
 template <class Visit>
 DWORD VisitEntries(const SystemPath& folder, Visit visit) {
   if (NamesNothing(folder)) return ERROR_PATH_NOT_FOUND;
   WIN32_FIND_DATAW entry{};
-  // One separator: paths that the system takes as they stand may not have two.
+  // A single separator: paths that the system takes unchanged may not have two.
   const std::wstring pattern = folder + (folder.back() == L'\\' ? L"*" : L"\\*");
   const HANDLE handle = ::FindFirstFileW(Reachable(pattern).c_str(), &entry);
   if (handle == INVALID_HANDLE_VALUE) return ::GetLastError();
@@ -44,9 +44,7 @@ DWORD VisitEntries(const SystemPath& folder, Visit visit) {
 }  // namespace
 
 File::File(File&& other) noexcept
-    : handle_(std::exchange(other.handle_, kClosed)),
-      isRefused_(other.isRefused_),
-      error_(other.error_) {}
+    : handle_(std::exchange(other.handle_, kClosed)), isRefused_(other.isRefused_), error_(other.error_) {}
 
 File& File::operator=(File&& other) noexcept {
   std::swap(handle_, other.handle_);
@@ -123,7 +121,7 @@ std::string WhyOutOfReach(const SystemPath& path) {
 
 std::string WhyClosed(const SystemPath& path) {
   if (!IsFile(path)) return {};
-  const bool isOpen = File::OpenSystemPath(path).IsOpen();  // since a moment ago
+  const bool isOpen = File::OpenSystemPath(path).IsOpen();  // by now
   return ErrorText(static_cast<int>(isOpen ? ERROR_SHARING_VIOLATION : ::GetLastError()));
 }
 
