@@ -15,13 +15,13 @@ constexpr int kShortestProfile = 3;
 
 void TakePoints(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
   CZRMassSpectrum taken(source);
-  taken.SetPointDataRelease(nullptr, nullptr);  // source goes on owning them
+  taken.SetPointDataRelease(nullptr, nullptr);  // source remains their owner
   taken.CopyAttributes(target);
   taken.InvalidateStatistics();
   target.Swap(taken);
 }
 
-// Points that only one of target's arrays has do not go on: their data are released. Allocates nothing.
+// Points that only one of target's arrays has are dropped and their data released. Allocates nothing.
 void CutToMergedPoints(CZRMassSpectrum& target) { target.SetSize(static_cast<int>(target.UsablePoints())); }
 
 double FirstStep(const CZRMassSpectrum& spectrum) { return spectrum.GetMass(1) - spectrum.GetMass(0); }
@@ -35,20 +35,20 @@ CZRMassSpectrum Start(const CZRMassSpectrum& spectrum) {
   return start;
 }
 
-// Whether the points of both together start with a step that neither has, which their first two points tell.
+// Whether the combined points start with a step that neither spectrum has, judged by their first two points.
 bool AreInterleaved(const CZRMassSpectrum& source, const CZRMassSpectrum& target) {
   const double step = FirstStep(MergePoints(Start(source), Start(target), true));
   return FirstStep(source) > step && FirstStep(target) > step;
 }
 
-// Gives the points of both together when the two are samples of one grid.
+// Gives the combined points when both spectra are samples of one grid.
 bool MergeOnOneGrid(const CZRMassSpectrum& source, const CZRMassSpectrum& target, CZRMassSpectrum& merged) {
   if (AreInterleaved(source, target)) return false;
   ScanLawHolder targetLaw;
   ScanLawHolder law;
   DetectScanLaw(targetLaw, target);
   DetectScanLaw(law, source);
-  if (SameScanLaw(law, targetLaw) == 0) return false;  // also when one of them has none
+  if (SameScanLaw(law, targetLaw) == 0) return false;  // nor when one has none
   merged = MergePoints(source, target, true);
   merged.SetCentroided(false);
   DetectScanLaw(law, merged);

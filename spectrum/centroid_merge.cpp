@@ -33,7 +33,7 @@ class SpectrumPeaks {
   Index count_;
 };
 
-// Indices of the points, the most intense first, equal intensities in their order, NaN last.
+// Indices of the points, the most intense first, equal intensities in their original order, NaN last.
 std::vector<std::int32_t> ByIntensity(const CZRMassSpectrum& spectrum, std::size_t count) {
   std::vector<double> keys(spectrum.GetIntensities(), spectrum.GetIntensities() + count);
   std::vector<std::int32_t> order(count);
@@ -44,7 +44,7 @@ std::vector<std::int32_t> ByIntensity(const CZRMassSpectrum& spectrum, std::size
   return order;
 }
 
-// Moves the points of positive mass to the front and cuts the spectrum to them.
+// Keeps only the points of positive mass.
 int KeepPositiveMasses(CZRMassSpectrum& spectrum, int count) {
   double* const masses = spectrum.GetMasses();
   double* const intensities = spectrum.GetIntensities();
@@ -78,7 +78,7 @@ int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& 
   const std::size_t points = spectrum.UsablePoints();
   const int count = static_cast<int>(points);
   if (count < 2) return count;
-  // All memory first: nothing fails once masses have been changed.
+  // All memory is allocated first: nothing fails once masses have changed.
   if (merged != nullptr) merged->reserve(points);
   const std::vector<std::int32_t> order = ByIntensity(spectrum, points);
   SpectrumPeaks peaks(spectrum, count);

@@ -17,26 +17,26 @@ struct PeakMergeContext {
   ScanLawHolder scanLaw;
 };
 
-/// A peak that a merge has made: its index among the points before the merge, and the lowest and highest
-/// index that went into it.
+/// A merged peak: its index among the points before the merge, and the lowest and highest index merged into
+/// it.
 struct MergedPeak {
   std::int32_t peak;
   std::int32_t lowest;
   std::int32_t highest;
 };
 
-/// The width within which peaks merge at `mass`: that of the width law (1.0 without one) and half a step of
-/// the scan law, at most 1.0. Deliberately capped: peaks more than half a mass unit from the one that is
-/// visited never merge with it, whatever the law says.
+/// The width within which peaks merge at `mass`: that of the width law (1.0 without one) plus half a step of
+/// the scan law, at most 1.0. The cap is deliberate: peaks more than half a mass unit from the visited one
+/// never merge with it, whatever the law says.
 double PeakWidthAt(const PeakMergeContext& context, double mass);
 
 /// Merges the peaks of `spectrum`, whose masses ascend, strongest first, each with its neighbours within half
 /// the width over `factor` on either side; a merged peak has the summed intensity at the mean mass, weighted
-/// by intensity. With negative intensities, which data formats carry, that mean can lie outside the peaks
-/// that went into it, and the masses no longer ascend. Points of mass 0 or below are dropped, and the
-/// optional arrays too but for the point marks, which are cut to size. The result is the new count, 0 with
-/// nothing changed when `factor` is not positive; fewer than two points stay as they are. `merged`, when
-/// given, receives every visited peak in the order of `peak`, also those that a later one has absorbed.
+/// by intensity. With negative intensities, which some data formats can hold, that mean can fall outside the
+/// merged peaks, and the masses may no longer ascend. Points of mass 0 or below are dropped; so are the
+/// optional arrays, except the point marks, which are cut to size. The result is the new count, 0 with
+/// nothing changed when `factor` is not positive; fewer than two points are left unchanged. `merged`, when
+/// given, receives every visited peak in the order of `peak`, including those absorbed by a later one.
 int MergePeaks(const PeakMergeContext& context, double factor, CZRMassSpectrum& spectrum,
                std::vector<MergedPeak>* merged = nullptr);
 

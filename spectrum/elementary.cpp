@@ -43,8 +43,8 @@ double SplitExponent(double x, int& exponent) {
 
 }  // namespace
 
-// ln(1 + f) = 2 atanh(s) with s = f / (2 + f), whose series in s^2 is 2s + s R; 2s is taken as f - f^2/2 +
-// s f^2/2, so that the leading terms lose nothing.
+// ln(1 + f) = 2 atanh(s) with s = f / (2 + f), whose series in s^2 is 2s + s R; 2s is computed as f - f^2/2 +
+// s f^2/2 to keep the leading terms exact.
 double PortableLog(double x) {
   if (std::isnan(x)) return x;
   if (x < 0) return kNaN;

@@ -1,5 +1,5 @@
-// Exponential and logarithm that give the same bits on every platform: C libraries differ in the last one,
-// and some follow the precision that a host has set in the floating-point control word.
+// Exponential and logarithm with the same bits on every platform: C libraries differ in the last bit, and
+// some depend on the precision that a host has set in the floating-point control word.
 #pragma once
 
 namespace zrml {

@@ -178,7 +178,7 @@ bool CZRMassSpectrum::Resize(int count, bool withPointFlags, bool withPointData,
     return true;
   }
   const auto size = static_cast<std::size_t>(count);
-  // All memory first: a failed allocation leaves the spectrum as it was.
+  // All memory is allocated first: a failure leaves the spectrum unchanged.
   m_Masses.reserve(size);
   m_Intensities.reserve(size);
   if (withPointFlags) m_PointFlags.reserve(size);
@@ -396,7 +396,7 @@ bool Ascends(const double* masses, std::size_t count) {
   return true;
 }
 
-// Each of the point arrays has `count` elements at least, if it is there.
+// Each point array that is present has at least `count` elements.
 bool SortPoints(int order, CZRMassSpectrum& spectrum, std::size_t count) {
   const ParallelArray masses{sizeof(double), spectrum.GetMasses()};
   const ParallelArray intensities{sizeof(double), spectrum.GetIntensities()};
@@ -413,7 +413,7 @@ bool SortPoints(int order, CZRMassSpectrum& spectrum, std::size_t count) {
   return SortParallelArrays(static_cast<int>(SortKey::kDouble), ascending, count, arrays);
 }
 
-// Merges runs of equal mass from `from` on to the front of the arrays and returns how many points are left.
+// Merges runs of equal mass from `from` on to the front of the arrays and returns how many points remain.
 int MergeEqualMasses(CZRMassSpectrum& spectrum, int from, bool sum) {
   double* const masses = spectrum.GetMasses();
   double* const intensities = spectrum.GetIntensities();
@@ -444,7 +444,7 @@ bool SortSpectrum(int order, bool sumDuplicates, bool maxDuplicates, bool dropNo
   if (count == 0 || spectrum.MassVector().size() < count || spectrum.IntensityVector().size() < count)
     return false;
 
-  const bool wasInOrder = order == kMassAscending && Ascends(spectrum.GetMasses(), count);  // as most scans
+  const bool wasInOrder = order == kMassAscending && Ascends(spectrum.GetMasses(), count);  // the usual case
   if (!wasInOrder && !SortPoints(order, spectrum, count)) return false;
   spectrum.InvalidateStatistics();
   const bool merges = sumDuplicates || maxDuplicates;

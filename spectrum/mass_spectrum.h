@@ -1,4 +1,4 @@
-// CZRMassSpectrum: the one in-memory form of a spectrum. A plain value, owned by whoever constructs it; not
+// CZRMassSpectrum: the in-memory form of every mass spectrum. A plain value, owned by its creator; not
 // synchronised. Its memory layout is part of the contract with hosts (docs/host-contract.md) and pinned in
 // mass_spectrum.cpp.
 #pragma once
@@ -23,23 +23,23 @@ class CZRMassSpectrum {
   CZRMassSpectrum() = default;
   /// `count` points of mass and intensity 0.
   explicit CZRMassSpectrum(unsigned count);
-  /// Copies are deep, but for point data: the pointers are copied, and whoever sets a release function must
-  /// see to it that each datum is released once.
+  /// Copies are deep except for point data: the pointers are copied, and code that sets a release function
+  /// must make sure that each datum is released only once.
   CZRMassSpectrum(const CZRMassSpectrum& other) = default;
   CZRMassSpectrum(CZRMassSpectrum&& other) noexcept { Swap(other); }
   CZRMassSpectrum& operator=(const CZRMassSpectrum& other);
   CZRMassSpectrum& operator=(CZRMassSpectrum&& other) noexcept;
 #ifdef _WIN32
   ~CZRMassSpectrum();
-  /// What the host's compiler puts into a table for a virtual destructor: destroys and, when bit 0 of `flags`
-  /// is set, frees the memory. Hosts destroy with it the spectra that the plug-in has made in their vectors.
+  /// The table entry of the host's compiler for a virtual destructor: destroys and, when bit 0 of `flags` is
+  /// set, frees the memory. Hosts use it to destroy the spectra that the plug-in made in their vectors.
   virtual void* Destroy(unsigned flags);
 #else
   virtual ~CZRMassSpectrum();
 #endif
 
   /// Sizes masses and intensities to `count` (new entries 0.0), and each optional array to `count` (new
-  /// entries zero) or to nothing by its flag. 0 does what Clear does, negative counts give false and change
+  /// entries zero) or to nothing by its flag. 0 is the same as Clear; negative counts give false and change
   /// nothing.
   virtual bool Resize(int count, bool withPointFlags, bool withPointData, bool withPointValues,
                       bool withPointMarks);
@@ -68,7 +68,7 @@ class CZRMassSpectrum {
   void EnablePointMarks(bool enable);
 
   int GetCount() const { return m_Count; }
-  /// Points that both arrays have: the count, unless Assign has replaced an array and no sizing has followed.
+  /// Points that both arrays have: the count, unless Assign replaced an array and it was not resized since.
   std::size_t UsablePoints() const;
 
   /// The first element, or null when there is none.
@@ -98,7 +98,7 @@ class CZRMassSpectrum {
   bool SetMass(int i, double mass);
   bool SetIntensity(int i, double intensity);
 
-  /// Copies as many values as the array holds now.
+  /// Copies all values that the array holds.
   void CopyMasses(const double* values);
   void CopyIntensities(const double* values);
 
@@ -143,7 +143,7 @@ class CZRMassSpectrum {
   void SetScanAuxValue(double value) { m_ScanAuxValue = value; }
   double GetScale() const { return m_Scale; }
 
-  /// Drift bins count from 1. A first bin or value also becomes the last one while that is unset.
+  /// Drift bins count from 1. While the last bin or value is unset, setting the first also sets the last.
   int GetFirstDriftBin() const { return m_FirstDriftBin; }
   void SetFirstDriftBin(int bin);
   int GetLastDriftBin() const { return m_LastDriftBin; }
@@ -153,11 +153,11 @@ class CZRMassSpectrum {
   double GetLastDriftValue() const { return m_LastDriftValue; }
   void SetLastDriftValue(double value) { m_LastDriftValue = value; }
 
-  /// When set, every point datum is handed to `release` before it leaves the spectrum.
+  /// When set, every point datum is passed to `release` before it is removed from the spectrum.
   void SetPointDataRelease(PointDataRelease release, void* context);
-  /// Whether there is a release function: without one, the point data are somebody else's.
+  /// Whether there is a release function: without one, the spectrum does not own its point data.
   bool OwnsPointData() const { return m_PointDataRelease != nullptr; }
-  /// Exchanges the release functions alone.
+  /// Exchanges the release functions only.
   void SwapPointDataRelease(CZRMassSpectrum& other) noexcept;
 
   void InvalidateStatistics() { m_StatsStale = true; }
@@ -165,7 +165,7 @@ class CZRMassSpectrum {
 
   /// Computes the statistics unless they are current. An empty spectrum has zeros.
   void UpdateStatistics();
-  /// These five update first.
+  /// These five call it first.
   double GetTotalIntensity();
   double GetBasePeakMass();
   double GetBasePeakIntensity();
@@ -175,10 +175,10 @@ class CZRMassSpectrum {
   /// Masses of the first and last point; false without points.
   bool GetMassRange(double& low, double& high) const;
 
-  /// Indices of the first and last point with low <= mass <= high; false when there is none. Masses must be
+  /// Indices of the first and last point with low <= mass <= high; false when there are none. Masses must be
   /// ascending.
   bool FindIndexRange(double low, double high, int& first, int& last) const;
-  /// Largest and summed intensity of those points; 0.0 when there is none.
+  /// Largest and summed intensity of those points; 0.0 when there are none.
   double GetMaxIntensityInRange(double low, double high) const;
   double GetIntensitySumInRange(double low, double high) const;
 
@@ -244,7 +244,7 @@ class CZRMassSpectrum {
   std::int64_t m_ReservedWord = 0;
 };
 
-/// Keys that SortSpectrum sorts by.
+/// Sort keys of SortSpectrum.
 enum SpectrumOrder : int {
   kMassAscending = 0,
   kMassDescending = 1,
@@ -255,11 +255,11 @@ enum SpectrumOrder : int {
 /// Sorts all point arrays together, then drops leading points whose mass is not positive and merges points of
 /// equal mass (their intensities summed, or the largest kept), as the flags say. Merging moves masses and
 /// intensities only. Dropping without merging deliberately leaves a single point. False for an unknown order
-/// or arrays that are missing.
+/// or when arrays are missing.
 bool SortSpectrum(int order, bool sumDuplicates, bool maxDuplicates, bool dropNonPositiveMasses,
                   CZRMassSpectrum& spectrum);
 
-/// Ascending masses, the largest intensity of equal masses kept.
+/// By ascending mass; of equal masses the largest intensity is kept.
 bool SortByMass(bool dropNonPositiveMasses, CZRMassSpectrum& spectrum);
 
 }  // namespace zrml

@@ -12,7 +12,8 @@
 namespace zrml {
 namespace {
 
-// A key as an unsigned number of the same order, and the element's place, which decides between equal keys.
+// A key as an unsigned number that sorts the same way, and the element's place, which decides between equal
+// keys.
 using PlacedKey = std::pair<std::uint64_t, std::size_t>;
 
 constexpr std::uint64_t kHighestBit = std::uint64_t{1} << 63;
@@ -24,13 +25,13 @@ std::uint64_t OrderedNumber(Key key) {
   } else if constexpr (std::is_integral_v<Key>) {
     return static_cast<std::uint64_t>(std::int64_t{key}) ^ kHighestBit;
   } else {
-    // Both zeros are one key; the bits of negative numbers run backwards.
+    // Both zeros are one key; the bits of negative numbers sort backwards.
     const auto bits = std::bit_cast<std::uint64_t>(double{key} + 0.0);
     return (bits & kHighestBit) != 0 ? ~bits : bits | kHighestBit;
   }
 }
 
-// NaN stands last either way.
+// NaN comes last in either direction.
 template <class Key>
 std::uint64_t SortNumber(Key key, bool ascending) {
   if constexpr (std::is_floating_point_v<Key>) {
@@ -47,7 +48,7 @@ std::vector<PlacedKey> PlacedKeys(const void* data, bool ascending, std::size_t 
   return placed;
 }
 
-// Elements before the longest tail that is in order. A tail of several has no key that is no number.
+// Number of elements before the longest sorted tail. A tail of two or more has no NaN.
 template <class Key>
 std::size_t HeadLength(const void* data, bool ascending, std::size_t count) {
   const auto* const keys = static_cast<const Key*>(data);
@@ -57,7 +58,7 @@ std::size_t HeadLength(const void* data, bool ascending, std::size_t count) {
   return head;
 }
 
-// The first element of the ordered range [begin, end) that does not stand before `number`.
+// The first element of the sorted range [begin, end) that does not come before `number`.
 template <class Key>
 std::size_t FindPlace(const void* data, bool ascending, std::size_t begin, std::size_t end,
                       std::uint64_t number) {
@@ -82,14 +83,14 @@ constexpr KeyType kKeyTypes[] = {
     kKeyType<std::int32_t>, kKeyType<std::uint32_t>, kKeyType<float>,        kKeyType<double>,
 };
 
-// An element of the head: where it comes from, and the tail's element that it goes before.
+// An element of the head: where it comes from, and the element of the tail that it precedes.
 struct HeadElement {
   std::size_t from;
   std::size_t before;
 };
 
-// With `head` elements sorted and the rest in order already; equal keys keep their order, so those of the
-// head go first.
+// With `head` elements sorted and the rest already in order. Equal keys keep their order: those of the head
+// come first.
 std::vector<HeadElement> MergeOrder(const KeyType& type, const void* data, bool ascending, std::size_t head,
                                     std::size_t count) {
   std::vector<PlacedKey> sorted = type.placedKeys(data, ascending, head);
@@ -103,7 +104,7 @@ std::vector<HeadElement> MergeOrder(const KeyType& type, const void* data, bool 
   return order;
 }
 
-// Puts the head's elements into the tail from the front on: what is written never overtakes what is read.
+// Merges the head's elements into the tail from the front: writing never overtakes reading.
 template <std::size_t kSize>
 void Merge(const ParallelArray& array, std::size_t count, const std::vector<HeadElement>& order,
            std::byte* scratch) {
@@ -133,8 +134,8 @@ bool SortParallelArrays(int key, bool ascending, std::size_t count, std::span<co
   if (key < 0 || key >= static_cast<int>(std::size(kKeyTypes)) || keyArray == arrays.end()) return false;
   const KeyType& type = kKeyTypes[key];
   if (keyArray->elementSize != type.size) return false;
-  // Scans that are in order, and damaged ones whose missing points all read as the same, cost little more
-  // than looking.
+  // Sorted scans, and damaged ones whose missing points all have the same value, cost little more than the
+  // check.
   const std::size_t head = type.headLength(keyArray->data, ascending, count);
   if (head == 0) return true;
 

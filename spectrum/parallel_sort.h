@@ -1,4 +1,4 @@
-// Sorts several arrays of equal length together by the first of them.
+// Sorts several arrays of equal length together, by the first one.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,8 @@ struct ParallelArray {
 };
 
 /// Sorts `count` elements of every present array by the first present one, whose elements are of type `key`.
-/// Equal keys keep their order; NaN keys stand last in either direction. False, with nothing moved, for an
-/// unknown key type, a key array of another element size, or when no array is present.
+/// Equal keys keep their order; NaN keys come last in either direction. False, with nothing moved, for an
+/// unknown key type, a key array of the wrong element size, or when no array is present.
 bool SortParallelArrays(int key, bool ascending, std::size_t count, std::span<const ParallelArray> arrays);
 
 }  // namespace zrml

@@ -3,9 +3,9 @@
 
 namespace zrml {
 
-/// Peaks in an order, as these functions take them: `Peaks` has an Index; Mass() and Intensity(), which are
-/// references; and Below() and Above(), the neighbours of a peak, or kNone at either end. Absorbed peaks are
-/// those whose mass is not above 0.
+/// Ordered peaks, as these functions take them: `Peaks` has an Index; Mass() and Intensity(), which return
+/// references; and Below() and Above(), the neighbours of a peak, or kNone at either end. A peak whose mass
+/// is not above 0 counts as absorbed.
 template <class Peaks>
 bool IsAbsorbed(const Peaks& peaks, typename Peaks::Index i) {
   return !(peaks.Mass(i) > 0);
@@ -16,7 +16,7 @@ bool IsThere(const Peaks& peaks, typename Peaks::Index i) {
   return i != Peaks::kNone && !IsAbsorbed(peaks, i);
 }
 
-/// From the lowest to the highest of the peaks that went into one.
+/// The lowest and the highest of the peaks merged into one.
 template <class Peaks>
 struct PeakRange {
   typename Peaks::Index lowest;
@@ -24,8 +24,8 @@ struct PeakRange {
 };
 
 /// Merges a peak with its neighbours, whose masses become 0. `half` is half the width at the peak's mass. The
-/// walks to either side end at the first peak that is absorbed or outside that; peaks that were visited
-/// before take part with the mass they have by now.
+/// walk to either side ends at the first peak that is absorbed or farther away; peaks visited earlier take
+/// part with their current mass.
 template <class Peaks>
 PeakRange<Peaks> VisitPeak(Peaks& peaks, typename Peaks::Index i, double half) {
   using Index = typename Peaks::Index;
@@ -50,15 +50,15 @@ PeakRange<Peaks> VisitPeak(Peaks& peaks, typename Peaks::Index i, double half) {
   return range;
 }
 
-/// Whether a visit moves a peak that has no neighbour to take in: it is weighed by itself, which does not
-/// always give the mass that it had.
+/// Whether a visit moves a peak that has no neighbour to absorb: the mean over a single peak is rounded and
+/// may differ from its mass.
 template <class Peaks>
 bool WouldMoveAlone(const Peaks& peaks, typename Peaks::Index i) {
   const double intensity = peaks.Intensity(i);
   return intensity > 0 && intensity * peaks.Mass(i) / intensity != peaks.Mass(i);
 }
 
-/// Whether a visit would take in a neighbour or move the peak.
+/// Whether a visit would absorb a neighbour or move the peak.
 template <class Peaks>
 bool WouldChange(const Peaks& peaks, typename Peaks::Index i, double half) {
   const double mass = peaks.Mass(i);

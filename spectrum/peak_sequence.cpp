@@ -83,7 +83,7 @@ PeakSequence::Index PeakSequence::Find(Index from, double mass) {
   }
   std::size_t level = 0;
   for (;;) {
-    // To the next block; behind the last in a larger one, to the one after that.
+    // To the next block; after the last one of a larger block, to the one after that.
     const Block* at = &levels_[level][block];
     while (level + 1 < kLevels && (at->next == kNone || levels_[level][at->next].parent != at->parent)) {
       block = at->parent;
@@ -92,7 +92,7 @@ PeakSequence::Index PeakSequence::Find(Index from, double mass) {
     }
     block = at->next;
     if (block == kNone) return kNone;
-    // Down to the peaks, as far as one of them may be it.
+    // Down to the peaks, as long as one of them may match.
     while (level > 0 && MayHoldStop(levels_[level][block], mass)) block = levels_[level--][block].first;
     if (level > 0 || !MayHoldStop(levels_[0][block], mass)) continue;
     Index i = levels_[0][block].first;
@@ -107,7 +107,7 @@ PeakSequence::Index PeakSequence::Following(std::size_t level, Index child) cons
   return level == 0 ? peaks_[child].above : levels_[level - 1][child].next;
 }
 
-// Makes the bound of a block the least that holds for what it has now.
+// Lowers the bound of a block as far as its present content allows.
 void PeakSequence::Tighten(std::size_t level, Index block) {
   double bound = -kEndless;
   Index child = levels_[level][block].first;
@@ -120,7 +120,7 @@ void PeakSequence::Tighten(std::size_t level, Index block) {
   levels_[level][block].bound = bound;
 }
 
-// Splits a block of peaks that has become too large, and then the larger ones that it is in.
+// Splits a block of peaks that has become too large, then the larger blocks around it.
 void PeakSequence::SplitFrom(Index block) {
   for (std::size_t level = 0; level < kLevels; ++level) {
     std::vector<Block>& blocks = levels_[level];

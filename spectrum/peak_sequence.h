@@ -1,4 +1,4 @@
-// Peaks one behind the other, of which single ones come and go.
+// A sequence of peaks with fast insertion, removal and search.
 #pragma once
 
 #include <cstddef>
@@ -7,16 +7,17 @@
 
 namespace zrml {
 
-/// Peaks in an order of their own, mostly that of their masses. Each keeps its index until it is removed.
+/// Peaks in a given order, mostly by mass. Each keeps its index until it is removed.
 ///
-/// Neighbours make up blocks, these make up larger ones, and so on; each block has a bound that none of its
-/// masses exceeds, so that a search passes over many peaks at once, whether or not masses ascend.
-class PeakSequence {  // NOLINT(bugprone-reserved-identifier): the compiler copies arrays by such a name
+/// Neighbours form blocks, blocks form larger blocks, and so on. Each block has a bound that none of its
+/// masses exceeds, so a search skips many peaks at once, whether or not masses ascend.
+class PeakSequence {  // NOLINT(bugprone-reserved-identifier): the compiler generates such a name to copy
+                      // arrays
  public:
   using Index = std::uint32_t;
   static constexpr Index kNone = 0xFFFFFFFF;
 
-  /// What the user of the sequence notes about a peak.
+  /// Data that the user of the sequence keeps with a peak.
   struct Marks {
     bool isNew = false;
     bool isTouched = false;
@@ -40,14 +41,14 @@ class PeakSequence {  // NOLINT(bugprone-reserved-identifier): the compiler copi
   double& Intensity(Index i) { return peaks_[i].intensity; }
   void Update(Index i);
 
-  /// Searches stop at peaks that are marked so. A new one is not.
+  /// Searches stop at peaks marked this way. New peaks are not marked.
   void SetUnsettled(Index i, bool isUnsettled);
   bool IsUnsettled(Index i) const { return peaks_[i].isUnsettled; }
   bool HasUnsettled() const { return unsettled_ > 0; }
 
-  /// `place` may be kNone: behind the last.
+  /// `place` may be kNone: at the end.
   Index InsertBefore(Index place, double mass, double intensity);
-  /// The peak then has a mass of 0 until its index is in use again, which is not before the next insertion.
+  /// The peak then has mass 0 until its index is reused, at the next insertion at the earliest.
   void Remove(Index i);
 
   /// The first peak from `from` on that is unsettled or whose mass is not below `mass`, or kNone. With NaN,
@@ -65,9 +66,9 @@ class PeakSequence {  // NOLINT(bugprone-reserved-identifier): the compiler copi
     Marks marks;
   };
 
-  // Of peaks, on the lowest level, or of blocks of the level below.
+  // A block of peaks on the lowest level, elsewhere of blocks of the level below.
   struct Block {
-    Index first = 0;  // nothing when there are none
+    Index first = 0;  // meaningless when there are none
     Index count = 0;
     Index next = kNone;
     Index parent = 0;

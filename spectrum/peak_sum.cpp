@@ -8,24 +8,23 @@
 #include "spectrum/centroid_merge.h"
 #include "spectrum/peak_merger.h"
 
-// A merge visits all peaks, the strongest first. A visit depends on, and changes, nothing but the peak, the
-// neighbours that it takes in and the first one on either side that it does not. So most visits change
-// nothing: those of peaks that have no neighbour within half the width and that stay where they are when they
-// are weighed by themselves. It does not matter when, or whether, these are made, as long as no neighbour is
-// moved to where they would take it in. That can only happen
+// A merge visits all peaks, the strongest first. A visit depends on, and changes, only the peak, the
+// neighbours that it absorbs and the first one on either side that it does not. Most visits therefore change
+// nothing: the peak has no neighbour within half the width, and its mean over itself is its own mass. It does
+// not matter when, or whether, these visits are made, as long as no neighbour moves to where it would be
+// absorbed. That can only happen
 //
 // - in the addition that puts a peak beside them, or
-// - when a neighbour is visited, before they are, and moves. It has a single mass before its visit and a
-// single
-//   one after it, so it is enough to look at its neighbours then: at those on the side where it took in none,
-//   as absorbed peaks end every walk until the merge is over.
+// - when a neighbour is visited earlier and moves. It has one mass before its visit and one after it, so it
+// is
+//   enough to look at its neighbours then: at those on a side where it absorbed none, since absorbed peaks
+//   end every walk until the merge is over.
 //
-// What remains are visits of peaks that were near each other when the merge began or came to be so, or that
-// moved alone. Of two neighbours that are near each other, the one that is visited first takes in the other,
-// unless that has been taken in already or one of them moved. A peak moves when it takes in another, or
-// alone: that at most twice, as weighing it again gives what it gave before but for overflow. So there are
-// not more visits than a few for each point that was added, however often the sum was: whatever they take in
-// is gone.
+// This leaves visits to peaks that were near each other at the start of the merge or came to be, and to peaks
+// that moved alone. Of two peaks near each other, the one visited first absorbs the other, unless that one is
+// already absorbed or either has moved. A peak moves when it absorbs another, or alone: the latter at most
+// twice, since weighing it again gives the same result except for overflow. So there are only a few visits
+// for each point added, however many lists the sum has: absorbed peaks are gone.
 
 namespace zrml {
 namespace {
@@ -34,7 +33,7 @@ bool HaveSameBits(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
-// The order of visits: the strongest first, equal ones in their order, NaN last.
+// The order of visits: the strongest first, equal ones in mass order, NaN last.
 constexpr auto kIsBefore = [](const auto& a, const auto& b) {
   if (a.intensity > b.intensity) return true;
   if (a.intensity < b.intensity) return false;
@@ -64,7 +63,7 @@ bool PeakSum::Add(Values masses, Values intensities) {
   visited_.clear();
   absorbed_.clear();
   besideAbsorbed_.clear();
-  // Deliberate: a peak that is all there is stays as it is.
+  // Deliberate: a single peak stays unchanged.
   const bool isMerge = Insert(masses, intensities) > 1;
   if (isMerge) {
     PlanVisits();
@@ -81,7 +80,7 @@ void PeakSum::CopyTo(double* masses, double* intensities) const {
   }
 }
 
-// Puts the list's peaks where MergePoints() has them, and gives how many peaks that makes.
+// Inserts the list's peaks where MergePoints() puts them; returns the new number of peaks.
 std::size_t PeakSum::Insert(Values masses, Values intensities) {
   std::size_t leftOut = 0;
   Index at = peaks_.First();
@@ -92,8 +91,8 @@ std::size_t PeakSum::Insert(Values masses, Values intensities) {
       at = peaks_.Above(at);
       continue;
     }
-    // Several without a mass above 0 act as one does: they end walks, and go. So does the one that stays, as
-    // it has another beside it now.
+    // Several peaks without a mass above 0 act as one: they end walks and are then removed. So is the one
+    // kept here, as it is no longer alone.
     const Index below = at != PeakSequence::kNone ? peaks_.Below(at) : peaks_.Last();
     if (!(masses[i] > 0) && below != PeakSequence::kNone && IsAbsorbed(peaks_, below)) {
       if (!peaks_.MarksOf(below).isTouched) Touch(below);
@@ -108,7 +107,7 @@ std::size_t PeakSum::Insert(Values masses, Values intensities) {
   return peaks_.Count() + leftOut;
 }
 
-// The first peak from `at` on whose mass is not below `mass`. Unsettled ones on the way are touched.
+// The first peak from `at` on whose mass is not below `mass`. Unsettled ones passed on the way are touched.
 PeakSum::Index PeakSum::Advance(Index at, double mass) {
   for (;;) {
     at = peaks_.Find(at, mass);
@@ -126,7 +125,7 @@ void PeakSum::Combine(Index i, double mass, double intensity) {
   peaks_.Intensity(i) = oldIntensity + intensity;
   if (!HaveSameBits(peaks_.Mass(i), oldMass) || !HaveSameBits(peaks_.Intensity(i), oldIntensity))
     hasChanged_ = true;
-  // What was near it still is, and nothing else.
+  // The same peaks as before are near it.
   if (peaks_.IsUnsettled(i) || WouldMoveAlone(peaks_, i)) Touch(i);
 }
 
@@ -136,7 +135,7 @@ void PeakSum::Touch(Index i) {
   touched_.push_back(i);
 }
 
-// Of the peaks that were touched and of their neighbours, in their order.
+// Visits to the touched peaks and their neighbours, in order.
 void PeakSum::PlanVisits() {
   Index last = PeakSequence::kNone;
   const auto planUntouched = [&](Index i) {
@@ -156,7 +155,7 @@ void PeakSum::Plan(Index i) {
   if (IsAbsorbed(peaks_, i)) {
     absorbed_.push_back(i);
   } else if (WouldChange(peaks_, i, half_)) {
-    // Places between two are for peaks of which a visit turns out to be needed.
+    // Gaps between places leave room for visits that turn out to be needed later.
     const auto place = static_cast<std::int64_t>(visits_.size()) << 32;
     visits_.push_back({peaks_.Intensity(i), place, i});
     peaks_.MarksOf(i).isPlanned = true;
@@ -200,8 +199,8 @@ void PeakSum::Make(const Visit& visit) {
   if (highest == i) PlanNeighbour(visit, peaks_.Above(i), 1);
 }
 
-// Of the peak beside the one that `visit` has moved. One that stands before it in the order of visits was
-// left out when nothing was near it.
+// Plans a visit to the peak beside the one that `visit` has moved. If that comes earlier in the order of
+// visits, it was left out because nothing was near it.
 void PeakSum::PlanNeighbour(const Visit& visit, Index i, int step) {
   if (i == PeakSequence::kNone || IsAbsorbed(peaks_, i) || peaks_.MarksOf(i).isPlanned) return;
   const Visit later{peaks_.Intensity(i), visit.place + step, i};
@@ -211,8 +210,8 @@ void PeakSum::PlanNeighbour(const Visit& visit, Index i, int step) {
   peaks_.MarksOf(i).isPlanned = true;
 }
 
-// Removes what was absorbed and looks for peaks that the next merge would change. Without a merge there is
-// one peak at most, and whatever is added will be beside it.
+// Removes absorbed peaks and looks for those that the next merge would change. Without a merge there is at
+// most one peak, and anything added will be its neighbour.
 void PeakSum::Settle(bool hasMerged) {
   for (const Index i : touched_) {
     PeakSequence::Marks& marks = peaks_.MarksOf(i);

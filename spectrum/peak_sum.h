@@ -10,20 +10,20 @@
 
 namespace zrml {
 
-/// Sums peak lists one after the other: the same bits as AddSpectrum(true, `width`, list, sum) gives for one
-/// after the other. Each of these additions merges all peaks of the sum anew, but most visits of a peak
-/// change nothing; here only those are made that may. Whatever masses and intensities are, all additions
-/// together take no more than n log n steps for n points.
+/// Sums peak lists one by one, with the same bits as AddSpectrum(true, `width`, list, sum) for each in turn.
+/// Each of those additions merges all peaks of the sum again, but most visits to a peak change nothing; this
+/// class makes only the visits that may. For any masses and intensities, all additions together take at most
+/// about n log n steps for n points.
 class PeakSum {
  public:
   using Values = std::span<const double>;
 
-  /// Starts with the first list as it is. `width` is in mass units and above 0. Masses and intensities are
-  /// equal in number, here and in Add(), and in all lists together there are fewer than 2^31.
+  /// Starts with an unchanged copy of the first list. `width` is in mass units and above 0. Masses and
+  /// intensities are equal in number, here and in Add(); all lists together have fewer than 2^31 points.
   PeakSum(double width, Values masses, Values intensities);
 
-  /// False when that did not change the sum; the same list will not change it either then. When memory runs
-  /// out, nothing more can be done with the sum.
+  /// False when this did not change the sum; adding the same list again will not change it either. When
+  /// memory runs out, the sum is no longer usable.
   bool Add(Values masses, Values intensities);
 
   std::size_t Count() const { return peaks_.Count(); }
@@ -53,7 +53,7 @@ class PeakSum {
 
   double half_;
   PeakSequence peaks_;
-  // Of one addition.
+  // State of one addition.
   std::vector<Index> touched_;  // in the order of the peaks
   std::vector<Visit> visits_;
   std::vector<Visit> laterVisits_;  // a heap

@@ -1,4 +1,4 @@
-// How wide a peak is at a mass. Laws are immutable and held through shared pointers.
+// The width of a peak at a mass. Laws are immutable and held through shared pointers.
 #pragma once
 
 #include <memory>
@@ -35,7 +35,7 @@ class CZRMSPeakWidthLaw {
     double Width(double mass) const override;
   };
 
-  /// In proportion to the mass: `ppm` parts per million.
+  /// Proportional to the mass: `ppm` parts per million.
   class PPMLaw final : public Law {
    public:
     explicit PPMLaw(double ppm) : Law(kPPM, ppm) {}
@@ -43,7 +43,7 @@ class CZRMSPeakWidthLaw {
   };
 };
 
-/// Put a new law into the holder. False, with the holder unchanged, for a negative parameter.
+/// Sets a new law in the holder. False, with the holder unchanged, for a negative parameter.
 bool SetConstantWidth(std::shared_ptr<CZRMSPeakWidthLaw::Law>& holder, double width);
 bool SetPPMWidth(std::shared_ptr<CZRMSPeakWidthLaw::Law>& holder, double ppm);
 

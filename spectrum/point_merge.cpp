@@ -9,7 +9,7 @@
 namespace zrml {
 namespace {
 
-// One optional array of the merged spectrum and of the two that go into it.
+// One optional array of the merged spectrum and of its two sources.
 template <class T>
 struct Column {
   T* merged;
@@ -34,8 +34,7 @@ struct PointList {
   std::size_t count;
 };
 
-// Calls one of the three for each point of the merged list, in order, with the indices of the points that it
-// is made of.
+// Calls one of the three for each point of the merged list, in order, with the indices of its source points.
 template <class FromTarget, class FromSource, class FromBoth>
 void Walk(const PointList& source, const PointList& target, bool sumEqualMasses, FromTarget fromTarget,
           FromSource fromSource, FromBoth fromBoth) {
@@ -118,7 +117,7 @@ CZRMassSpectrum MergePoints(const CZRMassSpectrum& source, const CZRMassSpectrum
   const PointList sourcePoints(source);
   const PointList targetPoints(target);
   if (sourcePoints.count + targetPoints.count > kMostPoints) throw std::bad_alloc();
-  // Counted first: room for all points of both costs more than a second look at the masses.
+  // Counted first: room for all points of both costs more than a second pass over the masses.
   const std::size_t count = MergedCount(sourcePoints, targetPoints, sumEqualMasses);
   CZRMassSpectrum merged;
   merged.Resize(static_cast<int>(count), target.HasPointFlags(), target.HasPointData(),

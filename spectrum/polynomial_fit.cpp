@@ -8,7 +8,7 @@
 namespace zrml {
 namespace {
 
-// Stands in for a pivot of exactly 0, so that the division by it stays finite.
+// Replaces a pivot of exactly 0 to keep the division finite.
 constexpr double kTinyPivot = 1e-300;
 
 // A square row-major matrix.
@@ -98,7 +98,7 @@ PolynomialFit::PolynomialFit(int expectedPoints) {
   Reserve(static_cast<std::size_t>(std::max(expectedPoints, 0)));
 }
 
-// Both before a point goes in: a failed allocation must not leave an x without its y.
+// Reserve both before adding a point: a failed allocation must not leave an x without its y.
 void PolynomialFit::Reserve(std::size_t points) {
   m_X.reserve(points);
   m_Y.reserve(points);

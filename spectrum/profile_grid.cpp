@@ -11,7 +11,7 @@
 namespace zrml {
 namespace {
 
-// Step numbers from 0 on and the masses at them, between two masses or from one outwards: even in a law's
+// Maps step numbers, from 0, to masses, between two masses or outwards from one: evenly in a law's
 // coordinate, or with a step that changes evenly from one end to the other.
 class Lattice {
  public:
@@ -23,7 +23,7 @@ class Lattice {
     return lattice;
   }
 
-  // `count` steps from a to b; firstStep and lastStep tell how the steps change.
+  // `count` steps from a to b; firstStep and lastStep give the change of the steps.
   static Lattice Changing(double a, double b, double count, double firstStep, double lastStep) {
     Lattice lattice;
     lattice.origin_ = a;
@@ -55,8 +55,7 @@ class Lattice {
   double change_ = 0;
 };
 
-// Points to be made: those that end the steps 1 to `count`. The ends of a gap are samples, not lattice
-// points.
+// Points to be made: the ends of steps 1 to `count`. The ends of a gap are samples, not lattice points.
 struct Stretch {
   Lattice lattice;
   double count;  // may be beyond any integer
@@ -66,7 +65,7 @@ struct Stretch {
   bool IsMade(double number) const { return 1 <= number && number <= count; }
 };
 
-// The sampling of a target, as its law and its step model tell it.
+// The sampling of a target, from its law and its step model.
 class Sampling {
  public:
   Sampling(std::span<const double> masses, const ScanLawHolder& law, const SamplingStepModel& model)
@@ -75,7 +74,7 @@ class Sampling {
     if (coordinate_ != nullptr) step_ = MeanStep(masses);
   }
 
-  // A sample, with what both of its neighbours ask of it.
+  // A sample, with the values that both of its neighbours need.
   struct Sample {
     double mass;
     bool byLaw;
@@ -119,15 +118,15 @@ class Sampling {
 
  private:
   static double WholeSteps(double steps) { return std::floor(steps + 0.5); }
-  // Whether they are at least two whole ones; most neighbours are one step apart.
+  // Whether there are at least two whole steps; most neighbours are one step apart.
   static bool AreSeveral(double steps) { return steps + 0.5 >= 2; }
 
   double Clamped(double mass) const {
     return model_.lowMass <= model_.highMass ? std::clamp(mass, model_.lowMass, model_.highMass) : mass;
   }
 
-  // Inside the fitted range and, unchanged, beyond it, where a polynomial runs away. A curve at its floor of
-  // half the smallest step tells nothing; the smallest step stands in.
+  // Beyond the fitted range, where a polynomial diverges, the step at its end is used. A curve at its floor
+  // of half the smallest step says nothing; the smallest step is used instead.
   double ModelStep(double mass) const {
     const double clamped = Clamped(mass);
     return MeanOf(StepBelow(model_, clamped), StepAbove(model_, clamped));
@@ -138,8 +137,8 @@ class Sampling {
     return step > model_.minHalfStep ? step : 2 * model_.minHalfStep;
   }
 
-  // Whether the law's step is within a factor of 2 of the model's, both where the model was fitted. A silent
-  // model does not object.
+  // Whether the law's step is within a factor of 2 of the model's, both where the model was fitted. A model
+  // without a value does not object.
   bool LawHolds(double mass) const {
     if (!(step_ > 0) || !std::isfinite(step_)) return false;
     const double clamped = Clamped(mass);
@@ -151,8 +150,8 @@ class Sampling {
     return 0.5 <= ratio && ratio <= 2;
   }
 
-  // The law's step is that of one pair of samples, good to 1 %. The mean over all neighbours that are one
-  // step apart is good to the last digits, and a long gap gets the right number of points.
+  // The law's step comes from one pair of samples and is good to 1 %. The mean over all neighbours one step
+  // apart is good to the last digits, so a long gap gets the right number of points.
   double MeanStep(std::span<const double> masses) const {
     const double middle = masses[masses.size() / 2];
     const double detected = coordinate_->fromMass(NextMass(law_, middle)) - coordinate_->fromMass(middle);
@@ -287,7 +286,7 @@ class GridBuilder {
     }
   }
 
-  // Beyond the pole of a reciprocal law there is no mass: the source's end itself is the last point then.
+  // Beyond the pole of a reciprocal law there is no mass; the last point is then the source's end itself.
   void AddAbove(const Stretch& stretch) {
     constexpr double kNoLimit = std::numeric_limits<double>::infinity();
     if (everywhere_) {
@@ -309,7 +308,7 @@ class GridBuilder {
     return static_cast<std::size_t>(std::upper_bound(masses.begin(), masses.end(), mass) - masses.begin());
   }
 
-  // The points of the stretch that enclose the source samples from `begin` to `end` that have intensity or
+  // The points of the stretch that enclose those source samples from `begin` to `end` that have intensity or
   // are the source's ends.
   void AddAround(const Stretch& stretch, std::size_t begin, std::size_t end, double limit) {
     for (std::size_t i = begin; i < end; ++i) {
@@ -322,7 +321,7 @@ class GridBuilder {
   void MakeAround(const Stretch& stretch, double mass, double limit) {
     const Lattice& lattice = stretch.lattice;
     const double number = std::floor(lattice.Number(mass));
-    for (const double shift : {0.0, -1.0, 1.0}) {  // rounding may have led one step astray
+    for (const double shift : {0.0, -1.0, 1.0}) {  // rounding may be off by one step
       double low = number + shift;
       double high = low + 1;
       if (lattice.Mass(low) > lattice.Mass(high)) std::swap(low, high);

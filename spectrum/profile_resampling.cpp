@@ -50,7 +50,7 @@ void AddOntoGrid(const CZRMassSpectrum& source, CZRMassSpectrum& target, const S
   if (samples.masses.empty()) return;
   if (target.UsablePoints() < 2) {
     CZRMassSpectrum copy(source);
-    copy.SetPointDataRelease(nullptr, nullptr);  // source goes on owning them
+    copy.SetPointDataRelease(nullptr, nullptr);  // source remains their owner
     if (&source != &target) target.Swap(copy);
     target.InvalidateStatistics();
     return;
@@ -80,7 +80,7 @@ int ProfileResampler::Add(const CZRMassSpectrum& source, CZRMassSpectrum& target
 int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
   ProfileResampler resampler;
   if (&source != &target) return resampler.Add(source, target);
-  CZRMassSpectrum copy;  // of the points alone: point data stay with one owner
+  CZRMassSpectrum copy;  // of the points only: point data keep a single owner
   copy.AssignMasses(source.MassVector());
   copy.AssignIntensities(source.IntensityVector());
   copy.SetSize(source.GetCount());

@@ -1,4 +1,4 @@
-// Adding a profile spectrum to another that is sampled differently. docs/spectrum-arithmetic.md
+// Adds a profile spectrum to another that is sampled differently. docs/spectrum-arithmetic.md
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,13 @@
 
 namespace zrml {
 
-/// Adds sources to one target; law and step model are learned from the target before the first.
+/// Adds sources to one target; law and step model are learned from the target beforehand.
 class ProfileResampler {
  public:
   /// Adds `source` onto the sampling grid of `target`, which keeps its own samples, its attributes and, by
   /// position, its optional arrays. Nothing happens when the source is empty, when both are one object, or
-  /// when target has fewer than five points. The result is target's count. When memory runs out target is as
-  /// it was.
+  /// when target has fewer than five points. The result is target's count. When memory runs out target is
+  /// unchanged.
   int Add(const CZRMassSpectrum& source, CZRMassSpectrum& target);
 
  private:
@@ -28,15 +28,15 @@ class ProfileResampler {
 /// The same for one source, which may be `target` itself.
 int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target);
 
-/// The core of it, for targets of any size: one of fewer than two points becomes a copy of `source`, whose
-/// point data it then shares and does not own.
+/// The core, for targets of any size: one of fewer than two points becomes a copy of `source` and shares its
+/// point data without owning them.
 void AddOntoGrid(const CZRMassSpectrum& source, CZRMassSpectrum& target, const ScanLawHolder& law,
                  const SamplingStepModel& model, std::size_t mostPoints = kMostGridPoints);
 
-/// Adds the intensity of each source sample to the two grid points around it, in proportion to its closeness;
-/// both mass sequences ascend. Samples without intensity or below the grid are skipped. The result is the
-/// number of samples seen, up to the first above the grid. Deliberate: a grid point at mass 0.0 never carries
-/// intensity, unless the walk ended early at such a sample.
+/// Splits the intensity of each source sample between the two grid points around it, in proportion to
+/// closeness; both mass sequences ascend. Samples without intensity or below the grid are skipped. The result
+/// is the number of samples seen, up to the first above the grid. Deliberate: a grid point at mass 0.0 never
+/// carries intensity, unless the walk ended early at such a sample.
 int DistributeOntoGrid(const double* sourceMasses, const double* sourceIntensities, int sourceCount,
                        const double* gridMasses, double* gridIntensities, int gridCount);
 

@@ -54,13 +54,13 @@ ScanLawHolder MakeLaw(double delta) {
 
 struct LawKind {
   int type;
-  /// The law's step from a mass over a difference of masses.
+  /// The law's step, from a mass and a difference of masses.
   double (*step)(double mass, double difference);
   ScanLawHolder (*make)(double delta);
   ScanLawCoordinate coordinate;
 };
 
-// In the order in which a law is preferred among equally good ones.
+// Among equally good laws the earlier one is preferred.
 constexpr std::array<LawKind, 5> kLawKinds = {{
     {CZRMSScanLaw::kConstant,
      [](double, double difference) { return difference; },
@@ -90,7 +90,7 @@ struct MassPair {
   double difference;
 };
 
-// Points of the spectrum that both its arrays have.
+// The points that both arrays of the spectrum have.
 struct PointView {
   explicit PointView(const CZRMassSpectrum& spectrum)
       : count(spectrum.UsablePoints()),
@@ -103,8 +103,8 @@ struct PointView {
 };
 
 // The pair of neighbours to take from the block [begin, end), by its first point: the first whose second
-// point has intensity, so that no pair straddles a gap where the acquisition left out zero samples. `end`
-// when there is none.
+// point has intensity, so no pair straddles a gap where the acquisition left out zero samples. `end` when
+// there is none.
 std::size_t PairInBlock(const PointView& points, std::size_t begin, std::size_t end) {
   std::size_t i = begin;
   if (points.intensities[i] == 0) ++i;
@@ -112,8 +112,8 @@ std::size_t PairInBlock(const PointView& points, std::size_t begin, std::size_t 
   return std::min(i, end);
 }
 
-// One pair from each of about a hundred blocks of the spectrum; the outermost points are left out. Blocks are
-// all of one size, so that the last may reach past the stretch, as far as there are pairs.
+// One pair from each of about a hundred blocks of the spectrum, without the outermost points. All blocks have
+// the same size, so the last may extend past the stretch, as far as there are pairs.
 std::vector<MassPair> SamplePairs(const PointView& points) {
   constexpr std::size_t kBlocks = 100;
   constexpr std::size_t kTakenWhole = 5;

@@ -1,5 +1,5 @@
-// How the points of a profile spectrum follow each other on the mass axis: evenly in a coordinate that
-// depends on the analyser. Laws are immutable and held through shared pointers, empty when no law is known.
+// How the points of a profile spectrum are spaced on the mass axis: evenly in a coordinate that depends on
+// the analyser. Laws are immutable and held through shared pointers, empty when no law is known.
 #pragma once
 
 #include <memory>
@@ -23,12 +23,12 @@ class CZRMSScanLaw {
     virtual double Previous(double mass) const = 0;
     virtual double Next(double mass) const = 0;
     virtual int Type() const = 0;
-    /// Whether `other` is of the same class with a step that is equal within 2 %: 0.98 < own / other <= 1.02,
+    /// Whether `other` has the same class and a step equal within 2 %: 0.98 < own / other <= 1.02,
     /// deliberately exclusive below and inclusive above.
     virtual bool IsSame(const DeltaCalc& other) const = 0;
   };
 
-  /// What the laws share: the step in the coordinate that the law samples evenly.
+  /// The common part of the laws: the step in the coordinate that the law samples evenly.
   template <class Law, TypeCode kType>
   class SteppedLaw : public DeltaCalc {
    public:
@@ -87,8 +87,8 @@ class CZRMSScanLaw {
 
 using ScanLawHolder = std::shared_ptr<CZRMSScanLaw::DeltaCalc>;
 
-/// The coordinate that laws of one type sample evenly, as functions that rise with the mass (so the
-/// reciprocal ones are negated), and back.
+/// The coordinate that laws of one type sample evenly, and its inverse. It rises with the mass, so the
+/// reciprocal ones are negated.
 struct ScanLawCoordinate {
   double (*fromMass)(double mass);
   double (*toMass)(double coordinate);
@@ -97,15 +97,15 @@ struct ScanLawCoordinate {
 /// Null for an unknown type code.
 const ScanLawCoordinate* CoordinateOfScanLaw(int type);
 
-/// Finds the law of a profile spectrum, with all its points or else with those of positive intensity, and
+/// Finds the law of a profile spectrum, from all its points or else from those of positive intensity, and
 /// gives its type code; 0, with an empty holder, when there is none.
 int DetectScanLaw(ScanLawHolder& holder, const CZRMassSpectrum& spectrum);
 
-/// The same with all points only.
+/// The same, from all points only.
 int FindScanLaw(ScanLawHolder& holder, const CZRMassSpectrum& spectrum);
 
-/// The first of the values that has the most values within 1 % of it; the result is how many they are. A
-/// negative value has not even itself; 0 and 0 when no value has any.
+/// Finds the value with the most values within 1 % of it, the first of several, and returns their number. A
+/// negative value is not even within 1 % of itself; 0 and 0 when no value has any.
 int EstimateModeValue(const double* values, int count, double& value);
 
 /// The mass of the next point; 1.0 higher when there is no law or it does not advance.
@@ -115,7 +115,7 @@ double NextMass(const ScanLawHolder& law, double mass);
 /// there is no law or it is not positive.
 double PreviousMass(const ScanLawHolder& law, double mass);
 
-/// 1 when both hold a law and the two are the same, else 0.
+/// 1 when both hold a law and the laws are the same, else 0.
 int SameScanLaw(const ScanLawHolder& one, const ScanLawHolder& other);
 
 }  // namespace zrml

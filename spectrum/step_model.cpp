@@ -35,7 +35,7 @@ std::vector<Run> FindRuns(const double* intensities, std::size_t count) {
   return runs;
 }
 
-// Lower indices of the pairs of neighbours that lie inside runs. Runs that meet share a point, no pair.
+// Lower indices of the pairs of neighbours inside runs. Adjacent runs share a point, but no pair.
 std::vector<std::size_t> PairsInRuns(const std::vector<Run>& runs, std::span<const double> masses) {
   std::size_t count = 0;
   for (const Run& run : runs) count += run.last - std::min(run.first, run.last);
@@ -80,7 +80,7 @@ class StepSampler {
   }
 
  private:
-  // A step that is narrower than both its neighbours tells nothing of the sampling.
+  // A step narrower than both its neighbours says nothing about the sampling.
   bool IsIsolated(std::size_t i) const {
     const double step = Step(i);
     const bool belowPrevious = i == 0 || step < Step(i - 1);
@@ -113,8 +113,8 @@ double LocalMedian(const StepSampler& sampler, const std::vector<std::size_t>& p
   return *middle;
 }
 
-// A step across a gap is one of several steps of the sampling: it shows against the steps around it, also
-// where a run is too short to tell.
+// A step across a gap spans several sampling steps: it stands out from the steps around it, even where a run
+// is too short to show that.
 void SampleRuns(SamplingStepModel& model, std::span<const double> masses,
                 const std::vector<std::size_t>& pairs) {
   constexpr double kGapRatio = 1.5;

@@ -12,17 +12,17 @@ namespace zrml {
 struct SamplingStepModel {
   std::optional<PolynomialFit> below;  ///< the step against its lower mass
   std::optional<PolynomialFit> above;  ///< the step against its upper mass
-  double minHalfStep = 1e-6;           ///< the least that a query gives
-  /// The range of masses that the curves were fitted over; low is above high when there is none.
+  double minHalfStep = 1e-6;           ///< lower limit of every result
+  /// The range of masses of the fit; low is above high when there is none.
   double lowMass = std::numeric_limits<double>::infinity();
   double highMass = -std::numeric_limits<double>::infinity();
 };
 
-/// Learns the model from the steps inside the runs of non-zero intensity, or from all steps when there is no
-/// run. The previous curves are discarded; an empty spectrum leaves none.
+/// Learns the model from the steps inside runs of non-zero intensity, or from all steps when there are no
+/// runs. The previous curves are discarded; an empty spectrum leaves none.
 void BuildStepModel(SamplingStepModel& model, const CZRMassSpectrum& spectrum);
 
-/// The curves at a mass, not less than the smallest half step.
+/// The value of the curves at a mass, at least the smallest half step.
 double StepBelow(const SamplingStepModel& model, double mass);
 double StepAbove(const SamplingStepModel& model, double mass);
 
