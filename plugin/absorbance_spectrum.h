@@ -1,5 +1,5 @@
-// CZRAbsorbanceSpectrum: one absorbance (photodiode-array) spectrum. A plain value, owned by whoever
-// constructs it. Its memory layout is part of the contract with hosts and pinned in absorbance_spectrum.cpp.
+// CZRAbsorbanceSpectrum: one absorbance (photodiode-array) spectrum. A plain value, owned by its creator. Its
+// memory layout is part of the contract with hosts and pinned in absorbance_spectrum.cpp.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ namespace zrml {
 
 class CZRAbsorbanceSpectrum {
  public:
-  /// New entries are 0.0; a negative count counts as 0.
+  /// New entries are 0.0; a negative count means 0.
   void SetSize(int count);
 
   /// Ignored when `i` is outside the current size. Wavelengths in nm.

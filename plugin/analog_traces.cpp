@@ -18,7 +18,7 @@ void AnalogTraces::Add(Look look) {
   std::vector<std::size_t> ends;
   std::size_t count = 0;
   for (const Run& run : look.runs) ends.push_back(count += run.Size());
-  // A position is counted modulo the traces of one look, so a look with the same result needs no place.
+  // Positions count modulo the traces of one look, so another look with the same result needs no storage.
   if (count != 0 && (looks_.empty() || !(looks_.back().look == look))) {
     looks_.push_back({std::move(look), std::move(ends), count_});
   }

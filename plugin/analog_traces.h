@@ -1,5 +1,5 @@
-// The list of analog traces that a host sees in a sample of a report: it grows with each look at a sample
-// that has no other functions, and what was there keeps its place.
+// The list of analog traces that a host sees in a sample of a report. It grows each time a sample without
+// other functions is looked at; existing entries keep their places.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,10 @@
 
 namespace zrml::plugin {
 
-/// The "[CHROMATOGRAM]" lines of a sample's analog functions, by function, as often as they were looked for.
+/// The "[CHROMATOGRAM]" lines of a sample's analog functions, by function, once for each look.
 class AnalogTraces {
  public:
-  /// What one look finds: runs of `positions`, one for each function.
+  /// The result of one look: runs of `positions`, one per function.
   struct Look {
     std::vector<std::uint64_t> positions;
     std::vector<openlynx::Run> runs;
@@ -24,16 +24,16 @@ class AnalogTraces {
 
   void Add(Look look);
 
-  /// Adds what the last look found once more.
+  /// Adds the result of the last look again.
   void AddAgain() { count_ += lastCount_; }
 
   std::size_t Count() const { return count_; }
 
-  /// No value for a number that is not below Count().
+  /// No value for a number of Count() or more.
   std::optional<std::uint64_t> Position(std::size_t number) const;
 
  private:
-  // A look, and any number of further ones with the same result.
+  // A look and any number of later ones with the same result.
   struct Looks {
     Look look;
     std::vector<std::size_t> ends;  // of the runs, counted from the first

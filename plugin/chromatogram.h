@@ -1,5 +1,5 @@
-// CZRChromatogram: retention times and intensities of a chromatogram or trace. A plain value, owned by
-// whoever constructs it. Its memory layout is part of the contract with hosts and pinned in chromatogram.cpp.
+// CZRChromatogram: retention times and intensities of a chromatogram or trace. A plain value, owned by its
+// creator. Its memory layout is part of the contract with hosts and pinned in chromatogram.cpp.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ namespace zrml {
 class CZRChromatogram {
  public:
   /// 0 frees everything; otherwise times, intensities and the optional arrays in use get `count` entries, new
-  /// ones 0. A negative count counts as 0.
+  /// ones 0. A negative count means 0.
   void SetSize(int count);
   void SetName(const std::wstring& name) { name_ = HostString(std::wstring_view(name)); }
 

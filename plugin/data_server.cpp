@@ -58,8 +58,7 @@ bool CDataServerImpl::GetTotalIonChromatogram(bool allowCompute, int sample, int
 
 namespace {
 
-// One point per scan: its start time and what `intensity` makes of its spectrum. False at the first scan that
-// fails.
+// One point per scan: its start time and the `intensity` of its spectrum. False at the first scan that fails.
 template <class Intensity>
 bool ComputeChromatogram(CDataServerImpl& server, int sample, int function, int count,
                          CZRChromatogram& chromatogram, Intensity intensity) {
@@ -175,7 +174,7 @@ std::wstring CDataServerImpl::GetTraceName(int, int trace) {
 bool CDataServerImpl::GetTrace(int, int, CZRChromatogram&) { return false; }
 int CDataServerImpl::GetFunctionTraceCount(int, int) { return 0; }
 
-// Deliberate: the trace name of the function's index stands in for every trace of the function.
+// Deliberate: the trace name at the function's index is used for every trace of the function.
 std::wstring CDataServerImpl::GetFunctionTraceName(int sample, int function, int) {
   return GetFunctionName(sample, function) + L", " + GetTraceName(sample, function);
 }
@@ -197,7 +196,7 @@ bool CDataServerImpl::IsReportSource() { return false; }
 
 namespace {
 
-// Among functions that could hold the precursor, the best scan so far.
+// The best scan so far among functions that could hold the precursor.
 struct PrecursorSearch {
   double distance = DBL_MAX;
   int function = 0;
@@ -229,9 +228,9 @@ bool CDataServerImpl::FindPrecursorScan(int sample, int function, int scan, int&
     if (f == function || IsSameLevelKind(GetFunctionKind(sample, f)) || GetMSLevel(sample, f) != wantedLevel)
       continue;
     times.clear();
-    GetRetentionTimes(sample, f, times);  // deliberately: times that could not be read count as 0
+    GetRetentionTimes(sample, f, times);  // deliberately: unreadable times count as 0
     if (times.empty()) return false;
-    std::optional<bool> isSameKind;  // asked for once, and only when two scans are equally close
+    std::optional<bool> isSameKind;  // determined once, and only when two scans are equally close
     for (std::size_t j = 0; j < times.size(); ++j) {
       const double distance = time - times[j];
       if (!(distance >= 0)) continue;

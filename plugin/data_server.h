@@ -1,11 +1,11 @@
-// The data server interface: the one set of operations through which a host reads every kind of data source.
-// The order of the virtual operations is part of the contract with hosts, which bind to them by position
+// The data server interface: the operations through which a host reads every kind of data source. The order
+// of the virtual operations is part of the contract with hosts, which bind to them by position
 // (docs/host-contract.md).
 //
 // Positions (sample, function, scan, drift bin, trace) count from 0; numbers shown to people count from 1. A
-// position out of range gives the empty result (false, 0 or an empty string). Outputs are filled on success
-// only, unless an operation says otherwise. Masses are m/z, retention times minutes. An object is used by one
-// thread at a time; objects are independent.
+// position out of range gives the empty result (false, 0 or an empty string). Outputs are filled only on
+// success, unless stated otherwise. Masses are m/z, retention times minutes. Only one thread may use an
+// object at a time; objects are independent.
 #pragma once
 
 #include <string>
@@ -18,8 +18,8 @@
 
 namespace zrml {
 
-/// Values of GetFunctionKind. 8, 16 and 64 are further kinds that no provider here gives; 16 counts as MS
-/// level 2, and so does 64 where a report's spectra state theirs.
+/// Values of GetFunctionKind. 8, 16 and 64 are further kinds that no provider here returns; 16 counts as MS
+/// level 2, and so does 64 where a report's spectra state their level.
 enum FunctionKind : int {
   kAbsorbanceFunction = 1,
   kMsFunction = 2,
@@ -48,24 +48,24 @@ class CDataServerImpl {
   CDataServerImpl(const CDataServerImpl&) = delete;
   CDataServerImpl& operator=(const CDataServerImpl&) = delete;
 
-  /// Releases all that Close() releases.
+  /// Releases everything that Close() releases.
   virtual ~CDataServerImpl();
 
   virtual std::wstring GetProviderName() = 0;
   /// In braces, lower case.
   virtual std::wstring GetProviderGuid() = 0;
 
-  /// Opens a data source; it stays open until Close(). Close() always gives true.
+  /// Opens a data source, which stays open until Close(). Close() always returns true.
   virtual bool Open(const std::wstring& path) = 0;
   virtual bool Close() = 0;
 
-  /// Whether the content (ValidateSource) or just the name or folder structure (CanOpen) at `path` is this
-  /// provider's. Neither changes the object's state. By default CanOpen is ValidateSource.
+  /// Whether the content (ValidateSource) or just the name or folder structure (CanOpen) at `path` belongs to
+  /// this provider. Neither changes the object's state. By default CanOpen is ValidateSource.
   virtual bool ValidateSource(const std::wstring& path) = 0;
   virtual bool CanOpen(const std::wstring& path);
 
   virtual int GetSampleCount();
-  /// Samples in a file, without opening it.
+  /// The number of samples in a file, without opening it.
   virtual int GetFileSampleCount(const std::wstring& path);
   virtual std::wstring GetSampleName(int sample);
 
@@ -103,7 +103,7 @@ class CDataServerImpl {
   virtual bool GetRetentionTimes(int sample, int function, HostVector<double>& times);
   virtual bool GetScanRetentionTime(int sample, int function, int scan, double& minutes);
 
-  /// The range set in the acquisition method.
+  /// The mass range set in the acquisition method.
   virtual bool GetFunctionMassRange(int sample, int function, double& low, double& high);
   virtual bool GetScanMassRange(int sample, int function, int scan, double& low, double& high);
   virtual bool GetScanMobilityRange(int sample, int function, int scan, double& low, double& high);
@@ -122,8 +122,7 @@ class CDataServerImpl {
   virtual std::wstring GetTraceName(int sample, int trace);
   virtual bool GetTrace(int sample, int trace, CZRChromatogram& chromatogram);
 
-  /// Traces of a function. The default name deliberately takes the trace name of the function's index, not
-  /// the trace's.
+  /// Traces of a function. The default name deliberately uses the function's index, not the trace's.
   virtual int GetFunctionTraceCount(int sample, int function);
   virtual std::wstring GetFunctionTraceName(int sample, int function, int trace);
   virtual bool GetFunctionTrace(int sample, int function, int trace, CZRChromatogram& chromatogram);
@@ -139,7 +138,7 @@ class CDataServerImpl {
   /// File-dialog filter.
   virtual std::wstring GetFileFilter();
 
-  /// Opens the source at `path`, with `file` of it as the user's choice. The default ignores the file.
+  /// Opens the source at `path`, of which the user chose `file`. The default ignores the file.
   virtual bool OpenFileInSet(const std::wstring& path, const std::wstring& file);
 
   /// Whether the source holds processed results rather than raw acquisition data.

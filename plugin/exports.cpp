@@ -31,8 +31,8 @@ ZRML_EXPORT bool CheckVersion(int version) { return version == zrml::kInterfaceV
 
 ZRML_EXPORT int GetInterfaceCount() { return static_cast<int>(kProviders.size()); }
 
-/// Creates a closed data server that the caller owns and destroys through its virtual destructor. For an
-/// unknown index: false, `*instance` unchanged. Without memory: the host's out-of-memory exception.
+/// Creates a closed data server that the caller owns and destroys through its virtual destructor. An unknown
+/// index gives false and leaves `*instance` unchanged. Without memory: the host's out-of-memory exception.
 ZRML_EXPORT bool GetInstance(std::uint64_t index, zrml::HostInstance** instance) {
   if (index >= kProviders.size()) return false;
 #ifdef _WIN32

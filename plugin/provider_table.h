@@ -1,4 +1,4 @@
-// The exports: what they hand out, and how a host of our own creates servers through them.
+// The exports: what they return, and how our own hosts create servers through them.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +12,13 @@ namespace zrml {
 namespace hostabi {
 struct Face;
 }
-/// What GetInstance hands out: a face in the shape that Microsoft's compiler gives to the interface.
+/// The result of GetInstance: a face with the layout that Microsoft's compiler gives the interface.
 using HostInstance = hostabi::Face;
 #else
 using HostInstance = CDataServerImpl;
 #endif
 
-/// The interface version that hosts and this library speak.
+/// The interface version that hosts and this library use.
 inline constexpr int kInterfaceVersion = 10;
 
 // Signatures of the exported functions CheckVersion, GetInterfaceCount and GetInstance.
@@ -26,10 +26,10 @@ using CheckVersionFunction = bool (*)(int version);
 using GetInterfaceCountFunction = int (*)();
 using GetInstanceFunction = bool (*)(std::uint64_t index, HostInstance** instance);
 
-/// What GetInstance hands out for `server`, which it owns.
+/// The result of GetInstance for `server`; it owns the server.
 HostInstance* MakeInstance(std::unique_ptr<CDataServerImpl> server);
 
-/// A new server of provider `index`; null for an unknown index.
+/// A new server for provider `index`; null for an unknown index.
 std::unique_ptr<CDataServerImpl> CreateServer(GetInstanceFunction getInstance, std::uint64_t index);
 
 }  // namespace zrml

@@ -1,4 +1,4 @@
-// The functions of a raw directory as the contract lists them: by position, without those that have no data
+// The functions of a raw directory as the contract lists them: by position, without those that lack a data
 // file.
 #pragma once
 
@@ -9,11 +9,11 @@
 
 namespace zrml::plugin {
 
-/// Takes absorbance functions and those without a data file out of the list; the others keep their order.
+/// Removes absorbance functions and those without a data file; the others keep their order.
 void RemoveUnlisted(std::vector<masslynx::FunctionRecord>& functions);
 
-/// Reduces the list to the one function that a data file's lower-case name ("_func002.dat") means. False,
-/// with the list unchanged, when there is none.
+/// Reduces the list to the function of a data file, given by its lower-case name ("_func002.dat"). False,
+/// with the list unchanged, when there is no such function.
 bool SelectFunction(const std::wstring& fileName, std::vector<masslynx::FunctionRecord>& functions);
 
 }  // namespace zrml::plugin

@@ -22,7 +22,7 @@ using masslynx::OpenInDirectory;
 using masslynx::ScanIndexEntry;
 using masslynx::TraceList;
 
-// The lower-cased file name at the end of `file` when it looks like that of a function's data file.
+// The lower-case file name at the end of `file`, if it looks like a function's data file.
 std::wstring FunctionFileOf(const std::wstring& file) {
   constexpr std::size_t kNameLength = 12;  // _func001.dat
   if (file.size() < kNameLength) return {};
@@ -83,7 +83,7 @@ bool CMLDataServerImpl::LoadDescription() {
   if (!selectedFile_.empty() && !SelectFunction(selectedFile_, *all)) selectedFile_.clear();
   masslynx::MarkSharedNames(*all);
   functions_ = std::move(*all);
-  mobilityData_.Release();  // its reader may still be that of a directory opened before
+  mobilityData_.Release();  // its reader may still belong to a directory opened before
   if (absorbance) absorbanceRecord_ = std::move(*absorbance);
   return true;
 }
@@ -262,7 +262,7 @@ void CMLDataServerImpl::CompleteSpectrum(int function, int scan, CZRMassSpectrum
     spectrum.SetLastDriftValue(bins);
   }
   if (masslynx::HasPrecursors(record))
-    spectrum.SetPrecursorMass(facts.precursorMass.value_or(record.setMass));  // 0, or its negative
+    spectrum.SetPrecursorMass(facts.precursorMass.value_or(record.setMass));  // 0, or negative zero
   spectrum.InvalidateStatistics();
 }
 
@@ -341,7 +341,7 @@ bool CMLDataServerImpl::GetMetadataValue(int sample, int function, const std::ws
   const std::span<const masslynx::MetadataItem> items = masslynx::MetadataItems();
   const auto item = std::find_if(items.begin(), items.end(),
                                  [&](const masslynx::MetadataItem& row) { return row.key == key; });
-  value.clear();  // not before the look-up: key and value may be one string
+  value.clear();  // not before the look-up: key and value may be the same string
   if (item == items.end()) return false;
   const FunctionRecord* const record = FindFunction(0, function);
   switch (item->origin) {

@@ -1,5 +1,5 @@
-// Provider 0: MassLynx raw directories. A directory is one sample: operations give their empty result for
-// other samples.
+// Provider 0: MassLynx raw directories. A directory is one sample: for other samples operations give their
+// empty result.
 #pragma once
 
 #include <optional>
@@ -21,14 +21,14 @@ class CMLDataServerImpl : public CDataServerImpl {
   std::wstring GetProviderGuid() override;
   std::wstring GetFileFilter() override;
 
-  /// Cheap: looks for the header and the function table.
+  /// Cheap: checks that the header and the function table exist.
   bool CanOpen(const std::wstring& path) override;
-  /// Also looks at the header's first line.
+  /// Also checks the header's first line.
   bool ValidateSource(const std::wstring& path) override;
 
   bool Open(const std::wstring& path) override;
-  /// When `file` ends like the name of a function's data file ("_FUNC002.DAT"), only that function is listed.
-  /// A second open without Close() loads the new description over the old one.
+  /// When `file` ends in the name of a function's data file ("_FUNC002.DAT"), only that function is listed. A
+  /// second open without Close() loads the new description over the old one.
   bool OpenFileInSet(const std::wstring& path, const std::wstring& file) override;
   bool Close() override;
 
@@ -43,7 +43,7 @@ class CMLDataServerImpl : public CDataServerImpl {
   int GetScanCount(int sample, int function) override;
   int GetMobilityBinCount(int sample, int function) override;
 
-  /// From the scan index, whether or not computing is allowed; the container's name is kept.
+  /// Taken from the scan index, whether or not computing is allowed; the container keeps its name.
   bool GetTotalIonChromatogram(bool allowCompute, int sample, int function,
                                CZRChromatogram& chromatogram) override;
   bool GetRetentionTimes(int sample, int function, HostVector<double>& times) override;
@@ -73,7 +73,7 @@ class CMLDataServerImpl : public CDataServerImpl {
  private:
   bool LoadDescription();
 
-  /// The record at a position, with its scan index loaded or as it is; null when there is none.
+  /// The record at a position, with its scan index loaded or not yet loaded; null when there is none.
   masslynx::FunctionRecord* FindFunction(int sample, int function);
   masslynx::FunctionRecord* FindLoadedFunction(int sample, int function);
   bool DecodePoints(masslynx::FunctionRecord& record, int scan, CZRMassSpectrum& spectrum);
@@ -81,7 +81,7 @@ class CMLDataServerImpl : public CDataServerImpl {
 
   masslynx::FunctionRecord* FindMobilityFunction(int sample, int function);
 
-  /// The list as it was read first since the last Close(); null when it cannot be read.
+  /// The list, read once after the last Close(); null when it cannot be read.
   const masslynx::TraceList* LoadTraceList();
   bool IsAbsorbanceTrace(const masslynx::TraceList& list, int trace);
   bool ReadListedTrace(const masslynx::TraceList& list, int trace, CZRChromatogram& chromatogram);
@@ -92,11 +92,11 @@ class CMLDataServerImpl : public CDataServerImpl {
   platform::SystemPath folder_;  // the same
   // Held open until Close(): on Windows a directory in use cannot be moved away under the reader.
   platform::File headerFile_;
-  // Open during GetSpectrum only. No local, because a Microsoft-compiled host may throw from its own
-  // spectrum's Resize, and its exceptions pass our frames without cleaning up; what is left open then is
+  // Open during GetSpectrum only. Not a local, because a Microsoft-compiled host may throw from its own
+  // spectrum's Resize, and its exceptions pass our frames without clean-up; a file left open by that is
   // closed by the next read or by Close().
   platform::File dataFile_;
-  // Lower-case name of the one data file that was chosen, or empty.
+  // Lower-case name of the chosen data file, or empty.
   std::wstring selectedFile_;
   masslynx::HeaderLines headerLines_;
   std::vector<masslynx::FunctionRecord> functions_;

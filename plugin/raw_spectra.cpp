@@ -19,7 +19,7 @@ using masslynx::FunctionRecord;
 using masslynx::ScanIndexEntry;
 using masslynx::ScanRoom;
 
-// Those that the file does not have are zero.
+// Bytes that the file lacks are zero.
 std::unique_ptr<std::byte[]> ReadScanBytes(const platform::File& file, const ScanRoom& room) {
   auto bytes = std::make_unique_for_overwrite<std::byte[]>(room.bytes);
   const std::size_t read = file.ReadAt(room.offset, std::span(bytes.get(), room.bytes));
@@ -37,7 +37,7 @@ void SetBinAttributes(const MobilityScan& scan, int bin, float seconds, CZRMassS
   spectrum.SetStartTime(minutes);
   spectrum.SetEndTime(minutes);
   SetScanAttributes(scan.record, entry, spectrum);
-  spectrum.SetFirstScan(scan.scan + 1);  // not narrowed as the numbers of whole scans are
+  spectrum.SetFirstScan(scan.scan + 1);  // not narrowed, unlike the numbers of whole scans
   spectrum.SetLastScan(scan.scan + 1);
   if (masslynx::HasPrecursors(scan.record)) spectrum.SetPrecursorMass(scan.record.setMass);
   spectrum.SetFirstDriftBin(bin + 1);

@@ -1,5 +1,5 @@
-// Spectra of a raw directory as the contract has them: what its files tell, written into the containers of a
-// host. Bytes that a data file lacks count as zero.
+// Spectra of a raw directory as the contract defines them: the content of its files, written into the host's
+// containers. Bytes that a data file lacks count as zero.
 #pragma once
 
 #include <optional>
@@ -16,21 +16,20 @@ namespace zrml::plugin {
 /// A FunctionKind of the interface.
 int KindOf(const masslynx::FunctionRecord& function);
 
-/// Sets scan type, MS level, centroid flag, polarity and aux value as the function and its scan say. The
-/// polarity is never unknown: what is not negative counts as positive.
+/// Sets scan type, MS level, centroid flag, polarity and aux value from the function and its scan. The
+/// polarity is never unknown: everything that is not negative counts as positive.
 void SetScanAttributes(const masslynx::FunctionRecord& function, const masslynx::ScanIndexEntry& scan,
                        CZRMassSpectrum& spectrum);
 
 /// Decodes scan `scan` (a position of the function's index) from the function's data file into the points of
-/// `spectrum` and tells through `unsorted` whether the masses do not ascend. False, with the points
-/// untouched, for an unknown data format or a mass list that cannot serve. Sub-scans are summed, whatever the
-/// spectrum held; the sum is centroided, has no other attributes but the polarity, and still counts as
-/// unsorted. Deliberate: points that are not written keep what their place in the container held, 0 in a
-/// fresh one.
+/// `spectrum` and sets `unsorted` when the masses do not ascend. False, with the points untouched, for an
+/// unknown data format or an unusable mass list. Sub-scans are summed, whatever the spectrum held; the sum is
+/// centroided, has no attributes other than the polarity, and still counts as unsorted. Deliberate: points
+/// that are not written keep the values that their places in the container held, 0 in a fresh one.
 bool DecodeScan(const platform::File& file, const masslynx::FunctionRecord& function, int scan,
                 CZRMassSpectrum& spectrum, bool& unsorted);
 
-/// Sums the sub-scans of a spectrum as above; false, with the spectrum as it was, when it has none.
+/// Sums the sub-scans of a spectrum as above; false, with the spectrum unchanged, when it has none.
 bool SumSubScans(CZRMassSpectrum& spectrum);
 
 /// Decodes scan `scan` of the absorbance function from its data file. False, with `spectrum` untouched, for
@@ -38,12 +37,11 @@ bool SumSubScans(CZRMassSpectrum& spectrum);
 bool DecodeAbsorbanceScan(const platform::File& file, const masslynx::FunctionRecord& function, int scan,
                           CZRAbsorbanceSpectrum& spectrum);
 
-/// A scan of a mobility function of an open directory. `record.scanIndex` is loaded; `scan` need not be in
+/// A scan of a mobility function of an open directory. `record.scanIndex` is loaded; `scan` may be outside
 /// it.
 struct MobilityScan {
   const std::wstring& directory;
-  int function;  ///< position in the list of functions; deliberately, the maker's reader is asked for the
-                 ///< next
+  int function;  ///< position in the list; deliberately, the maker's reader gets the position plus 1
   masslynx::FunctionRecord& record;
   int scan;
 };
@@ -71,7 +69,7 @@ class MobilitySpectra {
 
   masslynx::MobilityData data_;
   std::wstring directory_;
-  std::string path_;  // of the directory; no local, see MobilityData
+  std::string path_;  // of the directory; not a local, see MobilityData
 };
 
 }  // namespace zrml::plugin

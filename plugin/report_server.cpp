@@ -89,10 +89,10 @@ COpenLynxRptDataServerImpl::FoundSample COpenLynxRptDataServerImpl::FindIndexedS
   return found;
 }
 
-// A sample without other functions than analog ones never counts as indexed: each further look adds its
-// traces once more. Looks at the same bytes find the same.
+// A sample with analog functions only never counts as indexed: each further look adds its traces again. Looks
+// at the same bytes have the same result.
 void COpenLynxRptDataServerImpl::Look(openlynx::Sample& sample, SeenSample& seen) {
-  // The digest is taken before the look that it stands for: a change between the two only costs a look.
+  // The digest is taken before the look that it describes: a change between the two only costs another look.
   std::optional<std::uint64_t> digest;
   if (sample.areFunctionsSought) digest = report_.Stream().Digest(sample.position, seen.lookedTo);
   if (digest && digest == seen.digest) return seen.traces.AddAgain();
@@ -318,7 +318,7 @@ bool COpenLynxRptDataServerImpl::GetMetadataValue(int sample, int function, cons
                                  [&](const openlynx::SampleItem& each) { return Widen(each.name) == key; });
   const bool isProvider = key == kProviderItem;
   const bool isFunctionText = key == kFunctionTextItem;
-  value.clear();  // not before: key and value may be one string
+  value.clear();  // not before: key and value may be the same string
   if (isFunctionText) return ReadFunctionText(sample, function, value);
   if (!isProvider && item == kItems.end()) return false;
   const openlynx::Sample* const found = FindSample(sample);
@@ -335,7 +335,7 @@ bool COpenLynxRptDataServerImpl::GetMetadataKeys(int sample, int function, std::
   return true;
 }
 
-// Reports have no kind whose spectra come from their own level, so only spectra of level 2 have precursors.
+// No kind of function in reports has precursors of its own level, so only spectra of level 2 have precursors.
 bool COpenLynxRptDataServerImpl::FindPrecursorScan(int sample, int function, int scan, int& precursorFunction,
                                                    int& precursorScan) {
   if (GetSampleCount() <= 0 || GetFunctionCount(sample) <= 0) return false;

@@ -1,5 +1,5 @@
 // Provider 1: OpenLynx reports, text files of several samples. The contract's view of a report, with the
-// state that its oddities need: the functions that a host still sees, and the analog traces that it has met.
+// state that its oddities need: the functions that a host still sees, and the analog traces found so far.
 #pragma once
 
 #include <cstdint>
@@ -21,13 +21,13 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   std::wstring GetFileFilter() override;
   bool IsReportSource() override;
 
-  /// By the name: a file, not a directory, that ends in ".rpt" in any case.
+  /// Decides by name: a file, not a directory, that ends in ".rpt" in upper or lower case.
   bool CanOpen(const std::wstring& path) override;
   /// Also looks for a sample in the first ten lines.
   bool ValidateSource(const std::wstring& path) override;
 
-  /// A second open without Close() deliberately leaves the earlier file open and keeps what is known of it.
-  /// An open that fails changes nothing.
+  /// A second open without Close() deliberately leaves the earlier file open and keeps what is known about
+  /// it. A failed open changes nothing.
   bool Open(const std::wstring& path) override;
   bool Close() override;
 
@@ -36,21 +36,21 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   int GetFileSampleCount(const std::wstring& path) override;
   std::wstring GetSampleName(int sample) override;
 
-  /// Drops the functions that hold no spectrum and no chromatogram, which moves the later ones down. Until it
-  /// is asked for, the other operations see all functions.
+  /// Drops the functions that have neither spectra nor chromatograms, which moves the later ones down. Until
+  /// this call, the other operations see all functions.
   int GetFunctionCount(int sample) override;
   std::wstring GetFunctionName(int sample, int function) override;
   int GetFunctionKind(int sample, int function) override;
   int GetPolarity(int sample, int function) override;
   int GetScanCount(int sample, int function) override;
 
-  /// As the report gives them, whether or not computing is allowed; the container's name is kept.
+  /// As the report gives them, whether or not computing is allowed; the container keeps its name.
   bool GetBasePeakChromatogram(bool allowCompute, int sample, int function,
                                CZRChromatogram& chromatogram) override;
   bool GetTotalIonChromatogram(bool allowCompute, int sample, int function,
                                CZRChromatogram& chromatogram) override;
   bool GetRetentionTimes(int sample, int function, HostVector<double>& times) override;
-  /// False for a spectrum without points, too.
+  /// Also false for a spectrum without points.
   bool GetSpectrum(int sample, int function, int scan, CZRMassSpectrum& spectrum) override;
 
   /// The chromatograms of the sample's analog functions. The count of a sample that has no other functions
@@ -61,29 +61,29 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
 
   int GetFunctionTraceCount(int sample, int function) override;
   std::wstring GetFunctionTraceName(int sample, int function, int trace) override;
-  /// Deliberately true for a trace that the function does not have; the chromatogram is left alone then.
+  /// Deliberately true for a trace that the function does not have; the chromatogram is then unchanged.
   bool GetFunctionTrace(int sample, int function, int trace, CZRChromatogram& chromatogram) override;
 
   /// The value is cleared in every case.
   bool GetMetadataValue(int sample, int function, const std::wstring& key, std::wstring& value) override;
   bool GetMetadataKeys(int sample, int function, std::vector<std::wstring>& keys) override;
 
-  /// What the base finds, each spectrum read once.
+  /// Same result as the base class, but reads each spectrum only once.
   bool FindPrecursorScan(int sample, int function, int scan, int& precursorFunction,
                          int& precursorScan) override;
 
  private:
-  // What a host has seen of a sample.
+  // What a host has seen of a sample so far.
   struct SeenSample {
     bool isIndexed = false;              // it has a function that is not analog: no further look
     bool isPruned = false;               // functions without blocks are gone
-    std::vector<std::size_t> functions;  // positions in the sample's, of those that are not analog
+    std::vector<std::size_t> functions;  // positions in the sample's list, of those that are not analog
     AnalogTraces traces;
-    std::uint64_t lookedTo = 0;           // behind the last byte that was looked at in vain, and one more
-    std::optional<std::uint64_t> digest;  // of the bytes up to there, once they were looked at again
+    std::uint64_t lookedTo = 0;           // where the last look ended, plus 1
+    std::optional<std::uint64_t> digest;  // of the bytes up to there, from the second look on
   };
 
-  // A sample, and where asked for, a function and what there is of it.
+  // A sample and, where requested, a function and its parts.
   struct FoundSample {
     openlynx::Sample* sample = nullptr;  // null when there is none or no file is open
     SeenSample* seen = nullptr;
@@ -100,7 +100,7 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
   openlynx::Sample* FindSample(int sample);
   FoundSample FindIndexedSample(int sample);
   FoundFunction FindFunction(int sample, int function);
-  // The positions of its spectra or chromatograms.
+  // Positions of its spectra or chromatograms.
   std::optional<std::span<const std::uint64_t>> FindSpectra(int sample, int function);
   std::optional<std::span<const std::uint64_t>> FindChromatograms(int sample, int function);
 
@@ -117,8 +117,8 @@ class COpenLynxRptDataServerImpl : public CDataServerImpl {
 
   openlynx::Report report_;
   std::vector<SeenSample> seen_;  // by sample
-  // Of GetSpectrum while it runs. No local, because a Microsoft-compiled host may throw from its own
-  // spectrum's Resize, and its exceptions pass our frames without cleaning up.
+  // Used by GetSpectrum while it runs. Not a local, because a Microsoft-compiled host may throw from its own
+  // spectrum's Resize, and its exceptions pass our frames without clean-up.
   openlynx::Points points_;
 };
 

@@ -1,6 +1,6 @@
-// How each kind of argument crosses to and from a host built by another compiler: what travels in the
-// register, and what the interface's operations see. Containers travel by address; nothing of their contents
-// is copied.
+// How each kind of argument is passed to and from a host built by another compiler: the content of the
+// register, and what the interface's operations see. Containers are passed by address; their contents are not
+// copied.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace zrml::hostabi {
 
-/// Numbers: as they are. The general case is not defined: every argument type has a rule of its own below.
+/// Numbers: unchanged. There is no general case: every argument type has its own rule below.
 template <class T>
 class Inbound;
 
@@ -37,7 +37,7 @@ class Inbound<double> : public NumberInbound<double> {
   using NumberInbound::NumberInbound;
 };
 
-/// The upper bits of the register are garbage; any bit of the low byte means true.
+/// The upper bits of the register are garbage; any bit set in the low byte means true.
 template <>
 class Inbound<bool> : public NumberInbound<unsigned char> {
  public:
@@ -45,7 +45,7 @@ class Inbound<bool> : public NumberInbound<unsigned char> {
   bool Value() const { return NumberInbound::Value() != 0; }
 };
 
-/// Outputs and containers: of the host's layout already, used in place.
+/// Outputs and containers: already in the host's layout, used in place.
 template <class T>
 class Inbound<T&> {
  public:
@@ -71,8 +71,7 @@ class Inbound<const std::wstring&> {
   std::wstring text_;
 };
 
-/// Texts that an operation may set are handed back when it has succeeded or failed, but not when it has
-/// thrown.
+/// Texts that an operation may set are handed back when it succeeds or fails, but not when it throws.
 template <>
 class Inbound<std::wstring&> {
  public:

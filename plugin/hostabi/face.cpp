@@ -11,7 +11,7 @@
 namespace zrml::hostabi {
 namespace {
 
-// Calls one operation with arguments as they came from the host.
+// Calls one operation with the arguments from the host.
 template <auto Operation, class... Args>
 auto Forward(CDataServerImpl& server, WireOf<Args>... wires) {
   std::tuple<Inbound<Args>...> arguments{Inbound<Args>(wires)...};
@@ -24,8 +24,8 @@ auto Forward(CDataServerImpl& server, WireOf<Args>... wires) {
       arguments);
 }
 
-// The function that stands in the host's table for one operation. Its frame holds nothing that needs cleaning
-// up, so the host's exception may pass through it.
+// The entry of one operation in the host's table. Its frame needs no clean-up, so the host's exception may
+// pass through it.
 template <auto Operation, class Result, class... Args>
 struct Thunk {
   static Result Call(Face* face, WireOf<Args>... wires) {
@@ -36,7 +36,7 @@ struct Thunk {
   }
 };
 
-// A string is made in storage that the host gives, and its address returned.
+// A string is constructed in storage provided by the host, and its address returned.
 template <auto Operation, class... Args>
 struct Thunk<Operation, std::wstring, Args...> {
   static HostString* Call(Face* face, HostString* result, WireOf<Args>... wires) {
@@ -63,7 +63,7 @@ struct ThunkOf;
 template <auto Operation, class Result, class... Args>
 struct ThunkOf<Operation, Result (CDataServerImpl::*)(Args...)> : Thunk<Operation, Result, Args...> {};
 
-// The functions of slots 1 to 50, one after the other, each with its own type.
+// The functions of slots 1 to 50 in order, each with its own type.
 template <auto First, auto... Rest>
 struct Slots {
   decltype(&ThunkOf<First>::Call) function = &ThunkOf<First>::Call;

@@ -1,5 +1,5 @@
-// The face of a data server for hosts built by Microsoft's compiler: an object that begins with the address
-// of a table of 51 functions. docs/host-contract.md
+// The face of a data server for hosts built by Microsoft's compiler: an object whose first word is the
+// address of a table of 51 functions. docs/host-contract.md
 #pragma once
 
 #include <memory>
@@ -13,7 +13,7 @@ struct Face {
   std::unique_ptr<CDataServerImpl> server;
 };
 
-/// The face of `server`, which it owns. The host destroys it through slot 0.
+/// Makes a face that owns `server`. The host destroys it through slot 0.
 Face* MakeFace(std::unique_ptr<CDataServerImpl> server);
 
 }  // namespace zrml::hostabi

@@ -10,7 +10,7 @@
 namespace zrml::hostabi {
 namespace {
 
-/// How an argument travels to the plug-in: the inverse of Inbound.
+/// How an argument is passed to the plug-in: the inverse of Inbound.
 template <class T>
 class Outbound {
  public:

@@ -1,5 +1,5 @@
-// The other side of the face, for hosts of our own on Windows: a data server that reaches the plug-in's
-// through its table.
+// The other side of the face, for our own hosts on Windows: a data server that calls the plug-in's through
+// its table.
 #pragma once
 
 #include <memory>
@@ -9,7 +9,7 @@
 
 namespace zrml::hostabi {
 
-/// A server over `face`, which it owns and destroys through slot 0.
+/// Makes a server that owns `face` and destroys it through slot 0.
 std::unique_ptr<CDataServerImpl> ServerOfFace(Face* face);
 
 }  // namespace zrml::hostabi

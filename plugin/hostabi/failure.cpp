@@ -5,7 +5,7 @@
 namespace zrml::hostabi {
 namespace {
 
-// A function of the runtime library that hosts of this compiler family share; null when it is not loaded.
+// A function of the runtime library shared by hosts of this compiler family; null when it is not loaded.
 FARPROC RuntimeFunction(const char* decoratedName) {
   const HMODULE runtime = ::GetModuleHandleW(L"msvcp140.dll");
   return runtime != nullptr ? ::GetProcAddress(runtime, decoratedName) : nullptr;

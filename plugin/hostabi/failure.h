@@ -1,5 +1,5 @@
-// What becomes of a failure inside a call of the host: no exception of ours may leave the call, since the
-// host's compiler could not catch it.
+// Handles failures inside a call from the host: our exceptions must not leave the call, since code of the
+// host's compiler could not catch them.
 #pragma once
 
 #include <new>
@@ -9,7 +9,7 @@ namespace zrml::hostabi {
 
 enum class Failure { kNone, kOutOfMemory, kOutOfRange, kOther };
 
-/// Runs `work` and tells how it failed. Never inlined: nothing of it may be left on the stack when
+/// Runs `work` and returns how it failed. Never inlined: its frame must be gone from the stack when
 /// RaiseInHost() unwinds.
 template <class Work>
 [[gnu::noinline]] Failure Guarded(const Work& work) noexcept {
@@ -28,7 +28,7 @@ template <class Work>
 }
 
 /// Throws the host's own exception through its runtime library, where that is loaded; otherwise, and for
-/// kNone and kOther, returns. To be called from frames that have nothing to clean up.
+/// kNone and kOther, returns. Call it only from frames that need no clean-up.
 void RaiseInHost(Failure failure);
 
 }  // namespace zrml::hostabi
