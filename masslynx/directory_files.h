@@ -1,5 +1,5 @@
-// Files of a raw directory. Acquisition PCs do not tell case apart, other systems do, so names are tried in
-// several spellings. Folders are system paths, with or without a separator at their end; an empty one has no
+// Files of a raw directory. Acquisition PCs ignore case and other systems do not, so names are tried in
+// several spellings. Folders are system paths, with or without a trailing separator; an empty path has no
 // files.
 #pragma once
 
@@ -20,18 +20,18 @@ inline constexpr std::wstring_view kFunctionTableName = L"_FUNCTNS.INF";
 inline constexpr std::wstring_view kHistoryName = L"_HISTORY.INF";
 inline constexpr std::wstring_view kLabelsName = L"_EXTERN.INF";
 
-/// Upper, then lower case; deliberately never a mixed case of the name's own, unless that is asked for:
-/// index, statistics and data files are looked for as they are written first ("_FUNC001.idx").
+/// Upper, then lower case; deliberately never the name's own mixed case unless requested: index, statistics
+/// and data files are first looked for as written ("_FUNC001.idx").
 enum class Spellings { kUpperLower, kAsWrittenUpperLower };
 
-/// Opens `name` of `folder` in the first spelling that opens. A closed file when none does.
+/// Opens `name` in `folder` by the first spelling that opens. A closed file when none does.
 platform::File OpenInDirectory(const platform::SystemPath& folder, std::wstring_view name,
                                Spellings spellings = Spellings::kUpperLower);
 
-/// Whether `folder` is a directory and holds `name` in a spelling, as something else than a directory.
+/// Whether `folder` is a directory and has an entry `name`, in one of the spellings, that is not a directory.
 bool FileExistsInDirectory(const platform::SystemPath& folder, std::wstring_view name);
 
-/// Whether something is called `name`, be it a directory.
+/// Whether anything is called `name`, even a directory.
 bool IsThere(const platform::SystemPath& folder, std::wstring_view name,
              Spellings spellings = Spellings::kUpperLower);
 
@@ -39,25 +39,26 @@ bool IsThere(const platform::SystemPath& folder, std::wstring_view name,
 Finding NotOpened(const platform::SystemPath& folder, std::wstring_view name, Spellings spellings,
                   FindingCode codeWhenMissing, std::string_view result = {});
 
-/// Collects that `name` does not open although something is called so.
+/// Reports that `name` does not open although it exists.
 void NoticeUnreadable(const platform::SystemPath& folder, std::wstring_view name, Findings* findings,
                       const FindingSubject& subject = {});
 
-/// Collects, unless something is collected already, that the system refuses `name`, which was opened in
-/// `spellings` or could not be: "_FUNC001.IDX cannot be opened (Too many open files)", "_FUNC001.IDX cannot
-/// be read to its end (Input/output error)". `refusal` may be null.
+/// Sets `refusal`, unless already set, when the system refuses `name`, opened or tried in `spellings`:
+/// "_FUNC001.IDX cannot be opened (Too many open files)", "_FUNC001.IDX cannot be read to its end
+/// (Input/output error)". `refusal` may be null.
 void NoticeRefusal(const platform::File& file, const platform::SystemPath& folder, std::wstring_view name,
                    Spellings spellings, std::string* refusal);
 
-/// Texts beside the data have a few KB. What follows this many bytes is damage.
+/// Text files have a few KB. Anything beyond this many bytes is damage.
 inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{16} << 20;
 
-/// The text of the file `name`, up to kMostTextBytes when findings are collected: then a longer one is one.
+/// The text of the file `name`. When findings are collected, at most kMostTextBytes; a longer file is a
+/// finding.
 std::string ReadTextOf(const platform::File& file, std::wstring_view name, Findings* findings);
 
-/// Tells for many names whether OpenInDirectory() opens them. The directory, which must not be empty, is
-/// listed once where that is less work than trying them all; names that it lacks in every case of their
-/// letters are not tried then. A file that comes later is missed.
+/// Finds out for many names whether OpenInDirectory() opens them. The directory, which must not be empty, is
+/// listed once where that is less work than trying every name; names that are not in the list, ignoring case,
+/// are then not tried. Files created later are missed.
 class FileFinder {
  public:
   FileFinder(const platform::SystemPath& folder, std::size_t names);
@@ -67,7 +68,7 @@ class FileFinder {
  private:
   const platform::SystemPath& folder_;
   bool isListed_ = false;
-  std::vector<platform::SystemPath> names_;  // in lower case and in order
+  std::vector<platform::SystemPath> names_;  // in lower case, sorted
 };
 
 /// Whether `folder` holds a header and a function table, each wholly in upper or wholly in lower case.
@@ -79,24 +80,23 @@ std::wstring FunctionFileName(int number, std::wstring_view extension);
 /// "_PROC%03d.<extension>".
 std::wstring ProcessedFileName(int number, std::wstring_view extension);
 
-/// The one or the other.
+/// Either of the two.
 std::wstring FileNameOf(const FunctionRecord& function, std::wstring_view extension);
 
-/// "_FUNC002" of "_func002.dat": what the files of a function have in common, from the name of any. Empty for
-/// other names.
+/// "_FUNC002" for "_func002.dat": the common part of the names of a function's files. Empty for other names.
 std::string FunctionStem(std::string_view fileName);
 
 /// Opens the file of a raw or processed function with the extension "idx", "sts" or "dat".
 platform::File OpenFunctionFile(const platform::SystemPath& folder, const FunctionRecord& function,
                                 std::wstring_view extension);
 
-/// Opens the function's data file, first where it was found before.
+/// Opens the function's data file, trying its last known path first.
 platform::File OpenDataFile(const platform::SystemPath& folder, FunctionRecord& function);
 
-/// Where that looks for it, without opening it; empty when it is not there.
+/// The path of the file that OpenDataFile() opens; empty when there is none.
 platform::SystemPath PathOfDataFile(const platform::SystemPath& folder, const FunctionRecord& function);
 
-/// What findings about a function are about.
+/// The subject of findings about a function.
 FindingSubject SubjectOf(const FunctionRecord& function);
 
 }  // namespace zrml::masslynx

@@ -1,4 +1,4 @@
-// The description of one acquisition function, as the function table, the header and the side files give it.
+// The description of one acquisition function, from the function table, the header and the side files.
 #pragma once
 
 #include <cstdint>
@@ -16,13 +16,13 @@ struct ScanIndexEntry {
   std::uint32_t segment = 0;     ///< calibration segment 1 to 31, 0 none
   float totalIntensity = 0;
   float retentionTime = 0;  ///< minutes
-  // From the statistics file; 0 without one.
+  // From the statistics file; 0 if there is none.
   float auxValue = 0;
   float temperature = 0;
   float temperatureCoefficient = 0;  ///< parts per million per degree
-  float precursorMass = 0;           ///< counts when bit 0 of precursorFlags is set
+  float precursorMass = 0;           ///< valid when bit 0 of precursorFlags is set
   std::uint16_t precursorFlags = 0;
-  std::uint16_t dataOffsetHigh = 0;  ///< of an offset that the index leaves out; see LeftOutOffsets
+  std::uint16_t dataOffsetHigh = 0;  ///< of an offset that the index omits; see LeftOutOffsets
   bool temperatureValid = false;
   bool centroided = false;
   bool preCalibrated = false;  ///< masses are stored calibrated
@@ -30,8 +30,7 @@ struct ScanIndexEntry {
   std::uint64_t DataOffset() const { return std::uint64_t{dataOffsetHigh} << 32 | dataOffset; }
 };
 
-/// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root` it works on the square root of the
-/// mass.
+/// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root`, x is the square root of the mass.
 struct CalibrationPolynomial {
   std::vector<double> coefficients;
   bool root = false;
@@ -41,17 +40,17 @@ struct FunctionRecord {
   static constexpr int kNoFunction = -1;
 
   std::uint16_t number = 0;     ///< from 1; the process number of a processed function
-  bool processed = false;       ///< from the history
-  std::uint16_t rawNumber = 0;  ///< of a processed function: the raw one that it goes back to
-  int repeat = 1;               ///< among processed functions with one process number
-  bool hasDataFile = false;     ///< which opens
+  bool processed = false;       ///< made by a later processing step; from the history
+  std::uint16_t rawNumber = 0;  ///< of a processed function: its original raw function
+  int repeat = 1;               ///< among processed functions that share a process number
+  bool hasDataFile = false;     ///< that can be opened
   int typeCode = kNoFunction;
   int ionMode = 0;
   int dataFormat = 0;  ///< scan data layout
   float scanTime = 0;  ///< seconds
   std::uint16_t defaultScanValue = 0;
   float setMass = 0;               ///< precursor m/z of MS/MS functions
-  std::vector<float> startMasses;  ///< of the 32 channels, or none (type 17)
+  std::vector<float> startMasses;  ///< of the 32 channels; none for type 17
   std::vector<float> endMasses;
 
   CalibrationPolynomial dynamicCal;
@@ -59,12 +58,12 @@ struct FunctionRecord {
   CalibrationPolynomial staticCal;
   CalibrationPolynomial modificationCal;
   std::vector<CalibrationPolynomial> segmentCals;  ///< segment number - 1
-  bool hasUnreachableSegmentCal = false;           ///< a segment was calibrated whose number no scan can have
-  float calTemperature = 0;                        ///< reference temperature, degrees
+  bool hasUnreachableSegmentCal = false;  ///< a calibrated segment has a number that no scan can have
+  float calTemperature = 0;               ///< reference temperature, degrees
 
-  platform::SystemPath dataFilePath;  ///< where the data file was found last
+  platform::SystemPath dataFilePath;  ///< where the data file was last found
   std::vector<ScanIndexEntry> scanIndex;
-  bool calibrationConstant = false;    ///< every scan converts masses alike
+  bool calibrationConstant = false;    ///< every scan converts masses the same way
   std::vector<double> cachedMassAxis;  ///< of mobility data, m/z; filled only when calibrationConstant
 
   std::vector<std::uint16_t> processChain;  ///< process codes, oldest first

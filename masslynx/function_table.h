@@ -10,13 +10,12 @@
 
 namespace zrml::masslynx {
 
-/// What a file that is no whole number of records gives.
+/// What a file gives whose size is not a whole number of records.
 enum class CutTable { kNothing, kWholeRecords };
 
-/// Reads the table of `folder` and what each function has beside it: calibration and data files. One record
-/// for each of the table, also for the absorbance function and for those without a data file. False when the
-/// file cannot be read, or is cut and should then give nothing; the same holds for a table of more functions
-/// than can be numbered.
+/// Reads the table of `folder` and each function's calibration and data file. One record per table entry,
+/// including the absorbance function and functions without a data file. False when the file cannot be read,
+/// when it is cut and should then give nothing, or when it has more functions than can be numbered.
 bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<CalibrationLine>& calibration,
                        CutTable cutTable, std::vector<FunctionRecord>& functions,
                        Findings* findings = nullptr);

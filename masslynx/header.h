@@ -1,4 +1,4 @@
-// "_HEADER.TXT": lines of the form "$$ Key: value", and what the interface's metadata items take from them.
+// "_HEADER.TXT": lines of the form "$$ Key: value", and the metadata items of the interface made from them.
 // docs/header.md
 #pragma once
 
@@ -11,11 +11,11 @@
 
 namespace zrml::masslynx {
 
-/// Whether the first line of the header marks a MassLynx acquisition.
+/// Whether the first line of the header identifies a MassLynx acquisition.
 bool IsMassLynxHeader(const platform::File& file);
 
-/// The lines of a header with their line feeds, a byte for each character, at most 9,999 each (a longer line
-/// continues in the next one). They are views of a text that the object keeps.
+/// The lines of a header with their line feeds, one byte per character, at most 9,999 each (a longer line
+/// continues in the next one). They are views of a text that the object owns.
 class HeaderLines {
  public:
   HeaderLines() = default;
@@ -28,11 +28,11 @@ class HeaderLines {
   std::vector<std::string_view> lines_;
 };
 
-/// The last line deliberately stands twice when it ends with a line feed. An empty file has one empty line.
+/// The last line deliberately appears twice when it ends with a line feed. An empty file has one empty line.
 HeaderLines ReadHeaderLines(const platform::File& file);
 
-/// Sets `value` to what follows "$$ <key>: " in the first line that begins so, trimmed. Without such a line:
-/// unchanged.
+/// Sets `value` to what follows "$$ <key>: " in the first line with that beginning, trimmed. Without such a
+/// line it is unchanged.
 void LookupHeaderValue(const std::vector<std::string_view>& lines, std::string_view key, std::wstring& value);
 
 /// "14-Nov-2026" and "09:15:00" as "2026-11-14T09:15:00+00:00". The day is kept as written, an unknown month

@@ -1,4 +1,4 @@
-// Reads "_HISTORY.INF": functions that later processing steps have made. docs/history.md
+// Reads "_HISTORY.INF": functions made by later processing steps. docs/history.md
 #pragma once
 
 #include <string>
@@ -9,14 +9,14 @@
 
 namespace zrml::masslynx {
 
-/// Appends a record for each history entry of `folder` that has a data file, made from the record of the raw
+/// Appends a record for each history entry of `folder` that has a data file, based on the record of the raw
 /// function at the start of its chain. `functions` holds the whole table, one record for each raw function.
-/// An entry whose raw function cannot be found, or has absorbance, is skipped; a missing or damaged file
-/// appends nothing or what it still holds. `refusal` is as NoticeRefusal() has it.
+/// An entry whose raw function cannot be found, or is the absorbance function, is skipped; a missing file
+/// appends nothing, a damaged one the entries that it still has. `refusal`: see NoticeRefusal().
 void AppendProcessedFunctions(const platform::SystemPath& folder, std::vector<FunctionRecord>& functions,
                               Findings* findings = nullptr, std::string* refusal = nullptr);
 
-/// The process numbers that the history names and that have a data file, each once.
+/// The process numbers in the history that have a data file, each once.
 std::vector<std::uint16_t> ProcessNumbersWithData(const platform::SystemPath& folder);
 
 }  // namespace zrml::masslynx

@@ -1,4 +1,4 @@
-// Reads "_extern.inf": labels of functions, from the acquisition method's print-out. docs/labels.md
+// Reads "_extern.inf": labels of functions, from the printed acquisition method. docs/labels.md
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace zrml::masslynx {
 
-/// Applies the file of `folder`, if there is one, to the functions that it numbers by position.
+/// Applies the labels in `folder`, if any, to the functions; the file numbers them by position.
 void ApplyLabels(const platform::SystemPath& folder, std::vector<FunctionRecord>& functions,
                  Findings* findings = nullptr, std::string* refusal = nullptr);
 

@@ -1,4 +1,4 @@
-// What a raw directory tells of its sample, by the keys of the interface.
+// What a raw directory says about its sample, by the keys of the interface.
 #pragma once
 
 #include <optional>
@@ -22,8 +22,7 @@ std::span<const MetadataItem> MetadataItems();
 
 inline constexpr std::wstring_view kProviderName = L"ZRMLProvider";
 
-/// An item of the header, its date and time among them; empty for other items and where there is no such
-/// line.
+/// An item of the header, including date and time; empty for other items and where there is no such line.
 std::wstring HeaderMetadata(const MetadataItem& item, const std::vector<std::string_view>& headerLines);
 
 }  // namespace zrml::masslynx

@@ -1,5 +1,5 @@
-// A raw directory as its files tell of it: all functions with the numbers of their files, read in any order.
-// Each file is read when it is first needed; one data file stays open: of the function that was read last.
+// A raw directory as its files describe it: all functions under the numbers of their files, read in any
+// order. Each file is read when first needed; one data file stays open, that of the function read last.
 #pragma once
 
 #include <optional>
@@ -17,9 +17,9 @@
 
 namespace zrml::masslynx {
 
-/// The functions of the table, also those without a data file, calibrated as the header says, then processed
-/// ones; all with their labels. No value when the table cannot be read. `refusal` is as NoticeRefusal() has
-/// it: of the other files.
+/// The functions of the table, including those without a data file, calibrated as the header says, then the
+/// processed ones; all with their labels. No value when the table cannot be read. `refusal`, of the other
+/// files: see NoticeRefusal().
 std::optional<std::vector<FunctionRecord>> ReadFunctions(const platform::SystemPath& folder,
                                                          const HeaderLines& header, CutTable cutTable,
                                                          Findings* findings = nullptr,
@@ -36,34 +36,34 @@ class RawDirectory {
   const platform::SystemPath& Folder() const { return folder_; }
   const HeaderLines& Header() const { return header_; }
 
-  /// As ReadFunctions() has them.
+  /// As ReadFunctions() gives them.
   std::span<const FunctionRecord> Functions() const { return functions_; }
-  /// Whether scans are known of: by a data file or an index, also one that the system refuses to open.
+  /// Whether a data file or an index shows that there are scans, even one that the system refuses to open.
   bool HasScans(std::size_t function) const;
-  /// The name of the data file as it stands in the folder; of one that is not there, as it should be.
+  /// The name of the data file as spelled in the folder; the expected name when it is missing.
   platform::SystemPath DataFileName(std::size_t function) const;
 
-  /// With its index and statistics, which are loaded anew after a refusal.
+  /// With its index and statistics, which are loaded again after a refusal.
   FunctionRecord& LoadedFunction(std::size_t function);
-  /// The bytes of a scan, or as many as its data file has. Valid until the next call. No value when the data
-  /// file does not open.
+  /// The bytes of a scan, or fewer when its data file ends earlier. Valid until the next call. No value when
+  /// the data file does not open.
   std::optional<Bytes> ReadScan(std::size_t function, const ScanRoom& room);
-  /// "_FUNC001.DAT is missing", of one that does not open.
+  /// "_FUNC001.DAT is missing", for a file that does not open.
   std::string WhyNoData(std::size_t function) const;
 
-  /// All that is known of damage without reading points: of the structure of every file, and of whether files
-  /// reach as far as their index says. Loads what is not loaded yet; what the system refuses is a finding.
+  /// All damage that shows without reading points: in the structure of every file, and files shorter than
+  /// their index says. Loads what is not loaded yet; files that the system refuses are findings.
   Findings CollectFindings();
 
-  /// What the system has refused since this was asked last, as NoticeRefusal() has it; then nothing that was
-  /// read since is to be believed.
+  /// What the system has refused since the last call, see NoticeRefusal(); after a refusal nothing read since
+  /// that call can be trusted.
   std::string TakeRefusal() { return std::exchange(refusal_, {}); }
 
  private:
-  // What is known of the files of a function beside its record.
+  // What is known about a function's files in addition to its record.
   struct FunctionState {
     bool isLoaded = false;
-    Findings findings;  // of the last attempt to load
+    Findings findings;  // from the last attempt to load
   };
 
   RawDirectory() = default;
@@ -74,9 +74,9 @@ class RawDirectory {
   HeaderLines header_;
   std::vector<FunctionRecord> functions_;
   std::vector<FunctionState> states_;  // of each function
-  Findings findings_;                  // of the files that describe the functions
+  Findings findings_;                  // in the files that describe the functions
   platform::File data_;
-  std::size_t dataOf_ = 0;  // the function, when a data file is open
+  std::size_t dataOf_ = 0;  // its function, when a data file is open
   ScanReader reader_;
   std::string refusal_;
 };

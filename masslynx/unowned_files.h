@@ -1,4 +1,4 @@
-// Data that no function refers to: what is left of a function table or history that has lost entries.
+// Data files that no function refers to, left over when a function table or history loses entries.
 #pragma once
 
 #include <span>
@@ -8,8 +8,8 @@
 
 namespace zrml::masslynx {
 
-/// Data, indices and drift bins in `folder` of neither a function nor one that the history names; of each
-/// stem the first. Empty files hold nothing that is lost.
+/// Reports data, index and drift-bin files in `folder` that belong neither to a function nor to one named in
+/// the history; the first of each stem. Empty files are left out: nothing is lost with them.
 void NoticeUnownedFiles(const platform::SystemPath& folder, std::span<const FunctionRecord> functions,
                         Findings& findings);
 

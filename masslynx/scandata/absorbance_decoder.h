@@ -8,10 +8,11 @@
 
 namespace zrml::masslynx {
 
-/// The room of scan `scan` of the absorbance function. No value for other data formats than 1 and 9.
+/// Where scan `scan` of the absorbance function is. No value for other data formats than 1 and 9.
 std::optional<ScanRoom> AbsorbanceRoomOf(const FunctionRecord& function, int scan);
 
-/// Decodes the scan of a room from its bytes, or from the first of them. Gives the places filled.
+/// Decodes the scan of a room from its bytes, or from the first part of them. Returns the number of points
+/// filled.
 std::size_t DecodeAbsorbance(const ScanRoom& room, Bytes bytes, const PointArrays& points);
 
 }  // namespace zrml::masslynx

@@ -30,7 +30,7 @@ struct CalibrationLine {
   float temperature = 0;
 };
 
-/// The calibration lines among `headerLines`, in their order.
+/// The calibration lines among `headerLines`, in order.
 std::vector<CalibrationLine> ReadCalibrationLines(const std::vector<std::string_view>& headerLines);
 
 /// Fills the calibration members of `function`, whose number and type are set. The last line of each kind
@@ -38,7 +38,7 @@ std::vector<CalibrationLine> ReadCalibrationLines(const std::vector<std::string_
 /// and a further line of that segment becomes its modification too.
 void ParseCalibration(const std::vector<CalibrationLine>& lines, FunctionRecord& function);
 
-/// Whether any polynomial but the modification is given.
+/// Whether any polynomial other than the modification is given.
 bool HasCalibration(const FunctionRecord& function);
 
 /// Converts the raw masses of one scan to m/z. Refers to the record, which must outlive it.
@@ -46,14 +46,14 @@ class ScanCalibration {
  public:
   ScanCalibration(const FunctionRecord& function, const ScanIndexEntry& scan);
 
-  /// A value of single precision, widened. NaN where a square root has no value.
+  /// A single-precision value, widened. NaN where a square root has no value.
   double operator()(float raw) const;
 
-  /// The same for `count` raw masses, which are used up.
+  /// The same for `count` raw masses, which are overwritten.
   void Convert(const PointKernels& kernels, float* raw, std::size_t count, double* masses) const;
 
-  /// Whether m/z ascends with raw masses from `low` to `high` that ascend by `step` at least. False also
-  /// where simple bounds do not show it.
+  /// Whether m/z ascends for raw masses from `low` to `high` in steps of at least `step`. Also false where
+  /// simple bounds cannot show it.
   bool Ascends(float low, float high, float step) const;
 
  private:

@@ -1,5 +1,5 @@
 // Spectra of single drift bins, from the compressed data of the ion-mobility functions ("_FUNC001.CDT") of
-// one raw directory. The reader is loaded when it is first needed and serves all functions; without one every
+// one raw directory. The reader is loaded when first needed and serves all functions; without one every
 // request gives its empty result. docs/mobility.md
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace zrml::masslynx {
 
-/// The path of a directory as the maker's reader takes it: narrow, with a separator at its end. Empty when it
+/// The path of a directory as the maker's reader takes it: narrow, with a trailing separator. Empty when it
 /// has no such form.
 std::string MobilityPath(const platform::SystemPath& folder);
 
@@ -22,7 +22,7 @@ struct MobilityFunction {
   int number;               ///< from 1
 };
 
-/// A scan of it. `record.scanIndex` is loaded; `scan` need not be in it.
+/// A scan of it. `record.scanIndex` is loaded; `scan` may be outside it.
 struct MobilityScan {
   MobilityFunction function;
   FunctionRecord& record;
@@ -33,24 +33,24 @@ class MobilityData {
  public:
   explicit MobilityData(MobilityClusterOpener open = OpenCompressedDataCluster) : open_(open) {}
 
-  /// Drift bins of each scan of a function; 0 when they are not known.
+  /// Drift bins per scan of a function; 0 when unknown.
   int BinCount(const MobilityFunction& function);
 
   /// Ends of the calibrated mass axis of a scan, m/z.
   bool ReadMassRange(const MobilityScan& scan, double& low, double& high);
 
-  /// Everything that the drift bins firstBin to lastBin of a scan have in common. Nothing is loaded for bins
-  /// that are not there.
+  /// Prepares what the drift bins firstBin to lastBin of a scan have in common. Nothing is loaded for bins
+  /// that do not exist.
   bool Prepare(const MobilityScan& scan, int firstBin, int lastBin);
 
-  /// One bin of the scan that was prepared. It is held until the next call.
+  /// One bin of the prepared scan. It is held until the next call.
   bool ReadBin(const MobilityScan& scan, int bin);
   int PointCount() const { return pointCount_; }
   float Seconds() const { return seconds_; }
-  /// Into arrays with room for all points.
+  /// Copies into arrays with room for all points.
   void WritePoints(double* masses, double* intensities) const;
 
-  /// Lets go of the reader. The next request loads it anew.
+  /// Releases the reader. The next request loads it again.
   void Release();
 
  private:
@@ -65,17 +65,17 @@ class MobilityData {
   MobilityClusterOpener open_;
   std::unique_ptr<MobilityCluster> mobilityCluster_;
   int mobilityClusterFunction_ = 0;
-  bool isUnavailable_ = false;  // opening was tried in vain
+  bool isUnavailable_ = false;  // an attempt to open has failed
 
-  // Of the request being served. No locals, because the library may throw from any operation, and a
-  // Microsoft-compiled host while it makes room for the points, and their exceptions pass our frames without
-  // cleaning up.
+  // State of the current request. Not locals, because the library may throw from any operation, and a
+  // Microsoft-compiled host may throw while it makes room for the points; their exceptions pass our frames
+  // without clean-up.
   std::vector<float> rawMassAxis_;
   std::vector<double> ownedMassAxis_;
   const std::vector<double>* massAxis_ = nullptr;
   std::vector<int> indices_;
   std::vector<float> intensities_;
-  int count_ = 0;  // what the reader has given of the bin
+  int count_ = 0;  // points that the reader gave for the bin
   int pointCount_ = 0;
   float seconds_ = 0;
   bool isCentroided_ = false;

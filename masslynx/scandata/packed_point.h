@@ -28,7 +28,7 @@ inline double FloatWord(std::uint32_t word) {
   return (word & 0x200000) != 0 ? -magnitude : magnitude;
 }
 
-/// What a point with a raw mass holds. The mass is not calibrated yet.
+/// A point with a raw mass, not yet calibrated.
 struct PackedPoint {
   float mass;
   double intensity;

@@ -1,6 +1,6 @@
-// Passes over a run of points, a few hundred at a time, written so that the compiler makes vector code of
-// them and compiled once for every x86-64 processor and once for those with AVX2. The results are those of
-// the functions in packed_point.h and of ScanCalibration for single points, to the bit.
+// Passes over runs of a few hundred points, written so that the compiler vectorises them and compiled twice:
+// for every x86-64 processor and for those with AVX2. The results are bit for bit those of packed_point.h and
+// ScanCalibration for single points.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 namespace zrml::masslynx {
 
 struct PointKernels {
-  /// Raw masses and intensities of `count` stored points, of data format 0, 8, 9, 12 (also the first eight
+  /// Raw masses and intensities of `count` stored points, of data format 0, 8, 9 or 12 (or the first eight
   /// bytes of a point of 13). `intensities` may be null.
   using Unpack = void (*)(const std::byte* points, std::size_t count, float* rawMasses, double* intensities);
   Unpack unpack0;
@@ -16,11 +16,12 @@ struct PointKernels {
   Unpack unpack9;
   Unpack unpack12;
   Unpack unpack13;
-  /// The same of `count` / 2 pairs of data format 1. True when every second point has an intensity.
+  /// The same for `count` / 2 pairs of data format 1. True when the second point of every pair has an
+  /// intensity.
   bool (*unpackPairs)(const std::byte* pairs, std::size_t count, float* rawMasses, double* intensities);
 
-  /// Intensities alone: words of data format 3; points of the groups of 4 or 2 of data formats 4 and 5, whose
-  /// last group may be in part.
+  /// Intensities only: words of data format 3, or points of data formats 4 and 5 in groups of 4 or 2, the
+  /// last of which may be incomplete.
   using Intensities = void (*)(const std::byte* points, std::size_t count, double* intensities);
   Intensities words;
   Intensities groupsOf4;
@@ -32,8 +33,8 @@ struct PointKernels {
   void (*square)(double* values, std::size_t count);
   /// c[0] + c[1] x + ... by Horner's rule; there are 1 to 7 coefficients.
   void (*polynomial)(const double* c, std::size_t coefficients, double* values, std::size_t count);
-  /// The same of raw masses, rounded to single precision; `calibrateRoot` works on their square roots and
-  /// squares what comes of it.
+  /// The same for raw masses, rounded to single precision; `calibrateRoot` takes their square roots and
+  /// squares the result.
   using Calibrate = void (*)(const double* c, std::size_t coefficients, const float* raw, std::size_t count,
                              double* masses);
   Calibrate calibrate;
@@ -42,19 +43,19 @@ struct PointKernels {
   void (*round)(double* values, std::size_t count);
 
   void (*widen)(const float* values, std::size_t count, double* widened);
-  /// Whether a value is not above the one before it, `before` for the first.
+  /// Whether any value is not above the one before it; `before` precedes the first.
   bool (*descends)(double before, const double* values, std::size_t count);
-  /// The least difference of a value from the one before it, or, when one is not above it, 0 or less; of a
-  /// single value the greatest of all numbers.
+  /// The smallest difference between a value and the one before it; 0 or less when a value is not above the
+  /// one before. For a single value the largest number.
   float (*leastStep)(const float* values, std::size_t count);
   /// start, start + step and so on by repeated addition, each sum stored in single precision.
   void (*linearAxis)(double start, double step, double* values, std::size_t count);
 };
 
 extern const PointKernels kPortableKernels;
-extern const PointKernels kAvx2Kernels;  ///< for processors that have AVX2 only
+extern const PointKernels kAvx2Kernels;  ///< only for processors with AVX2
 
-/// The fastest that this processor runs.
+/// The fastest kernels that this processor supports.
 const PointKernels& ChosenKernels();
 
 }  // namespace zrml::masslynx

@@ -1,4 +1,4 @@
-// What the points of a scan take in a data ("dat") file, by data format. docs/data-layouts.md
+// The size of a scan's points in a data ("dat") file, by data format. docs/data-layouts.md
 #pragma once
 
 #include <array>
@@ -7,14 +7,14 @@
 
 namespace zrml::masslynx::point_unit_format {
 
-/// `bytes` for each `points`, which round up.
+/// `bytes` for every `points`, rounded up.
 struct PointUnit {
   std::uint64_t bytes = 0;
   std::uint64_t points = 1;
 
   constexpr std::uint64_t BytesOf(std::uint64_t count) const { return (count + points - 1) / points * bytes; }
 
-  /// Points that `size` bytes hold whole; `bytes` is not 0.
+  /// Complete points in `size` bytes; `bytes` is not 0.
   constexpr std::size_t PointsIn(std::size_t size) const {
     return static_cast<std::size_t>(size / bytes * points);
   }
@@ -27,7 +27,7 @@ inline constexpr std::array<PointUnit, 15> kPointUnits = {{
     {2, 1},
     {10, 4},
     {10, 2},
-    {10, 4},  // of the last scan; 2 bytes a point before it
+    {10, 4},  // of the last scan; earlier scans have 2 bytes per point
     {10, 2},
     {6, 1},
     {6, 1},

@@ -8,12 +8,12 @@
 
 namespace zrml::masslynx {
 
-/// The room of scan `scan`, a position of the function's index. No value for an unknown data format or a mass
-/// list that cannot serve.
+/// Where scan `scan` is, a position in the function's index. No value for an unknown data format or an
+/// unusable mass list.
 std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan);
 
-/// Decodes the scan of a room from `bytes`, which are those of the data file from its offset on: all or, of a
-/// file that ends before, fewer.
+/// Decodes the scan of a room from `bytes`, the data file's content at its offset: all of it, or less when
+/// the file ends earlier.
 DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                          const PointArrays& points);
 
@@ -23,11 +23,12 @@ struct MassRange {
 };
 
 /// The intensities of the points from `range.low` to `range.high`, both included, as DecodeScan() gives them.
-/// False where it takes more to see that the masses of the scan ascend; then `intensities` mean nothing.
+/// False where a simple check cannot show that the masses of the scan ascend; then `intensities` are
+/// meaningless.
 bool DecodeWithin(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                   MassRange range, std::vector<double>& intensities);
 
-/// Whether scans of the layout may be several sub-scans, which are to be summed when masses do not ascend.
+/// Whether scans of the layout may consist of several sub-scans, to be summed when masses do not ascend.
 inline bool MayHaveSubScans(const ScanRoom& room) { return room.layout == 12 || room.layout == 13; }
 
 }  // namespace zrml::masslynx

@@ -1,4 +1,5 @@
-// What function table, index and statistics tell of a scan, without its points. What no file tells is absent.
+// What function table, index and statistics say about a scan, without its points. What no file says is
+// absent.
 #pragma once
 
 #include <optional>
@@ -10,7 +11,7 @@ namespace zrml::masslynx {
 struct ScanFacts {
   float endMinutes = 0;                ///< of the scan; it begins at its retention time
   std::optional<float> precursorMass;  ///< of functions with precursors, never 0
-  bool isPrecursorOfMethod = false;    ///< the method's set mass: no statistics tell the scan's own
+  bool isPrecursorOfMethod = false;    ///< the method's set mass: the statistics lack the scan's own
   std::optional<float> value;          ///< the additional value (cone voltage and the like), never 0
 };
 

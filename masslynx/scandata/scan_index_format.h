@@ -21,7 +21,7 @@ inline constexpr std::uint32_t kPointCountMask = 0x3FFFFF;  // bits 0-21
 inline constexpr unsigned kSegmentShift = 22;               // bits 22-26
 inline constexpr std::uint32_t kSegmentMask = 0x1F;
 inline constexpr std::uint32_t kCentroidStateGiven = 1u << 27;
-inline constexpr std::uint32_t kProfile = 1u << 28;  // counts when kCentroidStateGiven is set
+inline constexpr std::uint32_t kProfile = 1u << 28;  // valid when kCentroidStateGiven is set
 inline constexpr std::uint32_t kPreCalibrated = 1u << 30;
 
 }  // namespace zrml::masslynx::scan_index_format

@@ -1,4 +1,4 @@
-// Bytes of data files that are read scan after scan: where one scan follows the other, many are read at once.
+// Reads the bytes of data files scan by scan; many consecutive scans are read at once.
 #pragma once
 
 #include <vector>
@@ -10,18 +10,18 @@ namespace zrml::masslynx {
 
 class ScanReader {
  public:
-  /// `size` bytes of `file` from `offset` on, or as many as the file has. Valid until the next call.
+  /// `size` bytes of `file` from `offset` on, or fewer at the end of the file. Valid until the next call.
   Bytes Read(const platform::File& file, std::uint64_t offset, std::size_t size);
 
-  /// For another file in the same place.
+  /// Call it when another file is opened in the same object.
   void Forget() { file_ = nullptr; }
 
  private:
   std::vector<std::byte> buffer_;
-  const platform::File* file_ = nullptr;  // of the buffer
-  std::uint64_t start_ = 0;               // where in it the buffer begins
+  const platform::File* file_ = nullptr;  // that the buffer was read from
+  std::uint64_t start_ = 0;               // where the buffer begins in it
   std::size_t filled_ = 0;
-  bool isAtEnd_ = false;    // the file has nothing behind the buffer
+  bool isAtEnd_ = false;    // the file ends with the buffer
   std::uint64_t next_ = 0;  // where the last read ended
 };
 

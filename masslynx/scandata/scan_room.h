@@ -1,4 +1,4 @@
-// Where the points of one scan are and how much room they need.
+// Where the points of one scan are, and their size.
 #pragma once
 
 #include <algorithm>
@@ -17,7 +17,7 @@ struct ScanRoom {
   std::size_t points = 0;
   int layout = 0;  ///< the data format that the scan is read as
 
-  /// How many of the points its first `size` bytes hold whole.
+  /// How many complete points its first `size` bytes hold.
   std::size_t PointsIn(std::size_t size) const {
     return std::min(points, point_unit_format::UnitOf(layout).PointsIn(size));
   }
@@ -25,14 +25,14 @@ struct ScanRoom {
 
 /// Arrays that a decoder fills, with room for all points of the scan.
 struct PointArrays {
-  double* masses = nullptr;  ///< of absorbance: wavelengths
+  double* masses = nullptr;  ///< wavelengths for absorbance
   double* intensities = nullptr;
-  /// Gets the places that are deliberately not written and keep what they held; may be null.
+  /// Receives the places that are deliberately not written and keep their old values; may be null.
   std::vector<std::size_t>* unwritten = nullptr;
 };
 
 struct DecodedPoints {
-  std::size_t count = 0;    ///< places from the first on, written or not: as many as the bytes hold whole
+  std::size_t count = 0;    ///< places, written or not: complete points in the bytes
   bool isUnsorted = false;  ///< the masses written do not ascend
 };
 

@@ -11,11 +11,11 @@ namespace zrml::masslynx {
 
 /// Fills the statistics members of `entries`, the time-ordered index of `function`, and sets the function's
 /// `calibrationConstant`. A missing file or one of another version changes nothing; items outside the file or
-/// outside the file's record size read as 0. `refusal` is as NoticeRefusal() has it.
+/// the file's record size read as 0. `refusal`: see NoticeRefusal().
 void LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
                         std::vector<ScanIndexEntry>& entries, std::string* refusal = nullptr);
 
-/// What the file, which need not be there, tells of damage beside an index of `scans` scans.
+/// Reports damage that the file, which may be missing, shows next to an index of `scans` scans.
 void NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
                       Findings& findings);
 

@@ -8,11 +8,11 @@
 namespace zrml::masslynx::scan_statistics_format {
 
 // Header: four u16.
-inline constexpr std::size_t kRecordsOffset = 0;    // where the first record stands
+inline constexpr std::size_t kRecordsOffset = 0;    // where the first record begins
 inline constexpr std::size_t kVersion = 2;          // only kKnownVersion is read
 inline constexpr std::size_t kRecordSize = 4;       // bytes of one record
 inline constexpr std::size_t kDescriptorCount = 6;  // items in a record
-inline constexpr std::size_t kHeaderSize = 8;       // what the reader needs of it
+inline constexpr std::size_t kHeaderSize = 8;       // the part that the reader needs
 inline constexpr std::uint16_t kKnownVersion = 1;
 
 // Descriptors.

@@ -1,4 +1,4 @@
-// Scans that hold several sub-scans of the same mass range one behind the other.
+// Scans that consist of several sub-scans over the same mass range, one after the other.
 #pragma once
 
 #include <optional>
@@ -7,11 +7,11 @@
 
 namespace zrml::masslynx {
 
-/// Whether every point that is not above its predecessor has exactly the mass of the first point, and there is
-/// such a point: a sub-scan starts there.
+/// Whether some points are not above their predecessor and all of these have exactly the mass of the first
+/// point: each starts a sub-scan.
 bool HasSubScans(PeakSum::Values masses);
 
-/// The sum of the sub-scans as peak lists, peaks within 0.01 becoming one. No value where there are none.
+/// The sum of the sub-scans as peak lists; peaks within 0.01 merge. No value where there are no sub-scans.
 std::optional<PeakSum> SumSubScans(PeakSum::Values masses, PeakSum::Values intensities);
 
 }  // namespace zrml::masslynx

@@ -19,16 +19,16 @@ struct TraceList {
   bool fromAnalogs = false;
 };
 
-/// The trace that stands behind those of the list where a directory has an absorbance function: the total of
-/// each of its scans.
+/// The trace after those of the list where a directory has an absorbance function: the total of each of its
+/// scans.
 inline constexpr std::wstring_view kTotalAbsorbance = L"PDA - Total Absorbance";
 
-/// The traces of a directory, none when it lists none. No value when the list is damaged. `refusal` is as
-/// NoticeRefusal() has it.
+/// The traces of a directory, none when it lists none. No value when the list is damaged. `refusal`: see
+/// NoticeRefusal().
 std::optional<TraceList> ReadTraceList(const platform::SystemPath& folder, std::string* refusal = nullptr);
 
-/// What the lists tell of damage. `hasScans`: of some function, so that analog channels without values are
-/// not those of a run that never began.
+/// Reports damage that the lists show. With `hasScans` (of any function), analog channels without values are
+/// damage and not a run that never began.
 void NoticeTraces(const platform::SystemPath& folder, bool hasScans, Findings& findings);
 
 /// The data of one trace.
@@ -38,14 +38,14 @@ class TraceData {
   static std::optional<TraceData> Open(const platform::SystemPath& folder, const TraceList& list,
                                        std::size_t trace, std::string* refusal = nullptr);
 
-  /// Records of the file: as many points, or fewer.
+  /// Records in the file: the upper limit of points.
   std::size_t Count() const { return count_; }
 
-  /// Writes times as they are stored and values into arrays with room for Count(), and gives the points
-  /// written: analog channels end where time runs backwards. No value when the file ends before its records.
+  /// Writes the stored times and values into arrays with room for Count() and returns the number of points:
+  /// analog channels end where time runs backwards. No value when the file ends before its records.
   std::optional<std::size_t> Read(double* times, double* values) const;
 
-  /// As File::Refusal() has it.
+  /// See File::Refusal().
   std::string Refusal() const { return file_.Refusal(); }
 
  private:

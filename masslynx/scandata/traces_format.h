@@ -6,10 +6,10 @@
 
 namespace zrml::masslynx::traces_format {
 
-// "_ANALOGS.INF" is nothing but name records; "_CHROMS.INF" has a header in front of them.
+// "_ANALOGS.INF" has only name records; "_CHROMS.INF" has a header before them.
 inline constexpr std::uint16_t kNameRecordSize = 85;
 inline constexpr std::size_t kName = 4;
-inline constexpr std::size_t kNameSize = 81;  // with its NUL, where there is one
+inline constexpr std::size_t kNameSize = 81;  // including its NUL, if there is one
 
 // The header of "_CHROMS.INF" and of each "_CHRO001.DAT": u16 offset of the first record, then three
 // constants.
