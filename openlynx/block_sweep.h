@@ -1,5 +1,5 @@
-// Going through many blocks at once. A block that is never closed has all those behind it inside; a sweep
-// reads a line once, whatever number of blocks it is part of.
+// Walks many blocks at once. A block that is never closed contains all later ones; a sweep reads each line
+// once, however many blocks it is part of.
 #pragma once
 
 #include <array>
@@ -15,17 +15,17 @@
 
 namespace zrml::openlynx {
 
-/// Walks the blocks that begin at ascending positions, and calls a visitor's
-///   Line(line, open)       a line, and the numbers of the blocks that it is part of, outermost first,
+/// Walks the blocks at ascending positions and calls a visitor's
+///   Line(line, open)       a line and the numbers of the blocks that contain it, outermost first,
 ///                          without the one that begins with it;
-///   Ended(stillOpen)       a block, the innermost, has ended: so many are still open;
-///   Inside(line, position) the line again, when it stands between the braces of a block;
-///   Began(open)            a block has begun with the line: it is the last of those that are open.
-/// A visitor whose IsSatisfied(count of open blocks) needs no further line of the blocks that are open; one
-/// whose kEveryLine is false needs only marked lines.
+///   Ended(stillOpen)       the innermost block has ended; `stillOpen` remain;
+///   Inside(line, position) the line again, if it is between the braces of a block;
+///   Began(open)            a block has begun with the line: the last of the open ones.
+/// When a visitor's IsSatisfied(number of open blocks) is true it needs no further line of the open blocks;
+/// when its kEveryLine is false it needs only marked lines.
 ///
-/// Positions that were found in another file may be within the pieces of an earlier block. Such blocks are
-/// walked in further rounds: at most one for each distance that two of them can have within a piece.
+/// Positions found in another file may be within the pieces of an earlier block. Such blocks are walked in
+/// further rounds: at most one for each possible distance of two positions within a piece.
 template <class Visitor>
 class BlockSweep {
  public:
@@ -49,7 +49,7 @@ class BlockSweep {
 
   void RunRound(bool everyLine) {
     next_ = 0;
-    bool isSecond = false;  // the second line of a block counts whatever it begins with
+    bool isSecond = false;  // the second line of a block counts, whatever its first character
     std::string_view line;
     while (!open_.empty() || next_ < Count()) {
       const bool isFirst = open_.empty();
@@ -65,7 +65,7 @@ class BlockSweep {
     }
   }
 
-  // At the end of the file, or where it cannot be read: the blocks behind are sought by themselves.
+  // At the end of the file, or where it cannot be read: later blocks are then searched one by one.
   void EndUnread(bool isFirst) {
     if (isFirst) ++next_;
     PassMissed(stream_.Position());
@@ -111,8 +111,8 @@ class BlockSweep {
   std::int64_t depth_ = 0;
 };
 
-/// Gives what ReadKeys would find in each of many blocks: calls `use(key, value, blocks)` with the number of
-/// a key, a value, and the numbers of the blocks whose first value it is.
+/// Finds what ReadKeys would find in each of many blocks: calls `use(key, value, blocks)` with the number of
+/// a key, a value, and the numbers of the blocks for which it is the first value.
 template <std::size_t N, class Use>
 class KeySweep {
  public:
@@ -164,7 +164,7 @@ class KeySweep {
   Use& use_;
   std::size_t found_ = N;  // the key of the last line
   std::string_view value_;
-  // How many of the open blocks, outermost first, have a value of each key. The inner ones have none.
+  // For each key, how many of the open blocks, from the outermost, have a value. The inner ones have none.
   std::array<std::size_t, N> given_ = {};
 };
 

@@ -1,6 +1,6 @@
 // A report: a text file of samples, their functions, and the spectra and chromatograms of a function. The
-// file stays open. What is where is looked for when it is first needed, and kept; what was not found is
-// looked for again. Values and points are read anew whenever they are asked for.
+// file stays open. Positions are searched when first needed and kept; what was not found is searched again.
+// Values and points are read again on every request.
 #pragma once
 
 #include <cstddef>
@@ -21,10 +21,10 @@ namespace zrml::openlynx {
 
 /// Whether a name ends in ".rpt", ASCII letters in any case.
 bool HasReportExtension(const platform::SystemPath& path);
-/// Whether one of the first ten lines, read in text mode, has a sample's marker in it.
+/// Whether one of the first ten lines, read in text mode, contains a sample's marker.
 bool BeginsLikeReport(const platform::File& file);
 
-/// How many items a list has, for those who count in `int`.
+/// The number of items of a list, for callers that count in `int`.
 int CountOf(std::size_t size);
 
 class Report {
@@ -32,7 +32,7 @@ class Report {
   Report() = default;
   explicit Report(ReportStream stream) : stream_(std::move(stream)) {}
 
-  /// Goes on with another file at the positions that are known, and gives the one before.
+  /// Continues with another file at the known positions; returns the previous file.
   ReportStream Exchange(ReportStream stream);
 
   /// Empty when no file is open.
@@ -41,15 +41,15 @@ class Report {
 
   /// All functions of the sample.
   std::span<Function> FunctionsOf(Sample& sample);
-  /// Looks for them again, and forgets the ones before.
+  /// Searches them again and forgets the previous ones.
   void FindFunctionsAgain(Sample& sample) { FindFunctions(stream_, sample); }
 
   /// Positions of the blocks of a function.
   std::span<const std::uint64_t> SpectraOf(Sample& sample, Function& function);
   std::span<const std::uint64_t> ChromatogramsOf(Sample& sample, Function& function);
-  /// Finds those of all functions that are analog, or that are not, at once.
+  /// Finds those of all analog functions, or of all others, at once.
   void FindAllBlocks(Sample& sample, bool areAnalog) { openlynx::FindAllBlocks(stream_, sample, areAnalog); }
-  /// Finds those of all functions, each block for the innermost function alone that it is in.
+  /// Finds those of all functions, each block only for the innermost function around it.
   void FindOwnBlocks(Sample& sample) { openlynx::FindOwnBlocks(stream_, sample); }
 
   std::wstring NameOf(const Sample& sample);
@@ -57,7 +57,7 @@ class Report {
     return ReadSampleItems(stream_, sample.position, items);
   }
 
-  /// Ion mode, type and description joined by blanks; empty when all are.
+  /// Ion mode, type and description joined by blanks; empty when all three are.
   std::wstring NameOf(Sample& sample, const Function& function);
   std::string_view TypeOf(Sample& sample, const Function& function);
   FunctionKind KindOf(Sample& sample, const Function& function) {
@@ -83,15 +83,15 @@ class Report {
   /// The lines of a function that begin before `end`; no value when that is more than 10,000,000 characters.
   std::optional<std::wstring> ReadText(const Function& function, std::uint64_t end = kNoLimit);
 
-  /// Looks for samples whose blocks are still open where the next one begins or the file ends, as in a copy
-  /// that broke off. `name` is the file's.
+  /// Reports samples whose blocks are still open where the next sample begins or the file ends, as in an
+  /// incomplete copy. `name` is the file's.
   void Check(const std::string& name, Findings& findings);
 
   ReportStream& Stream() { return stream_; }
 
  private:
   ReportStream stream_;
-  std::vector<Sample> samples_;  // empty until they are needed
+  std::vector<Sample> samples_;  // empty until needed
 };
 
 }  // namespace zrml::openlynx

@@ -1,5 +1,5 @@
-// Reading one block of a report: its lines, the values of keys, its data list, its text. A block begins at
-// the position of its marker line and ends with the brace that closes it, or with the file.
+// Reads one block of a report: its lines, the values of keys, its data list, its text. A block begins with
+// its marker line and ends with the brace that closes it, or with the file.
 #pragma once
 
 #include <cstddef>
@@ -14,26 +14,25 @@
 
 namespace zrml::openlynx {
 
-/// Walks the lines of a block from its marker line on. When the second line opens no brace the block ends
-/// with it, and nothing is inside.
+/// Walks the lines of a block from its marker line on. When the second line does not open a brace the block
+/// ends with it and is empty.
 class BlockWalk {
  public:
   BlockWalk(ReportStream& stream, std::uint64_t position) : stream_(stream) { stream_.Seek(position); }
 
-  /// False behind the block's last line.
+  /// False after the block's last line.
   bool Next(std::string_view& line);
 
-  /// The same, without the lines inside that begin with neither a bracket nor a brace.
+  /// The same, but skips inner lines that begin with neither a bracket nor a brace.
   bool NextMarked(std::string_view& line);
 
-  /// Where the line begins that either has given.
+  /// Where the line last given by either begins.
   std::uint64_t Position() const { return position_; }
 
-  /// Whether that line stands between the block's braces; its opening one does, its closing one
-  /// does not.
+  /// Whether that line is between the block's braces; the opening one counts, the closing one does not.
   bool IsInside() const { return depth_ > 0; }
 
-  /// How many braces are open behind that line.
+  /// How many braces are open after that line.
   std::int64_t Depth() const { return depth_; }
 
  private:
@@ -46,34 +45,34 @@ class BlockWalk {
   std::int64_t depth_ = 0;
 };
 
-/// A key to look for, and its value: all that follows the key on its line, trimmed.
+/// A key to look for, and its value: the trimmed rest of the key's line.
 struct KeyValue {
   std::string_view key;
   std::string value = {};
 };
 
-/// What follows the key on a line that begins with it: trimmed, and up to a NUL.
+/// The rest of a line that begins with the key: trimmed, up to a NUL.
 std::string_view ValueOf(std::string_view line, std::string_view key);
 
 bool Contains(std::string_view value, std::string_view part);
 
 /// Fills the empty values from the block at `position`, nested blocks included; the first value that is not
 /// empty counts. Keys match by prefix, deliberately: "Timestamp 3" gives "Time" the value "stamp 3". Keys may
-/// come in any order, since none begins another one.
+/// come in any order, since none is a prefix of another.
 ///
-/// In the same pass finds where a data list begins: behind the first line inside the block that begins with
-/// `list`. No value when there is none, or none is asked for.
+/// Also finds where a data list begins: after the first line inside the block that begins with `list`. No
+/// value when there is none or none is requested.
 std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys,
                                       std::string_view list = {});
 
-/// A value's number by the rules of C's strtod; no value when there is none.
+/// The number in a value by the rules of C's strtod; no value without a number.
 std::optional<double> NumberIn(std::string_view value);
 
-/// What 100 percent is: 100 stands for a missing or zero one.
+/// The intensity that is 100 percent; 100 when it is missing or zero.
 double FullScaleOf(std::optional<double> number);
 
 /// Calls `use(line)` for each line of the data list at `position` that may hold numbers. The list ends with
-/// the first line that begins with a closing brace; an opening one is not counted.
+/// the first line that begins with a closing brace; opening braces do not count.
 template <class Use>
 void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use) {
   stream.Seek(position);
@@ -84,7 +83,7 @@ void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use) {
 }
 
 /// Calls `use(x, y)` for each line of the data list at `position` that holds two numbers. Lines are not
-/// copied: it would cost a quarter of the time that reading takes.
+/// copied: that would take a quarter of the reading time.
 template <class Use>
 void ReadDataList(ReportStream& stream, std::uint64_t position, Use use) {
   ForEachDataLine(stream, position, [&](std::string_view& line) {
@@ -96,8 +95,8 @@ void ReadDataList(ReportStream& stream, std::uint64_t position, Use use) {
 
 inline constexpr std::uint64_t kNoLimit = static_cast<std::uint64_t>(-1);
 
-/// The lines of the block at `position` that begin before `end`, with their line ends, until more than
-/// `enough` bytes are gathered.
+/// The lines of the block at `position` that begin before `end`, with their line ends; stops when there are
+/// more than `enough` bytes.
 std::string ReadBlockText(ReportStream& stream, std::uint64_t position, std::size_t enough,
                           std::uint64_t end = kNoLimit);
 

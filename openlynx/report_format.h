@@ -1,4 +1,4 @@
-// OpenLynx reports, "*.rpt": lines of text in nested blocks, each behind a marker line.
+// OpenLynx reports, "*.rpt": lines of text in nested blocks, each introduced by a marker line.
 // docs/openlynx-report.md
 #pragma once
 
@@ -7,10 +7,10 @@
 
 namespace zrml::openlynx::report_format {
 
-/// A line is read in pieces of at most so many bytes, and each piece counts as a line of its own.
+/// A line is read in pieces of at most this many bytes; each piece counts as a separate line.
 inline constexpr std::size_t kPieceSize = 999;
 
-// Markers of blocks and data lists, at the start of a line. Text behind one is ignored.
+// Markers of blocks and data lists, at the start of a line. Text after a marker is ignored.
 inline constexpr std::string_view kSample = "[SAMPLE]";
 inline constexpr std::string_view kFunction = "[FUNCTION]";
 inline constexpr std::string_view kSpectrum = "[SPECTRUM]";
@@ -24,7 +24,7 @@ inline constexpr char kOpen = '{';     // begins a block
 inline constexpr char kClose = '}';    // ends a block or a data list
 inline constexpr char kComment = ';';  // in data lists
 
-// Keys. No key begins another one: what a key finds does not depend on the keys looked for beside it.
+// Keys. No key is a prefix of another: the result for one key does not depend on the others searched with it.
 inline constexpr std::string_view kBpiKey = "BPI";                    // spectrum: base peak intensity
 inline constexpr std::string_view kContinuumKey = "Continuum";        // spectrum
 inline constexpr std::string_view kDateKey = "Date";                  // sample
@@ -44,7 +44,7 @@ inline constexpr std::string_view kCentroided = "FALSE";   // of Continuum; any 
 inline constexpr std::string_view kAnalogMark = "ANALOG";  // in Description: an analog function
 inline constexpr std::string_view kDadMark = "DAD";        // in Type: the same
 
-/// Intensities are in percent of BPI or MaxIntensity; so is this, the value of a missing or zero one.
+/// Intensities are in percent of BPI or MaxIntensity. This value replaces a missing or zero one.
 inline constexpr double kFullScale = 100.0;
 
 }  // namespace zrml::openlynx::report_format

@@ -1,5 +1,5 @@
-// The bytes of a report, handed out in the pieces that a line buffer would hold. Reads large blocks and keeps
-// the last one, so that going back a little costs nothing.
+// The bytes of a report, in the pieces that a line buffer would hold. Reads large blocks and keeps the last
+// one, so going back a little is free.
 #pragma once
 
 #include <cstddef>
@@ -16,8 +16,8 @@ namespace zrml::openlynx {
 
 class ReportStream {
  public:
-  /// kBinary: all bytes as they are. kText: CR LF is folded to LF and Ctrl-Z ends the text; for reading from
-  /// the start only, since positions then count the folded bytes.
+  /// kBinary: all bytes unchanged. kText: CR LF is folded to LF and Ctrl-Z ends the text; only for reading
+  /// from the start, since positions then count the folded bytes.
   enum class Mode { kBinary, kText };
 
   ReportStream() = default;
@@ -28,10 +28,10 @@ class ReportStream {
   bool IsOpen() const { return file_.IsOpen(); }
   void Close() { *this = ReportStream(); }
 
-  /// Lets go of the file without closing it.
+  /// Releases the file without closing it.
   void Abandon() { file_.Abandon(); }
 
-  /// Drops what has been read ahead, so that the file is looked at anew.
+  /// Drops what has been read ahead, so the file is read again.
   void Forget() {
     base_ = nextRead_ = Position();
     size_ = at_ = 0;
@@ -41,25 +41,25 @@ class ReportStream {
   std::uint64_t Position() const { return base_ + at_; }
   void Seek(std::uint64_t position);
 
-  /// The next piece: up to and with a line feed, or kPieceSize bytes. A NUL ends a piece's text for whoever
-  /// takes text from it; it is left in. Valid until the next call. False at the end, or on a read error.
+  /// The next piece: up to and including a line feed, or kPieceSize bytes. A NUL stays in the piece; code
+  /// that takes text from it stops there. Valid until the next call. False at the end or on a read error.
   bool Next(std::string_view& piece);
 
-  /// The next piece that begins with a bracket or a brace, without going through those between.
+  /// The next piece that begins with a bracket or a brace; skips those between quickly.
   bool NextMarked(std::string_view& piece);
 
-  /// Moves on to the next piece that begins with `start`, without going through all pieces. False, and at the
-  /// end, when there is none. `start` holds no line feed.
+  /// Moves to the next piece that begins with `start`, skipping the others quickly. False, and at the end,
+  /// when there is none. `start` has no line feed.
   bool Find(std::string_view start);
 
-  /// Whether the system has refused to read on, short of the file's end.
+  /// Whether the system has refused a read before the file's end.
   bool IsRefused() const { return isRefused_; }
-  /// The same, and forgets it.
+  /// The same, and forgets the refusal.
   bool TakeRefusal() { return std::exchange(isRefused_, false); }
-  /// As File::Refusal() has it of the last one.
+  /// File::Refusal() of the last refusal.
   std::string Refusal() const { return file_.Refusal(); }
 
-  /// A number of the bytes [from, end) of the file, as they are now: other bytes have another one.
+  /// A digest of the bytes [from, end) of the file as they are now; other bytes give another one.
   std::uint64_t Digest(std::uint64_t from, std::uint64_t end);
 
  private:
@@ -74,10 +74,10 @@ class ReportStream {
   Mode mode_ = Mode::kBinary;
   std::vector<char> buffer_;
   std::size_t size_ = 0;        // bytes in the buffer
-  std::size_t at_ = 0;          // of them, handed out
+  std::size_t at_ = 0;          // bytes already handed out
   std::uint64_t base_ = 0;      // position of the buffer's first byte
-  std::uint64_t nextRead_ = 0;  // offset in the file of what is read next
-  bool holdsBackCr_ = false;    // kText: a CR has been read, but not yet the byte behind it
+  std::uint64_t nextRead_ = 0;  // offset in the file of the next read
+  bool holdsBackCr_ = false;    // kText: a CR has been read, but not yet the byte after it
   bool metCtrlZ_ = false;       // kText
   bool isRefused_ = false;
 };

@@ -1,4 +1,4 @@
-// What the values of a report's keys mean.
+// The meaning of the values of a report's keys.
 #pragma once
 
 #include <array>
@@ -13,25 +13,25 @@
 
 namespace zrml::openlynx {
 
-/// What a function records, by its "Type". Chosen ions ("SIM") and reactions ("MRM") are different kinds
+/// What a function records, by its "Type". Selected ions ("SIM") and reactions ("MRM") are different kinds
 /// here.
 enum class FunctionKind { kUnknown, kMs, kMsMs, kIons, kReactions };
 
-/// By the first part that the type contains, case-sensitive.
+/// By the first known part that the type contains, case-sensitive.
 FunctionKind KindOfType(std::string_view type);
 
-/// 2 of functions of products, else 1.
+/// 2 for functions of product ions, else 1.
 constexpr int MsLevelOf(FunctionKind kind) { return kind == FunctionKind::kMsMs ? 2 : 1; }
 
 enum class Polarity { kUnknown, kPositive, kNegative };
 
-/// Positive when "IonMode" contains a plus sign, also beside a minus sign.
+/// Positive when "IonMode" contains a plus sign, even with a minus sign.
 Polarity PolarityOfIonMode(std::string_view ionMode);
 
-/// Of the chromatograms at ascending positions, by their "Description"; empty where they have none.
+/// The names of the chromatograms at ascending positions, from "Description"; empty where they have none.
 std::vector<std::wstring> ReadTraceNames(ReportStream& stream, std::span<const std::uint64_t> chromatograms);
 
-/// An item of a sample's metadata: the value of a key. With a key of times the two are joined as they stand,
+/// An item of a sample's metadata: the value of a key. With a time key the two values are joined unchanged,
 /// and the zone is always +00:00, whatever the local time was.
 struct SampleItem {
   std::string_view name;
@@ -46,7 +46,7 @@ inline constexpr std::array<SampleItem, 4> kSampleItems = {{
     {"InstrumentDescription", report_format::kInstrumentKey},
 }};
 
-/// The values of items of the sample at `position`; empty ones where the keys are missing.
+/// The values of `items` of the sample at `position`; empty where the keys are missing.
 std::vector<std::wstring> ReadSampleItems(ReportStream& stream, std::uint64_t position,
                                           std::span<const SampleItem> items);
 
@@ -57,11 +57,11 @@ struct ScanSeries {
   std::vector<double> totalIons;
 };
 
-/// `missing` stands for a value that is not there, or is no number.
+/// `missing` replaces an absent value or one that is not a number.
 ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing);
 
-/// The points of a data list in the order of the file: masses or times, and intensities scaled to the block's
-/// full scale.
+/// The points of a data list in file order: masses or times, and intensities scaled to the block's full
+/// scale.
 struct Points {
   std::vector<double> x;
   std::vector<double> intensities;
@@ -76,7 +76,7 @@ struct SpectrumHead {
   std::optional<std::uint64_t> list;  // where its points begin
 };
 
-/// One pass through the block, which ends where everything has been found.
+/// Reads the block in one pass, which ends as soon as everything is found.
 SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position);
 
 /// How many points ReadSpectrumPoints gives at most: counts lines, without reading their numbers.
@@ -85,7 +85,7 @@ std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectru
 /// Without points whose mass or intensity is not positive.
 Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum);
 
-/// A "[CHROMATOGRAM]" block. All points are kept, also those that are not positive.
+/// A "[CHROMATOGRAM]" block. All points are kept, even those that are not positive.
 struct Trace {
   std::wstring description;
   Points points;
