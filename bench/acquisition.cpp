@@ -12,12 +12,12 @@ namespace {
 using masslynx::point_unit_format::PointUnit;
 using masslynx::point_unit_format::UnitOf;
 
-// Raw masses from 100 up, in the steps that each format can store.
+// Raw masses from 100 up, in steps that each format can store.
 double MassOf(std::uint32_t i, std::uint32_t points) { return 100 + 1900.0 * i / points; }
 
 std::uint32_t Word(double value) { return static_cast<std::uint32_t>(value); }
 
-// The point's place in the file: formats whose points have no masses get intensities only.
+// The stored form of a point: formats without masses get intensities only.
 void WritePoint(unsigned format, std::uint32_t i, double mass, ByteWriter& out) {
   const std::uint16_t mantissa = static_cast<std::uint16_t>(i * 2654435761u >> 20);
   switch (format) {

@@ -22,7 +22,7 @@ std::size_t ScanBytes(const LayoutData& layout);
 const TempDirectory& AcquisitionOf(const LayoutData& layout);
 
 inline constexpr int kManyScans = 1'000'000;
-/// An index and statistics of many scans, whose data nobody reads.
+/// An index and statistics of many scans whose data are never read.
 const TempDirectory& ManyScans();
 
 }  // namespace zrml::bench

@@ -44,7 +44,7 @@ void CheckOrder(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(std::is_sorted(masses.begin(), masses.end()));
 }
 
-// Both copy their input anew, which is a small part of the work.
+// Both copy their input each time, a small part of the work.
 void SortShuffled(benchmark::State& state) {
   const std::vector<double> masses = ShuffledMasses();
   CZRMassSpectrum spectrum(kPoints);
@@ -67,7 +67,7 @@ void SortPairs(benchmark::State& state) {
   }
 }
 
-// A profile of peaks all over, sampled every 0.01 from `start` on.
+// A profile full of peaks, sampled every 0.01 from `start` on.
 CZRMassSpectrum Profile(double start) {
   CZRMassSpectrum spectrum(kPoints);
   for (std::size_t i = 0; i < kPoints; ++i) {

@@ -1,5 +1,6 @@
-// Windows: GetSpectrum through the face that hosts bind to, beside the same provider called directly. Takes
-// the plug-in; prints a line for the table of scripts/bench.sh: medians of runs in turns, in nanoseconds.
+// Windows: GetSpectrum through the face that hosts bind to, compared with the same provider called directly.
+// Takes the plug-in; prints a line for the table of scripts/bench.sh: medians of alternating runs, in
+// nanoseconds.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>

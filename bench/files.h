@@ -1,4 +1,4 @@
-// Files read whole, as floors read them.
+// Reads whole files, for the floors.
 #pragma once
 
 #include <fcntl.h>

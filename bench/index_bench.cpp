@@ -1,4 +1,4 @@
-// What is done once per acquisition, and chromatograms, beside reading the files or copying the result.
+// Work done once per acquisition, and chromatograms; the floor is reading the files or copying the result.
 #include <cfloat>
 #include <cmath>
 #include <filesystem>
@@ -157,7 +157,7 @@ void ReadFiles(benchmark::State& state, const std::vector<std::filesystem::path>
   }
 }
 
-// Opening has to find out whether each function's data file can be opened.
+// Opening must find out whether each function's data file can be opened.
 void ReadDirectory(benchmark::State& state) {
   std::vector<std::filesystem::path> paths;
   for (const auto& entry : std::filesystem::directory_iterator(ManyFunctions().Path()))

@@ -1,5 +1,5 @@
-// Peak memory of reading one large scan, beside its points as two arrays of doubles and its bytes: one line
-// for the table of scripts/bench.sh.
+// Peak memory of reading one large scan; the floor is its points as two arrays of doubles plus its bytes.
+// Prints one line for the table of scripts/bench.sh.
 #include <cstdio>
 #include <cstdlib>
 #include <malloc.h>

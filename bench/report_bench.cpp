@@ -16,7 +16,7 @@ namespace zrml::bench {
 namespace {
 
 constexpr int kPoints = 500;
-constexpr int kSpectra = 10;  // of a sample
+constexpr int kSpectra = 10;  // per sample
 
 std::string Sample() {
   ReportLines spectra;
@@ -121,7 +121,7 @@ void ReadLines(benchmark::State& state) {
   }
 }
 
-// Wall time: grep is a process of its own.
+// Wall time: grep is a separate process.
 BENCHMARK(IndexSamples)->Name("Sample index of a report of 1 GiB/ours")->UseRealTime();
 BENCHMARK(Grep)->Name("Sample index of a report of 1 GiB/floor")->UseRealTime();
 BENCHMARK(ReadSpectra)->Name("All spectra of a report of 100 MB/ours");

@@ -1,4 +1,4 @@
-// GetSpectrum, beside reading the scan's bytes and writing two arrays of doubles.
+// GetSpectrum; the floor is reading the scan's bytes and writing two arrays of doubles.
 #include <cmath>
 #include <fcntl.h>
 #include <string>
@@ -14,7 +14,7 @@
 namespace zrml::bench {
 namespace {
 
-// Masses ascend, and the first and last intensities are not what an empty container holds.
+// Masses ascend, and the first and last intensities differ from those of an empty container.
 const char* Wrong(const CZRMassSpectrum& spectrum, const LayoutData& layout) {
   const std::size_t points = layout.dataFormat == 11 || layout.dataFormat == 14 ? 32 : layout.points;
   if (spectrum.UsablePoints() != points) return "wrong number of points";

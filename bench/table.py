@@ -9,7 +9,7 @@ import json
 import statistics
 import sys
 
-AIMS = [  # the first that the row's name begins with
+AIMS = [  # the first prefix of the row's name counts
     ("GetSpectrum 100k points, calibrated", 3),
     ("GetSpectrum 100k points through the Windows face", 1.02),
     ("GetSpectrum 100k points", 2),

@@ -1,5 +1,5 @@
 // Memory shared by host and plug-in: either side may grow or free what the other has allocated, so blocks
-// come from the host's heap and are laid out as its standard library does it.
+// come from the host's heap, in the layout of its standard library.
 #pragma once
 
 #include <cstddef>

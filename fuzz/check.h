@@ -1,5 +1,5 @@
-// What must hold whatever the input: a broken promise ends the process as a crash does, so that fuzzers keep
-// the input.
+// Checks that must hold for any input: a broken promise ends the process like a crash, so fuzzers keep the
+// input.
 #pragma once
 
 #include <cstdio>

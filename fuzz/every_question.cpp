@@ -22,17 +22,17 @@ namespace {
 using source::Source;
 
 constexpr int kMostFunctions = 6;
-constexpr std::uint64_t kMostPointsAdded = 1u << 12;  // in chromatograms of points
+constexpr std::uint64_t kMostPointsAdded = 1u << 12;  // in chromatograms computed from points
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Of a question: a scan, a trace or a drift bin.
+// The position in a question: a scan, a trace or a drift bin.
 struct Place {
   int sample = 0;
   int function = 0;
   int scan = 0;
 };
 
-// What an answer says, as one number.
+// The content of an answer as one number.
 class Answer {
  public:
   void Add(std::uint64_t value) { digest_ = (digest_ ^ value) * 0x9E3779B97F4A7C15 + (digest_ >> 29); }
@@ -104,7 +104,7 @@ void AddSeries(Source& source, const Place& at, const source::Chromatogram& chro
   Add(chromatogram, answer);
 }
 
-// Chromatograms that take the points of every scan are asked for of small functions only.
+// Chromatograms that need the points of every scan are requested for small functions only.
 bool IsSmall(Source& source, const Place& at) {
   const int scans = source.ScanCount(at.sample, at.function);
   std::uint64_t points = 0;
@@ -158,7 +158,7 @@ void AskMinutes(Source& source, const Place& at, Answer& answer) {
   answer.Add(minutes);
 }
 
-// Throws nothing else when there is room for all the points but one.
+// Throws nothing else when there is room for all points but one.
 void CheckNoRoom(Source& source, const Place& at, std::size_t count) {
   std::vector<double> mz(count - 1);
   std::vector<double> intensities(count);
@@ -271,7 +271,7 @@ void AskFindings(Source& source, const Place&, Answer& answer) {
   }
 }
 
-// What the mobility library answers may change from question to question.
+// Answers of the mobility library may change from question to question.
 void AskDriftBins(Source& source, const Place& at, Answer&) {
   Check(source.DriftBinCount(at.sample, at.function) >= 0, "the number of drift bins is not negative");
   for (const int bin : {-1, 0, 1, 7, INT_MAX}) {
@@ -285,7 +285,7 @@ void AskDriftBins(Source& source, const Place& at, Answer&) {
   }
 }
 
-// What an answer depends on.
+// The position that an answer depends on.
 enum Scope { kSource, kSample, kFunction, kScan };
 
 struct Question {
@@ -345,7 +345,7 @@ class Asker {
     }
   }
 
-  // 0 where nothing can be counted.
+  // 0 when counting fails.
   template <class Get>
   static int Count(Get get) {
     try {
@@ -355,7 +355,7 @@ class Asker {
     }
   }
 
-  // The ends and the next ones outside.
+  // The ends and the positions next to them outside.
   static std::vector<int> Positions(int count) {
     std::set<int> positions = {-1, 0, 1, count - 1, count};
     return {positions.begin(), positions.end()};
@@ -365,7 +365,7 @@ class Asker {
   std::map<std::tuple<int, int, int, int>, std::uint64_t> answers_;
 };
 
-// Null when there is none, or none that can be read.
+// Null when there is no readable source.
 std::unique_ptr<Source> Open(const std::string& path) {
   try {
     return Source::Open(path);
@@ -375,7 +375,7 @@ std::unique_ptr<Source> Open(const std::string& path) {
   }
 }
 
-// Mostly one that there may be; sometimes one that no source has.
+// Mostly a plausible position; sometimes one that no source has.
 int TakePosition(Input& input) {
   constexpr int kImpossible[] = {-1, INT_MIN, INT_MAX};
   const unsigned byte = input.Value<std::uint8_t>();

@@ -17,7 +17,8 @@ namespace {
 constexpr int kMostFunctions = 6;
 constexpr int kMostScansAdded = 64;  // in chromatograms that are computed from the spectra
 
-// Positions worth asking for where `count` exist: the ends, the next ones outside, and the ends of the type.
+// Positions worth trying where `count` exist: the ends, the ones next to them outside, and the limits of the
+// type.
 std::vector<int> Positions(int count) {
   std::vector<int> positions = {-1, 0, 1, count, INT_MAX, INT_MIN};
   if (count > 0) positions.push_back(count - 1);
@@ -85,7 +86,7 @@ class Asker {
     for (const int trace : Positions(traces)) {
       server_.GetTraceName(sample, trace);
       const bool given = server_.GetTrace(sample, trace, reused);
-      // A report's list may deliberately grow with each look at it.
+      // A report's list may deliberately grow with each look.
       Check(!given || IsPosition(trace, traces) || (server_.IsReportSource() && trace >= traces),
             "no trace outside the list");
       Check(reused.Times().size() == reused.Intensities().size(), "a trace has pairs");
@@ -185,14 +186,14 @@ class Asker {
     CheckWhole(reused_);
   }
 
-  // The number of bins is the mobility library's word, which may change from question to question.
+  // The number of bins comes from the mobility library and may change from question to question.
   void AskForBins(int sample, int function, int scan, bool exists) {
     const int bins = server_.GetMobilityBinCount(sample, function);
     for (const int bin : Positions(bins)) {
       const bool given = server_.GetMobilitySpectrum(sample, function, scan, bin, reused_);
       Check(!given || exists, "no bin outside the scans");
       if (given) CheckWhole(reused_);
-      // A long run takes the memory that its length asks for, which is the host's affair: these are short.
+      // A long range takes memory in proportion to its length, which the host decides: these are short.
       for (const auto& [first, last] :
            {std::pair(std::max(bin, -1), 2), std::pair(0, std::min(bin, 8)), std::pair(bin, bin)}) {
         HostVector<CZRMassSpectrum> spectra(1);
@@ -201,8 +202,7 @@ class Asker {
     }
   }
 
-  // A host that asks for computed chromatograms asks for every scan, so they are asked for small functions
-  // only.
+  // A computed chromatogram reads every scan, so only small functions are asked for one.
   bool IsSmall(int sample, int function, int scans) {
     if (scans > kMostScansAdded) return false;
     for (int scan = 0; scan < scans && pointsLeft_ > 0; ++scan) {

@@ -1,4 +1,4 @@
-// Asks a data server everything that a host can ask, also with arguments that no sound host would use.
+// Asks a data server everything that a host can ask, even with arguments that no sane host would use.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace zrml::fuzz {
 
-/// Every operation of an open or closed server but Open, OpenFileInSet, Close and the destructor. The number
-/// of questions is bounded, and so is the work that they cause: operations that read scans are left out once
-/// about `mostPoints` points were read.
+/// Calls every operation of an open or closed server except Open, OpenFileInSet, Close and the destructor.
+/// The number of questions and their work are bounded: operations that read scans are left out once about
+/// `mostPoints` points have been read.
 void AskEverySlot(CDataServerImpl& server, const std::wstring& path, std::size_t mostPoints = 1u << 17);
 
 /// The whole life of a server: closed, open, asked everything, opened again with `file` chosen, closed.

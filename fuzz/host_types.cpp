@@ -1,4 +1,4 @@
-// The string and the allocator of the contract with hosts, beside the standard ones.
+// The string and the allocator of the contract with hosts, compared with the standard ones.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -15,7 +15,7 @@ using HostText = BasicHostString<char16_t>;
 using Numbers = std::vector<std::uint32_t, HostAllocator<std::uint32_t>>;
 
 constexpr std::size_t kVariables = 3;
-constexpr int kLongest = 5000;  // blocks from 4,096 bytes on are of another form
+constexpr int kLongest = 5000;  // blocks from 4,096 bytes on have another form
 
 struct Strings {
   HostText host[kVariables];

@@ -1,5 +1,5 @@
-// Stands in the place of the instrument maker's mobility library: answers with what the compressed data file
-// holds, byte for byte, so that no answer is to be relied upon.
+// Replaces the instrument maker's mobility library: answers with the bytes of the compressed data file, so no
+// answer is reliable.
 #include <algorithm>
 
 #include "common/platform/platform.h"
@@ -49,14 +49,14 @@ class HostileCluster : public MobilityCluster {
     file.ReadAt(0, bytes_);
   }
 
-  // Comes round again, so that a short file does not end in zeros only.
+  // Wraps around, so a short file does not end in nothing but zeros.
   unsigned Byte() {
     if (bytes_.empty()) return 1;
     at_ = (at_ + 1) % bytes_.size();
     return std::to_integer<unsigned>(bytes_[at_]);
   }
 
-  // Mostly a small number; sometimes one that nobody can have.
+  // Mostly a small number; sometimes an impossible one.
   bool Answer(int& value) {
     constexpr int kImpossible[] = {-1, -0x7FFFFFFF - 1, 0x7FFFFFFF, (1 << 24) + 1};
     const unsigned byte = Byte();

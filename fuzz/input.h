@@ -1,4 +1,4 @@
-// Takes values off the front of a fuzzer's input. Past its end everything reads as zero.
+// Takes values from the front of a fuzzer's input. Past its end everything reads as zero.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ class Input {
 
   bool IsEmpty() const { return rest_.empty(); }
 
-  /// The next `count` bytes, or those that are left.
+  /// The next `count` bytes, or all that remain.
   Bytes Take(std::size_t count) {
     const Bytes taken = rest_.first(count < rest_.size() ? count : rest_.size());
     rest_ = rest_.subspan(taken.size());
@@ -27,7 +27,7 @@ class Input {
   }
   Bytes TakeRest() { return Take(rest_.size()); }
 
-  /// An integer or floating-point value of any bits.
+  /// An integer or floating-point value with any bits.
   template <class T>
   T Value() {
     const Bytes bytes = Take(sizeof(T));

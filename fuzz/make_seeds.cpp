@@ -1,4 +1,4 @@
-// make_seeds FOLDER: writes seeds for every fuzzer, made by the writers of the tests, into FOLDER/<fuzzer>/.
+// make_seeds FOLDER: writes seeds for every fuzzer, made with the test writers, into FOLDER/<fuzzer>/.
 #include <bit>
 #include <filesystem>
 #include <functional>
@@ -118,7 +118,7 @@ FileBytes ScanData(unsigned format, std::uint8_t shape, std::uint16_t points) {
   return scan.Append(Noise(points * kLargestPoint)).Take();
 }
 
-// Two sub-scans of three points each, from the same mass on.
+// Two sub-scans of three points each, starting at the same mass.
 FileBytes RepeatedScan() {
   ByteWriter scan;
   scan.U8(12).U8(0x80).U16(6);
@@ -180,7 +180,7 @@ Seeds Reports() {
           {"nested", WriteLines(nested)}};
 }
 
-// Each behind questions in an order of its own.
+// Each after questions in a different order.
 Seeds WithQuestions(Seeds seeds) {
   for (auto& [name, bytes] : seeds) {
     const FileBytes questions = Noise(16 + 4 * name.size());
@@ -193,7 +193,7 @@ Seeds WithQuestions(Seeds seeds) {
 Seeds RawSources() { return WithQuestions(RawDirectories()); }
 Seeds ReportSources() { return WithQuestions(Reports()); }
 
-// Operations of the containers are bytes that mean something in any order.
+// Operations on the containers are bytes that are valid in any order.
 Seeds Operations() { return {{"few", Noise(40)}, {"many", Noise(2000)}}; }
 
 // A count, a law, a step, the kind, then what the points need, twice.

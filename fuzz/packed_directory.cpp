@@ -11,7 +11,7 @@
 namespace zrml::fuzz {
 namespace {
 
-// A file's place is what inputs name it by: new names go to the end.
+// Inputs refer to a file by its place here: add new names at the end.
 constexpr std::array<std::string_view, 27> kNames = {
     "_HEADER.TXT",  "_FUNCTNS.INF", "_EXTERN.INF",  "_HISTORY.INF",  //
     "_FUNC001.IDX", "_FUNC001.DAT", "_FUNC001.STS", "_FUNC001.CDT",  //

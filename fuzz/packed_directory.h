@@ -1,5 +1,5 @@
-// A whole raw directory as one input: records of a byte that names the file, a u16 length and as many bytes.
-// The last record may be cut short. Records of one file are joined in their order.
+// A whole raw directory as one input: records of a byte for the file, a u16 length and that many bytes. The
+// last record may be cut short. Records of the same file are joined in order.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,14 @@
 
 namespace zrml::fuzz {
 
-/// The file byte counts round through the names that a directory of three functions can have.
+/// The file byte counts modulo the file names that a directory of three functions can have.
 Files UnpackDirectory(Input input);
 
-/// Cuts the point counts of the scan indices to 12 of their 22 bits: more points take no other way through
-/// the code, but a few bytes would keep a fuzzer busy for seconds.
+/// Cuts the point counts of the scan indices to 12 of their 22 bits: more points take the same path through
+/// the code, but a few bytes could keep a fuzzer busy for seconds.
 void CutPointCounts(Files& files);
 
-/// The inverse of UnpackDirectory, for seeds. Files that an input cannot name are left out.
+/// The inverse of UnpackDirectory, for seeds. Files that an input cannot refer to are left out.
 std::vector<std::byte> PackDirectory(const std::map<std::string, std::vector<std::byte>>& files);
 
 }  // namespace zrml::fuzz

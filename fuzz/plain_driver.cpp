@@ -1,5 +1,5 @@
-// Runs a fuzz target without a fuzzer: over the files given, those of the folders given, and a fixed number
-// of damaged forms of each. What it does is the same at every run.
+// Runs a fuzz target without a fuzzer: on the given files, those in the given folders, and a fixed number of
+// damaged forms of each. Every run does the same.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -30,7 +30,7 @@ Contents Read(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// One edit: a byte or a word of telling value, a bit, a cut, or a part repeated.
+// One edit: a byte or word set to an interesting value, a bit flipped, a cut, or a part repeated.
 void Damage(zrml::RandomNumbers& random, Contents& contents) {
   constexpr std::uint32_t kTelling[] = {0,      1,      0x7F,     0x80,       0xFF,
                                         0x7FFF, 0xFFFF, 0x3FFFFF, 0x7FFFFFFF, 0xFFFFFFFF};
@@ -80,7 +80,7 @@ std::vector<std::filesystem::path> FilesOf(const std::filesystem::path& path) {
 
 }  // namespace
 
-/// DAMAGED-FORMS PATH...: status 2 when a path is missing, so that a test over no input cannot pass.
+/// DAMAGED-FORMS PATH...: status 2 when a path is missing, so a test without input cannot pass.
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
   const int forms = std::atoi(argv[1]);

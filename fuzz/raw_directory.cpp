@@ -1,4 +1,4 @@
-// A whole raw directory, then every question that a host can ask. packed_directory.h tells the input's form.
+// A whole raw directory, then every question that a host can ask. packed_directory.h describes the input.
 #include <utility>
 
 #include "fuzz/check.h"

@@ -1,5 +1,5 @@
-// The passes of masslynx/scandata/point_kernels.h done point by point with the functions for single points:
-// what the fast ones are compared with.
+// The passes of masslynx/scandata/point_kernels.h, point by point with the functions for single points: the
+// reference for the fast ones.
 #pragma once
 
 #include <vector>
@@ -12,10 +12,10 @@ using masslynx::PointKernels;
 
 extern const PointKernels kScalarKernels;
 
-/// The library's own that this processor runs.
+/// The library's own kernels that this processor supports.
 std::vector<const PointKernels*> FastKernels();
 
-/// What ChosenKernels() gives from now on; the library's own choice is not linked.
+/// Sets the result of ChosenKernels(); the library's own choice is not linked.
 void ChooseKernels(const PointKernels& kernels);
 
 }  // namespace zrml::fuzz

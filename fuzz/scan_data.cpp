@@ -1,5 +1,5 @@
-// The data of one scan in each layout, decoded with each kind of kernels: a byte for the layout, one for the
-// shape of the index, a 16-bit point count, calibration, then the data file.
+// The data of one scan in each layout, decoded with each kind of kernel. Input: a byte for the layout, one
+// for the shape of the index, a 16-bit point count, calibration, then the data file.
 #include <algorithm>
 #include <bit>
 #include <iterator>
@@ -21,7 +21,7 @@ using namespace masslynx;
 
 constexpr int kLayouts = 16;  // one more than there are
 constexpr std::size_t kChannels = 32;
-constexpr int kMostPoints = 4096;  // larger counts take no other way and a fuzzer long
+constexpr int kMostPoints = 4096;  // larger counts take the same path and slow the fuzzer down
 
 CalibrationPolynomial TakePolynomial(Input& input) {
   CalibrationPolynomial polynomial;
@@ -81,8 +81,8 @@ void CheckDecoded(const FunctionRecord& function, const Decoded& decoded) {
   Check(spectrum.UsablePoints() == static_cast<std::size_t>(spectrum.GetCount()), "points are whole");
   Check(spectrum.UsablePoints() <= function.scanIndex[0].pointCount, "no point more than the index tells");
   const HostVector<double>& masses = spectrum.MassVector();
-  // Deliberate: in layout 1 second points without intensity are not written, and the order is that of the
-  // others.
+  // Deliberate: in layout 1 second points without intensity are not written, and only the others decide the
+  // order.
   if (!decoded.unsorted && function.dataFormat != 1) {
     const auto notAbove = [](double a, double b) { return !(a < b) && a == a && b == b; };
     Check(std::adjacent_find(masses.begin(), masses.end(), notAbove) == masses.end(),
@@ -90,7 +90,7 @@ void CheckDecoded(const FunctionRecord& function, const Decoded& decoded) {
   }
 }
 
-// To the bit, but for which of its many bit patterns a value that is no number has.
+// Equal to the bit, except that NaNs may have different bit patterns.
 bool AreAlike(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (a != a && b != b);
 }
@@ -113,7 +113,7 @@ bool HasRawMasses(int dataFormat) {
 
 bool MaySumSubScans(int dataFormat) { return dataFormat == 12 || dataFormat == 13; }
 
-// A scan that counts as calibrated shows the raw masses; each is calibrated alone.
+// A scan marked as calibrated shows the raw masses; each is then calibrated by itself.
 void CheckCalibration(const platform::File& file, const FunctionRecord& function, const Decoded& decoded) {
   if (!decoded.accepted || !HasRawMasses(function.dataFormat)) return;
   FunctionRecord uncalibrated = function;
@@ -125,7 +125,7 @@ void CheckCalibration(const platform::File& file, const FunctionRecord& function
         "a calibration does not change how many points there are");
   const ScanCalibration calibration(function, function.scanIndex[0]);
   for (std::size_t i = 0; i < decoded.spectrum.UsablePoints(); ++i) {
-    // Points of layout 1 that are not written have neither mass.
+    // Unwritten points of layout 1 have neither mass.
     if (function.dataFormat == 1 && decoded.spectrum.IntensityVector()[i] == 0) continue;
     const auto rawMass = static_cast<float>(raw.spectrum.MassVector()[i]);
     Check(AreAlike(decoded.spectrum.MassVector()[i], calibration(rawMass)),

@@ -15,7 +15,7 @@ std::map<std::wstring, Contents, std::less<>> folder;
 std::map<std::intptr_t, Contents> openFiles;
 std::intptr_t lastHandle = 0;
 
-// The name of a file of the folder, empty for every other path.
+// The name of a file in the folder; empty for every other path.
 std::wstring_view NameInFolder(std::wstring_view path) {
   const std::wstring_view parent = kFolder;
   if (!path.starts_with(parent)) return {};
@@ -40,7 +40,7 @@ Contents FindAt(const platform::SystemPath& path) {
 
 void SetFiles(Files files) {
   folder.clear();
-  openFiles.clear();  // what reports have deliberately left open
+  openFiles.clear();  // files that reports have deliberately left open
   for (auto& [name, bytes] : files)
     folder.emplace(name, std::make_shared<const std::vector<std::byte>>(std::move(bytes)));
 }
@@ -125,7 +125,7 @@ SystemPath NameInFolder(const SystemPath& path) {
   return path.substr(path.find_last_of(kSeparators) + 1);
 }
 
-// A simulated file is open or not there.
+// A simulated file that exists always opens.
 std::string WhyClosed(const SystemPath&) { return {}; }
 std::string WhyOutOfReach(const SystemPath&) { return {}; }
 

@@ -1,5 +1,5 @@
-// Files that exist in memory only. A program that contains simulated_files.cpp has these in place of the
-// operating system's: fuzzers open thousands of directories a second, and none leaves its process.
+// Files that exist in memory only. In a program with simulated_files.cpp they replace those of the operating
+// system: fuzzers open thousands of directories a second without leaving the process.
 #pragma once
 
 #include <functional>
@@ -11,16 +11,16 @@
 
 namespace zrml::fuzz {
 
-/// Contents by file name. Names tell case apart.
+/// Contents by file name. Names are case-sensitive.
 using Files = std::map<std::wstring, std::vector<std::byte>, std::less<>>;
 
-/// The folder that all files are in, without a separator behind it.
+/// The folder of all files, without a trailing separator.
 inline constexpr const wchar_t* kFolder = L"/run.raw";
 
-/// Replaces what the folder holds. Files that are open keep what they held.
+/// Replaces the content of the folder. Open files keep their content.
 void SetFiles(Files files);
 
-/// How many files are open.
+/// The number of open files.
 int OpenFileCount();
 
 }  // namespace zrml::fuzz

@@ -1,6 +1,6 @@
-// Times what a megabyte can do: the inputs that are known to make the most work, each through every slot, and
-// reports through what tools ask, too. Prints the processor seconds of one life of a server or source;
-// nothing is asserted. docs/robustness.md has the figures.
+// Measures how much time a megabyte can cost: the slowest known inputs, each through every slot, and reports
+// through the questions of the tools as well. Prints the processor seconds of one life of a server or source;
+// asserts nothing. docs/robustness.md has the figures.
 #include <cstdio>
 #include <ctime>
 #include <memory>
@@ -45,7 +45,7 @@ RawDirectoryBuilder OneFunction(unsigned format, std::uint32_t points) {
   return raw;
 }
 
-// As many points as an index can declare, over a megabyte of noise.
+// The largest number of points that an index can declare, over a megabyte of noise.
 Contents ManyPoints(unsigned format) {
   Contents files = OneFunction(format, kMostPoints).Files();
   files["_FUNC001.DAT"] = Noise(kMegabyte);
@@ -80,7 +80,7 @@ Contents ManyTraces() {
   return raw.Files();
 }
 
-// Each step derived from the one before it, and all with data.
+// Each step is derived from the previous one, and all have data.
 Contents LongHistory() {
   RawDirectoryBuilder raw = OneFunction(9, 1);
   const std::size_t steps = kMegabyte / masslynx::history_format::kEntrySize;
@@ -94,7 +94,7 @@ Contents LongHistory() {
   return files;
 }
 
-// Sub-scans of two points from one mass on. Points that the file lacks are of mass 0.
+// Sub-scans of two points, all starting at one mass. Points that the file lacks have mass 0.
 Contents ManySubScans(std::uint32_t lowest, std::uint32_t declared) {
   Contents files = OneFunction(12, declared).Files();
   std::vector<StoredPoint12> points(kMegabyte / 8,
@@ -104,8 +104,7 @@ Contents ManySubScans(std::uint32_t lowest, std::uint32_t declared) {
   return files;
 }
 
-// The same with second masses all over the range, so that the sum grows, behind a first one of so many
-// points.
+// The same with second masses all over the range, so the sum grows; the first sub-scan has `first` points.
 Contents GrowingSubScans(std::size_t first, bool allPositive = true) {
   Contents files = OneFunction(12, kMegabyte / 8).Files();
   std::vector<StoredPoint12> points(
@@ -122,8 +121,8 @@ Contents GrowingSubScans(std::size_t first, bool allPositive = true) {
   return files;
 }
 
-// 512 sub-scans of which no mass but the first is in two, masses `apart` units of 2^-15 apart; all with
-// intensities above zero, or with one that is not.
+// 512 sub-scans that share only the first mass, with masses `apart` units of 2^-15 apart; all intensities
+// above zero, or all but one.
 Contents DifferentSubScans(std::uint32_t apart, bool allPositive) {
   constexpr std::uint32_t kSubScans = 512;
   constexpr std::uint32_t kPoints = kMegabyte / 8 / kSubScans;
@@ -143,8 +142,8 @@ Contents DifferentSubScans(std::uint32_t apart, bool allPositive) {
   return files;
 }
 
-// Sub-scans of so many points at random masses from 2048 to 4096, which differ in single precision too; a
-// third of the intensities is below zero.
+// Sub-scans of `pointsOfEach` points at random masses from 2048 to 4096 that also differ in single precision;
+// a third of the intensities are negative.
 Contents RandomSubScans(std::uint32_t pointsOfEach) {
   constexpr std::uint32_t kPoints = kMegabyte / 8;
   std::uint32_t random = 1;
@@ -184,7 +183,7 @@ void AskServer(const std::wstring& source) {
   fuzz::AskEverySlot(server, source, 1);
 }
 
-// All that `zrml info` and `zrml check` ask for.
+// Everything that `zrml info` and `zrml check` read.
 void AskSource(const std::string& path) {
   const std::unique_ptr<source::Source> source = source::Source::Open(path);
   std::vector<double> mz;
@@ -210,7 +209,7 @@ void Show(const std::string& what, Contents contents) {
   Print(what, Seconds(std::move(contents), [] { AskServer<plugin::CMLDataServerImpl>(fuzz::kFolder); }));
 }
 
-// A report that begins with `begin` and then repeats lines up to a megabyte, with `end` behind them.
+// A report that begins with `begin`, repeats lines up to a megabyte, and finishes with `end`.
 Contents ReportOf(const std::string& begin, const std::string& repeated, const std::string& end) {
   std::string text = begin;
   while (text.size() + end.size() < kMegabyte) text += repeated;
@@ -236,14 +235,14 @@ std::string Times(int count, std::string_view thing) {
   return text;
 }
 
-// Nothing is ever closed, but where the name says so.
+// Blocks are never closed unless the name says so.
 void ShowReports() {
   const std::string sample = "[SAMPLE]\n{\n";
   const std::string function = "[FUNCTION]\n{\n";
   const std::string spectrum = "[SPECTRUM]\n{\n";
   const std::string chromatogram = "[CHROMATOGRAM]\n{\n";
   const std::string longType = "Type MS" + std::string(990, 'M') + "\n";
-  constexpr int kHalf = kMegabyte / 26;  // of the markers that fit
+  constexpr int kHalf = kMegabyte / 26;  // half of the markers that fit
   ShowReport("samples", "", sample);
   ShowReport("functions", sample, function);
   ShowReport("functions, each with a type", sample, function + "Type MS\n");

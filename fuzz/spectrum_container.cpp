@@ -1,4 +1,4 @@
-// Random operations on a mass spectrum beside a plain model of it: two bytes tell an operation and its
+// Random operations on a mass spectrum and on a plain model of it: two bytes give an operation and its
 // argument.
 #include <algorithm>
 #include <bit>
@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kMostPoints = 64;
 
-// Values that are equal, or both no number.
+// Values that are equal or both NaN.
 bool Same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
 template <class Numbers>
@@ -56,7 +56,7 @@ class Pair {
     const bool values = input.Bool();
     Check(spectrum_.Resize(count, flags, false, values, input.Bool()), "a size is taken");
     model_.Size(count);
-    if (count == 0) return;  // clearing keeps the use of the optional arrays
+    if (count == 0) return;  // clearing keeps the optional arrays in use
     model_.hasFlags = flags;
     model_.hasValues = values;
   }

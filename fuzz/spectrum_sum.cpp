@@ -1,5 +1,5 @@
-// Arithmetic on spectra: sums, resampling, merging of peaks, scan laws, sub-scans, sorting, on points of any
-// bits or of more likely ones.
+// Arithmetic on spectra: sums, resampling, merging of peaks, scan laws, sub-scans, sorting, on points with
+// any bits or with likely values.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -23,8 +23,7 @@ constexpr std::size_t kMostGridPoints = std::size_t{1} << 14;
 
 constexpr int kDense = 4;
 
-// Masses: any at all, a sampling of one of the laws, or less than one apart, which go with intensities of
-// either sign.
+// Masses: arbitrary, sampled by one of the laws, or less than one apart with intensities of either sign.
 double NextMassOf(Input& input, int law, double step, std::size_t i, double previous) {
   const double at = 10 + step * static_cast<double>(i);
   switch (law) {
@@ -79,7 +78,7 @@ bool AllBounded(const CZRMassSpectrum& spectrum) {
   return std::all_of(intensities.begin(), intensities.end(), isBounded);
 }
 
-// Merging by mass keeps the intensity of centroid spectra.
+// Merging by mass preserves the intensity of centroid spectra.
 void AddCentroids(const CZRMassSpectrum& source, CZRMassSpectrum target) {
   const auto points = source.UsablePoints() + target.UsablePoints();
   const int count = AddCentroidSpectra(true, 0, source, target, true);
@@ -154,8 +153,8 @@ bool HaveSamePoints(const CZRMassSpectrum& a, const CZRMassSpectrum& b) {
          AreSame(PointsOf(a).intensities, PointsOf(b).intensities);
 }
 
-// Pieces of both spectra in turn, some more than once, so that lists fall into and around the sum: together
-// they give the same as added one by one.
+// Pieces of both spectra in turn, some more than once, so lists fall into and around the sum: the result must
+// equal adding them one by one.
 void SumLists(Input& input, const CZRMassSpectrum& source, const CZRMassSpectrum& target) {
   const double width = input.Bool() ? std::abs(input.Value<double>()) : 0.01;
   if (!(width > 0)) return;
@@ -181,7 +180,7 @@ void SumLists(Input& input, const CZRMassSpectrum& source, const CZRMassSpectrum
   }
 }
 
-// A scan whose pieces all start with one mass is the sum of them.
+// A scan whose pieces all start with the same mass is their sum.
 void SumRepeats(Input& input, CZRMassSpectrum spectrum) {
   if (spectrum.UsablePoints() == 0) return;
   for (std::size_t i = 0; i < spectrum.UsablePoints(); i += 1 + input.Value<std::uint8_t>() % 64)
