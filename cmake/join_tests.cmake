@@ -1,5 +1,5 @@
-# Run by the build: writes the test files SOURCES (paths from ROOT, separated by colons) one behind the other into OUTPUT.
-# Each keeps its lines, its name in messages and its own unnamed namespace.
+# Run by the build: concatenates the test files SOURCES (paths from ROOT, separated by colons) into OUTPUT. Each keeps its
+# line numbers, its name in messages and its own unnamed namespace.
 set(text "")
 set(number 0)
 string(REPLACE ":" ";" sources "${SOURCES}")

@@ -1,4 +1,4 @@
-# Targets that every room of the house links: zrml_warnings for our own code, zrml_build for how numbers are made.
+# Targets that every room links: zrml_warnings for our own code, zrml_build for reproducible arithmetic.
 
 add_library(zrml_warnings INTERFACE)
 target_compile_options(zrml_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror)
@@ -6,8 +6,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # whose -Wconversion is wider
   target_compile_options(zrml_warnings INTERFACE -Wno-sign-conversion)
 endif()
 
-# No fused multiply-add and no fast-math: results are the same to the bit on every platform and at every optimisation.
-# Square roots are the processor's, not the C library's, whose NaN has another sign on each platform.
+# No fused multiply-add and no fast-math: results are the same to the bit on every platform and at every optimisation level.
+# Square roots come from the processor, not from the C library, whose NaN differs in sign between platforms.
 add_library(zrml_build INTERFACE)
 target_compile_options(zrml_build INTERFACE -ffp-contract=off -fno-math-errno)
 target_include_directories(zrml_build INTERFACE ${PROJECT_SOURCE_DIR})
@@ -17,8 +17,8 @@ if(WIN32)
   target_link_options(zrml_build INTERFACE -static)
 endif()
 
-# Hardened: what a damaged file might make of a mistake of ours ends in an abort. Sanitizers check the same and more. Off
-# Windows only: there the stack protector would bring a library of the compiler's with imports of its own.
+# Hardening: a bug that a damaged file exploits ends in an abort. Sanitizers check the same and more. Not on Windows: there
+# the stack protector would add a library of the compiler with its own imports.
 if(WIN32)
   target_link_options(zrml_build INTERFACE -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va)
 else()
@@ -31,7 +31,7 @@ else()
   endif()
 endif()
 
-if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # so that headers compiled beforehand are the same in each build
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # makes precompiled headers the same in each build
   add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
 endif()
 
@@ -40,15 +40,15 @@ if(ZRML_SANITIZE)
   add_link_options(-fsanitize=${ZRML_SANITIZE})
 endif()
 
-# What fuzzers watch: which of its branches run.
+# Coverage for the fuzzers: which branches run.
 add_library(zrml_watched INTERFACE)
 if(ZRML_FUZZ)
   target_compile_options(zrml_watched INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# zrml_join(RESULT SOURCES... [ALONE sources...]): with ZRML_JOIN, files that include SOURCES, about eight each, in their place:
-# the compiler reads common headers once. ALONE are those that have options of their own, names that others have too, or
-# functions that a program may replace. Paths are relative, so that two clones share a compiler cache.
+# zrml_join(RESULT SOURCES... [ALONE sources...]): with ZRML_JOIN, replaces SOURCES by files that include about eight of them
+# each, so the compiler reads common headers once. ALONE are those with their own options, with names that others also have,
+# or with functions that a program may replace. Paths are relative, so two clones can share a compiler cache.
 function(zrml_join result)
   cmake_parse_arguments(JOIN "" "" "SOURCES;ALONE" ${ARGN})
   if(NOT ZRML_JOIN OR NOT JOIN_SOURCES)

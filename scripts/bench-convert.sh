@@ -4,8 +4,8 @@
 #   encoding: arrays written uncompressed, against a plain Base64 encoding of the same arrays by coreutils
 #   threads:  arrays compressed, two threads against one
 #
-# Without PATH a long run is made of the scans of the sample. Times are the best of nine, on the clock and of the
-# processors; the clock tells nothing on a machine that is busy with something else.
+# Without PATH a long run is made from the scans of the sample. Times are the best of nine, elapsed and of the processors;
+# elapsed time means nothing on a busy machine.
 path=${1:+$(realpath -- "$1")}
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -19,7 +19,7 @@ if [ -z "$path" ]; then
   [ -d "$path" ] || build/linux/zrml-bench-source "$path"
 fi
 
-# best COMMAND...: the least seconds of nine runs, on the clock and of the processors.
+# best COMMAND...: the fewest seconds of nine runs, elapsed and of the processors.
 best() {
   /usr/bin/python3 - "$@" <<'PYTHON'
 import os, subprocess, sys, time

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# fuzz-coverage.sh: which lines of the plug-in and the source the fuzzers run, file by file: over the seeds, over what failed before and over
-# what fuzz.sh has found so far.
+# fuzz-coverage.sh: which lines of the plug-in and the source the fuzzers run, file by file: on the seeds, on past failures
+# and on what fuzz.sh has found so far.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" "${clang_packages[@]}"
@@ -20,7 +20,7 @@ for fuzzer in header_text host_types raw_directory raw_directory_source report r
   LLVM_PROFILE_FILE=$folder/$fuzzer.profraw quietly "coverage-$fuzzer" "$program" 0 "${inputs[@]}"
 done
 llvm-profdata merge -o "$folder/all.profdata" "$folder"/*.profraw
-# Of inline functions that differ between programs one is counted, of which it warns.
+# Inline functions that differ between programs are counted once, with a warning.
 llvm-cov report "${programs[@]:1}" -instr-profile="$folder/all.profdata" -show-region-summary=false -show-branch-summary=false \
   common masslynx openlynx spectrum plugin source 2>build/coverage-report.log |
   awk '$5 ~ /^[0-9]+$/ { printf "%-45s %5d lines %8s\n", $1, $5, $7 }'

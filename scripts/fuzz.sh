@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# fuzz.sh [SECONDS [FUZZER...]]: builds the fuzzers and runs each for SECONDS (15), two at a time, from its seeds and what
-# earlier runs have found. Failing inputs go to build/fuzz/failures.
+# fuzz.sh [SECONDS [FUZZER...]]: builds the fuzzers and runs each for SECONDS (15), two at a time, starting from its seeds and
+# what earlier runs found. Failing inputs go to build/fuzz/failures.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 seconds=${1:-15}
@@ -14,8 +14,8 @@ programs=build/linux-asan/fuzz
 quietly fuzz-seeds "$programs/zrml_fuzz_seeds" build/fuzz/seeds
 mkdir -p build/fuzz/failures
 
-# A slow input counts as a failure: 20 seconds under sanitizers are more than one of a release build. Fuzzers write nothing
-# but their own messages, whatever the code under test prints.
+# A slow input counts as a failure: 20 seconds under sanitizers are more than one second in a release build. Fuzzers show only
+# their own messages, whatever the code under test prints.
 fuzz() {  # FUZZER
   local name=$1 log=build/fuzz/$1.log inputs=(build/fuzz/seeds/"$1")
   mkdir -p "build/fuzz/corpus/$name"

@@ -3,7 +3,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 mkdir -p build
 
-# install PACKAGE...: installs the Debian packages that are missing, and says which. Needs no network when none is.
+# install PACKAGE...: installs missing Debian packages and names them. Needs no network when none is missing.
 install() {
   local missing=() package
   for package in "$@"; do
@@ -17,17 +17,17 @@ install() {
   quietly install "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-# What runs in the background is a process group of its own, and ends with the script, however that ends.
+# Each background command is a process group of its own and ends with the script, however that ends.
 running=()
 end_running() {
   local process alive
-  alive=" $(jobs -pr | tr '\n' ' ')"  # the number of one that has ended may be another's by now
+  alive=" $(jobs -pr | tr '\n' ' ')"  # the number of an ended process may be reused by now
   for process in "${running[@]}"; do
     [[ $alive != *" $process "* ]] || kill -TERM -- "-$process" 2>/dev/null || true
   done
   [ ${#running[@]} -eq 0 ] || wait "${running[@]}" 2>/dev/null || true
 }
-watch_signals() {  # also for functions that are started
+watch_signals() {  # also needed in functions that are started
   running=()
   trap end_running EXIT
   trap 'exit 130' INT
@@ -52,13 +52,13 @@ finish() {
   return $status
 }
 
-# run COMMAND...: runs it so that it ends with the script.
+# run COMMAND...: runs it and ends it with the script.
 run() {
   start "$@"
   finish $!
 }
 
-# quietly NAME COMMAND...: runs a command with its output in build/NAME.log, which is shown when it fails.
+# quietly NAME COMMAND...: runs a command with its output in build/NAME.log, shown when it fails.
 quietly() {
   local log=build/$1.log
   shift
@@ -69,7 +69,7 @@ quietly() {
   fi
 }
 
-# stage NAME COMMAND...: runs a command, and notes in build/times how long that took.
+# stage NAME COMMAND...: runs a command and records its time in build/times.
 stage() {
   local name=$1 began=$EPOCHREALTIME
   shift
@@ -88,8 +88,8 @@ build() {
 build_packages=(ccache g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest)
 clang_packages=(clang libclang-rt-14-dev llvm)
 windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64 "${clang_packages[@]}" lld)
-reader_packages=(topp python3 python3-pymzml)  # independent readers of what we write
+reader_packages=(topp python3 python3-pymzml)  # independent readers of our output
 
-# What was compiled once is taken from ccache, also in another clone.
+# ccache keeps compiled objects, also for other clones.
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1
 export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime

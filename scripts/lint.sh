@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# lint.sh [PATTERN]: holds the files of the product, or those whose names have PATTERN, to .clang-tidy. No function may call itself,
-# directly or through others of its file. A file that was right once is looked at again when it, a header or the rules have changed.
+# lint.sh [PATTERN]: checks the files of the product, or those whose names contain PATTERN, against .clang-tidy. No function
+# may call itself, directly or through others of its file. A clean file is checked again only when it, a header or the rules
+# change.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" "${clang_packages[@]}" clang-tidy
-# The sanitizers' build is of clang's own options, and joins files, which is quicker and shows more. Headers that it compiles
-# beforehand are left out: none need be there.
+# The sanitizer build has clang's own options and joins files, which is faster and finds more. Its precompiled headers are
+# left out: they need not exist.
 quietly lint-configure cmake --preset linux-asan
 mkdir -p build/lint
 sed -E 's/-Xclang (-include-pch|-include) -Xclang [^ ]+//g' build/linux-asan/compile_commands.json >build/lint/compile_commands.json

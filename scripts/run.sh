@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# run.sh [PATH]: installs what is missing, builds, shows an acquisition or a report and proves the plug-in on it: the one at
-# PATH, or a sample of either.
+# run.sh [PATH]: installs what is missing, builds, shows an acquisition or a report and checks the plug-in on it: the one at
+# PATH, or a sample of each kind.
 path=${1:+$(realpath -m -- "$1")}
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 

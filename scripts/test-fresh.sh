@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# test-fresh.sh [TEST-OPTION...]: makes an empty Debian 12 in a folder, clones the project into it and runs both commands of README
-# there, test.sh with TEST-OPTIONs: whether what they install is all they need. Downloads about 2 GB, takes half an hour or more,
-# and needs root and 8 GB of disk. What is not committed is not tested.
+# test-fresh.sh [TEST-OPTION...]: makes an empty Debian 12 in a folder, clones the project into it and runs both commands of
+# README there, test.sh with TEST-OPTIONs, to see that they install everything they need. Downloads about 2 GB, takes half an
+# hour or more, and needs root and 8 GB of disk. Only committed files are tested.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 [ "$(id -u)" -eq 0 ] || exec sudo --preserve-env "scripts/$(basename "$0")" "$@"
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# test.sh [--times] [--fuzz SECONDS]: installs what is missing, builds for Linux, for Linux under sanitizers and for Windows, and
-# runs every test on all three, the last under Wine. Then threads are watched, and each fuzzer runs for 15 seconds or for
-# SECONDS. Tests run while the next build is made. With --times, tells what each stage took. docs/testing.md
+# test.sh [--times] [--fuzz SECONDS]: installs what is missing, builds for Linux, for Linux under sanitizers and for Windows,
+# and runs every test on all three, the last under Wine. Then ThreadSanitizer checks the threads, and each fuzzer runs for 15
+# seconds or for SECONDS. Tests run during the next build. With --times, prints the time of each stage. docs/testing.md
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 times= fuzz_seconds=15
@@ -24,15 +24,15 @@ check_format() {
 }
 stage format quietly format check_format
 
-# A locale with a decimal comma, which must change no result.
+# A locale with a decimal comma, which must not change any result.
 if [ ! -d build/locale/de_DE.UTF-8 ]; then
   mkdir -p build/locale
   quietly locale localedef -i de_DE -f UTF-8 "$PWD/build/locale/de_DE.UTF-8"
 fi
 export LOCPATH=$PWD/build/locale
 
-# Wine's server and services stay until the end: a server that is about to leave turns the next program away. The first
-# program starts them, and they keep its output open.
+# Wine's server and services stay until the end: a server that is shutting down refuses the next program. The first program
+# starts them, and they keep its output open.
 wine_server() { WINEPREFIX=$PWD/build/wine-prefix timeout 60 wineserver "$1" >/dev/null 2>&1 || true; }
 start_wine() {
   watch_signals
@@ -42,7 +42,7 @@ start_wine() {
   quietly wine-start scripts/wine.sh cmd /c exit
 }
 
-# The builds, one after the other; each leaves a file that tells the tests of it.
+# The builds, one after the other; each leaves a file that the tests wait for.
 built=$(mktemp -d)
 trap 'end_running; wine_server --kill; rm -rf "$built"' EXIT
 build_all() {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # valgrind.sh [NAME-PATTERN]: the tests of the Linux build under valgrind's memcheck, all or those whose program's name matches.
-# Takes many minutes, so test.sh leaves it out. Tests that have their own operator new keep it: memcheck watches what that calls.
+# Takes many minutes, so test.sh leaves it out. Tests with their own operator new keep it: memcheck watches what it calls.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" valgrind
