@@ -1,5 +1,8 @@
 #include "masslynx/raw_directory.h"
 
+#include <algorithm>
+
+#include "common/text.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/function_types.h"
 #include "masslynx/history.h"
@@ -79,16 +82,22 @@ void RawDirectory::OpenData(std::size_t function) {
   reader_.Forget();
   data_ = OpenDataFile(folder_, functions_.at(function));
   dataOf_ = function;
+  states_[function].dataSize = std::max(states_[function].dataSize, data_.Size());
+}
+
+// What was there is not lost, as in a copy that broke off: somebody is at work on the file.
+void RawDirectory::NoticeShortRead(std::size_t function) {
+  const std::wstring name = FileNameOf(functions_[function], L"dat");
+  NoticeRefusal(data_, folder_, name, Spellings::kAsWrittenUpperLower, &refusal_);
+  if (refusal_.empty() && data_.Size() < states_[function].dataSize)
+    refusal_ = platform::ToNativePath(ToUpper(name)) + " has become shorter since it was opened";
 }
 
 std::optional<Bytes> RawDirectory::ReadScan(std::size_t function, const ScanRoom& room) {
   OpenData(function);
   std::optional<Bytes> bytes;
   if (data_.IsOpen()) bytes = reader_.Read(data_, room.offset, room.bytes);
-  if (!bytes || bytes->size() < room.bytes) {
-    NoticeRefusal(data_, folder_, FileNameOf(functions_[function], L"dat"), Spellings::kAsWrittenUpperLower,
-                  &refusal_);
-  }
+  if (!bytes || bytes->size() < room.bytes) NoticeShortRead(function);
   if (data_.IsRefused()) data_.Close();  // what it did not give may be there next time
   return bytes;
 }

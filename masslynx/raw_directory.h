@@ -63,12 +63,14 @@ class RawDirectory {
   // What is known about a function's files in addition to its record.
   struct FunctionState {
     bool isLoaded = false;
-    Findings findings;  // from the last attempt to load
+    std::uint64_t dataSize = 0;  // of the data file, the largest that was seen when it was opened
+    Findings findings;           // from the last attempt to load
   };
 
   RawDirectory() = default;
 
   void OpenData(std::size_t function);
+  void NoticeShortRead(std::size_t function);
 
   platform::SystemPath folder_;
   HeaderLines header_;

@@ -73,7 +73,7 @@ bool ReportStream::Fill() {
   do {
     ReadBlock();
   } while (size_ == kept && holdsBackCr_);
-  if (size_ == kept && !metCtrlZ_ && nextRead_ < file_.Size()) isRefused_ = true;
+  if (size_ == kept && !metCtrlZ_ && (nextRead_ < furthest_ || nextRead_ < file_.Size())) isRefused_ = true;
   return size_ > kept;
 }
 
@@ -85,6 +85,7 @@ void ReportStream::ReadBlock() {
   const std::size_t count =
       file_.ReadAt(nextRead_, std::as_writable_bytes(std::span(buffer_).subspan(size_)));
   nextRead_ += count;
+  if (count > 0) furthest_ = std::max(furthest_, nextRead_);
   size_ += count;
   if (mode_ == Mode::kText && count > 0) FoldText(from);
 }

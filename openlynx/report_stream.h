@@ -52,12 +52,14 @@ class ReportStream {
   /// when there is none. `start` has no line feed.
   bool Find(std::string_view start);
 
-  /// Whether the system has refused a read before the file's end.
+  /// Whether the system has refused to read on, short of the file's end or of an end that it had before.
   bool IsRefused() const { return isRefused_; }
   /// The same, and forgets the refusal.
   bool TakeRefusal() { return std::exchange(isRefused_, false); }
-  /// File::Refusal() of the last refusal.
-  std::string Refusal() const { return file_.Refusal(); }
+  /// What the last refusal was, as File::Refusal() puts it.
+  std::string Refusal() const {
+    return file_.IsRefused() ? file_.Refusal() : "has become shorter since it was opened";
+  }
 
   /// A digest of the bytes [from, end) of the file as they are now; other bytes give another one.
   std::uint64_t Digest(std::uint64_t from, std::uint64_t end);
@@ -77,6 +79,7 @@ class ReportStream {
   std::size_t at_ = 0;          // bytes already handed out
   std::uint64_t base_ = 0;      // position of the buffer's first byte
   std::uint64_t nextRead_ = 0;  // offset in the file of the next read
+  std::uint64_t furthest_ = 0;  // the end of all that has been read
   bool holdsBackCr_ = false;    // kText: a CR has been read, but not yet the byte after it
   bool metCtrlZ_ = false;       // kText
   bool isRefused_ = false;
