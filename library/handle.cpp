@@ -14,14 +14,16 @@ constexpr const char* kNoMemory = "out of memory";  // short enough for a string
 
 bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
-// One line, whatever names it has in it.
-void SetMessage(std::string& message, const char* text) noexcept {
+// `status`, with one line whatever names `text` has in it.
+zrml_status Told(zrml_status status, const char* text, std::string& message) noexcept {
   try {
     message = text;
-    std::replace_if(message.begin(), message.end(), IsControl, ' ');
   } catch (...) {
     message = kNoMemory;
+    return ZRML_NO_MEMORY;
   }
+  std::replace_if(message.begin(), message.end(), IsControl, ' ');
+  return status;
 }
 
 // Of this thread: room that needs no memory when there is none. Longer messages are cut.
@@ -45,23 +47,17 @@ zrml_status StatusOfException(std::string& message) noexcept {
   try {
     throw;
   } catch (const source::Error& error) {
-    SetMessage(message, error.what());
-    return static_cast<zrml_status>(error.GetStatus());
+    return Told(static_cast<zrml_status>(error.GetStatus()), error.what(), message);
   } catch (const source::Cancelled&) {
-    SetMessage(message, "cancelled");
-    return ZRML_CANCELLED;
+    return Told(ZRML_CANCELLED, "cancelled", message);
   } catch (const std::bad_alloc&) {
-    message = kNoMemory;
-    return ZRML_NO_MEMORY;
+    return Told(ZRML_NO_MEMORY, kNoMemory, message);
   } catch (const std::length_error&) {  // more than a list can have
-    message = kNoMemory;
-    return ZRML_NO_MEMORY;
+    return Told(ZRML_NO_MEMORY, kNoMemory, message);
   } catch (const std::exception& error) {
-    SetMessage(message, error.what());
-    return ZRML_UNREADABLE;
+    return Told(ZRML_UNREADABLE, error.what(), message);
   } catch (...) {
-    SetMessage(message, "unknown failure");
-    return ZRML_UNREADABLE;
+    return Told(ZRML_UNREADABLE, "unknown failure", message);
   }
 }
 

@@ -16,7 +16,7 @@ done
 began=$EPOCHREALTIME
 : >build/times
 
-stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" binutils clang-format clang-tidy locales
+stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" abigail-tools binutils clang-format clang-tidy locales
 
 check_format() {
   find bench common convert fuzz include library masslynx openlynx plugin source spectrum tests tools -name '*.cpp' -o -name '*.h' -o -name '*.inc' |
