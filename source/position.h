@@ -1,9 +1,12 @@
-// Positions that callers ask for.
+// What both formats do alike: positions that callers ask for, room for points, dates.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "source/error.h"
 
@@ -19,6 +22,14 @@ template <class Item>
 Item& At(std::span<Item> items, int position, const char* noun) {
   if (position < 0 || static_cast<std::size_t>(position) >= items.size()) ThrowNoSuch(position, noun);
   return items[static_cast<std::size_t>(position)];
+}
+
+/// A date and time without the zone that the interface of plug-ins gives each of them: no file has one. No
+/// value when nothing is left but what stands between empty parts.
+inline std::optional<std::string> LocalDateTime(std::string text, std::string_view nothing) {
+  constexpr std::string_view kZone = "+00:00";
+  if (text.ends_with(kZone)) text.resize(text.size() - kZone.size());
+  return text == nothing ? std::nullopt : std::optional(std::move(text));
 }
 
 /// Throws when points do not fit into the room for them.

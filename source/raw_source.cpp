@@ -145,14 +145,15 @@ void RawSource::List(std::size_t position) {
   function.file = platform::ToUtf8Path(directory_.DataFileName(position));
 }
 
-// Functions of one name are told apart by their numbers.
+// Functions of one name are told apart by their numbers, also from those that are lost or were not chosen: a
+// name is the same whatever else is read.
 void RawSource::NameFunctions() {
-  std::map<std::string_view, int> counts;
-  for (const Function& function : functions_) ++counts[function.name];
-  std::vector<bool> isShared;
-  for (const Function& function : functions_) isShared.push_back(counts[function.name] > 1);
-  for (std::size_t i = 0; i < functions_.size(); ++i) {
-    if (isShared[i]) functions_[i].name += ' ' + TextOf(functions_[i].id);
+  std::map<std::string, int> counts;
+  for (const FunctionRecord& record : directory_.Functions()) {
+    if (record.typeCode != masslynx::kDadType) ++counts[Utf8(masslynx::NameOf(record))];
+  }
+  for (Function& function : functions_) {
+    if (counts[function.name] > 1) function.name += ' ' + TextOf(function.id);
   }
 }
 
@@ -200,7 +201,7 @@ std::vector<MetadataItem> RawSource::SampleMetadata(int) {
   if (!metadata_.empty()) return metadata_;
   for (const masslynx::MetadataItem& item : masslynx::MetadataItems()) {
     std::string value = Utf8(masslynx::HeaderMetadata(item, directory_.Header().All()));
-    if (item.origin == Origin::kDateTime && value == Utf8(masslynx::AnalysisDateTime({}, {}))) value.clear();
+    if (item.origin == Origin::kDateTime) value = LocalDateTime(std::move(value), "-00-T").value_or("");
     if (item.origin == Origin::kFolder) value = platform::ToUtf8Path(directory_.Folder());
     if (item.origin == Origin::kProvider) value = Utf8(masslynx::kProviderName);
     metadata_.push_back({Utf8(item.key), value.empty() ? std::nullopt : std::optional(std::move(value))});

@@ -150,8 +150,12 @@ std::vector<MetadataItem> ReportSource::SampleMetadata(int sample) {
   if (metadataSample_ == sample) return metadata_;
   const auto values = Reading([&] { return report_.ReadItems(found, openlynx::kSampleItems); });
   metadata_ = {{"ProviderName", kProviderName}};
-  for (std::size_t i = 0; i < values.size(); ++i)
-    metadata_.push_back({std::string(openlynx::kSampleItems[i].name), Utf8(values[i])});
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const openlynx::SampleItem& item = openlynx::kSampleItems[i];
+    const bool isDateTime = !item.timeKey.empty();
+    metadata_.push_back(
+        {std::string(item.name), isDateTime ? LocalDateTime(Utf8(values[i]), "T") : Utf8(values[i])});
+  }
   metadataSample_ = sample;
   return metadata_;
 }

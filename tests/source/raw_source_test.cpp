@@ -172,8 +172,10 @@ class BesideTheSlots {
       std::wstring value;
       ASSERT_TRUE(server_.GetMetadataValue(0, 0, keys[i], value));
       EXPECT_EQ(items[i].key, Narrow(keys[i]));
-      const char* const end = items[i].key == "DatasetName" ? "\\" : "";  // of the slots alone
-      EXPECT_EQ(items[i].value.value_or("") + end, Narrow(value)) << items[i].key;
+      const bool isDateTime = items[i].key == "AnalysisDateTime";
+      // Of the slots alone: a separator, and a zone that no file has.
+      const char* const end = items[i].key == "DatasetName" ? "\\" : isDateTime ? "+00:00" : "";
+      EXPECT_EQ(items[i].value.value_or(isDateTime ? "-00-T" : "") + end, Narrow(value)) << items[i].key;
     }
   }
 
@@ -551,6 +553,15 @@ TEST(RawSource, FunctionNumbersStayWithTheFiles) {
   directory.Remove("_FUNC002.DAT");
   EXPECT_EQ(numbers(), (Texts{"1 _FUNC001.DAT", "3 _FUNC003.DAT"}));
   EXPECT_EQ(Open(directory)->Functions(0)[1].name, "TOF MS ES+ 3");
+}
+
+// Whatever else of the directory is read, or is still there.
+TEST(RawSource, FunctionNamesStayWithTheFiles) {
+  const TempDirectory directory = PlainDirectory(2).Build();
+  EXPECT_EQ(Open(directory, "_FUNC002.DAT")->Functions(0)[0].name, "TOF MS ES+ 2");
+  directory.Remove("_FUNC001.IDX");
+  directory.Remove("_FUNC001.DAT");
+  EXPECT_EQ(Open(directory)->Functions(0)[0].name, "TOF MS ES+ 2");
 }
 
 // Its scans are known, their points cannot be read.

@@ -46,7 +46,7 @@ Sample 1: Injection 1
     2 scans
 
   Metadata
-    AnalysisDateTime  2026-11-14T09:15:00+00:00
+    AnalysisDateTime  2026-11-14T09:15:00
     InstrumentName    SIM\u0085 2
     OperatorName      Zoë "Z"
     SampleName        -

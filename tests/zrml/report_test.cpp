@@ -49,7 +49,7 @@ Sample 1: VIAL_1
     ProviderName           ZROpenLynxRptProvider
     OperatorName           someone
     SampleName             -
-    AnalysisDateTime       1-Jan-2026T9:00+00:00
+    AnalysisDateTime       1-Jan-2026T9:00
     InstrumentDescription  -
     CompleteFunctionBlock  [FUNCTION]\r\n{\r\nDescription\tsurvey\r\nType\tMS\r\nIonMode\tES-\r\n[SP... (424 characters) (function 1)
                            [FUNCTION]\r\n{\r\nType\tSIM\r\nNote\tnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn... (223 characters) (function 3)
@@ -66,7 +66,7 @@ Sample 2: Sample 2
     ProviderName           ZROpenLynxRptProvider
     OperatorName           -
     SampleName             -
-    AnalysisDateTime       T+00:00
+    AnalysisDateTime       -
     InstrumentDescription  -
 
 Sample 3: Sample 3
@@ -77,7 +77,7 @@ Sample 3: Sample 3
     ProviderName           ZROpenLynxRptProvider
     OperatorName           -
     SampleName             -
-    AnalysisDateTime       T+00:00
+    AnalysisDateTime       -
     InstrumentDescription  -
 )");
 }
@@ -96,7 +96,7 @@ Sample 3: Sample 3
     ProviderName           ZROpenLynxRptProvider
     OperatorName           -
     SampleName             -
-    AnalysisDateTime       T+00:00
+    AnalysisDateTime       -
     InstrumentDescription  -
 )");
   ExpectFailure(Run({"info", path_, "--sample", "4"}), 2,

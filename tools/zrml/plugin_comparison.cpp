@@ -21,7 +21,8 @@ namespace {
 constexpr std::string_view kDateTime = "AnalysisDateTime";
 constexpr const char* kFolder = "DatasetName";
 constexpr std::string_view kIonMode = "IonizationMethod";
-constexpr const char* kNoDateTime = "-00-T+00:00";
+constexpr const char* kNoDateTime = "-00-T";
+constexpr const char* kNoReportDateTime = "T";
 
 struct ProviderRow {
   std::string_view guid;
@@ -300,17 +301,18 @@ class Comparer : Verdicts {
 
   void CompareName(const source::Function& function) {
     const bool isUnnamed = IsReport() && reportSlots_->IsUnnamed(of_.position);
-    CheckWanted(isUnnamed ? kWanted.unnamedFunction : kWanted.sharedName, "name",
-                Narrow(server_->GetFunctionName(of_.sample, of_.position)), function.name,
-                isUnnamed ? "Function " + std::to_string(of_.position + 1) : NameInList(function));
+    const std::string given = Narrow(server_->GetFunctionName(of_.sample, of_.position));
+    CheckWanted(isUnnamed ? kWanted.unnamedFunction : kWanted.sharedName, "name", given, function.name,
+                isUnnamed ? "Function " + std::to_string(of_.position + 1) : NameInList(function, given));
   }
 
-  // Counts only functions that are in the list.
-  std::string NameInList(const source::Function& own) const {
+  // Counts only functions that are in the list. One that shares its name with a lost function alone has no
+  // number there, but a name may end like one with a number.
+  std::string NameInList(const source::Function& own, const std::string& given) const {
     const std::string base = BaseName(own);
     if (IsReport() || base == own.name) return own.name;
     const NameUses& uses = uses_.at(base);
-    if (uses.all < 2) return own.name;
+    if (uses.all < 2) return given == base ? base : own.name;
     return uses.listed > 1 ? base + ' ' + std::to_string(of_.position + 1) : base;
   }
 
@@ -482,9 +484,21 @@ class Comparer : Verdicts {
         CheckWanted(kWanted.folderEnd, kFolder, Narrow(value), *items[i].value, *items[i].value + '\\');
         continue;
       }
-      Check("GetMetadataValue", items[i].key.c_str(), Narrow(value),
-            items[i].value.value_or(items[i].key == kDateTime ? kNoDateTime : ""));
+      if (items[i].key == kDateTime) {
+        const std::string own = items[i].value.value_or(IsReport() ? kNoReportDateTime : kNoDateTime);
+        CheckWanted(kWanted.dateZone, items[i].key.c_str(), Narrow(value), own, WithZone(own));
+        continue;
+      }
+      Check("GetMetadataValue", items[i].key.c_str(), Narrow(value), items[i].value.value_or(""));
     }
+  }
+
+  // Of a raw directory it has no more characters than the interface's buffer.
+  std::string WithZone(const std::string& dateTime) const {
+    constexpr std::size_t kMost = 79;
+    std::string text = dateTime + "+00:00";
+    if (!IsReport() && text.size() > kMost) text.resize(kMost);
+    return text;
   }
 
   struct NameUses {

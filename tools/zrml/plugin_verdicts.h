@@ -63,6 +63,7 @@ struct AllWanted {
   Wanted absorbanceScan = {"GetAbsorbanceSpectrum", "scan numbers count from 0"};
   Wanted noMetadata = {"GetMetadataKeys", "a sample without functions has no items"};
   Wanted noMetadataValue = {"GetMetadataValue", "an item without a value is a text that tells nothing"};
+  Wanted dateZone = {"GetMetadataValue", "a time of analysis ends with the zone +00:00"};
   Wanted folderEnd = {"GetMetadataValue", "the folder of raw data ends with a backslash"};
 };
 inline constexpr AllWanted kWanted = {};
