@@ -75,6 +75,9 @@ class Report {
   SpectrumHead ReadSpectrumHead(std::uint64_t position) {
     return openlynx::ReadSpectrumHead(stream_, position);
   }
+  std::wstring ReadProcess(std::uint64_t position, const SpectrumHead& spectrum) {
+    return openlynx::ReadProcess(stream_, position, spectrum);
+  }
   std::size_t CountLines(const SpectrumHead& spectrum) { return CountSpectrumLines(stream_, spectrum); }
   Points ReadPoints(const SpectrumHead& spectrum) { return ReadSpectrumPoints(stream_, spectrum); }
   ScanSeries ReadSeries(std::span<const std::uint64_t> spectra, double missing) {

@@ -33,6 +33,7 @@ inline constexpr std::string_view kFileNameKey = "FileName";          // sample
 inline constexpr std::string_view kInstrumentKey = "Instrument";      // sample
 inline constexpr std::string_view kIonModeKey = "IonMode";            // function
 inline constexpr std::string_view kMaxIntensityKey = "MaxIntensity";  // chromatogram
+inline constexpr std::string_view kProcessKey = "Process";            // spectrum: what it was made by
 inline constexpr std::string_view kSampleIdKey = "SampleID";          // sample
 inline constexpr std::string_view kTicKey = "TIC";                    // spectrum: total ion current
 inline constexpr std::string_view kTimeKey = "Time";                  // sample, spectrum

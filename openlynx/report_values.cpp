@@ -103,6 +103,15 @@ SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
           list};
 }
 
+std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {
+  BlockWalk walk(stream, position);
+  std::string_view line;
+  while (walk.Next(line) && walk.Position() < spectrum.list.value_or(kNoLimit)) {
+    if (line.starts_with(kProcessKey)) return platform::FromCodePage(ValueOf(line, kProcessKey));
+  }
+  return {};
+}
+
 std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum) {
   std::size_t count = 0;
   if (spectrum.list) ForEachDataLine(stream, *spectrum.list, [&](std::string_view) { ++count; });

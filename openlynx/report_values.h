@@ -79,6 +79,9 @@ struct SpectrumHead {
 /// Reads the block in one pass, which ends as soon as everything is found.
 SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position);
 
+/// What a spectrum was made by: the value of its key ahead of its points, "Combine (5:9-1:3)".
+std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum);
+
 /// How many points ReadSpectrumPoints gives at most: counts lines, without reading their numbers.
 std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum);
 

@@ -195,7 +195,7 @@ const ReportSource::KnownSpectrum& ReportSource::SpectrumOf(std::uint64_t positi
   if (spectrum_ && spectrum_->position == position) return *spectrum_;
   return spectrum_.emplace(Reading([&] {
     const openlynx::SpectrumHead head = report_.ReadSpectrumHead(position);
-    return KnownSpectrum{position, head, report_.CountLines(head)};
+    return KnownSpectrum{position, head, report_.CountLines(head), report_.ReadProcess(position, head)};
   }));
 }
 
@@ -207,6 +207,7 @@ Scan ReportSource::ScanAt(int sample, int function, int scan) {
   result.points = static_cast<std::uint32_t>(spectrum.room);
   result.basePeakIntensity = spectrum.head.basePeak;
   result.totalIntensity = spectrum.head.totalIons;
+  result.process = Utf8(spectrum.process);
   return result;
 }
 

@@ -60,6 +60,7 @@ class ReportSource final : public Source {
     std::uint64_t position = 0;
     openlynx::SpectrumHead head;
     std::size_t room = 0;
+    std::wstring process = {};
   };
 
   std::span<openlynx::Sample> Samples();

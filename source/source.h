@@ -75,6 +75,7 @@ struct Scan {
   std::optional<double> precursorMz;        ///< of functions with precursors
   bool isPrecursorOfMethod = false;         ///< the method's set mass: no statistics tell the scan's own
   std::optional<double> scanValue;          ///< the scan's additional value (cone voltage and the like)
+  std::string process = {};                 ///< what it was made by, in a report's words
 };
 
 /// How many points a read has given, and how many more the index declares that the file does not hold.
