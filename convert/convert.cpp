@@ -61,7 +61,8 @@ class Conversion {
     ThrowIfCancelled(hooks_.cancel);
     CheckUnchanged();
     out_.Finish();
-    return {plan_.entries.size(), document->ChromatogramCount(), std::move(notes_), losses_.List()};
+    return {plan_.entries.size(), document->ChromatogramCount(), plan_.absorbance, std::move(notes_),
+            losses_.List()};
   }
 
  private:

@@ -41,6 +41,7 @@ struct Note {
 struct Result {
   std::size_t spectra = 0;
   std::size_t chromatograms = 0;
+  Absorbance absorbance = Absorbance::kNone;
   std::vector<Note> notes = {};
   std::vector<Loss> losses = {};
 };

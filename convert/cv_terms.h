@@ -20,7 +20,6 @@ inline constexpr CvTerm kMzUnit = {"MS:1000040", "m/z"};
 inline constexpr CvTerm kDetectorCounts = {"MS:1000131", "number of detector counts"};
 inline constexpr CvTerm kMinute = {"UO:0000031", "minute"};
 inline constexpr CvTerm kNanometer = {"UO:0000018", "nanometer"};
-inline constexpr CvTerm kAbsorbanceUnit = {"UO:0000269", "absorbance unit"};
 
 // Files and software.
 inline constexpr CvTerm kWatersRawFormat = {"MS:1000526", "Waters raw format"};
@@ -53,6 +52,7 @@ inline constexpr CvTerm kHighestMz = {"MS:1000527", "highest observed m/z"};
 inline constexpr CvTerm kLowestWavelength = {"MS:1000619", "lowest observed wavelength"};
 inline constexpr CvTerm kHighestWavelength = {"MS:1000618", "highest observed wavelength"};
 inline constexpr CvTerm kSpectrumTitle = {"MS:1000796", "spectrum title"};
+inline constexpr CvTerm kSumOfSpectra = {"MS:1000571", "sum of spectra"};
 inline constexpr CvTerm kNoCombination = {"MS:1000795", "no combination"};
 inline constexpr CvTerm kScanStartTime = {"MS:1000016", "scan start time"};
 inline constexpr CvTerm kPresetScan = {"MS:1000616", "preset scan configuration"};
@@ -65,6 +65,9 @@ inline constexpr CvTerm kDissociation = {"MS:1000044", "dissociation method"};
 // Chromatograms.
 inline constexpr CvTerm kTicChromatogram = {"MS:1000235", "total ion current chromatogram"};
 inline constexpr CvTerm kIonCurrentChromatogram = {"MS:1000810", "ion current chromatogram"};
+inline constexpr CvTerm kBasePeakChromatogram = {"MS:1000628", "basepeak chromatogram"};
+inline constexpr CvTerm kSimChromatogram = {"MS:1001472", "selected ion monitoring chromatogram"};
+inline constexpr CvTerm kSrmChromatogram = {"MS:1001473", "selected reaction monitoring chromatogram"};
 inline constexpr CvTerm kAbsorptionChromatogram = {"MS:1000812", "absorption chromatogram"};
 inline constexpr CvTerm kPressureChromatogram = {"MS:1003019", "pressure chromatogram"};
 inline constexpr CvTerm kFlowChromatogram = {"MS:1003020", "flow rate chromatogram"};

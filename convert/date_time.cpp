@@ -8,8 +8,6 @@
 namespace zrml::convert {
 namespace {
 
-constexpr std::string_view kZone = "+00:00";
-
 std::string Padded(int number, std::size_t width) {
   std::string digits = std::to_string(number);
   return digits.size() < width ? digits.insert(0, width - digits.size(), '0') : digits;
@@ -79,14 +77,12 @@ std::optional<std::string> XmlTime(std::string_view text) {
 }  // namespace
 
 std::optional<std::string> XmlDateTime(std::string_view text) {
-  if (!text.ends_with(kZone)) return std::nullopt;
-  text.remove_suffix(kZone.size());
   const std::size_t separator = text.rfind('T');  // a month's name may have one, too
   if (separator == text.npos) return std::nullopt;
   const std::optional<std::string> date = XmlDate(text.substr(0, separator));
   const std::optional<std::string> time = XmlTime(text.substr(separator + 1));
   if (!date || !time) return std::nullopt;
-  return *date + 'T' + *time + std::string(kZone);
+  return *date + 'T' + *time;
 }
 
 }  // namespace zrml::convert

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -29,5 +30,9 @@ class Deflater {
   std::unique_ptr<State> state_;
   std::vector<std::byte> buffer_;
 };
+
+/// What `stream` holds, one gzip stream and nothing else that has `size` bytes without compression; no value
+/// when it is none. Throws std::bad_alloc.
+std::optional<std::vector<std::byte>> InflateGzip(std::span<const std::byte> stream, std::size_t size);
 
 }  // namespace zrml::convert

@@ -37,4 +37,16 @@ std::span<const std::byte> Deflater::Compress(std::span<const std::byte> bytes) 
   return {buffer_.data(), size};
 }
 
+std::optional<std::vector<std::byte>> InflateGzip(std::span<const std::byte> stream, std::size_t size) {
+  const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> decompressor(
+      libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+  if (!decompressor) throw std::bad_alloc();
+  std::vector<std::byte> bytes(size);
+  std::size_t read = 0;
+  const libdeflate_result result = libdeflate_gzip_decompress_ex(
+      decompressor.get(), stream.data(), stream.size(), bytes.data(), size, &read, nullptr);
+  return result == LIBDEFLATE_SUCCESS && read == stream.size() ? std::optional(std::move(bytes))
+                                                               : std::nullopt;
+}
+
 }  // namespace zrml::convert

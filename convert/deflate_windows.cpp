@@ -58,4 +58,19 @@ std::span<const std::byte> Deflater::Compress(std::span<const std::byte> bytes) 
   return {buffer_.data(), written};
 }
 
+std::optional<std::vector<std::byte>> InflateGzip(std::span<const std::byte> stream, std::size_t size) {
+  z_stream inflater{};
+  if (inflateInit2(&inflater, kWindowBits + kGzip) != Z_OK) throw std::bad_alloc();
+  std::vector<std::byte> bytes(size + 1);  // room, also for nothing
+  inflater.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(stream.data()));
+  inflater.avail_in = Piece(stream.size());
+  inflater.next_out = reinterpret_cast<Bytef*>(bytes.data());
+  inflater.avail_out = Piece(bytes.size());
+  const bool isWhole =
+      inflate(&inflater, Z_FINISH) == Z_STREAM_END && inflater.avail_in == 0 && inflater.total_out == size;
+  inflateEnd(&inflater);
+  bytes.resize(size);
+  return isWhole ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
 }  // namespace zrml::convert

@@ -9,6 +9,7 @@ namespace zrml::convert {
 
 enum class ErrorKind {
   kNothingSelected,  // there are scans, but none is asked for
+  kProfile,          // spectra that the format is not for
   kTargetExists,
   kTargetUnwritable,
   kSourceChanged,     // while it was converted

@@ -3,9 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <span>
+#include <utility>
 
+#include "common/number_text.h"
 #include "common/text.h"
+#include "convert/channels.h"
 #include "convert/mzml_params.h"
+#include "convert/total_ions.h"
 #include "convert/xml.h"
 
 namespace zrml::convert {
@@ -13,34 +18,44 @@ namespace {
 
 struct TraceWord {
   std::string_view word;
-  bool isWhole;  // not inside another word
   const CvTerm& term;
 };
 
-// What names of traces say; the first that fits counts.
-constexpr TraceWord kTraceWords[] = {
-    {"pressure", false, cv::kPressureChromatogram}, {"flow", false, cv::kFlowChromatogram},
-    {"absorb", false, cv::kAbsorptionChromatogram}, {"absorption", false, cv::kAbsorptionChromatogram},
-    {"uv", true, cv::kAbsorptionChromatogram},      {"tuv", true, cv::kAbsorptionChromatogram},
-    {"pda", true, cv::kAbsorptionChromatogram},     {"dad", true, cv::kAbsorptionChromatogram},
+// What names of a sample's traces say, in whole words; the first that fits counts.
+constexpr TraceWord kSampleWords[] = {
+    {"pressure", cv::kPressureChromatogram},     {"flow", cv::kFlowChromatogram},
+    {"absorbance", cv::kAbsorptionChromatogram}, {"absorption", cv::kAbsorptionChromatogram},
+    {"uv", cv::kAbsorptionChromatogram},         {"tuv", cv::kAbsorptionChromatogram},
+    {"pda", cv::kAbsorptionChromatogram},        {"dad", cv::kAbsorptionChromatogram},
+    {"nm", cv::kAbsorptionChromatogram},
+};
+
+// And those of a function with scans of masses.
+constexpr TraceWord kMassWords[] = {
+    {"tic", cv::kTicChromatogram},
+    {"bpi", cv::kBasePeakChromatogram},
+    {"bpc", cv::kBasePeakChromatogram},
 };
 
 bool IsLetter(char c) { return c >= 'a' && c <= 'z'; }
 
-bool HasWord(std::string_view lowerName, const TraceWord& word) {
-  for (std::size_t at = lowerName.find(word.word); at != std::string_view::npos;
-       at = lowerName.find(word.word, at + 1)) {
-    const std::size_t end = at + word.word.size();
+bool HasWord(std::string_view lowerName, std::string_view word) {
+  for (std::size_t at = lowerName.find(word); at != std::string_view::npos;
+       at = lowerName.find(word, at + 1)) {
+    const std::size_t end = at + word.size();
     const bool isInside =
         (at > 0 && IsLetter(lowerName[at - 1])) || (end < lowerName.size() && IsLetter(lowerName[end]));
-    if (!word.isWhole || !isInside) return true;
+    if (!isInside) return true;
   }
   return false;
 }
 
-// Intensities must have one of a few units; traces of which none is known take the plainest.
-const CvTerm* UnitOf(const CvTerm& type) {
-  return &type == &cv::kAbsorptionChromatogram ? &cv::kAbsorbanceUnit : &cv::kDetectorCounts;
+const CvTerm& TermIn(std::span<const TraceWord> words, std::string_view name) {
+  const std::string lower = ToLower(name);
+  for (const TraceWord& word : words) {
+    if (HasWord(lower, word.word)) return word.term;
+  }
+  return cv::kIonCurrentChromatogram;
 }
 
 std::string TraceId(const std::string& owner, const source::Trace& trace) {
@@ -68,69 +83,109 @@ auto TryRead(Call call) -> std::optional<decltype(call())> {
   }
 }
 
+std::string OwnerText(const RunFunction& function) { return "function " + TextOf(function.info.id) + " "; }
+
+// What the files tell of the scans that are wanted.
+source::Chromatogram ReadTotal(source::Source& source, const RunPlan& plan, const RunFunction& function,
+                               Losses& losses) {
+  const auto total = TryRead([&] { return source.TotalIons(plan.sample, function.position); });
+  const std::vector<double> minutes = total ? total->minutes : source.Minutes(plan.sample, function.position);
+  source::Chromatogram known;
+  for (std::size_t i = 0; i < minutes.size(); ++i) {
+    const int scan = static_cast<int>(i);
+    if (!plan.selection.Has(scan, minutes[i])) continue;
+    if (!total || i >= total->intensities.size()) {
+      losses.Add(Loss::Kind::kTotal, function.info.id, scan + 1);
+    } else if (!std::isnan(total->intensities[i])) {
+      known.minutes.push_back(minutes[i]);
+      known.intensities.push_back(total->intensities[i]);
+    }
+  }
+  return known;
+}
+
+// An ion is what the only quadrupole lets pass. Of a reaction the files tell one m/z, but not whether it is
+// the precursor's or the product's.
+void AppendChannel(std::string& out, const RunChromatogram& chromatogram) {
+  const bool isReaction = chromatogram.type == &cv::kSrmChromatogram;
+  if (!chromatogram.functionName.empty()) AppendUserParam(out, "function name", chromatogram.functionName);
+  if (!std::isfinite(*chromatogram.channel)) return;
+  if (isReaction) return AppendUserParam(out, "channel m/z", Number(*chromatogram.channel));
+  out += "<precursor>\n<isolationWindow>\n";
+  AppendCvNumber(out, cv::kIsolationTarget, *chromatogram.channel, &cv::kMzUnit);
+  out += "</isolationWindow>\n<activation/>\n</precursor>\n";
+}
+
 }  // namespace
 
-bool HasTotalIonCurrent(const RunPlan& plan) {
-  return std::any_of(plan.entries.begin(), plan.entries.end(),
-                     [&](const RunEntry& entry) { return !plan.FunctionOf(entry).isAbsorbance; });
+std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& plan, Losses& losses) {
+  std::vector<RunChromatogram> totals;
+  source::Chromatogram whole;
+  TotalIonFunctions surveys;
+  for (const RunFunction& function : plan.functions) {
+    if (function.isAbsorbance) continue;
+    const source::Chromatogram own = ReadTotal(source, plan, function, losses);
+    if (surveys.Take(function.info)) Append(whole, own);
+    if (own.minutes.empty()) continue;
+    totals.push_back({OwnerText(function) + "TIC", &cv::kTicChromatogram, own.minutes, own.intensities});
+  }
+  if (whole.minutes.empty()) return totals;
+  SortByTime(whole);
+  totals.insert(totals.begin(), {"TIC", &cv::kTicChromatogram, whole.minutes, whole.intensities});
+  return totals;
 }
 
 std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses) {
   std::vector<RunChromatogram> chromatograms;
-  const auto add = [&](const std::string& owner, const source::FunctionId& function, int position,
-                       const source::Trace& trace, const std::optional<source::Chromatogram>& points) {
-    if (!points) return losses.Add(Loss::Kind::kTrace, function, position + 1);
+  const auto add = [&](const RunFunction* owner, int position, const source::Trace& trace, auto read) {
+    const source::FunctionId id = owner != nullptr ? owner->info.id : source::FunctionId();
+    const auto points = TryRead(read);
+    if (!points) return losses.Add(Loss::Kind::kTrace, id, position + 1);
     RunChromatogram& added = chromatograms.emplace_back();
-    added.id = TraceId(owner, trace);
-    added.type = &TraceType(trace.name);
+    added.id = TraceId(owner != nullptr ? OwnerText(*owner) : "", trace);
+    added.type = &TraceType(trace.name, owner != nullptr ? &owner->info : nullptr);
     TakePoints(*points, plan.selection, added);
   };
   int position = 0;
   for (const source::Trace& trace : source.Traces(plan.sample)) {
-    const auto points = TryRead([&] { return source.ReadTrace(plan.sample, position); });
-    add("", {}, position++, trace, points);
+    add(nullptr, position, trace, [&] { return source.ReadTrace(plan.sample, position); });
+    ++position;
   }
   for (const RunFunction& function : plan.functions) {
     if (function.isAbsorbance) continue;
     position = 0;
     for (const source::Trace& trace : source.FunctionTraces(plan.sample, function.position)) {
-      const auto points =
-          TryRead([&] { return source.ReadFunctionTrace(plan.sample, function.position, position); });
-      add("function " + TextOf(function.info.id) + " ", function.info.id, position++, trace, points);
+      add(&function, position, trace,
+          [&] { return source.ReadFunctionTrace(plan.sample, function.position, position); });
+      ++position;
     }
   }
   return chromatograms;
 }
 
-RunChromatogram ReadTotalIonCurrent(source::Source& source, const RunPlan& plan, Losses& losses) {
-  std::vector<std::optional<source::Chromatogram>> ofFunctions(plan.functions.size());
-  for (std::size_t i = 0; i < plan.functions.size(); ++i) {
-    const RunFunction& function = plan.functions[i];
-    if (function.isAbsorbance) continue;
-    ofFunctions[i] = TryRead([&] { return source.TotalIons(plan.sample, function.position); });
-  }
-  RunChromatogram total = {"TIC", &cv::kTicChromatogram};
-  for (const RunEntry& entry : plan.entries) {
-    const RunFunction& function = plan.FunctionOf(entry);
-    if (function.isAbsorbance) continue;
-    const auto& chromatogram = ofFunctions[static_cast<std::size_t>(entry.function)];
-    const auto scan = static_cast<std::size_t>(entry.scan);
-    if (!chromatogram || scan >= chromatogram->intensities.size()) {
-      losses.Add(Loss::Kind::kTotal, function.info.id, entry.scan + 1);
-    } else if (const double intensity = chromatogram->intensities[scan]; !std::isnan(intensity)) {
-      total.minutes.push_back(entry.minutes);
-      total.intensities.push_back(intensity);
-    }
-  }
-  return total;
+const CvTerm& ChannelType(const source::Function& function) {
+  return function.monitoring == source::Monitoring::kReactions ? cv::kSrmChromatogram : cv::kSimChromatogram;
 }
 
-const CvTerm& TraceType(std::string_view name) {
-  const std::string lower = ToLower(name);
-  for (const TraceWord& word : kTraceWords) {
-    if (HasWord(lower, word)) return word.term;
+std::vector<RunChromatogram> ReadChannelChromatograms(source::Source& source, const RunPlan& plan,
+                                                      std::int32_t function, Losses& losses) {
+  const RunFunction& own = plan.functions[static_cast<std::size_t>(function)];
+  std::vector<RunChromatogram> chromatograms;
+  for (source::Chromatogram& points : ReadChannels(source, plan, function, losses)) {
+    const std::size_t channel = chromatograms.size();
+    const double mz = own.channels[channel];
+    chromatograms.push_back(
+        {OwnerText(own) + "channel " + std::to_string(channel + 1) + ": " + ShortNumber(mz),
+         &ChannelType(own.info), std::move(points.minutes), std::move(points.intensities), own.info.name,
+         mz});
   }
-  return cv::kIonCurrentChromatogram;
+  return chromatograms;
+}
+
+const CvTerm& TraceType(std::string_view name, const source::Function* function) {
+  using Kind = source::FunctionKind;
+  if (function == nullptr || function->kind == Kind::kOther) return TermIn(kSampleWords, name);
+  return function->kind == Kind::kAbsorbance ? cv::kAbsorptionChromatogram : TermIn(kMassWords, name);
 }
 
 void AppendChromatogram(std::string& out, std::size_t index, const RunChromatogram& chromatogram,
@@ -141,9 +196,11 @@ void AppendChromatogram(std::string& out, std::size_t index, const RunChromatogr
   AppendAttribute(out, "defaultArrayLength", chromatogram.minutes.size());
   out += ">\n";
   AppendCvParam(out, *chromatogram.type);
+  if (chromatogram.channel) AppendChannel(out, chromatogram);
   out += "<binaryDataArrayList count=\"2\">\n";
   arrays.Append(out, {cv::kTimeArray, &cv::kMinute, options.times}, chromatogram.minutes);
-  arrays.Append(out, {cv::kIntensityArray, UnitOf(*chromatogram.type), options.intensities},
+  // Readers insist on one of a few units, and no file has one: the plainest.
+  arrays.Append(out, {cv::kIntensityArray, &cv::kDetectorCounts, options.intensities},
                 chromatogram.intensities);
   out += "</binaryDataArrayList>\n</chromatogram>\n";
 }

@@ -1,6 +1,9 @@
-// The chromatograms of a run in mzML: total ion current, the sample's traces, the traces of its functions.
+// The chromatograms of a run in mzML: total ion currents, channels of ion monitoring, traces of the sample
+// and of its functions.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,22 +19,28 @@ struct RunChromatogram {
   const CvTerm* type = nullptr;
   std::vector<double> minutes = {};
   std::vector<double> intensities = {};
+  std::string functionName = {};       // of a channel
+  std::optional<double> channel = {};  // its m/z
 };
 
-/// Whether there are mass spectra, and so a total ion current.
-bool HasTotalIonCurrent(const RunPlan& plan);
+/// The sample's total ion current (total_ions.h), then that of each function with scans of masses: at each of
+/// the scans that are wanted what the files tell. None is left where they tell nothing. What cannot be read
+/// is left out once the losses know of it.
+std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& plan, Losses& losses);
 
 /// The traces of the sample, then those of the functions that are converted. Those that cannot be read are
 /// left out once the losses know of them.
 std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses);
 
-/// One point for each mass spectrum that is written, in their order: what its function's own total ion
-/// chromatogram has for it. Left out once the losses know of it when that cannot be read, and where no file
-/// tells it.
-RunChromatogram ReadTotalIonCurrent(source::Source& source, const RunPlan& plan, Losses& losses);
+/// Selected ion monitoring, or reaction monitoring.
+const CvTerm& ChannelType(const source::Function& function);
 
-/// The term for a trace that is called `name`.
-const CvTerm& TraceType(std::string_view name);
+/// Of each channel of a function, the index of one in the plan.
+std::vector<RunChromatogram> ReadChannelChromatograms(source::Source& source, const RunPlan& plan,
+                                                      std::int32_t function, Losses& losses);
+
+/// The term for a trace that is called `name`, of a function or (null) of the sample.
+const CvTerm& TraceType(std::string_view name, const source::Function* function);
 
 void AppendChromatogram(std::string& out, std::size_t index, const RunChromatogram& chromatogram,
                         const ArrayOptions& options, ArrayWriter& arrays);

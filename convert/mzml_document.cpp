@@ -53,9 +53,9 @@ class MzmlDocument : public Document {
       : context_(context),
         plan_(context.plan),
         out_(out),
-        hasTotal_(HasTotalIonCurrent(plan_)),
+        totals_(ReadTotals(context.source, plan_, context.losses)),
         traces_(ReadTraces(context.source, plan_, context.losses)),
-        isIndexed_(context.isIndexed && !(plan_.entries.empty() && traces_.empty())) {
+        isIndexed_(context.isIndexed && !(plan_.entries.empty() && ChromatogramCount() == 0)) {
     if (isIndexed_) hash_.emplace();
   }
 
@@ -89,7 +89,7 @@ class MzmlDocument : public Document {
     if (isIndexed_) EmitIndex();
   }
 
-  std::size_t ChromatogramCount() const override { return traces_.size() + (hasTotal_ ? 1 : 0); }
+  std::size_t ChromatogramCount() const override { return totals_.size() + ChannelCount() + traces_.size(); }
 
  private:
   void Emit(std::string_view text) {
@@ -101,11 +101,14 @@ class MzmlDocument : public Document {
   void AppendFileDescription(std::string& text) const {
     text += "<fileDescription>\n<fileContent>\n";
     std::vector<const CvTerm*> terms;
-    for (const RunEntry& entry : plan_.entries) {
-      const CvTerm* const term = &SpectrumType(plan_.FunctionOf(entry));
-      if (std::find(terms.begin(), terms.end(), term) == terms.end()) terms.push_back(term);
+    const auto add = [&](const CvTerm& term) {
+      if (std::find(terms.begin(), terms.end(), &term) == terms.end()) terms.push_back(&term);
+    };
+    for (const RunEntry& entry : plan_.entries) add(SpectrumType(plan_.FunctionOf(entry)));
+    if (!totals_.empty()) add(cv::kTicChromatogram);
+    for (const RunFunction& function : plan_.functions) {
+      if (!function.channels.empty()) add(ChannelType(function.info));
     }
-    if (hasTotal_) terms.push_back(&cv::kTicChromatogram);
     if (terms.empty()) terms.push_back(&cv::kMassSpectrum);  // a term is asked for, whatever there is
     for (const CvTerm* const term : terms) AppendCvParam(text, *term);
     text += "</fileContent>\n";
@@ -179,16 +182,28 @@ class MzmlDocument : public Document {
     text += " defaultDataProcessingRef=\"conversion\">\n";
     Emit(text);
     ArrayWriter arrays(context_.arrays.isCompressed);
-    if (hasTotal_) EmitChromatogram(ReadTotalIonCurrent(context_.source, plan_, context_.losses), arrays);
-    for (const RunChromatogram& trace : traces_) EmitChromatogram(trace, arrays);
+    EmitAll(totals_, arrays);
+    for (std::int32_t i = 0; i < static_cast<std::int32_t>(plan_.functions.size()); ++i) {
+      if (plan_.functions[static_cast<std::size_t>(i)].channels.empty()) continue;
+      EmitAll(ReadChannelChromatograms(context_.source, plan_, i, context_.losses), arrays);
+    }
+    EmitAll(traces_, arrays);
     Emit("</chromatogramList>\n");
   }
 
-  void EmitChromatogram(const RunChromatogram& chromatogram, ArrayWriter& arrays) {
-    std::string text;
-    AppendChromatogram(text, chromatograms_.size(), chromatogram, context_.arrays, arrays);
-    chromatograms_.push_back({XmlText(chromatogram.id), position_});
-    Emit(text);
+  void EmitAll(const std::vector<RunChromatogram>& chromatograms, ArrayWriter& arrays) {
+    for (const RunChromatogram& chromatogram : chromatograms) {
+      std::string text;
+      AppendChromatogram(text, chromatograms_.size(), chromatogram, context_.arrays, arrays);
+      chromatograms_.push_back({XmlText(chromatogram.id), position_});
+      Emit(text);
+    }
+  }
+
+  std::size_t ChannelCount() const {
+    std::size_t count = 0;
+    for (const RunFunction& function : plan_.functions) count += function.channels.size();
+    return count;
   }
 
   void EmitOffset(const std::string& id, std::uint64_t offset) {
@@ -232,7 +247,7 @@ class MzmlDocument : public Document {
   const RunContext& context_;
   const RunPlan& plan_;
   ByteSink& out_;
-  bool hasTotal_;
+  std::vector<RunChromatogram> totals_;
   std::vector<RunChromatogram> traces_;
   bool isIndexed_;
   std::optional<Sha1> hash_;  // while there is an index to come

@@ -5,6 +5,7 @@
 #include <immintrin.h>
 #include <limits>
 
+#include "common/text.h"
 #include "convert/mzml_params.h"
 #include "convert/spectrum_reader.h"
 #include "convert/writer.h"
@@ -64,9 +65,18 @@ void AppendScanWindow(std::string& out, const std::optional<source::Range>& rang
   out += "</scanWindow>\n</scanWindowList>\n";
 }
 
-void AppendScan(std::string& out, const source::Function& function, double minutes) {
+// A report says how its spectra were made. Those that were combined are no longer of one scan; whether they
+// were added up or averaged it does not say, and of the terms the sum is the nearest.
+void AppendCombination(std::string& out, const std::string& process) {
+  const bool isCombined = ToLower(process).find("combine") != std::string::npos;
+  AppendCvParam(out, isCombined ? cv::kSumOfSpectra : cv::kNoCombination);
+  if (!process.empty()) AppendUserParam(out, "process", process);
+}
+
+void AppendScan(std::string& out, const source::Function& function, double minutes,
+                const std::string& process) {
   out += "<scanList count=\"1\">\n";
-  AppendCvParam(out, cv::kNoCombination);
+  AppendCombination(out, process);
   out += "<scan>\n";
   AppendFiniteCvNumber(out, cv::kScanStartTime, minutes, &cv::kMinute);
   AppendCvParam(out, cv::kPresetScan, std::to_string(function.id.number));
@@ -136,11 +146,11 @@ class MzmlRenderer : public Renderer {
     const Spectrum spectrum = hasDrift ? reader_.ReadDrift(entry) : reader_.ReadMass(entry);
     Open(out, index, entry, spectrum.positions.size());
     AppendCvParam(out, SpectrumType(function));
-    AppendCvParam(out, cv::kMsLevel, std::to_string(function.info.msLevel));
+    AppendCvParam(out, cv::kMsLevel, std::to_string(MsLevelOf(function.info)));
     AppendPolarity(out, function.info.polarity);
     AppendCvParam(out, spectrum.scan.isCentroided ? cv::kCentroid : cv::kProfile);
     AppendSummary(out, spectrum);
-    AppendScan(out, function.info, entry.minutes);
+    AppendScan(out, function.info, entry.minutes, spectrum.scan.process);
     AppendPrecursor(out, spectrum.scan.precursorMz.value_or(0));
     out += hasDrift ? "<binaryDataArrayList count=\"3\">\n" : "<binaryDataArrayList count=\"2\">\n";
     arrays_.Append(out, {cv::kMzArray, &cv::kMzUnit, options_.masses}, spectrum.positions);
@@ -157,11 +167,10 @@ class MzmlRenderer : public Renderer {
     AppendCvParam(out, cv::kRadiationSpectrum);
     AppendCvParam(out, cv::kProfile);
     AppendRange(out, spectrum.positions, cv::kLowestWavelength, cv::kHighestWavelength, cv::kNanometer);
-    AppendScan(out, reader_.Plan().FunctionOf(entry).info, entry.minutes);
+    AppendScan(out, reader_.Plan().FunctionOf(entry).info, entry.minutes, {});
     out += "<binaryDataArrayList count=\"2\">\n";
     arrays_.Append(out, {cv::kWavelengthArray, &cv::kNanometer, options_.masses}, spectrum.positions);
-    arrays_.Append(out, {cv::kIntensityArray, &cv::kAbsorbanceUnit, options_.intensities},
-                   spectrum.intensities);
+    arrays_.Append(out, {cv::kIntensityArray, nullptr, options_.intensities}, spectrum.intensities);
     out += "</binaryDataArrayList>\n</spectrum>\n";
   }
 
@@ -177,10 +186,9 @@ const CvTerm& SpectrumType(const RunFunction& function) {
   for (const ScanTypeTerm& entry : kScanTypeTerms) {
     if (entry.scanType == function.info.scanType) return entry.term;
   }
-  const bool isFragment = function.info.msLevel > 1;
-  if (function.info.kind == source::FunctionKind::kIonMonitoring)
-    return isFragment ? cv::kSrmSpectrum : cv::kSimSpectrum;
-  return isFragment ? cv::kMsnSpectrum : cv::kMs1Spectrum;
+  if (function.info.monitoring == source::Monitoring::kIons) return cv::kSimSpectrum;
+  if (function.info.monitoring == source::Monitoring::kReactions) return cv::kSrmSpectrum;
+  return function.info.msLevel > 1 ? cv::kMsnSpectrum : cv::kMs1Spectrum;
 }
 
 std::unique_ptr<Renderer> MakeMzmlRenderer(source::Source& source, const RunPlan& plan, Losses& losses,

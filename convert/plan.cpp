@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "common/text.h"
+#include "convert/channels.h"
 #include "convert/error.h"
 #include "convert/native_path.h"
 #include "convert/source_files.h"
@@ -17,19 +18,42 @@ using source::MetadataItem;
 using source::Source;
 
 constexpr std::string_view kAbsorbance = "Absorbance";
+constexpr std::string_view kFolderKey = "DatasetName";
 
 bool TakesAbsorbance(Format format) { return format == Format::kMzml; }
 bool TakesDriftBins(Format format) { return format == Format::kMzml; }
-bool TakesTraces(Format format) { return format == Format::kMzml; }
+bool TakesChromatograms(Format format) { return format == Format::kMzml; }
+
+bool IsMonitoring(const Function& function) { return function.monitoring != source::Monitoring::kNone; }
 
 bool IsFunctionWanted(const Function& function, const Selection& selection, Format format) {
-  if (!selection.functions.Has(function.id) || !selection.msLevels.Has(function.msLevel)) return false;
+  if (!selection.functions.Has(function.id) || !selection.msLevels.Has(MsLevelOf(function))) return false;
   if (selection.isLockMassExcluded && function.isLockMass) return false;
-  return format != Format::kMgf || function.msLevel > 1;
+  if (!IsMonitoring(function)) return format != Format::kMgf || function.msLevel > 1;
+  // No list of MS levels means them: they hold a few ions, where surveys and fragments have spectra.
+  return format != Format::kMgf && (selection.msLevels.IsAll() || !selection.functions.IsAll());
 }
 
-bool IsAbsorbanceWanted(const Function& function, const Selection& selection, Format format) {
-  return TakesAbsorbance(format) && selection.functions.Has(function.id) && selection.msLevels.IsAll();
+// `isAlone` without any scan of masses.
+Absorbance UseOfAbsorbance(const Function& function, const Selection& selection, Format format,
+                           bool isAlone) {
+  if (!TakesAbsorbance(format)) return Absorbance::kNone;
+  if (selection.hasAbsorbance) return Absorbance::kTaken;
+  if (!selection.functions.Has(function.id) || !selection.msLevels.IsAll()) return Absorbance::kNone;
+  if (!selection.functions.IsAll()) return Absorbance::kTaken;
+  return isAlone ? Absorbance::kTakenAlone : Absorbance::kLeftOut;
+}
+
+bool IsTaken(Absorbance absorbance) {
+  return absorbance == Absorbance::kTaken || absorbance == Absorbance::kTakenAlone;
+}
+
+bool HasScans(Source& source, int sample) {
+  const int functions = static_cast<int>(source.Functions(sample).size());
+  for (int function = 0; function < functions; ++function) {
+    if (source.ScanCount(sample, function) > 0) return true;
+  }
+  return false;
 }
 
 class Planner {
@@ -47,7 +71,8 @@ class Planner {
     if (source_.HasAbsorbance(plan_.sample)) AddAbsorbance();
   }
 
-  bool HasFoundScans() const { return hasFoundScans_; }
+  /// Whether there are scans, but none that is wanted.
+  bool HasFoundNothing() const { return hasFoundScans_ && !hasTakenScans_; }
 
  private:
   void AddFunction(const Function& info, int position) {
@@ -56,8 +81,12 @@ class Planner {
     RunFunction& function = plan_.functions.emplace_back(RunFunction{info, position});
     if (info.hasMobility && TakesDriftBins(format_))
       function.driftBins = source_.DriftBinCount(plan_.sample, position);
+    if (IsMonitoring(info) && TakesChromatograms(format_))
+      function.channels = FindChannels(source_, plan_.sample, position, cancel_);
+    const bool hasSpectra = function.channels.empty() || plan_.selection.hasMonitoredSpectra;
     const std::vector<double> minutes = source_.Minutes(plan_.sample, position);
-    for (std::size_t scan = 0; scan < minutes.size(); ++scan) AddScan(minutes[scan], static_cast<int>(scan));
+    for (std::size_t scan = 0; scan < minutes.size(); ++scan)
+      AddScan(minutes[scan], static_cast<int>(scan), hasSpectra);
   }
 
   void AddAbsorbance() {
@@ -65,15 +94,20 @@ class Planner {
     info.name = kAbsorbance;
     info.massRange.reset();  // which is no range of masses
     const int scans = source_.AbsorbanceScanCount(plan_.sample);
-    hasFoundScans_ = hasFoundScans_ || (scans > 0 && TakesAbsorbance(format_));
-    if (!IsAbsorbanceWanted(info, plan_.selection, format_)) return;
+    if (scans == 0) return;
+    plan_.absorbance = UseOfAbsorbance(info, plan_.selection, format_, !hasFoundScans_);
+    hasFoundScans_ = hasFoundScans_ || TakesAbsorbance(format_);
+    if (!IsTaken(plan_.absorbance)) return;
     plan_.functions.push_back({.info = info, .isAbsorbance = true});
-    for (int scan = 0; scan < scans; ++scan) AddScan(source_.AbsorbanceMinutes(plan_.sample, scan), scan);
+    for (int scan = 0; scan < scans; ++scan)
+      AddScan(source_.AbsorbanceMinutes(plan_.sample, scan), scan, true);
   }
 
   // Of the function that was added last.
-  void AddScan(double minutes, int scan) {
-    if (!plan_.selection.scans.Has(scan + 1) || !plan_.selection.HasTime(minutes)) return;
+  void AddScan(double minutes, int scan, bool isSpectrum) {
+    if (!plan_.selection.Has(scan, minutes)) return;
+    hasTakenScans_ = true;
+    if (!isSpectrum) return;
     plan_.entries.push_back({minutes, static_cast<std::int32_t>(plan_.functions.size()) - 1, scan});
   }
 
@@ -82,7 +116,19 @@ class Planner {
   Format format_;
   const Cancel& cancel_;
   bool hasFoundScans_ = false;
+  bool hasTakenScans_ = false;
 };
+
+// Search engines take peaks. Spectra without points are not written.
+void RefuseProfiles(Source& source, const RunPlan& plan) {
+  for (const RunEntry& entry : plan.entries) {
+    const RunFunction& function = plan.FunctionOf(entry);
+    const source::Scan scan = source.ScanAt(plan.sample, function.position, entry.scan);
+    if (scan.isCentroided || scan.points == 0) continue;
+    throw Error(ErrorKind::kProfile, "scan " + std::to_string(entry.scan + 1) + " of function " +
+                                         TextOf(function.info.id) + " is a profile, and MGF is for peaks");
+  }
+}
 
 void SortByTime(std::vector<RunEntry>& entries) {
   const auto key = [](const RunEntry& entry) {
@@ -100,13 +146,16 @@ const std::optional<std::string>* Find(const std::vector<MetadataItem>& items, c
 }
 
 // Items of the sample and its first function; those that are another's by another value, or its alone, name
-// that one.
+// that one. The name of the folder stands there however its path was typed.
 std::vector<MetadataItem> CollectMetadata(Source& source, int sample) {
   const std::span<const Function> functions = source.Functions(sample);
   const std::vector<MetadataItem> first =
       Merged(source.SampleMetadata(sample),
              functions.empty() ? std::vector<MetadataItem>() : source.FunctionMetadata(sample, 0));
   std::vector<MetadataItem> items = first;
+  for (MetadataItem& item : items) {
+    if (item.key == kFolderKey && item.value) item.value = PathText(NameOf(FolderOfSource(source.Path())));
+  }
   for (std::size_t i = 1; i < functions.size(); ++i) {
     for (MetadataItem& item : source.FunctionMetadata(sample, static_cast<int>(i))) {
       const std::optional<std::string>* const known = Find(first, item.key);
@@ -140,7 +189,9 @@ ConvertedSubjects::ConvertedSubjects(Source& source, int sample, const Selection
     : sample_(sample + 1), selection_(selection), format_(format), hasUnlisted_(!IsOneFunction(source)) {
   for (const Function& function : source.Functions(sample))
     functions_.emplace(KeyOf(function.id), IsFunctionWanted(function, selection, format));
-  if (source.HasAbsorbance(sample)) absorbance_ = source.AbsorbanceFunction(sample);
+  if (!source.HasAbsorbance(sample)) return;
+  absorbance_ = source.AbsorbanceFunction(sample);
+  isAbsorbanceAlone_ = !HasScans(source, sample);
 }
 
 // A function that is not listed, since its files are lost, is as wanted as its number.
@@ -156,7 +207,7 @@ bool ConvertedSubjects::HasAbsorbance(const FindingSubject& subject) const {
   function.id.number = subject.function;
   if (absorbance_) function = *absorbance_;
   const bool isKnown = function.id.number != 0 || selection_.functions.IsAll();
-  return isKnown && IsAbsorbanceWanted(function, selection_, format_);
+  return isKnown && IsTaken(UseOfAbsorbance(function, selection_, format_, isAbsorbanceAlone_));
 }
 
 bool ConvertedSubjects::Has(const FindingSubject& subject) const {
@@ -167,7 +218,7 @@ bool ConvertedSubjects::Has(const FindingSubject& subject) const {
     case FindingSubject::Kind::kAbsorbance:
       return HasAbsorbance(subject);
     case FindingSubject::Kind::kTraces:
-      return TakesTraces(format_);
+      return TakesChromatograms(format_);
     case FindingSubject::Kind::kSample:
     case FindingSubject::Kind::kSource:
       break;
@@ -185,11 +236,12 @@ RunPlan PlanRun(Source& source, int sample, const Selection& selection, Format f
   plan.selection = selection;
   Planner planner(source, plan, format, cancel);
   planner.AddFunctions();
-  if (plan.entries.empty() && planner.HasFoundScans()) {
+  if (planner.HasFoundNothing()) {
     throw Error(ErrorKind::kNothingSelected, format == Format::kMgf
                                                  ? "none of its scans is an MS/MS scan that is asked for"
                                                  : "none of its scans is asked for");
   }
+  if (format == Format::kMgf && !selection.hasProfiles) RefuseProfiles(source, plan);
   SortByTime(plan.entries);
   return plan;
 }

@@ -21,8 +21,23 @@ struct RunFunction {
   source::Function info;
   int position = 0;  // in the source's list, where it is no absorbance function
   bool isAbsorbance = false;
-  int driftBins = 0;  // 0 without mobility data
+  int driftBins = 0;                  // 0 without mobility data
+  std::vector<double> channels = {};  // of ion monitoring: the m/z of each, where its scans agree on them
 };
+
+/// What becomes of a sample's absorbance spectra.
+enum class Absorbance {
+  kNone,     // there are none, or other functions are asked for
+  kLeftOut,  // nobody has asked for them
+  kTaken,
+  kTakenAlone,  // since there are no other spectra
+};
+
+/// As spectra have it: what reactions leave are fragments, whatever the source says of their function.
+inline int MsLevelOf(const source::Function& function) {
+  constexpr int kFragments = 2;
+  return function.monitoring == source::Monitoring::kReactions ? kFragments : function.msLevel;
+}
 
 /// One spectrum.
 struct RunEntry {
@@ -40,14 +55,16 @@ struct RunPlan {
   std::vector<RunEntry> entries;       // by time; those without one last; equal times by function and scan
   std::vector<source::MetadataItem> metadata;
   Selection selection;
+  Absorbance absorbance = Absorbance::kNone;
 
   const RunFunction& FunctionOf(const RunEntry& entry) const {
     return functions[static_cast<std::size_t>(entry.function)];
   }
 };
 
-/// Throws an Error when the selection leaves nothing of what there is. `cancel` is asked between functions,
-/// whose indices may be read here.
+/// Throws an Error when the selection leaves nothing of what there is, or profile spectra for MGF that are
+/// not asked for. `cancel` is asked between functions, whose indices may be read here, and between scans of
+/// ion monitoring, whose points are.
 RunPlan PlanRun(source::Source& source, int sample, const Selection& selection, Format format,
                 const Cancel& cancel);
 
@@ -74,6 +91,7 @@ class ConvertedSubjects {
   bool hasUnlisted_;                       // a single function leaves no others
   std::map<FunctionKey, bool> functions_;  // those that are listed, and whether they are wanted
   std::optional<source::Function> absorbance_;
+  bool isAbsorbanceAlone_ = false;
 };
 
 }  // namespace zrml::convert

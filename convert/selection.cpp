@@ -75,6 +75,15 @@ bool FunctionSet::Add(std::string_view text) {
   return id.has_value();
 }
 
+std::vector<source::FunctionId> FunctionSet::Named() const {
+  std::vector<source::FunctionId> named;
+  for (const NumberSet::Range& range : acquired_.ranges_) {
+    if (range.first == range.last) named.push_back({.number = range.first});
+  }
+  named.insert(named.end(), processed_.begin(), processed_.end());
+  return named;
+}
+
 bool FunctionSet::Has(const source::FunctionId& id) const {
   if (IsAll()) return true;
   if (id.process == 0) return !acquired_.IsAll() && acquired_.Has(id.number);

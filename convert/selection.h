@@ -41,6 +41,8 @@ class FunctionSet {
 
   bool Has(const source::FunctionId& id) const;
   bool IsAll() const { return acquired_.IsAll() && processed_.empty(); }
+  /// Those that are listed by their names, not in a range.
+  std::vector<source::FunctionId> Named() const;
 
  private:
   bool Add(std::string_view text);
@@ -53,17 +55,23 @@ class FunctionSet {
 std::optional<source::Range> ParseTimeRange(std::string_view text);
 
 struct Selection {
-  FunctionSet functions;
-  NumberSet scans;
-  NumberSet msLevels;  ///< absorbance spectra have none
-  std::optional<source::Range> minutes;
+  FunctionSet functions = {};
+  NumberSet scans = {};
+  NumberSet msLevels = {};  ///< absorbance spectra have none; ion monitoring is in such a list when it is
+                            ///< listed as a function
+  std::optional<source::Range> minutes = {};
   bool isLockMassExcluded = false;
+  bool hasAbsorbance = false;        ///< absorbance spectra, also unlisted and beside mass spectra
+  bool hasMonitoredSpectra = false;  ///< spectra of ion monitoring beside the chromatograms of its channels
+  bool hasProfiles = false;          ///< profile spectra in MGF
 
   bool IsAll() const {
     return functions.IsAll() && scans.IsAll() && msLevels.IsAll() && !minutes && !isLockMassExcluded;
   }
   /// A time that is no number is in no range.
   bool HasTime(double time) const { return !minutes || (time >= minutes->low && time <= minutes->high); }
+  /// A scan at a position from 0.
+  bool Has(int scan, double time) const { return scans.Has(scan + 1) && HasTime(time); }
 };
 
 }  // namespace zrml::convert

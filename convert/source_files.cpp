@@ -156,6 +156,12 @@ SourceStamp::SourceStamp(const std::string& path) : path_(path) {
   }
 }
 
+std::int64_t SourceStamp::LastWritten() const {
+  std::int64_t last = 0;
+  for (const Stamp& file : files_) last = std::max(last, file.stamp.written);
+  return last;
+}
+
 std::optional<std::string> SourceStamp::FindChange() const {
   const std::vector<Stamp> current = SourceStamp(path_).files_;
   const auto [was, is] = std::mismatch(files_.begin(), files_.end(), current.begin(), current.end());

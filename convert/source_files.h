@@ -49,6 +49,9 @@ class SourceStamp {
   /// To be made before the source is opened, when its format is not known yet.
   explicit SourceStamp(const std::string& path);
 
+  /// When the last of them was written to, as FileStamp counts.
+  std::int64_t LastWritten() const;
+
   /// The name of a file that is new, gone or another since.
   std::optional<std::string> FindChange() const;
 

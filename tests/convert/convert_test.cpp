@@ -1,106 +1,13 @@
 // The conversion of a sample, as a library: from a source in memory into memory.
-#include "convert/convert.h"
-
 #include <atomic>
 #include <functional>
 #include <limits>
 
-#include <gtest/gtest.h>
-
-#include "convert/error.h"
-#include "convert/native_path.h"
 #include "convert/plan.h"
-#include "tests/convert/fake_source.h"
+#include "tests/convert/memory_conversion.h"
 
 namespace zrml::convert::test {
 namespace {
-
-using zrml::test::FakeData;
-using zrml::test::FakeFunction;
-using zrml::test::FakeScan;
-using zrml::test::KnownData;
-
-class Text : public ByteSink {
- public:
-  void Write(std::string_view bytes) override { text += bytes; }
-  void Finish() override { isFinished = true; }
-
-  std::string text;
-  bool isFinished = false;
-};
-
-// Without index, compression and absorbance, which has many spectra.
-Options Of(const std::string& functions, const std::string& scans = "1-") {
-  Options options;
-  options.isIndexed = false;
-  options.arrays.isCompressed = false;
-  options.selection.functions = FunctionSet::Parse(functions).value();
-  options.selection.scans = NumberSet::Parse(scans).value();
-  return options;
-}
-
-Options Within(const std::string& minutes) {
-  Options options = Of("1-");
-  options.selection.functions = {};
-  options.selection.minutes = ParseTimeRange(minutes);
-  return options;
-}
-
-Options As(Format format, Options options) {
-  options.format = format;
-  return options;
-}
-
-void ExpectHas(const std::string& text, const std::string& part) {
-  EXPECT_NE(text.find(part), std::string::npos) << part << "is not in\n" << text;
-}
-void ExpectLacks(const std::string& text, const std::string& part) {
-  EXPECT_EQ(text.find(part), std::string::npos) << part << "is in\n" << text;
-}
-
-std::size_t Count(const std::string& text, const std::string& part) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
-
-class ConvertTest : public testing::Test {
- protected:
-  ConvertTest() { directory_.WriteText("_DATA.DAT", "valid and sound"); }
-
-  Result Convert(const Options& options, ByteSink& out, int workers = 1, const Hooks& hooks = {}) const {
-    const std::string path = PathText(directory_.Path());
-    SourceInUse source(path, workers, [&] { return zrml::test::OpenFake(data_, path); });
-    return ConvertSample(source, 0, options, out, hooks);
-  }
-
-  std::string Converted(const Options& options, int workers = 1) const {
-    Text out;
-    const Result result = Convert(options, out, workers);
-    EXPECT_TRUE(result.losses.empty());
-    EXPECT_TRUE(result.notes.empty());
-    EXPECT_TRUE(out.isFinished);
-    return out.text;
-  }
-
-  void ExpectError(const Options& options, ErrorKind kind, const std::string& message,
-                   const Hooks& hooks = {}) const {
-    Text out;
-    try {
-      Convert(options, out, 1, hooks);
-      ADD_FAILURE() << "no error: " << message;
-    } catch (const Error& error) {
-      EXPECT_EQ(error.Kind(), kind);
-      EXPECT_EQ(error.Message(), message);
-    }
-    EXPECT_FALSE(out.isFinished);
-  }
-
-  FakeScan& Scan(std::size_t function, std::size_t scan) { return data_.functions[function].scans[scan]; }
-
-  FakeData data_ = KnownData();
-  TempDirectory directory_{"run.raw"};
-};
 
 // 100, 200.5 and 300.0625 are 0x42C80000, 0x43488000 and 0x43960800 in single precision; 10, 0.5 and 1000000
 // are 0x41200000, 0x3F000000 and 0x49742400.
@@ -226,7 +133,7 @@ TEST_F(ConvertTest, AbsorbanceSpectraHaveTheNumberOfTheirFiles) {
 <cvParam cvRef="MS" accession="MS:1000618" name="highest observed wavelength" value="210.5" unitCvRef="UO" unitAccession="UO:0000018" unitName="nanometer"/>
 )");
   ExpectHas(output, "unitName=\"nanometer\"/>\n<binary>AABSQwCAUkM=<");
-  ExpectHas(output, "unitName=\"absorbance unit\"/>\n<binary>AAAAAAAAQEA=<");
+  ExpectHas(output, "name=\"intensity array\"/>\n<binary>AAAAAAAAQEA=<");  // no file has a unit
 }
 
 // Bins 5 and 10 have points; equal masses stay in the order of the bins. 50, 100, 100, 150 are 0x42480000,
@@ -253,46 +160,68 @@ TEST_F(ConvertTest, MissingDriftBinsAreNoted) {
   EXPECT_TRUE(Convert(As(Format::kTsv, Of("5")), rows).notes.empty());
 }
 
-// The total ion current has a point for each mass spectrum, in their order; a name that says pressure and one
-// that says UV.
-TEST_F(ConvertTest, ChromatogramsOfRunAndTraces) {
-  const std::string output = Converted(Of("1,2"));
-  ExpectHas(output, "<chromatogramList count=\"3\" ");
-  ExpectHas(output, R"(<chromatogram index="0" id="TIC" defaultArrayLength="5">
-<cvParam cvRef="MS" accession="MS:1000235" name="total ion current chromatogram"/>
-)");
-  // 0.5, 1, 1.125, 1.5, 2: 0x3F000000, 0x3F800000, 0x3F900000, 0x3FC00000, 0x40000000
-  ExpectHas(output, "<binary>AAAAPwAAgD8AAJA/AADAPwAAAEA=<");
-  ExpectHas(output, R"(<chromatogram index="1" id="trace 1: Pressure" defaultArrayLength="2">
-<cvParam cvRef="MS" accession="MS:1003019" name="pressure chromatogram"/>
-)");
-  // The control character of the name is none that XML has.
-  ExpectHas(output,
-            "id=\"trace 2: UV\xEF\xBF\xBD[31m 254\" defaultArrayLength=\"2\">\n"
-            "<cvParam cvRef=\"MS\" accession=\"MS:1000812\" name=\"absorption chromatogram\"/>\n");
+TEST_F(ConvertTest, AbsorbanceIsLeftOutUnlessAskedForOrAlone) {
+  const auto convert = [&](const Selection& selection) {
+    Options options = Of("1");
+    options.selection = selection;
+    Text out;
+    const Result result = Convert(options, out);
+    return std::pair(result.absorbance, Count(out.text, "name=\"wavelength array\""));
+  };
+  using Found = std::pair<Absorbance, std::size_t>;
+  EXPECT_EQ(convert({}), Found(Absorbance::kLeftOut, 0));
+  EXPECT_EQ(convert({.hasAbsorbance = true}), Found(Absorbance::kTaken, 25));
+  EXPECT_EQ(convert({.functions = *FunctionSet::Parse("1"), .hasAbsorbance = true}),
+            Found(Absorbance::kTaken, 25));
+  EXPECT_EQ(convert({.functions = *FunctionSet::Parse("1")}), Found(Absorbance::kNone, 0));
+  EXPECT_EQ(convert({.functions = *FunctionSet::Parse("1,3")}), Found(Absorbance::kTaken, 25));
+  EXPECT_EQ(convert({.msLevels = *NumberSet::Parse("1")}), Found(Absorbance::kNone, 0));
+  data_.functions = {data_.functions[2]};  // which has no scans
+  EXPECT_EQ(convert({}), Found(Absorbance::kTakenAlone, 25));
 }
 
-TEST_F(ConvertTest, TracesOfFunctionsAreThoseOfConvertedOnes) {
-  data_.functionTraces[0] = {{"Channel 1", {"", {0.5}, {7}}}, {"", {"", {}, {}}}};
-  data_.functionTraces[1] = {{"Channel 2", {"", {0.5}, {7}}}};
+TEST_F(ConvertTest, ReportSpectraSayHowTheyWereMade) {
+  Scan(0, 0).process = "Combine (5:9-1:3)";
+  Scan(0, 1).process = "Smooth";
   const std::string output = Converted(Of("1"));
-  ExpectHas(output, "id=\"function 1 trace 1: Channel 1\" defaultArrayLength=\"1\"");
-  ExpectHas(output, "id=\"function 1 trace 2\" defaultArrayLength=\"0\"");
-  ExpectLacks(output, "Channel 2");
+  ExpectHas(output,
+            "<scanList count=\"1\">\n<cvParam cvRef=\"MS\" accession=\"MS:1000571\" "
+            "name=\"sum of spectra\"/>\n<userParam name=\"process\" type=\"xsd:string\" "
+            "value=\"Combine (5:9-1:3)\"/>\n<scan>");
+  ExpectHas(output,
+            "name=\"no combination\"/>\n<userParam name=\"process\" type=\"xsd:string\" "
+            "value=\"Smooth\"/>\n<scan>");
 }
 
-// No file tells the second scan's.
-TEST_F(ConvertTest, TotalThatIsNotKnownIsLeftOut) {
-  data_.functions[0].totals = {4, std::numeric_limits<double>::quiet_NaN(), 6};
-  ExpectHas(Converted(Of("1")), "id=\"TIC\" defaultArrayLength=\"2\"");
+// A spectrum without points is not written, whatever it is.
+TEST_F(ConvertTest, ProfilesAreNoMgfUnlessAskedFor) {
+  Scan(1, 0) = {.minutes = 1, .isCentroided = false};
+  Converted(As(Format::kMgf, Of("2")));
+  Scan(1, 1).isCentroided = false;
+  ExpectError(As(Format::kMgf, Of("2")), ErrorKind::kProfile,
+              "scan 2 of function 2 is a profile, and MGF is for peaks");
+  Options options = As(Format::kMgf, Of("2"));
+  options.selection.hasProfiles = true;
+  EXPECT_EQ(Count(Converted(options), "BEGIN IONS"), 1U);
 }
 
-TEST_F(ConvertTest, TimeRangeCutsTracesToo) {
-  Options options = Of("1");
-  options.selection.minutes = ParseTimeRange("-0.75");
-  const std::string output = Converted(options);
-  ExpectHas(output, "id=\"TIC\" defaultArrayLength=\"1\"");
-  ExpectHas(output, "id=\"trace 1: Pressure\" defaultArrayLength=\"1\"");
+// 0.57 minutes in single precision and in double; 0.1 and 137.99786376953125 of single precision, and what is
+// beyond it.
+TEST_F(ConvertTest, TextHasTheShortestNumbers) {
+  const auto single = [](float value) { return static_cast<double>(value); };
+  Scan(1, 0).minutes = single(0.57F);
+  Scan(1, 0).points = {{single(0.1F), 137.99786376953125, 137.997863769531, 16777217},
+                       {1, 2.5, 0.1, 33554432}};
+  Scan(1, 1).minutes = 0.57;
+  const std::string output = Converted(As(Format::kMgf, Of("2")));
+  EXPECT_EQ(Count(output, "RTINSECONDS=34.2\n"), 2U);
+  ExpectHas(output, "\n0.1 1\n137.99786 2.5\n137.997863769531 0.1\n16777217 33554432\nEND");
+  ExpectHas(Converted(As(Format::kTsv, Of("2", "1"))), "2\t1\t0.57\t137.99786\t2.5\n");
+}
+
+TEST_F(ConvertTest, FolderIsNamedHoweverItsPathWasTyped) {
+  data_.metadata.push_back({"DatasetName", "../typed/./by/somebody/run.raw"});
+  ExpectHas(Converted(Of("1")), "<userParam name=\"DatasetName\" type=\"xsd:string\" value=\"run.raw\"/>");
 }
 
 TEST_F(ConvertTest, MetadataAreParametersOfTheRun) {
@@ -324,7 +253,7 @@ TEST_F(ConvertTest, IndexStandsAtTheEnd) {
   EXPECT_TRUE(Converted(options).ends_with("</fileChecksum>\n</indexedmzML>\n"));
 }
 
-// Two arrays of the spectrum, two of the total ion current, four of the traces: 0.1 is in one of them.
+// Two arrays of the spectrum, four of total ion currents, four of the traces: 0.1 is in one of them.
 TEST_F(ConvertTest, PrecisionIsChosenByArray) {
   const auto bits = [&](const ArrayOptions& arrays) {
     Options options = Of("1", "1");
@@ -333,21 +262,23 @@ TEST_F(ConvertTest, PrecisionIsChosenByArray) {
     const std::string output = Converted(options);
     return std::to_string(Count(output, "64-bit")) + " of " + std::to_string(Count(output, "-bit float"));
   };
-  EXPECT_EQ(bits({}), "1 of 8");
-  EXPECT_EQ(bits({.masses = Precision::kDouble}), "2 of 8");
-  EXPECT_EQ(bits({Precision::kDouble, Precision::kSingle, Precision::kDouble}), "4 of 8");
+  EXPECT_EQ(bits({}), "1 of 10");
+  EXPECT_EQ(bits({.masses = Precision::kDouble}), "2 of 10");
+  EXPECT_EQ(bits({Precision::kDouble, Precision::kSingle, Precision::kDouble}), "5 of 10");
 }
 
 TEST_F(ConvertTest, Mgf) {
   EXPECT_EQ(Converted(As(Format::kMgf, Of("1-3"))), R"(BEGIN IONS
-TITLE=function=2 process=0 scan=1 Product
+TITLE=run function=2 process=0 scan=1 Product
+SCANS=1
 RTINSECONDS=67.5
 PEPMASS=445.12
 50.5 7
 END IONS
 
 BEGIN IONS
-TITLE=function=2 process=0 scan=2 Product
+TITLE=run function=2 process=0 scan=2 Product
+SCANS=2
 RTINSECONDS=120
 50.5 7
 END IONS
@@ -357,7 +288,7 @@ END IONS
 
 TEST_F(ConvertTest, TitleOfMgfIsOneLine) {
   data_.functions[1].info.name = "Pro\nduct\t\x7F";
-  ExpectHas(Converted(As(Format::kMgf, Of("2", "1"))), "scan=1 Pro duct  \nRTINSECONDS");
+  ExpectHas(Converted(As(Format::kMgf, Of("2", "1"))), "scan=1 Pro duct  \nSCANS");
 }
 
 // A point that is no number is left out of MGF, which has no form for it.
@@ -378,7 +309,7 @@ TEST_F(ConvertTest, Tsv) {
             "2\t2\tnan\t1e+15\t-0\n"
             "2\t2\tnan\t1.7976931348623157e+308\t5e-324\n");
   ExpectHas(Converted(As(Format::kMgf, Of("2", "2"))),
-            "Product\n1e+15 -0\n1.7976931348623157e+308 5e-324\nEND");
+            "Product\nSCANS=2\n1e+15 -0\n1.7976931348623157e+308 5e-324\nEND");
 }
 
 TEST_F(ConvertTest, SelectionIsByFunctionScanLevelAndTime) {
@@ -460,12 +391,12 @@ TEST_F(ConvertTest, WhatIsLostIsRefusedOrCounted) {
       {"totals", [](FakeData& data) { data.functions[0].hasNoTotals = true; }, Of("1", "3"),
        "cannot read the total ion current of scan 3 of function 1",
        "total ion currents of function 1 that cannot be read: 1; the first is 3",
-       "id=\"TIC\" defaultArrayLength=\"0\""},
+       "<chromatogramList count=\"2\""},
       {"bins", [](FakeData& data) { data.functions[3].scans[0].isUnreadable = true; }, Of("5"),
        "cannot read scan 1 of function 5", "scans of function 5 that cannot be read: 1; the first is 1",
        "id=\"function=5 process=0 scan=1\" defaultArrayLength=\"0\""},
       {"traces", [](FakeData& data) { data.traces[0].isUnreadable = true; }, Of("1"), "cannot read trace 1",
-       "traces that cannot be read: 1; the first is 1", "<chromatogramList count=\"2\""},
+       "traces that cannot be read: 1; the first is 1", "<chromatogramList count=\"3\""},
       {"traces of functions",
        [](FakeData& data) { data.functionTraces[1] = {{.name = "UV", .isUnreadable = true}}; }, Of("2"),
        "cannot read trace 1 of function 2", "traces of function 2 that cannot be read: 1; the first is 1",
@@ -527,7 +458,7 @@ TEST_F(ConvertTest, ResultCounts) {
   Text out;
   const Result result = Convert(Of("1,2"), out);
   EXPECT_EQ(result.spectra, 5U);
-  EXPECT_EQ(result.chromatograms, 3U);
+  EXPECT_EQ(result.chromatograms, 5U);
 }
 
 TEST_F(ConvertTest, ProgressGoesUpToTheEnd) {

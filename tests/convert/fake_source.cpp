@@ -56,6 +56,7 @@ class FakeSource : public source::Source {
     source::Scan result;
     result.minutes = found.minutes;
     result.isCentroided = found.isCentroided;
+    result.process = found.process;
     result.points = static_cast<std::uint32_t>(found.points.positions.size() + found.lost);
     if (found.precursor != 0) result.precursorMz = found.precursor;
     return result;

@@ -23,6 +23,7 @@ struct FakeScan {
   FakePoints points = {};
   double precursor = 0;
   bool isCentroided = true;
+  std::string process = {};
   std::size_t lost = 0;                 // points that the index declares beside those
   bool isUnreadable = false;            // the points, or the drift bins
   std::map<int, FakePoints> bins = {};  // by position

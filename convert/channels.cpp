@@ -1,0 +1,63 @@
+#include "convert/channels.h"
+
+#include "convert/spectrum_reader.h"
+
+namespace zrml::convert {
+namespace {
+
+// Far more than instruments have: the channels of a function are held in memory together.
+constexpr std::size_t kMostChannels = 4096;
+
+struct ScanPoints {
+  std::vector<double> mz;
+  std::vector<double> intensities;
+};
+
+// Whether the points of a scan are all there.
+bool ReadWhole(source::Source& source, int sample, int position, int scan, ScanPoints& points) {
+  try {
+    return source.ReadPoints(sample, position, scan, points.mz, points.intensities).lost == 0;
+  } catch (const source::Error&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+std::vector<double> FindChannels(source::Source& source, int sample, int position, const Cancel& cancel) {
+  std::vector<double> channels;
+  ScanPoints points;
+  const int scans = source.ScanCount(sample, position);
+  for (int scan = 0; scan < scans; ++scan) {
+    ThrowIfCancelled(cancel);
+    if (!ReadWhole(source, sample, position, scan, points)) continue;
+    if (points.mz.empty() || points.mz.size() > kMostChannels) return {};
+    if (channels.empty()) channels = points.mz;
+    if (channels != points.mz) return {};
+  }
+  return channels;
+}
+
+std::vector<source::Chromatogram> ReadChannels(source::Source& source, const RunPlan& plan,
+                                               std::int32_t function, Losses& losses) {
+  const RunFunction& own = plan.functions[static_cast<std::size_t>(function)];
+  std::vector<source::Chromatogram> channels(own.channels.size());
+  Losses known(Losses::Policy::kCounted);  // by the spectra
+  SpectrumReader reader(source, plan, plan.selection.hasMonitoredSpectra ? known : losses);
+  const std::vector<double> minutes = source.Minutes(plan.sample, own.position);
+  for (std::size_t scan = 0; scan < minutes.size(); ++scan) {
+    const auto number = static_cast<std::int32_t>(scan);
+    if (!plan.selection.Has(number, minutes[scan])) continue;
+    const Spectrum spectrum = reader.ReadMass({minutes[scan], function, number});
+    std::size_t channel = 0;
+    for (std::size_t i = 0; i < spectrum.positions.size(); ++i) {
+      while (channel < channels.size() && own.channels[channel] != spectrum.positions[i]) ++channel;
+      if (channel == channels.size()) break;
+      channels[channel].minutes.push_back(minutes[scan]);
+      channels[channel++].intensities.push_back(spectrum.intensities[i]);
+    }
+  }
+  return channels;
+}
+
+}  // namespace zrml::convert
