@@ -38,7 +38,7 @@ zrml_function RecordOf(const source::Function& function, zrml_source& handle) {
       .has_mobility = function.hasMobility ? 1 : 0,
       .mass_low = range.low,
       .mass_high = range.high,
-      .kind_name = NameOf(function.kind),
+      .kind_name = KindNameOf(function),
       .scan_type_name = NameOrEmpty(function.scanType),
       .polarity_name = NameOrEmpty(function.polarity),
   };

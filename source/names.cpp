@@ -18,6 +18,11 @@ const char* RowOf(const Table& table, Enumeration value) {
 }  // namespace
 
 const char* NameOf(FunctionKind kind) { return RowOf(kKinds, kind); }
+const char* KindNameOf(const Function& function) {
+  if (function.monitoring == Monitoring::kReactions) return "reaction monitoring";
+  return function.monitoring == Monitoring::kIons ? NameOf(FunctionKind::kIonMonitoring)
+                                                  : NameOf(function.kind);
+}
 const char* NameOf(ScanType scanType) { return RowOf(kScanTypes, scanType); }
 const char* NameOf(Polarity polarity) { return RowOf(kPolarities, polarity); }
 

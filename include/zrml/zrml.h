@@ -162,7 +162,7 @@ typedef struct zrml_function {
   int has_mobility;           /* 1 or 0 */
   double mass_low;            /* set in the acquisition method; NaN where no file tells it */
   double mass_high;           /* the same */
-  const char* kind_name;      /* "MS", "MS/MS", "absorbance", "ion monitoring", "other" */
+  const char* kind_name;      /* "MS", "MS/MS", "absorbance", "ion monitoring", "reaction monitoring", "other" */
   const char* scan_type_name; /* "precursor", "product", "neutral loss", "neutral gain", or empty */
   const char* polarity_name;  /* "positive", "negative", or empty */
 } zrml_function;

@@ -25,6 +25,48 @@ class ChromatogramTest : public ZrmlTest {
   std::string path_ = Make("run.raw");
 };
 
+// Of the survey functions of the first one's polarity, by time: functions 1 and 6, and 3 and 4, of which one
+// has no scans. Processed and other functions are left out.
+TEST_F(ChromatogramTest, WithoutAFunctionItIsThatOfTheSample) {
+  ExpectOutput(Run({"chromatogram", path_}), "# source: " + path_ + R"(
+# provider: ZRMLProvider
+# sample: 1
+# sampleName: Injection 1
+# functions: 1,3,4,6
+# type: total
+# points: 6
+time	intensity
+0.25	9
+0.5	1000013
+1	5
+1.5	0
+3	1
+3.5	1
+)");
+  EXPECT_EQ(Run({"chromatogram", path_, "--tic"}).output, Run({"chromatogram", path_}).output);
+  EXPECT_EQ(json::parse(Run({"chromatogram", path_, "--json"}).output)["functions"], "1,3,4,6");
+  ExpectFailure(Run({"chromatogram", path_, "--bpc"}), 2,
+                "--function is required: " + path_ + " has functions 1 to 4, 6, p1");
+}
+
+TEST_F(ChromatogramTest, DataFileIsTheOnlyFunction) {
+  const ProcessResult result = Run({"chromatogram", path_ + "/_FUNC002.DAT"});
+  EXPECT_TRUE(
+      result.output.ends_with("# function: 2\n# functionName: TOF MS/MS ES-\n# type: total\n# points: 2\n"
+                              "time\tintensity\n0.125\t7\n1.125\t8\n"))
+      << result.output;
+}
+
+TEST_F(ChromatogramTest, SampleWithoutSurveysHasNoTotal) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions = {raw.functions[1], raw.functions[1]};
+  raw.processed.clear();
+  raw.history.clear();
+  const std::string path = Make("fragments.raw", raw);
+  ExpectFailure(Run({"chromatogram", path}), 2,
+                path + " has no MS function of level 1; --function chooses one of functions 1, 2");
+}
+
 // The survey's scans: (100, 10), (200.5, 3), (300.0625, 1000000); (100.25, 5); none.
 TEST_F(ChromatogramTest, TotalIonIsTheDefault) {
   const std::string expected = Survey(R"(# type: total
@@ -99,7 +141,7 @@ TEST_F(ChromatogramTest, FunctionThatCannotBeReadIsStatus5) {
 }
 
 TEST_F(ChromatogramTest, UnknownFunctionTellsThoseThatThereAre) {
-  ExpectFailure(RunChromatogram("7"), 2, "there is no function 7: sample 1 has functions 1 to 4, 6, p1");
+  ExpectFailure(RunChromatogram("7"), 2, "there is no function 7: " + path_ + " has functions 1 to 4, 6, p1");
 }
 
 TEST_F(ChromatogramTest, RangeThatIsNoRangeIsWrongUsage) {
@@ -143,7 +185,7 @@ time	intensity
 
 TEST_F(ChromatogramTest, TraceThatIsNotThereFails) {
   ExpectFailure(Run({"chromatogram", path_, "--trace", "4"}), 2,
-                "there is no trace 4: sample 1 has traces 1 to 3");
+                "there is no trace 4: " + path_ + " has traces 1 to 3");
   ExpectFailure(RunChromatogram("1", {"--trace", "1"}), 2, "there is no trace 1: function 1 has no traces");
   for (const std::string other : {"--tic", "--bpc"}) {
     ExpectFailure(Run({"chromatogram", path_, "--trace", "1", other}), 2,

@@ -215,9 +215,10 @@ TEST_F(DamageOutsideTest, AbsorbanceCountsByItsNumber) {
   const TempDirectory directory = raw.Build();
   ExpectStatus(directory, {{{}, 0}});
   directory.Truncate("_FUNC002.DAT", 5);
-  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--format", "tsv"}, 0}});
+  const std::vector<std::string> asked = {"--absorbance"};
+  ExpectStatus(directory, {{{}, 0}, {asked, 7}, {{"--function", "1"}, 0}, {{"--format", "tsv"}, 0}});
   directory.Remove("_FUNC002.DAT");
-  ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--function", "1-"}, 7}});
+  ExpectStatus(directory, {{{}, 0}, {asked, 7}, {{"--function", "1"}, 0}, {{"--function", "1-"}, 7}});
 }
 
 TEST_F(DamagedConversionTest, LockMassesWithoutNamesAreToldOf) {

@@ -29,13 +29,13 @@ Content   raw acquisition
 Sample 1: Injection 1
 
   Functions
-    No  Name                   Kind   Level  Scan type  Polarity  Scans         Minutes           m/z  Data       Dim
-     1  TOF MS ES+             MS         1  -          positive      3      0.5 to 1.5  50 to 1200.5  continuum    2
-     2  TOF MS/MS ES-          MS/MS      2  product    negative      2  0.125 to 1.125             -  centroid     2
-     3  MS ES+                 MS         1  -          positive      0               -             -  -            1
-     4  TOF ES+                MS         1  -          positive      2        3 to 3.5             -  centroid     2
-     6  TOF MS ES+ Lock Mass   MS         1  -          positive      1    0.25 to 0.25             -  centroid     1
-    p1  TOF MS ES+ (Smoothed)  MS         1  -          positive      1      0.5 to 0.5  50 to 1200.5  continuum    1
+    No  File          Name                   Kind   Level  Scan type  Polarity  Scans         Minutes           m/z  Data
+     1  _FUNC001.DAT  TOF MS ES+             MS         1  -          positive      3      0.5 to 1.5  50 to 1200.5  continuum
+     2  _FUNC002.DAT  TOF MS/MS ES-          MS/MS      2  product    negative      2  0.125 to 1.125             -  centroid
+     3  _FUNC003.DAT  MS ES+                 MS         1  -          positive      0               -             -  -
+     4  _FUNC004.DAT  TOF ES+                MS         1  -          positive      2        3 to 3.5             -  centroid
+     6  _FUNC006.DAT  TOF MS ES+ Lock Mass   MS         1  -          positive      1    0.25 to 0.25             -  centroid
+    p1  _PROC001.DAT  TOF MS ES+ (Smoothed)  MS         1  -          positive      1      0.5 to 0.5  50 to 1200.5  continuum
 
   Traces
     1  Pressure
@@ -43,7 +43,7 @@ Sample 1: Injection 1
     3  PDA - Total Absorbance
 
   Absorbance
-    2 scans
+    function 5, _FUNC005.DAT: 2 scans
 
   Metadata
     AnalysisDateTime  2026-11-14T09:15:00
@@ -65,7 +65,7 @@ TEST_F(InfoTest, JsonGivesWhatTextRounds) {
   raw.functions[0].record.startMasses[0] = 0.1F;
   raw.functions[0].record.endMasses[0] = 0.3F;
   const std::string path = Make("run.raw", raw);
-  EXPECT_NE(Run({"info", path}).output.find("  0.1 to 0.3  "), std::string::npos);
+  EXPECT_NE(Run({"info", path}).output.find("  0.1 to 0.3\n"), std::string::npos);
   EXPECT_NE(Run({"info", path, "--json"}).output.find("[0.10000000149011612, 0.30000001192092896]"),
             std::string::npos);
 }
@@ -121,6 +121,8 @@ TEST_F(InfoTest, JsonOfTheSourceAndItsSample) {
   EXPECT_EQ(sample["traces"], json::parse(R"([{"number": 1, "name": "Pressure"},
                                               {"number": 2, "name": "UV\u001b[31m 254"},
                                               {"number": 3, "name": "PDA - Total Absorbance"}])"));
+  EXPECT_EQ(sample["absorbanceFunction"], 5);
+  EXPECT_EQ(sample["absorbanceFile"], "_FUNC005.DAT");
   EXPECT_EQ(sample["absorbanceScans"], 2);
   EXPECT_EQ(sample["metadata"]["OperatorName"], "Zo\u00eb \"Z\"");
 }
@@ -132,10 +134,61 @@ TEST_F(InfoTest, JsonOfAReport) {
   EXPECT_TRUE(sample["metadata"].is_object());
   sample.erase("metadata");
   EXPECT_EQ(sample, json::parse(R"({"number": 3, "name": "Sample 3", "functions": [], "traces": [],
-                                    "absorbanceScans": null})"));
+                                    "absorbanceFunction": null, "absorbanceFile": null, "absorbanceScans": null})"));
   EXPECT_EQ(info["samples"][0]["functions"][1]["traces"],
             json::parse(R"([{"number": 1, "name": "caffeine"}])"));
   EXPECT_EQ(info["samples"][0]["functions"][1]["file"], nullptr);
+}
+
+TEST_F(InfoTest, SeveralSourcesAreShownOneAfterTheOther) {
+  const std::string run = Make("run.raw");
+  const std::string report = Make("vials.rpt", Vials());
+  ExpectOutput(Run({"info", run, report}), Run({"info", run}).output + "\n" + Run({"info", report}).output);
+  const json list = json::parse(Run({"info", run, report, "--json"}).output);
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0], RunJson(run));
+  EXPECT_EQ(list[1], RunJson(report));
+}
+
+TEST_F(InfoTest, SourceThatFailsDoesNotHideTheOthers) {
+  const std::string run = Make("run.raw");
+  const std::string missing = Path("missing.raw");
+  const ProcessResult result = Run({"info", missing, run, "--json"});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_EQ(result.errors, "zrml: there is no file or folder " + missing +
+                               "\nzrml: 1 of 2 sources are not shown: " + missing + "\n");
+  EXPECT_EQ(json::parse(result.output), json::array({RunJson(run)}));
+}
+
+// By name, also in folders of folders; not inside raw directories. A list, however many there are.
+TEST_F(InfoTest, FoldersAreSearched) {
+  const std::string first = Make("plate/b/run.raw");
+  Make("plate/b/run.raw/inside.raw");
+  const std::string second = Make("plate/vials.RPT", Vials());
+  const std::string third = Make("plate/z");  // a raw directory by another name
+  MakeFile("plate/notes.txt");
+  const auto sourcesOf = [&](const std::vector<std::string>& arguments) {
+    std::vector<json> sources;
+    for (const json& info : json::parse(Run(arguments).output)) sources.push_back(info["source"]);
+    return sources;
+  };
+  using Sources = std::vector<json>;
+  EXPECT_EQ(sourcesOf({"info", "-r", Path("plate"), "--json"}), (Sources{first, second, third}));
+  EXPECT_EQ(sourcesOf({"info", "-r", first, "--json"}), Sources{first});
+  ExpectFailure(Run({"info", Path("plate")}), 4,
+                Path("plate") + " is neither a raw directory nor a report; -r searches it for sources");
+  ExpectFailure(Run({"info", "-r", Path("scratch")}), 4, "there is no source in " + Path("scratch"));
+}
+
+// Types 1 and 9 of the function table.
+TEST_F(InfoTest, IonMonitoringIsAKindOfItsOwn) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions[0].record.type = 1;
+  raw.functions[1].record.type = 9;
+  const json functions = RunJson(Make("run.raw", raw))["samples"][0]["functions"];
+  EXPECT_EQ(functions[0]["kind"], "ion monitoring");
+  EXPECT_EQ(functions[1]["kind"], "reaction monitoring");
+  EXPECT_EQ(functions[0]["kindCode"], 2);  // as the interface has it
 }
 
 TEST_F(InfoTest, JsonIsEscapedToPlainLines) {

@@ -27,9 +27,10 @@ class OutputTest : public ZrmlTest {
 
 TEST_F(OutputTest, LargeSpectrumIsWhole) {
   const std::string output = RunLarge().output;
-  // The last mass is 100 + 99999 / 128, its intensity 99999 modulo 1000.
-  EXPECT_NE(output.find("\n# points: 100000\nm/z\tintensity\n100\t0\n100.0078125\t1\n"), std::string::npos);
-  EXPECT_TRUE(output.ends_with("\n881.2421875\t999\n")) << output.substr(output.size() - 100);
+  // The last mass is 100 + 99999 / 128 = 881.2421875, its intensity 99999 modulo 1000. Masses are of single
+  // precision, of which 100.00781 is 100.0078125.
+  EXPECT_NE(output.find("\n# points: 100000\nm/z\tintensity\n100\t0\n100.00781\t1\n"), std::string::npos);
+  EXPECT_TRUE(output.ends_with("\n881.2422\t999\n")) << output.substr(output.size() - 100);
   const std::size_t points = output.find("m/z\tintensity\n") + std::string("m/z\tintensity\n").size();
   EXPECT_EQ(std::count(output.begin() + static_cast<std::ptrdiff_t>(points), output.end(), '\n'), 100000);
 }

@@ -1,4 +1,4 @@
-// The program on a report: samples, functions, spectra, traces, metadata.
+// The program on a report: samples, functions, spectra, traces, metadata, and what is converted of it.
 #include <fstream>
 
 #include <nlohmann/json.hpp>
@@ -20,19 +20,34 @@ class ReportTest : public ZrmlTest {
   std::string path_ = Path("vials.rpt");
 };
 
-// Function 2 is analog. Function 3 has no description and takes that of its trace. Values of more than 60
-// characters are cut; all characters of the functions' text are counted, CR and LF too.
-TEST_F(ReportTest, InfoShowsEverySample) {
+// A line a sample: its functions, their scans, and all traces; function 2 of the first is analog.
+TEST_F(ReportTest, InfoListsTheSamples) {
   ExpectOutput(Run({"info", path_}), "Source    " + path_ + R"(
+Provider  ZROpenLynxRptProvider
+Content   processed report
+
+Samples
+  No  Name      Functions  Scans  Traces
+   1  VIAL_1            2      3       5
+   2  Sample 2          0      0       2
+   3  Sample 3          0      0       0
+
+--sample N shows what is in one of them.
+)");
+}
+
+// Function 3 has no description and takes that of its trace.
+TEST_F(ReportTest, InfoShowsASample) {
+  ExpectOutput(Run({"info", path_, "--sample", "1"}), "Source    " + path_ + R"(
 Provider  ZROpenLynxRptProvider
 Content   processed report
 
 Sample 1: VIAL_1
 
   Functions
-    No  Name           Kind            Level  Polarity  Scans     Minutes  Data      Dim
-     1  ES- MS survey  MS                  1  negative      3  0.5 to 2.5  centroid    2
-     3  SIM caffeine   ion monitoring      1  unknown       0           -  -           1
+    No  Name           Kind            Level  Polarity  Scans     Minutes  Data
+     1  ES- MS survey  MS                  1  negative      3  0.5 to 2.5  centroid
+     3  SIM caffeine   ion monitoring      1  unknown       0           -  -
 
   Traces of function 1
     1  TIC
@@ -51,35 +66,18 @@ Sample 1: VIAL_1
     SampleName             -
     AnalysisDateTime       1-Jan-2026T9:00
     InstrumentDescription  -
-    CompleteFunctionBlock  [FUNCTION]\r\n{\r\nDescription\tsurvey\r\nType\tMS\r\nIonMode\tES-\r\n[SP... (424 characters) (function 1)
-                           [FUNCTION]\r\n{\r\nType\tSIM\r\nNote\tnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn... (223 characters) (function 3)
-
-Sample 2: Sample 2
-
-  No functions
-
-  Traces
-    1  Pressure
-    2  Temperature
-
-  Metadata
-    ProviderName           ZROpenLynxRptProvider
-    OperatorName           -
-    SampleName             -
-    AnalysisDateTime       -
-    InstrumentDescription  -
-
-Sample 3: Sample 3
-
-  No functions
-
-  Metadata
-    ProviderName           ZROpenLynxRptProvider
-    OperatorName           -
-    SampleName             -
-    AnalysisDateTime       -
-    InstrumentDescription  -
 )");
+}
+
+// Of a value with more than 60 characters people see the first 60, programs all.
+TEST_F(ReportTest, LongValueIsCut) {
+  const std::string name(70, 'n');
+  const std::string path = Make("long.rpt", SampleBlock(Keys({{"UserName", name}})));
+  EXPECT_NE(Run({"info", path})
+                .output.find("OperatorName           " + name.substr(0, 60) + "... (70 characters)\n"),
+            std::string::npos);
+  EXPECT_EQ(json::parse(Run({"info", path, "--json"}).output)["samples"][0]["metadata"]["OperatorName"],
+            name);
 }
 
 TEST_F(ReportTest, InfoOfOneSample) {
@@ -100,19 +98,20 @@ Sample 3: Sample 3
     InstrumentDescription  -
 )");
   ExpectFailure(Run({"info", path_, "--sample", "4"}), 2,
-                "there is no sample 4: the source has samples 1 to 3");
+                "there is no sample 4: " + path_ + " has samples 1 to 3");
 }
 
-TEST_F(ReportTest, InfoAsJsonHasTheWholeText) {
+// The text of a function, an item of the interface, would be the report once more.
+TEST_F(ReportTest, InfoAsJsonHasNoText) {
   const json info = json::parse(Run({"info", path_, "--json"}).output);
   EXPECT_EQ(info["report"], true);
   ASSERT_EQ(info["samples"].size(), 3U);
   const json function = info["samples"][0]["functions"][1];
   EXPECT_EQ(function["kindCode"], 32);
-  EXPECT_EQ(function["metadata"]["CompleteFunctionBlock"],
-            "[FUNCTION]\r\n{\r\nType\tSIM\r\nNote\t" + std::string(100, 'n') +
-                "\r\n[CHROMATOGRAM]\r\n{\r\nDescription\tcaffeine\r\nMaxIntensity\t50\r\n"
-                "[TRACE]\r\n{\r\n1\t100\r\n2\t0\r\n}\r\n}\r\n}\r\n");
+  EXPECT_EQ(function["metadata"], json::parse(R"({
+    "ProviderName": "ZROpenLynxRptProvider", "OperatorName": "someone", "SampleName": "",
+    "AnalysisDateTime": "1-Jan-2026T9:00", "InstrumentDescription": ""
+  })"));
   EXPECT_EQ(info["samples"][1]["traces"],
             json::parse(R"([{"number": 1, "name": "Pressure"}, {"number": 2, "name": "Temperature"}])"));
   const json sample = json::parse(Run({"info", path_, "--json", "--sample", "2"}).output);
@@ -145,7 +144,7 @@ m/z	intensity
   EXPECT_TRUE(Run({"spectrum", path_, "--function", "1", "--scan", "3"})
                   .output.ends_with("# points: 0\nm/z\tintensity\n"));
   ExpectFailure(Run({"spectrum", path_, "--sample", "2", "--function", "1", "--scan", "1"}), 2,
-                "there is no function 1: sample 2 has no functions");
+                "there is no function 1: " + path_ + ", sample 2 has no functions");
 }
 
 TEST_F(ReportTest, ChromatogramsAreThoseOfTheReport) {
@@ -169,9 +168,9 @@ time	intensity
 2	0
 )");
   ExpectFailure(Run({"chromatogram", path_, "--sample", "2", "--trace", "3"}), 2,
-                "there is no trace 3: sample 2 has traces 1 to 2");
+                "there is no trace 3: " + path_ + ", sample 2 has traces 1 to 2");
   ExpectFailure(Run({"chromatogram", path_, "--sample", "3", "--trace", "1"}), 2,
-                "there is no trace 1: sample 3 has no traces");
+                "there is no trace 1: " + path_ + ", sample 3 has no traces");
 }
 
 TEST_F(ReportTest, TraceOfAFunction) {
@@ -196,8 +195,61 @@ TEST_F(ReportTest, TraceOfASampleAsJsonHasNoFunction) {
   EXPECT_EQ(trace["traceName"], "Pressure");
 }
 
-TEST_F(ReportTest, ChromatogramNeedsAFunctionOrATrace) {
-  ExpectFailure(Run({"chromatogram", path_}), 2, "--function is required (see zrml chromatogram --help)");
+// The totals that the report has for its three spectra; function 3 is no survey.
+TEST_F(ReportTest, ChromatogramOfASampleIsItsTotal) {
+  EXPECT_TRUE(Run({"chromatogram", path_})
+                  .output.ends_with("# functions: 1\n# type: total\n# points: 3\ntime\tintensity\n"
+                                    "0.5\t7\n1.5\t7\n2.5\t7\n"));
+  ExpectFailure(Run({"chromatogram", path_, "--sample", "3"}), 2,
+                path_ + ", sample 3 has no MS function of level 1; --function chooses one of no functions");
+}
+
+TEST_F(ReportTest, TotalThatNoKeyTellsIsNotMadeUp) {
+  const auto spectrum = [](const char* time) {
+    return SpectrumBlock(Keys({{"Time", time}, {"BPI", "200"}}), {{100, 50}});
+  };
+  const std::string path =
+      Make("bare.rpt", SampleBlock(FunctionBlock(Keys({{"Type", "MS"}}) + spectrum("1") + spectrum("2")) +
+                                   FunctionBlock(Keys({{"Type", "MS2"}}) + spectrum("1"))));
+  ExpectFailure(Run({"chromatogram", path}), 2,
+                path + " does not tell its total ion current; --range adds up points");
+  EXPECT_EQ(Run({"convert", path, "--stdout"}).output.find("total ion current chromatogram"),
+            std::string::npos);
+}
+
+TEST_F(ReportTest, ConvertedSpectraSayHowTheyWereMade) {
+  const std::string path =
+      Make("combined.rpt",
+           SampleBlock(FunctionBlock(
+               Keys({{"Type", "MS"}}) +
+               SpectrumBlock(Keys({{"Process", "Combine (5:9-1:3)"}, {"Time", "1"}}), {{100, 50}}))));
+  const std::string output = Run({"convert", path, "--stdout"}).output;
+  EXPECT_NE(output.find("name=\"sum of spectra\"/>\n<userParam name=\"process\" type=\"xsd:string\" "
+                        "value=\"Combine (5:9-1:3)\"/>"),
+            std::string::npos)
+      << output;
+}
+
+// Of MRM the function's kind is one with SIM, but not what its channels are.
+TEST_F(ReportTest, ReactionsAreNotIons) {
+  const auto converted = [&](const char* type) {
+    const std::string path =
+        Make(std::string(type) + ".rpt",
+             SampleBlock(
+                 FunctionBlock(Keys({{"Type", type}}) + SpectrumBlock(Keys({{"Time", "1"}}), {{100, 50}}))));
+    return Run({"convert", path, "--stdout", "--monitored-spectra"}).output;
+  };
+  for (const char* part : {"name=\"SIM spectrum\"", "name=\"selected ion monitoring chromatogram\""}) {
+    EXPECT_NE(converted("SIM").find(part), std::string::npos) << part;
+    EXPECT_EQ(converted("MRM").find(part), std::string::npos) << part;
+  }
+  for (const char* part : {"name=\"SRM spectrum\"", "name=\"selected reaction monitoring chromatogram\"",
+                           "name=\"ms level\" value=\"2\""}) {
+    EXPECT_NE(converted("MRM").find(part), std::string::npos) << part;
+  }
+}
+
+TEST_F(ReportTest, TraceExcludesWhatChoosesPoints) {
   ExpectFailure(Run({"chromatogram", path_, "--trace", "1", "--bpc"}), 2,
                 "--bpc excludes --trace (see zrml chromatogram --help)");
   ExpectFailure(Run({"chromatogram", path_, "--trace", "1", "--range", "1-2"}), 2,

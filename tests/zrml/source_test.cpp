@@ -33,7 +33,7 @@ TEST_F(SourceTest, EmptyPathIsWrongUsage) { ExpectFailure(Run({"info", ""}), 2, 
 
 TEST_F(SourceTest, FolderThatIsNoSourceIsStatus4) {
   ExpectFailure(Run({"info", Path("scratch")}), 4,
-                Path("scratch") + " is neither a raw directory nor a report");
+                Path("scratch") + " is neither a raw directory nor a report; -r searches it for sources");
 }
 
 // The header's first line is that of something else.
@@ -50,14 +50,16 @@ TEST_F(SourceTest, DataFileChoosesItsFunction) {
   const ProcessResult result = Run({"info", file});
   EXPECT_EQ(Top(result), "Source    " + file +
                              "\nProvider  ZRMLProvider\nContent   raw acquisition\n\nSample 1: Injection 1");
-  EXPECT_NE(result.output.find("\n     2  TOF MS/MS ES-  "), std::string::npos) << result.output;
+  EXPECT_NE(result.output.find("\n     2  _FUNC002.DAT  TOF MS/MS ES-  "), std::string::npos)
+      << result.output;
   EXPECT_EQ(result.output.find("Lock Mass"), std::string::npos);
 }
 
 TEST_F(SourceTest, DataFileInTheCurrentFolder) {
   Make("run.raw");
   setup_.folder = folder_ / "run.raw";
-  EXPECT_NE(Run({"info", "_FUNC002.DAT"}).output.find("\n     2  TOF MS/MS ES-  "), std::string::npos);
+  EXPECT_NE(Run({"info", "_FUNC002.DAT"}).output.find("\n     2  _FUNC002.DAT  TOF MS/MS ES-  "),
+            std::string::npos);
 }
 
 TEST_F(SourceTest, FileInAnyOtherFolderIsStatus4) {
@@ -68,7 +70,7 @@ TEST_F(SourceTest, FileInAnyOtherFolderIsStatus4) {
 TEST_F(SourceTest, ReportInARawDirectoryIsAReport) {
   Make("run.raw");
   const std::string file = Make("run.raw/vials.rpt", Vials());
-  EXPECT_EQ(Top(Run({"info", file})),
+  EXPECT_EQ(Top(Run({"info", file, "--sample", "1"})),
             "Source    " + file +
                 "\nProvider  ZROpenLynxRptProvider\nContent   processed report\n\nSample 1: VIAL_1");
 }

@@ -123,26 +123,41 @@ TEST_F(SpectrumTest, SampleOfAReportIsChosenByNumber) {
     return Run({"spectrum", report, "--function", "1", "--scan", "2", "--sample", sample});
   };
   EXPECT_TRUE(run("1").output.ends_with("m/z\tintensity\n200\t50\n"));
-  ExpectFailure(run("2"), 2, "there is no function 1: sample 2 has no functions");
-  ExpectFailure(run("4"), 2, "there is no sample 4: the source has samples 1 to 3");
+  ExpectFailure(run("2"), 2, "there is no function 1: " + report + ", sample 2 has no functions");
+  ExpectFailure(run("4"), 2, "there is no sample 4: " + report + " has samples 1 to 3");
 }
 
 TEST_F(SpectrumTest, NumbersThatAreNotThereTellThoseThatAre) {
-  ExpectFailure(RunSpectrum("5", 1), 2, "there is no function 5: sample 1 has functions 1 to 4, 6, p1");
-  ExpectFailure(RunSpectrum("p2", 1), 2, "there is no function p2: sample 1 has functions 1 to 4, 6, p1");
-  ExpectFailure(RunSpectrum("p1.2", 1), 2, "there is no function p1.2: sample 1 has functions 1 to 4, 6, p1");
+  for (const char* function : {"7", "p2", "p1.2"}) {
+    ExpectFailure(
+        RunSpectrum(function, 1), 2,
+        "there is no function " + std::string(function) + ": " + path_ + " has functions 1 to 4, 6, p1");
+  }
   ExpectFailure(RunSpectrum("1", 4), 2, "there is no scan 4: function 1 has scans 1 to 3");
   ExpectFailure(RunSpectrum("3", 1), 2, "there is no scan 1: function 3 has no scans");
   ExpectFailure(RunSpectrum("6", 2), 2, "there is no scan 2: function 6 has only scan 1");
   ExpectFailure(RunSpectrum("p1", 2), 2, "there is no scan 2: function p1 has only scan 1");
   ExpectFailure(RunSpectrum("1", 1, {"--sample", "2"}), 2,
-                "there is no sample 2: the source has only sample 1");
+                "there is no sample 2: " + path_ + " has only sample 1");
 }
 
 TEST_F(SpectrumTest, DataFileIsTheOnlyFunction) {
   path_ += "/_FUNC006.DAT";
   EXPECT_TRUE(RunSpectrum("6", 1).output.ends_with("\n556.25\t9\n"));
-  ExpectFailure(RunSpectrum("1", 1), 2, "there is no function 1: sample 1 has only function 6");
+  EXPECT_TRUE(Run({"spectrum", path_, "--scan", "1"}).output.ends_with("\n556.25\t9\n"));
+  ExpectFailure(RunSpectrum("1", 1), 2, "there is no function 1: " + path_ + " has only function 6");
+}
+
+TEST_F(SpectrumTest, FunctionIsRequiredWhereThereAreSeveral) {
+  ExpectFailure(Run({"spectrum", path_, "--scan", "1"}), 2,
+                "--function is required: " + path_ + " has functions 1 to 4, 6, p1");
+}
+
+// Whose data file has no other, and which has a number like the others.
+TEST_F(SpectrumTest, AbsorbanceGoesByItsFileAndItsNumberToo) {
+  const std::string wanted = "\n# points: 1\nwavelength\tabsorbance\n210\t4\n";
+  EXPECT_TRUE(RunSpectrum("5", 2).output.ends_with(wanted));
+  EXPECT_TRUE(Run({"spectrum", path_ + "/_FUNC005.DAT", "--scan", "2"}).output.ends_with(wanted));
 }
 
 TEST_F(SpectrumTest, ScanThatCannotBeReadIsStatus5) {
@@ -195,9 +210,10 @@ wavelength	absorbance
 
 TEST_F(SpectrumTest, AbsorbanceThatIsNotThereFails) {
   ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "3"}), 2,
-                "there is no absorbance scan 3: sample 1 has absorbance scans 1 to 2");
-  ExpectFailure(Run({"spectrum", Make("vials.rpt", Vials()), "--absorbance", "--scan", "1"}), 2,
-                "there is no absorbance scan 1: sample 1 has no absorbance scans");
+                "there is no absorbance scan 3: " + path_ + " has absorbance scans 1 to 2");
+  const std::string report = Make("vials.rpt", Vials());
+  ExpectFailure(Run({"spectrum", report, "--absorbance", "--scan", "1"}), 2,
+                "there is no absorbance scan 1: " + report + ", sample 1 has no absorbance scans");
   ExpectFailure(RunSpectrum("1", 1, {"--absorbance"}), 2,
                 "--function excludes --absorbance (see zrml spectrum --help)");
   ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "1", "--bin", "1"}), 2,

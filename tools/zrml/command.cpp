@@ -52,15 +52,21 @@ FunctionCommand::FunctionCommand(CLI::App& parser, const std::string& name, cons
   AddParsed(Options(), "--function", function_, source::ParseFunctionId, "a function such as 4, p2 or p2.2",
             "The function, by the number of its files; p2 is processed data")
       ->option_text("N");
-  Options().parse_complete_callback([this] {
-    if (NeedsFunction() && !HasFunction()) throw CLI::RequiredError("--function");
-  });
   AddNumber(Options(), "--sample", sample_, "The sample, counted from 1; the first by default");
 }
 
 FunctionPosition FunctionCommand::Find(source::Source& source) const {
-  return function_ ? FindFunction(source, sample_, *function_)
-                   : FunctionPosition{FindSample(source, sample_)};
+  if (function_) return FindFunction(source, sample_, *function_);
+  const int sample = FindItsSample(source);
+  const std::span<const source::Function> functions = source.Functions(sample);
+  if (functions.size() == 1) return {sample, 0};
+  throw Failure(ExitStatus::kWrongUsage, "--function is required: " + NameOf(source, sample) + " has " +
+                                             FunctionsText(source, sample));
+}
+
+bool FunctionCommand::IsAbsorbance(source::Source& source, int sample) const {
+  if (!source.HasAbsorbance(sample)) return false;
+  return function_ ? *function_ == source.AbsorbanceFunction(sample).id : source.Functions(sample).empty();
 }
 
 }  // namespace zrml::tool

@@ -66,17 +66,17 @@ class SourceCommand : public Command {
   bool wantsJson_ = false;
 };
 
-/// --sample and --function, which choose a function, or a sample where another option makes the function
-/// optional.
+/// --sample and --function, which choose a function. It may be left out where the source has no other one, as
+/// a data file of a raw directory has.
 class FunctionCommand : public SourceCommand {
  protected:
   FunctionCommand(CLI::App& parser, const std::string& name, const std::string& description);
-  /// Without --function the sample alone counts.
+  /// Throws a Failure when the source has several functions and none is given.
   FunctionPosition Find(source::Source& source) const;
+  int FindItsSample(source::Source& source) const { return FindSample(source, sample_); }
   bool HasFunction() const { return function_.has_value(); }
-
-  /// Whether the options given ask for something of a function.
-  virtual bool NeedsFunction() const { return true; }
+  /// Whether the function that is given, or the only one, is the absorbance function.
+  bool IsAbsorbance(source::Source& source, int sample) const;
 
  private:
   int sample_ = 1;

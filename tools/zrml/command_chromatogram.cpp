@@ -1,9 +1,11 @@
 // zrml chromatogram: one point per scan of a function, or a trace recorded beside the scans.
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <vector>
 
+#include "convert/total_ions.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/printout.h"
@@ -35,7 +37,8 @@ class ChromatogramCommand : public FunctionCommand {
       : FunctionCommand(parser, "chromatogram",
                         "Print a chromatogram of a function, one point per scan, or a trace") {
     CLI::Option* total = Options().add_flag("--tic");
-    total->description("The total ion chromatogram (default)")->option_text(" ");
+    total->description("The total ion chromatogram (default); without --function that of the sample")
+        ->option_text(" ");
     CLI::Option* basePeak = Options().add_flag("--bpc", isBasePeak_, "The base peak chromatogram");
     basePeak->excludes(total)->option_text(" ");
     CLI::Option* range = Options().add_option_function<std::string>(
@@ -51,13 +54,43 @@ class ChromatogramCommand : public FunctionCommand {
 
   void Run(Output& out) override {
     const std::unique_ptr<source::Source> source = OpenSource(Path());
-    trace_ != 0 ? PrintTrace(*source, out) : PrintChromatogram(*source, out);
+    if (trace_ != 0) return PrintTrace(*source, out);
+    const int sample = FindItsSample(*source);
+    const bool isOfSample =
+        !HasFunction() && !isBasePeak_ && !range_ && source->Functions(sample).size() != 1;
+    isOfSample ? PrintTotal(*source, sample, out) : PrintChromatogram(*source, out);
   }
 
- protected:
-  bool NeedsFunction() const override { return trace_ == 0; }
-
  private:
+  // Of the sample, as the TIC of a converted file.
+  void PrintTotal(source::Source& source, int sample, Output& out) const {
+    convert::TotalIonFunctions surveys;
+    source::Chromatogram total;
+    std::string names;
+    const std::span<const source::Function> functions = source.Functions(sample);
+    for (int i = 0; i < static_cast<int>(functions.size()); ++i) {
+      const source::Function& function = functions[static_cast<std::size_t>(i)];
+      if (!surveys.Take(function)) continue;
+      names += (names.empty() ? "" : ",") + source::TextOf(function.id);
+      convert::Append(total, Reading(source, [&] { return source.TotalIons(sample, i); }));
+    }
+    if (names.empty()) {
+      throw Failure(ExitStatus::kWrongUsage, NameOf(source, sample) +
+                                                 " has no MS function of level 1; --function "
+                                                 "chooses one of " +
+                                                 FunctionsText(source, sample));
+    }
+    if (std::all_of(total.intensities.begin(), total.intensities.end(),
+                    [](double value) { return std::isnan(value); }) &&
+        !total.intensities.empty())
+      throw Failure(ExitStatus::kWrongUsage,
+                    NameOf(source, sample) + " does not tell its total ion current; --range adds up points");
+    convert::SortByTime(total);
+    Printout printout = PrintoutOf(source, sample);
+    printout.Add({{"functions", names}, {"type", std::string("total")}});
+    PrintPoints(total, printout, out);
+  }
+
   void PrintChromatogram(source::Source& source, Output& out) const {
     const FunctionPosition at = Find(source);
     const source::Chromatogram chromatogram = Reading(source, [&] { return Read(source, at); });
@@ -78,11 +111,11 @@ class ChromatogramCommand : public FunctionCommand {
   }
 
   void PrintTrace(source::Source& source, Output& out) const {
-    const FunctionPosition at = Find(source);
+    const FunctionPosition at = HasFunction() ? Find(source) : FunctionPosition{FindItsSample(source)};
     const std::vector<source::Trace> traces =
         HasFunction() ? source.FunctionTraces(at.sample, at.function) : source.Traces(at.sample);
-    const std::string owner = HasFunction() ? "function " + source::TextOf(FunctionAt(source, at).id)
-                                            : "sample " + std::to_string(at.sample + 1);
+    const std::string owner =
+        HasFunction() ? "function " + source::TextOf(FunctionAt(source, at).id) : NameOf(source, at.sample);
     const int position = PositionOf(trace_, static_cast<int>(traces.size()), "trace", owner);
     const source::Trace& trace = traces[static_cast<std::size_t>(position)];
     Printout printout = HasFunction() ? PrintoutOf(source, at) : PrintoutOf(source, at.sample);

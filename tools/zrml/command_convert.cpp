@@ -1,6 +1,6 @@
 // zrml convert: sources into files of open formats.
+#include <algorithm>
 #include <functional>
-#include <new>
 #include <optional>
 
 #include "convert/convert.h"
@@ -25,33 +25,7 @@ constexpr int kFilesToOpen = 8;
 constexpr int kFilesOfAWorker = 3;
 constexpr int kFilesBesides = 8;
 
-Failure SomeFailed(const std::vector<std::string>& failed, std::size_t all, const std::string& what) {
-  std::string list;
-  for (const std::string& each : failed) list += (list.empty() ? "" : ", ") + each;
-  return {ExitStatus::kSomeFailed, std::to_string(failed.size()) + " of " + std::to_string(all) + ' ' + what +
-                                       " are not converted: " + list};
-}
-
-// Whether `convert` succeeds. Otherwise its failure is printed, since others go on, or passed on, when there
-// are none.
-bool Survives(bool isAlone, const std::string& what, const std::function<void()>& convert) {
-  try {
-    convert();
-    return true;
-  } catch (const Failure& failure) {
-    if (isAlone) throw;
-    PrintError(failure.message);
-  } catch (const std::bad_alloc&) {
-    if (isAlone) throw;
-    PrintError("not enough memory for " + what);
-  }
-  return false;
-}
-
-// For messages.
-std::string NameOf(source::Source& source, int sample) {
-  return source.SampleCount() > 1 ? source.Path() + ", sample " + std::to_string(sample + 1) : source.Path();
-}
+constexpr const char* kFailed = "are not converted";
 
 // All sources of a command, one after the other.
 class Batch {
@@ -60,15 +34,13 @@ class Batch {
 
   // A source that fails does not stop the others.
   void ConvertAll() {
-    const std::vector<std::string>& paths = request_.paths;
-    std::vector<std::string> failed;
-    for (const std::string& path : paths) {
-      if (!Survives(paths.size() == 1, path, [&] { ConvertSource(path); })) failed.push_back(path);
+    try {
+      ForEachSource(request_.paths, kFailed, [&](const std::string& path) { ConvertSource(path); });
+    } catch (const Failure&) {
+      if (unprinted_) PrintError(unprinted_->message);
+      throw;
     }
-    if (failed.empty() && unprinted_) throw Failure(*unprinted_);
-    if (failed.empty()) return;
-    if (unprinted_) PrintError(unprinted_->message);
-    throw SomeFailed(failed, paths.size(), "sources");
+    if (unprinted_) throw Failure(*unprinted_);
   }
 
  private:
@@ -76,7 +48,7 @@ class Batch {
     // Without room for its files a source would look as if they were lost.
     const auto open = [&] {
       RequireFiles(kFilesToOpen);
-      return OpenSource(path);
+      return OpenListed(path);
     };
     try {
       convert::SourceInUse source(path, request_.threads, open);
@@ -100,19 +72,18 @@ class Batch {
       throw Failure(ExitStatus::kWrongUsage,
                     path + " has " + std::to_string(count) + " samples; --sample chooses one");
     }
-    std::vector<std::string> failed;
-    for (int sample = 0; sample < count; ++sample) {
-      const auto convert = [&] { ConvertSample(source, sample); };
-      if (!Survives(count == 1, NameOf(source.First(), sample), convert))
-        failed.push_back(std::to_string(sample + 1));
-    }
-    if (!failed.empty()) throw SomeFailed(failed, static_cast<std::size_t>(count), "samples of " + path);
+    std::vector<std::string> names;
+    for (int sample = 1; sample <= count; ++sample) names.push_back(std::to_string(sample));
+    ForEach(names, "samples of " + path, kFailed,
+            [&](std::size_t sample) { ConvertSample(source, static_cast<int>(sample)); });
   }
 
   // Until there is a target nothing needs to be cleaned up, and the system itself ends the program.
   void ConvertSample(convert::SourceInUse& source, int sample) {
     if (IsInterrupted()) throw source::Cancelled();  // when the one before was all but done
+    if (request_.isKept && IsDone(source.First(), sample)) return;
     damage_.Look(source.First(), sample, NameOf(source.First(), sample));
+    RequireFunctions(source.First(), sample);
     if (request_.isToStandardOutput) {
       const InterruptionWatch watch;
       StandardOutput target;
@@ -131,6 +102,29 @@ class Batch {
     Convert(source, sample, path, *target);
     made_.Add(path);
     if (!request_.isQuiet && !isPrintingOver_) PrintPath(path);
+  }
+
+  // Whether it has become what it would become now.
+  bool IsDone(source::Source& source, int sample) const {
+    if (request_.isToStandardOutput) return false;
+    const std::string path = TargetPath(request_, source, sample);
+    const bool isDone = IsCurrent(path, request_, source.Path());
+    if (isDone && request_.isVerbose) PrintError(source.Path() + " -> " + path + ": is there already");
+    if (!isDone && !request_.isForced && platform::IsThere(platform::FromUtf8Path(path)))
+      throw Failure(ExitStatus::kUnreadable,
+                    path + " is older than its source, or not whole; --force replaces it");
+    return isDone;
+  }
+
+  // Names of functions of which there is none are a mistake, as they are elsewhere.
+  void RequireFunctions(source::Source& source, int sample) const {
+    const convert::FunctionSet& wanted = request_.conversion.selection.functions;
+    std::vector<source::Function> functions(source.Functions(sample).begin(), source.Functions(sample).end());
+    if (source.HasAbsorbance(sample)) functions.push_back(source.AbsorbanceFunction(sample));
+    const bool hasAny =
+        std::any_of(functions.begin(), functions.end(),
+                    [&](const source::Function& function) { return wanted.Has(function.id); });
+    if (!hasAny && !wanted.Named().empty()) FindFunction(source, sample + 1, wanted.Named().front());
   }
 
   // The file is there also when its name cannot be printed, which fails the command, at its end, but no
@@ -168,6 +162,7 @@ class Batch {
                                                             request_.isGzipped ? gzip : plain, hooks);
       bar.Clear();
       damage_.Report(result, name);
+      ReportAbsorbance(result.absorbance, name);
       if (request_.isVerbose) Describe(source.First(), path, result);
     } catch (const convert::Error& error) {
       throw FailureOf(error, name + ": ");
@@ -176,9 +171,16 @@ class Batch {
     }
   }
 
+  void ReportAbsorbance(convert::Absorbance absorbance, const std::string& name) const {
+    if (request_.isQuiet || absorbance != convert::Absorbance::kTakenAlone) return;
+    PrintError(name + ": there are no mass spectra, so its absorbance spectra are converted");
+  }
+
   static void Describe(source::Source& source, const std::string& path, const convert::Result& result) {
-    PrintError(source.Path() + " -> " + path + ": " + std::to_string(result.spectra) + " spectra, " +
-               std::to_string(result.chromatograms) + " chromatograms");
+    PrintError(
+        source.Path() + " -> " + path + ": " + std::to_string(result.spectra) + " spectra, " +
+        std::to_string(result.chromatograms) + " chromatograms" +
+        (result.absorbance == convert::Absorbance::kLeftOut ? ", without absorbance (--absorbance)" : ""));
   }
 
   const ConvertRequest& request_;

@@ -9,10 +9,13 @@
 
 #include "source/names.h"
 #include "tools/zrml/command.h"
+#include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
+#include "tools/zrml/host_system.h"
 #include "tools/zrml/json_writer.h"
-#include "tools/zrml/metadata.h"
 #include "tools/zrml/names.h"
+#include "tools/zrml/progress_bar.h"
+#include "tools/zrml/source_list.h"
 #include "tools/zrml/text_table.h"
 
 namespace zrml::tool {
@@ -20,17 +23,6 @@ namespace {
 
 using Align = TextTable::Align;
 using Metadata = std::vector<source::MetadataItem>;
-
-bool IsReport(const source::Source& source) { return source.GetFormat() == source::Format::kReport; }
-
-int FunctionCount(source::Source& source, int sample) {
-  return static_cast<int>(source.Functions(sample).size());
-}
-
-// As the first function has it.
-Metadata SampleMetadataOf(source::Source& source, int sample) {
-  return MetadataOf(source, sample, FunctionCount(source, sample) > 0 ? std::optional(0) : std::nullopt);
-}
 
 // What info says of a function: a member of the JSON form, and a column of the text unless that has no title.
 struct Field {
@@ -42,7 +34,7 @@ struct Field {
 
 constexpr std::array<Field, 14> kFields = {{
     {"number", "No", Align::kRight},
-    {"file"},
+    {"file", "File"},
     {"name", "Name"},
     {"kind", "Kind"},
     {"kindCode"},
@@ -53,7 +45,7 @@ constexpr std::array<Field, 14> kFields = {{
     {"minutes", "Minutes", Align::kRight},
     {"massRange", "m/z", Align::kRight},
     {"centroided", "Data"},
-    {"dimensions", "Dim", Align::kRight},
+    {"dimensions"},
     {"driftBins", "Drift bins", Align::kRight},
 }};
 
@@ -83,7 +75,7 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
       ValueOf(function.id),
       function.file.empty() ? Value() : Value(function.file),
       function.name,
-      NameOf(function.kind),
+      KindNameOf(function),
       KindCode(function.kind),
       function.msLevel,
       NameOf(function.scanType),
@@ -95,6 +87,56 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
       1 + (function.hasMobility ? 1 : 0) + (scans > 1 ? 1 : 0),  // m/z, drift and time
       function.hasMobility ? Value(driftBins) : Value(),
   };
+}
+
+// What info says of a source, read whole before any of it is printed.
+struct FunctionInfo {
+  std::string name;  // "p2"
+  std::array<Value, kFields.size()> values = {};
+  std::vector<source::Trace> traces = {};
+  Metadata metadata = {};
+};
+
+struct SampleInfo {
+  int number = 0;
+  std::string name = {};
+  std::vector<FunctionInfo> functions = {};
+  std::int64_t scans = 0;
+  std::vector<source::Trace> traces = {};
+  std::optional<source::Function> absorbance = {};
+  int absorbanceScans = 0;
+  Metadata metadata = {};
+};
+
+struct SourceInfo {
+  std::string path;
+  source::Format format = source::Format::kRawDirectory;
+  std::vector<SampleInfo> samples = {};
+  bool isPlate = false;  // of several samples, of which none is asked for
+
+  bool IsReport() const { return format == source::Format::kReport; }
+};
+
+// A report's function has its text as an item besides, which would be the report once more.
+SampleInfo ReadSample(source::Source& source, int sample, const source::Progress& progress) {
+  SampleInfo info = {.number = sample + 1, .name = source.SampleName(sample)};
+  const Metadata items = source.SampleMetadata(sample);
+  const int functions = static_cast<int>(source.Functions(sample).size());
+  for (int i = 0; i < functions; ++i) {
+    info.scans += source.ScanCount(sample, i);
+    info.functions.push_back({TextOf(FunctionAt(source, {sample, i}).id), ValuesOf(source, {sample, i}),
+                              source.FunctionTraces(sample, i),
+                              source::Merged(items, source.FunctionMetadata(sample, i))});
+    progress(info.functions.size(), static_cast<std::size_t>(functions));
+  }
+  info.traces = source.Traces(sample);
+  if (source.HasAbsorbance(sample)) {
+    info.absorbance = source.AbsorbanceFunction(sample);
+    info.absorbanceScans = source.AbsorbanceScanCount(sample);
+  }
+  info.metadata =
+      info.functions.empty() ? items : info.functions.front().metadata;  // as the first one has it
+  return info;
 }
 
 // JSON
@@ -113,39 +155,37 @@ void WriteMetadata(const Metadata& items, JsonWriter& json) {
   });
 }
 
-void WriteFunction(source::Source& source, const FunctionPosition& at, JsonWriter& json) {
+void WriteFunction(const FunctionInfo& function, JsonWriter& json) {
   json.Object([&] {
-    const auto values = ValuesOf(source, at);
-    for (std::size_t i = 0; i < kFields.size(); ++i) json.Key(kFields[i].key).Put(values[i]);
-    WriteNames(source.FunctionTraces(at.sample, at.function), json.Key("traces"));
-    WriteMetadata(MetadataOf(source, at.sample, at.function), json.Key("metadata"));
+    for (std::size_t i = 0; i < kFields.size(); ++i) json.Key(kFields[i].key).Put(function.values[i]);
+    WriteNames(function.traces, json.Key("traces"));
+    WriteMetadata(function.metadata, json.Key("metadata"));
   });
 }
 
-void WriteSample(source::Source& source, int sample, JsonWriter& json) {
+void WriteSample(const SampleInfo& sample, JsonWriter& json) {
   json.Object([&] {
-    json.Members({{"number", sample + 1}, {"name", source.SampleName(sample)}});
+    json.Members({{"number", sample.number}, {"name", sample.name}});
     json.Key("functions").Array([&] {
-      for (int i = 0; i < FunctionCount(source, sample); ++i) WriteFunction(source, {sample, i}, json);
+      for (const FunctionInfo& function : sample.functions) WriteFunction(function, json);
     });
-    WriteNames(source.Traces(sample), json.Key("traces"));
-    const bool hasAbsorbance = source.HasAbsorbance(sample);
-    json.Key("absorbanceScans").Put(hasAbsorbance ? Value(source.AbsorbanceScanCount(sample)) : Value());
-    WriteMetadata(SampleMetadataOf(source, sample), json.Key("metadata"));
+    WriteNames(sample.traces, json.Key("traces"));
+    const bool hasAbsorbance = sample.absorbance.has_value();
+    json.Members({{"absorbanceFunction", hasAbsorbance ? ValueOf(sample.absorbance->id) : Value()},
+                  {"absorbanceFile", hasAbsorbance ? Value(sample.absorbance->file) : Value()},
+                  {"absorbanceScans", hasAbsorbance ? Value(sample.absorbanceScans) : Value()}});
+    WriteMetadata(sample.metadata, json.Key("metadata"));
   });
 }
 
-void PrintJson(source::Source& source, const std::vector<int>& samples, Output& out) {
-  JsonWriter json(out);
+void WriteSource(const SourceInfo& source, JsonWriter& json) {
   json.Object([&] {
-    json.Members({{"source", source.Path()},
-                  {"provider", ProviderName(source.GetFormat())},
-                  {"report", IsReport(source)}});
+    json.Members(
+        {{"source", source.path}, {"provider", ProviderName(source.format)}, {"report", source.IsReport()}});
     json.Key("samples").Array([&] {
-      for (const int sample : samples) WriteSample(source, sample, json);
+      for (const SampleInfo& sample : source.samples) WriteSample(sample, json);
     });
   });
-  json.Finish();
 }
 
 // Text
@@ -158,12 +198,11 @@ std::string CellText(const Field& field, const Value& value) {
   if (const auto* const isCentroided = std::get_if<bool>(&value))
     return *isCentroided ? "centroid" : "continuum";
   const std::string text = TextOf(value);
-  return text == field.nothing ? TextTable::kNothing : text;
+  return text == field.nothing ? TextTable::kNothing : OrNothing(text);
 }
 
-void PrintFunctions(source::Source& source, int sample, Output& out) {
-  const int count = FunctionCount(source, sample);
-  if (count == 0) {
+void PrintFunctions(const SampleInfo& sample, Output& out) {
+  if (sample.functions.empty()) {
     out.Text("\n  No functions\n");
     return;
   }
@@ -172,11 +211,10 @@ void PrintFunctions(source::Source& source, int sample, Output& out) {
     if (!field.title.empty()) columns.push_back({std::string(field.title), field.align});
   }
   TextTable table(columns);
-  for (int function = 0; function < count; ++function) {
-    const auto values = ValuesOf(source, {sample, function});
+  for (const FunctionInfo& function : sample.functions) {
     std::vector<std::string> row;
     for (std::size_t i = 0; i < kFields.size(); ++i) {
-      if (!kFields[i].title.empty()) row.push_back(CellText(kFields[i], values[i]));
+      if (!kFields[i].title.empty()) row.push_back(CellText(kFields[i], function.values[i]));
     }
     table.AddRow(std::move(row));
   }
@@ -194,41 +232,28 @@ void PrintNames(const std::string& title, const std::vector<source::Trace>& item
   table.Print("    ", out);
 }
 
-struct FunctionMetadata {
-  std::string function;
-  Metadata items;
-};
-
-std::vector<FunctionMetadata> MetadataOfFunctions(source::Source& source, int sample) {
-  std::vector<FunctionMetadata> all(source.Functions(sample).size());
-  for (int i = 0; i < static_cast<int>(all.size()); ++i)
-    all[static_cast<std::size_t>(i)] = {TextOf(FunctionAt(source, {sample, i}).id),
-                                        MetadataOf(source, sample, i)};
-  return all;
-}
-
 // The values of one key, each with the functions that have it.
 using ValueUses = std::vector<std::pair<std::string_view, std::vector<std::string>>>;
 
-ValueUses UsesOf(const source::MetadataItem& item, const std::vector<FunctionMetadata>& functions) {
+ValueUses UsesOf(const source::MetadataItem& item, const std::vector<FunctionInfo>& functions) {
   constexpr std::string_view kNone;
   const auto textOf = [&](const source::MetadataItem& any) {
     return any.value ? std::string_view(*any.value) : kNone;
   };
   ValueUses uses = {{textOf(item), {}}};  // the first function's, or the sample's without functions
   std::unordered_map<std::string_view, std::size_t> places = {{textOf(item), 0}};
-  for (const FunctionMetadata& function : functions) {
-    for (const source::MetadataItem& own : function.items) {
+  for (const FunctionInfo& function : functions) {
+    for (const source::MetadataItem& own : function.metadata) {
       if (own.key != item.key) continue;
       const auto [place, isNew] = places.emplace(textOf(own), uses.size());
       if (isNew) uses.emplace_back(place->first, std::vector<std::string>());
-      uses[place->second].second.push_back(function.function);
+      uses[place->second].second.push_back(function.name);
     }
   }
   return uses;
 }
 
-// A report's item can be all the text of a function; people see how it begins.
+// People see how a long one begins.
 std::string ShownValue(std::string_view value) {
   constexpr std::size_t kShown = 60;
   const std::size_t size = CharacterCount(value);
@@ -242,13 +267,11 @@ std::string FunctionList(const std::vector<std::string>& names) {
   return text + ")";
 }
 
-void PrintMetadata(source::Source& source, int sample, Output& out) {
-  const std::vector<FunctionMetadata> functions = MetadataOfFunctions(source, sample);
-  const Metadata items = functions.empty() ? source.SampleMetadata(sample) : functions.front().items;
-  if (items.empty()) return;
+void PrintMetadata(const SampleInfo& sample, Output& out) {
+  if (sample.metadata.empty()) return;
   TextTable table({{""}, {""}});
-  for (const source::MetadataItem& item : items) {
-    const ValueUses uses = UsesOf(item, functions);
+  for (const source::MetadataItem& item : sample.metadata) {
+    const ValueUses uses = UsesOf(item, sample.functions);
     std::string key = OrNothing(VisibleText(item.key));
     for (const auto& [value, users] : uses) {
       table.AddRow({key, uses.size() == 1 ? ShownValue(value) : ShownValue(value) + FunctionList(users)});
@@ -259,44 +282,110 @@ void PrintMetadata(source::Source& source, int sample, Output& out) {
   table.Print("    ", out);
 }
 
-void PrintSample(source::Source& source, int sample, Output& out) {
-  out.Text("\nSample " + std::to_string(sample + 1) + ": " +
-           OrNothing(VisibleText(source.SampleName(sample))) + "\n");
-  PrintFunctions(source, sample, out);
-  for (int i = 0; i < FunctionCount(source, sample); ++i) {
-    PrintNames("Traces of function " + TextOf(FunctionAt(source, {sample, i}).id),
-               source.FunctionTraces(sample, i), out);
+void PrintSample(const SampleInfo& sample, Output& out) {
+  out.Text("\nSample " + std::to_string(sample.number) + ": " + OrNothing(VisibleText(sample.name)) + "\n");
+  PrintFunctions(sample, out);
+  for (const FunctionInfo& function : sample.functions)
+    PrintNames("Traces of function " + function.name, function.traces, out);
+  PrintNames("Traces", sample.traces, out);
+  if (sample.absorbance) {
+    out.Text("\n  Absorbance\n    function " + TextOf(sample.absorbance->id) + ", " +
+             VisibleText(sample.absorbance->file) + ": " + Counted(sample.absorbanceScans, "scan") + "\n");
   }
-  PrintNames("Traces", source.Traces(sample), out);
-  if (source.HasAbsorbance(sample)) {
-    out.Text("\n  Absorbance\n    " + std::to_string(source.AbsorbanceScanCount(sample)) + " scans\n");
-  }
-  PrintMetadata(source, sample, out);
+  PrintMetadata(sample, out);
 }
 
-void PrintText(source::Source& source, const std::vector<int>& samples, Output& out) {
+// A line a sample: a plate has many, and one of them is looked at next.
+void PrintPlate(const SourceInfo& source, Output& out) {
+  TextTable table({{"No", Align::kRight},
+                   {"Name"},
+                   {"Functions", Align::kRight},
+                   {"Scans", Align::kRight},
+                   {"Traces", Align::kRight}});
+  for (const SampleInfo& sample : source.samples) {
+    std::size_t traces = sample.traces.size();
+    for (const FunctionInfo& function : sample.functions) traces += function.traces.size();
+    table.AddRow({std::to_string(sample.number), OrNothing(VisibleText(sample.name)),
+                  std::to_string(sample.functions.size()), std::to_string(sample.scans),
+                  std::to_string(traces)});
+  }
+  out.Text("\nSamples\n");
+  table.Print("  ", out);
+  out.Text("\n--sample N shows what is in one of them.\n");
+}
+
+void PrintSource(const SourceInfo& source, Output& out) {
   TextTable table({{""}, {""}});
-  table.AddRow({"Source", VisibleText(source.Path())});
-  table.AddRow({"Provider", ProviderName(source.GetFormat())});
-  table.AddRow({"Content", IsReport(source) ? "processed report" : "raw acquisition"});
+  table.AddRow({"Source", VisibleText(source.path)});
+  table.AddRow({"Provider", ProviderName(source.format)});
+  table.AddRow({"Content", source.IsReport() ? "processed report" : "raw acquisition"});
   table.Print("", out);
-  for (const int sample : samples) PrintSample(source, sample, out);
+  if (source.isPlate) return PrintPlate(source, out);
+  for (const SampleInfo& sample : source.samples) PrintSample(sample, out);
 }
 
-class InfoCommand : public SourceCommand {
+class InfoCommand : public Command {
  public:
   explicit InfoCommand(CLI::App& parser)
-      : SourceCommand(parser, "info", "Show what a data source holds: samples, functions, traces, metadata") {
+      : Command(parser, "info", "Show what data sources hold: samples, functions, traces, metadata") {
+    AddSourceArguments(Options(), sources_);
+    Options().add_flag("--json", wantsJson_, "Print JSON, for programs: an object, or a list of several");
     AddNumber(Options(), "--sample", sample_, "The sample, counted from 1; all by default");
   }
 
   void Run(Output& out) override {
-    const std::unique_ptr<source::Source> source = OpenSource(Path());
-    const std::vector<int> samples = Samples(*source);
-    WantsJson() ? PrintJson(*source, samples, out) : PrintText(*source, samples, out);
+    const std::vector<std::string> sources = ListSources(sources_);
+    JsonWriter json(out);
+    if (wantsJson_ && sources_.IsList()) {
+      json.Array([&] { ShowAll(sources, json, out); });
+    } else {
+      ShowAll(sources, json, out);
+    }
+    if (wantsJson_) json.Finish();
+    if (failure_) {
+      out.Finish();
+      throw Failure(*failure_);
+    }
   }
 
  private:
+  // What fails is not shown, and the list is written to its end all the same.
+  void ShowAll(const std::vector<std::string>& sources, JsonWriter& json, Output& out) {
+    const auto show = [&](const std::string& path) { Show(path, json, out); };
+    try {
+      ForEachSource(sources, "are not shown", show);
+    } catch (const Failure& failure) {
+      if (!sources_.IsList()) throw;
+      failure_ = failure;
+    }
+  }
+
+  void Show(const std::string& path, JsonWriter& json, Output& out) {
+    const SourceInfo info = Read(path);
+    if (wantsJson_) return WriteSource(info, json);
+    if (shown_++ > 0) out.Text("\n");
+    PrintSource(info, out);
+  }
+
+  SourceInfo Read(const std::string& path) const {
+    constexpr std::size_t kParts = 1000;  // of a sample, for the bar
+    const std::unique_ptr<source::Source> source = OpenListed(path);
+    ProgressBar bar(IsErrorTerminal(), path);
+    try {
+      const std::vector<int> samples = Samples(*source);
+      SourceInfo info = {.path = path, .format = source->GetFormat()};
+      info.isPlate = samples.size() > 1;
+      for (const int sample : samples) {
+        info.samples.push_back(ReadSample(*source, sample, [&](std::size_t done, std::size_t all) {
+          bar.Update(info.samples.size() * kParts + kParts * done / all, samples.size() * kParts);
+        }));
+      }
+      return info;
+    } catch (const source::Error& error) {
+      throw FailureOf(error);
+    }
+  }
+
   std::vector<int> Samples(source::Source& source) const {
     if (sample_ != 0) return {FindSample(source, sample_)};
     std::vector<int> samples(static_cast<std::size_t>(source.SampleCount()));
@@ -304,7 +393,11 @@ class InfoCommand : public SourceCommand {
     return samples;
   }
 
+  SourceArguments sources_;
+  bool wantsJson_ = false;
   int sample_ = 0;
+  int shown_ = 0;
+  std::optional<Failure> failure_;
 };
 
 }  // namespace

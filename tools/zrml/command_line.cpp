@@ -26,12 +26,12 @@ using Commands = std::vector<std::unique_ptr<Command>>;
 Commands SetUp(CLI::App& parser) {
   parser.name("zrml");
   parser.description("Reads mass-spectrometry data: MassLynx raw directories and OpenLynx reports.");
-  parser.footer("zrml COMMAND --help tells more about a command.");
+  parser.footer("zrml help COMMAND, or zrml COMMAND --help, tells more about a command.");
   parser.allow_windows_style_options(false);  // a slash begins a path
   parser.get_formatter()->label("SUBCOMMAND", "COMMAND");
   parser.get_formatter()->label("Positionals", "Arguments");
   parser.get_formatter()->column_width(28);
-  parser.set_version_flag("--version", "zrml " ZRML_VERSION, "Print the version of this program");
+  parser.set_version_flag("-V,--version", "zrml " ZRML_VERSION, "Print the version of this program");
   parser.require_subcommand(1);
   Commands commands;
   for (const auto make : kCommands) commands.push_back(make(parser));
@@ -60,12 +60,25 @@ Failure WrongUsage(const CLI::App& parser, const CLI::ParseError& error) {
   return Failure(ExitStatus::kWrongUsage, ProblemOf(parser, error) + " (see " + help + " --help)");
 }
 
+// Other ways to say what the parser knows: "help", "help COMMAND", and --json ahead of the command.
+void Translate(std::vector<std::string>& arguments) {
+  if (arguments.empty()) return;
+  if (arguments.front() == "help") {
+    arguments.erase(arguments.begin());
+    arguments.push_back("--help");
+  } else if (arguments.front() == "--json") {
+    std::rotate(arguments.begin(), arguments.begin() + 1, arguments.end());
+  }
+}
+
 // The parser's help and version, or the chosen command's result.
 void Run(CLI::App& parser, const Commands& commands, std::vector<std::string> arguments, Output& out) {
+  Translate(arguments);
   std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the end
   try {
     parser.parse(std::move(arguments));
-  } catch (const CLI::CallForHelp&) {
+  } catch (const CLI::CallForHelp& call) {
+    if (parser.get_subcommands().empty() && !parser.remaining().empty()) throw WrongUsage(parser, call);
     return out.Text(parser.help());
   } catch (const CLI::CallForVersion& version) {
     return out.Text(std::string(version.what()) + "\n");

@@ -75,11 +75,10 @@ class SpectrumCommand : public FunctionCommand {
 
   void Run(Output& out) override {
     const std::unique_ptr<source::Source> source = OpenSource(Path());
-    isAbsorbance_ ? PrintAbsorbance(*source, out) : PrintSpectrum(*source, out);
+    const int sample = FindItsSample(*source);
+    const bool isAbsorbance = isAbsorbance_ || (bin_ == 0 && IsAbsorbance(*source, sample));
+    isAbsorbance ? PrintAbsorbance(*source, sample, out) : PrintSpectrum(*source, out);
   }
-
- protected:
-  bool NeedsFunction() const override { return !isAbsorbance_; }
 
  private:
   void PrintSpectrum(source::Source& source, Output& out) const {
@@ -119,10 +118,9 @@ class SpectrumCommand : public FunctionCommand {
     return points;
   }
 
-  void PrintAbsorbance(source::Source& source, Output& out) const {
-    const int sample = Find(source).sample;
+  void PrintAbsorbance(source::Source& source, int sample, Output& out) const {
     const int scans = source.HasAbsorbance(sample) ? source.AbsorbanceScanCount(sample) : 0;
-    const int scan = PositionOf(scan_, scans, "absorbance scan", "sample " + std::to_string(sample + 1));
+    const int scan = PositionOf(scan_, scans, "absorbance scan", NameOf(source, sample));
     std::vector<double> wavelengths;
     std::vector<double> values;
     Reading(source, [&] { source.ReadAbsorbance(sample, scan, wavelengths, values); });

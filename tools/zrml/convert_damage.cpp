@@ -22,6 +22,8 @@ Failure FailureOf(const convert::Error& error, const std::string& front) {
   switch (error.Kind()) {
     case convert::ErrorKind::kNothingSelected:
       return {ExitStatus::kWrongUsage, message};
+    case convert::ErrorKind::kProfile:
+      return {ExitStatus::kWrongUsage, message + " (--profile writes it all the same)"};
     case convert::ErrorKind::kTargetExists:
       return {ExitStatus::kUnreadable, message + "; --force replaces it"};
     case convert::ErrorKind::kSourceDamaged:

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "common/text.h"
 #include "convert/native_path.h"
 #include "convert/threads.h"
 #include "tools/zrml/command.h"
@@ -40,14 +41,28 @@ constexpr std::array<ArrayName, 3> kArrays = {{
     {"time", &ArrayOptions::times},
 }};
 
+constexpr std::string_view kGzipExtension = ".gz";
 constexpr int kMostThreads = 256;
 constexpr int kMostThreadsUnasked = 8;
 
 std::optional<convert::Format> ParseFormat(std::string_view text) {
+  const std::string lower = ToLower(text);
   for (const FormatName& entry : kFormats) {
-    if (entry.name == text) return entry.format;
+    if (entry.name == lower) return entry.format;
   }
   return std::nullopt;
+}
+
+std::string_view NameOf(convert::Format format) { return kFormats.at(static_cast<std::size_t>(format)).name; }
+
+bool IsNameOfGzip(const std::string& file) { return ToLower(file).ends_with(kGzipExtension); }
+
+// What the end of a file's name says, before ".gz".
+std::optional<convert::Format> FormatOfName(const std::string& file) {
+  std::string_view name = file;
+  if (IsNameOfGzip(file)) name.remove_suffix(kGzipExtension.size());
+  const std::size_t point = name.rfind('.');
+  return point == name.npos ? std::nullopt : ParseFormat(name.substr(point + 1));
 }
 
 void SetPrecision(const std::string& option, const std::string& name, Precision precision,
@@ -83,11 +98,7 @@ void AddPrecision(CLI::App& options, const std::string& option, Precision precis
 }
 
 void AddSourceOptions(CLI::App& options, ConvertRequest& request) {
-  options
-      .add_option("PATH", request.paths,
-                  "The data sources: raw directories, data files of them, report files")
-      ->option_text("REQUIRED ...")
-      ->required();
+  AddSourceArguments(options, request.sources);
   AddNumber(options, "--threads", request.threads,
             "How many threads; by default as many as there are processors, at most 8", kMostThreads);
 }
@@ -96,18 +107,24 @@ void AddTargetOptions(CLI::App& options, ConvertRequest& request) {
   CLI::Option* const folder = options.add_option("-o,--output", request.folder,
                                                  "The folder for the files; the current one by default");
   folder->option_text("DIR")->check(IsNotEmpty());
-  CLI::Option* const file = options.add_option("-b,--file", request.file, "The file, for a single source");
+  CLI::Option* const file = options.add_option(
+      "-b,--file", request.file,
+      "The file, for a single source; its name says the format: .mzML, .mgf, .tsv, with .gz");
   file->option_text("FILE")->check(IsNotEmpty())->excludes(folder);
   CLI::Option* const standard = options.add_flag("--stdout", request.isToStandardOutput,
                                                  "To standard output; mzML is not indexed then");
   standard->excludes(folder)->excludes(file)->option_text(" ");
   options.add_flag("--force", request.isForced, "Replace files that exist");
+  options.add_flag("--skip-existing", request.isKept,
+                   "Leave out what has become a file already that is whole and newer than its source");
 }
 
 void AddFormatOptions(CLI::App& options, ConvertRequest& request) {
-  AddParsed(options, "--format", request.conversion.format, ParseFormat, "mzml, mgf or tsv",
+  AddParsed(options, "--format", request.format, ParseFormat, "mzml, mgf or tsv",
             "mzml (default), mgf (MS/MS functions only) or tsv (a row for each point)")
       ->option_text("FORMAT");
+  options.add_flag("--profile", request.conversion.selection.hasProfiles,
+                   "Write MGF of profile spectra, too");
   options.add_flag_callback(
       "--no-index", [&request] { request.conversion.isIndexed = false; },
       "Write mzML without index and checksum");
@@ -139,6 +156,9 @@ void AddSelectionOptions(CLI::App& options, ConvertRequest& request) {
       ->option_text("LIST");
   AddNumberSet(options, "--ms-level", selection.msLevels, "MS levels, such as 2-");
   options.add_flag("--exclude-lock-mass", selection.isLockMassExcluded, "Leave reference functions out");
+  options.add_flag("--absorbance", selection.hasAbsorbance, "Write absorbance spectra beside mass spectra");
+  options.add_flag("--monitored-spectra", selection.hasMonitoredSpectra,
+                   "Write spectra of ion monitoring, too, beside the chromatograms of its channels");
   AddNumber(options, "--sample", request.sample, "The sample of a report, counted from 1; all by default");
 }
 
@@ -155,6 +175,25 @@ void RefuseFolderAsFile(const std::string& file) {
   if (file.empty()) return;
   const bool isFolder = convert::EndsAsFolder(file) || platform::IsDirectory(platform::FromUtf8Path(file));
   if (isFolder) throw Failure(ExitStatus::kWrongUsage, file + " is a folder; -o takes one, -b a file");
+}
+
+[[noreturn]] void Contradict(const std::string& file, const std::string& option) {
+  throw Failure(ExitStatus::kWrongUsage, "the name " + file + " contradicts " + option);
+}
+
+// A name says what the file is, for whoever gives it to another program.
+void TakeFormat(ConvertRequest& request) {
+  const std::optional<convert::Format> named = FormatOfName(request.file);
+  if (named && request.format && named != request.format)
+    Contradict(request.file, "--format " + std::string(NameOf(*request.format)));
+  if (named && request.isGzipped && !IsNameOfGzip(request.file)) Contradict(request.file, "--gzip");
+  request.isGzipped = request.isGzipped || IsNameOfGzip(request.file);
+  request.conversion.format = request.format.value_or(named.value_or(convert::Format::kMzml));
+}
+
+void RefuseFileAsFolder(const std::string& folder) {
+  if (!FormatOfName(folder)) return;
+  throw Failure(ExitStatus::kWrongUsage, folder + " is the name of a file; -b takes one, -o a folder");
 }
 
 void MakeFolder(const std::string& folder) {
@@ -179,6 +218,9 @@ std::string ExtensionOf(convert::Format format) {
 }
 
 void Complete(ConvertRequest& request) {
+  TakeFormat(request);
+  RefuseFileAsFolder(request.folder);
+  request.paths = ListSources(request.sources);
   if (request.paths.size() > 1 && (request.isToStandardOutput || !request.file.empty()))
     throw Failure(ExitStatus::kWrongUsage, "several sources do not fit into one file");
   if (request.threads == 0) request.threads = std::min(convert::ProcessorCount(), kMostThreadsUnasked);

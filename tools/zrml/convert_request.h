@@ -1,24 +1,29 @@
 // What the user asks of `zrml convert`: the options of the command line, parsed and checked.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "convert/convert.h"
+#include "tools/zrml/source_list.h"
 
 namespace zrml::tool {
 
 struct ConvertRequest {
-  std::vector<std::string> paths = {};
-  int sample = 0;   // from 1; 0 for all
-  int threads = 0;  // 0 when not given, until the request is completed
+  SourceArguments sources = {};
+  std::vector<std::string> paths = {};  // of the sources, once the request is completed
+  int sample = 0;                       // from 1; 0 for all
+  int threads = 0;                      // 0 when not given, until the request is completed
 
   std::string folder = {};  // of the files; empty for the current one
   std::string file = {};    // empty unless named
   bool isToStandardOutput = false;
+  std::optional<convert::Format> format = {};  // none when not given, until the request is completed
   bool isForced = false;
+  bool isKept = false;  // what exists, is whole and newer than its source
   bool isGzipped = false;
 
   bool isQuiet = false;

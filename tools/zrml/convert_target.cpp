@@ -5,8 +5,10 @@
 #include "convert/error.h"
 #include "convert/native_path.h"
 #include "convert/source_files.h"
+#include "convert/whole_file.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/host_system.h"
+#include "tools/zrml/output.h"
 
 namespace zrml::tool {
 
@@ -15,6 +17,13 @@ std::string TargetPath(const ConvertRequest& request, source::Source& source, in
   return convert::InFolder(request.folder, convert::RunName(source, sample) +
                                                ExtensionOf(request.conversion.format) +
                                                (request.isGzipped ? ".gz" : ""));
+}
+
+bool IsCurrent(const std::string& path, const ConvertRequest& request, const std::string& source) {
+  const platform::SystemPath target = platform::FromUtf8Path(path);
+  return platform::IsFile(target) && !platform::IsDevice(target) &&
+         platform::StampOf(target).written > convert::SourceStamp(source).LastWritten() &&
+         convert::IsWhole(target, request.conversion.format, request.isGzipped);
 }
 
 void RefuseUnlessFile(const std::string& path) {
@@ -45,7 +54,7 @@ void StandardOutput::Write(std::string_view bytes) {
   const WriteResult result = WriteStream(Stream::kOutput, bytes, error);
   if (result == WriteResult::kWritten) return;
   if (result == WriteResult::kInterrupted) throw source::Cancelled();
-  if (result == WriteResult::kReaderGone) error = "its reader is gone";
+  if (result == WriteResult::kReaderGone) throw ReaderGone();
   throw convert::Error(convert::ErrorKind::kTargetUnwritable,
                        "cannot write to standard output (" + error + ")");
 }

@@ -16,6 +16,9 @@ namespace zrml::tool {
 /// The path that a sample becomes.
 std::string TargetPath(const ConvertRequest& request, source::Source& source, int sample);
 
+/// Whether at `path` there is what the source at `source` would become: a whole file, newer than the source.
+bool IsCurrent(const std::string& path, const ConvertRequest& request, const std::string& source);
+
 /// Throws a Failure when at `path` there is what no file can replace.
 void RefuseUnlessFile(const std::string& path);
 

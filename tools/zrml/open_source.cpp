@@ -36,11 +36,15 @@ bool IsSameName(const FunctionId& a, const FunctionId& b) {
 }
 
 // `list` of the `count` things that there are, by number.
+std::string ListText(const std::string& noun, int count, const std::string& list) {
+  if (count < 1) return "no " + noun + 's';
+  return (count == 1 ? "only " + noun : noun + 's') + ' ' + list;
+}
+
 [[noreturn]] void Refuse(const std::string& noun, const std::string& name, const std::string& owner,
-                         int count, const std::string& list) {
-  const std::string some = (count == 1 ? "only " + noun : noun + 's') + ' ' + list;
-  throw Failure(ExitStatus::kWrongUsage, "there is no " + noun + ' ' + name + ": " + owner + " has " +
-                                             (count < 1 ? "no " + noun + 's' : some));
+                         const std::string& others) {
+  throw Failure(ExitStatus::kWrongUsage,
+                "there is no " + noun + ' ' + name + ": " + owner + " has " + others);
 }
 
 }  // namespace
@@ -61,13 +65,23 @@ void RequireFiles(int count) {
                 "cannot have " + std::to_string(count) + " more files open (" + error + ")");
 }
 
+std::string NameOf(source::Source& source, int sample) {
+  return source.SampleCount() > 1 ? source.Path() + ", sample " + std::to_string(sample + 1) : source.Path();
+}
+
 int PositionOf(int number, int count, const std::string& noun, const std::string& owner) {
   if (number >= 1 && number <= count) return number - 1;
-  Refuse(noun, std::to_string(number), owner, count, count == 1 ? "1" : "1 to " + std::to_string(count));
+  Refuse(noun, std::to_string(number), owner,
+         ListText(noun, count, count == 1 ? "1" : "1 to " + std::to_string(count)));
 }
 
 int FindSample(source::Source& source, int sampleNumber) {
-  return PositionOf(sampleNumber, source.SampleCount(), "sample", "the source");
+  return PositionOf(sampleNumber, source.SampleCount(), "sample", source.Path());
+}
+
+std::string FunctionsText(source::Source& source, int sample) {
+  const std::span<const source::Function> functions = source.Functions(sample);
+  return ListText("function", static_cast<int>(functions.size()), ListOf(functions));
 }
 
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const FunctionId& id) {
@@ -76,10 +90,8 @@ FunctionPosition FindFunction(source::Source& source, int sampleNumber, const Fu
   const auto found = std::find_if(functions.begin(), functions.end(), [&](const source::Function& function) {
     return IsSameName(function.id, id);
   });
-  if (found == functions.end()) {
-    Refuse("function", TextOf(id), "sample " + std::to_string(sampleNumber),
-           static_cast<int>(functions.size()), ListOf(functions));
-  }
+  if (found == functions.end())
+    Refuse("function", TextOf(id), NameOf(source, sample), FunctionsText(source, sample));
   return {sample, static_cast<int>(found - functions.begin())};
 }
 

@@ -25,6 +25,9 @@ auto Reading(const source::Source& source, Read read) {
 /// Throws a Failure when the system would not let `count` more files be open at once.
 void RequireFiles(int count);
 
+/// A sample for messages: the path, with the number of the sample when it is one of several.
+std::string NameOf(source::Source& source, int sample);
+
 /// The position of the thing that the user called `number`. Throws a Failure, wrong usage, unless it is one
 /// of 1 to `count`; `noun` and `owner` ("scan", "function 2") name it and what holds it.
 int PositionOf(int number, int count, const std::string& noun, const std::string& owner);
@@ -35,6 +38,8 @@ struct FunctionPosition {
   int function = 0;
 };
 int FindSample(source::Source& source, int sampleNumber);
+/// "functions 1 to 4, 6, p1", "no functions".
+std::string FunctionsText(source::Source& source, int sample);
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
 const source::Function& FunctionAt(source::Source& source, const FunctionPosition& position);
 

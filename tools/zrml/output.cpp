@@ -7,6 +7,7 @@
 namespace zrml::tool {
 
 void Output::Number(double value) { AppendNumber(value, buffer_); }
+void Output::ShortNumber(double value) { AppendShortNumber(value, buffer_); }
 
 void Output::Finish() {
   std::string error;

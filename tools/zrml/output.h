@@ -20,6 +20,7 @@ class Output {
     if (buffer_.size() >= kPiece) Finish();
   }
   void Number(double value);
+  void ShortNumber(double value);
 
   void Finish();
 

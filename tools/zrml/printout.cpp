@@ -39,7 +39,7 @@ void PrintText(const Printout& printout, Output& out) {
   const std::size_t rows = printout.columns.front().values.size();
   for (std::size_t row = 0; row < rows; ++row) {
     for (const Column& column : printout.columns) {
-      out.Number(column.values[row]);
+      out.ShortNumber(column.values[row]);
       out.Text(separator(column));
     }
   }

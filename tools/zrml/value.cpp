@@ -11,9 +11,9 @@ struct TextWriter {
   std::string operator()(std::monostate) const { return {}; }
   std::string operator()(bool value) const { return value ? "true" : "false"; }
   std::string operator()(std::int64_t value) const { return std::to_string(value); }
-  std::string operator()(double value) const { return Number(value); }
+  std::string operator()(double value) const { return ShortNumber(value); }
   std::string operator()(const source::Range& range) const {
-    return Number(range.low) + " to " + Number(range.high);
+    return ShortNumber(range.low) + " to " + ShortNumber(range.high);
   }
   std::string operator()(const std::string& value) const { return VisibleText(value); }
 };

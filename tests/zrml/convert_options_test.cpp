@@ -1,0 +1,210 @@
+// zrml convert: what names say, what is skipped, which spectra are chosen, and folders of sources.
+#include <chrono>
+#include <fstream>
+
+#include "tests/zrml/vials.h"
+#include "tests/zrml/zrml_run.h"
+
+namespace zrml::test {
+namespace {
+
+class ConvertOptionsTest : public ZrmlTest {
+ protected:
+  ProcessResult Convert(std::vector<std::string> more) const {
+    more.insert(more.begin(), {"convert", path_});
+    return Run(more);
+  }
+
+  std::string Converted(std::vector<std::string> more) const {
+    more.push_back("--stdout");
+    const ProcessResult result = Convert(std::move(more));
+    EXPECT_EQ(result.status, 0) << result.errors;
+    return result.output;
+  }
+
+  std::string Contents(const std::string& name) const { return ReadBytes(folder_ / name); }
+
+  // As if it had been written so many hours ago.
+  void SetAge(const std::string& name, int hours) const {
+    std::filesystem::last_write_time(
+        folder_ / name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(hours));
+  }
+
+  std::string path_ = Make("run.raw");
+};
+
+std::size_t Count(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+struct NameCase {
+  const char* name;
+  const char* begins;
+};
+
+TEST_F(ConvertOptionsTest, NamesSayTheFormat) {
+  const NameCase cases[] = {
+      {"a.mzML", "<?xml "},          {"a.MZML", "<?xml "},
+      {"a.mgf", "BEGIN IONS\n"},     {"a.tsv", "function\tscan"},
+      {"a.mzML.gz", "\x1F\x8B\x08"}, {"a.Mgf.GZ", "\x1F\x8B\x08"},
+      {"a.xml", "<?xml "},           {"a", "<?xml "},
+  };
+  for (const NameCase& named : cases) {
+    SCOPED_TRACE(named.name);
+    const std::string file = Path(std::string("names/") + named.name);
+    std::filesystem::create_directories(folder_ / "names");
+    ExpectOutput(Convert({"-b", file, "--function", "1,2", "--force"}), file + "\n");
+    EXPECT_TRUE(Contents(std::string("names/") + named.name).starts_with(named.begins));
+  }
+}
+
+TEST_F(ConvertOptionsTest, OptionsGoWithNamesThatSayTheSameOrNothing) {
+  for (const std::vector<std::string>& same :
+       {std::vector<std::string>{"-b", Path("a.mgf"), "--format", "MGF"},
+        {"-b", Path("b.mzML.gz"), "--gzip"},
+        {"-b", Path("c.txt"), "--format", "Tsv"}}) {
+    std::vector<std::string> arguments = same;
+    arguments.insert(arguments.end(), {"--function", "1,2"});
+    EXPECT_EQ(Convert(arguments).status, 0) << same[1];
+  }
+  EXPECT_TRUE(Contents("c.txt").starts_with("function\tscan"));
+}
+
+TEST_F(ConvertOptionsTest, NameThatContradictsIsRefused) {
+  const std::string file = Path("x.mgf");
+  ExpectFailure(Convert({"-b", file, "--format", "tsv"}), 2,
+                "the name " + file + " contradicts --format tsv");
+  ExpectFailure(Convert({"-b", file, "--gzip"}), 2, "the name " + file + " contradicts --gzip");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "x.mgf"));
+}
+
+TEST_F(ConvertOptionsTest, FileIsNoFolder) {
+  for (const char* name : {"out.mzML", "out.tsv.gz"}) {
+    ExpectFailure(Convert({"-o", Path(name)}), 2,
+                  Path(name) + " is the name of a file; -b takes one, -o a folder");
+    EXPECT_FALSE(std::filesystem::exists(folder_ / name));
+  }
+  ExpectOutput(Convert({"-o", Path("out.mzML/"), "--function", "1"}), Path("out.mzML/") + "run.mzML\n");
+}
+
+TEST_F(ConvertOptionsTest, WhatIsWholeAndNewerIsSkipped) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder_ / "run.raw"))
+    SetAge("run.raw/" + entry.path().filename().string(), 2);
+  for (const std::string name :
+       {"out/run.mzML", "out/run.mgf", "out/run.tsv", "out/run.mzML.gz", "out/run.mgf.gz"}) {
+    SCOPED_TRACE(name);
+    const bool isGzipped = name.ends_with(".gz");
+    const std::string bare = name.substr(0, name.size() - (isGzipped ? 3 : 0));
+    std::vector<std::string> arguments = {"-o",
+                                          Path("out"),
+                                          "--function",
+                                          "1,2",
+                                          "--format",
+                                          bare.substr(bare.rfind('.') + 1),
+                                          "--skip-existing"};
+    if (isGzipped) arguments.push_back("--gzip");
+    ExpectOutput(Convert(arguments), Path(name) + "\n");
+    const std::string converted = Contents(name);
+    SetAge(name, 1);
+    const auto written = std::filesystem::last_write_time(folder_ / name);
+    ExpectOutput(Convert(arguments), "");
+    EXPECT_EQ(std::filesystem::last_write_time(folder_ / name), written);
+
+    const std::string why = Path(name) + " is older than its source, or not whole; --force replaces it";
+    SetAge(name, 3);
+    ExpectFailure(Convert(arguments), 5, why);
+    std::filesystem::resize_file(folder_ / name, converted.size() - 2);
+    ExpectFailure(Convert(arguments), 5, why);
+    arguments.push_back("--force");
+    ExpectOutput(Convert(arguments), Path(name) + "\n");
+    EXPECT_EQ(Contents(name), converted);
+  }
+}
+
+TEST_F(ConvertOptionsTest, SkippedFileIsToldVerbosely) {
+  const std::vector<std::string> arguments = {"-o", Path("out"), "--function", "1", "--skip-existing", "-v"};
+  EXPECT_EQ(Convert(arguments).status, 0);
+  const ProcessResult again = Convert(arguments);
+  EXPECT_EQ(again.output, "");
+  EXPECT_EQ(again.errors, "zrml: " + path_ + " -> " + Path("out") + "/run.mzML: is there already\n");
+}
+
+TEST_F(ConvertOptionsTest, FoldersAreSearched) {
+  Make("plate/one.raw");
+  Make("plate/more/two.raw");
+  ExpectOutput(Run({"convert", "-r", Path("plate"), "-o", Path("out"), "--function", "1"}),
+               Path("out") + "/two.mzML\n" + Path("out") + "/one.mzML\n");
+  ExpectFailure(Run({"convert", Path("plate"), "-o", Path("out")}), 4,
+                Path("plate") + " is neither a raw directory nor a report; -r searches it for sources");
+}
+
+// Function 5 has two of them.
+TEST_F(ConvertOptionsTest, AbsorbanceIsWrittenOnRequest) {
+  const std::vector<std::string> rest = {"--function", "1,2,6,p1"};
+  const auto spectra = [&](std::vector<std::string> more) {
+    return Count(Converted(std::move(more)),
+                 "name=\"electromagnetic radiation spectrum\"/>\n<cvParam cvRef=\"MS\" "
+                 "accession=\"MS:1000128\"");
+  };
+  EXPECT_EQ(spectra({"--damaged"}), 0U);  // function 4 cannot be read
+  EXPECT_EQ(spectra({"--function", "1,2,6,p1", "--absorbance"}), 2U);
+  EXPECT_EQ(spectra({"--function", "1,5"}), 2U);
+  EXPECT_NE(Convert({"--stdout", "--damaged", "-v"})
+                .errors.find(" chromatograms, without absorbance (--absorbance)\n"),
+            std::string::npos);
+}
+
+TEST_F(ConvertOptionsTest, AbsorbanceAloneIsWritten) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions = {raw.functions[4]};
+  raw.history.clear();
+  raw.processed.clear();
+  path_ = Make("detector.raw", raw);
+  const ProcessResult result = Convert({"-o", Path("out")});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, Path("out") + "/detector.mzML\n");
+  EXPECT_EQ(result.errors,
+            "zrml: " + path_ + ": there are no mass spectra, so its absorbance spectra are converted\n");
+  EXPECT_EQ(Count(Contents("out/detector.mzML"), "<spectrum "), 2U);
+  EXPECT_EQ(Convert({"-o", Path("out"), "-q", "--force"}).errors, "");
+}
+
+// The products of function 2, of type 9, with one channel at 50.5.
+TEST_F(ConvertOptionsTest, MonitoringIsChromatogramsAndSpectraOnRequest) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions[1].record.type = 9;
+  path_ = Make("channels.raw", raw);
+  const std::string bare = Converted({"--function", "2"});
+  EXPECT_EQ(Count(bare, "<spectrum "), 0U);
+  EXPECT_EQ(Count(bare, "id=\"function 2 channel 1: 50.5\" defaultArrayLength=\"2\""), 1U);
+  EXPECT_EQ(Count(Converted({"--function", "2", "--monitored-spectra"}), "<spectrum "), 2U);
+  EXPECT_EQ(Count(Converted({"--function", "1,2", "--ms-level", "1"}), "<spectrum "), 3U);
+}
+
+TEST_F(ConvertOptionsTest, ProfilesAreNoMgfUnlessAskedFor) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  for (ScanFiles& scan : raw.functions[1].scans) scan.index.centroidState = CentroidState::kProfile;
+  path_ = Make("profiles.raw", raw);
+  const std::vector<std::string> asked = {"--format", "mgf", "--function", "2", "--stdout"};
+  ExpectFailure(
+      Convert(asked), 2,
+      path_ + ": scan 1 of function 2 is a profile, and MGF is for peaks (--profile writes it all the same)");
+  EXPECT_EQ(Count(Converted({"--format", "mgf", "--function", "2", "--profile"}), "BEGIN IONS"), 2U);
+}
+
+// Also from one of its data files: the function is that of the directory.
+TEST_F(ConvertOptionsTest, FileIsTheSameHoweverItsSourceIsTyped) {
+  setup_.folder = folder_;
+  const std::string wanted = Converted({"--function", "1"});
+  for (const char* typed : {"run.raw", "./run.raw", "run.raw/", "scratch/../run.raw", ".//run.raw//"}) {
+    path_ = typed;
+    EXPECT_EQ(Converted({"--function", "1"}), wanted) << typed;
+  }
+  path_ = "run.raw/_FUNC006.DAT";
+  EXPECT_EQ(Count(Converted({}), "id=\"function=6 process=0 scan=1\""), 1U);
+}
+
+}  // namespace
+}  // namespace zrml::test

@@ -1,0 +1,137 @@
+#include "tools/zrml/source_list.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <new>
+#include <string_view>
+#include <system_error>
+
+#include "common/text.h"
+#include "convert/native_path.h"
+#include "tools/zrml/command.h"
+#include "tools/zrml/failure.h"
+#include "tools/zrml/open_source.h"
+#include "tools/zrml/output.h"
+
+namespace zrml::tool {
+namespace {
+
+using convert::SystemPath;
+
+// Any of them makes a folder a raw directory, whole or not.
+constexpr std::array<const char*, 6> kRawFiles = {"_HEADER.TXT",  "_header.txt",  "_FUNCTNS.INF",
+                                                  "_functns.inf", "_FUNC001.DAT", "_func001.dat"};
+
+struct FolderEntry {
+  std::string path;
+  bool isFolder = false;
+
+  bool operator<(const FolderEntry& other) const { return path < other.path; }
+};
+
+bool IsRawDirectory(const std::string& path) {
+  if (ToLower(path).ends_with(".raw")) return true;
+  const SystemPath folder = platform::FromUtf8Path(path);
+  return std::any_of(kRawFiles.begin(), kRawFiles.end(), [&](const char* file) {
+    return platform::IsThere(platform::PathIn(folder, platform::FromUtf8Path(file)));
+  });
+}
+
+// In reverse order, for a stack. Links to folders are left alone: they may lead in circles.
+std::vector<FolderEntry> EntriesOf(const std::string& folder, std::error_code& error) {
+  std::vector<FolderEntry> entries;
+  std::filesystem::directory_iterator entry(platform::FromUtf8Path(folder), error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    std::error_code unknown;
+    const bool isFolder = entry->is_directory(unknown);
+    if (isFolder && entry->is_symlink(unknown)) continue;
+    const std::string name = platform::ToUtf8Path(entry->path().filename().native());
+    entries.push_back({convert::InFolder(folder, name), isFolder});
+  }
+  std::sort(entries.rbegin(), entries.rend());
+  return entries;
+}
+
+// A folder that cannot be listed is taken for a source, which will fail and say why.
+void Search(const std::string& folder, std::vector<std::string>& sources) {
+  std::vector<FolderEntry> waiting = {{folder, true}};
+  while (!waiting.empty()) {
+    const FolderEntry entry = std::move(waiting.back());
+    waiting.pop_back();
+    if (!entry.isFolder) {
+      if (ToLower(entry.path).ends_with(".rpt")) sources.push_back(entry.path);
+      continue;
+    }
+    std::error_code error;
+    const bool isRaw = IsRawDirectory(entry.path);
+    const std::vector<FolderEntry> inside = isRaw ? std::vector<FolderEntry>() : EntriesOf(entry.path, error);
+    if (isRaw || error) sources.push_back(entry.path);
+    waiting.insert(waiting.end(), inside.begin(), inside.end());
+  }
+}
+
+}  // namespace
+
+void AddSourceArguments(CLI::App& options, SourceArguments& arguments) {
+  options
+      .add_option("PATH", arguments.paths,
+                  "The data sources: raw directories, data files of them, report files; with -r also folders")
+      ->option_text("REQUIRED ...")
+      ->required();
+  options.add_flag("-r,--recursive", arguments.isSearched, "Search folders for sources");
+}
+
+std::vector<std::string> ListSources(const SourceArguments& arguments) {
+  std::vector<std::string> sources;
+  for (const std::string& path : arguments.paths) {
+    const std::size_t before = sources.size();
+    if (!arguments.isSearched || path.empty() || !platform::IsDirectory(platform::FromUtf8Path(path))) {
+      sources.push_back(path);
+      continue;
+    }
+    Search(path, sources);
+    if (sources.size() == before) throw Failure(ExitStatus::kNoProvider, "there is no source in " + path);
+  }
+  return sources;
+}
+
+std::unique_ptr<source::Source> OpenListed(const std::string& path) {
+  try {
+    return OpenSource(path);
+  } catch (const Failure& failure) {
+    const bool isOther = failure.status == ExitStatus::kNoProvider &&
+                         platform::IsDirectory(platform::FromUtf8Path(path)) && !IsRawDirectory(path);
+    if (!isOther) throw;
+    throw Failure(failure.status, failure.message + "; -r searches it for sources");
+  }
+}
+
+void ForEachSource(const std::vector<std::string>& sources, const std::string& are,
+                   const std::function<void(const std::string& source)>& work) {
+  ForEach(sources, "sources", are, [&](std::size_t index) { work(sources[index]); });
+}
+
+void ForEach(const std::vector<std::string>& names, const std::string& what, const std::string& are,
+             const std::function<void(std::size_t index)>& work) {
+  std::string failed;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    try {
+      work(i);
+      continue;
+    } catch (const Failure& failure) {
+      if (names.size() == 1) throw;
+      PrintError(failure.message);
+    } catch (const std::bad_alloc&) {
+      if (names.size() == 1) throw;
+      PrintError("not enough memory for " + names[i]);
+    }
+    failed += (count++ == 0 ? "" : ", ") + names[i];
+  }
+  if (count == 0) return;
+  throw Failure(ExitStatus::kSomeFailed, std::to_string(count) + " of " + std::to_string(names.size()) + ' ' +
+                                             what + ' ' + are + ": " + failed);
+}
+
+}  // namespace zrml::tool

@@ -1,0 +1,44 @@
+// The sources that a command is about: those that are named and, with -r, those that folders hold.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "source/source.h"
+
+namespace zrml::tool {
+
+struct SourceArguments {
+  std::vector<std::string> paths = {};
+  bool isSearched = false;  ///< folders are, for what they hold
+
+  /// Whether the answer is a list, also when there is only one source in it.
+  bool IsList() const { return isSearched || paths.size() > 1; }
+};
+
+/// PATH... and -r, which fill `arguments`.
+void AddSourceArguments(CLI::App& options, SourceArguments& arguments);
+
+/// In the order given; those of a folder by name, without those inside raw directories and behind links.
+/// Throws a Failure when a folder that is searched holds none.
+std::vector<std::string> ListSources(const SourceArguments& arguments);
+
+/// As OpenSource does, with advice when `path` is a folder of something else.
+std::unique_ptr<source::Source> OpenListed(const std::string& path);
+
+/// Calls `work` for each source; one that fails does not stop the others. A failure of an only source is
+/// passed on. Of several, each is printed, and at the end a Failure says how many `are` ("are not
+/// converted").
+void ForEachSource(const std::vector<std::string>& sources, const std::string& are,
+                   const std::function<void(const std::string& source)>& work);
+
+/// What ForEachSource does for other things of a source: `names` for the Failure at the end, `what` as its
+/// noun ("samples of plate.rpt").
+void ForEach(const std::vector<std::string>& names, const std::string& what, const std::string& are,
+             const std::function<void(std::size_t index)>& work);
+
+}  // namespace zrml::tool
