@@ -12,13 +12,15 @@ import pymzml
 from conversion_test import check_with_openms, run
 from mzml_file import INTENSITY, MZ, NAMESPACE, TIME, WAVELENGTH, require
 
-PRESSURE, ABSORPTION, TIC = 'MS:1003019', 'MS:1000812', 'MS:1000235'
+PRESSURE, ABSORPTION, TIC, IONS = 'MS:1003019', 'MS:1000812', 'MS:1000235', 'MS:1000810'
 
 # By id: the arrays.
 SURVEY = {'function=1 process=0 scan=1': {MZ: [100, 250.5], INTENSITY: [7, 90]}}
 LOCK_MASS = {'function=3 process=0 scan=1': {MZ: [556], INTENSITY: [11]}}
 ABSORBANCE = {'function=2 process=0 scan=1': {WAVELENGTH: [210, 220.5], INTENSITY: [4, 8]},
               'function=2 process=0 scan=2': {WAVELENGTH: [210], INTENSITY: [2]}}
+TOTAL = {'function 1 TIC': (TIC, [0.5], [97])}
+LOCK_MASS_TOTAL = {'function 3 TIC': (TIC, [1], [11])}
 TRACES = {'trace 1: System Pressure': (PRESSURE, [0.5, 1], [320, 2]),
           'trace 2: TUV 254 nm': (ABSORPTION, [0.5, 1], [1, 0]),
           'trace 3: PDA - Total Absorbance': (ABSORPTION, [0.25, 0.75], [12, 2])}
@@ -50,7 +52,8 @@ def convert(zrml, source, folder, *options):
 def judged(file):
     """What is in the file, which OpenMS and pymzml have read, too."""
     converted = Converted(file.read_bytes())
-    check_with_openms(file, len(converted.spectra), len(converted.chromatograms))
+    has_absorbance = any(WAVELENGTH in arrays for arrays in converted.spectra.values())
+    check_with_openms(file, len(converted.spectra), len(converted.chromatograms), has_absorbance)
     read = [s.element.get('id') for s in pymzml.run.Reader(str(file)) if s.element.tag.endswith('spectrum')]
     require(read == list(converted.spectra), f'pymzml reads {read}')
     return converted
@@ -59,10 +62,9 @@ def judged(file):
 def test_raw_directory(zrml, work):
     file, = convert(zrml, work / 'known.raw', work / 'out/known')
     whole = judged(file)
-    first, second = ABSORBANCE
-    whole.require_spectra({first: ABSORBANCE[first], **SURVEY, second: ABSORBANCE[second], **LOCK_MASS})
-    whole.require_chromatograms({'TIC': (TIC, [0.5, 1], [97, 11]), **TRACES})
-    whole.require_start('2021-03-05T09:15:00+00:00')
+    whole.require_spectra({**SURVEY, **LOCK_MASS})
+    whole.require_chromatograms({'TIC': (TIC, [0.5, 1], [97, 11]), **TOTAL, **LOCK_MASS_TOTAL, **TRACES})
+    whole.require_start('2021-03-05T09:15:00')
     packed, = convert(zrml, work / 'known.raw', work / 'out/known-gzip', '--gzip')
     require(packed.name == 'known.mzML.gz', packed.name)
     require(gzip.decompress(packed.read_bytes()) == file.read_bytes(), 'the compressed file is another')
@@ -70,12 +72,12 @@ def test_raw_directory(zrml, work):
     require(set(whole.spectra) <= set(read), f'pymzml reads {read} of the compressed file')
 
 
-def test_without_lock_mass(zrml, work):
-    file, = convert(zrml, work / 'known.raw', work / 'out/known-lock-mass', '--exclude-lock-mass')
-    rest = Converted(file.read_bytes())
+def test_with_absorbance_without_lock_mass(zrml, work):
+    file, = convert(zrml, work / 'known.raw', work / 'out/known-absorbance', '--absorbance', '--exclude-lock-mass')
+    rest = judged(file)
     first, second = ABSORBANCE
     rest.require_spectra({first: ABSORBANCE[first], **SURVEY, second: ABSORBANCE[second]})
-    rest.require_chromatograms({'TIC': (TIC, [0.5], [97]), **TRACES})
+    rest.require_chromatograms({'TIC': (TIC, [0.5], [97]), **TOTAL, **TRACES})
 
 
 def test_report(zrml, work):
@@ -85,8 +87,9 @@ def test_report(zrml, work):
     spectra.require_spectra({'function=1 process=0 scan=1': {MZ: [100, 250.1], INTENSITY: [200, 100]},
                              'function=1 process=0 scan=2': {MZ: [], INTENSITY: []}})
     spectra.require_chromatograms({'TIC': (TIC, [0.5, 0.75], [300, 0]),
-                                   'function 1 trace 1: UV 254': (ABSORPTION, [0.5, 1], [50, 5])})
-    spectra.require_start('2026-11-14T09:15:00+00:00')
+                                   'function 1 TIC': (TIC, [0.5, 0.75], [300, 0]),
+                                   'function 1 trace 1: UV 254': (IONS, [0.5, 1], [50, 5])})  # a function of masses
+    spectra.require_start('2026-11-14T09:15:00')
     trace = judged(second)
     trace.require_spectra({})
     trace.require_chromatograms({'trace 1: Pressure': (PRESSURE, [0.25, 0.5, 0.7], [10, 20, 20])})
@@ -96,7 +99,7 @@ def test_report(zrml, work):
 def main(zrml, work):
     work = pathlib.Path(work)
     test_raw_directory(zrml, work)
-    test_without_lock_mass(zrml, work)
+    test_with_absorbance_without_lock_mass(zrml, work)
     test_report(zrml, work)
 
 

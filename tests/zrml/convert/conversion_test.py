@@ -1,11 +1,13 @@
 """conversion_test.py ZRML NUMBERS WORK SOURCE...: converts each SOURCE to mzML and has others judge the result.
 
-The file is checked by mzml_file.py, by OpenMS (schema, vocabulary, index) and read back by pymzml. Its numbers must be
-those that the interface of the plug-in gives to NUMBERS, a program of its own, that `zrml spectrum` prints, and that
-stand in the rows of the TSV form. It must be the same whatever the number of threads.
+The file is checked by mzml_file.py, by xmllint and OpenMS (schema, vocabulary, index) and read back by pymzml, with all
+that there is, and as it is when nothing is asked for. Its numbers must be those that the interface of the plug-in gives
+to NUMBERS, a program of its own, that `zrml spectrum` prints, and that stand in the rows of the TSV form. It must be the
+same whatever the number of threads.
 """
 import gc
 import gzip
+import json
 import pathlib
 import re
 import shutil
@@ -20,6 +22,9 @@ from mzml_file import INTENSITY, MZ, TIME, WAVELENGTH, require
 LONG = 10000  # spectra; of longer files only a part goes through slow parsers
 STRIDE = 50
 EXCERPT = range(32751, 32786)  # scans of a long file, around the last that 16 bits hold
+EVERYTHING = ('--absorbance', '--monitored-spectra')
+SCHEMA = '/usr/share/openms/SCHEMAS/mzML_idx_1_10.xsd'
+NO_UNIT = 'Error: CV term must have a unit: MS:1000515 - intensity array'
 PRINTED = 2  # scans of each function, as many from its end
 
 
@@ -42,16 +47,39 @@ def same(a, b):
     return a.shape == b.shape and bool(((a == b) | ((a != a) & (b != b))).all())
 
 
-def check_with_openms(file, spectra, chromatograms):
-    output = run('FileInfo', '-in', file, '-v')
-    require('the file is valid!' in output and 'the file is semantically valid!' in output, output)
+def same_printed(printed, wanted):
+    """What is single precision and not whole is printed as such, and has its other digits back when it is read as such."""
+    printed, wanted = numpy.asarray(printed, '<f8'), numpy.asarray(wanted, '<f8')
+    if printed.shape != wanted.shape:
+        return False
+    with numpy.errstate(over='ignore', invalid='ignore'):
+        is_single = (wanted.astype('<f4').astype('<f8') == wanted) & (numpy.trunc(wanted) != wanted)
+        return same(numpy.where(is_single, printed.astype('<f4').astype('<f8'), printed), wanted)
+
+
+def output_of_openms(file, option):
+    done = subprocess.run(['FileInfo', '-in', str(file), option], capture_output=True)
+    return (done.stdout + done.stderr).decode('utf-8', 'replace')
+
+
+def check_with_openms(file, spectra, chromatograms, has_absorbance=False):
+    """Absorbance has no unit, since no file has one: OpenMS misses it, and nothing else."""
+    output = output_of_openms(file, '-v')
+    require('the file is valid!' in output, output)
     require('Warning' not in output, output)
-    done = subprocess.run(['FileInfo', '-in', str(file), '-i'], capture_output=True)
-    output = (done.stdout + done.stderr).decode('utf-8', 'replace')
+    errors = {line for line in output.splitlines() if line.startswith('Error')}
+    require(errors == ({NO_UNIT} if has_absorbance else set()), output)
+    require(has_absorbance or 'the file is semantically valid!' in output, output)
+    output = output_of_openms(file, '-i')
     wanted = f'Found a valid indexed mzML XML File with {spectra} spectra and {chromatograms} chromatograms.'
     if spectra == chromatograms == 0:
         wanted = 'Could not find element indexListOffset'  # a file of nothing has no index
     require(wanted in output, output)
+
+
+def check_with_schema(file, is_indexed):
+    schema = SCHEMA if is_indexed else SCHEMA.replace('_idx', '')
+    run('xmllint', '--nonet', '--noout', '--huge', '--schema', schema, file)
 
 
 class Interface:
@@ -88,6 +116,9 @@ class Interface:
         """What people call the functions."""
         return {mine: f'p{process}' if process else str(number) for (process, number), mine in self.functions.items()}
 
+    def scans_of(self, function):
+        return sorted(scan for own, scan in self.mass if own == function)
+
 
 def parts_of(native_id):
     function, process, scan = map(int, re.fullmatch(r'function=(\d+) process=(\d+) scan=(\d+)', native_id).groups())
@@ -108,18 +139,56 @@ def compare_spectra(checked, interface):
         require(same(arrays[INTENSITY], wanted[position][1]), f'intensities of {position}')
 
 
-def compare_chromatograms(checked, interface):
-    """The first has a point for each mass spectrum, in their order; then come the traces."""
-    found = list(checked.chromatograms.values())
-    mass = [(name, interface.position_of(name)) for name in checked.spectra if MZ in checked.spectra[name]]
-    if mass:
-        total = found.pop(0)
-        times = [float(checked.times[name] or 'nan') for name, _ in mass]
-        require(same(total[TIME], times), 'the times of the total ion current')
-        intensities = [interface.total[function][scan - 1] for _, (function, scan) in mass]
-        require(same(total[INTENSITY], intensities), 'the total ion current')
+def surveys_of(described):
+    """Labels of the functions whose totals are that of the sample."""
+    surveys = [f for f in described if f['kind'] == 'MS' and f['scanType'] == 'none']
+    of_first = [f for f in surveys if f['polarity'] == surveys[0]['polarity']
+                and str(f['number']).startswith('p') == str(surveys[0]['number']).startswith('p')]
+    return [str(f['number']) for f in of_first]
+
+
+def compare_totals(checked, interface, described, found):
+    """The sample's, then that of each function, which is `found` in their order; those without scans have none."""
+    labels = {label: function for function, label in interface.labels().items()}
+    times = {interface.position_of(name): float(checked.times[name] or 'nan') for name in checked.spectra}
+    wanted = {}
+    for label in (str(f['number']) for f in described if f['scans']):
+        function = labels[label]
+        scans = interface.scans_of(function)
+        wanted[label] = [(times[function, scan], interface.total[function][scan - 1]) for scan in scans]
+    ids = ['TIC'] * any(label in wanted for label in surveys_of(described)) + [f'function {l} TIC' for l in wanted]
+    require([name for name, _ in found[:len(ids)]] == ids, f'totals {[name for name, _ in found]}, not {ids}')
+    points = {f'function {label} TIC': pairs for label, pairs in wanted.items()}
+    together = [pair for label in surveys_of(described) for pair in wanted.get(label, [])]
+    points['TIC'] = sorted(together, key=lambda pair: (pair[0] != pair[0], 0 if pair[0] != pair[0] else pair[0]))
+    for name, arrays in found[:len(ids)]:
+        require(same(arrays[TIME], [t for t, _ in points[name]]), f'times of {name}')
+        require(same(arrays[INTENSITY], [i for _, i in points[name]]), name)
+    return found[len(ids):]
+
+
+def compare_channels(interface, described, found):
+    """The k-th point of each scan of a function of ion monitoring, where its scans have the same masses."""
+    labels = {label: function for function, label in interface.labels().items()}
+    for label in (str(f['number']) for f in described if 'monitoring' in f['kind'] and f['scans']):
+        points = [interface.mass[labels[label], scan] for scan in interface.scans_of(labels[label])]
+        first = points[0][0]
+        if not len(first) or not all(same(masses, first) for masses, _ in points):
+            continue
+        for channel in range(len(first)):
+            name, arrays = found.pop(0)
+            require(name.startswith(f'function {label} channel {channel + 1}: '), name)
+            require(same(arrays[INTENSITY], [intensities[channel] for _, intensities in points]), name)
+    return found
+
+
+def compare_chromatograms(checked, interface, described):
+    """Totals, channels of ion monitoring, traces."""
+    found = list(checked.chromatograms.items())
+    found = compare_totals(checked, interface, described, found)
+    found = compare_channels(interface, described, found)
     require(len(found) == len(interface.traces), f'{len(found)} traces')
-    for number, (trace, (times, intensities)) in enumerate(zip(found, interface.traces), 1):
+    for number, ((_, trace), (times, intensities)) in enumerate(zip(found, interface.traces), 1):
         require(same(trace[TIME], times) and same(trace[INTENSITY], intensities), f'trace {number}')
 
 
@@ -143,8 +212,8 @@ def compare_with_printed(zrml, source, interface):
             output = run(zrml, 'spectrum', source, '--function', label, '--scan', scan)
             rows = [row.split('\t') for row in output.split('m/z\tintensity\n', 1)[1].splitlines()]
             masses, intensities = interface.mass[function, scan]
-            require(same([float(row[0]) for row in rows], masses), f'printed masses of {function}, {scan}')
-            require(same([float(row[1]) for row in rows], intensities), f'printed intensities of {function}, {scan}')
+            require(same_printed([float(row[0]) for row in rows], masses), f'printed masses of {function}, {scan}')
+            require(same_printed([float(row[1]) for row in rows], intensities), f'printed intensities of {function}, {scan}')
 
 
 def compare_with_rows(zrml, source, checked, interface):
@@ -168,53 +237,72 @@ def compare_with_rows(zrml, source, checked, interface):
         own = slice(at, at + len(arrays[MZ]))
         at = own.stop
         require(set(owners[own]) <= {(labels[function], str(scan))}, f'rows of others in place of {name}')
-        require(same(masses[own], arrays[MZ]), f'masses in the rows of {name}')
-        require(same(intensities[own], arrays[INTENSITY]), f'intensities in the rows of {name}')
+        require(same_printed(masses[own], arrays[MZ]), f'masses in the rows of {name}')
+        require(same_printed(intensities[own], arrays[INTENSITY]), f'intensities in the rows of {name}')
     require(at == rows, f'{at} of {rows} rows belong to spectra')
 
 
 def convert(zrml, source, folder, *options):
     shutil.rmtree(folder, ignore_errors=True)
-    name = run(zrml, 'convert', source, '-o', folder, *options).strip()
-    require(pathlib.Path(name).parent == folder, f'the file is {name}')
-    return pathlib.Path(name)
+    done = subprocess.run([str(a) for a in (zrml, 'convert', source, '-o', folder, *options)], capture_output=True)
+    require(done.returncode == 0, f'{source}: {done.stderr}')
+    file = pathlib.Path(done.stdout.decode().strip())
+    require(file.parent == folder, f'the file is {file}')
+    return file
 
 
 def have_others_read(file, checked, interface):
-    check_with_openms(file, len(checked.spectra), len(checked.chromatograms))
+    has_absorbance = any(WAVELENGTH in arrays for arrays in checked.spectra.values())
+    check_with_openms(file, len(checked.spectra), len(checked.chromatograms), has_absorbance)
+    check_with_schema(file, bool(checked.spectra or checked.chromatograms))
     compare_with_pymzml(file, checked, interface)
+
+
+def check_default(zrml, source, work, whole, interface, *options):
+    """What is written when nothing is asked for: a part of the whole, and mass spectra alone, unless there are none."""
+    file = convert(zrml, source, work / 'default', *options)
+    checked = mzml_file.CheckedFile(file.read_bytes())
+    for name, arrays in checked.spectra.items():
+        wanted = whole.spectra[name]
+        require(list(arrays) == list(wanted) and all(same(arrays[a], wanted[a]) for a in wanted), f'{name} by default')
+    has_mass = any(MZ in arrays for arrays in whole.spectra.values())
+    require(all((MZ in arrays) == has_mass for arrays in checked.spectra.values()), 'spectra of two kinds')
+    with_spectra = {interface.labels()[interface.position_of(name)[0]] for name in checked.spectra}
+    with_channels = {name.split()[1] for name in checked.chromatograms if ' channel ' in name}
+    require(not with_spectra & with_channels, f'spectra of channels of {with_spectra & with_channels}')
+    have_others_read(file, checked, interface)
+    return checked
 
 
 def check_excerpt(zrml, source, work, whole, interface):
     """Of a long file others read some spectra, in a file of their own. They have the same arrays in the whole file."""
-    file = convert(zrml, source, work / 'excerpt', '--scans', f'{EXCERPT[0]}-{EXCERPT[-1]}')
-    checked = mzml_file.CheckedFile(file.read_bytes())
+    checked = check_default(zrml, source, work, whole, interface, '--scans', f'{EXCERPT[0]}-{EXCERPT[-1]}')
     require([parts_of(name)[2] for name in checked.spectra] == list(EXCERPT), 'the scans of the excerpt')
-    for name, arrays in checked.spectra.items():
-        require(arrays == whole.spectra[name], f'{name} in the excerpt')
-    have_others_read(file, checked, interface)
 
 
 def check_conversion(zrml, numbers, source, work):
     interface = Interface(numbers, zrml, source)
+    described = json.loads(printed_bytes(zrml, 'info', '--json', source))['samples'][0]['functions']
     is_long = len(interface.mass) > LONG
     stride = STRIDE if is_long else 1
-    file = convert(zrml, source, work / 'one', '--threads', 1)
+    file = convert(zrml, source, work / 'one', '--threads', 1, *EVERYTHING)
     data = file.read_bytes()
     for threads in (2, 3):
-        other = convert(zrml, source, work / 'more', '--threads', threads)
+        other = convert(zrml, source, work / 'more', '--threads', threads, *EVERYTHING)
         require(other.read_bytes() == data, f'{threads} threads change the file')
     checked = mzml_file.CheckedFile(data, stride=stride)
     interface.name_functions(checked)
     compare_spectra(checked, interface)
-    compare_chromatograms(checked, interface)
+    compare_chromatograms(checked, interface, described)
     if is_long:
         check_excerpt(zrml, source, work, checked, interface)
     else:
         have_others_read(file, checked, interface)
-    plain = mzml_file.CheckedFile(printed_bytes(zrml, 'convert', source, '--stdout', '--no-zlib'), False, stride)
+        check_default(zrml, source, work, checked, interface)
+    plain = mzml_file.CheckedFile(
+        printed_bytes(zrml, 'convert', source, '--stdout', '--no-zlib', *EVERYTHING), False, stride)
     compare_spectra(plain, interface)
-    compare_chromatograms(plain, interface)
+    compare_chromatograms(plain, interface, described)
     compare_with_printed(zrml, source, interface)
     compare_with_rows(zrml, source, checked, interface)
     print(f'{source}: {len(checked.spectra)} spectra, {len(checked.chromatograms)} chromatograms')

@@ -13,6 +13,8 @@ namespace {
 
 constexpr unsigned kMsMs = 16;  // function types
 constexpr unsigned kDad = 12;
+constexpr unsigned kIons = 1;
+constexpr unsigned kReactions = 9;
 constexpr unsigned kPrecursorScan = 5;
 constexpr unsigned kNegativeMode = 9;
 
@@ -125,6 +127,18 @@ RawDirectoryBuilder Fragments() {
   return RawOf({survey, product, withoutPrecursor, precursorScan});
 }
 
+// Ions, the reactions of a function of the other polarity, and ions whose scans do not agree on the masses.
+RawDirectoryBuilder Monitoring() {
+  FunctionFiles ions = FunctionOf({PlainScan(0.1F), PlainScan(0.2F), PlainScan(0.3F)});
+  ions.record.type = kIons;
+  FunctionFiles reactions = ions;
+  reactions.record.type = kReactions;
+  reactions.record.ionMode = kNegativeMode;
+  FunctionFiles others = FunctionOf({PlainScan(0.1F), ScanFrom<StoredPoint9>(0.2F, {{100, 7}})});
+  others.record.type = kIons;
+  return RawOf({ions, reactions, others, FunctionOf({PlainScan(0.25F)})});
+}
+
 // What content_test.py knows: two functions, the second a lock mass, absorbance spectra, two traces (as in
 // the mantissa of bits 3 to 15, times 4 to the power of the rest: 320 and 1, then 2 and 0).
 RawDirectoryBuilder Known() {
@@ -179,6 +193,7 @@ constexpr EdgeCase kCases[] = {
     {u8"some-scans.raw", SomeScans},
     {u8"1 a&b'\u00E9\U0001D11E.raw", OddNames},
     {u8"fragments.raw", Fragments},
+    {u8"monitoring.raw", Monitoring},
     {u8"known.raw", Known},
 };
 
