@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
+constexpr const char* kUsage = "usage: zrml-sample DIRECTORY, or REPORT.rpt [--lf]";
 
 int Fail(int status, const char* what, const char* about) {
   std::fprintf(stderr, "zrml-sample: %s%s\n", what, about);
@@ -31,10 +32,13 @@ void Make(const std::filesystem::path& path, zrml::LineEnd lineEnd) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && (std::string_view(argv[1]) == "--help" || std::string_view(argv[1]) == "-h")) {
+    std::puts(kUsage);
+    return 0;
+  }
   const bool wantsLf = argc == 3 && std::string_view(argv[2]) == "--lf";
   const bool hasPath = argc > 1 && !std::string_view(argv[1]).starts_with('-');
-  if (!hasPath || (argc != 2 && !wantsLf))
-    return Fail(kWrongUsage, "usage: zrml-sample DIRECTORY, or REPORT.rpt [--lf]", "");
+  if (!hasPath || (argc != 2 && !wantsLf)) return Fail(kWrongUsage, kUsage, "");
   try {
     const std::filesystem::path path = argv[1];
     if (std::filesystem::exists(std::filesystem::symlink_status(path))) {
