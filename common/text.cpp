@@ -55,4 +55,14 @@ std::wstring FromBytes(std::string_view bytes) {
   return text;
 }
 
+bool HasWord(std::string_view text, std::string_view word) {
+  const auto isLetter = [](char c) { return c >= 'a' && c <= 'z'; };
+  for (std::size_t at = text.find(word); at != text.npos; at = text.find(word, at + 1)) {
+    const std::size_t end = at + word.size();
+    const bool isInside = (at > 0 && isLetter(text[at - 1])) || (end < text.size() && isLetter(text[end]));
+    if (!isInside) return true;
+  }
+  return false;
+}
+
 }  // namespace zrml
