@@ -37,19 +37,6 @@ constexpr TraceWord kMassWords[] = {
     {"bpc", cv::kBasePeakChromatogram},
 };
 
-bool IsLetter(char c) { return c >= 'a' && c <= 'z'; }
-
-bool HasWord(std::string_view lowerName, std::string_view word) {
-  for (std::size_t at = lowerName.find(word); at != std::string_view::npos;
-       at = lowerName.find(word, at + 1)) {
-    const std::size_t end = at + word.size();
-    const bool isInside =
-        (at > 0 && IsLetter(lowerName[at - 1])) || (end < lowerName.size() && IsLetter(lowerName[end]));
-    if (!isInside) return true;
-  }
-  return false;
-}
-
 const CvTerm& TermIn(std::span<const TraceWord> words, std::string_view name) {
   const std::string lower = ToLower(name);
   for (const TraceWord& word : words) {
@@ -152,7 +139,7 @@ std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& p
     ++position;
   }
   for (const RunFunction& function : plan.functions) {
-    if (function.isAbsorbance) continue;
+    if (function.position == kNoPosition) continue;
     position = 0;
     for (const source::Trace& trace : source.FunctionTraces(plan.sample, function.position)) {
       add(&function, position, trace,

@@ -188,6 +188,7 @@ const CvTerm& SpectrumType(const RunFunction& function) {
   }
   if (function.info.monitoring == source::Monitoring::kIons) return cv::kSimSpectrum;
   if (function.info.monitoring == source::Monitoring::kReactions) return cv::kSrmSpectrum;
+  if (function.info.kind == source::FunctionKind::kOther) return cv::kMassSpectrum;  // of an unknown type
   return function.info.msLevel > 1 ? cv::kMsnSpectrum : cv::kMs1Spectrum;
 }
 

@@ -24,6 +24,7 @@ bool TakesAbsorbance(Format format) { return format == Format::kMzml; }
 bool TakesDriftBins(Format format) { return format == Format::kMzml; }
 bool TakesChromatograms(Format format) { return format == Format::kMzml; }
 
+bool IsAbsorbance(const Function& function) { return function.kind == source::FunctionKind::kAbsorbance; }
 bool IsMonitoring(const Function& function) { return function.monitoring != source::Monitoring::kNone; }
 
 bool IsFunctionWanted(const Function& function, const Selection& selection, Format format) {
@@ -48,10 +49,11 @@ bool IsTaken(Absorbance absorbance) {
   return absorbance == Absorbance::kTaken || absorbance == Absorbance::kTakenAlone;
 }
 
+// Of masses.
 bool HasScans(Source& source, int sample) {
-  const int functions = static_cast<int>(source.Functions(sample).size());
-  for (int function = 0; function < functions; ++function) {
-    if (source.ScanCount(sample, function) > 0) return true;
+  const std::span<const Function> functions = source.Functions(sample);
+  for (std::size_t i = 0; i < functions.size(); ++i) {
+    if (!IsAbsorbance(functions[i]) && source.ScanCount(sample, static_cast<int>(i)) > 0) return true;
   }
   return false;
 }
@@ -65,10 +67,16 @@ class Planner {
     const std::span<const Function> functions = source_.Functions(plan_.sample);
     for (std::size_t i = 0; i < functions.size(); ++i) {
       ThrowIfCancelled(cancel_);
-      AddFunction(functions[i], static_cast<int>(i));
+      if (!IsAbsorbance(functions[i])) AddFunction(functions[i], static_cast<int>(i));
     }
     ThrowIfCancelled(cancel_);
-    if (source_.HasAbsorbance(plan_.sample)) AddAbsorbance();
+    const bool isAlone = !hasFoundScans_;
+    for (std::size_t i = 0; i < functions.size(); ++i) {
+      if (!IsAbsorbance(functions[i])) continue;
+      const int position = static_cast<int>(i);
+      AddAbsorbance(functions[i], position, source_.Minutes(plan_.sample, position), isAlone);
+    }
+    if (source_.HasAbsorbance(plan_.sample)) AddDetector(isAlone);
   }
 
   /// Whether there are scans, but none that is wanted.
@@ -89,18 +97,28 @@ class Planner {
       AddScan(minutes[scan], static_cast<int>(scan), hasSpectra);
   }
 
-  void AddAbsorbance() {
+  // That of a raw directory.
+  void AddDetector(bool isAlone) {
     Function info = source_.AbsorbanceFunction(plan_.sample);
     info.name = kAbsorbance;
     info.massRange.reset();  // which is no range of masses
-    const int scans = source_.AbsorbanceScanCount(plan_.sample);
-    if (scans == 0) return;
-    plan_.absorbance = UseOfAbsorbance(info, plan_.selection, format_, !hasFoundScans_);
-    hasFoundScans_ = hasFoundScans_ || TakesAbsorbance(format_);
-    if (!IsTaken(plan_.absorbance)) return;
-    plan_.functions.push_back({.info = info, .isAbsorbance = true});
-    for (int scan = 0; scan < scans; ++scan)
-      AddScan(source_.AbsorbanceMinutes(plan_.sample, scan), scan, true);
+    std::vector<double> minutes(static_cast<std::size_t>(source_.AbsorbanceScanCount(plan_.sample)));
+    for (std::size_t i = 0; i < minutes.size(); ++i)
+      minutes[i] = source_.AbsorbanceMinutes(plan_.sample, static_cast<int>(i));
+    AddAbsorbance(info, kNoPosition, minutes, isAlone);
+  }
+
+  // Spectra that are left out leave the function's traces.
+  void AddAbsorbance(const Function& info, int position, const std::vector<double>& minutes, bool isAlone) {
+    const Absorbance use = UseOfAbsorbance(info, plan_.selection, format_, isAlone);
+    if (!minutes.empty()) {
+      plan_.absorbance = std::max(plan_.absorbance, use);
+      hasFoundScans_ = hasFoundScans_ || TakesAbsorbance(format_);
+    }
+    if (use == Absorbance::kNone) return;
+    plan_.functions.push_back({.info = info, .position = position, .isAbsorbance = true});
+    for (std::size_t scan = 0; IsTaken(use) && scan < minutes.size(); ++scan)
+      AddScan(minutes[scan], static_cast<int>(scan), true);
   }
 
   // Of the function that was added last.
@@ -187,11 +205,14 @@ FunctionKey KeyOf(const FindingSubject& subject) {
 
 ConvertedSubjects::ConvertedSubjects(Source& source, int sample, const Selection& selection, Format format)
     : sample_(sample + 1), selection_(selection), format_(format), hasUnlisted_(!IsOneFunction(source)) {
-  for (const Function& function : source.Functions(sample))
-    functions_.emplace(KeyOf(function.id), IsFunctionWanted(function, selection, format));
-  if (!source.HasAbsorbance(sample)) return;
-  absorbance_ = source.AbsorbanceFunction(sample);
   isAbsorbanceAlone_ = !HasScans(source, sample);
+  for (const Function& function : source.Functions(sample)) {
+    const bool isWanted = IsAbsorbance(function)
+                              ? IsTaken(UseOfAbsorbance(function, selection, format, isAbsorbanceAlone_))
+                              : IsFunctionWanted(function, selection, format);
+    functions_.emplace(KeyOf(function.id), isWanted);
+  }
+  if (source.HasAbsorbance(sample)) absorbance_ = source.AbsorbanceFunction(sample);
 }
 
 // A function that is not listed, since its files are lost, is as wanted as its number.

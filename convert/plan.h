@@ -17,9 +17,11 @@ namespace zrml::convert {
 
 enum class Format { kMzml, kMgf, kTsv };
 
+inline constexpr int kNoPosition = -1;
+
 struct RunFunction {
   source::Function info;
-  int position = 0;  // in the source's list, where it is no absorbance function
+  int position = 0;  // in the source's list; kNoPosition of the absorbance function of a raw directory
   bool isAbsorbance = false;
   int driftBins = 0;                  // 0 without mobility data
   std::vector<double> channels = {};  // of ion monitoring: the m/z of each, where its scans agree on them

@@ -69,9 +69,11 @@ void SpectrumReader::TakeDriftPoints() {
 }
 
 Spectrum SpectrumReader::ReadAbsorbance(const RunEntry& entry) {
-  return ReadOrLose(entry, [&](const RunFunction&, Spectrum& spectrum) {
+  return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
     const source::PointsRead read =
-        source_.ReadAbsorbance(plan_.sample, entry.scan, positions_, intensities_);
+        function.position == kNoPosition
+            ? source_.ReadAbsorbance(plan_.sample, entry.scan, positions_, intensities_)
+            : source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
     spectrum.positions = std::span(positions_).first(read.count);
     spectrum.intensities = std::span(intensities_).first(read.count);
     return read;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "common/platform/platform.h"
+#include "common/text.h"
 #include "openlynx/precursor_search.h"
 #include "source/formats.h"
 #include "source/position.h"
@@ -41,6 +42,16 @@ constexpr std::array<KindRow, 5> kKinds = {{
     {FunctionKind::kIonMonitoring, Monitoring::kIons},
     {FunctionKind::kIonMonitoring, Monitoring::kReactions},
 }};
+
+// Of types that say nothing of masses.
+constexpr std::array<std::string_view, 4> kAbsorbanceWords = {"pda", "uv", "tuv", "absorbance"};
+
+bool IsAbsorbanceType(std::string_view type) {
+  const std::string lower = ToLower(type);
+  return openlynx::KindOfType(type) == openlynx::FunctionKind::kUnknown &&
+         std::any_of(kAbsorbanceWords.begin(), kAbsorbanceWords.end(),
+                     [&](std::string_view word) { return HasWord(lower, word); });
+}
 
 constexpr std::array kPolarities = {Polarity::kUnknown, Polarity::kPositive, Polarity::kNegative};
 
@@ -130,7 +141,7 @@ Function ReportSource::Describe(openlynx::Sample& sample, std::size_t position) 
   function.id.number = CountOf(position + 1);
   function.name = Utf8(report_.NameOf(sample, found));
   if (function.name.empty()) function.name = "Function " + std::to_string(function.id.number);
-  function.kind = row.kind;
+  function.kind = IsAbsorbanceType(report_.TypeOf(sample, found)) ? FunctionKind::kAbsorbance : row.kind;
   function.monitoring = row.monitoring;
   function.msLevel = openlynx::MsLevelOf(kind);
   function.polarity = kPolarities[static_cast<std::size_t>(report_.PolarityOf(sample, found))];

@@ -144,7 +144,8 @@ class Source {
   virtual std::optional<std::string> FunctionText(int sample, int function);
 
   /// Functions with scans in mass: those of the table that have a data file or an index, then processed ones;
-  /// without the absorbance function. When a data file was opened, that function alone.
+  /// without the absorbance function. When a data file was opened, that function alone. A report's functions of
+  /// absorbance are among them: what their scans have as m/z are wavelengths.
   virtual std::span<const Function> Functions(int sample) = 0;
   virtual int ScanCount(int sample, int function) = 0;
   /// Reads no points.

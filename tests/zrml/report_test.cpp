@@ -293,6 +293,41 @@ TEST_F(CutReportTest, SampleWithoutItsEndIsTold) {
   EXPECT_EQ(checked.output, "vials.rpt has no end of sample 1\n");
 }
 
+// What it has as m/z are wavelengths; its spectra are no MS1 spectra, and its total is none of ions.
+TEST_F(ReportTest, FunctionOfAbsorbanceIsAbsorbance) {
+  const auto function = [](const char* type, const char* tic) {
+    return FunctionBlock(Keys({{"Type", type}}) +
+                         SpectrumBlock(Keys({{"Time", "1"}, {"TIC", tic}}), {{210, 50}, {220, 100}}) +
+                         ChromatogramBlock(Keys({{"Description", "210nm"}}), {{1, 100}}));
+  };
+  const std::string path = Make("pda.rpt", SampleBlock(function("MS", "3") + function("PDA", "7")));
+  EXPECT_EQ(json::parse(Run({"info", "--json", path}).output)["samples"][0]["functions"][1]["kind"],
+            "absorbance");
+  EXPECT_TRUE(Run({"spectrum", path, "--function", "2", "--scan", "1"})
+                  .output.ends_with("\nwavelength\tabsorbance\n210\t50\n220\t100\n"));
+  const auto converted = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"convert", path, "--stdout"});
+    const ProcessResult result = Run(more);
+    EXPECT_EQ(result.errors, "");
+    return result.output;
+  };
+  const std::string plain = converted({});
+  EXPECT_EQ(plain.find("function=2"), std::string::npos);
+  EXPECT_NE(plain.find("id=\"TIC\" defaultArrayLength=\"1\""), std::string::npos);
+  EXPECT_EQ(plain.find("function 2 TIC"), std::string::npos);
+  const std::string trace =
+      "id=\"function 2 trace 1: 210nm\" defaultArrayLength=\"1\">\n<cvParam cvRef=\"MS\" "
+      "accession=\"MS:1000812\"";
+  EXPECT_NE(plain.find(trace), std::string::npos);
+  const std::string whole = converted({"--absorbance"});
+  EXPECT_NE(whole.find("id=\"function=2 process=0 scan=1\" defaultArrayLength=\"2\">\n<cvParam cvRef=\"MS\" "
+                       "accession=\"MS:1000804\""),
+            std::string::npos);
+  EXPECT_NE(whole.find("name=\"wavelength array\""), std::string::npos);
+  EXPECT_EQ(converted({"--format", "tsv"}),
+            "function\tscan\ttime\tm/z\tintensity\n1\t1\t1\t210\t50\n1\t1\t1\t220\t100\n");
+}
+
 TEST_F(ReportTest, FunctionOfUnknownTypeIsOther) {
   const ReportLines spectrum = SpectrumBlock(Keys({{"Time", "1"}}), {{100, 50}});
   std::ofstream(folder_ / "unknown.rpt", std::ios::binary)
@@ -300,6 +335,7 @@ TEST_F(ReportTest, FunctionOfUnknownTypeIsOther) {
   const json function =
       json::parse(Run({"info", "--json", Path("unknown.rpt")}).output)["samples"][0]["functions"][0];
   EXPECT_EQ(function["kind"], "other");
+  EXPECT_EQ(Run({"convert", Path("unknown.rpt"), "--stdout"}).output.find("MS1 spectrum"), std::string::npos);
   EXPECT_EQ(function["kindCode"], 0);
 }
 

@@ -60,6 +60,10 @@ std::vector<Attribute> PointAttributes(const Points& points) {
   };
 }
 
+std::vector<Column> AbsorbanceColumns(std::span<const double> wavelengths, std::span<const double> values) {
+  return {{"wavelength", "wavelengths", wavelengths}, {"absorbance", "absorbances", values}};
+}
+
 class SpectrumCommand : public FunctionCommand {
  public:
   explicit SpectrumCommand(CLI::App& parser)
@@ -95,7 +99,11 @@ class SpectrumCommand : public FunctionCommand {
                   {"driftBins", ValueOrAbsent(points.bins)},
                   {"driftValues", ValueOrAbsent(points.bins)}});  // which are the numbers of the bins
     printout.Add(PointAttributes(points));
-    printout.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
+    if (function.kind == source::FunctionKind::kAbsorbance) {
+      printout.columns = AbsorbanceColumns(points.masses, points.intensities);
+    } else {
+      printout.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
+    }
     Print(printout, out);
   }
 
@@ -128,7 +136,7 @@ class SpectrumCommand : public FunctionCommand {
     printout.Add({{"scan", scan_},
                   {"startMinutes", source.AbsorbanceMinutes(sample, scan)},
                   {"points", static_cast<int>(wavelengths.size())}});
-    printout.columns = {{"wavelength", "wavelengths", wavelengths}, {"absorbance", "absorbances", values}};
+    printout.columns = AbsorbanceColumns(wavelengths, values);
     Print(printout, out);
   }
 
