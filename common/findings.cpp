@@ -7,17 +7,17 @@
 namespace zrml {
 namespace {
 
-struct CodeRow {
-  FindingCode code;
-  std::string_view name;
-  Severity severity;
-};
-
-constexpr CodeRow kCodes[] = {
+constexpr FindingKind kKinds[] = {
     {FindingCode::kFileUnreadable, "file-unreadable", Severity::kLost},
     {FindingCode::kDataMissing, "data-missing", Severity::kLost},
     {FindingCode::kDataCut, "data-cut", Severity::kLost},
-    {FindingCode::kDataUnreferenced, "data-unreferenced", Severity::kSuspect},
+    {FindingCode::kDataUnreferenced, "data-unreferenced", Severity::kLost},
+    {FindingCode::kDataZeroed, "data-zeroed", Severity::kLost},
+    {FindingCode::kPointsLost, "points-lost", Severity::kLost},
+    {FindingCode::kScansUnreadable, "scans-unreadable", Severity::kLost},
+    {FindingCode::kTotalsDiffer, "totals-differ", Severity::kSuspect},
+    {FindingCode::kMassesFarOutside, "masses-far-outside", Severity::kSuspect},
+    {FindingCode::kIntensitiesAbsurd, "intensities-absurd", Severity::kSuspect},
     {FindingCode::kIndexMissing, "index-missing", Severity::kLost},
     {FindingCode::kIndexCut, "index-cut", Severity::kLost},
     {FindingCode::kIndexEmpty, "index-empty", Severity::kLost},
@@ -26,6 +26,7 @@ constexpr CodeRow kCodes[] = {
     {FindingCode::kStatisticsCut, "statistics-cut", Severity::kLost},
     {FindingCode::kStatisticsUnknown, "statistics-unknown", Severity::kSuspect},
     {FindingCode::kTextOversized, "text-oversized", Severity::kSuspect},
+    {FindingCode::kPrecursorsOfMethod, "precursors-of-method", Severity::kSuspect},
     {FindingCode::kFunctionTableCut, "function-table-cut", Severity::kLost},
     {FindingCode::kHistoryCut, "history-cut", Severity::kSuspect},
     {FindingCode::kProcessUnrooted, "process-unrooted", Severity::kLost},
@@ -34,13 +35,26 @@ constexpr CodeRow kCodes[] = {
     {FindingCode::kTraceListMissing, "trace-list-missing", Severity::kLost},
     {FindingCode::kTraceListCut, "trace-list-cut", Severity::kLost},
     {FindingCode::kTraceDataMissing, "trace-data-missing", Severity::kLost},
+    {FindingCode::kTracesUnreadable, "traces-unreadable", Severity::kLost},
     {FindingCode::kReportCut, "report-cut", Severity::kLost},
     {FindingCode::kSampleUnended, "sample-unended", Severity::kLost},
+    {FindingCode::kByteOrderMark, "byte-order-mark", Severity::kLost},
+    {FindingCode::kLineEnds, "line-ends", Severity::kLost},
+    {FindingCode::kMarkerMisplaced, "marker-misplaced", Severity::kLost},
+    {FindingCode::kMarkerUnread, "marker-unread", Severity::kLost},
+    {FindingCode::kBlockUnopened, "block-unopened", Severity::kLost},
+    {FindingCode::kBraceStray, "brace-stray", Severity::kNote},
+    {FindingCode::kDecimalComma, "decimal-comma", Severity::kLost},
+    {FindingCode::kLinesSkipped, "lines-skipped", Severity::kSuspect},
+    {FindingCode::kScansEmpty, "scans-empty", Severity::kNote},
+    {FindingCode::kTracesEmpty, "traces-empty", Severity::kNote},
 };
 
-const CodeRow& RowOf(FindingCode code) {
-  return *std::find_if(std::begin(kCodes), std::end(kCodes),
-                       [&](const CodeRow& row) { return row.code == code; });
+constexpr std::string_view kSeverities[] = {"lost", "suspect", "note"};
+
+const FindingKind& KindOf(FindingCode code) {
+  return *std::find_if(std::begin(kKinds), std::end(kKinds),
+                       [&](const FindingKind& kind) { return kind.code == code; });
 }
 
 bool IsSame(const Finding& a, const Finding& b) {
@@ -70,7 +84,13 @@ void Findings::Add(Finding finding) {
   places_.emplace(hash, list_.size() - 1);
 }
 
-std::string_view NameOf(FindingCode code) { return RowOf(code).name; }
-Severity SeverityOf(FindingCode code) { return RowOf(code).severity; }
+std::span<const FindingKind> FindingKinds() { return kKinds; }
+std::string_view NameOf(FindingCode code) { return KindOf(code).name; }
+Severity SeverityOf(FindingCode code) { return KindOf(code).severity; }
+std::string_view NameOf(Severity severity) { return kSeverities[static_cast<std::size_t>(severity)]; }
+
+std::string TextOf(const Finding& finding) {
+  return finding.file.empty() ? finding.problem : finding.file + ' ' + finding.problem;
+}
 
 }  // namespace zrml

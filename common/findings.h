@@ -26,6 +26,13 @@ enum class FindingCode {
   kDataMissing,       // a function without its data file
   kDataCut,           // scans that extend past the end of their data file
   kDataUnreferenced,  // bytes that no scan refers to
+  kDataZeroed,        // zeros from inside a scan to the end of the data file
+  kPointsLost,        // scans that lack points
+  kPointsNone,        // spectra and traces of a report without any
+  kScansUnreadable,
+  kTotalsDiffer,       // scans whose points do not add up to their totals
+  kMassesFarOutside,   // points where the function does not measure
+  kIntensitiesAbsurd,  // which no detector gives
   kIndexMissing,
   kIndexCut,         // not a whole number of records
   kIndexEmpty,       // although there are data
@@ -33,7 +40,8 @@ enum class FindingCode {
   kScansOverlap,
   kStatisticsCut,      // or for a different number of scans
   kStatisticsUnknown,  // of an unknown version
-  kTextOversized,      // far larger than a text of its kind
+  kPrecursorsOfMethod,
+  kTextOversized,  // far larger than a text of its kind
   kFunctionTableCut,
   kHistoryCut,
   kProcessUnrooted,  // a processed function without a raw function at its origin
@@ -42,8 +50,19 @@ enum class FindingCode {
   kTraceListMissing,
   kTraceListCut,
   kTraceDataMissing,
+  kTracesUnreadable,
   kReportCut,
   kSampleUnended,
+  kByteOrderMark,    // before a marker
+  kLineEnds,         // that are none: lines of CR alone
+  kMarkerMisplaced,  // outside of the block that it belongs to
+  kMarkerUnread,     // indented, or in small letters
+  kBlockUnopened,    // a marker without a line that begins with a brace behind it
+  kBraceStray,       // one that closes nothing
+  kDecimalComma,
+  kLinesSkipped,  // of data lists
+  kScansEmpty,    // spectra of a report without points
+  kTracesEmpty,
 };
 
 /// What a finding is about. Numbers are those in the files.
@@ -52,7 +71,7 @@ struct FindingSubject {
 
   Kind kind = Kind::kSource;
   int sample = 0;    ///< in a report, from 1; 0 elsewhere
-  int function = 0;  ///< from 1
+  int function = 0;  ///< from 1; of processed data the raw one, 0 where it is not known
   int process = 0;   ///< of a processed function
   int repeat = 1;    ///< among processed functions that share a process number
 
@@ -83,8 +102,21 @@ class Findings {
   std::unordered_multimap<std::size_t, std::size_t> places_;  // in the list, by what identifies an entry
 };
 
-/// The name that programs see ("data-file-cut"), and the severity.
+/// A kind of finding: the name that programs see ("data-cut"), and how much it matters.
+struct FindingKind {
+  FindingCode code;
+  std::string_view name;
+  Severity severity;
+};
+
+/// Every kind once. docs/check.md
+std::span<const FindingKind> FindingKinds();
 std::string_view NameOf(FindingCode code);
 Severity SeverityOf(FindingCode code);
+/// "lost", "suspect", "note".
+std::string_view NameOf(Severity severity);
+
+/// The finding as a sentence: "_FUNC001.DAT is missing, so ...".
+std::string TextOf(const Finding& finding);
 
 }  // namespace zrml

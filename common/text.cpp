@@ -56,10 +56,10 @@ std::wstring FromBytes(std::string_view bytes) {
 }
 
 bool HasWord(std::string_view text, std::string_view word) {
-  const auto isLetter = [](char c) { return c >= 'a' && c <= 'z'; };
+  const auto isOfWord = [](char c) { return (c >= 'a' && c <= 'z') || c == '-' || c == '_'; };
   for (std::size_t at = text.find(word); at != text.npos; at = text.find(word, at + 1)) {
     const std::size_t end = at + word.size();
-    const bool isInside = (at > 0 && isLetter(text[at - 1])) || (end < text.size() && isLetter(text[end]));
+    const bool isInside = (at > 0 && isOfWord(text[at - 1])) || (end < text.size() && isOfWord(text[end]));
     if (!isInside) return true;
   }
   return false;

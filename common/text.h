@@ -28,7 +28,8 @@ std::wstring Widen(std::string_view ascii);
 /// Each byte becomes the character of the same code.
 std::wstring FromBytes(std::string_view bytes);
 
-/// Whether `word` stands in `text`, and not inside a longer run of letters. Both are lower case.
+/// Whether `word` is a whole word of `text`: no letter, hyphen or underscore is next to it, as in "uv-trig",
+/// but a digit may be. Both are lower case.
 bool HasWord(std::string_view text, std::string_view word);
 
 }  // namespace zrml

@@ -60,9 +60,13 @@ class Conversion {
     document->End();
     ThrowIfCancelled(hooks_.cancel);
     CheckUnchanged();
+    Findings faults = losses_.ListFaults();
+    if (options_.isStrict && !faults.IsEmpty())
+      throw Error(ErrorKind::kSourceSuspect, TextOf(faults.List().front()));
     out_.Finish();
-    return {plan_.entries.size(), document->ChromatogramCount(), plan_.absorbance, std::move(notes_),
-            losses_.List()};
+    return {plan_.entries.size(), document->ChromatogramCount(),
+            plan_.absorbance,     std::move(notes_),
+            losses_.List(),       std::move(faults)};
   }
 
  private:

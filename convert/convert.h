@@ -27,6 +27,7 @@ struct Options {
   bool isIndexed = true;     ///< mzML with index and checksum
   Selection selection = {};
   bool isLossAllowed = false;  ///< what is lost is left out and reported, instead of an Error
+  bool isStrict = false;       ///< points that may not be what was measured are an Error, instead of reported
 };
 
 /// What else is to be known of a conversion.
@@ -44,6 +45,7 @@ struct Result {
   Absorbance absorbance = Absorbance::kNone;
   std::vector<Note> notes = {};
   std::vector<Loss> losses = {};
+  Findings faults = {};  ///< points that may not be what was measured
 };
 
 /// A source that is open once for each worker, and its files as they were before. Used for one conversion at

@@ -15,6 +15,7 @@ enum class ErrorKind {
   kSourceChanged,     // while it was converted
   kSourceUnreadable,  // its files or its folder
   kSourceDamaged,     // a part of what was measured is lost
+  kSourceSuspect,     // points may not be what was measured
   kSystem,            // it has no more threads, or lacks a function
 };
 

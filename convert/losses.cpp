@@ -42,6 +42,19 @@ std::string Owner(Loss::Kind kind, const source::FunctionId& function) {
   return " of function " + source::TextOf(function);
 }
 
+// "17, 20-21".
+std::string ListOf(const std::vector<int>& numbers) {
+  std::string list;
+  for (std::size_t i = 0; i < numbers.size();) {
+    std::size_t last = i;
+    while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) ++last;
+    list += (list.empty() ? "" : ", ") + std::to_string(numbers[i]);
+    if (last > i) list += '-' + std::to_string(numbers[last]);
+    i = last + 1;
+  }
+  return list;
+}
+
 // Acquired functions first.
 auto Order(const Loss& loss) {
   const source::FunctionId& id = loss.function;
@@ -53,7 +66,7 @@ auto Order(const Loss& loss) {
 std::string TextOf(const Loss& loss) {
   const LossText& text = TextFor(loss.kind);
   return std::string(text.many) + Owner(loss.kind, loss.function) + std::string(text.how) +
-         std::to_string(loss.count) + "; the first is " + std::to_string(loss.first);
+         std::to_string(loss.numbers.size()) + " (" + ListOf(loss.numbers) + ")";
 }
 
 void Losses::Add(Loss::Kind kind, const source::FunctionId& function, int number) {
@@ -64,15 +77,29 @@ void Losses::Add(Loss::Kind kind, const source::FunctionId& function, int number
   const Lock lock(mutex_);
   auto known = std::find_if(lost_.begin(), lost_.end(),
                             [&](const Loss& loss) { return loss.kind == kind && loss.function == function; });
-  if (known == lost_.end()) known = lost_.insert(known, {kind, function, 0, number});
-  ++known->count;
-  known->first = std::min(known->first, number);
+  if (known == lost_.end()) known = lost_.insert(known, {kind, function});
+  known->numbers.push_back(number);
+}
+
+void Losses::AddFaults(const source::Function& function, int number,
+                       const std::vector<source::ScanFault>& faults) {
+  if (faults.empty()) return;
+  const Lock lock(mutex_);
+  faulty_.Add(function, number, faults);
+}
+
+Findings Losses::ListFaults() const {
+  Findings findings;
+  const Lock lock(mutex_);
+  faulty_.AddTo(findings);
+  return findings;
 }
 
 std::vector<Loss> Losses::List() const {
   const Lock lock(mutex_);
   std::vector<Loss> list = lost_;
   std::sort(list.begin(), list.end(), [](const Loss& a, const Loss& b) { return Order(a) < Order(b); });
+  for (Loss& loss : list) std::sort(loss.numbers.begin(), loss.numbers.end());
   return list;
 }
 

@@ -1,4 +1,5 @@
-// What of a source is lost: an Error, or, when what is left is wanted, counted. Used by all workers at once.
+// What of a source is lost: an Error, or, when what is left is wanted, listed. And scans that are suspect.
+// Used by all workers at once.
 #pragma once
 
 #include <cstddef>
@@ -6,6 +7,7 @@
 #include <vector>
 
 #include "convert/threads.h"
+#include "source/scan_faults.h"
 #include "source/source.h"
 
 namespace zrml::convert {
@@ -15,11 +17,10 @@ struct Loss {
 
   Kind kind = Kind::kScan;
   source::FunctionId function = {};  ///< number 0 for what the sample has without a function
-  std::size_t count = 0;             ///< of scans or traces
-  int first = 0;                     ///< number of the first of them, from 1
+  std::vector<int> numbers = {};     ///< of scans or traces, from 1, ascending
 };
 
-/// "scans of function 2 that cannot be read: 3; the first is 17"
+/// "scans of function 2 that cannot be read: 3 (17, 20-21)"
 std::string TextOf(const Loss& loss);
 
 class Losses {
@@ -34,10 +35,15 @@ class Losses {
   /// The sample's own first, then by function.
   std::vector<Loss> List() const;
 
+  /// What is wrong with scan `number` of a function whose points are there.
+  void AddFaults(const source::Function& function, int number, const std::vector<source::ScanFault>& faults);
+  Findings ListFaults() const;
+
  private:
   Policy policy_;
   mutable Mutex mutex_;  // guards what follows
   std::vector<Loss> lost_;
+  source::FaultyScans faulty_;
 };
 
 }  // namespace zrml::convert

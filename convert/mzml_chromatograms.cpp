@@ -11,39 +11,11 @@
 #include "convert/channels.h"
 #include "convert/mzml_params.h"
 #include "convert/total_ions.h"
+#include "convert/trace_kind.h"
 #include "convert/xml.h"
 
 namespace zrml::convert {
 namespace {
-
-struct TraceWord {
-  std::string_view word;
-  const CvTerm& term;
-};
-
-// What names of a sample's traces say, in whole words; the first that fits counts.
-constexpr TraceWord kSampleWords[] = {
-    {"pressure", cv::kPressureChromatogram},     {"flow", cv::kFlowChromatogram},
-    {"absorbance", cv::kAbsorptionChromatogram}, {"absorption", cv::kAbsorptionChromatogram},
-    {"uv", cv::kAbsorptionChromatogram},         {"tuv", cv::kAbsorptionChromatogram},
-    {"pda", cv::kAbsorptionChromatogram},        {"dad", cv::kAbsorptionChromatogram},
-    {"nm", cv::kAbsorptionChromatogram},
-};
-
-// And those of a function with scans of masses.
-constexpr TraceWord kMassWords[] = {
-    {"tic", cv::kTicChromatogram},
-    {"bpi", cv::kBasePeakChromatogram},
-    {"bpc", cv::kBasePeakChromatogram},
-};
-
-const CvTerm& TermIn(std::span<const TraceWord> words, std::string_view name) {
-  const std::string lower = ToLower(name);
-  for (const TraceWord& word : words) {
-    if (HasWord(lower, word.word)) return word.term;
-  }
-  return cv::kIonCurrentChromatogram;
-}
 
 std::string TraceId(const std::string& owner, const source::Trace& trace) {
   const std::string id = owner + "trace " + std::to_string(trace.number);
@@ -130,7 +102,7 @@ std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& p
     if (!points) return losses.Add(Loss::Kind::kTrace, id, position + 1);
     RunChromatogram& added = chromatograms.emplace_back();
     added.id = TraceId(owner != nullptr ? OwnerText(*owner) : "", trace);
-    added.type = &TraceType(trace.name, owner != nullptr ? &owner->info : nullptr);
+    added.type = &TraceType(trace.name, owner != nullptr ? std::optional(owner->info.kind) : std::nullopt);
     TakePoints(*points, plan.selection, added);
   };
   int position = 0;
@@ -167,12 +139,6 @@ std::vector<RunChromatogram> ReadChannelChromatograms(source::Source& source, co
          mz});
   }
   return chromatograms;
-}
-
-const CvTerm& TraceType(std::string_view name, const source::Function* function) {
-  using Kind = source::FunctionKind;
-  if (function == nullptr || function->kind == Kind::kOther) return TermIn(kSampleWords, name);
-  return function->kind == Kind::kAbsorbance ? cv::kAbsorptionChromatogram : TermIn(kMassWords, name);
 }
 
 void AppendChromatogram(std::string& out, std::size_t index, const RunChromatogram& chromatogram,

@@ -39,9 +39,6 @@ const CvTerm& ChannelType(const source::Function& function);
 std::vector<RunChromatogram> ReadChannelChromatograms(source::Source& source, const RunPlan& plan,
                                                       std::int32_t function, Losses& losses);
 
-/// The term for a trace that is called `name`, of a function or (null) of the sample.
-const CvTerm& TraceType(std::string_view name, const source::Function* function);
-
 void AppendChromatogram(std::string& out, std::size_t index, const RunChromatogram& chromatogram,
                         const ArrayOptions& options, ArrayWriter& arrays);
 

@@ -49,11 +49,15 @@ bool IsTaken(Absorbance absorbance) {
   return absorbance == Absorbance::kTaken || absorbance == Absorbance::kTakenAlone;
 }
 
-// Of masses.
+// Of masses. A function whose scans the system does not let us count has some.
 bool HasScans(Source& source, int sample) {
   const std::span<const Function> functions = source.Functions(sample);
-  for (std::size_t i = 0; i < functions.size(); ++i) {
-    if (!IsAbsorbance(functions[i]) && source.ScanCount(sample, static_cast<int>(i)) > 0) return true;
+  try {
+    for (std::size_t i = 0; i < functions.size(); ++i) {
+      if (!IsAbsorbance(functions[i]) && source.ScanCount(sample, static_cast<int>(i)) > 0) return true;
+    }
+  } catch (const source::Error&) {
+    return true;
   }
   return false;
 }

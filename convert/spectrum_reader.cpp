@@ -30,6 +30,10 @@ Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
         source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
     spectrum.positions = positions_;
     spectrum.intensities = intensities_;
+    if (read.lost == 0)
+      losses_.AddFaults(
+          function.info, entry.scan + 1,
+          source::FaultsOf(plan_.sourceFormat, function.info, spectrum.scan, positions_, intensities_));
     return read;
   });
 }

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "fuzz/check.h"
+#include "source/points_look.h"
 #include "source/source.h"
 
 namespace zrml::fuzz {
@@ -263,12 +264,35 @@ void AskAbsorbance(Source& source, const Place& at, Answer& answer) {
   answer.Add(values);
 }
 
-void AskFindings(Source& source, const Place&, Answer& answer) {
-  for (const Finding& finding : source.Findings()) {
+void Add(std::span<const Finding> findings, Answer& answer) {
+  for (const Finding& finding : findings) {
     Check(!finding.problem.empty(), "a finding says what the problem is");
-    answer.Add(finding.file);
-    answer.Add(finding.problem);
+    Check(finding.count > 0, "a finding is about something");
+    answer.Add(TextOf(finding));
+    answer.Add(finding.first);
   }
+}
+
+void AskFindings(Source& source, const Place&, Answer& answer) { Add(source.Findings(), answer); }
+
+// Of small sources only: each scan is read, whatever bytes others have read, too.
+void LookAtAllPoints(Source& source, const Place&, Answer& answer) {
+  std::uint64_t work = 0;
+  const int samples = source.SampleCount();
+  for (int sample = 0; sample < samples; ++sample) {
+    const int functions = static_cast<int>(source.Functions(sample).size());
+    for (int function = 0; function < functions; ++function) {
+      if (++work > kMostPointsAdded || !IsSmall(source, {sample, function, 0})) return;
+      work += static_cast<std::uint64_t>(source.ScanCount(sample, function));
+    }
+  }
+  if (work > kMostPointsAdded) return;
+  std::uint64_t last = 0;
+  const auto progress = [&](std::uint64_t done, std::uint64_t all) {
+    Check(done == last + 1 && done <= all, "progress goes on by one, to the end");
+    last = done;
+  };
+  Add(source::LookAtPoints(source, {}, progress).List(), answer);
 }
 
 // Answers of the mobility library may change from question to question.
@@ -301,7 +325,7 @@ constexpr Question kQuestions[] = {
     {AskRanges, kFunction}, {AskToBeCancelled, kFunction},
     {AskTraces, kScan},     {AskFunctionTraces, kScan},
     {AskAbsorbance, kScan}, {AskFindings, kSource},
-    {AskDriftBins, kScan},
+    {AskDriftBins, kScan},  {LookAtAllPoints, kSource},
 };
 constexpr int kQuestionCount = static_cast<int>(std::size(kQuestions));
 

@@ -175,7 +175,8 @@ SystemPath PathOfDataFile(const SystemPath& folder, const FunctionRecord& functi
 }
 
 FindingSubject SubjectOf(const FunctionRecord& function) {
-  if (function.typeCode == kDadType) return {.kind = FindingSubject::Kind::kAbsorbance};
+  if (function.typeCode == kDadType)
+    return {.kind = FindingSubject::Kind::kAbsorbance, .function = function.number};
   FindingSubject subject = {.kind = FindingSubject::Kind::kFunction, .function = function.number};
   if (function.processed) {
     subject.function = function.rawNumber;

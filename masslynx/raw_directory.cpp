@@ -1,6 +1,7 @@
 #include "masslynx/raw_directory.h"
 
 #include <algorithm>
+#include <string>
 
 #include "common/text.h"
 #include "masslynx/directory_files.h"
@@ -93,11 +94,25 @@ void RawDirectory::NoticeShortRead(std::size_t function) {
     refusal_ = platform::ToNativePath(ToUpper(name)) + " has become shorter since it was opened";
 }
 
+// Of the open data file.
+const std::optional<ZeroTail>& RawDirectory::TailOf(std::size_t function) {
+  FunctionState& state = states_[function];
+  if (!state.isTailKnown) state.tail = FindZeroTail(data_, functions_[function]);
+  state.isTailKnown = data_.IsOpen() && !data_.IsRefused();
+  return state.tail;
+}
+
 std::optional<Bytes> RawDirectory::ReadScan(std::size_t function, const ScanRoom& room) {
   OpenData(function);
   std::optional<Bytes> bytes;
   if (data_.IsOpen()) bytes = reader_.Read(data_, room.offset, room.bytes);
   if (!bytes || bytes->size() < room.bytes) NoticeShortRead(function);
+  // Where a scan ends in a measured byte there is no need to look how the file ends.
+  if (bytes && !bytes->empty() && bytes->back() == std::byte{0}) {
+    const std::optional<ZeroTail>& tail = TailOf(function);
+    if (tail && tail->begin < room.offset + bytes->size())
+      bytes = bytes->first(static_cast<std::size_t>(std::max(tail->begin, room.offset) - room.offset));
+  }
   if (data_.IsRefused()) data_.Close();  // what it did not give may be there next time
   return bytes;
 }
@@ -108,6 +123,22 @@ std::string RawDirectory::WhyNoData(std::size_t function) const {
   return finding.file + ' ' + finding.problem;
 }
 
+void RawDirectory::NoticeZeroTail(std::size_t function, Findings& findings) {
+  OpenData(function);
+  const std::optional<ZeroTail>& tail = TailOf(function);
+  if (data_.IsRefused()) data_.Close();
+  if (!tail) return;
+  const FunctionRecord& record = functions_[function];
+  findings.Add({.code = FindingCode::kDataZeroed,
+                .file = platform::ToNativePath(FileNameOf(record, L"DAT")),
+                .problem = "ends in zeros that are no points of " + std::to_string(tail->scans) + " of " +
+                           std::to_string(record.scanIndex.size()) + " scans; the first is scan " +
+                           std::to_string(tail->first),
+                .subject = SubjectOf(record),
+                .count = tail->scans,
+                .first = tail->first});
+}
+
 Findings RawDirectory::CollectFindings() {
   Findings findings = findings_;
   const std::string refusal = refusal_;
@@ -115,6 +146,7 @@ Findings RawDirectory::CollectFindings() {
   for (std::size_t i = 0; i < functions_.size(); ++i) {
     hasScans = !LoadedFunction(i).scanIndex.empty() || hasScans;
     for (const Finding& finding : states_[i].findings.List()) findings.Add(finding);
+    if (functions_[i].hasDataFile) NoticeZeroTail(i, findings);
   }
   refusal_ = refusal;
   NoticeUnownedFiles(folder_, functions_, findings);

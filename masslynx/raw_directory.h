@@ -14,6 +14,7 @@
 #include "masslynx/header.h"
 #include "masslynx/scandata/scan_reader.h"
 #include "masslynx/scandata/scan_room.h"
+#include "masslynx/scandata/zeroed_points.h"
 
 namespace zrml::masslynx {
 
@@ -45,8 +46,8 @@ class RawDirectory {
 
   /// With its index and statistics, which are loaded again after a refusal.
   FunctionRecord& LoadedFunction(std::size_t function);
-  /// The bytes of a scan, or fewer when its data file ends earlier. Valid until the next call. No value when
-  /// the data file does not open.
+  /// The bytes of a scan, or as many as its data file has, without zeros that it ends in where points were.
+  /// Valid until the next call. No value when the data file does not open.
   std::optional<Bytes> ReadScan(std::size_t function, const ScanRoom& room);
   /// "_FUNC001.DAT is missing", for a file that does not open.
   std::string WhyNoData(std::size_t function) const;
@@ -65,12 +66,16 @@ class RawDirectory {
     bool isLoaded = false;
     std::uint64_t dataSize = 0;  // of the data file, the largest that was seen when it was opened
     Findings findings;           // from the last attempt to load
+    bool isTailKnown = false;
+    std::optional<ZeroTail> tail;
   };
 
   RawDirectory() = default;
 
   void OpenData(std::size_t function);
   void NoticeShortRead(std::size_t function);
+  const std::optional<ZeroTail>& TailOf(std::size_t function);
+  void NoticeZeroTail(std::size_t function, Findings& findings);
 
   platform::SystemPath folder_;
   HeaderLines header_;

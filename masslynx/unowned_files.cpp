@@ -1,6 +1,7 @@
 #include "masslynx/unowned_files.h"
 
 #include <algorithm>
+#include <charconv>
 #include <set>
 #include <string>
 #include <vector>
@@ -27,6 +28,17 @@ std::set<std::string> OwnedStems(const platform::SystemPath& folder,
   return stems;
 }
 
+// The function that the files would be of, by the number in their names: "_FUNC003", "_PROC001".
+FindingSubject SubjectOfStem(std::string_view stem) {
+  constexpr std::size_t kFront = 5;
+  int number = 0;
+  const auto [end, error] = std::from_chars(stem.data() + kFront, stem.data() + stem.size(), number);
+  if (error != std::errc() || end != stem.data() + stem.size() || number < 1) return {};
+  FindingSubject subject = {.kind = FindingSubject::Kind::kFunction};
+  (stem.starts_with("_FUNC") ? subject.function : subject.process) = number;
+  return subject;
+}
+
 }  // namespace
 
 void NoticeUnownedFiles(const platform::SystemPath& folder, std::span<const FunctionRecord> functions,
@@ -50,7 +62,10 @@ void NoticeUnownedFiles(const platform::SystemPath& folder, std::span<const Func
   for (const std::string& name : names) {
     if (FunctionStem(name) == stem) continue;
     stem = FunctionStem(name);
-    findings.Add({.code = FindingCode::kFileUnowned, .file = name, .problem = "belongs to no function"});
+    findings.Add({.code = FindingCode::kFileUnowned,
+                  .file = name,
+                  .problem = "belongs to no function",
+                  .subject = SubjectOfStem(stem)});
   }
 }
 

@@ -9,6 +9,7 @@
 
 #include "common/platform/platform.h"
 #include "common/text_file.h"
+#include "openlynx/report_faults.h"
 
 namespace zrml::openlynx {
 namespace {
@@ -118,6 +119,9 @@ std::optional<std::wstring> Report::ReadText(const Function& function, std::uint
   return text.size() <= kLargestText ? std::optional(std::move(text)) : std::nullopt;
 }
 
-void Report::Check(const std::string& name, Findings& findings) { FindSamples(stream_, name, &findings); }
+void Report::Check(const std::string& name, Findings& findings) {
+  FindSamples(stream_, name, &findings);
+  NoticeFaultyLines(stream_, name, findings);
+}
 
 }  // namespace zrml::openlynx

@@ -63,6 +63,11 @@ class Report {
   FunctionKind KindOf(Sample& sample, const Function& function) {
     return KindOfType(TypeOf(sample, function));
   }
+  bool RecordsAbsorbance(Sample& sample, const Function& function) {
+    const std::string_view type = TypeOf(sample, function);
+    return KindOfType(type) == FunctionKind::kUnknown &&
+           openlynx::RecordsAbsorbance(type, sample.Text(function.description));
+  }
   Polarity PolarityOf(Sample& sample, const Function& function);
   /// As the first spectrum is; false when that has no points.
   bool IsCentroided(Sample& sample, Function& function);
@@ -87,7 +92,7 @@ class Report {
   std::optional<std::wstring> ReadText(const Function& function, std::uint64_t end = kNoLimit);
 
   /// Reports samples whose blocks are still open where the next sample begins or the file ends, as in an
-  /// incomplete copy. `name` is the file's.
+  /// incomplete copy, and lines that are not read as they are meant. `name` is the file's.
   void Check(const std::string& name, Findings& findings);
 
   ReportStream& Stream() { return stream_; }

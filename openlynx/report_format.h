@@ -45,6 +45,9 @@ inline constexpr std::string_view kCentroided = "FALSE";   // of Continuum; any 
 inline constexpr std::string_view kAnalogMark = "ANALOG";  // in Description: an analog function
 inline constexpr std::string_view kDadMark = "DAD";        // in Type: the same
 
+// Words of Type, or of Description where there is no Type, that say what is measured is absorbance.
+inline constexpr std::string_view kAbsorbanceWords[] = {"absorbance", "diode", "pda", "tuv", "uv", "vis"};
+
 /// Intensities are in percent of BPI or MaxIntensity. This value replaces a missing or zero one.
 inline constexpr double kFullScale = 100.0;
 

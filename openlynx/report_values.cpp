@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "common/platform/platform.h"
+#include "common/text.h"
 #include "openlynx/block_sweep.h"
 
 namespace zrml::openlynx {
@@ -48,6 +50,12 @@ FunctionKind KindOfType(std::string_view type) {
   const auto row = std::find_if(kTypeKinds.begin(), kTypeKinds.end(),
                                 [&](const TypeKind& entry) { return Contains(type, entry.part); });
   return row == kTypeKinds.end() ? FunctionKind::kUnknown : row->kind;
+}
+
+bool RecordsAbsorbance(std::string_view type, std::string_view description) {
+  const std::string text = ToLower(type.empty() ? description : type);
+  return std::any_of(std::begin(kAbsorbanceWords), std::end(kAbsorbanceWords),
+                     [&](std::string_view word) { return HasWord(text, word); });
 }
 
 Polarity PolarityOfIonMode(std::string_view ionMode) {
@@ -105,9 +113,10 @@ SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
 
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {
   BlockWalk walk(stream, position);
-  std::string_view line;
-  while (walk.Next(line) && walk.Position() < spectrum.list.value_or(kNoLimit)) {
-    if (line.starts_with(kProcessKey)) return platform::FromCodePage(ValueOf(line, kProcessKey));
+  for (std::string_view line; walk.Next(line) && walk.Position() < spectrum.list.value_or(kNoLimit);) {
+    if (!line.starts_with(kProcessKey)) continue;
+    const std::string_view value = ValueOf(line, kProcessKey);
+    if (!value.empty()) return platform::FromCodePage(value);
   }
   return {};
 }

@@ -20,6 +20,9 @@ enum class FunctionKind { kUnknown, kMs, kMsMs, kIons, kReactions };
 /// By the first known part that the type contains, case-sensitive.
 FunctionKind KindOfType(std::string_view type);
 
+/// Whether a function of unknown kind records absorbance, by the whole words of its texts.
+bool RecordsAbsorbance(std::string_view type, std::string_view description);
+
 /// 2 for functions of product ions, else 1.
 constexpr int MsLevelOf(FunctionKind kind) { return kind == FunctionKind::kMsMs ? 2 : 1; }
 

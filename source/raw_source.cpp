@@ -1,6 +1,7 @@
 #include "source/raw_source.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "masslynx/scandata/scan_decoder.h"
 #include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/sub_scans.h"
+#include "masslynx/scandata/zeroed_points.h"
 #include "source/formats.h"
 #include "source/position.h"
 
@@ -68,6 +70,8 @@ Function Describe(const FunctionRecord& record) {
   function.isLockMass = record.label.find(L"Lock Mass") != std::wstring::npos;
   if (record.massRangeKnown) function.massRange = Range{record.lowMass, record.highMass};
   function.hasMobility = record.hasMobilityData && !record.processed;
+  function.isOfMobility = record.hasMobilityData;
+  function.hasOwnMasses = masslynx::HasOwnMasses(record.dataFormat);
   return function;
 }
 
@@ -107,6 +111,14 @@ std::string TextOfScan(int scan, const Function& function) {
   return "scan " + std::to_string(scan + 1) + " of function " + TextOf(function.id);
 }
 
+// Both ascend.
+void AddPlaces(const std::vector<std::size_t>& more, std::vector<std::size_t>& places) {
+  if (more.empty()) return;
+  std::vector<std::size_t> both;
+  std::set_union(places.begin(), places.end(), more.begin(), more.end(), std::back_inserter(both));
+  places = std::move(both);
+}
+
 // Closes the gaps at the places given, which ascend. Gives how many points are left.
 std::size_t CloseGaps(const std::vector<std::size_t>& gaps, std::size_t count, double* values) {
   std::size_t kept = 0;
@@ -135,6 +147,8 @@ RawSource::RawSource(std::string path, const SystemPath& folder, const std::stri
   const bool isAbsorbance = absorbance_ && StemOf(all[*absorbance_]) == chosen;
   if (!chosen.empty() && functions_.empty() && !isAbsorbance)
     throw Error(Status::kNotRecognised, Path() + " belongs to no function");
+  if (!chosen.empty())
+    chosen_ = masslynx::SubjectOf(all[functions_.empty() ? *absorbance_ : positions_.front()]);
   NameFunctions();
   mobilityPath_ = masslynx::MobilityPath(folder);
 }
@@ -266,19 +280,36 @@ PointsRead RawSource::ReadPoints(int, int function, int scan, std::vector<double
   return read;
 }
 
+// Drops the places that are not written, and those of points that are zeros where the scan has counted
+// something. Gives how many are left and how many of these are lost.
+PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const StoredScan& stored,
+                                  std::size_t count, std::span<double> x, std::span<double> y) {
+  const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
+  const bool mayBeZeroed = entry.totalIntensity > 0 && !record.hasMobilityData;
+  PointsRead result = {count, stored.room.points - count};
+  if (mayBeZeroed) {
+    masslynx::FindZeroedPoints(stored.room, stored.bytes, y.first(count), zeroed_);
+    result.lost += zeroed_.size();
+    AddPlaces(zeroed_, unwritten_);
+  }
+  if (!unwritten_.empty()) {
+    CloseGaps(unwritten_, count, x.data());
+    result.count = CloseGaps(unwritten_, count, y.data());
+  }
+  const std::span<const double> left = y.first(result.count);
+  const bool isZero = std::all_of(left.begin(), left.end(), [](double each) { return each == 0; });
+  const bool isWhole = stored.room.points > 0 && stored.room.points == count;
+  return mayBeZeroed && isZero && isWhole ? PointsRead{0, stored.room.points} : result;
+}
+
 // Into arrays with room for all points that are there.
 PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,
                              std::span<double> intensities) {
   unwritten_.clear();
   const FunctionRecord& record = directory_.Functions()[PositionOf(function)];
-  const masslynx::DecodedPoints decoded =
-      masslynx::DecodeScan(record, scan, stored.room, stored.bytes,
-                           {mz.data(), intensities.data(), &unwritten_});
-  PointsRead result = {decoded.count, stored.room.points - decoded.count};
-  if (!unwritten_.empty()) {
-    CloseGaps(unwritten_, decoded.count, mz.data());
-    result.count = CloseGaps(unwritten_, decoded.count, intensities.data());
-  }
+  const masslynx::DecodedPoints decoded = masslynx::DecodeScan(record, scan, stored.room, stored.bytes,
+                                                               {mz.data(), intensities.data(), &unwritten_});
+  PointsRead result = CloseGapsIn(record, scan, stored, decoded.count, mz, intensities);
   if (decoded.isUnsorted && result.count > 0) {
     result.count = InOrder(mz.first(result.count), intensities.first(result.count),
                            masslynx::MayHaveSubScans(stored.room), EntryOf(record, scan).centroided);
@@ -408,13 +439,25 @@ PointsRead RawSource::ReadAbsorbance(int, int scan, std::vector<double>& wavelen
   unwritten_.clear();
   const std::size_t count =
       masslynx::DecodeAbsorbance(stored.room, stored.bytes, {wavelengths.data(), values.data(), &unwritten_});
-  wavelengths.resize(CloseGaps(unwritten_, count, wavelengths.data()));
-  values.resize(CloseGaps(unwritten_, count, values.data()));
-  return {wavelengths.size(), stored.room.points - count};
+  const PointsRead result = CloseGapsIn(record, scan, stored, count, wavelengths, values);
+  wavelengths.resize(result.count);
+  values.resize(result.count);
+  return result;
+}
+
+bool RawSource::Includes(const FindingSubject& subject) const {
+  const bool isOfFunction =
+      subject.kind == FindingSubject::Kind::kFunction || subject.kind == FindingSubject::Kind::kAbsorbance;
+  return !chosen_ || !isOfFunction || subject == *chosen_;
 }
 
 std::span<const Finding> RawSource::Findings() {
-  if (!findings_) findings_ = directory_.CollectFindings();
+  if (findings_) return findings_->List();
+  const zrml::Findings all = directory_.CollectFindings();
+  findings_.emplace();
+  for (const Finding& finding : all.List()) {
+    if (Includes(finding.subject)) findings_->Add(finding);
+  }
   return findings_->List();
 }
 

@@ -50,6 +50,7 @@ class RawSource : public Source {
                             std::vector<double>& values) override;
 
   std::span<const Finding> Findings() override;
+  bool Includes(const FindingSubject& subject) const override;
 
  protected:
   std::optional<std::span<const double>> IntensitiesWithin(int sample, int function, int scan, Range range,
@@ -73,6 +74,8 @@ class RawSource : public Source {
   template <class What>
   StoredScan Fetch(std::size_t position, const std::optional<masslynx::ScanRoom>& room, What what);
   StoredScan FetchScan(int function, int scan);
+  PointsRead CloseGapsIn(const masslynx::FunctionRecord& record, int scan, const StoredScan& stored,
+                         std::size_t count, std::span<double> x, std::span<double> y);
   PointsRead Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,
                     std::span<double> intensities);
   std::size_t InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans,
@@ -83,11 +86,13 @@ class RawSource : public Source {
   std::vector<std::size_t> positions_;  // of the functions, in the directory
   std::vector<Function> functions_;
   std::optional<std::size_t> absorbance_;  // its position in the directory
+  std::optional<FindingSubject> chosen_;   // the function, when one of its files was opened
   std::vector<MetadataItem> metadata_;     // once it is asked for
   std::optional<masslynx::TraceList> traces_;
   std::string mobilityPath_;
   masslynx::MobilityData mobility_;
   std::vector<std::size_t> unwritten_;
+  std::vector<std::size_t> zeroed_;
   CZRMassSpectrum unsorted_;
   std::optional<zrml::Findings> findings_;
 };

@@ -43,16 +43,6 @@ constexpr std::array<KindRow, 5> kKinds = {{
     {FunctionKind::kIonMonitoring, Monitoring::kReactions},
 }};
 
-// Of types that say nothing of masses.
-constexpr std::array<std::string_view, 4> kAbsorbanceWords = {"pda", "uv", "tuv", "absorbance"};
-
-bool IsAbsorbanceType(std::string_view type) {
-  const std::string lower = ToLower(type);
-  return openlynx::KindOfType(type) == openlynx::FunctionKind::kUnknown &&
-         std::any_of(kAbsorbanceWords.begin(), kAbsorbanceWords.end(),
-                     [&](std::string_view word) { return HasWord(lower, word); });
-}
-
 constexpr std::array kPolarities = {Polarity::kUnknown, Polarity::kPositive, Polarity::kNegative};
 
 constexpr const char* kProviderName = "ZROpenLynxRptProvider";
@@ -141,7 +131,7 @@ Function ReportSource::Describe(openlynx::Sample& sample, std::size_t position) 
   function.id.number = CountOf(position + 1);
   function.name = Utf8(report_.NameOf(sample, found));
   if (function.name.empty()) function.name = "Function " + std::to_string(function.id.number);
-  function.kind = IsAbsorbanceType(report_.TypeOf(sample, found)) ? FunctionKind::kAbsorbance : row.kind;
+  function.kind = report_.RecordsAbsorbance(sample, found) ? FunctionKind::kAbsorbance : row.kind;
   function.monitoring = row.monitoring;
   function.msLevel = openlynx::MsLevelOf(kind);
   function.polarity = kPolarities[static_cast<std::size_t>(report_.PolarityOf(sample, found))];
@@ -164,8 +154,10 @@ std::vector<MetadataItem> ReportSource::SampleMetadata(int sample) {
   for (std::size_t i = 0; i < values.size(); ++i) {
     const openlynx::SampleItem& item = openlynx::kSampleItems[i];
     const bool isDateTime = !item.timeKey.empty();
-    metadata_.push_back(
-        {std::string(item.name), isDateTime ? LocalDateTime(Utf8(values[i]), "T") : Utf8(values[i])});
+    std::string value = Utf8(values[i]);
+    std::optional<std::string> held = isDateTime ? LocalDateTime(std::move(value), "T") : std::move(value);
+    if (held && held->empty()) held.reset();
+    metadata_.push_back({std::string(item.name), std::move(held)});
   }
   metadataSample_ = sample;
   return metadata_;
@@ -206,7 +198,7 @@ const ReportSource::KnownSpectrum& ReportSource::SpectrumOf(std::uint64_t positi
   if (spectrum_ && spectrum_->position == position) return *spectrum_;
   return spectrum_.emplace(Reading([&] {
     const openlynx::SpectrumHead head = report_.ReadSpectrumHead(position);
-    return KnownSpectrum{position, head, report_.CountLines(head), report_.ReadProcess(position, head)};
+    return KnownSpectrum{position, head, report_.CountLines(head), Utf8(report_.ReadProcess(position, head))};
   }));
 }
 
@@ -218,7 +210,7 @@ Scan ReportSource::ScanAt(int sample, int function, int scan) {
   result.points = static_cast<std::uint32_t>(spectrum.room);
   result.basePeakIntensity = spectrum.head.basePeak;
   result.totalIntensity = spectrum.head.totalIons;
-  result.process = Utf8(spectrum.process);
+  result.process = spectrum.process;
   return result;
 }
 

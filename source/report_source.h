@@ -55,12 +55,12 @@ class ReportSource final : public Source {
     std::vector<std::uint64_t> traces;  // the "[CHROMATOGRAM]" lines of its analog functions
   };
 
-  // A spectrum without its points, and room that they fit into.
+  // A spectrum without its points, room that they fit into, and how it was made.
   struct KnownSpectrum {
     std::uint64_t position = 0;
     openlynx::SpectrumHead head;
     std::size_t room = 0;
-    std::wstring process = {};
+    std::string process;
   };
 
   std::span<openlynx::Sample> Samples();

@@ -113,7 +113,7 @@ inline std::span<const double> IntensitiesIn(Range range, std::span<const double
                                              std::span<const double> intensities, std::size_t& hint) {
   const std::size_t begin = FirstFrom(range.low, mz, hint);
   std::size_t end = begin;
-  while (end < mz.size() && mz[end] <= range.high) ++end;
+  while (end < mz.size() && !(range.high < mz[end])) ++end;
   hint = begin;
   return intensities.subspan(begin, end - begin);
 }
@@ -276,6 +276,8 @@ std::vector<Trace> Source::FunctionTraces(int, int) { return {}; }
 Chromatogram Source::ReadFunctionTrace(int, int, int) {
   throw Error(Status::kWrongArgument, "the function has no traces");
 }
+
+bool Source::Includes(const FindingSubject&) const { return true; }
 
 bool Source::HasAbsorbance(int) { return false; }
 Function Source::AbsorbanceFunction(int) { return {}; }

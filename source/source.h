@@ -61,7 +61,9 @@ struct Function {
   Polarity polarity = Polarity::kUnknown;
   bool isLockMass = false;         ///< a reference function, by its name
   std::optional<Range> massRange;  ///< set in the acquisition method
+  bool hasOwnMasses = false;       ///< each point has its m/z in the data file, not from a list or an axis
   bool hasMobility = false;
+  bool isOfMobility = false;  ///< it has drift bins, or is made of data that have
 };
 
 /// What index and statistics tell of a scan, without its points.
@@ -75,10 +77,11 @@ struct Scan {
   std::optional<double> precursorMz;        ///< of functions with precursors
   bool isPrecursorOfMethod = false;         ///< the method's set mass: no statistics tell the scan's own
   std::optional<double> scanValue;          ///< the scan's additional value (cone voltage and the like)
-  std::string process = {};                 ///< what it was made by, in a report's words
+  std::string process;                      ///< of a report's spectrum: how it was made ("Combine (5:9-1:3)")
 };
 
-/// How many points a read has given, and how many more the index declares that the file does not hold.
+/// How many points a read has given, and how many more the index declares that the file does not hold, or
+/// holds zeros for.
 struct PointsRead {
   std::size_t count = 0;
   std::size_t lost = 0;
@@ -198,8 +201,10 @@ class Source {
                                     std::vector<double>& values);
 
   /// What is known of damage without reading points: the structure of every file, and whether files reach as
-  /// far as their index says. Looked for once.
+  /// far as their index says. Looked for once. What the points tell: see LookAtPoints.
   virtual std::span<const Finding> Findings() = 0;
+  /// Whether what was opened includes what a finding is about: of a data file its own function alone.
+  virtual bool Includes(const FindingSubject& subject) const;
 
  protected:
   explicit Source(std::string path) : path_(std::move(path)) {}

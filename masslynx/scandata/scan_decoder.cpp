@@ -280,6 +280,11 @@ DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoo
   return {count, layout.decode({function, entry, room, bytes, count}, points)};
 }
 
+bool HasOwnMasses(int dataFormat) {
+  const auto row = static_cast<std::size_t>(dataFormat);
+  return row < kLayouts.size() && kLayouts[row].decode != nullptr && kLayouts[row].masses == Masses::kPoints;
+}
+
 bool DecodeWithin(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                   MassRange range, std::vector<double>& intensities) {
   const auto decode = kLayouts[static_cast<std::size_t>(room.layout)].decodeWithin;

@@ -28,6 +28,10 @@ struct MassRange {
 bool DecodeWithin(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                   MassRange range, std::vector<double>& intensities);
 
+/// Whether each point of a data format has a mass of its own, which is not zero then. Elsewhere masses come
+/// from a list or an axis, and a point without intensity is all zeros.
+bool HasOwnMasses(int dataFormat);
+
 /// Whether scans of the layout may consist of several sub-scans, to be summed when masses do not ascend.
 inline bool MayHaveSubScans(const ScanRoom& room) { return room.layout == 12 || room.layout == 13; }
 

@@ -19,6 +19,8 @@ bool HasPrecursors(const FunctionRecord& function) {
   return FunctionKindOfType(function.typeCode) == FunctionKind::kMsMs;
 }
 
+bool HasOwnPrecursor(const ScanIndexEntry& scan) { return OwnPrecursorMass(scan).has_value(); }
+
 ScanFacts FactsOf(const FunctionRecord& function, const ScanIndexEntry& scan) {
   ScanFacts facts;
   facts.endMinutes = scan.retentionTime + function.scanTime / 60.0F;

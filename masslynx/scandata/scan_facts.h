@@ -20,4 +20,7 @@ ScanFacts FactsOf(const FunctionRecord& function, const ScanIndexEntry& scan);
 /// Whether spectra of the function have a precursor mass.
 bool HasPrecursors(const FunctionRecord& function);
 
+/// Whether the statistics tell a precursor mass of the scan, so that it is not the method's.
+bool HasOwnPrecursor(const ScanIndexEntry& scan);
+
 }  // namespace zrml::masslynx

@@ -12,6 +12,7 @@
 #include "masslynx/function_types.h"
 #include "masslynx/scandata/point_unit_format.h"
 #include "masslynx/scandata/scan_extents.h"
+#include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/scan_index_format.h"
 #include "masslynx/scandata/scan_statistics.h"
 
@@ -151,7 +152,29 @@ class FunctionNotices {
       NoticeOverlaps(extents, About(L"IDX"), findings_);
     }
     if (hasPoints && function_.hasDataFile) NoticeExtents(extents, size, About(L"DAT"), findings_);
-    NoticeStatistics(folder_, function_, entries.list.size(), findings_);
+    hasStatistics_ =
+        NoticeStatistics(folder_, function_, entries.list.size(), findings_) && entries.inFileOrder;
+  }
+
+  // Of the scans as they are listed: which precursors are none of their own, where statistics are missing
+  // that would tell them.
+  void Precursors() {
+    if (hasStatistics_ || !HasPrecursors(function_)) return;
+    const std::vector<ScanIndexEntry>& scans = function_.scanIndex;
+    Finding finding = About(L"STS");
+    finding.code = FindingCode::kPrecursorsOfMethod;
+    finding.count = 0;
+    for (std::size_t i = 0; i < scans.size(); ++i) {
+      if (HasOwnPrecursor(scans[i])) continue;
+      if (finding.count++ == 0) finding.first = i + 1;
+    }
+    if (finding.count == 0) return;
+    const std::string scansOf =
+        std::to_string(finding.count) + " of " + std::to_string(scans.size()) + " scans";
+    finding.problem = "does not tell the precursors of " + scansOf +
+                      (function_.setMass != 0 ? ", which are the method's" : "") + "; the first is scan " +
+                      std::to_string(finding.first);
+    findings_.Add(std::move(finding));
   }
 
  private:
@@ -190,6 +213,7 @@ class FunctionNotices {
   const platform::SystemPath& folder_;
   const FunctionRecord& function_;
   Findings& findings_;
+  bool hasStatistics_ = true;  // of each scan
 };
 
 }  // namespace
@@ -228,6 +252,7 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
       LoadScanStatistics(folder, function, entries.list, refusal);
     }
     function.scanIndex = std::move(entries.list);
+    if (notices) notices->Precursors();
     return;
   }
   if (notices) notices->IndexCut(problem);

@@ -150,6 +150,7 @@ namespace {
 struct Problem {
   FindingCode code = FindingCode::kStatisticsCut;
   std::string text = {};
+  bool isForEachScan = false;  // that there is a record
 };
 
 Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans) {
@@ -159,34 +160,40 @@ Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans)
             "is of version " + std::to_string(header.version) + ", which is not read"};
   }
   const std::uint64_t bytes = size - std::min<std::uint64_t>(header.recordsOffset, size);
-  if (header.recordSize == 0 || bytes % header.recordSize != 0)
-    return {.text = "does not end with a whole record"};
-  const std::uint64_t records = bytes / header.recordSize;
-  if (records == scans) return {};
-  return {.text = "is about " + std::to_string(records) + " scans, the index about " + std::to_string(scans)};
+  const std::uint64_t records = header.recordSize == 0 ? 0 : bytes / header.recordSize;
+  Problem problem = {.isForEachScan = records >= scans};
+  if (header.recordSize == 0 || bytes % header.recordSize != 0) {
+    problem.text = "does not end with a whole record";
+  } else if (records != scans) {
+    problem.text = "is about " + std::to_string(records) + " scans, the index about " + std::to_string(scans);
+  }
+  return problem;
 }
 
 }  // namespace
 
-void NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
+bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
                       Findings& findings) {
   const std::wstring name = FileNameOf(function, L"sts");
   constexpr Spellings kSpellings = Spellings::kAsWrittenUpperLower;
   const platform::File file = OpenInDirectory(folder, name, kSpellings);
-  if (!file.IsOpen() && !IsThere(folder, name, kSpellings)) return;
+  if (!file.IsOpen() && !IsThere(folder, name, kSpellings)) return scans == 0;
   Finding finding = NotOpened(folder, name, kSpellings, FindingCode::kFileUnreadable);
   finding.subject = SubjectOf(function);
+  bool isForEachScan = false;
   if (file.IsOpen()) {
     const std::uint64_t size = file.Size();
-    if (size == 0 && scans == 0) return;  // of a function that was never acquired
+    if (size == 0 && scans == 0) return true;  // of a function that was never acquired
     std::array<std::byte, format::kHeaderSize> start{};
     file.ReadAt(0, start);
     Problem problem = ProblemOf(ReadHeader(start), size, scans);
-    if (problem.text.empty()) return;
+    isForEachScan = problem.isForEachScan;
+    if (problem.text.empty()) return isForEachScan;
     finding.code = problem.code;
     finding.problem = std::move(problem.text);
   }
   findings.Add(std::move(finding));
+  return isForEachScan;
 }
 
 }  // namespace zrml::masslynx

@@ -194,11 +194,11 @@ TEST_F(ConvertTest, LostPointsOfChannelsAreAbsent) {
   ExpectHas(out.text, "id=\"function 1 channel 1: 100\" defaultArrayLength=\"1\"");
   ExpectHas(out.text, "id=\"function 1 channel 2: 200.5\" defaultArrayLength=\"2\"");
   ASSERT_EQ(result.losses.size(), 2U);
-  EXPECT_EQ(TextOf(result.losses[0]), "scans of function 1 that cannot be read: 1; the first is 3");
-  EXPECT_EQ(TextOf(result.losses[1]), "scans of function 1 that have lost points: 1; the first is 2");
+  EXPECT_EQ(TextOf(result.losses[0]), "scans of function 1 that cannot be read: 1 (3)");
+  EXPECT_EQ(TextOf(result.losses[1]), "scans of function 1 that have lost points: 1 (2)");
   options.selection.hasMonitoredSpectra = true;
   Text more;
-  EXPECT_EQ(Convert(options, more).losses[0].count, 1U);  // not once more for the spectra
+  EXPECT_EQ(Convert(options, more).losses[0].numbers, std::vector{3});  // not once more for the spectra
 }
 
 TEST_F(ConvertTest, TimeRangeCutsTracesToo) {

@@ -382,32 +382,30 @@ struct LossCase {
 TEST_F(ConvertTest, WhatIsLostIsRefusedOrCounted) {
   const LossCase cases[] = {
       {"scans", [](FakeData& data) { data.functions[0].scans[1].isUnreadable = true; }, Of("1"),
-       "cannot read scan 2 of function 1", "scans of function 1 that cannot be read: 1; the first is 2",
+       "cannot read scan 2 of function 1", "scans of function 1 that cannot be read: 1 (2)",
        "id=\"function=1 process=0 scan=2\" defaultArrayLength=\"0\""},
       {"points", [](FakeData& data) { data.functions[0].scans[1].lost = 3; }, Of("1"),
-       "cannot read all points of scan 2 of function 1",
-       "scans of function 1 that have lost points: 1; the first is 2",
+       "cannot read all points of scan 2 of function 1", "scans of function 1 that have lost points: 1 (2)",
        "id=\"function=1 process=0 scan=2\" defaultArrayLength=\"1\""},
       {"totals", [](FakeData& data) { data.functions[0].hasNoTotals = true; }, Of("1", "3"),
        "cannot read the total ion current of scan 3 of function 1",
-       "total ion currents of function 1 that cannot be read: 1; the first is 3",
-       "<chromatogramList count=\"2\""},
+       "total ion currents of function 1 that cannot be read: 1 (3)", "<chromatogramList count=\"2\""},
       {"bins", [](FakeData& data) { data.functions[3].scans[0].isUnreadable = true; }, Of("5"),
-       "cannot read scan 1 of function 5", "scans of function 5 that cannot be read: 1; the first is 1",
+       "cannot read scan 1 of function 5", "scans of function 5 that cannot be read: 1 (1)",
        "id=\"function=5 process=0 scan=1\" defaultArrayLength=\"0\""},
       {"traces", [](FakeData& data) { data.traces[0].isUnreadable = true; }, Of("1"), "cannot read trace 1",
-       "traces that cannot be read: 1; the first is 1", "<chromatogramList count=\"3\""},
+       "traces that cannot be read: 1 (1)", "<chromatogramList count=\"3\""},
       {"traces of functions",
        [](FakeData& data) { data.functionTraces[1] = {{.name = "UV", .isUnreadable = true}}; }, Of("2"),
-       "cannot read trace 1 of function 2", "traces of function 2 that cannot be read: 1; the first is 1",
+       "cannot read trace 1 of function 2", "traces of function 2 that cannot be read: 1 (1)",
        "<chromatogramList count=\"3\""},
       {"absorbance", [](FakeData& data) { data.absorbance->scans[3].isUnreadable = true; },
        Within("0.375-0.375"), "cannot read absorbance spectrum 4",
-       "absorbance spectra that cannot be read: 1; the first is 4",
+       "absorbance spectra that cannot be read: 1 (4)",
        "id=\"function=3 process=0 scan=4\" defaultArrayLength=\"0\""},
       {"points of absorbance", [](FakeData& data) { data.absorbance->scans[3].lost = 1; },
        Within("0.375-0.375"), "cannot read all points of absorbance spectrum 4",
-       "absorbance spectra that have lost points: 1; the first is 4",
+       "absorbance spectra that have lost points: 1 (4)",
        "id=\"function=3 process=0 scan=4\" defaultArrayLength=\"2\""},
   };
   for (LossCase loss : cases) {
@@ -441,10 +439,10 @@ TEST_F(ConvertTest, LossesAreCountedWhateverTheWorkers) {
     std::vector<std::string> lines;
     for (const Loss& loss : result.losses) lines.push_back(TextOf(loss));
     EXPECT_EQ(lines, (std::vector<std::string>{
-                         "traces that cannot be read: 1; the first is 2",
-                         "scans of function 1 that have lost points: 3; the first is 1",
-                         "absorbance spectra that cannot be read: 24; the first is 2",
-                         "scans of function 5 that cannot be read: 1; the first is 1",
+                         "traces that cannot be read: 1 (2)",
+                         "scans of function 1 that have lost points: 3 (1-3)",
+                         "absorbance spectra that cannot be read: 24 (2-25)",
+                         "scans of function 5 that cannot be read: 1 (1)",
                      }));
   }
 }

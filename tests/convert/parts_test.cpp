@@ -11,9 +11,9 @@
 #include "convert/date_time.h"
 #include "convert/instrument_model.h"
 #include "convert/mzml_arrays.h"
-#include "convert/mzml_chromatograms.h"
 #include "convert/selection.h"
 #include "convert/sha1.h"
+#include "convert/trace_kind.h"
 #include "convert/xml.h"
 
 namespace zrml::convert::test {
@@ -160,11 +160,11 @@ TEST(InstrumentModelTest, OthersAreAnyModel) {
 
 struct TraceCase {
   const char* name;
-  const char* ofSample;
+  const char* ofSample;  // or of a function that records something unknown
   const char* ofMasses;  // of a function with scans of masses
 };
 
-// Whole words count, and not those that such a function cannot have recorded.
+// Whole words count, and not those of things that such a function cannot have recorded.
 TEST(TraceTypeTest, IsWhatTheNameSays) {
   constexpr const char* kIons = "ion current chromatogram";
   constexpr const char* kAbsorption = "absorption chromatogram";
@@ -175,25 +175,21 @@ TEST(TraceTypeTest, IsWhatTheNameSays) {
       {"UV 254", kAbsorption, kIons},
       {"2: TUV", kAbsorption, kIons},
       {"210nm", kAbsorption, kIons},
-      {"(UV-trig)", kAbsorption, kIons},
       {"%B", kIons, kIons},
-      {"Suva", kIons, kIons},
+      {"", kIons, kIons},
+      {"Suva", kIons, kIons},  // no word that counts, only a part of one
       {"Workflow 3 TIC", kIons, "total ion current chromatogram"},
       {"BPI overflow", kIons, "basepeak chromatogram"},
-      {"", kIons, kIons},
+      {"(UV-trig)", kIons, kIons},
+      {"ionisation pressure", kIons, kIons},  // of the source, not of a pump
   };
-  source::Function function;
+  using source::FunctionKind;
   for (const TraceCase& trace : cases) {
-    EXPECT_EQ(TraceType(trace.name, nullptr).name, trace.ofSample) << trace.name;
-    function.kind = source::FunctionKind::kOther;
-    EXPECT_EQ(TraceType(trace.name, &function).name, trace.ofSample) << trace.name;
-    for (const auto kind :
-         {source::FunctionKind::kMs, source::FunctionKind::kMsMs, source::FunctionKind::kIonMonitoring}) {
-      function.kind = kind;
-      EXPECT_EQ(TraceType(trace.name, &function).name, trace.ofMasses) << trace.name;
-    }
-    function.kind = source::FunctionKind::kAbsorbance;
-    EXPECT_EQ(TraceType(trace.name, &function).name, kAbsorption) << trace.name;
+    EXPECT_EQ(TraceType(trace.name).name, trace.ofSample) << trace.name;
+    EXPECT_EQ(TraceType(trace.name, FunctionKind::kOther).name, trace.ofSample) << trace.name;
+    for (const FunctionKind kind : {FunctionKind::kMs, FunctionKind::kMsMs, FunctionKind::kIonMonitoring})
+      EXPECT_EQ(TraceType(trace.name, kind).name, trace.ofMasses) << trace.name;
+    EXPECT_EQ(TraceType(trace.name, FunctionKind::kAbsorbance).name, kAbsorption) << trace.name;
   }
 }
 

@@ -199,6 +199,46 @@ TEST(RawFindings, LastScanOfMixedData) {
               [](const TempDirectory& directory) { directory.Truncate("_FUNC001.DAT", 33); });
 }
 
+// Of a function of products, whose precursors stand in its statistics.
+TEST(RawFindings, PrecursorsThatAreTheMethods) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].record.type = 11;
+  raw.functions[0].record.setMass = 500;
+  for (ScanFiles& scan : raw.functions[0].scans)
+    scan.statistics = {.precursorMass = 400, .precursorFlags = 1};
+  raw.functions[0].scans[0].statistics.precursorFlags = 0;  // the method's, as the file has it
+  const std::string whole = "precursors-of-method: _FUNC001.STS does not tell the precursors of ";
+  const std::string ofAll = whole + "3 of 3 scans, which are the method's; the first is scan 1";
+  ExpectLines(raw, {ofAll}, [](const TempDirectory& directory) { directory.Remove("_FUNC001.STS"); });
+  ExpectLines(raw,
+              {"statistics-cut: _FUNC001.STS is about 2 scans, the index about 3",
+               whole + "2 of 3 scans, which are the method's; the first is scan 1"},
+              [](const TempDirectory& directory) {
+                const FileBytes bytes = directory.Read("_FUNC001.STS");
+                directory.Truncate("_FUNC001.STS", bytes.size() - std::to_integer<std::size_t>(bytes[4]));
+              });
+  ExpectLines(raw, {"statistics-unknown: _FUNC001.STS is of version 2, which is not read", ofAll},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { bytes[2] = std::byte{2}; });
+              });
+  raw.functions[0].record.setMass = 0;
+  ExpectLines(raw, {whole + "3 of 3 scans; the first is scan 1"},
+              [](const TempDirectory& directory) { directory.Remove("_FUNC001.STS"); });
+  raw.functions[0].record.type = 18;  // of no precursors
+  ExpectLines(raw, {}, [](const TempDirectory& directory) { directory.Remove("_FUNC001.STS"); });
+}
+
+// The number in a file's name says which function it would be of.
+TEST(RawFindings, SubjectsOfFilesOfNoFunction) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.WriteText("_FUNC012.DAT", "x");
+  directory.WriteText("_PROC007.DAT", "x");
+  const std::vector<Finding> findings = Collect(directory);
+  ASSERT_EQ(findings.size(), 2U);
+  EXPECT_EQ(findings[0].subject, (FindingSubject{FindingSubject::Kind::kFunction, 0, 12}));
+  EXPECT_EQ(findings[1].subject, (FindingSubject{FindingSubject::Kind::kFunction, 0, 0, 7}));
+}
+
 TEST(RawFindings, Statistics) {
   const auto cutBy = [](const TempDirectory& directory, std::size_t bytes) {
     directory.Truncate("_FUNC001.STS", directory.Read("_FUNC001.STS").size() - bytes);

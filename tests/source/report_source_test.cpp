@@ -113,8 +113,7 @@ void ExpectSameMetadata(Source& source, CDataServerImpl& server, int sample, int
   for (const MetadataItem& item : items) {
     std::wstring value;
     const bool isDateTime = item.key == "AnalysisDateTime";
-    EXPECT_EQ(server.GetMetadataValue(sample, function, platform::FromNativePath(item.key), value),
-              item.value.has_value() || isDateTime);
+    EXPECT_TRUE(server.GetMetadataValue(sample, function, platform::FromNativePath(item.key), value));
     const std::string held = item.value.value_or(isDateTime ? "T" : "");
     EXPECT_EQ(isDateTime ? held + "+00:00" : held, Narrow(value)) << item.key;  // a zone that no report has
   }
@@ -324,7 +323,7 @@ TEST_F(ReportSourceTest, MetadataOfTheSampleNeedNoFunction) {
   EXPECT_EQ(items[1].key, "OperatorName");
   EXPECT_EQ(items[1].value, "Zo\xC3\xAB");
   EXPECT_TRUE(source->Functions(0).empty());
-  EXPECT_EQ(source->SampleMetadata(1)[1].value, "");
+  EXPECT_EQ(source->SampleMetadata(1)[1].value, std::nullopt);
   EXPECT_EQ(source->SampleMetadata(0)[1].value, "Zo\xC3\xAB");
   EXPECT_TRUE(source->FunctionText(1, 0)->starts_with("[FUNCTION]\n{\n"));
 }
@@ -473,7 +472,10 @@ TEST_F(ReportSourceTest, FindingsAreOfBlocksThatDoNotEnd) {
       {first + without(1), FindingCode::kReportCut, "ends inside 1 block", 2},
       {first + without(4), FindingCode::kReportCut, "ends inside 4 blocks", 2},
       {first + "[SAMPLE]\n", FindingCode::kReportCut, "ends where its last sample begins", 2},
-      {first + "[SAMPLE]\nno brace\n", {}},
+      {first + "[SAMPLE]\nno brace\n", FindingCode::kBlockUnopened,
+       "has a marker without a line that begins with { behind it: line " +
+           std::to_string(1 + std::count(first.begin(), first.end(), '\n')) + " ([SAMPLE])",
+       2},
       {without(1) + first, FindingCode::kSampleUnended, "has no end of sample 1", 1},
       {first + without(2) + first, FindingCode::kSampleUnended, "has no end of sample 2", 2},
   };

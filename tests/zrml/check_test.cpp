@@ -1,5 +1,6 @@
 // zrml check on raw directories that one edit has damaged.
 #include <algorithm>
+#include <sstream>
 
 #include <nlohmann/json.hpp>
 
@@ -18,13 +19,38 @@ class CheckTest : public ZrmlTest {
 
   static std::string PathOf(const TempDirectory& directory) { return Argument(directory.Path()); }
 
-  // Status 7, the findings, a line each, and how many there are.
+  // Status 7 and the findings, a line each, all of something that is lost.
   void ExpectFindings(const TempDirectory& directory, const std::string& findings, int count = 1) const {
+    std::string lines;
+    std::istringstream list(findings);
+    for (std::string line; std::getline(list, line);) lines += "lost: " + line + "\n";
+    ExpectLines(directory, lines, count);
+  }
+
+  void ExpectLines(const TempDirectory& directory, const std::string& lines, int count = 1) const {
     const ProcessResult result = Check(directory);
     EXPECT_EQ(result.status, 7);
-    EXPECT_EQ(result.output, findings);
-    EXPECT_EQ(result.errors, "zrml: " + PathOf(directory) + " is damaged: " + std::to_string(count) +
-                                 (count == 1 ? " finding\n" : " findings\n"));
+    EXPECT_EQ(result.output, lines);
+    EXPECT_EQ(result.errors, "zrml: " + PathOf(directory) + " is damaged: " + Counted(count));
+  }
+
+  // A finding that nothing is lost by, before others of the points: status 0, with --strict 7.
+  void ExpectSuspect(const TempDirectory& directory, const std::string& line,
+                     const std::string& content) const {
+    const ProcessResult result = Check(directory);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output.substr(0, result.output.find('\n') + 1), "suspect: " + line + "\n");
+    EXPECT_TRUE(result.output.ends_with('\n' + PathOf(directory) + " has lost nothing: " + content + "\n"))
+        << result.output;
+    EXPECT_EQ(result.errors, "");
+    const ProcessResult strict = Check(directory, {"--strict"});
+    EXPECT_EQ(strict.status, 7);
+    EXPECT_EQ(strict.output, result.output);
+    EXPECT_TRUE(strict.errors.starts_with("zrml: " + PathOf(directory) + " is suspect: ")) << strict.errors;
+  }
+
+  static std::string Counted(int count) {
+    return std::to_string(count) + (count == 1 ? " finding\n" : " findings\n");
   }
 };
 
@@ -91,12 +117,14 @@ TEST_F(CheckTest, FunctionTableThatIsCut) {
 TEST_F(CheckTest, ScansThatOverlap) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { PatchU32(bytes, 22, 11); });
-  ExpectFindings(directory,
-                 "_FUNC001.IDX has scans that begin inside an earlier one: 1 of 3; the first is scan 2\n");
+  ExpectSuspect(directory,
+                "_FUNC001.IDX has scans that begin inside an earlier one: 1 of 3; the first is scan 2",
+                "2 functions, 5 scans");
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { PatchU32(bytes, 44, 11); });
   directory.Truncate("_FUNC001.DAT", 23);
-  ExpectFindings(directory,
-                 "_FUNC001.IDX has scans that begin inside an earlier one: 2 of 3; the first is scan 2\n");
+  ExpectSuspect(directory,
+                "_FUNC001.IDX has scans that begin inside an earlier one: 2 of 3; the first is scan 2",
+                "2 functions, 5 scans");
 }
 
 // A copy that lost a block: 22 bytes of zeros are a scan without points. Its 12 bytes of data are left.
@@ -176,7 +204,7 @@ TEST_F(CheckTest, IndexThatGoesBackwards) {
   const TempDirectory directory = raw.Build();
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 14 scans\n");
   directory.Edit("_FUNC002.IDX", [](FileBytes& bytes) { PatchU32(bytes, 90, 1); });  // after offset 12
-  ExpectFindings(directory, "_FUNC002.IDX has offsets that go backwards\n");
+  ExpectSuspect(directory, "_FUNC002.IDX has offsets that go backwards", "2 functions, 14 scans");
 }
 
 TEST_F(CheckTest, StatisticsOfAnotherNumberOfScans) {
@@ -195,7 +223,7 @@ TEST_F(CheckTest, StatisticsOfAnotherNumberOfScans) {
 TEST_F(CheckTest, StatisticsOfAnotherVersion) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { bytes[2] = std::byte{2}; });
-  ExpectFindings(directory, "_FUNC001.STS is of version 2, which is not read\n");
+  ExpectSuspect(directory, "_FUNC001.STS is of version 2, which is not read", "2 functions, 5 scans");
 }
 
 TEST_F(CheckTest, DataFilesOfNoFunction) {
@@ -279,7 +307,7 @@ TEST_F(CheckTest, ScansThatTheProviderCannotRead) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].record.dataFormat = 10;
   const TempDirectory directory = raw.Build();
-  ExpectFindings(directory, "2 of 2 scans of function 2 cannot be read; the first is 1\n");
+  ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is 1\n");
 }
 
 // Function 2 has no statistics that would tell how many scans there were: 12 bytes of each of two scans.
@@ -302,7 +330,7 @@ TEST_F(CheckTest, TracesThatCannotBeRead) {
   const TempDirectory directory = raw.Build();
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");
   directory.Truncate("_ANALOGS.DAT", 7);
-  ExpectFindings(directory, "2 of 2 traces cannot be read; the first is 1\n");
+  ExpectFindings(directory, "the run has 2 of 2 traces that cannot be read; the first is 1\n");
 }
 
 class LostTracesTest : public CheckTest {
@@ -409,13 +437,19 @@ TEST_F(CheckTest, JsonHasTheDocumentedKeys) {
   const ProcessResult result = Check(directory, {"--json"});
   EXPECT_EQ(result.status, 7);
   EXPECT_EQ(nlohmann::json::parse(result.output),
-            (nlohmann::json{
-                {"source", PathOf(directory)},
-                {"sound", false},
-                {"functions", 2},
-                {"scans", 3},
-                {"findings",
-                 {{{"file", "_FUNC002.IDX"}, {"problem", "is missing, so the function has no scans"}}}}}));
+            (nlohmann::json{{"source", PathOf(directory)},
+                            {"sound", false},
+                            {"functions", 2},
+                            {"scans", 3},
+                            {"findings",
+                             {{{"code", "index-missing"},
+                               {"severity", "lost"},
+                               {"file", "_FUNC002.IDX"},
+                               {"sample", nullptr},
+                               {"function", 2},
+                               {"count", 1},
+                               {"first", nullptr},
+                               {"message", "_FUNC002.IDX is missing, so the function has no scans"}}}}}));
 }
 
 // Data format 10 has no layout.
@@ -424,7 +458,7 @@ TEST_F(CheckTest, TracesAndAbsorbanceAreReadThrough) {
   raw.functions[1].record.type = 12;  // absorbance
   raw.functions[1].record.dataFormat = 10;
   const TempDirectory directory = raw.Build();
-  ExpectFindings(directory, "2 of 2 absorbance spectra cannot be read; the first is 1\n");
+  ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is 1\n");
 }
 
 }  // namespace

@@ -200,7 +200,7 @@ TEST_F(ConvertTest, WhatCannotBeReadIsToldOfWhenTheRestIsWanted) {
     const ProcessResult told = RunToOutput({"--function", "4", "--damaged", "--threads", threads});
     EXPECT_EQ(told.status, 0);
     EXPECT_EQ(told.errors,
-              "zrml: " + path_ + ": scans of function 4 that cannot be read: 2; the first is 1\n");
+              "zrml: " + path_ + ": _FUNC004.DAT: scans of function 4 that cannot be read: 2 (1-2)\n");
     EXPECT_EQ(Count(told.output, "defaultArrayLength=\"0\""), 2U);
     EXPECT_EQ(RunToOutput({"--function", "4", "--damaged", "-q", "--threads", threads}).errors, "");
   }

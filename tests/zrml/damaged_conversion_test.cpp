@@ -61,8 +61,8 @@ TEST_F(DamagedConversionTest, ScansThatCannotBeRead) {
                                   ": cannot read scan 1 of function 2 (--damaged converts what there is)\n");
   const ProcessResult anyway = Convert(directory, {"--damaged"});
   EXPECT_EQ(anyway.status, 0);
-  EXPECT_EQ(anyway.errors,
-            "zrml: " + PathOf(directory) + ": scans of function 2 that cannot be read: 2; the first is 1\n");
+  EXPECT_EQ(anyway.errors, "zrml: " + PathOf(directory) +
+                               ": _FUNC002.DAT: scans of function 2 that cannot be read: 2 (1-2)\n");
   EXPECT_NE(anyway.output.find("id=\"function=2 process=0 scan=2\" defaultArrayLength=\"0\""),
             std::string::npos);
 }
@@ -71,10 +71,12 @@ TEST_F(DamagedConversionTest, ScansThatCannotBeRead) {
 TEST_F(DamagedConversionTest, DataThatNoScanRefersTo) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Truncate("_FUNC002.IDX", 22);
-  const ProcessResult converted = Convert(directory, {"--format", "tsv"});
+  const std::string finding = "_FUNC002.DAT holds 6 bytes that no scan refers to";
+  ExpectFailure(Convert(directory, {"--format", "tsv"}), 7,
+                PathOf(directory) + " is damaged: " + finding + " (--damaged converts what there is)");
+  const ProcessResult converted = Convert(directory, {"--format", "tsv", "--damaged"});
   EXPECT_EQ(converted.status, 0);
-  EXPECT_EQ(converted.errors,
-            "zrml: " + PathOf(directory) + ": _FUNC002.DAT holds 6 bytes that no scan refers to\n");
+  EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) + ": " + finding + "\n");
   directory.Truncate("_FUNC002.IDX", 0);
   EXPECT_EQ(Convert(directory, {"--format", "tsv"}).status, 7);
 }
@@ -158,7 +160,9 @@ TEST_F(DamagedConversionTest, LostDataAreNotConvertedUnasked) {
   const ProcessResult converted = Run(anyway);
   EXPECT_EQ(converted.status, 0);
   EXPECT_EQ(converted.errors, "zrml: " + PathOf(directory) +
-                                  ": _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3\n");
+                                  ": _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3\nzrml: " +
+                                  PathOf(directory) +
+                                  ": _FUNC001.DAT: scans of function 1 that have lost points: 1 (3)\n");
 }
 
 // Each leaves a directory that opens, with scans or functions less.

@@ -215,7 +215,7 @@ TEST_F(PathsTest, LinkThatLeadsNowhereIsAFinding) {
   fs::create_symlink("nowhere", folder_ / "run.raw" / "_EXTERN.INF");
   const ProcessResult result = Run({"check", raw});
   EXPECT_EQ(result.status, 7);
-  EXPECT_EQ(result.output, "_EXTERN.INF cannot be opened\n");
+  EXPECT_EQ(result.output, "lost: _EXTERN.INF cannot be opened\n");
 }
 #endif
 

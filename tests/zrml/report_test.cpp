@@ -262,7 +262,7 @@ class CutReportTest : public ReportTest {
     std::filesystem::resize_file(folder_ / "vials.rpt", size);
     const ProcessResult checked = Run({"check", path_});
     EXPECT_EQ(checked.status, 7);
-    EXPECT_EQ(checked.output, finding + "\n");
+    EXPECT_EQ(checked.output.substr(0, checked.output.find('\n')), "lost: " + finding);
   }
 
   const std::string whole_ = ReadBytes(folder_ / "vials.rpt");
@@ -271,7 +271,10 @@ class CutReportTest : public ReportTest {
 // A copy that broke off before the last brace of all; in a list of a spectrum of a function of a sample, each
 // with its own brace.
 TEST_F(CutReportTest, IsDamagedInItsLastSample) {
-  ExpectOutput(Run({"check", path_}), path_ + " is sound: 2 functions, 3 scans\n");
+  ExpectOutput(Run({"check", path_}),
+               "note: function 1 of sample 1 has 1 of 3 scans that have no points; the first is 3\n"
+               "note: function 1 of sample 1 has 1 of 2 traces that have no points; the first is 2\n" +
+                   path_ + " is sound: 2 functions, 3 scans\n");
   ExpectCut(whole_.rfind('}'), "vials.rpt ends inside 1 block");
   ExpectCut(whole_.rfind("{"), "vials.rpt ends where its last sample begins");
   ExpectCut(whole_.find("100\t100"), "vials.rpt ends inside 4 blocks");
@@ -290,7 +293,67 @@ TEST_F(CutReportTest, SampleWithoutItsEndIsTold) {
   std::ofstream(folder_ / "vials.rpt", std::ios::binary) << text;
   const ProcessResult checked = Run({"check", path_});
   EXPECT_EQ(checked.status, 7);
-  EXPECT_EQ(checked.output, "vials.rpt has no end of sample 1\n");
+  EXPECT_EQ(checked.output.substr(0, checked.output.find('\n')), "lost: vials.rpt has no end of sample 1");
+}
+
+class MisreadReportTest : public ReportTest {
+ protected:
+  // Of the sound report with `what` of its first sample replaced.
+  std::string Misread(const std::string& what, const std::string& with) const {
+    std::string text = ReadBytes(folder_ / "vials.rpt");
+    text.replace(text.find(what), what.size(), with);
+    std::ofstream(folder_ / "misread.rpt", std::ios::binary) << text;
+    return Path("misread.rpt");
+  }
+
+  // Refused, whether or not what is left is asked for, in check; in convert unless it is.
+  void ExpectLost(const std::string& path, const std::string& finding,
+                  const std::string& sample = "1") const {
+    const ProcessResult checked = Run({"check", path});
+    EXPECT_EQ(checked.status, 7);
+    EXPECT_NE(("\n" + checked.output).find("\nlost: " + finding + "\n"), std::string::npos) << checked.output;
+    const std::vector<std::string> convert = {"convert", path, "--stdout", "--sample", sample};
+    const ProcessResult converted = Run(convert);
+    EXPECT_EQ(converted.status, 7);
+    EXPECT_EQ(converted.output, "");
+    std::vector<std::string> anyway = convert;
+    anyway.push_back("--damaged");
+    const ProcessResult left = Run(anyway);
+    EXPECT_EQ(left.status, 0);
+    EXPECT_NE(left.errors.find(": " + finding + "\n"), std::string::npos) << left.errors;
+  }
+};
+
+// Lines 15 and 20 of the report: the base peak and the first point of the first spectrum.
+TEST_F(MisreadReportTest, CommasInNumbers) {
+  ExpectLost(Misread("BPI\t200", "BPI\t2,5e6"),
+             "misread.rpt has a line with a comma in a number: line 15 (BPI)");
+  ExpectLost(Misread("300\t50", "300,5\t50"), "misread.rpt has a line with a comma in a number: line 20");
+}
+
+TEST_F(MisreadReportTest, MarkersThatAreNotRead) {
+  ExpectLost(Misread("[SPECTRUM]", " [SPECTRUM]"),
+             "misread.rpt has a marker that is indented or in small letters, which is not read: line 12");
+  ExpectLost(Misread("[SPECTRUM]\r\n{", "[SPECTRUM] {"),
+             "misread.rpt has a marker without a line that begins with { behind it: line 12 ([SPECTRUM])");
+}
+
+// Of one sample; another one is converted all the same.
+TEST_F(MisreadReportTest, IsDamageOfItsSample) {
+  const std::string path = Misread("BPI\t200", "BPI\t2,5e6");
+  EXPECT_EQ(Run({"convert", path, "--stdout", "--sample", "2"}).status, 0);
+}
+
+TEST_F(MisreadReportTest, ByteOrderMark) {
+  const std::string mark = "\xEF\xBB\xBF";
+  ExpectLost(Misread("[SAMPLE]", mark + "[SAMPLE]"),
+             "misread.rpt has a byte-order mark before a marker, which is not read then: line 1");
+  const std::string single = Path("single.rpt");
+  std::ofstream(folder_ / "single.rpt", std::ios::binary) << mark << ReportText(SampleBlock({}));
+  ExpectFailure(
+      Run({"convert", single}), 7,
+      single +
+          " is damaged: single.rpt has a byte-order mark before a marker, which is not read then: line 1");
 }
 
 // What it has as m/z are wavelengths; its spectra are no MS1 spectra, and its total is none of ions.

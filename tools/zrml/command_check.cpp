@@ -1,140 +1,69 @@
 // zrml check: whether a source is sound.
-#include <iterator>
-#include <set>
-#include <vector>
+#include <algorithm>
 
 #include "convert/source_files.h"
+#include "source/points_look.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
+#include "tools/zrml/host_system.h"
+#include "tools/zrml/interruption.h"
 #include "tools/zrml/json_writer.h"
+#include "tools/zrml/progress_bar.h"
 
 namespace zrml::tool {
 namespace {
-
-struct Problem {
-  std::string file;  // empty when it is about the whole
-  std::string text;
-};
 
 struct CheckResult {
   std::string path;
   std::int64_t functions = 0;
   std::int64_t scans = 0;
-  std::vector<Problem> problems;
+  Findings findings;
+
+  bool Has(Severity severity) const {
+    const std::span<const Finding> list = findings.List();
+    return std::any_of(list.begin(), list.end(),
+                       [=](const Finding& finding) { return SeverityOf(finding.code) == severity; });
+  }
 };
 
-// What cannot be asked is a finding, and the rest is asked all the same.
+void Count(source::Source& source, CheckResult& result) {
+  const int samples = source.SampleCount();
+  for (int sample = 0; sample < samples; ++sample) {
+    const int functions = static_cast<int>(source.Functions(sample).size());
+    result.functions += functions;
+    for (int function = 0; function < functions; ++function)
+      result.scans += source.ScanCount(sample, function);
+  }
+}
+
+void AddAll(std::span<const Finding> findings, CheckResult& result) {
+  for (const Finding& finding : findings) result.findings.Add(finding);
+}
+
+void AddUnreadable(const std::string& file, std::string problem, CheckResult& result) {
+  result.findings.Add({.code = FindingCode::kFileUnreadable, .file = file, .problem = std::move(problem)});
+}
+
+// What cannot be asked is a finding of the look at the points.
 template <class Ask>
-void Attempt(CheckResult& result, Ask ask) {
+void Attempt(Ask ask) {
   try {
     ask();
-  } catch (const source::Error& error) {
-    result.problems.push_back({"", error.Message()});
+  } catch (const source::Error&) {
   }
 }
-
-// Of a list, those that have something wrong.
-void AddFaulty(const std::vector<int>& numbers, int all, const std::string& fault, CheckResult& result) {
-  if (numbers.empty()) return;
-  result.problems.push_back({"", std::to_string(numbers.size()) + " of " + std::to_string(all) + " " + fault +
-                                     "; the first is " + std::to_string(numbers.front())});
-}
-
-// Reads all of a list; `read` gives how many points are lost and throws when nothing can be read.
-template <class Read>
-void ReadAll(const std::string& what, int count, CheckResult& result, Read read) {
-  std::vector<int> unreadable;  // numbers from 1
-  std::vector<int> incomplete;
-  for (int i = 0; i < count; ++i) {
-    try {
-      if (read(i) != 0) incomplete.push_back(i + 1);
-    } catch (const source::Error&) {
-      unreadable.push_back(i + 1);
-    }
-  }
-  AddFaulty(unreadable, count, what + " cannot be read", result);
-  AddFaulty(incomplete, count, what + " lack points", result);
-}
-
-class SourceReader {
- public:
-  SourceReader(source::Source& source, CheckResult& result) : source_(source), result_(result) {}
-
-  void Read() {
-    Attempt(result_, [&] { ReadFindings(); });
-    Attempt(result_, [&] {
-      const int samples = source_.SampleCount();
-      for (int sample = 0; sample < samples; ++sample) ReadSample(sample);
-    });
-  }
-
- private:
-  void ReadFindings() {
-    for (const Finding& finding : source_.Findings()) {
-      if (SeverityOf(finding.code) != Severity::kNote)
-        result_.problems.push_back({finding.file, finding.problem});
-      if (finding.code == FindingCode::kDataCut || finding.code == FindingCode::kDataMissing)
-        lacking_.insert(finding.subject);
-    }
-  }
-
-  void ReadSample(int sample) {
-    Attempt(result_, [&] {
-      const int functions = static_cast<int>(source_.Functions(sample).size());
-      for (int function = 0; function < functions; ++function)
-        Attempt(result_, [&] { ReadFunction(sample, function); });
-    });
-    Attempt(result_, [&] {
-      if (source_.HasAbsorbance(sample)) ReadAbsorbance(sample);
-    });
-    Attempt(result_, [&] {
-      if (source_.GetFormat() == source::Format::kRawDirectory) ReadTraces(sample);
-    });
-  }
-
-  void ReadFunction(int sample, int function) {
-    const source::Function described = FunctionAt(source_, {sample, function});
-    const int scans = source_.ScanCount(sample, function);
-    ++result_.functions;
-    result_.scans += scans;
-    if (lacking_.contains(SubjectOf(source_, sample, described.id))) return;
-    ReadAll("scans of function " + source::TextOf(described.id), scans, result_, [&](int scan) {
-      const std::size_t lost = source_.ReadPoints(sample, function, scan, x_, y_).lost;
-      return described.hasMobility ? 0 : lost;  // with mobility the points are elsewhere
-    });
-  }
-
-  void ReadAbsorbance(int sample) {
-    if (lacking_.contains({FindingSubject::Kind::kAbsorbance})) return;
-    ReadAll("absorbance spectra", source_.AbsorbanceScanCount(sample), result_,
-            [&](int scan) { return source_.ReadAbsorbance(sample, scan, x_, y_).lost; });
-  }
-
-  void ReadTraces(int sample) {
-    ReadAll("traces", static_cast<int>(source_.Traces(sample).size()), result_, [&](int trace) {
-      source_.ReadTrace(sample, trace);
-      return 0;
-    });
-  }
-
-  source::Source& source_;
-  CheckResult& result_;
-  std::set<FindingSubject> lacking_;  // those known to lack scans: no need to say it twice
-  std::vector<double> x_;
-  std::vector<double> y_;
-};
 
 // A failing disk gives bytes that are not read by whoever looks at the source in passing.
 void ReadFiles(const source::Source& source, CheckResult& result) {
-  const convert::SourceFiles files =
-      convert::ListSourceFiles(source.Path(), source.GetFormat(), convert::Checksums::kLeftOut, 1, {});
+  const convert::SourceFiles files = convert::ListSourceFiles(source.Path(), source.GetFormat(),
+                                                              convert::Checksums::kLeftOut, 1, IsInterrupted);
   if (files.isForbidden) {
     PrintError(source.Path() + ": " + *files.error + ", so only files that are known by name are looked at");
   } else if (files.error) {
-    result.problems.push_back({"", *files.error});
+    AddUnreadable({}, *files.error, result);
   }
-  for (const auto& [file, problem] : files.broken) result.problems.push_back({file, problem});
+  for (const auto& [file, problem] : files.broken) AddUnreadable(file, problem, result);
 }
 
 std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
@@ -142,27 +71,49 @@ std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
 }
 
 void PrintText(const CheckResult& result, Output& out) {
-  for (const Problem& problem : result.problems) {
-    out.Text(VisibleText(problem.file.empty() ? problem.text : problem.file + ' ' + problem.text) + "\n");
-  }
-  if (!result.problems.empty()) return;
-  out.Text(VisibleText(result.path + " is sound: " + Counted(result.functions, "function") + ", " +
+  for (const Finding& finding : result.findings.List())
+    out.Text(VisibleText(std::string(NameOf(SeverityOf(finding.code))) + ": " + TextOf(finding)) + "\n");
+  if (result.Has(Severity::kLost)) return;
+  const std::string verdict = result.Has(Severity::kSuspect) ? " has lost nothing: " : " is sound: ";
+  out.Text(VisibleText(result.path + verdict + Counted(result.functions, "function") + ", " +
                        Counted(result.scans, "scan")) +
            "\n");
+}
+
+// By the name that people use; null of what belongs to no function.
+Value FunctionOf(const FindingSubject& subject) {
+  using Kind = FindingSubject::Kind;
+  const bool isOfFunction = subject.kind == Kind::kFunction || subject.kind == Kind::kAbsorbance;
+  if (!isOfFunction || (subject.function == 0 && subject.process == 0)) return {};
+  return ValueOf(source::FunctionId{subject.function, subject.process, subject.repeat});
+}
+
+void PutFinding(const Finding& finding, JsonWriter& json) {
+  const auto numberOrNull = [](std::uint64_t number) {
+    return number == 0 ? Value() : Value(static_cast<std::int64_t>(number));
+  };
+  const FindingSubject& subject = finding.subject;
+  json.Object([&] {
+    json.Members({{"code", std::string(NameOf(finding.code))},
+                  {"severity", std::string(NameOf(SeverityOf(finding.code)))},
+                  {"file", finding.file.empty() ? Value() : Value(finding.file)},
+                  {"sample", numberOrNull(static_cast<std::uint64_t>(subject.sample))},
+                  {"function", FunctionOf(subject)},
+                  {"count", static_cast<std::int64_t>(finding.count)},
+                  {"first", numberOrNull(finding.first)},
+                  {"message", TextOf(finding)}});
+  });
 }
 
 void PrintJson(const CheckResult& result, Output& out) {
   JsonWriter json(out);
   json.Object([&] {
     json.Members({{"source", result.path},
-                  {"sound", result.problems.empty()},
+                  {"sound", !result.Has(Severity::kLost)},
                   {"functions", result.functions},
                   {"scans", result.scans}});
     json.Key("findings").Array([&] {
-      for (const Problem& problem : result.problems) {
-        const Value file = problem.file.empty() ? Value() : Value(problem.file);
-        json.Object([&] { json.Members({{"file", file}, {"problem", problem.text}}); });
-      }
+      for (const Finding& finding : result.findings.List()) PutFinding(finding, json);
     });
   });
   json.Finish();
@@ -170,15 +121,20 @@ void PrintJson(const CheckResult& result, Output& out) {
 
 class CheckCommand : public SourceCommand {
  public:
-  explicit CheckCommand(CLI::App& parser) : SourceCommand(parser, "check", "Find damage in a source") {}
+  explicit CheckCommand(CLI::App& parser) : SourceCommand(parser, "check", "Find damage in a source") {
+    Options().add_flag("--strict", isStrict_, "End with status 7 for findings of any severity");
+  }
 
   void Run(Output& out) override {
-    const CheckResult result = Check();
-    WantsJson() ? PrintJson(result, out) : PrintText(result, out);
-    out.Finish();
-    if (result.problems.empty()) return;
-    throw Failure(ExitStatus::kDamaged,
-                  result.path + " is damaged: " + Counted(std::ssize(result.problems), "finding"));
+    const InterruptionWatch watch;
+    try {
+      const CheckResult result = Check();
+      WantsJson() ? PrintJson(result, out) : PrintText(result, out);
+      out.Finish();
+      EndBadly(result);
+    } catch (const source::Cancelled&) {
+      EndByInterruption();
+    }
   }
 
  private:
@@ -187,14 +143,29 @@ class CheckCommand : public SourceCommand {
     result.path = Path();
     try {
       const std::unique_ptr<source::Source> source = OpenSource(Path());
-      SourceReader(*source, result).Read();
+      Attempt([&] { AddAll(source->Findings(), result); });
+      Attempt([&] { Count(*source, result); });
+      ProgressBar bar(IsErrorTerminal(), Path());
+      const auto progress = [&](std::uint64_t done, std::uint64_t all) { bar.Update(done, all); };
+      AddAll(source::LookAtPoints(*source, IsInterrupted, progress).List(), result);
+      bar.Clear();
       ReadFiles(*source, result);
     } catch (const Failure& failure) {
       if (failure.status != ExitStatus::kDamaged) throw;  // damage alone is a finding
-      result.problems.push_back({"", WithoutPrefix(failure.message, Path() + " is damaged: ")});
+      AddUnreadable({}, WithoutPrefix(failure.message, Path() + " is damaged: "), result);
     }
     return result;
   }
+
+  // Unless there is nothing to be said of the source.
+  void EndBadly(const CheckResult& result) const {
+    const bool isDamaged = result.Has(Severity::kLost);
+    if (result.findings.IsEmpty() || !(isDamaged || isStrict_)) return;
+    throw Failure(ExitStatus::kDamaged, result.path + (isDamaged ? " is damaged: " : " is suspect: ") +
+                                            Counted(std::ssize(result.findings.List()), "finding"));
+  }
+
+  bool isStrict_ = false;
 };
 
 }  // namespace

@@ -67,7 +67,7 @@ class Batch {
   // One that fails does not stop the others.
   void ConvertSamples(convert::SourceInUse& source, int count) {
     const std::string& path = source.First().Path();
-    if (count < 1) throw Failure(ExitStatus::kUnreadable, path + " has no samples");
+    if (count < 1) DamagePolicy::RefuseEmpty(source.First());
     if (count > 1 && (request_.isToStandardOutput || !request_.file.empty())) {
       throw Failure(ExitStatus::kWrongUsage,
                     path + " has " + std::to_string(count) + " samples; --sample chooses one");

@@ -71,12 +71,12 @@ class Cell {
   std::string& line_;
 };
 
-struct Column {
+struct ScanColumn {
   std::string_view name;
   void (*put)(const Row& row, Cell cell);
 };
 
-constexpr std::array<Column, 16> kColumns = {{
+constexpr std::array<ScanColumn, 16> kColumns = {{
     {"source", [](const Row& row, Cell cell) { cell.Put(row.texts.source); }},
     {"sample", [](const Row& row, Cell cell) { cell.Put(row.texts.sample); }},
     {"function", [](const Row& row, Cell cell) { cell.Put(row.texts.function); }},
@@ -102,18 +102,18 @@ constexpr std::array<Column, 16> kColumns = {{
 }};
 constexpr std::size_t kWithoutPoints = 11;
 
-using Columns = std::span<const Column>;
+using ScanColumns = std::span<const ScanColumn>;
 
-void AppendLine(Columns columns, const Row& row, std::string& line) {
-  for (const Column& column : columns) {
+void AppendLine(ScanColumns columns, const Row& row, std::string& line) {
+  for (const ScanColumn& column : columns) {
     column.put(row, Cell(line));
     line += &column == &columns.back() ? '\n' : '\t';
   }
 }
 
 // What is empty in a line is null.
-void AppendObject(Columns columns, const Row& row, std::string& line) {
-  for (const Column& column : columns) {
+void AppendObject(ScanColumns columns, const Row& row, std::string& line) {
+  for (const ScanColumn& column : columns) {
     line += &column == columns.data() ? "{\"" : ", \"";
     line.append(column.name).append("\": ");
     const std::size_t before = line.size();
@@ -147,7 +147,7 @@ class ScansCommand : public Command {
 
  private:
   void PrintAsLines(Output& out) {
-    for (const Column& column : AllColumns()) {
+    for (const ScanColumn& column : AllColumns()) {
       out.Text(column.name);
       out.Text(&column == &AllColumns().back() ? "\n" : "\t");
     }
@@ -185,8 +185,8 @@ class ScansCommand : public Command {
     json.Finish();
   }
 
-  Columns AllColumns() const {
-    return Columns(kColumns).first(hasPoints_ ? kColumns.size() : kWithoutPoints);
+  ScanColumns AllColumns() const {
+    return ScanColumns(kColumns).first(hasPoints_ ? kColumns.size() : kWithoutPoints);
   }
 
   template <class Visit>

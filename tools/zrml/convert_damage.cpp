@@ -10,10 +10,7 @@ namespace zrml::tool {
 namespace {
 
 constexpr const char* kAdvice = " (--damaged converts what there is)";
-
-std::string TextOf(const Finding& finding) {
-  return finding.file.empty() ? finding.problem : finding.file + ' ' + finding.problem;
-}
+constexpr const char* kStrict = " (refused by --strict)";
 
 }  // namespace
 
@@ -28,6 +25,8 @@ Failure FailureOf(const convert::Error& error, const std::string& front) {
       return {ExitStatus::kUnreadable, message + "; --force replaces it"};
     case convert::ErrorKind::kSourceDamaged:
       return {ExitStatus::kDamaged, message + kAdvice};
+    case convert::ErrorKind::kSourceSuspect:
+      return {ExitStatus::kDamaged, message + kStrict};
     default:
       return {ExitStatus::kUnreadable, message};
   }
@@ -36,14 +35,23 @@ Failure FailureOf(const convert::Error& error, const std::string& front) {
 void DamagePolicy::Look(source::Source& source, int sample, const std::string& name) {
   const convert::Options& options = request_.conversion;
   reported_.clear();
+  files_.clear();
+  for (const source::Function& function : source.Functions(sample))
+    files_[convert::KeyOf(function.id)] = function.file;
+  if (source.HasAbsorbance(sample)) {
+    const source::Function function = source.AbsorbanceFunction(sample);
+    files_[convert::KeyOf(function.id)] = function.file;
+  }
   const std::span<const Finding> findings = source.Findings();
   if (!findings.empty()) {
     const convert::ConvertedSubjects converted(source, sample, options.selection, options.format);
     for (const Finding& finding : findings) {
-      const Severity severity = SeverityOf(finding.code);
-      if (severity == Severity::kNote || !converted.Has(finding.subject)) continue;
-      if (severity == Severity::kLost && !options.isLossAllowed)
+      const bool isLost = SeverityOf(finding.code) == Severity::kLost;
+      if (!converted.Has(finding.subject)) continue;
+      if (isLost && !options.isLossAllowed)
         throw Failure(ExitStatus::kDamaged, name + " is damaged: " + TextOf(finding) + kAdvice);
+      if (!isLost && options.isStrict)
+        throw Failure(ExitStatus::kDamaged, name + " is suspect: " + TextOf(finding) + kStrict);
       reported_.push_back(&finding);
     }
   }
@@ -51,30 +59,32 @@ void DamagePolicy::Look(source::Source& source, int sample, const std::string& n
   if (options.selection.isLockMassExcluded) WarnOfMissingLabels(source, name);
 }
 
+void DamagePolicy::RefuseEmpty(source::Source& source) {
+  for (const Finding& finding : source.Findings()) {
+    if (SeverityOf(finding.code) == Severity::kLost)
+      throw Failure(ExitStatus::kDamaged, source.Path() + " is damaged: " + TextOf(finding));
+  }
+  throw Failure(ExitStatus::kUnreadable, source.Path() + " has no samples");
+}
+
 void DamagePolicy::Report(const convert::Result& result, const std::string& name) const {
   for (const convert::Note& note : result.notes) {
     if (!IsReported(note)) Warn(name, note.text);
   }
-  for (const convert::Loss& loss : result.losses) {
-    if (!IsReported(loss)) Warn(name, convert::TextOf(loss));
-  }
+  for (const convert::Loss& loss : result.losses) Warn(name, FileOf(loss) + convert::TextOf(loss));
+  for (const Finding& fault : result.faults.List()) Warn(name, TextOf(fault));
+}
+
+// In front of what is lost of it; nothing where it is in several files, or in a report.
+std::string DamagePolicy::FileOf(const convert::Loss& loss) const {
+  const auto found = files_.find(convert::KeyOf(loss.function));
+  return found == files_.end() || found->second.empty() ? std::string() : found->second + ": ";
 }
 
 bool DamagePolicy::IsReported(const convert::Note& note) const {
   return note.kind == convert::Note::Kind::kFileClosed &&
          std::any_of(reported_.begin(), reported_.end(),
                      [&](const Finding* finding) { return finding->file == note.file; });
-}
-
-bool DamagePolicy::IsReported(const convert::Loss& loss) const {
-  using Kind = FindingSubject::Kind;
-  return std::any_of(reported_.begin(), reported_.end(), [&](const Finding* finding) {
-    if (finding->code != FindingCode::kDataCut) return false;
-    if (loss.kind == convert::Loss::Kind::kAbsorbancePoints)
-      return finding->subject.kind == Kind::kAbsorbance;
-    return loss.kind == convert::Loss::Kind::kPoints && finding->subject.kind == Kind::kFunction &&
-           convert::KeyOf(finding->subject) == convert::KeyOf(loss.function);
-  });
 }
 
 void DamagePolicy::Warn(const std::string& name, const std::string& problem) const {

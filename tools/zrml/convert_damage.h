@@ -2,6 +2,7 @@
 // the user wants what there is; what else is known of it is a warning.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -19,17 +20,23 @@ class DamagePolicy {
   /// Before a sample is converted, which is called `name`. Throws a Failure.
   void Look(source::Source& source, int sample, const std::string& name);
 
-  /// Warns of what the conversion of that sample has found, but for what Look has warned of.
+  /// At a source without samples. Throws a Failure that says why there is none, as far as is known.
+  [[noreturn]] static void RefuseEmpty(source::Source& source);
+
+  /// Warns of what the conversion of that sample has found, but for files that Look has warned of. Each scan
+  /// that is lost is listed.
   void Report(const convert::Result& result, const std::string& name) const;
 
  private:
   bool IsReported(const convert::Note& note) const;
-  bool IsReported(const convert::Loss& loss) const;
+  std::string FileOf(const convert::Loss& loss) const;
   void Warn(const std::string& name, const std::string& problem) const;
   void WarnOfMissingLabels(source::Source& source, const std::string& name) const;
 
   const ConvertRequest& request_;
-  std::vector<const Finding*> reported_;  // of the sample in question, what Look has warned of
+  // Of the sample in question, what Look has warned of, and the data file of each function.
+  std::vector<const Finding*> reported_;
+  std::map<convert::FunctionKey, std::string> files_;
 };
 
 /// A conversion's error as the end of the command, with `front` before its message.

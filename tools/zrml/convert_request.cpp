@@ -163,7 +163,11 @@ void AddSelectionOptions(CLI::App& options, ConvertRequest& request) {
 }
 
 void AddReportingOptions(CLI::App& options, ConvertRequest& request) {
-  options.add_flag("--damaged", request.conversion.isLossAllowed, "Also convert a source that has lost data");
+  CLI::Option* const damaged = options.add_flag("--damaged", request.conversion.isLossAllowed,
+                                                "Also convert a source that has lost data");
+  options.add_flag("--strict", request.conversion.isStrict, "Do not convert a source that is suspect either")
+      ->excludes(damaged)
+      ->option_text(" ");
   CLI::Option* const quiet = options.add_flag("-q,--quiet", request.isQuiet, "Print errors only");
   quiet->option_text(" ");
   options.add_flag("-v,--verbose", request.isVerbose, "Say on standard error what each file holds")

@@ -58,6 +58,7 @@ RawDirectoryBuilder NanMasses() {
                                              {{.magnitude = 1u << 20, .exponent = 6}}};
   FunctionFiles function = FunctionOf({ScanOf(0.1F, points), ScanOf(nan, points), ScanOf(0.2F, points)});
   function.record.type = kMsMs;
+  function.statistics = StatisticsLayout();
   function.record.dataFormat = 11;
   function.record.setMass = nan;
   function.record.startMasses = {nan, 100, std::numeric_limits<float>::infinity(), nan};
@@ -119,9 +120,11 @@ RawDirectoryBuilder Fragments() {
   FunctionFiles survey = FunctionOf({PlainScan(0.1F), PlainScan(0.2F)});
   FunctionFiles product = FunctionOf({PlainScan(0.1F), PlainScan(0.15F), ScanFrom<StoredPoint9>(0.2F, {})});
   product.record.type = kMsMs;
+  product.statistics = StatisticsLayout();
   product.record.setMass = 445.125F;
   FunctionFiles withoutPrecursor = FunctionOf({PlainScan(0.3F)});
   withoutPrecursor.record.type = kMsMs;
+  withoutPrecursor.statistics = StatisticsLayout();
   FunctionFiles precursorScan = FunctionOf({PlainScan(0.05F)});
   precursorScan.record.type = kPrecursorScan;
   return RawOf({survey, product, withoutPrecursor, precursorScan});

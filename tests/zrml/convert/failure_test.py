@@ -246,7 +246,7 @@ def test_source_changed_meanwhile(conversions, source):
             errors = process.communicate()[1].decode()
         problem = f'zrml: {changing}: {name} has changed during the conversion\n' if name else ''
         if name and options:  # the points that it has lost are counted, too
-            problem += re.search(r'(zrml: .* that have lost points: [0-9]+; the first is [0-9]+\n)?$', errors)[0]
+            problem += re.search(r'(zrml: .* that have lost points: [0-9]+ [(][-0-9, ]+[)]\n)?$', errors)[0]
         require(process.returncode == (5 if name and not options else 0), f'{number}: status {process.returncode}: {errors}')
         require(errors == problem, f'{number}: {errors}')
 
@@ -330,7 +330,7 @@ def test_failing_disk(conversions, failing_disk):
     require(process.returncode == 0 and process.errors == '', process.errors)  # quiet
     require(b'name="_FUNC001.DAT"' not in process.target.read_bytes()[:10000], 'a checksum of a part')
     checked = subprocess.run([conversions.command[0], 'check', source], capture_output=True, text=True, env=environment)
-    require(checked.returncode == 7 and problem in checked.stdout.splitlines(), checked.stdout)
+    require(checked.returncode == 7 and f'lost: {problem}' in checked.stdout.splitlines(), checked.stdout)
 
 
 def main(zrml, long_source, source, work, failing_disk, slow_disk, sample):

@@ -1,0 +1,16 @@
+// What a trace records, as far as its name and its function tell.
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "convert/cv_terms.h"
+#include "source/source.h"
+
+namespace zrml::convert {
+
+/// The term for a trace that is called `name`: of a function of the kind given, or of the sample. Words count
+/// only as a whole, and only those of things that such a function records.
+const CvTerm& TraceType(std::string_view name, std::optional<source::FunctionKind> function = {});
+
+}  // namespace zrml::convert

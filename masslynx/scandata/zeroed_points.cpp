@@ -1,0 +1,175 @@
+#include "masslynx/scandata/zeroed_points.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <vector>
+
+#include "masslynx/function_types.h"
+#include "masslynx/scandata/absorbance_decoder.h"
+#include "masslynx/scandata/scan_decoder.h"
+
+namespace zrml::masslynx {
+namespace {
+
+using platform::File;
+
+constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
+
+// Totals have 24 bits, and each point of a scan is rounded.
+constexpr double kSameTotal = 1e-3;
+// Without another proof a scan that breaks off has lost more than what totals may be wrong by.
+constexpr double kHalf = 0.5;
+
+// Where the zeros begin that the file ends in; nowhere when it cannot be read.
+std::uint64_t BeginOfZeros(const File& file) {
+  std::vector<std::byte> block;
+  std::uint64_t end = file.Size();
+  for (std::size_t size = 512; end > 0; size = std::size_t{1} << 18) {
+    block.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, end)));
+    if (file.ReadAt(end - block.size(), block) != block.size()) return kNowhere;
+    const auto last =
+        std::find_if(block.rbegin(), block.rend(), [](std::byte byte) { return byte != std::byte{0}; });
+    end -= static_cast<std::uint64_t>(last - block.rbegin());
+    if (last != block.rend()) break;
+  }
+  return end;
+}
+
+// How many bytes of a point say all that it says of masses that there are; what follows may be zero.
+std::uint64_t BytesOfMeaning(int layout) {
+  switch (layout) {
+    case 8:
+      return 5;
+    case 13:
+      return 8;
+    case 14:
+      return 4;
+    default:
+      return point_unit_format::UnitOf(layout).bytes;
+  }
+}
+
+class TailSearch {
+ public:
+  TailSearch(const File& data, const FunctionRecord& function, std::uint64_t zeros)
+      : data_(data), function_(function), zeros_(zeros), size_(data.Size()) {}
+
+  std::optional<ZeroTail> Run() {
+    ForEachScan([&](int scan, const ScanRoom& room) {
+      const bool isZero = room.offset >= zeros_;
+      if (!isZero && room.offset + room.bytes > zeros_) broken_ = Broken{scan, room};
+      if (isZero && EntryOf(scan).totalIntensity > 0) begin_ = std::min(begin_, room.offset);
+    });
+    if (broken_) begin_ = std::min(begin_, CutIn(*broken_));
+    if (begin_ == kNowhere) return std::nullopt;
+    ForEachScan([&](int, const ScanRoom& room) {
+      if (room.offset >= zeros_ && HasOwnMasses(room.layout)) begin_ = std::min(begin_, room.offset);
+    });
+    return CountScans();
+  }
+
+ private:
+  // A scan inside which the zeros begin.
+  struct Broken {
+    int scan = 0;
+    ScanRoom room;
+  };
+
+  const ScanIndexEntry& EntryOf(int scan) const {
+    return function_.scanIndex[static_cast<std::size_t>(scan)];
+  }
+
+  // Of those that begin in the file and have points.
+  template <class Visit>
+  void ForEachScan(Visit visit) const {
+    const bool isAbsorbance = function_.typeCode == kDadType;
+    for (int scan = 0; scan < static_cast<int>(function_.scanIndex.size()); ++scan) {
+      const auto room = isAbsorbance ? AbsorbanceRoomOf(function_, scan) : RoomOf(function_, scan);
+      if (room && room->bytes > 0 && room->offset < size_) visit(scan, *room);
+    }
+  }
+
+  // Where the points of the scan end that are sound; nowhere when all are.
+  std::uint64_t CutIn(const Broken& broken) const {
+    const ScanRoom& room = broken.room;
+    const std::uint64_t unit = point_unit_format::UnitOf(room.layout).bytes;
+    const std::uint64_t size = zeros_ - room.offset;
+    const std::uint64_t whole = size / unit * unit;
+    const std::uint64_t end = whole + (size - whole >= BytesOfMeaning(room.layout) ? unit : 0);
+    const std::uint64_t behind = whole + (size > whole ? unit : 0);  // what the zeros cut into proves nothing
+    if (HasOwnMasses(room.layout)) return behind < BytesIn(room) ? room.offset + end : kNowhere;
+    const double total = EntryOf(broken.scan).totalIntensity;
+    const double least = begin_ == kNowhere ? total * kHalf : total * (1 - kSameTotal);
+    return total > 0 && SumOf(broken) < least ? room.offset + end : kNowhere;
+  }
+
+  std::size_t BytesIn(const ScanRoom& room) const {
+    return static_cast<std::size_t>(std::min<std::uint64_t>(room.bytes, size_ - room.offset));
+  }
+
+  double SumOf(const Broken& broken) const {
+    std::vector<std::byte> bytes(BytesIn(broken.room));
+    bytes.resize(data_.ReadAt(broken.room.offset, bytes));
+    std::vector<double> masses(broken.room.PointsIn(bytes.size()));
+    std::vector<double> intensities(masses.size());
+    DecodeScan(function_, broken.scan, broken.room, bytes, {masses.data(), intensities.data()});
+    return std::accumulate(intensities.begin(), intensities.end(), 0.0);
+  }
+
+  ZeroTail CountScans() const {
+    ZeroTail tail = {.begin = begin_};
+    ForEachScan([&](int scan, const ScanRoom& room) {
+      if (room.offset + room.bytes <= begin_) return;
+      if (tail.scans++ == 0) tail.first = static_cast<std::uint64_t>(scan) + 1;
+    });
+    return tail;
+  }
+
+  const File& data_;
+  const FunctionRecord& function_;
+  std::uint64_t zeros_;  // where they begin
+  std::uint64_t size_;
+  std::uint64_t begin_ = kNowhere;  // of what is lost
+  std::optional<Broken> broken_;
+};
+
+}  // namespace
+
+std::optional<ZeroTail> FindZeroTail(const File& data, const FunctionRecord& function) {
+  if (function.hasMobilityData) return std::nullopt;
+  const std::uint64_t begin = BeginOfZeros(data);
+  if (begin >= data.Size()) return std::nullopt;
+  return TailSearch(data, function, begin).Run();
+}
+
+void FindZeroedPoints(const ScanRoom& room, Bytes bytes, std::span<const double> intensities,
+                      std::vector<std::size_t>& places) {
+  places.clear();
+  if (!HasOwnMasses(room.layout)) return;
+  const point_unit_format::PointUnit unit = point_unit_format::UnitOf(room.layout);
+  const auto size = static_cast<std::size_t>(unit.bytes);
+  const auto points = static_cast<std::size_t>(unit.points);
+  const auto isZero = [&](std::size_t at) {
+    const Bytes point = bytes.subspan(at * size, size);
+    return intensities[at * points] == 0 &&
+           std::all_of(point.begin(), point.end(), [](std::byte byte) { return byte == std::byte{0}; });
+  };
+  const std::size_t count = bytes.size() / size;
+  const std::size_t meaning = static_cast<std::size_t>(BytesOfMeaning(room.layout));
+  bool isBeforeZero = false;
+  for (std::size_t at = 0; at < count && at * points < intensities.size(); ++at) {
+    const bool isAtZero = isZero(at);
+    const bool isCutBehind =
+        isAtZero && !isBeforeZero && at > 0 && bytes[(at - 1) * size + meaning - 1] == std::byte{0};
+    const bool isCutBefore = !isAtZero && isBeforeZero && bytes[at * size] == std::byte{0};
+    const std::size_t first = (at - (isCutBehind ? 1 : 0)) * points;
+    const std::size_t last = std::min((at + (isAtZero || isCutBefore ? 1 : 0)) * points, intensities.size());
+    for (std::size_t place = first; place < last; ++place) {
+      if (places.empty() || places.back() < place) places.push_back(place);
+    }
+    isBeforeZero = isAtZero;
+  }
+}
+
+}  // namespace zrml::masslynx

@@ -1,0 +1,309 @@
+#include "openlynx/report_faults.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "common/text.h"
+#include "openlynx/report_block.h"
+
+namespace zrml::openlynx {
+namespace {
+
+using namespace report_format;
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+enum class Block { kNone, kSample, kFunction, kSpectrum, kChromatogram, kList };
+
+// A marker begins a block, and counts inside a block of another kind.
+struct Marker {
+  std::string_view text;
+  Block block;
+  Block parent;
+  std::string_view owner;  // of the parent, for people
+};
+
+constexpr std::array<Marker, 6> kMarkers = {{
+    {kSample, Block::kSample, Block::kNone, ""},
+    {kFunction, Block::kFunction, Block::kSample, "sample"},
+    {kSpectrum, Block::kSpectrum, Block::kFunction, "function"},
+    {kChromatogram, Block::kChromatogram, Block::kFunction, "function"},
+    {kMassList, Block::kList, Block::kSpectrum, "spectrum"},
+    {kTraceList, Block::kList, Block::kChromatogram, "chromatogram"},
+}};
+
+// Keys whose values are numbers.
+struct NumberKey {
+  std::string_view key;
+  Block block;
+};
+
+constexpr std::array<NumberKey, 4> kNumberKeys = {{
+    {kTimeKey, Block::kSpectrum},
+    {kBpiKey, Block::kSpectrum},
+    {kTicKey, Block::kSpectrum},
+    {kMaxIntensityKey, Block::kChromatogram},
+}};
+
+struct FaultText {
+  FindingCode code;
+  std::string_view one;
+  std::string_view many;
+};
+
+constexpr FaultText kTexts[] = {
+    {FindingCode::kByteOrderMark, "a byte-order mark before a marker, which is not read then", ""},
+    {FindingCode::kLineEnds, "a line with CR alone in place of a line end",
+     "lines with CR alone in place of line ends"},
+    {FindingCode::kMarkerMisplaced, "a marker outside of its block", "markers outside of their blocks"},
+    {FindingCode::kMarkerUnread, "a marker that is indented or in small letters, which is not read",
+     "markers that are indented or in small letters, which are not read"},
+    {FindingCode::kBlockUnopened, "a marker without a line that begins with { behind it",
+     "markers without a line that begins with { behind them"},
+    {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
+    {FindingCode::kDecimalComma, "a line with a comma in a number", "lines with commas in numbers"},
+    {FindingCode::kLinesSkipped, "a line of a data list that is no point",
+     "lines of data lists that are no points"},
+};
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// "210,05"
+bool HasDecimalComma(std::string_view text) {
+  for (std::size_t at = text.find(','); at < text.size(); at = text.find(',', at + 1)) {
+    if (at > 0 && at + 1 < text.size() && IsDigit(text[at - 1]) && IsDigit(text[at + 1])) return true;
+  }
+  return false;
+}
+
+// Behind which there is more than a line end.
+bool HasLoneCr(std::string_view line) {
+  const std::size_t cr = line.find('\r');
+  return cr != std::string_view::npos && line.find_first_not_of("\r\n", cr) != std::string_view::npos;
+}
+
+const Marker* MarkerOf(std::string_view line) {
+  const auto marker = std::find_if(kMarkers.begin(), kMarkers.end(),
+                                   [&](const Marker& each) { return line.starts_with(each.text); });
+  return marker == kMarkers.end() ? nullptr : &*marker;
+}
+
+class FaultSearch {
+ public:
+  FaultSearch(ReportStream& stream, const std::string& name, Findings& findings)
+      : stream_(stream), name_(name), findings_(findings) {}
+
+  void Run() {
+    stream_.Seek(0);
+    bool isFront = true;  // of a line: the pieces behind it are what is left of a long one
+    for (std::string_view piece; stream_.Next(piece);) {
+      if (isFront) ++number_;
+      if (number_ == 1 && isFront) LookAtFirst(piece);
+      if (isFront || piece.front() == kBracket || piece.front() == kOpen || piece.front() == kClose)
+        LookAt(piece);
+      isFront = piece.back() == '\n';
+    }
+    End(0);
+    AddFindings();
+  }
+
+ private:
+  struct Open {
+    Block block = Block::kNone;
+    std::int64_t depth = 0;  // outside of it
+  };
+
+  // Of those that are open. The first values that are not empty count, in blocks inside too.
+  struct OpenFunction {
+    bool hasDescription = false;
+    bool hasType = false;
+    bool isAnalog = false;
+    std::uint64_t spectra = 0;
+    std::uint64_t firstSpectrum = 0;  // its line
+  };
+
+  // Lines with one fault in one sample.
+  struct Fault {
+    std::uint64_t count = 0;
+    std::uint64_t first = 0;
+    std::string why;  // of the first
+  };
+
+  void Add(FindingCode code, std::uint64_t line, std::string why = {}, std::uint64_t count = 1) {
+    Fault& fault = faults_[{sample_, code}];
+    if (fault.count == 0) fault = {0, line, std::move(why)};
+    fault.count += count;
+  }
+
+  void LookAtFirst(std::string_view line) {
+    if (!line.starts_with(kByteOrderMark)) return;
+    if (MarkerOf(line.substr(kByteOrderMark.size())) != nullptr) Add(FindingCode::kByteOrderMark, number_);
+  }
+
+  std::size_t& CountOf(Block block) { return counts_[static_cast<std::size_t>(block)]; }
+
+  void LookAt(std::string_view line) {
+    const Marker* const pending = std::exchange(pending_, nullptr);
+    if (pending != nullptr) Begin(*pending, line);
+    if (HasLoneCr(line)) Add(FindingCode::kLineEnds, number_);
+    switch (line.front()) {
+      case kOpen:
+        ++depth_;
+        break;
+      case kClose:
+        Close();
+        break;
+      case kBracket:
+        if (const Marker* const marker = MarkerOf(line)) {
+          LookAtMarker(*marker);
+        } else {
+          LookAtText(line);
+        }
+        break;
+      default:
+        LookAtText(line);
+    }
+  }
+
+  // The line behind a marker opens the block, or it has none.
+  void Begin(const Marker& marker, std::string_view line) {
+    if (marker.block == Block::kList) {
+      isInList_ = true;
+    } else if (line.front() == kOpen) {
+      open_.push_back({marker.block, depth_});
+      ++CountOf(marker.block);
+      if (marker.block == Block::kFunction) functions_.emplace_back();
+    } else {
+      Add(FindingCode::kBlockUnopened, number_ - 1, std::string(marker.text));
+    }
+  }
+
+  void LookAtMarker(const Marker& marker) {
+    isInList_ = false;
+    pending_ = &marker;
+    if (marker.block == Block::kSample) {
+      End(0);
+      depth_ = 0;
+      ++sample_;
+    } else if (CountOf(marker.parent) == 0) {
+      Add(FindingCode::kMarkerMisplaced, number_,
+          std::string(marker.text) + " outside of a " + std::string(marker.owner));
+    } else if (marker.block == Block::kSpectrum) {
+      OpenFunction& function = functions_.back();
+      if (function.spectra++ == 0) function.firstSpectrum = number_;
+    }
+  }
+
+  void Close() {
+    isInList_ = false;
+    if (open_.empty() && depth_ == 0) return Add(FindingCode::kBraceStray, number_);
+    --depth_;
+    std::size_t left = open_.size();
+    while (left > 0 && open_[left - 1].depth >= depth_) --left;
+    End(left);
+  }
+
+  // Ends blocks but for so many. What an analog function has of spectra is not read.
+  void End(std::size_t left) {
+    for (; open_.size() > left; open_.pop_back()) {
+      --CountOf(open_.back().block);
+      if (open_.back().block != Block::kFunction) continue;
+      const OpenFunction& ended = functions_.back();
+      if (ended.isAnalog && ended.spectra > 0)
+        Add(FindingCode::kMarkerMisplaced, ended.firstSpectrum, "[SPECTRUM] in an analog function",
+            ended.spectra);
+      functions_.pop_back();
+    }
+  }
+
+  void LookAtText(std::string_view line) {
+    if (isInList_) return LookAtPoint(line);
+    const std::string_view text = Trim(line);
+    if (text.starts_with(kBracket) && MarkerOf(ToUpper(text)) != nullptr)
+      return Add(FindingCode::kMarkerUnread, number_);
+    LookAtKeys(line);
+  }
+
+  void LookAtKeys(std::string_view line) {
+    if (open_.empty()) return;
+    const Block block = open_.back().block;
+    for (const NumberKey& each : kNumberKeys) {
+      if (each.block == block && line.starts_with(each.key) && HasDecimalComma(ValueOf(line, each.key)))
+        Add(FindingCode::kDecimalComma, number_, std::string(each.key));
+    }
+    LookAtName(line, kDescriptionKey, kAnalogMark, &OpenFunction::hasDescription);
+    LookAtName(line, kTypeKey, kDadMark, &OpenFunction::hasType);
+  }
+
+  // Functions that have no value of the key are the last ones.
+  void LookAtName(std::string_view line, std::string_view key, std::string_view mark,
+                  bool OpenFunction::*isKnown) {
+    if (!line.starts_with(key)) return;
+    const std::string_view value = ValueOf(line, key);
+    if (value.empty()) return;
+    for (auto function = functions_.rbegin(); function != functions_.rend(); ++function) {
+      if (std::exchange((*function).*isKnown, true)) break;
+      function->isAnalog = function->isAnalog || Contains(value, mark);
+    }
+  }
+
+  void LookAtPoint(std::string_view line) {
+    if (line.front() == kComment || Trim(line).empty()) return;
+    if (HasDecimalComma(line)) return Add(FindingCode::kDecimalComma, number_);
+    if (TakeDouble(line) && TakeDouble(line)) return;
+    Add(FindingCode::kLinesSkipped, number_);
+  }
+
+  void AddFindings() const {
+    for (const auto& [key, fault] : faults_) {
+      const auto& [sample, code] = key;
+      const auto text = std::find_if(std::begin(kTexts), std::end(kTexts),
+                                     [code = code](const FaultText& each) { return each.code == code; });
+      const std::string what = fault.count == 1 ? std::string(text->one)
+                                                : std::to_string(fault.count) + ' ' + std::string(text->many);
+      findings_.Add({.code = code,
+                     .file = name_,
+                     .problem = "has " + what + (fault.count == 1 ? ": line " : "; the first is line ") +
+                                std::to_string(fault.first) +
+                                (fault.why.empty() ? "" : " (" + fault.why + ")"),
+                     .subject = SubjectOf(sample),
+                     .count = fault.count,
+                     .first = fault.first});
+    }
+  }
+
+  // Before the first sample they are everybody's.
+  static FindingSubject SubjectOf(int sample) {
+    if (sample == 0) return {};
+    return {.kind = FindingSubject::Kind::kSample, .sample = sample};
+  }
+
+  ReportStream& stream_;
+  const std::string& name_;
+  Findings& findings_;
+  std::uint64_t number_ = 0;  // of the line
+  int sample_ = 0;
+  std::int64_t depth_ = 0;
+  std::vector<Open> open_;
+  std::vector<OpenFunction> functions_;
+  std::array<std::size_t, 6> counts_ = {};  // of open blocks, by kind
+  const Marker* pending_ = nullptr;         // of the line before
+  bool isInList_ = false;
+  std::map<std::pair<int, FindingCode>, Fault> faults_;
+};
+
+}  // namespace
+
+void NoticeFaultyLines(ReportStream& stream, const std::string& name, Findings& findings) {
+  FaultSearch(stream, name, findings).Run();
+}
+
+}  // namespace zrml::openlynx

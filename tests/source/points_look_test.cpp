@@ -1,0 +1,300 @@
+// Damage that is in the points: sound acquisitions of every layout say nothing, and one edit of their data
+// files is found, with what is left read as it was.
+#include "source/points_look.h"
+
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "source/source.h"
+#include "tests/support/raw_directory_builder.h"
+#include "tests/support/sample/acquisition.h"
+
+namespace zrml::source {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// A scan whose points have these intensities, at m/z 100, 150 and so on.
+using MakeScan = ScanFiles (*)(const std::vector<int>& intensities);
+
+template <class Stored, Stored (*kPoint)(double mass, int intensity)>
+ScanFiles ScanWith(const std::vector<int>& intensities) {
+  std::vector<Stored> points;
+  for (const int intensity : intensities)
+    points.push_back(kPoint(100 + 50 * static_cast<double>(points.size()), intensity));
+  return ScanOf(0, points);
+}
+
+template <class Stored>
+Stored WithMass(double mass, int intensity) {
+  return NearestPoint<Stored>({mass, static_cast<double>(intensity)});
+}
+StoredPoint13 WithMass13(double mass, int intensity) {
+  const auto point = NearestPoint<StoredPoint12>({mass, static_cast<double>(intensity)});
+  return {point.massExponent, point.massMantissa, point.intensity};
+}
+StoredPoint2 Word(double, int intensity) { return {static_cast<std::uint32_t>(intensity), 0}; }
+template <class Stored>
+Stored InGroup(double, int intensity) {
+  return {static_cast<std::int16_t>(intensity), 0};
+}
+template <class Stored>
+Stored Listed(double, int intensity) {
+  return {{.magnitude = static_cast<std::uint32_t>(intensity), .exponent = 21}};
+}
+
+struct Layout {
+  unsigned dataFormat;
+  MakeScan scan;
+  bool hasOwnMasses = false;
+  MakeScan lastScan = nullptr;  // where it is another one
+};
+
+constexpr MakeScan kWords = ScanWith<StoredPoint2, Word>;
+constexpr MakeScan kGroupsOf4 = ScanWith<StoredPoint4, InGroup<StoredPoint4>>;
+constexpr MakeScan kGroupsOf2 = ScanWith<StoredPoint5, InGroup<StoredPoint5>>;
+
+// All that can be read.
+constexpr Layout kLayouts[] = {
+    {0, ScanWith<StoredPoint0, WithMass<StoredPoint0>>, true},
+    {1, ScanWith<StoredPoint1, WithMass<StoredPoint1>>, true},
+    {2, kWords},
+    {3, kWords},
+    {4, kGroupsOf4},
+    {5, kGroupsOf2},
+    {6, kWords, false, kGroupsOf4},
+    {7, kGroupsOf2},
+    {8, ScanWith<StoredPoint8, WithMass<StoredPoint8>>, true},
+    {9, ScanWith<StoredPoint9, WithMass<StoredPoint9>>, true},
+    {11, ScanWith<StoredPoint11, Listed<StoredPoint11>>},
+    {12, ScanWith<StoredPoint12, WithMass<StoredPoint12>>, true},
+    {13, ScanWith<StoredPoint13, WithMass13>, true},
+    {14, ScanWith<StoredPoint14, Listed<StoredPoint14>>},
+};
+
+// Some points are zeros, also the last ones, as they are where nothing is seen.
+const std::vector<std::vector<int>> kSound = {
+    {40, 0, 30, 20, 0, 12, 0}, {4, 16, 32, 8, 24, 20, 12}, {8, 0, 12, 24, 4, 0, 0}};
+
+RawDirectoryBuilder Acquired(const Layout& layout, const std::vector<std::vector<int>>& scans = kSound) {
+  RawDirectoryBuilder raw;
+  FunctionFiles& function = raw.functions.emplace_back();
+  function.record.dataFormat = layout.dataFormat;
+  for (std::size_t i = 0; i < function.record.startMasses.size(); ++i) {
+    function.record.startMasses[i] = 100 + 50 * static_cast<float>(i);
+    function.record.endMasses[i] = 500;
+  }
+  for (const std::vector<int>& intensities : scans) {
+    const bool isLast = function.scans.size() + 1 == scans.size();
+    const MakeScan make = isLast && layout.lastScan != nullptr ? layout.lastScan : layout.scan;
+    function.scans.push_back(make(intensities));
+    function.scans.back().index.retentionTime = static_cast<float>(function.scans.size());
+  }
+  return raw;
+}
+
+std::string PathOf(const TempDirectory& directory) {
+  const std::u8string path = directory.Path().u8string();
+  return {path.begin(), path.end()};
+}
+
+// All findings of the source at a directory, of whichever kind.
+Lines LinesOf(const TempDirectory& directory) {
+  const auto source = Source::Open(PathOf(directory));
+  const zrml::Findings look = LookAtPoints(*source);
+  Lines lines;
+  for (const auto list : {source->Findings(), look.List()}) {
+    for (const Finding& finding : list)
+      lines.push_back(std::string(NameOf(finding.code)) + ": " + TextOf(finding));
+  }
+  return lines;
+}
+
+using Points = std::vector<std::pair<double, double>>;
+
+struct Scanned {
+  Points points;
+  std::size_t lost = 0;
+};
+
+Scanned Read(const TempDirectory& directory, int scan) {
+  const auto source = Source::Open(PathOf(directory));
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  Scanned read;
+  read.lost = source->ReadPoints(0, 0, scan, mz, intensities).lost;
+  for (std::size_t i = 0; i < mz.size(); ++i) read.points.emplace_back(mz[i], intensities[i]);
+  return read;
+}
+
+void Zero(const TempDirectory& directory, std::size_t from, std::size_t size) {
+  directory.Edit("_FUNC001.DAT", [&](FileBytes& bytes) {
+    std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(from), std::min(size, bytes.size() - from),
+                std::byte{0});
+  });
+}
+
+constexpr std::size_t kToTheEnd = static_cast<std::size_t>(-1);
+
+TEST(PointsLookTest, SoundAcquisitionsOfEveryLayoutAreSilent) {
+  for (const Layout& layout : kLayouts) {
+    RawDirectoryBuilder raw = Acquired(layout);
+    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << layout.dataFormat;
+    for (ScanFiles& scan : raw.functions[0].scans) scan.index.totalIntensity *= 1.9F;
+    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << layout.dataFormat;
+    for (ScanFiles& scan : raw.functions[0].scans) scan.index.totalIntensity = 0;  // not recorded
+    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << layout.dataFormat;
+  }
+}
+
+TEST(PointsLookTest, SampleIsSilent) { EXPECT_EQ(LinesOf(sample::Acquisition().Build()), Lines()); }
+
+TEST(PointsLookTest, SoundAbsorbanceIsSilent) {
+  for (const unsigned format : {1U, 9U}) {
+    RawDirectoryBuilder raw = Acquired(kLayouts[format]);
+    raw.functions[0].record.type = 12;
+    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << format;
+  }
+}
+
+TEST(PointsLookTest, ZerosFromInsideAScanToTheEnd) {
+  for (const Layout& layout : kLayouts) {
+    SCOPED_TRACE(layout.dataFormat);
+    const RawDirectoryBuilder raw = Acquired(layout);
+    const TempDirectory directory = raw.Build();
+    const std::vector<ScanFiles>& scans = raw.functions[0].scans;
+    const Points before[] = {Read(directory, 0).points, Read(directory, 1).points};
+    Zero(directory, scans[0].data.size() + scans[1].data.size() / 2, kToTheEnd);
+    EXPECT_EQ(LinesOf(directory),
+              Lines{"data-zeroed: _FUNC001.DAT ends in zeros that are no points of 2 of 3 "
+                    "scans; the first is scan 2"});
+    EXPECT_EQ(Read(directory, 0).points, before[0]);
+    const Scanned broken = Read(directory, 1);
+    EXPECT_GT(broken.lost, 0U);
+    EXPECT_EQ(broken.points, Points(before[1].begin(), before[1].begin() + std::ssize(broken.points)));
+    const Scanned gone = Read(directory, 2);
+    EXPECT_TRUE(gone.points.empty());
+    EXPECT_EQ(gone.lost, 7U);
+  }
+}
+
+// A total is not needed for that where each point has a mass, which is not zero.
+TEST(PointsLookTest, ZerosToTheEndWithoutTotals) {
+  for (const Layout& layout : kLayouts) {
+    RawDirectoryBuilder raw = Acquired(layout);
+    for (ScanFiles& scan : raw.functions[0].scans) scan.index.totalIntensity = 0;
+    const TempDirectory directory = raw.Build();
+    Zero(directory, raw.functions[0].scans[0].data.size() * 3 / 2, kToTheEnd);
+    EXPECT_EQ(LinesOf(directory).size(), layout.hasOwnMasses ? 1U : 0U) << layout.dataFormat;
+  }
+}
+
+TEST(PointsLookTest, ScanOfZerosAmongOthers) {
+  for (const Layout& layout : kLayouts) {
+    SCOPED_TRACE(layout.dataFormat);
+    const RawDirectoryBuilder raw = Acquired(layout);
+    const TempDirectory directory = raw.Build();
+    const std::vector<ScanFiles>& scans = raw.functions[0].scans;
+    const Points before[] = {Read(directory, 0).points, Read(directory, 2).points};
+    Zero(directory, scans[0].data.size(), scans[1].data.size());
+    EXPECT_EQ(LinesOf(directory),
+              Lines{"points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the first is 2"});
+    EXPECT_EQ(Read(directory, 0).points, before[0]);
+    EXPECT_TRUE(Read(directory, 1).points.empty());
+    EXPECT_EQ(Read(directory, 1).lost, 7U);
+    EXPECT_EQ(Read(directory, 2).points, before[1]);
+  }
+}
+
+// What is left are points that were there before, and none that the zeros look like.
+TEST(PointsLookTest, ZerosInsideAScan) {
+  for (const Layout& layout : kLayouts) {
+    if (!layout.hasOwnMasses) continue;
+    SCOPED_TRACE(layout.dataFormat);
+    const RawDirectoryBuilder raw = Acquired(layout);
+    const TempDirectory directory = raw.Build();
+    const Points before = Read(directory, 1).points;
+    const std::size_t size = raw.functions[0].scans[1].data.size();
+    for (std::size_t cut = 0; cut < 4; ++cut) {
+      const TempDirectory damaged = raw.Build();
+      Zero(damaged, raw.functions[0].scans[0].data.size() + size / 8 + cut, size / 2);
+      const Scanned left = Read(damaged, 1);
+      EXPECT_GT(left.lost, 0U);
+      EXPECT_FALSE(left.points.empty());
+      EXPECT_TRUE(std::includes(before.begin(), before.end(), left.points.begin(), left.points.end())) << cut;
+      EXPECT_EQ(LinesOf(damaged)[0],
+                "points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the first is 2");
+    }
+  }
+}
+
+// With ion mobility the points are elsewhere.
+TEST(PointsLookTest, NothingIsSaidOfPointsBesideDriftBins) {
+  const TempDirectory directory = Acquired(kLayouts[9]).Build();
+  directory.WriteText("_FUNC001.CDT", "x");
+  Zero(directory, 0, kToTheEnd);
+  EXPECT_EQ(LinesOf(directory), Lines());
+}
+
+TEST(PointsLookTest, TotalsThatAreTwiceAsLarge) {
+  for (const Layout& layout : kLayouts) {
+    RawDirectoryBuilder raw = Acquired(layout);
+    raw.functions[0].scans[1].index.totalIntensity = 232;  // of 116
+    raw.functions[0].scans[2].index.totalIntensity = 24;   // of 48
+    EXPECT_EQ(LinesOf(raw.Build()),
+              Lines{"totals-differ: _FUNC001.DAT has 2 scans whose points do not add up to the total in the "
+                    "index; the first is scan 2 (sum 116, total 232)"})
+        << layout.dataFormat;
+  }
+}
+
+TEST(PointsLookTest, MassesFarOutsideTheRange) {
+  RawDirectoryBuilder raw = Acquired(kLayouts[9]);
+  auto& scans = raw.functions[0].scans;
+  scans.push_back(ScanFrom<StoredPoint9>(4, {{50, 8}, {1000, 8}}));  // a half and twice is not far
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
+  scans.push_back(ScanFrom<StoredPoint9>(5, {{49, 8}, {200, 8}}));
+  scans.push_back(ScanFrom<StoredPoint9>(6, {{100, 8}, {1024, 8}}));
+  EXPECT_EQ(LinesOf(raw.Build()),
+            Lines{"masses-far-outside: _FUNC001.DAT has 2 scans with points far outside of what the function "
+                  "measures; the first is scan 5 (m/z 49 to 200, range 100 to 500)"});
+}
+
+// 2^50 and more do not fit into what detectors count.
+TEST(PointsLookTest, IntensitiesThatNoDetectorGives) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = 12;
+  const auto scan = [](std::uint32_t exponent) {
+    return ScanOf<StoredPoint12>(1, {{8, 1U << 26, {.magnitude = 1U << 20, .exponent = exponent}}});
+  };
+  raw.functions[0].scans = {scan(50)};
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
+  raw.functions[0].scans = {scan(51)};
+  EXPECT_EQ(LinesOf(raw.Build()),
+            Lines{"intensities-absurd: _FUNC001.DAT has 1 scan with intensities that no detector gives; the "
+                  "first is scan 1 (up to 1.125899906842624e+15)"});
+}
+
+TEST(PointsLookTest, CanBeCancelledAndTellsHowFarItIs) {
+  const TempDirectory directory = Acquired(kLayouts[9]).Build();
+  const auto source = Source::Open(PathOf(directory));
+  std::vector<std::uint64_t> done;
+  LookAtPoints(*source, {}, [&](std::uint64_t now, std::uint64_t all) {
+    EXPECT_EQ(all, 3U);
+    done.push_back(now);
+  });
+  EXPECT_EQ(done, (std::vector<std::uint64_t>{1, 2, 3}));
+  int scans = 0;
+  EXPECT_THROW(LookAtPoints(
+                   *source, [&] { return scans == 2; }, [&](std::uint64_t, std::uint64_t) { ++scans; }),
+               Cancelled);
+  EXPECT_EQ(scans, 2);
+}
+
+}  // namespace
+}  // namespace zrml::source

@@ -1,0 +1,259 @@
+// Lines of a report that are not read as they are plainly meant: each is made from a sound report by one
+// edit.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "source/formats.h"
+#include "source/points_look.h"
+#include "tests/support/temp_directory.h"
+
+namespace zrml::source {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Two samples; the first has an analog function, too.
+const Lines kSound = {
+    "[SAMPLE]",            // 1
+    "{",                   //
+    "FileName one",        //
+    "[FUNCTION]",          // 4
+    "{",                   //
+    "Type MS",             //
+    "[SPECTRUM]",          // 7
+    "{",                   //
+    "Time 1.5",            //
+    "BPI 200",             // 10
+    "[MS]",                //
+    "{",                   //
+    "100 50",              // 13
+    "210.05 50.1",         //
+    "}",                   // 15
+    "}",                   //
+    "[SPECTRUM]",          // 17
+    "{",                   //
+    "[MS]",                //
+    "{",                   // 20
+    "100 7",               //
+    "}",                   //
+    "}",                   // 23
+    "}",                   //
+    "[FUNCTION]",          // 25
+    "{",                   //
+    "Description ANALOG",  // 27
+    "[CHROMATOGRAM]",      //
+    "{",                   //
+    "MaxIntensity 3",      // 30
+    "[TRACE]",             //
+    "{",                   //
+    "1 5",                 // 33
+    "}",                   //
+    "}",                   //
+    "}",                   // 36
+    "}",                   //
+    "[SAMPLE]",            // 38
+    "{",                   //
+    "[FUNCTION]",          // 40
+    "{",                   //
+    "[SPECTRUM]",          // 42
+    "{",                   //
+    "Time 1",              // 44
+    "}",                   //
+    "}",                   //
+    "}",                   // 47
+};
+
+std::string Text(const Lines& lines, const std::string& lineEnd = "\n") {
+  std::string text;
+  for (const std::string& line : lines) text += line + lineEnd;
+  return text;
+}
+
+class ReportFindingsTest : public testing::Test {
+ protected:
+  std::unique_ptr<Source> Open(const std::string& text) {
+    directory_.WriteText("report.rpt", text);
+    const auto path = (directory_.Path() / "report.rpt").u8string();
+    return OpenReport({path.begin(), path.end()});
+  }
+
+  std::vector<Finding> Find(const std::string& text) {
+    const auto source = Open(text);
+    const auto findings = source->Findings();
+    return {findings.begin(), findings.end()};
+  }
+
+  TempDirectory directory_{"reports"};
+};
+
+TEST_F(ReportFindingsTest, SoundReportsSayNothing) {
+  for (const char* const lineEnd : {"\n", "\r\n", "\r\r\n"})
+    EXPECT_EQ(Find(Text(kSound, lineEnd)).size(), 0U);
+  EXPECT_EQ(Find("made by somebody at 1,5 o'clock\n{\n" + Text(kSound) + "{ the end\n").size(), 0U);
+}
+
+// One line is replaced by others; none is the first of all.
+struct Edit {
+  std::size_t line;
+  Lines by;
+};
+
+struct Fault {
+  const char* what;
+  Edit edit;
+  FindingCode code;
+  std::uint64_t first;  // its line
+  std::uint64_t count = 1;
+  int sample = 1;
+};
+
+std::string Edited(const Edit& edit) {
+  Lines lines = kSound;
+  const auto at = lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(edit.line) - 1);
+  lines.insert(at, edit.by.begin(), edit.by.end());
+  return Text(lines);
+}
+
+TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
+  using enum FindingCode;
+  const Fault faults[] = {
+      {"a brace too many ends the function before its second spectrum",
+       {16, {"}", "}"}},
+       kMarkerMisplaced,
+       18,
+       2},
+      {"and leaves one that ends nothing", {16, {"}", "}"}}, kBraceStray, 38},
+      {"a function behind the end of its sample", {24, {"}", "}"}}, kMarkerMisplaced, 26},
+      {"a spectrum in an analog function",
+       {27, {"Description ANALOG", "[SPECTRUM]", "{", "}"}},
+       kMarkerMisplaced,
+       28},
+      {"a function of a diode array is analog, too",
+       {27, {"Type DAD", "[SPECTRUM]", "{", "}", "[SPECTRUM]", "{", "}"}},
+       kMarkerMisplaced,
+       28,
+       2},
+      {"a list outside of a spectrum", {6, {"Type MS", "[MS]", "{", "}"}}, kMarkerMisplaced, 7},
+      {"an indented function", {25, {"\t[FUNCTION]"}}, kMarkerUnread, 25},
+      {"an indented list", {19, {" [MS]"}}, kMarkerUnread, 19},
+      {"small letters", {7, {"[Spectrum]"}}, kMarkerUnread, 7},
+      {"a brace on the marker's line", {8, {}}, kBlockUnopened, 7},
+      {"an empty line before the brace", {5, {"", "{"}}, kBlockUnopened, 4},
+      {"an indented brace", {18, {" {"}}, kBlockUnopened, 17},
+      {"the same of a sample", {39, {"", "{"}}, kBlockUnopened, 38, 1, 2},
+      {"a comma in a mass", {14, {"210,05 50.1"}}, kDecimalComma, 14},
+      {"in a percentage", {14, {"210.05 50,1"}}, kDecimalComma, 14},
+      {"between numbers", {14, {"210.05,50.1"}}, kDecimalComma, 14},
+      {"in a base peak", {10, {"BPI 1,2e6"}}, kDecimalComma, 10},
+      {"in a time", {9, {"Time 1,5", "TIC 3,5"}}, kDecimalComma, 9, 2},
+      {"in the full scale of a trace", {30, {"MaxIntensity 3,5"}}, kDecimalComma, 30},
+      {"in a trace", {33, {"1,5 5"}}, kDecimalComma, 33},
+      {"in another sample", {44, {"Time 1,5"}}, kDecimalComma, 44, 1, 2},
+      {"lines that are no points", {13, {"100", "mass percent", "100 50"}}, kLinesSkipped, 13, 2},
+      {"a line end within a line", {13, {"100 50\r200 50"}}, kLineEnds, 13},
+  };
+  for (const Fault& fault : faults) {
+    SCOPED_TRACE(fault.what);
+    const std::vector<Finding> findings = Find(Edited(fault.edit));
+    const auto found = std::find_if(findings.begin(), findings.end(),
+                                    [&](const Finding& finding) { return finding.code == fault.code; });
+    ASSERT_NE(found, findings.end());
+    EXPECT_EQ(found->first, fault.first);
+    EXPECT_EQ(found->count, fault.count);
+    EXPECT_EQ(found->file, "report.rpt");
+    EXPECT_EQ(found->subject.kind, FindingSubject::Kind::kSample);
+    EXPECT_EQ(found->subject.sample, fault.sample);
+    EXPECT_NE(found->problem.find("line " + std::to_string(fault.first)), std::string::npos)
+        << found->problem;
+  }
+}
+
+TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
+  const Edit edits[] = {
+      {13, {"; 1,5 is a comment", "", "100 50"}},
+      {3, {"FileName one, 1,5", "Date 1,5", "Time,5"}},
+      {6, {"Type MS", "Description 210,5 nm", "[OTHER]", "[MSX"}},
+      {14, {"210.05 50.1 more, of 1 kind", "1 2 , 3"}},
+      {27, {"Description ANALOG", "[CHROMATOGRAM]", "{", "}"}},
+      {11, {}},  // a spectrum without its list has no points, which the look at them tells
+  };
+  for (const Edit& edit : edits) {
+    const auto findings = Find(Edited(edit));
+    for (const Finding& finding : findings) ADD_FAILURE() << edit.line << ": " << TextOf(finding);
+  }
+}
+
+// What the first sample had is outside of it then.
+TEST_F(ReportFindingsTest, ByteOrderMark) {
+  const std::vector<Finding> findings = Find("\xEF\xBB\xBF" + Text(kSound));
+  ASSERT_EQ(findings.size(), 2U);
+  EXPECT_EQ(findings[0].code, FindingCode::kByteOrderMark);
+  EXPECT_EQ(findings[0].first, 1U);
+  EXPECT_EQ(findings[0].subject.kind, FindingSubject::Kind::kSource);
+  EXPECT_EQ(findings[1].code, FindingCode::kMarkerMisplaced);
+  EXPECT_EQ(findings[1].first, 4U);
+  EXPECT_EQ(findings[1].subject.kind, FindingSubject::Kind::kSource);
+  EXPECT_TRUE(Find("\xEF\xBB\xBF\n" + Text(kSound)).empty()) << "a line of its own";
+}
+
+// The whole file is one line then, and its pieces lines of their own.
+TEST_F(ReportFindingsTest, LineEndsOfCrAlone) {
+  const std::vector<Finding> findings = Find(Text(kSound, "\r"));
+  EXPECT_TRUE(std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+    return finding.code == FindingCode::kLineEnds && finding.first == 1;
+  }));
+}
+
+// Each is read to its end once, whatever it holds.
+TEST_F(ReportFindingsTest, SpectraAndTracesWithoutPointsAreCounted) {
+  const auto source = Open(Edited({33, {}}));
+  EXPECT_TRUE(source->Findings().empty());
+  const zrml::Findings look = LookAtPoints(*source);
+  ASSERT_EQ(look.List().size(), 2U);
+  const Finding& trace = look.List()[0];
+  EXPECT_EQ(trace.code, FindingCode::kTracesEmpty);
+  EXPECT_EQ(TextOf(trace), "sample 1 has 1 of 1 traces that have no points; the first is 1");
+  const Finding& scan = look.List()[1];
+  EXPECT_EQ(scan.code, FindingCode::kScansEmpty);
+  EXPECT_EQ(TextOf(scan), "function 1 of sample 2 has 1 of 1 scans that have no points; the first is 1");
+  EXPECT_EQ(scan.subject.sample, 2);
+  EXPECT_EQ(scan.subject.function, 1);
+}
+
+// What nothing in the file tells is not said: how each spectrum was made, and what a function records.
+TEST_F(ReportFindingsTest, ProcessOfASpectrum) {
+  const auto source = Open(Edited({9, {"Time 1", "Process", "Process\tCombine (5:9-1:3)", "Process Other"}}));
+  EXPECT_EQ(source->ScanAt(0, 0, 0).process, "Combine (5:9-1:3)");
+  EXPECT_EQ(source->ScanAt(0, 0, 1).process, "");
+}
+
+struct TypedFunction {
+  Lines keys;
+  FunctionKind kind;
+};
+
+TEST_F(ReportFindingsTest, FunctionsOfAbsorbance) {
+  const TypedFunction functions[] = {
+      {{"Type PDA"}, FunctionKind::kAbsorbance},
+      {{"Type UV"}, FunctionKind::kAbsorbance},
+      {{"Type UV/VIS"}, FunctionKind::kAbsorbance},
+      {{"Type ACQUITY TUV ChA 254nm"}, FunctionKind::kAbsorbance},
+      {{"Description Diode Array"}, FunctionKind::kAbsorbance},
+      {{"Type TOFX"}, FunctionKind::kOther},
+      {{"Type SUVA", "Description UV"}, FunctionKind::kOther},
+      {{"Type -", "Description UV-trig"}, FunctionKind::kOther},
+      {{}, FunctionKind::kOther},
+      {{"Type MS", "Description UV"}, FunctionKind::kMs},
+      {{"Type UV MS"}, FunctionKind::kMs},
+  };
+  for (const TypedFunction& function : functions) {
+    const auto source = Open(Edited({6, function.keys}));
+    EXPECT_EQ(source->Functions(0)[0].kind, function.kind) << testing::PrintToString(function.keys);
+  }
+}
+
+}  // namespace
+}  // namespace zrml::source
