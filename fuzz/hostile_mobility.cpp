@@ -20,9 +20,9 @@ class HostileCluster : public MobilityCluster {
   bool GetNumberOfBlocks(int& blocks) override { return Answer(blocks); }
   bool GetScansInBlock(int& bins) override { return Answer(bins); }
   bool GetMassAxisLength(int& length) override {
-    const bool told = Answer(length);
+    const bool hasAnswered = Answer(length);
     if (length >= 0 && length <= kLargest) length_ = static_cast<std::size_t>(length);
-    return told;
+    return hasAnswered;
   }
   bool GetMassAxis(float* axis) override {
     std::generate_n(axis, length_, [&] { return static_cast<float>(Byte()) - 8; });

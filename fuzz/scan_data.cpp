@@ -79,26 +79,27 @@ void CheckDecoded(const FunctionRecord& function, const Decoded& decoded) {
     return;
   }
   Check(spectrum.UsablePoints() == static_cast<std::size_t>(spectrum.GetCount()), "points are whole");
-  Check(spectrum.UsablePoints() <= function.scanIndex[0].pointCount, "no point more than the index tells");
+  Check(spectrum.UsablePoints() <= function.scanIndex[0].pointCount,
+        "no more points than the index declares");
   const HostVector<double>& masses = spectrum.MassVector();
   // Deliberate: in layout 1 second points without intensity are not written, and only the others decide the
   // order.
   if (!decoded.unsorted && function.dataFormat != 1) {
     const auto notAbove = [](double a, double b) { return !(a < b) && a == a && b == b; };
     Check(std::adjacent_find(masses.begin(), masses.end(), notAbove) == masses.end(),
-          "masses ascend unless they are told not to");
+          "masses ascend unless reported as unsorted");
   }
 }
 
 // Equal to the bit, except that NaNs may have different bit patterns.
-bool AreAlike(double a, double b) {
+bool AreSame(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b) || (a != a && b != b);
 }
 
-void CheckAlike(const Decoded& a, const Decoded& b) {
+void CheckSame(const Decoded& a, const Decoded& b) {
   Check(a.accepted == b.accepted && a.unsorted == b.unsorted, "each kind of kernels takes the same scans");
   const auto isAlike = [](const HostVector<double>& x, const HostVector<double>& y) {
-    return std::equal(x.begin(), x.end(), y.begin(), y.end(), AreAlike);
+    return std::equal(x.begin(), x.end(), y.begin(), y.end(), AreSame);
   };
   Check(isAlike(a.spectrum.MassVector(), b.spectrum.MassVector()),
         "each kind of kernels gives the same masses");
@@ -128,7 +129,7 @@ void CheckCalibration(const platform::File& file, const FunctionRecord& function
     // Unwritten points of layout 1 have neither mass.
     if (function.dataFormat == 1 && decoded.spectrum.IntensityVector()[i] == 0) continue;
     const auto rawMass = static_cast<float>(raw.spectrum.MassVector()[i]);
-    Check(AreAlike(decoded.spectrum.MassVector()[i], calibration(rawMass)),
+    Check(AreSame(decoded.spectrum.MassVector()[i], calibration(rawMass)),
           "many masses are calibrated as single ones are");
   }
 }
@@ -151,7 +152,7 @@ void CheckWithin(const platform::File& file, const FunctionRecord& function) {
   for (std::size_t i = 0; i < all.count; ++i) {
     if (range.low <= masses[i] && masses[i] <= range.high) expected.push_back(intensities[i]);
   }
-  Check(std::equal(within.begin(), within.end(), expected.begin(), expected.end(), AreAlike),
+  Check(std::equal(within.begin(), within.end(), expected.begin(), expected.end(), AreSame),
         "a range holds the points that all points have in it");
 }
 
@@ -167,7 +168,7 @@ void CheckScan(const platform::File& file, const FunctionRecord& function) {
     ChooseKernels(*kernels);
     Decoded decoded;
     Decode(file, function, decoded);
-    CheckAlike(reference, decoded);
+    CheckSame(reference, decoded);
     CheckWithin(file, function);
   }
   if (!reference.accepted) return;

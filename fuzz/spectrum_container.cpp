@@ -46,7 +46,7 @@ class Pair {
         &Pair::EnableValues, &Pair::SetPoint, &Pair::Assign,   &Pair::Copy,
         &Pair::Swap,         &Pair::Sort,     &Pair::AskRange, &Pair::ResizeBadly};
     (this->*kOperations[input.Value<std::uint8_t>() % std::size(kOperations)])(input);
-    CheckAlike();
+    CheckSame();
   }
 
  private:
@@ -161,7 +161,7 @@ class Pair {
     Check(model_.Has(first) && model_.Has(last) && first <= last, "a range lies within the points");
   }
 
-  void CheckAlike() {
+  void CheckSame() {
     Check(spectrum_.GetCount() == model_.Count(), "counts are alike");
     Check(SameNumbers(spectrum_.MassVector(), model_.masses), "masses are alike");
     Check(SameNumbers(spectrum_.IntensityVector(), model_.intensities), "intensities are alike");
