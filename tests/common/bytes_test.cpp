@@ -15,7 +15,7 @@ std::vector<std::byte> MakeBytes(std::initializer_list<int> values) {
   return bytes;
 }
 
-/// Every read of the cursor with the value that it gives on kPattern. All these values are exact as doubles.
+/// Every read of the cursor with its value on kPattern. All these values are exact as doubles.
 struct ReadCase {
   const char* name;
   std::size_t width;

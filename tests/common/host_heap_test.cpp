@@ -1,4 +1,4 @@
-// Blocks as the host's standard library makes them: it ends the process when one is broken.
+// Blocks as the host's standard library makes them: a broken one ends the process.
 #include "common/host_heap.h"
 
 #include <cstdint>
@@ -35,7 +35,7 @@ TEST(HostHeap, LargeBlocksAreAlignedAndRememberTheirStart) {
   }
 }
 
-// What the host does: it takes the block apart itself and frees the start.
+// Like the host: takes the block apart itself and frees the start.
 TEST(HostHeap, TheHostCanFreeOurBlocks) {
   void* const small = HostAllocate(kLarge - 1);
   platform::SharedHeapFree(small);

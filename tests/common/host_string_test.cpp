@@ -1,4 +1,4 @@
-// Strings in the host's layout. Of 16-bit characters on every platform, so that sanitizers see what Windows
+// Strings in the host's layout, with 16-bit characters on every platform, so sanitizers test what Windows
 // runs.
 #include "common/host_string.h"
 
@@ -16,7 +16,7 @@ namespace {
 using String = BasicHostString<char16_t>;
 using Text = std::u16string;
 
-// A string's 32 bytes as the contract numbers them.
+// A string's 32 bytes at the contract's offsets.
 struct Parts {
   std::array<std::byte, 16> text;
   std::uint64_t size;

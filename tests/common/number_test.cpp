@@ -20,7 +20,7 @@ namespace {
 using DoubleLimits = std::numeric_limits<double>;
 using FloatLimits = std::numeric_limits<float>;
 
-/// A text, and the number and rest that it gives.
+/// A text with the number and rest expected from it.
 template <class T>
 struct Taken {
   std::wstring text;
@@ -309,9 +309,9 @@ TEST(TakeFloat, FollowsTheSameGrammar) {
 }
 
 TEST(TakeFloat, IsRoundedOnceAndNotThroughDouble) {
-  // Floats next to 1 are 2^-23 apart. These decimals lie a hair beside the middle of two floats, nearer than
-  // a double can tell: a double in between would be the middle itself, which then rounds to the even float,
-  // on the other side.
+  // Floats next to 1 are 2^-23 apart. These decimals are just beside the middle of two floats, closer than a
+  // double can resolve: rounding to double first would give the middle itself, which then rounds to the even
+  // float, on the other side.
   ExpectTaken<float>(takeFloat,
                      {
                          {L"1.00000005960464477539062501", 0x1.000002p0F},  // 1 + 2^-24 + 1e-26
@@ -402,8 +402,7 @@ TEST(TakeInt, TextWithoutIntegerGivesNothingAndStays) {
   }
 }
 
-// Decimals with few digits take a shorter way; up to 15 digits and a point it must round as the long one
-// does.
+// Decimals with few digits take a shorter way; up to 15 digits and a point it must round like the long one.
 TEST(TakeDouble, DecimalsOfEveryLengthAreTheNearestDouble) {
   std::mt19937_64 random(5);
   for (int round = 0; round < 100000; ++round) {
@@ -436,7 +435,7 @@ TEST(TakeDouble, NarrowTextKeepsItsRest) {
   }
 }
 
-/// Sets a process locale with a decimal comma for its lifetime, where one is installed.
+/// Sets a process locale with a decimal comma for its lifetime, if one is installed.
 class CommaLocale {
  public:
   CommaLocale() {

@@ -105,13 +105,13 @@ TEST_F(Paths, LongOnesAreMarked) {
   EXPECT_EQ(Reachable(L"\\\\?\\C:\\folder\\" + name), L"\\\\?\\C:\\folder\\" + name);
 }
 
-TEST_F(Paths, CaseDoesNotTellFilesApart) {
+TEST_F(Paths, CaseDoesNotDistinguishFiles) {
   directory_.WriteText("run.mzML", "text");
   ASSERT_TRUE(IdOf(PathOf("run.mzML")).has_value());
   EXPECT_EQ(IdOf(PathOf("run.mzML")), IdOf(PathOf("RUN.MZML")));
 }
 
-// Wine's words are shorter than those of the system.
+// Wine's messages are shorter than those of Windows.
 TEST(ErrorText, SaysItInWordsAndWithTheNumber) {
   const std::string text = ErrorText(ERROR_ACCESS_DENIED);
   EXPECT_TRUE(text.starts_with("Access ") && text.ends_with("denied, system error 5")) << text;

@@ -26,7 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The bytes that a read gives, as text.
+/// The bytes of a read, as text.
 std::string ReadTextAt(const File& file, std::uint64_t offset, std::size_t count) {
   FileBytes bytes(count, std::byte{'?'});
   const std::size_t read = file.ReadAt(offset, bytes);
@@ -57,7 +57,7 @@ TEST_F(Platform, AFileIsOpenedByItsWidePath) {
   }
 }
 
-TEST_F(Platform, WhatDoesNotExistIsNeitherFileNorDirectory) {
+TEST_F(Platform, AMissingPathIsNeitherFileNorDirectory) {
   for (const std::wstring& path :
        {directory_.WidePath("missing"), directory_.WidePath("missing") + L"/file", std::wstring()}) {
     EXPECT_FALSE(File::Open(path).IsOpen());
@@ -93,7 +93,7 @@ TEST_F(Platform, APathWithANulNamesNothing) {
   }
 }
 
-TEST_F(Platform, ReadsGiveWhatLiesBetweenOffsetAndEnd) {
+TEST_F(Platform, ReadsGiveTheBytesBetweenOffsetAndEnd) {
   const File file = OpenNew("file", "0123456789");
   EXPECT_EQ(file.Size(), 10U);
   const struct {
@@ -161,7 +161,7 @@ TEST_F(Platform, AClosedFileGivesNothing) {
 TEST_F(Platform, MovingHandsTheFileOver) {
   File source = OpenNew("source", "source");
   File constructed(std::move(source));
-  EXPECT_FALSE(source.IsOpen());  // NOLINT(bugprone-use-after-move): that is the question
+  EXPECT_FALSE(source.IsOpen());  // NOLINT(bugprone-use-after-move): that is being tested
   EXPECT_EQ(ReadTextAt(constructed, 0, 10), "source");
 
   File target = OpenNew("target", "target");
@@ -214,7 +214,7 @@ TEST_F(Platform, ARefusedDirectoryIsNotHeldOpen) {
 TEST_F(Platform, AFifoIsNoRegularFileAndDoesNotBlock) {
   const fs::path fifo = directory_.Path() / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  alarm(20);  // ends the program when the opening waits for a writer
+  alarm(20);  // ends the program if opening waits for a writer
   EXPECT_FALSE(File::Open(directory_.WidePath("fifo")).IsOpen());
   alarm(0);
   EXPECT_TRUE(IsFile(directory_.WidePath("fifo")));  // exists and is no directory
@@ -250,14 +250,14 @@ TEST_F(Platform, NamesOfADirectoryAreListed) {
     EXPECT_EQ(SortedNames(directory_.WidePath() + end, 10), all);
 }
 
-TEST_F(Platform, NoMoreNamesAreListedThanAskedFor) {
+TEST_F(Platform, NoMoreNamesAreListedThanRequested) {
   directory_.WriteText("file", "");
   ASSERT_EQ(SortedNames(directory_.WidePath(), 3), (std::vector<std::string>{".", "..", "file"}));
   EXPECT_EQ(SortedNames(directory_.WidePath(), 2), std::nullopt);
   EXPECT_EQ(SortedNames(directory_.WidePath(), 0), std::nullopt);
 }
 
-TEST_F(Platform, WhatIsNoDirectoryIsNotListed) {
+TEST_F(Platform, OnlyDirectoriesAreListed) {
   directory_.WriteText("file", "");
   EXPECT_EQ(SortedNames(directory_.WidePath("file"), 10), std::nullopt);
   EXPECT_EQ(SortedNames(directory_.WidePath("missing"), 10), std::nullopt);
@@ -355,7 +355,7 @@ TEST(CodePage, Windows1252HasItsOwnCharactersFrom80To9F) {
   }
 }
 
-TEST(CodePage, WhatIsNoCharacterHasNoNarrowForm) {
+TEST(CodePage, InvalidCharactersHaveNoNarrowForm) {
   for (const unsigned code : {0xd800U, 0xdbffU, 0x110000U, 0x7fffffffU}) {
     EXPECT_FALSE(ToCodePage(L"a" + std::wstring(1, static_cast<wchar_t>(code))).has_value())
         << std::hex << code;

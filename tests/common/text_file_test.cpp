@@ -17,7 +17,7 @@ using namespace std::string_view_literals;
 
 constexpr std::uint64_t kAll = std::numeric_limits<std::uint64_t>::max();
 
-/// The text that a file of these bytes gives.
+/// The text read from a file of these bytes.
 class TextFile : public testing::Test {
  protected:
   std::wstring Text(std::string_view bytes, std::uint64_t maxBytes = kAll) {
@@ -75,7 +75,7 @@ TEST_F(TextFile, EachByteIsTheCharacterOfTheSameCode) {
 
 TEST_F(TextFile, AClosedFileHasNoText) { EXPECT_EQ(ReadText(platform::File()), L""); }
 
-TEST_F(TextFile, ReadsNoMoreThanTheBytesAskedFor) {
+TEST_F(TextFile, ReadsNoMoreThanTheBytesRequested) {
   const std::string_view bytes =
       "ab\r\ncd\x1a"
       "e";
@@ -124,7 +124,8 @@ TEST_F(TextFile, LimitOnTheBlockEndCutsThere) {
 
 // --- Lines
 
-/// What a sequence of reads gives: each piece in angle brackets, an exclamation mark where the end was met.
+/// The result of a sequence of reads: each piece in angle brackets, an exclamation mark where the end was
+/// reached.
 std::wstring Pieces(std::wstring_view text, std::size_t bufferSize) {
   LineReader reader(text, bufferSize);
   std::wstring story;

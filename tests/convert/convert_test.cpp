@@ -111,7 +111,7 @@ TEST_F(ConvertTest, EmptySpectrumHasEmptyArraysAndNoBasePeak) {
   ExpectHas(output, "name=\"total ion current\" value=\"0\"");
 }
 
-TEST_F(ConvertTest, IntensityThatIsNoNumberIsNoBasePeak) {
+TEST_F(ConvertTest, NanIntensityIsNotTheBasePeak) {
   Scan(0, 1).points = {{100, 101, 102}, {std::numeric_limits<double>::quiet_NaN(), 3, 2}};
   ExpectHas(Converted(Of("1", "2")), "name=\"base peak m/z\" value=\"101\"");
 }
@@ -291,7 +291,7 @@ TEST_F(ConvertTest, TitleOfMgfIsOneLine) {
   ExpectHas(Converted(As(Format::kMgf, Of("2", "1"))), "scan=1 Pro duct  \nSCANS");
 }
 
-// A point that is no number is left out of MGF, which has no form for it.
+// Non-finite points are left out of MGF, which has no form for them.
 TEST_F(ConvertTest, Tsv) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -345,7 +345,7 @@ TEST_F(ConvertTest, NothingSelected) {
               "none of its scans is an MS/MS scan that is asked for");
 }
 
-TEST_F(ConvertTest, WithoutScansThereIsNothingToBeAskedFor) {
+TEST_F(ConvertTest, WithoutScansAnySelectionIsEmpty) {
   data_.functions.clear();
   EXPECT_EQ(Converted(As(Format::kTsv, Of("9"))), "function\tscan\ttime\tm/z\tintensity\n");
   EXPECT_EQ(Converted(As(Format::kMgf, Of("1"))), "");
@@ -353,7 +353,7 @@ TEST_F(ConvertTest, WithoutScansThereIsNothingToBeAskedFor) {
   ExpectLacks(Converted(Of("9")), "<spectrum ");
 }
 
-// "p2" and "p2.2" go back to function 1 both.
+// Both "p2" and "p2.2" come from function 1.
 TEST_F(ConvertTest, ProcessedFunctionsHaveIdsOfTheirOwn) {
   for (const int repeat : {1, 2}) {
     FakeFunction processed = data_.functions[1];
@@ -379,7 +379,7 @@ struct LossCase {
   std::string converted;  // a part of the output
 };
 
-TEST_F(ConvertTest, WhatIsLostIsRefusedOrCounted) {
+TEST_F(ConvertTest, LossesAreRefusedOrCounted) {
   const LossCase cases[] = {
       {"scans", [](FakeData& data) { data.functions[0].scans[1].isUnreadable = true; }, Of("1"),
        "cannot read scan 2 of function 1", "scans of function 1 that cannot be read: 1 (2)",
@@ -423,7 +423,7 @@ TEST_F(ConvertTest, WhatIsLostIsRefusedOrCounted) {
   }
 }
 
-// The sample's own first, then by function; of each kind one line.
+// The sample's own first, then by function; one line of each kind.
 TEST_F(ConvertTest, LossesAreCountedWhateverTheWorkers) {
   for (FakeScan& scan : data_.functions[0].scans) scan.lost = 1;
   Scan(3, 0).isUnreadable = true;
@@ -470,7 +470,7 @@ TEST_F(ConvertTest, ProgressGoesUpToTheEnd) {
   EXPECT_EQ(seen, (std::vector<std::uint64_t>{1, 2, 3, 4, 5}));
 }
 
-// Asked before each spectrum at least.
+// Checked before each spectrum at least.
 TEST_F(ConvertTest, CanBeCancelled) {
   for (const int asked : {0, 3}) {
     std::atomic<int> count = 0;
@@ -481,7 +481,7 @@ TEST_F(ConvertTest, CanBeCancelled) {
   }
 }
 
-// Each may have an index that a slow disk hands out.
+// Each may have an index on a slow disk.
 TEST_F(ConvertTest, PlanCanBeCancelledBeforeEachFunctionAndBeforeAbsorbance) {
   const auto source = zrml::test::OpenFake(data_, PathText(directory_.Path()));
   const int questions = static_cast<int>(data_.functions.size()) + 1;
@@ -509,14 +509,14 @@ TEST_F(ConvertTest, SourceThatChangesIsRefusedOrNoted) {
   EXPECT_EQ(result.notes[0].kind, Note::Kind::kSourceChanged);
 }
 
-// Points that are lost since the source was opened are a change of it, not damage.
-TEST_F(ConvertTest, ScanThatIsLostByAChangeIsNoDamage) {
+// Points lost after the source was opened are a change, not damage.
+TEST_F(ConvertTest, ScanLostByAChangeIsNotDamage) {
   Scan(0, 2).lost = 1;
   const Hooks hooks = {{}, [&](std::uint64_t, std::uint64_t) { directory_.WriteText("_DATA.DAT", "less"); }};
   ExpectError(Of("1"), ErrorKind::kSourceChanged, "_DATA.DAT has changed during the conversion", hooks);
 }
 
-TEST_F(ConvertTest, FileThatIsNoPartOfTheDataMayChange) {
+TEST_F(ConvertTest, FileOutsideTheDataMayChange) {
   directory_.WriteText("notes.txt", "of mine");
   const Hooks hooks = {
       {}, [&](std::uint64_t, std::uint64_t) { directory_.WriteText("notes.txt", "are changed"); }};

@@ -1,4 +1,4 @@
-// A source in memory, known to the last digit, with losses wherever a test wants them. Its folder, which
+// A source in memory with known content, and with losses wherever a test wants them. Its folder, which
 // conversions list and watch, is real.
 #pragma once
 
@@ -32,7 +32,7 @@ struct FakeScan {
 struct FakeFunction {
   source::Function info = {};
   std::vector<FakeScan> scans = {};
-  std::vector<double> totals = {};  // of the points where they are fewer than the scans
+  std::vector<double> totals = {};  // computed from the points if fewer than the scans
   bool hasNoTotals = false;         // they cannot be read
   int binCount = 0;
   std::vector<source::MetadataItem> metadata = {};

@@ -24,8 +24,8 @@ TEST(OrderedPiecesTest, ComeInOrderWhateverTheWorkers) {
   }
 }
 
-// Takes `count` pieces of `size` bytes with two workers and tells whether one of them was begun with `most`
-// others in the making or waiting. Nothing is taken after the first before `fill` are begun.
+// Takes `count` pieces of `size` bytes with two workers and reports whether any was begun while `most` others
+// were being made or waiting. Nothing is taken after the first until `fill` are begun.
 bool ComesTooEarly(std::size_t count, std::size_t size, std::size_t fill, std::size_t most) {
   std::atomic<std::size_t> takes = 1;
   std::atomic<std::size_t> begun = 0;
@@ -48,7 +48,7 @@ TEST(OrderedPiecesTest, ShortOnesWaitUpToTheirNumber) {
   EXPECT_FALSE(ComesTooEarly(2000, 1, kMost, kMost));
 }
 
-// With all their bytes made no piece is begun, but then the other worker may be at one more.
+// When all bytes are used no further piece is begun, but the other worker may already be working on one.
 TEST(OrderedPiecesTest, LongOnesWaitUpToTheirBytes) {
   constexpr std::size_t kSize = 1u << 20;
   constexpr std::size_t kFill = 2 * OrderedPieces::kBytesAhead / kSize;

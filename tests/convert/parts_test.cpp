@@ -1,4 +1,4 @@
-// The parts that conversion is made of.
+// The parts of the conversion.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -55,7 +55,7 @@ std::string PlainBase64Of(std::string_view text) {
   return out;
 }
 
-// Around the lengths of the vectors and blocks that long texts are made with, too.
+// Also around the lengths of the vectors and blocks used for long texts.
 TEST(Base64Test, AllLengthsAndBytes) {
   std::string bytes;
   for (unsigned i = 0; i < 10000; ++i) bytes.push_back(static_cast<char>(i * 167 + i / 256));
@@ -84,7 +84,7 @@ TEST(XmlTest, MarkupAndLineEndsBecomeReferences) {
   EXPECT_EQ(XmlText("\xC3\xA9"), "\xC3\xA9");
 }
 
-TEST(XmlTest, WhatXmlForbidsIsReplaced) {
+TEST(XmlTest, ForbiddenCharactersAreReplaced) {
   constexpr const char* kReplacement = "\xEF\xBF\xBD";
   EXPECT_EQ(XmlText(std::string(1, '\0')), kReplacement);
   EXPECT_EQ(XmlText("\x1F"), kReplacement);
@@ -145,7 +145,7 @@ TEST(DateTimeTest, AnythingElseIsRefused) {
   }
 }
 
-TEST(InstrumentModelTest, NamesWithoutDoubt) {
+TEST(InstrumentModelTest, UnambiguousNames) {
   EXPECT_EQ(InstrumentModel("Xevo G2 Q-Tof").accession, "MS:1001783");
   EXPECT_EQ(InstrumentModel("XEVO-G2QTOF#YCA123").accession, "MS:1001783");
   EXPECT_EQ(InstrumentModel("SYNAPT G2-Si").accession, "MS:1002726");
@@ -240,7 +240,7 @@ TEST(SelectionTest, FunctionsAreListedByTheirNames) {
   EXPECT_TRUE(FunctionSet().Has({.number = 3, .process = 7}));
   EXPECT_TRUE(FunctionSet().IsAll());
   EXPECT_FALSE(FunctionSet::Parse("p1")->IsAll());
-  // The raw function that a processed one goes back to does not count.
+  // The raw function behind a processed one does not count.
   EXPECT_TRUE(FunctionSet::Parse("p2")->Has({.number = 3, .process = 2}));
   EXPECT_FALSE(FunctionSet::Parse("3")->Has({.number = 3, .process = 2}));
 }
@@ -295,13 +295,13 @@ TEST(ArrayTest, OneNumberOfDoublePrecisionMakesAllTake64Bits) {
   EXPECT_NE(array.find("<binary>mpmZmZmZuT8AAAAAAADwPw==<"), std::string::npos) << array;
 }
 
-TEST(ArrayTest, PrecisionThatIsAskedForIsKept) {
+TEST(ArrayTest, RequestedPrecisionIsKept) {
   EXPECT_NE(ArrayOf(Precision::kDouble, {1}).find("<binary>AAAAAAAA8D8=<"), std::string::npos);
   // 0.1 rounds to 0x3DCCCCCD
   EXPECT_NE(ArrayOf(Precision::kSingle, {0.1}).find("<binary>zczMPQ==<"), std::string::npos);
 }
 
-TEST(ArrayTest, NumbersThatSinglePrecisionHasNot) {
+TEST(ArrayTest, NumbersThatSinglePrecisionLacks) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const auto is64 = [](double value) {
     return ArrayOf(Precision::kExact, {value}).find("64-bit") != std::string::npos;
@@ -316,7 +316,7 @@ TEST(ArrayTest, NumbersThatSinglePrecisionHasNot) {
   EXPECT_TRUE(is64(5e-324));
 }
 
-TEST(ArrayTest, OneSuchNumberCountsWhereverItStands) {
+TEST(ArrayTest, OneSuchNumberCountsAtAnyPlace) {
   for (std::size_t size = 1; size <= 9; ++size) {
     for (std::size_t at = 0; at < size; ++at) {
       std::vector<double> values(size, 1.5);

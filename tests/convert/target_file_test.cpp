@@ -1,4 +1,4 @@
-// A target file where the system lacks what others have. The linker replaces three calls for this program.
+// A target file on systems with missing features. The linker replaces three calls in this program.
 #include "convert/target_file.h"
 
 #include <cerrno>
@@ -85,7 +85,7 @@ class TargetFileTest : public testing::Test {
   TempDirectory directory_;
 };
 
-// So that nothing is left when the program is killed.
+// Ensures that nothing is left when the program is killed.
 TEST_F(TargetFileTest, HasNoNameUntilItIsWhole) {
   TargetFile target(directory_.Path() / "run.mzML", Existing::kKeep);
   target.Write("whole");
@@ -121,8 +121,8 @@ TEST_F(TargetFileTest, SystemThatCannotRenameLinks) {
   ExpectKept();
 }
 
-// The whole file is under its name; that it has another one, too, is no failure of the conversion.
-TEST_F(TargetFileTest, FileThatIsThereIsNotReportedAsFailed) {
+// The whole file is under its name; a second name for it does not make the conversion fail.
+TEST_F(TargetFileTest, ExistingFileIsNotReportedAsFailed) {
   lacksUnnamedFiles = true;
   lacksRenaming = true;
   lacksRemoving = true;

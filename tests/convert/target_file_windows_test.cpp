@@ -1,4 +1,4 @@
-// A target file of a program that is killed.
+// The target file of a killed program.
 #include <windows.h>
 
 #include "convert/target_file.h"
@@ -29,7 +29,7 @@ std::string PathIn(const std::filesystem::path& folder, const char* name) {
   std::abort();
 }
 
-// The statement runs in a process of its own, which comes here as well and has the folder in its environment.
+// The statement runs in a separate process, which also gets here, with the folder in its environment.
 TEST(TargetFileTest, NothingIsLeftOfAKilledProgram) {
   const TempDirectory directory;
   if (::_wgetenv(kFolder) == nullptr)

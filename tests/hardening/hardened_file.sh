@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# hardened_file.sh OBJDUMP FILE: the file, of ELF or PE form, is loaded anywhere, has no executable data, and on ELF nothing
-# writable that need not be, guarded stacks and checked copies.
+# hardened_file.sh OBJDUMP FILE: the file, ELF or PE, can be loaded at any address and has no executable data; on ELF also
+# nothing needlessly writable, guarded stacks and checked copies.
 set -euo pipefail
 objdump=$1 file=$2
 headers=$("$objdump" -p "$file")

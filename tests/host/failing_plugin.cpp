@@ -1,4 +1,4 @@
-// A plug-in whose operations fail in every way there is, behind the same face as the real one.
+// A plug-in whose operations fail in every possible way, behind the same face as the real one.
 #include <new>
 #include <stdexcept>
 

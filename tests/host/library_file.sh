@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# library_file.sh DLL VERSION: what the file is to Windows: its name, exports, imports, hardening flags and version resource.
+# library_file.sh DLL VERSION: checks the file as Windows sees it: name, exports, imports, hardening flags and version
+# resource.
 set -euo pipefail
 dll=$1 version=$2
 headers=$(x86_64-w64-mingw32-objdump -p "$dll")
@@ -11,7 +12,7 @@ expect() {  # WHAT EXPECTED ACTUAL
 expect "file name" ZRMLProvider-x64.dll "$(basename "$dll")"
 expect "exports" "CheckVersion GetInstance GetInterfaceCount" \
   "$(sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] *\(+base\[ *[0-9]*\] *[0-9a-f]* *\)\?//p' <<<"$headers" | sort | xargs)"
-# KERNEL32.dll is the system itself; msvcrt.dll is the C runtime that every Windows has had since Windows 95.
+# KERNEL32.dll is the system itself; msvcrt.dll is the C runtime of every Windows since Windows 95.
 expect "imports" "KERNEL32.dll msvcrt.dll" "$(sed -n 's/^\tDLL Name: //p' <<<"$headers" | sort | xargs)"
 expect "flags" "DYNAMIC_BASE HIGH_ENTROPY_VA NX_COMPAT" \
   "$(grep -oE 'HIGH_ENTROPY_VA|DYNAMIC_BASE|NX_COMPAT' <<<"$headers" | sort | xargs)"

@@ -1,5 +1,5 @@
-// make_directory DIRECTORY: a raw directory with a function of every type and data format, made of bits that
-// mean nothing in particular, so that hosts on different platforms have something to disagree about.
+// make_directory DIRECTORY: a raw directory with a function of every type and data format, made of arbitrary
+// bits, to reveal differences between hosts on different platforms.
 #include <bit>
 #include <cstdio>
 
@@ -27,10 +27,9 @@ class Noise {
   std::uint64_t state_ = 1;
 };
 
-constexpr std::uint32_t kPoints = 37;  // odd, so that groups are not full
+constexpr std::uint32_t kPoints = 37;  // odd, so groups are incomplete
 
-// A host's spectrum that is read again and again grows and shrinks around blocks of 4,096 bytes, and well
-// beyond.
+// A host's spectrum that is reused grows and shrinks around blocks of 4,096 bytes, and well beyond.
 constexpr std::uint32_t kSizes[] = {255, 256, 511, 512, 255, 100000, 512, 0, 511};
 constexpr std::size_t kLargestPoint = 12;
 
@@ -59,7 +58,7 @@ std::vector<TracePoint> NoisyTrace(Noise& noise, int points) {
   return trace;
 }
 
-// Masses that ascend, so that every point is kept.
+// Ascending masses, so every point is kept.
 FunctionFiles SizedFunction(Noise& noise) {
   FunctionFiles function;
   function.record.dataFormat = 3;
@@ -90,7 +89,6 @@ int main(int argc, char** argv) {
   const std::filesystem::path directory = argv[1];
   std::filesystem::create_directory(directory);
   raw.WriteTo(directory);
-  // Mobility functions, one of them MS/MS. The reader that hosts are given beside the plug-in makes up their
-  // data.
+  // Mobility functions, one of them MS/MS. The reader next to the plug-in makes up their data.
   for (const char* const name : {"_FUNC005.CDT", "_FUNC017.CDT"}) WriteFileBytes(directory / name, {});
 }

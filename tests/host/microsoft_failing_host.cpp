@@ -1,10 +1,10 @@
-// microsoft_failing_host process|runtime PLUG-IN: what reaches a host when operations of the plug-in fail.
-// Built twice: with exceptions, importing the runtime, where failures arrive as the host's own exceptions;
-// and without, where the runtime is not loaded and they arrive as empty results.
+// microsoft_failing_host process|runtime PLUG-IN: shows what reaches a host when operations of the plug-in
+// fail. Built twice: with exceptions, importing the runtime, where failures arrive as the host's own
+// exceptions; and without, where the runtime is not loaded and they arrive as empty results.
 #include "tests/host/microsoft_platform.h"
 
 #ifdef __cpp_exceptions
-// The runtime's table of type descriptors, which its import library would bring.
+// The runtime's table of type descriptors, normally supplied by its import library.
 extern "C" void* const typeInfoTable asm("??_7type_info@@6B@");
 extern "C" void* const typeInfoTable = nullptr;
 

@@ -56,8 +56,7 @@ struct MicrosoftApi {
   }
 };
 
-// Two objects at once do not know of each other, and each ends in its own way: destroyed only, or destroyed
-// and freed.
+// Two objects at once are independent, and each ends in its own way: destroyed only, or destroyed and freed.
 void CheckTwoObjects(const Plugin& plugin, const wchar_t* directory) {
   DataServer* const one = plugin.Create(0);
   DataServer* const other = plugin.Create(0);
@@ -77,8 +76,8 @@ void* const* TableOf(const MassSpectrum& spectrum) {
   return *reinterpret_cast<void* const* const*>(&spectrum);
 }
 
-// A host's vector that holds spectra of the host grows: ours take their places and keep their points. The
-// stand-in's bin 1 of scan 2 cannot be read, so that nothing is written after the growth.
+// A host's vector of the host's own spectra grows: ours replace them and keep their points. The stand-in's
+// bin 1 of scan 2 cannot be read, so nothing is written after the growth.
 void CheckVectorOfSpectra(const Plugin& plugin, const wchar_t* directory) {
   constexpr int kPoints = 600;
   DataServer* const server = plugin.Create(0);

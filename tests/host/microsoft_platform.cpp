@@ -1,7 +1,7 @@
 #include "tests/host/microsoft_platform.h"
 
 extern "C" {
-int _fltused = 0;  // the compiler refers to it wherever floating point is used
+int _fltused = 0;  // the compiler refers to it in code with floating point
 
 void* memset(void* target, int value, size_t size) {
   for (size_t i = 0; i < size; ++i)

@@ -1,5 +1,5 @@
-// What the hosts built in Microsoft mode need of the system: memory, output, the command line and module
-// loading, straight from KERNEL32.
+// The system functions that hosts built in Microsoft mode need: memory, output, the command line and module
+// loading, directly from KERNEL32.
 #pragma once
 
 #include "tests/host/microsoft_types.h"
@@ -34,11 +34,11 @@ void Print(const char* text);
 /// Writes the buffer out and ends the program.
 [[noreturn]] void Exit(unsigned status);
 
-/// The next word of a command line; quotation marks keep blanks together.
+/// The next word of a command line; blanks inside quotation marks belong to it.
 wchar_t* NextArgument(wchar_t*& line);
 
-/// The plug-in at `path`; the program ends when it cannot be loaded, or unloaded once all its objects are
-/// gone.
+/// The plug-in at `path`; the program ends when it cannot be loaded, or cannot be unloaded once all its
+/// objects are gone.
 struct Plugin {
   void* module;
   GetInstanceFunction getInstance;
@@ -48,7 +48,7 @@ struct Plugin {
 Plugin LoadPlugin(const wchar_t* path);
 void UnloadPlugin(const Plugin& plugin);
 
-/// What each host does.
+/// The work of each host.
 void Main(wchar_t* arguments);
 
 }  // namespace microsoft_host

@@ -1,9 +1,9 @@
 // microsoft_throwing_host PLUG-IN DIRECTORY DATA-FILE: a host whose own Resize throws while the plug-in fills
-// its spectrum. The exception passes the plug-in's frames, which do not know its kind and so run no clean-up;
-// it must reach the host, and the plug-in must hold nothing that such frames would have had to let go.
+// its spectrum. The exception passes the plug-in's frames, which do not know its kind and run no clean-up. It
+// must reach the host, and the plug-in must not keep anything that those frames should have released.
 #include "tests/host/microsoft_platform.h"
 
-// The runtime's table of type descriptors, which its import library would bring.
+// The runtime's table of type descriptors, normally supplied by its import library.
 extern "C" void* const typeInfoTable asm("??_7type_info@@6B@");
 extern "C" void* const typeInfoTable = nullptr;
 
@@ -50,7 +50,7 @@ bool ReadsSpectrum(DataServer& server) {
 constexpr unsigned kShareNothing = 0;
 constexpr unsigned kShareAll = 7;
 
-// Null when it cannot be opened.
+// Null if it cannot be opened.
 void* OpenFile(const wchar_t* path, unsigned share) {
   constexpr unsigned kRead = 0x80000000;
   constexpr unsigned kExisting = 3;

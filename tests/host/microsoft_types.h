@@ -1,14 +1,14 @@
 // The host's side of the binary contract, as Microsoft's compiler lays it out: strings, vectors, the
-// containers and the interface. Built by clang in Microsoft mode, without any header or library of either
-// compiler. Its vectors and strings check the block rules that the host's standard library enforces, and end
-// the program when one is broken.
+// containers and the interface. Built by clang in Microsoft mode, without headers or libraries of either
+// compiler. Its vectors and strings check the block rules of the host's standard library and end the program
+// when one is broken.
 #pragma once
 
 using size_t = decltype(sizeof(0));
 
 namespace microsoft_host {
 
-// The host's heap, and what it does when something is wrong.
+// The host's heap, and its reaction to errors.
 void* Allocate(size_t bytes);
 void Release(void* block);
 [[noreturn]] void Fail(const char* what);
@@ -92,7 +92,7 @@ class Vector {
   const T* end() const { return last_; }
   size_t size() const { return static_cast<size_t>(last_ - first_); }
 
-  /// New elements are zero. Only for plain elements.
+  /// New elements are zero. Only for trivial elements.
   void Resize(size_t count) {
     if (count > static_cast<size_t>(limit_ - first_)) {
       T* const block = static_cast<T*>(NewBlock(count * sizeof(T)));
@@ -107,7 +107,7 @@ class Vector {
     last_ = first_ + count;
   }
 
-  /// `count` elements made by the host, in place of those before.
+  /// `count` elements made by the host, replacing the previous ones.
   void Make(size_t count) {
     Free();
     first_ = last_ = static_cast<T*>(NewBlock(count * sizeof(T)));
@@ -115,7 +115,7 @@ class Vector {
     while (last_ != limit_) new (last_++, Placement()) T();
   }
 
-  /// The block is somebody else's from now on.
+  /// Gives up the block: the caller owns it now.
   T* Take() {
     T* const block = first_;
     first_ = last_ = limit_ = nullptr;
@@ -136,7 +136,7 @@ class Vector {
 };
 static_assert(sizeof(Vector<double>) == 24);
 
-/// CZRMassSpectrum. Members as the contract numbers them; `calls` counts what reaches the host's own table.
+/// CZRMassSpectrum. Members at the contract's offsets; `calls` counts the calls through the host's own table.
 class MassSpectrum {
  public:
   static inline int resizeCalls = 0;

@@ -1,4 +1,4 @@
-// native_host PLUG-IN SOURCE: writes the transcript of a directory or report as a host of our own compiler
+// native_host PLUG-IN SOURCE: writes the transcript of a directory or report as a host from our own compiler
 // sees it.
 #include <cstdio>
 #include <initializer_list>

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# reproducible_build.sh SOURCE DLL PROVEN: builds the library once more, from a copy of the sources in another folder and without
-# a compiler cache, and compares. The file PROVEN keeps what was compared, so that the same is not built again and again.
+# reproducible_build.sh SOURCE DLL PROVEN: builds the library again, from a copy of the sources in another folder and without
+# a compiler cache, and compares. The file PROVEN records what was compared, so an unchanged library is not built again.
 set -euo pipefail
 source=$1 dll=$2 proven=$3
 copy=$(mktemp -d)

@@ -1,5 +1,5 @@
-# Makes two directories and two reports in WORK, runs HOST on each, and compares what it writes with EXPECTED, the transcripts
-# of the Linux build (where the two are the same folder there is nothing to compare with yet: spectra must be there).
+# Makes two directories and two reports in WORK, runs HOST on each, and compares the output with EXPECTED, the transcripts of
+# the Linux build (if both are the same folder there is nothing to compare yet, but there must be spectra).
 file(MAKE_DIRECTORY ${WORK})
 file(REMOVE_RECURSE ${WORK}/noise.raw ${WORK}/sample.raw ${WORK}/sample.rpt ${WORK}/lf.rpt)
 execute_process(COMMAND ${MAKE_DIRECTORY} noise.raw WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY)

@@ -1,6 +1,6 @@
-// Asks a data server everything and writes down every answer, the same text on every platform and compiler:
-// what one host sees can be compared with what another sees, line by line. Free-standing: no header of a
-// standard library.
+// Asks a data server everything and records every answer, as the same text on every platform and compiler:
+// transcripts of different hosts can be compared line by line. Free-standing: no header of a standard
+// library.
 //
 // `Api` names the host's types (Server, String, Strings, Doubles, Spectra, Spectrum, Chromatogram,
 // Absorbance) and gives Text(const wchar_t*), Write(const char*, size) and views of its containers.
@@ -19,7 +19,7 @@ class Transcript {
 
   explicit Transcript(Server& server) : server_(server) {}
 
-  /// `source` is relative, so that its name is the same everywhere.
+  /// `source` is relative, so its name is the same everywhere.
   void Run(const wchar_t* source) {
     Provider();
     Source(source);
@@ -121,7 +121,7 @@ class Transcript {
     for (int scan : later) Scan(sample, function, scan);
   }
 
-  // Both answers to the question whether computing is allowed, and a range that some scans lie outside of.
+  // With and without leave to compute, and over a range that leaves some scans outside.
   void Chromatograms(int sample, int function) {
     const bool answers[] = {false, true};
     for (bool compute : answers) {
@@ -221,7 +221,7 @@ class Transcript {
     Line(" high", high);
   }
 
-  // How many, a few of them, and a hash over the bits of all.
+  // The count, a few of the values, and a hash over the bits of all.
   template <class Values>
   void Numbers(const Values& values) {
     Word hash = 0xcbf29ce484222325;
@@ -251,7 +251,7 @@ class Transcript {
   }
   void Line(const char* name, const char* value) { LineOf(name, value); }
 
-  // Characters as they are in ASCII, by code otherwise.
+  // ASCII characters unchanged, others by code.
   template <class Text>
   void Line(const char* name, const Text& text) {
     Put(name);

@@ -14,7 +14,7 @@ bool hasFailed = false;
 std::atomic<std::size_t> bytesInUse = 0;  // threads that a test starts allocate too
 std::atomic<std::size_t> peakBytes = 0;
 
-// In front of each block, of the size that keeps the block aligned.
+// Precedes each block; its size keeps the block aligned.
 struct alignas(std::max_align_t) BlockSize {
   std::size_t bytes;
 };

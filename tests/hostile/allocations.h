@@ -1,11 +1,12 @@
-// The test program's memory: how much is in use, and allocations that fail. Not for use beside other threads.
+// The test program's memory: how much is in use, and allocations that fail. Not for use with other threads
+// running.
 #pragma once
 
 #include <cstddef>
 
 namespace zrml {
 
-/// While one exists, the allocation after the next `count` successful ones fails, that one alone.
+/// While one exists, the allocation after the next `count` successful ones fails, and only that one.
 class FailingAllocation {
  public:
   explicit FailingAllocation(int count);
@@ -16,8 +17,8 @@ class FailingAllocation {
   bool HasFailed() const;
 };
 
-/// Bytes in use and, since the last call of StartPeak(), the most that were. Counted are the bytes that the
-/// program asked for.
+/// Bytes in use now, and their maximum since the last call of StartPeak(). The bytes requested by the program
+/// are counted.
 std::size_t BytesInUse();
 std::size_t PeakBytes();
 void StartPeak();

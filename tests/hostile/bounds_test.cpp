@@ -25,7 +25,7 @@ std::size_t SizeOf(const TempDirectory& directory) {
   return size;
 }
 
-// The most memory that opening and the main questions take.
+// The peak memory of opening and the main questions.
 std::size_t PeakOf(const TempDirectory& directory) {
   const std::wstring path = directory.WidePath();
   const std::size_t before = BytesInUse();
@@ -62,7 +62,7 @@ TEST(Bounds, MemoryGrowsWithThePointsDeclaredByNoMoreThanStated) {
   }
 }
 
-// A megabyte of the smallest things that a file can hold.
+// A megabyte of the smallest items that a file can hold.
 const std::map<std::string, std::string> kSmallestThings = {
     {"_HEADER.TXT", "\n"},
     {"_EXTERN.INF", "\n"},
@@ -107,7 +107,7 @@ TEST(Bounds, NamesOfLongChainsAreNotKept) {
   EXPECT_LE(PeakBytes() - before, kConstant + kPerFileByte * SizeOf(directory));
 }
 
-// Whatever is nested in whatever: samples, functions, analog functions, spectra, each a megabyte of blocks
+// Everything nested in everything: samples, functions, analog functions, spectra, each a megabyte of blocks
 // that are never closed.
 TEST(Bounds, ReportsTakeMemoryByTheirSize) {
   const std::map<std::string, std::string> things = {
@@ -144,8 +144,8 @@ TEST(Bounds, ReportsTakeMemoryByTheirSize) {
   }
 }
 
-// The whole file is in each function that is never closed, but nobody reads it for each: everything about all
-// functions takes a few passes of four reads each, and each spectrum is there once.
+// Every function that is never closed contains the rest of the file, but that is not read for each: all
+// questions about all functions take a few passes of four reads each, and each spectrum appears once.
 TEST(Bounds, NestedFunctionsAreReadOnceByTools) {
   constexpr int kFunctions = 8000;
   constexpr int kMostCalls = 300;

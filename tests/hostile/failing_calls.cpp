@@ -25,7 +25,7 @@ bool FailsNow() {
   return true;
 }
 
-// A call that is no read: only errors are of meaning to it.
+// A call other than a read: only errors apply to it.
 bool ErrorNow(bool isListing = false) {
   if (!FailsNow()) return false;
   if (kindOfFailure != CallFailure::kError && !(isListing && kindOfFailure == CallFailure::kNoList))

@@ -1,19 +1,18 @@
-// Lets the system calls of the test program fail that reading takes: open, fstat, stat, pread, opendir and
-// readdir.
+// Makes the system calls of reading fail in the test program: open, fstat, stat, pread, opendir and readdir.
 #pragma once
 
 namespace zrml {
 
 enum class CallFailure {
   kError,        // an input/output error
-  kInterrupted,  // by a signal: to be tried again
+  kInterrupted,  // by a signal: must be retried
   kShort,        // a read gives one byte; other calls succeed
   kRead,         // an error of a read; other calls succeed
   kNoList,       // an error of opendir or readdir; other calls succeed
 };
 
-/// While one exists, the call after the next `count` ones fails, that one alone or with all after it. Not for
-/// use beside other threads.
+/// While one exists, the call after the next `count` ones fails, either alone or with all later ones. Not for
+/// use with other threads running.
 class FailingCalls {
  public:
   enum Extent { kOne, kAllFromThere };
@@ -23,7 +22,7 @@ class FailingCalls {
   FailingCalls& operator=(const FailingCalls&) = delete;
   ~FailingCalls();
 
-  /// Whether it came to the failure.
+  /// Whether the failure has happened.
   bool HasFailed() const;
 };
 

@@ -16,7 +16,7 @@ class FailingCallsTest : public testing::Test {
  protected:
   explicit FailingCallsTest(const RawDirectoryBuilder& raw = WholeDirectory()) : directory_(raw.Build()) {}
 
-  // Reads with each call failing in turn, until none is left, and calls `check(answers)`.
+  // Reads with each call failing in turn and calls `check(answers)` each time.
   template <class Check>
   int FailEach(CallFailure failure, FailingCalls::Extent extent, Check check) {
     for (int count = 0;; ++count) {
@@ -74,7 +74,7 @@ TEST_F(FailingCallsTest, ShortReadsAreContinued) {
            [&](const Answers& answers) { EXPECT_EQ(answers, expected_); });
 }
 
-// More functions, so that the directory is listed when it is opened.
+// More functions, so the directory is listed on opening.
 class FailingListTest : public FailingCallsTest {
  protected:
   FailingListTest() : FailingCallsTest(ManyFunctions()) {}
@@ -86,7 +86,7 @@ class FailingListTest : public FailingCallsTest {
   }
 };
 
-TEST_F(FailingListTest, ListThatFailsIsDoneWithout) {
+TEST_F(FailingListTest, FailingListChangesNothing) {
   EXPECT_EQ(expected_[2], "functions 6");
   FailEach(CallFailure::kNoList, FailingCalls::kOne,
            [&](const Answers& answers) { EXPECT_EQ(answers, expected_); });
@@ -96,7 +96,7 @@ TEST_F(FailingListTest, ErrorOfOneCallLeavesTheObjectSound) {
   FailEach(CallFailure::kError, FailingCalls::kOne, [&](const Answers&) { ExpectSoundAfterwards(); });
 }
 
-// What each operation gives when no call succeeds any more.
+// The result of each operation when all calls fail from now on.
 TEST_F(FailingCallsTest, EveryOperationGivesItsEmptyResult) {
   ASSERT_TRUE(server_.Open(path_));
   const FailingCalls failing(0, CallFailure::kError, FailingCalls::kAllFromThere);
@@ -119,7 +119,7 @@ TEST_F(FailingCallsTest, ReadErrorInTheDataGivesZeros) {
   CZRMassSpectrum control;
   ASSERT_TRUE(server_.GetSpectrum(0, 0, 1, control));
   ASSERT_EQ(control.GetCount(), 2);
-  // The calls of a spectrum: the data file is opened where it was found and looked at, then comes one read.
+  // The calls of a spectrum: open the data file at its known path, get its status, read once.
   const FailingCalls failing(2, CallFailure::kError);
   CZRMassSpectrum spectrum;
   ASSERT_TRUE(server_.GetSpectrum(0, 0, 1, spectrum));
@@ -130,7 +130,7 @@ TEST_F(FailingCallsTest, ReadErrorInTheDataGivesZeros) {
   EXPECT_EQ(spectrum.GetTotalIntensity(), 0.0);
 }
 
-// Four spectra of 160 kB, with their times at the end: no read reaches beyond two of them.
+// Four spectra of 160 kB, with their times at the end: no read spans more than two of them.
 TEST(FailingReportTest, ReadErrorCostsTheTimeOfOneSpectrumAtMost) {
   std::string text = "[SAMPLE]\n{\n[FUNCTION]\n{\nType\tMS\n";
   for (const char* const time : {"1", "2", "3", "4"}) {
@@ -164,10 +164,10 @@ TEST(FailingReportTest, ReadErrorCostsTheTimeOfOneSpectrumAtMost) {
     EXPECT_LE(zeros, 1);
     lost += zeros;
   }
-  EXPECT_GE(lost, 1);  // that of the first, at whose beginning a read fails; elsewhere a read tears a line
+  EXPECT_GE(lost, 1);  // the first, if a read fails at its start; elsewhere a failed read splits a line
 }
 
-// All that a source tells without looking for damage.
+// Everything that a source gives without looking for damage.
 std::string ReadSource(const std::string& path) {
   std::string text;
   const auto add = [&text](const std::vector<double>& values) {
@@ -199,7 +199,7 @@ std::string ReadSource(const std::string& path) {
   return text;
 }
 
-// A source gives all that there is, or says that it cannot be read.
+// A source gives everything or reports that it cannot be read.
 TEST_F(FailingCallsTest, ReadThatIsRefusedIsAnErrorOfTheSource) {
   const std::string path = directory_.Path().string();
   const std::string whole = ReadSource(path);
@@ -240,7 +240,7 @@ std::string ListOf(source::Source& source) {
   return list;
 }
 
-// Samples, functions and texts are either all there or refused, and what was found until then is not kept.
+// Samples, functions and texts are either complete or refused, and partial results are not kept.
 TEST(FailingReportSourceTest, RefusedReadIsAnErrorAndLeavesNothing) {
   const TempDirectory directory;
   directory.WriteText("long.rpt", ReportOfSamples());
@@ -268,11 +268,11 @@ TEST(FailingReportSourceTest, RefusedReadIsAnErrorAndLeavesNothing) {
   EXPECT_GT(refusals, 8);
 }
 
-TEST(FailingReportSourceTest, CheckTellsWhatItFindsBesideARefusedRead) {
+TEST(FailingReportSourceTest, CheckReportsItsFindingsDespiteARefusedRead) {
   const TempDirectory directory;
   directory.WriteText("long.rpt", ReportOfSamples());
   const std::string path = (directory.Path() / "long.rpt").string();
-  bool hasOpened = false;  // from then on what fails is a finding, or passed as a file that nobody may open
+  bool hasOpened = false;  // from then on a failure is a finding, or skipped like a forbidden file
   bool isOneSampleLost = false;
   for (int count = 0;; ++count) {
     SCOPED_TRACE(testing::Message() << "call " << count);

@@ -10,7 +10,7 @@
 namespace zrml {
 namespace {
 
-TEST(FailingMemory, IsToldByTheExceptionAndLeavesTheObjectSound) {
+TEST(FailingMemory, ShowsAsTheExceptionAndLeavesTheObjectSound) {
   const TempDirectory directory = WholeDirectory().Build();
   const std::wstring path = directory.WidePath();
   plugin::CMLDataServerImpl server;
@@ -37,7 +37,7 @@ TEST(FailingMemory, IsToldByTheExceptionAndLeavesTheObjectSound) {
   EXPECT_GT(thrown, 100);
 }
 
-// Nothing stays allocated but what a closed object may keep for its next reading.
+// Nothing stays allocated except what a closed object may keep for its next reading.
 TEST(FailingMemory, NoMemoryIsLost) {
   const TempDirectory directory = WholeDirectory().Build();
   const std::wstring path = directory.WidePath();

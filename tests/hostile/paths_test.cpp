@@ -1,4 +1,4 @@
-// Paths of every kind, and things of another kind where a file or folder should be.
+// Paths of every kind, and wrong kinds of things in place of a file or folder.
 #include <filesystem>
 #include <functional>
 #include <sys/stat.h>
@@ -30,7 +30,7 @@ bool Opens(const std::wstring& path) {
   return server.ValidateSource(path) && server.Open(path);
 }
 
-// As somebody who is not root, for whom permissions count.
+// As a user other than root, for whom permissions count.
 class AsNobody {
  public:
   AsNobody() : wasRoot_(::geteuid() == 0) {
@@ -60,7 +60,7 @@ TEST(Paths, LongOnesWithBlanksAndOtherScriptsAreRead) {
 }
 
 TEST(Paths, TooLongOnesAreRefused) {
-  const std::wstring name(300, L'a');  // more than a file system takes for one
+  const std::wstring name(300, L'a');  // longer than a file system allows
   EXPECT_FALSE(Opens(L"/tmp/" + name));
   std::wstring deep = L"/tmp";
   for (int i = 0; i < 100; ++i) deep += L'/' + name.substr(0, 100);
@@ -105,7 +105,7 @@ TEST(Paths, DirectoryInPlaceOfAReportIsNoReport) {
   EXPECT_FALSE(server.Open(directory.WidePath()));
 }
 
-// Puts something in the place of each file of a raw directory and reads it.
+// Replaces each file of a raw directory by something else and reads the directory.
 void ReplaceEachFile(const std::function<void(const fs::path& file)>& put) {
   for (const auto& [name, bytes] : WholeDirectory().Files()) {
     SCOPED_TRACE(name);
@@ -146,7 +146,7 @@ TEST(Paths, FileWithoutPermissionIsAMissingFile) {
   EXPECT_EQ(server.GetFunctionCount(0), 2) << "a function without data is not listed";
 }
 
-// The names cannot be listed then, but files open all the same.
+// The names cannot be listed then, but files still open.
 TEST(Paths, DirectoryThatMayOnlyBePassedThroughIsRead) {
   constexpr int kFunctions = 20;  // enough to be listed
   RawDirectoryBuilder raw;

@@ -1,4 +1,5 @@
-// What a host reads of a source, as text that can be compared, and how many files the process has open.
+// Everything that a host reads from a source, as text for comparison, and the number of files that the
+// process has open.
 #pragma once
 
 #include <string>
@@ -11,8 +12,7 @@ namespace zrml {
 
 using Answers = std::vector<std::string>;
 
-/// Opens the source, asks for everything that a sound host would, and closes it. Doubles are told by their
-/// bits.
+/// Opens the source, requests everything that a sane host would, and closes it. Doubles are printed as bits.
 Answers ReadEverything(CDataServerImpl& server, const std::wstring& path);
 
 /// A raw directory with every kind of file.

@@ -1,4 +1,5 @@
-// Objects are independent: a thread each, one directory. ThreadSanitizer watches in the preset linux-tsan.
+// Objects are independent: one thread each, one directory. ThreadSanitizer checks this in the preset
+// linux-tsan.
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@
 namespace zrml {
 namespace {
 
-TEST(Threads, SixteenObjectsReadOneDirectoryAlike) {
+TEST(Threads, SixteenObjectsReadTheSameFromOneDirectory) {
   constexpr std::size_t kThreads = 16;
   constexpr int kReadings = 8;
   const TempDirectory directory = WholeDirectory().Build();

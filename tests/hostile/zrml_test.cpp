@@ -1,4 +1,4 @@
-// The command line on damaged sources: a fixed status, and one line that says what is the matter.
+// The command line on damaged sources: a fixed status, and one line that says what is wrong.
 #include <algorithm>
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ class DamagedSourceTest : public testing::Test {
     return test::RunProcess(setup);
   }
 
-  // Runs `zrml info` over the directory; 0 or a failure that is told on one line.
+  // Runs `zrml info` on the directory; 0, or a failure reported on one line.
   int Info(const TempDirectory& directory) const {
     const test::ProcessResult result = Run({"info", directory.Path().string()});
     if (result.status == 0) {
@@ -39,7 +39,7 @@ class DamagedSourceTest : public testing::Test {
   const TempDirectory scratch_;
 };
 
-// What the status is when a file of the directory is gone, by its name; 0 for all others.
+// The status when a file of the directory is missing, by its name; 0 for all others.
 int StatusWithout(const std::string& name) {
   return name == "_HEADER.TXT" || name == "_FUNCTNS.INF" ? kNoProvider : 0;
 }
@@ -58,7 +58,7 @@ TEST_F(DamagedSourceTest, FileCutInHalf) {
     SCOPED_TRACE(name);
     const TempDirectory directory = WholeDirectory().Build();
     directory.Truncate(name, bytes.size() / 2);
-    // The half of three function records is one and a half: the first is shown, and a check finds the cut.
+    // Half of three function records is one and a half: the first is shown, and a check finds the cut.
     EXPECT_EQ(Info(directory), 0);
     const int status = Run({"check", directory.Path().string()}).status;
     EXPECT_TRUE(status == kDamaged || name != "_FUNCTNS.INF") << status;
@@ -74,8 +74,8 @@ TEST_F(DamagedSourceTest, EmptyFile) {
   }
 }
 
-// With each file gone, cut or empty in turn: a whole file, or none and one line; nothing beside it either
-// way.
+// With each file missing, cut or empty in turn: either a whole file, or no file and one line; no other files
+// either way.
 TEST_F(DamagedSourceTest, ConversionLeavesAWholeFileOrNone) {
   using Damage = void (*)(const TempDirectory& directory, const std::string& name, std::size_t size);
   const Damage damages[] = {

@@ -32,7 +32,7 @@ FunctionFiles SurveyFunction() {
   return function;
 }
 
-// Function 2: product-ion scans in profile mode with a precursor each, but for the last one.
+// Function 2: product-ion scans in profile mode each with a precursor, except the last one.
 FunctionFiles ProductFunction() {
   FunctionFiles function;
   function.record.type = 16;
@@ -148,7 +148,7 @@ TEST_P(AcquisitionTest, ListsItsFunctions) {
   }
 }
 
-TEST_P(AcquisitionTest, TellsItsMassRange) {
+TEST_P(AcquisitionTest, GivesItsMassRange) {
   double low = 0;
   double high = 0;
   EXPECT_TRUE(server_->GetFunctionMassRange(0, 0, low, high));
@@ -219,7 +219,7 @@ TEST_P(AcquisitionTest, ReadsAbsorbanceSpectra) {
   EXPECT_EQ(spectrum.StartTime(), 0.5);
 }
 
-TEST_P(AcquisitionTest, TellsItsMetadata) {
+TEST_P(AcquisitionTest, GivesItsMetadata) {
   EXPECT_EQ(Metadata(L"AnalysisDateTime"), L"2024-11-21T08:30:05+00:00");
   EXPECT_EQ(Metadata(L"InstrumentName"), L"Xevo");
   EXPECT_EQ(Metadata(L"OperatorName"), L"M\u00fcller");

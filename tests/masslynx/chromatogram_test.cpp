@@ -1,4 +1,4 @@
-// Scan counts, times, chromatograms and absorbance spectra that the provider reads.
+// Scan counts, times, chromatograms and absorbance spectra from the provider.
 #include <climits>
 #include <cstddef>
 #include <string>
@@ -67,7 +67,7 @@ TEST_F(MLDataServerScans, CentroidedIsThatOfTheFirstScanInTime) {
   raw.functions[1].scans[0].index.centroidState = CentroidState::kProfile;
   raw.functions[1].scans[1].index.centroidState = CentroidState::kCentroid;
   raw.functions[2] = FunctionOf(kTofMs, {});
-  raw.functions[3].record.dataFormat = 2;  // centroided unless told otherwise
+  raw.functions[3].record.dataFormat = 2;  // centroided by default
   Open(raw);
   EXPECT_TRUE(server_.IsCentroided(0, 0));
   EXPECT_FALSE(server_.IsCentroided(0, 1));
@@ -267,7 +267,7 @@ TEST_F(MLDataServerAbsorbance, IsAbsentWithoutTheFunction) {
   EXPECT_FALSE(CanRead(0, 0));
 }
 
-// The absorbance function is no choice among the listed ones, and none takes it away.
+// The absorbance function cannot be selected among the listed ones, and no selection removes it.
 TEST_F(MLDataServerAbsorbance, StaysWithAnySelectedFunction) {
   const TempDirectory directory = Absorbance(9).Build();
   ASSERT_TRUE(server_.OpenFileInSet(directory.WidePath(), L"_FUNC001.DAT"));

@@ -17,14 +17,14 @@ std::string ContentOf(const platform::File& file) {
   return BytesToText(bytes);
 }
 
-/// The content of what opens; "closed" when nothing does.
+/// The content of the file that opens; "closed" when none does.
 std::string ContentIn(const std::wstring& directory, std::wstring_view name) {
   const platform::File file = OpenInDirectory(platform::ToSystemPath(directory), name);
   return file.IsOpen() ? ContentOf(file) : "closed";
 }
 
 /// Whether "A" and "a" are two files here, as on every Linux but not on Windows.
-bool TellsCaseApart() {
+bool HasCaseSensitiveNames() {
   const TempDirectory probe;
   probe.WriteText("A", "");
   return !platform::IsFile(probe.WidePath("a"));
@@ -43,7 +43,7 @@ TEST(OpenInDirectory, OpensUpperAndLowerCaseNames) {
 }
 
 TEST(OpenInDirectory, PrefersTheUpperCaseName) {
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   const TempDirectory directory;
   directory.WriteText("_BOTH.INF", "upper");
   directory.WriteText("_both.inf", "lower");
@@ -54,7 +54,7 @@ TEST(OpenInDirectory, PrefersTheUpperCaseName) {
 
 // Deliberate: not even the name as given is tried in a mixed case of its own.
 TEST(OpenInDirectory, NeverTriesAMixedCase) {
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   const TempDirectory directory;
   directory.WriteText("_Mixed.inf", "mixed");
   EXPECT_EQ(ContentIn(directory.WidePath(), L"_Mixed.inf"), "closed");
@@ -100,7 +100,8 @@ TEST(OpenInDirectory, EmptyFileOpens) {
   EXPECT_EQ(ContentIn(directory.WidePath(), L"_upper.inf"), "");
 }
 
-// The answers must be those of OpenInDirectory(), whether it tries few names or lists the directory for many.
+// The answers must equal those of OpenInDirectory(), whether it tries a few names or lists the directory for
+// many.
 class FileFinderTest : public testing::TestWithParam<std::size_t> {
  protected:
   bool Opens(const std::wstring& name) const {
@@ -126,15 +127,15 @@ TEST_P(FileFinderTest, FindsUpperAndLowerCaseNames) {
 }
 
 TEST_P(FileFinderTest, NeverFindsAMixedCase) {
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   directory_.WriteText("_Func001.dat", "");
   EXPECT_FALSE(Opens(L"_Func001.dat"));
 }
 
-TEST_P(FileFinderTest, FindsTheLowerCaseNameBehindADirectory) {
+TEST_P(FileFinderTest, FindsTheLowerCaseNameDespiteADirectory) {
   directory_.MakeDirectory("_FUNC001.DAT");
   EXPECT_FALSE(Opens(L"_FUNC001.DAT"));
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   directory_.WriteText("_func001.dat", "");
   EXPECT_TRUE(Opens(L"_FUNC001.DAT"));
 }
@@ -187,7 +188,7 @@ TEST(FileExistsInDirectory, IsTrueForAFile) {
 }
 
 TEST(FileExistsInDirectory, NeverLooksForAMixedCase) {
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   const TempDirectory directory;
   directory.WriteText("_Header.txt", "");
   EXPECT_FALSE(FileExistsInDirectory(directory.SystemPath(), L"_Header.txt"));
@@ -233,7 +234,7 @@ TEST(IsRawDirectory, NeedsHeaderAndFunctionTableInEitherSpelling) {
 }
 
 TEST(IsRawDirectory, RejectsMixedCase) {
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   const TempDirectory directory;
   directory.WriteText("_HEADER.TXT", "");
   directory.WriteText("_Functns.inf", "");
@@ -258,7 +259,7 @@ TEST(IsRawDirectory, RejectsFilesAndMissingPaths) {
   EXPECT_FALSE(IsRawDirectory(platform::ToSystemPath(L"")));
 }
 
-TEST(FunctionStem, IsWhatTheFilesOfAFunctionHaveInCommon) {
+TEST(FunctionStem, IsTheCommonPartOfAFunctionsFileNames) {
   EXPECT_EQ(FunctionStem("_FUNC002.DAT"), "_FUNC002");
   EXPECT_EQ(FunctionStem("_func002.idx"), "_FUNC002");
   EXPECT_EQ(FunctionStem("_Proc1000.cdt"), "_PROC1000");
@@ -303,7 +304,7 @@ TEST_F(OpenFunctionFileTest, StemFollowsTheProcessedFlag) {
 }
 
 TEST_F(OpenFunctionFileTest, TriesTheNameAsWrittenThenUpperThenLowerCase) {
-  if (!TellsCaseApart()) GTEST_SKIP() << "names differing in case are one file here";
+  if (!HasCaseSensitiveNames()) GTEST_SKIP() << "names differing in case are one file here";
   directory_.WriteText("_FUNC001.idx", "as written");
   directory_.WriteText("_FUNC001.IDX", "upper");
   directory_.WriteText("_func001.idx", "lower");

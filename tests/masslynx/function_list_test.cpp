@@ -1,4 +1,4 @@
-// The functions and metadata that the provider tells of an open directory.
+// The functions and metadata that the provider gives for an open directory.
 #include <climits>
 #include <optional>
 #include <string>
@@ -168,8 +168,8 @@ TEST(MLDataServerFunctions, LabelNumbersAreThoseBeforeRemoval) {
   EXPECT_EQ(FunctionNames(server), Names{L"TOF MS ES+ third"});
 }
 
-// Labels come after the history: a processed function does not take over its raw function's label, but has a
-// number of its own behind the raw functions.
+// Labels come after the history: a processed function does not inherit its raw function's label, but has its
+// own number after the raw functions.
 TEST(MLDataServerFunctions, LabelsReachProcessedFunctionsByTheirPosition) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs});
   raw.history = std::vector<HistoryStep>{{.processNumber = 1, .processCode = 2}};
@@ -186,7 +186,7 @@ TEST(MLDataServerFunctions, LabelsReachProcessedFunctionsByTheirPosition) {
   EXPECT_EQ(FunctionNames(server), (Names{L"TOF MS ES+ a", L"TOF MS ES+ (Combined) b"}));
 }
 
-// The place in a name is counted in the list that is left, not in the file.
+// The place in a name is counted in the remaining list, not in the file.
 TEST(MLDataServerFunctions, PlacesInNamesCountListedFunctions) {
   const TempDirectory directory = DirectoryOf({kTofMs, kDad, kTofMs, kTofMs}).Build();
   directory.Remove("_FUNC001.DAT");

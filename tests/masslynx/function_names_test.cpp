@@ -46,7 +46,7 @@ TEST(FunctionName, JoinsTypeAndIonMode) {
   EXPECT_EQ(ShownNameOf(Function(32, kElectrosprayPositive)), L"Unknown ES+");
 }
 
-// The blank belongs to the type's text and stands even without a mode after it: deliberate.
+// The blank belongs to the type's text and is kept even without a mode after it: deliberate.
 TEST(FunctionName, TypeKeepsItsBlankWithoutIonModeText) {
   EXPECT_EQ(ShownNameOf(Function(kMs, kNoSuchMode)), L"MS ");
   EXPECT_EQ(ShownNameOf(Function(kMs, kNoSuchMode, {2}, L"x")), L"MS  (Combined) x");

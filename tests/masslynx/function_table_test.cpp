@@ -117,7 +117,7 @@ TEST_F(FunctionTableTest, ReadsEveryFieldOfARecord) {
   EXPECT_TRUE(function.hasDataFile);
 }
 
-// The same head with type 17 (0xD511). Behind offset 24 nothing but the two masses is read.
+// The same head with type 17 (0xD511). After offset 24 only the two masses are read.
 TEST_F(FunctionTableTest, ReadsAMassRangeInPlaceOfListsForType17) {
   FileBytes bytes = HexToBytes(std::string(kHeadHex).append(kChannelsHex));
   PatchU16(bytes, 0, 0xD511);
@@ -379,7 +379,7 @@ TEST_F(MassRangeTest, OfType17IsGivenByTwoPositiveMasses) {
   ExpectUnknown(Mtof(40, kNan));
 }
 
-// Deliberate: type 17 does not ask for high >= low.
+// Deliberate: type 17 does not require high >= low.
 TEST_F(MassRangeTest, OfType17MayBeReversed) { Expect(Mtof(450, 40), {true, 450, 40}); }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What each function type code means, as one table for the tests of the lookups and of the interface.
+// The meaning of each function type code, as one table for the tests of the lookups and of the interface.
 #pragma once
 
 #include "plugin/data_server.h"

@@ -1,4 +1,4 @@
-// GetSpectrum: what the provider makes of a decoded scan, one attribute after the other.
+// GetSpectrum: how the provider completes a decoded scan, attribute by attribute.
 #include <climits>
 #include <cmath>
 #include <cstddef>
@@ -64,7 +64,7 @@ class GetSpectrumTest : public testing::Test {
     EXPECT_TRUE(server_.GetSpectrum(0, function, scan, spectrum)) << function << " " << scan;
     return spectrum;
   }
-  /// The only scan of the function as it stands in raw_.
+  /// The only scan of the function in raw_.
   CZRMassSpectrum Built() {
     Open();
     return Read();
@@ -75,7 +75,7 @@ class GetSpectrumTest : public testing::Test {
   plugin::CMLDataServerImpl server_;
 };
 
-/// A spectrum whose every attribute differs from what a read would set.
+/// A spectrum in which every attribute differs from what a read would set.
 CZRMassSpectrum Marked() {
   CZRMassSpectrum spectrum(1);
   spectrum.SetMass(0, 11);
@@ -234,7 +234,7 @@ TEST_F(GetSpectrumTest, ContainerCanBeReused) {
   EXPECT_EQ(PointsOf(spectrum), (Points{{300, 20}}));
 }
 
-// A scan of no points resizes nothing, so the statistics must be made stale all the same.
+// A scan without points resizes nothing, but the statistics must still become stale.
 TEST_F(GetSpectrumTest, StatisticsAreStaleAfterAScanWithoutPoints) {
   Scan() = ScanOf<StoredPoint8>(0.5F, {});
   Open();
@@ -268,7 +268,7 @@ TEST_F(GetSpectrumTest, CentroidedIsTheScansOwn) {
   Open();
   EXPECT_FALSE(Read(0, 0).IsCentroided());
   EXPECT_TRUE(Read(0, 1).IsCentroided());
-  EXPECT_FALSE(Read(0, 2).IsCentroided());  // format 8 without a state of its own
+  EXPECT_FALSE(Read(0, 2).IsCentroided());  // format 8 without its own state
 }
 
 TEST_F(GetSpectrumTest, StartTimeIsTheRetentionTimeWidened) {
@@ -529,7 +529,7 @@ TEST_F(GetSpectrumTest, TruncatedDataGivesPointsMadeOfZeroBytes) {
   Scan() = ScanOf<StoredPoint8>(0.5F, {Point(100, 7), Point(200, 1)});
   Open();
   TruncateAtEveryLength(*directory_, "_FUNC001.DAT", [&](std::size_t size) {
-    // Of the second raw mass 200 x 128 = 0x6400, from bit 4 on, the bytes are 00 40 06 00: cut behind the
+    // Of the second raw mass 200 x 128 = 0x6400, from bit 4 on, the bytes are 00 40 06 00: cut after the
     // second, 0x400 / 128 = 8 is left. Of the first, 0x3200, they are 00 20 03 00: 0x200 / 128 = 4.
     Points expected = {{100, 7}, {200, 1}};  // also without the last byte, which was zero
     if (size == 10) expected = {{8, 1}, {100, 7}};

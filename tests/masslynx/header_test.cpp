@@ -117,7 +117,8 @@ TEST_F(ReadHeaderLinesTest, LongerLineContinuesInTheNextPiece) {
   EXPECT_EQ(LinesOf(text + text + "y"), (Lines{piece, piece, L"y"}));
 }
 
-// Deliberate: the end is not met while the buffer fills, so a full unended piece stands twice as well.
+// Deliberate: the end is not reached while the buffer fills, so a full piece without a line end also appears
+// twice.
 TEST_F(ReadHeaderLinesTest, UnendedLastPieceOfFullLengthStandsTwice) {
   const std::string text(kLongestPiece, 'x');
   const std::wstring piece(kLongestPiece, L'x');
@@ -176,7 +177,7 @@ TEST_F(IsMassLynxHeaderTest, DoesNotLookAtTheSecondLine) {
   EXPECT_FALSE(IsHeader("$$ Vers\nion: 01.00\n"));
 }
 
-TEST_F(IsMassLynxHeaderTest, DoesNotLookBehindCtrlZ) {
+TEST_F(IsMassLynxHeaderTest, DoesNotReadPastCtrlZ) {
   EXPECT_FALSE(IsHeader("a\x1a$$ Version: 01.00\n"));
   EXPECT_TRUE(IsHeader("$$ Version\x1a"));
 }
@@ -233,7 +234,7 @@ TEST(LookupHeaderValue, PrefixMustMatchExactlyFromTheLineStart) {
   }
 }
 
-// The blank behind the colon belongs to the prefix, so a line without any value may not match.
+// The blank after the colon belongs to the prefix, so a line without any value may not match.
 TEST(LookupHeaderValue, ColonWithoutBlankDoesNotMatch) {
   EXPECT_EQ(Lookup({"$$ Instrument:\n"}, "Instrument"), L"untouched");
 }

@@ -24,7 +24,7 @@ constexpr std::uint16_t kCombined = 2;
 constexpr std::uint16_t kSmoothed = 3;
 constexpr std::uint16_t kCentroided = 4;
 
-// Type codes of the raw functions 1, 2 and 3, which processed functions take over.
+// Type codes of the raw functions 1, 2 and 3, which processed functions inherit.
 constexpr int kTypes[] = {18, 16, 6};
 
 class HistoryTest : public testing::Test {
@@ -47,7 +47,7 @@ class HistoryTest : public testing::Test {
     return functions;
   }
 
-  /// What is appended to the three raw functions.
+  /// The records appended to the three raw functions.
   std::vector<FunctionRecord> Appended() const {
     std::vector<FunctionRecord> functions = RawFunctions();
     AppendProcessedFunctions(directory_.SystemPath(), functions);
@@ -74,7 +74,7 @@ class HistoryTest : public testing::Test {
 
 using Numbers = std::vector<std::uint16_t>;
 
-// Two raw functions that one process has made into one file.
+// Two raw functions that one process has merged into one file.
 TEST_F(HistoryTest, EntriesOfOneProcessNumberAreAFunctionEach) {
   WriteSteps({{.processNumber = 1, .rawFunctionNumber = 1, .processCode = kCombined},
               {.processNumber = 1, .rawFunctionNumber = 2, .processCode = kSmoothed},
@@ -207,7 +207,7 @@ TEST_F(HistoryTest, ChainLeadsThroughEntriesWithoutDataFile) {
   ExpectProcessed(appended[0], 2, kTypes[2], {kCombined, kSmoothed});
 }
 
-// The raw function is named where the chain ends; what later entries say of it does not matter.
+// The raw function is named where the chain ends; what later entries say about it does not matter.
 TEST_F(HistoryTest, RawFunctionIsThatOfTheChainsEnd) {
   WriteSteps({{.processNumber = 1, .rawFunctionNumber = 2, .processCode = kCombined},
               {.processNumber = 2, .derivedFrom = 1, .rawFunctionNumber = 3, .processCode = kSmoothed}});
@@ -242,7 +242,7 @@ TEST_F(HistoryTest, EntryDerivedFromItselfEndsThere) {
   ExpectProcessed(appended[0], 2, kTypes[1], {kSmoothed});
 }
 
-// 1 comes from 2, 2 from 3 and 3 from 1: each walk ends before it would meet its start again.
+// 1 comes from 2, 2 from 3 and 3 from 1: each walk ends before it returns to its start.
 TEST_F(HistoryTest, LoopingChainEndsBeforeItsFirstRepeat) {
   WriteSteps({{.processNumber = 1, .derivedFrom = 2, .rawFunctionNumber = 1, .processCode = kCombined},
               {.processNumber = 2, .derivedFrom = 3, .rawFunctionNumber = 2, .processCode = kSmoothed},
@@ -266,7 +266,7 @@ TEST_F(HistoryTest, ChainThatRunsIntoALoopEnds) {
   ExpectProcessed(appended[0], 3, kTypes[1], {kSmoothed, kCombined, kCentroided});
 }
 
-// A thousand entries, each derived from the one before: a chain has no limit of its own.
+// A thousand entries, each derived from the one before: the length of a single chain is not limited.
 TEST_F(HistoryTest, LongChainIsKeptWhole) {
   std::vector<HistoryStep> steps(1000);
   Chain chain;
@@ -347,7 +347,7 @@ TEST_F(HistoryTest, EntryWithoutARawFunctionIsSkipped) {
   }
 }
 
-// With a table of ones, a raw function number 0 is found nowhere and has no position of its own.
+// With a table of ones, raw function number 0 is not in the table and has no position.
 TEST_F(HistoryTest, RawFunctionNumberZeroIsSkipped) {
   HistoryFunctionNumbers ones;
   ones.fill(1);
@@ -359,7 +359,7 @@ TEST_F(HistoryTest, RawFunctionNumberZeroIsSkipped) {
 }
 
 // Position 31 is in the table but not in the list of three functions, and neither is number 40.
-TEST_F(HistoryTest, TablePositionBehindTheFunctionsIsSkipped) {
+TEST_F(HistoryTest, TablePositionBeyondTheFunctionsIsSkipped) {
   HistoryFunctionNumbers numbers = NumbersInOrder();
   numbers[31] = 40;
   WriteSteps({{.processNumber = 1, .rawFunctionNumber = 40}}, numbers);
@@ -389,7 +389,7 @@ TEST_F(HistoryTest, TruncatedFileHoldsItsWholeEntries) {
   });
 }
 
-TEST_F(HistoryTest, BytesBehindTheLastWholeEntryAreIgnored) {
+TEST_F(HistoryTest, BytesAfterTheLastWholeEntryAreIgnored) {
   FileBytes bytes = WriteHistory({{.processNumber = 1}});
   bytes.resize(bytes.size() + kEntrySize - 1, std::byte{1});
   directory_.Write("_HISTORY.INF", bytes);

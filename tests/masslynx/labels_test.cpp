@@ -19,7 +19,7 @@ constexpr std::wstring_view kRampLabel = L"MS^E Product Ions";
 
 using Labels = std::vector<std::wstring>;
 
-// "Function Parameters - Function " is 31 characters long, so behind a number of one, two or three digits and
+// "Function Parameters - Function " is 31 characters long, so after a number of one, two or three digits and
 // " -" the label starts at position 34, 35 or 36.
 class LabelsTest : public testing::Test {
  protected:
@@ -171,7 +171,7 @@ TEST_F(LabelsTest, NulEndsTheLine) {
   EXPECT_EQ(LabelOf(std::string_view("Function Parameters - Function 1 - a\0b\n", 39)), L"a");
 }
 
-// Lines are read in pieces of 9,999 characters, and a piece counts as a line of its own.
+// Lines are read in pieces of 9,999 characters; each piece counts as a separate line.
 TEST_F(LabelsTest, PieceOfALongLineCountsAsALine) {
   const std::string heading = "Function Parameters - Function 1 - a\n";
   EXPECT_EQ(LabelOf(std::string(9999, 'x') + heading), L"a");
@@ -223,7 +223,7 @@ TEST_F(LabelsTest, BothSpellingsOfTheCreatorCount) {
   EXPECT_FALSE(Ramps(" Created by MassLynx" + rest));
 }
 
-// A blank of the version's format matches any run of white space, also none.
+// A blank in the version's format matches any run of white space, even an empty one.
 TEST_F(LabelsTest, WhiteSpaceBeforeTheVersionIsFree) {
   const std::string rest = "v4.2\nFunction Parameters - Function 1 -\nRamp High Energy\n";
   EXPECT_TRUE(Ramps("Created by MassLynx" + rest));

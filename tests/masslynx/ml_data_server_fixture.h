@@ -1,4 +1,4 @@
-// What the provider's tests share: small raw directories, and a provider that has one open.
+// Shared by the provider's tests: small raw directories, and a provider that has one open.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ inline constexpr unsigned kDad = 12;
 using Names = std::vector<std::wstring>;
 using Doubles = HostVector<double>;
 
-/// A function of scans at the times given, each with a point of m/z 100 and intensity 1, 2, ...
+/// A function of scans at the given times, each with a point of m/z 100 and intensity 1, 2, ...
 inline FunctionFiles FunctionOf(unsigned type, const std::vector<float>& times = {0.5F}) {
   FunctionFiles function;
   function.record.type = type;
@@ -54,7 +54,7 @@ inline std::wstring Metadata(CDataServerImpl& server, const std::wstring& key, i
 
 inline std::wstring OpenedPath(const TempDirectory& directory) { return directory.WidePath() + L'\\'; }
 
-/// A provider with a directory of its own.
+/// A provider with its own directory.
 class MLDataServerTest : public testing::Test {
  protected:
   void Open(const RawDirectoryBuilder& raw) {

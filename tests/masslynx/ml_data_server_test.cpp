@@ -1,4 +1,4 @@
-// The provider as a door: recognising, opening, selecting and closing, and what it answers without data.
+// Recognising, opening, selecting and closing, and the provider's answers without data.
 #include <climits>
 #include <cstddef>
 #include <optional>
@@ -331,14 +331,14 @@ TEST_F(MLDataServerSelection, FileWithoutAFunctionListsAll) {
   }
 }
 
-// Only a name of exactly twelve characters is one of a function's file.
+// Only a name of exactly twelve characters is the name of a function's file.
 TEST_F(MLDataServerSelection, ShorterAndLongerNamesListAll) {
   for (const wchar_t* const file : {L"_func02.dat", L"C:\\_func02.dat", L"_func0002.dat", L"_func002.da"}) {
     EXPECT_EQ(NamesWith(file), all_) << file;
   }
 }
 
-// Deliberate: Open() takes the directory for the chosen file, so a directory called like one selects.
+// Deliberate: Open() takes the directory itself for the chosen file, so a directory with such a name selects.
 TEST_F(MLDataServerSelection, DirectoryCalledLikeAFunctionFileSelects) {
   const TempDirectory directory = raw_.Build("x_FUNC002.raw");
   plugin::CMLDataServerImpl server;
@@ -397,7 +397,7 @@ CZRChromatogram MarkedChromatogram() {
   return chromatogram;
 }
 
-/// Every operation that takes a function: each gives its empty result and leaves its outputs alone.
+/// Every operation that takes a function: each gives its empty result and leaves its outputs unchanged.
 void ExpectEmptyResults(CDataServerImpl& server, int sample, int function) {
   SCOPED_TRACE(testing::Message() << "sample " << sample << " function " << function);
   EXPECT_EQ(server.GetFunctionName(sample, function), L"");
@@ -451,7 +451,7 @@ void ExpectEmptyResults(CDataServerImpl& server, int sample, int function) {
   EXPECT_FALSE(server.GetMetadataValue(sample, function, L"IonizationMethod", value));
 }
 
-/// Every operation that takes a sample alone.
+/// Every operation that takes only a sample.
 void ExpectEmptySample(CDataServerImpl& server, int sample) {
   SCOPED_TRACE(testing::Message() << "sample " << sample);
   EXPECT_EQ(server.GetFunctionCount(sample), 0);

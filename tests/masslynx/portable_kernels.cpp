@@ -1,4 +1,4 @@
-// Everything reads as it does on a processor without AVX2.
+// Everything is read as on a processor without AVX2.
 #include "masslynx/scandata/point_kernels.h"
 
 namespace zrml::masslynx {

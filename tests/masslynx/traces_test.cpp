@@ -101,7 +101,7 @@ TEST_F(Traces, AnalogTracesEndWhereTimeRunsBackwards) {
   ExpectTrace(2, {1, 2, 2}, {3, 3, 3}, L"c");
 }
 
-TEST_F(Traces, TimeThatIsNoNumberDoesNotRunBackwards) {
+TEST_F(Traces, NanTimeDoesNotRunBackwards) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs});
   raw.analogNames = {"a"};
   for (const float time : {1.0F, NAN, 0.5F}) raw.analogs.push_back({.time = time, .words = {8}});
@@ -114,7 +114,7 @@ TEST_F(Traces, TimeThatIsNoNumberDoesNotRunBackwards) {
 }
 
 TEST_F(Traces, LongAnalogTraceIsWhole) {
-  constexpr int kRecords = 50000;  // several blocks of what is read at a time
+  constexpr int kRecords = 50000;  // several blocks of a single read
   RawDirectoryBuilder raw = DirectoryOf({kTofMs});
   raw.analogNames = {"a", "b", "c"};
   for (int i = 0; i < kRecords; ++i) {
@@ -159,7 +159,7 @@ TEST_F(Traces, AnalogListOfABrokenSizeIsUnknownUntilItIsWhole) {
   const FileBytes whole = directory_->Read("_ANALOGS.INF");
   TruncateAtEveryLength(*directory_, "_ANALOGS.INF", [&](std::size_t size) {
     Reopen();
-    // The absorbance trace comes on top of a list that could be read only.
+    // The absorbance trace is only added to a list that could be read.
     EXPECT_EQ(server_.GetTraceCount(0), size % 85 == 0 ? static_cast<int>(size / 85) + 1 : 0);
     EXPECT_EQ(server_.GetTraceName(0, 0).empty(), size % 85 != 0);
     if (size % 85 != 0) {
@@ -219,7 +219,7 @@ TEST_F(Traces, AnalogsComeBeforeStoredChromatograms) {
   EXPECT_EQ(TraceNames(), (Names{L"one", L"two"}));
 }
 
-// Header of 10 bytes: 0x000A, 1, 85, 2, then two that nobody reads.
+// Header of 10 bytes: 0x000A, 1, 85, 2, then two unused words.
 TEST_F(Traces, StoredChromatogramsAreReadFromTheirBytes) {
   Open(DirectoryOf({kTofMs}));
   ByteWriter list;
@@ -289,7 +289,7 @@ TEST_F(Traces, HeaderBeyondTheFileIsRefused) {
   EXPECT_EQ(server_.GetTraceCount(0), 0);
 }
 
-// The header says where the list begins; that this may be inside the header is left to it.
+// The header says where the list begins, even if that is inside the header itself.
 TEST_F(Traces, ListMayBeginInsideItsHeader) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs});
   raw.chroms = {{"one", {{1, 2}}}};
@@ -362,8 +362,8 @@ TEST_F(Traces, QuestionsToAClosedObjectDoNotSpoilTheNextOpen) {
   EXPECT_EQ(server_.GetTraceCount(0), 1);
 }
 
-// Hosts close first. One that does not keeps the list it has asked for: deliberate, as all else that is
-// loaded on demand is kept until Close().
+// Hosts close first. One that does not keeps the list it has requested: deliberate, since everything loaded
+// on demand is kept until Close().
 TEST_F(Traces, SecondOpenWithoutCloseDeliberatelyKeepsTheList) {
   RawDirectoryBuilder raw = DirectoryOf({kTofMs});
   raw.analogNames = {"old"};

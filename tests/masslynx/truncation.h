@@ -10,7 +10,7 @@
 
 namespace zrml {
 
-/// Calls `check(size)` with the file as it is, as the undamaged control, then with each shorter length down
+/// Calls `check(size)` first with the whole file as the undamaged control, then with each shorter length down
 /// to 0. Leaves it empty.
 template <class Check>
 void TruncateAtEveryLength(const TempDirectory& directory, const std::filesystem::path& name, Check check) {

@@ -1,7 +1,7 @@
-// A library with the class that the instrument maker's exports, of known data. Its variants export less or
-// otherwise: STAND_IN_CONST asks through const operations, STAND_IN_HIDDEN_DESTRUCTOR leaves the destructor
-// to the class's table, STAND_IN_INCOMPLETE lacks getRT, STAND_IN_THROWING throws an exception of its own
-// class where it would fail.
+// A library that exports the same class as the instrument maker's, with known data. Its variants export less
+// or differently: STAND_IN_CONST has const operations, STAND_IN_HIDDEN_DESTRUCTOR leaves the destructor to
+// the class's table, STAND_IN_INCOMPLETE lacks getRT, STAND_IN_THROWING throws an exception of its own class
+// where it would fail.
 #include "tests/mobility/stand_in.h"
 
 #ifdef _WIN32
@@ -49,14 +49,14 @@ int Fail() { return kFailure; }
 extern "C" {
 STAND_IN_EXPORT StandInState* StandIn() { return &state; }
 #ifdef _WIN32
-int _fltused = 0;  // the compiler refers to it wherever floating point is used
+int _fltused = 0;  // the compiler refers to it in code with floating point
 #endif
 }
 
 class CompressedDataCluster {
  public:
   STAND_IN_EXPORT CompressedDataCluster(const char* path, int function);
-  // What a constructor must not be taken for.
+  // Must not be mistaken for a constructor.
   STAND_IN_EXPORT CompressedDataCluster(const CompressedDataCluster&);
   STAND_IN_EXPORT_DESTRUCTOR virtual ~CompressedDataCluster();
 
@@ -72,7 +72,7 @@ class CompressedDataCluster {
   STAND_IN_EXPORT int getMassAxis(float* axis) STAND_IN_QUALIFIER;
 
  private:
-  // A large object, most of which is left as the memory it was given.
+  // A large object that leaves most of its memory uninitialised.
   static constexpr int kWorkspace = 7500;
 
   void Turn(const char* path, int function);

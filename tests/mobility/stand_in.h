@@ -1,12 +1,12 @@
-// What the stand-in for the instrument maker's library tells its tests, and what they tell it. Free-standing:
-// no header of a standard library.
+// Shared state of the stand-in for the instrument maker's library and its tests. Free-standing: no header of
+// a standard library.
 #pragma once
 
 namespace zrml {
 
 enum StandInOperation : int {
   kStandInNone,
-  kStandInConstruction,  // and Initialise(): leaves the object not initialised
+  kStandInConstruction,  // and Initialise(): leaves the object uninitialised
   kStandInGetNumberOfBlocks,
   kStandInGetScansInBlock,
   kStandInLoadDataBlock,
@@ -32,7 +32,7 @@ struct StandInState {
 /// The exported function "StandIn".
 using StandInFunction = StandInState* (*)();
 
-// What the stand-in serves for each function f, a number from 1.
+// The stand-in's data for each function f, a number from 1.
 inline constexpr int kStandInBlocks = 3;
 inline constexpr int kStandInBins = 4;
 inline constexpr int kStandInAxisLength = 64;

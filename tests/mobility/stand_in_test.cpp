@@ -1,4 +1,4 @@
-// Ion mobility through the plug-in, with a stand-in for the instrument maker's library beside it.
+// Ion mobility through the plug-in, with a stand-in for the instrument maker's library next to it.
 #include "tests/mobility/stand_in.h"
 
 #include <memory>
@@ -35,7 +35,7 @@ RawDirectoryBuilder Acquisition() {
   return raw;
 }
 
-// The plug-in in a folder of its own, where libraries can be put beside it.
+// The plug-in in its own folder, where libraries can be put next to it.
 class StandInTest : public testing::Test {
  protected:
   StandInTest() {
@@ -45,7 +45,7 @@ class StandInTest : public testing::Test {
   }
 
   ~StandInTest() override {
-    server_.reset();  // before the code that it is made of
+    server_.reset();  // before its code is unloaded
     plugin_.reset();
   }
 
@@ -67,7 +67,7 @@ class StandInTest : public testing::Test {
     ASSERT_TRUE(server_->Open(acquisition_.WidePath()));
   }
 
-  // With the library, which is held so that its counters stay.
+  // With the library, kept loaded so its counters stay.
   void LoadWith(const std::string& variant) {
     PutBesidePlugin(variant);
     library_ = std::make_unique<LoadedLibrary>(folder_.Path() / ZRML_MOBILITY_LIBRARY);
@@ -79,7 +79,7 @@ class StandInTest : public testing::Test {
   }
 
   void ExpectNoMobility() {
-    EXPECT_TRUE(server_->HasMobility(0, 0));  // the file is there all the same
+    EXPECT_TRUE(server_->HasMobility(0, 0));  // the file still exists
     EXPECT_EQ(server_->GetScanDimensionCount(0, 0), 2);
     EXPECT_EQ(server_->GetMobilityBinCount(0, 0), 0);
     CZRMassSpectrum spectrum;
@@ -121,7 +121,7 @@ TEST_F(StandInTest, AbsentLibraryGivesEmptyResults) {
   ExpectNoMobility();
 }
 
-TEST_F(StandInTest, LibraryThatIsNoneGivesEmptyResults) {
+TEST_F(StandInTest, FileThatIsNotALibraryGivesEmptyResults) {
   folder_.WriteText(ZRML_MOBILITY_LIBRARY, "no library");
   LoadPlugin();
   ExpectNoMobility();
@@ -165,7 +165,7 @@ TEST_F(StandInTest, DriftBinIsRead) {
   EXPECT_EQ(state_->misuses, 0);
 }
 
-TEST_F(StandInTest, OtherNamesAndAHiddenDestructorDoAsWell) {
+TEST_F(StandInTest, OtherNamesAndAHiddenDestructorWorkToo) {
   LoadWith("otherwise");
   ExpectOneBin();
   server_.reset();  // without Close()
@@ -223,13 +223,13 @@ TEST_F(StandInTest, LibraryThatThrowsHasFailed) {
     ExpectOneBin();
   }
   state_->failing = kStandInConstruction;
-  EXPECT_EQ(server_->GetMobilityBinCount(0, 2), 0);  // turning to it throws
+  EXPECT_EQ(server_->GetMobilityBinCount(0, 2), 0);  // switching to it throws
   state_->failing = kStandInNone;
   EXPECT_EQ(server_->GetMobilityBinCount(0, 0), kStandInBins);
 }
 
 // Run with the folder of the whole library among the loader's default folders.
-TEST_F(StandInTest, DISABLED_DefaultFoldersComeBehindTheOwn) {
+TEST_F(StandInTest, DISABLED_DefaultFoldersComeAfterTheOwn) {
   LoadPlugin();
   ExpectOneBin();
   server_->Close();
@@ -361,7 +361,7 @@ TEST_F(StandInTest, EachOperationThatFailsGivesTheEmptyResultAndNoMore) {
     EXPECT_TRUE(server_->GetSpectrum(0, 0, 0, spectrum));
     state_->failing = kStandInNone;
     if (operation == kStandInConstruction) {
-      // An object that did not come up stays so until it is turned to another function.
+      // An object that failed to initialise stays so until it is switched to another function.
       EXPECT_EQ(server_->GetMobilityBinCount(0, 0), 0);
       EXPECT_EQ(server_->GetMobilityBinCount(0, 2), kStandInBins);
     }

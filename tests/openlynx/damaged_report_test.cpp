@@ -1,4 +1,4 @@
-// Reports that break off: whatever is left is read as the literal reader reads it.
+// Incomplete reports: the rest is read as the literal reader reads it.
 #include <array>
 
 #include "tests/openlynx/literal_reader.h"
@@ -33,8 +33,8 @@ TEST_F(DamagedReportTest, CutAtEveryByte) {
   }
 }
 
-// Known by hand, as the literal reader might err, too: the last bytes are the braces of the second sample,
-// its function, its spectrum and its list, each with a line feed, behind the data line "100<tab>50".
+// Worked out by hand, as the literal reader might also be wrong: the last bytes are the braces of the second
+// sample, its function, its spectrum and its list, each with a line feed, after the data line "100<tab>50".
 TEST_F(DamagedReportTest, UnterminatedBlocksAreReadToTheEnd) {
   const std::string text = ReportText(SmallReport());
   const std::size_t dataEnd = text.size() - 4 * 2;
@@ -77,7 +77,7 @@ TEST_F(DamagedReportTest, BytesWithoutAnyLine) {
   }
 }
 
-// A hundred thousand braces deep, and as many closing ones too many.
+// A hundred thousand braces deep, then a hundred thousand surplus closing ones.
 TEST_F(DamagedReportTest, DepthHasNoLimit) {
   std::string opening;
   std::string closing;

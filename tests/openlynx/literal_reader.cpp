@@ -20,7 +20,7 @@ std::optional<std::string> ReadFile(const std::wstring& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-// What a stream in text mode gives on Windows.
+// The result of a stream in text mode on Windows.
 std::string TextMode(const std::string& bytes) {
   std::string text;
   for (std::size_t i = 0; i < bytes.size() && bytes[i] != '\x1a'; ++i) {
@@ -47,7 +47,7 @@ std::wstring Numbered(const wchar_t* noun, int position) {
 // Not std::atof, which in an old C library of Windows knows no infinity.
 double Atof(const std::string& text) { return std::strtod(text.c_str(), nullptr); }
 
-// "%lf %lf". By strtod, since C libraries differ in what scanf makes of a number that breaks off ("1e-").
+// "%lf %lf". By strtod, since C libraries differ in how scanf reads an incomplete number ("1e-").
 bool ScanTwoNumbers(const char* line, double& first, double& second) {
   char* end = nullptr;
   first = std::strtod(line, &end);
@@ -105,7 +105,7 @@ int LiteralReader::GetFileSampleCount(const std::wstring& path) {
   return count;
 }
 
-// Calls visit(position, line) for the lines inside that are no braces, until it gives false.
+// Calls visit(position, line) for the inner lines that are not braces, until it returns false.
 template <class Visit>
 void LiteralReader::Walk(std::size_t position, Visit visit) {
   at_ = position;

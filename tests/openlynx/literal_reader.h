@@ -1,5 +1,5 @@
 // A second reader of reports for comparison: slow and literal, one line buffer at a time over the whole file
-// in memory, with the C library's own functions. Shares no reading code with the provider.
+// in memory, with the C library's functions. Shares no reading code with the provider.
 #pragma once
 
 #include <cstddef>

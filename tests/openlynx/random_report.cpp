@@ -111,7 +111,7 @@ void RandomReport::Sample() {
   if (Chance(97)) Put("}");
 }
 
-// Blocks that lie in each other, with things between their beginnings, and mostly without their ends.
+// Nested blocks, with other lines between their beginnings, and mostly without their ends.
 void RandomReport::Nest() {
   constexpr const char* kMarkers[] = {"[FUNCTION]", "[FUNCTION]", "[SPECTRUM]", "[CHROMATOGRAM]", "[SAMPLE]"};
   const std::string usual = OneOf(kMarkers);
@@ -132,14 +132,14 @@ void RandomReport::Nest() {
 
 void RandomReport::OddLine() { Put(Chance(25) ? LongLine() : OneOf(kOddLines)); }
 
-// A line around a multiple of the line buffer, with something behind the border that matters at the start of
+// A line around a multiple of the line buffer, with text after the border that is significant at the start of
 // a line.
 std::string RandomReport::LongLine() {
   const auto length = static_cast<std::size_t>(999 * (1 + Below(3)) + Below(5) - 2);
   return std::string(length, 'x') + OneOf(kOddLines) + (Chance(50) ? "\tTime 3" : "");
 }
 
-// One edit: bytes removed, put in or repeated, a line indented, the end cut off.
+// One edit: bytes removed, inserted or repeated, a line indented, the end cut off.
 void RandomReport::Damage() {
   const auto size = static_cast<int>(text_.size());
   const auto at = static_cast<std::size_t>(Below(size + 1));

@@ -14,8 +14,8 @@ class RandomReport {
   /// The bytes of the next report.
   std::string Next();
 
-  /// The same, of one sample whose functions are of either MS level, with and without ends, and whose spectra
-  /// are at few different times.
+  /// The same, with one sample whose functions have either MS level, with and without ends, and whose spectra
+  /// have few different times.
   std::string NextWithPrecursors();
 
   /// 0 <= value < `limit`. The same numbers on every platform.

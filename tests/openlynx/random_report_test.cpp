@@ -19,10 +19,10 @@ constexpr int kComparedReports = 1000;
 
 class RandomReportTest : public testing::TestWithParam<unsigned> {};
 
-// Questions in random order, since what has been asked before decides what is indexed.
+// Questions in random order, since earlier questions decide what is indexed.
 TEST_P(RandomReportTest, EveryAnswerIsThatOfTheLiteralReader) {
   constexpr int kQuestions = 40;
-  constexpr int kFullyAsked = 5;  // one report in so many
+  constexpr int kFullyAsked = 5;  // one report in five
   const TempDirectory directory;
   const std::wstring path = directory.WidePath("random.rpt");
   RandomReport random(GetParam());
@@ -45,11 +45,11 @@ TEST_P(RandomReportTest, EveryAnswerIsThatOfTheLiteralReader) {
     if (report % kFullyAsked != 0) continue;
     ASSERT_EQ(AllAnswers(provider), AllAnswers(literal)) << "report " << report << ":\n" << text;
   }
-  EXPECT_GT(spectra, 100);  // the questions do not all miss
+  EXPECT_GT(spectra, 100);  // not all questions miss
 }
 
-// The file changes under what has been found: positions stay, and lie anywhere in the new file. Later
-// functions are asked for, too.
+// The file changes after positions were found: they stay and may be anywhere in the new file. Later functions
+// are requested, too.
 TEST_P(RandomReportTest, EveryAnswerAfterFurtherOpensIsThatOfTheLiteralReader) {
   constexpr int kQuestions = 40;
   const TempDirectory directory;

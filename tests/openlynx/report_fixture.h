@@ -1,4 +1,4 @@
-// What the provider's tests share: a provider, and reports for it.
+// Shared by the provider's tests: a provider, and reports for it.
 #pragma once
 
 #include <optional>
@@ -26,7 +26,7 @@ inline ReportLines AnalogFunction(const ReportLines& blocks) {
 inline ReportLines OneSpectrum() { return SpectrumBlock(Keys({{"Time", "1.5"}}), {{100, 50}}); }
 inline ReportLines OneTrace() { return ChromatogramBlock({}, {{1, 2}}); }
 
-/// A provider with a report of its own.
+/// A provider with its own report.
 class ReportTest : public testing::Test {
  protected:
   std::wstring Write(const std::string& text, const std::string& name = "report.rpt") {

@@ -1,4 +1,4 @@
-// Which samples, functions, spectra and traces there are, and when they are looked for.
+// Which samples, functions, spectra and traces are found, and when they are searched.
 #include "tests/openlynx/report_fixture.h"
 
 namespace zrml {
@@ -32,7 +32,7 @@ TEST_F(ReportIndexTest, SamplesBackToBackHaveTheirOwnFunctions) {
   EXPECT_EQ(server_.GetFunctionName(1, 0), L"MS c");
 }
 
-TEST_F(ReportIndexTest, FunctionsOutsideEverySampleAreNone) {
+TEST_F(ReportIndexTest, FunctionsOutsideSamplesAreIgnored) {
   Open(Function("a", OneSpectrum()) + SampleBlock({}) + Function("b", OneSpectrum()));
   EXPECT_EQ(server_.GetSampleCount(), 1);
   EXPECT_EQ(server_.GetFunctionCount(0), 0);
@@ -46,8 +46,8 @@ TEST_F(ReportIndexTest, FunctionWithoutBlocksDisappearsWithTheCount) {
   EXPECT_EQ(server_.GetFunctionCount(0), 2);
 }
 
-// Deliberate: only the count prunes.
-TEST_F(ReportIndexTest, FunctionWithoutBlocksIsThereUntilTheCountIsAskedFor) {
+// Deliberate: only the count removes functions.
+TEST_F(ReportIndexTest, FunctionWithoutBlocksStaysUntilTheCountIsRequested) {
   Open(SampleBlock(Function("empty", {}) + Function("a", OneSpectrum())));
   EXPECT_EQ(server_.GetFunctionName(0, 0), L"MS empty");
   EXPECT_EQ(server_.GetScanCount(0, 0), 0);
@@ -89,12 +89,12 @@ TEST_F(ReportIndexTest, AnalogTracesComeFromAllAnalogFunctionsInFileOrder) {
 }
 
 // Deliberate: such a sample never counts as indexed, so each call that looks at its functions adds the analog
-// traces once more. What was there keeps its place.
+// traces again. Existing ones keep their places.
 TEST_F(ReportIndexTest, TracesOfASampleWithAnalogFunctionsOnlyGrowWithEachPass) {
   Open(SampleBlock(AnalogFunction(OneTrace() + ChromatogramBlock(Line("Description b"), {{3, 4}}))));
   EXPECT_EQ(server_.GetTraceCount(0), 2);
   EXPECT_EQ(server_.GetTraceCount(0), 4);
-  EXPECT_EQ(server_.GetFunctionCount(0), 0);  // a pass, too
+  EXPECT_EQ(server_.GetFunctionCount(0), 0);  // this is a pass, too
   EXPECT_EQ(server_.GetScanCount(0, 0), 0);
   EXPECT_EQ(server_.GetTraceCount(0), 10);
   EXPECT_EQ(server_.GetSampleName(0), L"Sample 1");  // no pass
@@ -103,7 +103,7 @@ TEST_F(ReportIndexTest, TracesOfASampleWithAnalogFunctionsOnlyGrowWithEachPass) 
   EXPECT_EQ(Trace(3).GetTimes()[0], 3.0);
 }
 
-TEST_F(ReportIndexTest, TracesAreLookedForByTheirNameAndDataToo) {
+TEST_F(ReportIndexTest, RequestsForNameAndDataLookForTracesToo) {
   Open(SampleBlock(AnalogFunction(OneTrace()) + MsFunction(OneSpectrum())));
   EXPECT_EQ(server_.GetTraceName(0, 0), L"Analog Trace 1");
   Open(SampleBlock(AnalogFunction(OneTrace()) + MsFunction(OneSpectrum())));
@@ -117,7 +117,7 @@ TEST_F(ReportIndexTest, SampleWithOtherFunctionsIsIndexedOnce) {
   EXPECT_EQ(server_.GetTraceCount(0), 1);
 }
 
-TEST_F(ReportIndexTest, FileWithoutSamplesIsLookedThroughOnEveryCall) {
+TEST_F(ReportIndexTest, FileWithoutSamplesIsSearchedOnEveryCall) {
   Open("nothing\n");
   EXPECT_EQ(server_.GetSampleCount(), 0);
   Write("nothing\n[SAMPLE]\n{\n}\n");  // the file that is open has grown
@@ -126,8 +126,8 @@ TEST_F(ReportIndexTest, FileWithoutSamplesIsLookedThroughOnEveryCall) {
   EXPECT_EQ(server_.GetSampleCount(), 1);  // known from here on
 }
 
-// Deliberate: keys are looked for in nested blocks too, so a function without a description of its own takes
-// that of its first chromatogram, and is analog when that says so.
+// Deliberate: keys are searched in nested blocks too, so a function without a description takes that of its
+// first chromatogram, and is analog when that says so.
 TEST_F(ReportIndexTest, FunctionWithoutDescriptionBecomesAnalogByItsChromatogram) {
   Open(SampleBlock(
       FunctionBlock(Line("Type MS") + ChromatogramBlock(Line("Description ANALOG 1"), {{1, 2}}))));
@@ -135,7 +135,7 @@ TEST_F(ReportIndexTest, FunctionWithoutDescriptionBecomesAnalogByItsChromatogram
   EXPECT_GT(server_.GetTraceCount(0), 0);
 }
 
-TEST_F(ReportIndexTest, WhatWasSoughtInVainIsSoughtInTheFileAsItIsNow) {
+TEST_F(ReportIndexTest, FailedSearchesAreRepeatedInTheCurrentFile) {
   Open("xxxxxxxx\n{\n}\n");
   EXPECT_EQ(server_.GetSampleCount(), 0);
   Write("[SAMPLE]\n{\n}\n");
@@ -154,18 +154,18 @@ TEST_F(ReportIndexTest, WhatWasSoughtInVainIsSoughtInTheFileAsItIsNow) {
   EXPECT_EQ(server_.GetFunctionCount(0), 1);
 }
 
-TEST_F(ReportIndexTest, FunctionWithoutBlocksIsLookedThroughOnEveryRequest) {
+TEST_F(ReportIndexTest, FunctionWithoutBlocksIsSearchedOnEveryRequest) {
   const std::string text = "[SAMPLE]\n{\n[FUNCTION]\n{\nType MS\n";
   const std::string spectrum = "[SPECTRUM]\n{\n}\n";
   Open(text);
   EXPECT_EQ(server_.GetScanCount(0, 0), 0);
-  Write(text + spectrum);  // the report is being written
+  Write(text + spectrum);  // the report is still being written
   EXPECT_EQ(server_.GetScanCount(0, 0), 1);
   Write(text + spectrum + spectrum);
   EXPECT_EQ(server_.GetScanCount(0, 0), 1);  // known from here on
 }
 
-TEST_F(ReportIndexTest, SpectraAndChromatogramsAreToldApart) {
+TEST_F(ReportIndexTest, SpectraAndChromatogramsAreDistinguished) {
   Open(SampleBlock(Function("a", OneTrace() + OneSpectrum() + OneTrace() + OneTrace() + OneSpectrum())));
   EXPECT_EQ(server_.GetScanCount(0, 0), 2);
   EXPECT_EQ(server_.GetFunctionTraceCount(0, 0), 3);

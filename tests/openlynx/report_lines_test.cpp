@@ -1,4 +1,4 @@
-// The grammar at work: markers, braces, keys and data lines, seen through the provider.
+// The grammar: markers, braces, keys and data lines, as seen through the provider.
 #include "tests/openlynx/report_fixture.h"
 
 namespace zrml {
@@ -39,7 +39,7 @@ TEST_F(ReportLinesTest, KeyIsCaseSensitiveAndInColumn0) {
   EXPECT_EQ(TimeOf(Line("\tTime 1.25")), 0.0);
 }
 
-// Deliberate: reports rely on the first key being enough, and nothing guards against a longer one.
+// Deliberate: reports rely on a matching prefix, and nothing guards against a longer key.
 TEST_F(ReportLinesTest, KeyMatchesALongerKeyThatBeginsWithIt) {
   EXPECT_EQ(TimeOf(Line("Timestamp 3") + Line("Time 1.25")), 0.0);  // "stamp 3" is no number
   Open(SampleBlock(Line("DateAndMore 5") + Line("Timestamp 3")));
@@ -60,14 +60,14 @@ TEST_F(ReportLinesTest, KeyIsFoundInNestedBlocksToo) {
   EXPECT_EQ(Metadata(L"AnalysisDateTime"), L"T2.5+00:00");  // a sample without a time takes its spectrum's
 }
 
-TEST_F(ReportLinesTest, KeyBehindTheBlockIsNotFound) {
+TEST_F(ReportLinesTest, KeyAfterTheBlockIsNotFound) {
   Open(SampleBlock(MsFunction(SpectrumBlock({}, {{100, 50}}) + SpectrumBlock(Line("Time 7"), {{100, 50}}))));
   EXPECT_EQ(Spectrum(0).GetStartTime(), 0.0);
   EXPECT_EQ(Spectrum(1).GetStartTime(), 7.0);
 }
 
 // Keys are tried on the marker line and on opening braces, which begin with no key, and on the line in place
-// of the opening brace, though the block is empty then.
+// of the opening brace, although the block is then empty.
 TEST_F(ReportLinesTest, KeyInPlaceOfTheOpeningBraceIsTheLastOneTried) {
   Open("[SAMPLE]\nFileName first\nSampleID second\n{\n}\n");
   EXPECT_EQ(server_.GetSampleName(0), L"first");
@@ -108,7 +108,7 @@ TEST_F(ReportLinesTest, DataListNeedsNoBraceOfItsOwn) {
   EXPECT_EQ(Spectrum().GetCount(), 1);
 }
 
-TEST_F(ReportLinesTest, DataListIsLookedForInsideItsBlockOnly) {
+TEST_F(ReportLinesTest, DataListIsSearchedInsideItsBlockOnly) {
   Open(SampleBlock(
       MsFunction(Block("[SPECTRUM]", Line("Time 1")) + Line("[MS]") + Line("100 50") + Line("}"))));
   CZRMassSpectrum spectrum;
@@ -132,7 +132,7 @@ TEST_F(ReportLinesTest, MarkersAreCaseSensitiveAndMayBeFollowedByText) {
   EXPECT_EQ(Spectrum().GetCount(), 1);
 }
 
-TEST_F(ReportLinesTest, SecondLineThatOpensNoBraceEndsTheBlockWithNothingInIt) {
+TEST_F(ReportLinesTest, SecondLineWithoutABraceLeavesTheBlockEmpty) {
   for (const char* second : {"", " {", "FileName x", "}", "[FUNCTION]"}) {
     SCOPED_TRACE(second);
     Open(Line("[SAMPLE]") + Line(second) + Line("{") + MsFunction(OneSpectrum()) + Line("}"));
@@ -142,7 +142,7 @@ TEST_F(ReportLinesTest, SecondLineThatOpensNoBraceEndsTheBlockWithNothingInIt) {
   }
 }
 
-TEST_F(ReportLinesTest, BlockWithoutItsClosingBraceGoesOnToTheEndOfTheFile) {
+TEST_F(ReportLinesTest, BlockWithoutItsClosingBraceExtendsToTheEndOfTheFile) {
   Open(Line("[SAMPLE]") + Line("{") + MsFunction(OneSpectrum()) + SampleBlock(MsFunction(OneSpectrum())));
   EXPECT_EQ(server_.GetSampleCount(), 2);
   EXPECT_EQ(server_.GetFunctionCount(0), 2);
@@ -183,7 +183,7 @@ TEST_F(ReportLinesTest, LongListMarkerHasItsList) {
   }
 }
 
-TEST_F(ReportLinesTest, LongMarkersOfChromatogramsAreAsThoseOfSpectra) {
+TEST_F(ReportLinesTest, LongMarkersOfChromatogramsActLikeThoseOfSpectra) {
   for (const std::size_t size : kSizes) {
     SCOPED_TRACE(size);
     const bool fits = size == 998;
@@ -219,7 +219,7 @@ TEST_F(ReportLinesTest, LongCommentsOfBlanksAreSkipped) {
     EXPECT_EQ(PointsOf({LongLine(";1 2", size), "3 4"}), (Points{{3, 4}})) << size;
 }
 
-TEST_F(ReportLinesTest, LongBraceLineIsABraceAndLinesThatAreNone) {
+TEST_F(ReportLinesTest, LongBraceLineIsABraceAndOtherLines) {
   for (const std::size_t size : kSizes) {
     SCOPED_TRACE(size);
     Open(Line("[SAMPLE]") + Line(LongLine("{", size)) + Line("FileName x") + MsFunction(OneSpectrum()) +
@@ -230,7 +230,7 @@ TEST_F(ReportLinesTest, LongBraceLineIsABraceAndLinesThatAreNone) {
   }
 }
 
-TEST_F(ReportLinesTest, LongValueIsCutAndItsRestIsALineOfItsOwn) {
+TEST_F(ReportLinesTest, LongValueIsCutAndItsRestIsASeparateLine) {
   for (const std::size_t size : kSizes) {
     SCOPED_TRACE(size);
     Open(SampleBlock(Line("FileName" + std::string(size - 8, 'v')) + Line("UserName y")));
@@ -239,7 +239,7 @@ TEST_F(ReportLinesTest, LongValueIsCutAndItsRestIsALineOfItsOwn) {
   }
 }
 
-TEST_F(ReportLinesTest, SecondPieceIsTestedAsALineOfItsOwn) {
+TEST_F(ReportLinesTest, SecondPieceIsTestedAsASeparateLine) {
   const std::string filler(999, 'x');
   EXPECT_EQ(TimeOf(Line(filler + "Time 1.25")), 1.25);
   EXPECT_EQ(TimeOf(Line(filler + "x" + "Time 1.25")), 0.0);
@@ -262,7 +262,7 @@ TEST_F(ReportLinesTest, LineOf1200CharactersIsReadAsTwoLines) {
   EXPECT_EQ(Spectrum().GetIntensities()[0], 100.0);  // 50 % of 200
 }
 
-// The last number that fits counts up to the border, the rest begins a data line of its own.
+// The last number counts up to the border; the rest begins a separate data line.
 TEST_F(ReportLinesTest, LongDataLineIsCutBetweenItsDigits) {
   for (const std::size_t size : kSizes) {
     SCOPED_TRACE(size);
@@ -275,7 +275,7 @@ TEST_F(ReportLinesTest, LongDataLineIsCutBetweenItsDigits) {
   }
 }
 
-TEST_F(ReportLinesTest, LongCommentGoesOnAsData) {
+TEST_F(ReportLinesTest, LongCommentContinuesAsData) {
   EXPECT_EQ(PointsOf({";" + std::string().append(998, ' ').append("100 50")}), (Points{{100, 50}}));
 }
 

@@ -1,5 +1,5 @@
-// The provider as a host sees it: which files it takes, opening and closing, and positions that there are
-// not.
+// The provider as a host sees it: which files it accepts, opening and closing, and positions that do not
+// exist.
 #include "plugin/report_server.h"
 
 #include <filesystem>
@@ -102,7 +102,7 @@ TEST_F(OpenLynxDataServerTest, FileSampleCountCountsLinesInTextMode) {
   EXPECT_EQ(server_.GetFileSampleCount(directory_.WidePath()), 0);
 }
 
-// Deliberate: hosts and the operations beside it do not expect the file to be free again.
+// Deliberate: hosts and the other operations do not expect the file to be closed again.
 TEST_F(OpenLynxDataServerTest, FileSampleCountLeavesItsFileOpen) {
   const std::wstring path = Write(SmallReport());
   const std::filesystem::path file = directory_.Path() / "report.rpt";
@@ -139,7 +139,7 @@ TEST_F(OpenLynxDataServerTest, CloseForgetsTheReport) {
   EXPECT_EQ(server_.GetSampleCount(), 3);
 }
 
-// Deliberate: the first file stays open for good, and what is known of it is taken for the second.
+// Deliberate: the first file stays open for good, and what is known about it is used for the second.
 TEST_F(OpenLynxDataServerTest, SecondOpenKeepsTheIndexAndLeavesTheFirstFileOpen) {
   Open(ReportText(SampleBlock(Line("FileName first")) + SampleBlock({})));
   EXPECT_EQ(server_.GetSampleCount(), 2);
@@ -189,7 +189,7 @@ TEST_F(OpenLynxDataServerTest, OpenTakesAnyFile) {
   EXPECT_EQ(server_.GetSampleCount(), 0);
 }
 
-// What each operation answers for a sample or function that there is not, with outputs as they were.
+// The answer of each operation for a nonexistent sample or function, with outputs unchanged.
 const char* const kNothing =
     "GetSampleName P: \"\"\n"
     "GetFunctionCount P: 0\n"
@@ -240,15 +240,15 @@ TEST_F(OpenLynxDataServerTest, ClosedObjectHasNothing) {
   for (const int position : {-1, 0, 1}) EXPECT_EQ(AnswersAt(server_, {0, position, position, 0}), kNothing);
 }
 
-TEST_F(OpenLynxDataServerTest, SampleThatThereIsNotHasNothing) {
+TEST_F(OpenLynxDataServerTest, MissingSampleHasNothing) {
   Open(SmallReport(2));
   for (const int sample : {-2147483647 - 1, -1, 2, 2147483647}) {
     EXPECT_EQ(AnswersAt(server_, {0, sample, 0, 0}), kNothing) << sample;
   }
 }
 
-// Those that do not take a function answer for the sample: it has a name, two functions and a trace.
-TEST_F(OpenLynxDataServerTest, FunctionThatThereIsNotHasNothing) {
+// Operations without a function argument answer for the sample: it has a name, two functions and a trace.
+TEST_F(OpenLynxDataServerTest, MissingFunctionHasNothing) {
   Open(SampleBlock(Line("FileName name") + MsFunction(OneSpectrum()) + MsFunction(OneTrace()) +
                    AnalogFunction(OneTrace())));
   std::string expected = kNothing;
@@ -275,7 +275,7 @@ TEST_F(OpenLynxDataServerTest, CompleteFunctionBlockNeedsItsFunction) {
   EXPECT_EQ(Metadata(L"OperatorName", 0, -1), L"");  // the others do not look at it
 }
 
-TEST_F(OpenLynxDataServerTest, ScanThatThereIsNotIsFalse) {
+TEST_F(OpenLynxDataServerTest, MissingScanIsFalse) {
   Open(SmallReport());
   CZRMassSpectrum spectrum(3);
   for (const int scan : {-2147483647 - 1, -1, 1, 2147483647}) {
@@ -284,8 +284,9 @@ TEST_F(OpenLynxDataServerTest, ScanThatThereIsNotIsFalse) {
   }
 }
 
-// Deliberate: a function's trace is true where a sample's is false. Callers look at the chromatogram.
-TEST_F(OpenLynxDataServerTest, FunctionTraceThatThereIsNotIsTrueAndTouchesNothing) {
+// Deliberate: a missing trace of a function gives true where one of a sample gives false. Callers check the
+// chromatogram.
+TEST_F(OpenLynxDataServerTest, MissingFunctionTraceIsTrueAndTouchesNothing) {
   Open(SampleBlock(MsFunction(OneTrace()) + AnalogFunction(OneTrace())));
   for (const int trace : {-1, 1, 2147483647}) {
     CZRChromatogram chromatogram;
@@ -300,7 +301,7 @@ TEST_F(OpenLynxDataServerTest, FunctionTraceThatThereIsNotIsTrueAndTouchesNothin
   }
 }
 
-// Deliberate: where there is no series, the base computes over the scans that there are not.
+// Deliberate: where there is no series, the base class computes one over no scans.
 TEST_F(OpenLynxDataServerTest, ChromatogramOfNothingIsTheBasesOverNoScans) {
   CZRChromatogram chromatogram;
   chromatogram.SetSize(2);
@@ -362,7 +363,7 @@ TEST_F(OpenLynxDataServerTest, OtherOperationsAreTheBases) {
   EXPECT_TRUE(server_.OpenFileInSet(directory_.WidePath("report.rpt"), L"ignored"));
 }
 
-// What is read ahead is far from what is asked for then.
+// The read-ahead is then far from the request.
 TEST_F(OpenLynxDataServerTest, FileThatShrinksUnderTheReaderIsReadAsFarAsItGoes) {
   Open(ReportText(SampleBlock(Line("FileName name") + MsFunction(OneSpectrum()))) +
        std::string(300000, '\n') + ReportText(SampleBlock(Line("FileName far"))));

@@ -1,4 +1,4 @@
-// Pieces of lines, and the two quick searches against going through all pieces.
+// Pieces of lines, and the two quick searches compared with a walk through all pieces.
 #include "openlynx/report_stream.h"
 
 #include <algorithm>
@@ -51,7 +51,7 @@ TEST_F(ReportStreamTest, PieceEndsWithItsLineFeed) {
 }
 
 // A buffer of 1000 bytes holds 999 and the terminator: a line of 998 fits with its line feed, the line feed
-// of one of 999 is a piece of its own.
+// of one of 999 is a separate piece.
 TEST_F(ReportStreamTest, LongLineComesInPieces) {
   const std::vector<std::pair<std::size_t, Sizes>> cases = {
       {997, {998}},     {998, {999}},       {999, {999, 1}},       {1000, {999, 2}},
@@ -84,7 +84,7 @@ TEST_F(ReportStreamTest, PositionsAreOffsetsInTheFile) {
   stream.Seek(4);
   ASSERT_TRUE(stream.Next(piece));
   EXPECT_EQ(piece, "cd\n");
-  stream.Seek(1000);  // behind the end
+  stream.Seek(1000);  // after the end
   EXPECT_FALSE(stream.Next(piece));
   stream.Seek(1);
   ASSERT_TRUE(stream.Next(piece));
@@ -114,7 +114,7 @@ TEST_F(ReportStreamTest, TextModeCountsAFoldedLineEndAsOneByte) {
   EXPECT_EQ(PieceSizes(std::string().append(998, 'x').append("\r\nab")), (Sizes{999, 1, 2}));
 }
 
-// Files are read in blocks of 131,072 bytes: what stands across a border must not show it.
+// Files are read in blocks of 131,072 bytes: text across a border must not reveal it.
 TEST_F(ReportStreamTest, BlockBordersDoNotShow) {
   constexpr std::size_t kBlock = 131072;
   for (std::size_t before = kBlock - 12; before <= kBlock + 2; ++before) {
@@ -163,7 +163,7 @@ TEST_F(ReportStreamTest, FindTakesBeginningsOfPiecesOnly) {
   EXPECT_FALSE(stream.Find("[SAMPLE]"));
 }
 
-// Both searches against going through all pieces, on bytes that are made of what matters to them.
+// Both searches compared with a walk through all pieces, on bytes that matter to them.
 TEST_F(ReportStreamTest, SearchesFindWhatGoingThroughAllPiecesFinds) {
   const std::vector<std::string> parts = {"[SAMPLE]",
                                           "\n[SAMPLE]",

@@ -1,4 +1,4 @@
-// What keys and data become: kinds, polarities, names, scaled points, series, metadata.
+// The meaning of keys and data: kinds, polarities, names, scaled points, series, metadata.
 #include <bit>
 #include <clocale>
 #include <cstdint>
@@ -70,8 +70,8 @@ TEST_F(ReportValuesTest, SampleIsNamedByItsFileOrItsNumber) {
   EXPECT_EQ(server_.GetSampleName(2), L"Sample 3");
 }
 
-// UTF-8 where the bytes are, Windows-1252 otherwise. Windows asks its own code page, which is Windows-1252 or
-// another one.
+// UTF-8 where the bytes are valid, Windows-1252 otherwise. Windows uses its own code page, which may be
+// Windows-1252.
 TEST_F(ReportValuesTest, TextComesThroughTheCodePage) {
 #ifdef _WIN32
   GTEST_SKIP() << "The code page is the system's";
@@ -174,7 +174,7 @@ TEST_F(ReportValuesTest, TraceWithoutPointsIsFalseAndLeavesTheContainer) {
   EXPECT_EQ(trace.Name(), L"old");
 }
 
-// The container's name is the description alone, also when there is none; the numbered names are for the
+// The container's name is only the description, even when that is empty; the numbered names are for the
 // lists.
 TEST_F(ReportValuesTest, TraceNamesAreNumberedInListsOnly) {
   Open(SampleBlock(AnalogFunction(OneTrace() + OneTrace()) +
@@ -297,7 +297,7 @@ TEST_F(ReportValuesTest, CompleteFunctionBlockIsItsLinesWithTheirEnds) {
   EXPECT_EQ(Metadata(L"CompleteFunctionBlock"), L"[FUNCTION]\n{\nabef");
 }
 
-// 10,000,000 characters are handed out, one more is not. A character of two bytes counts once.
+// 10,000,000 characters are returned, one more is not. A character of two bytes counts once.
 TEST_F(ReportValuesTest, CompleteFunctionBlockHasALargestSize) {
   constexpr std::size_t kLargest = 10000000;
   const std::string head = "[FUNCTION]\n{\n";

@@ -1,4 +1,4 @@
-// The sample report that is made for people, read by the provider.
+// The sample report, read by the provider.
 #include "tests/openlynx/literal_reader.h"
 #include "tests/openlynx/report_fixture.h"
 #include "tests/openlynx/server_questions.h"
@@ -25,9 +25,9 @@ TEST_F(SampleReportTest, HasInjectionsAndFunctionsOfEveryKind) {
   EXPECT_FALSE(server_.IsCentroided(2, 1));
 }
 
-// Caffeine, C8H10N4O2, elutes at 1.85 min, second of the compounds: 8 x 12 + 10 x 1.00782503 + 4
-// x 14.00307400
-// + 2 x 15.99491462 + 1.00727647 = 195.08765, written with four decimals. The blank has the background alone.
+// Caffeine, C8H10N4O2, elutes at 1.85 min, second of the compounds: 8 x 12 + 10 x 1.00782503 + 4 x
+// 14.00307400 + 2 x 15.99491462 + 1.00727647 = 195.08765, written with four decimals. The blank has only the
+// background.
 TEST_F(SampleReportTest, ShowsCaffeineWhereThereIsSome) {
   Open(sample::Report(LineEnd::kLf));
   CZRMassSpectrum spectrum = Spectrum(1, 0, 2);
@@ -57,7 +57,7 @@ TEST_F(SampleReportTest, LineEndsChangeTheFunctionTextOnly) {
       }
     }
   }
-  EXPECT_EQ(differences, 3 * 3 * 2);  // the text of three functions in three samples, met at two indices
+  EXPECT_EQ(differences, 3 * 3 * 2);  // the text of three functions in three samples, found at two indices
 }
 
 TEST_F(SampleReportTest, IsReadAsTheLiteralReaderReadsIt) {

@@ -8,8 +8,8 @@
 namespace zrml {
 namespace {
 
-// Writes values so that two texts are equal when the values are, to the bit. Not a stream: most of what the
-// tests that ask questions do is writing.
+// Writes values so that two texts are equal when the values are, to the bit. Not a stream: tests that ask
+// questions spend most of their time writing.
 class Writer {
  public:
   explicit Writer(std::string& text) : text_(text) {}
@@ -87,7 +87,7 @@ const wchar_t* KeyAt(int index) {
 using S = CDataServerImpl;
 using Q = Question;
 
-// What of a question an operation looks at besides the sample.
+// The parts of a question that an operation uses besides the sample.
 enum class Looks { kAtNothing, kAtFunction, kAtIndex, kAtFunctionAndIndex, kAtFunctionAndParity };
 
 struct Operation {
@@ -199,8 +199,8 @@ constexpr std::array<Operation, 24> kTable = {{
     {"GetMetadataKeys", Looks::kAtFunction, AskMetadataKeys},
 }};
 
-// Whether AllAnswers asks the operation there: what makes no difference to it has its first and its last
-// value alone, since what is asked in between must not change the answer.
+// Whether AllAnswers asks the operation there: a part that the operation ignores only takes its first and
+// last value, since the questions in between must not change the answer.
 bool IsAsked(Looks looks, bool isEndOfFunctions, int index) {
   const bool isEndOfIndices = index == kFirstIndex || index == kLastIndex;
   switch (looks) {

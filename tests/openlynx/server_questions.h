@@ -1,5 +1,5 @@
 // Questions to a data server, and its answers with all outputs as one text: answers of two servers are
-// compared as texts, numbers to the bit.
+// compared as text, numbers to the bit.
 #pragma once
 
 #include <string>
@@ -17,11 +17,11 @@ struct Question {
 
 extern const int kOperations;
 
-/// The operation's name and arguments, its result, and what it has made of its outputs. Outputs begin with
-/// contents that show when they are left alone.
+/// The operation's name and arguments, its result, and its outputs. Outputs start with contents that show
+/// whether they were left unchanged.
 std::string Answer(CDataServerImpl& server, const Question& question);
 
-/// The answers to every operation, each with the positions that there are and one beyond at either end.
+/// The answers to every operation, each at all existing positions and one beyond either end.
 std::string AllAnswers(CDataServerImpl& server);
 
 }  // namespace zrml

@@ -9,7 +9,7 @@ namespace {
 
 class SpectrumHeadTest : public testing::Test {
  protected:
-  // Of the block that `text` begins with.
+  // The head of the block at the start of `text`.
   SpectrumHead Head(const std::string& text) {
     directory_.WriteText("report.rpt", text);
     stream_ = ReportStream::Open(platform::ToSystemPath(directory_.WidePath("report.rpt")));

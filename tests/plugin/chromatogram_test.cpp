@@ -12,7 +12,7 @@ namespace {
 
 using Doubles = HostVector<double>;
 
-// The optional arrays have no operation that puts them in use: a host does so through the members themselves.
+// No operation puts the optional arrays in use: a host sets the members directly.
 HostVector<std::uint8_t>& PointFlags(CZRChromatogram& c) {
   return ContractMember<HostVector<std::uint8_t>>(c, 48);
 }

@@ -1,4 +1,4 @@
-// What the interface's base works out of spectra: chromatograms, retention times, intensity ranges.
+// What the interface's base class computes from spectra: chromatograms, retention times, intensity ranges.
 #include <algorithm>
 #include <limits>
 #include <string>
@@ -24,7 +24,7 @@ struct ChromatogramCase {
   const char* name;
   Chromatogram get;
   Doubles intensities;  // of the three scans below
-  std::wstring title;   // of a container that was named "before"
+  std::wstring title;   // from a container named "before"
 };
 
 std::vector<FakeScan> ThreeScans() {
@@ -123,7 +123,7 @@ TEST(DataServerChromatograms, AScanThatFailsEndsThemWithThePointsBeforeItWritten
   }
 }
 
-/// Takes note of what the chromatograms over all masses ask of those over a range.
+/// Records what the chromatograms over all masses request from those over a range.
 class RangeServer : public BareServer {
  public:
   struct Request {

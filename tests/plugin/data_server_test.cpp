@@ -436,7 +436,7 @@ TEST(FindPrecursorScan, TimesThatCannotBeRead) {
   const FakeFunction survey = Function(2, {4, 4.5});
   ExpectPrecursors({
       {"of the given function end the search", {survey, FailingAt(Function(4, {5, 6}), 1)}, 1, 0, -1},
-      // The times of the other function need not all be there: those that were not read are 0.
+      // The times of the other function may be incomplete: unread ones are 0.
       {"of a survey count as zero", {FailingAt(survey, 1), Function(4, {5, 6})}, 1, 0, 0, 0},
       {"nor are they times of an earlier reading",
        {FailingAt(Function(2, {3, 9}), 1), Function(4, {2, 4})},

@@ -1,4 +1,4 @@
-// Loads the library itself and reaches the providers as a host does.
+// Loads the real library and calls the providers as a host does.
 #include <limits>
 #include <memory>
 #include <string>
@@ -87,7 +87,7 @@ TEST_F(Exports, AnUnknownIndexGivesFalseAndLeavesThePointer) {
   }
 }
 
-TEST_F(Exports, ProvidersTellTheirNameGuidAndFilter) {
+TEST_F(Exports, ProvidersGiveTheirNameGuidAndFilter) {
   const struct {
     std::wstring name;
     std::wstring guid;
@@ -142,7 +142,7 @@ TEST_F(Exports, OpeningDataInOneObjectLeavesTheOtherClosed) {
 }
 
 TEST_F(Exports, TheVirtualDestructorIsTheProvidersOwn) {
-  // A wrong destructor would free another size than was allocated or leak members, which sanitizers report.
+  // A wrong destructor would free the wrong size or leak members, which sanitizers report.
   for (int round = 0; round < 100; ++round) {
     for (std::uint64_t index = 0; index < 2; ++index) Create(index);
   }

@@ -1,5 +1,5 @@
-// Data servers for tests of the base: one with nothing but the operations that every provider must have, and
-// one whose functions are told by a description.
+// Data servers for tests of the base: one with only the operations that every provider must have, and one
+// whose functions come from a description.
 #pragma once
 
 #include <optional>
@@ -65,7 +65,7 @@ class BareServer : public CDataServerImpl {
   std::vector<FakeScan> scans;
   std::optional<int> scanCount;
 
-  // What was asked for.
+  // The requests so far.
   std::vector<std::wstring> opened;
   std::vector<std::wstring> validated;
   std::vector<std::vector<int>> reads;  // sample, function, scan
@@ -76,7 +76,7 @@ struct FakeFunction {
   int kind = kMsFunction;
   std::vector<FakeScan> scans;
   int polarity = kPositivePolarity;
-  std::optional<int> level = std::nullopt;  // else the base's
+  std::optional<int> level = std::nullopt;  // default: the base class's
   bool mobility = false;
   int scanDimensions = 0;
   std::vector<FakeScan> bins = {};  // of every scan
@@ -121,7 +121,7 @@ class FakeServer : public BareServer {
   const FakeFunction& At(int function) const { return functions.at(static_cast<std::size_t>(function)); }
 };
 
-/// One with these drift bins.
+/// A function with these drift bins.
 inline FakeServer WithBins(const std::vector<FakeScan>& bins) {
   FakeFunction function;
   function.mobility = true;

@@ -99,7 +99,7 @@ TEST(InterfaceOrder, ContainersWithoutVirtualOperationsHaveNoTable) {
   static_assert(std::is_polymorphic_v<CDataServerImpl> && std::has_virtual_destructor_v<CDataServerImpl>);
   static_assert(std::is_polymorphic_v<CZRMassSpectrum> && std::has_virtual_destructor_v<CZRMassSpectrum>);
   static_assert(!std::is_polymorphic_v<CZRChromatogram> && !std::is_polymorphic_v<CZRAbsorbanceSpectrum>);
-  EXPECT_EQ(sizeof(CDataServerImpl), sizeof(void*));  // no members of its own
+  EXPECT_EQ(sizeof(CDataServerImpl), sizeof(void*));  // no data members
 }
 
 #undef ZRML_SLOT

@@ -14,7 +14,7 @@ using masslynx::FunctionRecord;
 constexpr int kTofMs = 18;
 constexpr int kDad = 12;
 
-/// Functions of the types given, all with data, numbered from 1.
+/// Functions of the given types, all with data, numbered from 1.
 std::vector<FunctionRecord> Table(const std::vector<int>& types) {
   std::vector<FunctionRecord> functions;
   for (const int type : types) {
@@ -43,7 +43,7 @@ TEST(RemoveUnlisted, KeepsOrderAndNumbersOfTheOthers) {
   EXPECT_EQ(ListedNumbers(functions), (Numbers{2, 4}));
 }
 
-TEST(RemoveUnlisted, KeepsProcessedFunctionsBehindTheTable) {
+TEST(RemoveUnlisted, KeepsProcessedFunctionsAfterTheTable) {
   std::vector<FunctionRecord> functions = Table({1, 2, 3});
   functions[1].hasDataFile = false;
   functions[2].processed = true;
@@ -110,7 +110,7 @@ TEST_F(SelectFunctionTest, KeepsTheListWithoutAMatch) {
   ExpectNone(L"_funcabc.dat");
 }
 
-// At most three characters are read as a number, up to the first that is no digit.
+// At most three characters are read as a number, up to the first non-digit.
 TEST_F(SelectFunctionTest, ReadsThreeCharactersAtMost) {
   ExpectSelected(L"_func1234567", 123, false);
   ExpectSelected(L"_func3.dat00", 3, false);

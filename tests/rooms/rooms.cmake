@@ -1,4 +1,4 @@
-# Fails when a file of the product includes one of a room that its own room may not see, or a .cpp.
+# Fails when a file of the product includes one from a room that its own room may not see, or a .cpp.
 cmake_minimum_required(VERSION 3.25)
 set(common common)
 set(spectrum common spectrum)

@@ -1,4 +1,4 @@
-// The search for precursors among scans of any times, beside a search through all of them.
+// The search for precursors among scans at any times, compared with a search through all of them.
 #include <algorithm>
 #include <limits>
 #include <optional>
@@ -14,10 +14,10 @@ namespace {
 
 using Times = std::vector<double>;
 
-/// Scans that have times, and no points.
+/// Scans with times but without points.
 class TimedSource final : public Source {
  public:
-  /// A product function, then surveys: every other one is of the product function's kind.
+  /// A product function, then surveys, every other one of the product function's kind.
   explicit TimedSource(std::vector<Times> times) : Source({}), times_(std::move(times)) {
     for (std::size_t i = 0; i < times_.size(); ++i) {
       Function& function = functions_.emplace_back();
@@ -49,14 +49,14 @@ class TimedSource final : public Source {
   Chromatogram ReadTrace(int, int) override { return {}; }
   std::span<const Finding> Findings() override { return {}; }
 
-  int asked_ = 0;  // for the times of a function
+  int asked_ = 0;  // how often times were read
 
  private:
   std::vector<Times> times_;
   std::vector<Function> functions_;
 };
 
-/// The nearest survey scan that is not later; of equally near ones the last of a survey of the same kind,
+/// The nearest survey scan that is not later; of equally near ones the last in a survey of the same kind,
 /// else the first.
 std::optional<ScanPosition> FindAmongAll(const std::vector<Times>& times, double minutes) {
   std::optional<ScanPosition> found;
@@ -94,7 +94,7 @@ TEST(FindPrecursor, TakesTheNearestThatIsNotLater) {
   EXPECT_EQ(source.FindPrecursor(0, 0, 3)->scan, 2);
 }
 
-// Function 1 is of another kind than function 0, function 2 of the same.
+// Function 1 is of a different kind from function 0, function 2 of the same.
 TEST(FindPrecursor, OfEquallyNearScansKindDecides) {
   const Times twice = {1, 1};
   EXPECT_EQ(TimedSource({{1}, twice}).FindPrecursor(0, 0, 0)->scan, 0);
@@ -112,7 +112,7 @@ TEST(FindPrecursor, TimesAreReadOnceForAllScans) {
   EXPECT_LE(source.asked_ - before, 6) << "the first scans of both functions are looked at for their kind";
 }
 
-// Times that repeat, run backwards, are no numbers, are infinite, or too far away to be told apart.
+// Times that repeat, run backwards, are NaN, infinite, or too far away to be distinguished.
 TEST(FindPrecursor, GivesWhatASearchThroughAllGives) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   constexpr double kInfinity = std::numeric_limits<double>::infinity();

@@ -1,4 +1,4 @@
-// What the reader of raw directories notices: each directory is made from a sound one by one edit.
+// The findings of the reader of raw directories: each directory is made from a sound one by a single edit.
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -60,8 +60,8 @@ TEST(RawFindings, DataThatEndTooEarly) {
   EXPECT_EQ(findings[0].subject.process, 0);
 }
 
-// An offset of 0 in a later record stands for the end of the scan before it.
-TEST(RawFindings, OffsetsLeftOutAreWorkedOut) {
+// An offset of 0 in a later record means the end of the scan before it.
+TEST(RawFindings, OmittedOffsetsAreComputed) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
     PatchU32(bytes, 22, 0);
@@ -73,8 +73,8 @@ TEST(RawFindings, OffsetsLeftOutAreWorkedOut) {
             Lines{"data-cut: _FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3"});
 }
 
-// 180 scans of 4,194,303 points of 6 bytes, whose offsets are left out, reach beyond 2^32.
-TEST(RawFindings, OffsetsLeftOutHave64Bits) {
+// 180 scans of 4,194,303 points of 6 bytes without offsets extend beyond 2^32.
+TEST(RawFindings, OmittedOffsetsHave64Bits) {
   constexpr std::size_t kScans = 180;
   RawDirectoryBuilder raw;
   raw.functions.resize(1);
@@ -144,7 +144,7 @@ TEST(RawFindings, IndexThatIsNoWholeNumberOfRecords) {
               [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 43); });
 }
 
-// 44 bytes are no whole number of 30-byte records, so the reader has no other way to read it.
+// 44 bytes are not a whole number of 30-byte records, so the reader cannot read the file in another way.
 TEST(RawFindings, OffsetsThatGoBackwardsInShortRecordsLeaveNoScans) {
   ExpectLines(SoundDirectory(),
               {"index-cut: _FUNC002.IDX has offsets that go backwards, so the function has no scans"},
@@ -187,7 +187,7 @@ TEST(RawFindings, DataThatNoScanRefersTo) {
               [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 0); });
 }
 
-// The last scan of format 6 is stored as format 4 is: seven points are two groups of 10 bytes, those of the
+// The last scan of format 6 is stored like format 4: seven points are two groups of 10 bytes, those of the
 // scan before it seven words.
 TEST(RawFindings, LastScanOfMixedData) {
   RawDirectoryBuilder raw;
@@ -266,7 +266,7 @@ TEST(RawFindings, FunctionTableThatIsCut) {
               [](const TempDirectory& directory) { directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1); });
 }
 
-// The greatest text that is read whole, and a byte more. What is read then still counts.
+// The largest text that is read whole, and one byte more. The part that is read still counts.
 TEST(RawFindings, TextsThatAreFarTooLarge) {
   constexpr std::size_t kMost = 16 * 1024 * 1024;
   RawDirectoryBuilder raw = SoundDirectory();
@@ -332,7 +332,7 @@ TEST(RawFindings, ProcessedDataThatAreCut) {
   EXPECT_EQ(findings[0].subject.repeat, 1);
 }
 
-// The layout of the points in the data file of a mobility function says nothing of what was made of it.
+// The layout of points in the data file of a mobility function says nothing about the processed data.
 TEST(RawFindings, ProcessedDataOfAMobilityFunctionMayEndAnywhere) {
   const TempDirectory directory = Processed().Build();
   directory.Truncate("_PROC001.DAT", 11);
@@ -347,8 +347,8 @@ TEST(RawFindings, ProcessedFunctionOfNoFunction) {
             Lines{"process-unrooted: _PROC001.DAT goes back to no function, so it is not listed"});
 }
 
-// Two raw functions that one process has made into one file: the reader lists a function for each, and the
-// second is looked at, too.
+// Two raw functions that one process has merged into one file: the reader lists a function for each and
+// checks the second, too.
 TEST(RawFindings, EntriesOfOneProcessNumber) {
   RawDirectoryBuilder raw = Processed();
   raw.history.push_back({.processNumber = 1, .rawFunctionNumber = 1});

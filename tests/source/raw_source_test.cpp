@@ -1,5 +1,5 @@
-// Raw directories as sources, beside the same directories through the slots: every number that both have is
-// the same to the bit.
+// Raw directories as sources, compared with the same directories through the slots: every number that both
+// have is the same to the bit.
 #include <bit>
 #include <cmath>
 #include <functional>
@@ -37,7 +37,7 @@ std::unique_ptr<Source> Open(const TempDirectory& directory, const char* name = 
   return Source::Open(name == nullptr ? std::string(folder.begin(), folder.end()) : PathOf(directory, name));
 }
 
-// Zero and its negative, and the bits of NaN, count.
+// Distinguishes zero from negative zero, and the bits of NaN.
 std::vector<std::uint64_t> Bits(const auto& values) {
   std::vector<std::uint64_t> bits;
   for (const double value : values) bits.push_back(std::bit_cast<std::uint64_t>(value));
@@ -56,7 +56,7 @@ Status StatusOfOpening(const std::string& path, std::string* message = nullptr) 
   return Status::kDone;
 }
 
-// A directory in which the numbers of the slots are those of the files.
+// A directory in which the slots and the files have the same numbers.
 class BesideTheSlots {
  public:
   explicit BesideTheSlots(const TempDirectory& directory) : source_(Open(directory)) {
@@ -216,14 +216,13 @@ Values MassesOf(Source& source, int function, int scan) {
   return mz;
 }
 
-TEST(RawSource, SampleAcquisitionIsAsTheSlotsHaveIt) {
+TEST(RawSource, SampleAcquisitionEqualsTheSlots) {
   const TempDirectory directory = sample::Acquisition().Build();
   BesideTheSlots(directory).Compare();
 }
 
-// Sorted, merged and summed as the slots do it: format 8 with masses that descend and repeat, 12 with
-// sub-scans.
-TEST(RawSource, UnsortedScansAndSubScansAreAsTheSlotsHaveThem) {
+// Sorted, merged and summed as in the slots: format 8 with masses that descend and repeat, 12 with sub-scans.
+TEST(RawSource, UnsortedScansAndSubScansEqualTheSlots) {
   RawDirectoryBuilder raw;
   raw.functions.push_back(FunctionOf<StoredPoint8>(
       8, {{{300 * 128, 5}, {100 * 128, 6}, {300 * 128, 9}, {0, 2}}, {{200 * 128, 1}}}));
@@ -248,7 +247,7 @@ TEST(RawSource, UnsortedScansAndSubScansAreAsTheSlotsHaveThem) {
   EXPECT_EQ(source->ScanAt(0, 0, 0).precursorMz, std::nullopt);
 }
 
-// 100 points, 0.002 apart from m/z 500 on, of intensities 1 to 100: once, and twice in one scan.
+// 100 points from m/z 500, 0.002 apart, with intensities 1 to 100: once, and twice in one scan.
 TEST(RawSource, SubScansOfAProfileAreAddedSampleBySample) {
   std::vector<WantedPoint> points;
   for (int i = 0; i < 100; ++i) points.push_back({500 + 0.002 * i, 1.0 + i});
@@ -273,10 +272,10 @@ TEST(RawSource, SubScansOfAProfileAreAddedSampleBySample) {
   EXPECT_EQ(summedMz, mz);
   for (double& intensity : intensities) intensity *= 2;
   EXPECT_EQ(summed, intensities);
-  EXPECT_LT(MassesOf(*source, 1, 0).size(), 100u);  // peaks within 0.01 have become one
+  EXPECT_LT(MassesOf(*source, 1, 0).size(), 100u);  // peaks within 0.01 have merged
 }
 
-// Of data format 1: the slots leave such a point what the container held.
+// In data format 1: for such a point the slots keep the container's old content.
 TEST(RawSource, PointsThatAreNotWrittenAreAbsent) {
   RawDirectoryBuilder raw;
   raw.functions.push_back(FunctionOf<StoredPoint1>(1, {{{100 * 1024, 5, 0},
@@ -296,7 +295,7 @@ TEST(RawSource, PointsThatAreNotWrittenAreAbsent) {
   EXPECT_EQ(intensities, (Values{5, 6, 7, 8}));
 }
 
-// 6 bytes a point: of three points 17 bytes hold two.
+// 6 bytes per point: 17 bytes hold two of three points.
 TEST(RawSource, PointsThatTheFileLacksAreAbsentAndCounted) {
   RawDirectoryBuilder raw;
   raw.functions.push_back(FunctionOf<StoredPoint8>(8, {{{100 * 128, 1}, {200 * 128, 2}, {300 * 128, 3}}}));
@@ -318,7 +317,7 @@ TEST(RawSource, PointsThatTheFileLacksAreAbsentAndCounted) {
   EXPECT_EQ(none.lost, 3u);
 }
 
-// 4,194,303 points are declared, of which there is none.
+// 4,194,303 points are declared, but none exist.
 TEST(RawSource, NoRoomIsMadeForPointsThatTheFileLacks) {
   const TempDirectory directory = PlainDirectory(1).Build();
   directory.Write("_FUNC001.IDX", WriteScanIndex(std::vector<ScanIndexRecord>(2, {.pointCount = 0x3FFFFF})));
@@ -330,7 +329,7 @@ TEST(RawSource, NoRoomIsMadeForPointsThatTheFileLacks) {
   EXPECT_EQ(mz.capacity() + intensities.capacity(), 0u);
 }
 
-// A megabyte of such an index. To make the points would take an hour.
+// A megabyte of such an index. Making the points would take an hour.
 TEST(RawSource, IndexOverNothingIsReadThrough) {
   constexpr int kScans = 47'662;
   const TempDirectory directory = PlainDirectory(1).Build();
@@ -352,8 +351,8 @@ TEST(RawSource, IndexOverNothingIsReadThrough) {
   EXPECT_TRUE(std::isnan(basePeaks.back()));
 }
 
-// Of three scans of one point each, 6 bytes, the last is gone.
-TEST(RawSource, ChromatogramsOfLostPointsAreNotKnown) {
+// Three scans of one point, 6 bytes each; the last is missing.
+TEST(RawSource, ChromatogramsOfLostPointsAreUnknown) {
   const TempDirectory directory = PlainDirectory(1, 3).Build();
   directory.Truncate("_FUNC001.DAT", directory.Read("_FUNC001.DAT").size() * 2 / 3);
   const std::unique_ptr<Source> source = Open(directory);
@@ -432,7 +431,7 @@ TEST(RawSource, RangesHoldTheirEnds) {
   }
 }
 
-// What `read` fails with; nothing when it does not.
+// The error of `read`; empty when it succeeds.
 std::optional<Error> ErrorOf(const std::function<void()>& read) {
   try {
     read();
@@ -478,7 +477,7 @@ TEST(RawSource, WrongPositionsAreErrors) {
 }
 
 #ifndef _WIN32
-// While one exists, the process may have no more than `count` files open.
+// While one exists, the process may have at most `count` files open.
 class FewFiles {
  public:
   explicit FewFiles(rlim_t count) {
@@ -505,7 +504,7 @@ TEST(RawSource, MoreFunctionsThanFilesThatMayBeOpen) {
   }
 }
 
-// What is refused for want of files is there as soon as there are some.
+// What is refused when no descriptors are left works again as soon as some are free.
 TEST(RawSource, FilesThatTheSystemDoesNotOpenAreErrors) {
   const TempDirectory directory = PlainDirectory(2).Build();
   const std::unique_ptr<Source> source = Open(directory);
@@ -525,7 +524,7 @@ TEST(RawSource, FilesThatTheSystemDoesNotOpenAreErrors) {
 }
 #endif
 
-// Many are read at once where scans follow each other; in any order they are the same.
+// Consecutive scans are read many at a time; in any other order the results are the same.
 TEST(RawSource, ScansMayBeReadInAnyOrder) {
   const TempDirectory directory = PlainDirectory(2, 40).Build();
   const std::unique_ptr<Source> source = Open(directory);
@@ -580,7 +579,7 @@ TEST(RawSource, FunctionWithAnIndexAloneIsListed) {
   }
 }
 
-TEST(RawSource, ProcessedFunctionsTellWhatTheyGoBackTo) {
+TEST(RawSource, ProcessedFunctionsNameTheirOrigin) {
   RawDirectoryBuilder raw = PlainDirectory(2);
   raw.history = {{.processNumber = 7, .rawFunctionNumber = 2, .processCode = 3},
                  {.processNumber = 7, .rawFunctionNumber = 1, .processCode = 3}};
@@ -595,7 +594,7 @@ TEST(RawSource, ProcessedFunctionsTellWhatTheyGoBackTo) {
   EXPECT_EQ(source->Functions(0)[3].id, (FunctionId{1, 7, 2}));
 }
 
-TEST(RawSource, DataFileOpensItsFunctionAlone) {
+TEST(RawSource, DataFileOpensOnlyItsFunction) {
   RawDirectoryBuilder raw = PlainDirectory(3);
   raw.history = {{.processNumber = 2, .rawFunctionNumber = 1}};
   raw.processed[2] = Plain(1);
@@ -612,14 +611,14 @@ TEST(RawSource, DataFileOpensItsFunctionAlone) {
   EXPECT_EQ(StatusOfOpening(PathOf(directory, "_FUNC009.DAT")), Status::kNotRecognised);
 }
 
-TEST(RawSource, SeparatorBehindTheFolderMakesNoDifference) {
+TEST(RawSource, TrailingSeparatorMakesNoDifference) {
   const TempDirectory directory = PlainDirectory(1).Build();
   const std::unique_ptr<Source> source = Open(directory, "");
   EXPECT_EQ(source->SampleMetadata(0)[4].value, Open(directory)->SampleMetadata(0)[4].value);
   EXPECT_EQ(source->Functions(0).size(), 1u);
 }
 
-TEST(RawSource, WhatIsMissingIsSaid) {
+TEST(RawSource, MissingFilesAreNamed) {
   const TempDirectory directory = PlainDirectory(1).Build();
   const std::u8string u8 = directory.Path().u8string();
   const std::string path(u8.begin(), u8.end());
@@ -651,7 +650,7 @@ TEST(RawSource, WholeRecordsOfACutFunctionTableAreRead) {
   EXPECT_EQ(source->Findings()[0].code, FindingCode::kFunctionTableCut);
 }
 
-// The findings are about what the scans are taken from.
+// The findings refer to the index that the scans were taken from.
 TEST(RawSource, FindingsAreOfTheIndicesThatWereLoaded) {
   const TempDirectory directory = PlainDirectory(2).Build();
   const std::unique_ptr<Source> source = Open(directory);
@@ -709,7 +708,7 @@ TEST(RawSource, LockMassIsKnownByItsLabel) {
   EXPECT_TRUE(source->Functions(0)[1].isLockMass);
 }
 
-TEST(RawSource, WhatNoFileTellsIsAbsent) {
+TEST(RawSource, ValuesThatNoFileHasAreAbsent) {
   RawDirectoryBuilder raw = PlainDirectory(1);
   const TempDirectory directory = raw.Build();
   const std::unique_ptr<Source> source = Open(directory);

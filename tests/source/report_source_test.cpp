@@ -1,4 +1,4 @@
-// Reports as a source: the numbers of the slots where both have them, and none where the file has none.
+// Reports as a source: the same numbers as in the slots, and none where the file has none.
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -37,7 +37,7 @@ ReportLines TraceOf(const std::string& name) {
   return ChromatogramBlock(Keys({{"Description", name}, {"MaxIntensity", "3"}}), {{1, 50}, {2, 25}});
 }
 
-// Functions of every kind and either polarity, with and without spectra, chromatograms and names.
+// Functions of every kind and both polarities, with and without spectra, chromatograms and names.
 ReportLines MixedReport() {
   return SampleBlock(
              Keys({{"FileName", "first"}, {"SampleID", "vial"}, {"UserName", "me"}, {"Date", "1-Jan-2026"}}) +
@@ -80,7 +80,7 @@ Read Points(Source& source, int scan, int function = 0) {
   return read;
 }
 
-// The slots have zeros where the file has nothing.
+// The slots give zeros where the file has nothing.
 double ZeroForNone(double value) { return std::isnan(value) ? 0 : value; }
 
 void ExpectSeries(const Chromatogram& ours, const CZRChromatogram& theirs) {
@@ -156,7 +156,7 @@ void ExpectSameFunction(Source& source, CDataServerImpl& server, int sample, int
   ExpectSameMetadata(source, server, sample, function);
 }
 
-// Each question once, so that the traces of samples without other functions are those of the first look.
+// Each question once, so the traces of samples without other functions are those of the first look.
 void ExpectTheSlotsNumbers(Source& source, const std::wstring& path) {
   plugin::COpenLynxRptDataServerImpl server;
   ASSERT_TRUE(server.Open(path));
@@ -198,7 +198,7 @@ TEST_F(ReportSourceTest, MixedReportHasTheSlotsNumbers) {
   ExpectTheSlotsNumbers(*source, directory_.WidePath("report.rpt"));
 }
 
-// Which the lists of the slots do not tell apart from places.
+// The lists of the slots do not distinguish these from places.
 TEST_F(ReportSourceTest, NumbersOfFunctionsCountEmptyAndAnalogOnes) {
   const auto numbersOf = [](Source& source) {
     std::vector<int> numbers;
@@ -218,8 +218,8 @@ TEST_F(ReportSourceTest, PointsAscendStably) {
   EXPECT_EQ(Points(*source, 0).intensities, (Doubles{2, 4, 1, 3}));
 }
 
-// Deliberate: "BPI 0" is what the file says, and 100 percent all the same.
-TEST_F(ReportSourceTest, WhatTheFileDoesNotTellIsAbsent) {
+// Deliberate: "BPI 0" is shown as in the file, but 100 percent is still 100.
+TEST_F(ReportSourceTest, ValuesThatTheFileLacksAreAbsent) {
   const auto source = Open(SampleBlock(FunctionOf(
       "MS", SpectrumBlock(Keys({{"Time", "1.5"}, {"BPI", "0"}, {"TIC", "9"}}), {{1, 2}}) +
                 SpectrumBlock(Keys({{"Time", "soon"}, {"TIC", "many"}, {"Continuum", "FALSE"}}), {{1, 2}}))));
@@ -260,9 +260,9 @@ struct ListCase {
   Doubles mz;
 };
 
-// Lines are counted without their numbers, so there may be room for more points than there are; a line of
-// more than 999 bytes is several.
-TEST_F(ReportSourceTest, RoomIsForEachLineThatMayBeAPoint) {
+// Lines are counted without reading their numbers, so there may be room for more points than exist; a line of
+// more than 999 bytes counts as several.
+TEST_F(ReportSourceTest, RoomIsMadeForEachLineThatMayBeAPoint) {
   const std::vector<ListCase> cases = {
       {"", 0, {}},
       {"{\n", 0, {}},
@@ -286,8 +286,8 @@ TEST_F(ReportSourceTest, RoomIsForEachLineThatMayBeAPoint) {
   }
 }
 
-// One scan is kept in mind, and another one asked for in between changes nothing.
-TEST_F(ReportSourceTest, ValuesBehindTheListCount) {
+// One scan is remembered; requesting another in between changes nothing.
+TEST_F(ReportSourceTest, ValuesAfterTheListCount) {
   const ReportLines late =
       Block("[SPECTRUM]", Block("[MS]", Line("5 50")) + Keys({{"Time", "3"}, {"TIC", "8"}, {"BPI", "10"}}));
   const auto source = Open(SampleBlock(FunctionOf("MS", late + SpectrumAt("4", {{6, 25}, {7, 50}}))));
@@ -301,7 +301,7 @@ TEST_F(ReportSourceTest, ValuesBehindTheListCount) {
   }
 }
 
-TEST_F(ReportSourceTest, IonsAndReactionsAreToldApart) {
+TEST_F(ReportSourceTest, IonsAndReactionsAreDistinguished) {
   const auto source =
       Open(SampleBlock(FunctionOf("SIM of 3", SpectrumAt("1")) + FunctionOf("MRM", SpectrumAt("1"), "ES") +
                        FunctionOf("MS", SpectrumAt("1"), "ES-")));
@@ -328,7 +328,7 @@ TEST_F(ReportSourceTest, MetadataOfTheSampleNeedNoFunction) {
   EXPECT_TRUE(source->FunctionText(1, 0)->starts_with("[FUNCTION]\n{\n"));
 }
 
-// Of a function and of what is in it.
+// The content of a function.
 struct Content {
   int number = 0;
   Doubles minutes;
@@ -349,7 +349,7 @@ std::vector<Content> ContentsOf(Source& source) {
   return contents;
 }
 
-// The closing brace of the first function is lost, so that a host sees the blocks of all of them in it.
+// The closing brace of the first function is missing, so a host sees the blocks of all functions in it.
 TEST_F(ReportSourceTest, BlockCountsForTheInnermostFunction) {
   const auto function = [](const char* time) {
     return FunctionOf("MS", SpectrumAt(time) + TraceOf(std::string("t") + time));
@@ -375,8 +375,8 @@ TEST_F(ReportSourceTest, BlockCountsForTheInnermostFunction) {
   EXPECT_EQ(server.GetFunctionTraceCount(0, 0), 4);
 }
 
-// Behind the inner function's end the outer one goes on.
-TEST_F(ReportSourceTest, FunctionGoesOnBehindAFunctionInIt) {
+// After the inner function's end the outer one continues.
+TEST_F(ReportSourceTest, FunctionContinuesAfterAFunctionInIt) {
   const ReportLines inner = FunctionOf("MS2", SpectrumAt("3"));
   const auto source = Open(SampleBlock(FunctionOf("MS", SpectrumAt("1") + inner + SpectrumAt("2"))));
   const std::vector<Content> contents = ContentsOf(*source);
@@ -389,7 +389,7 @@ TEST_F(ReportSourceTest, FunctionGoesOnBehindAFunctionInIt) {
   EXPECT_EQ(precursor->scan, 1);
 }
 
-// A chromatogram in an analog function that does not end is inside those before it as well.
+// A chromatogram in an analog function that does not end is also inside the earlier ones.
 TEST_F(ReportSourceTest, TraceInSeveralFunctionsIsOne) {
   const std::string open = "[FUNCTION]\n{\nDescription ANALOG\n";
   const auto source =
@@ -401,7 +401,7 @@ TEST_F(ReportSourceTest, TraceInSeveralFunctionsIsOne) {
   EXPECT_EQ(traces[1].number, 2);
 }
 
-// Of each question the answer alone, then all of them backwards and again.
+// Each question by itself, then all of them backwards and again.
 TEST_F(ReportSourceTest, OrderOfQuestionsDoesNotMatter) {
   const std::string path = Write(ReportText(MixedReport()));
   const std::vector<std::function<double(Source&)>> questions = {
@@ -432,7 +432,8 @@ TEST_F(ReportSourceTest, OrderOfQuestionsDoesNotMatter) {
   }
 }
 
-// Among functions of level 1 with the same polarity and kind of spectra the last of the closest scans counts.
+// Among functions of level 1 with the same polarity and kind of spectra, the last of the closest scans
+// counts.
 TEST_F(ReportSourceTest, PrecursorIsTheClosestScanBefore) {
   const ReportLines survey = FunctionOf("MS", SpectrumAt("1") + SpectrumAt("2") + SpectrumAt("3"));
   const ReportLines product = FunctionOf("MS2", SpectrumAt("2.5") + SpectrumAt("0.5"));
@@ -445,7 +446,7 @@ TEST_F(ReportSourceTest, PrecursorIsTheClosestScanBefore) {
   EXPECT_FALSE(source->FindPrecursor(0, 0, 2));
 }
 
-TEST_F(ReportSourceTest, PositionsThatThereAreNotThrow) {
+TEST_F(ReportSourceTest, PositionsOutOfRangeThrow) {
   const auto source = Open(MixedReport());
   EXPECT_THROW(source->SampleName(3), Error);
   EXPECT_THROW(source->Functions(-1), Error);
@@ -462,7 +463,7 @@ struct Damage {
   int sample = 0;
 };
 
-// The sound report, and each edit that it does not survive beside one that it does.
+// The sound report, and each damaging edit next to a harmless one.
 TEST_F(ReportSourceTest, FindingsAreOfBlocksThatDoNotEnd) {
   const std::string first = ReportText(SampleBlock(FunctionOf("MS", SpectrumAt("1"))));
   const auto without = [&](std::size_t braces) { return first.substr(0, first.size() - 2 * braces); };
@@ -503,7 +504,7 @@ TEST_F(ReportSourceTest, SeveralFindingsAreOnePerSample) {
   EXPECT_EQ(findings[2].problem, "ends inside 1 block");
 }
 
-TEST_F(ReportSourceTest, ReportsAreRecognisedAsTheSlotsDo) {
+TEST_F(ReportSourceTest, ReportsAreRecognisedAsInTheSlots) {
   const std::string report = "[SAMPLE]\n{\n}\n";
   EXPECT_NE(OpenReport(Write(report, "a.rpt")), nullptr);
   EXPECT_NE(OpenReport(Write(report, "a.RpT")), nullptr);

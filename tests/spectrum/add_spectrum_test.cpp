@@ -17,7 +17,7 @@
 namespace zrml {
 namespace {
 
-// Statistics from before the points were changed would be others.
+// Statistics from before the change of points would differ.
 void ExpectCurrentStatistics(CZRMassSpectrum& spectrum) {
   const Doubles intensities = Intensities(spectrum);
   EXPECT_EQ(spectrum.GetTotalIntensity(), std::accumulate(intensities.begin(), intensities.end(), 0.0));
@@ -39,7 +39,7 @@ void ExpectPoints(const CZRMassSpectrum& spectrum, const Doubles& masses, const 
   EXPECT_EQ(spectrum.GetCount(), static_cast<int>(masses.size()));
 }
 
-// Sets what a sum may keep or reset.
+// Sets everything that a sum may keep or reset.
 void SetAttributes(CZRMassSpectrum& spectrum) {
   spectrum.SetTitle(HostString(L"title"));
   spectrum.SetLabel(HostString(L"label"));
@@ -157,7 +157,7 @@ TEST(AddCentroidSpectra, WithoutSummingEqualMassesStayApartTargetFirst) {
   ExpectPoints(target, {100, 100, 200}, {1, 7, 2});
 }
 
-// Every optional array of a spectrum; entries tell spectrum and point.
+// Every optional array of a spectrum; entries identify spectrum and point.
 void FillArrays(CZRMassSpectrum& spectrum, int base) {
   spectrum.EnablePointFlags(true);
   spectrum.EnablePointValues(true);
@@ -316,7 +316,7 @@ TEST(AddSpectrum, ASpectrumAddedToItselfKeepsItsData) {
   }
 }
 
-// The last point has lost its intensity: it takes no part in a sum.
+// The last point has lost its intensity and takes no part in a sum.
 TEST(AddSpectrum, DataOfPointsThatOnlyOneArrayHasAreReleased) {
   for (const bool centroided : {false, true}) {
     Ledger ledger(4);
@@ -352,7 +352,7 @@ TEST(AddSpectrum, FailedAllocationReleasesNothing) {
       EXPECT_TRUE(target.OwnsPointData());
       EXPECT_EQ(Data(target), (std::vector<void*>{ledger.At(0), ledger.At(1), ledger.At(2), ledger.At(3)}));
     };
-    // On Windows spectra are on the host's heap, which is not made to fail: fewer allocations, or none.
+    // On Windows spectra are on the host's heap, which cannot be made to fail: fewer failures, or none.
     constexpr int kLeast = std::is_same_v<HostVector<double>, std::vector<double>> ? 4 : 0;
     EXPECT_GE(FailEveryAllocation([&] { AddSpectrum(true, 0.01, source, target); }, check), kLeast);
   }
@@ -391,8 +391,8 @@ TEST(AddCentroidSpectra, TheOrderOfAdditionDoesNotMatterWithoutAWidth) {
   }
 }
 
-// Within a width it does, as docs/spectrum-arithmetic.md tells: what 100.004 takes in first moves it away
-// from the other.
+// Within a width it does, as docs/spectrum-arithmetic.md explains: the first peak that 100.004 absorbs moves
+// it away from the other.
 TEST(AddCentroidSpectra, TheOrderOfAdditionMattersWithAWidth) {
   const CZRMassSpectrum a = MakeCentroids({100.000}, {10});
   const CZRMassSpectrum b = MakeCentroids({100.004}, {30});
@@ -403,7 +403,7 @@ TEST(AddCentroidSpectra, TheOrderOfAdditionMattersWithAWidth) {
   EXPECT_EQ(Intensities(bcThenA), (Doubles{10, 50}));
 }
 
-// Adds with ever more memory until that is enough; target has SetAttributes and FillArrays.
+// Adds with more and more memory until it is enough; target has SetAttributes and FillArrays.
 void ExpectUnchangedByFailures(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
   const CZRMassSpectrum before = target;
   const auto check = [&] {
@@ -411,7 +411,7 @@ void ExpectUnchangedByFailures(const CZRMassSpectrum& source, CZRMassSpectrum& t
     ExpectAttributesKept(target);
     EXPECT_EQ(Values(target), Values(before));
   };
-  // On Windows spectra are on the host's heap, which is not made to fail: fewer allocations, or none.
+  // On Windows spectra are on the host's heap, which cannot be made to fail: fewer failures, or none.
   constexpr int kLeast = std::is_same_v<HostVector<double>, std::vector<double>> ? 4 : 0;
   EXPECT_GE(FailEveryAllocation([&] { AddSpectrum(true, 0.01, source, target); }, check), kLeast);
 }
@@ -491,7 +491,7 @@ Doubles Steps(double low, std::size_t count) {
   return masses;
 }
 
-// Together the points have a law of the target's step: the source's own law alone tells.
+// The combined points have a law of the target's step: only the source's own law shows the difference.
 TEST(AddProfileSpectra, ASourceOfAnotherLawIsResampledThoughTheSumHasTheTargets) {
   const CZRMassSpectrum target = MakeProfile(Steps(100, 20), Doubles(20, 1));
   Doubles expected(20, 1);
@@ -500,15 +500,16 @@ TEST(AddProfileSpectra, ASourceOfAnotherLawIsResampledThoughTheSumHasTheTargets)
                Masses(target), expected);
 }
 
-// Both have steps of 1 and begin apart, together they have steps of 1/2: the law of the sum alone tells.
+// Both have steps of 1 with an offset, together they have steps of 1/2: only the law of the sum shows it.
 TEST(AddProfileSpectra, ASumOfAnotherLawIsResampled) {
   const CZRMassSpectrum target = MakeProfile(Steps(100, 11), Doubles(11, 1));
   ExpectPoints(Sum(true, 0.01, MakeProfile(Steps(101.5, 9), Doubles(9, 2)), target), Masses(target),
                {1, 2, 3, 3, 3, 3, 3, 3, 3, 3, 2});
 }
 
-// A few points of the source among many of the target leave the law of the sum: the first steps alone tell.
-TEST(AddProfileSpectra, FirstStepsThatAreBothWiderThanTheSumsTellInterleavedGrids) {
+// A few points of the source among many of the target do not change the law of the sum: only the first steps
+// show it.
+TEST(AddProfileSpectra, FirstStepsThatAreBothWiderThanTheSumsShowInterleavedGrids) {
   const CZRMassSpectrum target = MakeProfile(Steps(100, 21), Doubles(21, 1));
   Doubles expected(21, 1);
   expected[0] = expected[3] = 2;
@@ -537,7 +538,7 @@ TEST(AddProfileSpectra, InterleavedGridsAreResampled) {
   ExpectPoints(target, {100, 101, 102, 103, 104, 105, 106}, {1, 4, 7, 7, 3, 2, 0});
 }
 
-// The first steps alone tell: a source that starts later is merged, half a step apart or not.
+// Only the first steps decide: a source that starts later is merged, half a step apart or not.
 TEST(AddProfileSpectra, GridsThatInterleaveOnlyLaterAreMergedDeliberately) {
   CZRMassSpectrum target =
       MakeProfile({100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110}, Doubles(11, 1));

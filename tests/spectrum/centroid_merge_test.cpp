@@ -41,7 +41,7 @@ TEST(PeakWidthAt, HalfAStepOfTheScanLawComesOnTop) {
   EXPECT_EQ(PeakWidthAt(context, 500), 1.0);
 }
 
-// Weighted means of whole intensities and masses that are multiples of 1/1024 or come out as such are exact.
+// Weighted means are exact when intensities are whole numbers and masses and results are multiples of 1/1024.
 TEST(MergePeaks, CasesByHand) {
   const struct {
     const char* name;
@@ -57,7 +57,7 @@ TEST(MergePeaks, CasesByHand) {
       {"capped: 0.4 apart", 5, {100, 100.375}, {1, 3}, {100.28125}, {4}},
       {"both sides", 1, {99.5, 100, 100.5}, {1, 2, 1}, {100}, {4}},
       {"the strongest decides", 1, {99.25, 99.75, 100.25}, {2, 1, 4}, {99.25, 100.15}, {2, 5}},
-      // 100 takes in 100.25 and moves to 100.125, within reach of 100.4375, but 100.25 is in between.
+      // 100 absorbs 100.25 and moves to 100.125, within reach of 100.4375, but 100.25 is in between.
       {"a walk ends at an absorbed point",
        0.75,
        {100, 100.25, 100.4375},
@@ -132,7 +132,7 @@ TEST(MergePeaks, OptionalArraysAreDroppedButMarksAreCutToSize) {
   EXPECT_EQ(spectrum.GetPointMarks()[1], 2);  // not moved along with its point: deliberate
 }
 
-TEST(MergePeaks, TellsWhichPointsWentIntoEachPeak) {
+TEST(MergePeaks, ReportsWhichPointsWentIntoEachPeak) {
   CZRMassSpectrum spectrum = MakeCentroids({99.75, 100, 100.25, 200, 300, 300.125}, {1, 9, 1, 5, 2, 3});
   std::vector<MergedPeak> merged = {{7, 7, 7}};
   EXPECT_EQ(MergePeaks(WidthOf(0.5), 1, spectrum, &merged), 3);
@@ -170,18 +170,18 @@ TEST(MergeCentroidPeaks, ANegativeWidthCountsAsOne) {
 TEST(MergePeaks, NaNsNeitherHangNorSpread) {
   const double nan = std::nan("");
   CZRMassSpectrum spectrum = MakeCentroids({100, nan, 100.125, 300}, {nan, 5, nan, 7});
-  EXPECT_EQ(MergePeaks(WidthOf(0.5), 1, spectrum), 3);  // NaN is no mass
+  EXPECT_EQ(MergePeaks(WidthOf(0.5), 1, spectrum), 3);  // NaN is not a mass
   EXPECT_EQ(Masses(spectrum)[2], 300);
   EXPECT_EQ(Intensities(spectrum)[2], 7);
-  // A neighbour whose intensity is no number makes no sum: it goes, and the peak stays as it was.
+  // A neighbour with a NaN intensity makes no sum: it is removed, and the peak is unchanged.
   spectrum = MakeCentroids({100, 100.125}, {nan, 5});
   EXPECT_EQ(MergePeaks(WidthOf(0.5), 1, spectrum), 1);
   EXPECT_EQ(Masses(spectrum), (Doubles{100.125}));
   EXPECT_EQ(Intensities(spectrum), (Doubles{5}));
 }
 
-// The same rules in another way: the next peak is looked for among all that are left to visit, and a window
-// is a scan over the whole list for the stretch of points that no absorbed point interrupts.
+// The same rules in another way: the next peak is searched among all that remain, and a window is a scan over
+// the whole list for the stretch of points without an absorbed point.
 struct BrutePeak {
   double mass;
   double intensity;
@@ -213,7 +213,7 @@ std::vector<BrutePeak> BruteForce(const Doubles& masses, const Doubles& intensit
     for (const int direction : {-1, 1}) {
       for (int i = best + direction; i >= 0 && i < static_cast<int>(peaks.size()); i += direction) {
         BrutePeak& other = peaks[static_cast<std::size_t>(i)];
-        // Of masses that no longer ascend only the far bound counts.
+        // When masses no longer ascend only the far bound counts.
         if (other.mass <= 0 || (direction < 0 ? other.mass < low : other.mass > high)) break;
         moment += other.intensity * other.mass;
         sum += other.intensity;
@@ -239,7 +239,7 @@ TEST(MergeCentroidPeaks, AgreesWithBruteForceOnRandomLists) {
     for (int i = 0; i < count; ++i) {
       mass += random.Below(4) == 0 ? 2 * UnitNumber(random) : 0.02 * UnitNumber(random);
       masses.push_back(mass);
-      // Few values, so that many are equal, or all different.
+      // Either few values, so many are equal, or all different.
       intensities.push_back(round % 2 == 0 ? random.Below(5) : 1 + 1e6 * UnitNumber(random));
     }
     const bool absolute = random.Below(2) == 0;
@@ -292,7 +292,7 @@ TEST(AddCentroidSpectra, AgreesWithBruteForceOnTwoListsOfAnySigns) {
     std::vector<BrutePeak> expected = BruteForce(masses[2], intensities[2], absolute, width);
     CZRMassSpectrum target = MakeCentroids(masses[0], intensities[0]);
     AddCentroidSpectra(absolute, width, MakeCentroids(masses[1], intensities[1]), target, true);
-    if (both.size() < 2) continue;  // stays as it is
+    if (both.size() < 2) continue;  // stays unchanged
     ASSERT_EQ(target.GetCount(), static_cast<int>(expected.size()));
     for (std::size_t i = 0; i < expected.size(); ++i) {
       ASSERT_EQ(Masses(target)[i], expected[i].mass) << "round " << round;

@@ -1,5 +1,5 @@
 // Access to members of the containers by their offset in the contract with hosts (docs/host-contract.md): for
-// members that have no operation of their own, and as a check of the offsets.
+// members without an operation, and to check the offsets.
 #pragma once
 
 #include <cstddef>

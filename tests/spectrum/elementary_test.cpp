@@ -34,7 +34,7 @@ TEST(Elementary, EndsOfTheRange) {
   EXPECT_EQ(PortableExp(-1000), 0);
   EXPECT_EQ(PortableExp(-kInfinity), 0);
   EXPECT_TRUE(std::isnan(PortableExp(std::nan(""))));
-  // ln 2^-1074 and e^709 as tables have them.
+  // ln 2^-1074 and e^709 from tables.
   EXPECT_LE(UlpsBetween(PortableLog(0x1p-1074), -744.4400719213812), 1);
   EXPECT_LE(UlpsBetween(PortableExp(709), 8.218407461554972e307), 1);
   EXPECT_LE(UlpsBetween(PortableExp(-708), 3.307553003638408e-308), 1);
@@ -44,7 +44,7 @@ TEST(Elementary, EndsOfTheRange) {
   EXPECT_EQ(PortableExp(-708.3964185322642), 0);
 }
 
-// The C library's are good to a unit in the last place; ours may be off by two of their own.
+// The C library's are good to a unit in the last place; ours may be off by two more.
 TEST(Elementary, FollowTheCLibraryWithinUnitsOfTheLastPlace) {
   RandomNumbers random(7);
   for (int i = 0; i < 200000; ++i) {
@@ -57,13 +57,13 @@ TEST(Elementary, FollowTheCLibraryWithinUnitsOfTheLastPlace) {
   }
 }
 
-// The doubles nearest to the true values, worked to 60 digits; elsewhere a result may be a unit off.
+// The doubles nearest to the true values, computed to 60 digits; elsewhere a result may be a unit off.
 TEST(Elementary, NearestDoubles) {
   EXPECT_EQ(PortableLog(2), 0x1.62e42fefa39efp-1);
   EXPECT_EQ(PortableLog(10), 0x1.26bb1bbb55516p+1);
   EXPECT_EQ(PortableLog(500), 0x1.8dbc239b0b862p+2);
   EXPECT_EQ(PortableLog(5000), 0x1.108cd8bc5b177p+3);
-  // The last two terms of the series decide these.
+  // These depend on the last two terms of the series.
   EXPECT_EQ(PortableLog(1.395953), 0x1.55954c15d512fp-2);
   EXPECT_EQ(PortableLog(1.394139), 0x1.54406d5fb8985p-2);
   EXPECT_EQ(PortableExp(0.5), 0x1.a61298e1e069cp+0);

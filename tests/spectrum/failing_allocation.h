@@ -1,4 +1,4 @@
-// Lets the allocations of the test program fail, one after the other.
+// Makes the allocations of the test program fail, one after the other.
 #pragma once
 
 #include <new>
@@ -14,8 +14,8 @@ class FailingAllocation {
   ~FailingAllocation();
 };
 
-/// Runs `attempt` with ever more allocations allowed until it succeeds; `check` runs after each failure.
-/// Gives the number of failures.
+/// Runs `attempt` with more and more allocations allowed until it succeeds; `check` runs after each failure.
+/// Returns the number of failures.
 template <class Attempt, class Check>
 int FailEveryAllocation(Attempt attempt, Check check) {
   for (int failures = 0;; ++failures) {

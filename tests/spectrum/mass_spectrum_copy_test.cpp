@@ -1,4 +1,4 @@
-// Which members of a mass spectrum copies and moves take along.
+// Which members of a mass spectrum are copied and moved.
 #include <utility>
 #include <vector>
 
@@ -9,8 +9,8 @@
 namespace zrml {
 namespace {
 
-/// Hands a spectrum with one changed member to `copy` for every case, and expects the change in the result or
-/// not.
+/// Passes a spectrum with one changed member to `copy` in every case and checks whether the result has the
+/// change.
 template <class Copy>
 void ExpectCopied(const std::vector<MemberCase>& cases, bool copied, Copy copy) {
   for (const MemberCase& member : cases) {

@@ -1,4 +1,4 @@
-// What the tests of the mass spectrum share.
+// Shared by the tests of the mass spectrum.
 #pragma once
 
 #include <cstdint>
@@ -40,8 +40,7 @@ inline std::vector<bool> PresenceFlags(const CZRMassSpectrum& s) {
   return {s.HasPointFlags(), s.HasPointData(), s.HasPointValues(), s.HasPointMarks()};
 }
 
-/// One member at its offset in the contract, with ways to change it and to see whether it holds the changed
-/// value.
+/// One member at its offset in the contract, with functions to change it and to check for the changed value.
 struct MemberCase {
   const char* name;
   void (*change)(CZRMassSpectrum&);
@@ -79,7 +78,7 @@ MemberCase Vector(const char* name) {
 
 inline bool True() { return true; }
 
-/// What CopyAttributes copies: all of it, whatever the points.
+/// The members that CopyAttributes copies, whatever the points.
 inline const std::vector<MemberCase> kAttributes = {
     Text<160>("title"),
     Flag<192>("centroided", True),
@@ -111,7 +110,7 @@ inline const std::vector<MemberCase> kAttributes = {
     Number<std::int64_t, 536>("reserved word"),
 };
 
-/// What copying a whole spectrum copies besides.
+/// The further members that copying a whole spectrum copies.
 inline const std::vector<MemberCase> kWholeCopyOnly = {
     Vector<double, 312>("uncopied vector 1"),
     Vector<double, 336>("uncopied vector 2"),

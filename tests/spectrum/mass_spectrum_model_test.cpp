@@ -1,4 +1,4 @@
-// Random operations on a spectrum beside a plain model of it.
+// Random operations on a spectrum and on a plain model of it.
 #include <algorithm>
 #include <vector>
 
@@ -28,7 +28,7 @@ struct Model {
     intensities.resize(size);
     flags.resize(withFlags ? size : 0);
     values.resize(withValues ? size : 0);
-    if (count == 0) return;  // clearing keeps the use of the optional arrays
+    if (count == 0) return;  // clearing keeps the optional arrays in use
     hasFlags = withFlags;
     hasValues = withValues;
   }
@@ -188,7 +188,7 @@ void ExpectSame(CZRMassSpectrum& s, const Model& model, RandomNumbers& random) {
   ExpectSameRanges(s, model, random);
 }
 
-TEST(MassSpectrumModel, RandomOperationsKeepTheSpectrumAndTheModelAlike) {
+TEST(MassSpectrumModel, RandomOperationsKeepTheSpectrumEqualToTheModel) {
   for (std::uint64_t seed = 1; seed <= 200; ++seed) {
     SCOPED_TRACE(seed);
     RandomNumbers random(seed * 0x9E3779B97F4A7C15ULL);

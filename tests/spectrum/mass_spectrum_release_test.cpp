@@ -42,7 +42,7 @@ class DataOwner {
   int nullReleases_ = 0;
 };
 
-TEST(MassSpectrumRelease, HandsOutWhatASizingRemoves) {
+TEST(MassSpectrumRelease, ReleasesWhatResizingRemoves) {
   const struct {
     const char* name;
     void (*act)(CZRMassSpectrum&);
@@ -86,13 +86,13 @@ TEST(MassSpectrumRelease, HandsOutWhatASizingRemoves) {
   }
 }
 
-TEST(MassSpectrumRelease, TheDestructorHandsOutEveryDatumOnce) {
+TEST(MassSpectrumRelease, TheDestructorReleasesEveryDatumOnce) {
   DataOwner owner;
   { const CZRMassSpectrum s = owner.Make(); }
   EXPECT_EQ(owner.Releases(), "11111");
 }
 
-TEST(MassSpectrumRelease, NullDataAreHandedOutToo) {
+TEST(MassSpectrumRelease, NullDataAreReleasedToo) {
   DataOwner owner;
   CZRMassSpectrum s = owner.Make();
   s.SetSize(7);
@@ -101,7 +101,7 @@ TEST(MassSpectrumRelease, NullDataAreHandedOutToo) {
   EXPECT_EQ(owner.NullReleases(), 2);
 }
 
-TEST(MassSpectrumRelease, WithoutPointDataNothingIsHandedOut) {
+TEST(MassSpectrumRelease, WithoutPointDataNothingIsReleased) {
   DataOwner owner;
   CZRMassSpectrum s = owner.Make();
   s.EnablePointData(false);
@@ -111,7 +111,7 @@ TEST(MassSpectrumRelease, WithoutPointDataNothingIsHandedOut) {
   EXPECT_EQ(owner.NullReleases(), 0);
 }
 
-TEST(MassSpectrumRelease, AMovedSpectrumHandsOutEachDatumOnce) {
+TEST(MassSpectrumRelease, AMovedSpectrumReleasesEachDatumOnce) {
   DataOwner taken;
   DataOwner replaced;
   {
@@ -127,7 +127,7 @@ TEST(MassSpectrumRelease, AMovedSpectrumHandsOutEachDatumOnce) {
 }
 
 TEST(MassSpectrumRelease, ACopyHoldsTheSameDataAndReleasesThemAgain) {
-  // Deliberate: data are not duplicated, and whoever sets the function answers for a single release.
+  // Deliberate: data are not duplicated, and code that sets the function is responsible for a single release.
   DataOwner owner;
   {
     CZRMassSpectrum copy(owner.Make());

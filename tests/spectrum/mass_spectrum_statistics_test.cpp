@@ -41,7 +41,7 @@ TEST(MassSpectrumStatistics, DescribeTheIntensities) {
       {"all zero", {0, 0}, {0, 100, 0, 0, 0}},
       {"all negative", {-2, -1, -3}, {-6, 101, -1, 1, -3}},
       {"infinite", {1, kInfinity, 2}, {kInfinity, 101, kInfinity, 1, 1}},
-      // Nothing is above the start of the search, the lowest finite number.
+      // No value is above the start of the search, the lowest finite number.
       {"lowest", {-kLargest}, {-kLargest, 0, -kLargest, 0, -kLargest}},
   };
   for (const auto& test : cases) {
@@ -85,7 +85,7 @@ TEST(MassSpectrumStatistics, OfAnEmptySpectrumAreZeroAndCurrent) {
 TEST(MassSpectrumStatistics, StayCachedUntilInvalidated) {
   CZRMassSpectrum s = MakeSpectrum({1, 2}, {3, 4});
   EXPECT_EQ(s.GetBasePeakIntensity(), 4.0);
-  s.GetIntensities()[0] = 10;  // past the spectrum's knowledge
+  s.GetIntensities()[0] = 10;  // bypasses the spectrum
   EXPECT_EQ(s.GetBasePeakIntensity(), 4.0);
   EXPECT_EQ(s.GetMinIntensity(), 3.0);
   s.InvalidateStatistics();
@@ -218,7 +218,7 @@ TEST(MassSpectrumRange, QueriesDoNotDependOnTheStatistics) {
   EXPECT_TRUE(s.AreStatisticsStale());
 }
 
-/// An index range that is given lies within the points.
+/// A returned index range is within the points.
 void ExpectIndexesWithin(const CZRMassSpectrum& s, double low, double high, int points) {
   int first = 0;
   int last = 0;

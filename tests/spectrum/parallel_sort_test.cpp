@@ -51,7 +51,7 @@ TYPED_TEST(ParallelSortKeys, LowestAndHighestStandAtTheEnds) {
   const std::array<ParallelArray, 2> arrays = {ArrayOf(keys), ArrayOf(names)};
 
   EXPECT_TRUE(SortParallelArrays(TypeParam::kCode, true, 5, arrays));
-  // Unsigned types have their lowest value and 0 in one: the order of equal keys stays.
+  // For unsigned types the lowest value is 0: equal keys keep their order.
   EXPECT_EQ(std::string(names.begin(), names.end()), std::is_signed_v<T> ? "L012M" : "0L12M");
   EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
 
@@ -59,7 +59,8 @@ TYPED_TEST(ParallelSortKeys, LowestAndHighestStandAtTheEnds) {
   EXPECT_EQ(std::string(names.begin(), names.end()), "M210L");
 }
 
-// Sorts the keys beside their positions and compares with the standard library's stable sort; NaN last.
+// Sorts the keys together with their positions and compares with the standard library's stable sort; NaN
+// last.
 template <int code, class T>
 void ExpectSorted(std::vector<T> keys, bool ascending) {
   std::vector<std::uint16_t> positions(keys.size());
@@ -96,7 +97,7 @@ TYPED_TEST(ParallelSortKeys, RandomKeysAgreeWithBruteForce) {
   }
 }
 
-// From a tail of one element to all of them, with few values, so that keys of the tail equal keys before it.
+// From a tail of one element to all of them, with few values, so keys of the tail equal keys before it.
 TYPED_TEST(ParallelSortKeys, ATailInOrderAgreesWithBruteForce) {
   using T = typename TypeParam::Type;
   RandomNumbers random(77);

@@ -75,7 +75,7 @@ TEST(PeakSequence, FindsTheNextThatIsNotBelowAMassOrIsUnsettled) {
   EXPECT_EQ(peaks.Find(all[2], 31), kNone);
 }
 
-// A sequence and the order that it should have. Masses mostly ascend.
+// A sequence and its expected order. Masses mostly ascend.
 class Model {
  public:
   explicit Model(std::uint32_t seed) : random_(seed) {}

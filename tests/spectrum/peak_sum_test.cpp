@@ -21,7 +21,7 @@ struct List {
   Doubles intensities;
 };
 
-// The mass 100 and so many units of 1/2048 more; half of a width of 0.01 is 10.24 units.
+// The mass 100 plus `units` of 1/2048; half of a width of 0.01 is 10.24 units.
 double At(int units) { return 100 + units / 2048.0; }
 
 std::vector<std::uint64_t> Bits(const Doubles& values) {
@@ -55,14 +55,14 @@ TEST(PeakSum, CasesByHand) {
     List expected;
   } cases[] = {
       {"the first list stays as it is", {{{At(0), At(8)}, {1, 3}}}, {{At(0), At(8)}, {1, 3}}},
-      // One peak alone stays, whatever its mass; of two without a mass above 0 none does.
+      // A single peak stays, whatever its mass; of two without a mass above 0 neither stays.
       {"a peak alone without a mass above 0", {{{-1}, {5}}, {{-1}, {5}}}, {{-1}, {10}}},
       {"two without a mass above 0", {{{-1}, {5}}, {{-1}, {5}}, {{-1, -0.5}, {5, 5}}}, {{}, {}}},
       {"equal masses", {{{100, 200}, {1, 2}}, {{100, 150}, {3, 4}}}, {{100, 150, 200}, {4, 4, 2}}},
       {"near masses", {{{At(0), 200}, {1, 5}}, {{At(8)}, {3}}}, {{At(6), 200}, {4, 5}}},
       {"beyond the width", {{{At(0), 200}, {1, 5}}, {{At(11)}, {3}}}, {{At(0), At(11), 200}, {1, 3, 5}}},
       {"below and above all", {{{150}, {5}}, {{100, 200}, {1, 2}}}, {{100, 150, 200}, {1, 5, 2}}},
-      // At 0 takes in 8 and moves to 4, within reach of 13, but 8 is in between.
+      // At 0 absorbs 8 and moves to 4, within reach of 13, but 8 is in between.
       {"an absorbed peak is in between",
        {{{At(0), At(8), At(13)}, {4, 4, 4}}, {{200}, {1}}},
        {{At(4), At(13), 200}, {8, 4, 1}}},
@@ -70,25 +70,25 @@ TEST(PeakSum, CasesByHand) {
       {"what became near merges at the next addition, though that is far away",
        {{{At(0), At(8), At(13)}, {4, 4, 4}}, {{200}, {1}}, {{300}, {1}}},
        {{At(7), 200, 300}, {12, 1, 1}}},
-      // What goes into a peak without an intensity above 0 is lost.
+      // Peaks absorbed by one without an intensity above 0 are lost.
       {"negative intensities", {{{At(0), 200}, {-1, 5}}, {{At(8)}, {-3}}}, {{At(0), 200}, {-1, 5}}},
       // (3 * 0 - 2 * 8) / 1 = -16 and (3 * 8 - 2 * 0) / 1 = 24
       {"a negative neighbour pushes a peak away",
        {{{50, At(0), At(100)}, {1, 3, 5}}, {{At(8)}, {-2}}},
        {{50, At(-16), At(100)}, {1, 1, 5}}},
-      // At 0 and 8 become one at 24, which is visited first; At 26 then takes it in: (24 + 26) / 2.
+      // At 0 and 8 merge at 24, visited first; At 26 then absorbs the result: (24 + 26) / 2.
       {"to where a weaker one takes it in",
        {{{50, At(8), At(26)}, {1, 3, 1}}, {{At(0)}, {-2}}},
        {{50, At(25)}, {1, 2}}},
-      // At 29 was visited before, when nothing was near it, so that it happens at the next addition.
+      // At 29 was visited earlier, when nothing was near it, so the merge happens at the next addition.
       {"to where a stronger one is",
        {{{50, At(8), At(29)}, {1, 3, 4}}, {{At(0)}, {-2}}},
        {{50, At(24), At(29)}, {1, 1, 4}}},
       {"to where a stronger one takes it in later",
        {{{50, At(8), At(29)}, {1, 3, 4}}, {{At(0)}, {-2}}, {{}, {}}},
        {{50, At(28)}, {1, 5}}},
-      // 24 stands before 20 then, and 22 goes before it. 20, the strongest, takes in all that is not below
-      // its window: (22 + 24 + 4 * 20) / 6.
+      // 24 is then placed before 20, and 22 before that. 20, the strongest, absorbs all that is not below its
+      // window: (22 + 24 + 4 * 20) / 6.
       {"past its neighbour, where what is added goes before it",
        {{{At(8), At(20)}, {3, 4}}, {{At(0)}, {-2}}, {{50, At(22)}, {1, 1}}},
        {{50, At(21)}, {1, 6}}},
@@ -112,10 +112,10 @@ TEST(PeakSum, CasesByHand) {
 
 // 3 times 100.1, 0x1.9066666666666p+6, lies halfway between two doubles and is rounded down to
 // 0x1.2c4ccccccccccp+8, a third of which is two thirds of a unit below 100.1.
-TEST(PeakSum, APeakAloneIsWeighedByItselfDeliberately) {
+TEST(PeakSum, APeakWithoutNeighboursIsDeliberatelyWeighedByItself) {
   const double lower = 0x1.9066666666665p+6;
   ExpectSum(SumOf({{{100.1}, {3}}, {{200}, {1}}}), {{lower, 200}, {3, 1}});
-  ExpectSum(SumOf({{{100.1}, {1}}, {{100.1}, {2}}}), {{100.1}, {3}});  // all there is
+  ExpectSum(SumOf({{{100.1}, {1}}, {{100.1}, {2}}}), {{100.1}, {3}});  // nothing else
   ExpectSum(SumOf({{{100.1}, {1}}, {{100.1}, {2}}, {{200}, {1}}}), {{lower, 200}, {3, 1}});
   ExpectSum(SumOf({{{1e-200, 2e-200}, {1e-200, 1e-200}}, {{100.1}, {3}}}), {{lower}, {3}});
   // With 300, far away, at each addition, whichever is added first.
@@ -123,7 +123,7 @@ TEST(PeakSum, APeakAloneIsWeighedByItselfDeliberately) {
   ExpectSum(SumOf({{{300}, {1}}, {{100.1}, {3}}}), {{lower, 300}, {3, 1}});
 }
 
-TEST(PeakSum, TellsWhetherTheSumHasChanged) {
+TEST(PeakSum, ReturnsWhetherTheSumHasChanged) {
   const Doubles masses = {100, 200};
   const Doubles zeros = {0, 0};
   PeakSum sum(0.01, masses, Doubles{1, 2});
@@ -144,8 +144,8 @@ bool AreSame(const Doubles& a, const Doubles& b) {
                     [](double one, double other) { return AreSame(one, other); });
 }
 
-// What an addition is: all peaks of both in order, then all of them visited. Written without any of the code
-// that is tested.
+// The definition of an addition: all peaks of both in order, then all of them visited. Shares no code with
+// the class under test.
 class PlainSum {
  public:
   PlainSum(double width, List first) : half_(std::min(width, 1.0) * 0.5), sum_(std::move(first)) {}
@@ -228,15 +228,15 @@ CZRMassSpectrum ToSpectrum(const List& list) { return MakeCentroids(list.masses,
 
 constexpr double kEndless = std::numeric_limits<double>::infinity();
 
-// How random lists are made.
+// Parameters of random lists.
 struct Style {
   const char* name;
-  double from = 100;             // the mass that they start near
+  double from = 100;             // the mass near which they start
   double apart = 0.05;           // the mean distance of masses
-  double step = 0.000625;        // of which distances are often a multiple: bounds of windows are met
-  int levels = 1000;             // whole numbers that intensities are, or are drawn from evenly
-  int negative = 0;              // of a hundred intensities
-  std::vector<double> odd = {};  // that now and then replace a mass or an intensity
+  double step = 0.000625;        // distances are often a multiple, so bounds of windows are hit
+  int levels = 1000;             // range of intensities, whole or uniformly distributed
+  int negative = 0;              // percentage of negative intensities
+  std::vector<double> odd = {};  // values that occasionally replace a mass or an intensity
   double width = 0.01;
 };
 
@@ -284,7 +284,7 @@ void ExpectSameAsPlain(std::uint32_t seed, const Style& style) {
   PlainSum plain(style.width, list);
   CZRMassSpectrum spectrum = ToSpectrum(list);
   for (int added = 0; added < 16; ++added) {
-    // Now and then the same list again, or one without peaks.
+    // Occasionally the same list again, or one without peaks.
     if (random.Below(4) != 0) list = random.Next();
     if (random.Below(16) == 0) list = {};
     const List before = plain.Peaks();
@@ -327,8 +327,7 @@ const Style kStyles[] = {
     {.name = "odd, far", .apart = 5, .odd = kOdd},
     {.name = "high", .from = 1e13, .apart = 0.004, .step = 0x1p-9, .levels = 1000},
     {.name = "high and negative", .from = 1e13, .apart = 0.004, .step = 0x1p-9, .negative = 40},
-    // Half of the width is 2.5 units of the last place, so that one can be near the other but not it near
-    // that.
+    // Half of the width is 2.5 units of the last place, so one peak can be near another without the reverse.
     {.name = "one-sided", .from = 1e13, .apart = 0.006, .step = 0x1p-9, .width = 5 * 0x1p-9},
     {.name = "one-sided and negative",
      .from = 1e13,
@@ -344,14 +343,14 @@ const Style kStyles[] = {
     {.name = "narrow", .apart = 1e-9, .step = 0x1p-46, .negative = 20, .width = 1e-12},
 };
 
-TEST(PeakSum, GivesTheBitsOfListsAddedInThePlainWay) {
+TEST(PeakSum, EqualsPlainAdditionToTheBit) {
   for (const Style& style : kStyles) {
     for (std::uint32_t seed = 1; seed <= 50; ++seed) ExpectSameAsPlain(seed, style);
   }
 }
 
-// So long that there are blocks of blocks; every other list has few peaks.
-TEST(PeakSum, GivesThemAlsoOfLongLists) {
+// Long enough for blocks of blocks; every other list has few peaks.
+TEST(PeakSum, EqualsPlainAdditionForLongLists) {
   RandomNumbers random(1);
   List first;
   for (int i = 0; i < 12000; ++i) {

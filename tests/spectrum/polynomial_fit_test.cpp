@@ -93,7 +93,7 @@ TEST(SolveLinearSystem, ZeroOnTheDiagonalIsPivotedAway) {
   EXPECT_EQ(b, (Values{4, 3}));
 }
 
-// Unscaled, the 10 would be the pivot; scaled by 1/10 and 1/1000 against 1, the second row's 1 is.
+// Without scaling the 10 would be the pivot; with scales 1/10 and 1/1000 it is the second row's 1.
 TEST(SolveLinearSystem, PivotsAreComparedAfterScalingTheirRows) {
   Values a = {10, 1000, 1, 1};
   Values b = {1010, 2};
@@ -110,8 +110,8 @@ TEST(SolveLinearSystem, RowInterchangesOfThreeRowsAreFollowed) {
   EXPECT_EQ(b, (Values{1, 2, 3}));
 }
 
-// The first interchange brings the first row, scaled by 1/2, to the second place: there its 1 is worth less
-// than the third row's. Had the scale stayed behind, it would be the pivot.
+// The first interchange brings the first row, scaled by 1/2, to the second place: there its 1 counts less
+// than the third row's. Had the scale not moved with the row, it would be the pivot.
 TEST(SolveLinearSystem, ARowTakesItsScaleAlong) {
   Values a = {0, 1, 2, 1, 0, 0, 1, 1, 0};
   Values b = {3, 1, 2};
@@ -171,7 +171,7 @@ TEST(PolynomialFit, PointsAtOneMassPrintTheMessageAndStoreSomething) {
 // 2^87.
 __extension__ typedef __int128 Wide;
 
-// The least-squares solution of whole numbers, by determinants of the normal equations, all exact.
+// The exact least-squares solution for whole numbers, by determinants of the normal equations.
 class RationalFit {
  public:
   RationalFit(const std::vector<int>& x, const std::vector<int>& y, std::size_t degree) : size_(degree + 1) {
@@ -201,7 +201,7 @@ class RationalFit {
     return power;
   }
 
-  // Of the matrix with one column replaced by the right-hand side (none when it is `size_`), by expansion.
+  // The determinant, by expansion, with one column replaced by the right-hand side (none when it is `size_`).
   Wide Determinant(std::size_t replaced) const {
     std::vector<std::size_t> columns;
     for (std::size_t column = 0; column < size_; ++column)
@@ -223,11 +223,11 @@ class RationalFit {
 
   std::size_t size_;
   std::vector<std::vector<Wide>> rows_;
-  std::vector<Wide> determinants_;  // as Determinant numbers them
+  std::vector<Wide> determinants_;  // indexed as in Determinant
 };
 
-// A unit of rounding in every element of the normal equations of such points moves a value by up to 6e-10 at
-// a degree of 3, 9e-8 at 4 and 5e-6 at 5 (worked out in fractions); ten of them are allowed.
+// One rounding unit in every element of the normal equations of such points moves a value by up to 6e-10 at
+// degree 3, 9e-8 at 4 and 5e-6 at 5 (computed in fractions); ten units are allowed.
 TEST(PolynomialFit, AgreesWithExactRationalSolutions) {
   const double tolerances[] = {6e-9, 6e-9, 6e-9, 6e-9, 9e-7, 5e-5};
   RandomNumbers random(3);
@@ -255,9 +255,9 @@ TEST(PolynomialFit, AgreesWithExactRationalSolutions) {
   EXPECT_EQ(compared, 5500);
 }
 
-// What a resampler asks of it: the steps of real axes over the whole range. Those in proportion to the mass
-// and its square are polynomials; that of a time of flight is a square root, which a degree of 5 follows to 3
-// % of the largest step.
+// As a resampler uses it: the steps of real axes over the whole range. Those proportional to the mass and its
+// square are polynomials; that of a time of flight is a square root, which degree 5 follows to 3 % of the
+// largest step.
 TEST(PolynomialFit, AThousandStepsOverTheWholeMassRangeAreFollowed) {
   const struct {
     double (*step)(double mass);
@@ -279,7 +279,7 @@ TEST(PolynomialFit, AThousandStepsOverTheWholeMassRangeAreFollowed) {
   }
 }
 
-// The mean of 2 and 4 wherever it is asked for: with one coefficient there is nothing to multiply.
+// The mean of 2 and 4 at every x: with one coefficient there is nothing to multiply.
 TEST(PolynomialFit, ConstantHasItsValueEverywhere) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   PolynomialFit fit = FitOf({1, 5}, {2, 4});

@@ -43,7 +43,7 @@ void ExpectNear(const Doubles& masses, Doubles::const_iterator begin, Doubles::c
   for (std::size_t i = 0; i < masses.size(); ++i, ++begin) ASSERT_NEAR(masses[i], *begin, tolerance) << i;
 }
 
-// The axis up to the last sample that is left of it.
+// The axis up to its last remaining sample.
 void ExpectRefilled(const Profile& profile, const ProfileGrid& grid, const Doubles& axis, double tolerance) {
   const auto last = std::lower_bound(axis.begin(), axis.end(), profile.masses.back() - 1e-3);
   ExpectNear(grid.masses, axis.begin(), std::min(last + 1, axis.end()), tolerance);
@@ -74,7 +74,7 @@ TEST(ProfileGrid, NoiseInTheLastBitsDoesNotDisturbTheRefill) {
   }
 }
 
-// Masses of files have 24 bits: two steps off by rounding make long gaps no wider or narrower by a point.
+// Masses in files have 24 bits: two steps off by rounding must not make a long gap a point longer or shorter.
 TEST(ProfileGrid, RefillsGapsBetweenMassesOfSinglePrecision) {
   for (const Analyser& analyser : kAnalysers) {
     for (const std::size_t gap : {1U, 100U, 1000U}) {
@@ -109,8 +109,8 @@ TEST(ProfileGrid, OwnSamplesStayExactlyAndMassesAscend) {
   }
 }
 
-// The model's steps alone. The finest, of FT at 400, are 0.011: to a fifth of that the points are where they
-// should be, and as many.
+// Only the model's steps. The finest, of FT at 400, are 0.011: the number of points is right, and their
+// positions to a fifth of that.
 TEST(ProfileGrid, WithoutALawTheModelRefills) {
   for (const Analyser& analyser : kAnalysers) {
     SCOPED_TRACE(analyser.name);
@@ -133,7 +133,7 @@ TEST(ProfileGrid, ALawMoreThanAFactorOfTwoOffIsNotUsed) {
   ExpectRefilled(profile, learned.Grid(profile, profile), axis, 1e-6);
 }
 
-// A model whose two curves are one straight line.
+// A model whose two curves are the same straight line.
 SamplingStepModel LineModel(double low, double stepAtLow, double high, double stepAtHigh) {
   PolynomialFit line(2);
   line.AddPoint(low, stepAtLow);
@@ -187,7 +187,7 @@ TEST(ProfileGrid, ALawHasToHoldAtBothEndsOfAGap) {
   EXPECT_EQ(Refill(100, 108, model, ConstantLaw(4)), byModel);  // not at 100
 }
 
-// The line goes on to 5 at 116 and 6.5 at 122; the step stays at 3, that of the last fitted mass.
+// The line continues to 5 at 116 and 6.5 at 122; the step stays at 3, that of the last fitted mass.
 TEST(ProfileGrid, OutsideItsMassesTheModelHasTheStepOfItsEnd) {
   EXPECT_EQ(Refill(116, 122, LineModel(100, 1, 108, 3)), (Doubles{116, 119, 122}));
   EXPECT_EQ(Refill(116, 122, LineModel(100, 1, 108, 3), ConstantLaw(2)), (Doubles{116, 118, 120, 122}));
@@ -200,7 +200,7 @@ TEST(ProfileGrid, AModelAtItsFloorStandsForTheSmallestStepAndLeavesTheLawAlone) 
   EXPECT_EQ(Refill(100, 108, model, ConstantLaw(4)), (Doubles{100, 104, 108}));
 }
 
-// Just below each point of the axis, where a division may say that it is at the point.
+// Just below each point of the axis, where a division may round to the point itself.
 TEST(ProfileGrid, ExtensionsEncloseTheSourceDespiteRounding) {
   const SamplingStepModel model = LineModel(900, 0.1, 1000, 0.1);
   const Profile target = {{1000, 1000.1}, {1, 1}};
@@ -274,7 +274,7 @@ TEST(ProfileGrid, DownwardExtensionEndsAtZero) {
   EXPECT_EQ(GridOf(constant, {{-4, 0, 4, 6}, {1, 1, 1, 1}}).masses, (Doubles{3, 5, 7, 9, 11, 13}));
 }
 
-// Evenly in 1/m by 0.001 up to 1/100: 1/0.009 ... 1/0.001 = 1000 are masses, and then there is none.
+// Even steps of 0.001 in 1/m from 1/100: 1/0.009 ... 1/0.001 = 1000 are masses, and none follows.
 TEST(ProfileGrid, BeyondTheLastMassOfALawTheSourcesEndIsThePoint) {
   Profile target;
   for (int i = 20; i >= 10; --i) target.masses.push_back(1 / (0.001 * i));
@@ -285,7 +285,7 @@ TEST(ProfileGrid, BeyondTheLastMassOfALawTheSourcesEndIsThePoint) {
   EXPECT_EQ(grid.masses[20], 1500);
 }
 
-// What is left out beyond the limit is only what stays without intensity.
+// Only points without intensity are left out beyond the limit.
 void ExpectSparseGridAsDense(const Learned& learned, const Profile& target, const Profile& source) {
   ProfileGrid dense = learned.Grid(target, source);
   ProfileGrid sparse = learned.Grid(target, source, target.masses.size());
@@ -308,7 +308,7 @@ void ExpectSparseGridAsDense(const Learned& learned, const Profile& target, cons
   EXPECT_EQ(at, sparse.masses.size());
 }
 
-// Anywhere, and next to points of the grid, where a division may be a step astray.
+// Anywhere, and next to points of the grid, where a division may be off by a step.
 Profile SourceAcross(const Doubles& grid, RandomNumbers& random) {
   Profile source;
   double mass = 60;

@@ -132,7 +132,7 @@ TEST(ResampleOnto, AllIntensityArrivesAndOwnSamplesStay) {
       target.GetMassRange(low, high);
       EXPECT_LE(low, 310);
       EXPECT_GE(high, 590);
-      // Away from the source's peaks target's samples are what they were.
+      // Away from the source's peaks target's samples are unchanged.
       for (int i = 0; i < before.GetCount(); ++i) {
         int first = 0;
         int last = 0;
@@ -219,7 +219,7 @@ TEST(ProfileResampler, AddsSeveralSources) {
   EXPECT_EQ(Intensities(target), (Doubles{1, 4, 5, 2, 1, 2, 2}));
 }
 
-// Another target, with steps of 2: a resampler that has learned steps of 1 fills it up.
+// Another target, with steps of 2: a resampler that has learned steps of 1 fills in the missing points.
 TEST(ProfileResampler, LearnsFromTheFirstTargetOnly) {
   CZRMassSpectrum first = MakeProfile({100, 101, 102, 103, 104}, {1, 1, 1, 1, 1});
   CZRMassSpectrum target = MakeProfile({100, 102, 104, 106, 108}, {1, 1, 1, 1, 1});
@@ -230,7 +230,7 @@ TEST(ProfileResampler, LearnsFromTheFirstTargetOnly) {
   EXPECT_EQ(Intensities(target), (Doubles{1, 0, 1, 2, 1, 0, 1, 0, 1}));
 }
 
-// The point below the source's first sample goes when that sample gives it nothing.
+// The point below the source's first sample is removed when that sample adds nothing to it.
 TEST(ResampleOnto, TheProvisionalFirstPointStaysOnlyWithIntensityBehindIt) {
   const CZRMassSpectrum before = MakeProfile({100, 101, 102, 103, 104}, {1, 2, 3, 2, 1});
   CZRMassSpectrum target = before;
@@ -241,12 +241,12 @@ TEST(ResampleOnto, TheProvisionalFirstPointStaysOnlyWithIntensityBehindIt) {
   ResampleOnto(MakeProfile({97.5, 99, 100}, {4, 4, 0}), target);
   EXPECT_EQ(Masses(target), (Doubles{97, 98, 99, 100, 101, 102, 103, 104}));
   EXPECT_EQ(Intensities(target), (Doubles{2, 2, 4, 1, 2, 3, 2, 1}));
-  // The second point has intensity from a later sample: the first stays, though it has none.
+  // The second point has intensity from a later sample: the first stays although it has none.
   target = before;
   ResampleOnto(MakeProfile({97.5, 98.5}, {0, 4}), target);
   EXPECT_EQ(Masses(target), (Doubles{97, 98, 99, 100, 101, 102, 103, 104}));
   EXPECT_EQ(Intensities(target), (Doubles{0, 2, 2, 1, 2, 3, 2, 1}));
-  // A first sample that lies on a point of the grid keeps it, whatever comes next.
+  // A first sample at a point of the grid keeps that point, whatever comes next.
   target = before;
   ResampleOnto(MakeProfile({97, 99, 100}, {4, 4, 0}), target);
   EXPECT_EQ(Masses(target), (Doubles{97, 98, 99, 100, 101, 102, 103, 104}));
@@ -337,8 +337,8 @@ TEST(AddOntoGrid, FailedAllocationLeavesTheTargetAsItWas) {
   EXPECT_EQ(target.GetTotalIntensity(), 12);
 }
 
-// The order of addition: the first spectrum gives the grid, so another order gives other points of the same
-// total.
+// The order of addition: the first spectrum gives the grid, so another order gives different points with the
+// same total.
 TEST(AddProfileSpectra, TheOrderOfSpectraWithDifferentGridsMattersForThePoints) {
   const CZRMassSpectrum one = MakeProfile({100, 101, 102, 103, 104, 105}, {0, 1, 5, 2, 1, 0});
   const CZRMassSpectrum other = MakeProfile({100.5, 101.75, 103, 104.25, 105.5}, {1, 4, 4, 2, 1});

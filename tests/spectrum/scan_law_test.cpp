@@ -56,7 +56,7 @@ ScanLawHolder Make(double step) {
 const struct {
   const char* name;
   ScanLawHolder (*make)(double step);
-  double fineStep;  // of real acquisitions: a few thousandths of a mass unit in the middle of the range
+  double fineStep;  // as in real acquisitions: a few thousandths of a mass unit in the middle of the range
   double coarseStep;
 } kLaws[] = {
     {"constant", Make<Constant>, 0.05, 0.05}, {"TOF", Make<TOF>, 1.5e-4, 0.05},
@@ -178,7 +178,7 @@ TEST(EstimateModeValue, FirstOfTheValuesWithMostNeighboursWithinOnePercent) {
   }
 }
 
-// Intensities that are nowhere 0.
+// Intensities without a 0.
 Doubles Signal(std::size_t count) {
   Doubles intensities(count);
   for (std::size_t i = 0; i < count; ++i) intensities[i] = 1 + static_cast<double>(i % 7);
@@ -254,7 +254,7 @@ TEST(DetectScanLaw, NoiseInTheLastBitsDoesNotDisturb) {
 }
 
 // Files hold masses in single precision.
-TEST(DetectScanLaw, MassesRoundedToSinglePrecisionStillTell) {
+TEST(DetectScanLaw, MassesRoundedToSinglePrecisionSuffice) {
   for (const Analyser& analyser : kAnalysers) {
     SCOPED_TRACE(analyser.name);
     const Doubles axis = analyser.Axis(50, 5000, 50000);
@@ -267,7 +267,7 @@ TEST(DetectScanLaw, MassesRoundedToSinglePrecisionStillTell) {
   }
 }
 
-TEST(DetectScanLaw, NothingForSpectraThatCannotTell) {
+TEST(DetectScanLaw, NothingForSpectraWithoutALaw) {
   ScanLawHolder law = std::make_shared<TOF>(1);
   EXPECT_EQ(DetectScanLaw(law, CZRMassSpectrum()), 0);
   EXPECT_EQ(law, nullptr);
@@ -290,8 +290,8 @@ TEST(DetectScanLaw, AMassListOfAnotherCountIsReadAsFarAsItGoes) {
   EXPECT_EQ(DetectScanLaw(law, spectrum), 0);
 }
 
-// Blocks of one pair, each of which begins with a zero or meets one: nothing among all points. The three with
-// intensity stand 2 apart.
+// Blocks of one pair, each beginning or ending with a zero: no law among all points. The three with intensity
+// are 2 apart.
 TEST(DetectScanLaw, FallsBackToThePointsWithIntensity) {
   const CZRMassSpectrum spectrum = MakeProfile({100, 101, 102, 103, 104, 105}, {1, 0, 1, 0, 1, 0});
   ScanLawHolder law;
@@ -330,13 +330,13 @@ TEST(FindScanLaw, ABlockThatStartsAtAZeroGivesItsSecondPair) {
   ASSERT_EQ(FindScanLaw(law, MakeProfile(masses, intensities)), 1);
   EXPECT_EQ(law->Next(0), 3);
 
-  // All blocks do, and no second pair has intensity at its end either.
+  // All blocks start at a zero, and no second pair has intensity at its end either.
   for (std::size_t i = 1; i < intensities.size(); i += 2) intensities[i] = 0;
   EXPECT_EQ(FindScanLaw(law, MakeProfile(masses, intensities)), 0);
 }
 
 TEST(FindScanLaw, ATieBetweenLawsGoesInTheOrderOfPreference) {
-  // Two pairs that no law sees as equal: every law counts 1.
+  // Two pairs that are equal under no law: every law counts 1.
   ScanLawHolder law;
   EXPECT_EQ(FindScanLaw(law, MakeProfile({100, 101, 150}, {1, 1, 1})), 1);
   // Descending masses: no step is positive, every law counts 0; a constant law of step 0 results.
@@ -344,8 +344,8 @@ TEST(FindScanLaw, ATieBetweenLawsGoesInTheOrderOfPreference) {
   EXPECT_EQ(law->Next(5), 5);
 }
 
-// Two pairs of which neighbouring laws of the order both see steps within 1 %: by -0.5 and 0.8 % in sqrt(m)
-// and ln m, by 0.5 and -0.8 % in ln m and 1/sqrt(m), by 0.7 and -0.6 % in 1/sqrt(m) and 1/m.
+// Two pairs with steps within 1 % under two neighbouring laws of the order: by -0.5 and 0.8 % in sqrt(m) and
+// ln m, by 0.5 and -0.8 % in ln m and 1/sqrt(m), by 0.7 and -0.6 % in 1/sqrt(m) and 1/m.
 TEST(FindScanLaw, ATieBetweenTwoLawsGoesToTheFirstOfTheOrder) {
   ScanLawHolder law;
   EXPECT_EQ(FindScanLaw(law, MakeProfile({1000, 1025, 1050.5}, {1, 1, 1})), CZRMSScanLaw::kTOF);
@@ -363,8 +363,8 @@ TEST(FindScanLaw, BlocksHaveAHundredthOfThePairsRoundedDown) {
   EXPECT_EQ(law->Next(0), 1);
 }
 
-// The last of the 150 blocks begins with pair 299, the last but one of the spectrum, and has two pairs as all
-// others.
+// The last of the 150 blocks begins with pair 299, the last but one of the spectrum, and has two pairs like
+// all others.
 TEST(FindScanLaw, TheLastBlockIsFullAsFarAsTheSpectrumGoes) {
   Doubles masses(302);
   for (std::size_t i = 0; i < masses.size(); ++i) masses[i] = 100 + static_cast<double>(i);
@@ -379,8 +379,8 @@ TEST(FindScanLaw, TheLastBlockIsFullAsFarAsTheSpectrumGoes) {
   EXPECT_EQ(FindScanLaw(law, MakeProfile(Doubles(404, 100), Doubles(404))), 0);
 }
 
-// The difference of the first two masses is rounded to 8, so that the step ends at 9, not at the second mass:
-// 3 - (1 + 2^-51) in sqrt(m). The square root of the second mass is 3 + 2^-51.
+// The difference of the first two masses is rounded to 8, so the step ends at 9, not at the second mass: 3 -
+// (1 + 2^-51) in sqrt(m). The square root of the second mass is 3 + 2^-51.
 TEST(FindScanLaw, StepsAreTakenOverTheDifferenceAsItIsStored) {
   ScanLawHolder law;
   ASSERT_EQ(FindScanLaw(law, MakeProfile({1 + 0x1p-50, 9 + 0x1p-49, 25}, {1, 1, 1})), CZRMSScanLaw::kTOF);

@@ -122,8 +122,8 @@ TEST(SortSpectrum, SortsMergesAndDropsAsOrderAndFlagsSay) {
   }
 }
 
-// Each combination of the flags, on points in order, the same points out of order, and points of which some
-// are equal or not positive, in order but for that.
+// Each combination of the flags, on points in order, on the same points out of order, and on sorted points
+// some of which are equal or not positive.
 TEST(SortSpectrum, GivesTheSameOfPointsThatWereInOrder) {
   struct Points {
     Doubles masses;
@@ -163,7 +163,7 @@ TEST(SortSpectrum, GivesTheSameOfPointsThatWereInOrder) {
     expect(shuffled, test.merge, test.fromDistinct);
     expect(mixed, test.merge, test.fromMixed);
     expect({{7, 5, 0, 5, -1}, {3, 2, 4, 6, 8}}, test.merge, test.fromMixed);
-    // Ascending, without equal ones.
+    // Ascending, without equal masses.
     expect({{-1, 0}, {8, 4}}, test.merge, test.merge.drop ? Points{{-1}, {8}} : Points{{-1, 0}, {8, 4}});
     const bool merges = test.merge.sum || test.merge.max;
     const Points positive = merges ? Points{{5, 7}, {2, 3}} : Points{{0}, {4}};
@@ -224,7 +224,7 @@ CZRMassSpectrum WithAllArrays(const Doubles& masses, const Doubles& intensities)
   return s;
 }
 
-/// The points' flags; every other optional array must tell the same story.
+/// The points' flags; every other optional array must agree with them.
 std::string Flags(CZRMassSpectrum& s, const std::uint8_t* originalFlags, const std::string& original) {
   std::string flags;
   for (int i = 0; i < s.GetCount(); ++i) {
@@ -309,7 +309,7 @@ TEST(SortByMass, RandomPointsAgreeWithAMapOfTheLargest) {
     }
     CZRMassSpectrum s = MakeSpectrum(masses, intensities);
     EXPECT_TRUE(SortByMass(drop, s));
-    if (largest.empty()) {  // nothing but points to drop leaves one
+    if (largest.empty()) {  // if all points are dropped, one remains
       EXPECT_EQ(s.GetCount(), 1);
       continue;
     }

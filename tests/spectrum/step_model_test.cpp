@@ -51,7 +51,7 @@ TEST(StepModel, TheCurvesAreAgainstTheLowerAndTheUpperMass) {
   // x: 0, 2, 5, mean 7/3: slope (19 - 14) / (29 - 49/3) = 15/38.
   EXPECT_NEAR(StepAbove(model, 101 + 7 / 3.0), 2, 1e-12);
   EXPECT_NEAR(StepAbove(model, 101 + 7 / 3.0 + 38), 17, 1e-11);
-  // Mean step 10/4; 1 is smaller and below the next step alone: an isolated one. 2 is not smaller than 1.
+  // Mean step 10/4; 1 is smaller, and below the next step only: an isolated one. 2 is not smaller than 1.
   EXPECT_EQ(model.minHalfStep, 1);
   EXPECT_EQ(model.lowMass, 100);
   EXPECT_EQ(model.highMass, 106);
@@ -62,7 +62,7 @@ TEST(StepModel, AnIsolatedNarrowStepIsIgnored) {
   // Steps 1, 1, 0.25, 1, 1, 1, mean 0.875: neither 0.25, which is narrower than both neighbours, nor 1.
   BuildStepModel(model, MakeProfile({100, 101, 102, 102.25, 103.25, 104.25, 105.25}, Doubles(7)));
   EXPECT_EQ(model.minHalfStep, 0.4375);
-  // Two narrow steps side by side are no accident.
+  // Two narrow steps side by side are not an accident.
   BuildStepModel(model, MakeProfile({100, 101, 102, 102.25, 102.5, 103.5, 104.5}, Doubles(7)));
   EXPECT_EQ(model.minHalfStep, 0.125);
 }
@@ -106,7 +106,7 @@ TEST(StepModel, RunsReachFromZeroToZero) {
   EXPECT_EQ(model.highMass, 103);
 }
 
-// Zeros are left out between runs, also just before and inside them: those steps are no sampling steps.
+// Zeros are left out between runs, just before them and inside them: those steps are not sampling steps.
 TEST(StepModel, StepsAcrossGapsAreLeftOut) {
   Doubles masses;
   Doubles intensities;
@@ -128,9 +128,9 @@ TEST(StepModel, StepsAcrossGapsAreLeftOut) {
   EXPECT_EQ(model.minHalfStep, 0.5);
 }
 
-// The steps are powers of the mass that a degree of 5 follows, but for the square root of a time of flight:
-// through Chebyshev's points of this range it comes to 1.2 %, and through others, by least squares, to a few
-// times that.
+// The steps are powers of the mass that degree 5 follows exactly, except the square root of a time of flight:
+// through Chebyshev's points of this range its error is 1.2 %, through others, by least squares, a few times
+// that.
 TEST(StepModel, FollowsEachAnalyser) {
   for (const Analyser& analyser : kAnalysers) {
     const Doubles axis = analyser.Axis(100, 2000, 20000);

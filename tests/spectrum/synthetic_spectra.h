@@ -42,7 +42,7 @@ inline Doubles Intensities(const CZRMassSpectrum& spectrum) {
 /// 0 to 1.
 inline double UnitNumber(RandomNumbers& random) { return static_cast<double>(random.Next() >> 11) * 0x1p-53; }
 
-/// An analyser: the coordinate that it samples evenly, by formulas of its own, and the type code of its law.
+/// An analyser: the coordinate that it samples evenly, by independent formulas, and the type code of its law.
 struct Analyser {
   const char* name;
   int type;
@@ -68,7 +68,7 @@ struct Profile {
 };
 
 /// Peaks of seven samples with one zero at either side; `gap` further zero samples between them are left out,
-/// as acquisitions do it.
+/// as in acquisitions.
 inline Profile WithGaps(const Doubles& axis, std::size_t gap) {
   const double shape[] = {0, 1, 4, 9, 11, 8, 3, 1, 0};
   Profile profile;

@@ -1,4 +1,4 @@
-// Bytes of a file in the making: little-endian appends, patches at an offset, and hex text to compare with.
+// Builds the bytes of a file: little-endian appends, patches at an offset, and hex text for comparisons.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace zrml {
 
 using FileBytes = std::vector<std::byte>;
 
-/// Stands where no reader looks, so that a reader that looks there shows.
+/// Fills unused places, so a reader that looks there is noticed.
 inline constexpr std::uint8_t kUnusedByte = 0xEE;
 
 class ByteWriter {
@@ -30,7 +30,7 @@ class ByteWriter {
   ByteWriter& Zeros(std::size_t count) { return Fill(count, 0); }
   ByteWriter& Unused(std::size_t count) { return Fill(count, kUnusedByte); }
 
-  /// Unused bytes up to `size`; nothing when there are as many already.
+  /// Unused bytes up to `size`; nothing when there are already enough.
   ByteWriter& UnusedUpTo(std::size_t size);
 
   std::size_t Size() const { return bytes_.size(); }
@@ -41,7 +41,7 @@ class ByteWriter {
   FileBytes bytes_;
 };
 
-// Overwrite bytes that are there; throw std::out_of_range otherwise.
+// Overwrite existing bytes; throw std::out_of_range otherwise.
 void PatchU8(FileBytes& bytes, std::size_t offset, std::uint8_t value);
 void PatchU16(FileBytes& bytes, std::size_t offset, std::uint16_t value);
 void PatchU32(FileBytes& bytes, std::size_t offset, std::uint32_t value);
@@ -52,7 +52,8 @@ void PatchBytes(FileBytes& bytes, std::size_t offset, std::span<const std::byte>
 FileBytes TextToBytes(std::string_view text);
 std::string BytesToText(std::span<const std::byte> bytes);
 
-/// "0A ff" and "0aFF" alike; blanks and line feeds between bytes are skipped. Throws std::invalid_argument.
+/// "0A ff" and "0aFF" are the same; blanks and line feeds between bytes are skipped. Throws
+/// std::invalid_argument.
 FileBytes HexToBytes(std::string_view hex);
 
 /// "0A FF".

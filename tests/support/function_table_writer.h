@@ -12,7 +12,7 @@
 namespace zrml {
 
 struct FunctionTableRecord {
-  // The packed word, unless it is given as a whole. Values keep to their bits.
+  // The packed word, unless given as a whole. Values are cut to their bits.
   unsigned type = 18;    // TOF MS
   unsigned ionMode = 8;  // ES+
   unsigned dataFormat = 9;

@@ -10,14 +10,14 @@ namespace zrml {
 
 bool IsHeldOpen(const std::filesystem::path& path) {
 #ifdef _WIN32
-  // Without sharing it can be opened only when nobody else has it open.
+  // Without sharing it can be opened only when it is not open elsewhere.
   const HANDLE handle =
       CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
   if (handle == INVALID_HANDLE_VALUE) return true;
   CloseHandle(handle);
   return false;
 #else
-  std::error_code ignored;  // the listing holds itself open, and is closed when it is looked at
+  std::error_code ignored;  // the listing itself is open, but closed by the time it is checked
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     if (std::filesystem::read_symlink(entry, ignored) == std::filesystem::canonical(path)) return true;
   }

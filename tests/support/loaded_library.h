@@ -1,4 +1,4 @@
-// A library that a test loads while it runs.
+// A library that a test loads at run time.
 #pragma once
 
 #include <filesystem>

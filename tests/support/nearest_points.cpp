@@ -16,7 +16,7 @@ struct PowerOfFour {
   std::uint32_t exponent;
 };
 
-// The smallest exponent of four with which the rounded mantissa fits.
+// The smallest exponent of four for which the rounded mantissa fits.
 PowerOfFour NearestPowerOfFour(double value, double lowest, double largest, std::uint32_t maxExponent) {
   std::uint32_t exponent = 0;
   const auto mantissa = [&] { return std::round(std::ldexp(value, -2 * static_cast<int>(exponent))); };

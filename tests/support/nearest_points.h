@@ -1,6 +1,5 @@
-// Points of the data formats that carry masses, from the m/z and intensity wanted: what is stored is the
-// nearest value that the layout holds, the largest for values that it cannot reach, 0 for negative ones where
-// it has no sign.
+// Points of the data formats that carry masses, from the wanted m/z and intensity: stores the nearest value
+// of the layout, the largest for values beyond it, 0 for negative ones where it has no sign.
 #pragma once
 
 #include <cstdint>

@@ -33,7 +33,7 @@ struct ScanFiles {
   ScanStatisticsRecord statistics = {};
 };
 
-/// A scan with the points given, its total intensity theirs.
+/// A scan with the given points and their total intensity.
 template <class Stored>
 ScanFiles ScanOf(float retentionTime, const std::vector<Stored>& points) {
   const double total =
@@ -45,15 +45,15 @@ ScanFiles ScanOf(float retentionTime, const std::vector<Stored>& points) {
           .data = EncodePoints(points)};
 }
 
-/// The same from the masses and intensities wanted.
+/// The same from the wanted masses and intensities.
 template <class Stored>
 ScanFiles ScanFrom(float retentionTime, const std::vector<WantedPoint>& points) {
   return ScanOf(retentionTime, NearestPoints<Stored>(points));
 }
 
-/// The "idx", "sts" and "dat" files of a raw or processed function. Data follow each other in scan order.
+/// The "idx", "sts" and "dat" files of a raw or processed function. Data are stored in scan order.
 struct FunctionFiles {
-  FunctionTableRecord record = {};  ///< of no meaning for a processed function
+  FunctionTableRecord record = {};  ///< meaningless for a processed function
   std::vector<ScanFiles> scans = {};
   std::optional<StatisticsLayout> statistics = {};  ///< no statistics file without it
   std::size_t indexRecordSize = masslynx::scan_index_format::kShortRecordSize;
@@ -66,8 +66,7 @@ struct ChromTrace {
 
 enum class Spelling { kUpperCase, kLowerCase };
 
-/// Lists that are empty make no file, but the header, the function table and the files of each function are
-/// always made.
+/// Empty lists make no file; the header, the function table and the files of each function are always made.
 struct RawDirectoryBuilder {
   std::vector<std::string> header = {HeaderLine("Version", "01.00"),
                                      HeaderLine("Acquired Name", "acquisition")};
@@ -77,7 +76,7 @@ struct RawDirectoryBuilder {
   HistoryFunctionNumbers historyNumbers = NumbersInOrder();  ///< the table in its header
   std::vector<std::string> labels = {};                      ///< lines of "_EXTERN.INF"
   std::vector<std::string> analogNames = {};                 ///< "_ANALOGS.INF"
-  std::vector<AnalogRecord> analogs = {};                    ///< "_ANALOGS.DAT", with the names only
+  std::vector<AnalogRecord> analogs = {};                    ///< "_ANALOGS.DAT", only with the names
   std::vector<ChromTrace> chroms = {};                       ///< "_CHROMS.INF" and "_CHRO001.DAT" and so on
   LineEnd lineEnd = LineEnd::kCrLf;
   Spelling spelling = Spelling::kUpperCase;

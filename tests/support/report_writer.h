@@ -1,5 +1,5 @@
-// OpenLynx reports in the making, line by line: blocks in braces behind their markers. Lines are bytes: they
-// may hold any value.
+// Builds OpenLynx reports line by line: blocks in braces after their markers. Lines are bytes: they may hold
+// any value.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@
 
 namespace zrml {
 
-/// Lines of a report in the making; `+` puts them one behind the other.
+/// Lines of a report; `+` concatenates them.
 struct ReportLines {
   std::vector<std::string> lines;
 };
@@ -29,7 +29,7 @@ ReportLines Block(std::string_view marker, const ReportLines& content);
 ReportLines SampleBlock(const ReportLines& content);
 ReportLines FunctionBlock(const ReportLines& content);
 
-/// Data lines of two numbers, as short as they can be.
+/// Data lines of two numbers, as short as possible.
 using ReportPairs = std::vector<std::pair<double, double>>;
 
 /// The keys, then the "[MS]" or "[TRACE]" list in braces of its own.

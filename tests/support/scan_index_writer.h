@@ -26,7 +26,7 @@ struct ScanIndexRecord {
   float retentionTime = 0;  ///< minutes
 };
 
-/// `recordSize` is 22, 30, or what a reader should not take.
+/// `recordSize` is 22, 30, or a size that a reader must reject.
 FileBytes WriteScanIndex(const std::vector<ScanIndexRecord>& records,
                          std::size_t recordSize = masslynx::scan_index_format::kShortRecordSize);
 

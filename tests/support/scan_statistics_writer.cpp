@@ -84,7 +84,7 @@ FileBytes WriteScanStatistics(const std::vector<ScanStatisticsRecord>& records,
     header.UnusedUpTo(start + format::kDescriptorSize);
   }
 
-  // Records may stand on top of the header: a header size can be wrong on purpose.
+  // Records may overlap the header: a header size can be wrong on purpose.
   FileBytes bytes = header.UnusedUpTo(headerSize).Take();
   bytes.resize(std::max(bytes.size(), headerSize + records.size() * recordSize));
   for (std::size_t i = 0; i < records.size(); ++i) {

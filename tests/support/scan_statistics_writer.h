@@ -22,13 +22,13 @@ struct ScanStatisticsRecord {
   float temperatureCoefficient = 0;
 };
 
-/// A descriptor: where an item stands in each record. Codes that carry no item are fine.
+/// A descriptor: the place of an item in each record. Codes without an item are allowed.
 struct StatisticsItem {
   std::uint16_t code = 0;
   std::uint16_t offset = 0;
 };
 
-/// The seven items that are read, without overlap, from offset 4 on.
+/// The seven items that are read, from offset 4 on, without overlap.
 std::vector<StatisticsItem> AllItems();
 
 /// The descriptors of AllItems() without those of the codes given.
@@ -37,7 +37,7 @@ std::vector<StatisticsItem> AllItemsBut(const std::vector<std::uint16_t>& codes)
 struct StatisticsLayout {
   std::vector<StatisticsItem> items = AllItems();
   std::uint16_t version = masslynx::scan_statistics_format::kKnownVersion;
-  // Worked out from `items`, unless given.
+  // Computed from `items` unless given.
   std::optional<std::uint16_t> headerSize = {};
   std::optional<std::uint16_t> recordSize = {};
   std::optional<std::uint16_t> itemCount = {};

@@ -1,6 +1,5 @@
-// The points of a scan's data as their raw fields, one type per layout: StoredPoint9 is a point of data
-// format
-// 9. A field's value keeps to its bits. docs/data-layouts.md
+// The points of a scan's data as raw fields, one type per layout: StoredPoint9 is a point of data format 9. A
+// field's value is cut to its bits. docs/data-layouts.md
 #pragma once
 
 #include <array>
@@ -104,7 +103,7 @@ double IntensityOf(const StoredMassPoint<kUnused>& point) {
 }
 
 FileBytes EncodePoints(const std::vector<StoredPoint0>& points);
-/// An odd count is filled up with a point that is all zeros.
+/// An odd count is padded with a point of zeros.
 FileBytes EncodePoints(const std::vector<StoredPoint1>& points);
 FileBytes EncodePoints(const std::vector<StoredPoint2>& points);
 /// Words and exponents of a group that no point uses hold kUnusedByte.

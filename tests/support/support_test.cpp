@@ -1,4 +1,4 @@
-// The writers against bytes worked out by hand: what they write is what the reader tests start from.
+// The writers against bytes worked out by hand: the reader tests rely on them.
 #include <algorithm>
 #include <filesystem>
 #include <string>
@@ -102,7 +102,7 @@ TEST(TextWriterTest, LinesSpellAsInTheFiles) {
   EXPECT_EQ(CalLine("MS1 Static", {0, 1}), "$$ Cal MS1 Static: 0,1");
   EXPECT_EQ(CalLine("Function 2", {-0.25, 1e-9}, Domain::kRoot), "$$ Cal Function 2: -0.25,1e-09,T1");
   EXPECT_EQ(CreatorLine("4.1"), "Created by MassLynx v4.1");
-  // The label stands behind " - ", so at position 35 (36 for a number of two digits).
+  // The label follows " - ", so it is at position 35 (36 for a number of two digits).
   EXPECT_EQ(FunctionHeading(3, "X").find('X'), 35U);
   EXPECT_EQ(FunctionHeading(12, "X"), "Function Parameters - Function 12 - X");
 }
@@ -384,7 +384,7 @@ std::vector<std::string> Names(const RawDirectoryBuilder& raw) {
   return names;
 }
 
-TEST(RawDirectoryBuilderTest, WritesWhatIsThere) {
+TEST(RawDirectoryBuilderTest, WritesTheGivenFiles) {
   EXPECT_EQ(Names({}), (std::vector<std::string>{"_FUNCTNS.INF", "_HEADER.TXT"}));
   EXPECT_EQ(Names(TwoFunctions()),
             (std::vector<std::string>{"_ANALOGS.DAT", "_ANALOGS.INF", "_CHRO001.DAT", "_CHROMS.INF",

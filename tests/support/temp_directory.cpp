@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// In memory where the system has a folder there and the user names no other: on a disk, a file that is
-// written again waits for the disk.
+// In memory where the system has such a folder and the user names no other: on a disk, rewriting a file waits
+// for the disk.
 fs::path FolderForAll() {
 #ifndef _WIN32
   const fs::path memory = "/dev/shm";

@@ -1,5 +1,5 @@
-// A directory that lives as long as a test needs it, and the file operations with which tests damage what is
-// in it. Names are of files inside it. Every failure throws.
+// A directory that lives as long as a test needs it, with file operations for damaging its content. Names are
+// of files inside it. Every failure throws.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ class TempDirectory {
   std::wstring WidePath() const;
   std::wstring WidePath(const std::filesystem::path& name) const;
 
-  /// The path as the system takes it.
+  /// The path in the system's own form.
   platform::SystemPath SystemPath() const { return platform::ToSystemPath(WidePath()); }
 
   void Write(const std::filesystem::path& name, std::span<const std::byte> bytes) const;
@@ -38,7 +38,7 @@ class TempDirectory {
   void Remove(const std::filesystem::path& name) const;
   void MakeDirectory(const std::filesystem::path& name) const;
 
-  /// One edit: `change` gets the bytes of a file to alter.
+  /// One edit: `change` alters the bytes of a file.
   template <class Change>
   void Edit(const std::filesystem::path& name, Change change) const {
     FileBytes bytes = Read(name);

@@ -24,7 +24,7 @@ std::string HeaderLine(std::string_view key, std::string_view value);
 
 enum class Domain { kMass, kRoot };
 
-/// "$$ Cal <kind>: c0,c1,...", with ",T1" behind in the root domain. `kind` is "MS1 Static", "Function 2",
+/// "$$ Cal <kind>: c0,c1,...", followed by ",T1" in the root domain. `kind` is "MS1 Static", "Function 2",
 /// ...
 std::string CalLine(std::string_view kind, const std::vector<double>& coefficients,
                     Domain domain = Domain::kMass);

@@ -1,5 +1,5 @@
-// The plug-in itself, but for one answer: the file beside the source that is called as it with ".altered"
-// behind names the slot, or the slot and the part of its answer, to alter.
+// The plug-in itself with one altered answer: the file with the source's name followed by ".altered" names
+// the slot, or the slot and the part of its answer, to alter.
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -204,7 +204,7 @@ class AlteredServer : public CDataServerImpl {
     return isGiven;
   }
 
-  // All of one value for another; NaN is one, too.
+  // Replaces one value by another everywhere; NaN counts as a value.
   static void Exchange(double from, double to, HostVector<double>& values) {
     for (double& value : values) {
       if (value == from || (std::isnan(value) && std::isnan(from))) value = to;

@@ -1,4 +1,4 @@
-// zrml check on raw directories that one edit has damaged.
+// zrml check on raw directories damaged by a single edit.
 #include <algorithm>
 #include <sstream>
 
@@ -79,8 +79,8 @@ TEST_F(CheckTest, DataFileThatEndsTooEarly) {
   ExpectFindings(directory, "_FUNC001.DAT ends before 3 of 3 scans do; the first is scan 1\n");
 }
 
-// An offset of 0 in a later record stands for the end of the scan before it.
-TEST_F(CheckTest, OffsetsLeftOutAreWorkedOut) {
+// An offset of 0 in a later record means the end of the scan before it.
+TEST_F(CheckTest, OmittedOffsetsAreComputed) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
     PatchU32(bytes, 22, 0);
@@ -105,7 +105,7 @@ TEST_F(CheckTest, IndexThatIsNoWholeNumberOfRecords) {
   ExpectFindings(directory, "_FUNC002.IDX does not end with a whole record, so the function has no scans\n");
 }
 
-// In the second of two records, which leaves the files of that function without one.
+// In the second of two records, so the files of that function belong to none.
 TEST_F(CheckTest, FunctionTableThatIsCut) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1);
@@ -127,7 +127,7 @@ TEST_F(CheckTest, ScansThatOverlap) {
                 "2 functions, 5 scans");
 }
 
-// A copy that lost a block: 22 bytes of zeros are a scan without points. Its 12 bytes of data are left.
+// A copy that lost a block: 22 bytes of zeros are a scan without points. Its 12 bytes of data are left over.
 TEST_F(CheckTest, HoleInTheIndex) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { std::fill_n(bytes.begin() + 22, 22, std::byte{0}); });
@@ -136,7 +136,7 @@ TEST_F(CheckTest, HoleInTheIndex) {
   ExpectFindings(directory, "_FUNC001.DAT holds 24 bytes that no scan refers to\n");
 }
 
-// Which bytes are left is not told then: a later scan may have those before it.
+// Leftover bytes are not reported then: a later scan may use those before it.
 TEST_F(CheckTest, ScansInAnotherOrder) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
@@ -147,8 +147,8 @@ TEST_F(CheckTest, ScansInAnotherOrder) {
   ExpectFindings(directory, "_FUNC001.IDX has offsets that go backwards, so the function has no scans\n");
 }
 
-// Of the second function, 6 bytes a point; one of the first would have 4. The second step is derived from the
-// first, so its own function number counts for nothing.
+// Derived from the second function with 6 bytes per point; the first has 4. The second step is derived from
+// the first, so its own function number is ignored.
 TEST_F(CheckTest, ScansOfProcessedFunctions) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[0].record.dataFormat = 11;
@@ -182,7 +182,7 @@ TEST_F(CheckTest, FileThatCannotBeOpenedIsNotMissing) {
   ExpectFindings(directory, "_FUNC002.IDX cannot be opened, so the function has no scans\n");
 }
 
-#ifndef _WIN32  // where names differ by case
+#ifndef _WIN32  // where file names are case-sensitive
 TEST_F(CheckTest, NamesAsProvidersWriteThem) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Rename("_FUNC002.IDX", "_FUNC002.idx");
@@ -233,7 +233,7 @@ TEST_F(CheckTest, DataFilesOfNoFunction) {
   ExpectFindings(directory, "_FUNC003.DAT belongs to no function\n_PROC001.DAT belongs to no function\n", 2);
 }
 
-// An acquisition that was stopped before this function, and files that hold nothing.
+// An acquisition stopped before this function, with empty files.
 TEST_F(CheckTest, FunctionThatWasNeverAcquiredIsSound) {
   const TempDirectory directory = SoundDirectory().Build();
   for (const char* name : {"_FUNC002.DAT", "_FUNC002.IDX", "_FUNC002.STS", "_FUNC003.DAT", "_PROC001.IDX"})
@@ -250,7 +250,7 @@ TEST_F(CheckTest, EmptyIndexBesideDriftBins) {
                  "_FUNC002.DAT holds " + std::to_string(size) + " bytes, but the index is empty\n");
 }
 
-// The data file of a processed function is gone, so it is not listed; its index is still there.
+// The data file of a processed function is missing, so it is not listed; its index still exists.
 TEST_F(CheckTest, IndexOfNoFunction) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.WriteText("_PROC001.IDX", "x");
@@ -276,7 +276,7 @@ TEST_F(CheckTest, DriftBinsThatCannotBeOpened) {
   ExpectFindings(directory, "_FUNC001.CDT cannot be opened, so the function has no drift bins\n");
 }
 
-// The last scan of format 6 is stored as format 4 is: seven points are two groups of 10 bytes, those of the
+// The last scan of format 6 is stored like format 4: seven points are two groups of 10 bytes, those of the
 // scan before it seven words.
 TEST_F(CheckTest, LastScanOfMixedDataThatIsCut) {
   RawDirectoryBuilder raw;
@@ -288,7 +288,7 @@ TEST_F(CheckTest, LastScanOfMixedDataThatIsCut) {
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 1 function, 2 scans\n");
   directory.Truncate("_FUNC001.DAT", 33);
   ExpectFindings(directory, "_FUNC001.DAT ends before 1 of 2 scans do; the first is scan 2\n");
-  // Where its offset is left out the provider counts groups for the scan before it, too: from byte 20 on.
+  // When its offset is left out the provider counts groups for the scan before it, too: from byte 20 on.
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { PatchU32(bytes, 22, 0); });
   directory.Write("_FUNC001.DAT", FileBytes(40));
   EXPECT_EQ(Check(directory).status, 0);
@@ -310,7 +310,7 @@ TEST_F(CheckTest, ScansThatTheProviderCannotRead) {
   ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is 1\n");
 }
 
-// Function 2 has no statistics that would tell how many scans there were: 12 bytes of each of two scans.
+// Function 2 has no statistics to show how many scans there were: two scans of 12 bytes each.
 TEST_F(CheckTest, DataThatNoScanRefersTo) {
   const TempDirectory directory = SoundDirectory().Build();
   const auto size = directory.Read("_FUNC002.DAT").size();
@@ -403,7 +403,7 @@ TEST_F(LostTracesTest, ListOfChromatograms) {
   ExpectLost(directory, "_CHROMS.INF cannot be opened, so there are no traces");
 }
 
-// The list of analog channels hides the chromatograms, also when it is empty.
+// The list of analog channels hides the chromatograms, even when it is empty.
 TEST_F(LostTracesTest, EmptyListThatHidesChromatograms) {
   const TempDirectory directory = WithChromatograms();
   directory.WriteText("_ANALOGS.INF", "");
@@ -416,7 +416,7 @@ TEST_F(LostTracesTest, EmptyListOfARunWithoutChromatogramsIsSound) {
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");
 }
 
-// Names and values of the functions would be missing.
+// Otherwise names and values of the functions would be missing.
 TEST_F(CheckTest, LabelsThatCannotBeOpened) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.MakeDirectory("_EXTERN.INF");

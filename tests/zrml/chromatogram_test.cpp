@@ -14,7 +14,7 @@ class ChromatogramTest : public ZrmlTest {
     return Run(more);
   }
 
-  // The attributes that all chromatograms of the survey function share, then `rest`.
+  // The common attributes of all chromatograms of the survey function, then `rest`.
   std::string Survey(const std::string& rest) const {
     return "# source: " + path_ +
            "\n# provider: ZRMLProvider\n# sample: 1\n# sampleName: Injection 1\n# function: 1\n"
@@ -134,7 +134,7 @@ TEST_F(ChromatogramTest, FunctionWithoutScansHasNoPoints) {
   EXPECT_TRUE(result.output.ends_with("# type: total\n# points: 0\ntime\tintensity\n")) << result.output;
 }
 
-// Function 4 is of a data format that nobody knows; its totals are in the index.
+// Function 4 has an unknown data format; its totals are in the index.
 TEST_F(ChromatogramTest, FunctionThatCannotBeReadIsStatus5) {
   EXPECT_TRUE(RunChromatogram("4").output.ends_with("\n3\t1\n3.5\t1\n"));
   ExpectFailure(RunChromatogram("4", {"--bpc"}), 5, path_ + ": cannot read scan 1 of function 4");
@@ -183,7 +183,7 @@ time	intensity
   EXPECT_EQ(trace["times"], json::parse("[0.5, 1]"));
 }
 
-TEST_F(ChromatogramTest, TraceThatIsNotThereFails) {
+TEST_F(ChromatogramTest, MissingTraceFails) {
   ExpectFailure(Run({"chromatogram", path_, "--trace", "4"}), 2,
                 "there is no trace 4: " + path_ + " has traces 1 to 3");
   ExpectFailure(RunChromatogram("1", {"--trace", "1"}), 2, "there is no trace 1: function 1 has no traces");
@@ -193,7 +193,7 @@ TEST_F(ChromatogramTest, TraceThatIsNotThereFails) {
   }
 }
 
-// The total absorbance, scan by scan, is the trace behind those of the files.
+// The total absorbance, scan by scan, is the trace after those of the files.
 TEST_F(ChromatogramTest, TotalAbsorbanceIsATrace) {
   EXPECT_TRUE(Run({"chromatogram", path_, "--trace", "3"})
                   .output.ends_with("# traceName: PDA - Total Absorbance\n# points: 2\ntime\tintensity\n"

@@ -1,5 +1,5 @@
-// zrml convert as people call it: options, names of files, what is refused and what is printed. What a file
-// holds is tests/convert's.
+// zrml convert as users call it: options, names of files, what is refused and what is printed. The content of
+// files is tested in tests/convert.
 #include <fstream>
 #include <set>
 
@@ -106,7 +106,7 @@ TEST_F(ConvertTest, PrecisionIsChosenByArray) {
                 "--64: mz cannot have both 32 and 64 bits (see zrml convert --help)");
 }
 
-// A header, an empty block, and a checksum and a length of 0: a gzip file of nothing, not an empty file.
+// A header, an empty block, and a checksum and a length of 0: an empty gzip stream, not an empty file.
 TEST_F(ConvertTest, NothingCompressedIsAGzipFile) {
   path_ = Make("vials.rpt", Vials());
   const std::string output = Converted({"--sample", "2", "--format", "mgf", "--gzip"});
@@ -145,14 +145,14 @@ TEST_F(ConvertTest, IndexCanBeLeftOut) {
   EXPECT_TRUE(ReadBytes(folder_ / "out" / "run.mzML").ends_with("</run>\n</mzML>\n"));
 }
 
-TEST_F(ConvertTest, VerboseTellsWhatAFileHolds) {
+TEST_F(ConvertTest, VerboseShowsTheContentOfAFile) {
   const ProcessResult result = RunToFolder({"-v"});
   EXPECT_EQ(result.output, Path("out") + "/run.mzML\n");
   EXPECT_EQ(result.errors,
             "zrml: " + path_ + " -> " + Path("out") + "/run.mzML: 5 spectra, 6 chromatograms\n");
 }
 
-TEST_F(ConvertTest, VerboseTellsOfStandardOutputToo) {
+TEST_F(ConvertTest, VerboseShowsStandardOutputToo) {
   const ProcessResult result = RunToOutput({"--function", "1,2", "-v"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.errors, "zrml: " + path_ + " -> standard output: 5 spectra, 6 chromatograms\n");
@@ -166,7 +166,7 @@ TEST_F(ConvertTest, FolderIsNoFile) {
   EXPECT_FALSE(std::filesystem::exists(folder_ / "not"));
 }
 
-// The rest is converted, too, for whoever has seen enough of the names.
+// The rest is converted even when the reader of the names has left.
 TEST_F(ConvertTest, ReaderOfTheNamesMayLeave) {
   setup_.outputTo = OutputTo::kClosedPipe;
   const std::string other = Make("other.raw");
@@ -187,7 +187,7 @@ TEST_F(ConvertTest, ExistingFileIsKeptUnlessForced) {
   EXPECT_TRUE(ReadBytes(folder_ / "mine.mzML").ends_with("</indexedmzML>\n"));
 }
 
-// Nobody knows the data format of function 4.
+// Function 4 has an unknown data format.
 TEST_F(ConvertTest, FailureLeavesNoFile) {
   std::filesystem::create_directory(folder_ / "out");
   ExpectFailure(Run({"convert", path_, "-o", Path("out"), "--function", "1-4"}), 7,
@@ -195,7 +195,7 @@ TEST_F(ConvertTest, FailureLeavesNoFile) {
   EXPECT_EQ(FilesIn("out"), std::set<std::string>());
 }
 
-TEST_F(ConvertTest, WhatCannotBeReadIsToldOfWhenTheRestIsWanted) {
+TEST_F(ConvertTest, UnreadableDataAreReportedWhenTheRestIsWanted) {
   for (const char* threads : {"1", "3"}) {
     const ProcessResult told = RunToOutput({"--function", "4", "--damaged", "--threads", threads});
     EXPECT_EQ(told.status, 0);
@@ -206,7 +206,7 @@ TEST_F(ConvertTest, WhatCannotBeReadIsToldOfWhenTheRestIsWanted) {
   }
 }
 
-// What is not recognised is said as `zrml info` says it.
+// An unrecognised source is reported as in `zrml info`.
 TEST_F(ConvertTest, SourceThatFailsDoesNotStopTheOthers) {
   const std::string other = Make("other.RAW");
   const std::string bad = MakeFile("bad.raw");
@@ -220,7 +220,7 @@ TEST_F(ConvertTest, SourceThatFailsDoesNotStopTheOthers) {
   EXPECT_EQ(FilesIn("out"), (std::set<std::string>{"other.mzML", "run.mzML"}));
 }
 
-// Also with --force: the second would replace what the first has become.
+// Even with --force: the second would replace the first one's output.
 TEST_F(ConvertTest, SourcesOfOneNameDoNotReplaceEachOther) {
   const std::string twin = Make("more/run.raw");
   const ProcessResult result = Run({"convert", path_, twin, "-o", Path("out"), "--force", "--function", "1"});
@@ -233,7 +233,7 @@ TEST_F(ConvertTest, SourcesOfOneNameDoNotReplaceEachOther) {
   ExpectLacks(converted, "/more/");
 }
 
-TEST_F(ConvertTest, SourceThatFailedHasBecomeNothing) {
+TEST_F(ConvertTest, FailedSourceClaimsNoTarget) {
   const std::string broken = Make("more/run.raw");
   const ProcessResult result =
       Run({"convert", path_, broken, "-o", Path("out"), "--function", "4", "--force"});  // cannot be read
@@ -330,7 +330,7 @@ TEST_F(ConvertTest, FullDiskIsStatus5) {
                 path_ + ": cannot write to standard output (No space left on device)");
 }
 
-// The files are there: it is not said that they are not.
+// The files exist and are not reported as missing.
 TEST_F(ConvertTest, NamesThatCannotBePrintedDoNotFailTheConversion) {
   setup_.outputTo = OutputTo::kFullDisk;
   const std::string other = Make("other.raw");

@@ -1,4 +1,4 @@
-// zrml convert on sources that one edit has damaged: what is refused, and what is told.
+// zrml convert on sources damaged by a single edit: what is refused, and what is reported.
 #include <algorithm>
 #include <fstream>
 
@@ -18,7 +18,7 @@ class DamagedConversionTest : public ZrmlTest {
     return Run(more);
   }
 
-  // Refused where traces are converted: in mzML alone.
+  // Refused where traces are converted: only in mzML.
   void ExpectTracesLost(const TempDirectory& directory, const std::string& finding) const {
     ExpectFailure(Convert(directory), 7,
                   PathOf(directory) + " is damaged: " + finding + " (--damaged converts what there is)");
@@ -126,7 +126,7 @@ class DamageOutsideTest : public DamagedConversionTest {
   std::string file_;  // of the directory, with a slash
 };
 
-// Precursors of MS/MS scans stand in the statistics.
+// Precursors of MS/MS scans are in the statistics.
 TEST_F(DamagedConversionTest, LostStatisticsAreNotConvertedUnasked) {
   using Damage = void (*)(const TempDirectory& directory);
   const Damage damages[] = {
@@ -165,7 +165,7 @@ TEST_F(DamagedConversionTest, LostDataAreNotConvertedUnasked) {
                                   ": _FUNC001.DAT: scans of function 1 that have lost points: 1 (3)\n");
 }
 
-// Each leaves a directory that opens, with scans or functions less.
+// Each leaves a directory that opens, with fewer scans or functions.
 TEST_F(DamagedConversionTest, LostScansAndFunctionsAreNotConvertedUnasked) {
   using Damage = void (*)(const TempDirectory& directory);
   const Damage damages[] = {
@@ -187,7 +187,7 @@ TEST_F(DamagedConversionTest, LostScansAndFunctionsAreNotConvertedUnasked) {
   }
 }
 
-TEST_F(DamageOutsideTest, OfFunctionsThatAreNotAskedForIsNoHindrance) {
+TEST_F(DamageOutsideTest, OfOtherFunctionsDoesNotMatter) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.labels = {CreatorLine("4.1"), FunctionHeading(2, "REFERENCE")};  // a lock mass
   const TempDirectory directory = raw.Build();
@@ -204,7 +204,7 @@ TEST_F(DamageOutsideTest, OfFunctionsThatAreNotAskedForIsNoHindrance) {
   ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 2}, {{"--function", "2"}, 7}});
 }
 
-TEST_F(DamageOutsideTest, FunctionThatIsLostCountsForItsNumber) {
+TEST_F(DamageOutsideTest, LostFunctionCountsForItsNumber) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Remove("_FUNC002.DAT");
   ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 0}, {{"--function", "2"}, 7}});
@@ -225,7 +225,7 @@ TEST_F(DamageOutsideTest, AbsorbanceCountsByItsNumber) {
   ExpectStatus(directory, {{{}, 0}, {asked, 7}, {{"--function", "1"}, 0}, {{"--function", "1-"}, 7}});
 }
 
-TEST_F(DamagedConversionTest, LockMassesWithoutNamesAreToldOf) {
+TEST_F(DamagedConversionTest, LockMassesWithoutNamesAreReported) {
   const TempDirectory directory = SoundDirectory().Build();
   const ProcessResult result = Run({"convert", PathOf(directory), "--stdout", "--exclude-lock-mass"});
   EXPECT_EQ(result.status, 0);
@@ -233,8 +233,8 @@ TEST_F(DamagedConversionTest, LockMassesWithoutNamesAreToldOf) {
                                ": _EXTERN.INF is missing, so no function is known to be a lock mass\n");
 }
 
-// Without the maker's library, as on the machine that runs this.
-TEST_F(DamagedConversionTest, DriftBinsThatAreLeftOutAreToldOf) {
+// Without the maker's library, which test machines lack.
+TEST_F(DamagedConversionTest, OmittedDriftBinsAreReported) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.WriteText("_FUNC001.CDT", "x");
   const ProcessResult result = Run({"convert", PathOf(directory), "--stdout"});
@@ -245,7 +245,7 @@ TEST_F(DamagedConversionTest, DriftBinsThatAreLeftOutAreToldOf) {
   EXPECT_EQ(Run({"convert", PathOf(directory), "--stdout", "--function", "2"}).errors, "");
 }
 
-TEST_F(DamagedConversionTest, SourceIsNotReplacedByWhatItBecomes) {
+TEST_F(DamagedConversionTest, SourceIsNotReplacedByItsOutput) {
   const TempDirectory directory = SoundDirectory().Build();
   const std::string data = PathOf(directory) + "/_FUNC001.DAT";
   const FileBytes before = directory.Read("_FUNC001.DAT");
@@ -259,8 +259,8 @@ TEST_F(DamagedConversionTest, SourceIsNotReplacedByWhatItBecomes) {
 struct CutReport {
   std::size_t size;
   const char* finding;
-  int sample;        // that is refused, and no other
-  const char* name;  // of the sample in messages, behind the path
+  int sample;        // the only one refused
+  const char* name;  // of the sample in messages, after the path
 };
 
 // In the last of three samples, or in a list of a spectrum of a function of the first.
@@ -284,8 +284,8 @@ TEST_F(DamagedConversionTest, ReportThatIsCut) {
   }
 }
 
-// Functions without spectra and chromatograms are not listed, and every worker must see those that are left:
-// the spectrum of the last of three, whose middle one is empty.
+// Functions without spectra and chromatograms are not listed, and every worker must see the remaining ones:
+// the spectrum of the last of three, of which the middle one is empty.
 TEST_F(DamagedConversionTest, WorkersSeeTheSameFunctions) {
   const auto function = [](const char* name, const ReportLines& content) {
     return FunctionBlock(Keys({{"Description", name}}) + content);

@@ -18,8 +18,8 @@ class InfoTest : public ZrmlTest {
   }
 };
 
-// Function 5 is absorbance and no function here; numbers stay those of the files. A column in which no
-// function has anything to say, that of drift bins, is left out.
+// Function 5 is absorbance and not listed; numbers are those of the files. A column without any values, that
+// of drift bins, is left out.
 TEST_F(InfoTest, DirectoryIsShownInAlignedColumns) {
   const std::string path = Make("run.raw");
   ExpectOutput(Run({"info", path}), "Source    " + path + R"(
@@ -58,7 +58,7 @@ Sample 1: Injection 1
 )");
 }
 
-// 0.1F and 0.3F are no short decimals; people see four digits, programs all.
+// 0.1F and 0.3F are not short decimals; people see four digits, programs all digits.
 TEST_F(InfoTest, JsonGivesWhatTextRounds) {
   RawDirectoryBuilder raw;
   raw.functions.resize(1);
@@ -96,7 +96,7 @@ TEST_F(InfoTest, JsonOfProcessedDataHasItsName) {
   EXPECT_EQ(function["file"], "_PROC001.DAT");
 }
 
-// A lost file leaves every number as it was.
+// A lost file changes no number.
 TEST_F(InfoTest, NumbersStayWhenAFileIsLost) {
   const std::string path = Make("run.raw");
   for (const char* name : {"_FUNC002.DAT", "_FUNC002.IDX", "_FUNC002.STS"})

@@ -1,4 +1,4 @@
-// A plug-in that speaks the next version of the interface only.
+// A plug-in that only supports the next version of the interface.
 #include <cstdint>
 
 #include "plugin/provider_table.h"

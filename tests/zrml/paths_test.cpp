@@ -1,4 +1,4 @@
-// Paths of sources and targets that are long, on a server, or links; devices; and several names of one file.
+// Long paths, paths on a server and links as sources and targets; devices; and several names of one file.
 #include <cstdlib>
 #include <fstream>
 
@@ -19,8 +19,8 @@ namespace fs = std::filesystem;
 
 class PathsTest : public ZrmlTest {
  protected:
-  // That every command reads the source at `path`, a SoundDirectory() that is called "run.raw", and that
-  // conversion writes into the folder `out`, which is not there yet.
+  // Checks that every command reads the source at `path`, a SoundDirectory() called "run.raw", and that
+  // conversion writes into the folder `out`, which does not exist yet.
   void ExpectUsable(const std::string& path, const std::string& out,
                     const std::string& separator = "/") const {
     EXPECT_EQ(Run({"info", path}).status, 0);
@@ -35,7 +35,7 @@ class PathsTest : public ZrmlTest {
                   path + separator + "run.mzML is a part of the source");
   }
 
-  // Of the files that are named in what has been converted.
+  // The names of source files in the converted output.
   std::string Converted(const std::string& name) const { return ReadBytes(folder_ / name); }
 };
 
@@ -58,7 +58,7 @@ TEST_F(PathsTest, LongOnesAreReadAndWritten) {
   EXPECT_TRUE(Converted("short/c" + name + "/out/run.mzML").ends_with("</indexedmzML>\n"));
 }
 
-// Whatever it stands for: what would be replaced is looked at, not how it is called.
+// Whatever the path is: the file that would be replaced is checked, not its name.
 TEST_F(PathsTest, OtherSourceIsNoTarget) {
   const std::string raw = Make("run.raw", SoundDirectory());
   const std::string report = Make("run.mzML", Vials());
@@ -84,7 +84,7 @@ TEST_F(PathsTest, TargetMayBeBesideAReport) {
   EXPECT_EQ(Run({"convert", report, "-o", Path("."), "--sample", "1"}).status, 0);
 }
 
-// Nothing is opened before: the source that is not there is not missed.
+// Nothing is opened before this check: the missing source is not reported.
 TEST_F(PathsTest, DeviceIsNoTarget) {
 #ifdef _WIN32
   const std::vector<std::string> devices = {"NUL", "nul", "con.mzML", Path("aux"), "\\\\.\\pipe\\name"};

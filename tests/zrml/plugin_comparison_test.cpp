@@ -1,5 +1,5 @@
-// zrml plugin with a source: what the interface wants otherwise is told row by row, and everything else that
-// is not as the source holds it is a fault.
+// zrml plugin with a source: differences that the interface requires are listed row by row, and any other
+// difference from the source is a fault.
 #include "tools/zrml/plugin_comparison.h"
 
 #include <cstdint>
@@ -21,12 +21,12 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class PluginComparisonTest : public ZrmlTest {
  protected:
-  // The lines of the output that tell a wanted difference, or a fault.
+  // The lines of the output with a required difference or a fault.
   static std::string LineOf(const Wanted& difference, long long count) {
     return std::to_string(count) + "  " + std::string(difference.slot) + " " + std::string(difference.reason);
   }
 
-  // With blanks between words, however wide the columns are.
+  // With single blanks between words, however wide the columns are.
   static std::string Squeezed(const std::string& text) {
     std::string squeezed;
     for (const char c : text) {
@@ -36,7 +36,7 @@ class PluginComparisonTest : public ZrmlTest {
     return squeezed;
   }
 
-  // No faults, and among the differences these, each as often.
+  // No faults, and these among the differences, each with this count.
   void ExpectWanted(const std::string& path,
                     const std::vector<std::pair<Wanted, long long>>& differences) const {
     const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), path});
@@ -87,7 +87,7 @@ class PluginComparisonTest : public ZrmlTest {
                "GetFunctionTraceName", "GetFunctionTrace", "GetMetadataValue"});
   }
 
-  // Leaves the offsets of an index out.
+  // Omits the offsets of an index.
   static void ZeroOffsets(const std::filesystem::path& file, std::size_t recordSize) {
     std::fstream index(file, std::ios::binary | std::ios::in | std::ios::out);
     for (std::size_t at = 0; at < std::filesystem::file_size(file); at += recordSize)
@@ -109,8 +109,8 @@ class PluginComparisonTest : public ZrmlTest {
   }
 
   struct Lost {
-    std::size_t size;       // of the file that is left
-    long long differences;  // that the interface wants
+    std::size_t size;       // of the remaining file
+    long long differences;  // required by the interface
   };
   void ExpectLost(const std::string& path, long long differences) const {
     SCOPED_TRACE(path + " of " + std::to_string(std::filesystem::file_size(path + "/_FUNC001.DAT")));
@@ -145,7 +145,7 @@ TEST_F(PluginComparisonTest, SmallAcquisition) {
                       {kWanted.folderEnd, 6}});
 }
 
-// Then nothing is listed, and what is known of the sample alone has no function.
+// Then nothing is listed, and items of the sample alone have no function.
 TEST_F(PluginComparisonTest, FunctionsWithoutTheirFiles) {
   const std::string path = Make("run.raw");
   for (const char* const extension : {".DAT", ".IDX"}) {
@@ -175,7 +175,7 @@ TEST_F(PluginComparisonTest, FunctionWithoutItsDataFile) {
   ExpectWanted(path, {{kWanted.unlistedFunction, 1}, {kWanted.listPosition, 4}});
 }
 
-// The products' only precursor was there.
+// The products' only precursor was in this file.
 TEST_F(PluginComparisonTest, PrecursorWithoutItsDataFile) {
   RawDirectoryBuilder raw = SmallAcquisition();
   raw.functions.resize(2);
@@ -233,8 +233,8 @@ TEST_F(PluginComparisonTest, NumbersBeyond16Bits) {
   ExpectWanted(Make("run.raw", raw), {{kWanted.scanNumber, 4}});
 }
 
-// Of data format 3, whose masses are the places of the points, the last point is gone; so is the second of a
-// pair of format 1 that has no intensity.
+// In data format 3, where masses are the places of the points, the last point is missing; so is the second
+// point of a pair of format 1 without intensity.
 TEST_F(PluginComparisonTest, PlacesWithoutPoints) {
   RawDirectoryBuilder raw;
   raw.functions.resize(1);
@@ -250,8 +250,8 @@ TEST_F(PluginComparisonTest, PlacesWithoutPoints) {
   ExpectWanted(Make("pairs.raw", raw), {{kWanted.unwrittenPoints, 1}});
 }
 
-// Chromatograms are computed in one spectrum, where the place keeps the point of the scan before.
-TEST_F(PluginComparisonTest, PlaceWithoutAPointBehindOneWithAPoint) {
+// Chromatograms are computed with one spectrum, in which the place keeps the point of the scan before.
+TEST_F(PluginComparisonTest, PlaceWithoutAPointAfterOneWithAPoint) {
   RawDirectoryBuilder raw;
   raw.functions.resize(1);
   raw.functions[0].record.dataFormat = 1;
@@ -277,8 +277,8 @@ TEST_F(PluginComparisonTest, Report) {
 }
 
 // The function has no polarity; its first spectrum no points, its second neither a time nor intensities. A
-// time is asked for as the start and the end of a spectrum and in the list of all.
-TEST_F(PluginComparisonTest, ReportThatTellsLittle) {
+// time is requested as the start and the end of a spectrum and in the list of all.
+TEST_F(PluginComparisonTest, ReportWithFewValues) {
   const ReportLines report =
       ReportOf(Scan({{"Time", "1"}, {"BPI", "100"}, {"TIC", "7"}, {"Continuum", "FALSE"}}, {}) +
                Scan({}, {{100, 50}}) + Scan({{"Time", "2"}, {"BPI", "100"}, {"TIC", "7"}}, {{100, 50}}));
@@ -291,14 +291,14 @@ TEST_F(PluginComparisonTest, ReportThatTellsLittle) {
                       {kWanted.absentBasePeak, 1}});
 }
 
-// The interface has no number for a type that nobody knows.
+// The interface has no number for an unknown type.
 TEST_F(PluginComparisonTest, ReportOfUnknownType) {
   const ReportLines unknown = FunctionBlock(Keys({{"Type", "TOFX"}}) + Scan({{"Time", "1"}}, {{100, 50}}));
   ExpectWanted(Make("unknown.rpt", SampleBlock(unknown)), {{kWanted.unknownKind, 1}});
 }
 
-// Times and totals are given as they are stored; times sort behind all others.
-TEST_F(PluginComparisonTest, NumbersOfADirectoryThatAreStoredAsNone) {
+// Times and totals are given as stored; these times sort after all others.
+TEST_F(PluginComparisonTest, NanValuesInADirectory) {
   RawDirectoryBuilder raw;
   raw.functions.resize(1);
   raw.functions[0].scans.assign(3, ScanFrom<StoredPoint9>(0.5F, {{100, 1}}));
@@ -309,8 +309,8 @@ TEST_F(PluginComparisonTest, NumbersOfADirectoryThatAreStoredAsNone) {
   ExpectFaults(path, {"GetRetentionTimes NaN", "GetTotalIonChromatogram NaN", "GetSpectrum NaN time"});
 }
 
-// The second scan tells nothing, which is 0.
-TEST_F(PluginComparisonTest, NumbersOfAReportThatAreStoredAsNone) {
+// The second scan has no values, which read as 0.
+TEST_F(PluginComparisonTest, NanValuesInAReport) {
   const ReportLines report =
       ReportOf(Scan({{"Time", "nan"}, {"BPI", "nan"}, {"TIC", "nan"}}, {{100, 50}}) + Scan({}, {{100, 50}}));
   const std::string path = Make("none.rpt", report);
@@ -322,9 +322,9 @@ TEST_F(PluginComparisonTest, NumbersOfAReportThatAreStoredAsNone) {
                       "GetTotalIonChromatogram zero", "GetBasePeakChromatogram zero"});
 }
 
-// The plug-in takes the bytes that a point or a group of points lacks for zeros. Points of mass 0 are left
-// out, so that a file which ends between two points can give what the source reads.
-TEST_F(PluginComparisonTest, PointsThatAreThereInPart) {
+// The plug-in reads missing bytes of a point or a group of points as zeros. Points of mass 0 are left out, so
+// a file that ends between two points can give the same as the source.
+TEST_F(PluginComparisonTest, IncompletePoints) {
   const ScanFiles pairs = ScanOf<StoredPoint1>(0.5F, {{.mass = 100 * 1024, .mantissa = 5},
                                                       {.mass = 101 * 1024, .mantissa = 6},
                                                       {.mass = 102 * 1024, .mantissa = 7}});
@@ -343,8 +343,8 @@ TEST_F(PluginComparisonTest, PointsThatAreThereInPart) {
 }
 
 // Two sub-scans of two points, which the plug-in does not sum when zeros follow. A point of data format 13
-// ends with four bytes without meaning: without them the plug-in has the last one, and sums it.
-TEST_F(PluginComparisonTest, SubScansThatAreThereInPart) {
+// ends with four meaningless bytes: without them the plug-in still has the last point, and sums it.
+TEST_F(PluginComparisonTest, IncompleteSubScans) {
   const std::vector<StoredPoint12> stored =
       NearestPoints<StoredPoint12>({{100, 5}, {200, 6}, {100, 7}, {200, 8}});
   for (const auto& [size, differences] : {Lost{20, 0}, {24, 1}, {27, 1}, {31, 1}})
@@ -360,7 +360,7 @@ TEST_F(PluginComparisonTest, SubScansThatAreThereInPart) {
   ExpectFaults(whole, {"GetSpectrum mass", "GetSpectrum intensity", "GetSpectrum more points"});
 }
 
-// Four samples of a profile, 0.002 apart, twice: a sum of peaks makes fewer of them.
+// Four samples of a profile, 0.002 apart, twice: summed as peaks they become fewer.
 TEST_F(PluginComparisonTest, SubScansOfAProfile) {
   std::vector<WantedPoint> points;
   for (int i = 0; i < 8; ++i) points.push_back({500 + 0.002 * (i % 4), 5.0 + i});
@@ -373,7 +373,7 @@ TEST_F(PluginComparisonTest, SubScansOfAProfile) {
   ExpectNotWanted(MakeCut("peaks.raw", 12, scan, scan.data.size()), {kWanted.profileSubScans});
 }
 
-TEST_F(PluginComparisonTest, AbsorbanceThatIsThereInPart) {
+TEST_F(PluginComparisonTest, IncompleteAbsorbance) {
   const ScanFiles pairs =
       ScanOf<StoredPoint1>(0.5F, {{.mass = 210 * 1024, .mantissa = 5}, {.mass = 211 * 1024, .mantissa = 6}});
   const ScanFiles points = ScanFrom<StoredPoint9>(0.5F, {{210, 5}, {211, 6}});
@@ -402,7 +402,7 @@ TEST_F(PluginComparisonTest, FunctionOfAReportWithoutAName) {
   ExpectFault(path, "GetFunctionName");
 }
 
-// A name that the report gives stays, wherever the function is in the list.
+// A name from the report stays, wherever the function is in the list.
 TEST_F(PluginComparisonTest, FunctionOfAReportThatIsCalledLikeOneWithoutAName) {
   const ReportLines report =
       SampleBlock(FunctionBlock(Keys({{"Type", "MS"}})) +
@@ -410,16 +410,16 @@ TEST_F(PluginComparisonTest, FunctionOfAReportThatIsCalledLikeOneWithoutAName) {
   ExpectNotWanted(Make("named.rpt", report), {kWanted.unnamedFunction});
 }
 
-// Samples behind the character that ends a text are in the list, but not counted beforehand.
-TEST_F(PluginComparisonTest, SamplesBehindTheEndOfText) {
+// Samples after the character that ends a text are in the list, but not counted beforehand.
+TEST_F(PluginComparisonTest, SamplesAfterTheEndOfText) {
   const std::string path = Make("end.rpt", SampleBlock({}) + Line("\x1A") + SampleBlock({}));
   ExpectWanted(path, {{kWanted.samplesBehindEnd, 1}});
   ExpectFaults(path, {"GetFileSampleCount", "GetSampleCount"});
 }
 
-// Data format 14 has points for the channels of the function at most, of which these scans declare more than
-// the files could hold: the last two would be beyond 4 GiB. Their offsets go back by that, so that the index
-// is not taken for one of short records; one of long records is not sorted.
+// Data format 14 has at most one point per channel of the function, and these scans declare more than the
+// files could hold: the last two would be beyond 4 GiB. Their offsets are lower by that much, so the index is
+// not taken for one of short records; one of long records is not sorted.
 TEST_F(PluginComparisonTest, OffsetsBeyondFourGigabytes) {
   for (const std::size_t recordSize : {std::size_t{22}, std::size_t{30}}) {
     SCOPED_TRACE(recordSize);
@@ -466,7 +466,7 @@ TEST_F(PluginComparisonTest, FolderThatIsCalledAsADataFile) {
   ExpectNotWanted(Make("of_Func007.raw"), {kWanted.folderChoice});
 }
 
-// The trace of the absorbance needs no list, but is not given without one.
+// The absorbance trace needs no list, but is not given without one.
 TEST_F(PluginComparisonTest, DamagedListOfTraces) {
   const std::string path = Make("run.raw");
   const std::filesystem::path list = folder_ / "run.raw" / "_ANALOGS.INF";
@@ -475,14 +475,14 @@ TEST_F(PluginComparisonTest, DamagedListOfTraces) {
   ExpectFault(path, "GetTraceCount");
 }
 
-// A function whose end is missing: what follows is in it.
+// A function without its end contains everything that follows.
 ReportLines OpenFunction(const ReportLines& content) { return Line("[FUNCTION]") + Line("{") + content; }
 
 ReportLines NamedTrace(const char* name) {
   return ChromatogramBlock(Keys({{"Description", name}, {"MaxIntensity", "50"}}), {{1, 100}, {2, 0}});
 }
 
-// The first analog function does not end, and so holds the second one with its trace.
+// The first analog function does not end and so contains the second one with its trace.
 TEST_F(PluginComparisonTest, TraceOfTwoFunctions) {
   const ReportLines analog = Keys({{"Description", "ANALOG"}}) + ChromatogramBlock({}, {{1, 100}});
   const ReportLines survey = FunctionBlock(Keys({{"Type", "MS"}}) + Scan({{"Time", "1"}}, {{100, 50}}));
@@ -492,7 +492,7 @@ TEST_F(PluginComparisonTest, TraceOfTwoFunctions) {
   ExpectFaults(path, {"GetTraceCount", "GetTraceName", "GetTrace"});
 }
 
-// To the plug-in the first function has the spectra, the traces and the text of the second one, too.
+// For the plug-in the first function also has the spectra, the traces and the text of the second one.
 TEST_F(PluginComparisonTest, FunctionInsideAnother) {
   const ReportLines products =
       FunctionBlock(Keys({{"Type", "MSMS"}}) + Scan({{"Time", "0.7"}}, {{200, 25}}) + NamedTrace("products"));
@@ -504,7 +504,7 @@ TEST_F(PluginComparisonTest, FunctionInsideAnother) {
   ExpectFaultsOfFunctions(path);
 }
 
-// The first function has nothing of its own, so that the source does not list it; to the plug-in it has the
+// The first function has nothing of its own, so the source does not list it; for the plug-in it has the
 // spectra and traces of all. So has the second one, with the text; the third one has those of the analog one.
 TEST_F(PluginComparisonTest, FunctionsInsideEachOther) {
   const ReportLines analog =
@@ -537,7 +537,7 @@ TEST_F(PluginComparisonTest, FunctionWithoutBlocksInsideAnother) {
   ExpectFault(path, "GetMetadataValue");
 }
 
-// Functions without blocks leave the list only after the traces have been looked for.
+// Functions without blocks leave the list only after the search for traces.
 TEST_F(PluginComparisonTest, AnalogFunctionBesideOneWithoutBlocks) {
   const ReportLines trace = ChromatogramBlock(Keys({{"MaxIntensity", "50"}}), {{1, 100}});
   const std::string path =
@@ -547,7 +547,7 @@ TEST_F(PluginComparisonTest, AnalogFunctionBesideOneWithoutBlocks) {
   ExpectFault(path, "GetTraceCount");
 }
 
-// There is nothing to compare then.
+// Then there is nothing to compare.
 TEST_F(PluginComparisonTest, SourcesThatAreRefused) {
   const std::string other = Make("other.raw");
   std::ofstream(folder_ / "other.raw" / "_HEADER.TXT") << "another text\n";
@@ -667,8 +667,9 @@ TEST_F(AlteredPluginTest, SourceThatNoProviderTakes) {
       << result.output;
 }
 
-// Two provider names, and the names of the source's six functions; of more than 20 faults the number is told.
-TEST_F(AlteredPluginTest, FaultsAreToldOneByOneUpToABound) {
+// Two provider names, and the names of the source's six functions; of more than 20 faults only the number is
+// shown.
+TEST_F(AlteredPluginTest, FaultsAreListedOneByOneUpToALimit) {
   const std::string path = Make("run.raw");
   std::ofstream(path + ".altered") << "GetFunctionName";
   const ProcessResult few = Run({"plugin", Argument(ZRML_ALTERED_PLUGIN), path});

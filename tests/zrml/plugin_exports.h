@@ -1,4 +1,4 @@
-// How the stand-in plug-ins export a function.
+// Exports a function from the stand-in plug-ins.
 #pragma once
 
 #ifdef _WIN32

@@ -59,14 +59,14 @@ TEST_F(PluginLoadingTest, EmptyNameIsWrongUsage) {
 }
 
 #ifndef _WIN32
-// The loader would wait for somebody to write into it.
+// The loader would wait for a writer.
 TEST_F(PluginLoadingTest, PipeIsNoPlugin) {
   ASSERT_EQ(::mkfifo((folder_ / "pipe.so").c_str(), 0600), 0);
   ExpectFailure(RunWith(Path("pipe.so")), 6,
                 "cannot load the plug-in " + Path("pipe.so") + " (it is no file)");
 }
 
-// The loader maps what is not there, and dies of it.
+// The loader maps missing parts and crashes.
 TEST_F(PluginLoadingTest, CutPluginIsStatus6) {
   std::filesystem::copy_file(BuiltFile(ZRML_NEWER_PLUGIN), Path("cut.so"));
   for (const unsigned size : {4096u, 1000u, 100u}) {  // before its code
@@ -94,7 +94,7 @@ TEST_F(PluginLoadingTest, PluginThatMakesNoProviderIsStatus6) {
   ExpectFailure(RunWith(plugin), 6, "the plug-in " + plugin + " does not make its provider 1");
 }
 
-TEST_F(PluginLoadingTest, MissingPluginIsToldBeforeAMissingPath) {
+TEST_F(PluginLoadingTest, MissingPluginIsReportedBeforeAMissingPath) {
   ExpectFailure(Run({"plugin", Path("none.so"), Path("missing")}), 6,
                 "there is no plug-in " + Path("none.so"));
   const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), Path("missing")});

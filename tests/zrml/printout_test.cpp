@@ -49,7 +49,7 @@ TEST(Printout, TextHasShortestNumbersAndPlainLines) {
             "1.7976931348623157e+308\t5e-324\n");
 }
 
-TEST(Printout, JsonHasNullForWhatHasNoForm) {
+TEST(Printout, JsonHasNullForNumbersWithoutAForm) {
   EXPECT_EQ(
       Printed([](const Printout& printout, Output& out) { PrintJson(printout, out); }),
       "{\n"

@@ -14,7 +14,7 @@
 namespace zrml::test {
 namespace {
 
-/// What the program's standard streams become, and the folder it runs in.
+/// The program's standard streams, and the folder it runs in.
 class FileActions {
  public:
   FileActions(const ProcessSetup& setup, int pipe) {
@@ -43,14 +43,14 @@ class FileActions {
 
  private:
   void Open(int descriptor, const std::filesystem::path& file) {
-    ::posix_spawn_file_actions_addopen(&actions_, descriptor, file.c_str(),
-                                       O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    ::posix_spawn_file_actions_addopen(&actions_, descriptor, file.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                       0600);
   }
 
   posix_spawn_file_actions_t actions_{};
 };
 
-/// A pipe that has lost its reader: its end for writing.
+/// The writing end of a pipe without a reader.
 int ClosedPipe() {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return -1;
@@ -58,11 +58,9 @@ int ClosedPipe() {
   return ends[1];
 }
 
-/// Starts the program, with the signals as a shell would give them; 0 or the error. The program's
-/// memory is never a copy of the test's, which a busy machine may refuse; what it refuses all the
-/// same is asked for again.
-int Start(const ProcessSetup& setup, const FileActions& actions, char* const* arguments,
-          pid_t& child) {
+/// Starts the program with signals set as a shell does; 0 or the error. Never copies the test's memory, which
+/// a busy machine may refuse; a refusal despite that is retried.
+int Start(const ProcessSetup& setup, const FileActions& actions, char* const* arguments, pid_t& child) {
   sigset_t pipe;
   ::sigemptyset(&pipe);
   ::sigaddset(&pipe, SIGPIPE);
@@ -72,8 +70,7 @@ int Start(const ProcessSetup& setup, const FileActions& actions, char* const* ar
   ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
   int error = 0;
   for (int attempt = 0; attempt < 50; ++attempt) {
-    error = ::posix_spawn(&child, setup.program.c_str(), actions.Get(), &attributes, arguments,
-                          environ);
+    error = ::posix_spawn(&child, setup.program.c_str(), actions.Get(), &attributes, arguments, environ);
     if (error != EAGAIN && error != ENOMEM) break;
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }

@@ -22,7 +22,7 @@ HANDLE OpenOutput(const ProcessSetup& setup) {
   return writer;
 }
 
-// As programs split their command line: in quotes, backslashes doubled before a quote.
+// Quoted as programs split their command line: backslashes are doubled before a quote.
 std::wstring Quoted(const std::wstring& argument) {
   std::wstring text = L"\"";
   std::size_t backslashes = 0;

@@ -1,4 +1,4 @@
-// The line that shows how far a conversion is.
+// The progress line of a conversion.
 #include "tools/zrml/progress_bar.h"
 
 #include <gtest/gtest.h>

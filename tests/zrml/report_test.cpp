@@ -268,8 +268,8 @@ class CutReportTest : public ReportTest {
   const std::string whole_ = ReadBytes(folder_ / "vials.rpt");
 };
 
-// A copy that broke off before the last brace of all; in a list of a spectrum of a function of a sample, each
-// with its own brace.
+// A copy that ends before the very last brace, or inside a list within four blocks: sample, function,
+// spectrum and the list itself.
 TEST_F(CutReportTest, IsDamagedInItsLastSample) {
   ExpectOutput(Run({"check", path_}),
                "note: function 1 of sample 1 has 1 of 3 scans that have no points; the first is 3\n"
@@ -280,13 +280,13 @@ TEST_F(CutReportTest, IsDamagedInItsLastSample) {
   ExpectCut(whole_.find("100\t100"), "vials.rpt ends inside 4 blocks");
 }
 
-// What another program has written between samples is not read.
+// Text of other programs between samples is not read.
 TEST_F(CutReportTest, BracesOutsideSamplesCountForNothing) {
   std::ofstream(folder_ / "vials.rpt", std::ios::binary) << "{ made by somebody\n" << whole_ << "{\n";
   EXPECT_EQ(Run({"check", path_}).status, 0);
 }
 
-TEST_F(CutReportTest, SampleWithoutItsEndIsTold) {
+TEST_F(CutReportTest, SampleWithoutItsEndIsReported) {
   const std::size_t second = whole_.find("[SAMPLE]", 1);
   std::string text = whole_;
   text.erase(text.rfind('}', second), 3);  // and its line end

@@ -1,4 +1,4 @@
-// A raw directory that is small enough to know by heart; what the commands print of it is worked out by hand.
+// A raw directory small enough to know by heart; what the commands print for it is worked out by hand.
 #pragma once
 
 #include "tests/support/raw_directory_builder.h"
@@ -9,7 +9,7 @@ namespace zrml::test {
 ///   0.5 min: (100, 10), (200.5, 3), (300.0625, 1000000)   1 min: (100.25, 5)   1.5 min: no points
 /// Function 2, products, negative centroid data:
 ///   0.125 min: (50.5, 7), no precursor   1.125 min: (50.5, 8), precursor 445.125
-/// Function 3 has no scans. Function 4 has two, of a data format that nobody knows, at 3 and 3.5 min.
+/// Function 3 has no scans. Function 4 has two, of an unknown data format, at 3 and 3.5 min.
 /// Function 5 is absorbance: 0.125 min: (210, 0), (210.5, 3)   0.25 min: (210, 4)
 /// Function 6 is a lock mass: 0.25 min: (556.25, 9)
 /// Process 1 smoothed function 1: 0.5 min: (100, 11)

@@ -16,7 +16,7 @@ TEST_F(SourceTest, MissingPathIsStatus3) {
   ExpectFailure(Run({"info", Path("missing")}), 3, "there is no file or folder " + Path("missing"));
 }
 
-TEST_F(SourceTest, MissingPathIsToldOnOneLine) {
+TEST_F(SourceTest, MissingPathIsReportedOnOneLine) {
   setup_.folder = folder_;
   ExpectFailure(Run({"info", "two\nlines"}), 3, "there is no file or folder two\\nlines");
 }
@@ -36,7 +36,7 @@ TEST_F(SourceTest, FolderThatIsNoSourceIsStatus4) {
                 Path("scratch") + " is neither a raw directory nor a report; -r searches it for sources");
 }
 
-// The header's first line is that of something else.
+// The header's first line is that of another program.
 TEST_F(SourceTest, ContentOfAnotherKindIsStatus4) {
   RawDirectoryBuilder raw = SmallAcquisition();
   raw.header = {"something else"};
@@ -89,7 +89,7 @@ TEST_F(SourceTest, PathBeyondAsciiIsFoundAndShown) {
 }
 
 #ifndef _WIN32
-// A file name may hold any byte there; the output is UTF-8 all the same.
+// A file name may have any bytes there; the output is still UTF-8.
 TEST_F(SourceTest, PathThatIsNotUtf8IsFoundAndShownAsUtf8) {
   Make("plain");
   std::filesystem::rename(folder_ / "plain", folder_ / "odd\xFF.raw");

@@ -64,7 +64,7 @@ TEST_F(SpectrumTest, ProductScanShowsItsPrecursor) {
   EXPECT_TRUE(result.output.ends_with("# points: 1\nm/z\tintensity\n50.5\t8\n")) << result.output;
 }
 
-// It is before every survey scan, and nothing tells its precursor.
+// It is before every survey scan, and its precursor is unknown.
 TEST_F(SpectrumTest, ProductScanWithoutPrecursorLeavesItOut) {
   const ProcessResult result = RunSpectrum("2", 1);
   EXPECT_NE(result.output.find("# msLevel: 2\n"), std::string::npos);
@@ -165,7 +165,7 @@ TEST_F(SpectrumTest, ScanThatCannotBeReadIsStatus5) {
     ExpectFailure(RunSpectrum("4", 2, more), 5, path_ + ": cannot read scan 2 of function 4");
 }
 
-TEST_F(SpectrumTest, DriftBinThatIsNotThereFails) {
+TEST_F(SpectrumTest, MissingDriftBinFails) {
   ExpectFailure(RunSpectrum("1", 1, {"--bin", "1"}), 2,
                 "there is no drift bin 1: a scan of function 1 has no drift bins");
 }
@@ -208,7 +208,7 @@ wavelength	absorbance
   EXPECT_EQ(spectrum["absorbances"], json::parse("[0, 3]"));
 }
 
-TEST_F(SpectrumTest, AbsorbanceThatIsNotThereFails) {
+TEST_F(SpectrumTest, MissingAbsorbanceFails) {
   ExpectFailure(Run({"spectrum", path_, "--absorbance", "--scan", "3"}), 2,
                 "there is no absorbance scan 3: " + path_ + " has absorbance scans 1 to 2");
   const std::string report = Make("vials.rpt", Vials());
@@ -222,7 +222,7 @@ TEST_F(SpectrumTest, AbsorbanceThatIsNotThereFails) {
 
 TEST_F(SpectrumTest, AbsorbanceThatCannotBeReadIsStatus5) {
   RawDirectoryBuilder raw = SmallAcquisition();
-  raw.functions[4].record.dataFormat = 10;  // of which there is no layout
+  raw.functions[4].record.dataFormat = 10;  // which has no layout
   const std::string path = Make("other.raw", raw);
   ExpectFailure(Run({"spectrum", path, "--absorbance", "--scan", "2"}), 5,
                 path + ": cannot read absorbance spectrum 2");

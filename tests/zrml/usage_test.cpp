@@ -48,12 +48,12 @@ TEST_F(UsageTest, HelpOfACommandNamesItsOptions) {
   }
 }
 
-TEST_F(UsageTest, CommandThatIsMissingOrUnknown) {
+TEST_F(UsageTest, MissingOrUnknownCommand) {
   ExpectWrongUsage({}, "a command is missing (see zrml --help)");
   ExpectWrongUsage({"inof", "run.raw"}, "there is no command inof (see zrml --help)");
 }
 
-TEST_F(UsageTest, ArgumentsThatAreMissing) {
+TEST_F(UsageTest, MissingArguments) {
   ExpectWrongUsage({"info"}, "PATH is required (see zrml info --help)");
   ExpectWrongUsage({"spectrum", "run.raw", "--function", "1"},
                    "--scan is required (see zrml spectrum --help)");

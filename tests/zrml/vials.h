@@ -7,7 +7,7 @@
 
 namespace zrml::test {
 
-// Sample 1 has two functions and one that is analog, sample 2 has an analog one alone, sample 3 is empty.
+// Sample 1 has two functions and an analog one, sample 2 only an analog one, sample 3 is empty.
 inline ReportLines Vials() {
   const auto scan = [](const char* time, const ReportPairs& points) {
     return SpectrumBlock(Keys({{"Time", time}, {"BPI", "200"}, {"TIC", "7"}, {"Continuum", "FALSE"}}),

@@ -206,7 +206,7 @@ TEST(AbsorbanceDecoder, StartsAtTheDataOffset) {
 
 TEST(AbsorbanceDecoder, Format9FileCutAtEveryLengthReadsAsZeroBytes) {
   const FileBytes whole = HexToBytes(kTwoPoints9);
-  // By the number of bytes that are left of the first and of the second point.
+  // By the number of bytes left of the first and of the second point.
   const Values firstWavelengths = {0, 0, 0, 0, 0, 0, 256};
   const Values firstAbsorbances = {0, 0, -32768, -33554432, -33554432, -33554432, -33554432};
   const Values secondWavelengths = {

@@ -17,7 +17,7 @@ constexpr int kMsMsTypes[] = {6, 7, 8, 9, 11, 16};
 constexpr int kMsType = 0;
 constexpr int kMsMsType = 6;
 
-/// A function with what the header `lines` give it.
+/// A function calibrated by the header `lines`.
 FunctionRecord Parse(const Lines& lines, std::uint16_t number = 1, int typeCode = kMsType) {
   FunctionRecord function;
   function.number = number;
@@ -164,7 +164,7 @@ TEST(CalibrationLines, OneToSevenValuesAreKeptAndTheEighthIsNot) {
   }
 }
 
-TEST(CalibrationLines, ValuesEndAtTheFirstThatIsNoNumber) {
+TEST(CalibrationLines, ValuesEndAtTheFirstNonNumber) {
   EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1,x,3"), Values{1});
   EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1,,3"), Values{1});
   EXPECT_EQ(StaticValues("$$ Cal MS1 Static: 1;2"), Values{1});
@@ -268,7 +268,7 @@ TEST(CalibrationLines, HeaderCutAtEveryLengthKeepsTheValuesBeforeTheCut) {
 }
 
 TEST(CalibrationLines, TemperatureIsReadInSinglePrecision) {
-  // 1 + 2^-24 is halfway between 1 and the next float; a digit far behind decides. Reading a double first
+  // 1 + 2^-24 is halfway between 1 and the next float; a much later digit decides. Reading a double first
   // would lose that digit and round to the even neighbour 1.
   EXPECT_EQ(Parse({"$$ Cal Temperature: 1.000000059604644775390625"}).calTemperature, 1.0F);
   EXPECT_EQ(Parse({"$$ Cal Temperature: 1.000000059604644775390625000000001"}).calTemperature, 0x1.000002p0F);
@@ -328,7 +328,7 @@ TEST(CalibrationSegments, NumbersAreReadAsIntegersButMatchAsText) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.inLine);
     const FunctionRecord function = Parse({"$$ Cal Segment " + std::string(c.inLine) + ": 0.5,1"});
-    EXPECT_EQ(function.segmentCals.size(), 2U);  // grown before the values are looked at
+    EXPECT_EQ(function.segmentCals.size(), 2U);  // grown before the values are checked
     EXPECT_EQ(SegmentValues(function, 2), c.matches ? (Values{0.5, 1}) : Values{});
     EXPECT_EQ(HasCalibration(function), c.matches);
   }
@@ -356,7 +356,7 @@ TEST(CalibrationSegments, NumbersThatNoScanCanHaveAreStoredNowhereButCount) {
   EXPECT_EQ(SegmentValues(Parse({"$$ Cal Segment 31: 1,2"}), 31), (Values{1, 2}));  // the control
 }
 
-// Deliberate: the segment format takes the place of the modification format.
+// Deliberate: the segment format replaces the modification format.
 
 TEST(CalibrationSegments, ModificationAfterASegmentLineIsDeliberatelyNotRecognised) {
   const FunctionRecord before = Parse({"$$ Cal Modification 1: 1,2", "$$ Cal Segment 2: 3,4"});
@@ -474,7 +474,7 @@ ScanIndexEntry ScanOfSegment(std::uint32_t segment) {
 
 TEST(CalibrateMass, UncalibratedFunctionKeepsTheRawMass) {
   EXPECT_EQ(CalibrateMass(FunctionRecord(), {}, 500.25F), 500.25);
-  EXPECT_EQ(CalibrateMass(Calibrated({}, Plain({100})), {}, 500.25F), 500.25);  // a modification alone
+  EXPECT_EQ(CalibrateMass(Calibrated({}, Plain({100})), {}, 500.25F), 500.25);  // only a modification
 }
 
 TEST(CalibrateMass, LineZeroOneKeepsTheMassWithAndWithoutRoot) {

@@ -1,4 +1,4 @@
-// Scans of bytes that a test gives, decoded.
+// Decodes scans from bytes given by a test.
 #pragma once
 
 #include <string>
@@ -27,7 +27,7 @@ inline FunctionRecord FunctionOf(int dataFormat, std::uint32_t pointCount) {
   return function;
 }
 
-/// The same with 32 channels whose masses start with the given ones; the others are 0.
+/// The same with 32 channels: first the given masses, then 0.
 inline FunctionRecord FunctionOf(int dataFormat, std::uint32_t pointCount, Floats startMasses,
                                  Floats endMasses = {}) {
   FunctionRecord function = FunctionOf(dataFormat, pointCount);

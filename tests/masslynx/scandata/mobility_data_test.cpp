@@ -1,4 +1,4 @@
-// Drift bins, with a reader of the tests in the place of the instrument maker's.
+// Drift bins, with a test reader in place of the instrument maker's.
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -24,10 +24,10 @@ struct Reader {
   int blocks = 2;
   int bins = 3;
   std::vector<float> axis;
-  int axisLength = -1;       // what is told instead of the size of the axis
+  int axisLength = -1;       // reported instead of the size of the axis
   std::vector<int> indices;  // of every bin
   std::vector<float> intensities;
-  int count = -1;  // what is told instead of the number of indices
+  int count = -1;  // reported instead of the number of indices
   float seconds = 90;
   std::string failing;  // the operation that fails
   int failingBin = -1;  // or only from this bin on
@@ -156,7 +156,7 @@ TEST_F(MobilityDataTest, StartOfTheAxisHasNoZeroBefore) {
   ExpectPoints({100, 101}, {5, 0});
 }
 
-TEST_F(MobilityDataTest, LastTwoBinsOfTheAxisHaveNoZeroBehind) {
+TEST_F(MobilityDataTest, LastTwoBinsOfTheAxisHaveNoZeroAfter) {
   SetPoints({17}, {5});
   ExpectPoints({116, 117, 118}, {0, 5, 0});
   SetPoints({18}, {5});
@@ -165,7 +165,7 @@ TEST_F(MobilityDataTest, LastTwoBinsOfTheAxisHaveNoZeroBehind) {
   ExpectPoints({118, 119}, {0, 5});
 }
 
-// The middle point is left out, yet it stands between its neighbours.
+// The middle point is left out, but still separates its neighbours.
 TEST_F(MobilityDataTest, PointsWithoutIntensityAreSkippedButAreNeighbours) {
   for (const float nothing : {0.0F, -1.0F, -0.0F, std::numeric_limits<float>::quiet_NaN()}) {
     SetPoints({9, 10, 11}, {5, nothing, 6});
@@ -193,7 +193,7 @@ TEST_F(MobilityDataTest, IndicesOutsideTheAxisFail) {
   for (const int index : {-1, 20, INT_MAX, INT_MIN}) {
     SetPoints({3, index}, {1, 1});
     ExpectFailure();
-    SetPoints({3, index}, {1, 0});  // also of a point that would be skipped
+    SetPoints({3, index}, {1, 0});  // even of a point that would be skipped
     ExpectFailure();
   }
   SetPoints({3, 19}, {1, 1});
@@ -210,7 +210,7 @@ TEST_F(MobilityDataTest, CountsOutsideTheAxisFail) {
   ExpectPoints({102, 103, 104, 105}, {0, 1, 1, 0});
 }
 
-// Nothing is asked of the order: each point is looked at with the one returned before and the one behind.
+// No order is required: each point is compared with the ones returned before and after it.
 TEST_F(MobilityDataTest, IndicesThatDoNotAscendAreTakenAsTheyCome) {
   reader.axis = {100, 101, 102, 103};
   SetPoints({1, 1}, {5, 6});
@@ -291,7 +291,7 @@ TEST_F(MobilityDataTest, CallsOfASingleBinComeInOrder) {
                    "getMassAxis", "loadDataBlock 1", "getRT 1.2", "getScan 1.2"}));
 }
 
-TEST_F(MobilityDataTest, NothingIsLoadedForABinThatIsNotThere) {
+TEST_F(MobilityDataTest, NothingIsLoadedForAMissingBin) {
   for (const int bin : {3, INT_MAX}) ExpectFailure(0, bin);
   for (const int scan : {2, INT_MAX}) ExpectFailure(scan);
   for (const std::string& call : reader.calls) EXPECT_NE(call.substr(0, 13), "loadDataBlock");
@@ -386,7 +386,7 @@ TEST_F(MobilityDataTest, ReaderThatDoesNotTurnFailsUntilItDoes) {
   EXPECT_EQ(data_.BinCount(directory_, 0), 3);
 }
 
-TEST_F(MobilityDataTest, PathWithoutANarrowFormDoesNotReachAReaderThatIsThere) {
+TEST_F(MobilityDataTest, PathWithoutANarrowFormDoesNotReachALoadedReader) {
   EXPECT_EQ(data_.BinCount(directory_, 0), 3);
   reader.calls.clear();
   EXPECT_EQ(data_.BinCount(L"\xD800.raw", 1), 0);
@@ -476,7 +476,7 @@ TEST_F(MobilityDataTest, PathWithoutANarrowFormFails) {
   }
 }
 
-// x -> 1 + 2x, widened from single precision: 1 + 2 x 100 = 201 up to 1 + 2 x 119 = 239.
+// 1 + 2x, widened from single precision: 1 + 2 x 100 = 201 up to 1 + 2 x 119 = 239.
 TEST_F(MobilityDataTest, AxisIsCalibrated) {
   record_.staticCal.coefficients = {1, 2};
   ExpectPoints({219, 221, 223, 225}, {0, 5, 6, 0});

@@ -8,7 +8,7 @@
 namespace zrml::masslynx {
 namespace {
 
-/// A point whose bytes are zero but for the little-endian word at `offset`.
+/// A point whose bytes are zero except for the little-endian word at `offset`.
 template <std::size_t Size>
 std::array<std::byte, Size> WordAt(std::size_t offset, std::uint32_t word) {
   std::array<std::byte, Size> bytes{};

@@ -1,4 +1,4 @@
-// The passes over many points give, to the bit, what the functions for single points give.
+// The passes over many points give the same bits as the functions for single points.
 #include "masslynx/scandata/point_kernels.h"
 
 #include <algorithm>
@@ -138,7 +138,7 @@ TEST_P(PointKernelsTest, UnpackPairsAsSinglePairsAre) {
 }
 
 // One second point in a thousand has none: mantissa 0 with whatever exponent.
-TEST_P(PointKernelsTest, UnpackPairsTellsOfOneMissingSecondPoint) {
+TEST_P(PointKernelsTest, UnpackPairsReportsOneMissingSecondPoint) {
   std::vector<float> masses(1024);
   std::vector<double> intensities(1024);
   for (const std::size_t missing : {0U, 1U, 127U, 128U, 511U}) {
@@ -165,8 +165,8 @@ TEST_P(PointKernelsTest, UnpackIntensitiesAlone) {
   ExpectGroups(Kernels().groupsOf2, 2);
 }
 
-// Polynomials of each length and both kinds, alone, with each kind of modification, with a temperature
-// correction and without, on masses that include what is no mass.
+// Polynomials of each length and both kinds, alone, with each kind of modification, with and without a
+// temperature correction, on masses that include invalid ones.
 TEST_P(PointKernelsTest, ConvertAsSingleMassesAre) {
   const float odd[] = {0.0F,
                        -0.0F,

@@ -1,4 +1,4 @@
-// Scans of formats 12 and 13 that hold sub-scans one behind the other.
+// Scans of formats 12 and 13 that consist of sub-scans one after the other.
 #include <cmath>
 #include <numeric>
 #include <vector>
@@ -109,8 +109,8 @@ TEST_P(RepeatedScans, NegativeIntensitiesAreSummedToo) {
 }
 
 TEST_P(RepeatedScans, TheMassesAfterCalibrationDecide) {
-  // m/z = 1024 - mass: falling, so that every point starts a sub-scan, at other masses; a mass of 0 for both
-  // coefficients gives equal ones.
+  // m/z = 1024 - mass: falling, so every point starts a sub-scan, at different masses; with both coefficients
+  // 0 all masses are equal.
   const Points points = {{100, 1}, {200, 2}};
   FunctionRecord function = FunctionOf(GetParam(), 2);
   function.functionCal.coefficients = {1024, -1};
@@ -121,7 +121,7 @@ TEST_P(RepeatedScans, TheMassesAfterCalibrationDecide) {
   ExpectPoints(Decode(Pack(points, GetParam()), function), {{500, 3}});
 }
 
-TEST_P(RepeatedScans, WhatTheContainerHeldBeforeDoesNotMatter) {
+TEST_P(RepeatedScans, EarlierContentOfTheContainerDoesNotMatter) {
   const Points points = {{100, 1}, {200, 2}, {100, 3}, {200, 4}};
   CZRMassSpectrum used;
   used.SetSize(7);
@@ -168,7 +168,7 @@ TEST(RepeatedScans, VeryManyTinySubScansOverALongOneAreSummed) {
   ExpectPoints(Decode(points), expected);
 }
 
-// All masses but the first differ, by more than a merge takes in: the sum grows by 999 points each time, to
+// All masses but the first differ by more than the merge width: the sum grows by 999 points each time, to
 // 99,901.
 TEST(RepeatedScans, AHundredSubScansOfDifferentMassesAreSummed) {
   Points points;
@@ -209,7 +209,7 @@ CZRMassSpectrum MakeScan(const Values& masses) {
   return scan;
 }
 
-// As in a file that ends behind its second sub-scan.
+// As in a file that ends after its second sub-scan.
 TEST(SumSubScans, SubScansOfOnePointWithoutIntensityChangeNothing) {
   Values masses(10004, 100);
   masses[1] = masses[3] = 200;
@@ -242,8 +242,8 @@ TEST(SumSubScans, SubScansOfOnePointAreAllAdded) {
   }
 }
 
-// 1/256 apart: each takes in its neighbours. That the sum has far fewer points than a sub-scan shows that it
-// is one; which they are is for the sums of two.
+// 1/256 apart: each absorbs its neighbours. A sum with far fewer points than a sub-scan shows that peaks were
+// merged; the sums of two test which ones.
 TEST(SumSubScans, TwoHundredDenseSubScansAreSummed) {
   Values masses;
   for (int sub = 0; sub < 200; ++sub) {
@@ -256,7 +256,7 @@ TEST(SumSubScans, TwoHundredDenseSubScansAreSummed) {
   EXPECT_EQ(std::accumulate(intensities.begin(), intensities.end(), 0.0), 600000);
 }
 
-// Masses `step` apart, all intensities 100 but for one of -1 in the first sub-scan.
+// Masses `step` apart, all intensities 100 except one of -1 in the first sub-scan.
 void ExpectWholeSum(int subScans, int points, double step) {
   Values masses;
   for (int sub = 0; sub < subScans; ++sub) {
@@ -280,8 +280,8 @@ TEST(SumSubScans, OneNegativeIntensityDoesNotKeepTheOthersFromBeingSummed) {
   ExpectWholeSum(20, 32768, 0.03125);
 }
 
-// What takes the plain way minutes: 60,000 peaks, and as many sub-scans of two points, of which one has an
-// intensity below 0.
+// Plain addition would take minutes: 60,000 peaks, and as many sub-scans of two points, one of them with a
+// negative intensity.
 TEST(SumSubScans, AsManySubScansAsPeaksAreSummedWithANegativeIntensity) {
   constexpr int kPeaks = 60000;
   Values masses;

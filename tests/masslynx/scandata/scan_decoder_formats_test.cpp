@@ -1,4 +1,4 @@
-// What is special to single layouts: pairs, mass lists, the order and the rounding of masses.
+// Special cases of single layouts: pairs, mass lists, the order and the rounding of masses.
 #include <algorithm>
 #include <limits>
 #include <string>
@@ -26,7 +26,7 @@ TEST(ScanDecoderFormat1, PaddingPointIsNeverWrittenWhateverItsMantissa) {
   EXPECT_EQ(decoded.Intensities(), (Values{1, 2, 3}));
   EXPECT_EQ(Decode(bytes, FunctionOf(1, 4)).Masses(), (Values{100, 200, 300, 400}));  // the control
 
-  // The same with the padding point at mass 100 (raw 0x019000): it does not count for the order either.
+  // The same with the padding point at mass 100 (raw 0x019000): it does not affect the order either.
   const std::string falling = PairOf100And200("10 00") + "18 00 18 00 00 B0 04 00 90 01";
   EXPECT_FALSE(Decode(falling, FunctionOf(1, 3)).unsorted);
   EXPECT_TRUE(Decode(falling, FunctionOf(1, 4)).unsorted);  // the control
@@ -100,7 +100,7 @@ TEST(ScanDecoderFormat2, MassThatIsNotPositiveFailsAndTouchesNothing) {
       Floats masses = AscendingMasses(32);
       masses[place] = mass;
       ExpectUntouched(Decode(bytes, FunctionOf(2, 4, masses), 0, Used(3)));
-      // Channels that the scan has no points for do not matter.
+      // Channels without points in the scan do not matter.
       EXPECT_TRUE(Decode(bytes, FunctionOf(2, static_cast<std::uint32_t>(place), masses)).ok);
     }
   }
@@ -167,7 +167,7 @@ TEST_P(MassListFormats, UnsortedWhenAMassIsNotAboveThePrevious) {
   const Case cases[] = {
       {{10, 20, 30}, false},        {{10, 20, 20}, true},  // equal counts
       {{10, 10, 30}, true},         {{10, 30, 20}, true},
-      {{20, 10, 30}, true},         {{10, 20, 15, 40}, true},  // also when the last is the largest
+      {{20, 10, 30}, true},         {{10, 20, 15, 40}, true},  // even when the last is the largest
       {{-0x1.fffffep+127F}, false},  // the first is compared with the most negative double
       {{-kInfinity, 1, 2}, true},    // which alone is below it
       {{10, kNaN, 5}, false},        // nothing is above or below NaN
@@ -220,7 +220,7 @@ TEST(ScanDecoderOrder, EveryRawMassFormatTellsDescendingMasses) {
 }
 
 TEST(ScanDecoderOrder, Format12MassesThatRestartElsewhereStayAsDecoded) {
-  // Masses 2^-27 x 5, 7, 6: the third falls back, but not to the first.
+  // Masses 2^-27 x 5, 7, 6: the third goes back, but not to the first.
   const Decoded decoded =
       Decode("00 00 10 00 05 00 00 00  00 00 10 00 07 00 00 00  00 00 10 00 06 00 00 00", FunctionOf(12, 3));
   EXPECT_TRUE(decoded.unsorted);

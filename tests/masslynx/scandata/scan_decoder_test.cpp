@@ -1,4 +1,4 @@
-// What holds for every layout, and where a scan is read from.
+// Rules for every layout, and where a scan is read from.
 #include <fstream>
 #include <limits>
 #include <ostream>
@@ -215,8 +215,8 @@ TEST_P(EveryLayout, ScanOfNoPointsIsAnEmptySpectrum) {
 // one point.
 bool HasSubScans(const Layout& layout) { return layout.dataFormat == 12 || layout.dataFormat == 13; }
 
-// A short read counts as zero bytes: units before the cut are as in the whole file, units behind it as a file
-// of zeros gives them, and the unit that is cut as a file filled up with zeros.
+// A short read counts as zero bytes: units before the cut are as in the whole file, units after it as in a
+// file of zeros, and the cut unit as in a file padded with zeros.
 TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
   const FileBytes whole = HexToBytes(GetParam().bytes);
   const FunctionRecord function = FunctionOfLayout(GetParam());
@@ -253,7 +253,7 @@ TEST_P(EveryLayout, FileCutAtEveryLengthReadsAsZeroBytes) {
   }
 }
 
-TEST_P(EveryLayout, DataOffsetBehindTheEndReadsAsZeroBytes) {
+TEST_P(EveryLayout, DataOffsetBeyondTheEndReadsAsZeroBytes) {
   for (const std::uint32_t offset : {1000U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
     FunctionRecord function = FunctionOfLayout(GetParam());
     function.scanIndex[0].dataOffset = offset;
@@ -267,7 +267,7 @@ TEST_P(EveryLayout, DataOffsetBehindTheEndReadsAsZeroBytes) {
 TEST_P(EveryLayout, OnlyRawMassesAreCalibrated) {
   FunctionRecord function = FunctionOfLayout(GetParam());
   function.functionCal.coefficients = {1, 0.5};
-  function.scanIndex[0].segment = 3;  // without coefficients: the function's polynomial serves
+  function.scanIndex[0].segment = 3;  // without coefficients: the function's polynomial applies
   Values expected = GetParam().masses;
   if (GetParam().calibrated) {
     for (double& mass : expected) mass = static_cast<float>(1 + 0.5 * mass);
@@ -347,7 +347,7 @@ TEST(ScanDecoder, LargestPointCountThatAnIndexCanHold) {
   EXPECT_EQ(decoded.spectrum.IntensityVector().back(), 0.0);
 }
 
-#ifndef _WIN32  // where such a file would take its full size on disk
+#ifndef _WIN32  // where such a file would occupy its full size on disk
 TEST(ScanDecoder, DataBehindTwoAndFourGigabytes) {
   const TempDirectory directory;
   for (const std::uint64_t offset : {0x7FFFFFFCULL, 0xFFFFFFFCULL}) {

@@ -30,7 +30,7 @@ TEST(FactsOf, OwnPrecursorComesBeforeTheOneOfTheMethod) {
   } cases[] = {
       {{.precursorMass = 200, .precursorFlags = 1}, 200, false},
       {{.precursorMass = 200, .precursorFlags = 3}, 200, false},
-      {{.precursorMass = 200, .precursorFlags = 2}, 300, true},  // it does not count
+      {{.precursorMass = 200, .precursorFlags = 2}, 300, true},  // not marked as valid
       {{.precursorMass = 0, .precursorFlags = 1}, 300, true},
       {{.precursorMass = -0.0F, .precursorFlags = 1}, 300, true},
       {{}, 300, true},

@@ -1,4 +1,4 @@
-// Files that a test program writes again and again to read them once.
+// Files that a test program writes repeatedly, reading each version once.
 #pragma once
 
 #include <filesystem>
@@ -9,15 +9,15 @@
 
 namespace zrml {
 
-/// Writes a file of `directory` anew. It is removed first because some file systems write a file that
-/// replaced its own content through to the disk, which is slow.
+/// Rewrites a file of `directory`. It is removed first because some file systems flush a file with replaced
+/// content to the disk, which is slow.
 inline void WriteAnew(const TempDirectory& directory, const std::filesystem::path& name,
                       std::span<const std::byte> bytes) {
   std::filesystem::remove(directory.Path() / name);
   directory.Write(name, bytes);
 }
 
-/// A data file of the given bytes. It must not be open any more at the next call.
+/// A data file of the given bytes. It must be closed again before the next call.
 inline platform::File OpenDataFile(std::span<const std::byte> bytes) {
   static const TempDirectory directory;
   WriteAnew(directory, "_FUNC001.DAT", bytes);

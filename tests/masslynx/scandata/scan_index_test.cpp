@@ -28,7 +28,7 @@ FunctionRecord FunctionOf(int dataFormat, std::uint16_t number = 1) {
   return function;
 }
 
-/// What the index of function 1, in `directory`, gives.
+/// The entries of the index of function 1 in `directory`.
 std::vector<ScanIndexEntry> Load(const TempDirectory& directory, int dataFormat = 9) {
   FunctionRecord function = FunctionOf(dataFormat);
   LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
@@ -92,7 +92,7 @@ TEST(ScanIndex, EveryBitOfThePackedWord) {
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_EQ(entries[0].pointCount, bit <= 21 ? 1U << bit : 0);
     EXPECT_EQ(entries[0].segment, bit >= 22 && bit <= 26 ? 1U << (bit - 22) : 0);
-    EXPECT_EQ(entries[0].centroided, bit == 27);  // explicit, and bit 28 does not say profile
+    EXPECT_EQ(entries[0].centroided, bit == 27);  // explicit, and bit 28 is not set
     EXPECT_EQ(entries[0].preCalibrated, bit == 30);
   }
 }
@@ -154,8 +154,8 @@ TEST(ScanIndex, DecreasingOffsetIn440BytesGivesNoScans) {
 }
 
 TEST(ScanIndex, DecreasingOffsetIn330BytesIsReadAgainAs30ByteRecords) {
-  // As 22-byte records: the first at 0, the second at the unused 0xEEEEEEEE, the third, 14 bytes into the
-  // second long record, at 0xEEEE and half a positive time.
+  // Read as 22-byte records: the first at 0, the second at the unused 0xEEEEEEEE, the third, 14 bytes into
+  // the second long record, at 0xEEEE and half a positive time.
   const FileBytes bytes = WriteScanIndex(Ascending(11), 30);
   ASSERT_EQ(bytes.size(), 330U);
   const auto entries = LoadBytes(bytes);
@@ -186,7 +186,7 @@ TEST(ScanIndex, ShortRecordsCutAtEveryLength) {
   const FileBytes whole = WriteScanIndex(Ascending(5));
   EXPECT_EQ(LoadBytes(whole).size(), 5U);  // the control
   for (std::size_t length = 0; length <= whole.size(); ++length) {
-    // Whole records, or what 30 divides: there is nothing else to go by.
+    // Whole records, or a size divisible by 30: there is no other evidence.
     const std::size_t expected = length % 22 == 0 ? length / 22 : length % 30 == 0 ? length / 30 : 0;
     FileBytes bytes = whole;
     bytes.resize(length);
@@ -258,8 +258,8 @@ TEST(ScanIndex, OffsetsAreComparedWithoutSign) {
 TEST(ScanIndex, ZeroOffsetsAreReplacedByTheSizeOfTheScansBefore) {
   struct Case {
     int dataFormat;
-    std::uint32_t behind7;   ///< offset behind 7 points
-    std::uint32_t behind12;  ///< and behind 5 more
+    std::uint32_t after7;   ///< offset after 7 points
+    std::uint32_t after12;  ///< and after 5 more
   };
   const Case cases[] = {
       {0, 28, 48},                                            // 4 bytes a point
@@ -277,7 +277,7 @@ TEST(ScanIndex, ZeroOffsetsAreReplacedByTheSizeOfTheScansBefore) {
                                           {.pointCount = 1, .retentionTime = 3}});
   for (const Case& c : cases) {
     const auto entries = LoadBytes(bytes, c.dataFormat);
-    EXPECT_EQ(Offsets(entries), (std::vector<std::uint32_t>{0, c.behind7, c.behind12})) << c.dataFormat;
+    EXPECT_EQ(Offsets(entries), (std::vector<std::uint32_t>{0, c.after7, c.after12})) << c.dataFormat;
     ASSERT_EQ(entries.size(), 3U);
     EXPECT_EQ(entries[0].pointCount, 7U) << c.dataFormat;  // the count itself is not rounded up
   }
@@ -292,7 +292,7 @@ TEST(ScanIndex, ReplacedOffsetsCountPointsFromTheFileStartNotFromGivenOffsets) {
   // Format 9: 7 x 6 = 42, although the first scan stands at 10.
   EXPECT_EQ(Offsets(LoadBytes(WriteScanIndex({{.dataOffset = 10, .pointCount = 7}, {.pointCount = 1}}))),
             (std::vector<std::uint32_t>{10, 42}));
-  // 42 + 60 = 102 behind a scan at 1000: a decreasing offset.
+  // 42 + 60 = 102 after a scan at 1000: a decreasing offset.
   const std::vector<ScanIndexRecord> records = {
       {.pointCount = 7}, {.dataOffset = 1000, .pointCount = 10}, {}};
   EXPECT_TRUE(LoadBytes(WriteScanIndex(records)).empty());

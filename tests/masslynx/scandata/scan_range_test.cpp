@@ -1,5 +1,5 @@
-// The points of a mass range, found without decoding the others, are those that a decoded scan has in it: of
-// random scans in all layouts under random calibrations. Where masses may not ascend, no range is looked for.
+// The points of a mass range, found without decoding the others, equal those of the decoded scan: for random
+// scans in all layouts and random calibrations. Where masses may not ascend, no range is searched.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -74,7 +74,7 @@ class ScanRangeTest : public testing::Test {
     return keys;
   }
 
-  // What an instrument's calibration looks like.
+  // A typical instrument calibration.
   CalibrationPolynomial NearIdentity(bool root) {
     CalibrationPolynomial polynomial{{Random(-1e-2, 1e-2), Random(0.99, 1.01), Random(-1e-6, 1e-6)}, root};
     if (Below(2) == 0) polynomial.coefficients.insert(polynomial.coefficients.end(), {1e-10, -1e-12});
@@ -100,7 +100,7 @@ class ScanRangeTest : public testing::Test {
     scan.temperatureCoefficient = coefficient;
   }
 
-  // Whether a range was looked for. Then masses ascend and the points are those of the whole scan.
+  // Whether a range was searched. If so, masses ascend and the points are those of the whole scan.
   bool Seek(MassRange range) {
     std::vector<double> within = {-1};
     const ScanRoom room = RoomOf(function_, 0).value();
@@ -143,7 +143,7 @@ class ScanRangeTest : public testing::Test {
     }
   }
 
-  // Whether ranges of a scan of the function are looked for, which the ranges do not matter to.
+  // Whether ranges of a scan of the function are searched; this does not depend on the range.
   bool SeekRanges(const Encoding& encoding, const Keys& keys) {
     function_.dataFormat = encoding.format;
     function_.scanIndex[0].pointCount = static_cast<std::uint32_t>(keys.size());
@@ -183,8 +183,8 @@ TEST_F(ScanRangeTest, IsLookedForInPeaksUnderUsualCalibrations) {
   }
 }
 
-// All that the layouts can store, next to each other: masses without a calibration ascend as long as single
-// precision tells them apart.
+// All neighbouring values of the layouts: masses without a calibration ascend as long as single precision
+// resolves them.
 TEST_F(ScanRangeTest, IsLookedForWithoutCalibrationWhereverMassesAscend) {
   int taken = 0;
   int refused = 0;
@@ -237,7 +237,7 @@ TEST_F(ScanRangeTest, IsNotLookedForAcrossTheBordersOfBlocksOutOfOrder) {
   }
 }
 
-// Calibrations of every shape. Seek() sees that none is taken with which masses do not ascend.
+// Calibrations of every shape. Seek() checks that none is accepted under which masses do not ascend.
 TEST_F(ScanRangeTest, IsLookedForOnlyWithCalibrationsThatAscend) {
   std::map<std::string, int> counts;
   for (int round = 0; round < 4000; ++round) {
@@ -259,7 +259,7 @@ TEST_F(ScanRangeTest, IsLookedForOnlyWithCalibrationsThatAscend) {
   EXPECT_LT(counts["refused"], counts["taken"]);
 }
 
-// Masses that are too near to each other to stay apart: the flatter the calibration, the more are equal.
+// Masses too close to stay distinct: the flatter the calibration, the more are equal.
 TEST_F(ScanRangeTest, IsLookedForInFlatCalibrationsWhileMassesStayApart) {
   int taken = 0;
   int unsorted = 0;
@@ -274,8 +274,8 @@ TEST_F(ScanRangeTest, IsLookedForInFlatCalibrationsWhileMassesStayApart) {
   EXPECT_GT(unsorted, 300);
 }
 
-// Each step of a calibration makes differences smaller, until an offset takes them out of what single
-// precision tells apart.
+// Each step of a calibration makes differences smaller, until an offset puts them below the resolution of
+// single precision.
 TEST_F(ScanRangeTest, IsLookedForWhileDifferencesAreNotLost) {
   int taken = 0;
   int unsorted = 0;
@@ -300,7 +300,7 @@ TEST_F(ScanRangeTest, IsLookedForWhileDifferencesAreNotLost) {
   EXPECT_GT(unsorted, 1000);
 }
 
-// A great offset that a modification takes away again: what double precision has lost stays lost.
+// A large offset that a modification removes again: digits lost in double precision stay lost.
 TEST_F(ScanRangeTest, IsLookedForWhileRoundingErrorsAreSmall) {
   int taken = 0;
   int unsorted = 0;
@@ -317,7 +317,7 @@ TEST_F(ScanRangeTest, IsLookedForWhileRoundingErrorsAreSmall) {
   EXPECT_GT(unsorted, 200);
 }
 
-// A slope that no number holds says nothing about what the modification leaves of it.
+// A slope that overflows says nothing about the result after the modification.
 TEST_F(ScanRangeTest, IsNotLookedForWithBoundlessSlopes) {
   function_.staticCal = {{0, 0, 0, 0, 0, 0, 1e308}, false};
   function_.modificationCal = {{1e18, 1e-300}, false};
@@ -330,14 +330,14 @@ TEST_F(ScanRangeTest, IsNotLookedForWithOddCalibrations) {
   const CalibrationPolynomial odd[] = {
       {{0, -1}, false},                  // descends
       {{3000, -1}, false},               // the same, above 0
-      {{40, -0.5}, true},                // the same of roots
+      {{40, -0.5}, true},                // the same for roots
       {{-150, 1}, false},                // from below 0
-      {{-12, 1}, true},                  // the same of roots, whose squares turn
+      {{-12, 1}, true},                  // the same for roots, whose squares turn
       {{500}, false},                    // flat
       {{500}, true},                     //
-      {{0, 1e-300}, false},              // smaller than single precision tells apart
-      {{0, 1e300}, false},               // greater than it holds
-      {{1e18, 1}, false},                // lost in a great number
+      {{0, 1e-300}, false},              // below the resolution of single precision
+      {{0, 1e300}, false},               // beyond its range
+      {{1e18, 1}, false},                // lost in a large number
       {{100, 1, -1e-3}, false},          // turns at 500
       {{400, 2, -1e-2, 1.6e-5}, false},  // turns twice
       {{kNaN, 1}, false},
@@ -358,7 +358,7 @@ TEST_F(ScanRangeTest, IsNotLookedForWithOddCalibrations) {
   }
 }
 
-// A file that ends within the scan: what is there counts, and with no point at all nothing is looked for.
+// A file that ends within the scan: existing points count, and without any point nothing is searched.
 TEST_F(ScanRangeTest, IsLookedForInThePointsThatAreThere) {
   function_ = FunctionOf(9, 1000);
   const FileBytes whole = Write(9, Ascending(400000, 4000, 1000));

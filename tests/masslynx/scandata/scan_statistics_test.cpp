@@ -19,7 +19,7 @@ using Entries = std::vector<ScanIndexEntry>;
 
 constexpr const char* kFileName = "_FUNC001.sts";
 
-// AllItems() puts the items at these offsets of 25-byte records, behind a header of 32 + 7 x 48 bytes.
+// AllItems() puts the items at these offsets of 25-byte records, after a header of 32 + 7 x 48 bytes.
 constexpr std::size_t kHeader = 368;
 constexpr std::size_t kRecord = 25;
 
@@ -36,7 +36,7 @@ struct Loaded {
   bool calibrationConstant = false;
 };
 
-/// What the statistics file that is there gives. `before` is what the function had as calibrationConstant.
+/// The result of loading the statistics file. `before` is the function's calibrationConstant before that.
 Loaded LoadFile(Entries entries, bool before) {
   FunctionRecord function;
   function.number = 1;
@@ -65,7 +65,7 @@ const ScanStatisticsRecord kScan = {.firstBytes = 0x3F800001,
                                     .temperature = 25.25F,
                                     .temperatureCoefficient = -2.5F};
 
-/// What an entry should hold of kScan.
+/// The expected content of an entry for kScan.
 ScanIndexEntry EntryOfScan() {
   ScanIndexEntry entry;
   entry.auxValue = 30.5F;
@@ -190,7 +190,7 @@ TEST(ScanStatistics, TemperatureIsValidAboveZeroAsASignedByte) {
     scan.temperatureValid = c.stored;
     const Loaded loaded = Load(WriteScanStatistics({scan}));
     EXPECT_EQ(loaded.entries[0].temperatureValid, c.valid) << int{c.stored};
-    EXPECT_EQ(loaded.entries[0].temperature, 25.25F);  // kept all the same
+    EXPECT_EQ(loaded.entries[0].temperature, 25.25F);  // still kept
   }
 }
 
@@ -203,7 +203,7 @@ TEST(ScanStatistics, MissingPrecursorItemsAreDeliberatelyReadFromTheRecordsFirst
     if (code == format::kPrecursorFlags) expected.precursorFlags = 1;
     FileBytes file =
         WriteScanStatistics({kScan}, {.items = items, .headerSize = kHeader, .recordSize = kRecord});
-    PatchU32(file, kHeader, kScan.firstBytes);  // over an item that the writer put there
+    PatchU32(file, kHeader, kScan.firstBytes);  // overwrites an item from the writer
     ExpectStatistics(Load(file).entries[0], expected);
   };
   for (const std::uint16_t code : {format::kPrecursorMass, format::kPrecursorFlags}) {
@@ -238,7 +238,7 @@ TEST(ScanStatistics, TemperatureNeedsAllThreeItems) {
 }
 
 TEST(ScanStatistics, LastDescriptorOfACodeWins) {
-  // An eighth descriptor, of a code without meaning, for offset 8: the precursor mass.
+  // An eighth descriptor, of an unknown code, for offset 8: the precursor mass.
   const FileBytes control = WriteScanStatistics({kScan}, {.items = AllItemsWith({{999, 8}})});
   ExpectStatistics(Load(control).entries[0], EntryOfScan());
 
@@ -290,7 +290,7 @@ TEST(ScanStatistics, HeaderSizeSaysWhereRecordsStart) {
   const Loaded later = Load(WriteScanStatistics({kScan}, {.headerSize = 1000}));
   ExpectStatistics(later.entries[0], EntryOfScan());
 
-  // At 0 the record lies over the header, whose bytes 8 to 31 are unused.
+  // At 0 the record overlaps the header, whose bytes 8 to 31 are unused.
   FileBytes file = WriteScanStatistics({kScan});
   PatchU16(file, format::kRecordsOffset, 0);
   EXPECT_FALSE(Load(file).entries[0].temperatureValid);  // 0xEE is negative
@@ -315,7 +315,7 @@ TEST(ScanStatistics, DescriptorsBeyondTheCountAreNotRead) {
   EXPECT_FALSE(none.entries[0].temperatureValid);
 
   PatchU16(file, format::kDescriptorCount, 1);
-  EXPECT_EQ(Load(file).entries[0].auxValue, 30.5F);  // the first descriptor alone
+  EXPECT_EQ(Load(file).entries[0].auxValue, 30.5F);  // only the first descriptor
   EXPECT_EQ(Load(file).entries[0].precursorFlags, 1);
 }
 
@@ -360,7 +360,7 @@ TEST(ScanStatistics, ItemsCutByTheRecordSizeAreZero) {
 }
 
 TEST(ScanStatistics, MissingPrecursorItemsKeepToTheRecordSizeToo) {
-  // Without descriptors the first bytes serve: four are needed for a mass, two for a word.
+  // Without descriptors the first bytes are used: four are needed for a mass, two for a word.
   FileBytes file = WriteScanStatistics({kScan}, {.items = {}, .recordSize = 4});
   EXPECT_EQ(Load(file).entries[0].precursorMass, 0x1.000002p0F);  // the control
   PatchU16(file, format::kRecordSize, 3);
@@ -418,7 +418,7 @@ TEST(ScanStatistics, FileCutAtEveryLengthKeepsTheItemsBeforeTheCut) {
     const bool before = length % 2 == 0;
     const Loaded loaded = LoadFile(Entries(3), before);
     for (std::size_t i = 0; i < 3; ++i) ExpectStatistics(loaded.entries[i], expected[i]);
-    // Scans differ from the first cut item of temperatures on, until none of them is left.
+    // Scans differ once the first temperature item is cut, until none of these items is left.
     const bool differ = length > kHeader + 19 && length < whole.size();
     if (length < 4) {  // no version
       EXPECT_EQ(loaded.calibrationConstant, before);
@@ -428,7 +428,7 @@ TEST(ScanStatistics, FileCutAtEveryLengthKeepsTheItemsBeforeTheCut) {
   }
 }
 
-// Whether every scan converts masses alike.
+// Whether every scan converts masses the same way.
 
 TEST(ScanStatistics, CalibrationIsConstantUntilTemperatureOrPreCalibrationChanges) {
   const auto constant = [](void (*change)(ScanStatisticsRecord&)) {

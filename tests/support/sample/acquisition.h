@@ -5,7 +5,7 @@
 
 namespace zrml::sample {
 
-/// The same bytes whenever and wherever it is made.
+/// Always and everywhere the same bytes.
 RawDirectoryBuilder Acquisition();
 
 }  // namespace zrml::sample

@@ -1,4 +1,5 @@
-// zrml-bench-source DIRECTORY: a raw directory with the survey scans of the sample acquisition over and over.
+// zrml-bench-source DIRECTORY: a raw directory with the survey scans of the sample acquisition, repeated many
+// times.
 #include <cstdio>
 #include <exception>
 #include <filesystem>

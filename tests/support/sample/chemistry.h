@@ -1,5 +1,5 @@
-// What is in the simulated sample: compounds, their isotope patterns, when they elute, how they fragment and
-// absorb.
+// The content of the simulated sample: compounds, their isotope patterns, elution, fragmentation and
+// absorption.
 #pragma once
 
 #include <span>
@@ -31,14 +31,14 @@ struct Elution {
   double apex = 0;   ///< minutes
   double width = 0;  ///< standard deviation of the rising side, minutes
 
-  /// 1 at the apex. A width of 0 is a background that is always there.
+  /// 1 at the apex. A width of 0 is a constant background.
   double At(double minutes) const;
 };
 
 struct AbsorptionBand {
   double wavelength = 0;  ///< nm
   double width = 0;       ///< standard deviation, nm
-  double height = 0;      ///< of the strongest compound at its apex: 1
+  double height = 0;      ///< 1 for the strongest compound at its apex
 };
 
 struct Compound {
@@ -53,7 +53,7 @@ struct Compound {
 
 const std::vector<Compound>& Compounds();
 
-/// Plasticiser that never goes away.
+/// A plasticiser that is always present.
 const Compound& Background();
 
 /// Leucine enkephalin, sprayed from a second probe.

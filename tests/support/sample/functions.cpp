@@ -37,7 +37,7 @@ FunctionFiles TofFunction(unsigned type, float scanTime) {
   return function;
 }
 
-// The isotope patterns of the compounds, worked out once.
+// The isotope patterns of the compounds, computed once.
 class Ions {
  public:
   explicit Ions(std::vector<const Compound*> compounds) : compounds_(std::move(compounds)) {
@@ -71,7 +71,7 @@ FunctionFiles Continuum(FunctionFiles function, const Ions& ions, double period,
   return function;
 }
 
-// The compound with most ions at a time; the background when no other has enough for a fragment spectrum.
+// The compound with the most ions at a time; the background when no other has enough for a fragment spectrum.
 const Compound& Strongest(double minutes) {
   constexpr double kEnough = 600;
   const Compound* strongest = &Background();
@@ -86,7 +86,7 @@ const Compound& Strongest(double minutes) {
   return *strongest;
 }
 
-// Centroids with their errors, with raw masses, in the order of mass.
+// Centroids with errors, as raw masses, in order of mass.
 ScanFiles FragmentScan(double minutes, const Compound& compound, double precursor, Noise& noise) {
   constexpr double kRelativeError = 2e-6;
   constexpr double kPrecursorLeft = 0.08;
@@ -139,7 +139,7 @@ FunctionFiles FragmentSpectra() {
     const double precursor = IsotopePattern(compound.formula, compound.charge).front().mass;
     ScanFiles scan = FragmentScan(minutes, compound, precursor, noise);
     scan.index.centroidState = CentroidState::kCentroid;
-    // Scans of the background say nothing of a precursor: the function's set mass is theirs.
+    // Scans of the background have no precursor of their own: the function's set mass applies.
     if (&compound != &Background()) {
       scan.statistics.precursorMass = static_cast<float>(precursor);
       scan.statistics.precursorFlags = masslynx::scan_statistics_format::kPrecursorMassGiven;

@@ -11,12 +11,12 @@
 
 namespace zrml::sample {
 
-/// The mass scale that a reader applies: sqrt(m/z) = c0 + c1 x + ... + c4 x^4 with x = sqrt(raw mass).
+/// The mass calibration that a reader applies: sqrt(m/z) = c0 + c1 x + ... + c4 x^4 with x = sqrt(raw mass).
 inline constexpr std::array<double, 5> kCalibration = {0.00135, 0.99988, 7.5e-6, -1.6e-7, 1.2e-9};
 
 double CalibratedMass(double raw);
 
-/// The inverse: what is stored for an m/z.
+/// The inverse: the stored value for an m/z.
 double RawMass(double mass);
 
 /// One detector read-out: evenly spaced in flight time, so m/z steps that grow as sqrt(m/z).
@@ -28,13 +28,13 @@ class TofDetector {
 
   TofDetector();
 
-  /// Adds ions of one m/z; `height` is what the highest sample is expected to count.
+  /// Adds ions of one m/z; `height` is the expected count of the highest sample.
   void Add(double mass, double height);
 
-  /// Ions of no known origin, at masses that organic ions have.
+  /// Ions of unknown origin, at masses typical of organic ions.
   void AddChemicalNoise(int ions, Noise& noise);
 
-  /// The counts as continuum points with raw masses: runs of zeros are dropped but for the samples next to
+  /// The counts as continuum points with raw masses: runs of zeros are dropped except for the samples next to
   /// counts. The detector is empty afterwards.
   std::vector<StoredPoint9> ReadOut(Noise& noise);
 

@@ -1,5 +1,5 @@
 // zrml-sample PATH [--lf]: makes a raw directory with a simulated acquisition or, when PATH ends in ".rpt", a
-// report of such acquisitions, with LF as its line ends instead of CR LF if asked for.
+// report of such acquisitions, with LF line ends instead of CR LF on request.
 #include <cstdio>
 #include <exception>
 #include <filesystem>

@@ -1,5 +1,5 @@
-// Numbers that are the same to the bit on every platform, which std::exp and std::normal_distribution are
-// not.
+// Numbers that are the same to the bit on every platform, unlike those of std::exp and
+// std::normal_distribution.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ class Noise {
   std::uint64_t state_;
 };
 
-/// What a detector counts for an expected intensity: shot noise on whole counts, 0 or more.
+/// A detector's count for an expected intensity: shot noise on whole counts, 0 or more.
 double Counted(double expected, Noise& noise);
 
 }  // namespace zrml::sample

@@ -17,7 +17,7 @@ struct Injection {
   std::string fileName;
   std::string sampleId;
   std::string time;
-  double amount = 0;  // of every compound, that of the raw directory's sample being 1
+  double amount = 0;  // of every compound; 1 in the sample of the raw directory
 };
 
 using Peaks = std::vector<MassPeak>;
@@ -29,7 +29,7 @@ std::string Fixed(double value, int decimals) {
   return {text.data(), end.ptr};
 }
 
-// "m/z<tab>percent of the largest" under the marker, with the keys that say what 100 percent is.
+// "m/z<tab>percent of the largest" under the marker, with the keys for 100 percent.
 ReportLines DataLines(std::string_view marker, const Peaks& points, double largest, int decimals) {
   ReportLines lines;
   for (const MassPeak& point : points) {
@@ -84,7 +84,7 @@ double AllIons(double minutes, double amount) {
   return ions;
 }
 
-// Isotope peaks of all that is there at a time, in the order of mass. `charge` 0: each compound's own.
+// Isotope peaks of everything present at a time, in order of mass. `charge` 0: each compound's own.
 Peaks PeaksAt(double minutes, double amount, int charge) {
   constexpr double kDetectable = 20;
   Peaks peaks;

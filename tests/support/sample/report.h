@@ -7,7 +7,7 @@
 
 namespace zrml::sample {
 
-/// The same bytes whenever and wherever it is made, but for its line ends.
+/// Always and everywhere the same bytes, except for line ends.
 std::string Report(LineEnd lineEnd);
 
 }  // namespace zrml::sample

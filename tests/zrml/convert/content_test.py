@@ -1,6 +1,6 @@
-"""content_test.py ZRML WORK: converts known.raw and known.rpt of WORK and compares with what is known of them.
+"""content_test.py ZRML WORK: converts known.raw and known.rpt in WORK and compares with their known content.
 
-The numbers stand in edge_cases.cpp. OpenMS judges a file of each kind, pymzml reads its spectra back.
+The numbers are in edge_cases.cpp. OpenMS validates a file of each kind, pymzml reads its spectra back.
 """
 import gzip
 import pathlib
@@ -50,7 +50,7 @@ def convert(zrml, source, folder, *options):
 
 
 def judged(file):
-    """What is in the file, which OpenMS and pymzml have read, too."""
+    """The content of the file, after OpenMS and pymzml have read it."""
     converted = Converted(file.read_bytes())
     has_absorbance = any(WAVELENGTH in arrays for arrays in converted.spectra.values())
     check_with_openms(file, len(converted.spectra), len(converted.chromatograms), has_absorbance)

@@ -1,4 +1,4 @@
-"""conversion_test.py ZRML NUMBERS WORK SOURCE...: converts each SOURCE to mzML and has others judge the result.
+"""conversion_test.py ZRML NUMBERS WORK SOURCE...: converts each SOURCE to mzML and checks the result with other programs.
 
 The file is checked by mzml_file.py, by xmllint and OpenMS (schema, vocabulary, index) and read back by pymzml, with all
 that there is, and as it is when nothing is asked for. Its numbers must be those that the interface of the plug-in gives
@@ -19,7 +19,7 @@ import numpy
 import pymzml
 from mzml_file import INTENSITY, MZ, TIME, WAVELENGTH, require
 
-LONG = 10000  # spectra; of longer files only a part goes through slow parsers
+LONG = 10000  # spectra; only a part of longer files goes through slow parsers
 STRIDE = 50
 EXCERPT = range(32751, 32786)  # scans of a long file, around the last that 16 bits hold
 EVERYTHING = ('--absorbance', '--monitored-spectra')
@@ -42,7 +42,7 @@ def printed_bytes(*arguments):
 
 
 def same(a, b):
-    """Equal, the numbers that are none included."""
+    """Equal; NaN equals NaN."""
     a, b = numpy.asarray(a, '<f8'), numpy.asarray(b, '<f8')
     return a.shape == b.shape and bool(((a == b) | ((a != a) & (b != b))).all())
 
@@ -73,7 +73,7 @@ def check_with_openms(file, spectra, chromatograms, has_absorbance=False):
     output = output_of_openms(file, '-i')
     wanted = f'Found a valid indexed mzML XML File with {spectra} spectra and {chromatograms} chromatograms.'
     if spectra == chromatograms == 0:
-        wanted = 'Could not find element indexListOffset'  # a file of nothing has no index
+        wanted = 'Could not find element indexListOffset'  # an empty file has no index
     require(wanted in output, output)
 
 
@@ -83,9 +83,9 @@ def check_with_schema(file, is_indexed):
 
 
 class Interface:
-    """What the interface of the plug-in gives of a source: by function and scan, from 1, two lists of numbers each.
+    """The numbers that the plug-in's interface gives for a source: two lists for each function and scan, from 1.
 
-    It counts functions without gaps: acquired ones in the order of their numbers, then processed ones, absorbance last.
+    It numbers functions without gaps: acquired ones in the order of their numbers, then processed ones, absorbance last.
     """
 
     def __init__(self, numbers, zrml, source):
@@ -101,7 +101,7 @@ class Interface:
         self.functions = {}  # by process and function, as ids have them
 
     def name_functions(self, checked):
-        """Finds out which function of the file is which here."""
+        """Assigns the functions of the file to those of the interface."""
         for known, array in ((self.mass, MZ), (self.absorbance, WAVELENGTH)):
             mine = sorted({function for function, _ in known})
             theirs = sorted({parts_of(name)[:2] for name, arrays in checked.spectra.items() if array in arrays})
@@ -113,7 +113,7 @@ class Interface:
         return self.functions[process, function], scan
 
     def labels(self):
-        """What people call the functions."""
+        """The functions as users name them."""
         return {mine: f'p{process}' if process else str(number) for (process, number), mine in self.functions.items()}
 
     def scans_of(self, function):
@@ -129,7 +129,7 @@ def compare_spectra(checked, interface):
     wanted = {**interface.mass, **interface.absorbance}
     positions = list(map(interface.position_of, checked.spectra))
     require(sorted(positions) == sorted(wanted), 'other spectra than the interface has')
-    times = [float(checked.times[name] or 'inf') for name in checked.spectra]  # those without one come last
+    times = [float(checked.times[name] or 'inf') for name in checked.spectra]  # spectra without a time come last
     order = list(zip(times, positions))
     require(order == sorted(order), 'spectra that are not by time, function and scan')
     for position, arrays in zip(positions, checked.spectra.values()):
@@ -217,7 +217,7 @@ def compare_with_printed(zrml, source, interface):
 
 
 def compare_with_rows(zrml, source, checked, interface):
-    """Every point of every mass spectrum, in order, is a row of the TSV file, and that of its compressed form."""
+    """Every point of every mass spectrum, in order, is a row of the TSV file and of its compressed form."""
     output = printed_bytes(zrml, 'convert', source, '--stdout', '--format', 'tsv')
     packed = printed_bytes(zrml, 'convert', source, '--stdout', '--format', 'tsv', '--gzip')
     require(gzip.decompress(packed) == output, 'gzip')
@@ -309,7 +309,7 @@ def check_conversion(zrml, numbers, source, work):
 
 
 def main(zrml, numbers, work, *sources):
-    gc.disable()  # a million small objects, and none to be collected
+    gc.disable()  # a million small objects, none of them garbage
     for source in sources:
         try:
             check_conversion(zrml, numbers, source, pathlib.Path(work) / pathlib.Path(source).stem)

@@ -1,5 +1,4 @@
-// For libraries that are preloaded into zrml: they give ReadDisk, which takes the place of the system's
-// reads.
+// For libraries that are preloaded into zrml: they define ReadDisk, which replaces the system's reads.
 #pragma once
 
 #undef _FORTIFY_SOURCE  // whose headers define the functions that are replaced here

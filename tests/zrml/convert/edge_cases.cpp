@@ -49,7 +49,7 @@ RawDirectoryBuilder EmptySpectra() {
       {FunctionOf({ScanFrom<StoredPoint9>(0.1F, {}), PlainScan(0.2F), ScanFrom<StoredPoint9>(0.3F, {})})});
 }
 
-// Two channels whose masses are no number, one of infinite mass; a precursor and a time that are none either.
+// Two channels with NaN masses, one with an infinite mass; a precursor and a time that are NaN as well.
 RawDirectoryBuilder NanMasses() {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const std::vector<StoredPoint11> points = {{{.magnitude = 1u << 20, .exponent = 3}},
@@ -65,7 +65,7 @@ RawDirectoryBuilder NanMasses() {
   return RawOf({function, FunctionOf({PlainScan(0.15F)})});
 }
 
-// Below zero, and of more digits than a single-precision number has: 32767 x 4^15 and 1 in one spectrum.
+// Below zero, and with more digits than single precision has: 32767 x 4^15 and 1 in one spectrum.
 RawDirectoryBuilder NegativeIntensities() {
   std::vector<StoredPoint8> points;
   points.push_back({.mass = 100 * 128, .mantissa = -5, .exponent = 0});
@@ -78,7 +78,7 @@ RawDirectoryBuilder NegativeIntensities() {
   return RawOf({function});
 }
 
-// Masses that single precision does not hold, alone and in pairs.
+// Masses that single precision cannot hold, alone and in pairs.
 RawDirectoryBuilder Calibrated() {
   RawDirectoryBuilder raw =
       RawOf({FunctionOf({ScanFrom<StoredPoint9>(0.1F, {{100, 7}}), PlainScan(0.2F),
@@ -96,14 +96,13 @@ RawDirectoryBuilder OnePointScans(int scans) {
   return RawOf({FunctionOf(std::move(written))});
 }
 
-// Beyond the 16 bits in which hosts get scan numbers.
+// Beyond the 16 bits of scan numbers in hosts.
 RawDirectoryBuilder ManyScans() { return OnePointScans(33000); }
 
-// More than pipes hold and threads write in one go.
+// More than a pipe holds and threads write at once.
 RawDirectoryBuilder SomeScans() { return OnePointScans(6000); }
 
-// Text that is markup in XML, is not ASCII (\xB5 is the micro sign of Windows-1252) or is forbidden there
-// (\x01).
+// Text that is markup in XML, not ASCII (\xB5 is the micro sign of Windows-1252) or forbidden in XML (\x01).
 RawDirectoryBuilder OddNames() {
   RawDirectoryBuilder raw = RawOf({FunctionOf({PlainScan(0.1F)}), FunctionOf({PlainScan(0.2F)})});
   raw.header = {
@@ -115,7 +114,7 @@ RawDirectoryBuilder OddNames() {
   return raw;
 }
 
-// Fragment spectra of three kinds beside survey spectra, at equal times.
+// Fragment spectra of three kinds and survey spectra, at equal times.
 RawDirectoryBuilder Fragments() {
   FunctionFiles survey = FunctionOf({PlainScan(0.1F), PlainScan(0.2F)});
   FunctionFiles product = FunctionOf({PlainScan(0.1F), PlainScan(0.15F), ScanFrom<StoredPoint9>(0.2F, {})});
@@ -158,8 +157,8 @@ RawDirectoryBuilder Known() {
   return raw;
 }
 
-// Two samples: one spectrum with points and one without, and a chromatogram; an analog trace alone. 250.1 and
-// 0.7, the last of an odd number, are no numbers of single precision.
+// Two samples: one spectrum with points and one without, and a chromatogram; only an analog trace. 250.1 and
+// 0.7, the last of an odd number, are not exact in single precision.
 std::string KnownReport() {
   const ReportLines spectra =
       SpectrumBlock(Keys({{"Time", "0.5"}, {"Continuum", "FALSE"}, {"BPI", "200"}, {"TIC", "300"}}),

@@ -1,4 +1,4 @@
-// A disk that gives nothing of "_FUNC001.DAT" from its second block on.
+// A disk that cannot read "_FUNC001.DAT" from its second block on.
 #include "tests/zrml/convert/disk.h"
 // after it, which takes fortified functions out of them
 #include <cerrno>

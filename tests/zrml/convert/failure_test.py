@@ -1,6 +1,6 @@
-"""failure_test.py ZRML LONG SHORT WORK FAILING_DISK SLOW_DISK SAMPLE: what a conversion leaves when it is killed, interrupted, or cannot write or read.
+"""failure_test.py ZRML LONG SHORT WORK FAILING_DISK SLOW_DISK SAMPLE: what a conversion leaves behind when it is killed, interrupted, or cannot write or read.
 
-Under the target's name there is the whole file or none, and nothing else either.
+The target is either the whole file or missing, and there are no other files.
 """
 import fcntl
 import os
@@ -61,12 +61,12 @@ def has_unnamed_files(folder):
 
 
 def writes(process):
-    """Whether it holds a file without a name, or with a temporary one, open in its folder, and has written to it."""
+    """Whether it has an unnamed or temporary file open in its folder and has written to it."""
     for file in pathlib.Path(f'/proc/{process.pid}/fd').iterdir():
         try:
             if os.readlink(file).startswith((f'{process.folder}/#', f'{process.folder}/.zrml-')) and file.stat().st_size > 0:
                 return True
-        except OSError:  # closed meanwhile
+        except OSError:  # closed in the meantime
             pass
     return False
 
@@ -119,7 +119,7 @@ def test_interrupted(conversions):
 
 
 def test_interrupted_on_a_slow_disk(conversions, slow_disk):
-    """While it opens, looks for damage, plans, reads: what the disk is at comes to its end, and no more."""
+    """While it opens, looks for damage, plans, reads: the current disk access finishes, and no more follow."""
     conversions.work.mkdir(parents=True)
     answers = []
     for reads in (1, 5, 20, 60, 120, 200):
@@ -136,11 +136,11 @@ def test_interrupted_on_a_slow_disk(conversions, slow_disk):
         require(process.returncode == -signal.SIGINT, f'SIGINT ended it with {process.returncode}')
         require(names(process.folder) == [], f'SIGINT left {names(process.folder)}')
         answers.append(log.stat().st_size - before)
-    require(max(answers) <= 6, f'reads after the signal: {answers}')  # three threads may be reading, and begin once more
+    require(max(answers) <= 6, f'reads after the signal: {answers}')  # three threads, each reading and beginning one more
 
 
 def is_blocked(process):
-    """Whether it has written and now waits for its reader: it has one thread, which sleeps."""
+    """Whether it has written and now waits for its reader: it has a single thread, which sleeps."""
     waiting = fcntl.ioctl(process.stdout, termios.FIONREAD, b'\0' * 4)
     state = pathlib.Path(f'/proc/{process.pid}/stat').read_text().rsplit(')', 1)[1].split()[0]
     return waiting != b'\0' * 4 and state == 'S'
@@ -155,7 +155,7 @@ def test_interrupted_while_nobody_reads(conversions):
                 time.sleep(0.001)
             process.send_signal(number)
             try:
-                process.wait(timeout=60)  # a guard: it would wait for ever
+                process.wait(timeout=60)  # a guard: otherwise it would wait forever
             except subprocess.TimeoutExpired:
                 process.kill()
             require(process.returncode == -number, f'{number.name} ended it with {process.returncode}')
@@ -183,7 +183,7 @@ def test_no_room(conversions):
 
 
 def test_few_descriptors(conversions):
-    """Whatever the limit, the whole file or a line that says why: a source is not damaged because it can't be opened."""
+    """At any limit, the whole file or a line that says why: a source that cannot be opened is not therefore damaged."""
     succeeded = failed = 0
     for limit in range(4, 33):
         process = conversions.run(f'descriptors-{limit}',
@@ -207,7 +207,7 @@ def test_few_descriptors(conversions):
 
 
 def test_pipe_that_does_not_wait(conversions):
-    """The end that zrml writes to gives EAGAIN when it is full, as it does when a shell has made it so."""
+    """The pipe's writing end gives EAGAIN when full, as shells may set it up."""
     command = [*conversions.command[:3], '--stdout', '--threads', '1']
     expected = subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout
     reader, writer = os.pipe()
@@ -221,7 +221,7 @@ def test_pipe_that_does_not_wait(conversions):
 
 
 def test_source_changed_meanwhile(conversions, source):
-    """Points that are cut off after the look at the files would be missing, so the output must not count."""
+    """Points cut off after the files were checked would be missing, so the output must not count."""
     data = '_FUNC001.DAT'
     cases = [
         (lambda folder: os.truncate(folder / data, 60), data, []),
@@ -252,7 +252,7 @@ def test_source_changed_meanwhile(conversions, source):
 
 
 def test_file_that_may_not_be_read(zrml, source):
-    """One without data is left out of the source files; one with data is damage."""
+    """A file without data is left out of the source files; one with data is damage."""
     with tempfile.TemporaryDirectory() as folder:
         private = pathlib.Path(folder) / 'private.raw'
         shutil.copytree(source, private)
@@ -262,7 +262,7 @@ def test_file_that_may_not_be_read(zrml, source):
             path.chmod(0o755)
         (private / 'notes.txt').chmod(0)
         command = [f'{folder}/zrml', 'convert', str(private), '--stdout', '--scans', '1']
-        user = {'user': 65534} if os.geteuid() == 0 else {}  # the superuser may read all
+        user = {'user': 65534} if os.geteuid() == 0 else {}  # the superuser may read everything
         result = subprocess.run(command, capture_output=True, text=True, **user)
         require(result.returncode == 0, f'status {result.returncode}: {result.stderr}')
         require(result.stderr == f'zrml: {private}: notes.txt cannot be opened\n', result.stderr)
@@ -273,7 +273,7 @@ def test_file_that_may_not_be_read(zrml, source):
         (private / '_FUNC001.IDX').chmod(0o755)
         try:
             test_folder_that_may_not_be_listed(command, private, user)
-            private.chmod(0o444)  # listed, but no file of it may be opened
+            private.chmod(0o444)  # may be listed, but its files may not be opened
             for run in (command, [command[0], 'check', str(private)], [command[0], 'info', str(private)]):
                 result = subprocess.run(run, capture_output=True, text=True, **user)
                 require(result.returncode == 5, f'status {result.returncode}')
@@ -283,7 +283,7 @@ def test_file_that_may_not_be_read(zrml, source):
 
 
 def test_folder_that_may_not_be_listed(command, private, user):
-    """Its files open by name: all that is known by name is there, and it is said that the rest is not."""
+    """Its files open by name: everything known by name is there, and the rest is reported as missing."""
     (private / 'notes.txt').unlink()
     whole = subprocess.run(command, capture_output=True, text=True, check=True, **user).stdout
     private.chmod(0o111)
@@ -317,7 +317,7 @@ def test_scan_past_the_end(conversions, source):
 
 
 def test_failing_disk(conversions, failing_disk):
-    """What the disk does not give must not count as an empty spectrum."""
+    """A failed read must not count as an empty spectrum."""
     environment = {**os.environ, 'LD_PRELOAD': failing_disk}
     problem = '_FUNC001.DAT cannot be read to its end (Input/output error)'
     source = conversions.command[2]

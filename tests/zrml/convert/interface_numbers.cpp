@@ -1,7 +1,7 @@
-// interface_numbers PLUG-IN SOURCE: what the interface gives of a directory's first sample: every mass
-// spectrum, absorbance spectrum, total ion chromatogram and trace, a line each: its kind, function, number
-// (both from 1; 0: none) and two lists of numbers, bytes in hexadecimal. For tests of conversion, with which
-// it shares no code.
+// interface_numbers PLUG-IN SOURCE: prints what the interface gives for a directory's first sample: one line
+// for every mass spectrum, absorbance spectrum, total ion chromatogram and trace, with its kind, function,
+// number (both from 1; 0: none) and two lists of numbers, bytes in hexadecimal. For tests of conversion;
+// shares no code with it.
 #include <algorithm>
 #include <cstdio>
 #include <span>
@@ -27,7 +27,7 @@ class Numbers {
  public:
   explicit Numbers(CDataServerImpl& server) : server_(server) {}
 
-  /// False when something that is counted cannot be read.
+  /// False when an item that is counted cannot be read.
   bool PrintAll() {
     const int functions = server_.GetFunctionCount(0);
     for (int function = 0; function < functions; ++function) {

@@ -1,6 +1,6 @@
-"""Checks an mzML file as text: its index, its checksum, and the rules that its elements keep.
+"""Checks an mzML file as text: its index, its checksum, and the rules for its elements.
 
-Nothing here knows how the file was made: offsets, lengths and the checksum are worked out again.
+Nothing here knows how the file was made: offsets, lengths and the checksum are computed again.
 """
 import base64
 import hashlib
@@ -127,7 +127,7 @@ def check_long_list(run, left_out, stride):
 
 
 def check_ids(mzml):
-    """Those of the type xs:ID: unique in the document."""
+    """Ids of the type xs:ID: unique in the document."""
     kinds = {'cv', 'sourceFile', 'sample', 'software', 'instrumentConfiguration', 'dataProcessing', 'run'}
     found = [e.get('id') for e in mzml.iter() if e.tag.removeprefix(NAMESPACE) in kinds]
     require(all(NCNAME.fullmatch(i) for i in found), 'xs:ID')
@@ -153,10 +153,10 @@ def check_index(data, root, ids):
 
 
 class CheckedFile:
-    """An mzML file, checked: its mzML element, and by id the arrays and the times of its spectra and chromatograms."""
+    """A checked mzML file: its mzML element, and by id the arrays and times of its spectra and chromatograms."""
 
     def __init__(self, data, indexed=True, stride=1):
-        """Of a long file only one spectrum in `stride` is given to the parser, and the others are checked as text."""
+        """In a long file only one spectrum in `stride` goes to the parser; the others are checked as text."""
         left_out = LeftOut(data, stride) if stride > 1 else None
         root = ElementTree.fromstring(left_out.short if left_out else data)
         self.mzml = root.find(NAMESPACE + 'mzML') if root.tag == NAMESPACE + 'indexedmzML' else root

@@ -1,5 +1,5 @@
-// A disk that takes its time for each read of a file of a raw directory, whatever signals come, and begins by
-// adding a byte to the file that ZRML_DISK_LOG names.
+// A disk that is slow at each read of a file of a raw directory, whatever signals come, and first adds a byte
+// to the file named in ZRML_DISK_LOG.
 #include "tests/zrml/convert/disk.h"
 // after it, which takes fortified functions out of them
 #include <cstdlib>
