@@ -66,7 +66,7 @@ bool IsPosition(int position, std::size_t count) {
 
 void Add(const source::Function& function, Answer& answer) {
   answer.Add(TextOf(function.id));
-  Check(source::ParseFunctionId(TextOf(function.id)).has_value(), "a function has a name that can be given");
+  Check(source::ParseFunctionId(TextOf(function.id)).has_value(), "a function has a usable name");
   answer.Add(function.file);
   answer.Add(function.name);
   answer.Add(function.msLevel);
@@ -78,7 +78,7 @@ void Add(const source::Function& function, Answer& answer) {
 void Add(const std::vector<source::MetadataItem>& items, Answer& answer) {
   std::set<std::string> keys;
   for (const source::MetadataItem& item : items) {
-    Check(keys.insert(item.key).second, "each key is there once");
+    Check(keys.insert(item.key).second, "each key appears once");
     answer.Add(item.key);
     answer.Add(item.value);
   }
@@ -186,7 +186,7 @@ void AskPoints(Source& source, const Place& at, Answer& answer) {
   answer.Add(mz);
   answer.Add(intensities);
   source.ReadPoints(at.sample, at.function, at.scan, mz, intensities);
-  Check(mz.size() == read.count && intensities.size() == read.count, "both ways to read give the same");
+  Check(mz.size() == read.count && intensities.size() == read.count, "both ways of reading give the same");
 }
 
 void AskPrecursor(Source& source, const Place& at, Answer& answer) {
@@ -194,9 +194,9 @@ void AskPrecursor(Source& source, const Place& at, Answer& answer) {
   answer.Add(found.has_value());
   if (!found) return;
   const std::span<const source::Function> functions = source.Functions(at.sample);
-  Check(IsPosition(found->function, functions.size()), "a precursor's function is there");
+  Check(IsPosition(found->function, functions.size()), "a precursor's function exists");
   Check(IsPosition(found->scan, static_cast<std::size_t>(source.ScanCount(at.sample, found->function))),
-        "a precursor's scan is there");
+        "a precursor's scan exists");
   Check(functions[static_cast<std::size_t>(found->function)].msLevel <
             functions[static_cast<std::size_t>(at.function)].msLevel,
         "a precursor is of a lower level");
@@ -344,7 +344,7 @@ class Asker {
     }
     const auto [known, isNew] =
         answers_.emplace(std::tuple(question, at.sample, at.function, at.scan), answer.Digest());
-    Check(isNew || known->second == answer.Digest(), "an answer is the same whenever it is asked for");
+    Check(isNew || known->second == answer.Digest(), "an answer is the same each time");
   }
 
   void AskAll() {

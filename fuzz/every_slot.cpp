@@ -172,7 +172,7 @@ class Asker {
     CZRMassSpectrum first;
     const bool given = server_.GetSpectrum(sample, function, scan, first);
     Check(!given || exists, "no spectrum outside the scans");
-    Check(exists || first.GetCount() == 0, "a position that is refused leaves the container alone");
+    Check(exists || first.GetCount() == 0, "a refused position leaves the container unchanged");
     Spend(first.MassVector().size());
     if (!given) return;
     CheckWhole(first);
@@ -181,7 +181,7 @@ class Asker {
     Check(server_.GetSpectrum(sample, function, scan, again), "what was read can be read again");
     Check(SameBits(first.MassVector(), again.MassVector()) &&
               SameBits(first.IntensityVector(), again.IntensityVector()),
-          "a scan is the same at every reading");
+          "a scan is the same each time");
     server_.GetSpectrum(sample, function, scan, reused_);
     CheckWhole(reused_);
   }

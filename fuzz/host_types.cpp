@@ -60,7 +60,7 @@ void StepStrings(Input& input, Strings& strings) {
     }
   }
   for (std::size_t i = 0; i < kVariables; ++i) {
-    Check(strings.host[i] == std::u16string_view(strings.model[i]), "strings are alike");
+    Check(strings.host[i] == std::u16string_view(strings.model[i]), "strings are equal");
     Check(strings.host[i].data()[strings.host[i].size()] == 0, "a string is terminated");
   }
 }
@@ -87,7 +87,7 @@ void StepNumbers(Input& input, Numbers& host, std::vector<std::uint32_t>& model)
       host = std::move(copy);
     }
   }
-  Check(std::equal(host.begin(), host.end(), model.begin(), model.end()), "vectors are alike");
+  Check(std::equal(host.begin(), host.end(), model.begin(), model.end()), "vectors are equal");
   constexpr std::size_t kLargeBlock = 4096;
   const bool isLarge = host.capacity() * sizeof(std::uint32_t) >= kLargeBlock;
   Check(!isLarge || reinterpret_cast<std::uintptr_t>(host.data()) % 32 == 0, "large blocks are aligned");

@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::LiveWith(server, fuzz::kFolder, L"_FUNC002.DAT");
     fuzz::Check(fuzz::OpenFileCount() == 0, "a closed server holds no file");
     server.Open(fuzz::kFolder);
-    fuzz::Check(fuzz::OpenFileCount() <= 1, "an open server holds the header alone");
+    fuzz::Check(fuzz::OpenFileCount() <= 1, "an open server holds only the header");
   }
   fuzz::Check(fuzz::OpenFileCount() == 0, "no file outlives its server");
   return 0;

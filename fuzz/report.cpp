@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   {
     plugin::COpenLynxRptDataServerImpl server;
     server.Open(path);
-    fuzz::Check(fuzz::OpenFileCount() <= 1, "an open server holds the report alone");
+    fuzz::Check(fuzz::OpenFileCount() <= 1, "an open server holds only the report");
     server.GetSampleCount();
   }
   fuzz::Check(fuzz::OpenFileCount() == 0, "no file outlives its server");

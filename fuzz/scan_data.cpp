@@ -75,7 +75,7 @@ void Decode(const platform::File& file, const FunctionRecord& function, Decoded&
 void CheckDecoded(const FunctionRecord& function, const Decoded& decoded) {
   const CZRMassSpectrum& spectrum = decoded.spectrum;
   if (!decoded.accepted) {
-    Check(spectrum.GetCount() == 0, "a scan that is refused leaves the container alone");
+    Check(spectrum.GetCount() == 0, "a refused scan leaves the container unchanged");
     return;
   }
   Check(spectrum.UsablePoints() == static_cast<std::size_t>(spectrum.GetCount()), "points are whole");
@@ -97,14 +97,14 @@ bool AreSame(double a, double b) {
 }
 
 void CheckSame(const Decoded& a, const Decoded& b) {
-  Check(a.accepted == b.accepted && a.unsorted == b.unsorted, "each kind of kernels takes the same scans");
+  Check(a.accepted == b.accepted && a.unsorted == b.unsorted, "each kind of kernel takes the same scans");
   const auto isAlike = [](const HostVector<double>& x, const HostVector<double>& y) {
     return std::equal(x.begin(), x.end(), y.begin(), y.end(), AreSame);
   };
   Check(isAlike(a.spectrum.MassVector(), b.spectrum.MassVector()),
-        "each kind of kernels gives the same masses");
+        "each kind of kernel gives the same masses");
   Check(isAlike(a.spectrum.IntensityVector(), b.spectrum.IntensityVector()),
-        "each kind of kernels gives the same intensities");
+        "each kind of kernel gives the same intensities");
 }
 
 bool HasRawMasses(int dataFormat) {
@@ -130,7 +130,7 @@ void CheckCalibration(const platform::File& file, const FunctionRecord& function
     if (function.dataFormat == 1 && decoded.spectrum.IntensityVector()[i] == 0) continue;
     const auto rawMass = static_cast<float>(raw.spectrum.MassVector()[i]);
     Check(AreSame(decoded.spectrum.MassVector()[i], calibration(rawMass)),
-          "many masses are calibrated as single ones are");
+          "many masses are calibrated like single ones");
   }
 }
 
@@ -147,13 +147,13 @@ void CheckWithin(const platform::File& file, const FunctionRecord& function) {
       all.count == 0 ? MassRange{} : MassRange{masses[all.count / 4], masses[all.count / 2]};
   std::vector<double> within;
   if (!DecodeWithin(function, 0, *room, bytes, range, within)) return;
-  Check(all.count > 0 && !all.isUnsorted, "a range is looked for in ascending masses only");
+  Check(all.count > 0 && !all.isUnsorted, "a range is searched in ascending masses only");
   std::vector<double> expected;
   for (std::size_t i = 0; i < all.count; ++i) {
     if (range.low <= masses[i] && masses[i] <= range.high) expected.push_back(intensities[i]);
   }
   Check(std::equal(within.begin(), within.end(), expected.begin(), expected.end(), AreSame),
-        "a range holds the points that all points have in it");
+        "a range holds the same points as the whole scan");
 }
 
 void CheckScan(const platform::File& file, const FunctionRecord& function) {

@@ -123,7 +123,7 @@ class Pair {
   void Swap(Input&) {
     CZRMassSpectrum other;
     other.SwapPoints(spectrum_);
-    Check(spectrum_.GetCount() == 0 && spectrum_.UsablePoints() == 0, "points go with SwapPoints");
+    Check(spectrum_.GetCount() == 0 && spectrum_.UsablePoints() == 0, "SwapPoints exchanges the points");
     other.SwapPoints(spectrum_);
     other.Swap(spectrum_);
     other.Swap(spectrum_);
@@ -162,16 +162,16 @@ class Pair {
   }
 
   void CheckSame() {
-    Check(spectrum_.GetCount() == model_.Count(), "counts are alike");
-    Check(SameNumbers(spectrum_.MassVector(), model_.masses), "masses are alike");
-    Check(SameNumbers(spectrum_.IntensityVector(), model_.intensities), "intensities are alike");
-    Check(spectrum_.HasPointFlags() == model_.hasFlags, "the use of flags is alike");
-    Check(spectrum_.HasPointValues() == model_.hasValues, "the use of values is alike");
+    Check(spectrum_.GetCount() == model_.Count(), "counts are equal");
+    Check(SameNumbers(spectrum_.MassVector(), model_.masses), "masses are equal");
+    Check(SameNumbers(spectrum_.IntensityVector(), model_.intensities), "intensities are equal");
+    Check(spectrum_.HasPointFlags() == model_.hasFlags, "the same flags are in use");
+    Check(spectrum_.HasPointValues() == model_.hasValues, "the same values are in use");
     Check((spectrum_.GetPointFlags() != nullptr) == (model_.hasFlags && model_.Count() > 0),
-          "flags are there");
+          "flags are present");
     double total = 0;
     for (const double intensity : model_.intensities) total += intensity;
-    Check(Same(spectrum_.GetTotalIntensity(), total), "totals are alike");
+    Check(Same(spectrum_.GetTotalIntensity(), total), "totals are equal");
     const int base = spectrum_.GetBasePeakIndex();
     Check(model_.Count() == 0 || model_.Has(base), "the base peak is a point");
   }

@@ -69,7 +69,7 @@ void CheckWhole(const CZRMassSpectrum& spectrum) {
   Check(spectrum.GetCount() >= 0, "a sum has a count");
   Check(spectrum.MassVector().size() == count && spectrum.IntensityVector().size() == count,
         "a sum has whole points");
-  if (spectrum.GetPointFlags() != nullptr) Check(spectrum.HasPointFlags(), "flags that are there are in use");
+  if (spectrum.GetPointFlags() != nullptr) Check(spectrum.HasPointFlags(), "existing flags are in use");
 }
 
 bool AllBounded(const CZRMassSpectrum& spectrum) {
@@ -174,8 +174,8 @@ void SumLists(Input& input, const CZRMassSpectrum& source, const CZRMassSpectrum
       const bool hasChanged = sum.Add(list.masses, list.intensities);
       AddSpectrum(true, width, ToSpectrum(list.masses, list.intensities), expected);
       const CZRMassSpectrum peaks = PeaksOf(sum);
-      Check(HaveSamePoints(peaks, expected), "a sum of lists has the points of one by one");
-      Check(hasChanged || HaveSamePoints(peaks, before), "a sum tells when it has changed");
+      Check(HaveSamePoints(peaks, expected), "a sum of lists equals adding one by one");
+      Check(hasChanged || HaveSamePoints(peaks, before), "a sum reports when it has changed");
     }
   }
 }
@@ -203,8 +203,8 @@ void SumRepeats(Input& input, CZRMassSpectrum spectrum) {
     if (!isRepeated) break;
     AddSpectrum(true, 0.01, part, expected);
   }
-  Check(isSum == isRepeated, "sub-scans of one first mass are summed");
-  Check(HaveSamePoints(sum, isSum ? expected : spectrum), "sub-scans have the points of one by one");
+  Check(isSum == isRepeated, "sub-scans with the same first mass are summed");
+  Check(HaveSamePoints(sum, isSum ? expected : spectrum), "a sum of sub-scans equals adding one by one");
 }
 
 void Merge(CZRMassSpectrum spectrum) {

@@ -1,5 +1,5 @@
-// The list of analog traces that a host sees in a sample of a report. It grows each time a sample without
-// other functions is looked at; existing entries keep their places.
+// The list of analog traces that a host sees in a sample of a report. It grows with each look at a sample
+// without other functions; existing entries keep their places.
 #pragma once
 
 #include <cstddef>

@@ -12,7 +12,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kSmallestNormal = std::numeric_limits<double>::min();
 
-// ln 2 in two parts; the first has 32 bits, so that its product with an exponent is exact.
+// ln 2 in two parts; the first has 32 bits, so its product with an exponent is exact.
 constexpr double kLn2High = 0x1.62e42fee00000p-1;
 constexpr double kLn2Low = 0x1.a39ef35793c76p-33;
 constexpr double kSqrtHalf = 0x1.6a09e667f3bcdp-1;

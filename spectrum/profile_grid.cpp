@@ -330,7 +330,7 @@ class GridBuilder {
       if (stretch.IsMade(high)) Make(lattice.Mass(high), limit);
       return;
     }
-    Make(mass, limit);  // steps too fine to tell apart, or the law's pole: the sample itself
+    Make(mass, limit);  // steps too fine to distinguish, or the law's pole: the sample itself
   }
 
   static bool Encloses(double low, double mass, double high) {

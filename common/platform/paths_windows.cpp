@@ -15,7 +15,7 @@ std::wstring FullPath(const std::wstring& path) {
   return full;
 }
 
-// Empty when there are none in that language.
+// Empty when there is no message in that language.
 std::wstring Words(DWORD code, DWORD language) {
   constexpr DWORD kFlags =
       FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;

@@ -22,7 +22,7 @@ namespace {
 std::span<const std::byte> BytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
 
 std::string Base64Of(std::string_view text) {
-  std::string out = "x";  // what is there stays
+  std::string out = "x";  // existing text stays
   AppendBase64(BytesOf(text), out);
   return out;
 }

@@ -103,7 +103,7 @@ TEST_F(TargetFileTest, SystemWithoutUnnamedFiles) {
     EXPECT_EQ(FileCount(), 1U);
     EXPECT_FALSE(fs::exists(directory_.Path() / "run.mzML"));
   }
-  EXPECT_EQ(FileCount(), 0U) << "what is not finished is removed";
+  EXPECT_EQ(FileCount(), 0U) << "an unfinished file is removed";
   for (const Existing existing : {Existing::kKeep, Existing::kReplace}) {
     WriteTarget(existing);
     EXPECT_EQ(SizeOf("run.mzML"), 5U);

@@ -171,7 +171,7 @@ TEST(FileFinder, DirectoryOfTooManyNamesIsNotListed) {
   const platform::SystemPath path = directory.SystemPath();
   const FileFinder finder(path, 8);
   directory.WriteText("_FUNC001.DAT", "");
-  EXPECT_TRUE(finder.Opens(L"_FUNC001.DAT")) << "a list would not have it";
+  EXPECT_TRUE(finder.Opens(L"_FUNC001.DAT")) << "a list would not contain it";
 }
 
 TEST(FileFinder, MissingDirectoryHasNothing) {

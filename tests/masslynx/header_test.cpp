@@ -44,7 +44,7 @@ class HeaderFile : public testing::Test {
 using ReadHeaderLinesTest = HeaderFile;
 using IsMassLynxHeaderTest = HeaderFile;
 
-// Deliberate: the line loop appends its buffer once more when the read after the last line fails.
+// Deliberate: the line loop appends its buffer again when the read after the last line fails.
 TEST_F(ReadHeaderLinesTest, EndedLastLineStandsTwice) {
   EXPECT_EQ(LinesOf("a\nb\n"), (Lines{L"a\n", L"b\n", L"b\n"}));
   EXPECT_EQ(LinesOf("a\n"), (Lines{L"a\n", L"a\n"}));

@@ -211,7 +211,7 @@ TEST_F(Traces, AnalogsComeBeforeStoredChromatograms) {
   raw.chroms = {{"one", {{1, 2}}}, {"two", {{1, 2}}}};
   Open(raw);
   EXPECT_EQ(TraceNames(), Names{L"channel"});
-  directory_->Write("_ANALOGS.INF", {});  // a list of none is a list all the same
+  directory_->Write("_ANALOGS.INF", {});  // an empty list is still a list
   Reopen();
   EXPECT_EQ(server_.GetTraceCount(0), 0);
   directory_->Remove("_ANALOGS.INF");

@@ -41,7 +41,7 @@ TEST_F(ReportLinesTest, KeyIsCaseSensitiveAndInColumn0) {
 
 // Deliberate: reports rely on a matching prefix, and nothing guards against a longer key.
 TEST_F(ReportLinesTest, KeyMatchesALongerKeyThatBeginsWithIt) {
-  EXPECT_EQ(TimeOf(Line("Timestamp 3") + Line("Time 1.25")), 0.0);  // "stamp 3" is no number
+  EXPECT_EQ(TimeOf(Line("Timestamp 3") + Line("Time 1.25")), 0.0);  // "stamp 3" is not a number
   Open(SampleBlock(Line("DateAndMore 5") + Line("Timestamp 3")));
   EXPECT_EQ(Metadata(L"AnalysisDateTime"), L"AndMore 5Tstamp 3+00:00");
 }

@@ -8,8 +8,8 @@
 namespace zrml {
 namespace {
 
-// Writes values so that two texts are equal when the values are, to the bit. Not a stream: tests that ask
-// questions spend most of their time writing.
+// Writes values as text that is equal exactly when the values have the same bits. Not a stream: tests that
+// ask questions spend most of their time writing.
 class Writer {
  public:
   explicit Writer(std::string& text) : text_(text) {}

@@ -109,7 +109,7 @@ TEST(FindPrecursor, TimesAreReadOnceForAllScans) {
   source.FindPrecursor(0, 0, 0);
   const int before = source.asked_;
   for (int scan = 0; scan < 3; ++scan) EXPECT_EQ(source.FindPrecursor(0, 0, scan)->scan, scan);
-  EXPECT_LE(source.asked_ - before, 6) << "the first scans of both functions are looked at for their kind";
+  EXPECT_LE(source.asked_ - before, 6) << "the first scans of both functions are read for their kind";
 }
 
 // Times that repeat, run backwards, are NaN, infinite, or too far away to be distinguished.

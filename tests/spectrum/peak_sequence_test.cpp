@@ -139,7 +139,7 @@ class Model {
   std::set<Index> unsettled_;
 };
 
-// Up to 9,000 peaks in blocks of at most 64, so that blocks of blocks are split too; then down to none.
+// Up to 9,000 peaks in blocks of at most 64, so blocks of blocks are split too; then down to none.
 TEST(PeakSequence, AgreesWithAPlainVector) {
   Model model(1);
   for (int round = 0; round < 9000; ++round) {

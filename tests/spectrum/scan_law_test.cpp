@@ -301,8 +301,8 @@ TEST(DetectScanLaw, FallsBackToThePointsWithIntensity) {
   EXPECT_EQ(law->Next(10), 12);
 }
 
-// Steps 2, 1, 2, 4 of five points: 2 is the most frequent. With a sixth point only 1, 2, 4 are looked at, and
-// the first of them is taken.
+// Steps 2, 1, 2, 4 of five points: 2 is the most frequent. With a sixth point only 1, 2, 4 are considered,
+// and the first of them is taken.
 TEST(FindScanLaw, TheOutermostOfMoreThanFivePointsAreLeftOut) {
   ScanLawHolder law;
   ASSERT_EQ(FindScanLaw(law, MakeProfile({100, 102, 103, 105, 109}, Doubles(5, 1))), 1);

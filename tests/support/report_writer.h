@@ -32,7 +32,7 @@ ReportLines FunctionBlock(const ReportLines& content);
 /// Data lines of two numbers, as short as possible.
 using ReportPairs = std::vector<std::pair<double, double>>;
 
-/// The keys, then the "[MS]" or "[TRACE]" list in braces of its own.
+/// The keys, then the "[MS]" or "[TRACE]" list in its own braces.
 ReportLines SpectrumBlock(const ReportLines& keys, const ReportPairs& points);
 ReportLines ChromatogramBlock(const ReportLines& keys, const ReportPairs& points);
 

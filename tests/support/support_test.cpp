@@ -155,7 +155,7 @@ TEST(HistoryWriterTest, HeaderHas132BytesAndEntries123) {
   ASSERT_EQ(bytes.size(), 132U + 2 * 123);
   EXPECT_EQ(WriteHistory({}).size(), 132U);
   EXPECT_EQ(Hex(bytes, 0, 8), "EE EE EE EE 01 00 02 00");
-  EXPECT_EQ(Hex(bytes, 66, 4), "20 00 EE EE");  // the last of 32 numbers, then what is skipped
+  EXPECT_EQ(Hex(bytes, 66, 4), "20 00 EE EE");  // the last of 32 numbers, then skipped bytes
   EXPECT_EQ(Hex(bytes, 132, 7), "01 00 00 00 02 00 EE");
   EXPECT_EQ(Hex(bytes, 132 + 20, 3), "03 00 EE");
   EXPECT_EQ(Hex(bytes, 255, 6), "02 00 01 00 02 00");

@@ -15,7 +15,7 @@ namespace zrml {
 
 class TempDirectory {
  public:
-  /// Makes an empty directory called `name` (u8"..." beyond ASCII) inside a new folder of its own.
+  /// Makes an empty directory called `name` (u8"..." beyond ASCII) inside its own new folder.
   explicit TempDirectory(const std::filesystem::path& name = "acquisition.raw");
   TempDirectory(TempDirectory&& other) noexcept;
   TempDirectory& operator=(TempDirectory&&) = delete;

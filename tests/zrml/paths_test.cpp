@@ -54,7 +54,7 @@ TEST_F(PathsTest, LongOnesAreReadAndWritten) {
   };
   move(Make("plain.raw", SoundDirectory()), path);
   ExpectUsable(path, folder + "/out");
-  move(Path("a" + name) + "/b" + name, Path("short"));  // can be looked at and removed
+  move(Path("a" + name) + "/b" + name, Path("short"));  // can be inspected and removed
   EXPECT_TRUE(Converted("short/c" + name + "/out/run.mzML").ends_with("</indexedmzML>\n"));
 }
 

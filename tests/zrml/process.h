@@ -1,4 +1,4 @@
-// Runs a program as a process and keeps what it wrote.
+// Runs a program as a process and keeps its output.
 #pragma once
 
 #include <filesystem>
@@ -17,7 +17,7 @@ struct ProcessSetup {
   std::filesystem::path program;
   std::vector<std::string> arguments;  // UTF-8
   std::filesystem::path folder;        // to run in; empty for this one
-  std::filesystem::path scratch;       // an existing folder for what it writes
+  std::filesystem::path scratch;       // an existing folder for its output
   OutputTo outputTo = OutputTo::kFile;
 };
 

@@ -147,7 +147,7 @@ TEST(ScanIndex, AscendingOffsetsReadAs22ByteRecords) {
 
 TEST(ScanIndex, DecreasingOffsetIn440BytesGivesNoScans) {
   FileBytes bytes = WriteScanIndex(Ascending(20));
-  PatchU32(bytes, 5 * 22, 399);  // record 4 stands at 400; 440 is not a multiple of 30
+  PatchU32(bytes, 5 * 22, 399);  // record 4 begins at 400; 440 is not a multiple of 30
   EXPECT_TRUE(LoadBytes(bytes).empty());
   PatchU32(bytes, 5 * 22, 400);  // equal offsets do not decrease
   EXPECT_EQ(LoadBytes(bytes).size(), 20U);
@@ -289,7 +289,7 @@ TEST(ScanIndex, GivenOffsetsAreKept) {
 }
 
 TEST(ScanIndex, ReplacedOffsetsCountPointsFromTheFileStartNotFromGivenOffsets) {
-  // Format 9: 7 x 6 = 42, although the first scan stands at 10.
+  // Format 9: 7 x 6 = 42, although the first scan is at 10.
   EXPECT_EQ(Offsets(LoadBytes(WriteScanIndex({{.dataOffset = 10, .pointCount = 7}, {.pointCount = 1}}))),
             (std::vector<std::uint32_t>{10, 42}));
   // 42 + 60 = 102 after a scan at 1000: a decreasing offset.

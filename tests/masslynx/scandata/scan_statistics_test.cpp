@@ -329,8 +329,8 @@ TEST(ScanStatistics, DescriptorsBeyondTheFileHaveNoEffect) {
 // Items and records outside.
 
 TEST(ScanStatistics, ItemsOutsideTheRecordSizeAreZero) {
-  // The temperature coefficient stands at 20 to 23, the flag of temperatures at 24. The second record begins
-  // with a byte above 0, which would make a flag.
+  // The temperature coefficient is at 20 to 23, the flag of temperatures at 24. The second record begins with
+  // a byte above 0, which would make a flag.
   struct Case {
     std::uint16_t recordSize;
     bool hasCoefficient;
