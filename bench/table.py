@@ -72,7 +72,7 @@ def main():
         unit, scale = ("MB", 1e6) if row.startswith("Peak") else ("µs", 1e3)
         numbers = [f"{statistics.median(side) / scale:.1f} {unit}" for side in (ours, floor)]
         aim = aim_of(row)
-        print(f"| {row} | {numbers[0]} | {numbers[1]} | {ratio:.2f} | ±{100 * spread:.0f} % | {aim or 'stated'} |")
+        print(f"| {row} | {numbers[0]} | {numbers[1]} | {ratio:.2f} | ±{100 * spread:.0f} % | {aim or 'none'} |")
 
 
 main()

@@ -21,7 +21,7 @@ double SecondSignal(double mass) {
   return Signal(mass, 499.7, 400) + Signal(mass, 500.2, 500) + Signal(mass, 500.9, 800);
 }
 
-// Zeros are left out, but for two beside each run of samples with intensity.
+// Zeros are left out, except two next to each run of samples with intensity.
 zrml::CZRMassSpectrum Acquire(double (*signal)(double), double offset) {
   zrml::CZRMassSpectrum spectrum;
   const double low = std::sqrt(499.4);
