@@ -337,7 +337,7 @@ TEST(CodePage, BytesThatAreNotUtf8AreWindows1252AsAWhole) {
       {"a surrogate", "\xed\xa0\x80", L"\xed\xa0\x20ac"},
       {"beyond U+10FFFF", "\xf4\x90\x80\x80", L"\xf4\x90\x20ac\x20ac"},
       {"a lead byte that is never used", "\xf5\x80\x80\x80", L"\xf5\x20ac\x20ac\x20ac"},
-      {"valid sequences beside an invalid one", "\xc2\xb5\xff", L"\xc2\xb5\xff"},
+      {"valid sequences next to an invalid one", "\xc2\xb5\xff", L"\xc2\xb5\xff"},
   };
   for (const auto& test : cases) EXPECT_EQ(FromCodePage(test.bytes), test.text) << test.name;
 }

@@ -72,7 +72,7 @@ void Main(wchar_t* arguments) {
   const wchar_t* const directory = NextArgument(arguments);
   const wchar_t* const dataFile = NextArgument(arguments);
   void* const file = OpenFile(dataFile, kShareAll);
-  Check(file != nullptr && !IsOpenNowhere(dataFile), "a file that is open is told");
+  Check(file != nullptr && !IsOpenNowhere(dataFile), "an open file is noticed");
   CloseHandle(file);
   DataServer* const server = plugin.Create(0);
   Check(server->Open(directory), "the directory opens");

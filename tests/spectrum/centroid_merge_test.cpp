@@ -77,7 +77,7 @@ TEST(MergePeaks, CasesByHand) {
        {40, 32, -31},
        {98, 96.125},
        {40, 1}},
-      {"and what has moved is above a lower neighbour",
+      {"and the moved peak is above a lower neighbour",
        0.5,
        {98, 100, 100.125},
        {1, 32, -31},

@@ -67,7 +67,7 @@ TEST(PeakSum, CasesByHand) {
        {{{At(0), At(8), At(13)}, {4, 4, 4}}, {{200}, {1}}},
        {{At(4), At(13), 200}, {8, 4, 1}}},
       // (8 * 4 + 4 * 13) / 12 = 7
-      {"what became near merges at the next addition, though that is far away",
+      {"peaks that came near merge at the next addition, even of a distant peak",
        {{{At(0), At(8), At(13)}, {4, 4, 4}}, {{200}, {1}}, {{300}, {1}}},
        {{At(7), 200, 300}, {12, 1, 1}}},
       // Peaks absorbed by one without an intensity above 0 are lost.
@@ -89,7 +89,7 @@ TEST(PeakSum, CasesByHand) {
        {{50, At(28)}, {1, 5}}},
       // 24 is then placed before 20, and 22 before that. 20, the strongest, absorbs all that is not below its
       // window: (22 + 24 + 4 * 20) / 6.
-      {"past its neighbour, where what is added goes before it",
+      {"past its neighbour, so the added peak goes before it",
        {{{At(8), At(20)}, {3, 4}}, {{At(0)}, {-2}}, {{50, At(22)}, {1, 1}}},
        {{50, At(21)}, {1, 6}}},
       {"a mass of 0 is dropped", {{{0, 200}, {1, 5}}, {{0}, {1}}}, {{200}, {5}}},

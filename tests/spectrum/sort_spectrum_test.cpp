@@ -61,8 +61,8 @@ TEST(SortSpectrum, SortsMergesAndDropsAsOrderAndFlagsSay) {
 
       {"sum of duplicates", kMassAscending, kSum, {5, 7, 5, 5}, {1, 2, 4, 8}, {5, 7}, {13, 2}},
       {"largest of duplicates", kMassAscending, kMax, {5, 7, 5, 5}, {1, 2, 8, 4}, {5, 7}, {8, 2}},
-      {"the sum where both are asked for", kMassAscending, kSumAndMax, {5, 5}, {1, 2}, {5}, {3}},
-      {"masses a hair apart are no duplicates",
+      {"the sum when both are requested", kMassAscending, kSumAndMax, {5, 5}, {1, 2}, {5}, {3}},
+      {"masses a hair apart are not duplicates",
        kMassAscending,
        kMax,
        {5, 0x1.4000000000001p2},

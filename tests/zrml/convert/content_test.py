@@ -36,7 +36,7 @@ class Converted(mzml_file.CheckedFile):
         require(list(self.chromatograms) == list(wanted), f'chromatograms {list(self.chromatograms)}')
         for name, (term, times, intensities) in wanted.items():
             found = self.chromatograms[name]
-            require(term in mzml_file.terms(self.chromatogram_elements[name]), f'{name} is no {term}')
+            require(term in mzml_file.terms(self.chromatogram_elements[name]), f'{name} is not a {term}')
             require(found == {TIME: times, INTENSITY: intensities}, f'{name}: {found}')
 
     def require_start(self, wanted):
@@ -67,7 +67,7 @@ def test_raw_directory(zrml, work):
     whole.require_start('2021-03-05T09:15:00')
     packed, = convert(zrml, work / 'known.raw', work / 'out/known-gzip', '--gzip')
     require(packed.name == 'known.mzML.gz', packed.name)
-    require(gzip.decompress(packed.read_bytes()) == file.read_bytes(), 'the compressed file is another')
+    require(gzip.decompress(packed.read_bytes()) == file.read_bytes(), 'the compressed file differs')
     read = [s.element.get('id') for s in pymzml.run.Reader(str(packed))]
     require(set(whole.spectra) <= set(read), f'pymzml reads {read} of the compressed file')
 

@@ -128,10 +128,10 @@ def parts_of(native_id):
 def compare_spectra(checked, interface):
     wanted = {**interface.mass, **interface.absorbance}
     positions = list(map(interface.position_of, checked.spectra))
-    require(sorted(positions) == sorted(wanted), 'other spectra than the interface has')
+    require(sorted(positions) == sorted(wanted), 'spectra differ from those of the interface')
     times = [float(checked.times[name] or 'inf') for name in checked.spectra]  # spectra without a time come last
     order = list(zip(times, positions))
-    require(order == sorted(order), 'spectra that are not by time, function and scan')
+    require(order == sorted(order), 'spectra are not in order of time, function and scan')
     for position, arrays in zip(positions, checked.spectra.values()):
         x = MZ if position in interface.mass else WAVELENGTH
         require(set(arrays) == {x, INTENSITY}, f'{position} has {list(arrays)}')
@@ -198,8 +198,8 @@ def compare_with_pymzml(file, checked, interface):
         read.append(spectrum.element.get('id'))
         if spectrum['MS:1000804'] is None:  # an electromagnetic radiation spectrum
             masses, intensities = interface.mass[interface.position_of(read[-1])]
-            require(same(spectrum.mz, masses) and same(spectrum.i, intensities), f'pymzml reads another {read[-1]}')
-    require(read == list(checked.spectra), f'pymzml reads {len(read)} of {len(checked.spectra)} spectra, or others')
+            require(same(spectrum.mz, masses) and same(spectrum.i, intensities), f'pymzml reads a different {read[-1]}')
+    require(read == list(checked.spectra), f'pymzml reads {len(read)} of {len(checked.spectra)} spectra, or different ones')
 
 
 def compare_with_printed(zrml, source, interface):

@@ -169,7 +169,7 @@ def test_target_made_meanwhile(conversions):
     require(process.returncode == 5, f'status {process.returncode}')
     require(process.errors == f'zrml: {conversions.command[2]}: {process.target} exists; --force replaces it\n', process.errors)
     require(process.target.read_text() == 'of somebody else', 'it has been replaced')
-    require(names(process.folder) == [process.target.name], 'more is left')
+    require(names(process.folder) == [process.target.name], 'other files are left')
 
 
 def test_no_room(conversions):
@@ -179,7 +179,7 @@ def test_no_room(conversions):
     process = conversions.run('no-room', preexec_fn=limit)
     require(process.returncode == 5, f'status {process.returncode}')
     require(process.errors.count('\n') == 1 and 'File too large' in process.errors, process.errors)
-    require(names(process.folder) == [], 'something is left')
+    require(names(process.folder) == [], 'files are left')
 
 
 def test_few_descriptors(conversions):
@@ -189,7 +189,7 @@ def test_few_descriptors(conversions):
         process = conversions.run(f'descriptors-{limit}',
                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit)))
         if process.returncode == 0:
-            require(process.target.read_bytes() == conversions.reference, f'another file with {limit} descriptors')
+            require(process.target.read_bytes() == conversions.reference, f'a different file with {limit} descriptors')
             succeeded += 1
         elif process.returncode == 127:  # too few to load the program's libraries
             continue
@@ -217,7 +217,7 @@ def test_pipe_that_does_not_wait(conversions):
         with open(reader, 'rb') as pipe:
             received = pipe.read()
         require(process.wait() == 0, f'status {process.returncode}: {process.stderr.read().decode()}')
-    require(received == expected, 'the output is another one')
+    require(received == expected, 'the output differs')
 
 
 def test_source_changed_meanwhile(conversions, source):
@@ -311,7 +311,7 @@ def test_scan_past_the_end(conversions, source):
     problem = '_FUNC001.DAT ends before 2000 of 6000 scans do; the first is scan 4001'
     option = '(--damaged converts what there is)'
     require(process.errors == f'zrml: {damaged} is damaged: {problem} {option}\n', process.errors)
-    require(names(process.folder) == [], 'something is left')
+    require(names(process.folder) == [], 'files are left')
     process = conversions.run('damaged-anyway', '--damaged')
     require(process.returncode == 0 and names(process.folder) == ['damaged.mzML'], process.errors)
 
@@ -325,7 +325,7 @@ def test_failing_disk(conversions, failing_disk):
         process = conversions.run(f'disk-{form}', '--format', form, env=environment)
         require(process.returncode == 5, f'status {process.returncode}')
         require(process.errors == f'zrml: {source}: {problem}\n', process.errors)
-        require(names(process.folder) == [], 'something is left')
+        require(names(process.folder) == [], 'files are left')
     process = conversions.run('disk-damaged', '--damaged', env=environment)
     require(process.returncode == 0 and process.errors == '', process.errors)  # quiet
     require(b'name="_FUNC001.DAT"' not in process.target.read_bytes()[:10000], 'a checksum of a part')

@@ -177,7 +177,7 @@ class CheckedFile:
         self.times = {name: start_time(s) for name, s in parsed.items()}
         if left_out:
             for name in parsed:
-                require(self.spectra[name] == left_out.arrays[name], f'{name} is another one for the parser')
+                require(self.spectra[name] == left_out.arrays[name], f'{name} differs for the parser')
             self.spectra, self.times = left_out.arrays, left_out.times
         self.chromatogram_elements = {c.get('id'): c for c in run.iter(NAMESPACE + 'chromatogram')}
         self.chromatograms = {name: arrays_of(c) for name, c in self.chromatogram_elements.items()}
