@@ -375,7 +375,7 @@ struct LossCase {
   std::function<void(FakeData&)> lose;
   Options options;
   std::string refused;
-  std::string told;
+  std::string reported;
   std::string converted;  // a part of the output
 };
 
@@ -417,7 +417,7 @@ TEST_F(ConvertTest, LossesAreRefusedOrCounted) {
     Text out;
     const Result result = Convert(loss.options, out);
     ASSERT_EQ(result.losses.size(), 1U);
-    EXPECT_EQ(TextOf(result.losses[0]), loss.told);
+    EXPECT_EQ(TextOf(result.losses[0]), loss.reported);
     EXPECT_TRUE(out.isFinished);
     ExpectHas(out.text, loss.converted);
   }

@@ -17,17 +17,17 @@ TEST(Threads, SixteenObjectsReadTheSameFromOneDirectory) {
   const std::wstring path = directory.WidePath();
   plugin::CMLDataServerImpl alone;
   const Answers expected = ReadEverything(alone, path);
-  std::vector<int> alike(kThreads, 0);
+  std::vector<int> equal(kThreads, 0);
   std::vector<std::thread> threads;
   for (std::size_t i = 0; i < kThreads; ++i) {
     threads.emplace_back([&, i] {
       plugin::CMLDataServerImpl server;
       for (int reading = 0; reading < kReadings; ++reading)
-        alike[i] += ReadEverything(server, path) == expected;
+        equal[i] += ReadEverything(server, path) == expected;
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(alike, std::vector<int>(kThreads, kReadings));
+  EXPECT_EQ(equal, std::vector<int>(kThreads, kReadings));
 }
 
 }  // namespace
