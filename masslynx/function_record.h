@@ -30,7 +30,8 @@ struct ScanIndexEntry {
   std::uint64_t DataOffset() const { return std::uint64_t{dataOffsetHigh} << 32 | dataOffset; }
 };
 
-/// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root`, x is the square root of the mass.
+/// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root` it applies to the square root of the
+/// mass.
 struct CalibrationPolynomial {
   std::vector<double> coefficients;
   bool root = false;
