@@ -193,6 +193,27 @@ Seeds WithQuestions(Seeds seeds) {
 Seeds RawSources() { return WithQuestions(RawDirectories()); }
 Seeds ReportSources() { return WithQuestions(Reports()); }
 
+// Each kind of files behind calls of its own, which begin with the opening of it.
+Seeds LibraryCalls() {
+  Seeds calls;
+  const auto add = [&](std::uint8_t isReport, const Seeds& files) {
+    for (const auto& [name, bytes] : files) {
+      const FileBytes noise = Noise(60 + 4 * name.size());
+      calls[(isReport != 0 ? "report_" : "raw_") + name] =
+          ByteWriter()
+              .U8(isReport)
+              .U8(static_cast<std::uint8_t>(noise.size() + 1))
+              .U8(isReport)
+              .Append(noise)
+              .Append(bytes)
+              .Take();
+    }
+  };
+  add(0, RawDirectories());
+  add(1, Reports());
+  return calls;
+}
+
 // Operations on the containers are bytes that are valid in any order.
 Seeds Operations() { return {{"few", Noise(40)}, {"many", Noise(2000)}}; }
 
@@ -220,15 +241,11 @@ Seeds Sums() {
 }
 
 const std::map<std::string, std::function<Seeds()>> kMakers = {
-    {"header_text", HeaderTexts},
-    {"host_types", Operations},
-    {"raw_directory", RawDirectories},
-    {"raw_directory_source", RawSources},
-    {"report", Reports},
-    {"report_source", ReportSources},
-    {"scan_data", ScanDatas},
-    {"spectrum_container", Operations},
-    {"spectrum_sum", Sums},
+    {"header_text", HeaderTexts},         {"host_types", Operations},
+    {"library_calls", LibraryCalls},      {"raw_directory", RawDirectories},
+    {"raw_directory_source", RawSources}, {"report", Reports},
+    {"report_source", ReportSources},     {"scan_data", ScanDatas},
+    {"spectrum_container", Operations},   {"spectrum_sum", Sums},
 };
 
 }  // namespace
