@@ -1,5 +1,5 @@
-# Both examples print the same of the sample, a line for each function with scans in mass; of a path that leads nowhere they
-# print one line and end with the library's status.
+# Both examples print the same of the sample, a line for each function with scans in mass, and those of the documentation the
+# same m/z; of a path that leads nowhere they print one line and end with the library's status.
 set(sample examples-sample.raw)
 file(REMOVE_RECURSE ${sample})
 execute_process(COMMAND ${RUN} ${MAKE_SAMPLE} ${sample} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
@@ -18,6 +18,18 @@ foreach(example ${EXAMPLES})
     message(FATAL_ERROR "${example} prints another text than the first example:\n${output}")
   endif()
   set(first "${output}")
+endforeach()
+
+unset(first)
+foreach(example ${DOCUMENTED})
+  execute_process(COMMAND ${RUN} ${example} ${sample} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT output MATCHES "^[1-9][0-9]*\\.[0-9][0-9][0-9][0-9]\r?\n$" OR (DEFINED first AND NOT output STREQUAL first))
+    message(FATAL_ERROR "${example} prints no m/z, or another one than the example before it:\n${output}")
+  endif()
+  set(first "${output}")
+endforeach()
+
+foreach(example ${EXAMPLES} ${DOCUMENTED})
   execute_process(COMMAND ${RUN} ${example} nothing.raw RESULT_VARIABLE status ERROR_VARIABLE error OUTPUT_QUIET)
   if(NOT status EQUAL 3 OR NOT error MATCHES "^there is no file or folder nothing.raw\r?\n$")
     message(FATAL_ERROR "${example} ends with status ${status}:\n${error}")
