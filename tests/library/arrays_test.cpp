@@ -206,6 +206,13 @@ TEST_F(LibraryArrays, AbsorbanceAsAMatrix) {
   ASSERT_EQ(zrml_read_absorbance_matrix(even.Get(), 0, 1, wavelengths.data(), values.data(), &isMatrix),
             ZRML_OK);
   EXPECT_EQ(isMatrix, 0) << "of one wavelength it is none";
+  acquisition.functions[4].scans[1].data =
+      EncodePoints(NearestPoints<StoredPoint9>({{210, 1}, {211, 2}}));  // 211 in place of 210.5
+  const TempDirectory shifted = acquisition.Build();
+  const Opened other(shifted);
+  ASSERT_EQ(zrml_read_absorbance_matrix(other.Get(), 0, 2, wavelengths.data(), values.data(), &isMatrix),
+            ZRML_OK);
+  EXPECT_EQ(isMatrix, 0) << "as many, but another one";
 }
 
 TEST_F(LibraryArrays, RoomForArraysOfUnknownLength) {
