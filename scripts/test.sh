@@ -19,7 +19,7 @@ began=$EPOCHREALTIME
 stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" abigail-tools binutils clang-format clang-tidy locales
 
 check_format() {
-  find bench common convert fuzz include library masslynx openlynx plugin source spectrum tests tools -name '*.cpp' -o -name '*.h' -o -name '*.inc' |
+  find bench common convert examples fuzz include library masslynx openlynx plugin source spectrum tests tools -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' -o -name '*.inc' |
     xargs -n 40 -P "$(nproc)" clang-format --dry-run -Werror
 }
 stage format quietly format check_format

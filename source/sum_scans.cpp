@@ -87,7 +87,7 @@ ScanSum SumScans(Source& source, int sample, int function, int first, int end, P
     if (source.ScanAt(sample, function, i).isCentroided != isCentroided)
       throw Error(
           Status::kWrongArgument,
-          "scan " + std::to_string(i + 1) + " is not of the kind of the scans before it: centroid, profile");
+          "scan " + std::to_string(i + 1) + " is of another kind (peaks, or a profile) than those before it");
     source.ReadPoints(sample, function, i, scan.mz, scan.intensities);
     adder.Add(scan);
   }

@@ -244,11 +244,15 @@ class Trace {
   zrml_trace record_;
 };
 
+namespace detail {
+
 inline Sequence<Trace> TracesOf(const detail::Place& place) {
   return {place, detail::Count(*place.handle, [&](zrml_source* source, int* to) {
             return zrml_trace_count(source, place.sample, place.function, to);
           })};
 }
+
+}  // namespace detail
 
 /// A scan. Its points are read when they are first asked for, and kept.
 class Scan {
@@ -339,7 +343,7 @@ class Function {
   int size() const { return CountOf(&zrml_scan_count); }
   Scan operator[](int scan) const { return Scan(place_, scan); }
   int drift_bins() const { return CountOf(&zrml_drift_bin_count); }
-  Sequence<Trace> traces() const { return TracesOf(place_); }
+  Sequence<Trace> traces() const { return detail::TracesOf(place_); }
   /// The sample's items with the values of the function.
   std::vector<MetadataItem> metadata() const { return detail::Metadata(place_); }
 
@@ -474,7 +478,7 @@ class Sample {
   int number() const { return record_.number; }
   std::string_view name() const { return record_.name; }
   Sequence<Function> functions() const { return {place_, CountOf(&zrml_function_count)}; }
-  Sequence<Trace> traces() const { return TracesOf(place_); }
+  Sequence<Trace> traces() const { return detail::TracesOf(place_); }
   std::optional<Absorbance> absorbance() const {
     const int count = CountOf(&zrml_absorbance_count);
     return count >= 0 ? std::optional(Absorbance(place_, count)) : std::nullopt;
