@@ -28,6 +28,9 @@ AIMS = [  # the first prefix of the row's name counts
     ("source/ beside the slots: mass-range", 0.4),
     ("zrml scans", 3),
     ("Chromatograms of 100 ions", 2),
+    ("C library beside source/: all spectra", 1.02),
+    ("C library beside source/: 100 mass ranges", 1.05),
+    ("C library: table", 1.5),
     ("Peak memory", 1.1),
 ]
 
