@@ -237,9 +237,9 @@ int RawSource::ScanCount(int, int function) {
   return static_cast<int>(LoadedAt(PositionOf(function)).scanIndex.size());
 }
 
-Scan RawSource::ScanAt(int, int function, int scan) {
-  const FunctionRecord& record = LoadedAt(PositionOf(function));
-  const ScanIndexEntry& entry = EntryOf(record, scan);
+namespace {
+
+Scan Describe(const FunctionRecord& record, const ScanIndexEntry& entry, int scan) {
   Scan result;
   result.minutes = entry.retentionTime;
   const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
@@ -252,6 +252,21 @@ Scan RawSource::ScanAt(int, int function, int scan) {
   result.isPrecursorOfMethod = facts.isPrecursorOfMethod;
   result.scanValue = facts.value;
   return result;
+}
+
+}  // namespace
+
+Scan RawSource::ScanAt(int, int function, int scan) {
+  const FunctionRecord& record = LoadedAt(PositionOf(function));
+  return Describe(record, EntryOf(record, scan), scan);
+}
+
+void RawSource::ReadScans(int, int function, int first, std::span<Scan> scans) {
+  const FunctionRecord& record = LoadedAt(PositionOf(function));
+  for (Scan& scan : scans) {
+    scan = Describe(record, EntryOf(record, first), first);
+    ++first;
+  }
 }
 
 std::vector<double> RawSource::Minutes(int, int function) {

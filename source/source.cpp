@@ -76,6 +76,10 @@ std::unique_ptr<Source> Source::Open(const std::string& path) {
   throw Error(Status::kNotRecognised, path + " is neither a raw directory nor a report");
 }
 
+void Source::ReadScans(int sample, int function, int first, std::span<Scan> scans) {
+  for (Scan& scan : scans) scan = ScanAt(sample, function, first++);
+}
+
 PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<double>& mz,
                               std::vector<double>& intensities) {
   const std::size_t room = ScanAt(sample, function, scan).points;

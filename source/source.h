@@ -153,6 +153,8 @@ class Source {
   virtual int ScanCount(int sample, int function) = 0;
   /// Reads no points.
   virtual Scan ScanAt(int sample, int function, int scan) = 0;
+  /// The same of as many scans as there is room for, from `first` on.
+  virtual void ReadScans(int sample, int function, int first, std::span<Scan> scans);
   /// Of all scans; reads no points.
   virtual std::vector<double> Minutes(int sample, int function) = 0;
 

@@ -224,6 +224,31 @@ TEST_F(LibraryScans, TableOfAPart) {
   EXPECT_EQ(minutes, (Doubles{1, 1.5}));
 }
 
+// The table is filled piece by piece.
+TEST_F(LibraryScans, TableOfManyScans) {
+  constexpr int kScans = 150;
+  RawDirectoryBuilder acquisition;
+  acquisition.functions.resize(1);
+  for (int i = 0; i < kScans; ++i) {
+    acquisition.functions[0].scans.push_back(
+        ScanFrom<StoredPoint9>(static_cast<float>(i), {{100, static_cast<double>(1000 + i)}}));
+  }
+  const TempDirectory directory = acquisition.Build();
+  const Opened raw(directory);
+  for (const int first : {0, 3, 100}) {
+    Columns columns(kScans);
+    const zrml_scan_table table = columns.Table();
+    ASSERT_EQ(zrml_read_scan_table(raw.Get(), 0, 0, first, kScans - first, &table), ZRML_OK);
+    for (int i = first; i < kScans; ++i) {
+      const auto row = static_cast<std::size_t>(i - first);
+      EXPECT_EQ(columns.number[row], i + 1);
+      EXPECT_EQ(columns.minutes[row], i);
+      EXPECT_EQ(columns.totalIntensity[row], 1000 + i);
+      EXPECT_EQ(columns.points[row], 1u);
+    }
+  }
+}
+
 TEST_F(LibraryScans, TimesAloneAreThoseOfTheTable) {
   const Opened report(Report());
   Columns columns(3);
