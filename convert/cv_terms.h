@@ -39,6 +39,7 @@ inline constexpr CvTerm kNeutralGainSpectrum = {"MS:1000325", "constant neutral 
 inline constexpr CvTerm kSimSpectrum = {"MS:1000582", "SIM spectrum"};
 inline constexpr CvTerm kSrmSpectrum = {"MS:1000583", "SRM spectrum"};
 inline constexpr CvTerm kRadiationSpectrum = {"MS:1000804", "electromagnetic radiation spectrum"};
+inline constexpr CvTerm kRepresentation = {"MS:1000525", "spectrum representation"};
 inline constexpr CvTerm kCentroid = {"MS:1000127", "centroid spectrum"};
 inline constexpr CvTerm kProfile = {"MS:1000128", "profile spectrum"};
 inline constexpr CvTerm kMsLevel = {"MS:1000511", "ms level"};

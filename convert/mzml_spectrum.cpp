@@ -113,7 +113,8 @@ void AppendSummary(std::string& out, const Spectrum& spectrum) {
     AppendFiniteCvNumber(out, cv::kBasePeakMz, spectrum.positions[basePeak], &cv::kMzUnit);
     AppendFiniteCvNumber(out, cv::kBasePeakIntensity, largest, &cv::kDetectorCounts);
   }
-  AppendFiniteCvNumber(out, cv::kTotalIonCurrent, sum);
+  const bool isKnown = !spectrum.isLost || !spectrum.positions.empty();
+  if (isKnown) AppendFiniteCvNumber(out, cv::kTotalIonCurrent, sum);
 }
 
 class MzmlRenderer : public Renderer {
@@ -148,7 +149,7 @@ class MzmlRenderer : public Renderer {
     AppendCvParam(out, SpectrumType(function));
     AppendCvParam(out, cv::kMsLevel, std::to_string(MsLevelOf(function.info)));
     AppendPolarity(out, function.info.polarity);
-    AppendCvParam(out, spectrum.scan.isCentroided ? cv::kCentroid : cv::kProfile);
+    AppendCvParam(out, RepresentationOf(spectrum));
     AppendSummary(out, spectrum);
     AppendScan(out, function.info, entry.minutes, spectrum.scan.process);
     AppendPrecursor(out, spectrum.scan.precursorMz.value_or(0));
@@ -159,6 +160,13 @@ class MzmlRenderer : public Renderer {
     if (hasDrift)
       arrays_.Append(out, {cv::kOtherArray, nullptr, Precision::kExact, "drift bin"}, spectrum.bins);
     out += "</binaryDataArrayList>\n</spectrum>\n";
+  }
+
+  // Of a report's spectrum without points, profile is what the report does not say otherwise.
+  const CvTerm& RepresentationOf(const Spectrum& spectrum) const {
+    if (spectrum.scan.isCentroided) return cv::kCentroid;
+    const bool isReport = reader_.Plan().sourceFormat == source::Format::kReport;
+    return isReport && spectrum.positions.empty() ? cv::kRepresentation : cv::kProfile;
   }
 
   void AppendAbsorbance(std::string& out, std::size_t index, const RunEntry& entry) {

@@ -12,11 +12,12 @@ Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
   try {
     isCut = read(function, spectrum).lost > 0;
   } catch (const source::Error&) {
-    spectrum = {.scan = spectrum.scan};
+    spectrum = {.scan = spectrum.scan, .isLost = true};
     losses_.Add(function.isAbsorbance ? Loss::Kind::kAbsorbance : Loss::Kind::kScan, function.info.id,
                 entry.scan + 1);
   }
   if (isCut) {
+    spectrum.isLost = true;
     losses_.Add(function.isAbsorbance ? Loss::Kind::kAbsorbancePoints : Loss::Kind::kPoints, function.info.id,
                 entry.scan + 1);
   }

@@ -16,6 +16,7 @@ struct Spectrum {
   std::span<const double> positions = {};
   std::span<const double> intensities = {};
   std::span<const double> bins = {};  ///< with drift bins: of each point, from 1
+  bool isLost = false;                ///< some or all of its points
 };
 
 /// What cannot be read is empty, and points that the file lacks are left out, once the losses know of it.

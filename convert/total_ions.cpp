@@ -14,6 +14,7 @@ bool HasSurveys(const source::Function& function) {
 
 std::vector<double> InOrder(const std::vector<double>& values, const std::vector<std::size_t>& order) {
   std::vector<double> result;
+  result.reserve(order.size());
   for (const std::size_t position : order) result.push_back(values[position]);
   return result;
 }

@@ -111,6 +111,28 @@ TEST_F(ConvertTest, EmptySpectrumHasEmptyArraysAndNoBasePeak) {
   ExpectHas(output, "name=\"total ion current\" value=\"0\"");
 }
 
+TEST_F(ConvertTest, LostSpectrumHasNoTotal) {
+  Scan(0, 1).isUnreadable = true;
+  Options options = Of("1", "2");
+  options.isLossAllowed = true;
+  Text out;
+  Convert(options, out);
+  ExpectHas(out.text, "scan=2\" defaultArrayLength=\"0\"");
+  ExpectLacks(out.text, "name=\"total ion current\"");
+}
+
+// Nobody says whether it was a profile.
+TEST_F(ConvertTest, EmptySpectrumOfAReportIsOfNoKindUnlessTheReportSaysSo) {
+  const std::string unknown =
+      "<cvParam cvRef=\"MS\" accession=\"MS:1000525\" name=\"spectrum representation\"/>";
+  ExpectLacks(Converted(Of("1", "3")), unknown);
+  data_.format = source::Format::kReport;
+  ExpectHas(Converted(Of("1", "3")), unknown);
+  ExpectLacks(Converted(Of("1", "2")), unknown);
+  Scan(0, 2).isCentroided = true;
+  ExpectHas(Converted(Of("1", "3")), "name=\"centroid spectrum\"");
+}
+
 TEST_F(ConvertTest, NanIntensityIsNotTheBasePeak) {
   Scan(0, 1).points = {{100, 101, 102}, {std::numeric_limits<double>::quiet_NaN(), 3, 2}};
   ExpectHas(Converted(Of("1", "2")), "name=\"base peak m/z\" value=\"101\"");
