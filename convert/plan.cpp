@@ -35,13 +35,14 @@ bool IsFunctionWanted(const Function& function, const Selection& selection, Form
   return format != Format::kMgf && (selection.msLevels.IsAll() || !selection.functions.IsAll());
 }
 
-// `isAlone` without any scan of masses.
+// `isAlone` where no scan of masses is asked for. A range of functions is no question for absorbance.
 Absorbance UseOfAbsorbance(const Function& function, const Selection& selection, Format format,
                            bool isAlone) {
   if (!TakesAbsorbance(format)) return Absorbance::kNone;
   if (selection.hasAbsorbance) return Absorbance::kTaken;
   if (!selection.functions.Has(function.id) || !selection.msLevels.IsAll()) return Absorbance::kNone;
-  if (!selection.functions.IsAll()) return Absorbance::kTaken;
+  const std::vector<source::FunctionId> named = selection.functions.Named();
+  if (std::find(named.begin(), named.end(), function.id) != named.end()) return Absorbance::kTaken;
   return isAlone ? Absorbance::kTakenAlone : Absorbance::kLeftOut;
 }
 
@@ -49,12 +50,13 @@ bool IsTaken(Absorbance absorbance) {
   return absorbance == Absorbance::kTaken || absorbance == Absorbance::kTakenAlone;
 }
 
-// Of masses. A function whose scans the system does not let us count has some.
-bool HasScans(Source& source, int sample) {
+// Of masses, in functions that are wanted. Those that cannot be counted are there.
+bool HasWantedScans(Source& source, int sample, const Selection& selection, Format format) {
   const std::span<const Function> functions = source.Functions(sample);
   try {
     for (std::size_t i = 0; i < functions.size(); ++i) {
-      if (!IsAbsorbance(functions[i]) && source.ScanCount(sample, static_cast<int>(i)) > 0) return true;
+      const bool isWanted = !IsAbsorbance(functions[i]) && IsFunctionWanted(functions[i], selection, format);
+      if (isWanted && source.ScanCount(sample, static_cast<int>(i)) > 0) return true;
     }
   } catch (const source::Error&) {
     return true;
@@ -74,7 +76,7 @@ class Planner {
       if (!IsAbsorbance(functions[i])) AddFunction(functions[i], static_cast<int>(i));
     }
     ThrowIfCancelled(cancel_);
-    const bool isAlone = !hasFoundScans_;
+    const bool isAlone = !hasWantedScans_;
     for (std::size_t i = 0; i < functions.size(); ++i) {
       if (!IsAbsorbance(functions[i])) continue;
       const int position = static_cast<int>(i);
@@ -97,6 +99,7 @@ class Planner {
       function.channels = FindChannels(source_, plan_.sample, position, cancel_);
     const bool hasSpectra = function.channels.empty() || plan_.selection.hasMonitoredSpectra;
     const std::vector<double> minutes = source_.Minutes(plan_.sample, position);
+    hasWantedScans_ = hasWantedScans_ || !minutes.empty();
     for (std::size_t scan = 0; scan < minutes.size(); ++scan)
       AddScan(minutes[scan], static_cast<int>(scan), hasSpectra);
   }
@@ -138,6 +141,7 @@ class Planner {
   Format format_;
   const Cancel& cancel_;
   bool hasFoundScans_ = false;
+  bool hasWantedScans_ = false;  // of masses, in functions that are wanted
   bool hasTakenScans_ = false;
 };
 
@@ -209,7 +213,7 @@ FunctionKey KeyOf(const FindingSubject& subject) {
 
 ConvertedSubjects::ConvertedSubjects(Source& source, int sample, const Selection& selection, Format format)
     : sample_(sample + 1), selection_(selection), format_(format), hasUnlisted_(!IsOneFunction(source)) {
-  isAbsorbanceAlone_ = !HasScans(source, sample);
+  isAbsorbanceAlone_ = !HasWantedScans(source, sample, selection, format);
   for (const Function& function : source.Functions(sample)) {
     const bool isWanted = IsAbsorbance(function)
                               ? IsTaken(UseOfAbsorbance(function, selection, format, isAbsorbanceAlone_))

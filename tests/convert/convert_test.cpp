@@ -197,6 +197,8 @@ TEST_F(ConvertTest, AbsorbanceIsLeftOutUnlessAskedForOrAlone) {
             Found(Absorbance::kTaken, 25));
   EXPECT_EQ(convert({.functions = *FunctionSet::Parse("1")}), Found(Absorbance::kNone, 0));
   EXPECT_EQ(convert({.functions = *FunctionSet::Parse("1,3")}), Found(Absorbance::kTaken, 25));
+  EXPECT_EQ(convert({.functions = *FunctionSet::Parse("1-")}), Found(Absorbance::kLeftOut, 0));
+  EXPECT_EQ(convert({.functions = *FunctionSet::Parse("3-4")}), Found(Absorbance::kTakenAlone, 25));
   EXPECT_EQ(convert({.msLevels = *NumberSet::Parse("1")}), Found(Absorbance::kNone, 0));
   data_.functions = {data_.functions[2]};  // which has no scans
   EXPECT_EQ(convert({}), Found(Absorbance::kTakenAlone, 25));

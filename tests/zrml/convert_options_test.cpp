@@ -166,7 +166,7 @@ TEST_F(ConvertOptionsTest, AbsorbanceAloneIsWritten) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.output, Path("out") + "/detector.mzML\n");
   EXPECT_EQ(result.errors,
-            "zrml: " + path_ + ": there are no mass spectra, so its absorbance spectra are converted\n");
+            "zrml: " + path_ + ": there are no other spectra, so its absorbance spectra are converted\n");
   EXPECT_EQ(Count(Contents("out/detector.mzML"), "<spectrum "), 2U);
   EXPECT_EQ(Convert({"-o", Path("out"), "-q", "--force"}).errors, "");
 }

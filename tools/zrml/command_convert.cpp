@@ -173,7 +173,7 @@ class Batch {
 
   void ReportAbsorbance(convert::Absorbance absorbance, const std::string& name) const {
     if (request_.isQuiet || absorbance != convert::Absorbance::kTakenAlone) return;
-    PrintError(name + ": there are no mass spectra, so its absorbance spectra are converted");
+    PrintError(name + ": there are no other spectra, so its absorbance spectra are converted");
   }
 
   static void Describe(source::Source& source, const std::string& path, const convert::Result& result) {
