@@ -123,6 +123,18 @@ TEST_F(ConvertOptionsTest, WhatIsWholeAndNewerIsSkipped) {
   }
 }
 
+// The second one of a name is never taken for the first, however often the command is given.
+TEST_F(ConvertOptionsTest, SourcesOfOneNameAreNotSkippedForEachOther) {
+  const std::string twin = Make("more/run.raw");
+  for (int i = 0; i < 2; ++i) {
+    const ProcessResult result =
+        Run({"convert", path_, twin, "-o", Path("out"), "--function", "1", "--skip-existing"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(result.errors.starts_with("zrml: " + twin + " would replace " + Path("out") + "/run.mzML, "))
+        << result.errors;
+  }
+}
+
 TEST_F(ConvertOptionsTest, SkippedFileIsToldVerbosely) {
   const std::vector<std::string> arguments = {"-o", Path("out"), "--function", "1", "--skip-existing", "-v"};
   EXPECT_EQ(Convert(arguments).status, 0);

@@ -81,20 +81,21 @@ class Batch {
   // Until there is a target nothing needs to be cleaned up, and the system itself ends the program.
   void ConvertSample(convert::SourceInUse& source, int sample) {
     if (IsInterrupted()) throw source::Cancelled();  // when the one before was all but done
-    if (request_.isKept && IsDone(source.First(), sample)) return;
+    const std::string path =
+        request_.isToStandardOutput ? std::string() : TargetPath(request_, source.First(), sample);
+    if (!path.empty() && IsDone(source.First(), path)) return;
     damage_.Look(source.First(), sample, NameOf(source.First(), sample));
     RequireFunctions(source.First(), sample);
-    if (request_.isToStandardOutput) {
+    if (path.empty()) {
       const InterruptionWatch watch;
       StandardOutput target;
       Convert(source, sample, "standard output", target);
-      return;
+    } else {
+      ConvertToFile(source, sample, path);
     }
-    const std::string path = TargetPath(request_, source.First(), sample);
-    if (made_.Has(path)) {
-      throw Failure(ExitStatus::kUnreadable, source.First().Path() + " would replace " + path +
-                                                 ", already written from another source");
-    }
+  }
+
+  void ConvertToFile(convert::SourceInUse& source, int sample, const std::string& path) {
     RefuseUnlessFile(path);
     RefuseSourceAsTarget(path, request_.paths);
     const InterruptionWatch watch;
@@ -104,16 +105,23 @@ class Batch {
     if (!request_.isQuiet && !isPrintingOver_) PrintPath(path);
   }
 
-  // Whether it has become what it would become now.
-  bool IsDone(source::Source& source, int sample) const {
-    if (request_.isToStandardOutput) return false;
-    const std::string path = TargetPath(request_, source, sample);
+  // Whether the source has become already what it would become, and that is kept. Two sources of one name are
+  // not taken for each other.
+  bool IsDone(source::Source& source, const std::string& path) {
+    if (made_.Has(path)) {
+      throw Failure(ExitStatus::kUnreadable,
+                    source.Path() + " would replace " + path + ", already written from another source");
+    }
+    if (!request_.isKept) return false;
     const bool isDone = IsCurrent(path, request_, source.Path());
-    if (isDone && request_.isVerbose) PrintError(source.Path() + " -> " + path + ": is there already");
-    if (!isDone && !request_.isForced && platform::IsThere(platform::FromUtf8Path(path)))
+    if (!isDone && !request_.isForced && platform::IsThere(platform::FromUtf8Path(path))) {
       throw Failure(ExitStatus::kUnreadable,
                     path + " is older than its source, or not whole; --force replaces it");
-    return isDone;
+    }
+    if (!isDone) return false;
+    made_.Add(path);
+    if (request_.isVerbose) PrintError(source.Path() + " -> " + path + ": is there already");
+    return true;
   }
 
   // Names of functions of which there is none are a mistake, as they are elsewhere.
