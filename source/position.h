@@ -1,4 +1,4 @@
-// What both formats do alike: positions that callers ask for, room for points, dates.
+// What both formats share: positions that callers ask for, room for points, dates.
 #pragma once
 
 #include <cstdint>

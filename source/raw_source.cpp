@@ -159,7 +159,7 @@ void RawSource::List(std::size_t position) {
   function.file = platform::ToUtf8Path(directory_.DataFileName(position));
 }
 
-// Functions of one name are told apart by their numbers, also from those that are lost or were not chosen: a
+// Functions of one name get their numbers behind it, also where the others are lost or were not chosen: a
 // name is the same whatever else is read.
 void RawSource::NameFunctions() {
   std::map<std::string, int> counts;

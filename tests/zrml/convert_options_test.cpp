@@ -135,7 +135,7 @@ TEST_F(ConvertOptionsTest, SourcesOfOneNameAreNotSkippedForEachOther) {
   }
 }
 
-TEST_F(ConvertOptionsTest, SkippedFileIsToldVerbosely) {
+TEST_F(ConvertOptionsTest, SkippedFileIsReportedVerbosely) {
   const std::vector<std::string> arguments = {"-o", Path("out"), "--function", "1", "--skip-existing", "-v"};
   EXPECT_EQ(Convert(arguments).status, 0);
   const ProcessResult again = Convert(arguments);

@@ -204,7 +204,7 @@ TEST_F(ReportTest, ChromatogramOfASampleIsItsTotal) {
                 path_ + ", sample 3 has no MS function of level 1; --function chooses one of no functions");
 }
 
-TEST_F(ReportTest, TotalThatNoKeyTellsIsNotMadeUp) {
+TEST_F(ReportTest, TotalThatIsInNoKeyIsNotMadeUp) {
   const auto spectrum = [](const char* time) {
     return SpectrumBlock(Keys({{"Time", time}, {"BPI", "200"}}), {{100, 50}});
   };
