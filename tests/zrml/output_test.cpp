@@ -35,6 +35,10 @@ TEST_F(OutputTest, LargeSpectrumIsWhole) {
   EXPECT_EQ(std::count(output.begin() + static_cast<std::ptrdiff_t>(points), output.end(), '\n'), 100000);
 }
 
+TEST_F(OutputTest, JsonHasAllDigits) {
+  EXPECT_NE(RunLarge({"--json"}).output.find("\"masses\": [100, 100.0078125, "), std::string::npos);
+}
+
 TEST_F(OutputTest, ReaderThatLeavesEndsTheProgramQuietly) {
   setup_.outputTo = OutputTo::kClosedPipe;
   for (const ProcessResult& result :
