@@ -90,6 +90,22 @@ bool HasLoneCr(std::string_view line) {
   return cr != std::string_view::npos && line.find_first_not_of("\r\n", cr) != std::string_view::npos;
 }
 
+// Two numbers of digits, as nearly all lines of a list are: quick to see.
+bool IsPlainPoint(std::string_view line) {
+  const char* at = line.data();
+  const char* const end = at + line.size();
+  const auto takeNumber = [&] {
+    const char* const begin = at;
+    while (at != end && (IsDigit(*at) || *at == '.')) ++at;
+    return at != begin && IsDigit(*begin);
+  };
+  if (!takeNumber() || at == end || (*at != '\t' && *at != ' ')) return false;
+  ++at;
+  if (!takeNumber()) return false;
+  while (at != end && (*at == '\r' || *at == '\n')) ++at;
+  return at == end;
+}
+
 const Marker* MarkerOf(std::string_view line) {
   const auto marker = std::find_if(kMarkers.begin(), kMarkers.end(),
                                    [&](const Marker& each) { return line.starts_with(each.text); });
@@ -151,6 +167,7 @@ class FaultSearch {
   std::size_t& CountOf(Block block) { return counts_[static_cast<std::size_t>(block)]; }
 
   void LookAt(std::string_view line) {
+    if (isInList_ && IsPlainPoint(line)) return;
     const Marker* const pending = std::exchange(pending_, nullptr);
     if (pending != nullptr) Begin(*pending, line);
     if (HasLoneCr(line)) Add(FindingCode::kLineEnds, number_);
