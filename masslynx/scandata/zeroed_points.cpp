@@ -98,9 +98,11 @@ class TailSearch {
     const std::uint64_t whole = size / unit * unit;
     const std::uint64_t end = whole + (size - whole >= BytesOfMeaning(room.layout) ? unit : 0);
     const std::uint64_t behind = whole + (size > whole ? unit : 0);  // what the zeros cut into proves nothing
-    if (HasOwnMasses(room.layout)) return behind < BytesIn(room) ? room.offset + end : kNowhere;
+    const bool isProven = begin_ != kNowhere;
+    if (HasOwnMasses(room.layout))
+      return (isProven ? end : behind) < BytesIn(room) ? room.offset + end : kNowhere;
     const double total = EntryOf(broken.scan).totalIntensity;
-    const double least = begin_ == kNowhere ? total * kHalf : total * (1 - kSameTotal);
+    const double least = isProven ? total * (1 - kSameTotal) : total * kHalf;
     return total > 0 && SumOf(broken) < least ? room.offset + end : kNowhere;
   }
 
