@@ -57,7 +57,7 @@ void Attempt(Ask ask) {
 // A failing disk gives bytes that are not read by whoever looks at the source in passing.
 void ReadFiles(const source::Source& source, CheckResult& result) {
   const convert::SourceFiles files = convert::ListSourceFiles(source.Path(), source.GetFormat(),
-                                                              convert::Checksums::kLeftOut, 1, IsInterrupted);
+                                                              convert::Checksums::kLeftOut, 1, {});
   if (files.isForbidden) {
     PrintError(source.Path() + ": " + *files.error + ", so only files that are known by name are looked at");
   } else if (files.error) {
@@ -126,7 +126,6 @@ class CheckCommand : public SourceCommand {
   }
 
   void Run(Output& out) override {
-    const InterruptionWatch watch;
     try {
       const CheckResult result = Check();
       WantsJson() ? PrintJson(result, out) : PrintText(result, out);
@@ -145,16 +144,21 @@ class CheckCommand : public SourceCommand {
       const std::unique_ptr<source::Source> source = OpenSource(Path());
       Attempt([&] { AddAll(source->Findings(), result); });
       Attempt([&] { Count(*source, result); });
-      ProgressBar bar(IsErrorTerminal(), Path());
-      const auto progress = [&](std::uint64_t done, std::uint64_t all) { bar.Update(done, all); };
-      AddAll(source::LookAtPoints(*source, IsInterrupted, progress).List(), result);
-      bar.Clear();
+      LookAtPoints(*source, result);
       ReadFiles(*source, result);
     } catch (const Failure& failure) {
       if (failure.status != ExitStatus::kDamaged) throw;  // damage alone is a finding
       AddUnreadable({}, WithoutPrefix(failure.message, Path() + " is damaged: "), result);
     }
     return result;
+  }
+
+  // The bar is gone before an interruption ends the program.
+  static void LookAtPoints(source::Source& source, CheckResult& result) {
+    const InterruptionWatch watch;
+    ProgressBar bar(IsErrorTerminal(), source.Path());
+    const auto progress = [&](std::uint64_t done, std::uint64_t all) { bar.Update(done, all); };
+    AddAll(source::LookAtPoints(source, IsInterrupted, progress).List(), result);
   }
 
   // Unless there is nothing to be said of the source.

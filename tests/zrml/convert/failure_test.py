@@ -139,6 +139,25 @@ def test_interrupted_on_a_slow_disk(conversions, slow_disk):
     require(max(answers) <= 6, f'reads after the signal: {answers}')  # three threads, each reading and beginning one more
 
 
+def test_check_interrupted(zrml, source, slow_disk, log):
+    """At a terminal it shows how far it is, and leaves an empty line."""
+    terminal, end = os.openpty()
+    environment = {**os.environ, 'LD_PRELOAD': slow_disk, 'ZRML_DISK_LOG': str(log)}
+    log.touch()
+    process = subprocess.Popen([zrml, 'check', source], stderr=end, stdout=subprocess.PIPE, env=environment)
+    os.close(end)
+    shown = b''
+    while b'%' not in shown:
+        require(process.poll() is None, f'it has ended with {process.returncode}')
+        shown += os.read(terminal, 4096)
+    process.send_signal(signal.SIGINT)
+    output = process.communicate()[0]
+    require(process.returncode == -signal.SIGINT and output == b'', f'SIGINT ended it with {process.returncode}')
+    shown += os.read(terminal, 4096)
+    os.close(terminal)
+    require(pathlib.Path(source).name.encode() in shown and shown.endswith(b'\r'), f'it has shown {shown}')
+
+
 def is_blocked(process):
     """Whether it has written and now waits for its reader: it has a single thread, which sleeps."""
     waiting = fcntl.ioctl(process.stdout, termios.FIONREAD, b'\0' * 4)
@@ -348,6 +367,7 @@ def main(zrml, long_source, source, work, failing_disk, slow_disk, sample):
     test_few_descriptors(conversions)
     test_pipe_that_does_not_wait(conversions)
     test_failing_disk(conversions, failing_disk)
+    test_check_interrupted(zrml, sample, slow_disk, work / 'check.log')
     test_interrupted_on_a_slow_disk(Conversions(zrml, sample, work / 'sample'), slow_disk)
     test_source_changed_meanwhile(conversions, source)
     test_file_that_may_not_be_read(zrml, source)
