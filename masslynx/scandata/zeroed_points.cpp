@@ -1,6 +1,7 @@
 #include "masslynx/scandata/zeroed_points.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <numeric>
 #include <vector>
@@ -140,6 +141,16 @@ class TailSearch {
 
 namespace {
 
+// Whether the file begins with zeros, too, and no total says that there was more: then nothing can be proved,
+// and the file may be large.
+bool IsBlank(const File& data, const FunctionRecord& function) {
+  std::array<std::byte, 512> front{};
+  data.ReadAt(0, front);
+  return std::all_of(front.begin(), front.end(), [](std::byte byte) { return byte == std::byte{0}; }) &&
+         std::none_of(function.scanIndex.begin(), function.scanIndex.end(),
+                      [](const ScanIndexEntry& scan) { return scan.totalIntensity > 0; });
+}
+
 // Whether the last byte that says something of a mass is zero in any of the points, as it is in few sound
 // ones: quick to see, and mostly all that is needed.
 bool MayHaveZeros(Bytes bytes, std::size_t size, std::size_t meaning) {
@@ -152,7 +163,7 @@ bool MayHaveZeros(Bytes bytes, std::size_t size, std::size_t meaning) {
 }  // namespace
 
 std::optional<ZeroTail> FindZeroTail(const File& data, const FunctionRecord& function) {
-  if (function.hasMobilityData) return std::nullopt;
+  if (function.hasMobilityData || IsBlank(data, function)) return std::nullopt;
   const std::uint64_t begin = BeginOfZeros(data);
   if (begin >= data.Size()) return std::nullopt;
   return TailSearch(data, function, begin).Run();
