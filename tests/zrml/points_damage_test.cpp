@@ -113,8 +113,8 @@ TEST_F(PointsDamageTest, OfAnotherFunctionIsNoHindrance) {
   EXPECT_EQ(Convert(directory, {"--function", "9"}).status, 7);
 }
 
-// Told of, and refused for those who want it so; the file that was begun is removed.
-TEST_F(PointsDamageTest, SuspectPointsAreTold) {
+// Reported, or refused with --strict; the file that was begun is removed.
+TEST_F(PointsDamageTest, SuspectPointsAreReported) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[0].scans[1].index.totalIntensity = 32;  // of 16
   const TempDirectory directory = raw.Build();
