@@ -56,8 +56,8 @@ void Attempt(Ask ask) {
 
 // A failing disk gives bytes that are not read by whoever looks at the source in passing.
 void ReadFiles(const source::Source& source, CheckResult& result) {
-  const convert::SourceFiles files = convert::ListSourceFiles(source.Path(), source.GetFormat(),
-                                                              convert::Checksums::kLeftOut, 1, {});
+  const convert::SourceFiles files =
+      convert::ListSourceFiles(source.Path(), source.GetFormat(), convert::Checksums::kLeftOut, 1, {});
   if (files.isForbidden) {
     PrintError(source.Path() + ": " + *files.error + ", so only files that are known by name are looked at");
   } else if (files.error) {
