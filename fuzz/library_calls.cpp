@@ -79,7 +79,7 @@ class Caller {
   }
 
   static void CheckLine(std::string_view text) {
-    Check(!text.empty(), "a failure is told");
+    Check(!text.empty(), "a failure has a reason");
     Check(std::none_of(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; }), "in one line");
   }
 
@@ -284,7 +284,7 @@ class Caller {
     Room y(x.Size());
     std::size_t again = 0;
     if (IsDone(read(x.Get(), y.Get(), x.Size(), &again)))
-      Check(again == count && (x.Size() == 0 || count <= x.Size()), "the length is the one that was told");
+      Check(again == count && (x.Size() == 0 || count <= x.Size()), "the length is the same both times");
   }
 
   // Sums of hostile profiles are long lists: one is enough.

@@ -14,8 +14,8 @@ constexpr const char* kNoMemory = "out of memory";  // short enough for a string
 
 bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
-// `status`, with one line whatever names `text` has in it.
-zrml_status Told(zrml_status status, const char* text, std::string& message) noexcept {
+// Gives `status`; `message` becomes one line, whatever names `text` has in it.
+zrml_status WithMessage(zrml_status status, const char* text, std::string& message) noexcept {
   try {
     message = text;
   } catch (...) {
@@ -47,17 +47,17 @@ zrml_status StatusOfException(std::string& message) noexcept {
   try {
     throw;
   } catch (const source::Error& error) {
-    return Told(static_cast<zrml_status>(error.GetStatus()), error.what(), message);
+    return WithMessage(static_cast<zrml_status>(error.GetStatus()), error.what(), message);
   } catch (const source::Cancelled&) {
-    return Told(ZRML_CANCELLED, "cancelled", message);
+    return WithMessage(ZRML_CANCELLED, "cancelled", message);
   } catch (const std::bad_alloc&) {
-    return Told(ZRML_NO_MEMORY, kNoMemory, message);
+    return WithMessage(ZRML_NO_MEMORY, kNoMemory, message);
   } catch (const std::length_error&) {  // more than a list can have
-    return Told(ZRML_NO_MEMORY, kNoMemory, message);
+    return WithMessage(ZRML_NO_MEMORY, kNoMemory, message);
   } catch (const std::exception& error) {
-    return Told(ZRML_UNREADABLE, error.what(), message);
+    return WithMessage(ZRML_UNREADABLE, error.what(), message);
   } catch (...) {
-    return Told(ZRML_UNREADABLE, "unknown failure", message);
+    return WithMessage(ZRML_UNREADABLE, "unknown failure", message);
   }
 }
 

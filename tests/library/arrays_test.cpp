@@ -224,7 +224,7 @@ TEST_F(LibraryArrays, RoomForArraysOfUnknownLength) {
     return zrml_read_trace(raw.Get(), 0, ZRML_OF_SAMPLE, 0, x.data(), y.data(), room, &count);
   };
   EXPECT_EQ(read(1), ZRML_WRONG_ARGUMENT);
-  EXPECT_EQ(count, 2u) << "which is told all the same";
+  EXPECT_EQ(count, 2u) << "which is set all the same";
   EXPECT_EQ(x, (Doubles{-1, -1, -1}));
   EXPECT_EQ(read(3), ZRML_OK);
   EXPECT_EQ(x, (Doubles{0.5, 1, -1}));

@@ -23,10 +23,10 @@ class LibraryMemory : public testing::Test {
 };
 
 // The memory of the test itself may fail, too: then nothing was asked.
-TEST_F(LibraryMemory, EveryAllocationThatFailsIsTold) {
+TEST_F(LibraryMemory, EveryAllocationThatFailsGivesItsStatus) {
   for (const std::string& path : paths_) {
     const std::string expected = AskEverything(path).text;
-    int told = 0;
+    int failures = 0;
     for (int count = 0;; ++count) {
       SCOPED_TRACE(testing::Message() << path << ", allocation " << count);
       Answers answers;
@@ -35,7 +35,7 @@ TEST_F(LibraryMemory, EveryAllocationThatFailsIsTold) {
         const FailingAllocation failing(count);
         try {
           answers = AskEverything(path);
-          told += answers.status == ZRML_NO_MEMORY;
+          failures += answers.status == ZRML_NO_MEMORY;
         } catch (const std::bad_alloc&) {
           answers.status = ZRML_NO_MEMORY;
         }
@@ -47,7 +47,7 @@ TEST_F(LibraryMemory, EveryAllocationThatFailsIsTold) {
         ASSERT_EQ(answers.text, expected);
       }
     }
-    EXPECT_GT(told, 100);
+    EXPECT_GT(failures, 100);
     EXPECT_EQ(AskEverything(path).text, expected);
   }
 }
@@ -55,14 +55,14 @@ TEST_F(LibraryMemory, EveryAllocationThatFailsIsTold) {
 TEST_F(LibraryMemory, MessageOfNoMemoryNeedsNone) {
   const Opened opened(raw_);
   int count = 0;
-  int told = 0;
+  int failures = 0;
   for (int allocation = 0;; ++allocation) {
     const FailingAllocation failing(allocation);
     const zrml_status status = zrml_metadata_count(opened.Get(), 0, ZRML_OF_SAMPLE, &count);
     if (!failing.HasFailed()) break;
-    told += status == ZRML_NO_MEMORY && std::string(zrml_message(opened.Get())) == "out of memory";
+    failures += status == ZRML_NO_MEMORY && std::string(zrml_message(opened.Get())) == "out of memory";
   }
-  EXPECT_GT(told, 0);
+  EXPECT_GT(failures, 0);
   EXPECT_GT(count, 0);
 }
 
