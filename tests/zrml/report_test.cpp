@@ -109,8 +109,8 @@ TEST_F(ReportTest, InfoAsJsonHasNoText) {
   const json function = info["samples"][0]["functions"][1];
   EXPECT_EQ(function["kindCode"], 32);
   EXPECT_EQ(function["metadata"], json::parse(R"({
-    "ProviderName": "ZROpenLynxRptProvider", "OperatorName": "someone", "SampleName": "",
-    "AnalysisDateTime": "1-Jan-2026T9:00", "InstrumentDescription": ""
+    "ProviderName": "ZROpenLynxRptProvider", "OperatorName": "someone", "SampleName": null,
+    "AnalysisDateTime": "1-Jan-2026T9:00", "InstrumentDescription": null
   })"));
   EXPECT_EQ(info["samples"][1]["traces"],
             json::parse(R"([{"number": 1, "name": "Pressure"}, {"number": 2, "name": "Temperature"}])"));
