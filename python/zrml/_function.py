@@ -1,0 +1,314 @@
+"""Functions: series of scans with one setting of the instrument."""
+
+from __future__ import annotations
+
+from collections.abc import Iterator, Sequence
+from ctypes import byref
+from functools import cached_property
+from typing import TYPE_CHECKING, Any, SupportsIndex, overload
+
+import numpy as np
+
+from ._arrays import floats, integers, room_for, room_for_integers, rows
+from ._chromatogram import Chromatogram, Trace, traces_of
+from ._library import SUM, MetadataRecord, ScanTable, library
+from ._position import bound, items
+from ._scan import Scan, Spectrum
+from ._show import counted, frame, html_table, shortened
+
+if TYPE_CHECKING:
+    import numpy.typing as npt
+    import pandas
+
+    from ._arrays import AnyArray, FloatArray
+    from ._handle import Handle
+
+_DEFAULT_PPM = 10.0
+_SCANS_AT_ONCE = 1024  # whose numbers of points are read ahead of them
+
+
+def metadata_of(handle: Handle, sample: int, function: int) -> dict[str, str]:
+    """Items with a value; each key is there once."""
+    found = handle.all_described(
+        MetadataRecord, library.zrml_metadata_count, library.zrml_get_metadata, sample, function
+    )
+    return {item["key"]: item["value"] for item in found if item["value"] is not None}
+
+
+def _require_tolerance(value: float, name: str) -> float:
+    value = float(value)
+    if not 0 <= value < float("inf"):
+        raise ValueError(f"{name} is {value}: a tolerance is a number from 0 up")
+    return value
+
+
+def _width(ppm: float | None, da: float | None, default_ppm: float) -> tuple[float, bool]:
+    """A tolerance, and whether it is in parts per million."""
+    if ppm is not None and da is not None:
+        raise ValueError("ppm and da are both given: one of them is enough")
+    if da is not None:
+        return _require_tolerance(da, "da"), False
+    return _require_tolerance(default_ppm if ppm is None else ppm, "ppm"), True
+
+
+def _masses(mz: Any) -> npt.NDArray[np.float64]:
+    """One m/z or several, as they were given but for their type."""
+    given = np.asarray(mz)
+    if given.dtype.kind not in "iuf":
+        raise TypeError(f"m/z is a number or a sequence of numbers, not {type(mz).__name__}")
+    if given.ndim > 1:
+        raise ValueError("m/z is a number or a sequence of numbers, not an array of more dimensions")
+    masses = given.astype(np.float64)
+    if not np.all((masses > 0) & np.isfinite(masses)):
+        raise ValueError("m/z is a finite number above 0")
+    return masses
+
+
+class Function(Sequence[Scan]):
+    """A sequence of scans: `len(function)`, `function[i]`, `function[-1]`, slices and iteration give Scan.
+
+    number: the number of its files, from 1; of processed data, that of the function it goes back to.
+    process: the process number of processed data; None of acquired data.
+    id: how people name it: "4", "p2" of process 2, "p2.2" of the second one with that number.
+    name: display name, as its files have it.
+    file: name of its data file; None in a report.
+    kind: "MS", "MS/MS", "ion monitoring", "absorbance" or "other".
+    ms_level: 1, or 2 and more of fragment spectra.
+    scan_type: "precursor", "product", "neutral loss", "neutral gain" or None.
+    polarity: "positive", "negative" or None where no file tells it.
+    is_lock_mass: whether it is a reference function, by its name.
+    mass_range: (low, high) in m/z, set in the acquisition method; None where no file tells it.
+    """
+
+    def __init__(self, handle: Handle, sample: int, position: int, members: dict[str, Any]) -> None:
+        self._handle = handle
+        self._place = (sample, position)
+        self.number: int = members["number"]
+        self.process: int | None = members["process"] or None
+        self.id: str = members["id"]
+        self.name: str = members["name"]
+        self.file: str | None = members["file"] or None
+        self.kind: str = members["kind_name"]
+        self.ms_level: int = members["ms_level"]
+        self.scan_type: str | None = members["scan_type_name"] or None
+        self.polarity: str | None = members["polarity_name"] or None
+        self.is_lock_mass = bool(members["is_lock_mass"])
+        low, high = members["mass_low"], members["mass_high"]
+        self.mass_range: tuple[float, float] | None = None if low != low else (low, high)
+
+    @cached_property
+    def _length(self) -> int:
+        return self._handle.count(library.zrml_scan_count, *self._place)
+
+    def __len__(self) -> int:
+        return self._length
+
+    def __bool__(self) -> bool:
+        return True  # a function without scans is a function all the same
+
+    def _scan(self, position: int) -> Scan:
+        return Scan(self, position)
+
+    @overload
+    def __getitem__(self, at: SupportsIndex) -> Scan: ...
+    @overload
+    def __getitem__(self, at: slice) -> list[Scan]: ...
+    def __getitem__(self, at: SupportsIndex | slice) -> Scan | list[Scan]:
+        """A scan, or a list of those of a slice. IndexError where there is none. Reads nothing yet."""
+        return items(self._scan, at, self._length, "scan")
+
+    def __iter__(self) -> Iterator[Scan]:
+        for first in range(0, self._length, _SCANS_AT_ONCE):
+            rooms = self._rooms(first, min(_SCANS_AT_ONCE, self._length - first))
+            for position, room in enumerate(rooms, first):
+                yield Scan(self, position, room)
+
+    def _rooms(self, first: int, count: int) -> list[int]:
+        """How many points each scan may have."""
+        points = room_for_integers(count)
+        table = ScanTable()
+        table.points = points
+        self._read_table(table, first, count)
+        rooms: list[int] = integers(points).tolist()
+        return rooms
+
+    def _read_table(self, table: ScanTable, first: int, count: int) -> None:
+        self._handle.call(library.zrml_read_scan_table, *self._place, first, count, byref(table))
+
+    @cached_property
+    def is_centroided(self) -> bool | None:
+        """Whether the points of the first scan are peaks, not samples of a profile; None without scans."""
+        return self[0].is_centroided if self._length else None
+
+    @cached_property
+    def drift_bins(self) -> int:
+        """Drift bins of each scan; 0 without mobility data or where the maker's library is not installed."""
+        return self._handle.count(library.zrml_drift_bin_count, *self._place)
+
+    @property
+    def traces(self) -> tuple[Trace, ...]:
+        """The function's own traces, which reports have."""
+        return traces_of(self._handle, *self._place)
+
+    @property
+    def metadata(self) -> dict[str, str]:
+        """The sample's items with the values that this function has of its own."""
+        return metadata_of(self._handle, *self._place)
+
+    @property
+    def times(self) -> FloatArray:
+        """When each scan was taken, in minutes: float64, shape (scans,); NaN where no file tells it."""
+        return self._handle.series(library.zrml_read_minutes, *self._place, length=self._length)
+
+    def table(self, points: bool = False) -> dict[str, AnyArray]:
+        """One entry a scan in each array, all of shape (scans,).
+
+        number: int32, from 1
+        minutes: float64
+        points: int32, at most so many; with `points=True` as many as were read
+        tic: float64, the total intensity as it is stored
+        base_peak_mz, base_peak_intensity: float64, of the first of the most intense points
+        precursor_mz: float64
+        scan_value: float64, the scan's additional value
+
+        All of it is from index and statistics, and NaN where these do not tell it, which of base_peak_mz is
+        always so. `points=True` reads the points of every scan for what only they tell: long work.
+        """
+        count = self._length
+        numbers = {name: room_for_integers(count) for name in ("number", "points")}
+        values = {
+            name: room_for(count)
+            for name in ("minutes", "tic", "base_peak_mz", "base_peak_intensity", "precursor_mz", "scan_value")
+        }
+        wanted = ScanTable()
+        for name, memory in {**numbers, **values}.items():
+            setattr(wanted, "total_intensity" if name == "tic" else name, memory)
+        wanted.reads_points = bool(points)
+        self._read_table(wanted, 0, count)
+        return {
+            "number": integers(numbers["number"]),
+            "minutes": floats(values["minutes"], count),
+            "points": integers(numbers["points"]),
+            **{name: floats(memory, count) for name, memory in values.items() if name != "minutes"},
+        }
+
+    def to_frame(self, points: bool = False) -> pandas.DataFrame:
+        """table() as a pandas DataFrame with a row for each scan."""
+        return frame(self.table(points))
+
+    def tic(self) -> Chromatogram:
+        """The total ion chromatogram: the total intensity of each scan as it is stored."""
+        return self._stored("TIC", library.zrml_read_total_ions)
+
+    def bpc(self) -> Chromatogram:
+        """The base peak chromatogram: the largest intensity of each scan. Long work but in a report, which has
+        it stored."""
+        return self._stored("BPC", library.zrml_read_base_peaks)
+
+    def _stored(self, name: str, entry: Any) -> Chromatogram:
+        return Chromatogram(name, self.times, self._handle.series(entry, *self._place, length=self._length))
+
+    @overload
+    def xic(self, mz: float, ppm: float | None = None, da: float | None = None) -> Chromatogram: ...
+    @overload
+    def xic(
+        self, mz: Sequence[float] | AnyArray, ppm: float | None = None, da: float | None = None
+    ) -> list[Chromatogram]: ...
+    def xic(self, mz: Any, ppm: float | None = None, da: float | None = None) -> Chromatogram | list[Chromatogram]:
+        """Extracted ion chromatograms: the summed intensity within `mz` ± a tolerance, both ends included.
+
+        mz: one m/z, which gives a Chromatogram, or a sequence of them, which gives a list; all are read in one
+            pass over the scans, which is long work.
+        ppm: the tolerance on either side in parts per million; 10 where neither is given.
+        da: the tolerance on either side in m/z.
+
+        The intensity of a scan is 0 without points in the range, and NaN when all its points are lost.
+        ValueError for m/z that are not above 0, for negative tolerances, and when both are given.
+        """
+        masses = _masses(mz)
+        width, is_ppm = _width(ppm, da, _DEFAULT_PPM)
+        tolerance = masses * width / 1e6 if is_ppm else np.full_like(masses, width)
+        ranges = np.column_stack((masses - tolerance, masses + tolerance)).tobytes()
+        count, scans = masses.size, self._length
+        values = room_for(count * scans)
+        minutes = self.times
+        self._handle.call(
+            library.zrml_read_mass_ranges, *self._place, ranges, count, SUM, values, count * scans
+        )
+        unit = "ppm" if is_ppm else "Da"
+        found = [
+            Chromatogram(f"m/z {mass:.10g} ± {width:g} {unit}", minutes, row)
+            for mass, row in zip(masses.flat, rows(values, count, scans))
+        ]
+        return found if masses.ndim else found[0]
+
+    def sum(
+        self,
+        start: SupportsIndex | None = None,
+        stop: SupportsIndex | None = None,
+        *,
+        minutes: tuple[float, float] | None = None,
+        ppm: float | None = None,
+        da: float | None = None,
+    ) -> Spectrum:
+        """The scans from position `start` up to, not including, `stop`, added up in their order.
+
+        start, stop: negative ones count from the end; all scans without them.
+        minutes: in place of positions, the scans from the first time to the second, both included.
+        ppm, da: how far apart peaks may be, on either side of the stronger one and in parts per million or
+            m/z, that become one; without them only those of one m/z do. Profiles are added on the grid of the
+            first one.
+
+        Long work. IndexError for positions that are not there; ValueError when there is no scan to add up, when
+        the scans within `minutes` do not follow each other, and when some are profiles and others are not.
+        """
+        first, end = self._positions(start, stop) if minutes is None else self._within(minutes, start, stop)
+        if first >= end:
+            raise ValueError("there is no scan to add up")
+        width, is_ppm = _width(ppm, da, 0.0)
+        # The library counts the width on both sides together.
+        return Spectrum(
+            *self._handle.arrays(library.zrml_read_sum, *self._place, first, end, 2 * width, int(is_ppm))
+        )
+
+    def _positions(self, start: SupportsIndex | None, stop: SupportsIndex | None) -> tuple[int, int]:
+        length = self._length
+        first = 0 if start is None else bound(start, length, "scan")
+        return first, length if stop is None else bound(stop, length, "scan")
+
+    def _within(
+        self, minutes: tuple[float, float], start: SupportsIndex | None, stop: SupportsIndex | None
+    ) -> tuple[int, int]:
+        if start is not None or stop is not None:
+            raise ValueError("positions and minutes are both given: one of them is enough")
+        low, high = minutes
+        times = self.times
+        found = np.flatnonzero((times >= low) & (times <= high))
+        if not found.size:
+            return 0, 0
+        first, end = int(found[0]), int(found[-1]) + 1
+        if end - first != found.size:
+            raise ValueError("the scans of that time do not follow each other")
+        return first, end
+
+    def _summary(self) -> str:
+        words = [self.kind, self.polarity]
+        if not self._handle.is_closed:
+            words.append(counted(self._length, "scan"))
+        return ", ".join(word for word in words if word)
+
+    def __repr__(self) -> str:
+        return f"<zrml.Function {self.id} {shortened(self.name)!r}: {self._summary()}>"
+
+    def _repr_html_(self) -> str:
+        low, high = self.mass_range or (None, None)
+        rows = [
+            ("kind", self.kind),
+            ("MS level", self.ms_level),
+            ("scan type", self.scan_type),
+            ("polarity", self.polarity),
+            ("mass range", f"{low} to {high}" if self.mass_range else None),
+            ("scans", len(self)),
+            ("drift bins", self.drift_bins),
+        ]
+        return html_table(f"function {self.id}: {self.name}", ("", "value"), rows)

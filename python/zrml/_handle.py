@@ -1,0 +1,177 @@
+"""An open source of the library: its lock, its end, what its statuses raise, and Ctrl-C during long work."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import threading
+from collections.abc import Callable, Generator
+from ctypes import byref, c_int, c_size_t, c_void_p
+from typing import TYPE_CHECKING, Any, TypeVar
+
+from ._arrays import floats, room_for
+from ._errors import OK, exception_of
+from ._library import Progress, Record, library
+
+if TYPE_CHECKING:
+    from ._arrays import FloatArray
+
+RecordType = TypeVar("RecordType", bound=Record)
+Entry = Callable[..., int]  # a function of the library that gives a status
+
+_read_points = library.zrml_read_points
+
+
+def text_of(value: bytes) -> str:
+    """The library's text is UTF-8; what is no character becomes U+FFFD."""
+    return value.decode("utf-8", "replace")
+
+
+def _watch(caught: list[BaseException]) -> Generator[int, int, None]:
+    """Asked during long work: 1 ends it, once an exception such as KeyboardInterrupt has been raised.
+
+    A generator, since the interpreter looks for signals when a function begins, outside of any `try` of that
+    function; a generator goes on within its `try`.
+    """
+    while True:
+        try:
+            while True:
+                yield 1 if caught else 0
+        except GeneratorExit:
+            return
+        except BaseException as error:  # no exception may leave a function that C calls
+            caught.append(error)
+
+
+class Handle:
+    """An open source. One thread at a time is in the library with it; the others wait."""
+
+    def __init__(self, path: bytes) -> None:
+        self._pointer: int | None = None
+        self._lock = threading.RLock()
+        self._is_working = False
+        self._count = c_size_t()
+        self._lost = c_size_t()
+        self._count_at = byref(self._count)
+        self._lost_at = byref(self._lost)
+        self._caught: list[BaseException] = []
+        watch = _watch(self._caught)
+        next(watch)
+        self._progress = Progress(watch.send)
+        pointer = c_void_p()
+        status = library.zrml_open(path, byref(pointer))
+        if status != OK:
+            raise self._opening_failed(path, status)
+        self._pointer = pointer.value
+        self.call(library.zrml_set_progress, self._progress, None)
+
+    @staticmethod
+    def _opening_failed(path: bytes, status: int) -> Exception:
+        error = exception_of(status, text_of(library.zrml_open_message()))
+        if isinstance(error, OSError):
+            error.filename = os.fsdecode(path)
+        return error
+
+    def __del__(self, close: Callable[[int], None] = library.zrml_close) -> None:
+        pointer = getattr(self, "_pointer", None)
+        if pointer is not None:
+            close(pointer)
+
+    def close(self) -> None:
+        """Waits for a thread that reads. Again: does nothing."""
+        with self._lock:
+            if self._pointer is None:
+                return
+            self._require_idle()
+            pointer, self._pointer = self._pointer, None
+            library.zrml_close(pointer)
+
+    @property
+    def is_closed(self) -> bool:
+        return self._pointer is None
+
+    def require_open(self) -> None:
+        """Raises ValueError when the source is closed, as files do."""
+        if self._pointer is None:
+            raise ValueError("the source is closed")
+
+    def _require_idle(self) -> None:
+        # In the thread that is at work, only what a signal or the collection of garbage has called gets here.
+        if self._is_working:
+            raise RuntimeError("the source is in the middle of work for the same thread")
+
+    def _exception(self, status: int) -> Exception:
+        return exception_of(status, text_of(library.zrml_message(self._pointer)))
+
+    def call(self, entry: Entry, *arguments: Any) -> None:
+        """A function of the library with this source; raises what its status means."""
+        with self._lock:
+            self.require_open()
+            self._require_idle()
+            try:
+                self._is_working = True
+                status = entry(self._pointer, *arguments)
+            finally:
+                self._is_working = False
+            if self._caught:
+                raise self._caught.pop()
+            if status != OK:
+                raise self._exception(status)
+
+    def count(self, entry: Entry, *place: int) -> int:
+        """The number that a function of the library gives."""
+        number = c_int()
+        self.call(entry, *place, byref(number))
+        return number.value
+
+    def record(self, kind: type[RecordType], entry: Entry, *place: int) -> RecordType:
+        """A record without texts."""
+        record = kind()
+        self.call(entry, *place, byref(record))
+        return record
+
+    def described(self, kind: type[Record], entry: Entry, *place: int) -> dict[str, Any]:
+        """The members of a record. Its texts are read before another thread can close the source."""
+        with self._lock:
+            record = self.record(kind, entry, *place)
+            members = {name: getattr(record, name) for name, *_ in kind._fields_}
+        return {name: text_of(value) if isinstance(value, bytes) else value for name, value in members.items()}
+
+    def all_described(self, kind: type[Record], count: Entry, entry: Entry, *place: int) -> list[dict[str, Any]]:
+        """The members of every record at a place."""
+        with self._lock:
+            return [self.described(kind, entry, *place, i) for i in range(self.count(count, *place))]
+
+    def points(self, sample: int, function: int, scan: int, room: int) -> tuple[FloatArray, FloatArray, int]:
+        """The points of a scan, at most `room`, and how many are lost. This is what loops over scans spend
+        their time on, so it is call() and arrays() written out."""
+        mz = bytes(8 * room)
+        intensity = bytes(8 * room)
+        with self._lock:
+            if self._pointer is None or self._is_working:
+                self.require_open()
+                self._require_idle()
+            status = _read_points(
+                self._pointer, sample, function, scan, mz, intensity, room, self._count_at, self._lost_at
+            )
+            if status:
+                raise self._exception(status)
+            count = self._count.value
+            lost = self._lost.value
+        return floats(mz, count), floats(intensity, count), lost
+
+    def arrays(self, entry: Entry, *arguments: Any, behind: tuple[Any, ...] = ()) -> tuple[FloatArray, FloatArray]:
+        """Two arrays whose length shows only when they are read; `behind` are arguments after the count."""
+        count = c_size_t()
+        with self._lock:
+            self.call(entry, *arguments, None, None, 0, byref(count), *behind)
+            room = count.value
+            x, y = room_for(room), room_for(room)
+            self.call(entry, *arguments, x, y, room, byref(count), *behind)
+        return floats(x, room), floats(y, room)
+
+    def series(self, entry: Entry, *place: int, length: int) -> FloatArray:
+        """One value for each of `length` scans."""
+        values = room_for(length)
+        self.call(entry, *place, values, length)
+        return floats(values, length)

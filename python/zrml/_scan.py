@@ -1,0 +1,154 @@
+"""Spectra: points of m/z and intensity."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, SupportsIndex
+
+from ._library import ScanRecord, library
+from ._position import resolved
+from ._show import counted, frame, html_table, span
+
+if TYPE_CHECKING:
+    import pandas
+
+    from ._arrays import FloatArray
+    from ._function import Function
+
+
+class Spectrum:
+    """Points in ascending m/z. Both arrays have one shape, (points,), and cannot be made writable."""
+
+    __slots__ = ("_points",)
+    _points: tuple[FloatArray, FloatArray, int] | None
+
+    def __init__(self, mz: FloatArray, intensity: FloatArray) -> None:
+        self._points = (mz, intensity, 0)
+
+    def _read(self) -> tuple[FloatArray, FloatArray, int]:
+        assert self._points is not None
+        return self._points
+
+    @property
+    def mz(self) -> FloatArray:
+        """m/z of each point, ascending: float64, shape (points,)."""
+        return (self._points or self._read())[0]
+
+    @property
+    def intensity(self) -> FloatArray:
+        """Intensity of each point, in the file's own counts: float64, shape (points,)."""
+        return (self._points or self._read())[1]
+
+    def to_frame(self) -> pandas.DataFrame:
+        """The points as a pandas DataFrame with the columns `mz` and `intensity`."""
+        return frame({"mz": self.mz, "intensity": self.intensity})
+
+    def __repr__(self) -> str:
+        return f"<zrml.Spectrum: {counted(len(self.mz), 'point')}{span(self.mz, 'm/z')}>"
+
+
+class Scan(Spectrum):
+    """One scan of a function: `function[i]`.
+
+    Its points are read when they are first asked for, and kept as long as the scan itself. Numbers that no file
+    tells are NaN. Reading raises DamagedError or UnreadableError when the points cannot be read at all, and
+    ValueError when the source is closed.
+    """
+
+    __slots__ = ("_function", "_position", "_room", "_record")
+
+    def __init__(self, function: Function, position: int, room: int | None = None) -> None:
+        self._function = function
+        self._position = position
+        self._room = room
+        self._record: ScanRecord | None = None
+        self._points = None
+
+    def _read(self) -> tuple[FloatArray, FloatArray, int]:
+        room = self._room
+        function = self._function
+        if room is None:
+            room = self._described().points
+        self._points = points = function._handle.points(*function._place, self._position, room)
+        return points
+
+    def _described(self) -> ScanRecord:
+        if self._record is None:
+            function = self._function
+            self._record = function._handle.record(
+                ScanRecord, library.zrml_get_scan, *function._place, self._position
+            )
+        return self._record
+
+    @property
+    def number(self) -> int:
+        """The file's own number, from 1."""
+        return int(self._described().number)
+
+    @property
+    def minutes(self) -> float:
+        """When the scan begins, in minutes of the run."""
+        return float(self._described().minutes)
+
+    @property
+    def end_minutes(self) -> float:
+        """When the scan ends, in minutes of the run."""
+        return float(self._described().end_minutes)
+
+    @property
+    def is_centroided(self) -> bool:
+        """Whether points are peaks, not samples of a profile."""
+        return bool(self._described().is_centroided)
+
+    @property
+    def precursor_mz(self) -> float:
+        """m/z of the precursor; NaN of functions without precursors."""
+        return float(self._described().precursor_mz)
+
+    @property
+    def scan_value(self) -> float:
+        """The scan's additional value, such as a cone voltage."""
+        return float(self._described().scan_value)
+
+    @property
+    def lost(self) -> int:
+        """How many points the index declares that the file does not hold."""
+        return (self._points or self._read())[2]
+
+    def drift_bin(self, b: SupportsIndex) -> Spectrum:
+        """The points of drift bin `b`, from 0 up to `function.drift_bins`; negative ones count from the last.
+
+        IndexError where there is no such bin, and always without mobility data.
+        """
+        function = self._function
+        bin_position = resolved(b, function.drift_bins, "drift bin")
+        return Spectrum(
+            *function._handle.arrays(library.zrml_read_drift_bin, *function._place, self._position, bin_position)
+        )
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Scan):
+            return NotImplemented
+        return self._function is other._function and self._position == other._position
+
+    def __hash__(self) -> int:
+        return hash((id(self._function), self._position))
+
+    def __repr__(self) -> str:
+        place = f"scan {self._position + 1} of function {self._function.id}"
+        if self._function._handle.is_closed:
+            return f"<zrml.Scan: {place} of a closed source>"
+        record = self._described()
+        points = f"at most {counted(record.points, 'point')}"
+        if self._points is not None:
+            points = counted(len(self.mz), "point") + span(self.mz, "m/z")
+        return f"<zrml.Scan: {place}, {record.minutes:.6g} min, {points}>"
+
+    def _repr_html_(self) -> str:
+        rows = [
+            ("minutes", f"{self.minutes:.6g} to {self.end_minutes:.6g}"),
+            ("points", len(self.mz)),
+            ("m/z", span(self.mz, "")[2:]),
+            ("precursor m/z", self.precursor_mz),
+            ("scan value", self.scan_value),
+        ]
+        return html_table(f"scan {self.number} of function {self._function.id}", ("", "value"), rows)
