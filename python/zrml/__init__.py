@@ -18,15 +18,15 @@ A position that is not there raises IndexError, a wrong value ValueError, and wh
 zrml.Error. `to_frame()` gives pandas; nothing else needs it.
 """
 
+from . import _library
 from ._absorbance import Absorbance, AbsorbanceScan
 from ._chromatogram import Chromatogram, Trace
 from ._errors import DamagedError, Error, NotFoundError, NotRecognisedError, UnreadableError
 from ._function import Function
-from ._library import library as _library
 from ._scan import Scan, Spectrum
 from ._source import Finding, Sample, Source, open
 
-__version__: str = _library.zrml_version().decode()
+__version__: str = _library.library.zrml_version().decode()
 
 __all__ = [
     "Absorbance",

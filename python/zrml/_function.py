@@ -156,6 +156,12 @@ class Function(Sequence[Scan]):
         return metadata_of(self._handle, *self._place)
 
     @property
+    def text(self) -> str | None:
+        """A report's text of the function, as it stands; None of a raw directory, and of a text that is longer
+        than 10,000,000 characters."""
+        return self._handle.text(library.zrml_function_text, *self._place)
+
+    @property
     def times(self) -> FloatArray:
         """When each scan was taken, in minutes: float64, shape (scans,); NaN where no file tells it."""
         return self._handle.series(library.zrml_read_minutes, *self._place, length=self._length)

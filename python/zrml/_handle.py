@@ -142,6 +142,13 @@ class Handle:
         with self._lock:
             return [self.described(kind, entry, *place, i) for i in range(self.count(count, *place))]
 
+    def text(self, entry: Entry, *place: int) -> str | None:
+        """A text that the library gives with its length, or None."""
+        start, length = c_void_p(), c_size_t()
+        with self._lock:
+            self.call(entry, *place, byref(start), byref(length))
+            return text_of(ctypes.string_at(start, length.value)) if start.value else None
+
     def points(self, sample: int, function: int, scan: int, room: int) -> tuple[FloatArray, FloatArray, int]:
         """The points of a scan, at most `room`, and how many are lost. This is what loops over scans spend
         their time on, so it is call() and arrays() written out."""

@@ -127,6 +127,7 @@ _FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "zrml_get_sample": (_STATUS, _SOURCE, c_int, POINTER(SampleRecord)),
     "zrml_function_count": (_STATUS, _SOURCE, c_int, POINTER(c_int)),
     "zrml_get_function": (_STATUS, _SOURCE, c_int, c_int, POINTER(FunctionRecord)),
+    "zrml_function_text": (_STATUS, _SOURCE, c_int, c_int, POINTER(c_void_p), _COUNT),
     "zrml_scan_count": (_STATUS, _SOURCE, c_int, c_int, POINTER(c_int)),
     "zrml_get_scan": (_STATUS, _SOURCE, c_int, c_int, c_int, POINTER(ScanRecord)),
     "zrml_read_scan_table": (_STATUS, _SOURCE, c_int, c_int, c_int, c_int, POINTER(ScanTable)),

@@ -6,7 +6,7 @@ from typing import TYPE_CHECKING, SupportsIndex
 
 from ._library import ScanRecord, library
 from ._position import resolved
-from ._show import counted, frame, html_table, span
+from ._show import between, counted, frame, html_table, span
 
 if TYPE_CHECKING:
     import pandas
@@ -147,7 +147,7 @@ class Scan(Spectrum):
         rows = [
             ("minutes", f"{self.minutes:.6g} to {self.end_minutes:.6g}"),
             ("points", len(self.mz)),
-            ("m/z", span(self.mz, "")[2:]),
+            ("m/z", between(self.mz)),
             ("precursor m/z", self.precursor_mz),
             ("scan value", self.scan_value),
         ]

@@ -29,9 +29,14 @@ def shortened(text: str) -> str:
     return text if len(text) <= MOST_CHARACTERS else text[:MOST_CHARACTERS] + "…"
 
 
+def between(values: Sequence[float] | Any) -> str:
+    """ "0.5 to 9.5" of ascending values, nothing without any."""
+    return f"{values[0]:.6g} to {values[-1]:.6g}" if len(values) else ""
+
+
 def span(values: Sequence[float] | Any, unit: str) -> str:
-    """ "0.5 to 9.5 min" of ascending values, nothing without any."""
-    return f", {values[0]:.6g} to {values[-1]:.6g} {unit}" if len(values) else ""
+    """The same with its unit, as more words of a sentence."""
+    return f", {between(values)} {unit}" if len(values) else ""
 
 
 def html_table(caption: str, head: Sequence[str], rows: Sequence[Iterable[object]]) -> str:

@@ -32,16 +32,24 @@ FunctionFiles Function(unsigned type, const std::vector<ScanFiles>& scans) {
 }
 
 // Function 1, labelled "<b>A&B</b>", peaks: 1 min: (100, 1), (200, 2)   2 min: (100, 4), (200.03125, 8)
-//   1.5 min, which is before: (300, 16), then a profile at 3 min: (100, 32)
+//   and a profile at 3 min: (100, 32)
 // Function 2 is absorbance: 0.5 min: (210, 1), (220, 2)   1.5 min: (210, 3), (220, 4)
 RawDirectoryBuilder Odd() {
   RawDirectoryBuilder raw;
   raw.functions = {
       Function(kTofMs, {Peaks(1, {{100, 1}, {200, 2}}), Peaks(2, {{100, 4}, {200.03125, 8}}),
-                        Peaks(1.5F, {{300, 16}}), Scan(3, CentroidState::kProfile, {{100, 32}})}),
+                        Scan(3, CentroidState::kProfile, {{100, 32}})}),
       Function(kAbsorbance, {Peaks(0.5F, {{210, 1}, {220, 2}}), Peaks(1.5F, {{210, 3}, {220, 4}})})};
   raw.labels = {CreatorLine("4.1"), FunctionHeading(1, "<b>A&B</b>")};
   return raw;
+}
+
+// Its scans are at 2, 1 and 3 minutes, with one point of m/z 100 each.
+ReportLines Unordered() {
+  ReportLines scans;
+  for (const char* const time : {"2", "1", "3"})
+    scans = scans + SpectrumBlock(Keys({{"Time", time}, {"BPI", "1"}, {"Continuum", "FALSE"}}), {{100, 100}});
+  return SampleBlock(FunctionBlock(Keys({{"Type", "MS"}}) + scans));
 }
 
 // The data of the small acquisition's first function end after its first point.
@@ -58,6 +66,7 @@ void Make(const std::filesystem::path& folder) {
   Odd().WriteTo(folder / "odd.raw");
   WriteCut(folder / "cut.raw");
   WriteFileBytes(folder / "vials.rpt", TextToBytes(ReportText(test::Vials())));
+  WriteFileBytes(folder / "unordered.rpt", TextToBytes(ReportText(Unordered())));
 }
 
 }  // namespace

@@ -1,0 +1,227 @@
+"""Every number equals what the command line prints, to the bit: of all data layouts, kinds of functions and reports."""
+
+import math
+import unittest
+
+import support
+import zrml
+
+NAMES = ("small.raw", "odd.raw", "cut.raw", "all.raw", "run.raw", "vials.rpt", "unordered.rpt", "report.rpt")
+MOST_SCANS = 8  # of a function whose scans are compared one by one
+MOST_BINS = 3
+
+
+def some(count, most=MOST_SCANS):
+    """Positions from the first to the last, evenly apart."""
+    return range(count) if count <= most else sorted({i * (count - 1) // (most - 1) for i in range(most)})
+
+
+def decimal(number):
+    """As --range takes it: no exponent, and the same double."""
+    text = f"{number:.17f}"
+    assert float(text) == number, number
+    return text
+
+
+class Numbers(support.TestCase):
+    def each(self):
+        for name in NAMES:
+            with zrml.open(support.path(name)) as source:
+                yield support.path(name), source
+
+    def each_function(self):
+        """Every function with the options that the command line has for it."""
+        for path, source in self.each():
+            for sample in source.samples:
+                for function in sample.functions:
+                    yield path, ("--function", function.id, "--sample", sample.number), function
+
+    def test_info(self):
+        for path, source in self.each():
+            told = support.zrml_json("info", path)
+            self.assertEqual(source.path, told["source"])
+            self.assertEqual(source.format == "report", told["report"])
+            self.assertEqual(len(source.samples), len(told["samples"]))
+            for sample, sample_told in zip(source.samples, told["samples"]):
+                self.compare_sample(sample, sample_told)
+
+    def compare_sample(self, sample, told):
+        self.assertEqual((sample.number, sample.name), (told["number"], told["name"]))
+        self.assertEqual([(trace.number, trace.name) for trace in sample.traces], self.names(told["traces"]))
+        scans = None if sample.absorbance is None else len(sample.absorbance.scans)
+        self.assertEqual(scans, told["absorbanceScans"])
+        self.assertEqual(len(sample.functions), len(told["functions"]))
+        for function, function_told in zip(sample.functions, told["functions"]):
+            self.compare_function(function, function_told)
+        if not sample.functions:
+            self.assertEqual(sample.metadata, self.with_values(told["metadata"]))
+
+    @staticmethod
+    def names(told):
+        return [(item["number"], item["name"]) for item in told]
+
+    @staticmethod
+    def with_values(told):
+        return {key: value for key, value in told.items() if value is not None}
+
+    def compare_function(self, function, told):
+        self.assertEqual(function.id, str(told["number"]))
+        self.assertEqual(function.process is None, isinstance(told["number"], int))
+        self.assertEqual(function.name, told["name"])
+        self.assertEqual(function.file, told["file"])
+        self.assertEqual(function.kind, told["kind"])
+        self.assertEqual(function.ms_level, told["msLevel"])
+        self.assertEqual(function.scan_type or "none", told["scanType"])
+        self.assertEqual(function.polarity or "unknown", told["polarity"])
+        self.assertEqual(len(function), told["scans"])
+        self.assertEqual(function.is_centroided, told["centroided"])
+        self.assertEqual(function.drift_bins, told["driftBins"] or 0)
+        self.assertEqual(function.mass_range, told["massRange"] and tuple(told["massRange"]))
+        times = [time for time in function.times if not math.isnan(time)]
+        self.assertEqual([min(times), max(times)] if times else None, told["minutes"])
+        self.assertEqual([(trace.number, trace.name) for trace in function.traces], self.names(told["traces"]))
+        told_metadata = self.with_values(told["metadata"])
+        self.assertEqual(function.text, told_metadata.pop("CompleteFunctionBlock", None))
+        self.assertEqual(function.metadata, told_metadata)
+
+    def test_scans(self):
+        compared = 0
+        for path, place, function in self.each_function():
+            table = function.table()
+            for i in some(len(function)):
+
+                def read():
+                    scan = function[i]
+                    scan.mz
+                    return scan
+
+                found = self.both(read, "spectrum", path, *place, "--scan", i + 1)
+                if found:
+                    self.compare_scan(*found)
+                    self.compare_row(table, i, found[1])
+                    compared += 1
+        self.assertGreater(compared, 200)
+
+    def compare_scan(self, scan, told):
+        self.assert_same(scan.mz, told["masses"])
+        self.assert_same(scan.intensity, told["intensities"])
+        self.assertEqual(scan.number, told["scan"])
+        self.assert_same(
+            [scan.minutes, scan.end_minutes, scan.precursor_mz, scan.scan_value],
+            [told["startMinutes"], told["endMinutes"], told["precursorMz"], told["scanValue"]],
+        )
+        self.assertEqual(scan.is_centroided, told["centroided"])
+        self.assertEqual(scan.lost, told["lostPoints"] or 0)
+
+    def compare_row(self, table, row, told):
+        self.assertEqual(table["number"][row], told["scan"])
+        self.assertGreaterEqual(table["points"][row], told["points"])
+        self.assert_same(
+            [table[name][row] for name in ("minutes", "precursor_mz", "scan_value")],
+            [told["startMinutes"], told["precursorMz"], told["scanValue"]],
+        )
+
+    def test_table_of_points(self):
+        compared = 0
+        for path, place, function in self.each_function():
+            try:
+                table = function.table(points=True)
+            except zrml.Error as error:
+                with self.assertRaisesRegex(zrml.Error, f"^{error}$"):
+                    [scan.mz for scan in function]
+                continue
+            for i in some(len(function), 4):
+                told = support.zrml_json("spectrum", path, *place, "--scan", i + 1)
+                self.assertEqual(table["points"][i], told["points"])
+                self.assert_same([table["base_peak_mz"][i]], [told["basePeakMz"]])
+                intensity = 0 if told["points"] == 0 and not told["lostPoints"] else told["basePeakIntensity"]
+                self.assert_same([table["base_peak_intensity"][i]], [intensity])
+                compared += 1
+        self.assertGreater(compared, 100)
+
+    def test_iteration(self):
+        for _, _, function in self.each_function():
+            for i, scan in enumerate(function):
+                try:
+                    expected = function[i].mz, function[i].intensity
+                except zrml.Error as error:
+                    self.assertRaises(type(error), lambda: scan.mz)
+                    continue
+                self.assertEqual(scan.mz.tobytes(), expected[0].tobytes())
+                self.assertEqual(scan.intensity.tobytes(), expected[1].tobytes())
+
+    def compare_chromatogram(self, read, path, place, *options):
+        found = self.both(read, "chromatogram", path, *place, *options)
+        if found:
+            chromatogram, told = found
+            self.assert_same(chromatogram.minutes, told["times"], options)
+            self.assert_same(chromatogram.intensity, told["intensities"], options)
+
+    def test_chromatograms(self):
+        for path, place, function in self.each_function():
+            self.compare_chromatogram(function.tic, path, place, "--tic")
+            self.compare_chromatogram(function.bpc, path, place, "--bpc")
+            self.assert_same(function.table()["tic"], function.tic().intensity)
+
+    def test_ions(self):
+        masses = [100.0, 151.0753, 300.0625, 445.12, 556.2771]
+        for path, place, function in self.each_function():
+            for width, half in (({"da": 0.5}, [0.5] * 5), ({"ppm": 20}, [mass * 20 / 1e6 for mass in masses])):
+                for i, by in enumerate(half):
+                    limits = f"{decimal(masses[i] - by)}-{decimal(masses[i] + by)}"
+                    self.compare_chromatogram(
+                        lambda: function.xic(masses, **width)[i], path, place, "--range", limits
+                    )
+
+    def test_traces(self):
+        compared = 0
+        for path, source in self.each():
+            for sample in source.samples:
+                owners = [((), sample)] + [(("--function", f.id), f) for f in sample.functions]
+                for place, owner in owners:
+                    for trace in owner.traces:
+                        options = (*place, "--sample", sample.number, "--trace", trace.number)
+                        told = support.zrml_json("chromatogram", path, *options)
+                        self.assertEqual(trace.name, told["traceName"])
+                        self.assert_same(trace.times, told["times"])
+                        self.assert_same(trace.intensity, told["intensities"])
+                        compared += 1
+        self.assertGreater(compared, 10)
+
+    def test_absorbance(self):
+        compared = 0
+        for path, source in self.each():
+            scans = () if source.absorbance is None else source.absorbance.scans
+            for i in some(len(scans)):
+                found = self.both(lambda: scans[i].values, "spectrum", path, "--absorbance", "--scan", i + 1)
+                if found:
+                    self.compare_absorbance(source.absorbance, i, found[1])
+                    compared += 1
+        self.assertGreater(compared, 10)
+
+    def compare_absorbance(self, absorbance, i, told):
+        scan = absorbance.scans[i]
+        self.assertEqual(scan.number, told["scan"])
+        self.assert_same([scan.minutes, absorbance.minutes[i]], [told["startMinutes"]] * 2)
+        self.assert_same(scan.wavelengths, told["wavelengths"])
+        self.assert_same(scan.values, told["absorbances"])
+        if absorbance.values is not None:
+            self.assert_same(absorbance.wavelengths, told["wavelengths"])
+            self.assert_same(absorbance.values[i], told["absorbances"])
+
+    def test_drift_bins(self):
+        compared = 0
+        for path, place, function in self.each_function():
+            for scan in some(len(function) if function.drift_bins else 0, 3):
+                for b in some(function.drift_bins, MOST_BINS):
+                    options = ("--scan", scan + 1, "--bin", b + 1)
+                    found = self.both(lambda: function[scan].drift_bin(b), "spectrum", path, *place, *options)
+                    if found:
+                        self.assert_same(found[0].mz, found[1]["masses"])
+                        self.assert_same(found[0].intensity, found[1]["intensities"])
+                        compared += 1
+        self.assertGreater(compared, 6)
+
+
+if __name__ == "__main__":
+    unittest.main()
