@@ -16,9 +16,9 @@ if TYPE_CHECKING:
     FloatArray = npt.NDArray[np.float64]
     AnyArray = npt.NDArray[Any]
 
-_FLOAT = np.dtype(np.float64)
+FLOAT = np.dtype(np.float64)
 _INTEGER = np.dtype(np.int32)
-_EMPTY: FloatArray = np.frombuffer(bytes(_FLOAT.itemsize), _FLOAT)[:0]
+_EMPTY: FloatArray = np.frombuffer(bytes(FLOAT.itemsize), FLOAT)[:0]
 _EMPTY_INTEGERS: AnyArray = np.frombuffer(bytes(_INTEGER.itemsize), _INTEGER)[:0]
 
 
@@ -38,7 +38,7 @@ def floats(memory: bytes, count: int) -> FloatArray:
         return _EMPTY
     if 16 * count < len(memory):
         memory = memory[: 8 * count]
-    return np.frombuffer(memory, _FLOAT, count)
+    return np.frombuffer(memory, FLOAT, count)
 
 
 def integers(memory: bytes) -> AnyArray:
@@ -50,4 +50,4 @@ def rows(memory: bytes, count: int, length: int) -> list[FloatArray]:
     """`count` arrays of `length` doubles, one behind the other."""
     if not length:
         return [_EMPTY] * count
-    return [np.frombuffer(memory, _FLOAT, length, 8 * length * row) for row in range(count)]
+    return [np.frombuffer(memory, FLOAT, length, 8 * length * row) for row in range(count)]

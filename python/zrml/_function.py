@@ -83,6 +83,7 @@ class Function(Sequence[Scan]):
     def __init__(self, handle: Handle, sample: int, position: int, members: dict[str, Any]) -> None:
         self._handle = handle
         self._place = (sample, position)
+        self._read_points = handle.reader(sample, position)
         self.number: int = members["number"]
         self.process: int | None = members["process"] or None
         self.id: str = members["id"]

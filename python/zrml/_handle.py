@@ -7,19 +7,24 @@ import os
 import threading
 from collections.abc import Callable, Generator
 from ctypes import byref, c_int, c_size_t, c_void_p
-from typing import TYPE_CHECKING, Any, TypeVar
+from typing import TYPE_CHECKING, Any, NoReturn, TypeVar
 
-from ._arrays import floats, room_for
+from numpy import frombuffer
+
+from ._arrays import FLOAT, floats, room_for
 from ._errors import OK, exception_of
 from ._library import Progress, Record, library
 
 if TYPE_CHECKING:
     from ._arrays import FloatArray
 
+    Points = tuple[FloatArray, FloatArray, int]  # m/z, intensity, and how many points are lost
+
 RecordType = TypeVar("RecordType", bound=Record)
 Entry = Callable[..., int]  # a function of the library that gives a status
 
-_read_points = library.zrml_read_points
+# Without types of its arguments it is called quicker: those that are no `int` of C are objects of their type.
+_read_points = library["zrml_read_points"]
 
 
 def text_of(value: bytes) -> str:
@@ -47,13 +52,10 @@ class Handle:
     """An open source. One thread at a time is in the library with it; the others wait."""
 
     def __init__(self, path: bytes) -> None:
-        self._pointer: int | None = None
+        self._pointer: c_void_p | None = None
         self._lock = threading.RLock()
         self._is_working = False
-        self._count = c_size_t()
-        self._lost = c_size_t()
-        self._count_at = byref(self._count)
-        self._lost_at = byref(self._lost)
+        self._room, self._count, self._lost = c_size_t(), c_size_t(), c_size_t()  # of reader()
         self._caught: list[BaseException] = []
         watch = _watch(self._caught)
         next(watch)
@@ -62,7 +64,7 @@ class Handle:
         status = library.zrml_open(path, byref(pointer))
         if status != OK:
             raise self._opening_failed(path, status)
-        self._pointer = pointer.value
+        self._pointer = pointer
         self.call(library.zrml_set_progress, self._progress, None)
 
     @staticmethod
@@ -72,7 +74,10 @@ class Handle:
             error.filename = os.fsdecode(path)
         return error
 
-    def __del__(self, close: Callable[[int], None] = library.zrml_close) -> None:
+    def __reduce__(self) -> NoReturn:
+        raise TypeError("a source goes to no other process: each opens its own")
+
+    def __del__(self, close: Callable[[c_void_p], None] = library.zrml_close) -> None:
         pointer = getattr(self, "_pointer", None)
         if pointer is not None:
             close(pointer)
@@ -82,7 +87,7 @@ class Handle:
         with self._lock:
             if self._pointer is None:
                 return
-            self._require_idle()
+            self._require_usable()
             pointer, self._pointer = self._pointer, None
             library.zrml_close(pointer)
 
@@ -95,7 +100,8 @@ class Handle:
         if self._pointer is None:
             raise ValueError("the source is closed")
 
-    def _require_idle(self) -> None:
+    def _require_usable(self) -> None:
+        self.require_open()
         # In the thread that is at work, only what a signal or the collection of garbage has called gets here.
         if self._is_working:
             raise RuntimeError("the source is in the middle of work for the same thread")
@@ -106,8 +112,7 @@ class Handle:
     def call(self, entry: Entry, *arguments: Any) -> None:
         """A function of the library with this source; raises what its status means."""
         with self._lock:
-            self.require_open()
-            self._require_idle()
+            self._require_usable()
             try:
                 self._is_working = True
                 status = entry(self._pointer, *arguments)
@@ -149,23 +154,33 @@ class Handle:
             self.call(entry, *place, byref(start), byref(length))
             return text_of(ctypes.string_at(start, length.value)) if start.value else None
 
-    def points(self, sample: int, function: int, scan: int, room: int) -> tuple[FloatArray, FloatArray, int]:
-        """The points of a scan, at most `room`, and how many are lost. This is what loops over scans spend
-        their time on, so it is call() and arrays() written out."""
-        mz = bytes(8 * room)
-        intensity = bytes(8 * room)
-        with self._lock:
-            if self._pointer is None or self._is_working:
-                self.require_open()
-                self._require_idle()
-            status = _read_points(
-                self._pointer, sample, function, scan, mz, intensity, room, self._count_at, self._lost_at
-            )
-            if status:
-                raise self._exception(status)
-            count = self._count.value
-            lost = self._lost.value
-        return floats(mz, count), floats(intensity, count), lost
+    def reader(self, sample: int, function: int) -> Callable[[int, int], Points]:
+        """Reads the points of scans of a function: `read(scan, room)`, with room for as many as there may be.
+
+        Loops over scans spend their time here, so it is call() written out, with names that are found quickly.
+        """
+        lock, room_given, count, lost = self._lock, self._room, self._count, self._lost
+        count_at, lost_at = byref(count), byref(lost)
+
+        def read(scan: int, room: int) -> Points:
+            size = 8 * room
+            mz = bytes(size)
+            intensity = bytes(size)
+            with lock:
+                pointer = self._pointer
+                if pointer is None or self._is_working:
+                    self._require_usable()
+                room_given.value = room
+                status = _read_points(pointer, sample, function, scan, mz, intensity, room_given, count_at, lost_at)
+                if status:
+                    raise self._exception(status)
+                found = count.value
+                missing = lost.value
+            if found == room != 0:
+                return frombuffer(mz, FLOAT), frombuffer(intensity, FLOAT), missing
+            return floats(mz, found), floats(intensity, found), missing
+
+        return read
 
     def arrays(self, entry: Entry, *arguments: Any, behind: tuple[Any, ...] = ()) -> tuple[FloatArray, FloatArray]:
         """Two arrays whose length shows only when they are read; `behind` are arguments after the count."""

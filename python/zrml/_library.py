@@ -131,7 +131,6 @@ _FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "zrml_scan_count": (_STATUS, _SOURCE, c_int, c_int, POINTER(c_int)),
     "zrml_get_scan": (_STATUS, _SOURCE, c_int, c_int, c_int, POINTER(ScanRecord)),
     "zrml_read_scan_table": (_STATUS, _SOURCE, c_int, c_int, c_int, c_int, POINTER(ScanTable)),
-    "zrml_read_points": (_STATUS, _SOURCE, c_int, c_int, c_int, _ARRAY, _ARRAY, c_size_t, _COUNT, _COUNT),
     "zrml_read_minutes": (_STATUS, _SOURCE, c_int, c_int, _ARRAY, c_size_t),
     "zrml_read_total_ions": (_STATUS, _SOURCE, c_int, c_int, _ARRAY, c_size_t),
     "zrml_read_base_peaks": (_STATUS, _SOURCE, c_int, c_int, _ARRAY, c_size_t),

@@ -12,6 +12,7 @@ if TYPE_CHECKING:
     import pandas
 
     from ._arrays import FloatArray
+    from ._handle import Points
     from ._function import Function
 
 
@@ -19,12 +20,12 @@ class Spectrum:
     """Points in ascending m/z. Both arrays have one shape, (points,), and cannot be made writable."""
 
     __slots__ = ("_points",)
-    _points: tuple[FloatArray, FloatArray, int] | None
+    _points: Points | None
 
     def __init__(self, mz: FloatArray, intensity: FloatArray) -> None:
         self._points = (mz, intensity, 0)
 
-    def _read(self) -> tuple[FloatArray, FloatArray, int]:
+    def _read(self) -> Points:
         assert self._points is not None
         return self._points
 
@@ -63,12 +64,11 @@ class Scan(Spectrum):
         self._record: ScanRecord | None = None
         self._points = None
 
-    def _read(self) -> tuple[FloatArray, FloatArray, int]:
+    def _read(self) -> Points:
         room = self._room
-        function = self._function
         if room is None:
             room = self._described().points
-        self._points = points = function._handle.points(*function._place, self._position, room)
+        self._points = points = self._function._read_points(self._position, room)
         return points
 
     def _described(self) -> ScanRecord:

@@ -1,5 +1,6 @@
 """Where the tests find sources and the command line, and how they compare numbers."""
 
+import functools
 import json
 import os
 import pathlib
@@ -24,8 +25,9 @@ class CommandFailed(Exception):
     """The command line has failed; the text is its line about that."""
 
 
+@functools.lru_cache(maxsize=None)
 def zrml_json(*arguments):
-    """What the command line prints with --json."""
+    """What the command line prints with --json; nobody changes it."""
     environment = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
     done = subprocess.run([PROGRAM, *map(str, arguments), "--json"], capture_output=True, env=environment)
     if done.returncode != 0:

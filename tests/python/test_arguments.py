@@ -83,7 +83,8 @@ class Open(support.TestCase):
 
     def test_sources_do_not(self):
         with zrml.open(support.path("small.raw")) as source:
-            self.assertRaises(TypeError, pickle.dumps, source)
+            for thing in (source, source.functions[0], source.functions[0][0], source.traces[0]):
+                self.assertRaisesRegex(TypeError, "other process", pickle.dumps, thing)
 
 
 class Arguments(support.TestCase):

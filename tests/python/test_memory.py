@@ -12,7 +12,7 @@ SPECTRA = 100_000
 # Pages of freed blocks that the system does not get back at once. Forty bytes for each of as many are more.
 MOST_BYTES = 4_000_000
 # Of Python's own memory, which is told to the byte but slowly: a byte for each of so many more is too much.
-TRACED = 10_000
+TRACED = 1_000 if support.IS_SANITIZED else 10_000
 
 
 def resident():

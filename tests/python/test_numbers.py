@@ -7,7 +7,7 @@ import support
 import zrml
 
 NAMES = ("small.raw", "odd.raw", "cut.raw", "all.raw", "run.raw", "vials.rpt", "unordered.rpt", "report.rpt")
-MOST_SCANS = 8  # of a function whose scans are compared one by one
+MOST_SCANS = 3 if support.IS_SANITIZED else 8  # of a function whose scans are compared one by one
 MOST_BINS = 3
 
 
@@ -80,7 +80,7 @@ class Numbers(support.TestCase):
         times = [time for time in function.times if not math.isnan(time)]
         self.assertEqual([min(times), max(times)] if times else None, told["minutes"])
         self.assertEqual([(trace.number, trace.name) for trace in function.traces], self.names(told["traces"]))
-        told_metadata = self.with_values(told["metadata"])
+        told_metadata = self.with_values(told["metadata"])  # a dict of its own
         self.assertEqual(function.text, told_metadata.pop("CompleteFunctionBlock", None))
         self.assertEqual(function.metadata, told_metadata)
 
@@ -100,7 +100,7 @@ class Numbers(support.TestCase):
                     self.compare_scan(*found)
                     self.compare_row(table, i, found[1])
                     compared += 1
-        self.assertGreater(compared, 200)
+        self.assertGreater(compared, 100)
 
     def compare_scan(self, scan, told):
         self.assert_same(scan.mz, told["masses"])
@@ -130,7 +130,7 @@ class Numbers(support.TestCase):
                 with self.assertRaisesRegex(zrml.Error, f"^{error}$"):
                     [scan.mz for scan in function]
                 continue
-            for i in some(len(function), 4):
+            for i in some(len(function)):
                 told = support.zrml_json("spectrum", path, *place, "--scan", i + 1)
                 self.assertEqual(table["points"][i], told["points"])
                 self.assert_same([table["base_peak_mz"][i]], [told["basePeakMz"]])
@@ -164,9 +164,9 @@ class Numbers(support.TestCase):
             self.assert_same(function.table()["tic"], function.tic().intensity)
 
     def test_ions(self):
-        masses = [100.0, 151.0753, 300.0625, 445.12, 556.2771]
+        masses = [100.0, 300.0625]
         for path, place, function in self.each_function():
-            for width, half in (({"da": 0.5}, [0.5] * 5), ({"ppm": 20}, [mass * 20 / 1e6 for mass in masses])):
+            for width, half in (({"da": 0.5}, [0.5] * len(masses)), ({"ppm": 20}, [mass * 20 / 1e6 for mass in masses])):
                 for i, by in enumerate(half):
                     limits = f"{decimal(masses[i] - by)}-{decimal(masses[i] + by)}"
                     self.compare_chromatogram(
@@ -197,7 +197,7 @@ class Numbers(support.TestCase):
                 if found:
                     self.compare_absorbance(source.absorbance, i, found[1])
                     compared += 1
-        self.assertGreater(compared, 10)
+        self.assertGreater(compared, 6)
 
     def compare_absorbance(self, absorbance, i, told):
         scan = absorbance.scans[i]

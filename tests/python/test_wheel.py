@@ -16,7 +16,7 @@ import zipfile
 
 MAKE_WHEEL, PACKAGE, VERSION, PLATFORM = sys.argv[1:5]
 LIBRARY = {"linux_x86_64": "libzrml.so", "win_amd64": "zrml.dll"}[PLATFORM]
-RUNS_HERE = PLATFORM == "linux_x86_64" and os.environ.get("ZRML_SANITIZED") != "1"
+RUNS_HERE = PLATFORM == "linux_x86_64" and not os.environ.get("ZRML_SANITIZE")
 
 
 def make(folder, package=PACKAGE):
