@@ -44,6 +44,20 @@ RawDirectoryBuilder Odd() {
   return raw;
 }
 
+// 2,100 scans: scan i, from 0, is at i / 64 minutes and has the point (100 + i, i + 1), and every second one
+// (4000, 5) behind it.
+RawDirectoryBuilder Long() {
+  std::vector<ScanFiles> scans;
+  for (int i = 0; i < 2100; ++i) {
+    std::vector<WantedPoint> points = {{100.0 + i, i + 1.0}};
+    if (i % 2 == 1) points.push_back({4000, 5});
+    scans.push_back(Peaks(static_cast<float>(i) / 64, points));
+  }
+  RawDirectoryBuilder raw;
+  raw.functions = {Function(kTofMs, scans)};
+  return raw;
+}
+
 // Its scans are at 2, 1 and 3 minutes, with one point of m/z 100 each.
 ReportLines Unordered() {
   ReportLines scans;
@@ -60,10 +74,11 @@ void WriteCut(const std::filesystem::path& directory) {
 }
 
 void Make(const std::filesystem::path& folder) {
-  for (const char* const name : {"small.raw", "odd.raw", "cut.raw"})
+  for (const char* const name : {"small.raw", "odd.raw", "cut.raw", "long.raw"})
     std::filesystem::create_directories(folder / name);
   test::SmallAcquisition().WriteTo(folder / "small.raw");
   Odd().WriteTo(folder / "odd.raw");
+  Long().WriteTo(folder / "long.raw");
   WriteCut(folder / "cut.raw");
   WriteFileBytes(folder / "vials.rpt", TextToBytes(ReportText(test::Vials())));
   WriteFileBytes(folder / "unordered.rpt", TextToBytes(ReportText(Unordered())));

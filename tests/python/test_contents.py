@@ -220,8 +220,21 @@ class Odd(support.TestCase):
                 function.sum(minutes=(2, 3))  # the scan at 1 min stands between them
 
     def test_peaks_and_profiles_are_not_added_up(self):
-        with self.assertRaisesRegex(ValueError, "centroid, profile"):
+        with self.assertRaisesRegex(ValueError, "scan 3 is of another kind"):
             self.function.sum()
+
+
+class Long(support.TestCase):
+    def test_iteration(self):
+        with zrml.open(support.path("long.raw")) as source:
+            function = source.functions[0]
+            self.assertEqual(len(function), 2100)
+            for i, scan in enumerate(function):
+                second = i % 2 == 1
+                self.assert_same(scan.mz, [100 + i, 4000] if second else [100 + i])
+                self.assert_same(scan.intensity, [i + 1, 5] if second else [i + 1])
+                self.assertEqual((scan.number, scan.minutes), (i + 1, i / 64))
+            self.assertEqual(i, 2099)
 
 
 class Cut(support.TestCase):
