@@ -11,4 +11,5 @@ if [ ! -d "$folder" ]; then
   build/linux/bench/zrml_python_floor make "$folder.part"
   mv "$folder.part" "$folder"
 fi
+/usr/bin/python3 -m compileall -q build/python/zrml  # as the first import leaves it
 PYTHONPATH=build/python /usr/bin/python3 bench/python_bench.py build/linux/bench/zrml_python_floor "$folder" "$@"
