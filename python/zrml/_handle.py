@@ -65,6 +65,7 @@ class Handle:
         if status != OK:
             raise self._opening_failed(path, status)
         self._pointer = pointer
+        self.format: int = library.zrml_format_of(pointer)
         self.call(library.zrml_set_progress, self._progress, None)
 
     @staticmethod

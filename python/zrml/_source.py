@@ -95,10 +95,6 @@ class Source:
             raise ValueError("a path has no null character")
         self._path = os.fsdecode(given)
         self._handle = Handle(name)
-        self._is_raw = self._format() == RAW_DIRECTORY
-
-    def _format(self) -> int:
-        return int(library.zrml_format_of(self._handle._pointer))
 
     def close(self) -> None:
         """Closes the files; waits for a thread that reads. Again: does nothing."""
@@ -126,7 +122,7 @@ class Source:
     @property
     def format(self) -> str:
         """ "raw directory" or "report"."""
-        return "raw directory" if self._is_raw else "report"
+        return "raw directory" if self._handle.format == RAW_DIRECTORY else "report"
 
     @property
     def samples(self) -> tuple[Sample, ...]:
