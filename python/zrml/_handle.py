@@ -28,7 +28,7 @@ _read_points = library["zrml_read_points"]
 
 
 def text_of(value: bytes) -> str:
-    """The library's text is UTF-8; what is no character becomes U+FFFD."""
+    """The library's text is UTF-8; bytes that are no character become U+FFFD."""
     return value.decode("utf-8", "replace")
 
 

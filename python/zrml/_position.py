@@ -10,8 +10,8 @@ Item = TypeVar("Item")
 
 
 def resolved(position: SupportsIndex, length: int, what: str) -> int:
-    """From 0; negative ones count from the end. IndexError where there is none, TypeError for what is no
-    integer."""
+    """From 0; negative ones count from the end. IndexError where there is none, TypeError for anything but
+    an integer."""
     index = operator.index(position)
     if not -length <= index < length:
         raise IndexError(f"there is no {what} at position {index}: there are {length}")

@@ -49,13 +49,13 @@ class TestCase(unittest.TestCase):
     def both(self, read, *arguments):
         """What `read` gives and what the command line prints; None when both fail with the same words."""
         try:
-            told = zrml_json(*arguments)
+            printed = zrml_json(*arguments)
         except CommandFailed as failed:
             with self.assertRaises(zrml.Error) as raised:
                 read()
             self.assertTrue(str(failed).endswith(f": {raised.exception}"), (str(failed), str(raised.exception)))
             return None
-        return read(), told
+        return read(), printed
 
     def copy_of(self, name):
         """A source that the test may change."""

@@ -1,4 +1,4 @@
-"""What wrong arguments of every function raise, and sources that are none."""
+"""What wrong arguments of every function raise, and paths that cannot be opened."""
 
 import errno
 import os
@@ -64,7 +64,7 @@ class Open(support.TestCase):
         self.assertIsInstance(raised.exception, OSError)
         self.assertEqual(raised.exception.status, 5)
 
-    def test_what_is_no_path(self):
+    def test_other_than_paths(self):
         for wrong in (None, 3, 1.5, ["small.raw"], object()):
             self.assertRaises(TypeError, zrml.open, wrong)
         self.assertRaises(ValueError, zrml.open, "small\0.raw")

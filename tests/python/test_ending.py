@@ -11,7 +11,8 @@ from zrml._library import library
 
 
 def open_files():
-    return {os.readlink(f"/proc/self/fd/{name}") for name in os.listdir("/proc/self/fd") if os.path.exists(f"/proc/self/fd/{name}")}
+    paths = [f"/proc/self/fd/{name}" for name in os.listdir("/proc/self/fd")]
+    return {os.readlink(path) for path in paths if os.path.exists(path)}
 
 
 class Closed(support.TestCase):

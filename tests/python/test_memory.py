@@ -11,7 +11,7 @@ import zrml
 SPECTRA = 100_000
 # Pages of freed blocks that the system does not get back at once. Forty bytes for each of as many are more.
 MOST_BYTES = 4_000_000
-# Of Python's own memory, which is told to the byte but slowly: a byte for each of so many more is too much.
+# Python's own memory is counted to the byte, which is slow: no more than a byte for each of so many.
 TRACED = 1_000 if support.IS_SANITIZED else 10_000
 
 

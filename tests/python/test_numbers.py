@@ -38,51 +38,51 @@ class Numbers(support.TestCase):
 
     def test_info(self):
         for path, source in self.each():
-            told = support.zrml_json("info", path)
-            self.assertEqual(source.path, told["source"])
-            self.assertEqual(source.format == "report", told["report"])
-            self.assertEqual(len(source.samples), len(told["samples"]))
-            for sample, sample_told in zip(source.samples, told["samples"]):
-                self.compare_sample(sample, sample_told)
+            printed = support.zrml_json("info", path)
+            self.assertEqual(source.path, printed["source"])
+            self.assertEqual(source.format == "report", printed["report"])
+            self.assertEqual(len(source.samples), len(printed["samples"]))
+            for sample, sample_printed in zip(source.samples, printed["samples"]):
+                self.compare_sample(sample, sample_printed)
 
-    def compare_sample(self, sample, told):
-        self.assertEqual((sample.number, sample.name), (told["number"], told["name"]))
-        self.assertEqual([(trace.number, trace.name) for trace in sample.traces], self.names(told["traces"]))
+    def compare_sample(self, sample, printed):
+        self.assertEqual((sample.number, sample.name), (printed["number"], printed["name"]))
+        self.assertEqual([(trace.number, trace.name) for trace in sample.traces], self.names(printed["traces"]))
         scans = None if sample.absorbance is None else len(sample.absorbance.scans)
-        self.assertEqual(scans, told["absorbanceScans"])
-        self.assertEqual(len(sample.functions), len(told["functions"]))
-        for function, function_told in zip(sample.functions, told["functions"]):
-            self.compare_function(function, function_told)
+        self.assertEqual(scans, printed["absorbanceScans"])
+        self.assertEqual(len(sample.functions), len(printed["functions"]))
+        for function, function_printed in zip(sample.functions, printed["functions"]):
+            self.compare_function(function, function_printed)
         if not sample.functions:
-            self.assertEqual(sample.metadata, self.with_values(told["metadata"]))
+            self.assertEqual(sample.metadata, self.with_values(printed["metadata"]))
 
     @staticmethod
-    def names(told):
-        return [(item["number"], item["name"]) for item in told]
+    def names(printed):
+        return [(item["number"], item["name"]) for item in printed]
 
     @staticmethod
-    def with_values(told):
-        return {key: value for key, value in told.items() if value is not None}
+    def with_values(printed):
+        return {key: value for key, value in printed.items() if value is not None}
 
-    def compare_function(self, function, told):
-        self.assertEqual(function.id, str(told["number"]))
-        self.assertEqual(function.process is None, isinstance(told["number"], int))
-        self.assertEqual(function.name, told["name"])
-        self.assertEqual(function.file, told["file"])
-        self.assertEqual(function.kind, told["kind"])
-        self.assertEqual(function.ms_level, told["msLevel"])
-        self.assertEqual(function.scan_type or "none", told["scanType"])
-        self.assertEqual(function.polarity or "unknown", told["polarity"])
-        self.assertEqual(len(function), told["scans"])
-        self.assertEqual(function.is_centroided, told["centroided"])
-        self.assertEqual(function.drift_bins, told["driftBins"] or 0)
-        self.assertEqual(function.mass_range, told["massRange"] and tuple(told["massRange"]))
+    def compare_function(self, function, printed):
+        self.assertEqual(function.id, str(printed["number"]))
+        self.assertEqual(function.process is None, isinstance(printed["number"], int))
+        self.assertEqual(function.name, printed["name"])
+        self.assertEqual(function.file, printed["file"])
+        self.assertEqual(function.kind, printed["kind"])
+        self.assertEqual(function.ms_level, printed["msLevel"])
+        self.assertEqual(function.scan_type or "none", printed["scanType"])
+        self.assertEqual(function.polarity or "unknown", printed["polarity"])
+        self.assertEqual(len(function), printed["scans"])
+        self.assertEqual(function.is_centroided, printed["centroided"])
+        self.assertEqual(function.drift_bins, printed["driftBins"] or 0)
+        self.assertEqual(function.mass_range, printed["massRange"] and tuple(printed["massRange"]))
         times = [time for time in function.times if not math.isnan(time)]
-        self.assertEqual([min(times), max(times)] if times else None, told["minutes"])
-        self.assertEqual([(trace.number, trace.name) for trace in function.traces], self.names(told["traces"]))
-        told_metadata = self.with_values(told["metadata"])  # a dict of its own
-        self.assertEqual(function.text, told_metadata.pop("CompleteFunctionBlock", None))
-        self.assertEqual(function.metadata, told_metadata)
+        self.assertEqual([min(times), max(times)] if times else None, printed["minutes"])
+        self.assertEqual([(trace.number, trace.name) for trace in function.traces], self.names(printed["traces"]))
+        printed_metadata = self.with_values(printed["metadata"])  # a dict of its own
+        self.assertEqual(function.text, printed_metadata.pop("CompleteFunctionBlock", None))
+        self.assertEqual(function.metadata, printed_metadata)
 
     def test_scans(self):
         compared = 0
@@ -102,23 +102,23 @@ class Numbers(support.TestCase):
                     compared += 1
         self.assertGreater(compared, 100)
 
-    def compare_scan(self, scan, told):
-        self.assert_same(scan.mz, told["masses"])
-        self.assert_same(scan.intensity, told["intensities"])
-        self.assertEqual(scan.number, told["scan"])
+    def compare_scan(self, scan, printed):
+        self.assert_same(scan.mz, printed["masses"])
+        self.assert_same(scan.intensity, printed["intensities"])
+        self.assertEqual(scan.number, printed["scan"])
         self.assert_same(
             [scan.minutes, scan.end_minutes, scan.precursor_mz, scan.scan_value],
-            [told["startMinutes"], told["endMinutes"], told["precursorMz"], told["scanValue"]],
+            [printed["startMinutes"], printed["endMinutes"], printed["precursorMz"], printed["scanValue"]],
         )
-        self.assertEqual(scan.is_centroided, told["centroided"])
-        self.assertEqual(scan.lost, told["lostPoints"] or 0)
+        self.assertEqual(scan.is_centroided, printed["centroided"])
+        self.assertEqual(scan.lost, printed["lostPoints"] or 0)
 
-    def compare_row(self, table, row, told):
-        self.assertEqual(table["number"][row], told["scan"])
-        self.assertGreaterEqual(table["points"][row], told["points"])
+    def compare_row(self, table, row, printed):
+        self.assertEqual(table["number"][row], printed["scan"])
+        self.assertGreaterEqual(table["points"][row], printed["points"])
         self.assert_same(
             [table[name][row] for name in ("minutes", "precursor_mz", "scan_value")],
-            [told["startMinutes"], told["precursorMz"], told["scanValue"]],
+            [printed["startMinutes"], printed["precursorMz"], printed["scanValue"]],
         )
 
     def test_table_of_points(self):
@@ -131,10 +131,10 @@ class Numbers(support.TestCase):
                     [scan.mz for scan in function]
                 continue
             for i in some(len(function)):
-                told = support.zrml_json("spectrum", path, *place, "--scan", i + 1)
-                self.assertEqual(table["points"][i], told["points"])
-                self.assert_same([table["base_peak_mz"][i]], [told["basePeakMz"]])
-                intensity = 0 if told["points"] == 0 and not told["lostPoints"] else told["basePeakIntensity"]
+                printed = support.zrml_json("spectrum", path, *place, "--scan", i + 1)
+                self.assertEqual(table["points"][i], printed["points"])
+                self.assert_same([table["base_peak_mz"][i]], [printed["basePeakMz"]])
+                intensity = 0 if printed["points"] == 0 and not printed["lostPoints"] else printed["basePeakIntensity"]
                 self.assert_same([table["base_peak_intensity"][i]], [intensity])
                 compared += 1
         self.assertGreater(compared, 100)
@@ -153,9 +153,9 @@ class Numbers(support.TestCase):
     def compare_chromatogram(self, read, path, place, *options):
         found = self.both(read, "chromatogram", path, *place, *options)
         if found:
-            chromatogram, told = found
-            self.assert_same(chromatogram.minutes, told["times"], options)
-            self.assert_same(chromatogram.intensity, told["intensities"], options)
+            chromatogram, printed = found
+            self.assert_same(chromatogram.minutes, printed["times"], options)
+            self.assert_same(chromatogram.intensity, printed["intensities"], options)
 
     def test_chromatograms(self):
         for path, place, function in self.each_function():
@@ -181,10 +181,10 @@ class Numbers(support.TestCase):
                 for place, owner in owners:
                     for trace in owner.traces:
                         options = (*place, "--sample", sample.number, "--trace", trace.number)
-                        told = support.zrml_json("chromatogram", path, *options)
-                        self.assertEqual(trace.name, told["traceName"])
-                        self.assert_same(trace.times, told["times"])
-                        self.assert_same(trace.intensity, told["intensities"])
+                        printed = support.zrml_json("chromatogram", path, *options)
+                        self.assertEqual(trace.name, printed["traceName"])
+                        self.assert_same(trace.times, printed["times"])
+                        self.assert_same(trace.intensity, printed["intensities"])
                         compared += 1
         self.assertGreater(compared, 10)
 
@@ -199,15 +199,15 @@ class Numbers(support.TestCase):
                     compared += 1
         self.assertGreater(compared, 6)
 
-    def compare_absorbance(self, absorbance, i, told):
+    def compare_absorbance(self, absorbance, i, printed):
         scan = absorbance.scans[i]
-        self.assertEqual(scan.number, told["scan"])
-        self.assert_same([scan.minutes, absorbance.minutes[i]], [told["startMinutes"]] * 2)
-        self.assert_same(scan.wavelengths, told["wavelengths"])
-        self.assert_same(scan.values, told["absorbances"])
+        self.assertEqual(scan.number, printed["scan"])
+        self.assert_same([scan.minutes, absorbance.minutes[i]], [printed["startMinutes"]] * 2)
+        self.assert_same(scan.wavelengths, printed["wavelengths"])
+        self.assert_same(scan.values, printed["absorbances"])
         if absorbance.values is not None:
-            self.assert_same(absorbance.wavelengths, told["wavelengths"])
-            self.assert_same(absorbance.values[i], told["absorbances"])
+            self.assert_same(absorbance.wavelengths, printed["wavelengths"])
+            self.assert_same(absorbance.values[i], printed["absorbances"])
 
     def test_drift_bins(self):
         compared = 0
