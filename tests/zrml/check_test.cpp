@@ -54,6 +54,34 @@ class CheckTest : public ZrmlTest {
   }
 };
 
+// Each finding names its source; the summary says how many are damaged.
+TEST_F(CheckTest, SeveralSources) {
+  const TempDirectory sound = SoundDirectory().Build();
+  const TempDirectory damaged = SoundDirectory().Build();
+  damaged.Truncate("_FUNC001.DAT", 35);
+  const std::string finding = "_FUNC001.DAT ends before 1 of 3 scans do; the first is scan 3";
+  const ProcessResult result = Check(damaged, {PathOf(sound)});
+  EXPECT_EQ(result.status, 7);
+  EXPECT_EQ(result.output, PathOf(damaged) + ": lost: " + finding + "\n" + PathOf(sound) +
+                               " is sound: 2 functions, 5 scans\n");
+  EXPECT_EQ(result.errors, "zrml: 1 of 2 sources are damaged\n");
+  const auto list = nlohmann::json::parse(Check(damaged, {PathOf(sound), "--json"}).output);
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["sound"], false);
+  EXPECT_EQ(list[0]["findings"][0]["message"], finding);
+  EXPECT_EQ(list[1]["sound"], true);
+  EXPECT_EQ(Check(sound, {PathOf(sound)}).status, 0);
+}
+
+TEST_F(CheckTest, SourceThatIsNotThereDoesNotStopTheOthers) {
+  const TempDirectory sound = SoundDirectory().Build();
+  const ProcessResult result = Run({"check", Path("no.raw"), PathOf(sound)});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_EQ(result.output, PathOf(sound) + " is sound: 2 functions, 5 scans\n");
+  EXPECT_EQ(result.errors, "zrml: there is no file or folder " + Path("no.raw") +
+                               "\nzrml: 1 of 2 sources are not checked: " + Path("no.raw") + "\n");
+}
+
 TEST_F(CheckTest, SoundDirectoryIsStatus0) {
   const TempDirectory directory = SoundDirectory().Build();
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");

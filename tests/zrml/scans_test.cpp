@@ -93,8 +93,34 @@ TEST_F(ScansTest, ReportsHaveRowsToo) {
                    "\t1\t1\t3\t2.5\t1\tnegative\t\t0\t7\t\n");
 }
 
-TEST_F(ScansTest, PathsThatAreNotThereEndIt) {
-  ExpectFailure(Run({"scans", Path("no.raw")}), 3, "there is no file or folder " + Path("no.raw"));
+// Of an only source nothing but the titles is there, of several the others.
+TEST_F(ScansTest, SourcesThatAreNotThere) {
+  const std::string missing = Path("no.raw");
+  const ProcessResult alone = Run({"scans", missing});
+  EXPECT_EQ(alone.status, 3);
+  EXPECT_EQ(alone.errors, "zrml: there is no file or folder " + missing + "\n");
+  const ProcessResult result = Run({"scans", missing, path_, "--function", "6", "--json"});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_EQ(result.errors, alone.errors + "zrml: 1 of 2 sources are not shown in full: " + missing + "\n");
+  const json list = json::parse(result.output);
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]["scans"].size(), 1U);
+}
+
+// Function 4 has points of no known layout: what was read before it is there.
+TEST_F(ScansTest, PointsThatCannotBeReadEndTheSource) {
+  const ProcessResult result = RunScans({"--function", "2,4", "--points", "--json"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_EQ(result.errors, "zrml: " + path_ + ": cannot read scan 1 of function 4\n");
+  EXPECT_EQ(json::parse(result.output)["scans"].size(), 2U);
+}
+
+TEST_F(ScansTest, FoldersAreSearched) {
+  Make("plate/a.raw");
+  Make("plate/b.rpt", Vials());
+  const json list = json::parse(Run({"scans", "-r", Path("plate"), "--function", "1", "--json"}).output);
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0]["source"], Path("plate/a.raw"));
 }
 
 }  // namespace

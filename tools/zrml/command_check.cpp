@@ -10,6 +10,7 @@
 #include "tools/zrml/interruption.h"
 #include "tools/zrml/json_writer.h"
 #include "tools/zrml/progress_bar.h"
+#include "tools/zrml/source_list.h"
 
 namespace zrml::tool {
 namespace {
@@ -70,9 +71,11 @@ std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
-void PrintText(const CheckResult& result, Output& out) {
+// `front` is in front of each finding.
+void PrintText(const CheckResult& result, const std::string& front, Output& out) {
   for (const Finding& finding : result.findings.List())
-    out.Text(VisibleText(std::string(NameOf(SeverityOf(finding.code))) + ": " + TextOf(finding)) + "\n");
+    out.Text(VisibleText(front + std::string(NameOf(SeverityOf(finding.code))) + ": " + TextOf(finding)) +
+             "\n");
   if (result.Has(Severity::kLost)) return;
   const std::string verdict = result.Has(Severity::kSuspect) ? " has lost nothing: " : " is sound: ";
   out.Text(VisibleText(result.path + verdict + Counted(result.functions, "function") + ", " +
@@ -105,8 +108,7 @@ void PutFinding(const Finding& finding, JsonWriter& json) {
   });
 }
 
-void PrintJson(const CheckResult& result, Output& out) {
-  JsonWriter json(out);
+void WriteJson(const CheckResult& result, JsonWriter& json) {
   json.Object([&] {
     json.Members({{"source", result.path},
                   {"sound", !result.Has(Severity::kLost)},
@@ -116,39 +118,57 @@ void PrintJson(const CheckResult& result, Output& out) {
       for (const Finding& finding : result.findings.List()) PutFinding(finding, json);
     });
   });
-  json.Finish();
 }
 
-class CheckCommand : public SourceCommand {
+class CheckCommand : public Command {
  public:
-  explicit CheckCommand(CLI::App& parser) : SourceCommand(parser, "check", "Find damage in a source") {
+  explicit CheckCommand(CLI::App& parser) : Command(parser, "check", "Find damage in sources") {
+    AddSourceArguments(Options(), sources_);
+    Options().add_flag("--json", wantsJson_, "Print JSON, for programs: an object, or a list of several");
     Options().add_flag("--strict", isStrict_, "End with status 7 for findings of any severity");
   }
 
   void Run(Output& out) override {
     try {
-      const CheckResult result = Check();
-      WantsJson() ? PrintJson(result, out) : PrintText(result, out);
+      JsonWriter json(out);
+      const auto check = [&] { CheckAll(json, out); };
+      wantsJson_&& sources_.IsList() ? json.Array(check) : check();
+      if (wantsJson_) json.Finish();
       out.Finish();
-      EndBadly(result);
+      EndBadly();
     } catch (const source::Cancelled&) {
       EndByInterruption();
     }
   }
 
  private:
-  CheckResult Check() const {
-    CheckResult result;
-    result.path = Path();
+  void CheckAll(JsonWriter& json, Output& out) {
+    const std::vector<std::string> sources = ListSources(sources_);
+    count_ = sources.size();
     try {
-      const std::unique_ptr<source::Source> source = OpenSource(Path());
+      ForEachSource(sources, "are not checked", [&](const std::string& path) {
+        const CheckResult result = Check(path);
+        wantsJson_ ? WriteJson(result, json) : PrintText(result, sources_.IsList() ? path + ": " : "", out);
+        Judge(result);
+      });
+    } catch (const Failure& failure) {
+      if (!sources_.IsList()) throw;
+      failure_ = failure;  // what is printed comes to its end
+    }
+  }
+
+  static CheckResult Check(const std::string& path) {
+    CheckResult result;
+    result.path = path;
+    try {
+      const std::unique_ptr<source::Source> source = OpenListed(path);
       Attempt([&] { AddAll(source->Findings(), result); });
       Attempt([&] { Count(*source, result); });
       LookAtPoints(*source, result);
       ReadFiles(*source, result);
     } catch (const Failure& failure) {
       if (failure.status != ExitStatus::kDamaged) throw;  // damage alone is a finding
-      AddUnreadable({}, WithoutPrefix(failure.message, Path() + " is damaged: "), result);
+      AddUnreadable({}, WithoutPrefix(failure.message, path + " is damaged: "), result);
     }
     return result;
   }
@@ -161,15 +181,32 @@ class CheckCommand : public SourceCommand {
     AddAll(source::LookAtPoints(source, IsInterrupted, progress).List(), result);
   }
 
-  // Unless there is nothing to be said of the source.
-  void EndBadly(const CheckResult& result) const {
+  void Judge(const CheckResult& result) {
     const bool isDamaged = result.Has(Severity::kLost);
     if (result.findings.IsEmpty() || !(isDamaged || isStrict_)) return;
-    throw Failure(ExitStatus::kDamaged, result.path + (isDamaged ? " is damaged: " : " is suspect: ") +
-                                            Counted(std::ssize(result.findings.List()), "finding"));
+    hasDamage_ = hasDamage_ || isDamaged;
+    ++bad_;
+    verdict_ = result.path + (isDamaged ? " is damaged: " : " is suspect: ") +
+               Counted(std::ssize(result.findings.List()), "finding");
   }
 
+  void EndBadly() const {
+    if (failure_) throw Failure(*failure_);
+    if (bad_ == 0) return;
+    if (!sources_.IsList()) throw Failure(ExitStatus::kDamaged, verdict_);
+    throw Failure(ExitStatus::kDamaged, std::to_string(bad_) + " of " +
+                                            Counted(static_cast<std::int64_t>(count_), "source") +
+                                            (hasDamage_ ? " are damaged" : " are suspect"));
+  }
+
+  SourceArguments sources_;
+  bool wantsJson_ = false;
   bool isStrict_ = false;
+  std::size_t count_ = 0;
+  std::size_t bad_ = 0;
+  bool hasDamage_ = false;
+  std::string verdict_;  // of the last of them
+  std::optional<Failure> failure_;
 };
 
 }  // namespace

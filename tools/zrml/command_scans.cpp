@@ -11,8 +11,10 @@
 #include "convert/selection.h"
 #include "source/names.h"
 #include "tools/zrml/command.h"
+#include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
+#include "tools/zrml/source_list.h"
 
 namespace zrml::tool {
 namespace {
@@ -127,10 +129,8 @@ class ScansCommand : public Command {
  public:
   explicit ScansCommand(CLI::App& parser) : Command(parser, "scans", "Print a table of scans") {
     CLI::App& options = Options();
-    options.add_option("PATH", paths_, "The data sources: raw directories, data files of them, report files")
-        ->option_text("REQUIRED ...")
-        ->required();
-    options.add_flag("--json", isJson_, "Print JSON, for programs");
+    AddSourceArguments(options, sources_);
+    options.add_flag("--json", isJson_, "Print JSON, for programs: an object, or a list of several");
     options.add_flag("--points", hasPoints_, "Read the points, too: their sum, base peak and range");
     AddParsed(options, "--function", selection_.functions, convert::FunctionSet::Parse,
               "a list of functions such as 1,3-5,p2", "Functions by the numbers of their files")
@@ -143,46 +143,68 @@ class ScansCommand : public Command {
         ->option_text("LO-HI");
   }
 
-  void Run(Output& out) override { isJson_ ? PrintAsJson(out) : PrintAsLines(out); }
+  /// What was read before a failure is printed.
+  void Run(Output& out) override {
+    const std::vector<std::string> sources = ListSources(sources_);
+    std::optional<Failure> failure;
+    const auto print = [&](auto printOne) {
+      try {
+        ForEachSource(sources, "are not shown in full", printOne);
+      } catch (const Failure& thrown) {
+        failure = thrown;
+      }
+    };
+    if (isJson_) {
+      JsonWriter json(out);
+      const auto all = [&] { print([&](const std::string& path) { PrintObject(path, json); }); };
+      sources_.IsList() ? json.Array(all) : all();
+      json.Finish();
+    } else {
+      PrintTitles(out);
+      print([&](const std::string& path) { PrintLines(path, out); });
+    }
+    out.Finish();
+    if (failure) throw Failure(*failure);
+  }
 
  private:
-  void PrintAsLines(Output& out) {
+  void PrintTitles(Output& out) const {
     for (const ScanColumn& column : AllColumns()) {
       out.Text(column.name);
       out.Text(&column == &AllColumns().back() ? "\n" : "\t");
     }
-    std::string line;
-    for (const std::string& path : paths_) {
-      ForEachScan(*OpenSource(path), [&](const Row& row) {
-        line.clear();
-        AppendLine(AllColumns(), row, line);
-        out.Text(line);
-      });
-    }
   }
 
-  void PrintAsJson(Output& out) {
-    JsonWriter json(out);
-    const auto print = [&](const std::string& path) {
-      const std::unique_ptr<source::Source> source = OpenSource(path);
-      json.Object([&] {
-        json.Key("source").Put(path);
-        json.Key("scans").Array([&] {
-          std::string object;
-          ForEachScan(*source, [&](const Row& row) {
-            object.clear();
-            AppendObject(AllColumns().subspan(1), row, object);  // without the source
-            json.Raw(object);
-          });
-        });
-      });
+  void PrintLines(const std::string& path, Output& out) {
+    std::string line;
+    ForEachScan(*OpenListed(path), [&](const Row& row) {
+      line.clear();
+      AppendLine(AllColumns(), row, line);
+      out.Text(line);
+    });
+  }
+
+  // An object that ends well also when the source does not.
+  void PrintObject(const std::string& path, JsonWriter& json) {
+    const std::unique_ptr<source::Source> source = OpenListed(path);
+    std::optional<Failure> failure;
+    std::string object;
+    const auto add = [&](const Row& row) {
+      object.clear();
+      AppendObject(AllColumns().subspan(1), row, object);  // without the source
+      json.Raw(object);
     };
-    if (paths_.size() == 1) {
-      print(paths_.front());
-    } else {
-      json.Array([&] { std::for_each(paths_.begin(), paths_.end(), print); });
-    }
-    json.Finish();
+    json.Object([&] {
+      json.Key("source").Put(path);
+      json.Key("scans").Array([&] {
+        try {
+          ForEachScan(*source, add);
+        } catch (const Failure& thrown) {
+          failure = thrown;
+        }
+      });
+    });
+    if (failure) throw Failure(*failure);
   }
 
   ScanColumns AllColumns() const {
@@ -239,7 +261,7 @@ class ScansCommand : public Command {
     }
   }
 
-  std::vector<std::string> paths_;
+  SourceArguments sources_;
   bool isJson_ = false;
   bool hasPoints_ = false;
   convert::Selection selection_;
