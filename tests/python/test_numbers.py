@@ -80,9 +80,22 @@ class Numbers(support.TestCase):
         times = [time for time in function.times if not math.isnan(time)]
         self.assertEqual([min(times), max(times)] if times else None, printed["minutes"])
         self.assertEqual([(trace.number, trace.name) for trace in function.traces], self.names(printed["traces"]))
-        printed_metadata = self.with_values(printed["metadata"])  # a dict of its own
-        self.assertEqual(function.text, printed_metadata.pop("CompleteFunctionBlock", None))
-        self.assertEqual(function.metadata, printed_metadata)
+        self.assertEqual(function.metadata, self.with_values(printed["metadata"]))
+
+    def test_texts_stand_in_the_report(self):
+        compared = 0
+        for path, source in self.each():
+            for function in (function for sample in source.samples for function in sample.functions):
+                if source.format != "report":
+                    self.assertIsNone(function.text)
+                    continue
+                with open(path, "rb") as file:
+                    report = file.read()
+                encodings = [code for code in ("utf-8", "cp1252") if function.text.encode(code, "replace") in report]
+                self.assertNotEqual(encodings, [])
+                self.assertTrue(function.text.startswith("[FUNCTION]"))
+                compared += 1
+        self.assertGreater(compared, 0)
 
     def test_scans(self):
         compared = 0
