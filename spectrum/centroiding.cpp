@@ -1,0 +1,255 @@
+#include "spectrum/centroiding.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+#include "spectrum/apex_fit.h"
+#include "spectrum/profile_runs.h"
+
+namespace zrml {
+namespace {
+
+constexpr double kDeviationsOfClearValley = 4;
+constexpr double kDeviationsOfValley = 1.5;
+constexpr SampleIndex kSamplesPerWidth = 6;  // at least, of those at half height, that are left after binning
+constexpr double kTopFloor = 0.05;           // of the rise from the valley to the apex
+constexpr double kHighestCurve = 2;          // times the highest sample
+constexpr double kHalfWidths = 3;            // 3.5 standard deviations of a Gaussian
+
+double Square(double x) { return x * x; }
+
+// What lies between two valleys of a run. A valley that stands out is a sample of the regions on both sides.
+struct Region {
+  SampleIndex first;
+  SampleIndex apex;
+  SampleIndex last;
+  bool isFirstShared;
+  bool isLastShared;
+};
+
+Region WholeOf(const ProfileRun& run) { return {run.first, run.first, run.last, false, false}; }
+
+// Cuts a region at the valleys from which the samples on both sides stand out by more than `deviations`.
+void CutAtValleys(const ProfileRun& run, const Region& whole, double deviations, double ion,
+                  std::vector<Region>& regions) {
+  const double limit = Square(deviations) * ion;
+  const auto standsOut = [&](SampleIndex high, SampleIndex low) {
+    return run[high] > run[low] && IonOfDifference(run[high], run[low]) > limit;
+  };
+  regions.clear();
+  Region region = whole;
+  region.apex = whole.first;
+  SampleIndex valley = whole.first;
+  bool hasFallen = false;
+  for (SampleIndex i = whole.first; i <= whole.last; ++i) {
+    if (!hasFallen) {
+      if (run[i] > run[region.apex]) region.apex = i;
+      hasFallen = standsOut(region.apex, i);
+      valley = i;
+    } else if (run[i] < run[valley]) {
+      valley = i;
+    } else if (standsOut(i, valley)) {
+      regions.push_back({region.first, region.apex, valley, region.isFirstShared, true});
+      region = {valley, i, whole.last, true, whole.isLastShared};
+      hasFallen = false;
+    }
+  }
+  regions.push_back(region);
+}
+
+// One flank of a peak, from its apex to the end of its region.
+class Flank {
+ public:
+  // `direction` is -1 towards lower masses and 1 towards higher ones.
+  Flank(const ProfileRun& run, const Region& region, SampleIndex direction)
+      : run_(run),
+        direction_(direction),
+        apex_(region.apex),
+        end_(direction < 0 ? region.first : region.last),
+        isShared_(direction < 0 ? region.isFirstShared : region.isLastShared) {}
+
+  // The last sample that is high enough for the curve through the top.
+  SampleIndex EndOfTop() const {
+    const double floor = Level(run_[apex_], kTopFloor);
+    SampleIndex i = apex_;
+    while (i != end_ && run_[i + direction_] > 0 && run_[i + direction_] >= floor) i += direction_;
+    return i;
+  }
+
+  // Sums the samples up to three half widths from `mass`, without the apex.
+  void Measure(double mass) {
+    const double reach = kHalfWidths * HalfWidth(mass);
+    for (SampleIndex i = apex_; i != end_;) {
+      i += direction_;
+      if (Distance(run_.mz[i], mass) > reach) {
+        ground_ = run_.Smooth(i);
+        return;
+      }
+      const double share = i == end_ && isShared_ ? 0.5 : 1;
+      sum_ += share * run_[i];
+      samples_ += share;
+    }
+    ground_ = Valley();
+  }
+
+  double Sum() const { return sum_; }
+  // What lies under the flank and half of the apex, and the variance of that estimate over the ion's
+  // intensity.
+  double Ground() const { return samples_ * ground_; }
+  double GroundVariance() const { return Square(samples_) * ground_; }
+
+ private:
+  double Valley() const { return isShared_ ? run_[end_] : 0; }
+  double Level(double top, double part) const { return Valley() + part * (top - Valley()); }
+  double Distance(double mass, double from) const { return static_cast<double>(direction_) * (mass - from); }
+
+  // How far from `mass` the smoothed samples have fallen half of the way from the apex to the valley.
+  double HalfWidth(double mass) const {
+    double higher = run_.Smooth(apex_);
+    const double level = Level(higher, 0.5);
+    for (SampleIndex i = apex_; i != end_; i += direction_) {
+      const double lower = run_.Smooth(i + direction_);
+      if (lower < level) {
+        const double part = (higher - level) / (higher - lower);
+        return std::max(Distance(run_.mz[i] + part * (run_.mz[i + direction_] - run_.mz[i]), mass), 0.0);
+      }
+      higher = lower;
+    }
+    return std::numeric_limits<double>::infinity();
+  }
+
+  const ProfileRun& run_;
+  SampleIndex direction_;
+  SampleIndex apex_;
+  SampleIndex end_;
+  bool isShared_;
+  double sum_ = 0;
+  double samples_ = 0.5;
+  double ground_ = 0;
+};
+
+// The mean mass, weighted by intensity, and the highest sample.
+Apex MeanOf(const ProfileRun& run, SampleIndex apex, SampleIndex first, SampleIndex last) {
+  double sum = 0;
+  double moment = 0;
+  for (SampleIndex i = first; i <= last; ++i) {
+    const double weight = run[i] / run[apex];
+    sum += weight;
+    moment += weight * (run.mz[i] - run.mz[apex]);
+  }
+  return {run.mz[apex] + moment / sum, run[apex]};
+}
+
+Apex FindApex(const ProfileRun& run, SampleIndex apex, SampleIndex first, SampleIndex last) {
+  const auto count = static_cast<std::size_t>(last - first + 1);
+  const auto curve = FitApex({run.mz + first, count}, {run.intensities + first, count});
+  return curve && curve->height <= kHighestCurve * run[apex] ? *curve : MeanOf(run, apex, first, last);
+}
+
+struct Peak {
+  Apex apex;
+  double sum;
+  double ionsOfSignalToNoise;  // the squared signal to noise, times the ion's intensity
+};
+
+Peak MeasurePeak(const ProfileRun& run, const Region& region) {
+  Flank left(run, region, -1);
+  Flank right(run, region, 1);
+  const Apex apex = FindApex(run, region.apex, left.EndOfTop(), right.EndOfTop());
+  left.Measure(apex.mass);
+  right.Measure(apex.mass);
+  const double sum = run[region.apex] + left.Sum() + right.Sum();
+  const double net = std::max(sum - left.Ground() - right.Ground(), 0.0);
+  const double variance = sum + left.GroundVariance() + right.GroundVariance();
+  return {apex, sum, net / variance * net};
+}
+
+// How many samples of a region one bin may hold: a peak keeps at least six at half height.
+SampleIndex BinSize(const ProfileRun& run, const Region& region) {
+  double top = 0;
+  for (SampleIndex i = region.first; i <= region.last; ++i) top = std::max(top, run.Smooth(i));
+  SampleIndex high = 0;
+  for (SampleIndex i = region.first; i <= region.last; ++i) high += run.Smooth(i) >= 0.5 * top ? 1 : 0;
+  return std::max<SampleIndex>(high / kSamplesPerWidth, 1);
+}
+
+class CentroidFinder {
+ public:
+  CentroidFinder(const CentroidOptions& options, double ion, std::vector<double>& mz,
+                 std::vector<double>& intensities)
+      : options_(options), ion_(ion), mz_(mz), intensities_(intensities) {}
+
+  void AddRun(const ProfileRun& run) {
+    CutAtValleys(run, WholeOf(run), kDeviationsOfClearValley, ion_, clear_);
+    for (const Region& region : clear_) {
+      const SampleIndex size = ion_ > 0 ? BinSize(run, region) : 1;
+      if (size == 1) {
+        AddRegion(run, region, 1);
+      } else {
+        AddBinned(run, region, size);
+      }
+    }
+  }
+
+ private:
+  // Means of `size` samples, from the first of the region on.
+  void AddBinned(const ProfileRun& run, const Region& region, SampleIndex size) {
+    binMz_.clear();
+    binIntensities_.clear();
+    for (SampleIndex i = region.first; i <= region.last; i += size) {
+      const SampleIndex end = std::min(i + size, region.last + 1);
+      const auto count = static_cast<double>(end - i);
+      double mz = 0;
+      double intensity = 0;
+      for (SampleIndex k = i; k < end; ++k) {
+        mz += run.mz[k] / count;
+        intensity += run[k] / count;
+      }
+      binMz_.push_back(mz);
+      binIntensities_.push_back(intensity);
+    }
+    const auto last = static_cast<SampleIndex>(binMz_.size()) - 1;
+    const ProfileRun bins{binMz_.data(), binIntensities_.data(), 0, last};
+    AddRegion(bins, {0, 0, last, region.isFirstShared, region.isLastShared}, static_cast<double>(size));
+  }
+
+  // `size` is how many samples each one is the mean of.
+  void AddRegion(const ProfileRun& run, const Region& region, double size) {
+    CutAtValleys(run, region, kDeviationsOfValley, ion_ / size, regions_);
+    for (const Region& part : regions_) {
+      const Peak peak = MeasurePeak(run, part);
+      if (peak.ionsOfSignalToNoise < Square(options_.minSignalToNoise) * ion_ / size) continue;
+      mz_.push_back(peak.apex.mass);
+      intensities_.push_back(options_.isArea ? peak.sum * size : peak.apex.height);
+    }
+  }
+
+  const CentroidOptions& options_;
+  double ion_;
+  std::vector<double>& mz_;
+  std::vector<double>& intensities_;
+  std::vector<Region> clear_;
+  std::vector<Region> regions_;
+  std::vector<double> binMz_;
+  std::vector<double> binIntensities_;
+};
+
+}  // namespace
+
+double EstimateIonIntensity(std::span<const double> mz, std::span<const double> intensities) {
+  return IonIntensityOf(FindProfileRuns(mz, intensities));
+}
+
+void FindCentroids(std::span<const double> mz, std::span<const double> intensities,
+                   const CentroidOptions& options, std::vector<double>& centroidMz,
+                   std::vector<double>& centroidIntensities) {
+  centroidMz.clear();
+  centroidIntensities.clear();
+  const std::vector<ProfileRun> runs = FindProfileRuns(mz, intensities);
+  const double ion = options.ionIntensity ? *options.ionIntensity : IonIntensityOf(runs);
+  CentroidFinder finder(options, ion, centroidMz, centroidIntensities);
+  for (const ProfileRun& run : runs) finder.AddRun(run);
+}
+
+}  // namespace zrml

@@ -1,0 +1,246 @@
+// Centroids worked by hand. Masses are 64ths, so that the arithmetic on them is exact.
+#include "spectrum/centroiding.h"
+
+#include <cmath>
+#include <limits>
+#include <ostream>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/spectrum/synthetic_spectra.h"
+
+namespace zrml {
+namespace {
+
+constexpr double kStep = 1.0 / 64;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+struct Centroids {
+  Doubles mz{1, 2, 3};  // what was there is replaced
+  Doubles intensities{4};
+};
+
+Centroids Find(const Doubles& mz, const Doubles& intensities, const CentroidOptions& options = {}) {
+  Centroids found;
+  FindCentroids(mz, intensities, options, found.mz, found.intensities);
+  return found;
+}
+
+Doubles Axis(std::size_t count) {
+  Doubles mz(count);
+  for (std::size_t i = 0; i < count; ++i) mz[i] = 100 + kStep * static_cast<double>(i);
+  return mz;
+}
+
+Centroids OnAxis(const Doubles& intensities, const CentroidOptions& options = {}) {
+  return Find(Axis(intensities.size()), intensities, options);
+}
+
+const CentroidOptions kAreas{.isArea = true};
+const CentroidOptions kNoNoise{.ionIntensity = 0.0};
+const CentroidOptions kAreasNoNoise{.isArea = true, .ionIntensity = 0.0};
+const CentroidOptions kOneCountAnIon{.isArea = true, .ionIntensity = 1.0};
+
+struct ShapeCase {
+  const char* name;
+  Doubles intensities;
+  double at;  // in steps from the first sample
+  double height;
+  double area;
+};
+
+void PrintTo(const ShapeCase& shape, std::ostream* out) { *out << shape.name; }
+
+class CentroidShapes : public testing::TestWithParam<ShapeCase> {};
+
+TEST_P(CentroidShapes, OneCentroid) {
+  const ShapeCase& shape = GetParam();
+  const Centroids heights = OnAxis(shape.intensities);
+  const Centroids areas = OnAxis(shape.intensities, kAreas);
+  ASSERT_EQ(heights.mz.size(), 1u);
+  ASSERT_EQ(heights.intensities.size(), 1u);
+  EXPECT_NEAR(heights.mz[0], 100 + kStep * shape.at, 1e-11);
+  EXPECT_NEAR(heights.intensities[0], shape.height, 1e-11 * shape.height);
+  EXPECT_EQ(areas.mz, heights.mz);
+  EXPECT_EQ(areas.intensities, Doubles{shape.area});
+}
+
+// 4, 16, 8 are 2^2, 2^4 and 2^3: the parabola 4 + x/2 - 3/2 x^2 through the exponents has its top at 1/6,
+// where it is 4 + 1/24. 2, 5, 5, 2: with x from the middle, ln 5 - ln 2.5 (x^2 - 1/4) / 2 is ln 5 + ln 2.5 /
+// 8 at 0.
+INSTANTIATE_TEST_SUITE_P(
+    Centroiding, CentroidShapes,
+    testing::Values(
+        ShapeCase{"two samples: their mean", {2, 6}, 0.75, 6, 8},
+        ShapeCase{"flat top of two", {0, 5, 5, 0}, 1.5, 5, 10},
+        ShapeCase{"flat top of four: no curve through it", {0, 5, 5, 5, 5, 0}, 2.5, 5, 20},
+        ShapeCase{"flat top with flanks", {0, 2, 5, 5, 2, 0}, 2.5, 5 * std::pow(2.5, 0.125), 14},
+        ShapeCase{"triangle", {0, 1, 2, 1, 0}, 2, 2, 4},
+        ShapeCase{"triangle at the start", {1, 2, 1, 0}, 1, 2, 4},
+        ShapeCase{"triangle at the end", {0, 0, 0, 1, 2, 1}, 4, 2, 4},
+        ShapeCase{"cut at its start: the mean", {8, 2}, 0.2, 8, 10},
+        ShapeCase{"parabola of logarithms", {0, 4, 16, 8, 0}, 2 + 1.0 / 6, 16 * std::exp2(1.0 / 24), 28}));
+
+// The exponent 8 + (9x - 10.5x^2 + 2x^3) / 24 rises until x = 1/2 and falls from there to 3: its derivative
+// is (x - 1/2) (x - 3) / 4.
+TEST(Centroiding, CubicOfTheLogarithmsForATail) {
+  const auto exponent = [](double x) { return 8 + (9 * x - 10.5 * x * x + 2 * x * x * x) / 24; };
+  Doubles intensities{0};
+  for (const double x : {-1.0, 0.0, 1.0, 2.0, 3.0}) intensities.push_back(std::exp2(exponent(x)));
+  const Centroids found = OnAxis(intensities);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + kStep * 2.5, 1e-9);
+  EXPECT_NEAR(found.intensities[0], std::exp2(exponent(0.5)), 1e-8);
+}
+
+TEST(Centroiding, ShoulderBelongsToItsPeak) {
+  const Centroids found = OnAxis({0, 1, 8, 32, 8, 7, 1, 0}, kAreas);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + 3 * kStep, 0.5 * kStep);
+}
+
+// The sample between two peaks counts half for each.
+TEST(Centroiding, NeighboursShareTheirValley) {
+  EXPECT_EQ(OnAxis({0, 2, 8, 4, 8, 2, 0}, kAreasNoNoise).intensities, (Doubles{12, 12}));
+  EXPECT_EQ(OnAxis({0, 2, 8, 0, 6, 2, 0}, kAreasNoNoise).intensities, (Doubles{10, 8}));
+}
+
+TEST(Centroiding, TwoZerosEndAPeak) {
+  const Centroids found = OnAxis({0, 1, 2, 1, 0, 0, 1, 2, 1});
+  ASSERT_EQ(found.mz.size(), 2u);
+  EXPECT_NEAR(found.mz[0], 100 + 2 * kStep, 1e-11);
+  EXPECT_NEAR(found.mz[1], 100 + 7 * kStep, 1e-11);
+}
+
+// 9 4 9 could be one peak of nine ions or so, 9 3 9 are two: (9 - 4)^2 / (9 + 4) is less than 1.5 squared,
+// and (9 - 3)^2 / (9 + 3) more.
+TEST(Centroiding, ValleysMustStandOutOfTheNoise) {
+  EXPECT_EQ(OnAxis({0, 3, 9, 4, 9, 3, 0}, kOneCountAnIon).intensities, Doubles{28});
+  EXPECT_EQ(OnAxis({0, 3, 9, 3, 9, 3, 0}, kOneCountAnIon).intensities, (Doubles{13.5, 13.5}));
+}
+
+// Two and a half deviations are those of 6.25 ions.
+TEST(Centroiding, PeaksMustStandOutOfTheNoise) {
+  EXPECT_EQ(OnAxis({0, 1, 4, 1, 0}, kOneCountAnIon).intensities, Doubles{});
+  EXPECT_EQ(OnAxis({0, 1, 5, 1, 0}, kOneCountAnIon).intensities, Doubles{7});
+  CentroidOptions options = kOneCountAnIon;
+  options.minSignalToNoise = 0;
+  EXPECT_EQ(OnAxis({0, 1, 0}, options).intensities, Doubles{1});
+  options.minSignalToNoise = 3;
+  EXPECT_EQ(OnAxis({0, 1, 5, 1, 0}, options).intensities, Doubles{});
+  options.ionIntensity = 0.25;
+  EXPECT_EQ(OnAxis({0, 1, 5, 1, 0}, options).intensities, Doubles{7});
+}
+
+// 34 between two valleys of 20 at high peaks. With half of each valley that is 54, of which 40 lie under it:
+// the square of the other 14 is not 6.25 times the variance, 54 and 20 for each valley, but more than once.
+TEST(Centroiding, WhatLiesUnderAPeakIsNotSignal) {
+  const Doubles intensities{0, 30, 90, 20, 34, 20, 90, 30, 0};
+  EXPECT_EQ(OnAxis(intensities, kOneCountAnIon).intensities, (Doubles{130, 130}));
+  CentroidOptions options = kOneCountAnIon;
+  options.minSignalToNoise = 1;
+  EXPECT_EQ(OnAxis(intensities, options).intensities, (Doubles{130, 54, 130}));
+}
+
+TEST(Centroiding, IonIntensityFromSamplesThatGoUpAndDown) {
+  const auto estimate = [](const Doubles& intensities) {
+    return EstimateIonIntensity(Axis(intensities.size()), intensities);
+  };
+  EXPECT_EQ(estimate({0, 2, 5, 9, 5, 2, 0}), 0);      // a peak
+  EXPECT_EQ(estimate({0, 5, 9, 7, 8, 10, 5, 0}), 0);  // two that are three samples apart
+  EXPECT_EQ(estimate({0, 0, 7, 0, 0}), 7);            // 7^2 / 7 on both sides
+  // Only at 5: (7 - 5)^2 / 12 and (9 - 5)^2 / 14. The upper one stands in for the median of two.
+  EXPECT_EQ(estimate({0, 4, 7, 5, 9, 3, 0}), 4.0 / 14 * 4);
+}
+
+TEST(Centroiding, ASampleAloneIsNoiseUnlessThereIsNone) {
+  EXPECT_EQ(OnAxis({0, 5, 0}).mz, Doubles{});
+  EXPECT_EQ(OnAxis({0, 5, 0}, kNoNoise).mz, Doubles{100 + kStep});
+  EXPECT_EQ(OnAxis({0, 5, 0}, kNoNoise).intensities, Doubles{5});
+  EXPECT_EQ(OnAxis({5}, kNoNoise).mz, Doubles{100});
+}
+
+// A step of half as long again is still one.
+TEST(Centroiding, AGapEndsAPeak) {
+  const Doubles intensities{2, 5, 5, 2};
+  const double wide = 101.5;
+  EXPECT_EQ(Find({100, 101, wide + 1, wide + 2}, intensities).mz.size(), 1u);
+  const Centroids found = Find({100, 101, wide + 1.125, wide + 2.125}, intensities, kAreas);
+  EXPECT_EQ(found.intensities, (Doubles{7, 7}));
+  EXPECT_NEAR(found.mz[0], 100 + 5.0 / 7, 1e-12);
+  EXPECT_NEAR(found.mz[1], wide + 1.125 + 2.0 / 7, 1e-12);
+}
+
+// The same profile with its zeros and without, the way acquisitions leave them out.
+TEST(Centroiding, ZerosThatAreLeftOutChangeNothing) {
+  const Doubles axis = kAnalysers[1].Axis(100, 2000, 90000);
+  Profile whole{axis, Doubles(axis.size())};
+  Profile sparse;
+  for (std::size_t at = 10; at + 10 < axis.size(); at += 97) {
+    const double shape[] = {0, 1, 4, 9, 11, 8, 3, 1, 0};
+    for (std::size_t i = 0; i < 9; ++i) {
+      whole.intensities[at + i] = shape[i];
+      sparse.masses.push_back(axis[at + i]);
+      sparse.intensities.push_back(shape[i]);
+    }
+  }
+  const Centroids expected = Find(whole.masses, whole.intensities);
+  const Centroids found = Find(sparse.masses, sparse.intensities);
+  EXPECT_EQ(found.mz.size(), (axis.size() - 20 + 96) / 97);
+  EXPECT_EQ(found.mz, expected.mz);
+  EXPECT_EQ(found.intensities, expected.intensities);
+}
+
+TEST(Centroiding, NoPointsNoCentroids) {
+  EXPECT_EQ(OnAxis({}).mz, Doubles{});
+  EXPECT_EQ(OnAxis({}).intensities, Doubles{});
+  EXPECT_EQ(OnAxis({0}).mz, Doubles{});
+  EXPECT_EQ(OnAxis({0, 0, 0}).mz, Doubles{});
+  EXPECT_EQ(EstimateIonIntensity({}, {}), 0);
+}
+
+TEST(Centroiding, WhatIsNoIntensityIsZero) {
+  const Centroids expected = OnAxis({0, 2, 8, 4, 0, 4, 8, 2, 0}, kNoNoise);
+  ASSERT_EQ(expected.mz.size(), 2u);
+  for (const double value : {-3.0, -kInfinity, kInfinity, kNaN}) {
+    const Centroids found = OnAxis({value, 2, 8, 4, value, 4, 8, 2, value}, kNoNoise);
+    EXPECT_EQ(found.mz, expected.mz) << value;
+    EXPECT_EQ(found.intensities, expected.intensities) << value;
+  }
+}
+
+TEST(Centroiding, MassesThatDoNotAscendEndAPeak) {
+  EXPECT_EQ(Find({100, 101, 101, 102}, {2, 5, 5, 2}, kAreas).intensities, (Doubles{7, 7}));
+  const Centroids found = Find({200, 201, 202, 100, 101, 102}, {1, 2, 1, 1, 4, 1});
+  ASSERT_EQ(found.mz.size(), 2u);
+  EXPECT_NEAR(found.mz[0], 201, 1e-11);
+  EXPECT_NEAR(found.mz[1], 101, 1e-11);
+}
+
+TEST(Centroiding, PointsWithoutAMassAreLeftOut) {
+  for (const double mass : {kNaN, -1.0, kInfinity, 1e101}) {
+    const Centroids found = Find({100, 101, mass, 103, 104}, {2, 5, 9, 5, 2}, kAreas);
+    EXPECT_EQ(found.intensities, (Doubles{7, 7})) << mass;
+  }
+}
+
+// A Gaussian of forty samples at half height, in whole counts: noise is looked at in means of several
+// samples, which keep its place and its area.
+TEST(Centroiding, ManySamplesAtHalfHeight) {
+  const double sigma = 40 / std::sqrt(8 * std::log(2.0));
+  const double centre = 120.3;
+  Doubles intensities(240);
+  for (std::size_t i = 0; i < intensities.size(); ++i) {
+    const double x = (static_cast<double>(i) - centre) / sigma;
+    intensities[i] = std::floor(1000 * std::exp(-x * x / 2) + 0.5);
+  }
+  const Centroids found = OnAxis(intensities, kOneCountAnIon);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + centre * kStep, 0.02 * kStep);
+  EXPECT_NEAR(found.intensities[0] / (1000 * sigma * std::sqrt(8 * std::atan(1.0))), 1, 0.002);
+}
+
+}  // namespace
+}  // namespace zrml
