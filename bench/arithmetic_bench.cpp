@@ -1,5 +1,6 @@
-// Sorting and summing.
+// Sorting, summing, finding peaks.
 #include <algorithm>
+#include <iterator>
 #include <random>
 #include <utility>
 #include <vector>
@@ -7,6 +8,7 @@
 #include <benchmark/benchmark.h>
 
 #include "spectrum/add_spectrum.h"
+#include "spectrum/centroiding.h"
 #include "spectrum/mass_spectrum.h"
 
 namespace zrml::bench {
@@ -102,6 +104,45 @@ void CopyBoth(benchmark::State& state) {
   }
 }
 
+// Peaks of four samples at half height, one after the other, of one to five thousand ions with counting
+// noise.
+CZRMassSpectrum CountedPeaks(std::size_t peaks) {
+  constexpr double kShape[] = {0, 0.02, 0.1, 0.5, 0.9, 0.9, 0.5, 0.1, 0.02, 0};
+  std::mt19937_64 random(3);
+  CZRMassSpectrum spectrum(static_cast<unsigned>(peaks * std::size(kShape)));
+  for (std::size_t i = 0; i < peaks * std::size(kShape); ++i) {
+    const double height = static_cast<double>(1 + i / std::size(kShape) % 5000);
+    spectrum.GetMasses()[i] = 100 + 0.001 * static_cast<double>(i);
+    std::poisson_distribution<int> count(height * kShape[i % std::size(kShape)] + 1e-9);
+    spectrum.GetIntensities()[i] = count(random);
+  }
+  return spectrum;
+}
+
+void Centroids(benchmark::State& state) {
+  constexpr std::size_t kPeaks = 100000;
+  const CZRMassSpectrum profile = CountedPeaks(kPeaks);
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  for (auto _ : state) {
+    FindCentroids(profile.MassVector(), profile.IntensityVector(), {}, mz, intensities);
+    benchmark::DoNotOptimize(mz.data());
+  }
+  if (mz.size() < kPeaks / 20 * 19 || mz.size() > kPeaks / 20 * 21)
+    state.SkipWithError("wrong number of peaks");
+  state.SetItemsProcessed(state.iterations() * profile.GetCount());
+}
+
+void SumBoth(benchmark::State& state) {
+  const CZRMassSpectrum profile = CountedPeaks(100000);
+  for (auto _ : state) {
+    double sum = 0;
+    for (int i = 0; i < profile.GetCount(); ++i) sum += profile.GetMasses()[i] * profile.GetIntensities()[i];
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * profile.GetCount());
+}
+
 BENCHMARK(SortOrdered)->Name("SortByMass of 100k points in order/ours");
 BENCHMARK(CheckOrder)->Name("SortByMass of 100k points in order/floor");
 BENCHMARK(SortShuffled)->Name("SortByMass of 100k points in random order/ours");
@@ -110,6 +151,8 @@ BENCHMARK_CAPTURE(Add, one, 100)->Name("AddSpectrum of two profiles of 100k poin
 BENCHMARK(CopyBoth)->Name("AddSpectrum of two profiles of 100k points on one grid/floor");
 BENCHMARK_CAPTURE(Add, two, 100.0037)->Name("AddSpectrum of two profiles of 100k points on two grids/ours");
 BENCHMARK(CopyBoth)->Name("AddSpectrum of two profiles of 100k points on two grids/floor");
+BENCHMARK(Centroids)->Name("Centroids of a profile of 1M points/ours");
+BENCHMARK(SumBoth)->Name("Centroids of a profile of 1M points/floor");
 
 }  // namespace
 }  // namespace zrml::bench
