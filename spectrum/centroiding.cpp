@@ -13,9 +13,10 @@ namespace {
 constexpr double kDeviationsOfClearValley = 4;
 constexpr double kDeviationsOfValley = 1.5;
 constexpr SampleIndex kSamplesPerWidth = 6;  // at least, of those at half height, that are left after binning
-constexpr double kTopFloor = 0.05;           // of the rise from the valley to the apex
-constexpr double kHighestCurve = 2;          // times the highest sample
-constexpr double kHalfWidths = 3;            // 3.5 standard deviations of a Gaussian
+constexpr SampleIndex kFewestToBin = 2 * kSamplesPerWidth;
+constexpr double kTopFloor = 0.05;   // of the rise from the valley to the apex
+constexpr double kHighestCurve = 2;  // times the highest sample
+constexpr double kHalfWidths = 3;    // 3.5 standard deviations of a Gaussian
 
 double Square(double x) { return x * x; }
 
@@ -35,7 +36,8 @@ void CutAtValleys(const ProfileRun& run, const Region& whole, double deviations,
                   std::vector<Region>& regions) {
   const double limit = Square(deviations) * ion;
   const auto standsOut = [&](SampleIndex high, SampleIndex low) {
-    return run[high] > run[low] && IonOfDifference(run[high], run[low]) > limit;
+    const double difference = run[high] - run[low];
+    return difference > 0 && difference * difference > limit * (run[high] + run[low]);
   };
   regions.clear();
   Region region = whole;
@@ -67,7 +69,9 @@ class Flank {
         direction_(direction),
         apex_(region.apex),
         end_(direction < 0 ? region.first : region.last),
-        isShared_(direction < 0 ? region.isFirstShared : region.isLastShared) {}
+        isShared_(direction < 0 ? region.isFirstShared : region.isLastShared) {
+    Measure();
+  }
 
   // The last sample that is high enough for the curve through the top.
   SampleIndex EndOfTop() const {
@@ -75,22 +79,6 @@ class Flank {
     SampleIndex i = apex_;
     while (i != end_ && run_[i + direction_] > 0 && run_[i + direction_] >= floor) i += direction_;
     return i;
-  }
-
-  // Sums the samples up to three half widths from `mass`, without the apex.
-  void Measure(double mass) {
-    const double reach = kHalfWidths * HalfWidth(mass);
-    for (SampleIndex i = apex_; i != end_;) {
-      i += direction_;
-      if (Distance(run_.mz[i], mass) > reach) {
-        ground_ = run_.Smooth(i);
-        return;
-      }
-      const double share = i == end_ && isShared_ ? 0.5 : 1;
-      sum_ += share * run_[i];
-      samples_ += share;
-    }
-    ground_ = Valley();
   }
 
   double Sum() const { return sum_; }
@@ -102,21 +90,37 @@ class Flank {
  private:
   double Valley() const { return isShared_ ? run_[end_] : 0; }
   double Level(double top, double part) const { return Valley() + part * (top - Valley()); }
-  double Distance(double mass, double from) const { return static_cast<double>(direction_) * (mass - from); }
+  double DistanceTo(double mass) const { return static_cast<double>(direction_) * (mass - run_.mz[apex_]); }
 
-  // How far from `mass` the smoothed samples have fallen half of the way from the apex to the valley.
-  double HalfWidth(double mass) const {
+  // How far off the smoothed samples have fallen half of the way from the apex to the valley.
+  double HalfWidth() const {
     double higher = run_.Smooth(apex_);
     const double level = Level(higher, 0.5);
     for (SampleIndex i = apex_; i != end_; i += direction_) {
       const double lower = run_.Smooth(i + direction_);
       if (lower < level) {
         const double part = (higher - level) / (higher - lower);
-        return std::max(Distance(run_.mz[i] + part * (run_.mz[i + direction_] - run_.mz[i]), mass), 0.0);
+        return DistanceTo(run_.mz[i] + part * (run_.mz[i + direction_] - run_.mz[i]));
       }
       higher = lower;
     }
     return std::numeric_limits<double>::infinity();
+  }
+
+  // Sums the samples beside the apex, as far as three half widths.
+  void Measure() {
+    const double reach = kHalfWidths * HalfWidth();
+    for (SampleIndex i = apex_; i != end_;) {
+      i += direction_;
+      if (DistanceTo(run_.mz[i]) > reach) {
+        ground_ = run_.Smooth(i);
+        return;
+      }
+      const double share = i == end_ && isShared_ ? 0.5 : 1;
+      sum_ += share * run_[i];
+      samples_ += share;
+    }
+    ground_ = Valley();
   }
 
   const ProfileRun& run_;
@@ -147,26 +151,23 @@ Apex FindApex(const ProfileRun& run, SampleIndex apex, SampleIndex first, Sample
   return curve && curve->height <= kHighestCurve * run[apex] ? *curve : MeanOf(run, apex, first, last);
 }
 
-struct Peak {
-  Apex apex;
-  double sum;
-  double ionsOfSignalToNoise;  // the squared signal to noise, times the ion's intensity
-};
-
-Peak MeasurePeak(const ProfileRun& run, const Region& region) {
-  Flank left(run, region, -1);
-  Flank right(run, region, 1);
-  const Apex apex = FindApex(run, region.apex, left.EndOfTop(), right.EndOfTop());
-  left.Measure(apex.mass);
-  right.Measure(apex.mass);
+// The peak of a region: its place and its height, or the sum of its samples. Nothing when the square of its
+// signal to noise, times the ion's intensity, is below `limit`.
+std::optional<Apex> MeasurePeak(const ProfileRun& run, const Region& region, bool isArea, double limit) {
+  const Flank left(run, region, -1);
+  const Flank right(run, region, 1);
   const double sum = run[region.apex] + left.Sum() + right.Sum();
   const double net = std::max(sum - left.Ground() - right.Ground(), 0.0);
   const double variance = sum + left.GroundVariance() + right.GroundVariance();
-  return {apex, sum, net / variance * net};
+  if (net * net < limit * variance) return std::nullopt;
+  Apex peak = FindApex(run, region.apex, left.EndOfTop(), right.EndOfTop());
+  if (isArea) peak.height = sum;
+  return peak;
 }
 
 // How many samples of a region one bin may hold: a peak keeps at least six at half height.
 SampleIndex BinSize(const ProfileRun& run, const Region& region) {
+  if (region.last - region.first + 1 < kFewestToBin) return 1;
   double top = 0;
   for (SampleIndex i = region.first; i <= region.last; ++i) top = std::max(top, run.Smooth(i));
   SampleIndex high = 0;
@@ -181,9 +182,10 @@ class CentroidFinder {
       : options_(options), ion_(ion), mz_(mz), intensities_(intensities) {}
 
   void AddRun(const ProfileRun& run) {
+    if (run.Count() < kFewestToBin || ion_ <= 0) return AddRegion(run, WholeOf(run), 1);
     CutAtValleys(run, WholeOf(run), kDeviationsOfClearValley, ion_, clear_);
     for (const Region& region : clear_) {
-      const SampleIndex size = ion_ > 0 ? BinSize(run, region) : 1;
+      const SampleIndex size = BinSize(run, region);
       if (size == 1) {
         AddRegion(run, region, 1);
       } else {
@@ -195,8 +197,7 @@ class CentroidFinder {
  private:
   // Means of `size` samples, from the first of the region on.
   void AddBinned(const ProfileRun& run, const Region& region, SampleIndex size) {
-    binMz_.clear();
-    binIntensities_.clear();
+    bins_.Clear();
     for (SampleIndex i = region.first; i <= region.last; i += size) {
       const SampleIndex end = std::min(i + size, region.last + 1);
       const auto count = static_cast<double>(end - i);
@@ -206,22 +207,23 @@ class CentroidFinder {
         mz += run.mz[k] / count;
         intensity += run[k] / count;
       }
-      binMz_.push_back(mz);
-      binIntensities_.push_back(intensity);
+      bins_.Add(mz, intensity);
     }
-    const auto last = static_cast<SampleIndex>(binMz_.size()) - 1;
-    const ProfileRun bins{binMz_.data(), binIntensities_.data(), 0, last};
-    AddRegion(bins, {0, 0, last, region.isFirstShared, region.isLastShared}, static_cast<double>(size));
+    bins_.EndRun();
+    const ProfileRun bins = bins_[0];
+    AddRegion(bins, {bins.first, bins.first, bins.last, region.isFirstShared, region.isLastShared},
+              static_cast<double>(size));
   }
 
   // `size` is how many samples each one is the mean of.
   void AddRegion(const ProfileRun& run, const Region& region, double size) {
     CutAtValleys(run, region, kDeviationsOfValley, ion_ / size, regions_);
+    const double limit = Square(options_.minSignalToNoise) * ion_ / size;
     for (const Region& part : regions_) {
-      const Peak peak = MeasurePeak(run, part);
-      if (peak.ionsOfSignalToNoise < Square(options_.minSignalToNoise) * ion_ / size) continue;
-      mz_.push_back(peak.apex.mass);
-      intensities_.push_back(options_.isArea ? peak.sum * size : peak.apex.height);
+      const std::optional<Apex> peak = MeasurePeak(run, part, options_.isArea, limit);
+      if (!peak) continue;
+      mz_.push_back(peak->mass);
+      intensities_.push_back(options_.isArea ? peak->height * size : peak->height);
     }
   }
 
@@ -231,14 +233,13 @@ class CentroidFinder {
   std::vector<double>& intensities_;
   std::vector<Region> clear_;
   std::vector<Region> regions_;
-  std::vector<double> binMz_;
-  std::vector<double> binIntensities_;
+  ProfileRuns bins_;
 };
 
 }  // namespace
 
 double EstimateIonIntensity(std::span<const double> mz, std::span<const double> intensities) {
-  return IonIntensityOf(FindProfileRuns(mz, intensities));
+  return ProfileRuns(mz, intensities).IonIntensity();
 }
 
 void FindCentroids(std::span<const double> mz, std::span<const double> intensities,
@@ -246,10 +247,10 @@ void FindCentroids(std::span<const double> mz, std::span<const double> intensiti
                    std::vector<double>& centroidIntensities) {
   centroidMz.clear();
   centroidIntensities.clear();
-  const std::vector<ProfileRun> runs = FindProfileRuns(mz, intensities);
-  const double ion = options.ionIntensity ? *options.ionIntensity : IonIntensityOf(runs);
+  const ProfileRuns runs(mz, intensities);
+  const double ion = options.ionIntensity ? *options.ionIntensity : runs.IonIntensity();
   CentroidFinder finder(options, ion, centroidMz, centroidIntensities);
-  for (const ProfileRun& run : runs) finder.AddRun(run);
+  for (std::size_t i = 0; i < runs.Count(); ++i) finder.AddRun(runs[i]);
 }
 
 }  // namespace zrml

@@ -22,8 +22,8 @@ struct CentroidOptions {
 double EstimateIonIntensity(std::span<const double> mz, std::span<const double> intensities);
 
 /// Replaces both vectors by the centroids of the profile, in its order. Masses should ascend: where one does
-/// not, a peak ends. A point whose mass is not a number from 0 to 1e100 is left out, as is one without an
-/// intensity; an intensity that is negative, infinite or not a number counts as 0. Linear time.
+/// not, a peak ends. A point whose mass is not from 0 to 1e100 is left out; an intensity that is not counts
+/// as 0. The arrays are as long as each other. Linear time.
 void FindCentroids(std::span<const double> mz, std::span<const double> intensities,
                    const CentroidOptions& options, std::vector<double>& centroidMz,
                    std::vector<double>& centroidIntensities);

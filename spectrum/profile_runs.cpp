@@ -5,49 +5,38 @@
 namespace zrml {
 namespace {
 
-constexpr double kHighestMass = 1e100;
-constexpr SampleIndex kStepsAround = 8;
+constexpr double kHighest = 1e100;  // far from where squares and sums overflow
+constexpr std::size_t kZeros = 2;   // around runs: as far as what looks at a sample's surroundings goes
+constexpr SampleIndex kStepsAround = 4;
 constexpr double kLongestStep = 1.5;  // of the shortest around
 
-class RunFinder {
+class Samples {
  public:
-  RunFinder(std::span<const double> mz, std::span<const double> intensities)
+  Samples(std::span<const double> mz, std::span<const double> intensities)
       : mz_(mz.data()), intensities_(intensities.data()), count_(static_cast<SampleIndex>(mz.size())) {}
 
-  std::vector<ProfileRun> Find() const {
-    std::vector<ProfileRun> runs;
-    for (SampleIndex i = 0; i < count_; ++i) {
-      if (!HasIntensity(i)) continue;
-      ProfileRun run{mz_, intensities_, i, i};
-      while (IsFollowed(i)) {
-        ++i;
-        if (HasIntensity(i)) run.last = i;
-      }
-      runs.push_back(run);
-    }
-    return runs;
+  SampleIndex Count() const { return count_; }
+  double Mass(SampleIndex i) const { return mz_[i]; }
+  double Intensity(SampleIndex i) const {
+    return intensities_[i] > 0 && intensities_[i] <= kHighest ? intensities_[i] : 0;
+  }
+  bool CanBegin(SampleIndex i) const { return Intensity(i) > 0 && mz_[i] >= 0 && mz_[i] <= kHighest; }
+
+  // Whether the next sample is of the same run.
+  bool IsFollowed(SampleIndex i) const {
+    return i + 1 < count_ && (Intensity(i) > 0 || Intensity(i + 1) > 0) && Step(i) > 0 &&
+           mz_[i + 1] <= kHighest && Step(i) <= kLongestStep * ShortestStepAround(i);
   }
 
  private:
-  bool HasIntensity(SampleIndex i) const {
-    return CountedIntensity(intensities_[i]) > 0 && mz_[i] >= 0 && mz_[i] <= kHighestMass;
-  }
-
   double Step(SampleIndex i) const { return mz_[i + 1] - mz_[i]; }
 
   double ShortestStepAround(SampleIndex i) const {
     const SampleIndex last = std::min(i + kStepsAround, count_ - 2);
     double shortest = Step(i);
-    for (SampleIndex k = std::max<SampleIndex>(i - kStepsAround, 0); k <= last; ++k) {
-      if (Step(k) > 0 && Step(k) < shortest) shortest = Step(k);
-    }
+    for (SampleIndex k = std::max<SampleIndex>(i - kStepsAround, 0); k <= last; ++k)
+      shortest = Step(k) > 0 && Step(k) < shortest ? Step(k) : shortest;
     return shortest;
-  }
-
-  // Whether the next sample is of the same run.
-  bool IsFollowed(SampleIndex i) const {
-    if (i + 1 >= count_ || !(Step(i) > 0) || !(mz_[i + 1] <= kHighestMass)) return false;
-    return (HasIntensity(i) || HasIntensity(i + 1)) && Step(i) <= kLongestStep * ShortestStepAround(i);
   }
 
   const double* mz_;
@@ -55,28 +44,74 @@ class RunFinder {
   SampleIndex count_;
 };
 
-// Whether sample i is higher than those beside it and they are no higher than theirs, or lower and no lower.
-bool IsZigzag(const ProfileRun& run, SampleIndex i) {
-  const double left = run[i] - run[i - 1];
-  const double right = run[i] - run[i + 1];
-  if (left > 0 && right > 0) return run[i - 1] <= run[i - 2] && run[i + 1] <= run[i + 2];
-  return left < 0 && right < 0 && run[i - 1] >= run[i - 2] && run[i + 1] >= run[i + 2];
+// Whether a sample is higher than those beside it and they are no higher than theirs, or lower and no lower.
+bool IsZigzag(const double* sample) {
+  const double left = sample[0] - sample[-1];
+  const double right = sample[0] - sample[1];
+  if (left > 0 && right > 0) return sample[-1] <= sample[-2] && sample[1] <= sample[2];
+  return left < 0 && right < 0 && sample[-1] >= sample[-2] && sample[1] >= sample[2];
 }
+
+// The intensity of an ion if two samples differ by one standard deviation: counting makes the variance of
+// each the product of its intensity and an ion's.
+double IonOfDifference(double one, double other) { return (one - other) * (one - other) / (one + other); }
 
 }  // namespace
 
-std::vector<ProfileRun> FindProfileRuns(std::span<const double> mz, std::span<const double> intensities) {
-  return RunFinder(mz, intensities).Find();
+ProfileRuns::ProfileRuns(std::span<const double> mz, std::span<const double> intensities) {
+  mz_.reserve(mz.size() + 2 * kZeros);
+  intensities_.reserve(mz.size() + 2 * kZeros);
+  Clear();
+  const Samples samples(mz, intensities);
+  for (SampleIndex i = 0; i < samples.Count(); ++i) {
+    if (!samples.CanBegin(i)) continue;
+    Add(samples.Mass(i), samples.Intensity(i));
+    while (samples.IsFollowed(i)) {
+      ++i;
+      Add(samples.Mass(i), samples.Intensity(i));
+    }
+    EndRun();
+  }
 }
 
-double IonIntensityOf(const std::vector<ProfileRun>& runs) {
+void ProfileRuns::Clear() {
+  mz_.clear();
+  intensities_.clear();
+  lasts_.clear();
+  AddZeros();
+}
+
+void ProfileRuns::AddZeros() {
+  mz_.insert(mz_.end(), kZeros, 0.0);
+  intensities_.insert(intensities_.end(), kZeros, 0.0);
+}
+
+void ProfileRuns::Add(double mz, double intensity) {
+  mz_.push_back(mz);
+  intensities_.push_back(intensity);
+}
+
+void ProfileRuns::EndRun() {
+  while (intensities_.back() == 0) {
+    mz_.pop_back();
+    intensities_.pop_back();
+  }
+  lasts_.push_back(static_cast<SampleIndex>(mz_.size()) - 1);
+  AddZeros();
+}
+
+ProfileRun ProfileRuns::operator[](std::size_t run) const {
+  const SampleIndex before = run == 0 ? -1 : lasts_[run - 1];
+  return {mz_.data(), intensities_.data(), before + 1 + static_cast<SampleIndex>(kZeros), lasts_[run]};
+}
+
+double ProfileRuns::IonIntensity() const {
   std::vector<double> ions;
-  for (const ProfileRun& run : runs) {
-    for (SampleIndex i = run.first; i <= run.last; ++i) {
-      if (!IsZigzag(run, i)) continue;
-      ions.push_back(IonOfDifference(run[i], run[i - 1]));
-      ions.push_back(IonOfDifference(run[i], run[i + 1]));
-    }
+  for (std::size_t i = kZeros; i + kZeros < intensities_.size(); ++i) {
+    const double* const sample = &intensities_[i];
+    if (!IsZigzag(sample)) continue;
+    ions.push_back(IonOfDifference(sample[0], sample[-1]));
+    ions.push_back(IonOfDifference(sample[0], sample[1]));
   }
   if (ions.empty()) return 0;
   const auto middle = ions.begin() + static_cast<SampleIndex>(ions.size() / 2);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <span>
 #include <vector>
 
@@ -11,40 +10,52 @@ namespace zrml {
 
 using SampleIndex = std::ptrdiff_t;
 
-/// What counts of an intensity: 0 when it is negative, infinite or not a number.
-inline double CountedIntensity(double intensity) {
-  return intensity > 0 && intensity <= std::numeric_limits<double>::max() ? intensity : 0;
-}
-
-/// Part of a profile, with ascending masses. It begins and ends with an intensity; around it all is 0.
+/// Samples with ascending masses. The first and the last have an intensity; the two before and behind are 0,
+/// and their masses nothing.
 struct ProfileRun {
   const double* mz;
   const double* intensities;
   SampleIndex first;
   SampleIndex last;
 
-  double operator[](SampleIndex i) const {
-    return i < first || i > last ? 0 : CountedIntensity(intensities[i]);
-  }
+  double operator[](SampleIndex i) const { return intensities[i]; }
+  SampleIndex Count() const { return last - first + 1; }
   /// The mean of three samples, the middle one counted twice.
   double Smooth(SampleIndex i) const {
-    return 0.25 * (*this)[i - 1] + 0.5 * (*this)[i] + 0.25 * (*this)[i + 1];
+    return 0.25 * intensities[i - 1] + 0.5 * intensities[i] + 0.25 * intensities[i + 1];
   }
 };
 
-/// A step ends a run when it is more than half as long again as the shortest of the eight before and after
-/// it: acquisitions leave out zeros. So do a mass that is not above the one before, and one that is not a
-/// number from 0 to 1e100, whose point is in no run. The arrays are as long as each other.
-std::vector<ProfileRun> FindProfileRuns(std::span<const double> mz, std::span<const double> intensities);
+/// Owns samples, one run after the other.
+class ProfileRuns {
+ public:
+  /// Without any.
+  ProfileRuns() { Clear(); }
+  /// A step ends a run when it is more than half as long again as the shortest of the four before and after
+  /// it: acquisitions leave out zeros. So does a mass that is not above the one before or not from 0 to
+  /// 1e100. An intensity that is not from 0 to 1e100 counts as 0. The arrays are as long as each other.
+  ProfileRuns(std::span<const double> mz, std::span<const double> intensities);
 
-/// The intensity of an ion if two samples differ by one standard deviation: counting ions makes the variance
-/// of each sample the product of both intensities.
-inline double IonOfDifference(double one, double other) {
-  return (one - other) / (one + other) * (one - other);  // the square alone might overflow
-}
+  void Clear();
+  /// Adds a sample to the last run; its first has an intensity.
+  void Add(double mz, double intensity);
+  /// Zeros at its end are no part of it.
+  void EndRun();
 
-/// The median of IonOfDifference where samples go up and down by turns, as no peak of three samples or more
-/// does; 0 when they never do.
-double IonIntensityOf(const std::vector<ProfileRun>& runs);
+  std::size_t Count() const { return lasts_.size(); }
+  /// Holds until there is another change.
+  ProfileRun operator[](std::size_t run) const;
+
+  /// What one ion adds to the intensities: the median of what the samples say that go up and down by turns,
+  /// as no peak of three samples or more does; 0 when there are none.
+  double IonIntensity() const;
+
+ private:
+  void AddZeros();
+
+  std::vector<double> mz_;
+  std::vector<double> intensities_;
+  std::vector<SampleIndex> lasts_;  // of each run
+};
 
 }  // namespace zrml
