@@ -1,5 +1,5 @@
-// Arithmetic on spectra: sums, resampling, merging of peaks, scan laws, sub-scans, sorting, on points with
-// any bits or with likely values.
+// Arithmetic on spectra: sums, resampling, merging of peaks, scan laws, sub-scans, sorting, centroids, on
+// points with any bits or with likely values.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -11,6 +11,7 @@
 #include "plugin/raw_spectra.h"
 #include "spectrum/add_spectrum.h"
 #include "spectrum/centroid_merge.h"
+#include "spectrum/centroiding.h"
 #include "spectrum/peak_sum.h"
 #include "spectrum/profile_resampling.h"
 #include "tests/spectrum/synthetic_spectra.h"
@@ -216,6 +217,25 @@ void Merge(CZRMassSpectrum spectrum) {
   Check(!bounded || spectrum.UsablePoints() <= points, "merging makes no points");
 }
 
+// No peak is made of nothing: together they have no more than the profile.
+void FindPeaks(const CZRMassSpectrum& profile) {
+  constexpr double kHighest = 1e100;
+  double total = 0;
+  for (const double value : profile.IntensityVector()) total += value > 0 && value <= kHighest ? value : 0;
+  Doubles mz;
+  Doubles values;
+  for (const bool isArea : {false, true}) {
+    FindCentroids(profile.MassVector(), profile.IntensityVector(), {.isArea = isArea}, mz, values);
+    Check(mz.size() == values.size() && mz.size() <= profile.UsablePoints(), "each centroid has its points");
+    for (const double mass : mz) Check(mass >= 0 && mass <= kHighest, "a centroid has a mass");
+    for (const double value : values)
+      Check(value >= 0 && value <= 2 * kHighest, "a centroid has an intensity");
+  }
+  double sum = 0;
+  for (const double area : values) sum += area;
+  Check(sum <= total * (1 + 1e-9), "areas come from the profile");
+}
+
 }  // namespace
 }  // namespace zrml::fuzz
 
@@ -230,5 +250,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::SumLists(input, source, target);
   fuzz::SumRepeats(input, source);
   fuzz::Merge(source);
+  fuzz::FindPeaks(source);
   return 0;
 }

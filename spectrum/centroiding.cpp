@@ -195,17 +195,16 @@ class CentroidFinder {
   }
 
  private:
-  // Means of `size` samples, from the first of the region on.
+  // Means of `size` samples, from the first of the region on; zeros make up the last.
   void AddBinned(const ProfileRun& run, const Region& region, SampleIndex size) {
     bins_.Clear();
     for (SampleIndex i = region.first; i <= region.last; i += size) {
       const SampleIndex end = std::min(i + size, region.last + 1);
-      const auto count = static_cast<double>(end - i);
       double mz = 0;
       double intensity = 0;
       for (SampleIndex k = i; k < end; ++k) {
-        mz += run.mz[k] / count;
-        intensity += run[k] / count;
+        mz += run.mz[k] / static_cast<double>(end - i);
+        intensity += run[k] / static_cast<double>(size);
       }
       bins_.Add(mz, intensity);
     }
