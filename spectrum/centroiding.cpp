@@ -77,7 +77,7 @@ class Flank {
   SampleIndex EndOfTop() const {
     const double floor = Level(run_[apex_], kTopFloor);
     SampleIndex i = apex_;
-    while (i != end_ && run_[i + direction_] > 0 && run_[i + direction_] >= floor) i += direction_;
+    while (i != end_ && run_[i + direction_] >= floor) i += direction_;
     return i;
   }
 

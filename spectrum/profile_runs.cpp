@@ -5,8 +5,9 @@
 namespace zrml {
 namespace {
 
-constexpr double kHighest = 1e100;  // far from where squares and sums overflow
-constexpr std::size_t kZeros = 2;   // around runs: as far as what looks at a sample's surroundings goes
+constexpr double kLowest = 1e-100;  // far from where squares underflow or overflow
+constexpr double kHighest = 1e100;
+constexpr std::size_t kZeros = 2;  // around runs: as far as what looks at a sample's surroundings goes
 constexpr SampleIndex kStepsAround = 4;
 constexpr double kLongestStep = 1.5;  // of the shortest around
 
@@ -18,7 +19,7 @@ class Samples {
   SampleIndex Count() const { return count_; }
   double Mass(SampleIndex i) const { return mz_[i]; }
   double Intensity(SampleIndex i) const {
-    return intensities_[i] > 0 && intensities_[i] <= kHighest ? intensities_[i] : 0;
+    return intensities_[i] >= kLowest && intensities_[i] <= kHighest ? intensities_[i] : 0;
   }
   bool CanBegin(SampleIndex i) const { return Intensity(i) > 0 && mz_[i] >= 0 && mz_[i] <= kHighest; }
 
@@ -92,10 +93,6 @@ void ProfileRuns::Add(double mz, double intensity) {
 }
 
 void ProfileRuns::EndRun() {
-  while (intensities_.back() == 0) {
-    mz_.pop_back();
-    intensities_.pop_back();
-  }
   lasts_.push_back(static_cast<SampleIndex>(mz_.size()) - 1);
   AddZeros();
 }

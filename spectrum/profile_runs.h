@@ -37,9 +37,8 @@ class ProfileRuns {
   ProfileRuns(std::span<const double> mz, std::span<const double> intensities);
 
   void Clear();
-  /// Adds a sample to the last run; its first has an intensity.
+  /// Adds a sample to the run that is being made.
   void Add(double mz, double intensity);
-  /// Zeros at its end are no part of it.
   void EndRun();
 
   std::size_t Count() const { return lasts_.size(); }

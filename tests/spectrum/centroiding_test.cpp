@@ -1,6 +1,7 @@
 // Centroids worked by hand. Masses are 64ths, so that the arithmetic on them is exact.
 #include "spectrum/centroiding.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <ostream>
@@ -114,11 +115,54 @@ TEST(Centroiding, TwoZerosEndAPeak) {
   EXPECT_NEAR(found.mz[1], 100 + 7 * kStep, 1e-11);
 }
 
+// No noise is so great that it would join them; one zero may be noise.
+TEST(Centroiding, TwoZerosEndAPeakInNoiseToo) {
+  const CentroidOptions options{.isArea = true, .minSignalToNoise = 0, .ionIntensity = 1.0};
+  EXPECT_EQ(OnAxis({0, 1, 2, 1, 0, 0, 1, 2, 1, 0}, options).intensities, (Doubles{4, 4}));
+  EXPECT_EQ(OnAxis({0, 1, 2, 0, 2, 1, 0}, options).intensities, Doubles{6});
+}
+
+// The means of 4 64 4, 64 4 1, 4 1 1 with the middle one counted twice are 34, 18.25, 1.75: half of 34 is
+// reached 1.08 steps to the right, and three times that far are three samples. To the left there is but one.
+TEST(Centroiding, AreaEndsThreeHalfWidthsFromTheApex) {
+  const Doubles intensities{0, 4, 64, 4, 1, 1, 1, 1, 1, 1, 1, 0};
+  EXPECT_EQ(OnAxis(intensities, kAreasNoNoise).intensities, Doubles{74});
+  // Under three samples and half of the apex lie 3.5, with a variance of 3.5^2: 70.5^2 / 86.25 is 57.6.
+  CentroidOptions options = kOneCountAnIon;
+  options.minSignalToNoise = 7.5;
+  EXPECT_EQ(OnAxis(intensities, options).intensities, Doubles{74});
+  options.minSignalToNoise = 8;
+  EXPECT_EQ(OnAxis(intensities, options).intensities, Doubles{});
+}
+
+// The means fall from 94 over 80 to 62.5, and half of the way from 94 to the valley of 36 is 65: 1.86 steps,
+// five samples in three times that. The second peak has the half of the valley.
+TEST(Centroiding, HalfWidthsAreThoseAboveTheValley) {
+  const Doubles intensities{0, 96, 100, 80, 60, 50, 40, 39, 38, 37, 36, 100, 0};
+  EXPECT_EQ(OnAxis(intensities, kAreasNoNoise).intensities, (Doubles{465, 118}));
+}
+
+// What is below a twentieth of the apex is not of the top: the parabola is that of 4, 16, 8.
+TEST(Centroiding, FlanksAreNoPartOfTheTop) {
+  const Centroids found = OnAxis({0, 0.75, 4, 16, 8, 0.75, 0});
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + (3 + 1.0 / 6) * kStep, 1e-11);
+}
+
+// The cubic of these rises to more than twice the highest sample.
+TEST(Centroiding, MeanWhereTheCurveIsFarAboveTheSamples) {
+  const CentroidOptions options{.minSignalToNoise = 0, .ionIntensity = 1000.0};
+  const Centroids found = OnAxis({20, 1, 20, 5, 20}, options);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + (1 + 40 + 15 + 80) / 66.0 * kStep, 1e-11);
+  EXPECT_EQ(found.intensities, Doubles{20});
+}
+
 // 9 4 9 could be one peak of nine ions or so, 9 3 9 are two: (9 - 4)^2 / (9 + 4) is less than 1.5 squared,
 // and (9 - 3)^2 / (9 + 3) more.
 TEST(Centroiding, ValleysMustStandOutOfTheNoise) {
-  EXPECT_EQ(OnAxis({0, 3, 9, 4, 9, 3, 0}, kOneCountAnIon).intensities, Doubles{28});
-  EXPECT_EQ(OnAxis({0, 3, 9, 3, 9, 3, 0}, kOneCountAnIon).intensities, (Doubles{13.5, 13.5}));
+  EXPECT_EQ(OnAxis({0, 3, 11, 5, 11, 3, 0}, kOneCountAnIon).intensities, Doubles{33});
+  EXPECT_EQ(OnAxis({0, 3, 21, 12, 21, 3, 0}, kOneCountAnIon).intensities, (Doubles{30, 30}));
 }
 
 // Two and a half deviations are those of 6.25 ions.
@@ -140,7 +184,9 @@ TEST(Centroiding, WhatLiesUnderAPeakIsNotSignal) {
   const Doubles intensities{0, 30, 90, 20, 34, 20, 90, 30, 0};
   EXPECT_EQ(OnAxis(intensities, kOneCountAnIon).intensities, (Doubles{130, 130}));
   CentroidOptions options = kOneCountAnIon;
-  options.minSignalToNoise = 1;
+  options.minSignalToNoise = 1.5;
+  EXPECT_EQ(OnAxis(intensities, options).intensities, (Doubles{130, 130}));
+  options.minSignalToNoise = 1.4;
   EXPECT_EQ(OnAxis(intensities, options).intensities, (Doubles{130, 54, 130}));
 }
 
@@ -171,6 +217,12 @@ TEST(Centroiding, AGapEndsAPeak) {
   EXPECT_EQ(found.intensities, (Doubles{7, 7}));
   EXPECT_NEAR(found.mz[0], 100 + 5.0 / 7, 1e-12);
   EXPECT_NEAR(found.mz[1], wide + 1.125 + 2.0 / 7, 1e-12);
+}
+
+// Three gaps in a row, with a step of 1 four steps before and behind the middle one.
+TEST(Centroiding, GapsBetweenSamplesThatStandAlone) {
+  const Centroids found = Find({1, 2, 3, 13, 23, 33, 34, 35}, {0, 0, 0, 5, 5, 0, 0, 0}, kNoNoise);
+  EXPECT_EQ(found.mz, (Doubles{13, 23}));
 }
 
 // The same profile with its zeros and without, the way acquisitions leave them out.
@@ -226,20 +278,79 @@ TEST(Centroiding, PointsWithoutAMassAreLeftOut) {
   }
 }
 
-// A Gaussian of forty samples at half height, in whole counts: noise is looked at in means of several
-// samples, which keep its place and its area.
+// Gaussians with `width` samples at half height.
+Doubles Gaussian(std::size_t count, double centre, double width, double height) {
+  Doubles intensities(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = (static_cast<double>(i) - centre) / width;
+    intensities[i] = height * std::exp2(-4 * x * x);
+  }
+  return intensities;
+}
+
+Doubles Sum(Doubles one, const Doubles& other) {
+  for (std::size_t i = 0; i < one.size(); ++i) one[i] += other[i];
+  return one;
+}
+
+double AreaOfGaussian(double width, double height) {
+  return height * width * std::sqrt(std::atan(1.0) / std::log(2.0));
+}
+
 TEST(Centroiding, ManySamplesAtHalfHeight) {
-  const double sigma = 40 / std::sqrt(8 * std::log(2.0));
-  const double centre = 120.3;
-  Doubles intensities(240);
+  const Doubles intensities = Gaussian(240, 120.3, 40, 1000);
+  const Centroids found = OnAxis(intensities, kAreasNoNoise);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + 120.3 * kStep, 1e-6 * kStep);
+  EXPECT_NEAR(found.intensities[0] / AreaOfGaussian(40, 1000), 1, 0.001);
+}
+
+// Samples beside each other differ by 2.4 of their deviations, which would be a valley; the means of six
+// hardly differ.
+TEST(Centroiding, ManySamplesAtHalfHeightInNoise) {
+  Doubles intensities = Gaussian(240, 120.3, 40, 1000);
   for (std::size_t i = 0; i < intensities.size(); ++i) {
-    const double x = (static_cast<double>(i) - centre) / sigma;
-    intensities[i] = std::floor(1000 * std::exp(-x * x / 2) + 0.5);
+    const double noise = std::min(1.2 * std::sqrt(intensities[i]), intensities[i] / 2);
+    intensities[i] += i % 2 == 0 ? noise : -noise;
   }
   const Centroids found = OnAxis(intensities, kOneCountAnIon);
   ASSERT_EQ(found.mz.size(), 1u);
-  EXPECT_NEAR(found.mz[0], 100 + centre * kStep, 0.02 * kStep);
-  EXPECT_NEAR(found.intensities[0] / (1000 * sigma * std::sqrt(8 * std::atan(1.0))), 1, 0.002);
+  EXPECT_NEAR(found.mz[0], 100 + 120.3 * kStep, 0.5 * kStep);
+  EXPECT_NEAR(found.intensities[0] / AreaOfGaussian(40, 1000), 1, 0.005);
+}
+
+// 10 and the valley of 6.8 differ by less than a deviation of each, but not of the mean of several.
+TEST(Centroiding, ValleysOfManySamples) {
+  const Doubles intensities = Sum(Gaussian(240, 80, 40, 10), Gaussian(240, 130, 40, 10));
+  const Centroids found = OnAxis(intensities, kOneCountAnIon);
+  ASSERT_EQ(found.mz.size(), 2u);
+  EXPECT_NEAR(found.mz[0], 100 + 80 * kStep, 5 * kStep);
+  EXPECT_NEAR(found.mz[1], 100 + 130 * kStep, 5 * kStep);
+}
+
+// Thirty ions are five deviations, in however many samples they are.
+TEST(Centroiding, FewIonsInManySamples) {
+  const Centroids found = OnAxis(Gaussian(120, 60, 40, 30 / AreaOfGaussian(40, 1)), kOneCountAnIon);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.intensities[0], 30, 1);
+}
+
+// Twenty samples are seven bins of three, of which the last has two.
+TEST(Centroiding, TheLastSamplesAreNotAWholeBin) {
+  const Centroids found = OnAxis(Doubles(20, 5), kOneCountAnIon);
+  ASSERT_EQ(found.mz.size(), 1u);
+  EXPECT_NEAR(found.mz[0], 100 + 9.5 * kStep, 3 * kStep);
+  EXPECT_NEAR(found.intensities[0], 100, 1e-9);
+}
+
+// The pair is too close for means of several samples; a valley that is clear parts it from the wide peak.
+TEST(Centroiding, WideAndNarrowPeaksInOneRun) {
+  const Doubles pair = Sum(Gaussian(160, 110.2, 4, 1000), Gaussian(160, 116.2, 4, 1000));
+  const Centroids found = OnAxis(Sum(Gaussian(160, 60, 40, 1000), pair), kOneCountAnIon);
+  ASSERT_EQ(found.mz.size(), 3u);
+  EXPECT_NEAR(found.mz[0], 100 + 60 * kStep, kStep);
+  EXPECT_NEAR(found.mz[1], 100 + 110.2 * kStep, 0.2 * kStep);
+  EXPECT_NEAR(found.mz[2], 100 + 116.2 * kStep, 0.2 * kStep);
 }
 
 }  // namespace
