@@ -256,7 +256,7 @@ TEST(Centroiding, NoPointsNoCentroids) {
 TEST(Centroiding, WhatIsNoIntensityIsZero) {
   const Centroids expected = OnAxis({0, 2, 8, 4, 0, 4, 8, 2, 0}, kNoNoise);
   ASSERT_EQ(expected.mz.size(), 2u);
-  for (const double value : {-3.0, -kInfinity, kInfinity, kNaN}) {
+  for (const double value : {-3.0, -kInfinity, kInfinity, kNaN, 1e101, 1e-101}) {
     const Centroids found = OnAxis({value, 2, 8, 4, value, 4, 8, 2, value}, kNoNoise);
     EXPECT_EQ(found.mz, expected.mz) << value;
     EXPECT_EQ(found.intensities, expected.intensities) << value;
