@@ -165,13 +165,36 @@ std::optional<Apex> MeasurePeak(const ProfileRun& run, const Region& region, boo
   return peak;
 }
 
-// How many samples of a region one bin may hold: a peak keeps at least six at half height.
+// The sample that a quarter of the others are below.
+double LowerQuartile(const ProfileRun& run, const Region& region) {
+  std::vector<double> samples(run.intensities + region.first, run.intensities + region.last + 1);
+  const auto quarter = samples.begin() + static_cast<SampleIndex>(samples.size() / 4);
+  std::nth_element(samples.begin(), quarter, samples.end());
+  return *quarter;
+}
+
+// How many samples are at `level` or above, from the apex to `end`, or to where more of them in a row are
+// below than were above so far: noise makes shorter gaps.
+SampleIndex CountHigh(const ProfileRun& run, SampleIndex apex, SampleIndex end, double level) {
+  const SampleIndex direction = end < apex ? -1 : 1;
+  SampleIndex high = 0;
+  SampleIndex low = 0;
+  for (SampleIndex i = apex; i != end && low <= high;) {
+    i += direction;
+    const bool isHigh = run.Smooth(i) >= level;
+    high += isHigh ? 1 : 0;
+    low = isHigh ? 0 : low + 1;
+  }
+  return high;
+}
+
+// How many samples of a region one bin may hold: the highest peak keeps six or more at half its height above
+// the median.
 SampleIndex BinSize(const ProfileRun& run, const Region& region) {
   if (region.last - region.first + 1 < kFewestToBin) return 1;
-  double top = 0;
-  for (SampleIndex i = region.first; i <= region.last; ++i) top = std::max(top, run.Smooth(i));
-  SampleIndex high = 0;
-  for (SampleIndex i = region.first; i <= region.last; ++i) high += run.Smooth(i) >= 0.5 * top ? 1 : 0;
+  const double level = 0.5 * run.Smooth(region.apex) + 0.5 * LowerQuartile(run, region);
+  const SampleIndex high =
+      1 + CountHigh(run, region.apex, region.first, level) + CountHigh(run, region.apex, region.last, level);
   return std::max<SampleIndex>(high / kSamplesPerWidth, 1);
 }
 

@@ -161,5 +161,29 @@ TEST(CentroidAccuracy, CountingNoise) {
   }
 }
 
+// A hundred ions every hundred samples, on fifty ions in each sample: the deviation of what lies under a peak
+// is a fifth of it. The noise is not taken for a peak of many samples, in which the true ones would be lost.
+TEST(CentroidAccuracy, PeaksOnAGround) {
+  constexpr std::size_t kSpacing = 100;
+  constexpr std::size_t kCount = 200;
+  RandomNumbers random(5);
+  Profile profile;
+  for (std::size_t i = 0; i < kSpacing * kCount; ++i) {
+    const double x = (static_cast<double>(i % kSpacing) - 50) / kDeviation;
+    profile.masses.push_back(500 + 0.01 * static_cast<double>(i));
+    profile.intensities.push_back(Count(random, 50 + 100 / (kDeviation * std::sqrt(2 * kPi)) * Shape(x, 0)));
+  }
+  Doubles mz;
+  Doubles intensities;
+  FindCentroids(profile.masses, profile.intensities, {}, mz, intensities);
+  std::size_t found = 0;
+  for (std::size_t peak = 0; peak < kCount; ++peak) {
+    const double centre = 500 + 0.01 * static_cast<double>(kSpacing * peak + 50);
+    const auto above = std::lower_bound(mz.begin(), mz.end(), centre - 0.02);
+    found += above != mz.end() && *above < centre + 0.02 ? 1 : 0;
+  }
+  EXPECT_GE(found, kCount / 2);
+}
+
 }  // namespace
 }  // namespace zrml
