@@ -90,7 +90,7 @@ class Score:
 
 
 def our_centroids(program, profiles, *options):
-    """[(m/z, intensities)], and the seconds of the search alone."""
+    """[(m/z, intensities)], and the processor seconds of the search alone."""
     data = b"".join(np.concatenate([[len(mz)], mz, intensities]).tobytes() for mz, intensities in profiles)
     output = subprocess.run([program, *options], input=data, capture_output=True, check=True).stdout
     numbers = np.frombuffer(output)

@@ -188,13 +188,17 @@ SampleIndex CountHigh(const ProfileRun& run, SampleIndex apex, SampleIndex end, 
   return high;
 }
 
+SampleIndex CountHigh(const ProfileRun& run, const Region& region, double level) {
+  return 1 + CountHigh(run, region.apex, region.first, level) +
+         CountHigh(run, region.apex, region.last, level);
+}
+
 // How many samples of a region one bin may hold: the highest peak keeps six or more at half its height above
-// the median.
+// the lower quartile.
 SampleIndex BinSize(const ProfileRun& run, const Region& region) {
-  if (region.last - region.first + 1 < kFewestToBin) return 1;
-  const double level = 0.5 * run.Smooth(region.apex) + 0.5 * LowerQuartile(run, region);
-  const SampleIndex high =
-      1 + CountHigh(run, region.apex, region.first, level) + CountHigh(run, region.apex, region.last, level);
+  const double half = 0.5 * run.Smooth(region.apex);
+  if (CountHigh(run, region, half) < kFewestToBin) return 1;  // no more are higher, and this is quicker
+  const SampleIndex high = CountHigh(run, region, half + 0.5 * LowerQuartile(run, region));
   return std::max<SampleIndex>(high / kSamplesPerWidth, 1);
 }
 
