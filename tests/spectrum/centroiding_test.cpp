@@ -245,6 +245,21 @@ TEST(Centroiding, ZerosThatAreLeftOutChangeNothing) {
   EXPECT_EQ(found.intensities, expected.intensities);
 }
 
+// An ion may add any number: the noise is found from the profile alone.
+TEST(Centroiding, AnyUnitOfIntensity) {
+  RandomNumbers random(11);
+  Doubles counts(2000);
+  for (double& count : counts) count = random.Below(3) + random.Below(random.Below(40) + 1);
+  Doubles scaled = counts;
+  for (double& value : scaled) value /= 64;
+  const Centroids expected = OnAxis(counts);
+  const Centroids found = OnAxis(scaled);
+  ASSERT_GT(found.mz.size(), 10u);
+  EXPECT_EQ(found.mz, expected.mz);
+  for (std::size_t i = 0; i < found.mz.size(); ++i)
+    EXPECT_EQ(64 * found.intensities[i], expected.intensities[i]);
+}
+
 TEST(Centroiding, NoPointsNoCentroids) {
   EXPECT_EQ(OnAxis({}).mz, Doubles{});
   EXPECT_EQ(OnAxis({}).intensities, Doubles{});
