@@ -151,7 +151,7 @@ class MzmlRenderer : public Renderer {
     AppendPolarity(out, function.info.polarity);
     AppendCvParam(out, RepresentationOf(spectrum));
     AppendSummary(out, spectrum);
-    AppendScan(out, function.info, entry.minutes, spectrum.scan.process);
+    AppendScan(out, function.info, entry.minutes, spectrum.process);
     AppendPrecursor(out, spectrum.scan.precursorMz.value_or(0));
     out += hasDrift ? "<binaryDataArrayList count=\"3\">\n" : "<binaryDataArrayList count=\"2\">\n";
     arrays_.Append(out, {cv::kMzArray, &cv::kMzUnit, options_.masses}, spectrum.positions);

@@ -12,7 +12,7 @@ Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
   try {
     isCut = read(function, spectrum).lost > 0;
   } catch (const source::Error&) {
-    spectrum = {.scan = spectrum.scan, .isLost = true};
+    spectrum = {.scan = spectrum.scan, .process = spectrum.process, .isLost = true};
     losses_.Add(function.isAbsorbance ? Loss::Kind::kAbsorbance : Loss::Kind::kScan, function.info.id,
                 entry.scan + 1);
   }
@@ -27,6 +27,7 @@ Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
 Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
   return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
     spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
+    spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
     const source::PointsRead read =
         source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
     spectrum.positions = positions_;
@@ -42,6 +43,7 @@ Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
 Spectrum SpectrumReader::ReadDrift(const RunEntry& entry) {
   return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
     spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
+    spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
     drift_.clear();
     for (int bin = 0; bin < function.driftBins; ++bin) AddDriftPoints(entry, bin);
     TakeDriftPoints();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <vector>
 
 #include "convert/losses.h"
@@ -12,7 +13,8 @@ namespace zrml::convert {
 
 /// A spectrum of masses, or of wavelengths. Its points are valid until the next one is read.
 struct Spectrum {
-  source::Scan scan = {};  ///< not of absorbance
+  source::Scan scan = {};    ///< not of absorbance
+  std::string process = {};  ///< how it was made, in a report's words
   std::span<const double> positions = {};
   std::span<const double> intensities = {};
   std::span<const double> bins = {};  ///< with drift bins: of each point, from 1

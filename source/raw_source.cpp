@@ -239,32 +239,34 @@ int RawSource::ScanCount(int, int function) {
 
 namespace {
 
-Scan Describe(const FunctionRecord& record, const ScanIndexEntry& entry, int scan) {
-  Scan result;
-  result.minutes = entry.retentionTime;
+// Where the scan is kept, since copies of half-written ones are slow.
+void Describe(const FunctionRecord& record, const ScanIndexEntry& entry, int position, Scan& scan) {
   const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
-  result.endMinutes = facts.endMinutes;
-  result.isCentroided = entry.centroided;
-  if (const std::optional<ScanRoom> room = masslynx::RoomOf(record, scan))
-    result.points = static_cast<std::uint32_t>(room->points);
-  result.totalIntensity = entry.totalIntensity;
-  result.precursorMz = facts.precursorMass;
-  result.isPrecursorOfMethod = facts.isPrecursorOfMethod;
-  result.scanValue = facts.value;
-  return result;
+  const std::optional<ScanRoom> room = masslynx::RoomOf(record, position);
+  scan.minutes = entry.retentionTime;
+  scan.endMinutes = facts.endMinutes;
+  scan.isCentroided = entry.centroided;
+  scan.points = room ? static_cast<std::uint32_t>(room->points) : 0;
+  scan.totalIntensity = entry.totalIntensity;
+  scan.basePeakIntensity.reset();
+  scan.precursorMz = facts.precursorMass;
+  scan.isPrecursorOfMethod = facts.isPrecursorOfMethod;
+  scan.scanValue = facts.value;
 }
 
 }  // namespace
 
 Scan RawSource::ScanAt(int, int function, int scan) {
   const FunctionRecord& record = LoadedAt(PositionOf(function));
-  return Describe(record, EntryOf(record, scan), scan);
+  Scan result;
+  Describe(record, EntryOf(record, scan), scan, result);
+  return result;
 }
 
 void RawSource::ReadScans(int, int function, int first, std::span<Scan> scans) {
   const FunctionRecord& record = LoadedAt(PositionOf(function));
   for (Scan& scan : scans) {
-    scan = Describe(record, EntryOf(record, first), first);
+    Describe(record, EntryOf(record, first), first, scan);
     ++first;
   }
 }

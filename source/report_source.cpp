@@ -198,7 +198,7 @@ const ReportSource::KnownSpectrum& ReportSource::SpectrumOf(std::uint64_t positi
   if (spectrum_ && spectrum_->position == position) return *spectrum_;
   return spectrum_.emplace(Reading([&] {
     const openlynx::SpectrumHead head = report_.ReadSpectrumHead(position);
-    return KnownSpectrum{position, head, report_.CountLines(head), Utf8(report_.ReadProcess(position, head))};
+    return KnownSpectrum{position, head, report_.CountLines(head)};
   }));
 }
 
@@ -210,8 +210,12 @@ Scan ReportSource::ScanAt(int sample, int function, int scan) {
   result.points = static_cast<std::uint32_t>(spectrum.room);
   result.basePeakIntensity = spectrum.head.basePeak;
   result.totalIntensity = spectrum.head.totalIons;
-  result.process = spectrum.process;
   return result;
+}
+
+std::string ReportSource::ScanProcess(int sample, int function, int scan) {
+  const KnownSpectrum& spectrum = SpectrumOf(SpectrumAt(sample, function, scan));
+  return Reading([&] { return Utf8(report_.ReadProcess(spectrum.position, spectrum.head)); });
 }
 
 std::vector<double> ReportSource::Minutes(int sample, int function) {

@@ -29,6 +29,7 @@ class ReportSource final : public Source {
   std::span<const Function> Functions(int sample) override;
   int ScanCount(int sample, int function) override;
   Scan ScanAt(int sample, int function, int scan) override;
+  std::string ScanProcess(int sample, int function, int scan) override;
   std::vector<double> Minutes(int sample, int function) override;
   PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,
                         std::span<double> intensities) override;
@@ -60,7 +61,6 @@ class ReportSource final : public Source {
     std::uint64_t position = 0;
     openlynx::SpectrumHead head;
     std::size_t room = 0;
-    std::string process;
   };
 
   std::span<openlynx::Sample> Samples();

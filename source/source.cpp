@@ -76,6 +76,8 @@ std::unique_ptr<Source> Source::Open(const std::string& path) {
   throw Error(Status::kNotRecognised, path + " is neither a raw directory nor a report");
 }
 
+std::string Source::ScanProcess(int, int, int) { return {}; }
+
 void Source::ReadScans(int sample, int function, int first, std::span<Scan> scans) {
   for (Scan& scan : scans) scan = ScanAt(sample, function, first++);
 }

@@ -77,7 +77,6 @@ struct Scan {
   std::optional<double> precursorMz;        ///< of functions with precursors
   bool isPrecursorOfMethod = false;         ///< the method's set mass: no statistics tell the scan's own
   std::optional<double> scanValue;          ///< the scan's additional value (cone voltage and the like)
-  std::string process;                      ///< of a report's spectrum: how it was made ("Combine (5:9-1:3)")
 };
 
 /// How many points a read has given, and how many more the index declares that the file does not hold, or
@@ -147,14 +146,16 @@ class Source {
   virtual std::optional<std::string> FunctionText(int sample, int function);
 
   /// Functions with scans in mass: those of the table that have a data file or an index, then processed ones;
-  /// without the absorbance function. When a data file was opened, that function alone. A report's functions of
-  /// absorbance are among them: what their scans have as m/z are wavelengths.
+  /// without the absorbance function. When a data file was opened, that function alone. A report's functions
+  /// of absorbance are among them: what their scans have as m/z are wavelengths.
   virtual std::span<const Function> Functions(int sample) = 0;
   virtual int ScanCount(int sample, int function) = 0;
   /// Reads no points.
   virtual Scan ScanAt(int sample, int function, int scan) = 0;
   /// The same of as many scans as there is room for, from `first` on.
   virtual void ReadScans(int sample, int function, int first, std::span<Scan> scans);
+  /// How a spectrum of a report was made ("Combine (5:9-1:3)"); empty where no file tells it.
+  virtual std::string ScanProcess(int sample, int function, int scan);
   /// Of all scans; reads no points.
   virtual std::vector<double> Minutes(int sample, int function) = 0;
 

@@ -56,10 +56,12 @@ class FakeSource : public source::Source {
     source::Scan result;
     result.minutes = found.minutes;
     result.isCentroided = found.isCentroided;
-    result.process = found.process;
     result.points = static_cast<std::uint32_t>(found.points.positions.size() + found.lost);
     if (found.precursor != 0) result.precursorMz = found.precursor;
     return result;
+  }
+  std::string ScanProcess(int, int function, int scan) override {
+    return At(At(data_.functions, function), scan).process;
   }
   std::vector<double> Minutes(int, int function) override {
     std::vector<double> minutes;

@@ -226,8 +226,8 @@ TEST_F(ReportFindingsTest, SpectraAndTracesWithoutPointsAreCounted) {
 // What nothing in the file tells is not said: how each spectrum was made, and what a function records.
 TEST_F(ReportFindingsTest, ProcessOfASpectrum) {
   const auto source = Open(Edited({9, {"Time 1", "Process", "Process\tCombine (5:9-1:3)", "Process Other"}}));
-  EXPECT_EQ(source->ScanAt(0, 0, 0).process, "Combine (5:9-1:3)");
-  EXPECT_EQ(source->ScanAt(0, 0, 1).process, "");
+  EXPECT_EQ(source->ScanProcess(0, 0, 0), "Combine (5:9-1:3)");
+  EXPECT_EQ(source->ScanProcess(0, 0, 1), "");
 }
 
 struct TypedFunction {
