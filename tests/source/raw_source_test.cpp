@@ -365,44 +365,6 @@ TEST(RawSource, ChromatogramsOfLostPointsAreUnknown) {
   EXPECT_EQ(source->MassRange(0, 0, {150, 250}, Within::kSum).intensities[0], 0);
 }
 
-// 600 scans of up to 7 points at multiples of 100, the last one lost; ranges that overlap, come in no order,
-// hold nothing, or end where they begin.
-TEST(RawSource, ManyRangesAreEachAsIfAlone) {
-  FunctionFiles function = FunctionOf<StoredPoint8>(8, {});
-  for (int scan = 0; scan < 600; ++scan) {
-    std::vector<StoredPoint8> points;
-    for (int i = 0; i < scan % 8; ++i)
-      points.push_back(
-          {static_cast<std::uint32_t>(100 * (1 + i) + scan) * 128, static_cast<std::int16_t>(scan + i)});
-    function.scans.push_back(ScanOf(0.01F * static_cast<float>(scan), points));
-  }
-  RawDirectoryBuilder raw;
-  raw.functions = {function};
-  const TempDirectory directory = raw.Build();
-  directory.Truncate("_FUNC001.DAT", directory.Read("_FUNC001.DAT").size() - 7 * 6);
-  const std::unique_ptr<Source> source = Open(directory);
-  const double infinity = std::numeric_limits<double>::infinity();
-  const std::vector<Range> ranges = {
-      {300, 550}, {0, 99},      {200, 200},  {100, 1300}, {-infinity, infinity},
-      {400, 350}, {650.5, 651}, {1299, 1299}};
-  for (const Within within : {Within::kSum, Within::kLargest}) {
-    Values rows(ranges.size() * 600);
-    source->MassRanges(0, 0, ranges, within, rows);
-    for (std::size_t i = 0; i < ranges.size(); ++i) {
-      const std::span row = std::span(rows).subspan(i * 600, 600);
-      EXPECT_EQ(Bits(Values(row.begin(), row.end())),
-                Bits(source->MassRange(0, 0, ranges[i], within).intensities))
-          << "range " << i;
-    }
-    // Scan 103 has its 7 points at 203, 303, ..., 803, of 103 to 109.
-    EXPECT_EQ(rows[103], within == Within::kSum ? 104 + 105 + 106 : 106);
-    EXPECT_TRUE(std::isnan(rows[599])) << "lost";
-    EXPECT_EQ(rows[600 * 5 + 103], 0) << "a range that ends before it begins";
-  }
-  Values narrow(ranges.size() * 600 - 1);
-  EXPECT_THROW(source->MassRanges(0, 0, ranges, Within::kSum, narrow), Error);
-}
-
 // The end of a range is a point's mass or beside it. Four scans: in order, out of it, of the last points of
 // which the file holds one of two, and none.
 TEST(RawSource, RangesHoldTheirEnds) {
