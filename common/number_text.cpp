@@ -39,7 +39,8 @@ std::string Number(double value) {
 void AppendShortNumber(double value, std::string& out) {
   const bool isWhole = std::trunc(value) == value;  // also what is beyond single precision, and infinity
   const auto single = isWhole ? 0.0F : static_cast<float>(value);
-  !isWhole&& static_cast<double>(single) == value ? Append(single, out) : AppendNumber(value, out);
+  const bool isSingle = !isWhole && static_cast<double>(single) == value;
+  isSingle ? Append(single, out) : AppendNumber(value, out);
 }
 
 std::string ShortNumber(double value) {

@@ -29,7 +29,7 @@ bool IsByTheWay(const std::string& name, source::Format format);
 
 struct SourceFiles {
   std::vector<SourceFile> files;
-  std::vector<std::string> closed;   // names of those that nobody here may open
+  std::vector<std::string> closed;  // names of those that nobody here may open
   std::vector<BrokenFile> broken;
   std::optional<std::string> error;  // why the folder is not listed, or not to its end
   bool isForbidden = false;          // because nobody here may list it, although its files may open

@@ -110,7 +110,10 @@ zrml_status zrml_read_mass_ranges(zrml_source* source, int sample, int function,
     if (room / scans < range_count) ThrowWrongArgument("there is too little room for the values");
     Require(intensities, "intensities");
     std::vector<zrml::source::Range> wanted;
-    for (const zrml_range& range : std::span(ranges, range_count)) wanted.push_back({range.low, range.high});
+    for (const zrml_range& range : std::span(ranges, range_count)) {
+      if (std::isnan(range.low) || std::isnan(range.high)) ThrowWrongArgument("an end of a range is NaN");
+      wanted.push_back({range.low, range.high});
+    }
     held.MassRanges(sample, function, wanted, static_cast<zrml::source::Within>(within),
                     std::span(intensities, room), CancelOf(*source, scans));
   });

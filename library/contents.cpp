@@ -80,8 +80,6 @@ const std::vector<source::MetadataItem>& MetadataOf(zrml_source& handle, int sam
 }
 
 // In the order of the enumeration.
-constexpr std::array kSeverities = {"lost", "suspect", "note"};
-
 std::string FunctionOf(const FindingSubject& subject) {
   const source::FunctionId id = {subject.function, subject.process, subject.repeat};
   return id.number == 0 && id.process == 0 ? "" : TextOf(id);
@@ -91,7 +89,7 @@ zrml_finding RecordOf(const Finding& finding, zrml_source& handle) {
   return {
       .size = 0,
       .code = handle.Text(std::string(NameOf(finding.code))),
-      .severity = kSeverities.at(static_cast<std::size_t>(SeverityOf(finding.code))),
+      .severity = NameOf(SeverityOf(finding.code)).data(),
       .file = handle.Text(finding.file),
       .message = handle.Text(finding.problem),
       .subject = static_cast<zrml_subject>(finding.subject.kind),

@@ -213,14 +213,15 @@ RawSource::StoredScan RawSource::FetchScan(int function, int scan) {
 std::vector<MetadataItem> RawSource::SampleMetadata(int) {
   using Origin = masslynx::MetadataOrigin;
   if (!metadata_.empty()) return metadata_;
+  std::vector<MetadataItem> items;
   for (const masslynx::MetadataItem& item : masslynx::MetadataItems()) {
     std::string value = Utf8(masslynx::HeaderMetadata(item, directory_.Header().All()));
     if (item.origin == Origin::kDateTime) value = LocalDateTime(std::move(value), "-00-T").value_or("");
     if (item.origin == Origin::kFolder) value = platform::ToUtf8Path(directory_.Folder());
     if (item.origin == Origin::kProvider) value = Utf8(masslynx::kProviderName);
-    metadata_.push_back({Utf8(item.key), value.empty() ? std::nullopt : std::optional(std::move(value))});
+    items.push_back({Utf8(item.key), value.empty() ? std::nullopt : std::optional(std::move(value))});
   }
-  return metadata_;
+  return metadata_ = std::move(items);
 }
 
 std::vector<MetadataItem> RawSource::FunctionMetadata(int, int function) {
@@ -470,12 +471,12 @@ bool RawSource::Includes(const FindingSubject& subject) const {
 
 std::span<const Finding> RawSource::Findings() {
   if (findings_) return findings_->List();
+  zrml::Findings own;  // kept when it is complete, however memory runs out
   const zrml::Findings all = directory_.CollectFindings();
-  findings_.emplace();
   for (const Finding& finding : all.List()) {
-    if (Includes(finding.subject)) findings_->Add(finding);
+    if (Includes(finding.subject)) own.Add(finding);
   }
-  return findings_->List();
+  return findings_.emplace(std::move(own)).List();
 }
 
 std::unique_ptr<Source> OpenRawDirectory(const std::string& path) {

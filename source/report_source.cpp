@@ -150,15 +150,16 @@ std::vector<MetadataItem> ReportSource::SampleMetadata(int sample) {
   const openlynx::Sample& found = SampleAt(sample);
   if (metadataSample_ == sample) return metadata_;
   const auto values = Reading([&] { return report_.ReadItems(found, openlynx::kSampleItems); });
-  metadata_ = {{"ProviderName", kProviderName}};
+  std::vector<MetadataItem> items = {{"ProviderName", kProviderName}};
   for (std::size_t i = 0; i < values.size(); ++i) {
     const openlynx::SampleItem& item = openlynx::kSampleItems[i];
     const bool isDateTime = !item.timeKey.empty();
     std::string value = Utf8(values[i]);
     std::optional<std::string> held = isDateTime ? LocalDateTime(std::move(value), "T") : std::move(value);
     if (held && held->empty()) held.reset();
-    metadata_.push_back({std::string(item.name), std::move(held)});
+    items.push_back({std::string(item.name), std::move(held)});
   }
+  metadata_ = std::move(items);
   metadataSample_ = sample;
   return metadata_;
 }

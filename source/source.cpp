@@ -97,7 +97,7 @@ namespace {
 
 // The first of ascending values that is not below `low`. Looked for near `hint`, in steps that double: from
 // scan to scan it moves little.
-inline std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hint) {
+std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hint) {
   std::size_t begin = std::min(hint, values.size());
   std::size_t end = begin;
   for (std::size_t step = 1; begin > 0 && !(values[begin - 1] < low); step *= 2) {
@@ -115,8 +115,8 @@ inline std::size_t FirstFrom(double low, std::span<const double> values, std::si
 }
 
 // Of the points, those from `range.low` to `range.high`; `hint` is where the first one may be, and is then.
-inline std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
-                                             std::span<const double> intensities, std::size_t& hint) {
+std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
+                                      std::span<const double> intensities, std::size_t& hint) {
   const std::size_t begin = FirstFrom(range.low, mz, hint);
   std::size_t end = begin;
   while (end < mz.size() && !(range.high < mz[end])) ++end;
@@ -259,22 +259,22 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
     return;
   }
   // The values of some scans at a time go into the rows, which are far apart in memory.
-  constexpr std::size_t kScansAtOnce = 256;
-  std::vector<double> block(ranges.size() * kScansAtOnce);
+  const std::size_t scansAtOnce = std::min<std::size_t>(scans, 256);
+  std::vector<double> block(ranges.size() * scansAtOnce);
   std::vector<std::size_t> hints(ranges.size());
-  for (std::size_t scan = 0; scan < scans; scan += kScansAtOnce) {
-    const std::size_t count = std::min(kScansAtOnce, scans - scan);
+  for (std::size_t scan = 0; scan < scans; scan += scansAtOnce) {
+    const std::size_t count = std::min(scansAtOnce, scans - scan);
     for (std::size_t i = 0; i < count; ++i) {
       ThrowIfCancelled(cancel);
       const PointsRead read =
           ReadPoints(sample, function, static_cast<int>(scan + i), points.mz, points.intensities);
       for (std::size_t row = 0; row < ranges.size(); ++row) {
         const auto values = IntensitiesIn(ranges[row], points.mz, points.intensities, hints[row]);
-        block[row * kScansAtOnce + i] = AreAllLost(read) ? kNaN : OfIntensities(values, within);
+        block[row * scansAtOnce + i] = AreAllLost(read) ? kNaN : OfIntensities(values, within);
       }
     }
     for (std::size_t row = 0; row < ranges.size(); ++row)
-      std::copy_n(&block[row * kScansAtOnce], count, &rows[row * scans + scan]);
+      std::copy_n(&block[row * scansAtOnce], count, &rows[row * scans + scan]);
   }
 }
 

@@ -123,6 +123,15 @@ struct FileList {
 };
 FileList ListFiles(const SystemPath& folder);
 
+/// What is in a folder, in no order.
+struct FolderEntry {
+  SystemPath name;
+  bool isFolder = false;
+  bool isLink = false;
+};
+/// `error` says why there may be more; it is empty otherwise.
+std::vector<FolderEntry> ListFolder(const SystemPath& folder, std::string& error);
+
 /// Narrow text in the system's ANSI code page. Outside Windows: UTF-8 when the bytes are valid UTF-8,
 /// Windows-1252 otherwise.
 std::wstring FromCodePage(std::string_view text);

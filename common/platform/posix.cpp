@@ -171,4 +171,19 @@ FileList ListFiles(const SystemPath& folder) {
   return list;
 }
 
+std::vector<FolderEntry> ListFolder(const SystemPath& folder, std::string& error) {
+  std::vector<FolderEntry> entries;
+  const int code = VisitEntries(folder, [&](const dirent& entry, int) {
+    const std::string_view name = entry.d_name;
+    if (name == "." || name == "..") return true;
+    const SystemPath path = PathIn(folder, SystemPath(name));
+    struct stat status {};
+    const bool isLink = ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    entries.push_back({SystemPath(name), IsDirectory(path), isLink});
+    return true;
+  });
+  error = code == 0 ? std::string() : ErrorText(code);
+  return entries;
+}
+
 }  // namespace zrml::platform

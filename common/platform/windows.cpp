@@ -169,4 +169,17 @@ FileList ListFiles(const SystemPath& folder) {
   return list;
 }
 
+std::vector<FolderEntry> ListFolder(const SystemPath& folder, std::string& error) {
+  std::vector<FolderEntry> entries;
+  const DWORD code = VisitEntries(folder, [&](const WIN32_FIND_DATAW& entry) {
+    const std::wstring_view name = entry.cFileName;
+    const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (name != L"." && name != L"..") entries.push_back({SystemPath(name), isFolder, isLink});
+    return true;
+  });
+  error = code == 0 ? std::string() : ErrorText(static_cast<int>(code));
+  return entries;
+}
+
 }  // namespace zrml::platform

@@ -158,11 +158,11 @@ typedef struct zrml_function {
   zrml_scan_type scan_type;
   zrml_polarity polarity;
   int ms_level;
-  int is_lock_mass;           /* 1 or 0; a reference function, by its name */
-  int has_mobility;           /* 1 or 0 */
-  double mass_low;            /* set in the acquisition method; NaN where no file tells it */
-  double mass_high;           /* the same */
-  const char* kind_name;      /* "MS", "MS/MS", "absorbance", "ion monitoring", "reaction monitoring", "other" */
+  int is_lock_mass;      /* 1 or 0; a reference function, by its name */
+  int has_mobility;      /* 1 or 0 */
+  double mass_low;       /* set in the acquisition method; NaN where no file tells it */
+  double mass_high;      /* the same */
+  const char* kind_name; /* "MS", "MS/MS", "absorbance", "ion monitoring", "reaction monitoring", "other" */
   const char* scan_type_name; /* "precursor", "product", "neutral loss", "neutral gain", or empty */
   const char* polarity_name;  /* "positive", "negative", or empty */
 } zrml_function;
@@ -231,9 +231,8 @@ ZRML_API zrml_status zrml_read_scan_table(zrml_source* source, int sample, int f
 ZRML_API zrml_status zrml_read_points(zrml_source* source, int sample, int function, int scan, double* mz,
                                       double* intensities, size_t room, size_t* count, size_t* lost);
 
-/* The scan of a lower level that a scan goes back to: the nearest one that is not later,
- * `*precursor_function` and
- * `*precursor_scan` its positions. Both -1 when there is none. */
+/* The scan of a lower level that a scan goes back to: the nearest one that is not later. Sets
+ * `*precursor_function` and `*precursor_scan` to its positions, both to -1 when there is none. */
 ZRML_API zrml_status zrml_find_precursor(zrml_source* source, int sample, int function, int scan,
                                          int* precursor_function, int* precursor_scan);
 
@@ -264,7 +263,8 @@ typedef enum zrml_within { ZRML_SUM = 0, ZRML_LARGEST = 1 } zrml_within;
 /* The sum or the largest (`within`, a zrml_within) of the intensities from `low` to `high`, both included,
  * for `range_count` ranges in one pass over the scans: long work. The values of the first range come first:
  * those of range r and scan s are in `intensities[r * scans + s]`, so `room` is `range_count` times the
- * number of scans or more. 0 of a scan without points in the range, NaN of one whose points are all lost. */
+ * number of scans or more. 0 of a scan without points in the range, NaN of one whose points are all lost.
+ * ZRML_WRONG_ARGUMENT for an end that is NaN. */
 ZRML_API zrml_status zrml_read_mass_ranges(zrml_source* source, int sample, int function,
                                            const zrml_range* ranges, size_t range_count, int within,
                                            double* intensities, size_t room);

@@ -15,8 +15,8 @@ namespace zrml::masslynx {
 void LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
                         std::vector<ScanIndexEntry>& entries, std::string* refusal = nullptr);
 
-/// Reports damage that the file, which may be missing, shows next to an index of `scans` scans. Gives whether it
-/// has a record for each of them.
+/// Reports damage that the file, which may be missing, shows next to an index of `scans` scans. Gives whether
+/// it has a record for each of them.
 bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
                       Findings& findings);
 

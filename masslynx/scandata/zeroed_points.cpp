@@ -137,10 +137,6 @@ class TailSearch {
   std::optional<Broken> broken_;
 };
 
-}  // namespace
-
-namespace {
-
 // Whether the file begins with zeros, too, and no total says that there was more: then nothing can be proved,
 // and the file may be large.
 bool IsBlank(const File& data, const FunctionRecord& function) {

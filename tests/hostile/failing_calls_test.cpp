@@ -233,7 +233,7 @@ std::string ReportOfSamples() {
 std::string ListOf(source::Source& source) {
   std::string list;
   for (int sample = 0; sample < source.SampleCount(); ++sample) {
-    list += source.SampleName(sample) + *source.SampleMetadata(sample)[2].value;
+    list += source.SampleName(sample) + source.SampleMetadata(sample)[2].value.value_or("");
     for (const source::Function& function : source.Functions(sample)) list += ' ' + function.name;
     list += ' ' + std::to_string(source.Traces(sample).size()) + '\n';
   }

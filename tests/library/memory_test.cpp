@@ -63,7 +63,36 @@ TEST_F(LibraryMemory, MessageOfNoMemoryNeedsNone) {
     failures += status == ZRML_NO_MEMORY && std::string(zrml_message(opened.Get())) == "out of memory";
   }
   EXPECT_GT(failures, 0);
-  EXPECT_GT(count, 0);
+  int whole = 0;
+  const Opened other(raw_);
+  ASSERT_EQ(zrml_metadata_count(other.Get(), 0, ZRML_OF_SAMPLE, &whole), ZRML_OK);
+  EXPECT_EQ(count, whole);
+}
+
+// What is kept in the source is complete, whenever memory ran out before.
+TEST_F(LibraryMemory, NothingIncompleteIsKept) {
+  raw_.Truncate("_FUNC001.DAT", 1);
+  for (const std::string& path : paths_) {
+    for (int allocation = 0; allocation < 400; ++allocation) {
+      const Opened opened(path);
+      int count = 0;
+      {
+        const FailingAllocation failing(allocation);
+        zrml_metadata_count(opened.Get(), 0, ZRML_OF_SAMPLE, &count);
+        zrml_finding_count(opened.Get(), &count);
+      }
+      const Opened other(path);
+      for (const bool isOfFindings : {false, true}) {
+        const auto ask = [&](const Opened& source) {
+          int items = -1;
+          isOfFindings ? zrml_finding_count(source.Get(), &items)
+                       : zrml_metadata_count(source.Get(), 0, ZRML_OF_SAMPLE, &items);
+          return items;
+        };
+        ASSERT_EQ(ask(opened), ask(other)) << allocation;
+      }
+    }
+  }
 }
 
 TEST_F(LibraryMemory, ClosingGivesEverythingBack) {

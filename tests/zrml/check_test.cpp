@@ -64,7 +64,7 @@ TEST_F(CheckTest, SeveralSources) {
   EXPECT_EQ(result.status, 7);
   EXPECT_EQ(result.output, PathOf(damaged) + ": lost: " + finding + "\n" + PathOf(sound) +
                                " is sound: 2 functions, 5 scans\n");
-  EXPECT_EQ(result.errors, "zrml: 1 of 2 sources are damaged\n");
+  EXPECT_EQ(result.errors, "zrml: 1 of 2 sources damaged\n");
   const auto list = nlohmann::json::parse(Check(damaged, {PathOf(sound), "--json"}).output);
   ASSERT_EQ(list.size(), 2U);
   EXPECT_EQ(list[0]["sound"], false);

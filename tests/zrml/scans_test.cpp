@@ -98,6 +98,7 @@ TEST_F(ScansTest, SourcesThatAreNotThere) {
   const std::string missing = Path("no.raw");
   const ProcessResult alone = Run({"scans", missing});
   EXPECT_EQ(alone.status, 3);
+  EXPECT_EQ(alone.output, kTitles + "\n");
   EXPECT_EQ(alone.errors, "zrml: there is no file or folder " + missing + "\n");
   const ProcessResult result = Run({"scans", missing, path_, "--function", "6", "--json"});
   EXPECT_EQ(result.status, 8);
@@ -115,9 +116,33 @@ TEST_F(ScansTest, PointsThatCannotBeReadEndTheSource) {
   EXPECT_EQ(json::parse(result.output)["scans"].size(), 2U);
 }
 
+TEST_F(ScansTest, FunctionsThatAreNotThere) {
+  const ProcessResult result = RunScans({"--function", "9"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_TRUE(result.errors.starts_with("zrml: there is no function 9")) << result.errors;
+}
+
+// 0.1 in single precision, of which JSON has all digits.
+TEST_F(ScansTest, TextHasShortNumbers) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions[5].scans[0].index.retentionTime = 0.1F;
+  const std::string path = Make("short.raw", raw);
+  ExpectOutput(Run({"scans", path, "--function", "6"}),
+               kTitles + "\n" + path + "\t1\t6\t1\t0.1\t1\tpositive\t\t1\t9\t\n");
+  EXPECT_EQ(json::parse(Run({"scans", path, "--function", "6", "--json"}).output)["scans"][0]["minutes"],
+            double{0.1F});
+}
+
+// A link that leads in a circle is left alone; a folder without sources does not stop the others.
 TEST_F(ScansTest, FoldersAreSearched) {
   Make("plate/a.raw");
   Make("plate/b.rpt", Vials());
+  std::error_code unsupported;
+  std::filesystem::create_directory_symlink(folder_ / "plate", folder_ / "plate" / "again", unsupported);
+  std::filesystem::create_directories(folder_ / "empty");
+  const ProcessResult both = Run({"scans", "-r", Path("empty"), Path("plate"), "--function", "1", "--json"});
+  EXPECT_EQ(both.status, 8);
+  EXPECT_EQ(json::parse(both.output).size(), 2U);
   const json list = json::parse(Run({"scans", "-r", Path("plate"), "--function", "1", "--json"}).output);
   ASSERT_EQ(list.size(), 2U);
   EXPECT_EQ(list[0]["source"], Path("plate/a.raw"));

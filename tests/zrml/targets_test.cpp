@@ -107,6 +107,8 @@ TEST_F(TargetsTest, WhatIsWrongIsNamed) {
   ExpectRefused("mz\ttolerance\n2\t1\n", ", line 2: a tolerance needs a tolerance_unit, \"ppm\" or \"da\"");
   ExpectRefused("mz\ttolerance\ttolerance_unit\n2\t1\tmmu\n",
                 ", line 2: tolerance_unit \"mmu\" is not \"ppm\" or \"da\"");
+  ExpectRefused("mz\ttolerance_unit\n2\tppm\n", ", line 2: a tolerance_unit needs a tolerance");
+  ExpectRefused("[{\"mz\": 1e400}]", ": a number is too large");
   ExpectRefused("{}", ": the targets are not a list");
   ExpectRefused("[\n{\"mz\": 1},\n{\"mz\" 2}]", ", line 3: this is not JSON");
   ExpectRefused("[{\"mz\": 1}, 2]", ", target 2: this is not an object");

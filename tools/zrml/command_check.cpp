@@ -184,28 +184,34 @@ class CheckCommand : public Command {
   void Judge(const CheckResult& result) {
     const bool isDamaged = result.Has(Severity::kLost);
     if (result.findings.IsEmpty() || !(isDamaged || isStrict_)) return;
-    hasDamage_ = hasDamage_ || isDamaged;
-    ++bad_;
+    ++(isDamaged ? damaged_ : suspect_);
     verdict_ = result.path + (isDamaged ? " is damaged: " : " is suspect: ") +
                Counted(std::ssize(result.findings.List()), "finding");
   }
 
+  // "1 of 3 sources damaged, 2 suspect"
+  std::string Summary() const {
+    std::string text = std::to_string(damaged_ > 0 ? damaged_ : suspect_) + " of " +
+                       Counted(static_cast<std::int64_t>(count_), "source") +
+                       (damaged_ > 0 ? " damaged" : " suspect");
+    if (damaged_ > 0 && suspect_ > 0) text += ", " + std::to_string(suspect_) + " suspect";
+    return text;
+  }
+
   void EndBadly() const {
+    const bool isBad = damaged_ + suspect_ > 0;
+    if (isBad && failure_) PrintError(Summary());
     if (failure_) throw Failure(*failure_);
-    if (bad_ == 0) return;
-    if (!sources_.IsList()) throw Failure(ExitStatus::kDamaged, verdict_);
-    throw Failure(ExitStatus::kDamaged, std::to_string(bad_) + " of " +
-                                            Counted(static_cast<std::int64_t>(count_), "source") +
-                                            (hasDamage_ ? " are damaged" : " are suspect"));
+    if (isBad) throw Failure(ExitStatus::kDamaged, sources_.IsList() ? Summary() : verdict_);
   }
 
   SourceArguments sources_;
   bool wantsJson_ = false;
   bool isStrict_ = false;
   std::size_t count_ = 0;
-  std::size_t bad_ = 0;
-  bool hasDamage_ = false;
-  std::string verdict_;  // of the last of them
+  std::size_t damaged_ = 0;
+  std::size_t suspect_ = 0;  // with --strict
+  std::string verdict_;      // of the last of them
   std::optional<Failure> failure_;
 };
 

@@ -3,8 +3,10 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <numeric>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -58,12 +60,14 @@ struct Row {
 /// Appends one value of a row; nothing when there is none.
 class Cell {
  public:
-  explicit Cell(std::string& line) : line_(line) {}
+  /// Text has short numbers, JSON exact ones.
+  Cell(std::string& line, bool isShort) : line_(line), isShort_(isShort) {}
 
   void Put(std::string_view text) { line_ += text; }
   void Put(std::int64_t value) { line_ += std::to_string(value); }
   void Put(double value) {
-    if (std::isfinite(value)) AppendNumber(value, line_);
+    if (!std::isfinite(value)) return;
+    isShort_ ? AppendShortNumber(value, line_) : AppendNumber(value, line_);
   }
   void Put(const std::optional<double>& value) {
     if (value) Put(*value);
@@ -71,6 +75,7 @@ class Cell {
 
  private:
   std::string& line_;
+  bool isShort_;
 };
 
 struct ScanColumn {
@@ -108,7 +113,7 @@ using ScanColumns = std::span<const ScanColumn>;
 
 void AppendLine(ScanColumns columns, const Row& row, std::string& line) {
   for (const ScanColumn& column : columns) {
-    column.put(row, Cell(line));
+    column.put(row, Cell(line, true));
     line += &column == &columns.back() ? '\n' : '\t';
   }
 }
@@ -119,7 +124,7 @@ void AppendObject(ScanColumns columns, const Row& row, std::string& line) {
     line += &column == columns.data() ? "{\"" : ", \"";
     line.append(column.name).append("\": ");
     const std::size_t before = line.size();
-    column.put(row, Cell(line));
+    column.put(row, Cell(line, false));
     if (line.size() == before) line += "null";
   }
   line += '}';
@@ -214,6 +219,7 @@ class ScansCommand : public Command {
   template <class Visit>
   void ForEachScan(source::Source& source, Visit visit) {
     const int samples = Reading(source, [&] { return source.SampleCount(); });
+    RequireFunctions(source, samples);
     for (int sample = 0; sample < samples; ++sample) {
       const std::span<const source::Function> functions =
           Reading(source, [&] { return source.Functions(sample); });
@@ -222,6 +228,19 @@ class ScansCommand : public Command {
         if (IsChosen(described)) ForEachScanOf(source, {sample, function}, described, visit);
       }
     }
+  }
+
+  // Names of functions of which no sample has one are a mistake.
+  void RequireFunctions(source::Source& source, int samples) const {
+    const convert::FunctionSet& wanted = selection_.functions;
+    if (wanted.Named().empty() || samples == 0) return;
+    for (int sample = 0; sample < samples; ++sample) {
+      const auto functions = Reading(source, [&] { return source.Functions(sample); });
+      if (std::any_of(functions.begin(), functions.end(),
+                      [&](const source::Function& function) { return wanted.Has(function.id); }))
+        return;
+    }
+    FindFunction(source, 1, wanted.Named().front());  // fails, and says which there are
   }
 
   bool IsChosen(const source::Function& function) const {

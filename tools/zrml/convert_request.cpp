@@ -196,7 +196,7 @@ void TakeFormat(ConvertRequest& request) {
 }
 
 void RefuseFileAsFolder(const std::string& folder) {
-  if (!FormatOfName(folder)) return;
+  if (!FormatOfName(folder) || platform::IsDirectory(platform::FromUtf8Path(folder))) return;
   throw Failure(ExitStatus::kWrongUsage, folder + " is the name of a file; -b takes one, -o a folder");
 }
 

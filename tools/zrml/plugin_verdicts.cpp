@@ -91,9 +91,7 @@ void Verdicts::CheckSlotPoints(std::string_view slot, const Columns& given, cons
   const bool areOthers = isLost || isProfileSum ? !isSame(own.x, held.x) || !isSame(own.y, held.y)
                                                 : own.x.size() != held.x.size();
   if (areOthers) {
-    Count(isLost         ? kWanted.lostPoints
-          : isProfileSum ? kWanted.profileSubScans
-                         : kWanted.unwrittenPoints);
+    Count(isLost ? kWanted.lostPoints : isProfileSum ? kWanted.profileSubScans : kWanted.unwrittenPoints);
   }
   CheckPoints(slot, given, areOthers ? own : held);
 }

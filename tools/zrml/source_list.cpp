@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <new>
 #include <string_view>
-#include <system_error>
 
 #include "common/text.h"
 #include "convert/native_path.h"
@@ -23,11 +21,11 @@ using convert::SystemPath;
 constexpr std::array<const char*, 6> kRawFiles = {"_HEADER.TXT",  "_header.txt",  "_FUNCTNS.INF",
                                                   "_functns.inf", "_FUNC001.DAT", "_func001.dat"};
 
-struct FolderEntry {
+struct FoundEntry {
   std::string path;
   bool isFolder = false;
 
-  bool operator<(const FolderEntry& other) const { return path < other.path; }
+  bool operator<(const FoundEntry& other) const { return path < other.path; }
 };
 
 bool IsRawDirectory(const std::string& path) {
@@ -39,15 +37,11 @@ bool IsRawDirectory(const std::string& path) {
 }
 
 // In reverse order, for a stack. Links to folders are left alone: they may lead in circles.
-std::vector<FolderEntry> EntriesOf(const std::string& folder, std::error_code& error) {
-  std::vector<FolderEntry> entries;
-  std::filesystem::directory_iterator entry(platform::FromUtf8Path(folder), error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    std::error_code unknown;
-    const bool isFolder = entry->is_directory(unknown);
-    if (isFolder && entry->is_symlink(unknown)) continue;
-    const std::string name = platform::ToUtf8Path(entry->path().filename().native());
-    entries.push_back({convert::InFolder(folder, name), isFolder});
+std::vector<FoundEntry> EntriesOf(const std::string& folder, std::string& error) {
+  std::vector<FoundEntry> entries;
+  for (const platform::FolderEntry& entry : platform::ListFolder(platform::FromUtf8Path(folder), error)) {
+    if (entry.isFolder && entry.isLink) continue;
+    entries.push_back({convert::InFolder(folder, platform::ToUtf8Path(entry.name)), entry.isFolder});
   }
   std::sort(entries.rbegin(), entries.rend());
   return entries;
@@ -55,18 +49,18 @@ std::vector<FolderEntry> EntriesOf(const std::string& folder, std::error_code& e
 
 // A folder that cannot be listed is taken for a source, which will fail and say why.
 void Search(const std::string& folder, std::vector<std::string>& sources) {
-  std::vector<FolderEntry> waiting = {{folder, true}};
+  std::vector<FoundEntry> waiting = {{folder, true}};
   while (!waiting.empty()) {
-    const FolderEntry entry = std::move(waiting.back());
+    const FoundEntry entry = std::move(waiting.back());
     waiting.pop_back();
     if (!entry.isFolder) {
       if (ToLower(entry.path).ends_with(".rpt")) sources.push_back(entry.path);
       continue;
     }
-    std::error_code error;
+    std::string error;
     const bool isRaw = IsRawDirectory(entry.path);
-    const std::vector<FolderEntry> inside = isRaw ? std::vector<FolderEntry>() : EntriesOf(entry.path, error);
-    if (isRaw || error) sources.push_back(entry.path);
+    const std::vector<FoundEntry> inside = isRaw ? std::vector<FoundEntry>() : EntriesOf(entry.path, error);
+    if (isRaw || !error.empty()) sources.push_back(entry.path);
     waiting.insert(waiting.end(), inside.begin(), inside.end());
   }
 }
@@ -91,7 +85,9 @@ std::vector<std::string> ListSources(const SourceArguments& arguments) {
       continue;
     }
     Search(path, sources);
-    if (sources.size() == before) throw Failure(ExitStatus::kNoProvider, "there is no source in " + path);
+    if (sources.size() != before) continue;
+    if (arguments.paths.size() == 1) throw Failure(ExitStatus::kNoProvider, "there is no source in " + path);
+    sources.push_back(path);  // which will fail
   }
   return sources;
 }

@@ -61,6 +61,7 @@ source::Range RangeOf(const Entry& entry, const char* start, const char* end, so
 Tolerance ToleranceOf(const Entry& entry, Tolerance tolerance) {
   const std::optional<double> width = NumberOf(entry, "tolerance");
   const auto unit = entry.values.find("tolerance_unit");
+  if (!width && unit != entry.values.end()) Refuse(entry.place, "a tolerance_unit needs a tolerance");
   if (!width) return tolerance;
   if (unit == entry.values.end())
     Refuse(entry.place, "a tolerance needs a tolerance_unit, \"ppm\" or \"da\"");
@@ -128,6 +129,8 @@ std::vector<Entry> EntriesOfJson(const std::string& path, std::string_view text)
   json list;
   try {
     list = json::parse(text);
+  } catch (const json::out_of_range&) {
+    Refuse(path, "a number is too large");
   } catch (const json::parse_error& error) {
     const std::string_view before = text.substr(0, error.byte == 0 ? 0 : error.byte - 1);
     const auto lines = std::count(before.begin(), before.end(), '\n');
