@@ -68,8 +68,13 @@ struct Selection {
   bool IsAll() const {
     return functions.IsAll() && scans.IsAll() && msLevels.IsAll() && !minutes && !isLockMassExcluded;
   }
-  /// A time that is no number is in no range.
-  bool HasTime(double time) const { return !minutes || (time >= minutes->low && time <= minutes->high); }
+  /// A time that is not a number is in no range. One that is printed like an end of the range is in it: text
+  /// has the decimals of single precision.
+  bool HasTime(double time) const {
+    const auto isAt = [time](double end) { return static_cast<float>(time) == static_cast<float>(end); };
+    return !minutes ||
+           ((time >= minutes->low || isAt(minutes->low)) && (time <= minutes->high || isAt(minutes->high)));
+  }
   /// A scan at a position from 0.
   bool Has(int scan, double time) const { return scans.Has(scan + 1) && HasTime(time); }
 };

@@ -336,7 +336,8 @@ PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, s
 }
 
 // Sums sub-scans, sorts, and gives how many points are left. Sub-scans of a profile are samples of one grid,
-// of which those of equal mass are added; as peaks, neighbours would become one.
+// of which those of equal mass are added; as peaks, neighbours would become one. All other points stay: two
+// channels may have one mass.
 std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans,
                                bool isCentroided) {
   std::optional<PeakSum> sum;
@@ -349,7 +350,7 @@ std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensiti
     std::copy(mz.begin(), mz.end(), unsorted_.GetMasses());
     std::copy(intensities.begin(), intensities.end(), unsorted_.GetIntensities());
   }
-  SortSpectrum(kMassAscending, sumsEqualMasses, true, true, unsorted_);
+  SortSpectrum(kMassAscending, sumsEqualMasses, false, false, unsorted_);
   const std::size_t count = unsorted_.UsablePoints();
   std::copy_n(unsorted_.GetMasses(), count, mz.begin());
   std::copy_n(unsorted_.GetIntensities(), count, intensities.begin());

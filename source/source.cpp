@@ -119,7 +119,7 @@ std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
                                       std::span<const double> intensities, std::size_t& hint) {
   const std::size_t begin = FirstFrom(range.low, mz, hint);
   std::size_t end = begin;
-  while (end < mz.size() && !(range.high < mz[end])) ++end;
+  while (end < mz.size() && !(range.high < mz[end]) && !std::isnan(mz[end])) ++end;
   hint = begin;
   return intensities.subspan(begin, end - begin);
 }

@@ -37,7 +37,7 @@ class AbsorbanceScan:
 
     @property
     def wavelengths(self) -> FloatArray:
-        """Nanometres, ascending: float64, shape (points,)."""
+        """Nanometres, in the order of the file: float64, shape (points,)."""
         return self._read()[0]
 
     @property
@@ -74,7 +74,7 @@ class Absorbance:
 
     @property
     def wavelengths(self) -> FloatArray | None:
-        """Nanometres, ascending: float64, shape (wavelengths,), where all spectra have the same ones; else None."""
+        """Nanometres, in the order of the file: float64, shape (wavelengths,), where all spectra have the same ones; else None."""
         return self._matrix[0] if self._matrix else None
 
     @property

@@ -72,7 +72,7 @@ class Function(Sequence[Scan]):
     id: how people name it: "4", "p2" of process 2, "p2.2" of the second one with that number.
     name: display name, as its files have it.
     file: name of its data file; None in a report.
-    kind: "MS", "MS/MS", "ion monitoring", "absorbance" or "other".
+    kind: "MS", "MS/MS", "ion monitoring", "reaction monitoring", "absorbance" or "other".
     ms_level: 1, or 2 and more of fragment spectra.
     scan_type: "precursor", "product", "neutral loss", "neutral gain" or None.
     polarity: "positive", "negative" or None where no file tells it.

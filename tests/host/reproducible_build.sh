@@ -6,7 +6,8 @@ source=$1 dll=$2 proven=$3
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
 cd "$source"
-cp -r CMakeLists.txt CMakePresets.json cmake common convert masslynx openlynx plugin scripts source spectrum tools "$copy"
+cp -r CMakeLists.txt CMakePresets.json cmake common convert include library masslynx openlynx plugin python scripts source spectrum tools \
+  "$copy"
 cd "$copy"
 compared=$({
   find . -type f -print0 | sort -z | xargs -0 sha256sum

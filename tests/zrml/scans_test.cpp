@@ -131,6 +131,9 @@ TEST_F(ScansTest, TextHasShortNumbers) {
                kTitles + "\n" + path + "\t1\t6\t1\t0.1\t1\tpositive\t\t1\t9\t\n");
   EXPECT_EQ(json::parse(Run({"scans", path, "--function", "6", "--json"}).output)["scans"][0]["minutes"],
             double{0.1F});
+  // What is printed can be asked for.
+  EXPECT_TRUE(Run({"scans", path, "--function", "6", "--rt", "0.1-0.1"})
+                  .output.ends_with("\t0.1\t1\tpositive\t\t1\t9\t\n"));
 }
 
 // A link that leads in a circle is left alone; a folder without sources does not stop the others.

@@ -249,7 +249,8 @@ class ScansCommand : public Command {
   }
 
   static bool HasLevel(const source::Function& function) {
-    return function.kind == source::FunctionKind::kMs || function.kind == source::FunctionKind::kMsMs;
+    return function.monitoring == source::Monitoring::kNone &&
+           (function.kind == source::FunctionKind::kMs || function.kind == source::FunctionKind::kMsMs);
   }
 
   template <class Visit>

@@ -114,10 +114,10 @@ class ScanComparer : Verdicts {
     if (!isGiven || !isWanted) return isGiven;
     if (IsReport()) {
       CompareReportPoints(ColumnsOf(spectrum));
-    } else if (read->lost == 0 && read->count == held.points) {
+    } else if (read->lost == 0 && read->count == held.points && HasPoints(spectrum)) {
       CheckPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_});
     } else {
-      mayKeepPoints_ = true;
+      mayKeepPoints_ = mayKeepPoints_ || read->lost != 0 || read->count != held.points;
       CheckSlotPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_}, read->lost != 0,
                       rawSlots_->ReadPoints(of_.function.id, scan));
     }
@@ -128,6 +128,13 @@ class ScanComparer : Verdicts {
   static Columns ColumnsOf(const CZRMassSpectrum& spectrum) {
     const std::size_t count = spectrum.UsablePoints();
     return {{spectrum.GetMasses(), count}, {spectrum.GetIntensities(), count}};
+  }
+
+  // Those that are held, to the bit.
+  bool HasPoints(const CZRMassSpectrum& spectrum) const {
+    const Columns given = ColumnsOf(spectrum);
+    return std::equal(x_.begin(), x_.end(), given.x.begin(), given.x.end()) &&
+           std::equal(y_.begin(), y_.end(), given.y.begin(), given.y.end());
   }
 
   void CompareReportPoints(const Columns& given) {

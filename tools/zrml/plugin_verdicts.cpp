@@ -88,10 +88,14 @@ void Verdicts::CheckSlotPoints(std::string_view slot, const Columns& given, cons
   };
   const Columns own = ofSlots ? ofSlots->View() : held;
   const bool isProfileSum = ofSlots && ofSlots->isProfileSum;
-  const bool areOthers = isLost || isProfileSum ? !isSame(own.x, held.x) || !isSame(own.y, held.y)
-                                                : own.x.size() != held.x.size();
+  const bool isSorted = ofSlots && ofSlots->isSorted && !isProfileSum;
+  const bool areOthers = isLost || isProfileSum || isSorted ? !isSame(own.x, held.x) || !isSame(own.y, held.y)
+                                                            : own.x.size() != held.x.size();
   if (areOthers) {
-    Count(isLost ? kWanted.lostPoints : isProfileSum ? kWanted.profileSubScans : kWanted.unwrittenPoints);
+    Count(isLost         ? kWanted.lostPoints
+          : isProfileSum ? kWanted.profileSubScans
+          : isSorted     ? kWanted.sortedPoints
+                         : kWanted.unwrittenPoints);
   }
   CheckPoints(slot, given, areOthers ? own : held);
 }

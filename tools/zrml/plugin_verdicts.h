@@ -47,6 +47,8 @@ struct AllWanted {
   Wanted lostPoints = {"GetSpectrum", "points that the file lacks are zeros"};
   Wanted unwrittenPoints = {"GetSpectrum", "a place that no point of the file fills is 0"};
   Wanted profileSubScans = {"GetSpectrum", "sub-scans of a profile are summed as peaks"};
+  Wanted sortedPoints = {"GetSpectrum",
+                         "of points out of order, the most intense of each mass stays, and none of mass 0"};
   Wanted reportOrder = {"GetSpectrum", "points of a report keep their order"};
   Wanted refusedSpectrum = {"GetSpectrum", "a report's spectrum without points is refused"};
   Wanted refusedFirstSpectrum = {"IsCentroided", "a function whose first spectrum is refused is continuum"};

@@ -97,7 +97,8 @@ std::optional<StoredPoints> RawSlots::ReadPoints(const source::FunctionId& id, i
   const std::size_t count = points.UsablePoints();
   return StoredPoints{{points.GetMasses(), points.GetMasses() + count},
                       {points.GetIntensities(), points.GetIntensities() + count},
-                      isSum && !record.scanIndex[static_cast<std::size_t>(scan)].centroided};
+                      isSum && !record.scanIndex[static_cast<std::size_t>(scan)].centroided,
+                      isUnsorted};
 }
 
 std::optional<StoredPoints> RawSlots::ReadAbsorbance(const source::FunctionId& id, int scan) {

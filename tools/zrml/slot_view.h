@@ -24,6 +24,7 @@ struct StoredPoints {
   std::vector<double> x;
   std::vector<double> y;
   bool isProfileSum = false;  ///< of sub-scans of a profile
+  bool isSorted = false;      ///< they were out of order
 
   Columns View() const { return {x, y}; }
 };
