@@ -109,7 +109,7 @@ class Conversion {
       NoteOrRefuse({Note::Kind::kFolder, *files.error}, ErrorKind::kSourceUnreadable);
     }
     for (const auto& [file, problem] : files.broken) {
-      const Note note = {Note::Kind::kFileBroken, file + ' ' + problem, file};
+      const Note note = {Note::Kind::kFileBroken, std::string(file).append(" ").append(problem), file};
       if (IsByTheWay(file, plan_.sourceFormat)) {
         notes_.push_back(note);
       } else {

@@ -305,7 +305,7 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
   const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
   const bool mayBeZeroed = entry.totalIntensity > 0 && !record.hasMobilityData;
   PointsRead result = {count, stored.room.points - count};
-  if (mayBeZeroed) {
+  if (!record.hasMobilityData) {
     masslynx::FindZeroedPoints(stored.room, stored.bytes, y.first(count), zeroed_);
     result.lost += zeroed_.size();
     AddPlaces(zeroed_, unwritten_);

@@ -60,14 +60,11 @@ class TailSearch {
     ForEachScan([&](int scan, const ScanRoom& room) {
       const bool isZero = room.offset >= zeros_;
       if (!isZero && room.offset + room.bytes > zeros_) broken_ = Broken{scan, room};
-      if (isZero && EntryOf(scan).totalIntensity > 0) begin_ = std::min(begin_, room.offset);
+      const bool hadPoints = EntryOf(scan).totalIntensity > 0 || HasOwnMasses(room.layout);
+      if (isZero && hadPoints) begin_ = std::min(begin_, room.offset);
     });
     if (broken_) begin_ = std::min(begin_, CutIn(*broken_));
-    if (begin_ == kNowhere) return std::nullopt;
-    ForEachScan([&](int, const ScanRoom& room) {
-      if (room.offset >= zeros_ && HasOwnMasses(room.layout)) begin_ = std::min(begin_, room.offset);
-    });
-    return CountScans();
+    return begin_ != kNowhere ? std::optional(CountScans()) : std::nullopt;
   }
 
  private:
@@ -137,9 +134,12 @@ class TailSearch {
   std::optional<Broken> broken_;
 };
 
-// Whether the file begins with zeros, too, and no total says that there was more: then nothing can be proved,
-// and the file may be large.
+// Whether the file begins with zeros, too, and neither masses nor totals say that there was more: then
+// nothing can be proved, and the file may be large.
 bool IsBlank(const File& data, const FunctionRecord& function) {
+  const std::optional<ScanRoom> room =
+      function.typeCode == kDadType ? AbsorbanceRoomOf(function, 0) : RoomOf(function, 0);
+  if (room && HasOwnMasses(room->layout)) return false;
   std::array<std::byte, 512> front{};
   data.ReadAt(0, front);
   return std::all_of(front.begin(), front.end(), [](std::byte byte) { return byte == std::byte{0}; }) &&

@@ -20,9 +20,10 @@ struct ZeroTail {
 };
 
 /// Of a function whose index is loaded. Points of no intensity are sound zeros, so those alone prove nothing:
-/// there has to be a scan with points and a total that is all zeros, or one that breaks off into zeros where
-/// each point has a mass of its own, or that has then less than half of its total. No value for functions of
-/// ion mobility, whose points are elsewhere. `data` reads little where the file ends in a point.
+/// there has to be a scan that is all zeros and has a total, or points with masses of their own; or one that
+/// breaks off into zeros where each point has a mass of its own, or that has then less than half of its
+/// total. No value for functions of ion mobility, whose points are elsewhere. `data` reads little where the
+/// file ends in a point.
 std::optional<ZeroTail> FindZeroTail(const platform::File& data, const FunctionRecord& function);
 
 /// The places, ascending, of a scan's points that are all zeros where each has a mass of its own, and of

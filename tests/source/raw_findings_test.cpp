@@ -1,5 +1,6 @@
 // The findings of the reader of raw directories: each directory is made from a sound one by a single edit.
 #include <algorithm>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +38,25 @@ void ExpectLines(const RawDirectoryBuilder& raw, const Lines& lines, Edit edit) 
   EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
   edit(directory);
   EXPECT_EQ(LinesOf(directory), lines);
+}
+
+// Each point of format 9 has a mass, which is not zero: what is zero was never written there, whether or not
+// totals are recorded. 2 points of 6 bytes a scan.
+TEST(RawFindings, ZerosWithoutTotals) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  for (ScanFiles& scan : raw.functions[0].scans) scan.index.totalIntensity = 0;
+  const TempDirectory directory = raw.Build();
+  EXPECT_EQ(LinesOf(directory), Lines());
+  directory.Edit("_FUNC001.DAT",
+                 [](FileBytes& bytes) { std::fill(bytes.begin() + 12, bytes.end(), std::byte{0}); });
+  EXPECT_EQ(LinesOf(directory),
+            Lines{"data-zeroed: _FUNC001.DAT ends in zeros that are no points of 2 of 3 scans; "
+                  "the first is scan 2"});
+  directory.Edit("_FUNC001.DAT",
+                 [](FileBytes& bytes) { std::fill(bytes.begin(), bytes.end(), std::byte{0}); });
+  EXPECT_EQ(LinesOf(directory),
+            Lines{"data-zeroed: _FUNC001.DAT ends in zeros that are no points of 3 of 3 scans; "
+                  "the first is scan 1"});
 }
 
 TEST(RawFindings, LowerCaseNamesAreTheSameFiles) {
@@ -81,9 +101,13 @@ TEST(RawFindings, OmittedOffsetsHave64Bits) {
   const TempDirectory directory = raw.Build();
   directory.Write("_FUNC001.IDX",
                   WriteScanIndex(std::vector<ScanIndexRecord>(kScans, {.pointCount = 4194303})));
-  directory.Truncate("_FUNC001.DAT", kScans * 4194303 * 6);  // sparse
+  const auto end = [&](std::size_t size) {  // sparse, but for the last byte
+    directory.Truncate("_FUNC001.DAT", size - 1);
+    std::ofstream(directory.Path() / "_FUNC001.DAT", std::ios::binary | std::ios::app) << 'x';
+  };
+  end(kScans * 4194303 * 6);
   EXPECT_EQ(LinesOf(directory), Lines());
-  directory.Truncate("_FUNC001.DAT", kScans * 4194303 * 6 - 1);
+  end(kScans * 4194303 * 6 - 1);
   EXPECT_EQ(LinesOf(directory),
             Lines{"data-cut: _FUNC001.DAT ends before 1 of 180 scans do; the first is scan 180"});
 }
