@@ -31,7 +31,7 @@ void Store(std::uint32_t bits, char* out) {
   std::memcpy(out + 2, kPairs[bits & 0xFFF].data(), 2);
 }
 
-// 12 bytes into 16 characters at a time, as long as 16 bytes can be read; how many bytes that were.
+// 12 bytes into 16 characters at a time, while 16 bytes can be read; returns the number of bytes.
 [[gnu::target("ssse3")]] std::size_t StoreVectors(std::span<const std::byte> bytes, char* out) {
   const __m128i spread = _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
   // What is added to six bits to make their character, by kind: a-z, ten digits, +, /, A-Z.
@@ -75,7 +75,7 @@ void Encode(std::span<const std::byte> bytes, char* out) {
 
 }  // namespace
 
-// By blocks, which stay in the fastest cache: a string that is made longer is filled first.
+// By blocks, which stay in the fastest cache: a string that grows is filled first.
 void AppendBase64(std::span<const std::byte> bytes, std::string& out) {
   constexpr std::size_t kBlock = 3072;
   std::array<char, Base64Length(kBlock)> text;

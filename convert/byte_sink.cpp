@@ -20,7 +20,7 @@ void BufferedSink::Write(std::string_view bytes) {
 }
 
 void BufferedSink::Finish() {
-  if (!buffer_.empty() || !hasPassed_) PassBuffer();  // nothing compressed is not nothing
+  if (!buffer_.empty() || !hasPassed_) PassBuffer();  // empty input compresses to a stream, too
   next_.Finish();
 }
 

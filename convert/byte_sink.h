@@ -18,11 +18,11 @@ class ByteSink {
   virtual ~ByteSink() = default;
 
   virtual void Write(std::string_view bytes) = 0;
-  /// To be called once, after the last Write.
+  /// Call once, after the last Write.
   virtual void Finish() {}
 };
 
-/// Gathers small writes into large pieces for another sink, and hands on those that are no longer small.
+/// Gathers small writes into large pieces for another sink; passes large ones on directly.
 class BufferedSink : public ByteSink {
  public:
   explicit BufferedSink(ByteSink& next) : BufferedSink(next, 1u << 14) {}
@@ -44,7 +44,7 @@ class BufferedSink : public ByteSink {
   bool hasPassed_ = false;
 };
 
-/// Compresses for another sink: one gzip stream a piece, which together are a gzip file.
+/// Compresses for another sink: one gzip stream per piece; together they are a gzip file.
 class GzipSink : public BufferedSink {
  public:
   explicit GzipSink(ByteSink& next) : BufferedSink(next, SIZE_MAX) {}  // short pieces compress worse

@@ -13,7 +13,7 @@ struct ScanPoints {
   std::vector<double> intensities;
 };
 
-// Whether the points of a scan are all there.
+// Whether all points of a scan are present.
 bool ReadWhole(source::Source& source, int sample, int position, int scan, ScanPoints& points) {
   try {
     return source.ReadPoints(sample, position, scan, points.mz, points.intensities).lost == 0;

@@ -1,5 +1,5 @@
-// Channels of ion monitoring: what a function records of one ion or reaction. No file lists them; where all
-// scans of the function have the same masses, the k-th point of each is of the k-th channel.
+// Channels of ion monitoring: what a function records for one ion or reaction. No file lists them; where all
+// scans of the function have the same masses, the k-th point of each belongs to the k-th channel.
 #pragma once
 
 #include <vector>
@@ -10,12 +10,12 @@
 
 namespace zrml::convert {
 
-/// The m/z of each channel of the function at a position. None when its scans do not agree, whole ones
-/// counted only, have no points, or more than anybody has channels.
+/// The m/z of each channel of the function at a position. None when its complete scans
+/// disagree, have no points, or have more points than any instrument has channels.
 std::vector<double> FindChannels(source::Source& source, int sample, int position, const Cancel& cancel);
 
-/// The points of each channel of `function`, the index of one in the plan, in the order of its scans. Of a
-/// scan that has lost points those that are left, by their masses.
+/// The points of each channel of `function`, the index of one in the plan, in the order of its scans. If a
+/// scan has lost points, the remaining ones are matched by mass.
 std::vector<source::Chromatogram> ReadChannels(source::Source& source, const RunPlan& plan,
                                                std::int32_t function, Losses& losses);
 

@@ -91,8 +91,8 @@ class Conversion {
     return workers;
   }
 
-  // For their checksums; where these are not written, so that a disk that fails is seen, but not when only a
-  // part of the scans is asked for.
+  // For their checksums. Without checksums, to notice a failing disk, but not when only a part of the scans
+  // is requested.
   const SourceFiles& ReadFiles() {
     static const SourceFiles kNone;
     const bool isNamed = options_.format == Format::kMzml;

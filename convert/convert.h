@@ -23,19 +23,19 @@ namespace zrml::convert {
 
 struct Options {
   Format format = Format::kMzml;
-  ArrayOptions arrays = {};  ///< of mzML
+  ArrayOptions arrays = {};  ///< for mzML
   bool isIndexed = true;     ///< mzML with index and checksum
   Selection selection = {};
-  bool isLossAllowed = false;  ///< what is lost is left out and reported, instead of an Error
-  bool isStrict = false;       ///< points that may not be what was measured are an Error, instead of reported
+  bool isLossAllowed = false;  ///< lost data is left out and reported, instead of an Error
+  bool isStrict = false;       ///< suspect points are an Error, instead of reported
 };
 
-/// What else is to be known of a conversion.
+/// What else there is to know about a conversion.
 struct Note {
   enum class Kind { kDriftBins, kFolder, kFileBroken, kFileClosed, kSourceChanged };
 
   Kind kind = Kind::kFolder;
-  std::string text;  ///< of a file with its name in front
+  std::string text;  ///< about a file: starts with its name
   std::string file = {};
 };
 
@@ -45,10 +45,10 @@ struct Result {
   Absorbance absorbance = Absorbance::kNone;
   std::vector<Note> notes = {};
   std::vector<Loss> losses = {};
-  Findings faults = {};  ///< points that may not be what was measured
+  Findings faults = {};  ///< suspect points
 };
 
-/// A source that is open once for each worker, and its files as they were before. Used for one conversion at
+/// A source, open once per worker, and the earlier state of its files. Used for one conversion at
 /// a time.
 class SourceInUse {
  public:
@@ -63,7 +63,7 @@ class SourceInUse {
   /// Those of the first call, which reads them, with checksums or without.
   const SourceFiles& Files(Checksums checksums, const Cancel& cancel);
 
-  /// The name of a file that is another than before.
+  /// The name of a file that differs from before.
   std::optional<std::string> FindChange() const { return stamp_.FindChange(); }
 
  private:
@@ -73,7 +73,7 @@ class SourceInUse {
 };
 
 /// Writes the sample at position `sample` to `out` and finishes it. Throws an Error, also when the source has
-/// changed meanwhile, the source's own, or Cancelled; `out` is not finished then.
+/// changed during the conversion, the source's own, or Cancelled; `out` is not finished then.
 Result ConvertSample(SourceInUse& source, int sample, const Options& options, ByteSink& out,
                      const Hooks& hooks);
 

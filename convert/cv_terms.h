@@ -1,4 +1,4 @@
-// Terms of the controlled vocabularies that mzML files name things with: PSI-MS and the unit ontology.
+// Terms of the controlled vocabularies used in mzML files: PSI-MS and the unit ontology.
 #pragma once
 
 #include <string_view>
@@ -9,7 +9,7 @@ struct CvTerm {
   std::string_view accession;
   std::string_view name;
 
-  /// The vocabulary that the term is from.
+  /// The vocabulary of the term.
   constexpr std::string_view Vocabulary() const { return accession.substr(0, accession.find(':')); }
 };
 

@@ -24,7 +24,7 @@ std::optional<Fields> Split(std::string_view text, char separator) {
   return Fields{text.substr(0, first), text.substr(first + 1, second - first - 1), text.substr(second + 1)};
 }
 
-// A number of `fewest` to `most` digits; -1 when it is none.
+// A number of `fewest` to `most` digits; -1 for other text.
 int NumberOf(std::string_view text, std::size_t fewest, std::size_t most) {
   if (text.size() < fewest || text.size() > most || !std::all_of(text.begin(), text.end(), IsDigit))
     return -1;

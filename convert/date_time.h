@@ -1,4 +1,4 @@
-// Dates as XML takes them.
+// Dates in XML's form.
 #pragma once
 
 #include <optional>
@@ -7,9 +7,9 @@
 
 namespace zrml::convert {
 
-/// `text` as an xs:dateTime when it is a day that there is and a time of it, without a zone: sources have the
-/// time of the instrument's clock. They copy what the acquisition has written, so it may be anything; a day
-/// is read as "2026-11-4", year first, or as "4-Nov-2026". What could be read in two ways is not.
+/// `text` as an xs:dateTime when it is a valid date and time, without a zone: sources have the time of
+/// the instrument's clock. They copy what the acquisition has written, so it may be anything; a day is read
+/// as "2026-11-4", year first, or as "4-Nov-2026". Ambiguous dates are not read.
 std::optional<std::string> XmlDateTime(std::string_view text);
 
 }  // namespace zrml::convert

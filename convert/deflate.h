@@ -1,5 +1,5 @@
-// Compression with the system's library: libdeflate on Linux, zlib on Windows. Both write what any inflater
-// reads; the compressed bytes differ between the two.
+// Compression with the system's library: libdeflate on Linux, zlib on Windows. Any inflater reads both
+// outputs; the compressed bytes differ between the two.
 #pragma once
 
 #include <cstddef>
@@ -21,8 +21,7 @@ class Deflater {
   Deflater& operator=(const Deflater&) = delete;
   ~Deflater();
 
-  /// The whole of `bytes` as one stream; valid until the next call. A gzip stream may follow another in a
-  /// file.
+  /// All of `bytes` as one stream; valid until the next call. Gzip streams may follow each other in a file.
   std::span<const std::byte> Compress(std::span<const std::byte> bytes);
 
  private:
@@ -31,8 +30,8 @@ class Deflater {
   std::vector<std::byte> buffer_;
 };
 
-/// What `stream` holds, one gzip stream and nothing else that has `size` bytes without compression; no value
-/// when it is none. Throws std::bad_alloc.
+/// The `size` bytes that `stream`, exactly one gzip stream, holds uncompressed; no value when it is anything
+/// else. Throws std::bad_alloc.
 std::optional<std::vector<std::byte>> InflateGzip(std::span<const std::byte> stream, std::size_t size);
 
 }  // namespace zrml::convert

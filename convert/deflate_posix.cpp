@@ -6,7 +6,7 @@
 namespace zrml::convert {
 namespace {
 
-// The usual balance; higher levels win one or two per cent for twice the time.
+// The usual balance; higher levels save one or two per cent for twice the time.
 constexpr int kLevel = 6;
 
 }  // namespace

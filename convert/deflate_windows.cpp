@@ -61,7 +61,7 @@ std::span<const std::byte> Deflater::Compress(std::span<const std::byte> bytes) 
 std::optional<std::vector<std::byte>> InflateGzip(std::span<const std::byte> stream, std::size_t size) {
   z_stream inflater{};
   if (inflateInit2(&inflater, kWindowBits + kGzip) != Z_OK) throw std::bad_alloc();
-  std::vector<std::byte> bytes(size + 1);  // room, also for nothing
+  std::vector<std::byte> bytes(size + 1);  // not empty, even for size 0
   inflater.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(stream.data()));
   inflater.avail_in = Piece(stream.size());
   inflater.next_out = reinterpret_cast<Bytef*>(bytes.data());

@@ -8,14 +8,14 @@
 namespace zrml::convert {
 
 enum class ErrorKind {
-  kNothingSelected,  // there are scans, but none is asked for
-  kProfile,          // spectra that the format is not for
+  kNothingSelected,  // there are scans, but none is requested
+  kProfile,          // spectra that do not suit the format
   kTargetExists,
   kTargetUnwritable,
   kSourceChanged,     // while it was converted
   kSourceUnreadable,  // its files or its folder
-  kSourceDamaged,     // a part of what was measured is lost
-  kSourceSuspect,     // points may not be what was measured
+  kSourceDamaged,     // some measured data is lost
+  kSourceSuspect,     // points look wrong
   kSystem,            // it has no more threads, or lacks a function
 };
 

@@ -7,7 +7,7 @@
 
 namespace zrml::convert {
 
-/// Two digits a byte, in lower case.
+/// Two digits per byte, in lower case.
 inline std::string Hex(std::span<const std::byte> bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string text;

@@ -11,7 +11,7 @@ using source::ThrowIfCancelled;
 
 struct Hooks {
   Cancel cancel = {};              ///< true to give up, which throws Cancelled; called by all workers at once
-  source::Progress progress = {};  ///< spectra that are written, and all
+  source::Progress progress = {};  ///< spectra written so far, and their total number
 };
 
 }  // namespace zrml::convert

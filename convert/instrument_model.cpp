@@ -60,7 +60,7 @@ constexpr std::array<CvTerm, 46> kModels = {{
     {"MS:1002731", "Xevo TQ-S micro"},
 }};
 
-// Letters and digits only, in lower case. Other characters of a name's kind ('@') count.
+// Letters and digits only, in lower case. Other characters ('@') are kept.
 std::string Bare(std::string_view text) {
   std::string bare = ToLower(text);
   std::erase_if(bare, [](char c) { return c == ' ' || c == '-' || c == '_' || c == '.'; });

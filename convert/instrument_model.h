@@ -1,4 +1,4 @@
-// The vocabulary's term for an instrument that a source names in words.
+// The vocabulary's term for an instrument named in a source.
 #pragma once
 
 #include <string_view>
@@ -7,8 +7,8 @@
 
 namespace zrml::convert {
 
-/// The model whose name `text` is, up to upper and lower case, blanks and punctuation, and without a serial
-/// number behind '#'. Otherwise the term for the maker's instruments in general.
+/// The model named `text`, ignoring case, blanks, punctuation and a serial number after '#'.
+/// Otherwise the term for the maker's instruments in general.
 const CvTerm& InstrumentModel(std::string_view text);
 
 }  // namespace zrml::convert

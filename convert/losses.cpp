@@ -36,7 +36,7 @@ bool IsAbsorbance(Loss::Kind kind) {
   return kind == Loss::Kind::kAbsorbance || kind == Loss::Kind::kAbsorbancePoints;
 }
 
-// " of function 2"; nothing where that goes without saying.
+// " of function 2"; empty where it is obvious.
 std::string Owner(Loss::Kind kind, const source::FunctionId& function) {
   if (function.number == 0 || IsAbsorbance(kind)) return {};
   return " of function " + source::TextOf(function);

@@ -1,5 +1,5 @@
-// What of a source is lost: an Error, or, when what is left is wanted, listed. And scans that are suspect.
-// Used by all workers at once.
+// Lost data of a source: an Error, or listed when the rest is wanted. Also lists suspect scans. Used by all
+// workers at once.
 #pragma once
 
 #include <cstddef>
@@ -16,7 +16,7 @@ struct Loss {
   enum class Kind { kTrace, kScan, kPoints, kTotal, kAbsorbance, kAbsorbancePoints };
 
   Kind kind = Kind::kScan;
-  source::FunctionId function = {};  ///< number 0 for what the sample has without a function
+  source::FunctionId function = {};  ///< number 0 for data of the sample itself
   std::vector<int> numbers = {};     ///< of scans or traces, from 1, ascending
 };
 
@@ -32,10 +32,10 @@ class Losses {
   /// Scan or trace `number`, from 1, of a function. Throws an Error unless losses are counted.
   void Add(Loss::Kind kind, const source::FunctionId& function, int number);
 
-  /// The sample's own first, then by function.
+  /// First those of the sample itself, then by function.
   std::vector<Loss> List() const;
 
-  /// What is wrong with scan `number` of a function whose points are there.
+  /// Records a fault of scan `number` of a function, whose points are present.
   void AddFaults(const source::Function& function, int number, const std::vector<source::ScanFault>& faults);
   Findings ListFaults() const;
 

@@ -28,7 +28,7 @@ bool ArrayWriter::Round(std::span<const double> values) {
     const __m128 rounded = _mm_cvtpd_ps(pair);
     _mm_storel_pi(reinterpret_cast<__m64*>(out), rounded);
     const __m128d differs = _mm_cmpneq_pd(_mm_cvtps_pd(rounded), pair);
-    lost = _mm_or_pd(lost, _mm_and_pd(differs, _mm_cmpord_pd(pair, pair)));  // what is no number stays none
+    lost = _mm_or_pd(lost, _mm_and_pd(differs, _mm_cmpord_pd(pair, pair)));  // NaN stays NaN
   }
   if (i == values.size()) return _mm_movemask_pd(lost) == 0;
   *out = static_cast<float>(values[i]);

@@ -1,4 +1,4 @@
-// Arrays of numbers as mzML carries them: little-endian, compressed or not, in Base64.
+// Arrays of numbers in mzML: little-endian, compressed or not, in Base64.
 #pragma once
 
 #include <optional>
@@ -12,7 +12,7 @@
 
 namespace zrml::convert {
 
-/// How many bits the numbers of an array get. kExact takes 32 where all numbers of the array survive that
+/// How many bits the numbers of an array get. kExact takes 32 where that keeps all numbers of the array
 /// unchanged, and 64 otherwise.
 enum class Precision { kExact, kSingle, kDouble };
 
@@ -35,12 +35,12 @@ class ArrayWriter {
  public:
   explicit ArrayWriter(bool isCompressed);
 
-  /// A binaryDataArray. One without numbers is marked as not compressed: readers differ on compressed
-  /// nothing.
+  /// A binaryDataArray. An empty one is marked as not compressed: readers differ on compressed empty
+  /// arrays.
   void Append(std::string& out, const ArrayKind& kind, std::span<const double> values);
 
  private:
-  /// Rounds into singles_; whether that has changed no number.
+  /// Rounds into singles_; true when no number has changed.
   bool Round(std::span<const double> values);
 
   std::optional<Deflater> deflater_;

@@ -22,7 +22,7 @@ std::string TraceId(const std::string& owner, const source::Trace& trace) {
   return trace.name.empty() ? id : id + ": " + trace.name;
 }
 
-// The points within the minutes that are asked for.
+// The points within the requested minutes.
 void TakePoints(const source::Chromatogram& from, const Selection& selection, RunChromatogram& to) {
   const std::size_t count = std::min(from.minutes.size(), from.intensities.size());
   for (std::size_t i = 0; i < count; ++i) {
@@ -44,7 +44,7 @@ auto TryRead(Call call) -> std::optional<decltype(call())> {
 
 std::string OwnerText(const RunFunction& function) { return "function " + TextOf(function.info.id) + " "; }
 
-// What the files tell of the scans that are wanted.
+// The stored values of the requested scans.
 source::Chromatogram ReadTotal(source::Source& source, const RunPlan& plan, const RunFunction& function,
                                Losses& losses) {
   const auto total = TryRead([&] { return source.TotalIons(plan.sample, function.position); });
@@ -63,8 +63,8 @@ source::Chromatogram ReadTotal(source::Source& source, const RunPlan& plan, cons
   return known;
 }
 
-// An ion is what the only quadrupole lets pass. Of a reaction the files tell one m/z, but not whether it is
-// the precursor's or the product's.
+// A monitored ion is the one selected by the only quadrupole. For a reaction the files give one m/z, without
+// saying whether it is the precursor's or the product's.
 void AppendChannel(std::string& out, const RunChromatogram& chromatogram) {
   const bool isReaction = chromatogram.type == &cv::kSrmChromatogram;
   if (!chromatogram.functionName.empty()) AppendUserParam(out, "function name", chromatogram.functionName);
@@ -152,7 +152,7 @@ void AppendChromatogram(std::string& out, std::size_t index, const RunChromatogr
   if (chromatogram.channel) AppendChannel(out, chromatogram);
   out += "<binaryDataArrayList count=\"2\">\n";
   arrays.Append(out, {cv::kTimeArray, &cv::kMinute, options.times}, chromatogram.minutes);
-  // Readers insist on one of a few units, and no file has one: the plainest.
+  // Readers insist on one of a few units, and no file has one; this is the plainest.
   arrays.Append(out, {cv::kIntensityArray, &cv::kDetectorCounts, options.intensities},
                 chromatogram.intensities);
   out += "</binaryDataArrayList>\n</chromatogram>\n";

@@ -23,19 +23,19 @@ struct RunChromatogram {
   std::optional<double> channel = {};  // its m/z
 };
 
-/// The sample's total ion current (total_ions.h), then that of each function with scans of masses: at each of
-/// the scans that are wanted what the files tell. None is left where they tell nothing. What cannot be read
-/// is left out once the losses know of it.
+/// The sample's total ion current (total_ions.h), then that of each function with scans of masses: the value
+/// stored for each requested scan. Left out where no values are stored. Unreadable ones are recorded as
+/// losses and left out.
 std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& plan, Losses& losses);
 
-/// The traces of the sample, then those of the functions that are converted. Those that cannot be read are
-/// left out once the losses know of them.
+/// The traces of the sample, then those of the functions that are converted. Unreadable ones are recorded
+/// as losses and left out.
 std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses);
 
 /// Selected ion monitoring, or reaction monitoring.
 const CvTerm& ChannelType(const source::Function& function);
 
-/// Of each channel of a function, the index of one in the plan.
+/// One for each channel of a function, given by its index in the plan.
 std::vector<RunChromatogram> ReadChannelChromatograms(source::Source& source, const RunPlan& plan,
                                                       std::int32_t function, Losses& losses);
 

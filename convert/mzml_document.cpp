@@ -29,7 +29,7 @@ constexpr std::string_view kVocabularies =
 
 constexpr std::string_view kDateKey = "AnalysisDateTime";
 constexpr std::string_view kSampleKey = "SampleName";
-// What the formats call the instrument's text.
+// The formats' names for the text of the instrument.
 constexpr std::array<std::string_view, 2> kInstrumentKeys = {"InstrumentName", "InstrumentDescription"};
 
 std::string ValueOf(const RunPlan& plan, std::string_view key) {
@@ -71,7 +71,7 @@ class MzmlDocument : public Document {
     AppendSoftware(text);
     AppendInstrument(text);
     AppendRun(text);
-    text += "<spectrumList";  // an empty one, too, which readers look for
+    text += "<spectrumList";  // even when empty, since readers expect it
     AppendAttribute(text, "count", plan_.entries.size());
     text += " defaultDataProcessingRef=\"conversion\">\n";
     Emit(text);
@@ -109,7 +109,7 @@ class MzmlDocument : public Document {
     for (const RunFunction& function : plan_.functions) {
       if (!function.channels.empty()) add(ChannelType(function.info));
     }
-    if (terms.empty()) terms.push_back(&cv::kMassSpectrum);  // a term is asked for, whatever there is
+    if (terms.empty()) terms.push_back(&cv::kMassSpectrum);  // a term is required in any case
     for (const CvTerm* const term : terms) AppendCvParam(text, *term);
     text += "</fileContent>\n";
     AppendSourceFiles(text);
@@ -231,7 +231,7 @@ class MzmlDocument : public Document {
     EmitChecksum();
   }
 
-  // Of everything up to where it stands.
+  // The checksum of everything before it.
   void EmitChecksum() {
     Emit("<fileChecksum>");
     const std::string checksum = hash_->Finish();

@@ -65,8 +65,8 @@ void AppendScanWindow(std::string& out, const std::optional<source::Range>& rang
   out += "</scanWindow>\n</scanWindowList>\n";
 }
 
-// A report says how its spectra were made. Those that were combined are no longer of one scan; whether they
-// were added up or averaged it does not say, and of the terms the sum is the nearest.
+// A report says how its spectra were made. Combined ones no longer come from one scan; the report does not
+// say whether they were summed or averaged, and the sum is the nearest term.
 void AppendCombination(std::string& out, const std::string& process) {
   const bool isCombined = ToLower(process).find("combine") != std::string::npos;
   AppendCvParam(out, isCombined ? cv::kSumOfSpectra : cv::kNoCombination);
@@ -85,7 +85,7 @@ void AppendScan(std::string& out, const source::Function& function, double minut
   out += "</scan>\n</scanList>\n";
 }
 
-// How the precursor was broken up no file tells.
+// No file says how the precursor was fragmented.
 void AppendPrecursor(std::string& out, double mass) {
   if (!std::isfinite(mass) || mass == 0) return;
   out += "<precursorList count=\"1\">\n<precursor>\n<isolationWindow>\n";
@@ -162,7 +162,7 @@ class MzmlRenderer : public Renderer {
     out += "</binaryDataArrayList>\n</spectrum>\n";
   }
 
-  // Of a report's spectrum without points, profile is what the report does not say otherwise.
+  // For a report's spectrum without points, profile only means that the report does not say otherwise.
   const CvTerm& RepresentationOf(const Spectrum& spectrum) const {
     if (spectrum.scan.isCentroided) return cv::kCentroid;
     const bool isReport = reader_.Plan().sourceFormat == source::Format::kReport;

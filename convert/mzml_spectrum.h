@@ -1,4 +1,4 @@
-// What mzML calls the spectra of a function.
+// The mzML terms for the spectra of a function.
 #pragma once
 
 #include "convert/cv_terms.h"

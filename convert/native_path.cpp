@@ -8,13 +8,13 @@ namespace {
 #ifdef _WIN32
 constexpr std::wstring_view kSeparators = L"\\/:";
 constexpr std::string_view kEndsOfFolders = "\\/:";
-constexpr std::string_view kPlainMark = "\\\\?\\";  // behind it a slash is no separator
+constexpr std::string_view kPlainMark = "\\\\?\\";  // after it a slash is not a separator
 #else
 constexpr std::string_view kSeparators = "/";
 constexpr std::string_view kEndsOfFolders = "/";
 #endif
 
-// Behind the last separator before `end`.
+// The position after the last separator before `end`.
 std::size_t StartOfName(const SystemPath& path, std::size_t end) {
   return end == 0 ? 0 : path.find_last_of(kSeparators, end - 1) + 1;
 }

@@ -3,7 +3,7 @@
 namespace zrml::convert {
 namespace {
 
-// Pieces in the making or waiting, a worker, however long they are: enough to go on while one is taken.
+// Pieces per worker being made or waiting, whatever their length: enough to go on while one is taken.
 constexpr std::size_t kFewestAhead = 2;
 // A slot keeps the memory of its piece up to this size for the next.
 constexpr std::size_t kKeptCapacity = 1u << 16;

@@ -1,5 +1,5 @@
 // Pieces of text made by several workers at once and taken in order. The taker is a worker too while the next
-// piece is not there. Whatever the number of workers, the pieces are the same, and so is the first error.
+// piece is missing. The pieces, and the first error, do not depend on the number of workers.
 #pragma once
 
 #include <cstddef>
@@ -13,25 +13,26 @@
 
 namespace zrml::convert {
 
-/// A worker's way to make piece `index`. `piece` holds an earlier one. Called by one thread at a time.
+/// Makes piece `index` for a worker. `piece` holds an earlier one. Called by one thread at a time.
 using MakePiece = std::function<void(std::size_t index, std::string& piece)>;
 
 class OrderedPieces {
  public:
-  /// Pieces wait for the taker up to this many bytes a worker, or two pieces a worker if they are longer, and
-  /// never more than this many.
+  /// Pieces wait for the taker up to this many bytes per worker, or two pieces per worker if they are longer,
+  /// and never more than this many pieces.
   static constexpr std::size_t kBytesAhead = 8u << 20;
   static constexpr std::size_t kPiecesAhead = 256;
 
-  /// Pieces 0 to `count` - 1. The first worker is the taker's; each other has a thread of its own and begins
-  /// at once.
+  /// Pieces 0 to `count` - 1. The first worker is the taker's; each of the others has its own thread and
+  /// begins at once.
   OrderedPieces(std::size_t count, std::vector<MakePiece> workers);
   OrderedPieces(const OrderedPieces&) = delete;
   OrderedPieces& operator=(const OrderedPieces&) = delete;
-  /// Waits until the workers have ended the pieces that they are at.
+  /// Waits until the workers have finished their current pieces.
   ~OrderedPieces();
 
-  /// The next piece; valid until the next call. Throws what its worker has thrown; nothing may be taken then.
+  /// The next piece; valid until the next call. Throws what its worker has thrown; then nothing more may be
+  /// taken.
   const std::string& Take();
 
  private:
@@ -46,7 +47,7 @@ class OrderedPieces {
   void MakeNext(Lock& lock, const MakePiece& make);
   void Release(std::size_t index);
   void Stop();
-  /// A piece may be begun; with `part` 2, when half of what may wait is taken.
+  /// Whether a piece may be begun; with `part` 2, whether half of the room is free.
   bool HasRoom(std::size_t part = 1) const;
   Slot& SlotOf(std::size_t index) { return slots_[index % slots_.size()]; }
 
@@ -59,8 +60,8 @@ class OrderedPieces {
   std::size_t started_ = 0;
   std::size_t released_ = 0;  // pieces whose slots are free again
   std::size_t taken_ = 0;
-  std::size_t held_ = 0;  // bytes of the pieces that are made and not released
-  std::size_t idle_ = 0;  // workers that wait for room
+  std::size_t held_ = 0;  // bytes of finished pieces that are not released yet
+  std::size_t idle_ = 0;  // workers waiting for room
   bool isTakerWaiting_ = false;
   bool isStopped_ = false;
   std::vector<std::unique_ptr<Thread>> threads_;  // last: they use the others

@@ -31,11 +31,11 @@ bool IsFunctionWanted(const Function& function, const Selection& selection, Form
   if (!selection.functions.Has(function.id) || !selection.msLevels.Has(MsLevelOf(function))) return false;
   if (selection.isLockMassExcluded && function.isLockMass) return false;
   if (!IsMonitoring(function)) return format != Format::kMgf || function.msLevel > 1;
-  // No list of MS levels means them: they hold a few ions, where surveys and fragments have spectra.
+  // A list of MS levels never includes them: they hold a few ions, where surveys and fragments have spectra.
   return format != Format::kMgf && (selection.msLevels.IsAll() || !selection.functions.IsAll());
 }
 
-// `isAlone` where no scan of masses is asked for. A range of functions is no question for absorbance.
+// `isAlone` when no mass scan is requested. A range of functions does not request absorbance.
 Absorbance UseOfAbsorbance(const Function& function, const Selection& selection, Format format,
                            bool isAlone) {
   if (!TakesAbsorbance(format)) return Absorbance::kNone;
@@ -50,7 +50,7 @@ bool IsTaken(Absorbance absorbance) {
   return absorbance == Absorbance::kTaken || absorbance == Absorbance::kTakenAlone;
 }
 
-// Of masses, in functions that are wanted. Those that cannot be counted are there.
+// Mass scans in requested functions. Functions whose scans cannot be counted have some.
 bool HasWantedScans(Source& source, int sample, const Selection& selection, Format format) {
   const std::span<const Function> functions = source.Functions(sample);
   try {
@@ -85,7 +85,7 @@ class Planner {
     if (source_.HasAbsorbance(plan_.sample)) AddDetector(isAlone);
   }
 
-  /// Whether there are scans, but none that is wanted.
+  /// Whether there are scans, but none is requested.
   bool HasFoundNothing() const { return hasFoundScans_ && !hasTakenScans_; }
 
  private:
@@ -108,7 +108,7 @@ class Planner {
   void AddDetector(bool isAlone) {
     Function info = source_.AbsorbanceFunction(plan_.sample);
     info.name = kAbsorbance;
-    info.massRange.reset();  // which is no range of masses
+    info.massRange.reset();  // it is not a range of masses
     std::vector<double> minutes(static_cast<std::size_t>(source_.AbsorbanceScanCount(plan_.sample)));
     for (std::size_t i = 0; i < minutes.size(); ++i)
       minutes[i] = source_.AbsorbanceMinutes(plan_.sample, static_cast<int>(i));
@@ -128,7 +128,7 @@ class Planner {
       AddScan(minutes[scan], static_cast<int>(scan), true);
   }
 
-  // Of the function that was added last.
+  // Of the function added last.
   void AddScan(double minutes, int scan, bool isSpectrum) {
     if (!plan_.selection.Has(scan, minutes)) return;
     hasTakenScans_ = true;
@@ -141,7 +141,7 @@ class Planner {
   Format format_;
   const Cancel& cancel_;
   bool hasFoundScans_ = false;
-  bool hasWantedScans_ = false;  // of masses, in functions that are wanted
+  bool hasWantedScans_ = false;  // mass scans in requested functions
   bool hasTakenScans_ = false;
 };
 
@@ -171,8 +171,8 @@ const std::optional<std::string>* Find(const std::vector<MetadataItem>& items, c
   return item == items.end() ? nullptr : &item->value;
 }
 
-// Items of the sample and its first function; those that are another's by another value, or its alone, name
-// that one. The name of the folder stands there however its path was typed.
+// Items of the sample and its first function. Items that have another value in a different function, or are
+// only there, name that function. The folder's name does not depend on how its path was typed.
 std::vector<MetadataItem> CollectMetadata(Source& source, int sample) {
   const std::span<const Function> functions = source.Functions(sample);
   const std::vector<MetadataItem> first =
@@ -192,7 +192,7 @@ std::vector<MetadataItem> CollectMetadata(Source& source, int sample) {
   return items;
 }
 
-// Whether the path is a data file, which leaves its own function alone.
+// Whether the path is a data file, which selects only its own function.
 bool IsOneFunction(Source& source) {
   if (source.GetFormat() == source::Format::kReport) return false;
   const std::span<const Function> functions = source.Functions(0);
@@ -223,14 +223,14 @@ ConvertedSubjects::ConvertedSubjects(Source& source, int sample, const Selection
   if (source.HasAbsorbance(sample)) absorbance_ = source.AbsorbanceFunction(sample);
 }
 
-// A function that is not listed, since its files are lost, is as wanted as its number.
+// A function that is not listed, since its files are lost, is judged by its number.
 bool ConvertedSubjects::HasFunction(const FindingSubject& subject) const {
   const auto listed = functions_.find(KeyOf(subject));
   if (listed != functions_.end()) return listed->second;
   return hasUnlisted_ && selection_.functions.Has({subject.function, subject.process, subject.repeat});
 }
 
-// The same of absorbance; where nobody knows its number no list of functions asks for it.
+// The same for absorbance; where its number is unknown, no list of functions requests it.
 bool ConvertedSubjects::HasAbsorbance(const FindingSubject& subject) const {
   Function function;
   function.id.number = subject.function;

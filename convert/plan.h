@@ -1,4 +1,4 @@
-// What of a sample is converted and in which order: one run of the open formats. Holds 16 bytes a spectrum
+// What to convert of a sample, and in which order: one run of the open formats. Holds 16 bytes per spectrum
 // and no points.
 #pragma once
 
@@ -21,21 +21,21 @@ inline constexpr int kNoPosition = -1;
 
 struct RunFunction {
   source::Function info;
-  int position = 0;  // in the source's list; kNoPosition of the absorbance function of a raw directory
+  int position = 0;  // in the source's list; kNoPosition for the absorbance function of a raw directory
   bool isAbsorbance = false;
   int driftBins = 0;                  // 0 without mobility data
   std::vector<double> channels = {};  // of ion monitoring: the m/z of each, where its scans agree on them
 };
 
-/// What becomes of a sample's absorbance spectra.
+/// How a sample's absorbance spectra are handled.
 enum class Absorbance {
-  kNone,     // there are none, or other functions are asked for
-  kLeftOut,  // nobody has asked for them
+  kNone,     // there are none, or other functions are requested
+  kLeftOut,  // they are not requested
   kTaken,
   kTakenAlone,  // since there are no other spectra
 };
 
-/// As spectra have it: what reactions leave are fragments, whatever the source says of their function.
+/// The level of the spectra: products of reactions are fragments, whatever the source says of their function.
 inline int MsLevelOf(const source::Function& function) {
   constexpr int kFragments = 2;
   return function.monitoring == source::Monitoring::kReactions ? kFragments : function.msLevel;
@@ -51,9 +51,9 @@ struct RunEntry {
 struct RunPlan {
   source::Format sourceFormat = source::Format::kRawDirectory;
   int sample = 0;
-  std::string name;  // of what it becomes
+  std::string name;  // of the converted run
   std::string sampleName;
-  std::vector<RunFunction> functions;  // all that are asked for, also without scans
+  std::vector<RunFunction> functions;  // all that are requested, also without scans
   std::vector<RunEntry> entries;       // by time; those without one last; equal times by function and scan
   std::vector<source::MetadataItem> metadata;
   Selection selection;
@@ -64,19 +64,19 @@ struct RunPlan {
   }
 };
 
-/// Throws an Error when the selection leaves nothing of what there is, or profile spectra for MGF that are
-/// not asked for. `cancel` is asked between functions, whose indices may be read here, and between scans of
-/// ion monitoring, whose points are.
+/// Throws an Error when the selection excludes everything, or when it holds profile spectra for MGF that are
+/// not requested. `cancel` is checked between functions, whose indices may be read here, and between scans of
+/// ion monitoring, whose points are read.
 RunPlan PlanRun(source::Source& source, int sample, const Selection& selection, Format format,
                 const Cancel& cancel);
 
-/// Tells functions of a sample apart: process number, then the function's number or, of a processed one,
-/// which of that process number it is.
+/// Distinguishes the functions of a sample: process number, then the function's number or, of a processed
+/// one, its count among those of that process number.
 using FunctionKey = std::pair<int, int>;
 FunctionKey KeyOf(const source::FunctionId& id);
 FunctionKey KeyOf(const FindingSubject& subject);
 
-/// What of a sample would be converted, for whoever has findings about it. `selection` stays alive.
+/// What would be converted of a sample, for code that has findings about it. `selection` stays alive.
 class ConvertedSubjects {
  public:
   ConvertedSubjects(source::Source& source, int sample, const Selection& selection, Format format);
@@ -90,8 +90,8 @@ class ConvertedSubjects {
   int sample_;  // from 1
   const Selection& selection_;
   Format format_;
-  bool hasUnlisted_;                       // a single function leaves no others
-  std::map<FunctionKey, bool> functions_;  // those that are listed, and whether they are wanted
+  bool hasUnlisted_;                       // false when a single function was opened
+  std::map<FunctionKey, bool> functions_;  // listed functions, and whether they are wanted
   std::optional<source::Function> absorbance_;
   bool isAbsorbanceAlone_ = false;
 };

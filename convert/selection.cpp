@@ -18,7 +18,7 @@ std::optional<Number> ParseWhole(std::string_view text, Format... format) {
   return result.ec == std::errc() && result.ptr == end ? std::optional(number) : std::nullopt;
 }
 
-// Whether `text` is items between commas that `take` takes.
+// Whether `text` is a comma-separated list of items that `take` accepts.
 template <class Take>
 bool EachItem(std::string_view text, Take take) {
   for (;;) {

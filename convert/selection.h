@@ -10,11 +10,11 @@
 
 namespace zrml::convert {
 
-/// Numbers from 1 as people list them: "3", "1,4-6", "2-". Without a list every number is in.
+/// Numbers from 1, listed as "3", "1,4-6", "2-". Without a list every number is in.
 class NumberSet {
  public:
   NumberSet() = default;
-  /// No value when `text` is no such list.
+  /// No value when `text` is not such a list.
   static std::optional<NumberSet> Parse(std::string_view text);
 
   bool Has(int number) const;
@@ -31,7 +31,7 @@ class NumberSet {
   std::vector<Range> ranges_;
 };
 
-/// Functions as people list them: "4", "1,3-5", "2-" for acquired ones by the numbers of their files, "p2"
+/// Functions, listed as "4", "1,3-5", "2-" for acquired ones by the numbers of their files, "p2"
 /// and "p2.2" for processed ones. Without a list every function is in.
 class FunctionSet {
  public:
@@ -41,7 +41,7 @@ class FunctionSet {
 
   bool Has(const source::FunctionId& id) const;
   bool IsAll() const { return acquired_.IsAll() && processed_.empty(); }
-  /// Those that are listed by their names, not in a range.
+  /// Those listed by name, not in a range.
   std::vector<source::FunctionId> Named() const;
 
  private:
@@ -68,7 +68,7 @@ struct Selection {
   bool IsAll() const {
     return functions.IsAll() && scans.IsAll() && msLevels.IsAll() && !minutes && !isLockMassExcluded;
   }
-  /// A time that is not a number is in no range. One that is printed like an end of the range is in it: text
+  /// A time that is not a number is in no range. A time that prints like an end of the range is in it: text
   /// has the decimals of single precision.
   bool HasTime(double time) const {
     const auto isAt = [time](double end) { return static_cast<float>(time) == static_cast<float>(end); };

@@ -37,7 +37,7 @@ std::string Uri(const SystemPath& folder) {
 
 enum class FileState : char { kWhole, kClosed, kBroken };
 
-// Reads a file whole. `result` is its checksum in hexadecimal digits, or why it breaks off.
+// Reads a whole file. `result` is its checksum in hexadecimal digits, or the reason why it breaks off.
 FileState ReadWhole(const SystemPath& path, Checksums checksums, const Cancel& cancel, std::string& result) {
   const platform::File file = platform::File::OpenSystemPath(path);
   if (!file.IsOpen()) return FileState::kClosed;
@@ -95,7 +95,7 @@ bool IsDataFile(const SystemPath& path) {
   return !IsByTheWay(PathText(NameOf(path)), source::Format::kRawDirectory) && platform::IsFile(path);
 }
 
-// Empty when it is none. That of a data file holds the table of functions.
+// Empty when there is none. That of a data file holds the function table.
 SystemPath RawDirectoryOf(const std::string& source) {
   const SystemPath given = platform::FromUtf8Path(source);
   if (!IsDataFile(given)) return platform::IsDirectory(given) ? given : SystemPath();

@@ -11,34 +11,34 @@
 
 namespace zrml::convert {
 
-/// A file as a converted file names it.
+/// A file as named in a converted file.
 struct SourceFile {
   std::string name;      // without folder
   std::string location;  // URI of its folder
   std::string sha1;
 };
 
-/// One that breaks off.
+/// A file that breaks off.
 struct BrokenFile {
   std::string name;
   std::string problem;  // "cannot be read to its end (Input/output error)"
 };
 
-/// One that no data are read from: it may be broken, or change, without harm.
+/// A file without data that are read: it may be broken, or change, without harm.
 bool IsByTheWay(const std::string& name, source::Format format);
 
 struct SourceFiles {
   std::vector<SourceFile> files;
-  std::vector<std::string> closed;  // names of those that nobody here may open
+  std::vector<std::string> closed;  // names of those that may not be opened
   std::vector<BrokenFile> broken;
   std::optional<std::string> error;  // why the folder is not listed, or not to its end
-  bool isForbidden = false;          // because nobody here may list it, although its files may open
+  bool isForbidden = false;          // it may not be listed, although its files may open
 };
 
 enum class Checksums { kMade, kLeftOut };
 
-/// The regular files of the folder `path`, by name, or of the folder that holds the file `path`; of a report
-/// the file alone. Reads them whole, on `threads` threads.
+/// The regular files of the folder `path`, by name, or of the folder that holds the file `path`; for a report
+/// only the file. Reads them whole, on `threads` threads.
 SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums, int threads,
                             const Cancel& cancel);
 
@@ -46,13 +46,13 @@ SourceFiles ListSourceFiles(const std::string& path, source::Format format, Chec
 /// last written to.
 class SourceStamp {
  public:
-  /// To be made before the source is opened, when its format is not known yet.
+  /// Make it before the source is opened, when its format is not known yet.
   explicit SourceStamp(const std::string& path);
 
   /// When the last of them was written to, as FileStamp counts.
   std::int64_t LastWritten() const;
 
-  /// The name of a file that is new, gone or another since.
+  /// The name of a file that is new, gone or changed since.
   std::optional<std::string> FindChange() const;
 
  private:

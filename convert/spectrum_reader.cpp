@@ -61,7 +61,7 @@ void SpectrumReader::AddDriftPoints(const RunEntry& entry, int bin) {
     drift_.push_back({positions_[i], intensities_[i], bin + 1.0});
 }
 
-// By mass, those without one last; equal masses stay in the order of their bins.
+// By mass, NaN last; equal masses stay in the order of their bins.
 void SpectrumReader::TakeDriftPoints() {
   std::stable_sort(drift_.begin(), drift_.end(), [](const DriftPoint& a, const DriftPoint& b) {
     return a.mass < b.mass || (a.mass == a.mass && b.mass != b.mass);

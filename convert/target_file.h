@@ -1,5 +1,5 @@
 // A file that appears under its name whole or not at all: written without a name, or under a temporary one in
-// the same folder where the system has no files without, flushed to the disk, then named. Windows removes the
+// the same folder where unnamed files are not possible, flushed to the disk, then named. Windows removes the
 // temporary one when the program is killed.
 #pragma once
 
@@ -17,8 +17,8 @@ enum class Existing { kKeep, kReplace };
 class TargetFile : public ByteSink {
  public:
   /// Makes the file without its name. Throws an Error when that is impossible, or when `path` exists and is
-  /// to be kept. One that is replaced is, off Windows, what a link at `path` leads to, and keeps its mode.
-  /// `cancel` is asked when the disk is interrupted.
+  /// to be kept. Except on Windows, a link at `path` is followed and the replaced file keeps its mode.
+  /// `cancel` is checked when the disk is interrupted.
   TargetFile(std::string path, Existing existing, Cancel cancel = {});
   /// Removes the file unless Finish has named it.
   ~TargetFile() override;

@@ -17,13 +17,13 @@ constexpr mode_t kPermissions = 0777;  // of a file that is replaced
 int RenameToNew(const std::string& from, const std::string& to) {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return errno;
-  // File systems that cannot: a second name, then without the first.
+  // File systems that cannot: add a second name, then remove the first.
   if (::link(from.c_str(), to.c_str()) == 0) {
-    ::unlink(from.c_str());  // the file is there, whole, also when its first name cannot be removed
+    ::unlink(from.c_str());  // the file is complete, even when its first name cannot be removed
     return 0;
   }
   if (errno != EPERM && errno != EOPNOTSUPP) return errno;
-  // Nor that (FAT): between look and rename another program may make the file.
+  // Nor links (FAT): between check and rename another program may make the file.
   if (platform::IsThere(to)) return EEXIST;
   return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
@@ -41,7 +41,7 @@ int NameUnnamed(std::intptr_t handle, const std::string& path) {
   return ::linkat(AT_FDCWD, link.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
 }
 
-// A file without a name, which leaves nothing behind even when the program is killed. kClosed (-1) where the
+// A file without a name, which leaves nothing even when the program is killed. kClosed (-1) where the
 // file system has none, or where it could not be named later.
 int OpenUnnamed(const std::string& folder) {
   const int handle = ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, kMode);
@@ -64,13 +64,13 @@ std::string MakeTemporary(const std::string& path, Make make) {
   return {};
 }
 
-// Who is not the superuser may not give a file away, which is no reason to fail.
+// Only the superuser may give a file away; that is not a reason to fail.
 void TakeOver(const struct stat& replaced, int handle) {
   [[maybe_unused]] const int isKept = ::fchown(handle, replaced.st_uid, replaced.st_gid);
   ::fchmod(handle, replaced.st_mode & kPermissions);
 }
 
-// So that the new name, too, outlives a power failure. Not all file systems can; the data are safe anyway.
+// So that the new name also survives a power failure. Not all file systems can; the data are safe anyway.
 void FlushFolder(const std::string& folder) {
   const int handle = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (handle < 0) return;
@@ -135,7 +135,7 @@ int TargetFile::Name() {
   if (temporary_.empty()) {
     const int error = NameUnnamed(handle_, target_);
     if (error != EEXIST || existing_ == Existing::kKeep) return error;
-    // What is there can only be replaced by a file that has a name, for an instant.
+    // An existing file can only be replaced by one that has a name, for an instant.
     temporary_ = MakeTemporary(
         target_, [this](const std::string& name) { return (errno = NameUnnamed(handle_, name)) == 0; });
     if (temporary_.empty()) return errno;
@@ -149,7 +149,7 @@ void TargetFile::Finish() {
   if (error == EEXIST && existing_ == Existing::kKeep) FailAsExisting();
   if (error != 0) Fail(error);
   temporary_.clear();
-  Close();  // which loses nothing that has been flushed
+  Close();  // loses no flushed data
   FlushFolder(FolderOf(target_));
 }
 

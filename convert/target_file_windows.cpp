@@ -14,8 +14,7 @@ int LastError() { return static_cast<int>(::GetLastError()); }
 
 HANDLE Handle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
-// Whether the system removes the file when it is closed, be it because the program is killed. Not all disks
-// do.
+// Whether the system removes the file when it is closed, also when the program is killed. Not all disks do.
 void SetRemoval(HANDLE handle, bool isRemoved) {
   FILE_DISPOSITION_INFO info{};
   info.DeleteFile = isRemoved ? TRUE : FALSE;

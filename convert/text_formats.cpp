@@ -33,7 +33,7 @@ class MgfRenderer : public Renderer {
  public:
   MgfRenderer(source::Source& source, const RunPlan& plan, Losses& losses) : reader_(source, plan, losses) {}
 
-  // Nothing for a spectrum without points, which readers of the format refuse.
+  // Empty for a spectrum without points, which readers of the format refuse.
   void Render(std::size_t index, std::string& text) override {
     const RunEntry& entry = reader_.Plan().entries[index];
     const Spectrum spectrum = reader_.ReadMass(entry);

@@ -1,4 +1,4 @@
-// Threads, and what they wait with. POSIX threads on every system: the Windows compiler's library has no
+// Threads and their synchronisation. POSIX threads on every system: the Windows compiler's library has no
 // std::thread.
 #pragma once
 
@@ -35,7 +35,7 @@ class Lock {
   Mutex& mutex_;
 };
 
-/// Lets another's Lock go while it lives.
+/// Releases another's Lock while it lives.
 class Unlock {
  public:
   explicit Unlock(Lock& lock) : lock_(lock) { pthread_mutex_unlock(&lock_.mutex_.mutex_); }

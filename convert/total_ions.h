@@ -7,8 +7,8 @@
 
 namespace zrml::convert {
 
-/// Chooses the functions of it, asked for one after the other: those with MS1 spectra, of the polarity of the
-/// first of them, and acquired or processed as that one is.
+/// Chooses its functions, one call for each: those with MS1 spectra that have the polarity of the first of
+/// them and are, like it, acquired or processed.
 class TotalIonFunctions {
  public:
   bool Take(const source::Function& function);
@@ -17,10 +17,10 @@ class TotalIonFunctions {
   std::optional<source::Function> first_;
 };
 
-/// Adds the points of one function behind those of others.
+/// Appends the points of one function.
 void Append(source::Chromatogram& chromatogram, const source::Chromatogram& function);
 
-/// Those without a time last; points of one time stay as they come.
+/// Points without a time come last; points of equal time stay in order.
 void SortByTime(source::Chromatogram& chromatogram);
 
 }  // namespace zrml::convert

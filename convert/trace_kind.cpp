@@ -32,14 +32,14 @@ constexpr TraceWord kMassWords[] = {
     {"bpc", cv::kBasePeakChromatogram},
 };
 
-// Words that make a name another thing's than that of the words above.
+// Words that show that a name means something other than the words above.
 constexpr std::string_view kIonWords[] = {"tic", "bpi", "xic", "ion", "ionisation", "ionization", "source"};
 
 bool RecordsIons(FunctionKind kind) {
   return kind == FunctionKind::kMs || kind == FunctionKind::kMsMs || kind == FunctionKind::kIonMonitoring;
 }
 
-// Of the first word that the name has, or null.
+// The term of the first word found in the name, or null.
 const CvTerm* TermIn(std::span<const TraceWord> words, std::string_view name) {
   const auto row = std::find_if(words.begin(), words.end(),
                                 [&](const TraceWord& each) { return HasWord(name, each.word); });

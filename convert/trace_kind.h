@@ -1,4 +1,4 @@
-// What a trace records, as far as its name and its function tell.
+// What a trace records, as far as its name and its function say.
 #pragma once
 
 #include <optional>
@@ -9,7 +9,7 @@
 
 namespace zrml::convert {
 
-/// The term for a trace that is called `name`: of a function of the kind given, or of the sample. Words count
+/// The term for a trace called `name`: of a function of the given kind, or of the sample. Words count
 /// only as a whole, and only those of things that such a function records.
 const CvTerm& TraceType(std::string_view name, std::optional<source::FunctionKind> function = {});
 

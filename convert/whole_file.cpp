@@ -14,7 +14,7 @@ namespace {
 using StoredBytes = std::vector<std::byte>;
 
 constexpr std::size_t kLongestEnding = 64;
-constexpr std::size_t kLongestStream = 1u << 24;  // far beyond the pieces that are compressed
+constexpr std::size_t kLongestStream = 1u << 24;  // far beyond the size of compressed pieces
 constexpr std::array kStreamMark = {std::byte{0x1F}, std::byte{0x8B}, std::byte{8}};
 constexpr std::size_t kSizeField = 4;  // the last bytes of a stream: how long it is without compression
 
@@ -26,7 +26,7 @@ StoredBytes EndOf(const platform::SystemPath& path, std::size_t most) {
   return end;
 }
 
-// What the last stream is without compression. The mark may stand inside a stream, too.
+// The last stream, uncompressed. The mark may also occur inside a stream.
 std::optional<StoredBytes> LastStream(const StoredBytes& end) {
   if (end.size() < kSizeField) return std::nullopt;
   const std::span<const std::byte> bytes(end);

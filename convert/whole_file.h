@@ -1,4 +1,4 @@
-// Whether a file of before is a whole one: copies may break off.
+// Whether an existing file is complete: copies may break off.
 #pragma once
 
 #include "common/platform/platform.h"
@@ -6,8 +6,7 @@
 
 namespace zrml::convert {
 
-/// Whether the file ends as one of that format does. Of a compressed one the last of its streams is looked
-/// at.
+/// Whether the file ends as its format demands. For a compressed file, the last stream is checked.
 bool IsWhole(const platform::SystemPath& path, Format format, bool isGzipped);
 
 }  // namespace zrml::convert

@@ -1,4 +1,4 @@
-// How a format writes a run: each spectrum's text is made by renderers, one a worker, and put together by a
+// How a format writes a run: each spectrum's text is made by renderers, one per worker, and assembled by a
 // document.
 #pragma once
 
@@ -35,7 +35,7 @@ class Document {
   Document& operator=(const Document&) = delete;
   virtual ~Document() = default;
 
-  /// In this order; Add once an entry. Each throws an Error.
+  /// In this order; Add once per entry. Each throws an Error.
   virtual void Begin() = 0;
   virtual void Add(std::string_view text) = 0;
   virtual void End() = 0;
@@ -43,7 +43,7 @@ class Document {
   virtual std::size_t ChromatogramCount() const { return 0; }
 };
 
-/// All that a run is written from beside its spectra.
+/// Everything a run is written from, except its spectra.
 struct RunContext {
   const RunPlan& plan;
   source::Source& source;

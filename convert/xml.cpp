@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-// What stands for a character; empty for itself.
+// The replacement of a character; empty when it is kept.
 std::string_view Reference(char32_t c) {
   switch (c) {
     case U'&':
@@ -31,7 +31,7 @@ std::string_view Reference(char32_t c) {
   }
 }
 
-// By XML; but what has a reference may stand.
+// Forbidden by XML; characters that have a reference are allowed.
 bool IsForbidden(char32_t c) { return (c < 0x20 && Reference(c).empty()) || c == 0xFFFE || c == 0xFFFF; }
 
 bool IsNamePart(char c) {

@@ -1,4 +1,4 @@
-// Text as XML 1.0 takes it, UTF-8.
+// Text for XML 1.0, in UTF-8.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@ namespace zrml::convert {
 /// XML forbids, and bytes that are not UTF-8, as U+FFFD.
 std::string XmlText(std::string_view text);
 
-/// `text` for use inside an xs:ID, behind a letter: ASCII letters, digits, '_', '-' and '.' stay, others
-/// become '_'. Identifiers are unique in a document, so what stands in front must not begin another one.
+/// `text` for use inside an xs:ID, after a letter: ASCII letters, digits, '_', '-' and '.' stay, others
+/// become '_'. Identifiers are unique in a document, so the part before it must not begin another one.
 std::string XmlIdPart(std::string_view text);
 
 }  // namespace zrml::convert
