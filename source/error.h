@@ -1,4 +1,4 @@
-// How reading a source fails: a status and one line in the words of people.
+// How reading a source fails: a status and one line for people.
 #pragma once
 
 #include <exception>

@@ -1,4 +1,4 @@
-// Words for what a source holds, as people and programs see them.
+// Names for what a source holds, for people and programs.
 #pragma once
 
 #include "source/source.h"
@@ -7,8 +7,8 @@ namespace zrml::source {
 
 /// "MS", "MS/MS", "absorbance", "ion monitoring", "other".
 const char* NameOf(FunctionKind kind);
-/// The same, but for functions of ion monitoring: "ion monitoring", or "reaction monitoring", whatever kind
-/// the files give them.
+/// The same, but functions of ion monitoring are always "ion monitoring" or "reaction monitoring", whatever
+/// their kind in the files.
 const char* KindNameOf(const Function& function);
 /// "none", "precursor", "product", "neutral loss", "neutral gain".
 const char* NameOf(ScanType scanType);

@@ -12,7 +12,7 @@ namespace {
 
 using Kind = FindingSubject::Kind;
 
-// Of a list, those that have something in common.
+// The entries of a list that have something in common.
 struct Some {
   std::uint64_t count = 0;
   std::uint64_t first = 0;
@@ -126,7 +126,7 @@ class PointsLook {
     }
     Notice(part, part.AreTraces() ? FindingCode::kTracesUnreadable : FindingCode::kScansUnreadable, unread,
            "cannot be read");
-    // With ion mobility points are elsewhere.
+    // With ion mobility the points are in another file.
     if (!part.described.hasMobility && lacking.count != KnownLosses(part.subject))
       Notice(part, FindingCode::kPointsLost, lacking, "have lost points");
     if (IsReport())
@@ -152,7 +152,7 @@ class PointsLook {
     return read;
   }
 
-  // Then no scan can be read, which is known.
+  // Then no scan can be read, which is already reported.
   bool IsDataMissing(const FindingSubject& subject) const {
     return std::any_of(known_.begin(), known_.end(), [&](const Finding* finding) {
       const bool isUnopened =
@@ -161,7 +161,7 @@ class PointsLook {
     });
   }
 
-  // How many scans of the subject are known to have lost points.
+  // The number of the subject's scans known to have lost points.
   std::uint64_t KnownLosses(const FindingSubject& subject) const {
     std::uint64_t count = 0;
     for (const Finding* const finding : known_) {
@@ -172,7 +172,7 @@ class PointsLook {
     return count;
   }
 
-  // Whose scans or traces they are, where no file says so.
+  // The owner of the scans or traces, where no file names it.
   std::string OwnerOf(const Part& part) const {
     if (!part.described.file.empty()) return {};
     if (!IsReport()) return "the run ";

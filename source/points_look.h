@@ -1,4 +1,4 @@
-// A look at every point of a source, for damage that no file shows from outside. docs/check.md
+// A look at every point of a source, for damage that the structure of the files does not show. docs/check.md
 #pragma once
 
 #include "source/source.h"
@@ -6,7 +6,7 @@
 namespace zrml::source {
 
 /// What the source's own findings do not say: scans that cannot be read or have lost points, points that
-/// cannot be what was measured, spectra without points. Reads each scan and trace once; throws nothing but
+/// cannot be measured values, spectra without points. Reads each scan and trace once; throws nothing but
 /// Cancelled.
 Findings LookAtPoints(Source& source, const Cancel& cancel = {}, const Progress& progress = {});
 

@@ -1,4 +1,4 @@
-// What both formats share: positions that callers ask for, room for points, dates.
+// Shared by both formats: checks of positions and of room for points, dates.
 #pragma once
 
 #include <cstdint>
@@ -24,15 +24,15 @@ Item& At(std::span<Item> items, int position, const char* noun) {
   return items[static_cast<std::size_t>(position)];
 }
 
-/// A date and time without the zone that the interface of plug-ins gives each of them: no file has one. No
-/// value when nothing is left but what stands between empty parts.
+/// A date and time without the zone that the interface of plug-ins adds: no file has one. No value when only
+/// separators are left.
 inline std::optional<std::string> LocalDateTime(std::string text, std::string_view nothing) {
   constexpr std::string_view kZone = "+00:00";
   if (text.ends_with(kZone)) text.resize(text.size() - kZone.size());
   return text == nothing ? std::nullopt : std::optional(std::move(text));
 }
 
-/// Throws when points do not fit into the room for them.
+/// Throws when there is not enough room for the points.
 inline void RequireRoom(std::size_t points, std::span<const double> mz, std::span<const double> intensities) {
   if (mz.size() < points || intensities.size() < points)
     throw Error(Status::kWrongArgument, "there is no room for the points of the scan");

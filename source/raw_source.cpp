@@ -36,7 +36,7 @@ bool IsSeparator(char c) {
 #endif
 }
 
-// Shells complete a folder's name with a separator.
+// Shells complete a folder's name with a separator at its end.
 std::string WithoutLastSeparator(std::string path) {
   while (path.size() > 1 && IsSeparator(path.back()) && path[path.size() - 2] != ':') path.pop_back();
   return path;
@@ -81,7 +81,7 @@ static_assert(static_cast<int>(Monitoring::kReactions) == static_cast<int>(massl
 static_assert(static_cast<int>(ScanType::kNeutralGain) == static_cast<int>(masslynx::ScanType::kNeutralGain));
 static_assert(static_cast<int>(Polarity::kNegative) == static_cast<int>(masslynx::Polarity::kNegative));
 
-// Nothing where nothing was refused.
+// Empty where nothing was refused.
 void ThrowRefusal(const std::string& front, const std::string& refusal) {
   if (!refusal.empty()) throw Error(Status::kUnreadable, front + refusal);
 }
@@ -119,7 +119,7 @@ void AddPlaces(const std::vector<std::size_t>& more, std::vector<std::size_t>& p
   places = std::move(both);
 }
 
-// Closes the gaps at the places given, which ascend. Gives how many points are left.
+// Closes the gaps at the given places, which ascend. Returns the number of remaining points.
 std::size_t CloseGaps(const std::vector<std::size_t>& gaps, std::size_t count, double* values) {
   std::size_t kept = 0;
   auto gap = gaps.begin();
@@ -140,7 +140,7 @@ RawSource::RawSource(std::string path, const SystemPath& folder, const std::stri
   const std::span<const FunctionRecord> all = directory_.Functions();
   for (std::size_t i = 0; i < all.size(); ++i) {
     const bool isListed = all[i].typeCode != masslynx::kDadType && directory_.HasScans(i) &&
-                          !(all[i].processed && all[i].number == 0);  // which is no name of a function
+                          !(all[i].processed && all[i].number == 0);  // not the name of a function
     if (isListed && (chosen.empty() || StemOf(all[i]) == chosen)) List(i);
   }
   absorbance_ = masslynx::FindAbsorbance(all);
@@ -159,8 +159,8 @@ void RawSource::List(std::size_t position) {
   function.file = platform::ToUtf8Path(directory_.DataFileName(position));
 }
 
-// Functions of one name get their numbers behind it, also where the others are lost or were not chosen: a
-// name is the same whatever else is read.
+// Functions of one name get their numbers appended, even when the others are lost or were not chosen: a name
+// does not depend on what else is read.
 void RawSource::NameFunctions() {
   std::map<std::string, int> counts;
   for (const FunctionRecord& record : directory_.Functions()) {
@@ -192,7 +192,7 @@ const ScanIndexEntry& RawSource::EntryOf(const FunctionRecord& record, int scan)
   return At(std::span(record.scanIndex), scan, "scan");
 }
 
-// `what` names the scan for whoever reads that it cannot be read.
+// `what` names the scan in the message that it cannot be read.
 template <class What>
 RawSource::StoredScan RawSource::Fetch(std::size_t position, const std::optional<ScanRoom>& room, What what) {
   if (!room) ThrowUnread(what());
@@ -298,8 +298,8 @@ PointsRead RawSource::ReadPoints(int, int function, int scan, std::vector<double
   return read;
 }
 
-// Drops the places that are not written, and those of points that are zeros where the scan has counted
-// something. Gives how many are left and how many of these are lost.
+// Drops places that were not written, and points that are zeros although the scan has counted something.
+// Returns how many are left and how many of these are lost.
 PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const StoredScan& stored,
                                   std::size_t count, std::span<double> x, std::span<double> y) {
   const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
@@ -335,9 +335,9 @@ PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, s
   return result;
 }
 
-// Sums sub-scans, sorts, and gives how many points are left. Sub-scans of a profile are samples of one grid,
-// of which those of equal mass are added; as peaks, neighbours would become one. All other points stay: two
-// channels may have one mass.
+// Sums sub-scans, sorts, and returns how many points are left. Sub-scans of a profile are samples of one
+// grid: samples of equal mass are added; merged as peaks, neighbours would become one. All other points stay:
+// two channels may have one mass.
 std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensities, bool mayHaveSubScans,
                                bool isCentroided) {
   std::optional<PeakSum> sum;
@@ -363,7 +363,7 @@ std::optional<std::span<const double>> RawSource::IntensitiesWithin(int sample, 
   if (masslynx::DecodeWithin(directory_.Functions()[PositionOf(function)], scan, stored.room, stored.bytes,
                              {range.low, range.high}, points.intensities))
     return points.intensities;
-  return Source::IntensitiesWithin(sample, function, scan, range, points);  // what was fetched is still there
+  return Source::IntensitiesWithin(sample, function, scan, range, points);  // the fetched scan is still there
 }
 
 int RawSource::DriftBinCount(int, int function) {
@@ -472,7 +472,7 @@ bool RawSource::Includes(const FindingSubject& subject) const {
 
 std::span<const Finding> RawSource::Findings() {
   if (findings_) return findings_->List();
-  zrml::Findings own;  // kept when it is complete, however memory runs out
+  zrml::Findings own;  // stored only when complete, even if memory runs out
   const zrml::Findings all = directory_.CollectFindings();
   for (const Finding& finding : all.List()) {
     if (Includes(finding.subject)) own.Add(finding);

@@ -58,7 +58,7 @@ class RawSource : public Source {
                                                            Points& points) override;
 
  private:
-  // A scan as it stands in its data file.
+  // A scan, undecoded, from its data file.
   struct StoredScan {
     masslynx::ScanRoom room;
     Bytes bytes;  // until the next scan is fetched
@@ -88,7 +88,7 @@ class RawSource : public Source {
   std::vector<Function> functions_;
   std::optional<std::size_t> absorbance_;  // its position in the directory
   std::optional<FindingSubject> chosen_;   // the function, when one of its files was opened
-  std::vector<MetadataItem> metadata_;     // once it is asked for
+  std::vector<MetadataItem> metadata_;     // filled on first request
   std::optional<masslynx::TraceList> traces_;
   std::string mobilityPath_;
   masslynx::MobilityData mobility_;

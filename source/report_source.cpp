@@ -49,7 +49,7 @@ constexpr const char* kProviderName = "ZROpenLynxRptProvider";
 constexpr const char* kAnalogTrace = "Analog Trace";
 constexpr const char* kFunctionTrace = "Function Trace";
 
-// Positions of points in ascending order of `x`, equal ones as they come.
+// Positions of points in ascending order of `x`; equal ones stay in order.
 std::vector<std::size_t> Order(const std::vector<double>& x) {
   std::vector<std::size_t> order(x.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
@@ -81,7 +81,7 @@ auto ReportSource::Reading(Read read) {
   return result;
 }
 
-// Samples that were found when a read was refused may lack some, and are looked for again.
+// Samples that were found when a read was refused may be incomplete, and are searched again.
 std::span<openlynx::Sample> ReportSource::Samples() {
   try {
     return Reading([&] { return report_.Samples(); });

@@ -1,6 +1,6 @@
-// Reports behind Source. Functions are those with spectra or chromatograms; their numbers count all functions
-// of the sample, so that none changes with what the others hold. A function that is never closed has those
-// behind it inside: each spectrum, chromatogram and line of text counts for the innermost function alone.
+// Reports as sources. Functions are those with spectra or chromatograms; their numbers count all functions of
+// the sample, so that they do not depend on the contents of others. A function that is never closed contains
+// those after it: each spectrum, chromatogram and line of text belongs to the innermost function only.
 #pragma once
 
 #include <cstddef>
@@ -48,7 +48,7 @@ class ReportSource final : public Source {
   std::span<const Finding> Findings() override;
 
  private:
-  // A sample that has been looked through.
+  // A sample that has been searched.
   struct KnownSample {
     openlynx::Sample* sample = nullptr;
     std::vector<Function> functions;
@@ -78,7 +78,7 @@ class ReportSource final : public Source {
   std::vector<Trace> NamesOf(std::span<const std::uint64_t> chromatograms, const char* noun);
   Chromatogram ReadTraceAt(std::span<const std::uint64_t> chromatograms, int trace, const char* noun);
 
-  // What `read` gives. Throws when the system does not read as far as the file goes.
+  // The result of `read`. Throws when the system does not read to the end of the file.
   template <class Read>
   auto Reading(Read read);
 
@@ -87,7 +87,7 @@ class ReportSource final : public Source {
   std::vector<KnownSample> known_;  // by sample
   int metadataSample_ = -1;         // whose `metadata_` are
   std::vector<MetadataItem> metadata_;
-  std::optional<KnownSpectrum> spectrum_;  // the last one: first it is asked for, then its points
+  std::optional<KnownSpectrum> spectrum_;  // the last one: callers ask for it, then for its points
   std::optional<zrml::Findings> findings_;
 };
 

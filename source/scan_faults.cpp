@@ -11,10 +11,10 @@
 namespace zrml::source {
 namespace {
 
-// A total and a sum are made at different times of rounded numbers, and of profiles not in the same way. They
+// A total and a sum are computed at different times from rounded numbers, and differently for profiles. They
 // never differ as much as this.
 constexpr double kMostDifference = 2;
-// Far below the range that the method sets, and far above: no calibration shifts masses as much.
+// Far below and far above the method's range: no calibration shifts masses as much.
 constexpr double kFarOutside = 2;
 // Ions that no detector counts in a scan.
 constexpr double kMostIntensity = 1e15;
@@ -37,7 +37,7 @@ bool AreFarApart(double sum, double total) {
   return !(share > 1 / kMostDifference && share < kMostDifference);
 }
 
-// What processing makes of masses may be anywhere.
+// Processing may move masses anywhere.
 bool IsFarOutside(const Function& function, double mz) {
   if (!std::isfinite(mz)) return true;
   if (!function.massRange || function.id.process != 0) return false;
@@ -46,10 +46,10 @@ bool IsFarOutside(const Function& function, double mz) {
 
 struct Sums {
   double sum = 0;
-  double size = 0;  // of the values without their signs
+  double size = 0;  // sum of the absolute values
 };
 
-// In four parts side by side, which do not wait for each other.
+// In four independent parts, which do not wait for each other.
 Sums SumsOf(std::span<const double> values) {
   constexpr std::size_t kParts = 4;
   double sums[kParts] = {};

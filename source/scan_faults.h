@@ -1,5 +1,5 @@
-// What the points of a scan tell of damage beside points that are lost: sums that are not the scan's total,
-// masses that the function does not measure, intensities that no detector gives. docs/check.md
+// Signs of damage in the points of a scan, apart from lost points: sums that differ from the scan's total,
+// masses outside the function's range, intensities that no detector gives. docs/check.md
 #pragma once
 
 #include <map>
@@ -18,8 +18,8 @@ struct ScanFault {
   std::string extent;  ///< by how much: "sum 10, total 500"
 };
 
-/// Of the points of a scan, in ascending m/z. None of reports, whose spectra are results of processing, nor
-/// where there are drift bins.
+/// Faults of the points of a scan, in ascending m/z. None for reports, whose spectra are results of
+/// processing, and none where there are drift bins.
 std::vector<ScanFault> FaultsOf(Format format, const Function& function, const Scan& scan,
                                 std::span<const double> mz, std::span<const double> intensities);
 

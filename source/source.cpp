@@ -13,7 +13,7 @@
 namespace zrml::source {
 namespace {
 
-// A whole number from 1 at the front of `text`, which is shortened by it.
+// Takes a whole number from 1 off the front of `text`.
 std::optional<int> TakeNumber(std::string_view& text) {
   int number = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -70,7 +70,7 @@ std::unique_ptr<Source> Source::Open(const std::string& path) {
   }
   if (std::unique_ptr<Source> source = OpenRawDirectory(path)) return source;
   if (std::unique_ptr<Source> source = OpenReport(path)) return source;
-  // A folder whose names may be listed, but not what they stand for, looks empty.
+  // A folder that may be listed, but whose files may not be examined, looks empty.
   if (platform::IsDirectory(given))
     ThrowWhenOutOfReach(platform::PathIn(given, platform::FromUtf8Path(".")), "what is in " + path);
   throw Error(Status::kNotRecognised, path + " is neither a raw directory nor a report");
@@ -95,8 +95,8 @@ PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<do
 
 namespace {
 
-// The first of ascending values that is not below `low`. Looked for near `hint`, in steps that double: from
-// scan to scan it moves little.
+// The first of ascending values that is not below `low`. Searched near `hint`, in steps that double: it moves
+// little from scan to scan.
 std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hint) {
   std::size_t begin = std::min(hint, values.size());
   std::size_t end = begin;
@@ -114,7 +114,7 @@ std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hi
                                   first);
 }
 
-// Of the points, those from `range.low` to `range.high`; `hint` is where the first one may be, and is then.
+// The points from `range.low` to `range.high`; `hint` is a guess for the first one, and is set to its place.
 std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
                                       std::span<const double> intensities, std::size_t& hint) {
   const std::size_t begin = FirstFrom(range.low, mz, hint);
@@ -144,7 +144,7 @@ void Source::ReadDriftBin(int, int, int, int, std::vector<double>&, std::vector<
   throw Error(Status::kWrongArgument, "the function has no drift bins");
 }
 
-// Scans without a time are no precursors. Of scans at one time the order stays.
+// Scans without a time are not precursors. Scans of equal time stay in order.
 std::span<const Source::ScanTime> Source::TimesOf(int sample, int function) {
   if (timesSample_ != sample) times_.clear();
   timesSample_ = sample;
@@ -168,7 +168,7 @@ int Source::ScanAtEnd(std::span<const ScanTime> times, double minutes, bool isLa
   const auto first = std::partition_point(
       times.begin(), times.end(), [&](const ScanTime& time) { return minutes - time.minutes > distance; });
   if (first->minutes == times.back().minutes) return (isLast ? times.back() : *first).scan;
-  // Times that are too far away to be told apart need not come in the order of their scans.
+  // Times too far away to be distinguished need not be in the order of their scans.
   const auto [lowest, highest] =
       std::minmax_element(first, times.end(), [](const auto& a, const auto& b) { return a.scan < b.scan; });
   return (isLast ? *highest : *lowest).scan;
@@ -190,7 +190,7 @@ std::optional<ScanPosition> Source::FindPrecursor(int sample, int function, int 
     const auto later = std::partition_point(
         times.begin(), times.end(), [&](const ScanTime& time) { return minutes - time.minutes >= 0; });
     if (later == times.begin()) continue;
-    // Of scans that are equally near, those of the same kind as the one that asks count.
+    // Among equally near scans, those of the same kind as the given one count.
     const bool isAlike = isCentroided(f) == isCentroided(function) && other.polarity == own.polarity;
     const double distance = minutes - std::prev(later)->minutes;
     if (!(distance < nearest || (distance == nearest && isAlike))) continue;
@@ -204,7 +204,7 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// What a chromatogram shows of the points of a scan, given in their order; 0 where there is none.
+// A chromatogram's value for the points of a scan, given in order; 0 without points.
 double OfIntensities(std::span<const double> values, Within within) {
   if (within == Within::kSum) return std::accumulate(values.begin(), values.end(), 0.0);
   constexpr double kLowest = std::numeric_limits<double>::lowest();
@@ -250,7 +250,7 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
   if (scans != 0 && rows.size() / scans < ranges.size())
     throw Error(Status::kWrongArgument, "there is no room for the chromatograms");
   Points points;
-  if (ranges.size() == 1) {  // which may take less than all points of a scan
+  if (ranges.size() == 1) {  // this may need fewer than all points of a scan
     for (std::size_t scan = 0; scan < scans; ++scan) {
       ThrowIfCancelled(cancel);
       const auto values = IntensitiesWithin(sample, function, static_cast<int>(scan), ranges.front(), points);
@@ -258,7 +258,7 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
     }
     return;
   }
-  // The values of some scans at a time go into the rows, which are far apart in memory.
+  // The values of several scans at a time go into the rows, which are far apart in memory.
   const std::size_t scansAtOnce = std::min<std::size_t>(scans, 256);
   std::vector<double> block(ranges.size() * scansAtOnce);
   std::vector<std::size_t> hints(ranges.size());

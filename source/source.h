@@ -1,11 +1,12 @@
 // A source of data as tools and programs see it: a raw directory or a report, through one interface without
 // the contract's oddities. Text is UTF-8; paths are the system's own bytes (on Windows UTF-8). Positions
 // count from 0; numbers that people see are those of the files and never change when a file is lost. Times
-// are minutes, masses m/z. What a file does not hold is absent: std::nullopt, an empty text, or no point.
+// are minutes, masses m/z. Values that a file does not hold are absent: std::nullopt, an empty text, or no
+// point.
 //
 // A source is used by one thread at a time; sources are independent, so each worker opens its own. Questions
-// may be asked in any order; each file is read when it is first needed and stays open. What cannot be read
-// throws an Error; what is missing or damaged and can be passed is collected as findings.
+// may be asked in any order; each file is read when it is first needed and stays open. Reading errors
+// throw an Error; missing or damaged data that do not prevent reading are collected as findings.
 #pragma once
 
 #include <cstddef>
@@ -29,7 +30,7 @@ enum class Format { kRawDirectory, kReport };
 enum class FunctionKind { kMs, kMsMs, kAbsorbance, kIonMonitoring, kOther };
 enum class ScanType { kNone, kPrecursor, kProduct, kNeutralLoss, kNeutralGain };
 enum class Polarity { kUnknown, kPositive, kNegative };
-/// What a function that records chosen ions only records.
+/// What is recorded by a function that monitors chosen ions only.
 enum class Monitoring { kNone, kIons, kReactions };
 
 struct Range {
@@ -37,22 +38,22 @@ struct Range {
   double high = 0;
 };
 
-/// How people name a function: "4", "p2" for the processed function with process number 2, "p2.2" for the
-/// second one with that number.
+/// The name of a function for people: "4", "p2" for the processed function with process number 2, "p2.2" for
+/// the second one with that number.
 struct FunctionId {
-  int number = 0;   ///< from 1, as its files have it; of a processed function, the raw one it goes back to
+  int number = 0;   ///< from 1, as its files have it; for a processed function, that of its raw function
   int process = 0;  ///< 0 for acquired data
   int repeat = 1;
 
   bool operator==(const FunctionId&) const = default;
 };
 std::string TextOf(const FunctionId& id);
-/// No value when `text` is no such name. Of a processed function only `process` and `repeat` are set.
+/// No value when `text` is not such a name. For a processed function only `process` and `repeat` are set.
 std::optional<FunctionId> ParseFunctionId(std::string_view text);
 
 struct Function {
   FunctionId id;
-  std::string file;  ///< name of its data file as it stands in the folder ("_FUNC004.DAT"); empty in a report
+  std::string file;  ///< name of its data file as in the folder ("_FUNC004.DAT"); empty in a report
   std::string name;
   FunctionKind kind = FunctionKind::kMs;
   Monitoring monitoring = Monitoring::kNone;
@@ -63,24 +64,24 @@ struct Function {
   std::optional<Range> massRange;  ///< set in the acquisition method
   bool hasOwnMasses = false;       ///< each point has its m/z in the data file, not from a list or an axis
   bool hasMobility = false;
-  bool isOfMobility = false;  ///< it has drift bins, or is made of data that have
+  bool isOfMobility = false;  ///< it has drift bins, or is derived from data with drift bins
 };
 
-/// What index and statistics tell of a scan, without its points.
+/// What index and statistics say of a scan, without its points.
 struct Scan {
   double minutes = 0;  ///< NaN where no file tells it
   double endMinutes = 0;
   bool isCentroided = false;
-  std::uint32_t points = 0;                 ///< at most so many; room for them is what ReadPoints needs
+  std::uint32_t points = 0;                 ///< the maximum number; ReadPoints needs room for it
   std::optional<double> totalIntensity;     ///< as stored beside the points
   std::optional<double> basePeakIntensity;  ///< as stored beside the points
-  std::optional<double> precursorMz;        ///< of functions with precursors
-  bool isPrecursorOfMethod = false;         ///< the method's set mass: no statistics tell the scan's own
+  std::optional<double> precursorMz;        ///< for functions with precursors
+  bool isPrecursorOfMethod = false;         ///< the method's set mass: no statistics hold the scan's own
   std::optional<double> scanValue;          ///< the scan's additional value (cone voltage and the like)
 };
 
-/// How many points a read has given, and how many more the index declares that the file does not hold, or
-/// holds zeros for.
+/// The number of points read, and the number of lost ones: declared by the index, but missing or zeroed in
+/// the file.
 struct PointsRead {
   std::size_t count = 0;
   std::size_t lost = 0;
@@ -88,7 +89,7 @@ struct PointsRead {
 
 struct Chromatogram {
   std::string name;
-  std::vector<double> minutes;      ///< of a trace: times as stored, whose unit no file tells
+  std::vector<double> minutes;      ///< of a trace: times as stored; no file has their unit
   std::vector<double> intensities;  ///< NaN where no file tells it
 };
 
@@ -104,7 +105,7 @@ struct MetadataItem {
   std::optional<std::string> value;
 };
 
-/// `items` with the values of `own`; those of other keys come behind.
+/// `items` with the values of `own`; items with other keys are appended.
 std::vector<MetadataItem> Merged(std::vector<MetadataItem> items, std::vector<MetadataItem> own);
 
 struct ScanPosition {
@@ -112,13 +113,13 @@ struct ScanPosition {
   int scan = 0;
 };
 
-/// Asked now and then during long work: throws to end it (see Cancelled).
+/// Called now and then during long work: throws to end it (see Cancelled).
 using Cancel = std::function<bool()>;
 inline void ThrowIfCancelled(const Cancel& cancel) {
   if (cancel && cancel()) throw Cancelled();
 }
 
-/// How much of a long piece of work is done.
+/// The progress of long work.
 using Progress = std::function<void(std::uint64_t done, std::uint64_t all)>;
 
 class Source {
@@ -137,30 +138,30 @@ class Source {
 
   virtual int SampleCount() = 0;
   virtual std::string SampleName(int sample) = 0;
-  /// The sample's items in the order of the format; each key once. Items that its functions have are there
+  /// The sample's items in the order of the format; each key once. Items of its functions appear
   /// without a value. Read once.
   virtual std::vector<MetadataItem> SampleMetadata(int sample) = 0;
-  /// Only the items that the function has of its own.
+  /// Only the function's own items.
   virtual std::vector<MetadataItem> FunctionMetadata(int sample, int function);
-  /// A report's text of the function, as it stands; no value when that is very long.
+  /// A report's text of the function, unchanged; no value when it is very long.
   virtual std::optional<std::string> FunctionText(int sample, int function);
 
   /// Functions with scans in mass: those of the table that have a data file or an index, then processed ones;
-  /// without the absorbance function. When a data file was opened, that function alone. A report's functions
-  /// of absorbance are among them: what their scans have as m/z are wavelengths.
+  /// without the absorbance function. When a data file was opened, that function only. A report's functions
+  /// of absorbance are included: the m/z of their scans are wavelengths.
   virtual std::span<const Function> Functions(int sample) = 0;
   virtual int ScanCount(int sample, int function) = 0;
   /// Reads no points.
   virtual Scan ScanAt(int sample, int function, int scan) = 0;
-  /// The same of as many scans as there is room for, from `first` on.
+  /// The same for as many scans as there is room for, from `first` on.
   virtual void ReadScans(int sample, int function, int first, std::span<Scan> scans);
-  /// How a spectrum of a report was made ("Combine (5:9-1:3)"); empty where no file tells it.
+  /// How a spectrum of a report was made ("Combine (5:9-1:3)"); empty where no file has it.
   virtual std::string ScanProcess(int sample, int function, int scan);
-  /// Of all scans; reads no points.
+  /// Over all scans; reads no points.
   virtual std::vector<double> Minutes(int sample, int function) = 0;
 
-  /// The points of a scan in ascending m/z (a report's are sorted here, stably), only those that the file
-  /// holds, into arrays with room for ScanAt().points. Throws Error when the points cannot be read at all.
+  /// The points of a scan in ascending m/z (a report's are sorted here, stably), only those present in the
+  /// file, into arrays with room for ScanAt().points. Throws Error when the points cannot be read at all.
   virtual PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,
                                 std::span<double> intensities) = 0;
   /// The same into vectors, which are resized to the points.
@@ -172,20 +173,20 @@ class Source {
   virtual void ReadDriftBin(int sample, int function, int scan, int bin, std::vector<double>& mz,
                             std::vector<double>& intensities);
 
-  /// Scan of a lower level that a scan goes back to: the nearest one that is not later. No value when none.
+  /// The lower-level scan that a scan comes from: the nearest one that is not later. No value when none.
   virtual std::optional<ScanPosition> FindPrecursor(int sample, int function, int scan);
 
-  /// As stored beside the points; NaN where no file tells it.
+  /// As stored beside the points; NaN where no file has it.
   virtual Chromatogram TotalIons(int sample, int function);
-  /// As stored (a report), else of the points, as MassRange() has it.
+  /// As stored in a report, otherwise from the points, as in MassRange().
   virtual Chromatogram BasePeaks(int sample, int function, const Cancel& cancel = {});
-  /// Of the points from `range.low` to `range.high`, both included, scan by scan; NaN of a scan whose points
-  /// are all lost.
+  /// From the points between `range.low` and `range.high`, both included, scan by scan; NaN for a scan whose
+  /// points are all lost.
   virtual Chromatogram MassRange(int sample, int function, Range range, Within within,
                                  const Cancel& cancel = {});
 
-  /// The same of many ranges in one pass over the points: `rows` has room for a value of each scan for the
-  /// first range, then for the second, and so on.
+  /// The same for many ranges in one pass over the points: `rows` has room for one value per scan of the
+  /// first range, then of the second, and so on.
   void MassRanges(int sample, int function, std::span<const Range> ranges, Within within,
                   std::span<double> rows, const Cancel& cancel = {});
 
@@ -195,7 +196,7 @@ class Source {
   virtual std::vector<Trace> FunctionTraces(int sample, int function);
   virtual Chromatogram ReadFunctionTrace(int sample, int function, int trace);
 
-  /// Absorbance spectra of a raw directory.
+  /// The absorbance spectra of a raw directory.
   virtual bool HasAbsorbance(int sample);
   virtual Function AbsorbanceFunction(int sample);
   virtual int AbsorbanceScanCount(int sample);
@@ -203,10 +204,10 @@ class Source {
   virtual PointsRead ReadAbsorbance(int sample, int scan, std::vector<double>& wavelengths,
                                     std::vector<double>& values);
 
-  /// What is known of damage without reading points: the structure of every file, and whether files reach as
-  /// far as their index says. Looked for once. What the points tell: see LookAtPoints.
+  /// Damage that shows without reading points: the structure of every file, and whether files are as long as
+  /// their index says. Searched once. Damage of points: see LookAtPoints.
   virtual std::span<const Finding> Findings() = 0;
-  /// Whether what was opened includes what a finding is about: of a data file its own function alone.
+  /// Whether a finding concerns what was opened: for a data file, only its own function.
   virtual bool Includes(const FindingSubject& subject) const;
 
  protected:

@@ -12,14 +12,14 @@ struct ScanSum {
   std::vector<double> intensities;
 };
 
-/// Within half of it on either side of a peak, weaker ones become part of that peak; 0 for equal m/z only.
-/// Profiles have a grid in place of it.
+/// Weaker peaks within half of it on either side of a peak become part of that peak; 0 for equal m/z only.
+/// Profiles use a grid instead.
 struct PeakWidth {
   double width = 0;    ///< not negative
   bool isPpm = false;  ///< parts per million, else m/z
 };
 
-/// The scans from `first` up to, not including, `end`, added up in their order, as AddSpectrum() does it.
+/// The scans from `first` up to, not including, `end`, added up in order, as by AddSpectrum().
 /// Throws Error (kWrongArgument) when there are none or when some are centroided and others are not.
 ScanSum SumScans(Source& source, int sample, int function, int first, int end, PeakWidth width,
                  const Cancel& cancel = {});
