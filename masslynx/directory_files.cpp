@@ -18,7 +18,7 @@ SystemPath Join(const SystemPath& folder, const std::wstring& name) {
   return platform::PathIn(folder, platform::ToSystemPath(name));
 }
 
-// Calls `visit(path)` for each spelling until it returns true, which is the result then.
+// Calls `visit(path)` for each spelling until it returns true; returns whether it did.
 template <class Visit>
 bool AnySpelling(const SystemPath& folder, std::wstring_view name, Spellings spellings, Visit visit) {
   if (folder.empty() || name.empty()) return false;
@@ -26,7 +26,7 @@ bool AnySpelling(const SystemPath& folder, std::wstring_view name, Spellings spe
   return visit(Join(folder, ToUpper(name))) || visit(Join(folder, ToLower(name)));
 }
 
-// Opens the first spelling that opens, and tells it.
+// Opens the first spelling that opens, and returns it.
 platform::File OpenFirst(const SystemPath& folder, std::wstring_view name, Spellings spellings,
                          SystemPath& found) {
   platform::File file;
@@ -110,7 +110,7 @@ std::string ReadTextOf(const platform::File& file, std::wstring_view name, Findi
   return ReadTextBytes(file, kMostTextBytes);
 }
 
-// A system that does not tell case apart may take characters that are not ASCII for ASCII ones ("ſ" for "s"):
+// A system that ignores case may take characters that are not ASCII for ASCII ones ("ſ" for "s"):
 // among such names nothing is known to be missing.
 FileFinder::FileFinder(const SystemPath& folder, std::size_t names) : folder_(folder) {
   if (names < kFewFiles) return;

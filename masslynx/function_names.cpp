@@ -9,7 +9,7 @@
 namespace zrml::masslynx {
 namespace {
 
-// "(Combined, Smoothed)", or nothing when no step has a text.
+// "(Combined, Smoothed)", or empty when no step has a text.
 std::wstring ProcessDescription(const FunctionRecord& function) {
   std::wstring description;
   for (const std::uint16_t code : function.processChain) {

@@ -70,7 +70,7 @@ FunctionRecord ReadRecord(Bytes record, std::uint16_t number) {
 
 constexpr std::size_t kMostFunctions = std::numeric_limits<std::uint16_t>::max();
 
-// The records that are to be read, of a file of `size` bytes; no value when the file gives nothing.
+// The records to read from a file of `size` bytes; no value when the file has none.
 std::optional<std::size_t> RecordsIn(std::uint64_t size, CutTable cutTable, Findings* findings) {
   const std::uint64_t count = size / format::kRecordSize;
   const auto notice = [&](const char* problem) {

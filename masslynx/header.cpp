@@ -41,13 +41,13 @@ bool IsMassLynxHeader(const platform::File& file) {
 
 HeaderLines::HeaderLines(std::string text) : text_(std::make_unique<const std::string>(std::move(text))) {
   std::string_view line;
-  // A file of nothing but line feeds would need three times the memory if the list grew as it comes.
+  // A file of nothing but line feeds would need three times the memory if the list grew line by line.
   std::size_t count = 1;
   for (ByteLineReader counted(*text_, kLineBuffer); counted.Next(line);) ++count;
   lines_.reserve(count);
   ByteLineReader reader(*text_, kLineBuffer);
   line = {};
-  // Deliberate: the result of a read is not looked at, so the read that meets the end adds the line before it
+  // Deliberate: the result of a read is ignored, so the read that meets the end adds the line before it
   // again.
   while (!reader.MetEnd()) {
     reader.Next(line);

@@ -24,8 +24,8 @@ namespace format = history_format;
 // each step is derived from the one before it would have the square of its size.
 constexpr std::size_t kMostSteps = std::size_t{1} << 20;
 
-// Entries that may name the files of an earlier one. Each is a function of its own, so a damaged file could
-// ask for the square of its size.
+// Entries that may name the files of an earlier one. Each is a separate function, so a damaged file could
+// need the square of its size.
 constexpr std::size_t kMostRepeats = 8;
 
 struct Entry {
@@ -69,7 +69,8 @@ std::vector<const Entry*> Chain(const History& history, const Entry& entry) {
   return chain;
 }
 
-// The record of a raw function: at the position that the header gives its number, else at the number itself.
+// The record of a raw function: at the position given for its number in the header, else at the number
+// itself.
 const FunctionRecord* RawFunction(const History& history, std::uint16_t number,
                                   const std::vector<FunctionRecord>& rawFunctions) {
   const auto& numbers = history.functionNumbers;

@@ -28,8 +28,8 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 2> kRenamed 
     {"MOBILITY MS FUNCTION", "IMS"},
 }};
 
-// What stands behind "Function Parameters - Function <n> - ": from a fixed column that allows for three
-// digits at most.
+// The text after "Function Parameters - Function <n> - ": from a fixed column that allows for three digits at
+// most.
 std::wstring HeadingLabel(std::string_view line, int number) {
   const std::size_t column = number < 10 ? 34 : number < 100 ? 35 : 36;
   const std::string_view label = Trim(line.substr(std::min(column, line.size())));

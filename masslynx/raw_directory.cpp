@@ -79,14 +79,14 @@ FunctionRecord& RawDirectory::LoadedFunction(std::size_t function) {
 
 void RawDirectory::OpenData(std::size_t function) {
   if (data_.IsOpen() && dataOf_ == function) return;
-  data_.Close();  // before the next one is opened: there may be no room for two
+  data_.Close();  // before the next one is opened: two may be too many
   reader_.Forget();
   data_ = OpenDataFile(folder_, functions_.at(function));
   dataOf_ = function;
   states_[function].dataSize = std::max(states_[function].dataSize, data_.Size());
 }
 
-// What was there is not lost, as in a copy that broke off: somebody is at work on the file.
+// Data that were there before are not lost, unlike those of a broken copy: another program changes the file.
 void RawDirectory::NoticeShortRead(std::size_t function) {
   const std::wstring name = FileNameOf(functions_[function], L"dat");
   NoticeRefusal(data_, folder_, name, Spellings::kAsWrittenUpperLower, &refusal_);
@@ -94,7 +94,7 @@ void RawDirectory::NoticeShortRead(std::size_t function) {
     refusal_ = platform::ToNativePath(ToUpper(name)) + " has become shorter since it was opened";
 }
 
-// Of the open data file.
+// For the open data file.
 const std::optional<ZeroTail>& RawDirectory::TailOf(std::size_t function) {
   FunctionState& state = states_[function];
   if (!state.isTailKnown) state.tail = FindZeroTail(data_, functions_[function]);
@@ -107,13 +107,13 @@ std::optional<Bytes> RawDirectory::ReadScan(std::size_t function, const ScanRoom
   std::optional<Bytes> bytes;
   if (data_.IsOpen()) bytes = reader_.Read(data_, room.offset, room.bytes);
   if (!bytes || bytes->size() < room.bytes) NoticeShortRead(function);
-  // Where a scan ends in a measured byte there is no need to look how the file ends.
+  // Where a scan ends in a measured byte, the end of the file need not be checked.
   if (bytes && !bytes->empty() && bytes->back() == std::byte{0}) {
     const std::optional<ZeroTail>& tail = TailOf(function);
     if (tail && tail->begin < room.offset + bytes->size())
       bytes = bytes->first(static_cast<std::size_t>(std::max(tail->begin, room.offset) - room.offset));
   }
-  if (data_.IsRefused()) data_.Close();  // what it did not give may be there next time
+  if (data_.IsRefused()) data_.Close();  // the next attempt may succeed
   return bytes;
 }
 

@@ -28,7 +28,7 @@ std::set<std::string> OwnedStems(const platform::SystemPath& folder,
   return stems;
 }
 
-// The function that the files would be of, by the number in their names: "_FUNC003", "_PROC001".
+// The function that the files would belong to, by the number in their names: "_FUNC003", "_PROC001".
 FindingSubject SubjectOfStem(std::string_view stem) {
   constexpr std::size_t kFront = 5;
   int number = 0;
@@ -51,7 +51,7 @@ void NoticeUnownedFiles(const platform::SystemPath& folder, std::span<const Func
     if (stem.empty() || !HoldsData(name) || owned.contains(stem)) continue;
     if (platform::StampOf(platform::PathIn(folder, listed)).size > 0) names.push_back(name);
   }
-  // Of each stem the data file, else the first.
+  // For each stem the data file, else the first file.
   std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
     const auto key = [](const std::string& name) {
       return std::pair(FunctionStem(name), ToUpper(name).ends_with(".DAT") ? std::string() : name);

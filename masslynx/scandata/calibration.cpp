@@ -14,7 +14,7 @@ namespace zrml::masslynx {
 namespace {
 
 constexpr std::size_t kMaxCoefficients = 7;
-constexpr int kSegments = 31;  // what a scan's five bits can name
+constexpr int kSegments = 31;  // addressable by a scan's five bits
 constexpr std::string_view kRootMark = "T1";
 
 enum class NumberIn { kNowhere, kLine };  // whether a number stands between the keyword and the colon
@@ -36,7 +36,7 @@ constexpr std::array<LineFormat, 8> kFormats = {{
     {CalibrationKind::kTemperature, "$$ Cal Temperature: "},
 }};
 
-// Whether the line begins as all formats do, which few do: "$$", white space or none, "Cal".
+// Whether the line begins as in all formats, which few lines do: "$$", optional white space, "Cal".
 bool MayBeCalibration(std::string_view line) {
   if (!line.starts_with("$$")) return false;
   line.remove_prefix(2);
@@ -57,7 +57,7 @@ std::vector<double> TakeCoefficients(ScanText& scan) {
   return coefficients;
 }
 
-// The line as one of `format`'s kind; nothing when it is none.
+// The line in `format`; no value when it has another format.
 std::optional<CalibrationLine> ReadLine(std::string_view text, const LineFormat& format) {
   ScanText scan(text);
   if (!scan.Literal(format.literal)) return std::nullopt;
@@ -74,7 +74,7 @@ std::optional<CalibrationLine> ReadLine(std::string_view text, const LineFormat&
     const std::optional<int> number = scan.Int();
     if (!number) return std::nullopt;
     line.number = *number;
-    // Values count only behind the number as it would be printed: not behind "02" or "+2".
+    // Values count only after the number in its printed form: not after "02" or "+2".
     const std::string_view written = before.substr(0, before.size() - scan.Rest().size());
     if (written != std::to_string(*number) || !scan.Literal(": ")) return line;
   }
@@ -200,7 +200,7 @@ ScanCalibration::ScanCalibration(const FunctionRecord& function, const ScanIndex
     modification_ = &function.modificationCal;
 }
 
-// What is done to a value from the raw mass to the m/z; there is a primary polynomial.
+// The steps from the raw mass to the m/z; there is a primary polynomial.
 template <class Steps>
 void ScanCalibration::TakeSteps(Steps& steps) const {
   bool isRoot = primary_->root;  // whether the value is the square root of a mass

@@ -54,7 +54,7 @@ bool BindAll(const SharedLibrary& library, Operations& operations) {
          bind("getMassAxis", "Pf", operations.getMassAxis);
 }
 
-// What `call` gives, or `failure` when the library throws, which it is not expected to do.
+// The result of `call`, or `failure` when the library throws, which is not expected.
 template <class Call, class Result>
 Result Guarded(Call call, Result failure) {
   try {
@@ -113,7 +113,7 @@ class CompressedDataCluster : public MobilityCluster {
   }
 
  private:
-  // How large the class is, is the library's affair; this is far more than it can be.
+  // Only the library knows the size of the class; this is far more than it can be.
   struct alignas(16) Block {
     std::byte bytes[std::size_t{64} << 10] = {};
   };
@@ -125,8 +125,8 @@ class CompressedDataCluster : public MobilityCluster {
 
   void* Object() { return object_.bytes; }
 
-  // Without an exported destructor through slot 0 of the table: with flags 0, without freeing, on Windows,
-  // and without looking at flags elsewhere.
+  // Without an exported destructor, it is called through slot 0 of the table: on Windows with flags 0, which
+  // does not free; elsewhere flags are ignored.
   void Destroy() {
     if (operations_.destroy != nullptr) return operations_.destroy(Object());
     using DestroyThroughTable = void* (*)(void* object, unsigned flags);

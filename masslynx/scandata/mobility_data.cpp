@@ -10,8 +10,8 @@
 namespace zrml::masslynx {
 namespace {
 
-// More mass-axis or drift bins than any instrument has: a reader that tells such a count is not to be
-// believed.
+// More mass-axis or drift bins than any instrument has: a reader that reports such a count is not
+// trusted.
 constexpr int kMostBins = 1 << 24;
 
 bool IsIn(const std::vector<ScanIndexEntry>& scanIndex, int scan) {
@@ -53,7 +53,7 @@ bool MobilityData::EnsureMobilityCluster(const MobilityFunction& function) {
   if (isUnavailable_) return false;
   if (mobilityCluster_ == nullptr || mobilityClusterFunction_ != function.number) {
     if (function.path.empty()) return false;
-    mobilityClusterFunction_ = 0;  // until it is known to be the one
+    mobilityClusterFunction_ = 0;  // until opening has succeeded
     if (mobilityCluster_ != nullptr) {
       mobilityCluster_->Initialise(function.path, function.number);
     } else {
@@ -138,8 +138,8 @@ bool MobilityData::AreOnAxis(int count) const {
                      [length](int index) { return index >= 0 && index < length; });
 }
 
-// Compressed data leave out the zeros. In a profile those beside a run of data are points again, so that a
-// peak comes down to the base line. Neighbours are the points that the reader returned, also where their own
+// Compressed data leave out the zeros. In a profile, those beside a run of data become points again, so that
+// a peak falls to the base line. Neighbours are the points that the reader returned, even when their own
 // intensity leaves them out.
 template <class Visit>
 void MobilityData::ForEachPoint(Visit visit) const {

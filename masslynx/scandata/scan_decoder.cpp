@@ -15,7 +15,7 @@ namespace {
 
 using point_unit_format::UnitOf;
 
-// A scan of which `count` points are to be decoded.
+// A scan with `count` points to decode.
 struct StoredScan {
   const FunctionRecord& function;
   const ScanIndexEntry& entry;
@@ -56,10 +56,10 @@ class PointWriter {
   bool unsorted_ = false;
 };
 
-// Gives whether the masses do not ascend.
+// Returns whether the masses do not ascend.
 using Decoder = bool (*)(const StoredScan& scan, const PointArrays& points);
 
-// Points that are worked on together: what the passes over them leave stays in the fastest cache.
+// Points processed together: the results of each pass stay in the fastest cache.
 constexpr std::size_t kBlock = 1024;
 
 // Calls `block(first, count)` for blocks of the points.
@@ -85,8 +85,8 @@ bool DecodeRawMasses(const StoredScan& scan, const PointArrays& points) {
   return unsorted;
 }
 
-// Where a range begins and ends in a block of raw masses with which m/z ascends: a few of them are calibrated
-// far apart, and then those at both ends.
+// The begin and end of a range in a block of raw masses whose m/z ascend: a few of them are calibrated far
+// apart, and then those at both ends.
 std::pair<std::size_t, std::size_t> PartWithin(MassRange range, const ScanCalibration& calibration,
                                                const float* raw, std::size_t count) {
   constexpr std::size_t kStep = 16;
@@ -109,7 +109,7 @@ std::pair<std::size_t, std::size_t> PartWithin(MassRange range, const ScanCalibr
           countBefore([&](double mass) { return !(range.high < mass); })};
 }
 
-// The points of a range, when it is seen of each block that m/z ascends from the end of the one before.
+// The points of a range, when each block is checked to ascend in m/z from the end of the one before.
 template <std::size_t kPointSize, PointKernels::Unpack PointKernels::*kUnpack>
 bool DecodeRawMassesWithin(const StoredScan& scan, MassRange range, std::vector<double>& intensities) {
   const PointKernels& kernels = ChosenKernels();
@@ -181,8 +181,8 @@ bool DecodeNumbered(const StoredScan& scan, const PointArrays& points) {
   return false;
 }
 
-// Formats 4, 5 and 7: groups of up to four points on a linear axis over the first channel's range. A group's
-// last word holds the exponents of its points, four bits each.
+// Formats 4, 5 and 7: groups of up to four points on a linear axis over the first channel's range. The last
+// word of a group holds the exponents of its points, four bits each.
 template <PointKernels::Intensities PointKernels::*kGroups>
 bool DecodeLinearAxis(const StoredScan& scan, const PointArrays& points) {
   const FunctionRecord& function = scan.function;
@@ -197,7 +197,7 @@ bool DecodeLinearAxis(const StoredScan& scan, const PointArrays& points) {
 constexpr Decoder kDecodeGroupsOf4 = DecodeLinearAxis<&PointKernels::groupsOf4>;
 constexpr Decoder kDecodeGroupsOf2 = DecodeLinearAxis<&PointKernels::groupsOf2>;
 
-// What masses come from.
+// The source of masses.
 enum class Masses { kPoints, kNumbers, kChannels, kChannelsThatAreThere, kLinearAxis };
 
 struct Layout {
@@ -237,7 +237,7 @@ int LayoutOf(const FunctionRecord& function, std::size_t position) {
   return position + 1 == function.scanIndex.size() ? 4 : 3;
 }
 
-// The points that a scan of `declared` can have; no value when its mass list cannot serve.
+// The number of points that a scan of `declared` can have; no value when its mass list is unusable.
 std::optional<std::size_t> PointsOf(const FunctionRecord& function, Masses masses, std::size_t declared) {
   const std::vector<float>& starts = function.startMasses;
   const auto isPositive = [](float mass) { return mass > 0; };

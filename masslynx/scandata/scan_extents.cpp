@@ -15,7 +15,7 @@ constexpr int kMixedFormat = 6;        // whose scans are all of
 constexpr int kFormatOfMixed = 3;      // this format,
 constexpr int kFormatOfLastMixed = 4;  // but the last is of this one
 
-// Calls `visit(begin, end)` with where the points of each scan are.
+// Calls `visit(begin, end)` with the place of each scan's points.
 template <class Visit>
 void ForEachScan(const ScanExtents& extents, Visit visit) {
   const bool isMixed = extents.dataFormat == kMixedFormat;
@@ -28,7 +28,7 @@ void ForEachScan(const ScanExtents& extents, Visit visit) {
   }
 }
 
-// Whether the ends of the scans are as far as their points reach, not only a lower bound.
+// Whether the ends of the scans are exact, not only lower bounds.
 bool KnowsEnds(int dataFormat) { return UnitOf(dataFormat).bytes != 0 && dataFormat != kMixedFormat; }
 
 void Add(FindingCode code, std::string problem, Finding about, Findings& findings) {
@@ -77,7 +77,7 @@ void NoticeExtents(const ScanExtents& extents, std::uint64_t size, Finding about
   std::uint64_t number = 0;
   std::uint64_t reached = 0;
   std::uint64_t unused = 0;
-  bool isInOrder = true;  // or what is between two scans may belong to a third
+  bool isInOrder = true;  // otherwise bytes between two scans may belong to a third
   ForEachScan(extents, [&](std::uint64_t begin, std::uint64_t end) {
     ++number;
     if (end > begin) {

@@ -72,7 +72,7 @@ struct Entries {
   bool inFileOrder = true;
   bool inTimeOrder = true;
 
-  // Looks at the order now, while the entry before is still in the cache.
+  // Checks the order now, while the previous entry is still in the cache.
   void Add(const ScanIndexEntry& entry) {
     if (!list.empty()) {
       inFileOrder &= !(entry.DataOffset() < list.back().DataOffset());
@@ -102,7 +102,7 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
   return entries;
 }
 
-// What is noticed about the files of one function.
+// Findings about the files of one function.
 class FunctionNotices {
  public:
   FunctionNotices(const platform::SystemPath& folder, const FunctionRecord& function, Findings& findings)
@@ -118,7 +118,7 @@ class FunctionNotices {
   }
 
   void Index() {
-    if (!function_.hasDataFile) return;  // of a function that is not listed
+    if (!function_.hasDataFile) return;  // the function is not listed
     AddNotOpened(L"IDX", Spellings::kAsWrittenUpperLower, FindingCode::kIndexMissing,
                  ", so the function has no scans");
   }
@@ -130,7 +130,7 @@ class FunctionNotices {
     findings_.Add(std::move(finding));
   }
 
-  // The entries as they stand in the file.
+  // The entries in the order of the file.
   void EntriesOf(const Entries& entries) {
     const File data = OpenFunctionFile(folder_, function_, L"dat");
     const std::uint64_t size = data.Size();
@@ -156,8 +156,8 @@ class FunctionNotices {
         NoticeStatistics(folder_, function_, entries.list.size(), findings_) && entries.inFileOrder;
   }
 
-  // Of the scans as they are listed: which precursors are none of their own, where statistics are missing
-  // that would tell them.
+  // For the listed scans: which precursors are not their own because the statistics that would hold them are
+  // missing.
   void Precursors() {
     if (hasStatistics_ || !HasPrecursors(function_)) return;
     const std::vector<ScanIndexEntry>& scans = function_.scanIndex;
@@ -202,8 +202,8 @@ class FunctionNotices {
     return true;
   }
 
-  // The layout of points that an ion-mobility function keeps elsewhere says nothing of what has been made of
-  // it.
+  // The layout of an ion-mobility function, whose points are in another file, says nothing about data derived
+  // from it.
   int FormatOfPoints() const {
     const bool isOfMobility =
         function_.processed && IsThere(folder_, FunctionFileName(function_.rawNumber, L"CDT"));
@@ -213,7 +213,7 @@ class FunctionNotices {
   const platform::SystemPath& folder_;
   const FunctionRecord& function_;
   Findings& findings_;
-  bool hasStatistics_ = true;  // of each scan
+  bool hasStatistics_ = true;  // for each scan
 };
 
 }  // namespace

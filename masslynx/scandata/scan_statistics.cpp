@@ -28,7 +28,7 @@ Header ReadHeader(Bytes bytes) {
           ByteCursor(bytes, format::kRecordSize).U16(), ByteCursor(bytes, format::kDescriptorCount).U16()};
 }
 
-// Where the items stand in a record; 0 for an absent item.
+// The offsets of the items in a record; 0 for an absent item.
 struct ItemOffsets {
   std::uint16_t auxValue = 0;
   std::uint16_t precursorMass = 0;
@@ -103,8 +103,8 @@ std::vector<std::byte> ReadDescription(const platform::File& file) {
   return bytes;
 }
 
-// Calls `visit(i, record)` for each of `count` records, of which some at the file's end may be short or
-// empty. Few of them are in memory at a time.
+// Calls `visit(i, record)` for each of `count` records; those at the file's end may be short or empty. Few of
+// them are in memory at a time.
 template <class Visit>
 void ForEachRecord(const platform::File& file, const Header& header, std::size_t count, Visit visit) {
   constexpr std::size_t kBlock = std::size_t{1} << 18;
@@ -146,7 +146,7 @@ void LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& func
 
 namespace {
 
-// What is wrong with a file; no text when nothing is.
+// What is wrong with a file; empty when nothing is.
 struct Problem {
   FindingCode code = FindingCode::kStatisticsCut;
   std::string text = {};

@@ -45,8 +45,8 @@ std::optional<PeakSum> SumSubScans(Values masses, Values intensities) {
     begin = end;
     end = SubScanEnd(masses, begin);
     const std::size_t count = end - begin;
-    // Points that the file lacks are sub-scans of one point, which after the first change nothing. A sub-scan
-    // of more can end with the point that the next begins with, when it has NaN between.
+    // Missing points are sub-scans of one point, which change nothing after the first. A longer sub-scan can
+    // end with the point that the next one begins with, when there is NaN between them.
     const bool isSame = before == 1 && count == 1 && HaveSameBits(masses[begin], masses[begin - 1]) &&
                         HaveSameBits(intensities[begin], intensities[begin - 1]);
     if (isSame && !hasChanged) continue;

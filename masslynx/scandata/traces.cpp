@@ -91,7 +91,7 @@ std::optional<TraceList> ReadAnalogNames(const File& file) {
   return ReadNames(file, 0, size / format::kNameRecordSize, true);
 }
 
-// What is left behind the last whole record is ignored.
+// Bytes after the last whole record are ignored.
 std::optional<TraceList> ReadChromatogramNames(const File& file) {
   const Header header = ReadHeader(file, format::kNameRecordSize);
   if (header.problem != nullptr) return std::nullopt;
@@ -148,7 +148,7 @@ class TraceNotices {
   }
 
   void NoticeChromatograms(const File& list) const {
-    if (list.Size() == 0 && !HasData(0)) return;  // of a run that has recorded none
+    if (list.Size() == 0 && !HasData(0)) return;  // the run has recorded none
     const Header header = ReadHeader(list, format::kNameRecordSize);
     if (header.problem != nullptr) return AddCut(kChromatogramList, header.problem);
     if (header.dataSize % format::kNameRecordSize != 0)

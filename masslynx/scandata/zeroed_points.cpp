@@ -19,10 +19,10 @@ constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
 
 // Totals have 24 bits, and each point of a scan is rounded.
 constexpr double kSameTotal = 1e-3;
-// Without another proof a scan that breaks off has lost more than what totals may be wrong by.
+// Without another proof, a scan that breaks off has lost more than the error of totals.
 constexpr double kHalf = 0.5;
 
-// Where the zeros begin that the file ends in; nowhere when it cannot be read.
+// The start of the zeros at the file's end; nowhere when it cannot be read.
 std::uint64_t BeginOfZeros(const File& file) {
   std::vector<std::byte> block;
   std::uint64_t end = file.Size();
@@ -37,7 +37,7 @@ std::uint64_t BeginOfZeros(const File& file) {
   return end;
 }
 
-// How many bytes of a point say all that it says of masses that there are; what follows may be zero.
+// How many bytes of a point define a mass that can occur; the following ones may be zero.
 std::uint64_t BytesOfMeaning(int layout) {
   switch (layout) {
     case 8:
@@ -68,7 +68,7 @@ class TailSearch {
   }
 
  private:
-  // A scan inside which the zeros begin.
+  // A scan in which the zeros begin.
   struct Broken {
     int scan = 0;
     ScanRoom room;
@@ -88,14 +88,15 @@ class TailSearch {
     }
   }
 
-  // Where the points of the scan end that are sound; nowhere when all are.
+  // The end of the scan's sound points; nowhere when all are sound.
   std::uint64_t CutIn(const Broken& broken) const {
     const ScanRoom& room = broken.room;
     const std::uint64_t unit = point_unit_format::UnitOf(room.layout).bytes;
     const std::uint64_t size = zeros_ - room.offset;
     const std::uint64_t whole = size / unit * unit;
     const std::uint64_t end = whole + (size - whole >= BytesOfMeaning(room.layout) ? unit : 0);
-    const std::uint64_t behind = whole + (size > whole ? unit : 0);  // what the zeros cut into proves nothing
+    const std::uint64_t behind =
+        whole + (size > whole ? unit : 0);  // a point that the zeros cut into proves nothing
     const bool isProven = begin_ != kNowhere;
     if (HasOwnMasses(room.layout))
       return (isProven ? end : behind) < BytesIn(room) ? room.offset + end : kNowhere;
@@ -130,7 +131,7 @@ class TailSearch {
   const FunctionRecord& function_;
   std::uint64_t zeros_;  // where they begin
   std::uint64_t size_;
-  std::uint64_t begin_ = kNowhere;  // of what is lost
+  std::uint64_t begin_ = kNowhere;  // of the lost bytes
   std::optional<Broken> broken_;
 };
 
@@ -147,8 +148,8 @@ bool IsBlank(const File& data, const FunctionRecord& function) {
                       [](const ScanIndexEntry& scan) { return scan.totalIntensity > 0; });
 }
 
-// Whether the last byte that says something of a mass is zero in any of the points, as it is in few sound
-// ones: quick to see, and mostly all that is needed.
+// Whether the last significant byte of a mass is zero in any of the points, as it is in few sound ones: a
+// quick check, and usually enough.
 bool MayHaveZeros(Bytes bytes, std::size_t size, std::size_t meaning) {
   unsigned zeros = 0;
   for (std::size_t at = meaning - 1; at < bytes.size(); at += size)
