@@ -9,11 +9,11 @@ namespace {
 
 // A function in which the precursor may be, and its run of the sample's spectra, which is not empty.
 struct Candidate {
-  int function = 0;  // its place among those that are searched
+  int function = 0;  // its place among the searched ones
   Run spectra;
 };
 
-// Runs that share a spectrum, as one. They come from one pass through the file, so the positions ascend.
+// Merges runs that share a spectrum. They come from one pass through the file, so the positions ascend.
 std::vector<Run> JoinedRuns(std::span<const Candidate> candidates) {
   std::vector<Run> runs;
   for (const Candidate& candidate : candidates) runs.push_back(candidate.spectra);
@@ -33,7 +33,7 @@ std::vector<Run> JoinedRuns(std::span<const Candidate> candidates) {
 std::vector<Candidate> FindCandidates(Report& report, Sample& sample,
                                       std::span<const std::size_t> functions) {
   std::vector<Candidate> candidates;
-  TextNumber lastType = kUnreadText;  // nested functions share a type: looked at once
+  TextNumber lastType = kUnreadText;  // nested functions share a type: parsed once
   bool isSecondLevel = false;
   for (std::size_t i = 0; i < functions.size(); ++i) {
     const Function& function = sample.functions[functions[i]];
@@ -51,7 +51,7 @@ std::vector<Candidate> FindCandidates(Report& report, Sample& sample,
 std::vector<std::size_t> FindClosest(Report& report, const Sample& sample,
                                      std::span<const Candidate> candidates, double minutes) {
   std::vector<std::size_t> found;
-  double closest = DBL_MAX;  // nothing is as far as that
+  double closest = DBL_MAX;  // farther than any spectrum
   for (const Run& run : JoinedRuns(candidates)) {
     const auto spectra = std::span<const std::uint64_t>(sample.spectra).subspan(run.first, run.Size());
     const std::vector<double> times = report.ReadSeries(spectra, 0).minutes;

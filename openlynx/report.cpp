@@ -14,14 +14,14 @@
 namespace zrml::openlynx {
 namespace {
 
-// A block's text of more characters is not handed out.
+// Longer texts of a block are not returned.
 constexpr std::size_t kLargestText = 10'000'000;
-// Bytes that one character may take in a code page, UTF-8 being the longest.
+// The most bytes per character in a code page, which UTF-8 has.
 constexpr std::size_t kBytesPerCharacter = 4;
 
 constexpr std::string_view kExtension = ".rpt";
 
-// A report is recognised by so many lines, through a line buffer of its own size.
+// A report is recognised by this many lines, read through a line buffer of this size.
 constexpr int kRecognisedLines = 10;
 constexpr std::size_t kLineBuffer = 999;
 
@@ -105,7 +105,7 @@ Polarity Report::PolarityOf(Sample& sample, const Function& function) {
   return PolarityOfIonMode(sample.Text(function.ionMode));
 }
 
-// What a spectrum says of itself is not believed when it has no points.
+// A spectrum's own values are ignored when it has no points.
 bool Report::IsCentroided(Sample& sample, Function& function) {
   const std::span<const std::uint64_t> spectra = SpectraOf(sample, function);
   if (spectra.empty()) return false;

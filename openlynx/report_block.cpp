@@ -9,7 +9,7 @@ namespace {
 
 using namespace report_format;
 
-// A NUL ends the text of a line, as it does in a line buffer.
+// A NUL ends the text of a line, as in a line buffer.
 std::string_view TextOf(std::string_view piece) { return piece.substr(0, piece.find('\0')); }
 
 // The first open key that the line begins with takes the rest of the line; an empty rest leaves it open.

@@ -84,13 +84,13 @@ bool HasDecimalComma(std::string_view text) {
   return false;
 }
 
-// Behind which there is more than a line end.
+// Followed by more than a line end.
 bool HasLoneCr(std::string_view line) {
   const std::size_t cr = line.find('\r');
   return cr != std::string_view::npos && line.find_first_not_of("\r\n", cr) != std::string_view::npos;
 }
 
-// Two numbers of digits, as nearly all lines of a list are: quick to see.
+// Two numbers of plain digits, as in nearly all lines of a list: a quick check.
 bool IsPlainPoint(std::string_view line) {
   const char* at = line.data();
   const char* const end = at + line.size();
@@ -119,7 +119,7 @@ class FaultSearch {
 
   void Run() {
     stream_.Seek(0);
-    bool isFront = true;  // of a line: the pieces behind it are what is left of a long one
+    bool isFront = true;  // of a line: further pieces are the rest of a long line
     for (std::string_view piece; stream_.Next(piece);) {
       if (isFront) ++number_;
       if (number_ == 1 && isFront) LookAtFirst(piece);
@@ -137,7 +137,7 @@ class FaultSearch {
     std::int64_t depth = 0;  // outside of it
   };
 
-  // Of those that are open. The first values that are not empty count, in blocks inside too.
+  // Of the open blocks. The first values that are not empty count, also in inner blocks.
   struct OpenFunction {
     bool hasDescription = false;
     bool hasType = false;
@@ -190,7 +190,7 @@ class FaultSearch {
     }
   }
 
-  // The line behind a marker opens the block, or it has none.
+  // The line after a marker opens the block, otherwise there is none.
   void Begin(const Marker& marker, std::string_view line) {
     if (marker.block == Block::kList) {
       isInList_ = true;
@@ -228,7 +228,7 @@ class FaultSearch {
     End(left);
   }
 
-  // Ends blocks but for so many. What an analog function has of spectra is not read.
+  // Ends all but this many blocks. Spectra of an analog function are not read.
   void End(std::size_t left) {
     for (; open_.size() > left; open_.pop_back()) {
       --CountOf(open_.back().block);
@@ -297,7 +297,7 @@ class FaultSearch {
     }
   }
 
-  // Before the first sample they are everybody's.
+  // Before the first sample they apply to all samples.
   static FindingSubject SubjectOf(int sample) {
     if (sample == 0) return {};
     return {.kind = FindingSubject::Kind::kSample, .sample = sample};

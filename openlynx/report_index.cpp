@@ -17,7 +17,7 @@ using namespace report_format;
 using Positions = std::vector<std::uint64_t>;
 
 // The marker lines of one kind inside blocks: a run of the list for each block, and for each line the number
-// of the innermost block that it is in.
+// of its innermost block.
 struct MarkerLines {
   Positions positions;
   std::vector<std::size_t> owners;
@@ -92,7 +92,7 @@ FoundBlocks FindBlocksAt(ReportStream& stream, std::span<const std::uint64_t> fu
   return found;
 }
 
-// Gives where in `list` the items of `added` begin.
+// Returns where the items of `added` begin in `list`.
 std::size_t Append(Positions& list, Positions added) {
   const std::size_t at = list.size();
   if (list.empty()) {
@@ -103,8 +103,8 @@ std::size_t Append(Positions& list, Positions added) {
   return at;
 }
 
-// Of those functions that are analog or not, and of which no block is known. The lists last, the runs after
-// them: memory that runs out leaves the functions as they were.
+// For the functions that are analog, or not, and have no known blocks. The lists last, the runs after them:
+// when memory runs out, the functions are unchanged.
 void FindBlocksOf(ReportStream& stream, Sample& sample, std::span<Function> functions, bool areAnalog) {
   const auto isOpen = [=](const Function& function) {
     return function.isAnalog == areAnalog && !function.HasBlocks();
@@ -169,15 +169,15 @@ void ReadTexts(ReportStream& stream, std::span<Function> functions, std::vector<
 constexpr std::array kNameKeys = {kDescriptionKey, kTypeKey};
 constexpr std::array kNameMembers = {&Function::description, &Function::type};
 
-// By number. Texts are looked at once, whatever number of functions share them.
+// By number. Texts are parsed once, however many functions share them.
 std::vector<bool> TextsWith(const std::vector<std::string>& texts, std::string_view part) {
   std::vector<bool> with = {false};
   for (const std::string& text : texts) with.push_back(Contains(text, part));
   return with;
 }
 
-// Walks through the sample's block. The stream is then behind it, or at the marker of the next sample where
-// that is inside it. How many braces are open there, or no value when the block has ended.
+// Walks through the sample's block. The stream is then after it, or at the marker of the next sample where
+// that is inside it. Returns how many braces are open there, or no value when the block has ended.
 std::optional<std::int64_t> DepthBehindSample(ReportStream& stream) {
   const std::uint64_t position = stream.Position();
   BlockWalk walk(stream, position);
@@ -197,7 +197,7 @@ std::string EndProblem(std::int64_t depth) {
   return "ends inside " + std::to_string(depth) + (depth == 1 ? " block" : " blocks");
 }
 
-// A file that the system does not read to its end is not cut.
+// A file that the system cannot read to its end is not considered cut.
 void AddUnended(ReportStream& stream, const std::string& name, int sample, std::int64_t depth,
                 Findings& findings) {
   Finding finding = {.code = FindingCode::kSampleUnended,
@@ -243,7 +243,7 @@ void Sample::ForgetTexts() {
 std::vector<Sample> FindSamples(ReportStream& stream, const std::string& name, Findings* findings) {
   std::vector<Sample> samples;
   std::string_view marker;
-  stream.Forget();  // what an earlier search in vain has seen
+  stream.Forget();  // left by an earlier failed search
   stream.Seek(0);
   stream.TakeRefusal();
   while (stream.Find(kSample)) {
@@ -259,7 +259,7 @@ std::vector<Sample> FindSamples(ReportStream& stream, const std::string& name, F
   return samples;
 }
 
-// Fills the record last, so that memory that runs out leaves it as it was.
+// Fills the record last, so that it is unchanged when memory runs out.
 void FindFunctions(ReportStream& stream, Sample& sample) {
   std::vector<Function> functions = FindFunctionLines(stream, sample.position);
   const std::uint64_t end = stream.Position();

@@ -15,8 +15,8 @@ constexpr char kCtrlZ = 0x1a;
 
 bool IsMark(char c) { return c == kBracket || c == kOpen || c == kClose; }
 
-// Whether eight bytes may hold a mark: the three share five bits, with few other characters and none that
-// data lines are made of.
+// Whether eight bytes may hold a mark: the three share five bits, with few other characters and none used in
+// data lines.
 bool MayHoldMark(const char* bytes) {
   constexpr std::uint64_t kEach = 0x0101010101010101;
   constexpr std::uint64_t kSharedBits = 0xD9;
@@ -62,7 +62,7 @@ void ReportStream::Seek(std::uint64_t position) {
   base_ = nextRead_ = position;
 }
 
-// Drops what has been handed out and reads on behind the rest. False when there is nothing more.
+// Drops the part already returned and reads on after the rest. False when there is nothing more.
 bool ReportStream::Fill() {
   buffer_.resize(kBlock);
   if (at_ != 0) std::copy(buffer_.data() + at_, buffer_.data() + size_, buffer_.data());
@@ -121,8 +121,8 @@ bool ReportStream::Next(std::string_view& piece) {
   }
 }
 
-// Moves on to the next piece that begins with what `search` finds in a text, `length` bytes long. Candidates
-// first, lines only around them: a candidate begins a piece when it is a multiple of the piece size away from
+// Moves on to the next piece that begins with a match of `search`, `length` bytes long. Candidates first,
+// lines only around them: a candidate begins a piece when it is a multiple of the piece size away from
 // the beginning of its line.
 template <class Search>
 bool ReportStream::FindPiece(std::size_t length, Search search) {
@@ -131,7 +131,7 @@ bool ReportStream::FindPiece(std::size_t length, Search search) {
     const std::string_view rest = Buffered();
     const std::size_t found = search(rest);
     const bool isFound = found != std::string_view::npos;
-    // What may yet become a candidate stays for the next block.
+    // A possible start of a candidate stays for the next block.
     const std::size_t passed = isFound ? found : rest.size() - std::min(rest.size(), length - 1);
     const std::size_t lineFeed = rest.substr(0, passed).rfind('\n');
     if (lineFeed != std::string_view::npos) lineStart = Position() + lineFeed + 1;

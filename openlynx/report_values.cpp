@@ -18,7 +18,7 @@ struct TypeKind {
   FunctionKind kind;
 };
 
-// The first that the type contains counts. "MS/MS" and "MS2" also contain "MS".
+// The first one contained in the type counts. "MS/MS" and "MS2" also contain "MS".
 constexpr std::array<TypeKind, 10> kTypeKinds = {{
     {"MS/MS", FunctionKind::kMsMs},
     {"MSMS", FunctionKind::kMsMs},
