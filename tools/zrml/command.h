@@ -15,7 +15,7 @@
 
 namespace zrml::tool {
 
-/// An option whose argument `parse` gives a value for, or none when it is not what is expected.
+/// An option whose argument `parse` turns into a value, or no value when it is not valid.
 template <class Value, class Parse>
 CLI::Option* AddParsed(CLI::App& options, const std::string& option, Value& value, Parse parse,
                        const std::string& expected, const std::string& description) {
@@ -57,7 +57,7 @@ class SourceCommand : public Command {
   SourceCommand(CLI::App& parser, const std::string& name, const std::string& description);
 
   bool WantsJson() const { return wantsJson_; }
-  /// As text or JSON, as the user wants it.
+  /// As text or JSON, as the user wishes.
   void Print(const Printout& printout, Output& out) const;
   const std::string& Path() const { return path_; }
 
@@ -66,8 +66,8 @@ class SourceCommand : public Command {
   bool wantsJson_ = false;
 };
 
-/// --sample and --function, which choose a function. It may be left out where the source has no other one, as
-/// a data file of a raw directory has.
+/// --sample and --function, which choose a function. The function may be left out where the source has only
+/// one, such as a data file of a raw directory.
 class FunctionCommand : public SourceCommand {
  protected:
   FunctionCommand(CLI::App& parser, const std::string& name, const std::string& description);
@@ -75,7 +75,7 @@ class FunctionCommand : public SourceCommand {
   FunctionPosition Find(source::Source& source) const;
   int FindItsSample(source::Source& source) const { return FindSample(source, sample_); }
   bool HasFunction() const { return function_.has_value(); }
-  /// Whether the function that is given, or the only one, is the absorbance function.
+  /// Whether the given function, or the only one, is the absorbance function.
   bool IsAbsorbance(source::Source& source, int sample) const;
 
  private:

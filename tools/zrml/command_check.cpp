@@ -46,7 +46,7 @@ void AddUnreadable(const std::string& file, std::string problem, CheckResult& re
   result.findings.Add({.code = FindingCode::kFileUnreadable, .file = file, .problem = std::move(problem)});
 }
 
-// What cannot be asked is a finding of the look at the points.
+// Errors here are reported by the check of the points.
 template <class Ask>
 void Attempt(Ask ask) {
   try {
@@ -55,7 +55,7 @@ void Attempt(Ask ask) {
   }
 }
 
-// A failing disk gives bytes that are not read by whoever looks at the source in passing.
+// A failing disk may fail at bytes that a quick look does not read.
 void ReadFiles(const source::Source& source, CheckResult& result) {
   const convert::SourceFiles files =
       convert::ListSourceFiles(source.Path(), source.GetFormat(), convert::Checksums::kLeftOut, 1, {});
@@ -71,7 +71,7 @@ std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
-// `front` is in front of each finding.
+// `front` precedes each finding.
 void PrintText(const CheckResult& result, const std::string& front, Output& out) {
   for (const Finding& finding : result.findings.List())
     out.Text(VisibleText(front + std::string(NameOf(SeverityOf(finding.code))) + ": " + TextOf(finding)) +
@@ -83,7 +83,7 @@ void PrintText(const CheckResult& result, const std::string& front, Output& out)
            "\n");
 }
 
-// By the name that people use; null of what belongs to no function.
+// The function's name for people; null where there is no function.
 Value FunctionOf(const FindingSubject& subject) {
   using Kind = FindingSubject::Kind;
   const bool isOfFunction = subject.kind == Kind::kFunction || subject.kind == Kind::kAbsorbance;
@@ -153,7 +153,7 @@ class CheckCommand : public Command {
       });
     } catch (const Failure& failure) {
       if (!sources_.IsList()) throw;
-      failure_ = failure;  // what is printed comes to its end
+      failure_ = failure;  // the output is completed first
     }
   }
 
@@ -173,7 +173,7 @@ class CheckCommand : public Command {
     return result;
   }
 
-  // The bar is gone before an interruption ends the program.
+  // Removes the bar before an interruption ends the program.
   static void LookAtPoints(source::Source& source, CheckResult& result) {
     const InterruptionWatch watch;
     ProgressBar bar(IsErrorTerminal(), source.Path());

@@ -62,7 +62,7 @@ class ChromatogramCommand : public FunctionCommand {
   }
 
  private:
-  // Of the sample, as the TIC of a converted file.
+  // That of the sample, like the TIC of a converted file.
   void PrintTotal(source::Source& source, int sample, Output& out) const {
     convert::TotalIonFunctions surveys;
     source::Chromatogram total;

@@ -18,9 +18,9 @@
 namespace zrml::tool {
 namespace {
 
-// Files that may be opened at once while a source is opened, and later, beside those that it keeps open: of
-// each worker three, the data file that it has read last and an index with its statistics, or one for a
-// checksum; the target, and what the system has open for a moment.
+// The most files open at once while a source is opened, and later besides those that it keeps open: three per
+// worker, the data file read last and an index with its statistics, or one for a checksum; the target, and
+// what the system opens for a moment.
 constexpr int kFilesToOpen = 8;
 constexpr int kFilesOfAWorker = 3;
 constexpr int kFilesBesides = 8;
@@ -78,9 +78,9 @@ class Batch {
             [&](std::size_t sample) { ConvertSample(source, static_cast<int>(sample)); });
   }
 
-  // Until there is a target nothing needs to be cleaned up, and the system itself ends the program.
+  // Before there is a target nothing needs cleaning up, and the system itself ends the program.
   void ConvertSample(convert::SourceInUse& source, int sample) {
-    if (IsInterrupted()) throw source::Cancelled();  // when the one before was all but done
+    if (IsInterrupted()) throw source::Cancelled();  // when the previous one was almost done
     const std::string path =
         request_.isToStandardOutput ? std::string() : TargetPath(request_, source.First(), sample);
     if (!path.empty() && IsDone(source.First(), path)) return;
@@ -105,8 +105,8 @@ class Batch {
     if (!request_.isQuiet && !isPrintingOver_) PrintPath(path);
   }
 
-  // Whether the source has become already what it would become, and that is kept. Two sources of one name are
-  // not taken for each other.
+  // Whether the source has been converted already, and its file is kept. Two sources of one name are not
+  // confused.
   bool IsDone(source::Source& source, const std::string& path) {
     if (made_.Has(path)) {
       throw Failure(ExitStatus::kUnreadable,
@@ -124,7 +124,7 @@ class Batch {
     return true;
   }
 
-  // Names of functions of which there is none are a mistake, as they are elsewhere.
+  // Names of functions that do not exist are a mistake, as elsewhere.
   void RequireFunctions(source::Source& source, int sample) const {
     const convert::FunctionSet& wanted = request_.conversion.selection.functions;
     std::vector<source::Function> functions(source.Functions(sample).begin(), source.Functions(sample).end());
@@ -135,7 +135,7 @@ class Batch {
     if (!hasAny && !wanted.Named().empty()) FindFunction(source, sample + 1, wanted.Named().front());
   }
 
-  // The file is there also when its name cannot be printed, which fails the command, at its end, but no
+  // The file exists even when its name cannot be printed: that fails the command, at its end, but not the
   // conversion.
   void PrintPath(const std::string& path) {
     try {
@@ -195,7 +195,7 @@ class Batch {
   DamagePolicy damage_;
   Output& out_;
   MadeFiles made_;
-  bool isPrintingOver_ = false;  // nobody reads it, or it has failed
+  bool isPrintingOver_ = false;  // the reader has left, or output has failed
   std::optional<Failure> unprinted_;
 };
 

@@ -24,12 +24,12 @@ namespace {
 using Align = TextTable::Align;
 using Metadata = std::vector<source::MetadataItem>;
 
-// What info says of a function: a member of the JSON form, and a column of the text unless that has no title.
+// A fact about a function: a member of the JSON form, and a column of the text unless it has no title.
 struct Field {
   std::string_view key;
   std::string_view title = {};
   Align align = Align::kLeft;
-  std::string_view nothing = {};  // the text that says as much as no value
+  std::string_view nothing = {};  // the text that means no value
 };
 
 constexpr std::array<Field, 14> kFields = {{
@@ -89,7 +89,7 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
   };
 }
 
-// What info says of a source, read whole before any of it is printed.
+// The facts about a source, all read before any is printed.
 struct FunctionInfo {
   std::string name;  // "p2"
   std::array<Value, kFields.size()> values = {};
@@ -112,12 +112,12 @@ struct SourceInfo {
   std::string path;
   source::Format format = source::Format::kRawDirectory;
   std::vector<SampleInfo> samples = {};
-  bool isPlate = false;  // of several samples, of which none is asked for
+  bool isPlate = false;  // it has several samples, and none is chosen
 
   bool IsReport() const { return format == source::Format::kReport; }
 };
 
-// A report's function has its text as an item besides, which would be the report once more.
+// Without the item for the text of a report's function, which would repeat the report.
 SampleInfo ReadSample(source::Source& source, int sample, const source::Progress& progress) {
   SampleInfo info = {.number = sample + 1, .name = source.SampleName(sample)};
   const Metadata items = source.SampleMetadata(sample);
@@ -135,7 +135,7 @@ SampleInfo ReadSample(source::Source& source, int sample, const source::Progress
     info.absorbanceScans = source.AbsorbanceScanCount(sample);
   }
   info.metadata =
-      info.functions.empty() ? items : info.functions.front().metadata;  // as the first one has it
+      info.functions.empty() ? items : info.functions.front().metadata;  // those of the first function
   return info;
 }
 
@@ -253,7 +253,7 @@ ValueUses UsesOf(const source::MetadataItem& item, const std::vector<FunctionInf
   return uses;
 }
 
-// People see how a long one begins.
+// Text shows the beginning of a long value.
 std::string ShownValue(std::string_view value) {
   constexpr std::size_t kShown = 60;
   const std::size_t size = CharacterCount(value);
@@ -295,7 +295,7 @@ void PrintSample(const SampleInfo& sample, Output& out) {
   PrintMetadata(sample, out);
 }
 
-// A line a sample: a plate has many, and one of them is looked at next.
+// One line per sample: a plate has many, and people look at one of them next.
 void PrintPlate(const SourceInfo& source, Output& out) {
   TextTable table({{"No", Align::kRight},
                    {"Name"},
@@ -349,7 +349,7 @@ class InfoCommand : public Command {
   }
 
  private:
-  // What fails is not shown, and the list is written to its end all the same.
+  // Sources that fail are not shown; the list is completed all the same.
   void ShowAll(const std::vector<std::string>& sources, JsonWriter& json, Output& out) {
     const auto show = [&](const std::string& path) { Show(path, json, out); };
     try {

@@ -38,7 +38,7 @@ Commands SetUp(CLI::App& parser) {
   return commands;
 }
 
-// What is wrong with the command line, in our words where the parser's are hard to read.
+// What is wrong with the command line, reworded where the parser's message is hard to read.
 std::string ProblemOf(const CLI::App& parser, const CLI::ParseError& error) {
   std::string text = error.what();
   const std::vector<std::string> unknown = parser.remaining(true);
@@ -60,7 +60,7 @@ Failure WrongUsage(const CLI::App& parser, const CLI::ParseError& error) {
   return Failure(ExitStatus::kWrongUsage, ProblemOf(parser, error) + " (see " + help + " --help)");
 }
 
-// Other ways to say what the parser knows: "help", "help COMMAND", and --json ahead of the command.
+// Other forms of what the parser knows: "help", "help COMMAND", and --json ahead of the command.
 void Translate(std::vector<std::string>& arguments) {
   if (arguments.empty()) return;
   if (arguments.front() == "help") {

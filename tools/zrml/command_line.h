@@ -8,7 +8,7 @@
 
 namespace zrml::tool {
 
-/// Runs the command that `arguments` ask for (native text, without the program's name): its result on
+/// Runs the command given by `arguments` (native text, without the program's name): its result on
 /// standard output, or one line on standard error.
 ExitStatus RunCommandLine(std::vector<std::string> arguments);
 

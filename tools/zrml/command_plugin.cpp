@@ -1,4 +1,4 @@
-// zrml plugin: whether a library is a plug-in, and gives what a source holds.
+// zrml plugin: whether a library is a plug-in, and returns what a source holds.
 #include "common/platform/platform.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"

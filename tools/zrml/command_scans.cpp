@@ -1,4 +1,4 @@
-// zrml scans: a row for each scan, of what index and statistics have of it and, if wanted, of its points.
+// zrml scans: a row for each scan, from index and statistics and, if requested, from its points.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -21,7 +21,7 @@
 namespace zrml::tool {
 namespace {
 
-// Nothing of a scan whose points are all lost.
+// No values for a scan whose points are all lost.
 struct PointFacts {
   std::optional<double> sum = {};
   std::optional<double> basePeakMz = {};
@@ -41,7 +41,7 @@ PointFacts FactsOf(const source::PointsRead& read, const std::vector<double>& mz
   return facts;
 }
 
-/// What is the same in all rows of a function.
+/// The values that all rows of a function share.
 struct FunctionTexts {
   std::string source;
   std::string sample;
@@ -57,7 +57,7 @@ struct Row {
   const PointFacts& points;
 };
 
-/// Appends one value of a row; nothing when there is none.
+/// Appends one value of a row; an absent value is empty.
 class Cell {
  public:
   /// Text has short numbers, JSON exact ones.
@@ -118,7 +118,7 @@ void AppendLine(ScanColumns columns, const Row& row, std::string& line) {
   }
 }
 
-// What is empty in a line is null.
+// Empty cells of a line are null.
 void AppendObject(ScanColumns columns, const Row& row, std::string& line) {
   for (const ScanColumn& column : columns) {
     line += &column == columns.data() ? "{\"" : ", \"";
@@ -148,7 +148,7 @@ class ScansCommand : public Command {
         ->option_text("LO-HI");
   }
 
-  /// What was read before a failure is printed.
+  /// Rows read before a failure are printed.
   void Run(Output& out) override {
     const std::vector<std::string> sources = ListSources(sources_);
     std::optional<Failure> failure;
@@ -189,7 +189,7 @@ class ScansCommand : public Command {
     });
   }
 
-  // An object that ends well also when the source does not.
+  // A complete object even when the source fails.
   void PrintObject(const std::string& path, JsonWriter& json) {
     const std::unique_ptr<source::Source> source = OpenListed(path);
     std::optional<Failure> failure;
@@ -230,7 +230,7 @@ class ScansCommand : public Command {
     }
   }
 
-  // Names of functions of which no sample has one are a mistake.
+  // Names of functions that no sample has are a mistake.
   void RequireFunctions(source::Source& source, int samples) const {
     const convert::FunctionSet& wanted = selection_.functions;
     if (wanted.Named().empty() || samples == 0) return;
@@ -240,7 +240,7 @@ class ScansCommand : public Command {
                       [&](const source::Function& function) { return wanted.Has(function.id); }))
         return;
     }
-    FindFunction(source, 1, wanted.Named().front());  // fails, and says which there are
+    FindFunction(source, 1, wanted.Named().front());  // fails, and lists the existing ones
   }
 
   bool IsChosen(const source::Function& function) const {

@@ -17,15 +17,15 @@ namespace {
 struct Points {
   std::vector<double> masses;
   std::vector<double> intensities;
-  std::size_t lost = 0;               // that the index declares and no file holds
-  std::optional<source::Range> bins;  // of the scan, that they are of
+  std::size_t lost = 0;               // declared by the index, held by no file
+  std::optional<source::Range> bins;  // of the scan that the points are from
 };
 
 std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan,
                                       int number) {
   return {
       {"scan", number},
-      {"title", {}},  // no format has one, nor a label
+      {"title", {}},  // no format has a title or a label
       {"label", {}},
       {"startMinutes", scan.minutes},
       {"endMinutes", scan.endMinutes},
@@ -97,7 +97,7 @@ class SpectrumCommand : public FunctionCommand {
     printout.Add(PrecursorAttributes(source, at, position, scan));
     printout.Add({{"scanValue", ValueOrAbsent(scan.scanValue)},
                   {"driftBins", ValueOrAbsent(points.bins)},
-                  {"driftValues", ValueOrAbsent(points.bins)}});  // which are the numbers of the bins
+                  {"driftValues", ValueOrAbsent(points.bins)}});  // the values are the numbers of the bins
     printout.Add(PointAttributes(points));
     if (function.kind == source::FunctionKind::kAbsorbance) {
       printout.columns = AbsorbanceColumns(points.masses, points.intensities);

@@ -75,7 +75,7 @@ void DamagePolicy::Report(const convert::Result& result, const std::string& name
   for (const Finding& fault : result.faults.List()) Warn(name, TextOf(fault));
 }
 
-// In front of what is lost of it; nothing where it is in several files, or in a report.
+// The file's name before its losses; empty for several files, or in a report.
 std::string DamagePolicy::FileOf(const convert::Loss& loss) const {
   const auto found = files_.find(convert::KeyOf(loss.function));
   return found == files_.end() || found->second.empty() ? std::string() : found->second + ": ";

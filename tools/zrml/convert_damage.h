@@ -1,5 +1,5 @@
-// What `zrml convert` does about damage: a source that has lost some of what is asked for is refused unless
-// the user wants what there is; what else is known of it is a warning.
+// What `zrml convert` does about damage: a source that has lost some of the requested data is refused unless
+// the user wants the rest; other findings are warnings.
 #pragma once
 
 #include <map>
@@ -17,14 +17,14 @@ class DamagePolicy {
  public:
   explicit DamagePolicy(const ConvertRequest& request) : request_(request) {}
 
-  /// Before a sample is converted, which is called `name`. Throws a Failure.
+  /// Call before the sample called `name` is converted. Throws a Failure.
   void Look(source::Source& source, int sample, const std::string& name);
 
-  /// At a source without samples. Throws a Failure that says why there is none, as far as is known.
+  /// Call for a source without samples. Throws a Failure that says why it has none, as far as known.
   [[noreturn]] static void RefuseEmpty(source::Source& source);
 
-  /// Warns of what the conversion of that sample has found, but for files that Look has warned of. Each scan
-  /// that is lost is listed.
+  /// Warns of faults found by the conversion of that sample, except for files that Look has warned of. Lists
+  /// each lost scan.
   void Report(const convert::Result& result, const std::string& name) const;
 
  private:

@@ -57,7 +57,7 @@ std::string_view NameOf(convert::Format format) { return kFormats.at(static_cast
 
 bool IsNameOfGzip(const std::string& file) { return ToLower(file).ends_with(kGzipExtension); }
 
-// What the end of a file's name says, before ".gz".
+// The format given by the end of a file's name, before ".gz".
 std::optional<convert::Format> FormatOfName(const std::string& file) {
   std::string_view name = file;
   if (IsNameOfGzip(file)) name.remove_suffix(kGzipExtension.size());
@@ -185,7 +185,7 @@ void RefuseFolderAsFile(const std::string& file) {
   throw Failure(ExitStatus::kWrongUsage, "the name " + file + " contradicts " + option);
 }
 
-// A name says what the file is, for whoever gives it to another program.
+// The name must match the content, since other programs rely on it.
 void TakeFormat(ConvertRequest& request) {
   const std::optional<convert::Format> named = FormatOfName(request.file);
   if (named && request.format && named != request.format)

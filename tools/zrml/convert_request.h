@@ -23,7 +23,7 @@ struct ConvertRequest {
   bool isToStandardOutput = false;
   std::optional<convert::Format> format = {};  // none when not given, until the request is completed
   bool isForced = false;
-  bool isKept = false;  // what exists, is whole and newer than its source
+  bool isKept = false;  // keep files that are whole and newer than their source
   bool isGzipped = false;
 
   bool isQuiet = false;
@@ -34,7 +34,7 @@ struct ConvertRequest {
 /// Adds the options to the parser, which fills `request`.
 void AddConvertOptions(CLI::App& options, ConvertRequest& request);
 
-/// Of files: ".mzML".
+/// The extension of files: ".mzML".
 std::string ExtensionOf(convert::Format format);
 
 /// Fills in what was not given. Throws a Failure when options do not go together.

@@ -13,16 +13,16 @@
 
 namespace zrml::tool {
 
-/// The path that a sample becomes.
+/// The path that a sample is converted to.
 std::string TargetPath(const ConvertRequest& request, source::Source& source, int sample);
 
-/// Whether at `path` there is what the source at `source` would become: a whole file, newer than the source.
+/// Whether `path` already holds the converted `source`: a whole file, newer than the source.
 bool IsCurrent(const std::string& path, const ConvertRequest& request, const std::string& source);
 
-/// Throws a Failure when at `path` there is what no file can replace.
+/// Throws a Failure when `path` holds something that a file cannot replace.
 void RefuseUnlessFile(const std::string& path);
 
-/// Throws a Failure when the path is a part of one of the sources, which must survive the command, also when
+/// Throws a Failure when the path is a part of one of the sources, which must survive the command even when
 /// files may be replaced.
 void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources);
 
@@ -30,7 +30,7 @@ void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string
 class MadeFiles {
  public:
   void Add(const std::string& path);
-  /// Also by another name: there are systems that do not tell case apart, and links.
+  /// Also by another name: there are links, and systems that ignore case.
   bool Has(const std::string& path) const;
 
  private:

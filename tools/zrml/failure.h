@@ -16,11 +16,11 @@ enum class ExitStatus : int {
   kNoProvider = 4,
   kUnreadable = 5,  // also: the output cannot be written
   kNoPlugin = 6,
-  kDamaged = 7,     // what check has found; also: a plug-in that gives something else than the source
+  kDamaged = 7,     // found by check; also: a plug-in whose answers differ from the source
   kSomeFailed = 8,  // of several inputs
 };
 
-/// Thrown by whoever finds out, printed once at the top.
+/// Thrown where the problem is found, printed once at the top.
 struct Failure {
   Failure(ExitStatus endStatus, std::string text) : status(endStatus), message(std::move(text)) {}
 

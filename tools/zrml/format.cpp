@@ -14,7 +14,7 @@ namespace {
 constexpr double kLargestPositional = 1e15;
 constexpr int kDecimalsForPeople = 4;
 
-// The character at the front of `text`, which is shortened by it.
+// Takes the first character off `text`.
 char32_t TakeCharacter(std::string_view& text) {
   constexpr char32_t kReplacement = 0xFFFD;
   const auto [c, length] = DecodeUtf8(text);

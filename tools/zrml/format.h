@@ -12,11 +12,11 @@ namespace zrml::tool {
 /// For people: at most four decimals.
 std::string RoundedNumber(double value);
 
-/// Text as lines that people read have it: bytes that are not UTF-8 become U+FFFD each; characters that would
+/// Text for lines that people read: bytes that are not UTF-8 become U+FFFD each; characters that would
 /// move the cursor or reorder the line become \t, \n, \r or \u and four digits.
 std::string VisibleText(std::string_view text);
 
-/// UTF-8 between double quotes, as JSON has it.
+/// UTF-8 between double quotes, as in JSON.
 std::string QuotedJson(std::string_view text);
 
 /// The first `count` characters of a text; all of a shorter one.

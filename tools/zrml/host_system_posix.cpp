@@ -20,8 +20,8 @@ namespace {
 
 constexpr std::size_t kUsualWidth = 80;
 
-// Whether all that a library would have in memory is in its file. The loader would find out on the way, too
-// late. True of what is no library: the loader says so.
+// Whether a library's file holds everything that is mapped into memory. The loader would notice too late.
+// True for other files: the loader reports those.
 bool IsWhole(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   Elf64_Ehdr header = {};
@@ -104,7 +104,7 @@ WriteResult WriteStream(Stream stream, std::string_view utf8, std::string& error
       utf8.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno == EPIPE) {
       return WriteResult::kReaderGone;
-    } else if (errno == EAGAIN) {  // somebody has made the pipe one that does not wait
+    } else if (errno == EAGAIN) {  // another program has made the pipe non-blocking
       pollfd reader = {file, POLLOUT, 0};
       ::poll(&reader, 1, -1);
     } else if (errno != EINTR) {

@@ -13,8 +13,7 @@ class InterruptionWatch {
   ~InterruptionWatch();
 };
 
-/// Whether one is noted: what work is asked to give up by. All that is left to do then is to clean up and to
-/// call EndByInterruption.
+/// Whether one is noted: work checks it to give up. Then only clean up and call EndByInterruption.
 bool IsInterrupted();
 
 /// Ends the program as the noted signal would have.

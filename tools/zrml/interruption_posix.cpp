@@ -18,7 +18,7 @@ static_assert(std::atomic<int>::is_always_lock_free);  // a handler may write it
 // again.
 void Remind(int) { ::alarm(1); }
 
-// A second one ends the program; but a limit on processor time is told again every second.
+// A second one ends the program; but a limit on processor time signals every second.
 void Note(int signal) {
   if (notedSignal.exchange(signal) != 0 && signal != SIGXCPU) {
     std::signal(signal, SIG_DFL);
@@ -27,7 +27,7 @@ void Note(int signal) {
   Remind(signal);
 }
 
-// Without SA_RESTART: what waits is to be interrupted.
+// Without SA_RESTART: waiting calls must be interrupted.
 void Handle(int signal, void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;

@@ -20,7 +20,7 @@ class JsonWriter {
   JsonWriter& Key(std::string_view key);
 
   void Put(const Value& value);
-  /// `json` is a value as it stands.
+  /// `json` is a value that is written unchanged.
   void Raw(std::string_view json);
   void Numbers(std::span<const double> values);
   void Members(const std::vector<Attribute>& attributes);

@@ -9,10 +9,10 @@
 
 namespace zrml::tool {
 
-/// The item that a report's function has besides: its text.
+/// The additional item of a report's function: its text.
 inline constexpr std::string_view kFunctionText = "CompleteFunctionBlock";
 
-/// The sample's items, with a function those that it has of its own as well.
+/// The sample's items; with a function, also its own.
 std::vector<source::MetadataItem> MetadataOf(source::Source& source, int sample, std::optional<int> function);
 
 }  // namespace zrml::tool

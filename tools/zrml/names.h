@@ -1,4 +1,4 @@
-// What the interface of plug-ins calls the things that a source holds.
+// The plug-in interface's numbers for what a source holds.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace zrml::tool {
 
 std::string ProviderName(source::Format format);
-/// The interface's number of a kind; 0 for one that it has no number for.
+/// The interface's number of a kind; 0 for one without a number.
 int KindCode(source::FunctionKind kind);
 
 }  // namespace zrml::tool

@@ -29,13 +29,13 @@ std::string ListOf(std::span<const source::Function> functions) {
   return list;
 }
 
-// Whether two names mean one function: of processed data the number of the raw function does not count.
+// Whether two names mean one function: for processed data the raw function's number is ignored.
 bool IsSameName(const FunctionId& a, const FunctionId& b) {
   const bool isProcessed = a.process != 0;
   return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
 }
 
-// `list` of the `count` things that there are, by number.
+// The `count` existing items, by number.
 std::string ListText(const std::string& noun, int count, const std::string& list) {
   if (count < 1) return "no " + noun + 's';
   return (count == 1 ? "only " + noun : noun + 's') + ' ' + list;

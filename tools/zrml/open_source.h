@@ -1,4 +1,4 @@
-// Opening the source that the user has named, and finding in it what the user has numbered.
+// Opens the source named by the user, and finds numbered items in it.
 #pragma once
 
 #include <memory>
@@ -12,7 +12,7 @@ namespace zrml::tool {
 /// Throws a Failure with the status and the message of what the source reports; wrong usage without a path.
 std::unique_ptr<source::Source> OpenSource(const std::string& path);
 
-/// What `read` gives of an open source. Throws a Failure, unreadable, that names the source.
+/// The result of `read` on an open source. Throws a Failure, unreadable, that names the source.
 template <class Read>
 auto Reading(const source::Source& source, Read read) {
   try {
@@ -22,13 +22,13 @@ auto Reading(const source::Source& source, Read read) {
   }
 }
 
-/// Throws a Failure when the system would not let `count` more files be open at once.
+/// Throws a Failure when the system does not allow `count` more open files.
 void RequireFiles(int count);
 
 /// A sample for messages: the path, with the number of the sample when it is one of several.
 std::string NameOf(source::Source& source, int sample);
 
-/// The position of the thing that the user called `number`. Throws a Failure, wrong usage, unless it is one
+/// The position of the item that the user called `number`. Throws a Failure, wrong usage, unless it is one
 /// of 1 to `count`; `noun` and `owner` ("scan", "function 2") name it and what holds it.
 int PositionOf(int number, int count, const std::string& noun, const std::string& owner);
 
@@ -43,7 +43,7 @@ std::string FunctionsText(source::Source& source, int sample);
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
 const source::Function& FunctionAt(source::Source& source, const FunctionPosition& position);
 
-/// What the source's findings are about that concern the function.
+/// The subject of the findings that concern the function.
 FindingSubject SubjectOf(const source::Source& source, int sample, const source::FunctionId& id);
 
 }  // namespace zrml::tool

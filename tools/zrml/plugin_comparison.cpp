@@ -90,7 +90,7 @@ class Comparer : Verdicts {
     return false;
   }
 
-  // To the plug-in a folder whose name ends as that of a data file is a choice of this file.
+  // To the plug-in, a folder named like a data file chooses that file.
   void TakeFolderForChoice() {
     constexpr std::size_t kNameLength = 12;
     constexpr std::size_t kStemLength = 8;  // "_func002"
@@ -159,7 +159,7 @@ class Comparer : Verdicts {
     return functions;
   }
 
-  // The source's positions of the functions that the plug-in lists of a raw directory.
+  // The source's positions of the functions that the plug-in lists for a raw directory.
   std::vector<int> Listed(int sample) {
     const std::span<const source::Function> functions = source_->Functions(sample);
     const std::set<FindingSubject> lost = FunctionsWithoutData();
@@ -171,7 +171,7 @@ class Comparer : Verdicts {
     return positions;
   }
 
-  // And of a report.
+  // The same for a report.
   std::vector<int> ListedOfReport(int sample) {
     const std::span<const source::Function> functions = source_->Functions(sample);
     std::vector<int> positions;
@@ -292,7 +292,7 @@ class Comparer : Verdicts {
     CheckRange("GetFunctionMassRange", askRange, function.massRange);
   }
 
-  // Without the number that tells functions of one name apart.
+  // Without the number that distinguishes functions of one name.
   static std::string BaseName(const source::Function& function) {
     const std::string end = ' ' + TextOf(function.id);
     const bool hasNumber = function.name.ends_with(end);
@@ -448,7 +448,7 @@ class Comparer : Verdicts {
 
   // Metadata
 
-  // With the text of a report's function as the slots have it.
+  // With the text of a report's function as returned by the slots.
   std::vector<source::MetadataItem> ItemsOf(int sample, int position, std::optional<int> held) {
     if (!IsReport() || !held) return MetadataOf(*source_, sample, held);
     const std::optional<std::string> text = reportSlots_->TextOf(position);
@@ -474,7 +474,7 @@ class Comparer : Verdicts {
       Check("GetMetadataKeys", "key", Narrow(keys[i]), items[i].key);
       std::wstring value;
       const bool hasValue = server_->GetMetadataValue(sample, position, keys[i], value);
-      // A function's text is not given when it is very long.
+      // A function's text is left out when it is very long.
       const bool isLongText = !items[i].value && items[i].key == kFunctionText;
       const bool isOfNoFunction = !held && items[i].key == kIonMode;
       CheckWanted(kWanted.noMetadataValue, items[i].key.c_str(), hasValue, items[i].value.has_value(),
@@ -508,7 +508,7 @@ class Comparer : Verdicts {
 
   const PluginLibrary& plugin_;
   source::Source* source_;
-  std::unique_ptr<source::Source> other_;  // which is compared instead of the one given
+  std::unique_ptr<source::Source> other_;  // compared instead of the given one
   std::unique_ptr<CDataServerImpl> server_;
   std::wstring wholePath_;
   std::optional<RawSlots> rawSlots_;

@@ -1,4 +1,4 @@
-// What a plug-in says of a source, slot by slot, beside what the source holds.
+// Compares a plug-in's answers about a source, slot by slot, with what the source holds.
 #pragma once
 
 #include "source/source.h"
@@ -7,7 +7,7 @@
 
 namespace zrml::tool {
 
-/// Opens the source's path with the first provider of the plug-in that takes it, and asks every slot.
+/// Opens the source's path with the first provider of the plug-in that accepts it, and calls every slot.
 PluginComparison ComparePlugin(const PluginLibrary& plugin, source::Source& source);
 
 }  // namespace zrml::tool

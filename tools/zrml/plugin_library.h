@@ -12,7 +12,7 @@ namespace zrml::tool {
 
 class PluginLibrary {
  public:
-  /// Throws a Failure when `path` is no plug-in of this interface version.
+  /// Throws a Failure when `path` is not a plug-in of this interface version.
   explicit PluginLibrary(const std::string& path);
 
   int ProviderCount() const { return providerCount_; }

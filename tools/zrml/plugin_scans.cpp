@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kProbes = 50;  // scans of a function for slots that read a spectrum for one number of it
 
-// Whether it is one of the scans that are looked at more closely.
+// Whether it is one of the scans that are checked more closely.
 bool IsProbed(int scan, int count) { return scan % (count / kProbes + 1) == 0 || scan + 1 == count; }
 
 class ScanComparer : Verdicts {
@@ -130,7 +130,7 @@ class ScanComparer : Verdicts {
     return {{spectrum.GetMasses(), count}, {spectrum.GetIntensities(), count}};
   }
 
-  // Those that are held, to the bit.
+  // The held ones, to the bit.
   bool HasPoints(const CZRMassSpectrum& spectrum) const {
     const Columns given = ColumnsOf(spectrum);
     return std::equal(x_.begin(), x_.end(), given.x.begin(), given.x.end()) &&
@@ -196,7 +196,7 @@ class ScanComparer : Verdicts {
       Check("GetScanRetentionTime", "time", first, spectrum.GetStartTime());
     }
     if (!of_.hasMobility) CompareScanRanges(scan, isGiven, spectrum);
-    // It is looked for among scans of all functions.
+    // It is searched among the scans of all functions.
     if (!list_.hasOtherScans || IsReport()) ComparePrecursor(scan);
   }
 
@@ -259,12 +259,12 @@ class ScanComparer : Verdicts {
     CheckChromatogram("GetBasePeakChromatogram", ask, isWanted, minutes, intensities);
   }
 
-  // What the index or the report tells scan by scan.
+  // What the index or the report says, scan by scan.
   void CompareSeries() {
     HostVector<double> times;
     Check("GetRetentionTimes", "success", server_.GetRetentionTimes(of_.sample, of_.position, times), true);
-    // The source has NaN both for a time that a report does not tell and for one that is stored so; then NaN
-    // is taken for the latter.
+    // The source has NaN both for a time missing in a report and for a stored NaN; it is taken for the latter
+    // then.
     const auto isStored = [&](std::size_t i) { return i < times.size() && std::isnan(times[i]); };
     std::vector<double> minutes;
     if (of_.others) {
@@ -298,7 +298,7 @@ class ScanComparer : Verdicts {
     return values;
   }
 
-  // With 0 for what a report does not tell: NaN, unless that is stored.
+  // With 0 for values missing in a report: NaN, unless NaN is stored.
   template <class IsStored>
   std::vector<double> WithZeros(std::vector<double> values, const Wanted& difference, IsStored isStored) {
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -342,7 +342,7 @@ class ScanComparer : Verdicts {
   const ComparedList& list_;
   const ComparedFunction& of_;
   Computed computed_;
-  bool mayKeepPoints_ = false;  // a spectrum that is read into again, in places without points
+  bool mayKeepPoints_ = false;  // a reused spectrum does, in places without points
   std::vector<double> x_;
   std::vector<double> y_;
 };

@@ -35,7 +35,7 @@ struct ComparedFunction {
   source::Function function = {};
   int kind = 0;  // in the interface's numbers
   std::optional<SlotScans> others = {};
-  // As the plug-in is to tell it.
+  // As the plug-in should report it.
   bool hasMobility = false;
   int driftBins = 0;
 };

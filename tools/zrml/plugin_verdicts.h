@@ -1,5 +1,5 @@
-// Judges single answers of a plug-in. The interface wants some to be others than what the files hold; each
-// such difference is a row of one table. Every other difference is a fault.
+// Judges single answers of a plug-in. The interface requires some to differ from the files; each such
+// difference is a row of one table. Every other difference is a fault.
 #pragma once
 
 #include <cmath>
@@ -17,7 +17,7 @@
 
 namespace zrml::tool {
 
-/// A difference that the interface wants.
+/// A difference required by the interface.
 struct Wanted {
   std::string_view slot;
   std::string_view reason;
@@ -73,24 +73,24 @@ inline constexpr AllWanted kWanted = {};
 struct PluginComparison {
   static constexpr std::size_t kMostFaults = 20;
 
-  long long answers = 0;                      // that were compared
+  long long answers = 0;                      // compared so far
   std::map<const Wanted*, long long> wanted;  // how often
   std::vector<std::string> faults;            // the first of them, a line each
   long long faultCount = 0;
 };
 
-/// What is being compared, for whoever reads of a fault. Positions from 0.
+/// What is being compared, for messages about faults. Positions from 0.
 struct Place {
   std::optional<int> sample = {};
   std::string function = {};
   std::optional<int> scan = {};
   std::optional<int> trace = {};
 
-  /// " of sample 1, function 2", or nothing.
+  /// " of sample 1, function 2", or empty.
   std::string Text() const;
 };
 
-/// Nothing where `read` throws what a source throws.
+/// No value when `read` throws an error of a source.
 template <class Read>
 auto Held(Read read) -> std::optional<decltype(read())> {
   try {
@@ -121,7 +121,7 @@ class Verdicts {
 
   void Count(const Wanted& difference) { ++result_.wanted[&difference]; }
 
-  /// Where the interface wants `wanted` and the source holds `held`.
+  /// Where the interface requires `wanted` and the source holds `held`.
   template <class T>
   bool CheckWanted(const Wanted& difference, const char* what, const T& given, const T& held,
                    const T& wanted) {
@@ -129,18 +129,18 @@ class Verdicts {
     return Check(difference.slot, what, given, wanted);
   }
 
-  /// Where the interface has 0 for what there is not.
+  /// Where the interface has 0 for an absent value.
   void CheckOptional(const Wanted& difference, const char* what, double given,
                      const std::optional<double>& held);
 
-  /// How many of a list both sides have.
+  /// The number of list items that both sides have.
   int Agreed(std::string_view slot, int given, int expected);
 
   /// Value by value; one fault at most.
   void CheckColumn(std::string_view slot, const char* what, std::span<const double> given,
                    std::span<const double> expected);
 
-  /// `ask` fills the two ends and tells whether there are any.
+  /// `ask` fills the two ends and returns whether there are any.
   template <class Ask>
   void CheckRange(std::string_view slot, Ask ask, const std::optional<source::Range>& wanted) {
     source::Range given;
@@ -157,7 +157,7 @@ class Verdicts {
   void CheckSlotPoints(std::string_view slot, const Columns& given, const Columns& held, bool isLost,
                        const std::optional<StoredPoints>& ofSlots);
 
-  /// `ask` fills the chromatogram and tells whether there is one.
+  /// `ask` fills the chromatogram and returns whether there is one.
   template <class Ask>
   void CheckChromatogram(std::string_view slot, Ask ask, bool isWanted, std::span<const double> minutes,
                          std::span<const double> intensities) {

@@ -1,4 +1,4 @@
-// What a command that prints points has to say: attributes, then columns of numbers. Text has "# key: value"
+// The output of a command that prints points: attributes, then columns of numbers. Text has "# key: value"
 // lines, a line of column names and a line per point, separated by tabs; JSON has the attributes as members
 // and each column as an array.
 #pragma once
@@ -28,7 +28,7 @@ struct Printout {
   std::vector<Column> columns;  // of one length
 };
 
-/// With the attributes that tell where the points are from: a function, or a sample as a whole.
+/// With the attributes that say where the points are from: a function, or a whole sample.
 Printout PrintoutOf(source::Source& source, const FunctionPosition& position);
 Printout PrintoutOf(source::Source& source, int sample);
 

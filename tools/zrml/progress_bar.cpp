@@ -60,7 +60,7 @@ void ProgressBar::Update(std::size_t done, std::size_t all) {
   if (now < next_) return;
   next_ = now + kBetweenUpdates;
   const std::string line = ProgressLine(done, all, label_, ErrorTerminalWidth());
-  // A line that is shorter than the one before covers all of it.
+  // Blanks cover the rest of a longer line before.
   const std::size_t columns = ColumnsOf(line);
   const std::size_t blanks = width_ > columns ? width_ - columns : 0;
   width_ = columns;

@@ -7,8 +7,8 @@
 
 namespace zrml::tool {
 
-/// "[####      ] 40% folder/run.raw" in fewer than `columns` columns, so that the line does not wrap; of a
-/// long label the end.
+/// "[####      ] 40% folder/run.raw" in fewer than `columns` columns, so that the line does not wrap; a long
+/// label is cut to its end.
 std::string ProgressLine(std::size_t done, std::size_t all, const std::string& label, std::size_t columns);
 
 class ProgressBar {

@@ -1,5 +1,4 @@
-// What the interface's slots make of a source's files where that is something else than what the source
-// tells.
+// What the interface's slots make of a source's files where that differs from the source.
 #pragma once
 
 #include <functional>
@@ -30,7 +29,7 @@ struct StoredPoints {
 };
 
 /// The scans of a function where the slots have others than the source: their times, kinds and intensities,
-/// with 0 for what no file tells, and the points of one of them; no value of one that is refused.
+/// with 0 for values in no file, and the points of one of them; no value for a refused one.
 struct SlotScans {
   std::vector<source::Scan> scans = {};
   std::function<std::optional<StoredPoints>(int scan)> read;
@@ -48,14 +47,14 @@ class RawSlots {
  public:
   explicit RawSlots(const platform::SystemPath& folder);
 
-  /// Of a function some of whose offsets are cut.
+  /// For a function with some cut offsets.
   std::optional<SlotScans> OtherScans(const source::FunctionId& id);
 
   /// No value where there are none.
   std::optional<StoredPoints> ReadPoints(const source::FunctionId& id, int scan);
   std::optional<StoredPoints> ReadAbsorbance(const source::FunctionId& id, int scan);
 
-  /// False of a damaged list of traces: then there are none, not even that of the absorbance.
+  /// False for a damaged list of traces: then there are none, not even that of the absorbance.
   bool HasTraceList() const;
 
  private:
@@ -65,8 +64,8 @@ class RawSlots {
   std::vector<masslynx::FunctionRecord> functions_;
 };
 
-/// A function that is never closed has what is in those behind it as well, which to the source is theirs
-/// alone. Positions of functions are those in the list of the slots.
+/// A function that is never closed also has the contents of those after it, which for the source belong to
+/// them only. Positions of functions are those in the list of the slots.
 class ReportSlots {
  public:
   explicit ReportSlots(const platform::SystemPath& path);
@@ -74,11 +73,11 @@ class ReportSlots {
   /// The samples before the end of the text: the file's, or a Ctrl-Z.
   int CountSamplesOfText() const;
 
-  /// Chooses the sample that everything below is about.
+  /// Chooses the sample for everything below.
   void Enter(int sample);
 
   int FunctionCount() const { return static_cast<int>(listed_.size()); }
-  /// As a source would describe it. It may be one that the source has not, for want of blocks of its own.
+  /// As a source would describe it. It may be one that the source lacks, having no blocks of its own.
   source::Function Describe(int position);
   /// The source's name for it could be one that the report has.
   bool IsUnnamed(int position);

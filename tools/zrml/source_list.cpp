@@ -47,7 +47,7 @@ std::vector<FoundEntry> EntriesOf(const std::string& folder, std::string& error)
   return entries;
 }
 
-// A folder that cannot be listed is taken for a source, which will fail and say why.
+// A folder that cannot be listed is treated as a source, which will fail and say why.
 void Search(const std::string& folder, std::vector<std::string>& sources) {
   std::vector<FoundEntry> waiting = {{folder, true}};
   while (!waiting.empty()) {

@@ -1,4 +1,4 @@
-// The sources that a command is about: those that are named and, with -r, those that folders hold.
+// The sources of a command: the named ones and, with -r, those in folders.
 #pragma once
 
 #include <functional>
@@ -14,7 +14,7 @@ namespace zrml::tool {
 
 struct SourceArguments {
   std::vector<std::string> paths = {};
-  bool isSearched = false;  ///< folders are, for what they hold
+  bool isSearched = false;  ///< folders are searched for sources
 
   /// Whether the answer is a list, also when there is only one source in it.
   bool IsList() const { return isSearched || paths.size() > 1; }
@@ -23,20 +23,20 @@ struct SourceArguments {
 /// PATH... and -r, which fill `arguments`.
 void AddSourceArguments(CLI::App& options, SourceArguments& arguments);
 
-/// In the order given; those of a folder by name, without those inside raw directories and behind links.
-/// Throws a Failure when a folder that is searched holds none.
+/// In the order given; those of a folder by name, without those inside raw directories and beyond links.
+/// Throws a Failure when a searched folder holds none.
 std::vector<std::string> ListSources(const SourceArguments& arguments);
 
 /// As OpenSource does, with advice when `path` is a folder of something else.
 std::unique_ptr<source::Source> OpenListed(const std::string& path);
 
-/// Calls `work` for each source; one that fails does not stop the others. A failure of an only source is
-/// passed on. Of several, each is printed, and at the end a Failure says how many `are` ("are not
+/// Calls `work` for each source; one that fails does not stop the others. The failure of a single source
+/// is passed on. Of several, each is printed, and at the end a Failure says how many `are` ("are not
 /// converted").
 void ForEachSource(const std::vector<std::string>& sources, const std::string& are,
                    const std::function<void(const std::string& source)>& work);
 
-/// What ForEachSource does for other things of a source: `names` for the Failure at the end, `what` as its
+/// The same as ForEachSource for other parts of a source: `names` for the Failure at the end, `what` as its
 /// noun ("samples of plate.rpt").
 void ForEach(const std::vector<std::string>& names, const std::string& what, const std::string& are,
              const std::function<void(std::size_t index)>& work);

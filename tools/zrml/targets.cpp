@@ -22,7 +22,7 @@ using nlohmann::json;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
 
-// A row or an object, its values as text; what is empty or null is not there.
+// A row or an object, its values as text; empty and null values are left out.
 struct Entry {
   std::string place;  // "targets.tsv, line 3"
   std::map<std::string, std::string, std::less<>> values;
@@ -50,7 +50,7 @@ std::optional<double> NumberOf(const Entry& entry, std::string_view name) {
   return number;
 }
 
-// The two ends, of which a missing one is `low` or `high`.
+// The two ends; a missing one is `low` or `high`.
 source::Range RangeOf(const Entry& entry, const char* start, const char* end, source::Range open) {
   const source::Range range = {NumberOf(entry, start).value_or(open.low),
                                NumberOf(entry, end).value_or(open.high)};
@@ -119,7 +119,7 @@ std::vector<Entry> EntriesOfTsv(const std::string& path, std::string_view text) 
   return entries;
 }
 
-// Of a list or an object, what it is.
+// Names the kind of a list or an object.
 std::string TextOfJson(const json& value) {
   if (value.is_string()) return value.get<std::string>();
   return value.is_structured() ? value.type_name() : value.dump();

@@ -1,9 +1,9 @@
-// Ions that chromatograms are wanted of, each a range of m/z: around a mass, or between two. In a file they
+// Ions to extract chromatograms of, each a range of m/z: around a mass, or between two. In a file they
 // are rows of TSV under a line of names, or a JSON list of objects, with the names
 //
 //   mz, tolerance, tolerance_unit ("ppm" or "da"), mz_start, mz_end, rt_start, rt_end (minutes), comment
 //
-// of which mz, or both of mz_start and mz_end, must be there. Others are ignored.
+// where mz, or both mz_start and mz_end, must be given. Others are ignored.
 #pragma once
 
 #include <optional>
@@ -30,8 +30,8 @@ struct Target {
 /// From mz - delta to mz + delta, where delta is the width, or mz * width / 1e6.
 source::Range RangeAround(double mz, Tolerance tolerance);
 
-/// The targets of a file, in its order. `tolerance` is that of targets without one of their own. Throws a
-/// Failure that names the file and the line, or the target, and what is wrong there.
+/// The targets of a file, in its order. `tolerance` applies to targets without their own. Throws a Failure
+/// that names the file, the line or target, and what is wrong there.
 std::vector<Target> ReadTargets(const std::string& path, Tolerance tolerance);
 
 }  // namespace zrml::tool

@@ -1,5 +1,5 @@
-// Rows of text in aligned columns. A column in which no row has anything to say is left out; what is longer
-// than 120 characters moves the rest of its own row only.
+// Rows of text in aligned columns. A column that is empty in every row is left out; text longer than 120
+// characters shifts only the rest of its own row.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ class TextTable {
     Align align = Align::kLeft;
   };
 
-  /// Stands in a cell that has nothing to say.
+  /// Shown in an empty cell.
   static constexpr const char* kNothing = "-";
 
   explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}

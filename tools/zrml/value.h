@@ -1,4 +1,4 @@
-// A value of the output: what both the text and the JSON form can show.
+// A value of the output, for both text and JSON.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace zrml::tool {
 
-/// std::monostate stands for a value that there is not: left out of text, null in JSON.
+/// std::monostate is an absent value: left out of text, null in JSON.
 using Value = std::variant<std::monostate, bool, std::int64_t, double, source::Range, std::string>;
 
 struct Attribute {
@@ -31,7 +31,7 @@ Value ValueOrAbsent(const std::optional<T>& value) {
 
 /// UTF-8 on one line.
 std::string TextOf(const Value& value);
-/// Numbers are the shortest that read back the same; those that JSON has no form for are null.
+/// Numbers are the shortest that read back the same; NaN and infinity are null in JSON.
 std::string JsonOf(const Value& value);
 
 }  // namespace zrml::tool
