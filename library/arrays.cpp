@@ -18,7 +18,7 @@ std::size_t ScansOf(Source& source, int sample, int function) {
 
 void Copy(const std::vector<double>& values, double* to) { std::copy(values.begin(), values.end(), to); }
 
-// Where arrays of unknown length go.
+// The caller's room for arrays of unknown length.
 struct Target {
   double* x;
   double* y;
@@ -27,7 +27,7 @@ struct Target {
   std::size_t* lost;  // may be null
 };
 
-// Arrays that were asked for without room are kept until there is some.
+// Arrays requested without room are kept for the next call.
 template <class Read>
 void Deliver(zrml_source& handle, const Request& request, const Target& target, Read read) {
   Require(target.count, "count");

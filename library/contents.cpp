@@ -13,7 +13,7 @@ using source::Source;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// Words that stand for nothing are empty here.
+// Words for an absent value become empty.
 template <class Enumeration>
 const char* NameOrEmpty(Enumeration value) {
   return value == Enumeration() ? "" : NameOf(value);
@@ -50,7 +50,7 @@ static_assert(static_cast<int>(source::ScanType::kNeutralGain) == ZRML_SCAN_TYPE
 static_assert(static_cast<int>(source::Polarity::kNegative) == ZRML_POLARITY_NEGATIVE);
 static_assert(static_cast<int>(FindingSubject::Kind::kSample) == ZRML_ABOUT_SAMPLE);
 
-// Lists are kept, so that whoever asks for one item after the other does not have each read all of them.
+// Lists are kept, so that callers can ask for one item after the other without reading all of them each time.
 template <class Item, class Read>
 const std::vector<Item>& Kept(std::optional<std::pair<std::pair<int, int>, std::vector<Item>>>& kept,
                               int sample, int function, Read read) {

@@ -1,5 +1,5 @@
-// What stands behind a zrml_source, and what the functions of the library have in common: no exception leaves
-// them, and records and arrays are checked in one place.
+// The object of a zrml_source, and what the library's functions share: no exception leaves them, and records
+// and arrays are checked in one place.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +26,7 @@ struct Arrays {
   std::size_t lost = 0;
 };
 
-/// What arrays were asked for: of what kind, and with which arguments.
+/// Identifies requested arrays: their kind, and the arguments.
 enum class Asked { kSum, kDriftBin, kTrace, kAbsorbance };
 using Request = std::tuple<Asked, int, int, int, int, double, int>;
 
@@ -41,7 +41,7 @@ struct zrml_source {
   zrml_progress progress = nullptr;
   void* context = nullptr;
 
-  // What was read last, in case that it is asked for again.
+  // The last results, in case they are requested again.
   std::optional<std::pair<zrml::library::Request, zrml::library::Arrays>> arrays;
   std::optional<std::pair<std::pair<int, int>, std::vector<zrml::source::Trace>>> traces;
   std::optional<std::pair<std::pair<int, int>, std::vector<zrml::source::MetadataItem>>> metadata;
@@ -55,7 +55,7 @@ namespace zrml::library {
 /// is none.
 zrml_status StatusOfException(std::string& message) noexcept;
 
-/// Runs `work` on the source and gives what came of it.
+/// Runs `work` on the source and returns its status.
 template <class Work>
 zrml_status Run(zrml_source* handle, Work work) noexcept {
   if (handle == nullptr) return ZRML_WRONG_ARGUMENT;

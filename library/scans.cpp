@@ -64,7 +64,7 @@ void SetFromPoints(const zrml_scan_table& table, std::size_t row, const source::
   Set(table.base_peak_intensity, row, hasPeak ? *largest : ofNone);
 }
 
-// Which scans of which function are asked for.
+// The requested scans and their function.
 struct Rows {
   int sample;
   int function;
