@@ -7,7 +7,7 @@
  * each function says.
  *
  * Every function that can fail gives a zrml_status, and zrml_message() says why in one line. A function that
- * fails writes to nothing that it was given but, where it says so, to `count`. A null pointer where one is
+ * fails writes only to `count`, and only where it says so. A null pointer where one is
  * needed, a position that is not there and a record whose `size` is too small give ZRML_WRONG_ARGUMENT. The
  * functions may be called in any order.
  *
@@ -160,7 +160,7 @@ typedef struct zrml_function {
   int ms_level;
   int is_lock_mass;      /* 1 or 0; a reference function, by its name */
   int has_mobility;      /* 1 or 0 */
-  double mass_low;       /* set in the acquisition method; NaN where no file tells it */
+  double mass_low;       /* set in the acquisition method; NaN where no file has it */
   double mass_high;      /* the same */
   const char* kind_name; /* "MS", "MS/MS", "absorbance", "ion monitoring", "reaction monitoring", "other" */
   const char* scan_type_name; /* "precursor", "product", "neutral loss", "neutral gain", or empty */
@@ -169,7 +169,7 @@ typedef struct zrml_function {
 
 ZRML_API zrml_status zrml_get_function(zrml_source* source, int sample, int function, zrml_function* record);
 
-/* A report's text of the function, as it stands; `*length` bytes without the zero byte at the end. Null and 0
+/* A report's text of the function, unchanged; `*length` bytes without the zero byte at the end. Null and 0
  * where there is none or it is longer than 10,000,000 characters. Stays until the next call with the source.
  */
 ZRML_API zrml_status zrml_function_text(zrml_source* source, int sample, int function, const char** text,
@@ -183,13 +183,13 @@ typedef struct zrml_scan {
   size_t size;
   int number;                 /* from 1 */
   int is_centroided;          /* 1 or 0: points are peaks, or samples of a profile */
-  double minutes;             /* when it begins; NaN where no file tells it */
+  double minutes;             /* when it begins; NaN where no file has it */
   double end_minutes;         /* the same, when it ends */
   size_t points;              /* at most so many: the room that zrml_read_points() needs */
   double total_intensity;     /* as stored beside the points, else NaN */
   double base_peak_intensity; /* as stored beside the points, else NaN */
   double precursor_mz;        /* NaN of functions without precursors and where no file tells it */
-  int is_precursor_of_method; /* 1: the mass set in the method, since no file tells the scan's own */
+  int is_precursor_of_method; /* 1: the mass set in the method, since no file has the scan's own */
   double scan_value; /* the scan's additional value (cone voltage and the like); NaN where there is none */
 } zrml_scan;
 
@@ -231,7 +231,7 @@ ZRML_API zrml_status zrml_read_scan_table(zrml_source* source, int sample, int f
 ZRML_API zrml_status zrml_read_points(zrml_source* source, int sample, int function, int scan, double* mz,
                                       double* intensities, size_t room, size_t* count, size_t* lost);
 
-/* The scan of a lower level that a scan goes back to: the nearest one that is not later. Sets
+/* The lower-level scan that a scan comes from: the nearest one that is not later. Sets
  * `*precursor_function` and `*precursor_scan` to its positions, both to -1 when there is none. */
 ZRML_API zrml_status zrml_find_precursor(zrml_source* source, int sample, int function, int scan,
                                          int* precursor_function, int* precursor_scan);
@@ -240,11 +240,11 @@ ZRML_API zrml_status zrml_find_precursor(zrml_source* source, int sample, int fu
  *
  * One value for each scan of the function: `room` is zrml_scan_count() or more. */
 
-/* When each scan was taken; NaN where no file tells it. */
+/* When each scan was taken; NaN where no file has it. */
 ZRML_API zrml_status zrml_read_minutes(zrml_source* source, int sample, int function, double* minutes,
                                        size_t room);
 
-/* As stored beside the points; NaN where no file tells it. */
+/* As stored beside the points; NaN where no file has it. */
 ZRML_API zrml_status zrml_read_total_ions(zrml_source* source, int sample, int function, double* intensities,
                                           size_t room);
 
@@ -307,7 +307,7 @@ typedef struct zrml_trace {
 ZRML_API zrml_status zrml_get_trace(zrml_source* source, int sample, int function, int trace,
                                     zrml_trace* record);
 
-/* The points of a trace. `times` are as stored: no file tells their unit. */
+/* The points of a trace. `times` are as stored: no file has their unit. */
 ZRML_API zrml_status zrml_read_trace(zrml_source* source, int sample, int function, int trace, double* times,
                                      double* intensities, size_t room, size_t* count);
 
@@ -343,7 +343,7 @@ ZRML_API zrml_status zrml_metadata_count(zrml_source* source, int sample, int fu
 typedef struct zrml_metadata {
   size_t size;
   const char* key;   /* each is there once */
-  const char* value; /* null where no file tells it */
+  const char* value; /* null where no file has it */
 } zrml_metadata;
 
 ZRML_API zrml_status zrml_get_metadata(zrml_source* source, int sample, int function, int item,
@@ -369,10 +369,10 @@ typedef struct zrml_finding {
   const char*
       severity; /* "lost": something measured is gone; "suspect": it may not be what was measured; "note" */
   const char* file;    /* its name without folder; empty when it is about the whole */
-  const char* message; /* what the problem is, as it goes behind the name of the file */
+  const char* message; /* what the problem is, to be shown after the name of the file */
   zrml_subject subject;
   int sample;           /* number of the sample of a report; 0 elsewhere */
-  const char* function; /* as zrml_function.id has it; empty when it is about no function */
+  const char* function; /* as in zrml_function.id; empty when it is not about a function */
   uint64_t count;       /* how many scans, points, traces */
   uint64_t first;       /* number of the first of them, from 1; 0 where nothing is numbered */
 } zrml_finding;

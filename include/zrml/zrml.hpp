@@ -26,7 +26,7 @@
 namespace zrml {
 inline namespace v1 {
 
-/// What a call has failed with. Without memory std::bad_alloc is thrown instead.
+/// The failure of a call. Without memory std::bad_alloc is thrown instead.
 class Error : public std::runtime_error {
  public:
   Error(zrml_status status, const char* message) : std::runtime_error(message), status_(status) {}
@@ -227,7 +227,7 @@ class Trace {
 
   int number() const { return record_.number; }
   std::string_view name() const { return record_.name; }
-  /// Its points; the times in `minutes` are as stored, and no file tells their unit.
+  /// Its points; the times in `minutes` are as stored; no file has their unit.
   Chromatogram read() const {
     Chromatogram read;
     detail::ReadTwice(*place_.handle, read.minutes, read.intensity,
@@ -448,7 +448,7 @@ class Absorbance {
                       });
     return read;
   }
-  /// Where all spectra have the same wavelengths: those, and the values of one spectrum behind those of the
+  /// Where all spectra have the same wavelengths: those, and the values of one spectrum after the
   /// other.
   std::optional<AbsorbanceSpectrum> matrix() const {
     if (size_ == 0) return std::nullopt;
