@@ -47,7 +47,7 @@ def integers(memory: bytes) -> AnyArray:
 
 
 def rows(memory: bytes, count: int, length: int) -> list[FloatArray]:
-    """`count` arrays of `length` doubles, one behind the other."""
+    """`count` arrays of `length` doubles, one after the other."""
     if not length:
         return [_EMPTY] * count
     return [np.frombuffer(memory, FLOAT, length, 8 * length * row) for row in range(count)]

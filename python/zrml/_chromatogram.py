@@ -58,7 +58,7 @@ class Trace:
 
     @property
     def times(self) -> FloatArray:
-        """As stored: no file tells their unit. float64, shape (points,)."""
+        """As stored: no file has their unit. float64, shape (points,)."""
         return self._read()[0]
 
     @property

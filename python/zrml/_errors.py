@@ -38,7 +38,7 @@ class NotFoundError(Error, FileNotFoundError):
 
 
 class NotRecognisedError(Error):
-    """What is there is neither a raw directory nor a report (status 4)."""
+    """The path is neither a raw directory nor a report (status 4)."""
 
     status = 4
 

@@ -158,7 +158,7 @@ class Function(Sequence[Scan]):
 
     @property
     def text(self) -> str | None:
-        """A report's text of the function, as it stands; None of a raw directory, and of a text that is longer
+        """A report's text of the function, unchanged; None for a raw directory, and for a text that is longer
         than 10,000,000 characters."""
         return self._handle.text(library.zrml_function_text, *self._place)
 

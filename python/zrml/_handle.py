@@ -28,7 +28,7 @@ _read_points = library["zrml_read_points"]
 
 
 def text_of(value: bytes) -> str:
-    """The library's text is UTF-8; bytes that are no character become U+FFFD."""
+    """The library's text is UTF-8; invalid bytes become U+FFFD."""
     return value.decode("utf-8", "replace")
 
 
@@ -103,7 +103,7 @@ class Handle:
 
     def _require_usable(self) -> None:
         self.require_open()
-        # In the thread that is at work, only what a signal or the collection of garbage has called gets here.
+        # In the working thread, only code called by a signal or the garbage collector gets here.
         if self._is_working:
             raise RuntimeError("the source is in the middle of work for the same thread")
 

@@ -1,4 +1,4 @@
-"""Positions within sequences, as Python's own have them."""
+"""Positions within sequences, as in Python's own."""
 
 from __future__ import annotations
 
@@ -19,7 +19,7 @@ def resolved(position: SupportsIndex, length: int, what: str) -> int:
 
 
 def bound(position: SupportsIndex, length: int, what: str) -> int:
-    """The same for an end of a range, which may stand behind the last one."""
+    """The same for an end of a range, which may be after the last one."""
     index = operator.index(position)
     return length if index == length else resolved(index, length, what)
 

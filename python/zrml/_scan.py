@@ -101,7 +101,7 @@ class Scan(Spectrum):
 
     @property
     def precursor_mz(self) -> float:
-        """m/z of the precursor; NaN of functions without precursors."""
+        """m/z of the precursor; NaN for functions without precursors."""
         return float(self._described().precursor_mz)
 
     @property
