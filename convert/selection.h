@@ -36,7 +36,7 @@ class NumberSet {
 class FunctionSet {
  public:
   FunctionSet() = default;
-  /// No value when `text` is no such list.
+  /// No value when `text` is not such a list.
   static std::optional<FunctionSet> Parse(std::string_view text);
 
   bool Has(const source::FunctionId& id) const;

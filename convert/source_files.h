@@ -42,8 +42,7 @@ enum class Checksums { kMade, kLeftOut };
 SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums, int threads,
                             const Cancel& cancel);
 
-/// What the files that a source's data are read from were when it was made: their sizes, and when they were
-/// last written to.
+/// The state of a source's data files at one time: their sizes, and when they were last written to.
 class SourceStamp {
  public:
   /// Make it before the source is opened, when its format is not known yet.
@@ -67,12 +66,12 @@ class SourceStamp {
   std::vector<Stamp> files_;  // a report's alone, else also those of the raw directory there or around
 };
 
-/// What is converted from `sample` is called after: the last part of the source's path without ".raw" or
+/// The name for the output of `sample`: the last part of the source's path without ".raw" or
 /// ".rpt". A data file of a folder gives the folder's name, then its own: "run_FUNC001" for
 /// "run.raw/_FUNC001.DAT"; one of several samples its number: "plate-sample2".
 std::string RunName(source::Source& source, int sample);
 
-/// Of the sources at the paths `sources` the one that a file at `target` would be, or would replace, a part
+/// The source, of those at the paths `sources`, that a file at `target` would belong to, or replace a part
 /// of; null when there is none.
 const std::string* FindOwner(const std::vector<std::string>& sources, const std::string& target);
 
