@@ -69,7 +69,7 @@ struct Function {
 
 /// What index and statistics say of a scan, without its points.
 struct Scan {
-  double minutes = 0;  ///< NaN where no file tells it
+  double minutes = 0;  ///< NaN where no file has it
   double endMinutes = 0;
   bool isCentroided = false;
   std::uint32_t points = 0;                 ///< the maximum number; ReadPoints needs room for it
@@ -90,7 +90,7 @@ struct PointsRead {
 struct Chromatogram {
   std::string name;
   std::vector<double> minutes;      ///< of a trace: times as stored; no file has their unit
-  std::vector<double> intensities;  ///< NaN where no file tells it
+  std::vector<double> intensities;  ///< NaN where no file has it
 };
 
 enum class Within { kSum, kLargest };  ///< what a chromatogram shows of a scan's points in a range
@@ -235,7 +235,7 @@ class Source {
 
   std::string path_;
   int timesSample_ = -1;                        // whose `times_` are
-  std::map<int, std::vector<ScanTime>> times_;  // by function, in order of time, where it was asked for
+  std::map<int, std::vector<ScanTime>> times_;  // by function, in order of time, filled on first request
 };
 
 }  // namespace zrml::source
