@@ -188,7 +188,7 @@ typedef struct zrml_scan {
   size_t points;              /* at most so many: the room that zrml_read_points() needs */
   double total_intensity;     /* as stored beside the points, else NaN */
   double base_peak_intensity; /* as stored beside the points, else NaN */
-  double precursor_mz;        /* NaN of functions without precursors and where no file tells it */
+  double precursor_mz;        /* NaN of functions without precursors and where no file has it */
   int is_precursor_of_method; /* 1: the mass set in the method, since no file has the scan's own */
   double scan_value; /* the scan's additional value (cone voltage and the like); NaN where there is none */
 } zrml_scan;
@@ -249,7 +249,7 @@ ZRML_API zrml_status zrml_read_total_ions(zrml_source* source, int sample, int f
                                           size_t room);
 
 /* The largest intensity: as stored in a report, else of the points, which is long work; NaN where no file
- * tells it. */
+ * has it. */
 ZRML_API zrml_status zrml_read_base_peaks(zrml_source* source, int sample, int function, double* intensities,
                                           size_t room);
 

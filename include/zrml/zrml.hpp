@@ -108,7 +108,7 @@ int Count(const Handle& handle, Get get) {
 
 }  // namespace detail
 
-/// Things that are made when they are asked for: by position, or one after the other.
+/// Items that are made on request: by position, or one after the other.
 template <class Item>
 class Sequence {
  public:
@@ -254,7 +254,7 @@ inline Sequence<Trace> TracesOf(const detail::Place& place) {
 
 }  // namespace detail
 
-/// A scan. Its points are read when they are first asked for, and kept.
+/// A scan. Its points are read on first request, and kept.
 class Scan {
  public:
   Scan(const detail::Place& place, int position)

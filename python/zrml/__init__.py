@@ -12,7 +12,7 @@ A source has samples, a sample has functions, traces, absorbance spectra and met
 scans. Positions count from 0, as everywhere in Python; `number` is the file's own number, which people see.
 
 Times are minutes, masses are m/z, wavelengths are nanometres. Arrays are NumPy's, float64, and cannot be made
-writable: take a copy to change one. Numbers that no file tells are NaN, words are None.
+writable: take a copy to change one. Numbers that no file has are NaN, words are None.
 
 A position that is not there raises IndexError, a wrong value ValueError, and what is wrong with the data a
 zrml.Error. `to_frame()` gives pandas; nothing else needs it.

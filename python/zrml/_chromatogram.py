@@ -18,8 +18,8 @@ class Chromatogram:
     """One value for each scan of a function.
 
     name: what it shows, "TIC", "BPC" or a range of m/z.
-    minutes: when each scan was taken, float64, shape (scans,); NaN where no file tells it.
-    intensity: float64, shape (scans,); NaN where no file tells it.
+    minutes: when each scan was taken, float64, shape (scans,); NaN where no file has it.
+    intensity: float64, shape (scans,); NaN where no file has it.
     """
 
     __slots__ = ("name", "minutes", "intensity")

@@ -75,9 +75,9 @@ class Function(Sequence[Scan]):
     kind: "MS", "MS/MS", "ion monitoring", "reaction monitoring", "absorbance" or "other".
     ms_level: 1, or 2 and more of fragment spectra.
     scan_type: "precursor", "product", "neutral loss", "neutral gain" or None.
-    polarity: "positive", "negative" or None where no file tells it.
+    polarity: "positive", "negative" or None where no file has it.
     is_lock_mass: whether it is a reference function, by its name.
-    mass_range: (low, high) in m/z, set in the acquisition method; None where no file tells it.
+    mass_range: (low, high) in m/z, set in the acquisition method; None where no file has it.
     """
 
     def __init__(self, handle: Handle, sample: int, position: int, members: dict[str, Any]) -> None:
@@ -164,7 +164,7 @@ class Function(Sequence[Scan]):
 
     @property
     def times(self) -> FloatArray:
-        """When each scan was taken, in minutes: float64, shape (scans,); NaN where no file tells it."""
+        """When each scan was taken, in minutes: float64, shape (scans,); NaN where no file has it."""
         return self._handle.series(library.zrml_read_minutes, *self._place, length=self._length)
 
     def table(self, points: bool = False) -> dict[str, AnyArray]:
