@@ -12,7 +12,10 @@ install "${build_packages[@]}" "${clang_packages[@]}"
 build linux-asan zrml_fuzzers
 programs=build/linux-asan/fuzz
 quietly fuzz-seeds "$programs/zrml_fuzz_seeds" build/fuzz/seeds
-mkdir -p build/fuzz/failures
+mkdir -p build/fuzz/failures build/fuzz/dictionaries
+cp fuzz/dictionaries/*.dict build/fuzz/dictionaries
+# The C library reads both kinds of files.
+cat fuzz/dictionaries/{raw_directory,report}.dict >build/fuzz/dictionaries/library_calls.dict
 
 # A slow input counts as a failure: 20 seconds under sanitizers are more than one second in a release build. Fuzzers show only
 # their own messages, whatever the code under test prints.
@@ -21,7 +24,7 @@ fuzz() {  # FUZZER
   mkdir -p "build/fuzz/corpus/$name"
   [ ! -d "fuzz/regressions/$name" ] || inputs+=("fuzz/regressions/$name")
   if ! "$programs/zrml_fuzz_$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -max_len=65536 \
-    -close_fd_mask=1 -dict="fuzz/dictionaries/${name%_source}.dict" -artifact_prefix="build/fuzz/failures/$name-" \
+    -close_fd_mask=1 -dict="build/fuzz/dictionaries/${name%_source}.dict" -artifact_prefix="build/fuzz/failures/$name-" \
     "build/fuzz/corpus/$name" "${inputs[@]}" >"$log" 2>&1; then
     echo "$name failed:"
     tail -n 40 "$log"
