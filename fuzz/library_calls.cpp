@@ -191,14 +191,14 @@ class Caller {
   }
   void Traces() {
     const int sample = Sample();
-    const int function = Position() - 1;
+    const int function = OrSample(Position());
     const int trace = Position();
     GetRecord<zrml_trace>(
         [&](zrml_trace* to) { return zrml_get_trace(source_, sample, function, trace, to); });
   }
   void Metadata() {
     const int sample = Sample();
-    const int function = Position() - 1;
+    const int function = OrSample(Position());
     const int item = Position();
     GetRecord<zrml_metadata>(
         [&](zrml_metadata* to) { return zrml_get_metadata(source_, sample, function, item, to); });
@@ -313,9 +313,14 @@ class Caller {
     IsDone(zrml_read_drift_bin(source_, sample, function, scan, bin, x.Get(), y.Get(), 64, &count));
   }
 
+  // A position less one, where -1 is the sample itself.
+  static int OrSample(int position) {
+    return position == std::numeric_limits<int>::min() ? position : position - 1;
+  }
+
   void Trace() {
     const int sample = Sample();
-    const int function = Position() - 1;
+    const int function = OrSample(Position());
     const int trace = Position();
     ReadArrays([&](double* x, double* y, std::size_t room, std::size_t* count) {
       return zrml_read_trace(source_, sample, function, trace, x, y, room, count);
