@@ -314,9 +314,7 @@ class Caller {
   }
 
   // A position less one, where -1 is the sample itself.
-  static int OrSample(int position) {
-    return position == std::numeric_limits<int>::min() ? position : position - 1;
-  }
+  static int OrSample(int position) { return position == INT_MIN ? position : position - 1; }
 
   void Trace() {
     const int sample = Sample();
