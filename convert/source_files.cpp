@@ -48,7 +48,7 @@ FileState ReadWhole(const SystemPath& path, Checksums checksums, const Cancel& c
     ThrowIfCancelled(cancel);
     const std::size_t count = file.ReadAt(at, buffer);
     if (count == 0) {
-      result = file.IsRefused() ? file.Refusal() : "has shrunk";
+      result = file.IsRefused() ? file.Refusal() : platform::kHasShrunk;
       return FileState::kBroken;
     }
     if (checksums == Checksums::kMade) hash.Add(std::span(buffer).first(count));

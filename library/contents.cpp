@@ -1,6 +1,4 @@
 // What a source holds, as records: samples, functions, traces, metadata, findings.
-#include <array>
-#include <limits>
 
 #include "library/handle.h"
 #include "source/names.h"
@@ -11,8 +9,6 @@ namespace {
 
 using source::Source;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // Words for an absent value become empty.
 template <class Enumeration>
 const char* NameOrEmpty(Enumeration value) {
@@ -20,7 +16,7 @@ const char* NameOrEmpty(Enumeration value) {
 }
 
 zrml_function RecordOf(const source::Function& function, zrml_source& handle) {
-  const source::Range range = function.massRange.value_or(source::Range{kNaN, kNaN});
+  const source::Range range = function.massRange.value_or(source::Range{kAbsent, kAbsent});
   return {
       .size = 0,
       .number = function.id.number,

@@ -26,7 +26,7 @@ zrml_status WithMessage(zrml_status status, const char* text, std::string& messa
   return status;
 }
 
-// Of this thread: room that needs no memory when there is none. Longer messages are cut.
+// Of this thread. Messages need no memory once the thread has opened a source; longer ones are cut.
 struct OpenMessage {
   std::array<char, 2048> text = {};
 

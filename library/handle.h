@@ -51,6 +51,9 @@ struct zrml_source {
 
 namespace zrml::library {
 
+/// A number that no file holds.
+inline constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
+
 /// The status for the exception that is being handled; its words become `message`. Takes no memory when there
 /// is none.
 zrml_status StatusOfException(std::string& message) noexcept;

@@ -1,7 +1,6 @@
 // Scans one by one and as a table, and their points.
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <span>
 
 #include "library/handle.h"
@@ -12,8 +11,6 @@ namespace {
 
 using source::Source;
 
-constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
-
 zrml_scan RecordOf(const source::Scan& scan, int position) {
   return {
       .size = 0,
@@ -22,11 +19,11 @@ zrml_scan RecordOf(const source::Scan& scan, int position) {
       .minutes = scan.minutes,
       .end_minutes = scan.endMinutes,
       .points = scan.points,
-      .total_intensity = scan.totalIntensity.value_or(kNoValue),
-      .base_peak_intensity = scan.basePeakIntensity.value_or(kNoValue),
-      .precursor_mz = scan.precursorMz.value_or(kNoValue),
+      .total_intensity = scan.totalIntensity.value_or(kAbsent),
+      .base_peak_intensity = scan.basePeakIntensity.value_or(kAbsent),
+      .precursor_mz = scan.precursorMz.value_or(kAbsent),
       .is_precursor_of_method = scan.isPrecursorOfMethod ? 1 : 0,
-      .scan_value = scan.scanValue.value_or(kNoValue),
+      .scan_value = scan.scanValue.value_or(kAbsent),
   };
 }
 
@@ -46,21 +43,21 @@ void SetRow(const zrml_scan_table& table, std::size_t row, const source::Scan& s
   Set(table.end_minutes, row, scan.endMinutes);
   Set(table.points, row, scan.points);
   Set(table.is_centroided, row, scan.isCentroided);
-  Set(table.total_intensity, row, scan.totalIntensity.value_or(kNoValue));
-  Set(table.base_peak_mz, row, kNoValue);
-  Set(table.base_peak_intensity, row, scan.basePeakIntensity.value_or(kNoValue));
-  Set(table.precursor_mz, row, scan.precursorMz.value_or(kNoValue));
-  Set(table.scan_value, row, scan.scanValue.value_or(kNoValue));
+  Set(table.total_intensity, row, scan.totalIntensity.value_or(kAbsent));
+  Set(table.base_peak_mz, row, kAbsent);
+  Set(table.base_peak_intensity, row, scan.basePeakIntensity.value_or(kAbsent));
+  Set(table.precursor_mz, row, scan.precursorMz.value_or(kAbsent));
+  Set(table.scan_value, row, scan.scanValue.value_or(kAbsent));
 }
 
 void SetFromPoints(const zrml_scan_table& table, std::size_t row, const source::PointsRead& read,
                    const std::vector<double>& mz, const std::vector<double>& intensities) {
   const auto largest = std::max_element(intensities.begin(), intensities.end());
   const bool hasPeak = largest != intensities.end();
-  const double ofNone = read.lost > 0 ? kNoValue : 0;
+  const double ofNone = read.lost > 0 ? kAbsent : 0;
   Set(table.points, row, read.count);
   Set(table.base_peak_mz, row,
-      hasPeak ? mz[static_cast<std::size_t>(largest - intensities.begin())] : kNoValue);
+      hasPeak ? mz[static_cast<std::size_t>(largest - intensities.begin())] : kAbsent);
   Set(table.base_peak_intensity, row, hasPeak ? *largest : ofNone);
 }
 

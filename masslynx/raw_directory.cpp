@@ -91,7 +91,7 @@ void RawDirectory::NoticeShortRead(std::size_t function) {
   const std::wstring name = FileNameOf(functions_[function], L"dat");
   NoticeRefusal(data_, folder_, name, Spellings::kAsWrittenUpperLower, &refusal_);
   if (refusal_.empty() && data_.Size() < states_[function].dataSize)
-    refusal_ = platform::ToNativePath(ToUpper(name)) + " has become shorter since it was opened";
+    refusal_ = platform::ToNativePath(ToUpper(name)) + ' ' + platform::kHasShrunk;
 }
 
 // For the open data file.

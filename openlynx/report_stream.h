@@ -57,9 +57,7 @@ class ReportStream {
   /// The same, and forgets the refusal.
   bool TakeRefusal() { return std::exchange(isRefused_, false); }
   /// What the last refusal was, as File::Refusal() puts it.
-  std::string Refusal() const {
-    return file_.IsRefused() ? file_.Refusal() : "has become shorter since it was opened";
-  }
+  std::string Refusal() const { return file_.IsRefused() ? file_.Refusal() : platform::kHasShrunk; }
 
   /// A digest of the bytes [from, end) of the file as they are now; other bytes give another one.
   std::uint64_t Digest(std::uint64_t from, std::uint64_t end);

@@ -68,6 +68,9 @@ class File {
   mutable int error_ = 0;  // the system's code for the last refusal; 0 when it gave none
 };
 
+/// What is said of a file that was longer before.
+inline constexpr const char* kHasShrunk = "has become shorter since it was opened";
+
 /// The system's message for one of its error codes.
 std::string ErrorText(int code);
 

@@ -190,7 +190,8 @@ class Handle:
             self.call(entry, *arguments, None, None, 0, byref(count), *behind)
             room = count.value
             x, y = room_for(room), room_for(room)
-            self.call(entry, *arguments, x, y, room, byref(count), *behind)
+            if room:  # nothing was kept of what is empty
+                self.call(entry, *arguments, x, y, room, byref(count), *behind)
         return floats(x, room), floats(y, room)
 
     def series(self, entry: Entry, *place: int, length: int) -> FloatArray:

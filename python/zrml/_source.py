@@ -84,7 +84,8 @@ class Source:
     """An open raw directory or report; zrml.open() gives it. A context manager: `with` closes it.
 
     Threads may share a source: one after the other is served, and reading lets the others run. Sources are
-    independent of each other. Long work ends with KeyboardInterrupt soon after Ctrl-C. What a source gave stays
+    independent of each other. Long work ends with KeyboardInterrupt soon after
+    Ctrl-C; only `findings` goes on to its end. What a source gave stays
     when it is closed; asking it for more raises ValueError then.
     """
 

@@ -55,8 +55,8 @@ TEST_F(ScansTest, LevelsAndTimesChoose) {
   ExpectOutput(RunScans({"--rt", "90-"}), Lines({}));
 }
 
-// Nothing is read of files that --points would need.
-TEST_F(ScansTest, DataFilesAreNotRead) {
+// Without --points, points that are gone change nothing.
+TEST_F(ScansTest, PointsThatAreGoneAreNotMissed) {
   std::filesystem::resize_file(folder_ / "run.raw" / "_FUNC001.DAT", 0);
   ExpectOutput(RunScans({"--function", "1", "--rt", "1-1"}), Lines({"1\t2\t1\t1\tpositive\t\t1\t5\t2.5"}));
   ExpectOutput(RunScans({"--function", "1", "--rt", "1-1", "--points"}),

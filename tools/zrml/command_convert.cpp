@@ -14,6 +14,7 @@
 #include "tools/zrml/host_system.h"
 #include "tools/zrml/interruption.h"
 #include "tools/zrml/progress_bar.h"
+#include "tools/zrml/selection_options.h"
 
 namespace zrml::tool {
 namespace {
@@ -85,7 +86,8 @@ class Batch {
         request_.isToStandardOutput ? std::string() : TargetPath(request_, source.First(), sample);
     if (!path.empty() && IsDone(source.First(), path)) return;
     damage_.Look(source.First(), sample, NameOf(source.First(), sample));
-    RequireFunctions(source.First(), sample);
+    RequireFunctions(source.First(), {&sample, 1}, request_.conversion.selection.functions,
+                     AbsorbanceFunction::kCounts);
     if (path.empty()) {
       const InterruptionWatch watch;
       StandardOutput target;
@@ -122,17 +124,6 @@ class Batch {
     made_.Add(path);
     if (request_.isVerbose) PrintError(source.Path() + " -> " + path + ": is there already");
     return true;
-  }
-
-  // Names of functions that do not exist are a mistake, as elsewhere.
-  void RequireFunctions(source::Source& source, int sample) const {
-    const convert::FunctionSet& wanted = request_.conversion.selection.functions;
-    std::vector<source::Function> functions(source.Functions(sample).begin(), source.Functions(sample).end());
-    if (source.HasAbsorbance(sample)) functions.push_back(source.AbsorbanceFunction(sample));
-    const bool hasAny =
-        std::any_of(functions.begin(), functions.end(),
-                    [&](const source::Function& function) { return wanted.Has(function.id); });
-    if (!hasAny && !wanted.Named().empty()) FindFunction(source, sample + 1, wanted.Named().front());
   }
 
   // The file exists even when its name cannot be printed: that fails the command, at its end, but not the

@@ -3,7 +3,9 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <exception>
 #include <memory>
+#include <new>
 #include <numeric>
 #include <optional>
 #include <span>
@@ -16,6 +18,7 @@
 #include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/json_writer.h"
+#include "tools/zrml/selection_options.h"
 #include "tools/zrml/source_list.h"
 
 namespace zrml::tool {
@@ -137,15 +140,7 @@ class ScansCommand : public Command {
     AddSourceArguments(options, sources_);
     options.add_flag("--json", isJson_, "Print JSON, for programs: an object, or a list of several");
     options.add_flag("--points", hasPoints_, "Read the points, too: their sum, base peak and range");
-    AddParsed(options, "--function", selection_.functions, convert::FunctionSet::Parse,
-              "a list of functions such as 1,3-5,p2", "Functions by the numbers of their files")
-        ->option_text("LIST");
-    AddParsed(options, "--ms-level", selection_.msLevels, convert::NumberSet::Parse,
-              "a list of numbers such as 1,3-5", "MS levels, such as 2-")
-        ->option_text("LIST");
-    AddParsed(options, "--rt", selection_.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
-              "Minutes, such as 0.5-3")
-        ->option_text("LO-HI");
+    AddSelectionOptions(options, selection_);
   }
 
   /// Rows read before a failure are printed.
@@ -192,7 +187,7 @@ class ScansCommand : public Command {
   // A complete object even when the source fails.
   void PrintObject(const std::string& path, JsonWriter& json) {
     const std::unique_ptr<source::Source> source = OpenListed(path);
-    std::optional<Failure> failure;
+    std::exception_ptr failure;
     std::string object;
     const auto add = [&](const Row& row) {
       object.clear();
@@ -204,12 +199,14 @@ class ScansCommand : public Command {
       json.Key("scans").Array([&] {
         try {
           ForEachScan(*source, add);
-        } catch (const Failure& thrown) {
-          failure = thrown;
+        } catch (const Failure&) {
+          failure = std::current_exception();
+        } catch (const std::bad_alloc&) {
+          failure = std::current_exception();
         }
       });
     });
-    if (failure) throw Failure(*failure);
+    if (failure) std::rethrow_exception(failure);
   }
 
   ScanColumns AllColumns() const {
@@ -219,7 +216,10 @@ class ScansCommand : public Command {
   template <class Visit>
   void ForEachScan(source::Source& source, Visit visit) {
     const int samples = Reading(source, [&] { return source.SampleCount(); });
-    RequireFunctions(source, samples);
+    std::vector<int> all(static_cast<std::size_t>(samples));
+    std::iota(all.begin(), all.end(), 0);
+    Reading(source,
+            [&] { RequireFunctions(source, all, selection_.functions, AbsorbanceFunction::kIsNotMeant); });
     for (int sample = 0; sample < samples; ++sample) {
       const std::span<const source::Function> functions =
           Reading(source, [&] { return source.Functions(sample); });
@@ -228,19 +228,6 @@ class ScansCommand : public Command {
         if (IsChosen(described)) ForEachScanOf(source, {sample, function}, described, visit);
       }
     }
-  }
-
-  // Names of functions that no sample has are a mistake.
-  void RequireFunctions(source::Source& source, int samples) const {
-    const convert::FunctionSet& wanted = selection_.functions;
-    if (wanted.Named().empty() || samples == 0) return;
-    for (int sample = 0; sample < samples; ++sample) {
-      const auto functions = Reading(source, [&] { return source.Functions(sample); });
-      if (std::any_of(functions.begin(), functions.end(),
-                      [&](const source::Function& function) { return wanted.Has(function.id); }))
-        return;
-    }
-    FindFunction(source, 1, wanted.Named().front());  // fails, and lists the existing ones
   }
 
   bool IsChosen(const source::Function& function) const {

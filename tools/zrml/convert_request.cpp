@@ -10,6 +10,7 @@
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/selection_options.h"
 
 namespace zrml::tool {
 namespace {
@@ -78,13 +79,6 @@ void SetPrecision(const std::string& option, const std::string& name, Precision 
   throw CLI::ValidationError(option, "\"" + name + "\" is not mz, intensity or time");
 }
 
-void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
-                  const std::string& description) {
-  AddParsed(options, option, numbers, convert::NumberSet::Parse, "a list of numbers such as 1,3-5",
-            description)
-      ->option_text("LIST");
-}
-
 void AddPrecision(CLI::App& options, const std::string& option, Precision precision, ArrayOptions& arrays,
                   const std::string& description) {
   const auto store = [=, &arrays](const std::vector<std::string>& names) {
@@ -144,17 +138,10 @@ void AddArrayOptions(CLI::App& options, ArrayOptions& arrays) {
   AddPrecision(options, "--64", Precision::kDouble, arrays, "Write such mzML arrays with 64 bits a number");
 }
 
-void AddSelectionOptions(CLI::App& options, ConvertRequest& request) {
+void AddScanOptions(CLI::App& options, ConvertRequest& request) {
   convert::Selection& selection = request.conversion.selection;
   AddNumberSet(options, "--scans", selection.scans, "Scans of each function, such as 10-20");
-  AddParsed(options, "--rt", selection.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
-            "Minutes to convert, such as 0.5-3")
-      ->option_text("LO-HI");
-  AddParsed(options, "--function", selection.functions, convert::FunctionSet::Parse,
-            "a list of functions such as 1,3-5,p2",
-            "Functions by the numbers of their files, such as 1,3-5; p2 is processed data")
-      ->option_text("LIST");
-  AddNumberSet(options, "--ms-level", selection.msLevels, "MS levels, such as 2-");
+  AddSelectionOptions(options, selection);
   options.add_flag("--exclude-lock-mass", selection.isLockMassExcluded, "Leave reference functions out");
   options.add_flag("--absorbance", selection.hasAbsorbance, "Write absorbance spectra beside mass spectra");
   options.add_flag("--monitored-spectra", selection.hasMonitoredSpectra,
@@ -213,7 +200,7 @@ void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
   AddTargetOptions(options, request);
   AddFormatOptions(options, request);
   AddArrayOptions(options, request.conversion.arrays);
-  AddSelectionOptions(options, request);
+  AddScanOptions(options, request);
   AddReportingOptions(options, request);
 }
 

@@ -9,7 +9,6 @@
 
 #include "common/platform/platform.h"
 #include "common/text.h"
-#include "tools/zrml/metadata.h"
 #include "tools/zrml/names.h"
 #include "tools/zrml/open_source.h"
 #include "tools/zrml/plugin_scans.h"
@@ -21,6 +20,7 @@ namespace {
 constexpr std::string_view kDateTime = "AnalysisDateTime";
 constexpr const char* kFolder = "DatasetName";
 constexpr std::string_view kIonMode = "IonizationMethod";
+constexpr std::string_view kFunctionText = "CompleteFunctionBlock";  // of a report's function
 constexpr const char* kNoDateTime = "-00-T";
 constexpr const char* kNoReportDateTime = "T";
 
@@ -450,9 +450,10 @@ class Comparer : Verdicts {
 
   // With the text of a report's function as returned by the slots.
   std::vector<source::MetadataItem> ItemsOf(int sample, int position, std::optional<int> held) {
-    if (!IsReport() || !held) return MetadataOf(*source_, sample, held);
+    std::vector<source::MetadataItem> items = source_->SampleMetadata(sample);
+    if (!held) return items;
+    if (!IsReport()) return source::Merged(std::move(items), source_->FunctionMetadata(sample, *held));
     const std::optional<std::string> text = reportSlots_->TextOf(position);
-    std::vector<source::MetadataItem> items = MetadataOf(*source_, sample, std::nullopt);
     items.push_back({std::string(kFunctionText), text});
     if (*held == kNotHeld) return items;
     const std::optional<std::string> own = source_->FunctionText(sample, *held);

@@ -1,0 +1,44 @@
+#include "tools/zrml/selection_options.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "tools/zrml/command.h"
+#include "tools/zrml/open_source.h"
+
+namespace zrml::tool {
+
+void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
+                  const std::string& description) {
+  AddParsed(options, option, numbers, convert::NumberSet::Parse, "a list of numbers such as 1,3-5",
+            description)
+      ->option_text("LIST");
+}
+
+void AddSelectionOptions(CLI::App& options, convert::Selection& selection) {
+  AddParsed(options, "--rt", selection.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
+            "Only scans of these minutes, such as 0.5-3")
+      ->option_text("LO-HI");
+  AddParsed(options, "--function", selection.functions, convert::FunctionSet::Parse,
+            "a list of functions such as 1,3-5,p2",
+            "Functions by the numbers of their files, such as 1,3-5; p2 is processed data")
+      ->option_text("LIST");
+  AddNumberSet(options, "--ms-level", selection.msLevels, "MS levels, such as 2-");
+}
+
+void RequireFunctions(source::Source& source, std::span<const int> samples,
+                      const convert::FunctionSet& wanted, AbsorbanceFunction absorbance) {
+  const std::vector<source::FunctionId> named = wanted.Named();
+  if (named.empty() || samples.empty()) return;
+  const auto isWanted = [&](const source::Function& function) { return wanted.Has(function.id); };
+  const auto hasAny = [&](int sample) {
+    const std::span<const source::Function> functions = source.Functions(sample);
+    return std::any_of(functions.begin(), functions.end(), isWanted) ||
+           (absorbance == AbsorbanceFunction::kCounts && source.HasAbsorbance(sample) &&
+            isWanted(source.AbsorbanceFunction(sample)));
+  };
+  if (std::none_of(samples.begin(), samples.end(), hasAny))
+    FindFunction(source, samples.front() + 1, named.front());  // says which there are
+}
+
+}  // namespace zrml::tool

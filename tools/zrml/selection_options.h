@@ -1,0 +1,27 @@
+// Options that choose scans of a source, and whether what they name is there.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "convert/selection.h"
+#include "source/source.h"
+
+namespace zrml::tool {
+
+/// An option for a list of numbers such as 1,3-5.
+void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
+                  const std::string& description);
+
+/// --function, --ms-level and --rt.
+void AddSelectionOptions(CLI::App& options, convert::Selection& selection);
+
+enum class AbsorbanceFunction { kCounts, kIsNotMeant };
+
+/// Throws a Failure, wrong usage, when functions are named and none of the samples has one of them.
+void RequireFunctions(source::Source& source, std::span<const int> samples,
+                      const convert::FunctionSet& wanted, AbsorbanceFunction absorbance);
+
+}  // namespace zrml::tool
