@@ -17,6 +17,20 @@ install() {
   quietly install "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
+# install_node: installs Node and, in build/node, the packages of tests/node. Needs no network when nothing has changed.
+install_node() {
+  local folder=build/node lock=package-lock.json
+  install nodejs
+  command -v npm >/dev/null || install npm  # other builds of Node bring theirs
+  cmp -s tests/node/$lock $folder/installed && return
+  mkdir -p $folder
+  cp tests/node/package.json tests/node/$lock $folder/
+  echo "Installing the packages of tests/node"
+  # Not "npm ci", which wants the builds for other systems in the lock file as well.
+  quietly node npm install --prefix $folder --ignore-scripts --no-audit --no-fund
+  cp tests/node/$lock $folder/installed
+}
+
 # Each background command is a process group of its own and ends with the script, however that ends.
 running=()
 end_running() {

@@ -17,6 +17,7 @@ began=$EPOCHREALTIME
 : >build/times
 
 stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" "${python_packages[@]}" abigail-tools binutils clang-format clang-tidy locales
+stage node install_node
 
 check_format() {
   find bench common convert examples fuzz include library masslynx openlynx plugin source spectrum tests tools -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' -o -name '*.inc' |
