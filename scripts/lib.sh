@@ -99,7 +99,7 @@ build() {
   quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-build_packages=(ccache g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest)
+build_packages=(ccache g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest pkgconf)
 clang_packages=(clang libclang-rt-14-dev llvm)
 windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64 "${clang_packages[@]}" lld)
 python_packages=(python3 python3-numpy python3-pandas python3-matplotlib python3-pip python3-venv mypy)
