@@ -84,6 +84,12 @@ std::vector<source::FunctionId> FunctionSet::Named() const {
   return named;
 }
 
+std::optional<source::FunctionId> FunctionSet::Only() const {
+  const std::vector<source::FunctionId> named = Named();
+  const bool isOne = acquired_.ranges_.size() + processed_.size() == 1 && named.size() == 1;
+  return isOne ? std::optional(named.front()) : std::nullopt;
+}
+
 bool FunctionSet::Has(const source::FunctionId& id) const {
   if (IsAll()) return true;
   if (id.process == 0) return !acquired_.IsAll() && acquired_.Has(id.number);

@@ -43,6 +43,8 @@ class FunctionSet {
   bool IsAll() const { return acquired_.IsAll() && processed_.empty(); }
   /// Those listed by name, not in a range.
   std::vector<source::FunctionId> Named() const;
+  /// The listed function when it is one alone, by its name.
+  std::optional<source::FunctionId> Only() const;
 
  private:
   bool Add(std::string_view text);

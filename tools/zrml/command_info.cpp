@@ -334,32 +334,11 @@ class InfoCommand : public Command {
   }
 
   void Run(Output& out) override {
-    const std::vector<std::string> sources = ListSources(sources_);
-    JsonWriter json(out);
-    if (wantsJson_ && sources_.IsList()) {
-      json.Array([&] { ShowAll(sources, json, out); });
-    } else {
-      ShowAll(sources, json, out);
-    }
-    if (wantsJson_) json.Finish();
-    if (failure_) {
-      out.Finish();
-      throw Failure(*failure_);
-    }
+    PrintEachSource(sources_, wantsJson_, "are not shown", out,
+                    [&](const std::string& path, JsonWriter& json) { Show(path, json, out); });
   }
 
  private:
-  // Sources that fail are not shown; the list is completed all the same.
-  void ShowAll(const std::vector<std::string>& sources, JsonWriter& json, Output& out) {
-    const auto show = [&](const std::string& path) { Show(path, json, out); };
-    try {
-      ForEachSource(sources, "are not shown", show);
-    } catch (const Failure& failure) {
-      if (!sources_.IsList()) throw;
-      failure_ = failure;
-    }
-  }
-
   void Show(const std::string& path, JsonWriter& json, Output& out) {
     const SourceInfo info = Read(path);
     if (wantsJson_) return WriteSource(info, json);
@@ -397,7 +376,6 @@ class InfoCommand : public Command {
   bool wantsJson_ = false;
   int sample_ = 0;
   int shown_ = 0;
-  std::optional<Failure> failure_;
 };
 
 }  // namespace

@@ -145,26 +145,11 @@ class ScansCommand : public Command {
 
   /// Rows read before a failure are printed.
   void Run(Output& out) override {
-    const std::vector<std::string> sources = ListSources(sources_);
-    std::optional<Failure> failure;
-    const auto print = [&](auto printOne) {
-      try {
-        ForEachSource(sources, "are not shown in full", printOne);
-      } catch (const Failure& thrown) {
-        failure = thrown;
-      }
-    };
-    if (isJson_) {
-      JsonWriter json(out);
-      const auto all = [&] { print([&](const std::string& path) { PrintObject(path, json); }); };
-      sources_.IsList() ? json.Array(all) : all();
-      json.Finish();
-    } else {
-      PrintTitles(out);
-      print([&](const std::string& path) { PrintLines(path, out); });
-    }
-    out.Finish();
-    if (failure) throw Failure(*failure);
+    if (!isJson_) PrintTitles(out);
+    PrintEachSource(sources_, isJson_, "are not shown in full", out,
+                    [&](const std::string& path, JsonWriter& json) {
+                      isJson_ ? PrintObject(path, json) : PrintLines(path, out);
+                    });
   }
 
  private:
@@ -225,19 +210,9 @@ class ScansCommand : public Command {
           Reading(source, [&] { return source.Functions(sample); });
       for (int function = 0; function < static_cast<int>(functions.size()); ++function) {
         const source::Function& described = functions[static_cast<std::size_t>(function)];
-        if (IsChosen(described)) ForEachScanOf(source, {sample, function}, described, visit);
+        if (Chooses(selection_, described)) ForEachScanOf(source, {sample, function}, described, visit);
       }
     }
-  }
-
-  bool IsChosen(const source::Function& function) const {
-    return selection_.functions.Has(function.id) &&
-           (selection_.msLevels.IsAll() || (HasLevel(function) && selection_.msLevels.Has(function.msLevel)));
-  }
-
-  static bool HasLevel(const source::Function& function) {
-    return function.monitoring == source::Monitoring::kNone &&
-           (function.kind == source::FunctionKind::kMs || function.kind == source::FunctionKind::kMsMs);
   }
 
   template <class Visit>

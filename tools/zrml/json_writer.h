@@ -39,6 +39,8 @@ class JsonWriter {
     End(']');
   }
 
+  /// Whether nothing is written yet.
+  bool IsEmpty() const { return depth_ == 0 && isFirst_; }
   /// Ends the document's last line.
   void Finish() { out_.Text("\n"); }
 

@@ -1,6 +1,5 @@
 #include "tools/zrml/printout.h"
 
-#include "tools/zrml/json_writer.h"
 #include "tools/zrml/names.h"
 
 namespace zrml::tool {
@@ -47,11 +46,15 @@ void PrintText(const Printout& printout, Output& out) {
 
 void PrintJson(const Printout& printout, Output& out) {
   JsonWriter json(out);
+  PutJson(printout, json);
+  json.Finish();
+}
+
+void PutJson(const Printout& printout, JsonWriter& json) {
   json.Object([&] {
     json.Members(printout.attributes);
     for (const Column& column : printout.columns) json.Key(column.key).Numbers(column.values);
   });
-  json.Finish();
 }
 
 }  // namespace zrml::tool

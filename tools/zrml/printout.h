@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/zrml/json_writer.h"
 #include "tools/zrml/open_source.h"
 #include "tools/zrml/output.h"
 #include "tools/zrml/value.h"
@@ -34,5 +35,7 @@ Printout PrintoutOf(source::Source& source, int sample);
 
 void PrintText(const Printout& printout, Output& out);
 void PrintJson(const Printout& printout, Output& out);
+/// The object of PrintJson as a part of a larger document.
+void PutJson(const Printout& printout, JsonWriter& json);
 
 }  // namespace zrml::tool

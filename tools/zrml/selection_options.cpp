@@ -26,6 +26,16 @@ void AddSelectionOptions(CLI::App& options, convert::Selection& selection) {
   AddNumberSet(options, "--ms-level", selection.msLevels, "MS levels, such as 2-");
 }
 
+bool HasLevel(const source::Function& function) {
+  return function.monitoring == source::Monitoring::kNone &&
+         (function.kind == source::FunctionKind::kMs || function.kind == source::FunctionKind::kMsMs);
+}
+
+bool Chooses(const convert::Selection& selection, const source::Function& function) {
+  return selection.functions.Has(function.id) &&
+         (selection.msLevels.IsAll() || (HasLevel(function) && selection.msLevels.Has(function.msLevel)));
+}
+
 void RequireFunctions(source::Source& source, std::span<const int> samples,
                       const convert::FunctionSet& wanted, AbsorbanceFunction absorbance) {
   const std::vector<source::FunctionId> named = wanted.Named();

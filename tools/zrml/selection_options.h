@@ -18,6 +18,12 @@ void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberS
 /// --function, --ms-level and --rt.
 void AddSelectionOptions(CLI::App& options, convert::Selection& selection);
 
+/// Whether its scans are mass spectra of a level, which those of absorbance and of ion monitoring are not.
+bool HasLevel(const source::Function& function);
+
+/// By its number and its level. One without a level is not in a list of levels.
+bool Chooses(const convert::Selection& selection, const source::Function& function);
+
 enum class AbsorbanceFunction { kCounts, kIsNotMeant };
 
 /// Throws a Failure, wrong usage, when functions are named and none of the samples has one of them.

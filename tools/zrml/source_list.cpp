@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <optional>
 #include <string_view>
 
 #include "common/text.h"
@@ -106,6 +107,25 @@ std::unique_ptr<source::Source> OpenListed(const std::string& path) {
 void ForEachSource(const std::vector<std::string>& sources, const std::string& are,
                    const std::function<void(const std::string& source)>& work) {
   ForEach(sources, "sources", are, [&](std::size_t index) { work(sources[index]); });
+}
+
+void PrintEachSource(const SourceArguments& arguments, bool isJson, const std::string& are, Output& out,
+                     const std::function<void(const std::string& source, JsonWriter& json)>& print) {
+  const std::vector<std::string> sources = ListSources(arguments);
+  JsonWriter json(out);
+  std::optional<Failure> failure;
+  const auto printAll = [&] {
+    try {
+      ForEachSource(sources, are, [&](const std::string& path) { print(path, json); });
+    } catch (const Failure& thrown) {
+      failure = thrown;
+    }
+  };
+  isJson && arguments.IsList() ? json.Array(printAll) : printAll();
+  if (!json.IsEmpty()) json.Finish();
+  if (!failure) return;
+  out.Finish();
+  throw Failure(*failure);
 }
 
 void ForEach(const std::vector<std::string>& names, const std::string& what, const std::string& are,

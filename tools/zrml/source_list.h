@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include "source/source.h"
+#include "tools/zrml/json_writer.h"
 
 namespace zrml::tool {
 
@@ -35,6 +36,11 @@ std::unique_ptr<source::Source> OpenListed(const std::string& path);
 /// converted").
 void ForEachSource(const std::vector<std::string>& sources, const std::string& are,
                    const std::function<void(const std::string& source)>& work);
+
+/// Calls `print` for each source, as ForEachSource does. JSON is a list where the arguments are. What was
+/// printed before a failure stays, and JSON is completed.
+void PrintEachSource(const SourceArguments& arguments, bool isJson, const std::string& are, Output& out,
+                     const std::function<void(const std::string& source, JsonWriter& json)>& print);
 
 /// The same as ForEachSource for other parts of a source: `names` for the Failure at the end, `what` as its
 /// noun ("samples of plate.rpt").
