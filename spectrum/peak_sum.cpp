@@ -5,19 +5,17 @@
 #include <cmath>
 #include <limits>
 
-#include "spectrum/centroid_merge.h"
 #include "spectrum/peak_merger.h"
 
 // A merge visits all peaks, the strongest first. A visit depends on, and changes, only the peak, the
 // neighbours that it absorbs and the first one on either side that it does not. Most visits therefore change
-// nothing: the peak has no neighbour within half the width, and its mean over itself is its own mass. It does
-// not matter when, or whether, these visits are made, as long as no neighbour moves to where it would be
-// absorbed. That can only happen
+// nothing: the peak has no neighbour within half the width at its own mass, and its mean over itself is that
+// mass. It does not matter when, or whether, these visits are made, as long as no neighbour moves to where it
+// would be absorbed. That can only happen
 //
 // - in the addition that puts a peak beside them, or
 // - when a neighbour is visited earlier and moves. It has one mass before its visit and one after it, so it
-// is
-//   enough to look at its neighbours then: at those on a side where it absorbed none, since absorbed peaks
+//   is enough to look at its neighbours then: at those on a side where it absorbed none, since absorbed peaks
 //   end every walk until the merge is over.
 //
 // This leaves visits to peaks that were near each other at the start of the merge or came to be, and to peaks
@@ -42,15 +40,11 @@ constexpr auto kIsBefore = [](const auto& a, const auto& b) {
 };
 constexpr auto kIsAfter = [](const auto& a, const auto& b) { return kIsBefore(b, a); };
 
-double HalfOf(double width) {
-  PeakMergeContext context;
-  SetConstantWidth(context.widthLaw, width);
-  return PeakWidthAt(context, 0) * 0.5;
-}
-
 }  // namespace
 
-PeakSum::PeakSum(double width, Values masses, Values intensities) : half_(HalfOf(width)) {
+PeakSum::PeakSum(double width, Values masses, Values intensities, bool absoluteWidth) {
+  (absoluteWidth ? SetConstantWidth : SetPPMWidth)(width_.widthLaw, width);
+  if (absoluteWidth) half_ = PeakWidthAt(width_, 0) * 0.5;
   peaks_.Reserve(masses.size());
   for (std::size_t i = 0; i < masses.size(); ++i)
     peaks_.SetUnsettled(peaks_.InsertBefore(PeakSequence::kNone, masses[i], intensities[i]), true);
@@ -78,6 +72,10 @@ void PeakSum::CopyTo(double* masses, double* intensities) const {
     *masses++ = peaks_.Mass(i);
     *intensities++ = peaks_.Intensity(i);
   }
+}
+
+double PeakSum::HalfWidth(Index i) const {
+  return half_ ? *half_ : PeakWidthAt(width_, peaks_.Mass(i)) * 0.5;
 }
 
 // Inserts the list's peaks where MergePoints() puts them; returns the new number of peaks.
@@ -154,7 +152,7 @@ void PeakSum::PlanVisits() {
 void PeakSum::Plan(Index i) {
   if (IsAbsorbed(peaks_, i)) {
     absorbed_.push_back(i);
-  } else if (WouldChange(peaks_, i, half_)) {
+  } else if (WouldChange(peaks_, i, HalfWidth(i))) {
     // Gaps between places leave room for visits that turn out to be needed later.
     const auto place = static_cast<std::int64_t>(visits_.size()) << 32;
     visits_.push_back({peaks_.Intensity(i), place, i});
@@ -183,7 +181,7 @@ void PeakSum::Make(const Visit& visit) {
   if (IsAbsorbed(peaks_, i)) return;
   const double mass = peaks_.Mass(i);
   const double intensity = peaks_.Intensity(i);
-  const auto [lowest, highest] = VisitPeak(peaks_, i, half_);
+  const auto [lowest, highest] = VisitPeak(peaks_, i, HalfWidth(i));
   for (Index taken = lowest;; taken = peaks_.Above(taken)) {
     if (taken != i) absorbed_.push_back(taken);
     if (taken == highest) break;
@@ -204,7 +202,7 @@ void PeakSum::Make(const Visit& visit) {
 void PeakSum::PlanNeighbour(const Visit& visit, Index i, int step) {
   if (i == PeakSequence::kNone || IsAbsorbed(peaks_, i) || peaks_.MarksOf(i).isPlanned) return;
   const Visit later{peaks_.Intensity(i), visit.place + step, i};
-  if (!kIsBefore(visit, later) || !WouldChange(peaks_, i, half_)) return;
+  if (!kIsBefore(visit, later) || !WouldChange(peaks_, i, HalfWidth(i))) return;
   laterVisits_.push_back(later);
   std::push_heap(laterVisits_.begin(), laterVisits_.end(), kIsAfter);
   peaks_.MarksOf(i).isPlanned = true;
@@ -239,7 +237,7 @@ void PeakSum::Settle(bool hasMerged) {
 void PeakSum::Recheck(Index i) {
   if (!IsThere(peaks_, i)) return;
   peaks_.Update(i);
-  peaks_.SetUnsettled(i, WouldChange(peaks_, i, half_));
+  peaks_.SetUnsettled(i, WouldChange(peaks_, i, HalfWidth(i)));
 }
 
 }  // namespace zrml

@@ -3,14 +3,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "spectrum/centroid_merge.h"
 #include "spectrum/peak_sequence.h"
 
 namespace zrml {
 
-/// Sums peak lists one by one, with the same bits as AddSpectrum(true, `width`, list, sum) for each in turn.
+/// Sums peak lists one by one, with the same bits as AddSpectrum(absoluteWidth, width, list, sum) for each in
+/// turn.
 /// Each of those additions merges all peaks of the sum again, but most visits to a peak change nothing; this
 /// class makes only the visits that may. For any masses and intensities, all additions together take at most
 /// about n log n steps for n points.
@@ -18,9 +21,10 @@ class PeakSum {
  public:
   using Values = std::span<const double>;
 
-  /// Starts with an unchanged copy of the first list. `width` is in mass units and above 0. Masses and
-  /// intensities are equal in number, here and in Add(); all lists together have fewer than 2^31 points.
-  PeakSum(double width, Values masses, Values intensities);
+  /// Starts with an unchanged copy of the first list. `width` is above 0, in mass units, or in parts per
+  /// million when `absoluteWidth` is false. Masses and intensities are equal in number, here and in Add();
+  /// all lists together have fewer than 2^31 points.
+  PeakSum(double width, Values masses, Values intensities, bool absoluteWidth = true);
 
   /// False when this did not change the sum; adding the same list again will not change it either. When
   /// memory runs out, the sum is no longer usable.
@@ -39,6 +43,7 @@ class PeakSum {
     Index peak;
   };
 
+  double HalfWidth(Index i) const;
   std::size_t Insert(Values masses, Values intensities);
   Index Advance(Index at, double mass);
   void Combine(Index i, double mass, double intensity);
@@ -51,7 +56,8 @@ class PeakSum {
   void Settle(bool hasMerged);
   void Recheck(Index i);
 
-  double half_;
+  PeakMergeContext width_;
+  std::optional<double> half_;  // half the width, where it is the same everywhere
   PeakSequence peaks_;
   // State of one addition.
   std::vector<Index> touched_;  // in the order of the peaks

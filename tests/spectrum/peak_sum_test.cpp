@@ -349,6 +349,36 @@ TEST(PeakSum, EqualsPlainAdditionToTheBit) {
   }
 }
 
+// 100 parts per million of 100 are as wide as the lists are made for. The reach grows with the mass, so of
+// two peaks the higher one may reach the lower, but not the other way round.
+TEST(PeakSum, WidthsInPartsPerMillionEqualOtherAdditionsToTheBit) {
+  for (const Style& style : kStyles) {
+    for (std::uint32_t seed = 1; seed <= 50; ++seed) {
+      RandomLists random(seed, style);
+      List list = random.Next();
+      const double ppm = style.width * 10'000;
+      PeakSum sum(ppm, list.masses, list.intensities, false);
+      CZRMassSpectrum spectrum = ToSpectrum(list);
+      for (int added = 0; added < 16; ++added) {
+        if (random.Below(4) != 0) list = random.Next();
+        sum.Add(list.masses, list.intensities);
+        AddSpectrum(false, ppm, ToSpectrum(list), spectrum);
+        const List peaks = PeaksOf(sum);
+        ASSERT_TRUE(AreSame(peaks.masses, Masses(spectrum))) << style.name << ' ' << seed << ' ' << added;
+        ASSERT_TRUE(AreSame(peaks.intensities, Intensities(spectrum))) << style.name << ' ' << seed;
+      }
+    }
+  }
+}
+
+// 10 parts per million of 100 and of 400 are 0.001 and 0.004.
+TEST(PeakSum, WidthsInPartsPerMillionGrowWithTheMass) {
+  const Doubles masses = {100, 400};
+  PeakSum sum(10, masses, Doubles{1, 1}, false);
+  sum.Add(Doubles{100.00075, 400.00175}, Doubles{1, 1});
+  ExpectSum(sum, {{100, 100.00075, (400 + 400.00175) / 2}, {1, 1, 2}});
+}
+
 // Long enough for blocks of blocks; every other list has few peaks.
 TEST(PeakSum, EqualsPlainAdditionForLongLists) {
   RandomNumbers random(1);
