@@ -1,24 +1,35 @@
 #include "source/sum_scans.h"
 
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "source/position.h"
 #include "spectrum/add_spectrum.h"
+#include "spectrum/centroid_merge.h"
 #include "spectrum/equal_peaks.h"
 #include "spectrum/peak_sum.h"
+#include "spectrum/point_merge.h"
+#include "spectrum/profile_resampling.h"
 
 namespace zrml::source {
 namespace {
 
-void RequireRange(int first, int end, int scans) {
-  if (first < 0 || first >= scans) ThrowNoSuch(first, "scan");
-  if (end > scans) ThrowNoSuch(end - 1, "scan");
-  if (end <= first) throw Error(Status::kWrongArgument, "there is no scan to add up");
-}
+using Values = std::vector<double>;
 
-CZRMassSpectrum SpectrumOf(const ScanSum& points, bool isCentroided) {
+constexpr std::size_t kShortestProfile = 3;
+constexpr int kFewestWithGrid = 5;  // points of a profile that takes in another one with other steps
+
+struct Points {
+  Values mz;
+  Values intensities;
+};
+
+CZRMassSpectrum SpectrumOf(const Points& points, bool isCentroided) {
   CZRMassSpectrum spectrum;
   spectrum.SetSize(static_cast<int>(points.mz.size()));
   spectrum.CopyMasses(points.mz.data());
@@ -27,71 +38,327 @@ CZRMassSpectrum SpectrumOf(const ScanSum& points, bool isCentroided) {
   return spectrum;
 }
 
+Points PointsOf(const CZRMassSpectrum& spectrum) {
+  return {{spectrum.MassVector().begin(), spectrum.MassVector().end()},
+          {spectrum.IntensityVector().begin(), spectrum.IntensityVector().end()}};
+}
+
 template <class Sum>
-ScanSum PointsOf(Sum& sum) {
-  ScanSum points = {std::vector<double>(sum.Count()), std::vector<double>(sum.Count())};
+Points PointsIn(Sum& sum) {
+  Points points = {Values(sum.Count()), Values(sum.Count())};
   sum.CopyTo(points.mz.data(), points.intensities.data());
   return points;
 }
 
-// Adds scan by scan, in the way that is quickest for what they are; the sum is the same.
-class Adder {
- public:
-  Adder(PeakWidth width, bool isCentroided) : width_(width), isCentroided_(isCentroided) {}
+bool HaveSamePoints(const CZRMassSpectrum& a, const CZRMassSpectrum& b) {
+  return std::ranges::equal(a.MassVector(), b.MassVector()) &&
+         std::ranges::equal(a.IntensityVector(), b.IntensityVector());
+}
 
-  void Add(const ScanSum& scan) {
-    if (isCentroided_ && width_.width > 0 && !width_.isPpm) {
+// Adds peak lists in the way that is quickest for what they are; the sum is the same.
+class PeakAdder {
+ public:
+  explicit PeakAdder(PeakWidth width) : width_(width) {}
+
+  void Add(const Points& scan) {
+    if (width_.width > 0) {
       peaks_ ? void(peaks_->Add(scan.mz, scan.intensities))
-             : void(peaks_.emplace(width_.width, scan.mz, scan.intensities));
-    } else if (sum_ || !isCentroided_ || width_.width > 0 || !equal_.Add(scan.mz, scan.intensities)) {
+             : void(peaks_.emplace(width_.width, scan.mz, scan.intensities, !width_.isPpm));
+    } else if (sum_ || !equal_.Add(scan.mz, scan.intensities)) {
       AddToSpectrum(scan);
     }
   }
 
-  ScanSum Take() {
-    if (peaks_) return PointsOf(*peaks_);
-    if (!sum_) return PointsOf(equal_);
-    return {{sum_->MassVector().begin(), sum_->MassVector().end()},
-            {sum_->IntensityVector().begin(), sum_->IntensityVector().end()}};
+  Points Take() {
+    if (peaks_) return PointsIn(*peaks_);
+    return sum_ ? PointsOf(*sum_) : PointsIn(equal_);
   }
 
  private:
-  void AddToSpectrum(const ScanSum& scan) {
-    CZRMassSpectrum spectrum = SpectrumOf(scan, isCentroided_);
+  void AddToSpectrum(const Points& scan) {
+    CZRMassSpectrum spectrum = SpectrumOf(scan, true);
     if (!sum_ && equal_.Count() == 0) {
       sum_ = std::move(spectrum);
       return;
     }
-    if (!sum_) sum_ = SpectrumOf(PointsOf(equal_), isCentroided_);
-    AddSpectrum(!width_.isPpm, width_.width, spectrum, *sum_);
+    if (!sum_) sum_ = SpectrumOf(PointsIn(equal_), true);
+    AddCentroidSpectra(true, 0, spectrum, *sum_, true);
   }
 
   PeakWidth width_;
-  bool isCentroided_;
   EqualPeaks equal_;                    // as long as each list ascends
-  std::optional<PeakSum> peaks_;        // with a width in m/z
+  std::optional<PeakSum> peaks_;        // with a width
   std::optional<CZRMassSpectrum> sum_;  // all else
 };
 
+// Profiles of three points or more.
+void AddProfile(CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
+  if (sum.GetCount() >= kFewestWithGrid) {
+    AddProfileSpectra(profile, sum);
+    return;
+  }
+  const CZRMassSpectrum before = sum;
+  AddProfileSpectra(profile, sum);
+  if (!HaveSamePoints(sum, before)) return;
+  if (profile.GetCount() < kFewestWithGrid) {
+    sum = MergePoints(profile, before, true);
+  } else {
+    AddProfileSpectra(before, profile);
+    sum.Swap(profile);
+  }
+}
+
+// Scans of one kind, added up.
+class Adder {
+ public:
+  Adder(PeakWidth width, bool isCentroided, bool isAbsorbance) : peaks_(width) {
+    sum_.isCentroided = isCentroided;
+    sum_.isAbsorbance = isAbsorbance;
+  }
+
+  bool IsOfKind(bool isCentroided) const { return isCentroided == sum_.isCentroided; }
+
+  bool HasAxis(const Points& scan) const {
+    return !sum_.isAbsorbance || scan.mz.empty() || axis_.mz.empty() || axis_.mz == scan.mz;
+  }
+
+  void LeaveOut() { ++sum_.leftOut; }
+
+  void Add(int position, const Points& scan, std::size_t lost) {
+    sum_.lost += lost;
+    if (!scan.mz.empty() && !AddPoints(position, scan)) return LeaveOut();
+    sum_.added.push_back(position);
+  }
+
+  ScanSum Take() {
+    if (!profile_ && !short_.mz.empty()) TakeShort();
+    Points points = sum_.isAbsorbance   ? std::move(axis_)
+                    : sum_.isCentroided ? peaks_.Take()
+                    : profile_          ? PointsOf(*profile_)
+                                        : std::move(short_);
+    sum_.mz = std::move(points.mz);
+    sum_.intensities = std::move(points.intensities);
+    return std::move(sum_);
+  }
+
+ private:
+  bool AddPoints(int position, const Points& scan) {
+    if (sum_.isAbsorbance) {
+      AddToAxis(scan);
+    } else if (sum_.isCentroided) {
+      peaks_.Add(scan);
+    } else {
+      return AddToProfile(position, scan);
+    }
+    return true;
+  }
+
+  void AddToAxis(const Points& scan) {
+    if (axis_.mz.empty()) {
+      axis_ = scan;
+    } else {
+      std::ranges::transform(axis_.intensities, scan.intensities, axis_.intensities.begin(), std::plus<>());
+    }
+  }
+
+  bool AddToProfile(int position, const Points& scan) {
+    if (scan.mz.size() < kShortestProfile) {
+      if (short_.mz.empty()) {
+        short_ = scan;
+        shortPosition_ = position;
+      }
+      return false;
+    }
+    CZRMassSpectrum profile = SpectrumOf(scan, false);
+    profile_ ? AddProfile(profile, *profile_) : void(profile_ = std::move(profile));
+    return true;
+  }
+
+  // There is nothing else.
+  void TakeShort() {
+    --sum_.leftOut;
+    sum_.added.insert(std::ranges::lower_bound(sum_.added, shortPosition_), shortPosition_);
+  }
+
+  ScanSum sum_;  // but for the points
+  PeakAdder peaks_;
+  std::optional<CZRMassSpectrum> profile_;
+  Points short_;  // of the first profile of one or two points
+  int shortPosition_ = 0;
+  Points axis_;
+};
+
+void RequireScans(std::span<const int> scans, int count) {
+  if (scans.empty()) throw Error(Status::kWrongArgument, "there is no scan to add up");
+  for (const int scan : scans) {
+    if (scan < 0 || scan >= count) ThrowNoSuch(scan, "scan");
+  }
+}
+
+[[noreturn]] void RefuseScan(int scan, bool isOfKind) {
+  throw Error(Status::kWrongArgument,
+              "scan " + std::to_string(scan + 1) +
+                  (isOfKind ? " has other wavelengths than those before it"
+                            : " is of another kind (peaks, or a profile) than those before it"));
+}
+
+bool IsCentroidedKind(Source& source, int sample, int function, std::span<const int> scans,
+                      Unsuited unsuited) {
+  for (const int position : scans) {
+    const Scan scan = source.ScanAt(sample, function, position);
+    if (scan.points > 0 || unsuited == Unsuited::kAreAnError) return scan.isCentroided;
+  }
+  return source.ScanAt(sample, function, scans.front()).isCentroided;
+}
+
+// Of all masses in `grid`, which has a point beyond each end of `points` or at it.
+Values OntoGrid(const Points& points, const Values& grid) {
+  Values intensities(grid.size());
+  const auto distribute = [&](double sign) {
+    Values part = points.intensities;
+    for (double& value : part) value *= sign;
+    Values distributed(grid.size());
+    DistributeOntoGrid(points.mz.data(), part.data(), static_cast<int>(part.size()), grid.data(),
+                       distributed.data(), static_cast<int>(grid.size()));
+    for (std::size_t i = 0; i < grid.size(); ++i) intensities[i] += sign * distributed[i];
+  };
+  distribute(1);
+  if (std::ranges::any_of(points.intensities, [](double value) { return value < 0; })) distribute(-1);
+  return intensities;
+}
+
+Values GridOf(const Points& sum, const Points& background) {
+  if (sum.mz == background.mz || background.mz.empty()) return sum.mz;
+  const CZRMassSpectrum other = SpectrumOf(background, false);
+  CZRMassSpectrum grid = SpectrumOf(sum, false);
+  if (std::min(sum.mz.size(), background.mz.size()) < kShortestProfile) {
+    grid = MergePoints(other, grid, true);
+  } else {
+    CZRMassSpectrum profile = other;
+    AddProfile(profile, grid);
+  }
+  return PointsOf(grid).mz;
+}
+
+double HalfWidthAt(double mz, PeakWidth width) {
+  if (!(width.width > 0)) return 0;
+  PeakMergeContext context;
+  (width.isPpm ? SetPPMWidth : SetConstantWidth)(context.widthLaw, width.width);
+  return PeakWidthAt(context, mz) * 0.5;
+}
+
+// The peak nearest to `mz` that is within reach, the lower one of two; no value when there is none.
+std::optional<std::size_t> NearestTo(double mz, double reach, const Values& peaks) {
+  const auto above = std::ranges::lower_bound(peaks, mz);
+  auto nearest = above;
+  if (above == peaks.end() || (above != peaks.begin() && mz - *(above - 1) <= *above - mz)) {
+    if (above == peaks.begin()) return std::nullopt;
+    nearest = above - 1;
+  }
+  if (!(std::abs(*nearest - mz) <= reach)) return std::nullopt;
+  return static_cast<std::size_t>(nearest - peaks.begin());
+}
+
+void TakeOffPeaks(const Points& background, PeakWidth width, Points& sum) {
+  Points alone;
+  for (std::size_t i = 0; i < background.mz.size(); ++i) {
+    const double mz = background.mz[i];
+    if (const auto nearest = NearestTo(mz, HalfWidthAt(mz, width), sum.mz)) {
+      sum.intensities[*nearest] -= background.intensities[i];
+    } else {
+      alone.mz.push_back(mz);
+      alone.intensities.push_back(-background.intensities[i]);
+    }
+  }
+  if (!alone.mz.empty()) sum = PointsOf(MergePoints(SpectrumOf(alone, true), SpectrumOf(sum, true), false));
+}
+
+void TakeOffProfile(const Points& background, Points& sum) {
+  Values grid = GridOf(sum, background);
+  const Values kept = OntoGrid(sum, grid);
+  const Values taken = OntoGrid(background, grid);
+  sum.mz = std::move(grid);
+  sum.intensities.resize(sum.mz.size());
+  std::ranges::transform(kept, taken, sum.intensities.begin(), std::minus<>());
+}
+
+void TakeOffAbsorbance(const Points& background, Points& sum) {
+  if (background.mz.empty()) return;
+  if (background.mz != sum.mz) throw Error(Status::kWrongArgument, "the background has other wavelengths");
+  std::ranges::transform(sum.intensities, background.intensities, sum.intensities.begin(), std::minus<>());
+}
+
 }  // namespace
+
+ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
+                 Unsuited unsuited, const Cancel& cancel) {
+  if (!(width.width >= 0)) throw Error(Status::kWrongArgument, "a peak width is not negative");
+  RequireScans(scans, source.ScanCount(sample, function));
+  const bool isAbsorbance =
+      At(source.Functions(sample), function, "function").kind == FunctionKind::kAbsorbance;
+  Adder adder(width, IsCentroidedKind(source, sample, function, scans, unsuited), isAbsorbance);
+  Points points;
+  for (const int scan : scans) {
+    ThrowIfCancelled(cancel);
+    const std::size_t lost = source.ReadPoints(sample, function, scan, points.mz, points.intensities).lost;
+    const bool isLeftOut = unsuited == Unsuited::kAreLeftOut;
+    const bool isOfKind = (isLeftOut && points.mz.empty()) ||
+                          adder.IsOfKind(source.ScanAt(sample, function, scan).isCentroided);
+    if (isOfKind && adder.HasAxis(points)) {
+      adder.Add(scan, points, lost);
+    } else if (isLeftOut) {
+      adder.LeaveOut();
+    } else {
+      RefuseScan(scan, isOfKind);
+    }
+  }
+  return adder.Take();
+}
 
 ScanSum SumScans(Source& source, int sample, int function, int first, int end, PeakWidth width,
                  const Cancel& cancel) {
-  if (!(width.width >= 0)) throw Error(Status::kWrongArgument, "a peak width is not negative");
-  RequireRange(first, end, source.ScanCount(sample, function));
-  const bool isCentroided = source.ScanAt(sample, function, first).isCentroided;
-  Adder adder(width, isCentroided);
-  ScanSum scan;
-  for (int i = first; i < end; ++i) {
+  const int count = source.ScanCount(sample, function);
+  if (first < 0 || first >= count) ThrowNoSuch(first, "scan");
+  if (end > count) ThrowNoSuch(end - 1, "scan");
+  std::vector<int> scans(static_cast<std::size_t>(std::max(end - first, 0)));
+  std::iota(scans.begin(), scans.end(), first);
+  return SumScans(source, sample, function, scans, width, Unsuited::kAreAnError, cancel);
+}
+
+ScanSum SumAbsorbance(Source& source, int sample, std::span<const int> scans, const Cancel& cancel) {
+  RequireScans(scans, source.AbsorbanceScanCount(sample));
+  Adder adder({}, false, true);
+  Points points;
+  for (const int scan : scans) {
     ThrowIfCancelled(cancel);
-    if (source.ScanAt(sample, function, i).isCentroided != isCentroided)
-      throw Error(
-          Status::kWrongArgument,
-          "scan " + std::to_string(i + 1) + " is of another kind (peaks, or a profile) than those before it");
-    source.ReadPoints(sample, function, i, scan.mz, scan.intensities);
-    adder.Add(scan);
+    const std::size_t lost = source.ReadAbsorbance(sample, scan, points.mz, points.intensities).lost;
+    adder.HasAxis(points) ? adder.Add(scan, points, lost) : adder.LeaveOut();
   }
   return adder.Take();
+}
+
+void TakeOff(const ScanSum& background, PeakWidth width, ScanSum& sum) {
+  const bool isEmpty = background.mz.empty() || sum.mz.empty();
+  if (!isEmpty && background.isCentroided != sum.isCentroided)
+    throw Error(Status::kWrongArgument, "the background is of another kind (peaks, or a profile)");
+  Points taken = {background.mz, background.intensities};
+  const auto scans = static_cast<double>(sum.added.size());
+  for (double& value : taken.intensities)
+    value = value * scans / static_cast<double>(background.added.size());
+  Points points = {std::move(sum.mz), std::move(sum.intensities)};
+  if (sum.isAbsorbance) {
+    TakeOffAbsorbance(taken, points);
+  } else if (sum.isCentroided) {
+    TakeOffPeaks(taken, width, points);
+  } else {
+    TakeOffProfile(taken, points);
+  }
+  sum.mz = std::move(points.mz);
+  sum.intensities = std::move(points.intensities);
+}
+
+void MakeMean(ScanSum& sum) {
+  for (double& value : sum.intensities) value /= static_cast<double>(sum.added.size());
 }
 
 }  // namespace zrml::source

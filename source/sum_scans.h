@@ -1,27 +1,58 @@
-// Adding up the scans of a function by the spectrum arithmetic.
+// Adding up the scans of a function by the spectrum arithmetic; means, and what a background has in them.
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <vector>
 
 #include "source/source.h"
 
 namespace zrml::source {
 
-struct ScanSum {
-  std::vector<double> mz;
-  std::vector<double> intensities;
-};
-
 /// Weaker peaks within half of it on either side of a peak become part of that peak; 0 for equal m/z only.
-/// Profiles use a grid instead.
+/// Profiles use a grid instead, and absorbance spectra need none.
 struct PeakWidth {
   double width = 0;    ///< not negative
   bool isPpm = false;  ///< parts per million, else m/z
 };
 
-/// The scans from `first` up to, not including, `end`, added up in order, as by AddSpectrum().
-/// Throws Error (kWrongArgument) when there are none or when some are centroided and others are not.
+struct ScanSum {
+  std::vector<double> mz;  ///< or wavelengths
+  std::vector<double> intensities;
+  bool isCentroided = false;
+  bool isAbsorbance = false;
+  std::vector<int> added;  ///< positions of the scans
+  int leftOut = 0;         ///< how many scans could not be added
+  std::size_t lost = 0;    ///< points of the scans that the index declares and the file does not hold
+};
+
+/// What becomes of scans that cannot be added to the others: of the other kind, peaks or a profile, than the
+/// first one, which is the first one with points when they are left out; of absorbance, those with other
+/// wavelengths. Profiles of one or two points are left out in any case, unless there is nothing else. Scans
+/// without points are added.
+enum class Unsuited { kAreAnError, kAreLeftOut };
+
+/// The scans at these positions, added up in their order, as by AddSpectrum(); but where that would take
+/// nothing, since a profile of three or four points has no grid, the grid is that of the longer one or has
+/// the points of both, so that the total is kept. Throws Error (kWrongArgument) without scans, and for those
+/// that are unsuited.
+ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
+                 Unsuited unsuited, const Cancel& cancel = {});
+
+/// The scans from `first` up to, not including, `end`. Unsuited ones are an Error.
 ScanSum SumScans(Source& source, int sample, int function, int first, int end, PeakWidth width,
                  const Cancel& cancel = {});
+
+/// The same of a raw directory's absorbance spectra; unsuited ones are left out.
+ScanSum SumAbsorbance(Source& source, int sample, std::span<const int> scans, const Cancel& cancel = {});
+
+/// Takes off the mean of the background's scans, times the number of scans in the sum; intensities may become
+/// negative. Of profiles it takes off point by point, on the grid that they have together. Each peak is taken
+/// off the nearest one within half the width around it; where there is none it stays alone, negative. Throws
+/// Error (kWrongArgument) when the background is of another kind or has other wavelengths.
+void TakeOff(const ScanSum& background, PeakWidth width, ScanSum& sum);
+
+/// Divides by the number of scans.
+void MakeMean(ScanSum& sum);
 
 }  // namespace zrml::source

@@ -1,6 +1,9 @@
 // Sums of scans beside the same additions made one by one, of reports whose points are whatever a test wants.
 #include "source/sum_scans.h"
 
+#include <cmath>
+#include <numeric>
+
 #include <gtest/gtest.h>
 
 #include "spectrum/add_spectrum.h"
@@ -15,11 +18,13 @@ using Doubles = std::vector<double>;
 
 class SumScansTest : public testing::Test {
  protected:
-  std::unique_ptr<Source> Open(const std::vector<ReportPairs>& scans, bool isCentroided) {
+  // Intensities of a report are per cent of `base`.
+  std::unique_ptr<Source> Open(const std::vector<ReportPairs>& scans, bool isCentroided,
+                               const std::string& base = "777") {
     ReportLines blocks;
     for (const ReportPairs& points : scans)
       blocks = blocks +
-               SpectrumBlock(Keys({{"BPI", "777"}, {"Continuum", isCentroided ? "FALSE" : "TRUE"}}), points);
+               SpectrumBlock(Keys({{"BPI", base}, {"Continuum", isCentroided ? "FALSE" : "TRUE"}}), points);
     directory_.WriteText("sum.rpt", ReportText(SampleBlock(FunctionBlock(blocks))));
     const auto path = (directory_.Path() / "sum.rpt").u8string();
     return Source::Open({path.begin(), path.end()});
@@ -100,6 +105,117 @@ TEST_F(SumScansTest, ProfilesAreAddedAsBySpectra) {
   ExpectSum(*source, 1, 5, {});
   ExpectSum(*source, 1, 5, {0.5, false});
   EXPECT_GT(SumScans(*source, 0, 0, 1, 5, {}).mz.size(), 40u);
+}
+
+double TotalOf(const Doubles& intensities) {
+  return std::accumulate(intensities.begin(), intensities.end(), 0.0);
+}
+
+// A profile with steps of its own, or with those of another: time-of-flight steps of about 0.01 from about
+// 500 on, some left out, or as few as three points.
+ReportPairs RandomProfile(RandomNumbers& random) {
+  const int points = random.Below(4) == 0 ? 3 + random.Below(3) : 3 + random.Below(200);
+  const double shift = random.Below(2) == 0 ? 0 : random.Below(1000) / 1000.0;
+  ReportPairs profile;
+  const int first = random.Below(300);
+  for (int i = 0; static_cast<int>(profile.size()) < points; ++i) {
+    if (random.Below(5) == 0) continue;
+    const double root = std::sqrt(500) + (first + i + shift) * 0.0002;
+    profile.emplace_back(root * root, 1 + random.Below(10000) / 7.0);
+  }
+  return profile;
+}
+
+TEST_F(SumScansTest, TheTotalOfProfilesIsKept) {
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    RandomNumbers random(seed);
+    std::vector<ReportPairs> scans(static_cast<std::size_t>(2 + random.Below(6)));
+    for (ReportPairs& profile : scans) profile = RandomProfile(random);
+    const auto source = Open(scans, false);
+    double total = 0;
+    for (int scan = 0; scan < static_cast<int>(scans.size()); ++scan) {
+      Doubles mz;
+      Doubles intensities;
+      source->ReadPoints(0, 0, scan, mz, intensities);
+      ASSERT_EQ(mz.size(), scans[static_cast<std::size_t>(scan)].size());
+      total += TotalOf(intensities);
+    }
+    const ScanSum sum = SumScans(*source, 0, 0, 0, static_cast<int>(scans.size()), {});
+    EXPECT_NEAR(TotalOf(sum.intensities), total, 1e-11 * total) << seed;
+    EXPECT_EQ(sum.leftOut, 0);
+  }
+}
+
+// Steps of 1 and of 0.5, from 100 and 100.25 on. The second one's grid takes in the first: each point of it
+// is halfway between two of the grid.
+TEST_F(SumScansTest, ShortProfileIsAddedToTheGridOfTheNext) {
+  const auto source = Open({{{100.5, 8}, {101.5, 4}, {102.5, 2}},
+                            {{100.25, 1}, {100.75, 1}, {101.25, 1}, {101.75, 1}, {102.25, 1}, {102.75, 1}}},
+                           false, "100");
+  const ScanSum sum = SumScans(*source, 0, 0, 0, 2, {});
+  EXPECT_EQ(sum.mz, (Doubles{100.25, 100.75, 101.25, 101.75, 102.25, 102.75}));
+  EXPECT_EQ(sum.intensities, (Doubles{5, 5, 3, 3, 2, 2}));
+}
+
+TEST_F(SumScansTest, TwoShortProfilesHaveThePointsOfBoth) {
+  const auto source =
+      Open({{{100, 8}, {101, 4}, {102, 2}}, {{100, 1}, {100.5, 1}, {101.5, 1}, {103, 1}}}, false, "100");
+  const ScanSum sum = SumScans(*source, 0, 0, 0, 2, {});
+  EXPECT_EQ(sum.mz, (Doubles{100, 100.5, 101, 101.5, 102, 103}));
+  EXPECT_EQ(sum.intensities, (Doubles{9, 1, 4, 1, 2, 1}));
+}
+
+// A scan without points has nothing to add, which is something else.
+TEST_F(SumScansTest, ProfilesOfTwoPointsAreLeftOut) {
+  const auto source =
+      Open({{{100, 1}, {101, 2}}, {}, {{100, 1}, {101, 5}, {102, 1}}, {{100, 3}}}, false, "100");
+  const ScanSum sum = SumScans(*source, 0, 0, 0, 4, {});
+  EXPECT_EQ(sum.added, (std::vector<int>{1, 2}));
+  EXPECT_EQ(sum.leftOut, 2);
+  EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
+  const ScanSum alone = SumScans(*source, 0, 0, 0, 2, {});
+  EXPECT_EQ(alone.added, (std::vector<int>{0, 1}));
+  EXPECT_EQ(alone.leftOut, 0);
+  EXPECT_EQ(alone.intensities, (Doubles{1, 2}));
+}
+
+// Three scans, of which a background of two has 2 * 3 / 2 = 3 times its sum to take off.
+TEST_F(SumScansTest, BackgroundIsTakenOffAsOftenAsThereAreScans) {
+  const ReportPairs scan = {{100, 10}, {101, 20}, {102, 30}};
+  const ReportPairs background = {{100, 1}, {101, 2}, {102, 40}};
+  const auto source = Open({scan, scan, scan, background, background}, false, "100");
+  ScanSum sum = SumScans(*source, 0, 0, 0, 3, {});
+  TakeOff(SumScans(*source, 0, 0, 3, 5, {}), {}, sum);
+  EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
+  EXPECT_EQ(sum.intensities, (Doubles{27, 54, -30}));
+  MakeMean(sum);
+  EXPECT_EQ(sum.intensities, (Doubles{9, 18, -10}));
+}
+
+// The background's point at 100.5 is halfway between two of the sum's; 103 is beyond it.
+TEST_F(SumScansTest, BackgroundOfAnotherGridIsTakenOffByParts) {
+  const auto source = Open({{{100, 9}, {101, 9}, {102, 9}, {103, 9}, {104, 9}},
+                            {{100.5, 4}, {101.5, 2}, {102.5, 0}, {103.5, 0}, {104.5, 6}}},
+                           false, "100");
+  ScanSum sum = SumScans(*source, 0, 0, 0, 1, {});
+  TakeOff(SumScans(*source, 0, 0, 1, 2, {}), {}, sum);
+  EXPECT_EQ(sum.mz, (Doubles{100, 101, 102, 103, 104, 105}));
+  EXPECT_EQ(sum.intensities, (Doubles{7, 6, 8, 9, 6, -3}));
+}
+
+// A width of 1 reaches as far as 0.5: 100.5 is as near to 100 as to 101, and the lower one is taken.
+TEST_F(SumScansTest, PeaksOfTheBackgroundAreTakenOffTheNearest) {
+  const auto source =
+      Open({{{100, 9}, {101, 8}, {300, 7}}, {{100.5, 1}, {200, 2}, {300.25, 3}}}, true, "100");
+  ScanSum sum = SumScans(*source, 0, 0, 0, 1, {1, false});
+  TakeOff(SumScans(*source, 0, 0, 1, 2, {1, false}), {1, false}, sum);
+  EXPECT_EQ(sum.mz, (Doubles{100, 101, 200, 300}));
+  EXPECT_EQ(sum.intensities, (Doubles{8, 8, -2, 4}));
+  // 1000 parts per million of 300.25 reach 0.15 on either side.
+  sum = SumScans(*source, 0, 0, 0, 1, {1000, true});
+  TakeOff(SumScans(*source, 0, 0, 1, 2, {1000, true}), {1000, true}, sum);
+  EXPECT_EQ(sum.mz, (Doubles{100, 100.5, 101, 200, 300, 300.25}));
+  EXPECT_EQ(sum.intensities, (Doubles{9, -1, 8, -2, 7, -3}));
 }
 
 TEST_F(SumScansTest, CanBeCancelled) {
