@@ -43,7 +43,7 @@ TEST_F(UsageTest, HelpOfACommandNamesItsOptions) {
   const ProcessResult result = Run({"chromatogram", "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_NE(result.output.find("Usage: zrml chromatogram "), std::string::npos);
-  for (const char* option : {"--function N", "--sample N", "--tic", "--bpc", "--range LO-HI", "--json"}) {
+  for (const char* option : {"--function LIST", "--sample N", "--tic", "--bpc", "--range LO-HI", "--json"}) {
     EXPECT_NE(result.output.find(std::string("\n  ") + option), std::string::npos) << option;
   }
 }

@@ -56,12 +56,7 @@ FunctionCommand::FunctionCommand(CLI::App& parser, const std::string& name, cons
 }
 
 FunctionPosition FunctionCommand::Find(source::Source& source) const {
-  if (function_) return FindFunction(source, sample_, *function_);
-  const int sample = FindItsSample(source);
-  const std::span<const source::Function> functions = source.Functions(sample);
-  if (functions.size() == 1) return {sample, 0};
-  throw Failure(ExitStatus::kWrongUsage, "--function is required: " + NameOf(source, sample) + " has " +
-                                             FunctionsText(source, sample));
+  return FindChosen(source, sample_, function_);
 }
 
 bool FunctionCommand::IsAbsorbance(source::Source& source, int sample) const {

@@ -25,18 +25,16 @@ class JsonWriter {
   void Numbers(std::span<const double> values);
   void Members(const std::vector<Attribute>& attributes);
 
-  /// `body` writes the members.
+  /// `body` writes the members. What a failure leaves open is closed, so that what stands before it is valid.
   template <std::invocable Body>
   void Object(Body body) {
     Begin('{');
-    body();
-    End('}');
+    Fill('}', body);
   }
   template <std::invocable Body>
   void Array(Body body) {
     Begin('[');
-    body();
-    End(']');
+    Fill(']', body);
   }
 
   /// Whether nothing is written yet.
@@ -45,6 +43,17 @@ class JsonWriter {
   void Finish() { out_.Text("\n"); }
 
  private:
+  template <class Body>
+  void Fill(char bracket, Body body) {
+    try {
+      body();
+    } catch (...) {
+      End(bracket);
+      throw;
+    }
+    End(bracket);
+  }
+
   void Begin(char bracket);
   void End(char bracket);
   void Separate();

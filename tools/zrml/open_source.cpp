@@ -95,6 +95,14 @@ FunctionPosition FindFunction(source::Source& source, int sampleNumber, const Fu
   return {sample, static_cast<int>(found - functions.begin())};
 }
 
+FunctionPosition FindChosen(source::Source& source, int sampleNumber, const std::optional<FunctionId>& id) {
+  if (id) return FindFunction(source, sampleNumber, *id);
+  const int sample = FindSample(source, sampleNumber);
+  if (source.Functions(sample).size() == 1) return {sample, 0};
+  throw Failure(ExitStatus::kWrongUsage, "--function is required: " + NameOf(source, sample) + " has " +
+                                             FunctionsText(source, sample));
+}
+
 const source::Function& FunctionAt(source::Source& source, const FunctionPosition& position) {
   return source.Functions(position.sample)[static_cast<std::size_t>(position.function)];
 }

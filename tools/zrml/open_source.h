@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "source/source.h"
@@ -41,6 +42,10 @@ int FindSample(source::Source& source, int sampleNumber);
 /// "functions 1 to 4, 6, p1", "no functions".
 std::string FunctionsText(source::Source& source, int sample);
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
+/// The function called `id`, or without one the only function. Throws a Failure, wrong usage, unless there is
+/// one.
+FunctionPosition FindChosen(source::Source& source, int sampleNumber,
+                            const std::optional<source::FunctionId>& id);
 const source::Function& FunctionAt(source::Source& source, const FunctionPosition& position);
 
 /// The subject of the findings that concern the function.

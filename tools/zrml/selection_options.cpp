@@ -36,6 +36,11 @@ bool Chooses(const convert::Selection& selection, const source::Function& functi
          (selection.msLevels.IsAll() || (HasLevel(function) && selection.msLevels.Has(function.msLevel)));
 }
 
+void RefuseWithoutLevel(source::Source& source, int sample, const std::string& ofLevel) {
+  throw Failure(ExitStatus::kWrongUsage, NameOf(source, sample) + " has no MS function " + ofLevel +
+                                             "; --function chooses one of " + FunctionsText(source, sample));
+}
+
 void RequireFunctions(source::Source& source, std::span<const int> samples,
                       const convert::FunctionSet& wanted, AbsorbanceFunction absorbance) {
   const std::vector<source::FunctionId> named = wanted.Named();

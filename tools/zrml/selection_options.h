@@ -24,6 +24,9 @@ bool HasLevel(const source::Function& function);
 /// By its number and its level. One without a level is not in a list of levels.
 bool Chooses(const convert::Selection& selection, const source::Function& function);
 
+/// Throws a Failure, wrong usage: there is no function of mass spectra `ofLevel` ("of level 1").
+[[noreturn]] void RefuseWithoutLevel(source::Source& source, int sample, const std::string& ofLevel);
+
 enum class AbsorbanceFunction { kCounts, kIsNotMeant };
 
 /// Throws a Failure, wrong usage, when functions are named and none of the samples has one of them.

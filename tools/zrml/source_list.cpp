@@ -121,7 +121,7 @@ void PrintEachSource(const SourceArguments& arguments, bool isJson, const std::s
       failure = thrown;
     }
   };
-  isJson && arguments.IsList() ? json.Array(printAll) : printAll();
+  isJson&& arguments.IsList() ? json.Array(printAll) : printAll();
   if (!json.IsEmpty()) json.Finish();
   if (!failure) return;
   out.Finish();
