@@ -1,14 +1,17 @@
 """Every number equals what the command line prints, to the bit: of all data layouts, kinds of functions and reports."""
 
 import math
+import struct
 import unittest
 
 import support
 import zrml
+from zrml._library import library
 
 NAMES = ("small.raw", "odd.raw", "cut.raw", "all.raw", "run.raw", "vials.rpt", "unordered.rpt", "report.rpt")
 MOST_SCANS = 3 if support.IS_SANITIZED else 8  # of a function whose scans are compared one by one
 MOST_BINS = 3
+LARGEST = 1  # ZRML_LARGEST
 
 
 def some(count, most=MOST_SCANS):
@@ -185,6 +188,45 @@ class Numbers(support.TestCase):
                     self.compare_chromatogram(
                         lambda: function.xic(masses, **width)[i], path, place, "--range", limits
                     )
+
+    def test_many_ions(self):
+        """The command line, the C library and the package: all ions in one pass, each beside its range alone."""
+        masses = [50.5, 100.0, 195.0877, 300.0625, 556.2771]
+        compared = 0
+        for path, place, function in self.each_function():
+            for name, width in (("ppm", 20), ("da", 0.5)):
+                options = ("--mz", ",".join(map(str, masses)), f"--{name}", width)
+                found = self.both(lambda: function.xic(masses, **{name: width}), "chromatogram", path, *place, *options)
+                if not found:
+                    continue
+                largest = self.largest(function, [each["massRange"] for each in found[1]["chromatograms"]])
+                printed_largest = support.zrml_json("chromatogram", path, *place, *options, "--max")
+                for i, chromatogram in enumerate(found[0]):
+                    printed = found[1]["chromatograms"][i]
+                    limits = "-".join(map(decimal, printed["massRange"]))
+                    alone = support.zrml_json("chromatogram", path, *place, "--range", limits)
+                    alone_largest = support.zrml_json("chromatogram", path, *place, "--bpc", "--range", limits)
+                    self.assertEqual(printed["mz"], masses[i])
+                    self.assert_same(chromatogram.minutes, printed["times"], options)
+                    self.assert_same(chromatogram.intensity, printed["intensities"], options)
+                    self.assert_same(chromatogram.intensity, alone["intensities"], options)
+                    self.assert_same(largest[i], printed_largest["chromatograms"][i]["intensities"], options)
+                    self.assert_same(largest[i], alone_largest["intensities"], options)
+                    compared += any(printed["intensities"])
+        self.assertGreater(compared, 20)
+
+    @staticmethod
+    def largest(function, ranges):
+        """By the C library: for each range the largest intensities of all scans."""
+        ends = [end for limits in ranges for end in limits]
+        count = len(ranges) * len(function)
+        memory = bytes(8 * count)
+        function._handle.call(
+            library.zrml_read_mass_ranges, *function._place, struct.pack(f"{len(ends)}d", *ends), len(ranges),
+            LARGEST, memory, count,
+        )
+        values = struct.unpack(f"{count}d", memory)
+        return [values[i * len(function) : (i + 1) * len(function)] for i in range(len(ranges))]
 
     def test_traces(self):
         compared = 0
