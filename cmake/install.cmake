@@ -15,6 +15,11 @@ function(zrml_path_between result from to)
 endfunction()
 
 install(TARGETS zrml RUNTIME COMPONENT program)
+if(ZRML_PAGES)
+  install(DIRECTORY ${ZRML_PAGES}/man1 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT program)
+  install(DIRECTORY ${ZRML_PAGES}/bash/ DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  install(DIRECTORY ${ZRML_PAGES}/zsh/ DESTINATION ${ZRML_INSTALL_ZSH} COMPONENT program)
+endif()
 install(TARGETS zrml_provider
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT plugin
   LIBRARY DESTINATION ${plugin_folder} COMPONENT plugin)

@@ -16,6 +16,9 @@ tree=$folder/second\ place/tree
 
 "$make_sample" run.raw >/dev/null
 [ "$("$tree/bin/zrml" --version)" = "zrml $version" ]
+for file in man/man1/zrml.1 man/man1/zrml-info.1 bash-completion/completions/zrml zsh/site-functions/_zrml; do
+  [ -s "$tree/share/$file" ] || { echo "no $file"; exit 1; }
+done
 plugin=$(find "$tree" -name 'ZRMLProvider-x64.so')
 "$tree/bin/zrml" plugin "$plugin" run.raw >plugin.txt
 mkdir installed

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -82,6 +83,11 @@ class FunctionCommand : public SourceCommand {
   int sample_ = 1;
   std::optional<source::FunctionId> function_;
 };
+
+using Commands = std::vector<std::unique_ptr<Command>>;
+
+/// Declares the program's options and commands to `parser`; they live as long as the result.
+Commands DeclareCommands(CLI::App& parser);
 
 /// For options whose argument is a path.
 CLI::Validator IsNotEmpty();

@@ -21,23 +21,6 @@ constexpr std::array kCommands = {
 
 constexpr int kFiles = 8;  // open at once for one source, and those looked at
 
-using Commands = std::vector<std::unique_ptr<Command>>;
-
-Commands SetUp(CLI::App& parser) {
-  parser.name("zrml");
-  parser.description("Reads mass-spectrometry data: MassLynx raw directories and OpenLynx reports.");
-  parser.footer("zrml help COMMAND, or zrml COMMAND --help, tells more about a command.");
-  parser.allow_windows_style_options(false);  // a slash begins a path
-  parser.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  parser.get_formatter()->label("Positionals", "Arguments");
-  parser.get_formatter()->column_width(28);
-  parser.set_version_flag("-V,--version", "zrml " ZRML_VERSION, "Print the version of this program");
-  parser.require_subcommand(1);
-  Commands commands;
-  for (const auto make : kCommands) commands.push_back(make(parser));
-  return commands;
-}
-
 // What is wrong with the command line, reworded where the parser's message is hard to read.
 std::string ProblemOf(const CLI::App& parser, const CLI::ParseError& error) {
   std::string text = error.what();
@@ -99,11 +82,26 @@ ExitStatus PrintFailure(ExitStatus status, const std::string& message) {
 
 }  // namespace
 
+Commands DeclareCommands(CLI::App& parser) {
+  parser.name("zrml");
+  parser.description("Reads mass-spectrometry data: MassLynx raw directories and OpenLynx reports.");
+  parser.footer("zrml help COMMAND, or zrml COMMAND --help, tells more about a command.");
+  parser.allow_windows_style_options(false);  // a slash begins a path
+  parser.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  parser.get_formatter()->label("Positionals", "Arguments");
+  parser.get_formatter()->column_width(28);
+  parser.set_version_flag("-V,--version", "zrml " ZRML_VERSION, "Print the version of this program");
+  parser.require_subcommand(1);
+  Commands commands;
+  for (const auto make : kCommands) commands.push_back(make(parser));
+  return commands;
+}
+
 ExitStatus RunCommandLine(std::vector<std::string> arguments) {
   ReportFailedWrites();
   try {
     CLI::App parser;
-    const Commands commands = SetUp(parser);
+    const Commands commands = DeclareCommands(parser);
     Output out;
     Run(parser, commands, std::move(arguments), out);
     out.Finish();
