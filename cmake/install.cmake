@@ -1,5 +1,6 @@
 # What is installed, by component: program, library, development, python, plugin, notices. Every path is relative to the
 # prefix, so an installed tree may be moved. Programs of others find the build tree in the same way: zrml_DIR is its folder.
+set(CMAKE_INSTALL_DOCDIR share/doc/zrml CACHE PATH "Folder of installed notices, below the prefix")
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(ZRML_INSTALL_PYTHON ${CMAKE_INSTALL_LIBDIR}/zrml/python CACHE STRING "Folder of installed Python packages, below the prefix")
@@ -54,3 +55,6 @@ else()
   file(CREATE_LINK ${folder}/libzrml.so.1 ${PROJECT_BINARY_DIR}/installed/libzrml.so SYMBOLIC)
   install(FILES ${PROJECT_BINARY_DIR}/installed/libzrml.so DESTINATION ${ZRML_INSTALL_PYTHON}/zrml COMPONENT python)
 endif()
+
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/THIRD_PARTY.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT notices)

@@ -42,7 +42,7 @@
 extern "C" {
 #endif
 
-/* The version of the library, "0.1.0". Never fails; the text stays. */
+/* The version of the library, such as "1.2.3". Never fails; the text stays. */
 ZRML_API const char* zrml_version(void);
 
 /* ---- Sources ---- */
