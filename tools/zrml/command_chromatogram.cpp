@@ -63,7 +63,7 @@ class ChromatogramCommand : public Command {
     wavelength_ = options.add_option_function<std::string>(
         "--wavelength", [this](const std::string& text) { wavelengths_ = ParseWavelengths(text); },
         "The absorbance at a wavelength in nm, or its mean from LO to HI");
-    wavelength_->option_text("NM | LO-HI");
+    wavelength_->option_text("NM|LO-HI");
     trace_ = AddNumber(options, "--trace", traceNumber_,
                        "The trace of the sample or, with --function, of the function, counted from 1");
     for (CLI::Option* const other : {total_, basePeak_, range_}) {
