@@ -33,6 +33,7 @@ AIMS = [  # the first prefix of the row's name counts
     ("C library: table", 1.5),
     ("Peak memory", 1.1),
 ]
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def aim_of(row):
@@ -57,7 +58,7 @@ def timings(path):
                 continue
             row, side = run["name"].removesuffix("/real_time").rsplit("/", 1)
             time = run["real_time"] if run["name"].endswith("/real_time") else run["cpu_time"]
-            rows.setdefault(row, {}).setdefault(side, []).append(time)
+            rows.setdefault(row, {}).setdefault(side, []).append(time * NANOSECONDS[run["time_unit"]])
     return rows
 
 

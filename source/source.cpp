@@ -117,7 +117,8 @@ std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hi
 // The points from `range.low` to `range.high`; `hint` is a guess for the first one, and is set to its place.
 std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
                                       std::span<const double> intensities, std::size_t& hint) {
-  const std::size_t begin = FirstFrom(range.low, mz, hint);
+  const bool isRight = hint < mz.size() && !(mz[hint] < range.low) && (hint == 0 || mz[hint - 1] < range.low);
+  const std::size_t begin = isRight ? hint : FirstFrom(range.low, mz, hint);
   std::size_t end = begin;
   while (end < mz.size() && !(range.high < mz[end]) && !std::isnan(mz[end])) ++end;
   hint = begin;
@@ -260,7 +261,9 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
   }
   // The values of several scans at a time go into the rows, which are far apart in memory.
   const std::size_t scansAtOnce = std::min<std::size_t>(scans, 256);
-  std::vector<double> block(ranges.size() * scansAtOnce);
+  const std::size_t stride =
+      scansAtOnce + 8;  // with a power of two the rows would share few lines of the cache
+  std::vector<double> block(ranges.size() * stride);
   std::vector<std::size_t> hints(ranges.size());
   for (std::size_t scan = 0; scan < scans; scan += scansAtOnce) {
     const std::size_t count = std::min(scansAtOnce, scans - scan);
@@ -270,11 +273,11 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
           ReadPoints(sample, function, static_cast<int>(scan + i), points.mz, points.intensities);
       for (std::size_t row = 0; row < ranges.size(); ++row) {
         const auto values = IntensitiesIn(ranges[row], points.mz, points.intensities, hints[row]);
-        block[row * scansAtOnce + i] = AreAllLost(read) ? kNaN : OfIntensities(values, within);
+        block[row * stride + i] = AreAllLost(read) ? kNaN : OfIntensities(values, within);
       }
     }
     for (std::size_t row = 0; row < ranges.size(); ++row)
-      std::copy_n(&block[row * scansAtOnce], count, &rows[row * scans + scan]);
+      std::copy_n(&block[row * stride], count, &rows[row * scans + scan]);
   }
 }
 

@@ -48,6 +48,7 @@ struct PointKernels {
   /// The smallest difference between a value and the one before it; 0 or less when a value is not above the
   /// one before. For a single value the largest number.
   float (*leastStep)(const float* values, std::size_t count);
+  bool (*hasZero)(const double* values, std::size_t count);
   /// start, start + step and so on by repeated addition, each sum stored in single precision.
   void (*linearAxis)(double start, double step, double* values, std::size_t count);
 };

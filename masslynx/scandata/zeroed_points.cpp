@@ -8,6 +8,7 @@
 
 #include "masslynx/function_types.h"
 #include "masslynx/scandata/absorbance_decoder.h"
+#include "masslynx/scandata/point_kernels.h"
 #include "masslynx/scandata/scan_decoder.h"
 
 namespace zrml::masslynx {
@@ -169,7 +170,7 @@ std::optional<ZeroTail> FindZeroTail(const File& data, const FunctionRecord& fun
 void FindZeroedPoints(const ScanRoom& room, Bytes bytes, std::span<const double> intensities,
                       std::vector<std::size_t>& places) {
   places.clear();
-  if (!HasOwnMasses(room.layout)) return;
+  if (!HasOwnMasses(room.layout) || !ChosenKernels().hasZero(intensities.data(), intensities.size())) return;
   const point_unit_format::PointUnit unit = point_unit_format::UnitOf(room.layout);
   const auto size = static_cast<std::size_t>(unit.bytes);
   const auto points = static_cast<std::size_t>(unit.points);

@@ -226,6 +226,23 @@ TEST_P(PointKernelsTest, SeeAMassThatDoesNotAscendAnywhere) {
   }
 }
 
+TEST_P(PointKernelsTest, FindZeros) {
+  for (const std::size_t count : kSizes) {
+    std::vector<double> values(count, std::numeric_limits<double>::quiet_NaN());
+    EXPECT_FALSE(Kernels().hasZero(values.data(), count)) << count;
+    std::fill(values.begin(), values.end(), std::numeric_limits<double>::denorm_min());
+    EXPECT_FALSE(Kernels().hasZero(values.data(), count)) << count;
+    for (std::size_t i = 0; i < count; ++i) {
+      for (const double zero : {0.0, -0.0}) {
+        values[i] = zero;
+        ASSERT_TRUE(Kernels().hasZero(values.data(), count)) << i << " of " << count;
+        ASSERT_FALSE(Kernels().hasZero(values.data(), i)) << "what is behind the end does not count";
+      }
+      values[i] = -1;
+    }
+  }
+}
+
 TEST_P(PointKernelsTest, FindTheLeastStep) {
   for (const std::size_t count : kSizes) {
     std::vector<float> values(count);
