@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <numeric>
 #include <utility>
 
 namespace zrml {
@@ -35,6 +36,9 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kTraceListMissing, "trace-list-missing", Severity::kLost},
     {FindingCode::kTraceListCut, "trace-list-cut", Severity::kLost},
     {FindingCode::kTraceDataMissing, "trace-data-missing", Severity::kLost},
+    {FindingCode::kTraceDataZeroed, "trace-data-zeroed", Severity::kLost},
+    {FindingCode::kTraceTimesReturn, "trace-times-return", Severity::kSuspect},
+    {FindingCode::kTracesHidden, "traces-hidden", Severity::kNote},
     {FindingCode::kTracesUnreadable, "traces-unreadable", Severity::kLost},
     {FindingCode::kReportCut, "report-cut", Severity::kLost},
     {FindingCode::kSampleUnended, "sample-unended", Severity::kLost},
@@ -72,12 +76,47 @@ std::size_t HashOf(const Finding& finding) {
 
 }  // namespace
 
+void Numbers::Add(const Run& run) {
+  if (!runs_.empty() && run.first == runs_.back().last + 1) {
+    runs_.back().last = run.last;
+  } else {
+    runs_.push_back(run);
+  }
+}
+
+void Numbers::Add(const Numbers& others) {
+  for (const Run& run : others.runs_) Add(run);
+}
+
+std::uint64_t Numbers::Count() const {
+  return std::accumulate(
+      runs_.begin(), runs_.end(), std::uint64_t{0},
+      [](std::uint64_t count, const Run& run) { return count + run.last - run.first + 1; });
+}
+
+std::uint64_t Numbers::First() const {
+  const auto least = std::min_element(runs_.begin(), runs_.end(),
+                                      [](const Run& a, const Run& b) { return a.first < b.first; });
+  return least == runs_.end() ? 0 : least->first;
+}
+
+void Finding::SetScans(Numbers about) {
+  count = about.Count();
+  first = about.First();
+  scans = std::move(about);
+}
+
 void Findings::Add(Finding finding) {
   const std::size_t hash = HashOf(finding);
   for (auto [at, last] = places_.equal_range(hash); at != last; ++at) {
     Finding& known = list_[at->second];
     if (!IsSame(known, finding)) continue;
     known.count += finding.count;
+    if (known.scans.IsEmpty() || finding.scans.IsEmpty()) {
+      known.scans = {};
+    } else {
+      known.scans.Add(finding.scans);
+    }
     return;
   }
   list_.push_back(std::move(finding));

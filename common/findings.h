@@ -50,6 +50,9 @@ enum class FindingCode {
   kTraceListMissing,
   kTraceListCut,
   kTraceDataMissing,
+  kTraceDataZeroed,   // at their end
+  kTraceTimesReturn,  // so that the rest is not read
+  kTracesHidden,      // by others
   kTracesUnreadable,
   kReportCut,
   kSampleUnended,
@@ -79,6 +82,38 @@ struct FindingSubject {
   auto operator<=>(const FindingSubject&) const = default;
 };
 
+/// Numbers of scans, traces or lines, from 1, as runs of neighbours.
+class Numbers {
+ public:
+  void Add(std::uint64_t number) { Add({number, number}); }
+  void Add(const Numbers& others);
+
+  bool IsEmpty() const { return runs_.empty(); }
+  std::uint64_t Count() const;
+  /// The lowest; 0 when there is none.
+  std::uint64_t First() const;
+
+  /// Whether `matches(number)` for any of them.
+  template <class Matches>
+  bool HasAny(Matches matches) const {
+    for (const Run& run : runs_) {
+      for (std::uint64_t number = run.first; number <= run.last; ++number) {
+        if (matches(number)) return true;
+      }
+    }
+    return false;
+  }
+
+ private:
+  struct Run {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+  };
+  void Add(const Run& run);
+
+  std::vector<Run> runs_;
+};
+
 struct Finding {
   FindingCode code = {};
   std::string file = {};     ///< its name without folder, UTF-8; empty when the whole source is meant
@@ -86,6 +121,10 @@ struct Finding {
   FindingSubject subject = {};
   std::uint64_t count = 1;  ///< how many scans, points, traces
   std::uint64_t first = 0;  ///< number of the first one, from 1; 0 when they have no numbers
+  Numbers scans = {};       ///< that it is about; none when it is about the whole subject
+
+  /// With their count and the first of them.
+  void SetScans(Numbers about);
 };
 
 /// Collects findings. Stays small whatever the files hold: there is one entry per code, file and subject, and

@@ -64,6 +64,14 @@ bool HasWantedScans(Source& source, int sample, const Selection& selection, Form
   return false;
 }
 
+// Of the detector of a raw directory.
+std::vector<double> AbsorbanceMinutes(Source& source, int sample) {
+  std::vector<double> minutes(static_cast<std::size_t>(source.AbsorbanceScanCount(sample)));
+  for (std::size_t i = 0; i < minutes.size(); ++i)
+    minutes[i] = source.AbsorbanceMinutes(sample, static_cast<int>(i));
+  return minutes;
+}
+
 class Planner {
  public:
   Planner(Source& source, RunPlan& plan, Format format, const Cancel& cancel)
@@ -109,10 +117,7 @@ class Planner {
     Function info = source_.AbsorbanceFunction(plan_.sample);
     info.name = kAbsorbance;
     info.massRange.reset();  // it is not a range of masses
-    std::vector<double> minutes(static_cast<std::size_t>(source_.AbsorbanceScanCount(plan_.sample)));
-    for (std::size_t i = 0; i < minutes.size(); ++i)
-      minutes[i] = source_.AbsorbanceMinutes(plan_.sample, static_cast<int>(i));
-    AddAbsorbance(info, kNoPosition, minutes, isAlone);
+    AddAbsorbance(info, kNoPosition, AbsorbanceMinutes(source_, plan_.sample), isAlone);
   }
 
   // Spectra that are left out leave the function's traces.
@@ -212,7 +217,11 @@ FunctionKey KeyOf(const FindingSubject& subject) {
 }
 
 ConvertedSubjects::ConvertedSubjects(Source& source, int sample, const Selection& selection, Format format)
-    : sample_(sample + 1), selection_(selection), format_(format), hasUnlisted_(!IsOneFunction(source)) {
+    : source_(source),
+      sample_(sample),
+      selection_(selection),
+      format_(format),
+      hasUnlisted_(!IsOneFunction(source)) {
   isAbsorbanceAlone_ = !HasWantedScans(source, sample, selection, format);
   for (const Function& function : source.Functions(sample)) {
     const bool isWanted = IsAbsorbance(function)
@@ -239,8 +248,33 @@ bool ConvertedSubjects::HasAbsorbance(const FindingSubject& subject) const {
   return isKnown && IsTaken(UseOfAbsorbance(function, selection_, format_, isAbsorbanceAlone_));
 }
 
-bool ConvertedSubjects::Has(const FindingSubject& subject) const {
-  if (subject.sample != 0 && subject.sample != sample_) return false;
+// A minute for each scan of a function that is listed.
+std::vector<double> ConvertedSubjects::MinutesOf(const FindingSubject& subject) const {
+  if (subject.kind == FindingSubject::Kind::kAbsorbance) return AbsorbanceMinutes(source_, sample_);
+  const std::span<const Function> functions = source_.Functions(sample_);
+  for (std::size_t i = 0; i < functions.size(); ++i) {
+    if (KeyOf(functions[i].id) == KeyOf(subject)) return source_.Minutes(sample_, static_cast<int>(i));
+  }
+  return {};
+}
+
+// Of some scans only where a part of all is asked for.
+bool ConvertedSubjects::HasScans(const Finding& finding) const {
+  const bool isPart = !selection_.scans.IsAll() || selection_.minutes;
+  if (!isPart || finding.scans.IsEmpty()) return true;
+  const std::vector<double> minutes = MinutesOf(finding.subject);
+  return finding.scans.HasAny([&](std::uint64_t number) {
+    const auto scan = static_cast<std::size_t>(number - 1);
+    return scan >= minutes.size() || selection_.Has(static_cast<int>(scan), minutes[scan]);
+  });
+}
+
+bool ConvertedSubjects::Has(const Finding& finding) const {
+  return HasSubject(finding.subject) && HasScans(finding);
+}
+
+bool ConvertedSubjects::HasSubject(const FindingSubject& subject) const {
+  if (subject.sample != 0 && subject.sample != sample_ + 1) return false;
   switch (subject.kind) {
     case FindingSubject::Kind::kFunction:
       return HasFunction(subject);

@@ -76,18 +76,23 @@ using FunctionKey = std::pair<int, int>;
 FunctionKey KeyOf(const source::FunctionId& id);
 FunctionKey KeyOf(const FindingSubject& subject);
 
-/// What would be converted of a sample, for code that has findings about it. `selection` stays alive.
+/// What would be converted of a sample, for code that has findings about it. `source` and `selection` stay
+/// alive.
 class ConvertedSubjects {
  public:
   ConvertedSubjects(source::Source& source, int sample, const Selection& selection, Format format);
 
-  bool Has(const FindingSubject& subject) const;
+  bool Has(const Finding& finding) const;
 
  private:
+  bool HasSubject(const FindingSubject& subject) const;
+  bool HasScans(const Finding& finding) const;
+  std::vector<double> MinutesOf(const FindingSubject& subject) const;
   bool HasFunction(const FindingSubject& subject) const;
   bool HasAbsorbance(const FindingSubject& subject) const;
 
-  int sample_;  // from 1
+  source::Source& source_;
+  int sample_;
   const Selection& selection_;
   Format format_;
   bool hasUnlisted_;                       // false when a single function was opened

@@ -129,14 +129,14 @@ void RawDirectory::NoticeZeroTail(std::size_t function, Findings& findings) {
   if (data_.IsRefused()) data_.Close();
   if (!tail) return;
   const FunctionRecord& record = functions_[function];
-  findings.Add({.code = FindingCode::kDataZeroed,
-                .file = platform::ToNativePath(FileNameOf(record, L"DAT")),
-                .problem = "ends in zeros that are no points of " + std::to_string(tail->scans) + " of " +
-                           std::to_string(record.scanIndex.size()) + " scans; the first is scan " +
-                           std::to_string(tail->first),
-                .subject = SubjectOf(record),
-                .count = tail->scans,
-                .first = tail->first});
+  Finding finding = {.code = FindingCode::kDataZeroed,
+                     .file = platform::ToNativePath(FileNameOf(record, L"DAT")),
+                     .subject = SubjectOf(record)};
+  finding.SetScans(tail->scans);
+  finding.problem = "ends in zeros that are no points of " + std::to_string(finding.count) + " of " +
+                    std::to_string(record.scanIndex.size()) + " scans; the first is scan " +
+                    std::to_string(finding.first);
+  findings.Add(std::move(finding));
 }
 
 Findings RawDirectory::CollectFindings() {

@@ -12,16 +12,6 @@ namespace {
 
 using Kind = FindingSubject::Kind;
 
-// The entries of a list that have something in common.
-struct Some {
-  std::uint64_t count = 0;
-  std::uint64_t first = 0;
-
-  void Add(int number) {
-    if (count++ == 0) first = static_cast<std::uint64_t>(number);
-  }
-};
-
 class PointsLook {
  public:
   PointsLook(Source& source, const Cancel& cancel, const Progress& progress)
@@ -110,24 +100,26 @@ class PointsLook {
   }
 
   void LookAt(const Part& part) {
-    Some unread;
-    Some lacking;
-    Some empty;
+    Numbers unread;
+    Numbers lacking;
+    Numbers empty;
     for (int i = 0; i < part.count; ++i) {
       ThrowIfCancelled(cancel_);
+      const std::uint64_t number = static_cast<std::uint64_t>(i) + 1;
       try {
         const PointsRead read = Read(part, i);
-        if (read.lost > 0) lacking.Add(i + 1);
-        if (read.lost == 0 && read.count == 0) empty.Add(i + 1);
+        if (read.lost > 0) lacking.Add(number);
+        if (read.lost == 0 && read.count == 0) empty.Add(number);
       } catch (const Error&) {
-        unread.Add(i + 1);
+        unread.Add(number);
       }
       if (progress_) progress_(++done_, all_);
     }
     Notice(part, part.AreTraces() ? FindingCode::kTracesUnreadable : FindingCode::kScansUnreadable, unread,
            "cannot be read");
-    // With ion mobility the points are in another file.
-    if (!part.described.hasMobility && lacking.count != KnownLosses(part.subject))
+    // With ion mobility the points are in another file. Those of reports are hidden by their lines, which are
+    // known.
+    if (!part.described.hasMobility && !IsReport() && lacking.Count() != KnownLosses(part.subject))
       Notice(part, FindingCode::kPointsLost, lacking, "have lost points");
     if (IsReport())
       Notice(part, part.AreTraces() ? FindingCode::kTracesEmpty : FindingCode::kScansEmpty, empty,
@@ -180,16 +172,16 @@ class PointsLook {
     return part.what == What::kTraces ? sample : "function " + TextOf(part.described.id) + " of " + sample;
   }
 
-  void Notice(const Part& part, FindingCode code, const Some& some, const std::string& what) {
-    if (some.count == 0) return;
+  void Notice(const Part& part, FindingCode code, const Numbers& some, const std::string& what) {
+    if (some.IsEmpty()) return;
     findings_.Add({.code = code,
                    .file = part.described.file,
-                   .problem = OwnerOf(part) + "has " + std::to_string(some.count) + " of " +
+                   .problem = OwnerOf(part) + "has " + std::to_string(some.Count()) + " of " +
                               std::to_string(part.count) + (part.AreTraces() ? " traces" : " scans") +
-                              " that " + what + "; the first is " + std::to_string(some.first),
+                              " that " + what + "; the first is " + std::to_string(some.First()),
                    .subject = part.subject,
-                   .count = some.count,
-                   .first = some.first});
+                   .count = some.Count(),
+                   .first = some.First()});
   }
 
   Source& source_;

@@ -427,8 +427,9 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data());
   ThrowRefusal(what + ' ', data->Refusal());
   if (!kept) ThrowUnread(what);
-  chromatogram.minutes.resize(*kept);
-  chromatogram.intensities.resize(*kept);
+  const std::size_t measured = std::min(*kept, data->Count() - data->ZerosAtEnd());
+  chromatogram.minutes.resize(measured);
+  chromatogram.intensities.resize(measured);
   return chromatogram;
 }
 

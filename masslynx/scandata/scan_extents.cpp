@@ -15,7 +15,8 @@ constexpr int kMixedFormat = 6;        // whose scans are all of
 constexpr int kFormatOfMixed = 3;      // this format,
 constexpr int kFormatOfLastMixed = 4;  // but the last is of this one
 
-// Calls `visit(begin, end)` with the place of each scan's points.
+// Calls `visit(begin, end, most)` with the place of each scan's points. The end is a lower bound, and `most`
+// an upper one: which of the two formats a mixed scan has is not known.
 template <class Visit>
 void ForEachScan(const ScanExtents& extents, Visit visit) {
   const bool isMixed = extents.dataFormat == kMixedFormat;
@@ -24,12 +25,10 @@ void ForEachScan(const ScanExtents& extents, Visit visit) {
   for (const ScanIndexEntry& entry : extents.entries) {
     const std::uint64_t begin = entry.DataOffset();
     const bool isLast = &entry == &extents.entries.back();
-    visit(begin, begin + (isLast ? lastUnit : unit).BytesOf(entry.pointCount));
+    visit(begin, begin + (isLast ? lastUnit : unit).BytesOf(entry.pointCount),
+          begin + lastUnit.BytesOf(entry.pointCount));
   }
 }
-
-// Whether the ends of the scans are exact, not only lower bounds.
-bool KnowsEnds(int dataFormat) { return UnitOf(dataFormat).bytes != 0 && dataFormat != kMixedFormat; }
 
 void Add(FindingCode code, std::string problem, Finding about, Findings& findings) {
   about.code = code;
@@ -37,66 +36,63 @@ void Add(FindingCode code, std::string problem, Finding about, Findings& finding
   findings.Add(std::move(about));
 }
 
-// Scans that have something in common, and the number of the first.
-struct Counted {
-  std::uint64_t count = 0;
-  std::uint64_t first = 0;
-
-  void Add(std::uint64_t number) {
-    if (count++ == 0) first = number;
-  }
-};
-
-void AddCounted(FindingCode code, const std::string& problem, const Counted& counted, Finding about,
-                Findings& findings) {
-  if (counted.count == 0) return;
-  about.count = counted.count;
-  about.first = counted.first;
-  Add(code, problem, std::move(about), findings);
-}
-
 }  // namespace
 
 void NoticeOverlaps(const ScanExtents& extents, Finding about, Findings& findings) {
-  Counted overlapping;
-  std::uint64_t number = 0;
+  Numbers overlapping;
+  Numbers earlier;
+  std::size_t place = 0;
   std::uint64_t reached = 0;
-  ForEachScan(extents, [&](std::uint64_t begin, std::uint64_t end) {
-    ++number;
-    if (end > begin && begin < reached) overlapping.Add(number);
+  std::uint64_t last = 0;  // the scan that reaches as far
+  ForEachScan(extents, [&](std::uint64_t begin, std::uint64_t end, std::uint64_t) {
+    const std::uint64_t number = extents.numbers.Of(place++);
+    if (end > begin && begin < reached) {
+      overlapping.Add(number);
+      earlier.Add(last);
+    }
+    if (end > reached) last = number;
     reached = std::max(reached, end);
   });
-  AddCounted(FindingCode::kScansOverlap,
-             "has scans that begin inside an earlier one: " + std::to_string(overlapping.count) + " of " +
-                 std::to_string(number) + "; the first is scan " + std::to_string(overlapping.first),
-             overlapping, std::move(about), findings);
+  if (overlapping.IsEmpty()) return;
+  about.SetScans(overlapping);
+  about.scans.Add(earlier);
+  Add(FindingCode::kScansOverlap,
+      "has scans that begin inside an earlier one: " + std::to_string(overlapping.Count()) + " of " +
+          std::to_string(place) + "; the first is scan " + std::to_string(overlapping.First()),
+      std::move(about), findings);
 }
 
-void NoticeExtents(const ScanExtents& extents, std::uint64_t size, Finding about, Findings& findings) {
-  Counted past;
-  std::uint64_t number = 0;
+void NoticeExtents(const ScanExtents& extents, std::uint64_t size, const Finding& about, Findings& findings) {
+  Numbers past;
+  std::size_t place = 0;
   std::uint64_t reached = 0;
+  std::uint64_t reachedAtMost = 0;
   std::uint64_t unused = 0;
   bool isInOrder = true;  // otherwise bytes between two scans may belong to a third
-  ForEachScan(extents, [&](std::uint64_t begin, std::uint64_t end) {
-    ++number;
+  ForEachScan(extents, [&](std::uint64_t begin, std::uint64_t end, std::uint64_t most) {
+    const std::uint64_t number = extents.numbers.Of(place++);
     if (end > begin) {
       isInOrder = isInOrder && begin >= reached;
-      if (begin > reached) unused += std::min(begin, std::max(size, reached)) - reached;
+      if (begin > reachedAtMost) unused += std::min(begin, std::max(size, reachedAtMost)) - reachedAtMost;
     }
     reached = std::max(reached, end);
+    reachedAtMost = std::max(reachedAtMost, most);
     if (end > size) past.Add(number);
   });
-  AddCounted(FindingCode::kDataCut,
-             "ends before " + std::to_string(past.count) + " of " + std::to_string(number) +
-                 " scans do; the first is scan " + std::to_string(past.first),
-             past, about, findings);
-  if (!KnowsEnds(extents.dataFormat)) return;
+  if (!past.IsEmpty()) {
+    Finding cut = about;
+    cut.SetScans(past);
+    Add(FindingCode::kDataCut,
+        "ends before " + std::to_string(past.Count()) + " of " + std::to_string(place) +
+            " scans do; the first is scan " + std::to_string(past.First()),
+        std::move(cut), findings);
+  }
+  if (UnitOf(extents.dataFormat).bytes == 0) return;
   if (!isInOrder) unused = 0;
-  if (reached < size) unused += size - reached;
+  if (reachedAtMost < size) unused += size - reachedAtMost;
   if (unused == 0) return;
   Add(FindingCode::kDataUnreferenced, "holds " + std::to_string(unused) + " bytes that no scan refers to",
-      std::move(about), findings);
+      about, findings);
 }
 
 }  // namespace zrml::masslynx

@@ -5,6 +5,7 @@
 
 #include "common/findings.h"
 #include "masslynx/function_record.h"
+#include "masslynx/scandata/scan_numbers.h"
 
 namespace zrml::masslynx {
 
@@ -13,6 +14,7 @@ namespace zrml::masslynx {
 inline constexpr int kUnknownFormat = -1;
 struct ScanExtents {
   std::span<const ScanIndexEntry> entries;
+  const ScanNumbers& numbers;
   int dataFormat = kUnknownFormat;
 };
 
@@ -21,6 +23,6 @@ void NoticeOverlaps(const ScanExtents& extents, Finding about, Findings& finding
 
 /// Reports scans that extend past the end of a data file of `size` bytes, and bytes that no scan refers to,
 /// as a cut, emptied or partly zeroed index leaves them.
-void NoticeExtents(const ScanExtents& extents, std::uint64_t size, Finding about, Findings& findings);
+void NoticeExtents(const ScanExtents& extents, std::uint64_t size, const Finding& about, Findings& findings);
 
 }  // namespace zrml::masslynx

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <string>
 
@@ -82,6 +83,20 @@ struct Entries {
   }
 };
 
+// Entries that are not in the order of the file are listed as they are.
+ScanNumbers NumbersOf(const Entries& entries) {
+  ScanNumbers numbers;
+  if (entries.inTimeOrder || !entries.inFileOrder) return numbers;
+  std::vector<std::uint32_t> order(entries.list.size());
+  std::iota(order.begin(), order.end(), 0U);
+  std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
+    return EarlierTime(entries.list[a], entries.list[b]);
+  });
+  numbers.listed.resize(order.size());
+  for (std::uint32_t i = 0; i < order.size(); ++i) numbers.listed[order[i]] = i + 1;
+  return numbers;
+}
+
 // The entries of all whole records that can be read; no more than `count`.
 Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count, int dataFormat,
                     LeftOutOffsets leftOut) {
@@ -132,6 +147,7 @@ class FunctionNotices {
 
   // The entries in the order of the file.
   void EntriesOf(const Entries& entries) {
+    const ScanNumbers numbers = NumbersOf(entries);
     const File data = OpenFunctionFile(folder_, function_, L"dat");
     const std::uint64_t size = data.Size();
     if (entries.list.empty() && size > 0) {
@@ -142,7 +158,7 @@ class FunctionNotices {
     }
     // The points of an ion-mobility function are in a file of their own.
     const bool hasPoints = !NoticeMobility();
-    const ScanExtents extents = {entries.list, FormatOfPoints()};
+    const ScanExtents extents = {entries.list, numbers, FormatOfPoints()};
     if (!entries.inFileOrder) {
       Finding finding = About(L"IDX");
       finding.code = FindingCode::kIndexDisordered;
@@ -163,12 +179,12 @@ class FunctionNotices {
     const std::vector<ScanIndexEntry>& scans = function_.scanIndex;
     Finding finding = About(L"STS");
     finding.code = FindingCode::kPrecursorsOfMethod;
-    finding.count = 0;
+    Numbers without;
     for (std::size_t i = 0; i < scans.size(); ++i) {
-      if (HasOwnPrecursor(scans[i])) continue;
-      if (finding.count++ == 0) finding.first = i + 1;
+      if (!HasOwnPrecursor(scans[i])) without.Add(i + 1);
     }
-    if (finding.count == 0) return;
+    if (without.IsEmpty()) return;
+    finding.SetScans(std::move(without));
     const std::string scansOf =
         std::to_string(finding.count) + " of " + std::to_string(scans.size()) + " scans";
     finding.problem = "does not tell the precursors of " + scansOf +

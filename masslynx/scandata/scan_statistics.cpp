@@ -10,6 +10,7 @@
 #include "common/bytes.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/scandata/scan_statistics_format.h"
+#include "masslynx/scandata/zeroed_points.h"
 
 namespace zrml::masslynx {
 namespace {
@@ -150,7 +151,7 @@ namespace {
 struct Problem {
   FindingCode code = FindingCode::kStatisticsCut;
   std::string text = {};
-  bool isForEachScan = false;  // that there is a record
+  std::uint64_t records = 0;  // that are whole
 };
 
 Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans) {
@@ -161,13 +162,24 @@ Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans)
   }
   const std::uint64_t bytes = size - std::min<std::uint64_t>(header.recordsOffset, size);
   const std::uint64_t records = header.recordSize == 0 ? 0 : bytes / header.recordSize;
-  Problem problem = {.isForEachScan = records >= scans};
+  Problem problem = {.records = records};
   if (header.recordSize == 0 || bytes % header.recordSize != 0) {
     problem.text = "does not end with a whole record";
   } else if (records != scans) {
     problem.text = "is about " + std::to_string(records) + " scans, the index about " + std::to_string(scans);
   }
   return problem;
+}
+
+// Of a whole file of `records`: zeros behind records that are not all zeros.
+Problem ZeroedRecords(const platform::File& file, const Header& header, std::uint64_t records) {
+  const std::uint64_t zeros = BeginOfZeros(file);
+  const std::uint64_t last = records > 0 ? header.recordsOffset + (records - 1) * header.recordSize : 0;
+  if (zeros <= header.recordsOffset || zeros > last) return {.records = records};
+  const std::uint64_t left = (zeros - header.recordsOffset + header.recordSize - 1) / header.recordSize;
+  return {.text = "ends in zeros that are no records of " + std::to_string(records - left) + " of " +
+                  std::to_string(records) + " scans; the first is scan " + std::to_string(left + 1),
+          .records = left};
 }
 
 }  // namespace
@@ -180,20 +192,23 @@ bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& 
   if (!file.IsOpen() && !IsThere(folder, name, kSpellings)) return scans == 0;
   Finding finding = NotOpened(folder, name, kSpellings, FindingCode::kFileUnreadable);
   finding.subject = SubjectOf(function);
-  bool isForEachScan = false;
+  std::uint64_t records = 0;
   if (file.IsOpen()) {
     const std::uint64_t size = file.Size();
     if (size == 0 && scans == 0) return true;  // of a function that was never acquired
     std::array<std::byte, format::kHeaderSize> start{};
     file.ReadAt(0, start);
-    Problem problem = ProblemOf(ReadHeader(start), size, scans);
-    isForEachScan = problem.isForEachScan;
-    if (problem.text.empty()) return isForEachScan;
+    const Header header = ReadHeader(start);
+    Problem problem = ProblemOf(header, size, scans);
+    if (problem.text.empty()) problem = ZeroedRecords(file, header, problem.records);
+    records = problem.records;
+    if (problem.text.empty()) return records >= scans;
     finding.code = problem.code;
     finding.problem = std::move(problem.text);
+    for (std::uint64_t scan = records; scan < scans; ++scan) finding.scans.Add(scan + 1);
   }
   findings.Add(std::move(finding));
-  return isForEachScan;
+  return records >= scans;
 }
 
 }  // namespace zrml::masslynx

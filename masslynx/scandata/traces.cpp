@@ -106,7 +106,10 @@ class TraceNotices {
   // Analog channels hide stored chromatograms, but not when their list cannot be opened.
   void Notice() const {
     const File analogs = OpenInDirectory(folder_, kAnalogList);
-    if (analogs.IsOpen()) return NoticeAnalogs(analogs);
+    if (analogs.IsOpen()) {
+      NoticeAnalogs(analogs);
+      return NoticeHidden(analogs);
+    }
     if (IsThere(folder_, kAnalogList) || OpenInDirectory(folder_, kAnalogData).Size() > 0)
       AddNotOpened(kAnalogList, ", so there are no analog traces");
     const File chromatograms = OpenInDirectory(folder_, kChromatogramList);
@@ -144,7 +147,40 @@ class TraceNotices {
       if (data.Size() > 0 || HasData(0)) AddCut(kAnalogList, "is empty");
     } else if (data.IsOpen() && data.Size() == 0 && hasScans_) {
       Add(FindingCode::kTraceDataMissing, kAnalogData, "is empty");
+    } else if (const std::optional<TraceList> names = ReadAnalogNames(list)) {
+      NoticeAnalogPoints(*names);
     }
+  }
+
+  // What is wrong with the points of one channel is so for all.
+  void NoticeAnalogPoints(const TraceList& list) const {
+    const std::optional<TraceData> data = TraceData::Open(folder_, list, 0);
+    if (!data) return;  // which reading the traces finds out
+    const std::size_t lost = NoticeZeros(*data, kAnalogData);
+    std::vector<double> times(data->Count());
+    std::vector<double> values(data->Count());
+    const std::optional<std::size_t> kept = data->Read(times.data(), values.data());
+    if (!kept || *kept + lost >= data->Count()) return;
+    Add(FindingCode::kTraceTimesReturn, kAnalogData,
+        "has times that go backwards, so only " + std::to_string(*kept) + " of " +
+            std::to_string(data->Count()) + " records are read");
+  }
+
+  std::size_t NoticeZeros(const TraceData& data, std::wstring_view name) const {
+    const std::size_t lost = data.ZerosAtEnd();
+    if (lost > 0) {
+      Add(FindingCode::kTraceDataZeroed, name,
+          "ends in zeros in place of " + std::to_string(lost) + " of " + std::to_string(data.Count()) +
+              " records");
+    }
+    return lost;
+  }
+
+  // An empty list of channels is damage already.
+  void NoticeHidden(const File& analogs) const {
+    if (analogs.Size() == 0 || !HasData(0)) return;
+    Add(FindingCode::kTracesHidden, kChromatogramList,
+        "is not read beside _ANALOGS.INF, so the stored chromatograms are no traces");
   }
 
   void NoticeChromatograms(const File& list) const {
@@ -155,6 +191,10 @@ class TraceNotices {
       return Add(FindingCode::kTraceListCut, kChromatogramList, "does not end with a whole record");
     const auto traces = static_cast<std::size_t>(header.dataSize / format::kNameRecordSize);
     if (HasData(traces)) Add(FindingCode::kFileUnowned, ChromatogramData(traces), "belongs to no trace");
+    for (std::size_t trace = 0; trace < traces; ++trace) {
+      const std::optional<TraceData> data = TraceData::Open(folder_, {}, trace);
+      if (data) NoticeZeros(*data, ChromatogramData(trace));
+    }
   }
 
   // Of the trace at `position`.
@@ -221,6 +261,18 @@ std::optional<std::size_t> TraceData::Read(double* times, double* values) const 
     return true;
   });
   return isWhole ? std::optional(kept) : std::nullopt;
+}
+
+// Only the first record may be at time 0.
+std::size_t TraceData::ZerosAtEnd() const {
+  std::size_t zeros = 0;
+  ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
+    const bool isZero =
+        std::all_of(record, record + recordSize_, [](std::byte byte) { return byte == std::byte{0}; });
+    zeros = isZero ? zeros + 1 : 0;
+    return true;
+  });
+  return zeros > 0 && zeros == count_ ? zeros - 1 : zeros;
 }
 
 }  // namespace zrml::masslynx

@@ -27,8 +27,8 @@ inline constexpr std::wstring_view kTotalAbsorbance = L"PDA - Total Absorbance";
 /// NoticeRefusal().
 std::optional<TraceList> ReadTraceList(const platform::SystemPath& folder, std::string* refusal = nullptr);
 
-/// Reports damage that the lists show. With `hasScans` (of any function), analog channels without values are
-/// damage and not a run that never began.
+/// Reports damage of the lists, and records that are zeros or that no trace shows. With `hasScans` (of any
+/// function), analog channels without values are damage and not a run that never began.
 void NoticeTraces(const platform::SystemPath& folder, bool hasScans, Findings& findings);
 
 /// The data of one trace.
@@ -44,6 +44,10 @@ class TraceData {
   /// Writes the stored times and values into arrays with room for Count() and returns the number of points:
   /// analog channels end where time runs backwards. No value when the file ends before its records.
   std::optional<std::size_t> Read(double* times, double* values) const;
+
+  /// How many records at the end are zeros and no points: a copy that broke off. Analog channels have them
+  /// in common.
+  std::size_t ZerosAtEnd() const;
 
   /// See File::Refusal().
   std::string Refusal() const { return file_.Refusal(); }

@@ -16,27 +16,12 @@ namespace {
 
 using platform::File;
 
-constexpr std::uint64_t kNowhere = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kNowhere = kNoZeros;
 
 // Totals have 24 bits, and each point of a scan is rounded.
 constexpr double kSameTotal = 1e-3;
 // Without another proof, a scan that breaks off has lost more than the error of totals.
 constexpr double kHalf = 0.5;
-
-// The start of the zeros at the file's end; nowhere when it cannot be read.
-std::uint64_t BeginOfZeros(const File& file) {
-  std::vector<std::byte> block;
-  std::uint64_t end = file.Size();
-  for (std::size_t size = 512; end > 0; size = std::size_t{1} << 18) {
-    block.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, end)));
-    if (file.ReadAt(end - block.size(), block) != block.size()) return kNowhere;
-    const auto last =
-        std::find_if(block.rbegin(), block.rend(), [](std::byte byte) { return byte != std::byte{0}; });
-    end -= static_cast<std::uint64_t>(last - block.rbegin());
-    if (last != block.rend()) break;
-  }
-  return end;
-}
 
 // How many bytes of a point define a mass that can occur; the following ones may be zero.
 std::uint64_t BytesOfMeaning(int layout) {
@@ -123,7 +108,7 @@ class TailSearch {
     ZeroTail tail = {.begin = begin_};
     ForEachScan([&](int scan, const ScanRoom& room) {
       if (room.offset + room.bytes <= begin_) return;
-      if (tail.scans++ == 0) tail.first = static_cast<std::uint64_t>(scan) + 1;
+      tail.scans.Add(static_cast<std::uint64_t>(scan) + 1);
     });
     return tail;
   }
@@ -159,6 +144,20 @@ bool MayHaveZeros(Bytes bytes, std::size_t size, std::size_t meaning) {
 }
 
 }  // namespace
+
+std::uint64_t BeginOfZeros(const File& file) {
+  std::vector<std::byte> block;
+  std::uint64_t end = file.Size();
+  for (std::size_t size = 512; end > 0; size = std::size_t{1} << 18) {
+    block.resize(static_cast<std::size_t>(std::min<std::uint64_t>(size, end)));
+    if (file.ReadAt(end - block.size(), block) != block.size()) return kNoZeros;
+    const auto last =
+        std::find_if(block.rbegin(), block.rend(), [](std::byte byte) { return byte != std::byte{0}; });
+    end -= static_cast<std::uint64_t>(last - block.rbegin());
+    if (last != block.rend()) break;
+  }
+  return end;
+}
 
 std::optional<ZeroTail> FindZeroTail(const File& data, const FunctionRecord& function) {
   if (function.hasMobilityData || IsBlank(data, function)) return std::nullopt;

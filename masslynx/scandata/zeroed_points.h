@@ -4,19 +4,24 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
+#include "common/findings.h"
 #include "common/platform/platform.h"
 #include "masslynx/function_record.h"
 #include "masslynx/scandata/scan_room.h"
 
 namespace zrml::masslynx {
 
+/// Where the zeros at a file's end begin: its size when there are none; kNoZeros when it cannot be read.
+inline constexpr std::uint64_t kNoZeros = std::numeric_limits<std::uint64_t>::max();
+std::uint64_t BeginOfZeros(const platform::File& file);
+
 struct ZeroTail {
   std::uint64_t begin = 0;  ///< in the data file: no point from here on was measured
-  std::uint64_t scans = 0;  ///< how many have points there
-  std::uint64_t first = 0;  ///< number of the first of them, from 1
+  Numbers scans = {};       ///< that have points there
 };
 
 /// Of a function whose index is loaded. Points of no intensity are sound zeros, so those alone prove nothing:

@@ -224,6 +224,46 @@ TEST(RawFindings, LastScanOfMixedData) {
 }
 
 // Of a function of products, whose precursors stand in its statistics.
+// Three scans of 8 points in 16, 16 and 20 bytes. Without the second record the first scan has 20 at most.
+TEST(RawFindings, RecordsOfMixedDataThatAreLost) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.dataFormat = 6;
+  for (const std::size_t bytes : {16, 16, 20})
+    raw.functions[0].scans.push_back({.index = {.pointCount = 8}, .data = FileBytes(bytes, std::byte{1})});
+  ExpectLines(raw, {"data-unreferenced: _FUNC001.DAT holds 16 bytes that no scan refers to"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.IDX",
+                               [](FileBytes& bytes) { bytes.erase(bytes.begin(), bytes.begin() + 22); });
+              });
+  ExpectLines(raw, {"data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.IDX",
+                               [](FileBytes& bytes) { bytes.erase(bytes.begin() + 22, bytes.begin() + 44); });
+              });
+}
+
+// Records of 40 bytes. The first two scans have a precursor of their own in any case.
+TEST(RawFindings, StatisticsThatEndInZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].record.type = 16;  // TOF MS/MS
+  raw.functions[0].record.setMass = 500;
+  raw.functions[0].statistics->recordSize = 40;
+  for (ScanFiles& scan : raw.functions[0].scans) {
+    scan.statistics.precursorMass = 445;
+    scan.statistics.precursorFlags = 1;
+  }
+  ExpectLines(raw,
+              {"statistics-cut: _FUNC001.STS ends in zeros that are no records of 1 of 3 scans; the first is "
+               "scan 3",
+               "precursors-of-method: _FUNC001.STS does not tell the precursors of 1 of 3 scans, which are "
+               "the method's; the first is scan 3"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS",
+                               [](FileBytes& bytes) { std::fill_n(bytes.end() - 40, 40, std::byte{0}); });
+              });
+}
+
 TEST(RawFindings, PrecursorsThatAreTheMethods) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[0].record.type = 11;
@@ -444,6 +484,53 @@ TEST(RawFindings, ChannelsOfARunWithoutScansMayBeEmpty) {
 }
 
 // Its header is 8 bytes, two records of 85 follow.
+// Three records of 8 bytes: a time and two words.
+TEST(RawFindings, ValuesOfAnalogChannelsThatAreNotRead) {
+  RawDirectoryBuilder raw = WithAnalogs();
+  raw.analogs.push_back({.time = 2, .words = {8, 8}});
+  raw.analogs.push_back({.time = 3, .words = {8, 8}});
+  ExpectLines(raw, {"trace-data-zeroed: _ANALOGS.DAT ends in zeros in place of 2 of 3 records"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_ANALOGS.DAT",
+                               [](FileBytes& bytes) { std::fill_n(bytes.begin() + 8, 16, std::byte{0}); });
+              });
+  ExpectLines(
+      raw, {"trace-times-return: _ANALOGS.DAT has times that go backwards, so only 2 of 3 records are read"},
+      [](const TempDirectory& directory) {
+        directory.Edit("_ANALOGS.DAT",
+                       [](FileBytes& bytes) { std::copy_n(bytes.begin(), 8, bytes.begin() + 16); });
+      });
+}
+
+// A header of 8 bytes and two records of 8.
+TEST(RawFindings, ChromatogramThatEndsInZeros) {
+  RawDirectoryBuilder raw = WithChromatograms();
+  raw.chroms[1].points.push_back({2, 3});
+  ExpectLines(raw, {"trace-data-zeroed: _CHRO002.DAT ends in zeros in place of 1 of 2 records"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_CHRO002.DAT",
+                               [](FileBytes& bytes) { std::fill_n(bytes.begin() + 16, 8, std::byte{0}); });
+              });
+}
+
+// A channel may begin at time 0 without a signal.
+TEST(RawFindings, FirstRecordOfATraceMayBeZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.chroms = {{"pressure", {{0, 0}}}, {"flow", {{0, 0}, {1, 0}}}};
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
+}
+
+TEST(RawFindings, ChromatogramsBesideAnalogChannels) {
+  RawDirectoryBuilder raw = WithAnalogs();
+  raw.chroms = WithChromatograms().chroms;
+  EXPECT_EQ(
+      LinesOf(raw.Build()),
+      Lines{"traces-hidden: _CHROMS.INF is not read beside _ANALOGS.INF, so the stored chromatograms are "
+            "no traces"});
+  raw.chroms = {{"pressure", {}}};  // nothing is hidden
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
+}
+
 TEST(RawFindings, ListOfChromatograms) {
   const RawDirectoryBuilder raw = WithChromatograms();
   ExpectLines(raw, {"trace-list-cut: _CHROMS.INF does not end with a whole record"},

@@ -204,6 +204,54 @@ TEST_F(DamageOutsideTest, OfOtherFunctionsDoesNotMatter) {
   ExpectStatus(directory, {{{}, 7}, {{"--function", "1"}, 2}, {{"--function", "2"}, 7}});
 }
 
+// Three scans of 12 bytes, at 0.1, 0.2 and 0.3 minutes: one byte of the last is lost.
+TEST_F(DamageOutsideTest, OfOtherScansDoesNotMatter) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Truncate("_FUNC001.DAT", 35);
+  ExpectStatus(directory, {{{}, 7},
+                           {{"--scans", "1-2"}, 0},
+                           {{"--scans", "1-2", "--damaged"}, 0},
+                           {{"--scans", "2-"}, 7},
+                           {{"--rt", "-0.2"}, 0},
+                           {{"--rt", "0.25-"}, 7},
+                           {{"--scans", "3", "--rt", "-0.2"}, 2},
+                           {{"--scans", "1-2", "--function", "1", "--format", "tsv"}, 0}});
+  const TempDirectory zeroed = SoundDirectory().Build();
+  zeroed.Edit("_FUNC001.DAT",
+              [](FileBytes& bytes) { std::fill(bytes.begin() + 24, bytes.end(), std::byte{0}); });
+  ExpectStatus(zeroed, {{{}, 7}, {{"--scans", "1-2"}, 0}, {{"--scans", "3"}, 7}});
+}
+
+// The header and the descriptors are left, and records of the first two of three scans.
+TEST_F(DamageOutsideTest, StatisticsOfOtherScansDoNotMatter) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].statistics->recordSize = 40;
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_FUNC001.STS", directory.Read("_FUNC001.STS").size() - 40);
+  ExpectStatus(directory, {{{}, 7}, {{"--scans", "1-2"}, 0}, {{"--scans", "3"}, 7}});
+}
+
+// The function of products, at 0.1 and 0.2 minutes, has no statistics.
+TEST_F(DamageOutsideTest, PrecursorsOfOtherScansDoNotMatter) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.type = 16;  // TOF MS/MS
+  raw.functions[1].record.setMass = 500;
+  const TempDirectory directory = raw.Build();
+  ExpectStatus(directory, {{{"--strict"}, 7}, {{"--strict", "--rt", "0.25-"}, 0}});
+}
+
+// The second record has the earliest time and the last place in the data file: its points are cut.
+TEST_F(DamagedConversionTest, ScansHaveTheNumbersOfTheirTimes) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].scans[2].index.retentionTime = 0.05F;
+  const TempDirectory directory = raw.Build();
+  directory.Truncate("_FUNC001.DAT", 20);
+  EXPECT_EQ(Run({"check", PathOf(directory)}).output,
+            "lost: _FUNC001.DAT ends before 2 of 3 scans do; the first is scan 1\n");
+  EXPECT_EQ(Convert(directory, {"--scans", "2", "--function", "1"}).status, 0);
+  EXPECT_EQ(Convert(directory, {"--scans", "1", "--function", "1"}).status, 7);
+}
+
 TEST_F(DamageOutsideTest, LostFunctionCountsForItsNumber) {
   const TempDirectory directory = SoundDirectory().Build();
   directory.Remove("_FUNC002.DAT");

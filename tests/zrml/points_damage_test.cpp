@@ -69,6 +69,19 @@ TEST_F(PointsDamageTest, ScanOfZerosAmongOthersIsLost) {
       std::string::npos);
 }
 
+// A header of 8 bytes and two records of 8: of the second one nothing is left, and no point at time 0 is made
+// of it.
+TEST_F(PointsDamageTest, TraceThatEndsInZerosHasNoSuchPoints) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.chroms = {{"flow", {{1, 2}, {2, 3}}}};
+  const TempDirectory directory = raw.Build();
+  directory.Edit("_CHRO001.DAT", [](FileBytes& bytes) { std::fill_n(bytes.begin() + 16, 8, std::byte{0}); });
+  const std::string shown = Run({"chromatogram", PathOf(directory), "--trace", "1"}).output;
+  EXPECT_EQ(shown.substr(shown.find("time\t")), "time\tintensity\n1\t2\n");
+  EXPECT_EQ(Run({"convert", PathOf(directory), "--stdout"}).status, 7);
+  EXPECT_EQ(Convert(directory).status, 0);  // which has no traces
+}
+
 TEST_F(PointsDamageTest, NothingLostIsListedTwice) {
   RawDirectoryBuilder raw = SoundDirectory();
   for (const float minutes : {0.4F, 0.5F, 0.6F})

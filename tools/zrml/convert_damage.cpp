@@ -47,7 +47,7 @@ void DamagePolicy::Look(source::Source& source, int sample, const std::string& n
     const convert::ConvertedSubjects converted(source, sample, options.selection, options.format);
     for (const Finding& finding : findings) {
       const bool isLost = SeverityOf(finding.code) == Severity::kLost;
-      if (!converted.Has(finding.subject)) continue;
+      if (!converted.Has(finding)) continue;
       if (isLost && !options.isLossAllowed)
         throw Failure(ExitStatus::kDamaged, name + " is damaged: " + TextOf(finding) + kAdvice);
       if (!isLost && options.isStrict)
