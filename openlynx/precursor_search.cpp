@@ -49,12 +49,12 @@ std::vector<Candidate> FindCandidates(Report& report, Sample& sample,
 
 // The sample's spectra that are closest to a time and not later, by number.
 std::vector<std::size_t> FindClosest(Report& report, const Sample& sample,
-                                     std::span<const Candidate> candidates, double minutes) {
+                                     std::span<const Candidate> candidates, double minutes, double missing) {
   std::vector<std::size_t> found;
   double closest = DBL_MAX;  // farther than any spectrum
   for (const Run& run : JoinedRuns(candidates)) {
     const auto spectra = std::span<const std::uint64_t>(sample.spectra).subspan(run.first, run.Size());
-    const std::vector<double> times = report.ReadSeries(spectra, 0).minutes;
+    const std::vector<double> times = report.ReadSeries(spectra, missing).minutes;
     for (std::size_t i = 0; i < times.size(); ++i) {
       const double distance = minutes - times[i];
       if (!(distance >= 0) || distance == DBL_MAX || distance > closest) continue;
@@ -106,15 +106,15 @@ class SameKind {
 
 std::optional<std::pair<int, int>> FindPrecursor(Report& report, Sample& sample,
                                                  std::span<const std::size_t> functions, int function,
-                                                 std::uint64_t spectrum) {
+                                                 std::uint64_t spectrum, double missing) {
   const auto at = [&](int place) -> Function& {
     return sample.functions[functions[static_cast<std::size_t>(place)]];
   };
   if (MsLevelOf(report.KindOf(sample, at(function))) != 2) return std::nullopt;
   SameKind sameKind(report, sample, at(function));
   const std::vector<Candidate> candidates = FindCandidates(report, sample, functions);
-  const double minutes = report.ReadSeries(std::span(&spectrum, 1), 0).minutes[0];
-  const std::vector<std::size_t> closest = FindClosest(report, sample, candidates, minutes);
+  const double minutes = report.ReadSeries(std::span(&spectrum, 1), missing).minutes[0];
+  const std::vector<std::size_t> closest = FindClosest(report, sample, candidates, minutes, missing);
   std::optional<std::pair<int, int>> first;
   for (std::size_t i = candidates.size(); i-- > 0;) {
     const Candidate& candidate = candidates[i];

@@ -19,9 +19,9 @@ namespace zrml::openlynx {
 /// the first one when there is no such function. A function of level 1 without spectra ends the search.
 ///
 /// `functions` are positions in the sample's functions, in file order, with their blocks found; `function` is
-/// a place among them, and so is the one given.
+/// a place among them, and so is the one given. `missing` is the time of a spectrum without one.
 std::optional<std::pair<int, int>> FindPrecursor(Report& report, Sample& sample,
                                                  std::span<const std::size_t> functions, int function,
-                                                 std::uint64_t spectrum);
+                                                 std::uint64_t spectrum, double missing);
 
 }  // namespace zrml::openlynx

@@ -30,7 +30,8 @@ int CountOf(std::size_t size);
 class Report {
  public:
   Report() = default;
-  explicit Report(ReportStream stream) : stream_(std::move(stream)) {}
+  explicit Report(ReportStream stream, DecimalCommas commas = DecimalCommas::kEndNumbers)
+      : stream_(std::move(stream)), commas_(commas) {}
 
   /// Continues with another file at the known positions; returns the previous file.
   ReportStream Exchange(ReportStream stream);
@@ -75,18 +76,18 @@ class Report {
   std::vector<std::wstring> TraceNames(std::span<const std::uint64_t> chromatograms) {
     return ReadTraceNames(stream_, chromatograms);
   }
-  Trace ReadTrace(std::uint64_t position) { return openlynx::ReadTrace(stream_, position); }
+  Trace ReadTrace(std::uint64_t position) { return openlynx::ReadTrace(stream_, position, commas_); }
 
   SpectrumHead ReadSpectrumHead(std::uint64_t position) {
-    return openlynx::ReadSpectrumHead(stream_, position);
+    return openlynx::ReadSpectrumHead(stream_, position, commas_);
   }
   std::wstring ReadProcess(std::uint64_t position, const SpectrumHead& spectrum) {
     return openlynx::ReadProcess(stream_, position, spectrum);
   }
   std::size_t CountLines(const SpectrumHead& spectrum) { return CountSpectrumLines(stream_, spectrum); }
-  Points ReadPoints(const SpectrumHead& spectrum) { return ReadSpectrumPoints(stream_, spectrum); }
+  Points ReadPoints(const SpectrumHead& spectrum) { return ReadSpectrumPoints(stream_, spectrum, commas_); }
   ScanSeries ReadSeries(std::span<const std::uint64_t> spectra, double missing) {
-    return ReadScanSeries(stream_, spectra, missing);
+    return ReadScanSeries(stream_, spectra, missing, commas_);
   }
   /// The lines of a function that begin before `end`; no value when that is more than 10,000,000 characters.
   std::optional<std::wstring> ReadText(const Function& function, std::uint64_t end = kNoLimit);
@@ -99,6 +100,7 @@ class Report {
 
  private:
   ReportStream stream_;
+  DecimalCommas commas_ = DecimalCommas::kEndNumbers;
   std::vector<Sample> samples_;  // empty until needed
 };
 

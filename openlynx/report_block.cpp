@@ -71,7 +71,18 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
   return found;
 }
 
-std::optional<double> NumberIn(std::string_view value) { return TakeDouble(value); }
+bool HasDecimalComma(std::string_view text) {
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  for (std::size_t at = text.find(','); at < text.size(); at = text.find(',', at + 1)) {
+    if (at > 0 && at + 1 < text.size() && isDigit(text[at - 1]) && isDigit(text[at + 1])) return true;
+  }
+  return false;
+}
+
+std::optional<double> NumberIn(std::string_view value, DecimalCommas commas) {
+  if (commas == DecimalCommas::kHideNumbers && HasDecimalComma(value)) return std::nullopt;
+  return TakeDouble(value);
+}
 
 double FullScaleOf(std::optional<double> number) {
   return number.value_or(0.0) == 0.0 ? kFullScale : *number;

@@ -65,8 +65,15 @@ bool Contains(std::string_view value, std::string_view part);
 std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys,
                                       std::string_view list = {});
 
+/// What a comma between digits does, as some systems write it for the point: it ends the number, deliberately
+/// so in the slots of the contract, or nobody knows the number.
+enum class DecimalCommas { kEndNumbers, kHideNumbers };
+
+/// "210,05"
+bool HasDecimalComma(std::string_view text);
+
 /// The number in a value by the rules of C's strtod; no value without a number.
-std::optional<double> NumberIn(std::string_view value);
+std::optional<double> NumberIn(std::string_view value, DecimalCommas commas);
 
 /// The intensity that is 100 percent; 100 when it is missing or zero.
 double FullScaleOf(std::optional<double> number);
@@ -82,15 +89,24 @@ void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use) {
   }
 }
 
-/// Calls `use(x, y)` for each line of the data list at `position` that holds two numbers. Lines are not
-/// copied: that would take a quarter of the reading time.
+/// Calls `use(x, y)` for each line of the data list at `position` that holds two numbers, and gives how many
+/// have a hidden one. Lines are not copied: that would take a quarter of the reading time.
 template <class Use>
-void ReadDataList(ReportStream& stream, std::uint64_t position, Use use) {
+std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, DecimalCommas commas, Use use) {
+  std::size_t hidden = 0;
+  // Of the number that `rest` follows.
+  const auto isHidden = [&](std::string_view rest) {
+    return commas == DecimalCommas::kHideNumbers && rest.size() > 1 && rest[0] == ',' && rest[1] >= '0' &&
+           rest[1] <= '9';
+  };
   ForEachDataLine(stream, position, [&](std::string_view& line) {
     const std::optional<double> x = TakeDouble(line);
+    if (x && isHidden(line)) return void(++hidden);
     const std::optional<double> y = x ? TakeDouble(line) : std::nullopt;
+    if (y && isHidden(line)) return void(++hidden);
     if (y) use(*x, *y);
   });
+  return hidden;
 }
 
 inline constexpr std::uint64_t kNoLimit = static_cast<std::uint64_t>(-1);

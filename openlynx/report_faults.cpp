@@ -76,14 +76,6 @@ constexpr FaultText kTexts[] = {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// "210,05"
-bool HasDecimalComma(std::string_view text) {
-  for (std::size_t at = text.find(','); at < text.size(); at = text.find(',', at + 1)) {
-    if (at > 0 && at + 1 < text.size() && IsDigit(text[at - 1]) && IsDigit(text[at + 1])) return true;
-  }
-  return false;
-}
-
 // Followed by more than a line end.
 bool HasLoneCr(std::string_view line) {
   const std::size_t cr = line.find('\r');

@@ -32,16 +32,30 @@ constexpr std::array<TypeKind, 10> kTypeKinds = {{
     {"MS", FunctionKind::kMs},
 }};
 
+// Points are lost without their full scale.
 template <class Keep>
-Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, double fullScale, Keep keep) {
+Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, std::optional<double> fullScale,
+                  DecimalCommas commas, Keep keep) {
   Points points;
   if (!list) return points;
-  ReadDataList(stream, *list, [&](double x, double percent) {
+  std::size_t unscaled = 0;
+  points.lost = ReadDataList(stream, *list, commas, [&](double x, double percent) {
     if (!keep(x, percent)) return;
+    if (!fullScale) return void(++unscaled);
     points.x.push_back(x);
-    points.intensities.push_back(percent * fullScale / kFullScale);
+    points.intensities.push_back(percent * *fullScale / kFullScale);
   });
+  points.lost += unscaled;
   return points;
+}
+
+// No value where it is hidden.
+std::optional<double> ScaleOf(std::optional<double> number, bool isHidden) {
+  return isHidden ? std::nullopt : std::optional(FullScaleOf(number));
+}
+
+bool IsHidden(std::string_view value, DecimalCommas commas) {
+  return commas == DecimalCommas::kHideNumbers && HasDecimalComma(value);
 }
 
 }  // namespace
@@ -90,25 +104,30 @@ std::vector<std::wstring> ReadSampleItems(ReportStream& stream, std::uint64_t po
   return values;
 }
 
-ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing) {
+ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing,
+                          DecimalCommas commas) {
   ScanSeries series;
   constexpr std::array kKeys = {kBpiKey, kTicKey, kTimeKey};
   const std::array values = {&series.basePeaks, &series.totalIons, &series.minutes};
   for (std::vector<double>* const of : values) of->resize(spectra.size(), missing);
   ReadKeysOfAll(stream, spectra, kKeys,
                 [&](std::size_t key, std::string_view value, std::span<const std::size_t> blocks) {
-                  const double number = NumberIn(value).value_or(missing);
+                  const double number = NumberIn(value, commas).value_or(missing);
                   for (const std::size_t block : blocks) (*values[key])[block] = number;
                 });
   return series;
 }
 
-SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
+SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position, DecimalCommas commas) {
   std::array<KeyValue, 4> keys = {{{kBpiKey}, {kContinuumKey}, {kTicKey}, {kTimeKey}}};
   const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kMassList);
   const auto& [bpi, continuum, tic, time] = keys;
-  return {NumberIn(time.value), NumberIn(bpi.value), NumberIn(tic.value), continuum.value == kCentroided,
-          list};
+  return {NumberIn(time.value, commas),
+          NumberIn(bpi.value, commas),
+          NumberIn(tic.value, commas),
+          continuum.value == kCentroided,
+          list,
+          IsHidden(bpi.value, commas)};
 }
 
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {
@@ -127,18 +146,19 @@ std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectru
   return count;
 }
 
-Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum) {
-  return ReadPoints(stream, spectrum.list, FullScaleOf(spectrum.basePeak),
+Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum, DecimalCommas commas) {
+  return ReadPoints(stream, spectrum.list, ScaleOf(spectrum.basePeak, spectrum.isScaleHidden), commas,
                     [](double mass, double percent) { return mass > 0.0 && percent > 0.0; });
 }
 
-Trace ReadTrace(ReportStream& stream, std::uint64_t position) {
+Trace ReadTrace(ReportStream& stream, std::uint64_t position, DecimalCommas commas) {
   std::array<KeyValue, 2> keys = {{{kDescriptionKey}, {kMaxIntensityKey}}};
   const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kTraceList);
   const auto& [description, maxIntensity] = keys;
   Trace trace;
   trace.description = platform::FromCodePage(description.value);
-  trace.points = ReadPoints(stream, list, FullScaleOf(NumberIn(maxIntensity.value)),
+  const bool isHidden = IsHidden(maxIntensity.value, commas);
+  trace.points = ReadPoints(stream, list, ScaleOf(NumberIn(maxIntensity.value, commas), isHidden), commas,
                             [](double, double) { return true; });
   return trace;
 }

@@ -61,13 +61,15 @@ struct ScanSeries {
 };
 
 /// `missing` replaces an absent value or one that is not a number.
-ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing);
+ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing,
+                          DecimalCommas commas);
 
 /// The points of a data list in file order: masses or times, and intensities scaled to the block's full
 /// scale.
 struct Points {
   std::vector<double> x;
   std::vector<double> intensities;
+  std::size_t lost = 0;  ///< whose numbers, or those that they are in percent of, are hidden
 };
 
 /// A "[SPECTRUM]" block without its points; no value for what it does not say.
@@ -77,10 +79,11 @@ struct SpectrumHead {
   std::optional<double> totalIons;
   bool isCentroided = false;
   std::optional<std::uint64_t> list;  // where its points begin
+  bool isScaleHidden = false;         // the number that intensities are in percent of
 };
 
 /// Reads the block in one pass, which ends as soon as everything is found.
-SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position);
+SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position, DecimalCommas commas);
 
 /// What a spectrum was made by: the value of its key ahead of its points, "Combine (5:9-1:3)".
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum);
@@ -89,7 +92,7 @@ std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const Spe
 std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum);
 
 /// Without points whose mass or intensity is not positive.
-Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum);
+Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum, DecimalCommas commas);
 
 /// A "[CHROMATOGRAM]" block. All points are kept, even those that are not positive.
 struct Trace {
@@ -97,6 +100,6 @@ struct Trace {
   Points points;
 };
 
-Trace ReadTrace(ReportStream& stream, std::uint64_t position);
+Trace ReadTrace(ReportStream& stream, std::uint64_t position, DecimalCommas commas);
 
 }  // namespace zrml::openlynx

@@ -226,7 +226,8 @@ bool COpenLynxRptDataServerImpl::GetSpectrum(int sample, int function, int scan,
   if (position == nullptr) return false;
   const openlynx::SpectrumHead head = report_.ReadSpectrumHead(*position);
   points_ = report_.ReadPoints(head);
-  const auto& [masses, intensities] = points_;
+  const std::vector<double>& masses = points_.x;
+  const std::vector<double>& intensities = points_.intensities;
   if (masses.empty()) return false;
   const int kind = GetFunctionKind(sample, function);
   const bool isNegative = GetPolarity(sample, function) == kNegativePolarity;
@@ -343,7 +344,7 @@ bool COpenLynxRptDataServerImpl::FindPrecursorScan(int sample, int function, int
   if (!spectra || scan < 0 || scan >= CountOf(spectra->size())) return false;
   const FoundSample found = FindIndexedSample(sample);
   const auto precursor = openlynx::FindPrecursor(report_, *found.sample, found.seen->functions, function,
-                                                 (*spectra)[static_cast<std::size_t>(scan)]);
+                                                 (*spectra)[static_cast<std::size_t>(scan)], 0);
   if (!precursor) return false;
   std::tie(precursorFunction, precursorScan) = *precursor;
   return true;

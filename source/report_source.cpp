@@ -70,7 +70,9 @@ std::unique_ptr<Source> OpenReport(const std::string& path) {
 }
 
 ReportSource::ReportSource(std::string path, openlynx::ReportStream stream)
-    : Source(std::move(path)), name_(FileName(Path())), report_(std::move(stream)) {}
+    : Source(std::move(path)),
+      name_(FileName(Path())),
+      report_(std::move(stream), openlynx::DecimalCommas::kHideNumbers) {}
 
 template <class Read>
 auto ReportSource::Reading(Read read) {
@@ -234,14 +236,15 @@ PointsRead ReportSource::ReadPoints(int sample, int function, int scan, std::spa
     mz[i] = points.x[order[i]];
     intensities[i] = points.intensities[order[i]];
   }
-  return {.count = order.size()};
+  return {.count = order.size(), .lost = points.lost};
 }
 
 std::optional<ScanPosition> ReportSource::FindPrecursor(int sample, int function, int scan) {
   const std::uint64_t spectrum = SpectrumAt(sample, function, scan);
   const KnownSample& known = LookedThrough(sample);
-  const auto found = Reading(
-      [&] { return openlynx::FindPrecursor(report_, *known.sample, known.numbers, function, spectrum); });
+  const auto found = Reading([&] {
+    return openlynx::FindPrecursor(report_, *known.sample, known.numbers, function, spectrum, kAbsent);
+  });
   return found ? std::optional(ScanPosition{found->first, found->second}) : std::nullopt;
 }
 

@@ -331,6 +331,51 @@ TEST_F(MisreadReportTest, CommasInNumbers) {
   ExpectLost(Misread("300\t50", "300,5\t50"), "misread.rpt has a line with a comma in a number: line 20");
 }
 
+// The first spectrum, at 0.5 minutes: 50 % and 100 % of its base peak of 200, a total of 7. The second one,
+// at 1.5 minutes: 25 % of 200.
+TEST_F(MisreadReportTest, NumbersWithCommasAreAbsent) {
+  const auto rows = [&](const std::string& what, const std::string& with) {
+    const ProcessResult converted = Run({"convert", Misread(what, with), "--stdout", "--sample", "1",
+                                         "--function", "1", "--format", "tsv", "--damaged"});
+    return converted.output.substr(converted.output.find('\n') + 1);
+  };
+  const std::string sound = "1\t1\t0.5\t100\t200\n1\t1\t0.5\t300\t100\n1\t2\t1.5\t200\t50\n";
+  EXPECT_EQ(rows("TIC\t7", "TIC\t1,500"), sound);
+  EXPECT_EQ(rows("BPI\t200", "BPI\t1,500"), "1\t2\t1.5\t200\t50\n");
+  EXPECT_EQ(rows("300\t50", "300\t50,5"), "1\t1\t0.5\t100\t200\n1\t2\t1.5\t200\t50\n");
+  EXPECT_EQ(rows("300\t50", "300,5\t50"), "1\t1\t0.5\t100\t200\n1\t2\t1.5\t200\t50\n");
+  EXPECT_EQ(rows("Time\t0.5", "Time\t0,5"), "1\t2\t1.5\t200\t50\n1\t1\tnan\t100\t200\n1\t1\tnan\t300\t100\n");
+}
+
+TEST_F(MisreadReportTest, NumbersWithCommasAreNotShown) {
+  const auto scan = [&](const std::string& path) {
+    return nlohmann::json::parse(
+        Run({"spectrum", path, "--sample", "1", "--function", "1", "--scan", "1", "--json"}).output);
+  };
+  const nlohmann::json without = scan(Misread("BPI\t200", "BPI\t1,500"));
+  EXPECT_EQ(without["points"], 0);
+  EXPECT_EQ(without["lostPoints"], 2);
+  EXPECT_TRUE(scan(Misread("Time\t0.5", "Time\t0,5"))["startTime"].is_null());
+  EXPECT_EQ(scan(Misread("300\t50", "300\t50,5"))["lostPoints"], 1);
+}
+
+// Each chromatogram is 100 % and 0 % of 50, at 1 and 2 minutes.
+TEST_F(MisreadReportTest, TraceWithoutItsFullScaleIsEmpty) {
+  const auto trace = [&](const std::string& path) {
+    const std::string shown =
+        Run({"chromatogram", path, "--sample", "1", "--function", "1", "--trace", "1"}).output;
+    return shown.substr(shown.find("time\t"));
+  };
+  EXPECT_EQ(trace(path_), "time\tintensity\n1\t50\n2\t0\n");
+  EXPECT_EQ(trace(Misread("MaxIntensity\t50", "MaxIntensity\t5,0")), "time\tintensity\n");
+}
+
+// The plug-in reads numbers up to the comma, deliberately.
+TEST_F(MisreadReportTest, CommasAgreeWithThePlugIn) {
+  const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), Misread("BPI\t200", "BPI\t1,500")});
+  EXPECT_EQ(result.status, 0) << result.output << result.errors;
+}
+
 TEST_F(MisreadReportTest, MarkersThatAreNotRead) {
   ExpectLost(Misread("[SPECTRUM]", " [SPECTRUM]"),
              "misread.rpt has a marker that is indented or in small letters, which is not read: line 12");

@@ -122,7 +122,7 @@ class Comparer : Verdicts {
     if (isCut) Count(kWanted.refusedTable);
     Check(slot, "success", isOpened, !isCut);
     const platform::SystemPath path = platform::ToSystemPath(wholePath_);
-    IsReport() ? void(reportSlots_.emplace(path)) : void(rawSlots_.emplace(path));
+    IsReport() ? void(reportSlots_.emplace(path, HasCommas())) : void(rawSlots_.emplace(path));
     return isOpened;
   }
 
@@ -252,8 +252,18 @@ class Comparer : Verdicts {
     CompareMetadata(sample, position, held);
   }
 
+  bool HasCommas() {
+    const std::span<const Finding> findings = source_->Findings();
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding& finding) { return finding.code == FindingCode::kDecimalComma; });
+  }
+
+  const Wanted& OtherContents() const {
+    return reportSlots_->HasCommas() ? kWanted.endedNumbers : kWanted.unclosedFunction;
+  }
+
   int CompareScanCount() {
-    if (of_.others) Count(IsReport() ? kWanted.unclosedFunction : kWanted.cutOffsets);
+    if (of_.others) Count(IsReport() ? OtherContents() : kWanted.cutOffsets);
     return Agreed(
         "GetScanCount", server_->GetScanCount(of_.sample, of_.position),
         of_.others ? static_cast<int>(of_.others->scans.size()) : source_->ScanCount(of_.sample, of_.held));
@@ -397,7 +407,7 @@ class Comparer : Verdicts {
 
   TraceList FunctionTraces() {
     if (auto others = IsReport() ? reportSlots_->OtherTraces(of_.position) : std::nullopt) {
-      Count(kWanted.unclosedFunction);
+      Count(OtherContents());
       return *others;
     }
     return {source_->FunctionTraces(of_.sample, of_.held),

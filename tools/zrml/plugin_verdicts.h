@@ -33,6 +33,7 @@ struct AllWanted {
   Wanted unlistedFunction = {"GetFunctionCount", "a function without its data file is not in the list"};
   Wanted unclosedFunction = {"GetScanCount",
                              "a function that is never closed has what is in those behind it"};
+  Wanted endedNumbers = {"GetScanCount", "a comma ends a number of a report"};
   Wanted sharedName = {"GetFunctionName", "functions of one name end with their position in the list"};
   Wanted unnamedFunction = {"GetFunctionName", "a function without a name goes by its position in the list"};
   Wanted unknownKind = {"GetFunctionKind", "a report's function of unknown type is one of absorbance"};

@@ -113,8 +113,8 @@ std::optional<StoredPoints> RawSlots::ReadAbsorbance(const source::FunctionId& i
 
 bool RawSlots::HasTraceList() const { return masslynx::ReadTraceList(folder_).has_value(); }
 
-ReportSlots::ReportSlots(const platform::SystemPath& path)
-    : path_(path), report_(openlynx::ReportStream::Open(path)) {}
+ReportSlots::ReportSlots(const platform::SystemPath& path, bool hasCommas)
+    : path_(path), hasCommas_(hasCommas), report_(openlynx::ReportStream::Open(path)) {}
 
 int ReportSlots::CountSamplesOfText() const {
   using openlynx::ReportStream;
@@ -164,7 +164,7 @@ std::optional<std::string> ReportSlots::TextOf(int position) {
 std::optional<SlotScans> ReportSlots::OtherScans(int position) {
   const std::span<const std::uint64_t> spectra = sample_->SpectraOf(At(position));
   const openlynx::Function& own = OwnAt(position);
-  if (own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
+  if (!hasCommas_ && own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
   SlotScans others = {.read = [this, spectra](int scan) -> std::optional<StoredPoints> {
     const auto head = report_.ReadSpectrumHead(spectra[static_cast<std::size_t>(scan)]);
     openlynx::Points points = report_.ReadPoints(head);
@@ -185,7 +185,7 @@ std::optional<SlotScans> ReportSlots::OtherScans(int position) {
 std::optional<TraceList> ReportSlots::OtherTraces(int position) {
   const std::span<const std::uint64_t> traces = sample_->ChromatogramsOf(At(position));
   const openlynx::Function& own = OwnAt(position);
-  if (own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
+  if (!hasCommas_ && own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
   return TracesAt({traces.begin(), traces.end()}, "Function Trace ");
 }
 
@@ -198,7 +198,7 @@ std::optional<TraceList> ReportSlots::OtherTraces() {
     traces.insert(traces.end(), more.begin(), more.end());
     held += own_.functions[i].chromatograms.Size();
   }
-  if (traces.size() == held) return std::nullopt;
+  if (!hasCommas_ && traces.size() == held) return std::nullopt;
   return TracesAt(std::move(traces), "Analog Trace ");
 }
 
@@ -219,7 +219,7 @@ TraceList ReportSlots::TracesAt(std::vector<std::uint64_t> positions, const std:
 
 std::optional<source::ScanPosition> ReportSlots::FindPrecursor(int position, int scan) {
   const std::uint64_t spectrum = sample_->SpectraOf(At(position))[static_cast<std::size_t>(scan)];
-  const auto found = openlynx::FindPrecursor(report_, *sample_, listed_, position, spectrum);
+  const auto found = openlynx::FindPrecursor(report_, *sample_, listed_, position, spectrum, 0);
   return found ? std::optional(source::ScanPosition{found->first, found->second}) : std::nullopt;
 }
 

@@ -68,7 +68,11 @@ class RawSlots {
 /// them only. Positions of functions are those in the list of the slots.
 class ReportSlots {
  public:
-  explicit ReportSlots(const platform::SystemPath& path);
+  /// `hasCommas` when numbers have decimal commas, which end them for the slots and hide them from the
+  /// source.
+  ReportSlots(const platform::SystemPath& path, bool hasCommas);
+
+  bool HasCommas() const { return hasCommas_; }
 
   /// The samples before the end of the text: the file's, or a Ctrl-Z.
   int CountSamplesOfText() const;
@@ -104,6 +108,7 @@ class ReportSlots {
   TraceList TracesAt(std::vector<std::uint64_t> positions, const std::string& noun);
 
   platform::SystemPath path_;
+  bool hasCommas_;
   openlynx::Report report_;
   openlynx::Sample* sample_ = nullptr;
   openlynx::Sample own_;
