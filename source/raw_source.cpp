@@ -304,7 +304,9 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
                                   std::size_t count, std::span<double> x, std::span<double> y) {
   const ScanIndexEntry& entry = record.scanIndex[static_cast<std::size_t>(scan)];
   const bool mayBeZeroed = entry.totalIntensity > 0 && !record.hasMobilityData;
-  PointsRead result = {count, stored.room.points - count};
+  // More than a list of masses has may be declared. With mobility the points are elsewhere.
+  const std::size_t declared = record.hasMobilityData ? stored.room.points : entry.pointCount;
+  PointsRead result = {count, declared - count};
   if (!record.hasMobilityData) {
     masslynx::FindZeroedPoints(stored.room, stored.bytes, y.first(count), zeroed_);
     result.lost += zeroed_.size();
@@ -317,7 +319,7 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
   const std::span<const double> left = y.first(result.count);
   const bool isZero = std::all_of(left.begin(), left.end(), [](double each) { return each == 0; });
   const bool isWhole = stored.room.points > 0 && stored.room.points == count;
-  return mayBeZeroed && isZero && isWhole ? PointsRead{0, stored.room.points} : result;
+  return mayBeZeroed && isZero && isWhole ? PointsRead{0, declared} : result;
 }
 
 // Into arrays with room for all points that are there.
@@ -325,8 +327,8 @@ PointsRead RawSource::Decode(int function, int scan, const StoredScan& stored, s
                              std::span<double> intensities) {
   unwritten_.clear();
   const FunctionRecord& record = directory_.Functions()[PositionOf(function)];
-  const masslynx::DecodedPoints decoded = masslynx::DecodeScan(record, scan, stored.room, stored.bytes,
-                                                               {mz.data(), intensities.data(), &unwritten_});
+  const masslynx::DecodedPoints decoded = masslynx::DecodeScan(
+      record, scan, stored.room, stored.bytes, {mz.data(), intensities.data(), &unwritten_, true});
   PointsRead result = CloseGapsIn(record, scan, stored, decoded.count, mz, intensities);
   if (decoded.isUnsorted && result.count > 0) {
     result.count = InOrder(mz.first(result.count), intensities.first(result.count),

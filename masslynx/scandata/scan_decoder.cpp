@@ -136,8 +136,8 @@ bool DecodeRawMassesWithin(const StoredScan& scan, MassRange range, std::vector<
   return ascends;
 }
 
-// Format 1: pairs. Deliberate: a second point without intensity is not written. So the padding point of an
-// odd count never shows either.
+// Format 1: pairs. Deliberate: a second point without intensity is not written, unless the caller asks for
+// all that the file holds. The padding point of an odd count never shows.
 bool DecodePairs(const StoredScan& scan, const PointArrays& points) {
   const std::size_t pairs = (scan.count + 1) / 2;
   const PointKernels& kernels = ChosenKernels();
@@ -152,7 +152,7 @@ bool DecodePairs(const StoredScan& scan, const PointArrays& points) {
     calibration.Convert(kernels, raw, n, masses);
     if (hasEverySecond && first + n <= scan.count) return writer.WriteAll(first, n, masses, intensities);
     for (std::size_t i = 0; i < n && first + i < scan.count; ++i) {
-      if (i % 2 == 0 || intensities[i] != 0) {
+      if (i % 2 == 0 || intensities[i] != 0 || (points.hasEverySecond && raw[i] != 0)) {
         writer.Write(first + i, masses[i], intensities[i]);
       } else {
         writer.LeaveOut(first + i);

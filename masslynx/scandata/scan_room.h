@@ -29,6 +29,8 @@ struct PointArrays {
   double* intensities = nullptr;
   /// Receives the places that are deliberately not written and keep their old values; may be null.
   std::vector<std::size_t>* unwritten = nullptr;
+  /// Second points of pairs without intensity are written, too, unless they have no mass either.
+  bool hasEverySecond = false;
 };
 
 struct DecodedPoints {

@@ -36,6 +36,42 @@ TEST(RawPoints, PointsOfOneMassAreAllKept) {
   EXPECT_EQ(intensities, (Values{2, 6, 5, 9, 1}));
 }
 
+// The second point of each pair has no intensity; that of the second one has no mass either, and is none.
+TEST(RawPoints, PointsOfPairsWithoutIntensityAreKept) {
+  constexpr std::uint32_t kMass = 1024;
+  RawDirectoryBuilder raw;
+  raw.functions.push_back(Scans<StoredPoint1>(1, {{{.mass = 100 * kMass, .mantissa = 5},
+                                                   {.mass = 200 * kMass},
+                                                   {.mass = 300 * kMass, .mantissa = 6},
+                                                   {},
+                                                   {.mass = 400 * kMass}}}));
+  const TempDirectory directory = raw.Build();
+  Values mz;
+  Values intensities;
+  EXPECT_EQ(Open(directory)->ReadPoints(0, 0, 0, mz, intensities).lost, 0u);
+  EXPECT_EQ(mz, (Values{100, 200, 300, 400}));
+  EXPECT_EQ(intensities, (Values{5, 0, 6, 0}));
+}
+
+// 40 points, of 4 bytes or 12, and 32 masses: 8 points have none.
+TEST(RawPoints, PointsBeyondTheListOfMassesAreLost) {
+  const auto readFirst = [](FunctionFiles function) {
+    for (std::size_t i = 0; i < function.record.startMasses.size(); ++i)
+      function.record.startMasses[i] = 100 + static_cast<float>(i);
+    RawDirectoryBuilder raw;
+    raw.functions = {std::move(function)};
+    const TempDirectory directory = raw.Build();
+    Values mz;
+    Values intensities;
+    return Open(directory)->ReadPoints(0, 0, 0, mz, intensities);
+  };
+  for (const PointsRead read : {readFirst(Scans<StoredPoint11>(11, {std::vector<StoredPoint11>(40)})),
+                                readFirst(Scans<StoredPoint14>(14, {std::vector<StoredPoint14>(40)}))}) {
+    EXPECT_EQ(read.count, 32u);
+    EXPECT_EQ(read.lost, 8u);
+  }
+}
+
 // 100 points from m/z 500, 0.002 apart, with intensities 1 to 100: once, and twice in one scan.
 TEST(RawPoints, SubScansOfAProfileAreAddedSampleBySample) {
   std::vector<WantedPoint> points;

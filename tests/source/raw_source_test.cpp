@@ -245,8 +245,8 @@ TEST(RawSource, UnsortedScansAndSubScansEqualTheSlots) {
   EXPECT_EQ(source->ScanAt(0, 0, 0).precursorMz, std::nullopt);
 }
 
-// In data format 1: for such a point the slots keep the container's old content.
-TEST(RawSource, PointsThatAreNotWrittenAreAbsent) {
+// In data format 1: for such a point the slots keep the container's old content. The file holds it.
+TEST(RawSource, PointsThatTheSlotsDoNotWriteAreThere) {
   RawDirectoryBuilder raw;
   raw.functions.push_back(FunctionOf<StoredPoint1>(1, {{{100 * 1024, 5, 0},
                                                         {200 * 1024, 0, 0},
@@ -259,10 +259,10 @@ TEST(RawSource, PointsThatAreNotWrittenAreAbsent) {
   Values mz;
   Values intensities;
   const PointsRead read = source->ReadPoints(0, 0, 0, mz, intensities);
-  EXPECT_EQ(read.count, 4u);
+  EXPECT_EQ(read.count, 5u);
   EXPECT_EQ(read.lost, 0u);
-  EXPECT_EQ(mz, (Values{100, 300, 400, 500}));
-  EXPECT_EQ(intensities, (Values{5, 6, 7, 8}));
+  EXPECT_EQ(mz, (Values{100, 200, 300, 400, 500}));
+  EXPECT_EQ(intensities, (Values{5, 0, 6, 7, 8}));
 }
 
 // 6 bytes per point: 17 bytes hold two of three points.

@@ -117,7 +117,7 @@ class ScanComparer : Verdicts {
     } else if (read->lost == 0 && read->count == held.points && HasPoints(spectrum)) {
       CheckPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_});
     } else {
-      mayKeepPoints_ = mayKeepPoints_ || read->lost != 0 || read->count != held.points;
+      mayKeepPoints_ = true;
       CheckSlotPoints("GetSpectrum", ColumnsOf(spectrum), {x_, y_}, read->lost != 0,
                       rawSlots_->ReadPoints(of_.function.id, scan));
     }

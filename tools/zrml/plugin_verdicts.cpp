@@ -81,6 +81,21 @@ void Verdicts::CheckPoints(std::string_view slot, const Columns& given, const Co
                      textOf(expected, i));
 }
 
+namespace {
+
+// Whether places are 0 in the slots where the file has a point without intensity, and all others the same.
+bool HasUnwritten(const Columns& own, const Columns& held) {
+  bool hasOne = false;
+  for (std::size_t i = 0; i < held.x.size(); ++i) {
+    const bool isSame = own.x[i] == held.x[i] && own.y[i] == held.y[i];
+    if (!isSame && (own.x[i] != 0 || own.y[i] != 0 || held.y[i] != 0)) return false;
+    hasOne = hasOne || !isSame;
+  }
+  return hasOne;
+}
+
+}  // namespace
+
 void Verdicts::CheckSlotPoints(std::string_view slot, const Columns& given, const Columns& held, bool isLost,
                                const std::optional<StoredPoints>& ofSlots) {
   const auto isSame = [](std::span<const double> a, std::span<const double> b) {
@@ -89,8 +104,9 @@ void Verdicts::CheckSlotPoints(std::string_view slot, const Columns& given, cons
   const Columns own = ofSlots ? ofSlots->View() : held;
   const bool isProfileSum = ofSlots && ofSlots->isProfileSum;
   const bool isSorted = ofSlots && ofSlots->isSorted && !isProfileSum;
-  const bool areOthers = isLost || isProfileSum || isSorted ? !isSame(own.x, held.x) || !isSame(own.y, held.y)
-                                                            : own.x.size() != held.x.size();
+  const bool isUnwritten = own.x.size() != held.x.size() || HasUnwritten(own, held);
+  const bool areOthers =
+      isLost || isProfileSum || isSorted ? !isSame(own.x, held.x) || !isSame(own.y, held.y) : isUnwritten;
   if (areOthers) {
     Count(isLost         ? kWanted.lostPoints
           : isProfileSum ? kWanted.profileSubScans
