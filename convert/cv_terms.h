@@ -28,6 +28,8 @@ inline constexpr CvTerm kWatersNativeId = {"MS:1000769", "Waters nativeID format
 inline constexpr CvTerm kSha1 = {"MS:1000569", "SHA-1"};
 inline constexpr CvTerm kCustomSoftware = {"MS:1000799", "custom unreleased software tool"};
 inline constexpr CvTerm kConversionToMzml = {"MS:1000544", "Conversion to mzML"};
+inline constexpr CvTerm kPeakPicking = {"MS:1000035", "peak picking"};
+inline constexpr CvTerm kDataFiltering = {"MS:1001486", "data filtering"};
 
 // Spectra.
 inline constexpr CvTerm kMassSpectrum = {"MS:1000294", "mass spectrum"};

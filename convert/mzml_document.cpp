@@ -70,6 +70,7 @@ class MzmlDocument : public Document {
     AppendSample(text);
     AppendSoftware(text);
     AppendInstrument(text);
+    AppendProcessing(text);
     AppendRun(text);
     text += "<spectrumList";  // even when empty, since readers expect it
     AppendAttribute(text, "count", plan_.entries.size());
@@ -155,12 +156,43 @@ class MzmlDocument : public Document {
     text += "<instrumentConfigurationList count=\"1\">\n<instrumentConfiguration id=\"instrument\">\n";
     AppendCvParam(text, InstrumentModel(instrument));
     if (!instrument.empty()) AppendUserParam(text, "instrument", instrument);
-    text +=
-        "</instrumentConfiguration>\n</instrumentConfigurationList>\n"
-        "<dataProcessingList count=\"1\">\n<dataProcessing id=\"conversion\">\n"
-        "<processingMethod order=\"0\" softwareRef=\"zrml\">\n";
-    AppendCvParam(text, cv::kConversionToMzml);
-    text += "</processingMethod>\n</dataProcessing>\n</dataProcessingList>\n";
+    text += "</instrumentConfiguration>\n</instrumentConfigurationList>\n";
+  }
+
+  // The spectra that more was done to name it; everything else is only converted.
+  void AppendProcessing(std::string& text) const {
+    struct Method {
+      CvTerm action;
+      std::string_view what;
+      std::string how;
+    };
+    const PointChoice& points = plan_.selection.points;
+    const Method conversion = {cv::kConversionToMzml, {}, {}};
+    const Method picking = {cv::kPeakPicking, "intensities", points.centroids.isArea ? "areas" : "heights"};
+    const Method filtering = {cv::kDataFiltering, "points", TextOf(points.filter)};
+    const bool isFiltered = !points.filter.TakesAll();
+    std::vector<std::pair<std::string_view, std::vector<Method>>> processes = {{"conversion", {conversion}}};
+    if (isFiltered) processes.push_back({kFiltering, {conversion, filtering}});
+    if (points.centroidLevels) processes.push_back({kCentroiding, {conversion, picking}});
+    if (points.centroidLevels && isFiltered) processes.back().second.push_back(filtering);
+    text += "<dataProcessingList";
+    AppendAttribute(text, "count", processes.size());
+    text += ">\n";
+    for (const auto& [id, methods] : processes) {
+      text += "<dataProcessing";
+      AppendAttribute(text, "id", id);
+      text += ">\n";
+      for (std::size_t order = 0; order < methods.size(); ++order) {
+        text += "<processingMethod";
+        AppendAttribute(text, "order", order);
+        text += " softwareRef=\"zrml\">\n";
+        AppendCvParam(text, methods[order].action);
+        if (!methods[order].what.empty()) AppendUserParam(text, methods[order].what, methods[order].how);
+        text += "</processingMethod>\n";
+      }
+      text += "</dataProcessing>\n";
+    }
+    text += "</dataProcessingList>\n";
   }
 
   void AppendRun(std::string& text) const {

@@ -133,11 +133,15 @@ class MzmlRenderer : public Renderer {
   }
 
  private:
-  void Open(std::string& out, std::size_t index, const RunEntry& entry, std::size_t points) const {
+  void Open(std::string& out, std::size_t index, const RunEntry& entry, const Spectrum& spectrum) const {
     out += "<spectrum";
     AppendAttribute(out, "index", index);
     AppendAttribute(out, "id", NativeId(reader_.Plan().FunctionOf(entry).info.id, entry.scan + 1));
-    AppendAttribute(out, "defaultArrayLength", points);
+    AppendAttribute(out, "defaultArrayLength", spectrum.positions.size());
+    const RunPlan& plan = reader_.Plan();
+    const bool isFiltered = !plan.selection.points.filter.TakesAll() && !plan.FunctionOf(entry).isAbsorbance;
+    if (spectrum.isPicked || isFiltered)
+      AppendAttribute(out, "dataProcessingRef", spectrum.isPicked ? kCentroiding : kFiltering);
     out += ">\n";
   }
 
@@ -145,7 +149,7 @@ class MzmlRenderer : public Renderer {
     const RunFunction& function = reader_.Plan().FunctionOf(entry);
     const bool hasDrift = function.driftBins > 0;
     const Spectrum spectrum = hasDrift ? reader_.ReadDrift(entry) : reader_.ReadMass(entry);
-    Open(out, index, entry, spectrum.positions.size());
+    Open(out, index, entry, spectrum);
     AppendCvParam(out, SpectrumType(function));
     AppendCvParam(out, cv::kMsLevel, std::to_string(MsLevelOf(function.info)));
     AppendPolarity(out, function.info.polarity);
@@ -164,14 +168,14 @@ class MzmlRenderer : public Renderer {
 
   // For a report's spectrum without points, profile only means that the report does not say otherwise.
   const CvTerm& RepresentationOf(const Spectrum& spectrum) const {
-    if (spectrum.scan.isCentroided) return cv::kCentroid;
+    if (spectrum.scan.isCentroided || spectrum.isPicked) return cv::kCentroid;
     const bool isReport = reader_.Plan().sourceFormat == source::Format::kReport;
     return isReport && spectrum.positions.empty() ? cv::kRepresentation : cv::kProfile;
   }
 
   void AppendAbsorbance(std::string& out, std::size_t index, const RunEntry& entry) {
     const Spectrum spectrum = reader_.ReadAbsorbance(entry);
-    Open(out, index, entry, spectrum.positions.size());
+    Open(out, index, entry, spectrum);
     AppendCvParam(out, cv::kRadiationSpectrum);
     AppendCvParam(out, cv::kProfile);
     AppendRange(out, spectrum.positions, cv::kLowestWavelength, cv::kHighestWavelength, cv::kNanometer);

@@ -6,6 +6,10 @@
 
 namespace zrml::convert {
 
+/// The ids of how spectra were processed whose profiles became centroids, and of others that lack points.
+inline constexpr std::string_view kCentroiding = "centroiding";
+inline constexpr std::string_view kFiltering = "filtering";
+
 const CvTerm& SpectrumType(const RunFunction& function);
 
 }  // namespace zrml::convert

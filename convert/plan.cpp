@@ -30,6 +30,7 @@ bool IsMonitoring(const Function& function) { return function.monitoring != sour
 bool IsFunctionWanted(const Function& function, const Selection& selection, Format format) {
   if (!selection.functions.Has(function.id) || !selection.msLevels.Has(MsLevelOf(function))) return false;
   if (selection.isLockMassExcluded && function.isLockMass) return false;
+  if (!selection.HasPolarity(function)) return false;
   if (!IsMonitoring(function)) return format != Format::kMgf || function.msLevel > 1;
   // A list of MS levels never includes them: they hold a few ions, where surveys and fragments have spectra.
   return format != Format::kMgf && (selection.msLevels.IsAll() || !selection.functions.IsAll());
@@ -40,7 +41,8 @@ Absorbance UseOfAbsorbance(const Function& function, const Selection& selection,
                            bool isAlone) {
   if (!TakesAbsorbance(format)) return Absorbance::kNone;
   if (selection.hasAbsorbance) return Absorbance::kTaken;
-  if (!selection.functions.Has(function.id) || !selection.msLevels.IsAll()) return Absorbance::kNone;
+  const bool isMass = !selection.msLevels.IsAll() || selection.polarity != source::Polarity::kUnknown;
+  if (!selection.functions.Has(function.id) || isMass) return Absorbance::kNone;
   const std::vector<source::FunctionId> named = selection.functions.Named();
   if (std::find(named.begin(), named.end(), function.id) != named.end()) return Absorbance::kTaken;
   return isAlone ? Absorbance::kTakenAlone : Absorbance::kLeftOut;
@@ -155,7 +157,8 @@ void RefuseProfiles(Source& source, const RunPlan& plan) {
   for (const RunEntry& entry : plan.entries) {
     const RunFunction& function = plan.FunctionOf(entry);
     const source::Scan scan = source.ScanAt(plan.sample, function.position, entry.scan);
-    if (scan.isCentroided || scan.points == 0) continue;
+    const bool isPeaks = scan.isCentroided || BecomesCentroids(plan.selection, function.info, scan);
+    if (isPeaks || scan.points == 0) continue;
     throw Error(ErrorKind::kProfile, "scan " + std::to_string(entry.scan + 1) + " of function " +
                                          TextOf(function.info.id) + " is a profile, and MGF is for peaks");
   }

@@ -41,6 +41,13 @@ inline int MsLevelOf(const source::Function& function) {
   return function.monitoring == source::Monitoring::kReactions ? kFragments : function.msLevel;
 }
 
+/// Whether a scan is a profile whose centroids are wanted.
+inline bool BecomesCentroids(const Selection& selection, const source::Function& function,
+                             const source::Scan& scan) {
+  const std::optional<NumberSet>& levels = selection.points.centroidLevels;
+  return levels && levels->Has(MsLevelOf(function)) && source::IsProfile(function, scan);
+}
+
 /// One spectrum.
 struct RunEntry {
   double minutes = 0;

@@ -75,11 +75,17 @@ bool FunctionSet::Add(std::string_view text) {
   return id.has_value();
 }
 
+std::vector<int> NumberSet::Named() const {
+  std::vector<int> named;
+  for (const Range& range : ranges_) {
+    if (range.first == range.last) named.push_back(range.first);
+  }
+  return named;
+}
+
 std::vector<source::FunctionId> FunctionSet::Named() const {
   std::vector<source::FunctionId> named;
-  for (const NumberSet::Range& range : acquired_.ranges_) {
-    if (range.first == range.last) named.push_back({.number = range.first});
-  }
+  for (const int number : acquired_.Named()) named.push_back({.number = number});
   named.insert(named.end(), processed_.begin(), processed_.end());
   return named;
 }
@@ -109,6 +115,10 @@ std::optional<source::Range> ParseTimeRange(std::string_view text) {
   };
   const bool isRange = parse(text.substr(0, dash), range.low) && parse(text.substr(dash + 1), range.high);
   return isRange && range.low <= range.high ? std::optional(range) : std::nullopt;
+}
+
+std::optional<double> ParseDecimal(std::string_view text) {
+  return ParseWhole<double>(text, std::chars_format::fixed);
 }
 
 }  // namespace zrml::convert

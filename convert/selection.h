@@ -1,4 +1,4 @@
-// Which scans of a source are wanted.
+// Which scans of a source are wanted, and what of their points.
 #pragma once
 
 #include <limits>
@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "source/point_filter.h"
 #include "source/source.h"
 
 namespace zrml::convert {
@@ -19,6 +20,8 @@ class NumberSet {
 
   bool Has(int number) const;
   bool IsAll() const { return ranges_.empty(); }
+  /// Those listed alone, not in a range.
+  std::vector<int> Named() const;
 
  private:
   friend class FunctionSet;
@@ -53,8 +56,20 @@ class FunctionSet {
   std::vector<source::FunctionId> processed_;
 };
 
-/// "0.5-3", "2-" and "-7.25": minutes, both ends included. No value when `text` is none of these.
+/// "0.5-3", "2-" and "-7.25": minutes or m/z, both ends included. No value when `text` is none of these.
 std::optional<source::Range> ParseTimeRange(std::string_view text);
+
+/// A number without sign or exponent.
+std::optional<double> ParseDecimal(std::string_view text);
+
+/// What becomes of the points of mass spectra. Absorbance and the channels of ion monitoring stay.
+struct PointChoice {
+  std::optional<NumberSet> centroidLevels = {};  ///< MS levels whose profiles become centroids
+  CentroidOptions centroids = {};
+  source::PointFilter filter = {};  ///< of the centroids, where there are any
+
+  bool IsAll() const { return !centroidLevels && filter.TakesAll(); }
+};
 
 struct Selection {
   FunctionSet functions = {};
@@ -62,13 +77,16 @@ struct Selection {
   NumberSet msLevels = {};  ///< absorbance spectra have none; ion monitoring is in such a list when it is
                             ///< listed as a function
   std::optional<source::Range> minutes = {};
+  source::Polarity polarity = source::Polarity::kUnknown;  ///< unless unknown, that of the functions
+  PointChoice points = {};
   bool isLockMassExcluded = false;
   bool hasAbsorbance = false;        ///< absorbance spectra, also unlisted and beside mass spectra
   bool hasMonitoredSpectra = false;  ///< spectra of ion monitoring beside the chromatograms of its channels
   bool hasProfiles = false;          ///< profile spectra in MGF
 
   bool IsAll() const {
-    return functions.IsAll() && scans.IsAll() && msLevels.IsAll() && !minutes && !isLockMassExcluded;
+    return functions.IsAll() && scans.IsAll() && msLevels.IsAll() && !minutes &&
+           polarity == source::Polarity::kUnknown && !isLockMassExcluded;
   }
   /// A time that is not a number is in no range. A time that prints like an end of the range is in it: text
   /// has the decimals of single precision.
@@ -76,6 +94,10 @@ struct Selection {
     const auto isAt = [time](double end) { return static_cast<float>(time) == static_cast<float>(end); };
     return !minutes ||
            ((time >= minutes->low || isAt(minutes->low)) && (time <= minutes->high || isAt(minutes->high)));
+  }
+  /// Absorbance has no polarity.
+  bool HasPolarity(const source::Function& function) const {
+    return polarity == source::Polarity::kUnknown || function.polarity == polarity;
   }
   /// A scan at a position from 0.
   bool Has(int scan, double time) const { return scans.Has(scan + 1) && HasTime(time); }

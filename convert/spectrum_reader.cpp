@@ -30,12 +30,16 @@ Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
     spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
     const source::PointsRead read =
         source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
-    spectrum.positions = positions_;
-    spectrum.intensities = intensities_;
     if (read.lost == 0)
       losses_.AddFaults(
           function.info, entry.scan + 1,
           source::FaultsOf(plan_.sourceFormat, function.info, spectrum.scan, positions_, intensities_));
+    const PointChoice& points = plan_.selection.points;
+    if (read.count > 0 && IsPicked(function, spectrum))
+      source::TakeCentroids(points.centroids, positions_, intensities_);
+    source::Filter(points.filter, positions_, intensities_);
+    spectrum.positions = positions_;
+    spectrum.intensities = intensities_;
     return read;
   });
 }
@@ -45,18 +49,28 @@ Spectrum SpectrumReader::ReadDrift(const RunEntry& entry) {
     spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
     spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
     drift_.clear();
-    for (int bin = 0; bin < function.driftBins; ++bin) AddDriftPoints(entry, bin);
+    const bool isPicked = IsPicked(function, spectrum);
+    for (int bin = 0; bin < function.driftBins; ++bin) AddDriftPoints(entry, bin, isPicked);
     TakeDriftPoints();
+    const source::PointsRead read = {drift_.size()};
+    source::Filter(plan_.selection.points.filter, positions_, intensities_, &bins_);
     spectrum.positions = positions_;
     spectrum.intensities = intensities_;
     spectrum.bins = bins_;
-    return source::PointsRead{drift_.size()};
+    return read;
   });
 }
 
-void SpectrumReader::AddDriftPoints(const RunEntry& entry, int bin) {
+bool SpectrumReader::IsPicked(const RunFunction& function, Spectrum& spectrum) const {
+  spectrum.isPicked = BecomesCentroids(plan_.selection, function.info, spectrum.scan);
+  return spectrum.isPicked;
+}
+
+// Each bin is a profile of its own.
+void SpectrumReader::AddDriftPoints(const RunEntry& entry, int bin, bool isPicked) {
   const int function = plan_.FunctionOf(entry).position;
   source_.ReadDriftBin(plan_.sample, function, entry.scan, bin, positions_, intensities_);
+  if (isPicked) source::TakeCentroids(plan_.selection.points.centroids, positions_, intensities_);
   for (std::size_t i = 0; i < positions_.size(); ++i)
     drift_.push_back({positions_[i], intensities_[i], bin + 1.0});
 }

@@ -19,6 +19,7 @@ struct Spectrum {
   std::span<const double> intensities = {};
   std::span<const double> bins = {};  ///< with drift bins: of each point, from 1
   bool isLost = false;                ///< some or all of its points
+  bool isPicked = false;              ///< the points are centroids of the profile that the file holds
 };
 
 /// What cannot be read is empty, and points that the file lacks are left out, once the losses know of it.
@@ -46,7 +47,9 @@ class SpectrumReader {
   /// `read` fills what it is given; without anything when it throws.
   template <class Read>
   Spectrum ReadOrLose(const RunEntry& entry, Read read);
-  void AddDriftPoints(const RunEntry& entry, int bin);
+  void AddDriftPoints(const RunEntry& entry, int bin, bool isPicked);
+  /// Whether the points of a scan of mass are to become centroids; notes that in the spectrum.
+  bool IsPicked(const RunFunction& function, Spectrum& spectrum) const;
   void TakeDriftPoints();
 
   source::Source& source_;

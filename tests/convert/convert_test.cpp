@@ -204,6 +204,22 @@ TEST_F(ConvertTest, AbsorbanceIsLeftOutUnlessAskedForOrAlone) {
   EXPECT_EQ(convert({}), Found(Absorbance::kTakenAlone, 25));
 }
 
+// The areas of the bins are 10 + 20 + 10 and 1 + 2 + 1: two peaks, with the numbers of their bins.
+TEST_F(ConvertTest, EachDriftBinHasCentroidsOfItsOwn) {
+  FakeScan& scan = data_.functions[3].scans[0];
+  scan.isCentroided = false;
+  scan.bins = {{4, {{100, 100.25, 100.5}, {10, 20, 10}}}, {9, {{100, 100.25, 100.5}, {1, 2, 1}}}};
+  Options options = Of("5");
+  options.arrays.isCompressed = false;
+  EXPECT_EQ(Count(Converted(options), "defaultArrayLength=\"6\""), 1U);
+  options.selection.points = {.centroidLevels = NumberSet(), .centroids = {.isArea = true}};
+  const std::string output = Converted(options);
+  ExpectHas(output, "defaultArrayLength=\"2\" dataProcessingRef=\"centroiding\"");
+  ExpectHas(output, "<binary>AACgQAAAIEE=</binary>");  // 5 and 10 of single precision
+  options.selection.points.filter.minIntensity = 5;
+  ExpectHas(Converted(options), "<binary>AACgQA==</binary>");
+}
+
 TEST_F(ConvertTest, ReportSpectraSayHowTheyWereMade) {
   Scan(0, 0).process = "Combine (5:9-1:3)";
   Scan(0, 1).process = "Smooth";

@@ -200,9 +200,10 @@ TEST_F(ConvertOptionsTest, ProfilesAreNoMgfUnlessAskedFor) {
   for (ScanFiles& scan : raw.functions[1].scans) scan.index.centroidState = CentroidState::kProfile;
   path_ = Make("profiles.raw", raw);
   const std::vector<std::string> asked = {"--format", "mgf", "--function", "2", "--stdout"};
-  ExpectFailure(
-      Convert(asked), 2,
-      path_ + ": scan 1 of function 2 is a profile, and MGF is for peaks (--profile writes it all the same)");
+  ExpectFailure(Convert(asked), 2,
+                path_ +
+                    ": scan 1 of function 2 is a profile, and MGF is for peaks (--centroid writes its peaks, "
+                    "--profile the profile)");
   EXPECT_EQ(Count(Converted({"--format", "mgf", "--function", "2", "--profile"}), "BEGIN IONS"), 2U);
 }
 

@@ -3,8 +3,6 @@
 #include <charconv>
 
 namespace zrml::tool {
-namespace {
-
 std::optional<int> ParseNumber(const std::string& text, int most) {
   int number = 0;
   const char* end = text.data() + text.size();
@@ -13,8 +11,6 @@ std::optional<int> ParseNumber(const std::string& text, int most) {
              ? std::optional(number)
              : std::nullopt;
 }
-
-}  // namespace
 
 CLI::Validator IsNotEmpty() {
   return CLI::Validator([](std::string& text) { return std::string(text.empty() ? "is empty" : ""); }, "");

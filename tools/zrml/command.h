@@ -28,6 +28,9 @@ CLI::Option* AddParsed(CLI::App& options, const std::string& option, Value& valu
   return options.add_option_function<std::string>(option, store, description);
 }
 
+/// A whole number from 1 to `most`.
+std::optional<int> ParseNumber(const std::string& text, int most = std::numeric_limits<int>::max());
+
 /// An option whose argument counts from 1.
 CLI::Option* AddNumber(CLI::App& options, const std::string& option, int& number,
                        const std::string& description, int most = std::numeric_limits<int>::max());

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "convert/selection.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/host_system.h"
@@ -43,7 +44,20 @@ Failure WrongUsage(const CLI::App& parser, const CLI::ParseError& error) {
   return Failure(ExitStatus::kWrongUsage, ProblemOf(parser, error) + " (see " + help + " --help)");
 }
 
-// Other forms of what the parser knows: "help", "help COMMAND", and --json ahead of the command.
+// --centroid without levels is that with all: its list, which may be left out, is not to be taken for a path,
+// and no path for the list.
+void GiveLevels(std::vector<std::string>& arguments) {
+  constexpr const char* kOption = "--centroid";
+  if (arguments.front() != "convert") return;
+  for (std::size_t i = 1; i < arguments.size() && arguments[i] != "--"; ++i) {
+    if (arguments[i] != kOption) continue;
+    const bool hasLevels = i + 1 < arguments.size() && convert::NumberSet::Parse(arguments[i + 1]);
+    if (!hasLevels) arguments[i] += "=1-";
+  }
+}
+
+// Other forms of what the parser knows: "help", "help COMMAND", --json ahead of the command, and --centroid
+// alone.
 void Translate(std::vector<std::string>& arguments) {
   if (arguments.empty()) return;
   if (arguments.front() == "help") {
@@ -52,6 +66,7 @@ void Translate(std::vector<std::string>& arguments) {
   } else if (arguments.front() == "--json") {
     std::rotate(arguments.begin(), arguments.begin() + 1, arguments.end());
   }
+  GiveLevels(arguments);
 }
 
 // The parser's help and version, or the chosen command's result.

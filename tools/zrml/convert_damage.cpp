@@ -20,7 +20,7 @@ Failure FailureOf(const convert::Error& error, const std::string& front) {
     case convert::ErrorKind::kNothingSelected:
       return {ExitStatus::kWrongUsage, message};
     case convert::ErrorKind::kProfile:
-      return {ExitStatus::kWrongUsage, message + " (--profile writes it all the same)"};
+      return {ExitStatus::kWrongUsage, message + " (--centroid writes its peaks, --profile the profile)"};
     case convert::ErrorKind::kTargetExists:
       return {ExitStatus::kUnreadable, message + "; --force replaces it"};
     case convert::ErrorKind::kSourceDamaged:

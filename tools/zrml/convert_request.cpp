@@ -10,6 +10,7 @@
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/point_options.h"
 #include "tools/zrml/selection_options.h"
 
 namespace zrml::tool {
@@ -138,10 +139,17 @@ void AddArrayOptions(CLI::App& options, ArrayOptions& arrays) {
   AddPrecision(options, "--64", Precision::kDouble, arrays, "Write such mzML arrays with 64 bits a number");
 }
 
+CLI::Option* AddCentroidOption(CLI::App& options, convert::PointChoice& points) {
+  return AddNumberSet(options, "--centroid", points.centroidLevels,
+                      "Centroids of profile spectra, of all or of these MS levels, such as 2-")
+      ->option_text("[LIST]");
+}
+
 void AddScanOptions(CLI::App& options, ConvertRequest& request) {
   convert::Selection& selection = request.conversion.selection;
   AddNumberSet(options, "--scans", selection.scans, "Scans of each function, such as 10-20");
   AddSelectionOptions(options, selection);
+  AddPointOptions(options, AddCentroidOption(options, selection.points), selection);
   options.add_flag("--exclude-lock-mass", selection.isLockMassExcluded, "Leave reference functions out");
   options.add_flag("--absorbance", selection.hasAbsorbance, "Write absorbance spectra beside mass spectra");
   options.add_flag("--monitored-spectra", selection.hasMonitoredSpectra,

@@ -8,13 +8,6 @@
 
 namespace zrml::tool {
 
-void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
-                  const std::string& description) {
-  AddParsed(options, option, numbers, convert::NumberSet::Parse, "a list of numbers such as 1,3-5",
-            description)
-      ->option_text("LIST");
-}
-
 void AddSelectionOptions(CLI::App& options, convert::Selection& selection) {
   AddParsed(options, "--rt", selection.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
             "Only scans of these minutes, such as 0.5-3")

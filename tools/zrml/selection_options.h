@@ -8,12 +8,18 @@
 
 #include "convert/selection.h"
 #include "source/source.h"
+#include "tools/zrml/command.h"
 
 namespace zrml::tool {
 
 /// An option for a list of numbers such as 1,3-5.
-void AddNumberSet(CLI::App& options, const std::string& option, convert::NumberSet& numbers,
-                  const std::string& description);
+template <class Numbers>
+CLI::Option* AddNumberSet(CLI::App& options, const std::string& option, Numbers& numbers,
+                          const std::string& description) {
+  return AddParsed(options, option, numbers, convert::NumberSet::Parse, "a list of numbers such as 1,3-5",
+                   description)
+      ->option_text("LIST");
+}
 
 /// --function, --ms-level and --rt.
 void AddSelectionOptions(CLI::App& options, convert::Selection& selection);
