@@ -1,148 +1,313 @@
-// zrml spectrum: the attributes and points of one scan, of one of its drift bins, or of an absorbance
-// spectrum.
-#include <algorithm>
-#include <numeric>
+// zrml spectrum: the attributes and points of scans, of a sum of scans, of a drift bin, or of absorbance
+// spectra.
+#include <exception>
 #include <utility>
 #include <vector>
 
-#include "source/names.h"
+#include "source/sum_scans.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
-#include "tools/zrml/names.h"
-#include "tools/zrml/printout.h"
+#include "tools/zrml/json_writer.h"
+#include "tools/zrml/point_options.h"
+#include "tools/zrml/selection_options.h"
+#include "tools/zrml/spectrum_printout.h"
 
 namespace zrml::tool {
 namespace {
 
-struct Points {
-  std::vector<double> masses;
-  std::vector<double> intensities;
-  std::size_t lost = 0;               // declared by the index, held by no file
-  std::optional<source::Range> bins;  // of the scan that the points are from
+constexpr double kDefaultPpm = 10;
+constexpr const char* kSeeHelp = " (see zrml spectrum --help)";
+
+// The scans of a function, or a sample's absorbance spectra.
+class Recording {
+ public:
+  virtual ~Recording() = default;
+
+  virtual int Count() = 0;
+  virtual std::string Noun() const = 0;
+  virtual std::string Owner() = 0;
+  virtual double MinutesAt(int position) = 0;
+
+  /// What is printed of a scan; it refers to `points`.
+  virtual Printout Read(int position, SpectrumPoints& points) = 0;
+  virtual source::ScanSum Sum(std::span<const int> positions) = 0;
+  virtual Printout PrintoutOfSum(const Combination& combination, SpectrumPoints& points) = 0;
 };
 
-std::vector<Attribute> ScanAttributes(const source::Function& function, const source::Scan& scan,
-                                      int number) {
-  return {
-      {"scan", number},
-      {"title", {}},  // no format has a title or a label
-      {"label", {}},
-      {"startMinutes", scan.minutes},
-      {"endMinutes", scan.endMinutes},
-      {"msLevel", function.msLevel},
-      {"polarity", NameOf(function.polarity)},
-      {"centroided", scan.isCentroided},
-  };
-}
+class AbsorbanceRecording : public Recording {
+ public:
+  AbsorbanceRecording(source::Source& source, int sample) : source_(source), sample_(sample) {}
 
-std::vector<Attribute> PrecursorAttributes(source::Source& source, const FunctionPosition& at, int position,
-                                           const source::Scan& scan) {
-  const auto found = source.FindPrecursor(at.sample, at.function, position);
-  Value function;
-  if (found) function = ValueOf(FunctionAt(source, {at.sample, found->function}).id);
-  return {
-      {"precursorMz", ValueOrAbsent(scan.precursorMz)},
-      {"precursorFunction", function},
-      {"precursorScan", found ? Value(found->scan + 1) : Value()},
-  };
-}
+  int Count() override { return source_.HasAbsorbance(sample_) ? source_.AbsorbanceScanCount(sample_) : 0; }
+  std::string Noun() const override { return "absorbance scan"; }
+  std::string Owner() override { return NameOf(source_, sample_); }
+  double MinutesAt(int position) override { return source_.AbsorbanceMinutes(sample_, position); }
 
-std::vector<Attribute> PointAttributes(const Points& points) {
-  const auto base = std::max_element(points.intensities.begin(), points.intensities.end());
-  const bool hasPoints = base != points.intensities.end();
-  const auto position = static_cast<std::size_t>(base - points.intensities.begin());
-  return {
-      {"totalIntensity", std::accumulate(points.intensities.begin(), points.intensities.end(), 0.0)},
-      {"basePeakMz", hasPoints ? Value(points.masses[position]) : Value()},
-      {"basePeakIntensity", hasPoints ? Value(*base) : Value()},
-      {"points", static_cast<int>(points.masses.size())},
-      {"lostPoints", points.lost != 0 ? Value(static_cast<int>(points.lost)) : Value()},
-  };
-}
+  Printout Read(int position, SpectrumPoints& points) override {
+    source_.ReadAbsorbance(sample_, position, points.masses, points.intensities);
+    return PrintoutOfAbsorbance(source_, sample_, position, points);
+  }
+  source::ScanSum Sum(std::span<const int> positions) override {
+    return SumAbsorbance(source_, sample_, positions);
+  }
+  Printout PrintoutOfSum(const Combination& combination, SpectrumPoints& points) override {
+    return PrintoutOfAbsorbanceSum(source_, sample_, combination, points);
+  }
 
-std::vector<Column> AbsorbanceColumns(std::span<const double> wavelengths, std::span<const double> values) {
-  return {{"wavelength", "wavelengths", wavelengths}, {"absorbance", "absorbances", values}};
-}
+ private:
+  source::Source& source_;
+  int sample_;
+};
+
+class FunctionRecording : public Recording {
+ public:
+  /// `bin` counts from 1; 0 for whole scans.
+  FunctionRecording(source::Source& source, const FunctionPosition& at, int bin, source::PeakWidth width,
+                    const convert::PointChoice& choice)
+      : source_(source), at_(at), bin_(bin), width_(width), choice_(choice) {}
+
+  int Count() override { return source_.ScanCount(at_.sample, at_.function); }
+  std::string Noun() const override { return "scan"; }
+  std::string Owner() override { return "function " + source::TextOf(FunctionAt(source_, at_).id); }
+  double MinutesAt(int position) override {
+    return source_.ScanAt(at_.sample, at_.function, position).minutes;
+  }
+
+  Printout Read(int position, SpectrumPoints& points) override {
+    points.bins = Bins();
+    if (bin_ == 0) {
+      points.lost =
+          source_.ReadPoints(at_.sample, at_.function, position, points.masses, points.intensities).lost;
+    } else {
+      const int bin = PositionOf(bin_, source_.DriftBinCount(at_.sample, at_.function), "drift bin",
+                                 "a scan of " + Owner());
+      source_.ReadDriftBin(at_.sample, at_.function, position, bin, points.masses, points.intensities);
+    }
+    return PrintoutOfScan(source_, at_, position, choice_, points);
+  }
+  source::ScanSum Sum(std::span<const int> positions) override {
+    return SumScans(source_, at_.sample, at_.function, positions, width_, source::Unsuited::kAreLeftOut);
+  }
+  Printout PrintoutOfSum(const Combination& combination, SpectrumPoints& points) override {
+    points.bins = Bins();
+    return tool::PrintoutOfSum(source_, at_, combination, choice_, points);
+  }
+
+ private:
+  std::optional<source::Range> Bins() {
+    if (bin_ > 0) return source::Range{static_cast<double>(bin_), static_cast<double>(bin_)};
+    const int bins = source_.DriftBinCount(at_.sample, at_.function);
+    return bins > 0 ? std::optional(source::Range{1, static_cast<double>(bins)}) : std::nullopt;
+  }
+
+  source::Source& source_;
+  FunctionPosition at_;
+  int bin_;
+  source::PeakWidth width_;
+  const convert::PointChoice& choice_;
+};
 
 class SpectrumCommand : public FunctionCommand {
  public:
   explicit SpectrumCommand(CLI::App& parser)
-      : FunctionCommand(parser, "spectrum", "Print one scan: its attributes and points") {
-    AddNumber(Options(), "--scan", scan_, "The scan, counted from 1")->required()->option_text("N REQUIRED");
-    CLI::Option* const bin = AddNumber(Options(), "--bin", bin_, "The drift bin of the scan, counted from 1");
-    Options()
-        .add_flag("--absorbance", isAbsorbance_, "A scan of the sample's absorbance data, not of a function")
-        ->option_text(" ")
-        ->excludes(bin)
-        ->excludes(Options().get_option("--function"));
+      : FunctionCommand(parser, "spectrum", "Print scans, or their sum: attributes and points") {
+    AddScanOptions();
+    AddSumOptions();
+    AddChoiceOptions();
+    AddAbsorbanceOption();
   }
 
   void Run(Output& out) override {
+    Complete();
     const std::unique_ptr<source::Source> source = OpenSource(Path());
-    const int sample = FindItsSample(*source);
-    const bool isAbsorbance = isAbsorbance_ || (bin_ == 0 && IsAbsorbance(*source, sample));
-    isAbsorbance ? PrintAbsorbance(*source, sample, out) : PrintSpectrum(*source, out);
+    const std::unique_ptr<Recording> recording = Find(*source, FindItsSample(*source));
+    if (scan_ != 0) {
+      const int position = PositionOf(scan_, recording->Count(), recording->Noun(), recording->Owner());
+      SpectrumPoints points;
+      Print(Reading(*source, [&] { return recording->Read(position, points); }), out);
+    } else if (IsCombined()) {
+      PrintSum(*source, *recording, out);
+    } else {
+      PrintAll(*source, *recording, out);
+    }
   }
 
  private:
-  void PrintSpectrum(source::Source& source, Output& out) const {
-    const FunctionPosition at = Find(source);
+  void AddScanOptions() {
+    CLI::App& options = Options();
+    CLI::Option* const scan = AddNumber(options, "--scan", scan_, "The scan, counted from 1");
+    const auto add = [&](CLI::Option* option, const char* text) {
+      option->option_text(text)->excludes(scan);
+      return option;
+    };
+    add(AddNumberSet(options, "--scans", selection_.scans, "Several scans, such as 1-5,20"), "LIST");
+    add(AddParsed(options, "--rt", selection_.minutes, convert::ParseTimeRange, "a time range such as 0.5-3",
+                  "The scans of these minutes, such as 0.5-3"),
+        "LO-HI");
+    CLI::Option* const sum = options.add_flag("--sum", isSum_, "Add these scans up; without a list, all");
+    CLI::Option* const mean = options.add_flag("--mean", isMean_, "The same, divided by their number");
+    add(sum, " ");
+    add(mean, " ")->excludes(sum);
+    AddNumber(options, "--bin", bin_, "The drift bin of the scan, counted from 1")
+        ->excludes(sum)
+        ->excludes(mean);
+  }
+
+  void AddSumOptions() {
+    AddParsed(Options(), "--minus", background_, convert::ParseTimeRange, "a time range such as 0.5-3",
+              "Take off the background: the mean of the scans of these minutes from each")
+        ->option_text("LO-HI");
+    CLI::Option* const ppm =
+        AddParsed(Options(), "--ppm", ppm_, convert::ParseDecimal, "a number such as 12.5",
+                  "Centroids so near to a stronger one, on either side, become part of it; 10 by default");
+    ppm->option_text("NUMBER");
+    AddParsed(Options(), "--da", da_, convert::ParseDecimal, "a number such as 12.5", "The same in m/z")
+        ->option_text("NUMBER")
+        ->excludes(ppm);
+  }
+
+  void AddChoiceOptions() {
+    CLI::Option* const centroid =
+        Options().add_flag("--centroid", isCentroid_, "Centroids in place of a profile");
+    AddPointOptions(Options(), centroid->option_text(" "), selection_);
+  }
+
+  // Absorbance has no functions, and no m/z.
+  void AddAbsorbanceOption() {
+    CLI::Option* const absorbance = Options().add_flag(
+        "--absorbance", isAbsorbance_, "Scans of the sample's absorbance data, not of a function");
+    absorbance->option_text(" ");
+    for (const char* const other : {"--bin", "--function", "--ppm", "--da", "--centroid", "--mz",
+                                    "--drop-zeros", "--min-intensity", "--top", "--polarity"})
+      absorbance->excludes(Options().get_option(other));
+  }
+
+  bool IsCombined() const { return isSum_ || isMean_; }
+
+  void Complete() {
+    if (scan_ == 0 && selection_.scans.IsAll() && !selection_.minutes && !IsCombined())
+      throw Failure(ExitStatus::kWrongUsage, std::string("--scan is required") + kSeeHelp);
+    if (background_ && !IsCombined())
+      throw Failure(ExitStatus::kWrongUsage, std::string("--minus requires --sum or --mean") + kSeeHelp);
+    if ((ppm_ || da_) && !IsCombined()) {
+      throw Failure(ExitStatus::kWrongUsage,
+                    std::string(da_ ? "--da" : "--ppm") + " requires --sum or --mean" + kSeeHelp);
+    }
+    if (isCentroid_) selection_.points.centroidLevels.emplace();
+    // On both sides together.
+    width_ =
+        da_ ? source::PeakWidth{2 * *da_, false} : source::PeakWidth{2 * ppm_.value_or(kDefaultPpm), true};
+  }
+
+  std::unique_ptr<Recording> Find(source::Source& source, int sample) const {
+    const convert::PointChoice& choice = selection_.points;
+    if (isAbsorbance_ || (bin_ == 0 && IsAbsorbance(source, sample))) {
+      RefuseChoice(choice);
+      return std::make_unique<AbsorbanceRecording>(source, sample);
+    }
+    const FunctionPosition at = FunctionCommand::Find(source);
     const source::Function& function = FunctionAt(source, at);
-    const int position = PositionOf(scan_, source.ScanCount(at.sample, at.function), "scan",
-                                    "function " + source::TextOf(function.id));
-    const source::Scan scan = source.ScanAt(at.sample, at.function, position);
-    const Points points = Read(source, at, position);
-    Printout printout = PrintoutOf(source, at);
-    printout.Add(ScanAttributes(function, scan, scan_));
-    printout.Add(PrecursorAttributes(source, at, position, scan));
-    printout.Add({{"scanValue", ValueOrAbsent(scan.scanValue)},
-                  {"driftBins", ValueOrAbsent(points.bins)},
-                  {"driftValues", ValueOrAbsent(points.bins)}});  // the values are the numbers of the bins
-    printout.Add(PointAttributes(points));
-    if (function.kind == source::FunctionKind::kAbsorbance) {
-      printout.columns = AbsorbanceColumns(points.masses, points.intensities);
+    if (function.kind == source::FunctionKind::kAbsorbance) RefuseChoice(choice);
+    if (!selection_.HasPolarity(function)) RefuseAll(source, "function " + source::TextOf(function.id));
+    return std::make_unique<FunctionRecording>(source, at, bin_, width_, choice);
+  }
+
+  static void RefuseChoice(const convert::PointChoice& choice) {
+    if (choice.IsAll()) return;
+    throw Failure(ExitStatus::kWrongUsage,
+                  "absorbance spectra have no m/z; --centroid and filters are for mass spectra");
+  }
+
+  [[noreturn]] static void RefuseAll(const source::Source& source, const std::string& owner) {
+    throw Failure(ExitStatus::kWrongUsage,
+                  source.Path() + ": none of the scans of " + owner + " is asked for");
+  }
+
+  // The positions of the scans that are wanted; those named alone have to be there.
+  std::vector<int> Wanted(const source::Source& source, Recording& recording) const {
+    const int count = recording.Count();
+    for (const int number : selection_.scans.Named())
+      PositionOf(number, count, recording.Noun(), recording.Owner());
+    std::vector<int> wanted;
+    for (int position = 0; position < count; ++position) {
+      if (selection_.scans.Has(position + 1) &&
+          (!selection_.minutes || selection_.HasTime(recording.MinutesAt(position))))
+        wanted.push_back(position);
+    }
+    if (wanted.empty()) RefuseAll(source, recording.Owner());
+    return wanted;
+  }
+
+  std::vector<int> Background(const source::Source& source, Recording& recording) const {
+    convert::Selection times;
+    times.minutes = background_;
+    std::vector<int> found;
+    for (int position = 0; position < recording.Count(); ++position) {
+      if (times.HasTime(recording.MinutesAt(position))) found.push_back(position);
+    }
+    if (found.empty()) {
+      throw Failure(ExitStatus::kWrongUsage,
+                    source.Path() + ": none of the scans of " + recording.Owner() + " is background");
+    }
+    return found;
+  }
+
+  void PrintSum(source::Source& source, Recording& recording, Output& out) const {
+    const auto add = [&](const std::vector<int>& positions) {
+      return Reading(source, [&] { return recording.Sum(positions); });
+    };
+    source::ScanSum sum = add(Reading(source, [&] { return Wanted(source, recording); }));
+    std::optional<source::ScanSum> background;
+    if (background_) {
+      background = add(Reading(source, [&] { return Background(source, recording); }));
+      TakeOff(*background, width_, sum);
+    }
+    if (isMean_) MakeMean(sum);
+    SpectrumPoints points = {std::move(sum.mz), std::move(sum.intensities), sum.lost, {}};
+    const Combination combination = {isMean_, sum, background ? &*background : nullptr};
+    Print(Reading(source, [&] { return recording.PrintoutOfSum(combination, points); }), out);
+  }
+
+  // What was read before a failure is printed.
+  void PrintAll(source::Source& source, Recording& recording, Output& out) const {
+    const std::vector<int> wanted = Reading(source, [&] { return Wanted(source, recording); });
+    std::exception_ptr failure;
+    const auto each = [&](auto print) {
+      try {
+        for (const int position : wanted) {
+          SpectrumPoints points;
+          print(Reading(source, [&] { return recording.Read(position, points); }));
+        }
+      } catch (const Failure&) {
+        failure = std::current_exception();
+      }
+    };
+    if (WantsJson()) {
+      JsonWriter json(out);
+      json.Array([&] { each([&](const Printout& printout) { PutJson(printout, json); }); });
+      json.Finish();
     } else {
-      printout.columns = {{"m/z", "masses", points.masses}, {"intensity", "intensities", points.intensities}};
-    }
-    Print(printout, out);
-  }
-
-  Points Read(source::Source& source, const FunctionPosition& at, int scan) const {
-    Points points;
-    const int bins = source.DriftBinCount(at.sample, at.function);
-    if (bin_ == 0) {
-      if (bins > 0) points.bins = source::Range{1, static_cast<double>(bins)};
-      points.lost = Reading(source, [&] {
-        return source.ReadPoints(at.sample, at.function, scan, points.masses, points.intensities).lost;
+      std::string_view separator;
+      each([&](const Printout& printout) {
+        out.Text(std::exchange(separator, "\n"));
+        PrintText(printout, out);
       });
-      return points;
     }
-    const std::string owner = "a scan of function " + source::TextOf(FunctionAt(source, at).id);
-    const int bin = PositionOf(bin_, bins, "drift bin", owner);
-    points.bins = source::Range{static_cast<double>(bin_), static_cast<double>(bin_)};
-    Reading(source, [&] {
-      source.ReadDriftBin(at.sample, at.function, scan, bin, points.masses, points.intensities);
-    });
-    return points;
+    out.Finish();
+    if (failure) std::rethrow_exception(failure);
   }
 
-  void PrintAbsorbance(source::Source& source, int sample, Output& out) const {
-    const int scans = source.HasAbsorbance(sample) ? source.AbsorbanceScanCount(sample) : 0;
-    const int scan = PositionOf(scan_, scans, "absorbance scan", NameOf(source, sample));
-    std::vector<double> wavelengths;
-    std::vector<double> values;
-    Reading(source, [&] { source.ReadAbsorbance(sample, scan, wavelengths, values); });
-    Printout printout = PrintoutOf(source, sample);
-    printout.Add({{"scan", scan_},
-                  {"startMinutes", source.AbsorbanceMinutes(sample, scan)},
-                  {"points", static_cast<int>(wavelengths.size())}});
-    printout.columns = AbsorbanceColumns(wavelengths, values);
-    Print(printout, out);
-  }
-
-  int scan_ = 0;
-  int bin_ = 0;  // 0: the whole scan
+  int scan_ = 0;  // 0: several
+  int bin_ = 0;   // 0: whole scans
+  bool isSum_ = false;
+  bool isMean_ = false;
+  bool isCentroid_ = false;
   bool isAbsorbance_ = false;
+  std::optional<source::Range> background_;
+  std::optional<double> ppm_;
+  std::optional<double> da_;
+  source::PeakWidth width_;
+  convert::Selection selection_;
 };
 
 }  // namespace
