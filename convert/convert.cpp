@@ -9,25 +9,30 @@
 namespace zrml::convert {
 namespace {
 
-std::unique_ptr<Renderer> MakeRenderer(source::Source& source, const RunPlan& plan, Losses& losses,
-                                       const Options& options) {
+std::unique_ptr<Renderer> MakeRenderer(source::Source& source, const RunPlan& plan,
+                                       const ParquetPlan& parquet, Losses& losses, const Options& options) {
   switch (options.format) {
     case Format::kMgf:
       return MakeMgfRenderer(source, plan, losses);
     case Format::kTsv:
       return MakeTsvRenderer(source, plan, losses);
+    case Format::kParquet:
+      return MakeParquetRenderer(source, plan, parquet, losses, options.arrays);
     case Format::kMzml:
       break;
   }
   return MakeMzmlRenderer(source, plan, losses, options.arrays);
 }
 
-std::unique_ptr<Document> MakeDocument(const RunContext& context, Format format, ByteSink& out) {
+std::unique_ptr<Document> MakeDocument(const RunContext& context, const ParquetPlan& parquet, Format format,
+                                       ByteSink& out) {
   switch (format) {
     case Format::kMgf:
       return MakeMgfDocument(out);
     case Format::kTsv:
       return MakeTsvDocument(out);
+    case Format::kParquet:
+      return MakeParquetDocument(context.plan, parquet, context.arrays, out);
     case Format::kMzml:
       break;
   }
@@ -47,13 +52,14 @@ class Conversion {
 
   Result Run() {
     NoteMissingBins();
+    if (IsParquet()) parquet_ = PlanParquet(source_.Workers(), plan_, options_.arrays, hooks_.cancel);
     MakeRenderers();
     // The other workers begin while this one reads the source's files.
-    std::optional<OrderedPieces> spectra(std::in_place, plan_.entries.size(), Workers());
+    std::optional<OrderedPieces> spectra(std::in_place, TextCount(), Workers());
     const SourceFiles& files = ReadFiles();
     const RunContext context = {plan_,       source_.First(), losses_,
                                 files.files, options_.arrays, options_.isIndexed};
-    const std::unique_ptr<Document> document = MakeDocument(context, options_.format, out_);
+    const std::unique_ptr<Document> document = MakeDocument(context, parquet_, options_.format, out_);
     document->Begin();
     AddSpectra(*spectra, *document);
     spectra.reset();
@@ -72,7 +78,7 @@ class Conversion {
  private:
   void NoteMissingBins() {
     for (const RunFunction& function : plan_.functions) {
-      if (options_.format != Format::kMzml || !function.info.hasMobility || function.driftBins > 0) continue;
+      if (!TakesDriftBins(options_.format) || !function.info.hasMobility || function.driftBins > 0) continue;
       notes_.push_back({Note::Kind::kDriftBins, "the drift bins of function " + TextOf(function.info.id) +
                                                     " are left out: the library that reads them is missing"});
     }
@@ -80,7 +86,7 @@ class Conversion {
 
   void MakeRenderers() {
     for (const std::unique_ptr<source::Source>& worker : source_.Workers())
-      renderers_.push_back(MakeRenderer(*worker, plan_, losses_, options_));
+      renderers_.push_back(MakeRenderer(*worker, plan_, parquet_, losses_, options_));
   }
 
   std::vector<MakePiece> Workers() const {
@@ -126,12 +132,16 @@ class Conversion {
   }
 
   void AddSpectra(OrderedPieces& spectra, Document& document) {
-    for (std::size_t i = 0; i < plan_.entries.size(); ++i) {
+    for (std::size_t i = 0; i < TextCount(); ++i) {
       ThrowIfCancelled(hooks_.cancel);
       document.Add(spectra.Take());
-      if (hooks_.progress) hooks_.progress(i + 1, plan_.entries.size());
+      if (hooks_.progress) hooks_.progress(IsParquet() ? parquet_.ends[i] : i + 1, plan_.entries.size());
     }
   }
+
+  bool IsParquet() const { return options_.format == Format::kParquet; }
+  /// What renderers make: of Parquet's entries some are rendered together.
+  std::size_t TextCount() const { return IsParquet() ? parquet_.ends.size() : plan_.entries.size(); }
 
   void CheckUnchanged() {
     const std::optional<std::string> file = source_.FindChange();
@@ -146,6 +156,7 @@ class Conversion {
   const Hooks& hooks_;
   Losses losses_;
   RunPlan plan_;
+  ParquetPlan parquet_;
   std::vector<std::unique_ptr<Renderer>> renderers_;
   std::vector<Note> notes_;
 };

@@ -1,4 +1,4 @@
-// One sample of a source into one file of an open format: mzML, MGF or TSV.
+// One sample of a source into one file of an open format: mzML, MGF, TSV or Parquet.
 //
 //   SourceInUse source(path, 2, [&] { return source::Source::Open(path); });
 //   TargetFile target("run.mzML", Existing::kKeep);
@@ -23,7 +23,7 @@ namespace zrml::convert {
 
 struct Options {
   Format format = Format::kMzml;
-  ArrayOptions arrays = {};  ///< for mzML
+  ArrayOptions arrays = {};  ///< for mzML and Parquet
   bool isIndexed = true;     ///< mzML with index and checksum
   Selection selection = {};
   bool isLossAllowed = false;  ///< lost data is left out and reported, instead of an Error

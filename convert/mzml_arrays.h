@@ -40,9 +40,6 @@ class ArrayWriter {
   void Append(std::string& out, const ArrayKind& kind, std::span<const double> values);
 
  private:
-  /// Rounds into singles_; true when no number has changed.
-  bool Round(std::span<const double> values);
-
   std::optional<Deflater> deflater_;
   std::vector<float> singles_;
 };

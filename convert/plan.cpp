@@ -21,7 +21,6 @@ constexpr std::string_view kAbsorbance = "Absorbance";
 constexpr std::string_view kFolderKey = "DatasetName";
 
 bool TakesAbsorbance(Format format) { return format == Format::kMzml; }
-bool TakesDriftBins(Format format) { return format == Format::kMzml; }
 bool TakesChromatograms(Format format) { return format == Format::kMzml; }
 
 bool IsAbsorbance(const Function& function) { return function.kind == source::FunctionKind::kAbsorbance; }
@@ -308,7 +307,7 @@ RunPlan PlanRun(Source& source, int sample, const Selection& selection, Format f
                                                  : "none of its scans is asked for");
   }
   if (format == Format::kMgf && !selection.hasProfiles) RefuseProfiles(source, plan);
-  SortByTime(plan.entries);
+  if (format != Format::kParquet) SortByTime(plan.entries);
   return plan;
 }
 

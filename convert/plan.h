@@ -15,7 +15,10 @@
 
 namespace zrml::convert {
 
-enum class Format { kMzml, kMgf, kTsv };
+enum class Format { kMzml, kMgf, kTsv, kParquet };
+
+/// Whether drift bins are written, where the library that reads them is installed.
+inline bool TakesDriftBins(Format format) { return format == Format::kMzml || format == Format::kParquet; }
 
 inline constexpr int kNoPosition = -1;
 
@@ -61,7 +64,8 @@ struct RunPlan {
   std::string name;  // of the converted run
   std::string sampleName;
   std::vector<RunFunction> functions;  // all that are requested, also without scans
-  std::vector<RunEntry> entries;       // by time; those without one last; equal times by function and scan
+  std::vector<RunEntry> entries;       // by time; those without one last; equal times by function and scan;
+                                       // for Parquet by function and scan alone
   std::vector<source::MetadataItem> metadata;
   Selection selection;
   Absorbance absorbance = Absorbance::kNone;

@@ -7,6 +7,7 @@
 
 #include "common/bytes.h"
 #include "convert/deflate.h"
+#include "convert/parquet/table_file.h"
 
 namespace zrml::convert {
 namespace {
@@ -48,6 +49,8 @@ bool EndsAs(Format format, std::string_view text) {
       return text.empty() || text.ends_with("\nEND IONS\n\n");
     case Format::kTsv:
       return text.ends_with('\n');
+    case Format::kParquet:
+      return text.ends_with(parquet::TableFile::kMark);
     case Format::kMzml:
       break;
   }

@@ -11,6 +11,7 @@
 #include "convert/byte_sink.h"
 #include "convert/losses.h"
 #include "convert/mzml_arrays.h"
+#include "convert/parquet_plan.h"
 #include "convert/plan.h"
 #include "convert/source_files.h"
 
@@ -24,7 +25,7 @@ class Renderer {
   Renderer& operator=(const Renderer&) = delete;
   virtual ~Renderer() = default;
 
-  /// Replaces `text` with entry `index` of the run. Throws an Error.
+  /// Replaces `text` with entry `index` of the run, or that batch of Parquet's entries. Throws an Error.
   virtual void Render(std::size_t index, std::string& text) = 0;
 };
 
@@ -35,7 +36,7 @@ class Document {
   Document& operator=(const Document&) = delete;
   virtual ~Document() = default;
 
-  /// In this order; Add once per entry. Each throws an Error.
+  /// In this order; Add once for each text of the renderers. Each throws an Error.
   virtual void Begin() = 0;
   virtual void Add(std::string_view text) = 0;
   virtual void End() = 0;
@@ -61,5 +62,10 @@ std::unique_ptr<Renderer> MakeMgfRenderer(source::Source& source, const RunPlan&
 std::unique_ptr<Document> MakeMgfDocument(ByteSink& out);
 std::unique_ptr<Renderer> MakeTsvRenderer(source::Source& source, const RunPlan& plan, Losses& losses);
 std::unique_ptr<Document> MakeTsvDocument(ByteSink& out);
+std::unique_ptr<Renderer> MakeParquetRenderer(source::Source& source, const RunPlan& plan,
+                                              const ParquetPlan& parquet, Losses& losses,
+                                              const ArrayOptions& arrays);
+std::unique_ptr<Document> MakeParquetDocument(const RunPlan& plan, const ParquetPlan& parquet,
+                                              const ArrayOptions& arrays, ByteSink& out);
 
 }  // namespace zrml::convert

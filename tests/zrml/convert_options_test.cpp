@@ -50,6 +50,7 @@ TEST_F(ConvertOptionsTest, NamesSayTheFormat) {
       {"a.mgf", "BEGIN IONS\n"},     {"a.tsv", "function\tscan"},
       {"a.mzML.gz", "\x1F\x8B\x08"}, {"a.Mgf.GZ", "\x1F\x8B\x08"},
       {"a.xml", "<?xml "},           {"a", "<?xml "},
+      {"a.parquet", "PAR1"},         {"a.Parquet", "PAR1"},
   };
   for (const NameCase& named : cases) {
     SCOPED_TRACE(named.name);
@@ -78,6 +79,21 @@ TEST_F(ConvertOptionsTest, NameThatContradictsIsRefused) {
                 "the name " + file + " contradicts --format tsv");
   ExpectFailure(Convert({"-b", file, "--gzip"}), 2, "the name " + file + " contradicts --gzip");
   EXPECT_FALSE(std::filesystem::exists(folder_ / "x.mgf"));
+}
+
+TEST_F(ConvertOptionsTest, ParquetIsNotCompressedAsAWhole) {
+  const std::string message = "Parquet is compressed inside; --gzip and .gz are for other formats";
+  ExpectFailure(Convert({"-b", Path("x.parquet.gz")}), 2, message);
+  ExpectFailure(Convert({"-o", Path(""), "--format", "parquet", "--gzip"}), 2, message);
+}
+
+TEST_F(ConvertOptionsTest, ParquetIsWholeWithItsMark) {
+  const std::vector<std::string> arguments = {"-b", Path("x.parquet"), "--function", "1", "--skip-existing"};
+  ExpectOutput(Convert(arguments), Path("x.parquet") + "\n");
+  ExpectOutput(Convert(arguments), "");
+  std::filesystem::resize_file(folder_ / "x.parquet", std::filesystem::file_size(folder_ / "x.parquet") - 1);
+  ExpectFailure(Convert(arguments), 5,
+                Path("x.parquet") + " is older than its source, or not whole; --force replaces it");
 }
 
 TEST_F(ConvertOptionsTest, FileIsNoFolder) {

@@ -293,7 +293,7 @@ TEST_F(ConvertTest, OptionsThatDoNotGoTogether) {
   ExpectFailure(Run({"convert", path_, "-o", ""}), 2, "--output: is empty (see zrml convert --help)");
   ExpectFailure(Run({"convert", path_, "-b", ""}), 2, "--file: is empty (see zrml convert --help)");
   ExpectFailure(Run({"convert", path_, "--format", "mzxml"}), 2,
-                "--format: \"mzxml\" is not mzml, mgf or tsv (see zrml convert --help)");
+                "--format: \"mzxml\" is not mzml, mgf, tsv or parquet (see zrml convert --help)");
   ExpectFailure(Run({"convert", path_, "--rt", "5"}), 2,
                 "--rt: \"5\" is not a time range such as 0.5-3 (see zrml convert --help)");
   ExpectFailure(Run({"convert", path_, "--scans", "0"}), 2,

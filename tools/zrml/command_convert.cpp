@@ -193,7 +193,7 @@ class Batch {
 class ConvertCommand : public Command {
  public:
   explicit ConvertCommand(CLI::App& parser)
-      : Command(parser, "convert", "Convert sources to mzML, MGF or TSV") {
+      : Command(parser, "convert", "Convert sources to mzML, MGF, TSV or Parquet") {
     AddConvertOptions(Options(), request_);
   }
 

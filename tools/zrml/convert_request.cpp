@@ -26,10 +26,11 @@ struct FormatName {
 };
 
 // In the order of convert::Format.
-constexpr std::array<FormatName, 3> kFormats = {{
+constexpr std::array<FormatName, 4> kFormats = {{
     {"mzml", convert::Format::kMzml, ".mzML"},
     {"mgf", convert::Format::kMgf, ".mgf"},
     {"tsv", convert::Format::kTsv, ".tsv"},
+    {"parquet", convert::Format::kParquet, ".parquet"},
 }};
 
 struct ArrayName {
@@ -104,7 +105,7 @@ void AddTargetOptions(CLI::App& options, ConvertRequest& request) {
   folder->option_text("DIR")->check(IsNotEmpty());
   CLI::Option* const file = options.add_option(
       "-b,--file", request.file,
-      "The file, for a single source; its name says the format: .mzML, .mgf, .tsv, with .gz");
+      "The file, for a single source; its name says the format: .mzML, .mgf, .tsv, with .gz; .parquet");
   file->option_text("FILE")->check(IsNotEmpty())->excludes(folder);
   CLI::Option* const standard = options.add_flag("--stdout", request.isToStandardOutput,
                                                  "To standard output; mzML is not indexed then");
@@ -115,8 +116,8 @@ void AddTargetOptions(CLI::App& options, ConvertRequest& request) {
 }
 
 void AddFormatOptions(CLI::App& options, ConvertRequest& request) {
-  AddParsed(options, "--format", request.format, ParseFormat, "mzml, mgf or tsv",
-            "mzml (default), mgf (MS/MS functions only) or tsv (a row for each point)")
+  AddParsed(options, "--format", request.format, ParseFormat, "mzml, mgf, tsv or parquet",
+            "mzml (default), mgf (MS/MS functions only), tsv or parquet (a row for each point)")
       ->option_text("FORMAT");
   options.add_flag("--profile", request.conversion.selection.hasProfiles,
                    "Write MGF of profile spectra, too");
@@ -128,15 +129,15 @@ void AddFormatOptions(CLI::App& options, ConvertRequest& request) {
 
 void AddArrayOptions(CLI::App& options, ArrayOptions& arrays) {
   CLI::Option* const zlib = options.add_flag("-z,--zlib");
-  zlib->description("Compress mzML arrays (default)");
+  zlib->description("Compress arrays of mzML and columns of Parquet (default)");
   options
       .add_flag_callback(
-          "--no-zlib", [&arrays] { arrays.isCompressed = false; }, "Do not compress mzML arrays")
+          "--no-zlib", [&arrays] { arrays.isCompressed = false; }, "Do not compress them")
       ->excludes(zlib)
       ->option_text(" ");
   zlib->option_text(" ");
-  AddPrecision(options, "--32", Precision::kSingle, arrays, "Write such mzML arrays with 32 bits a number");
-  AddPrecision(options, "--64", Precision::kDouble, arrays, "Write such mzML arrays with 64 bits a number");
+  AddPrecision(options, "--32", Precision::kSingle, arrays, "Write such arrays with 32 bits a number");
+  AddPrecision(options, "--64", Precision::kDouble, arrays, "Write such arrays with 64 bits a number");
 }
 
 CLI::Option* AddCentroidOption(CLI::App& options, convert::PointChoice& points) {
@@ -188,6 +189,9 @@ void TakeFormat(ConvertRequest& request) {
   if (named && request.isGzipped && !IsNameOfGzip(request.file)) Contradict(request.file, "--gzip");
   request.isGzipped = request.isGzipped || IsNameOfGzip(request.file);
   request.conversion.format = request.format.value_or(named.value_or(convert::Format::kMzml));
+  if (request.isGzipped && request.conversion.format == convert::Format::kParquet)
+    throw Failure(ExitStatus::kWrongUsage,
+                  "Parquet is compressed inside; --gzip and .gz are for other formats");
 }
 
 void RefuseFileAsFolder(const std::string& folder) {

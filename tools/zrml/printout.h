@@ -34,8 +34,6 @@ Printout PrintoutOf(source::Source& source, const FunctionPosition& position);
 Printout PrintoutOf(source::Source& source, int sample);
 
 void PrintText(const Printout& printout, Output& out);
-/// The object alone, as one of a list.
-void PutJson(const Printout& printout, JsonWriter& json);
 void PrintJson(const Printout& printout, Output& out);
 /// The object of PrintJson as a part of a larger document.
 void PutJson(const Printout& printout, JsonWriter& json);

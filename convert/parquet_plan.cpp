@@ -1,0 +1,150 @@
+#include "convert/parquet_plan.h"
+
+#include <cmath>
+
+#include "convert/ordered_pieces.h"
+#include "convert/single_precision.h"
+
+namespace zrml::convert {
+namespace {
+
+constexpr std::uint64_t kBatchRows = 1u << 16;  // unless a single scan has more
+
+parquet::Type TypeFor(Precision precision, bool isSingleExact) {
+  const bool isDouble = precision == Precision::kDouble || (precision == Precision::kExact && !isSingleExact);
+  return isDouble ? parquet::Type::kDouble : parquet::Type::kFloat;
+}
+
+bool IsSingle(double value) {
+  return std::isnan(value) || static_cast<double>(static_cast<float>(value)) == value;
+}
+
+// What numbers of 32 bits hold exactly.
+struct Exact {
+  bool isMass = true;
+  bool isIntensity = true;
+};
+
+// Looks at points for one worker. What cannot be read is reported when it is written.
+class PointsLook {
+ public:
+  PointsLook(source::Source& source, const RunPlan& plan, Exact looked)
+      : source_(source), plan_(plan), exact_(looked) {}
+
+  void Look(const RunEntry& entry) {
+    const RunFunction& function = plan_.FunctionOf(entry);
+    try {
+      for (int bin = 0; bin < function.driftBins; ++bin) {
+        source_.ReadDriftBin(plan_.sample, function.position, entry.scan, bin, masses_, intensities_);
+        LookAtPoints();
+      }
+      if (function.driftBins > 0) return;
+      source_.ReadPoints(plan_.sample, function.position, entry.scan, masses_, intensities_);
+      LookAtPoints();
+    } catch (const source::Error&) {
+    }
+  }
+
+  bool IsNeeded() const { return exact_.isMass || exact_.isIntensity; }
+  const Exact& Found() const { return exact_; }
+
+ private:
+  void LookAtPoints() {
+    exact_.isMass = exact_.isMass && RoundToSingle(masses_, singles_);
+    exact_.isIntensity = exact_.isIntensity && RoundToSingle(intensities_, singles_);
+  }
+
+  source::Source& source_;
+  const RunPlan& plan_;
+  Exact exact_;
+  std::vector<double> masses_;
+  std::vector<double> intensities_;
+  std::vector<float> singles_;
+};
+
+class ParquetPlanner {
+ public:
+  ParquetPlanner(std::span<const std::unique_ptr<source::Source>> workers, const RunPlan& plan,
+                 const Cancel& cancel)
+      : workers_(workers), plan_(plan), cancel_(cancel) {}
+
+  ParquetPlan Plan(const ArrayOptions& arrays) {
+    DivideEntries();
+    parquet_.time = TypeFor(arrays.times, areTimesSingle_);
+    parquet_.precursor = TypeFor(arrays.masses, arePrecursorsSingle_);
+    const Exact exact =
+        FindExact({arrays.masses == Precision::kExact, arrays.intensities == Precision::kExact});
+    parquet_.mass = TypeFor(arrays.masses, exact.isMass);
+    parquet_.intensity = TypeFor(arrays.intensities, exact.isIntensity);
+    return std::move(parquet_);
+  }
+
+ private:
+  void DivideEntries() {
+    std::uint64_t rows = 0;
+    for (std::size_t i = 0; i < plan_.entries.size(); ++i) {
+      ThrowIfCancelled(cancel_);
+      const RunEntry& entry = plan_.entries[i];
+      const source::Scan scan = ScanOf(entry);
+      const bool isNewFunction = i > 0 && plan_.entries[i - 1].function != entry.function;
+      if (isNewFunction || (rows > 0 && rows + scan.points > kBatchRows)) {
+        parquet_.ends.push_back(i);
+        rows = 0;
+      }
+      rows += scan.points;
+      areTimesSingle_ = areTimesSingle_ && IsSingle(entry.minutes);
+      arePrecursorsSingle_ = arePrecursorsSingle_ && IsSingle(scan.precursorMz.value_or(0));
+    }
+    if (!plan_.entries.empty()) parquet_.ends.push_back(plan_.entries.size());
+  }
+
+  source::Scan ScanOf(const RunEntry& entry) {
+    try {
+      return workers_.front()->ScanAt(plan_.sample, plan_.FunctionOf(entry).position, entry.scan);
+    } catch (const source::Error&) {
+      return {};
+    }
+  }
+
+  // Only what is `looked` for is answered.
+  Exact FindExact(Exact looked) {
+    std::vector<PointsLook> looks;
+    for (const std::unique_ptr<source::Source>& worker : workers_) looks.emplace_back(*worker, plan_, looked);
+    if (!looks.front().IsNeeded()) return looked;
+    std::vector<MakePiece> makers;
+    for (PointsLook& look : looks) {
+      makers.push_back([&](std::size_t batch, std::string& found) { LookAtBatch(look, batch, found); });
+    }
+    OrderedPieces pieces(parquet_.ends.size(), std::move(makers));
+    for (std::size_t batch = 0; batch < parquet_.ends.size(); ++batch) {
+      ThrowIfCancelled(cancel_);
+      const std::string& found = pieces.Take();
+      looked.isMass = looked.isMass && found.front() != 0;
+      looked.isIntensity = looked.isIntensity && found.back() != 0;
+      if (!looked.isMass && !looked.isIntensity) break;
+    }
+    return looked;
+  }
+
+  void LookAtBatch(PointsLook& look, std::size_t batch, std::string& found) const {
+    for (std::size_t i = parquet_.BeginOf(batch); i < parquet_.ends[batch] && look.IsNeeded(); ++i)
+      look.Look(plan_.entries[i]);
+    found = {static_cast<char>(look.Found().isMass), static_cast<char>(look.Found().isIntensity)};
+  }
+
+  std::span<const std::unique_ptr<source::Source>> workers_;
+  const RunPlan& plan_;
+  const Cancel& cancel_;
+  ParquetPlan parquet_;
+  bool areTimesSingle_ = true;
+  bool arePrecursorsSingle_ = true;
+};
+
+}  // namespace
+
+ParquetPlan PlanParquet(std::span<const std::unique_ptr<source::Source>> workers, const RunPlan& plan,
+                        const ArrayOptions& arrays, const Cancel& cancel) {
+  return ParquetPlanner(workers, plan, cancel).Plan(arrays);
+}
+
+}  // namespace zrml::convert
