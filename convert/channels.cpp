@@ -1,5 +1,7 @@
 #include "convert/channels.h"
 
+#include <algorithm>
+
 #include "convert/spectrum_reader.h"
 
 namespace zrml::convert {
@@ -24,18 +26,24 @@ bool ReadWhole(source::Source& source, int sample, int position, int scan, ScanP
 
 }  // namespace
 
+bool ChannelSearch::Add(std::span<const double> mz) {
+  if (isOver_) return false;
+  if (channels_.empty() && mz.size() <= kMostChannels) channels_.assign(mz.begin(), mz.end());
+  isOver_ = mz.empty() || !std::equal(mz.begin(), mz.end(), channels_.begin(), channels_.end());
+  if (isOver_) channels_.clear();
+  return !isOver_;
+}
+
 std::vector<double> FindChannels(source::Source& source, int sample, int position, const Cancel& cancel) {
-  std::vector<double> channels;
+  ChannelSearch search;
   ScanPoints points;
   const int scans = source.ScanCount(sample, position);
   for (int scan = 0; scan < scans; ++scan) {
     ThrowIfCancelled(cancel);
     if (!ReadWhole(source, sample, position, scan, points)) continue;
-    if (points.mz.empty() || points.mz.size() > kMostChannels) return {};
-    if (channels.empty()) channels = points.mz;
-    if (channels != points.mz) return {};
+    if (!search.Add(points.mz)) break;
   }
-  return channels;
+  return search.Channels();
 }
 
 std::vector<source::Chromatogram> ReadChannels(source::Source& source, const RunPlan& plan,

@@ -2,6 +2,7 @@
 // scans of the function have the same masses, the k-th point of each belongs to the k-th channel.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "convert/hooks.h"
@@ -10,8 +11,21 @@
 
 namespace zrml::convert {
 
-/// The m/z of each channel of the function at a position. None when its complete scans
-/// disagree, have no points, or have more points than any instrument has channels.
+/// Finds the channels from the masses of complete scans, given one after the other.
+class ChannelSearch {
+ public:
+  /// False once there are none.
+  bool Add(std::span<const double> mz);
+  /// The m/z of each; empty when the scans disagree, have no points, or have more points than any instrument
+  /// has channels.
+  const std::vector<double>& Channels() const { return channels_; }
+
+ private:
+  std::vector<double> channels_;
+  bool isOver_ = false;
+};
+
+/// Those of the function at a position.
 std::vector<double> FindChannels(source::Source& source, int sample, int position, const Cancel& cancel);
 
 /// The points of each channel of `function`, the index of one in the plan, in the order of its scans. If a

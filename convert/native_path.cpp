@@ -46,6 +46,28 @@ std::string InFolder(const std::string& folder, const std::string& name) {
 }
 #endif
 
+std::string UriPath(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  constexpr std::string_view kPlain = "-._~/:";
+  std::string text;
+  for (const char c : bytes) {
+    const bool isAlphanumeric = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    const auto byte = static_cast<unsigned char>(c);
+    if (isAlphanumeric || kPlain.find(c) != std::string_view::npos) {
+      text.push_back(c);
+    } else {
+      text.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+    }
+  }
+  return text;
+}
+
+std::string FileUri(const SystemPath& path) {
+  const std::string bytes = PathText(path);
+  const bool isOnServer = bytes.starts_with("//");
+  return (isOnServer ? "file:" : bytes.starts_with('/') ? "file://" : "file:///") + UriPath(bytes);
+}
+
 SystemPath FolderOf(const SystemPath& path) { return path.substr(0, StartOfName(path, path.size())); }
 SystemPath NameOf(const SystemPath& path) { return path.substr(StartOfName(path, path.size())); }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "common/platform/paths.h"
 
@@ -21,6 +22,11 @@ std::string StemOf(const SystemPath& path);
 
 /// The raw directory itself, or the folder of the source's file; absolute.
 SystemPath FolderOfSource(const std::string& path);
+
+/// An absolute path as a file: URI.
+std::string FileUri(const SystemPath& path);
+/// What of `bytes` may not stand in the path of a URI, as % and digits.
+std::string UriPath(std::string_view bytes);
 
 /// Whether `path` ends like that of a folder.
 bool EndsAsFolder(const std::string& path);

@@ -17,24 +17,6 @@ constexpr std::size_t kReadPiece = 1u << 17;  // stays in the processor's cache
 constexpr std::string_view kReportExtension = ".rpt";
 constexpr std::array<std::string_view, 2> kExtensions = {".raw", kReportExtension};
 
-std::string Uri(const SystemPath& folder) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  constexpr std::string_view kPlain = "-._~/:";
-  const std::string bytes = PathText(folder);
-  const bool isOnServer = bytes.starts_with("//");
-  std::string uri = isOnServer ? "file:" : bytes.starts_with('/') ? "file://" : "file:///";
-  for (const char c : bytes) {
-    const bool isAlphanumeric = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-    const auto byte = static_cast<unsigned char>(c);
-    if (isAlphanumeric || kPlain.find(c) != std::string_view::npos) {
-      uri.push_back(c);
-    } else {
-      uri.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-  }
-  return uri;
-}
-
 enum class FileState : char { kWhole, kClosed, kBroken };
 
 // Reads a whole file. `result` is its checksum in hexadecimal digits, or the reason why it breaks off.
@@ -83,14 +65,6 @@ std::string WithoutExtension(const std::string& name) {
   return name;
 }
 
-std::string SourceName(const std::string& path, source::Format format) {
-  const SystemPath given = platform::FromUtf8Path(path);
-  const SystemPath own = platform::AbsolutePath(given);
-  if (format == source::Format::kReport || !platform::IsFile(given))
-    return WithoutExtension(PathText(NameOf(own)));
-  return WithoutExtension(PathText(NameOf(FolderOfSource(path)))) + StemOf(own);
-}
-
 bool IsDataFile(const SystemPath& path) {
   return !IsByTheWay(PathText(NameOf(path)), source::Format::kRawDirectory) && platform::IsFile(path);
 }
@@ -131,7 +105,7 @@ SourceFiles ListSourceFiles(const std::string& path, source::Format format, Chec
     std::string text(checked.Take());
     switch (states[i]) {
       case FileState::kWhole:
-        result.files.push_back({name, Uri(list.folder), std::move(text)});
+        result.files.push_back({name, FileUri(list.folder), std::move(text)});
         break;
       case FileState::kClosed:
         result.closed.push_back(name);
@@ -168,6 +142,14 @@ std::optional<std::string> SourceStamp::FindChange() const {
   const bool isNew = is != current.end() && (was == files_.end() || is->path < was->path);
   if (was == files_.end() && !isNew) return std::nullopt;
   return PathText(NameOf((isNew ? is : was)->path));
+}
+
+std::string SourceName(const std::string& path, source::Format format) {
+  const SystemPath given = platform::FromUtf8Path(path);
+  const SystemPath own = platform::AbsolutePath(given);
+  if (format == source::Format::kReport || !platform::IsFile(given))
+    return WithoutExtension(PathText(NameOf(own)));
+  return WithoutExtension(PathText(NameOf(FolderOfSource(path)))) + StemOf(own);
 }
 
 std::string RunName(source::Source& source, int sample) {

@@ -66,9 +66,10 @@ class SourceStamp {
   std::vector<Stamp> files_;  // a report's alone, else also those of the raw directory there or around
 };
 
-/// The name for the output of `sample`: the last part of the source's path without ".raw" or
-/// ".rpt". A data file of a folder gives the folder's name, then its own: "run_FUNC001" for
-/// "run.raw/_FUNC001.DAT"; one of several samples its number: "plate-sample2".
+/// The name of what is made of a source: the last part of its path without ".raw" or ".rpt". A data file of a
+/// folder gives the folder's name, then its own: "run_FUNC001" for "run.raw/_FUNC001.DAT".
+std::string SourceName(const std::string& path, source::Format format);
+/// The same for `sample`: one of several has its number, "plate-sample2".
 std::string RunName(source::Source& source, int sample);
 
 /// The source, of those at the paths `sources`, that a file at `target` would belong to, or replace a part

@@ -14,8 +14,8 @@ using Kind = FindingSubject::Kind;
 
 class PointsLook {
  public:
-  PointsLook(Source& source, const Cancel& cancel, const Progress& progress)
-      : source_(source), cancel_(cancel), progress_(progress) {}
+  PointsLook(Source& source, const Cancel& cancel, const Progress& progress, Onlooker* onlooker)
+      : source_(source), cancel_(cancel), progress_(progress), onlooker_(onlooker) {}
 
   Findings Run() {
     for (const Finding& finding : FindingsOf()) known_.push_back(&finding);
@@ -131,9 +131,9 @@ class PointsLook {
       case What::kAbsorbance:
         return source_.ReadAbsorbance(part.sample, i, x_, y_);
       case What::kTraces:
-        return {.count = source_.ReadTrace(part.sample, i).minutes.size()};
+        return Shown(part, source_.ReadTrace(part.sample, i));
       case What::kFunctionTraces:
-        return {.count = source_.ReadFunctionTrace(part.sample, part.function, i).minutes.size()};
+        return Shown(part, source_.ReadFunctionTrace(part.sample, part.function, i));
       case What::kScans:
         break;
     }
@@ -141,7 +141,14 @@ class PointsLook {
     const PointsRead read = source_.ReadPoints(part.sample, part.function, i, x_, y_);
     if (read.lost == 0)
       faulty_.Add(part.described, i + 1, FaultsOf(source_.GetFormat(), part.described, scan, x_, y_));
+    if (onlooker_ != nullptr)
+      onlooker_->See({part.sample, part.function, part.described, scan, read, x_, y_});
     return read;
+  }
+
+  PointsRead Shown(const Part& part, const Chromatogram& trace) {
+    if (onlooker_ != nullptr) onlooker_->See(part.sample, trace);
+    return {.count = trace.minutes.size()};
   }
 
   // Then no scan can be read, which is already reported.
@@ -187,6 +194,7 @@ class PointsLook {
   Source& source_;
   const Cancel& cancel_;
   const Progress& progress_;
+  Onlooker* onlooker_;
   std::vector<const Finding*> known_;
   std::vector<Part> parts_;
   std::uint64_t done_ = 0;
@@ -199,8 +207,8 @@ class PointsLook {
 
 }  // namespace
 
-Findings LookAtPoints(Source& source, const Cancel& cancel, const Progress& progress) {
-  return PointsLook(source, cancel, progress).Run();
+Findings LookAtPoints(Source& source, const Cancel& cancel, const Progress& progress, Onlooker* onlooker) {
+  return PointsLook(source, cancel, progress, onlooker).Run();
 }
 
 }  // namespace zrml::source

@@ -8,12 +8,13 @@ set(plugin common spectrum masslynx openlynx plugin)
 set(source common spectrum masslynx openlynx source)
 set(library common source library zrml)  # zrml/zrml.h, which it implements
 set(convert common source convert)
-set(tools common source convert tools)
+set(qc common spectrum source convert qc)
+set(tools common source convert qc tools)
 # `zrml plugin` compares the interface with a source.
 set(both_faces "tools/zrml/(plugin_(library|scans|verdicts)|slot_view)\\.(h|cpp)")
 
 set(seen 0)
-foreach(room common spectrum masslynx openlynx plugin source library convert tools)
+foreach(room common spectrum masslynx openlynx plugin source library convert qc tools)
   file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/${room}/*.h ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.inc)
   foreach(file ${files})
     file(STRINGS ${ROOT}/${file} includes REGEX "^#include \"[a-z]+/")

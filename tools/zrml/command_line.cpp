@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::array kCommands = {
     MakeInfoCommand,    MakeScansCommand, MakeSpectrumCommand, MakeChromatogramCommand,
-    MakeConvertCommand, MakeCheckCommand, MakePluginCommand,
+    MakeConvertCommand, MakeCheckCommand, MakeQcCommand,       MakePluginCommand,
 };
 
 constexpr int kFiles = 8;  // open at once for one source, and those looked at

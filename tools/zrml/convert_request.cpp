@@ -1,17 +1,16 @@
 #include "tools/zrml/convert_request.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 
 #include "common/text.h"
 #include "convert/native_path.h"
-#include "convert/threads.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/point_options.h"
 #include "tools/zrml/selection_options.h"
+#include "tools/zrml/thread_option.h"
 
 namespace zrml::tool {
 namespace {
@@ -45,8 +44,6 @@ constexpr std::array<ArrayName, 3> kArrays = {{
 }};
 
 constexpr std::string_view kGzipExtension = ".gz";
-constexpr int kMostThreads = 256;
-constexpr int kMostThreadsUnasked = 8;
 
 std::optional<convert::Format> ParseFormat(std::string_view text) {
   const std::string lower = ToLower(text);
@@ -95,8 +92,7 @@ void AddPrecision(CLI::App& options, const std::string& option, Precision precis
 
 void AddSourceOptions(CLI::App& options, ConvertRequest& request) {
   AddSourceArguments(options, request.sources);
-  AddNumber(options, "--threads", request.threads,
-            "How many threads; by default as many as there are processors, at most 8", kMostThreads);
+  AddThreadOption(options, request.threads);
 }
 
 void AddTargetOptions(CLI::App& options, ConvertRequest& request) {
@@ -199,12 +195,6 @@ void RefuseFileAsFolder(const std::string& folder) {
   throw Failure(ExitStatus::kWrongUsage, folder + " is the name of a file; -b takes one, -o a folder");
 }
 
-void MakeFolder(const std::string& folder) {
-  const std::string error = convert::MakeFolders(folder);
-  if (error.empty()) return;
-  throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error + ")");
-}
-
 }  // namespace
 
 void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
@@ -226,7 +216,7 @@ void Complete(ConvertRequest& request) {
   request.paths = ListSources(request.sources);
   if (request.paths.size() > 1 && (request.isToStandardOutput || !request.file.empty()))
     throw Failure(ExitStatus::kWrongUsage, "several sources do not fit into one file");
-  if (request.threads == 0) request.threads = std::min(convert::ProcessorCount(), kMostThreadsUnasked);
+  request.threads = ThreadCount(request.threads);
   if (request.isToStandardOutput) request.conversion.isIndexed = false;
   RefuseFolderAsFile(request.file);
   if (!request.file.empty()) RefuseUnlessFile(request.file);

@@ -39,6 +39,12 @@ void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string
   throw Failure(ExitStatus::kWrongUsage, path + " is a part of the source" + which);
 }
 
+void MakeFolder(const std::string& folder) {
+  const std::string error = convert::MakeFolders(folder);
+  if (error.empty()) return;
+  throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error + ")");
+}
+
 void MadeFiles::Add(const std::string& path) {
   paths_.insert(path);
   if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.push_back(*id);

@@ -1,4 +1,4 @@
-// Where `zrml convert` writes: files and their names, and standard output.
+// Where commands write: files and their names, and standard output.
 #pragma once
 
 #include <set>
@@ -25,6 +25,9 @@ void RefuseUnlessFile(const std::string& path);
 /// Throws a Failure when the path is a part of one of the sources, which must survive the command even when
 /// files may be replaced.
 void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources);
+
+/// With its parents. Throws a Failure.
+void MakeFolder(const std::string& folder);
 
 /// The files that a command has made.
 class MadeFiles {

@@ -10,9 +10,14 @@ void Output::Number(double value) { AppendNumber(value, buffer_); }
 void Output::ShortNumber(double value) { AppendShortNumber(value, buffer_); }
 
 void Output::Finish() {
+  const std::string piece = std::exchange(buffer_, {});
+  buffer_.reserve(piece.capacity());
+  write_(piece);
+}
+
+void Output::WriteStandardOutput(std::string_view piece) {
   std::string error;
-  const WriteResult result = WriteStream(Stream::kOutput, buffer_, error);
-  buffer_.clear();
+  const WriteResult result = WriteStream(Stream::kOutput, piece, error);
   if (result == WriteResult::kReaderGone) throw ReaderGone();
   if (result == WriteResult::kInterrupted) throw source::Cancelled();
   if (result == WriteResult::kFailed) {

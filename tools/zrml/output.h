@@ -1,9 +1,11 @@
-// The program's standard output, buffered: text goes out in large pieces, and nothing before the first piece
-// is full or Finish is called.
+// Text that goes out in large pieces, to the program's standard output or elsewhere; nothing before the first
+// piece is full or Finish is called.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zrml::tool {
 
@@ -12,9 +14,14 @@ struct ReaderGone {};
 
 class Output {
  public:
-  Output() { buffer_.reserve(kPiece + kPiece / 4); }
+  using Write = std::function<void(std::string_view piece)>;
 
-  /// Both throw ReaderGone, or a Failure when the output cannot be written. UTF-8, whole characters.
+  /// To standard output.
+  Output() : Output(WriteStandardOutput) {}
+  explicit Output(Write write) : write_(std::move(write)) { buffer_.reserve(kPiece + kPiece / 4); }
+
+  /// Both throw what writing throws: ReaderGone, or a Failure when standard output cannot be written. UTF-8,
+  /// whole characters.
   void Text(std::string_view utf8) {
     buffer_ += utf8;
     if (buffer_.size() >= kPiece) Finish();
@@ -26,6 +33,9 @@ class Output {
 
  private:
   static constexpr std::size_t kPiece = 1u << 16;
+  static void WriteStandardOutput(std::string_view piece);
+
+  Write write_;
   std::string buffer_;
 };
 
