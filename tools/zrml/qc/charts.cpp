@@ -9,9 +9,9 @@ namespace zrml::tool {
 namespace {
 
 constexpr double kWidth = 300;
-constexpr double kHeight = 110;
+constexpr double kHeight = 116;
 constexpr double kSide = 6;
-constexpr double kTop = 12;
+constexpr double kTop = 18;
 constexpr double kBottom = 14;
 
 // What an axis shows, at its two ends.
@@ -29,10 +29,12 @@ struct Axis {
 
 Axis Across(source::Range values) { return {values, kSide, kWidth - kSide}; }
 
-// From 0 on, unless values are negative.
+// From 0 on, unless values are negative; up to 1 where all are 0.
 Axis Up(const std::vector<double>& values) {
   const auto [low, high] = std::minmax_element(values.begin(), values.end());
-  return {{std::min(*low, 0.0), std::max(*high, 0.0)}, kHeight - kBottom, kTop};
+  source::Range range = {std::min(*low, 0.0), std::max(*high, 0.0)};
+  if (range.low == range.high) range.high = 1;
+  return {range, kHeight - kBottom, kTop};
 }
 
 std::string LineText(const std::string& look, const std::string& y) {
@@ -46,7 +48,7 @@ std::string Label(double x, const std::string& y, const char* anchor, const std:
 
 // With the ends of the vertical axis.
 std::string Begin(const Axis& up, NumberText text) {
-  std::string svg = "<svg viewBox=\"0 0 300 110\" role=\"img\">";
+  std::string svg = "<svg viewBox=\"0 0 300 116\" role=\"img\">";
   svg += LineText("line", up.At(up.values.low));
   svg += Label(0, RoundedNumber(kTop - 4), "start", text(up.values.high));
   return svg + Label(0, RoundedNumber(kHeight - 3), "start", text(up.values.low));

@@ -51,7 +51,8 @@ svg a:hover circle, svg a:focus circle { stroke: var(--ink); stroke-width: 2; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; }
 th, td { text-align: left; vertical-align: top; padding: .25rem 1.2rem .25rem 0; border-bottom: 1px solid var(--rule); }
 th { font-weight: 500; color: var(--quiet); font-size: .85rem; }
-td.number, th.number { text-align: right; white-space: nowrap; }
+td.number, th.number { text-align: right; }
+td.number { white-space: nowrap; }
 td.name { overflow-wrap: anywhere; min-width: 9rem; }
 td.date { white-space: nowrap; }
 .suspect { color: var(--suspect); }
@@ -128,7 +129,7 @@ constexpr std::array<Compared, 11> kCompared = {{
     {"Tenfold jumps of the MS1 signal", MetricOf<kJumps>, false},
     {"Tenfold falls of the MS1 signal", MetricOf<kFalls>, false},
     {"Empty MS1 spectra", MetricOf<kEmpty>, false},
-    {"Lock mass, median deviation, ppm", MedianOfLockMass, true},
+    {"Lock mass, median ppm", MedianOfLockMass, true},
 }};
 
 // Runs in the order of the page; their positions name their sections.
