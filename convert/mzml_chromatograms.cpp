@@ -84,7 +84,8 @@ std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& p
   for (const RunFunction& function : plan.functions) {
     if (function.isAbsorbance) continue;
     const source::Chromatogram own = ReadTotal(source, plan, function, losses);
-    if (surveys.Take(function.info)) Append(whole, own);
+    const bool hasScans = source.ScanCount(plan.sample, function.position) > 0;
+    if (surveys.Take(function.info, hasScans)) Append(whole, own);
     if (own.minutes.empty()) continue;
     totals.push_back({OwnerText(function) + "TIC", &cv::kTicChromatogram, own.minutes, own.intensities});
   }

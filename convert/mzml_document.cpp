@@ -99,6 +99,8 @@ class MzmlDocument : public Document {
     position_ += text.size();
   }
 
+  bool IsReport() const { return plan_.sourceFormat == source::Format::kReport; }
+
   void AppendFileDescription(std::string& text) const {
     text += "<fileDescription>\n<fileContent>\n";
     std::vector<const CvTerm*> terms;
@@ -130,8 +132,7 @@ class MzmlDocument : public Document {
       AppendAttribute(text, "location", XmlText(file.location));
       text += ">\n";
       AppendCvParam(text, cv::kWatersNativeId);
-      AppendCvParam(text,
-                    plan_.sourceFormat == source::Format::kReport ? cv::kTextFormat : cv::kWatersRawFormat);
+      AppendCvParam(text, IsReport() ? cv::kTextFormat : cv::kWatersRawFormat);
       AppendCvParam(text, cv::kSha1, file.sha1);
       text += "</sourceFile>\n";
     }
@@ -146,7 +147,14 @@ class MzmlDocument : public Document {
   }
 
   void AppendSoftware(std::string& text) const {
-    text += "<softwareList count=\"1\">\n<software id=\"zrml\" version=\"" ZRML_VERSION "\">\n";
+    text += IsReport() ? "<softwareList count=\"2\">\n" : "<softwareList count=\"1\">\n";
+    if (IsReport()) {
+      text += "<software id=\"openlynx\" version=\"unknown\">\n";
+      AppendCvParam(text, cv::kMassLynx);
+      AppendUserParam(text, "program", "OpenLynx");
+      text += "</software>\n";
+    }
+    text += "<software id=\"zrml\" version=\"" ZRML_VERSION "\">\n";
     AppendCvParam(text, cv::kCustomSoftware, "zrml");
     text += "</software>\n</softwareList>\n";
   }
@@ -165,6 +173,7 @@ class MzmlDocument : public Document {
       CvTerm action;
       std::string_view what;
       std::string how;
+      std::string_view software = "zrml";
     };
     const PointChoice& points = plan_.selection.points;
     const Method conversion = {cv::kConversionToMzml, {}, {}};
@@ -175,6 +184,10 @@ class MzmlDocument : public Document {
     if (isFiltered) processes.push_back({kFiltering, {conversion, filtering}});
     if (points.centroidLevels) processes.push_back({kCentroiding, {conversion, picking}});
     if (points.centroidLevels && isFiltered) processes.back().second.push_back(filtering);
+    // The spectra and chromatograms of a report are results, whatever each of them says of how it was made.
+    if (IsReport())
+      for (auto& [id, methods] : processes)
+        methods.insert(methods.begin(), {cv::kProcessing, "result", "report", "openlynx"});
     text += "<dataProcessingList";
     AppendAttribute(text, "count", processes.size());
     text += ">\n";
@@ -185,7 +198,8 @@ class MzmlDocument : public Document {
       for (std::size_t order = 0; order < methods.size(); ++order) {
         text += "<processingMethod";
         AppendAttribute(text, "order", order);
-        text += " softwareRef=\"zrml\">\n";
+        AppendAttribute(text, "softwareRef", methods[order].software);
+        text += ">\n";
         AppendCvParam(text, methods[order].action);
         if (!methods[order].what.empty()) AppendUserParam(text, methods[order].what, methods[order].how);
         text += "</processingMethod>\n";

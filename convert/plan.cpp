@@ -291,6 +291,15 @@ bool ConvertedSubjects::HasSubject(const FindingSubject& subject) const {
   return true;
 }
 
+bool HasPoints(Source& source, int sample, const Selection& selection, Format format) {
+  Selection profiles = selection;
+  profiles.hasProfiles = true;  // whether they are refused does not matter here
+  const RunPlan plan = PlanRun(source, sample, profiles, format, {});
+  return std::any_of(plan.entries.begin(), plan.entries.end(), [&](const RunEntry& entry) {
+    return source.ScanAt(sample, plan.FunctionOf(entry).position, entry.scan).points > 0;
+  });
+}
+
 RunPlan PlanRun(Source& source, int sample, const Selection& selection, Format format, const Cancel& cancel) {
   RunPlan plan;
   plan.sourceFormat = source.GetFormat();

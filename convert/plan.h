@@ -81,6 +81,10 @@ struct RunPlan {
 RunPlan PlanRun(source::Source& source, int sample, const Selection& selection, Format format,
                 const Cancel& cancel);
 
+/// Whether spectra with points would be converted, as far as the index says. `selection` is valid for
+/// `format`.
+bool HasPoints(source::Source& source, int sample, const Selection& selection, Format format);
+
 /// Distinguishes the functions of a sample: process number, then the function's number or, of a processed
 /// one, its count among those of that process number.
 using FunctionKey = std::pair<int, int>;

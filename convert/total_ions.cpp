@@ -21,8 +21,8 @@ std::vector<double> InOrder(const std::vector<double>& values, const std::vector
 
 }  // namespace
 
-bool TotalIonFunctions::Take(const source::Function& function) {
-  if (!HasSurveys(function)) return false;
+bool TotalIonFunctions::Take(const source::Function& function, bool hasScans) {
+  if (!HasSurveys(function) || !(first_ || hasScans)) return false;
   if (!first_) first_ = function;
   return function.polarity == first_->polarity && (function.id.process == 0) == (first_->id.process == 0);
 }

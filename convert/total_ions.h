@@ -8,10 +8,10 @@
 namespace zrml::convert {
 
 /// Chooses its functions, one call for each: those with MS1 spectra that have the polarity of the first of
-/// them and are, like it, acquired or processed.
+/// them with scans and are, like it, acquired or processed.
 class TotalIonFunctions {
  public:
-  bool Take(const source::Function& function);
+  bool Take(const source::Function& function, bool hasScans);
 
  private:
   std::optional<source::Function> first_;

@@ -46,7 +46,7 @@ std::optional<StoredBytes> LastStream(const StoredBytes& end) {
 bool EndsAs(Format format, std::string_view text) {
   switch (format) {
     case Format::kMgf:
-      return text.empty() || text.ends_with("\nEND IONS\n\n");
+      return text.ends_with("\nEND IONS\n\n");
     case Format::kTsv:
       return text.ends_with('\n');
     case Format::kParquet:
@@ -59,10 +59,13 @@ bool EndsAs(Format format, std::string_view text) {
 
 }  // namespace
 
-bool IsWhole(const platform::SystemPath& path, Format format, bool isGzipped) {
+Ending EndingOf(const platform::SystemPath& path, Format format, bool isGzipped) {
   std::optional<StoredBytes> end = EndOf(path, isGzipped ? kLongestStream : kLongestEnding);
   if (isGzipped) end = LastStream(*end);
-  return end && EndsAs(format, {reinterpret_cast<const char*>(end->data()), end->size()});
+  if (!end) return Ending::kCut;
+  if (end->empty() && format == Format::kMgf) return Ending::kEmpty;
+  const std::string_view text = {reinterpret_cast<const char*>(end->data()), end->size()};
+  return EndsAs(format, text) ? Ending::kWhole : Ending::kCut;
 }
 
 }  // namespace zrml::convert

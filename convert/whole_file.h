@@ -6,7 +6,10 @@
 
 namespace zrml::convert {
 
-/// Whether the file ends as its format demands. For a compressed file, the last stream is checked.
-bool IsWhole(const platform::SystemPath& path, Format format, bool isGzipped);
+enum class Ending { kCut, kEmpty, kWhole };
+
+/// Whether the file ends as its format demands; one of MGF may be empty. For a compressed file, the last
+/// stream is checked.
+Ending EndingOf(const platform::SystemPath& path, Format format, bool isGzipped);
 
 }  // namespace zrml::convert

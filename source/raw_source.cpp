@@ -318,8 +318,8 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
   }
   const std::span<const double> left = y.first(result.count);
   const bool isZero = std::all_of(left.begin(), left.end(), [](double each) { return each == 0; });
-  const bool isWhole = stored.room.points > 0 && stored.room.points == count;
-  return mayBeZeroed && isZero && isWhole ? PointsRead{0, declared} : result;
+  if (!mayBeZeroed || !isZero || stored.room.points != count) return result;
+  return {0, std::max<std::size_t>(declared, 1)};  // at least one where the index knows none
 }
 
 // Into arrays with room for all points that are there.

@@ -81,7 +81,8 @@ struct Scan {
 };
 
 /// The number of points read, and the number of lost ones: declared by the index, but missing or zeroed in
-/// the file.
+/// the file, or without masses; at least 1 of a scan that has a total and no points. Of a report those whose
+/// numbers are hidden by decimal commas.
 struct PointsRead {
   std::size_t count = 0;
   std::size_t lost = 0;

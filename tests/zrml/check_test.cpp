@@ -481,6 +481,14 @@ TEST_F(CheckTest, JsonHasTheDocumentedKeys) {
 }
 
 // Data format 10 has no layout.
+TEST_F(CheckTest, DataFileOfAbsorbanceIsAFunction) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.type = 12;  // absorbance
+  const TempDirectory directory = raw.Build();
+  const std::string path = Argument(directory.Path() / "_FUNC002.DAT");
+  ExpectOutput(Run({"check", path}), path + " is sound: 1 function, 2 scans\n");
+}
+
 TEST_F(CheckTest, TracesAndAbsorbanceAreReadThrough) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].record.type = 12;  // absorbance

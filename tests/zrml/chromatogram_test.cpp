@@ -57,6 +57,21 @@ TEST_F(ChromatogramTest, DataFileIsTheOnlyFunction) {
       << result.output;
 }
 
+// The first survey, which was never acquired, has another polarity.
+TEST_F(ChromatogramTest, FirstSurveyWithScansChoosesThePolarity) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions = {raw.functions[2], raw.functions[5]};
+  raw.functions[0].record.ionMode = 9;  // ES-
+  raw.processed.clear();
+  raw.history.clear();
+  raw.labels.clear();
+  const std::string path = Make("second.raw", raw);
+  const std::string shown = Run({"chromatogram", path}).output;
+  EXPECT_EQ(shown.substr(shown.find("time\t")), "time\tintensity\n0.25\t9\n");
+  EXPECT_NE(Run({"convert", path, "--stdout"}).output.find("id=\"TIC\" defaultArrayLength=\"1\""),
+            std::string::npos);
+}
+
 TEST_F(ChromatogramTest, SampleWithoutSurveysHasNoTotal) {
   RawDirectoryBuilder raw = SmallAcquisition();
   raw.functions = {raw.functions[1], raw.functions[1]};
@@ -64,7 +79,7 @@ TEST_F(ChromatogramTest, SampleWithoutSurveysHasNoTotal) {
   raw.history.clear();
   const std::string path = Make("fragments.raw", raw);
   ExpectFailure(Run({"chromatogram", path}), 2,
-                path + " has no MS function of level 1; --function chooses one of functions 1, 2");
+                path + " has no MS function of level 1 with scans; --function chooses one of functions 1, 2");
 }
 
 // The survey's scans: (100, 10), (200.5, 3), (300.0625, 1000000); (100.25, 5); none.

@@ -133,10 +133,29 @@ TEST_F(ConvertOptionsTest, WhatIsWholeAndNewerIsSkipped) {
     ExpectFailure(Convert(arguments), 5, why);
     std::filesystem::resize_file(folder_ / name, converted.size() - 2);
     ExpectFailure(Convert(arguments), 5, why);
+    std::filesystem::resize_file(folder_ / name, 0);
+    ExpectFailure(Convert(arguments), 5, why);
     arguments.push_back("--force");
     ExpectOutput(Convert(arguments), Path(name) + "\n");
     EXPECT_EQ(Contents(name), converted);
   }
+}
+
+// Its only MS/MS scan has no points.
+TEST_F(ConvertOptionsTest, MgfThatIsRightlyEmptyIsSkipped) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions = {raw.functions[1]};
+  raw.functions[0].scans = {{.index = {.retentionTime = 1}}};
+  raw.processed.clear();
+  raw.history.clear();
+  const std::string path = Make("hollow.raw", raw);
+  for (const auto& entry : std::filesystem::directory_iterator(folder_ / "hollow.raw"))
+    SetAge("hollow.raw/" + entry.path().filename().string(), 2);
+  const std::vector<std::string> convert = {"convert",        path, "-o", Path("out"), "--format", "mgf",
+                                            "--skip-existing"};
+  ExpectOutput(Run(convert), Path("out/hollow.mgf") + "\n");
+  EXPECT_EQ(Contents("out/hollow.mgf"), "");
+  ExpectOutput(Run(convert), "");
 }
 
 // The second one of a name is never taken for the first, however often the command is given.

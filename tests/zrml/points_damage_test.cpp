@@ -82,6 +82,34 @@ TEST_F(PointsDamageTest, TraceThatEndsInZerosHasNoSuchPoints) {
   EXPECT_EQ(Convert(directory).status, 0);  // which has no traces
 }
 
+// The third scan has counted something, or nothing.
+TEST_F(PointsDamageTest, TotalWithoutPointsIsLost) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].scans.push_back({.index = {.retentionTime = 0.3F}});
+  EXPECT_EQ(Run({"check", PathOf(raw.Build())}).status, 0);
+  raw.functions[1].scans.back().index.totalIntensity = 5;
+  const TempDirectory directory = raw.Build();
+  const std::string path = PathOf(directory);
+  EXPECT_EQ(Run({"check", path}).output,
+            "lost: _FUNC002.DAT has 1 of 3 scans that have lost points; the first is 3\n");
+  ExpectFailure(Convert(directory), 7, path + ": cannot read all points of scan 3 of function 2" + kAdvice);
+  EXPECT_EQ(Convert(directory, {"--scans", "1-2"}).status, 0);
+}
+
+// Two scans of two ions; the second ion of the second scan was measured and not there.
+TEST_F(PointsDamageTest, ZerosOfIonMonitoringAreMeasured) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(1);
+  raw.functions[0].record.type = 1;  // SIR
+  raw.functions[0].record.dataFormat = 1;
+  raw.functions[0].scans = {
+      ScanOf<StoredPoint1>(0.5F, {{.mass = 100 * 1024, .mantissa = 5}, {.mass = 200 * 1024, .mantissa = 6}}),
+      ScanOf<StoredPoint1>(1, {{.mass = 100 * 1024, .mantissa = 7}, {.mass = 200 * 1024}})};
+  const std::string converted = Run({"convert", PathOf(raw.Build()), "--stdout"}).output;
+  EXPECT_NE(converted.find("id=\"function 1 channel 2: 200\" defaultArrayLength=\"2\""), std::string::npos);
+  EXPECT_NE(converted.find("<spectrumList count=\"0\""), std::string::npos);
+}
+
 TEST_F(PointsDamageTest, NothingLostIsListedTwice) {
   RawDirectoryBuilder raw = SoundDirectory();
   for (const float minutes : {0.4F, 0.5F, 0.6F})

@@ -47,7 +47,7 @@ Sample 1: VIAL_1
   Functions
     No  Name           Kind            Level  Polarity  Scans     Minutes  Data
      1  ES- MS survey  MS                  1  negative      3  0.5 to 2.5  centroid
-     3  SIM caffeine   ion monitoring      1  unknown       0           -  -
+     3  SIM caffeine   ion monitoring      -  unknown       0           -  -
 
   Traces of function 1
     1  TIC
@@ -200,8 +200,9 @@ TEST_F(ReportTest, ChromatogramOfASampleIsItsTotal) {
   EXPECT_TRUE(Run({"chromatogram", path_})
                   .output.ends_with("# functions: 1\n# type: total\n# points: 3\ntime\tintensity\n"
                                     "0.5\t7\n1.5\t7\n2.5\t7\n"));
-  ExpectFailure(Run({"chromatogram", path_, "--sample", "3"}), 2,
-                path_ + ", sample 3 has no MS function of level 1; --function chooses one of no functions");
+  ExpectFailure(
+      Run({"chromatogram", path_, "--sample", "3"}), 2,
+      path_ + ", sample 3 has no MS function of level 1 with scans; --function chooses one of no functions");
 }
 
 TEST_F(ReportTest, TotalThatIsInNoKeyIsNotMadeUp) {
@@ -294,6 +295,15 @@ TEST_F(CutReportTest, SampleWithoutItsEndIsReported) {
   const ProcessResult checked = Run({"check", path_});
   EXPECT_EQ(checked.status, 7);
   EXPECT_EQ(checked.output.substr(0, checked.output.find('\n')), "lost: vials.rpt has no end of sample 1");
+}
+
+// Its spectra and traces are results of processing.
+TEST_F(ReportTest, ConversionIsTheSecondStepOfProcessing) {
+  const std::string converted = Run({"convert", path_, "--stdout", "--sample", "1"}).output;
+  const std::size_t first = converted.find("<processingMethod order=\"0\" softwareRef=\"openlynx\">");
+  const std::size_t second = converted.find("<processingMethod order=\"1\" softwareRef=\"zrml\">");
+  ASSERT_NE(second, std::string::npos);
+  EXPECT_LT(first, second);
 }
 
 class MisreadReportTest : public ReportTest {

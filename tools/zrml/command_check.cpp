@@ -28,6 +28,12 @@ struct CheckResult {
   }
 };
 
+// Of its own data file, or where there is nothing else.
+void CountAbsorbance(source::Source& source, int sample, CheckResult& result) {
+  ++result.functions;
+  result.scans += source.AbsorbanceScanCount(sample);
+}
+
 void Count(source::Source& source, CheckResult& result) {
   const int samples = source.SampleCount();
   for (int sample = 0; sample < samples; ++sample) {
@@ -35,6 +41,7 @@ void Count(source::Source& source, CheckResult& result) {
     result.functions += functions;
     for (int function = 0; function < functions; ++function)
       result.scans += source.ScanCount(sample, function);
+    if (functions == 0 && source.HasAbsorbance(sample)) CountAbsorbance(source, sample, result);
   }
 }
 

@@ -124,11 +124,12 @@ class ChromatogramCommand : public Command {
     const std::span<const source::Function> functions = source.Functions(sample);
     for (int i = 0; i < static_cast<int>(functions.size()); ++i) {
       const source::Function& function = functions[static_cast<std::size_t>(i)];
-      if (!surveys.Take(function)) continue;
+      const bool hasScans = Reading(source, [&] { return source.ScanCount(sample, i); }) > 0;
+      if (!surveys.Take(function, hasScans)) continue;
       names += (names.empty() ? "" : ",") + source::TextOf(function.id);
       convert::Append(total, Reading(source, [&] { return source.TotalIons(sample, i); }));
     }
-    if (names.empty()) RefuseWithoutLevel(source, sample, "of level 1");
+    if (names.empty()) RefuseWithoutLevel(source, sample, "of level 1 with scans");
     if (std::all_of(total.intensities.begin(), total.intensities.end(),
                     [](double value) { return std::isnan(value); }) &&
         !total.intensities.empty())

@@ -84,7 +84,7 @@ class Batch {
     if (IsInterrupted()) throw source::Cancelled();  // when the previous one was almost done
     const std::string path =
         request_.isToStandardOutput ? std::string() : TargetPath(request_, source.First(), sample);
-    if (!path.empty() && IsDone(source.First(), path)) return;
+    if (!path.empty() && IsDone(source.First(), sample, path)) return;
     damage_.Look(source.First(), sample, NameOf(source.First(), sample));
     RequireFunctions(source.First(), {&sample, 1}, request_.conversion.selection.functions,
                      AbsorbanceFunction::kCounts);
@@ -109,13 +109,13 @@ class Batch {
 
   // Whether the source has been converted already, and its file is kept. Two sources of one name are not
   // confused.
-  bool IsDone(source::Source& source, const std::string& path) {
+  bool IsDone(source::Source& source, int sample, const std::string& path) {
     if (made_.Has(path)) {
       throw Failure(ExitStatus::kUnreadable,
                     source.Path() + " would replace " + path + ", already written from another source");
     }
     if (!request_.isKept) return false;
-    const bool isDone = IsCurrent(path, request_, source.Path());
+    const bool isDone = IsCurrent(path, request_, source, sample);
     if (!isDone && !request_.isForced && platform::IsThere(platform::FromUtf8Path(path))) {
       throw Failure(ExitStatus::kUnreadable,
                     path + " is older than its source, or not whole; --force replaces it");

@@ -32,13 +32,15 @@ struct Field {
   std::string_view nothing = {};  // the text that means no value
 };
 
+constexpr std::string_view kLevelKey = "msLevel";
+
 constexpr std::array<Field, 14> kFields = {{
     {"number", "No", Align::kRight},
     {"file", "File"},
     {"name", "Name"},
     {"kind", "Kind"},
     {"kindCode"},
-    {"msLevel", "Level", Align::kRight},
+    {kLevelKey, "Level", Align::kRight},
     {"scanType", "Scan type", Align::kLeft, "none"},
     {"polarity", "Polarity"},
     {"scans", "Scans", Align::kRight},
@@ -95,6 +97,7 @@ struct FunctionInfo {
   std::array<Value, kFields.size()> values = {};
   std::vector<source::Trace> traces = {};
   Metadata metadata = {};
+  bool hasLevel = true;  // for people: ion monitoring is neither survey nor fragments
 };
 
 struct SampleInfo {
@@ -124,9 +127,11 @@ SampleInfo ReadSample(source::Source& source, int sample, const source::Progress
   const int functions = static_cast<int>(source.Functions(sample).size());
   for (int i = 0; i < functions; ++i) {
     info.scans += source.ScanCount(sample, i);
-    info.functions.push_back({TextOf(FunctionAt(source, {sample, i}).id), ValuesOf(source, {sample, i}),
+    const source::Function function = FunctionAt(source, {sample, i});
+    info.functions.push_back({TextOf(function.id), ValuesOf(source, {sample, i}),
                               source.FunctionTraces(sample, i),
-                              source::Merged(items, source.FunctionMetadata(sample, i))});
+                              source::Merged(items, source.FunctionMetadata(sample, i)),
+                              function.monitoring == source::Monitoring::kNone});
     progress(info.functions.size(), static_cast<std::size_t>(functions));
   }
   info.traces = source.Traces(sample);
@@ -214,7 +219,9 @@ void PrintFunctions(const SampleInfo& sample, Output& out) {
   for (const FunctionInfo& function : sample.functions) {
     std::vector<std::string> row;
     for (std::size_t i = 0; i < kFields.size(); ++i) {
-      if (!kFields[i].title.empty()) row.push_back(CellText(kFields[i], function.values[i]));
+      const bool isShown = function.hasLevel || kFields[i].key != kLevelKey;
+      if (!kFields[i].title.empty())
+        row.push_back(CellText(kFields[i], isShown ? function.values[i] : Value()));
     }
     table.AddRow(std::move(row));
   }

@@ -19,11 +19,18 @@ std::string TargetPath(const ConvertRequest& request, source::Source& source, in
                                                (request.isGzipped ? ".gz" : ""));
 }
 
-bool IsCurrent(const std::string& path, const ConvertRequest& request, const std::string& source) {
+bool IsCurrent(const std::string& path, const ConvertRequest& request, source::Source& source, int sample) {
+  const convert::Options& options = request.conversion;
   const platform::SystemPath target = platform::FromUtf8Path(path);
-  return platform::IsFile(target) && !platform::IsDevice(target) &&
-         platform::StampOf(target).written > convert::SourceStamp(source).LastWritten() &&
-         convert::IsWhole(target, request.conversion.format, request.isGzipped);
+  if (!platform::IsFile(target) || platform::IsDevice(target)) return false;
+  if (platform::StampOf(target).written <= convert::SourceStamp(source.Path()).LastWritten()) return false;
+  const convert::Ending ending = convert::EndingOf(target, options.format, request.isGzipped);
+  if (ending != convert::Ending::kEmpty) return ending == convert::Ending::kWhole;
+  try {
+    return !convert::HasPoints(source, sample, options.selection, options.format);
+  } catch (const convert::Error&) {
+    return false;  // the conversion ends with it
+  }
 }
 
 void RefuseUnlessFile(const std::string& path) {

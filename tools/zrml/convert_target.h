@@ -17,7 +17,7 @@ namespace zrml::tool {
 std::string TargetPath(const ConvertRequest& request, source::Source& source, int sample);
 
 /// Whether `path` already holds the converted `source`: a whole file, newer than the source.
-bool IsCurrent(const std::string& path, const ConvertRequest& request, const std::string& source);
+bool IsCurrent(const std::string& path, const ConvertRequest& request, source::Source& source, int sample);
 
 /// Throws a Failure when `path` holds something that a file cannot replace.
 void RefuseUnlessFile(const std::string& path);
