@@ -32,22 +32,34 @@ void Set(Value* column, std::size_t row, Given value) {
   if (column != nullptr) column[row] = static_cast<Value>(value);
 }
 
+// `get` gives the value of a scan.
+template <class Value, class Get>
+void SetRows(Value* column, std::size_t row, std::span<const source::Scan> scans, Get get) {
+  if (column == nullptr) return;
+  for (const source::Scan& scan : scans) column[row++] = static_cast<Value>(get(scan));
+}
+
 bool WantsMoreThanTimes(const zrml_scan_table& table) {
   return table.end_minutes != nullptr || table.points != nullptr || table.is_centroided != nullptr ||
          table.total_intensity != nullptr || table.base_peak_mz != nullptr ||
          table.base_peak_intensity != nullptr || table.precursor_mz != nullptr || table.scan_value != nullptr;
 }
 
-void SetRow(const zrml_scan_table& table, std::size_t row, const source::Scan& scan) {
-  Set(table.minutes, row, scan.minutes);
-  Set(table.end_minutes, row, scan.endMinutes);
-  Set(table.points, row, scan.points);
-  Set(table.is_centroided, row, scan.isCentroided);
-  Set(table.total_intensity, row, scan.totalIntensity.value_or(kAbsent));
-  Set(table.base_peak_mz, row, kAbsent);
-  Set(table.base_peak_intensity, row, scan.basePeakIntensity.value_or(kAbsent));
-  Set(table.precursor_mz, row, scan.precursorMz.value_or(kAbsent));
-  Set(table.scan_value, row, scan.scanValue.value_or(kAbsent));
+// Column by column, each in a loop of few steps.
+void SetFromScans(const zrml_scan_table& table, std::size_t row, std::span<const source::Scan> scans) {
+  using source::Scan;
+  SetRows(table.minutes, row, scans, [](const Scan& scan) { return scan.minutes; });
+  SetRows(table.end_minutes, row, scans, [](const Scan& scan) { return scan.endMinutes; });
+  SetRows(table.points, row, scans, [](const Scan& scan) { return scan.points; });
+  SetRows(table.is_centroided, row, scans, [](const Scan& scan) { return scan.isCentroided; });
+  SetRows(table.total_intensity, row, scans,
+          [](const Scan& scan) { return scan.totalIntensity.value_or(kAbsent); });
+  SetRows(table.base_peak_mz, row, scans, [](const Scan&) { return kAbsent; });
+  SetRows(table.base_peak_intensity, row, scans,
+          [](const Scan& scan) { return scan.basePeakIntensity.value_or(kAbsent); });
+  SetRows(table.precursor_mz, row, scans,
+          [](const Scan& scan) { return scan.precursorMz.value_or(kAbsent); });
+  SetRows(table.scan_value, row, scans, [](const Scan& scan) { return scan.scanValue.value_or(kAbsent); });
 }
 
 void SetFromPoints(const zrml_scan_table& table, std::size_t row, const source::PointsRead& read,
@@ -78,7 +90,8 @@ void FillFromIndex(Source& source, const Rows& rows, const zrml_scan_table& tabl
       const auto some =
           std::span(scans).first(std::min(scans.size(), static_cast<std::size_t>(rows.count - done)));
       source.ReadScans(rows.sample, rows.function, rows.first + done, some);
-      for (const source::Scan& scan : some) SetRow(table, static_cast<std::size_t>(done++), scan);
+      SetFromScans(table, static_cast<std::size_t>(done), some);
+      done += static_cast<int>(some.size());
     }
   } else if (table.minutes != nullptr) {
     const std::vector<double> minutes = source.Minutes(rows.sample, rows.function);

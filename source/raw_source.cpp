@@ -240,36 +240,50 @@ int RawSource::ScanCount(int, int function) {
 
 namespace {
 
-// Where the scan is kept, since copies of half-written ones are slow.
-void Describe(const FunctionRecord& record, const ScanIndexEntry& entry, int position, Scan& scan) {
-  const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
-  const std::optional<ScanRoom> room = masslynx::RoomOf(record, position);
-  scan.minutes = entry.retentionTime;
-  scan.endMinutes = facts.endMinutes;
-  scan.isCentroided = entry.centroided;
-  scan.points = room ? static_cast<std::uint32_t>(room->points) : 0;
-  scan.totalIntensity = entry.totalIntensity;
-  scan.basePeakIntensity.reset();
-  scan.precursorMz = facts.precursorMass;
-  scan.isPrecursorOfMethod = facts.isPrecursorOfMethod;
-  scan.scanValue = facts.value;
-}
+// Describes the scans of a function.
+class Describer {
+ public:
+  explicit Describer(const FunctionRecord& record) : record_(record), method_(record), points_(record) {}
+
+  // Where the scan is kept, since copies of half-written ones are slow.
+  void Describe(std::size_t position, Scan& scan) const {
+    const ScanIndexEntry& entry = record_.scanIndex[position];
+    const masslynx::ScanFacts facts = masslynx::FactsOf(method_, entry);
+    scan.minutes = entry.retentionTime;
+    scan.endMinutes = facts.endMinutes;
+    scan.isCentroided = entry.centroided;
+    scan.points = static_cast<std::uint32_t>(points_.At(position));
+    scan.totalIntensity = entry.totalIntensity;
+    scan.basePeakIntensity.reset();
+    scan.precursorMz = facts.precursorMass;
+    scan.isPrecursorOfMethod = facts.isPrecursorOfMethod;
+    scan.scanValue = facts.value;
+  }
+
+ private:
+  const FunctionRecord& record_;
+  masslynx::MethodFacts method_;
+  masslynx::PointCounts points_;
+};
 
 }  // namespace
 
 Scan RawSource::ScanAt(int, int function, int scan) {
   const FunctionRecord& record = LoadedAt(PositionOf(function));
+  EntryOf(record, scan);
   Scan result;
-  Describe(record, EntryOf(record, scan), scan, result);
+  Describer(record).Describe(static_cast<std::size_t>(scan), result);
   return result;
 }
 
 void RawSource::ReadScans(int, int function, int first, std::span<Scan> scans) {
   const FunctionRecord& record = LoadedAt(PositionOf(function));
-  for (Scan& scan : scans) {
-    Describe(record, EntryOf(record, first), first, scan);
-    ++first;
-  }
+  if (scans.empty()) return;
+  EntryOf(record, first);
+  EntryOf(record, first + static_cast<int>(scans.size()) - 1);
+  const Describer describer(record);
+  auto position = static_cast<std::size_t>(first);
+  for (Scan& scan : scans) describer.Describe(position++, scan);
 }
 
 std::vector<double> RawSource::Minutes(int, int function) {

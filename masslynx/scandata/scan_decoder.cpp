@@ -272,6 +272,14 @@ std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan) {
                   layout};
 }
 
+PointCounts::PointCounts(const FunctionRecord& function)
+    : function_(function), areDeclared_(HasOwnMasses(function.dataFormat)) {}
+
+std::size_t PointCounts::Found(std::size_t scan) const {
+  const std::optional<ScanRoom> room = RoomOf(function_, static_cast<int>(scan));
+  return room ? room->points : 0;
+}
+
 DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
                          const PointArrays& points) {
   const std::size_t count = room.PointsIn(bytes.size());

@@ -12,6 +12,21 @@ namespace zrml::masslynx {
 /// unusable mass list.
 std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan);
 
+/// The points of one scan after the other, as RoomOf() has them; 0 without room.
+class PointCounts {
+ public:
+  explicit PointCounts(const FunctionRecord& function);
+  std::size_t At(std::size_t scan) const {
+    return areDeclared_ ? function_.scanIndex[scan].pointCount : Found(scan);
+  }
+
+ private:
+  std::size_t Found(std::size_t scan) const;
+
+  const FunctionRecord& function_;
+  bool areDeclared_;  // by the index alone
+};
+
 /// Decodes the scan of a room from `bytes`, the data file's content at its offset: all of it, or less when
 /// the file ends earlier.
 DecodedPoints DecodeScan(const FunctionRecord& function, int scan, const ScanRoom& room, Bytes bytes,
