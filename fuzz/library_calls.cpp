@@ -228,6 +228,29 @@ class Caller {
     Check(std::is_sorted(mz.Get(), mz.Get() + count), "points ascend in m/z");
   }
 
+  void PointsOfScans() {
+    const int sample = Sample();
+    const int function = Position();
+    const int first = Position();
+    const int scans = first < INT_MAX - 8 ? input_.Value<std::uint8_t>() % 9 - 1 : 2;
+    Room mz(input_.Value<std::uint16_t>() % kMostRoom);
+    Room intensities(mz.Size());
+    std::array<std::size_t, 9> ends;
+    ends.fill(SIZE_MAX);
+    int count = -1;
+    if (!IsDone(zrml_read_points_of_scans(source_, sample, function, first, scans, mz.Get(),
+                                          intensities.Get(), mz.Size(), ends.data(), nullptr, &count)))
+      return;
+    Check(count >= (scans > 0 ? 1 : 0) && count <= scans, "the first scan is read, and no more than wanted");
+    std::size_t begin = 0;
+    for (int i = 0; i < count; begin = ends[static_cast<std::size_t>(i++)]) {
+      const std::size_t end = ends[static_cast<std::size_t>(i)];
+      Check(begin <= end && end <= mz.Size(), "scans follow each other in the room");
+      Check(std::is_sorted(mz.Get() + begin, mz.Get() + end), "points ascend in m/z");
+    }
+    Check(ends[static_cast<std::size_t>(count)] == SIZE_MAX, "no end is told of scans that were not read");
+  }
+
   void Precursor() {
     int position[2] = {INT_MIN, INT_MIN};
     const int sample = Sample();
@@ -346,13 +369,14 @@ class Caller {
   }
 
   static constexpr void (Caller::*kCalls[])() = {
-      &Caller::Open,      &Caller::Close,      &Caller::Counts,
-      &Caller::Samples,   &Caller::Functions,  &Caller::Text,
-      &Caller::Scan,      &Caller::Traces,     &Caller::Metadata,
-      &Caller::Findings,  &Caller::Points,     &Caller::Points,
-      &Caller::Precursor, &Caller::Table,      &Caller::Series,
-      &Caller::Ranges,    &Caller::Sum,        &Caller::DriftBin,
-      &Caller::Trace,     &Caller::Absorbance, &Caller::AbsorbanceMatrix,
+      &Caller::Open,          &Caller::Close,      &Caller::Counts,
+      &Caller::Samples,       &Caller::Functions,  &Caller::Text,
+      &Caller::Scan,          &Caller::Traces,     &Caller::Metadata,
+      &Caller::Findings,      &Caller::Points,     &Caller::Points,
+      &Caller::Precursor,     &Caller::Table,      &Caller::Series,
+      &Caller::Ranges,        &Caller::Sum,        &Caller::DriftBin,
+      &Caller::Trace,         &Caller::Absorbance, &Caller::AbsorbanceMatrix,
+      &Caller::PointsOfScans,
   };
 
   Input input_;

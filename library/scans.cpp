@@ -119,6 +119,24 @@ void RequireRows(Source& source, const Rows& rows) {
   if (rows.count > scans - rows.first) source::ThrowNoSuch(scans, "scan");
 }
 
+// Returns how many of the scans were read: up to one that fails or does not fit. The first one must not fail.
+int FillFromScans(Source& source, const Rows& rows, std::span<double> mz, std::span<double> intensities,
+                  std::size_t* ends, std::size_t* lost) {
+  std::size_t end = 0;
+  int done = 0;
+  try {
+    for (; done < rows.count; ++done) {
+      const source::PointsRead read = source.ReadPoints(rows.sample, rows.function, rows.first + done,
+                                                        mz.subspan(end), intensities.subspan(end));
+      ends[done] = end += read.count;
+      if (lost != nullptr) lost[done] = read.lost;
+    }
+  } catch (...) {
+    if (done == 0) throw;  // the failure of another one is for the call that begins with it
+  }
+  return done;
+}
+
 // A table of a later version may have arrays that are not known here.
 void RequireKnown(const zrml_scan_table* table) {
   Require(table, "table");
@@ -171,6 +189,20 @@ zrml_status zrml_read_points(zrml_source* source, int sample, int function, int 
         held.ReadPoints(sample, function, scan, std::span(mz, room), std::span(intensities, room));
     *count = read.count;
     if (lost != nullptr) *lost = read.lost;
+  });
+}
+
+zrml_status zrml_read_points_of_scans(zrml_source* source, int sample, int function, int first, int scans,
+                                      double* mz, double* intensities, size_t room, size_t* ends,
+                                      size_t* lost, int* count) {
+  return Run(source, [&](Source& held) {
+    Require(count, "count");
+    RequireRoom(room, mz, room);
+    RequireRoom(room, intensities, room);
+    const Rows rows = {sample, function, first, scans};
+    RequireRows(held, rows);
+    if (scans > 0) Require(ends, "ends");
+    *count = FillFromScans(held, rows, std::span(mz, room), std::span(intensities, room), ends, lost);
   });
 }
 

@@ -231,6 +231,16 @@ ZRML_API zrml_status zrml_read_scan_table(zrml_source* source, int sample, int f
 ZRML_API zrml_status zrml_read_points(zrml_source* source, int sample, int function, int scan, double* mz,
                                       double* intensities, size_t room, size_t* count, size_t* lost);
 
+/* The points of `scans` scans from position `first` on, for loops over small ones, one behind the other:
+ * those of scan `first` + i end before `ends[i]` and begin where those of the scan before it end, the first
+ * ones at 0. `ends`, and `lost` unless it is null, have room for `scans` values; the sum of zrml_scan.points
+ * is always room enough in `mz` and `intensities`. Ends early before a scan that does not fit or cannot be
+ * read: sets
+ * `*count` to how many scans were read. Fails, as zrml_read_points() does, where that is the first one. */
+ZRML_API zrml_status zrml_read_points_of_scans(zrml_source* source, int sample, int function, int first,
+                                               int scans, double* mz, double* intensities, size_t room,
+                                               size_t* ends, size_t* lost, int* count);
+
 /* The lower-level scan that a scan comes from: the nearest one that is not later. Sets
  * `*precursor_function` and `*precursor_scan` to its positions, both to -1 when there is none. */
 ZRML_API zrml_status zrml_find_precursor(zrml_source* source, int sample, int function, int scan,

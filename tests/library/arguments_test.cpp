@@ -108,6 +108,12 @@ const std::vector<Call>& Calls() {
          return zrml_read_points(s, at.sample, at.function, at.item, Unless(n == 0, written.x),
                                  Unless(n == 1, written.y), kRoom, Unless(n == 2, &written.count), nullptr);
        }},
+      {"read_points_of_scans", 4, true, true, true,
+       [](auto* s, auto& at, int n) {
+         return zrml_read_points_of_scans(s, at.sample, at.function, at.item, 1, Unless(n == 0, written.x),
+                                          Unless(n == 1, written.y), kRoom, Unless(n == 2, &written.count),
+                                          nullptr, Unless(n == 3, written.number));
+       }},
       {"find_precursor", 2, true, true, true,
        [](auto* s, auto& at, int n) {
          return zrml_find_precursor(s, at.sample, at.function, at.item, Unless(n == 0, written.number),
@@ -286,6 +292,11 @@ TEST_F(LibraryArguments, TooLittleRoom) {
        [&](std::size_t room) {
          return zrml_read_points(s, 0, 0, 0, x, written.y, room, &written.count, nullptr);
        }},
+      {3,
+       [&](std::size_t room) {
+         return zrml_read_points_of_scans(s, 0, 0, 0, 1, x, written.y, room, &written.count, nullptr,
+                                          written.number);
+       }},
   };
   for (const auto& [needed, call] : calls) {
     written = Untouched();
@@ -322,6 +333,24 @@ TEST_F(LibraryArguments, PartsOfTheTableThatAreNotThere) {
   EXPECT_EQ(read(1, INT_MAX), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(read(0, -1), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(read(4, 0), ZRML_WRONG_ARGUMENT);
+}
+
+TEST_F(LibraryArguments, ScansThatAreNotThere) {
+  const Opened opened(raw_);
+  Doubles mz(8);
+  Doubles intensities(8);
+  std::size_t ends[3];
+  int count = -1;
+  const auto read = [&](int first, int scans) {
+    return zrml_read_points_of_scans(opened.Get(), 0, 0, first, scans, mz.data(), intensities.data(), 8, ends,
+                                     nullptr, &count);
+  };
+  EXPECT_EQ(read(0, 3), ZRML_OK);
+  EXPECT_EQ(read(3, 0), ZRML_OK);
+  EXPECT_EQ(count, 0);
+  for (const auto& [first, scans] :
+       std::vector<std::pair<int, int>>{{0, 4}, {1, 3}, {1, INT_MAX}, {0, -1}, {4, 0}, {-1, 1}})
+    EXPECT_EQ(read(first, scans), ZRML_WRONG_ARGUMENT) << first << " " << scans;
 }
 
 template <class Record, class Function, class... Places>

@@ -129,6 +129,24 @@ TEST_F(LibraryDamage, DataThatShrinkAreUnreadable) {
   EXPECT_STREQ(zrml_message(raw.Get()), "_FUNC001.DAT has become shorter since it was opened");
 }
 
+// A scan that cannot be read ends the ones before it; it fails where it is the first.
+TEST_F(LibraryDamage, ScanThatFailsAmongOthersEndsThem) {
+  SoundDirectory().WriteTo(folder_.Path());
+  const Opened raw(folder_);
+  PointsOf(raw.Get(), 0, 0, 2);
+  folder_.Truncate("_FUNC001.DAT", 18);
+  EXPECT_EQ(PointsOfScans(raw.Get(), 0, 0, 3, 6), (std::vector<Arrays>{{{100, 200}, {7, 9}}}));
+  EXPECT_STREQ(zrml_message(raw.Get()), "");
+  double mz[6];
+  double intensities[6];
+  std::size_t ends[2];
+  int count = 7;
+  EXPECT_EQ(zrml_read_points_of_scans(raw.Get(), 0, 0, 1, 2, mz, intensities, 6, ends, nullptr, &count),
+            ZRML_UNREADABLE);
+  EXPECT_EQ(count, 7);
+  EXPECT_STREQ(zrml_message(raw.Get()), "_FUNC001.DAT has become shorter since it was opened");
+}
+
 TEST_F(LibraryDamage, ReportThatShrinksIsUnreadable) {
   const ReportLines spectrum = SpectrumBlock({}, ReportPairs(100'000, {100, 50}));
   folder_.WriteText("long.rpt", ReportText(SampleBlock(FunctionBlock(spectrum + spectrum))));

@@ -105,6 +105,12 @@ class Asker {
       Add(mz);
       Add(intensities);
     }
+    int read = 0;
+    if (IsDone(zrml_read_points_of_scans(source_, sample, function, scan, 1, mz.data(), intensities.data(),
+                                         record.points, &count, nullptr, &read))) {
+      Add(mz);
+      Add(intensities);
+    }
     int precursor[2] = {0, 0};
     if (IsDone(zrml_find_precursor(source_, sample, function, scan, precursor, precursor + 1)))
       Add(std::to_string(precursor[0]) + " " + std::to_string(precursor[1]));

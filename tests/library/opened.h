@@ -66,6 +66,28 @@ inline Arrays PointsOf(zrml_source* source, int sample, int function, int scan) 
   return read;
 }
 
+/// The points of the scans that one call reads, in that order.
+inline std::vector<Arrays> PointsOfScans(zrml_source* source, int function, int first, int scans,
+                                         std::size_t room) {
+  Arrays all = {Doubles(room), Doubles(room)};
+  std::vector<std::size_t> ends(static_cast<std::size_t>(scans));
+  std::vector<std::size_t> lost(ends.size());
+  int count = -1;
+  EXPECT_EQ(zrml_read_points_of_scans(source, 0, function, first, scans, all.x.data(), all.y.data(), room,
+                                      ends.data(), lost.data(), &count),
+            ZRML_OK)
+      << zrml_message(source);
+  std::vector<Arrays> read;
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(count); begin = ends[i++]) {
+    const auto part = [&](const Doubles& from) {
+      return Doubles(from.data() + begin, from.data() + ends[i]);
+    };
+    read.push_back({part(all.x), part(all.y), lost[i]});
+  }
+  return read;
+}
+
 /// Arrays of unknown length, of `read` with the arrays, their room and the count.
 template <class Read>
 Arrays ReadTwice(zrml_source* source, Read read) {

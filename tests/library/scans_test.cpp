@@ -148,6 +148,25 @@ TEST_F(LibraryScans, MoreRoomThanPointsStaysAsItIs) {
   EXPECT_EQ(intensities, (Doubles{5, -1, -1}));
 }
 
+TEST_F(LibraryScans, PointsOfSeveralScans) {
+  const Opened raw(raw_);
+  const std::vector<Arrays> all = {{{100, 200.5, 300.0625}, {10, 3, 1'000'000}}, {{100.25}, {5}}, {{}, {}}};
+  EXPECT_EQ(PointsOfScans(raw.Get(), 0, 0, 3, 4), all);
+  EXPECT_EQ(PointsOfScans(raw.Get(), 0, 1, 2, 1), std::vector<Arrays>(all.begin() + 1, all.end()));
+  EXPECT_EQ(PointsOfScans(raw.Get(), 0, 0, 3, 3), std::vector<Arrays>(all.begin(), all.begin() + 1))
+      << "no room for the second";
+  const Opened report(Report());
+  EXPECT_EQ(PointsOfScans(report.Get(), 0, 0, 1, 2), (std::vector<Arrays>{{{100, 300}, {200, 100}}}));
+}
+
+TEST_F(LibraryScans, PointsOfSeveralScansAreLostByScan) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Truncate("_FUNC001.DAT", 18);
+  const Opened raw(directory);
+  EXPECT_EQ(PointsOfScans(raw.Get(), 0, 0, 3, 6),
+            (std::vector<Arrays>{{{100, 200}, {7, 9}}, {{100}, {7}, 1}, {{}, {}, 2}}));
+}
+
 // 12 bytes a scan: of the second 1 of 2 points is left, of the third none.
 TEST_F(LibraryScans, LostPointsAreCounted) {
   const TempDirectory directory = SoundDirectory().Build();
