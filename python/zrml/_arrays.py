@@ -6,6 +6,7 @@ array over bytes can never be made writable, not even by setting its flags.
 
 from __future__ import annotations
 
+import ctypes
 from typing import TYPE_CHECKING, Any
 
 import numpy as np
@@ -16,20 +17,31 @@ if TYPE_CHECKING:
     FloatArray = npt.NDArray[np.float64]
     AnyArray = npt.NDArray[Any]
 
+# An object of its own, so that its types are nobody else's.
+_new_bytes = ctypes.pythonapi["PyBytes_FromStringAndSize"]
+_new_bytes.restype = ctypes.py_object
+_new_bytes.argtypes = (ctypes.c_void_p, ctypes.c_ssize_t)
+
 FLOAT = np.dtype(np.float64)
 _INTEGER = np.dtype(np.int32)
 _EMPTY: FloatArray = np.frombuffer(bytes(FLOAT.itemsize), FLOAT)[:0]
 _EMPTY_INTEGERS: AnyArray = np.frombuffer(bytes(_INTEGER.itemsize), _INTEGER)[:0]
 
 
+def _room(size: int) -> bytes:
+    """Memory without zeros in it, which would take their time: the library fills it."""
+    memory: bytes = _new_bytes(None, size)
+    return memory
+
+
 def room_for(count: int) -> bytes:
     """Memory for so many doubles."""
-    return bytes(8 * count)
+    return _room(8 * count)
 
 
 def room_for_integers(count: int) -> bytes:
     """Memory for so many integers of 32 bits."""
-    return bytes(4 * count)
+    return _room(4 * count)
 
 
 def floats(memory: bytes, count: int) -> FloatArray:

@@ -2,9 +2,10 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterator, Sequence
+from collections.abc import Iterable, Iterator, Sequence
 from ctypes import byref
 from functools import cached_property
+from itertools import chain, repeat
 from typing import TYPE_CHECKING, Any, SupportsIndex, overload
 
 import numpy as np
@@ -12,6 +13,7 @@ import numpy as np
 from ._arrays import floats, integers, room_for, room_for_integers, rows
 from ._chromatogram import Chromatogram, Trace, traces_of
 from ._library import SUM, MetadataRecord, ScanTable, library
+from ._loop import Loop
 from ._position import bound, items
 from ._scan import Scan, Spectrum
 from ._show import counted, frame, html_table, shortened
@@ -119,19 +121,22 @@ class Function(Sequence[Scan]):
         return items(self._scan, at, self._length, "scan")
 
     def __iter__(self) -> Iterator[Scan]:
+        return chain.from_iterable(self._pieces())
+
+    def _pieces(self) -> Iterator[Iterable[Scan]]:
         for first in range(0, self._length, _SCANS_AT_ONCE):
-            rooms = self._rooms(first, min(_SCANS_AT_ONCE, self._length - first))
-            for position, room in enumerate(rooms, first):
-                yield Scan(self, position, room)
+            count = min(_SCANS_AT_ONCE, self._length - first)
+            loop = Loop(self._handle, self._read_points, self._place, first, self._rooms(first, count))
+            yield map(Scan, repeat(self), range(first, first + count), repeat(loop))
 
     def _rooms(self, first: int, count: int) -> list[int]:
-        """How many points each scan may have."""
+        """How many points the scans before each may have, and all of them."""
         points = room_for_integers(count)
         table = ScanTable()
         table.points = points
         self._read_table(table, first, count)
-        rooms: list[int] = integers(points).tolist()
-        return rooms
+        rooms: list[int] = np.cumsum(integers(points), dtype=np.int64).tolist()
+        return [0, *rooms]
 
     def _read_table(self, table: ScanTable, first: int, count: int) -> None:
         self._handle.call(library.zrml_read_scan_table, *self._place, first, count, byref(table))

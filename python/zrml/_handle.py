@@ -53,7 +53,7 @@ class Handle:
 
     def __init__(self, path: bytes) -> None:
         self._pointer: c_void_p | None = None
-        self._lock = threading.RLock()
+        self.lock = threading.RLock()
         self._is_working = False
         self._room, self._count, self._lost = c_size_t(), c_size_t(), c_size_t()  # of reader()
         self._caught: list[BaseException] = []
@@ -85,7 +85,7 @@ class Handle:
 
     def close(self) -> None:
         """Waits for a thread that reads. Again: does nothing."""
-        with self._lock:
+        with self.lock:
             if self._pointer is None:
                 return
             self._require_usable()
@@ -107,12 +107,18 @@ class Handle:
         if self._is_working:
             raise RuntimeError("the source is in the middle of work for the same thread")
 
-    def _exception(self, status: int) -> Exception:
+    def usable_pointer(self) -> c_void_p:
+        """For a call that is not long work, by who has the lock."""
+        self._require_usable()
+        assert self._pointer is not None
+        return self._pointer
+
+    def exception(self, status: int) -> Exception:
         return exception_of(status, text_of(library.zrml_message(self._pointer)))
 
     def call(self, entry: Entry, *arguments: Any) -> None:
         """A function of the library with this source; raises what its status means."""
-        with self._lock:
+        with self.lock:
             self._require_usable()
             try:
                 self._is_working = True
@@ -122,7 +128,7 @@ class Handle:
             if self._caught:
                 raise self._caught.pop()
             if status != OK:
-                raise self._exception(status)
+                raise self.exception(status)
 
     def count(self, entry: Entry, *place: int) -> int:
         """The number that a function of the library gives."""
@@ -138,20 +144,20 @@ class Handle:
 
     def described(self, kind: type[Record], entry: Entry, *place: int) -> dict[str, Any]:
         """The members of a record. Its texts are read before another thread can close the source."""
-        with self._lock:
+        with self.lock:
             record = self.record(kind, entry, *place)
             members = {name: getattr(record, name) for name, *_ in kind._fields_}
         return {name: text_of(value) if isinstance(value, bytes) else value for name, value in members.items()}
 
     def all_described(self, kind: type[Record], count: Entry, entry: Entry, *place: int) -> list[dict[str, Any]]:
         """The members of every record at a place."""
-        with self._lock:
+        with self.lock:
             return [self.described(kind, entry, *place, i) for i in range(self.count(count, *place))]
 
     def text(self, entry: Entry, *place: int) -> str | None:
         """A text that the library gives with its length, or None."""
         start, length = c_void_p(), c_size_t()
-        with self._lock:
+        with self.lock:
             self.call(entry, *place, byref(start), byref(length))
             return text_of(ctypes.string_at(start, length.value)) if start.value else None
 
@@ -160,7 +166,7 @@ class Handle:
 
         Loops over scans spend their time here, so it is call() written out, with names that are found quickly.
         """
-        lock, room_given, count, lost = self._lock, self._room, self._count, self._lost
+        lock, room_given, count, lost = self.lock, self._room, self._count, self._lost
         count_at, lost_at = byref(count), byref(lost)
 
         def read(scan: int, room: int) -> Points:
@@ -174,7 +180,7 @@ class Handle:
                 room_given.value = room
                 status = _read_points(pointer, sample, function, scan, mz, intensity, room_given, count_at, lost_at)
                 if status:
-                    raise self._exception(status)
+                    raise self.exception(status)
                 found = count.value
                 missing = lost.value
             if found == room != 0:
@@ -186,7 +192,7 @@ class Handle:
     def arrays(self, entry: Entry, *arguments: Any, behind: tuple[Any, ...] = ()) -> tuple[FloatArray, FloatArray]:
         """Two arrays whose length shows only when they are read; `behind` are arguments after the count."""
         count = c_size_t()
-        with self._lock:
+        with self.lock:
             self.call(entry, *arguments, None, None, 0, byref(count), *behind)
             room = count.value
             x, y = room_for(room), room_for(room)

@@ -14,6 +14,7 @@ if TYPE_CHECKING:
     from ._arrays import FloatArray
     from ._handle import Points
     from ._function import Function
+    from ._loop import Loop
 
 
 class Spectrum:
@@ -55,20 +56,23 @@ class Scan(Spectrum):
     ValueError when the source is closed.
     """
 
-    __slots__ = ("_function", "_position", "_room", "_record")
+    __slots__ = ("_function", "_position", "_loop", "_record")
 
-    def __init__(self, function: Function, position: int, room: int | None = None) -> None:
+    def __init__(self, function: Function, position: int, loop: Loop | None = None) -> None:
         self._function = function
         self._position = position
-        self._room = room
+        self._loop = loop
         self._record: ScanRecord | None = None
         self._points = None
 
     def _read(self) -> Points:
-        room = self._room
-        if room is None:
-            room = self._described().points
-        self._points = points = self._function._read_points(self._position, room)
+        loop = self._loop
+        if loop is None:
+            points = self._function._read_points(self._position, self._described().points)
+        else:
+            ahead = loop.ahead.pop(self._position, None)
+            points = loop.read(self._position) if ahead is None or loop.handle.is_closed else ahead
+        self._points = points
         return points
 
     def _described(self) -> ScanRecord:

@@ -195,7 +195,9 @@ class Arrays(support.TestCase):
         self.addCleanup(small.close)
         function = self.source.functions[0]
         absorbance = self.source.absorbance
+        loop = [(scan.mz, scan.intensity) for scan in small.functions[0]]
         self.arrays = {
+            **{f"scan {i} of a loop, array {j}": loop[i][j] for i in range(3) for j in range(2)},
             "mz": function[0].mz,
             "intensity": function[0].intensity,
             "no points": small.functions[0][2].mz,

@@ -82,6 +82,18 @@ class Closed(support.TestCase):
         self.source.close()
         self.assertEqual(mz.tobytes(), before.tobytes())
 
+    def test_loop_gives_no_more_after_the_end(self):
+        source = zrml.open(support.path("long.raw"))
+        scans = iter(source.functions[0])
+        kept = [next(scans) for _ in range(20)]
+        for scan in kept[:9]:
+            scan.mz  # those behind may be read ahead now
+        source.close()
+        self.assertEqual(kept[8].mz.tolist(), [108])
+        for scan in kept[9:]:
+            with self.assertRaisesRegex(ValueError, "closed"):
+                scan.mz
+
     def test_closing_again_does_nothing(self):
         self.assertFalse(self.source.closed)
         self.source.close()
@@ -134,6 +146,25 @@ class Shrinking(support.TestCase):
         function = self.shrunk("run.raw", "_FUNC001.DAT")
         self.assertRaises(zrml.UnreadableError, lambda: function[-1].mz)
         self.assertRaises(zrml.UnreadableError, lambda: [scan.mz for scan in function])
+
+    def test_scans_of_a_loop_fail_each_for_itself(self):
+        copy = self.copy_of("run.raw")
+        with zrml.open(support.path("run.raw")) as whole, zrml.open(copy) as source:
+            expected = [scan.mz.tolist() for scan in whole.functions[0]]
+            size = (copy / "_FUNC001.DAT").stat().st_size
+            found = []
+            for scan in source.functions[0]:
+                if scan.number == 40:
+                    os.truncate(copy / "_FUNC001.DAT", size * 3 // 4)
+                try:
+                    found.append(scan.mz.tolist())
+                except zrml.UnreadableError as error:
+                    self.assertEqual(str(error), "_FUNC001.DAT has become shorter since it was opened")
+                    found.append(None)
+        read = found.index(None)
+        self.assertGreater(read, len(expected) // 2)
+        self.assertEqual(found[:read], expected[:read])
+        self.assertEqual(found[read:], [None] * (len(expected) - read))
 
     def test_chromatograms_and_sums(self):
         function = self.shrunk("run.raw", "_FUNC001.DAT")
