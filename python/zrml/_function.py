@@ -16,7 +16,7 @@ from ._library import SUM, MetadataRecord, ScanTable, library
 from ._loop import Loop
 from ._position import bound, items
 from ._scan import Scan, Spectrum
-from ._show import counted, frame, html_table, shortened
+from ._show import closed_table, counted, frame, html_table, shortened
 
 if TYPE_CHECKING:
     import numpy.typing as npt
@@ -293,7 +293,10 @@ class Function(Sequence[Scan]):
     ) -> tuple[int, int]:
         if start is not None or stop is not None:
             raise ValueError("positions and minutes are both given: one of them is enough")
-        low, high = minutes
+        try:
+            low, high = map(float, minutes)
+        except (TypeError, ValueError):
+            raise TypeError(f"minutes is a pair of times, the first and the last, not {minutes!r}") from None
         times = self.times
         found = np.flatnonzero((times >= low) & (times <= high))
         if not found.size:
@@ -313,6 +316,9 @@ class Function(Sequence[Scan]):
         return f"<zrml.Function {self.id} {shortened(self.name)!r}: {self._summary()}>"
 
     def _repr_html_(self) -> str:
+        caption = f"function {self.id}: {self.name}"
+        if self._handle.is_closed:
+            return closed_table(caption)
         low, high = self.mass_range or (None, None)
         rows = [
             ("kind", self.kind),
@@ -323,4 +329,4 @@ class Function(Sequence[Scan]):
             ("scans", len(self)),
             ("drift bins", self.drift_bins),
         ]
-        return html_table(f"function {self.id}: {self.name}", ("", "value"), rows)
+        return html_table(caption, ("", "value"), rows)

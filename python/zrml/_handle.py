@@ -32,6 +32,10 @@ def text_of(value: bytes) -> str:
     return value.decode("utf-8", "replace")
 
 
+def refuse_copy() -> NoReturn:
+    raise TypeError("a source is not copied and goes to no other process: open it again")
+
+
 def _watch(caught: list[BaseException]) -> Generator[int, int, None]:
     """Asked during long work: 1 ends it, once an exception such as KeyboardInterrupt has been raised.
 
@@ -76,7 +80,7 @@ class Handle:
         return error
 
     def __reduce__(self) -> NoReturn:
-        raise TypeError("a source goes to no other process: each opens its own")
+        refuse_copy()
 
     def __del__(self, close: Callable[[c_void_p], None] = library.zrml_close) -> None:
         pointer = getattr(self, "_pointer", None)

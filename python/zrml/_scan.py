@@ -6,7 +6,7 @@ from typing import TYPE_CHECKING, SupportsIndex
 
 from ._library import ScanRecord, library
 from ._position import resolved
-from ._show import between, counted, frame, html_table, span
+from ._show import between, closed_table, counted, frame, html_table, span
 
 if TYPE_CHECKING:
     import pandas
@@ -137,8 +137,11 @@ class Scan(Spectrum):
     def __hash__(self) -> int:
         return hash((id(self._function), self._position))
 
+    def _place(self) -> str:
+        return f"scan {self._position + 1} of function {self._function.id}"
+
     def __repr__(self) -> str:
-        place = f"scan {self._position + 1} of function {self._function.id}"
+        place = self._place()
         if self._function._handle.is_closed:
             return f"<zrml.Scan: {place} of a closed source>"
         record = self._described()
@@ -148,6 +151,8 @@ class Scan(Spectrum):
         return f"<zrml.Scan: {place}, {record.minutes:.6g} min, {points}>"
 
     def _repr_html_(self) -> str:
+        if self._function._handle.is_closed:
+            return closed_table(self._place())
         rows = [
             ("minutes", f"{self.minutes:.6g} to {self.end_minutes:.6g}"),
             ("points", len(self.mz)),
@@ -155,4 +160,4 @@ class Scan(Spectrum):
             ("precursor m/z", self.precursor_mz),
             ("scan value", self.scan_value),
         ]
-        return html_table(f"scan {self.number} of function {self._function.id}", ("", "value"), rows)
+        return html_table(self._place(), ("", "value"), rows)

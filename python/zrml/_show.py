@@ -55,6 +55,11 @@ def html_table(caption: str, head: Sequence[str], rows: Sequence[Iterable[object
     )
 
 
+def closed_table(caption: str) -> str:
+    """Of what a closed source had."""
+    return html_table(f"{caption} of a closed source", (), ())
+
+
 def _cell(value: object) -> str:
     if isinstance(value, float):
         return f"{value:.6g}"

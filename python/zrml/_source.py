@@ -6,14 +6,14 @@ import os
 from dataclasses import dataclass
 from functools import cached_property
 from types import TracebackType
-from typing import Any, Union
+from typing import Any, NoReturn, Union
 
 from ._absorbance import Absorbance
 from ._chromatogram import Trace, traces_of
 from ._function import Function, metadata_of
-from ._handle import Handle
+from ._handle import Handle, refuse_copy
 from ._library import OF_SAMPLE, RAW_DIRECTORY, FindingRecord, FunctionRecord, SampleRecord, library
-from ._show import counted, html_table, shortened
+from ._show import closed_table, counted, html_table, shortened
 
 StrPath = Union[str, bytes, "os.PathLike[Any]"]
 
@@ -75,6 +75,8 @@ class Sample:
         return self._html(f"sample {self.number}: {self.name}")
 
     def _html(self, caption: str) -> str:
+        if self._handle.is_closed:
+            return closed_table(caption)
         head = ("number", "name", "kind", "MS level", "polarity", "scans")
         rows = [(f.id, f.name, f.kind, f.ms_level, f.polarity, len(f)) for f in self.functions]
         return html_table(caption, head, rows)
@@ -105,6 +107,9 @@ class Source:
     def closed(self) -> bool:
         """Whether close() was called."""
         return self._handle.is_closed
+
+    def __reduce__(self) -> NoReturn:
+        refuse_copy()
 
     def __enter__(self) -> Source:
         self._handle.require_open()
@@ -195,7 +200,7 @@ class Source:
     def _repr_html_(self) -> str:
         caption = f"{self.path}: {self._summary()}"
         if self.closed:
-            return html_table(caption, (), ())
+            return html_table(caption, (), ())  # which says so
         if len(self.samples) == 1:
             return self.samples[0]._html(caption)
         rows = [(sample.number, sample.name, len(sample.functions)) for sample in self.samples]
