@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# library_file.sh LIBRARY HEADER: what the file is to programs and to the system: its name, the functions that it exports, which
-# are those that the header declares, and the libraries that it needs, which are the system's own.
+# library_file.sh LIBRARY HEADER VERSION: what the file is to programs and to the system: its name, the functions that it
+# exports, which are those that the header declares, and the libraries that it needs, which are the system's own; on Windows
+# also the version that people see.
 set -euo pipefail
-library=$1 header=$2
+library=$1 header=$2 version=$3
 
 expect() {  # WHAT EXPECTED ACTUAL
   [ "$2" = "$3" ] || { printf '%s: expected\n%s\nbut found\n%s\n' "$1" "$2" "$3"; exit 1; }
@@ -19,6 +20,11 @@ case $library in
       "$(sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] *\(+base\[ *[0-9]*\] *[0-9a-f]* *\)\?//p' <<<"$headers" | LC_ALL=C sort)"
     # KERNEL32.dll is the system itself; msvcrt.dll is the C runtime that every Windows has had since Windows 95.
     expect "imports" "KERNEL32.dll msvcrt.dll" "$(sed -n 's/^\tDLL Name: //p' <<<"$headers" | sort | xargs)"
+    # Texts of a version resource are UTF-16: name, zero, padding, value.
+    texts=$(strings -el "$library")
+    for key in ProductVersion=$version OriginalFilename=zrml.dll; do
+      expect "${key%=*}" "${key#*=}" "$(grep -A1 -x "${key%=*}" <<<"$texts" | tail -n 1)"
+    done
     ;;
   *)
     section=$(readelf -d "$library")
