@@ -187,7 +187,7 @@ class MzmlDocument : public Document {
     // The spectra and chromatograms of a report are results, whatever each of them says of how it was made.
     if (IsReport())
       for (auto& [id, methods] : processes)
-        methods.insert(methods.begin(), {cv::kProcessing, "result", "report", "openlynx"});
+        methods.insert(methods.begin(), Method{cv::kProcessing, "result", "report", "openlynx"});
     text += "<dataProcessingList";
     AppendAttribute(text, "count", processes.size());
     text += ">\n";
