@@ -125,8 +125,6 @@ std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
   return intensities.subspan(begin, end - begin);
 }
 
-bool AreAllLost(const PointsRead& read) { return read.count == 0 && read.lost > 0; }
-
 }  // namespace
 
 std::optional<std::span<const double>> Source::IntensitiesWithin(int sample, int function, int scan,

@@ -87,6 +87,7 @@ struct PointsRead {
   std::size_t count = 0;
   std::size_t lost = 0;
 };
+inline bool AreAllLost(const PointsRead& read) { return read.count == 0 && read.lost > 0; }
 
 struct Chromatogram {
   std::string name;

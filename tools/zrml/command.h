@@ -99,6 +99,7 @@ std::unique_ptr<Command> MakeInfoCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeScansCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeSpectrumCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeChromatogramCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeLockMassCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeConvertCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeCheckCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeQcCommand(CLI::App& parser);

@@ -16,8 +16,9 @@ namespace zrml::tool {
 namespace {
 
 constexpr std::array kCommands = {
-    MakeInfoCommand,    MakeScansCommand, MakeSpectrumCommand, MakeChromatogramCommand,
-    MakeConvertCommand, MakeCheckCommand, MakeQcCommand,       MakePluginCommand,
+    MakeInfoCommand,     MakeScansCommand,   MakeSpectrumCommand, MakeChromatogramCommand,
+    MakeLockMassCommand, MakeConvertCommand, MakeCheckCommand,    MakeQcCommand,
+    MakePluginCommand,
 };
 
 constexpr int kFiles = 8;  // open at once for one source, and those looked at

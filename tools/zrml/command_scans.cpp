@@ -32,7 +32,7 @@ struct PointFacts {
 
 PointFacts FactsOf(const source::PointsRead& read, const std::vector<double>& mz,
                    const std::vector<double>& intensities) {
-  if (read.count == 0 && read.lost > 0) return {};
+  if (source::AreAllLost(read)) return {};
   PointFacts facts = {.sum = std::accumulate(intensities.begin(), intensities.end(), 0.0)};
   if (mz.empty()) return facts;
   const auto base = std::max_element(intensities.begin(), intensities.end());
