@@ -91,6 +91,23 @@ class PeakAdder {
   std::optional<CZRMassSpectrum> sum_;  // all else
 };
 
+// The samples of a profile by ascending mass. Samples of one mass become one, and those whose mass is not a
+// finite number have no place on a grid.
+Points SamplesOf(const Points& scan) {
+  constexpr double kLeastStep = 1e-30;  // powers of smaller ones are 0 where steps are fitted
+  Points samples;
+  for (std::size_t i = 0; i < scan.mz.size(); ++i) {
+    if (!std::isfinite(scan.mz[i])) continue;
+    if (!samples.mz.empty() && scan.mz[i] - samples.mz.back() < kLeastStep) {
+      samples.intensities.back() += scan.intensities[i];
+    } else {
+      samples.mz.push_back(scan.mz[i]);
+      samples.intensities.push_back(scan.intensities[i]);
+    }
+  }
+  return samples;
+}
+
 // Profiles of three points or more.
 void AddProfile(CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
   if (sum.GetCount() >= kFewestWithGrid) {
@@ -162,14 +179,15 @@ class Adder {
   }
 
   bool AddToProfile(int position, const Points& scan) {
-    if (scan.mz.size() < kShortestProfile) {
+    const Points samples = SamplesOf(scan);
+    if (samples.mz.size() < kShortestProfile) {
       if (short_.mz.empty()) {
         short_ = scan;
         shortPosition_ = position;
       }
       return false;
     }
-    CZRMassSpectrum profile = SpectrumOf(scan, false);
+    CZRMassSpectrum profile = SpectrumOf(samples, false);
     profile_ ? AddProfile(profile, *profile_) : void(profile_ = std::move(profile));
     return true;
   }

@@ -165,6 +165,23 @@ TEST_F(SumScansTest, TwoShortProfilesHaveThePointsOfBoth) {
   EXPECT_EQ(sum.intensities, (Doubles{9, 1, 4, 1, 2, 1}));
 }
 
+// Equal masses have no step: they are one sample, and three samples of one mass are too few for a grid, of
+// which nothing is said on standard output.
+TEST_F(SumScansTest, SamplesOfOneMassAreOne) {
+  const auto source = Open({{{100, 1}, {101, 2}, {101, 3}, {102, 4}},
+                            {{100, 10}, {101, 20}, {102, 40}},
+                            {{100, 1}, {100, 2}, {100, 3}}},
+                           false, "100");
+  testing::internal::CaptureStdout();
+  const ScanSum sum = SumScans(*source, 0, 0, 0, 3, {});
+  const ScanSum alone = SumScans(*source, 0, 0, 2, 3, {});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
+  EXPECT_EQ(sum.intensities, (Doubles{11, 25, 44}));
+  EXPECT_EQ(sum.leftOut, 1);
+  EXPECT_EQ(alone.intensities, (Doubles{1, 2, 3}));
+}
+
 // A scan without points has nothing to add, which is something else.
 TEST_F(SumScansTest, ProfilesOfTwoPointsAreLeftOut) {
   const auto source =
