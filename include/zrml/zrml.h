@@ -279,6 +279,24 @@ ZRML_API zrml_status zrml_read_mass_ranges(zrml_source* source, int sample, int 
                                            const zrml_range* ranges, size_t range_count, int within,
                                            double* intensities, size_t room);
 
+/* ---- Centroids ---- */
+
+typedef struct zrml_centroid_options {
+  size_t size;
+  int is_area;                /* not 0: the sums of the samples of peaks instead of their heights */
+  double min_signal_to_noise; /* of the peaks that are wanted; 0 for the usual 2.5 */
+} zrml_centroid_options;
+
+/* The peaks of a profile of `points` samples: of a scan, drift bin or sum whose zrml_scan.is_centroided is 0,
+ * of a function that is neither of ion monitoring nor of absorbance. They are not the instrument's own
+ * centroids; docs/centroids.md has the method. `options` may be null. `mz` ascends. There are never more
+ * peaks than samples, so `room` for `points` is enough; sets `*count`. Needs no source and may be called in
+ * any thread. ZRML_WRONG_ARGUMENT for null arrays, too little room (with `*count` set), and a signal to noise
+ * that is negative or NaN. */
+ZRML_API zrml_status zrml_find_centroids(const double* mz, const double* intensities, size_t points,
+                                         const zrml_centroid_options* options, double* centroid_mz,
+                                         double* centroid_intensities, size_t room, size_t* count);
+
 /* ---- Arrays of unknown length ----
  *
  * How much the following functions give shows only when it is read. Each sets `*count` to how many values
@@ -290,7 +308,9 @@ ZRML_API zrml_status zrml_read_mass_ranges(zrml_source* source, int sample, int 
  * become one; with a `width` above 0, in m/z, or in parts per million when `is_ppm` is not 0, peaks within
  * half of it on either side of a stronger one become part of that. Profiles are added on the grid of the
  * first one; `width` means nothing to them. Long work. ZRML_WRONG_ARGUMENT when there is no scan, when the
- * scans are not all of one kind (zrml_scan.is_centroided), and for a width that is negative or NaN. */
+ * scans are not all of one kind (zrml_scan.is_centroided), and for a width that is negative or NaN. Profiles
+ * of one or two points have no grid and add nothing, unless there is nothing else. Absorbance spectra of a
+ * report are added wavelength by wavelength; ZRML_WRONG_ARGUMENT when they do not have the same ones. */
 ZRML_API zrml_status zrml_read_sum(zrml_source* source, int sample, int function, int first, int end,
                                    double width, int is_ppm, double* mz, double* intensities, size_t room,
                                    size_t* count);

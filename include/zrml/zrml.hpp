@@ -254,6 +254,27 @@ inline Sequence<Trace> TracesOf(const detail::Place& place) {
 
 }  // namespace detail
 
+/// The peaks of a profile: of a scan, drift bin or sum of scans that are not centroided. They are not the
+/// instrument's own centroids.
+inline Spectrum Centroids(const Spectrum& profile, bool are_areas = false, double min_signal_to_noise = 0) {
+  zrml_centroid_options options = {};
+  options.size = sizeof options;
+  options.is_area = are_areas ? 1 : 0;
+  options.min_signal_to_noise = min_signal_to_noise;
+  const std::size_t points = profile.mz.size();
+  if (profile.intensity.size() != points)
+    detail::Throw(ZRML_WRONG_ARGUMENT, "the arrays are not as long as each other");
+  Spectrum found = {std::vector<double>(points), std::vector<double>(points)};
+  std::size_t count = 0;
+  const zrml_status status =
+      zrml_find_centroids(profile.mz.data(), profile.intensity.data(), points, &options, found.mz.data(),
+                          found.intensity.data(), points, &count);
+  if (status != ZRML_OK) detail::Throw(status, "a signal to noise is not negative");
+  found.mz.resize(count);
+  found.intensity.resize(count);
+  return found;
+}
+
 /// A scan. Its points are read on first request, and kept.
 class Scan {
  public:
@@ -282,6 +303,9 @@ class Scan {
     Points();
     return lost_;
   }
+
+  /// Its points: m/z and intensity.
+  Spectrum points() const { return Points(); }
 
   Spectrum drift_bin(int bin) const {
     Spectrum read;

@@ -279,9 +279,15 @@ class Function(Sequence[Scan]):
             raise ValueError("there is no scan to add up")
         width, is_ppm = _width(ppm, da, 0.0)
         # The library counts the width on both sides together.
-        return Spectrum(
-            *self._handle.arrays(library.zrml_read_sum, *self._place, first, end, 2 * width, int(is_ppm))
+        mz, intensity = self._handle.arrays(
+            library.zrml_read_sum, *self._place, first, end, 2 * width, int(is_ppm)
         )
+        return Spectrum(mz, intensity, self[first]._is_profile())
+
+    @property
+    def _has_profiles(self) -> bool:
+        """Whether points are samples of profiles, where scans are not centroided."""
+        return self.kind not in ("ion monitoring", "reaction monitoring", "absorbance")
 
     def _positions(self, start: SupportsIndex | None, stop: SupportsIndex | None) -> tuple[int, int]:
         length = self._length

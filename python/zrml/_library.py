@@ -83,6 +83,10 @@ class ScanTable(Record):
     ]
 
 
+class CentroidOptions(Record):
+    _fields_ = [("size", c_size_t), ("is_area", c_int), ("min_signal_to_noise", c_double)]
+
+
 class TraceRecord(Record):
     _fields_ = [("size", c_size_t), ("number", c_int), ("name", c_char_p)]
 
@@ -135,6 +139,17 @@ _FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "zrml_read_total_ions": (_STATUS, _SOURCE, c_int, c_int, _ARRAY, c_size_t),
     "zrml_read_base_peaks": (_STATUS, _SOURCE, c_int, c_int, _ARRAY, c_size_t),
     "zrml_read_mass_ranges": (_STATUS, _SOURCE, c_int, c_int, c_void_p, c_size_t, c_int, _ARRAY, c_size_t),
+    "zrml_find_centroids": (
+        _STATUS,
+        _ARRAY,
+        _ARRAY,
+        c_size_t,
+        POINTER(CentroidOptions),
+        _ARRAY,
+        _ARRAY,
+        c_size_t,
+        _COUNT,
+    ),
     "zrml_read_sum": (_STATUS, _SOURCE, c_int, c_int, c_int, c_int, c_double, c_int, _ARRAY, _ARRAY, c_size_t, _COUNT),
     "zrml_drift_bin_count": (_STATUS, _SOURCE, c_int, c_int, POINTER(c_int)),
     "zrml_read_drift_bin": (_STATUS, _SOURCE, c_int, c_int, c_int, c_int, _ARRAY, _ARRAY, c_size_t, _COUNT),

@@ -2,9 +2,12 @@
 
 from __future__ import annotations
 
+from ctypes import byref, c_size_t
 from typing import TYPE_CHECKING, SupportsIndex
 
-from ._library import ScanRecord, library
+from ._arrays import floats, room_for
+from ._errors import OK, exception_of
+from ._library import CentroidOptions, ScanRecord, library
 from ._position import resolved
 from ._show import between, closed_table, counted, frame, html_table, span
 
@@ -20,11 +23,13 @@ if TYPE_CHECKING:
 class Spectrum:
     """Points in ascending m/z. Both arrays have one shape, (points,), and cannot be made writable."""
 
-    __slots__ = ("_points",)
+    __slots__ = ("_points", "_has_profile")
     _points: Points | None
+    _has_profile: bool | None  # None: of a scan that has not been asked
 
-    def __init__(self, mz: FloatArray, intensity: FloatArray) -> None:
+    def __init__(self, mz: FloatArray, intensity: FloatArray, has_profile: bool = False) -> None:
         self._points = (mz, intensity, 0)
+        self._has_profile = has_profile
 
     def _read(self) -> Points:
         assert self._points is not None
@@ -39,6 +44,33 @@ class Spectrum:
     def intensity(self) -> FloatArray:
         """Intensity of each point, in the file's own counts: float64, shape (points,)."""
         return (self._points or self._read())[1]
+
+    def _is_profile(self) -> bool:
+        return bool(self._has_profile)
+
+    def centroids(self, *, areas: bool = False, min_signal_to_noise: float = 2.5) -> Spectrum:
+        """The peaks of a profile; of what is peaks already, chosen ions or absorbance, a spectrum of the same points.
+
+        areas: the sums of the samples of the peaks in place of their heights.
+        min_signal_to_noise: peaks that stand out of what is beside them by less are left out.
+
+        They are not the instrument's own centroids. ValueError for a signal to noise that is not above 0.
+        """
+        if not min_signal_to_noise > 0:
+            raise ValueError(f"min_signal_to_noise is above 0, not {min_signal_to_noise}")
+        if not self._is_profile():
+            return Spectrum(self.mz, self.intensity)
+        options = CentroidOptions()
+        options.is_area = int(areas)
+        options.min_signal_to_noise = min_signal_to_noise
+        room = len(self.mz)
+        mz, intensity, count = room_for(room), room_for(room), c_size_t()
+        status = library.zrml_find_centroids(
+            self.mz.tobytes(), self.intensity.tobytes(), room, byref(options), mz, intensity, room, byref(count)
+        )
+        if status != OK:
+            raise exception_of(status, "centroids cannot be found")
+        return Spectrum(floats(mz, count.value), floats(intensity, count.value))
 
     def to_frame(self) -> pandas.DataFrame:
         """The points as a pandas DataFrame with the columns `mz` and `intensity`."""
@@ -64,6 +96,10 @@ class Scan(Spectrum):
         self._loop = loop
         self._record: ScanRecord | None = None
         self._points = None
+        self._has_profile = None
+
+    def _is_profile(self) -> bool:
+        return not self._described().is_centroided and self._function._has_profiles
 
     def _read(self) -> Points:
         loop = self._loop
@@ -125,9 +161,10 @@ class Scan(Spectrum):
         """
         function = self._function
         bin_position = resolved(b, function.drift_bins, "drift bin")
-        return Spectrum(
-            *function._handle.arrays(library.zrml_read_drift_bin, *function._place, self._position, bin_position)
+        mz, intensity = function._handle.arrays(
+            library.zrml_read_drift_bin, *function._place, self._position, bin_position
         )
+        return Spectrum(mz, intensity, self._is_profile())
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Scan):

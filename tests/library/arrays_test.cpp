@@ -325,5 +325,65 @@ TEST_F(LibraryArrays, LongWorkTellsItsProgressAndEndsEarly) {
   }
 }
 
+struct Found {
+  zrml_status status = ZRML_OK;
+  Arrays peaks;
+};
+
+Found FindPeaks(const Doubles& mz, const Doubles& intensities, const zrml_centroid_options* options,
+                std::size_t room) {
+  Found found;
+  found.peaks = {Doubles(room), Doubles(room)};
+  std::size_t count = 99;
+  found.status = zrml_find_centroids(mz.data(), intensities.data(), mz.size(), options, found.peaks.x.data(),
+                                     found.peaks.y.data(), room, &count);
+  if (found.status == ZRML_OK) {
+    found.peaks.x.resize(count);
+    found.peaks.y.resize(count);
+  }
+  return found;
+}
+
+// The valley of 4 goes down and up in one sample: an ion adds (8 - 4)^2 / (8 + 4), and its noise hides the
+// valley. The area is 2 + 8 + 4 + 8 + 2. docs/centroids.md has the other one by hand.
+TEST(LibraryCentroids, AreFoundWithoutASource) {
+  const Doubles mz = {100, 100.01, 100.02, 100.03, 100.04, 100.05, 100.06};
+  zrml_centroid_options options = {};
+  options.size = sizeof options;
+  options.is_area = 1;
+  const Found one = FindPeaks(mz, {0, 2, 8, 4, 8, 2, 0}, &options, 7);
+  ASSERT_EQ(one.status, ZRML_OK);
+  EXPECT_EQ(one.peaks.y, (Doubles{24}));
+  const Found heights = FindPeaks({100, 100.01, 100.02, 100.03, 100.04}, {0, 4, 16, 8, 0}, nullptr, 5);
+  ASSERT_EQ(heights.peaks.x.size(), 1U);
+  EXPECT_NEAR(heights.peaks.x[0], 100.021667, 1e-6);
+  EXPECT_NEAR(heights.peaks.y[0], 16.469, 1e-3);
+  EXPECT_EQ(FindPeaks({}, {}, nullptr, 0).status, ZRML_OK);
+}
+
+TEST(LibraryCentroids, WrongArgumentsAreRefused) {
+  const Doubles mz = {100, 100.01, 100.02};
+  const Doubles intensities = {1, 2, 1};
+  EXPECT_EQ(FindPeaks(mz, intensities, nullptr, 0).status, ZRML_WRONG_ARGUMENT);  // no room
+  EXPECT_EQ(FindPeaks(mz, intensities, nullptr, 1).status, ZRML_OK);
+  zrml_centroid_options options = {};
+  EXPECT_EQ(FindPeaks(mz, intensities, &options, 3).status, ZRML_WRONG_ARGUMENT);  // no size
+  options.size = sizeof options;
+  for (const double wrong : {-1.0, std::nan("")}) {
+    options.min_signal_to_noise = wrong;
+    EXPECT_EQ(FindPeaks(mz, intensities, &options, 3).status, ZRML_WRONG_ARGUMENT);
+  }
+  double x[3];
+  double y[3];
+  std::size_t count = 0;
+  const auto find = [&](const double* from, double* to, std::size_t* number) {
+    return zrml_find_centroids(from, intensities.data(), 3, nullptr, to, y, 3, number);
+  };
+  EXPECT_EQ(find(mz.data(), x, &count), ZRML_OK);
+  EXPECT_EQ(find(nullptr, x, &count), ZRML_WRONG_ARGUMENT);
+  EXPECT_EQ(find(mz.data(), nullptr, &count), ZRML_WRONG_ARGUMENT);
+  EXPECT_EQ(find(mz.data(), x, nullptr), ZRML_WRONG_ARGUMENT);
+}
+
 }  // namespace
 }  // namespace zrml::test

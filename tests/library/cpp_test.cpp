@@ -92,6 +92,11 @@ TEST_F(LibraryCpp, ChromatogramsAndSums) {
   EXPECT_EQ(both[1].minutes, (Doubles{0.5, 1, 1.5}));
   EXPECT_EQ(survey.sum(0, 1).mz, (Doubles{100, 200.5, 300.0625}));
   EXPECT_EQ(run.functions()[1].sum(0, 2).intensity, (Doubles{15}));
+  const zrml::Spectrum profile = {{100, 100.25, 100.5}, {10, 20, 10}};
+  EXPECT_EQ(zrml::Centroids(profile, true).intensity, (Doubles{40}));
+  EXPECT_EQ(zrml::Centroids(profile).mz.size(), 1u);
+  EXPECT_EQ(survey[0].points().mz, survey[0].mz());
+  EXPECT_THROW(zrml::Centroids(profile, false, -1), zrml::Error);
 }
 
 TEST_F(LibraryCpp, Table) {

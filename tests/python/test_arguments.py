@@ -152,6 +152,11 @@ class Arguments(support.TestCase):
                 self.assertRaises(TypeError, reading, **{name: [1]})
             self.assertRaises(ValueError, reading, ppm=10, da=0.1)
 
+    def test_centroids(self):
+        for wrong in (0, -1, float("nan")):
+            self.assertRaisesRegex(ValueError, "above 0", self.survey[0].centroids, min_signal_to_noise=wrong)
+        self.assertRaises(TypeError, self.survey[0].centroids, True)
+
     def test_sums(self):
         for wrong in ((3, 4), (0, 3), (-3, 2), (0, -3), (0, 2**40)):
             self.assertRaises(IndexError, self.products.sum, *wrong)

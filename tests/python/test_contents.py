@@ -150,6 +150,15 @@ class Small(support.TestCase):
         self.assertEqual(self.survey.xic([]), [])
         self.assertEqual([list(one.intensity) for one in self.empty.xic([100, 200])], [[], []])
 
+    # A profile of three points far from each other: up and down in one sample is noise, not a peak.
+    def test_centroids(self):
+        survey = self.source.functions[0]
+        self.assert_same(survey[0].centroids().mz, survey.sum(0, 1).centroids().mz)
+        peaks = self.products[1].centroids(areas=True)
+        self.assert_same(peaks.mz, [50.5])
+        self.assert_same(peaks.intensity, [8])
+        self.assert_same(zrml.Spectrum(peaks.mz, peaks.intensity).centroids().mz, [50.5])
+
     def test_sums(self):
         whole = self.products.sum()
         self.assert_same(whole.mz, [50.5])

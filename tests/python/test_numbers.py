@@ -129,6 +129,40 @@ class Numbers(support.TestCase):
         self.assertEqual(scan.is_centroided, printed["centroided"])
         self.assertEqual(scan.lost, printed["lostPoints"] or 0)
 
+    def test_centroids(self):
+        peaks = 0
+        for path, place, function in self.each_function():
+            for i in some(len(function)):
+                for areas in (False, True):
+                    options = ("--centroid", *(("--areas",) if areas else ()))
+                    read = lambda: function[i].centroids(areas=areas)  # noqa: E731
+                    found = self.both(read, "spectrum", path, *place, "--scan", i + 1, *options)
+                    if found:
+                        self.assert_same(found[0].mz, found[1]["masses"])
+                        self.assert_same(found[0].intensity, found[1]["intensities"])
+                        peaks += len(found[0].mz) if found[1]["centroids"] else 0
+        self.assertGreater(peaks, 100)
+
+    def test_sums_and_their_centroids(self):
+        compared = 0
+        for path, place, function in self.each_function():
+            end = min(len(function), 5)
+            options = ("--scans", f"1-{end}", "--sum", "--ppm", 20)
+            try:
+                printed = support.zrml_json("spectrum", path, *place, *options)
+            except support.CommandFailed:
+                continue
+            if printed["scansLeftOut"] > 0:
+                continue
+            total = function.sum(0, end, ppm=20)
+            self.assert_same(total.mz, printed["masses"])
+            self.assert_same(total.intensity, printed["intensities"])
+            printed = support.zrml_json("spectrum", path, *place, *options, "--centroid")
+            self.assert_same(total.centroids().mz, printed["masses"])
+            self.assert_same(total.centroids().intensity, printed["intensities"])
+            compared += len(printed["masses"])
+        self.assertGreater(compared, 100)
+
     def compare_row(self, table, row, printed):
         self.assertEqual(table["number"][row], printed["scan"])
         self.assertGreaterEqual(table["points"][row], printed["points"])
