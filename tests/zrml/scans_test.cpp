@@ -75,6 +75,42 @@ TEST_F(ScansTest, JsonOfOnePathIsAnObject) {
   EXPECT_EQ(scans["scans"][2]["precursorMz"], nullptr);
 }
 
+TEST_F(ScansTest, ParquetGoesToAFileOrToStandardOutput) {
+  const std::string file = Path("scans.parquet");
+  ExpectOutput(RunScans({"-b", file}), "");
+  const std::string table = ReadBytes(folder_ / "scans.parquet");
+  EXPECT_TRUE(table.starts_with("PAR1") && table.ends_with("PAR1"));
+  EXPECT_EQ(RunScans({"--format", "Parquet"}).output, table);
+  ExpectFailure(RunScans({"-b", file}), 5, file + " exists; --force replaces it");
+  ExpectOutput(RunScans({"-o", file, "--force", "--function", "1"}), "");
+  EXPECT_LT(ReadBytes(folder_ / "scans.parquet").size(), table.size());
+}
+
+TEST_F(ScansTest, FormatsAreNamed) {
+  EXPECT_EQ(RunScans({"--format", "tsv"}).output, RunScans({}).output);
+  EXPECT_EQ(RunScans({"--format", "JSON"}).output, RunScans({"--json"}).output);
+  ExpectFailure(RunScans({"--format", "csv"}), 2,
+                "--format: \"csv\" is not tsv, json or parquet (see zrml scans --help)");
+  const std::string message = "only Parquet is written to a file; text goes to standard output";
+  ExpectFailure(RunScans({"-b", Path("scans.tsv")}), 2, message);
+  ExpectFailure(RunScans({"-b", Path("scans"), "--json"}), 2, message);
+}
+
+TEST_F(ScansTest, TableNeverReplacesItsSource) {
+  const std::string file = Argument(folder_ / "run.raw" / "_FUNC001.DAT");
+  ExpectFailure(RunScans({"-b", file, "--force"}), 2, file + " is a part of the source");
+}
+
+// Rows of the others are in the file; without any row there is none.
+TEST_F(ScansTest, TableOfSourcesThatFail) {
+  const std::string file = Path("scans.parquet");
+  ExpectFailure(Run({"scans", Path("gone.raw"), "-b", file}), 3,
+                "there is no file or folder " + Path("gone.raw"));
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "scans.parquet"));
+  EXPECT_EQ(Run({"scans", Path("gone.raw"), path_, "-b", file}).status, 8);
+  EXPECT_EQ(ReadBytes(folder_ / "scans.parquet"), RunScans({"--format", "parquet"}).output);
+}
+
 TEST_F(ScansTest, SeveralPathsAreAList) {
   const std::string report = Make("vials.rpt", Vials());
   const json list = json::parse(Run({"scans", path_, report, "--json", "--function", "1"}).output);

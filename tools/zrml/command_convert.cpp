@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "convert/convert.h"
-#include "convert/target_file.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert_damage.h"
 #include "tools/zrml/convert_request.h"
@@ -101,7 +100,7 @@ class Batch {
     RefuseUnlessFile(path);
     RefuseSourceAsTarget(path, request_.paths);
     const InterruptionWatch watch;
-    const auto target = MakeTarget(path);
+    const auto target = MakeTargetFile(path, request_.isForced);
     Convert(source, sample, path, *target);
     made_.Add(path);
     if (!request_.isQuiet && !isPrintingOver_) PrintPath(path);
@@ -137,15 +136,6 @@ class Batch {
     } catch (const Failure& failure) {
       isPrintingOver_ = true;
       unprinted_ = failure;
-    }
-  }
-
-  std::unique_ptr<convert::TargetFile> MakeTarget(const std::string& path) const {
-    const auto existing = request_.isForced ? convert::Existing::kReplace : convert::Existing::kKeep;
-    try {
-      return std::make_unique<convert::TargetFile>(path, existing, IsInterrupted);
-    } catch (const convert::Error& error) {
-      throw FailureOf(error);
     }
   }
 

@@ -10,17 +10,25 @@
 #include <string>
 #include <vector>
 
+#include "common/text.h"
+#include "convert/error.h"
+#include "convert/parquet/row_table.h"
 #include "convert/selection.h"
 #include "source/names.h"
 #include "tools/zrml/command.h"
+#include "tools/zrml/convert_damage.h"
+#include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/format.h"
+#include "tools/zrml/interruption.h"
 #include "tools/zrml/json_writer.h"
 #include "tools/zrml/selection_options.h"
 #include "tools/zrml/source_list.h"
 
 namespace zrml::tool {
 namespace {
+
+namespace parquet = convert::parquet;
 
 // No values for a scan whose points are all lost.
 struct PointFacts {
@@ -45,9 +53,9 @@ PointFacts FactsOf(const source::PointsRead& read, const std::vector<double>& mz
 /// The values that all rows of a function share.
 struct FunctionTexts {
   std::string source;
-  std::string sample;
+  std::int64_t sample = 0;
   std::string function;
-  std::string msLevel;
+  std::optional<std::int64_t> msLevel;
   std::string polarity;
 };
 
@@ -58,52 +66,67 @@ struct Row {
   const PointFacts& points;
 };
 
+enum class TableForm { kTsv, kJson, kParquet };
+
+using parquet::Type;
+
 /// Appends one value of a row; an absent value is empty.
 class Cell {
  public:
-  /// Text has short numbers, JSON exact ones.
-  Cell(std::string& line, bool isShort) : line_(line), isShort_(isShort) {}
+  /// Text has short numbers, JSON exact ones, Parquet those of `type`.
+  Cell(std::string& line, TableForm form, Type type) : line_(line), form_(form), type_(type) {}
 
-  void Put(std::string_view text) { line_ += text; }
-  void Put(std::int64_t value) { line_ += std::to_string(value); }
+  void Put(std::string_view text) {
+    line_ += form_ == TableForm::kParquet && !text.empty() ? parquet::PlainText(text) : std::string(text);
+  }
+  void Put(std::int64_t value) {
+    line_ += form_ == TableForm::kParquet ? parquet::PlainNumber(type_, static_cast<double>(value))
+                                          : std::to_string(value);
+  }
   void Put(double value) {
     if (!std::isfinite(value)) return;
-    isShort_ ? AppendShortNumber(value, line_) : AppendNumber(value, line_);
+    if (form_ == TableForm::kTsv) AppendShortNumber(value, line_);
+    if (form_ == TableForm::kJson) AppendNumber(value, line_);
+    if (form_ == TableForm::kParquet) line_ += parquet::PlainNumber(type_, value);
   }
-  void Put(const std::optional<double>& value) {
+  template <class Value>
+  void Put(const std::optional<Value>& value) {
     if (value) Put(*value);
   }
 
  private:
   std::string& line_;
-  bool isShort_;
+  TableForm form_;
+  Type type_;
 };
 
 struct ScanColumn {
   std::string_view name;
+  Type type;
   void (*put)(const Row& row, Cell cell);
 };
 
 constexpr std::array<ScanColumn, 16> kColumns = {{
-    {"source", [](const Row& row, Cell cell) { cell.Put(row.texts.source); }},
-    {"sample", [](const Row& row, Cell cell) { cell.Put(row.texts.sample); }},
-    {"function", [](const Row& row, Cell cell) { cell.Put(row.texts.function); }},
-    {"scan", [](const Row& row, Cell cell) { cell.Put(std::int64_t{row.number}); }},
-    {"minutes", [](const Row& row, Cell cell) { cell.Put(row.scan.minutes); }},
-    {"msLevel", [](const Row& row, Cell cell) { cell.Put(row.texts.msLevel); }},
-    {"polarity", [](const Row& row, Cell cell) { cell.Put(row.texts.polarity); }},
-    {"precursorMz", [](const Row& row, Cell cell) { cell.Put(row.scan.precursorMz); }},
-    {"points", [](const Row& row, Cell cell) { cell.Put(std::int64_t{row.scan.points}); }},
-    {"totalIntensity", [](const Row& row, Cell cell) { cell.Put(row.scan.totalIntensity); }},
-    {"scanValue", [](const Row& row, Cell cell) { cell.Put(row.scan.scanValue); }},
-    {"sum", [](const Row& row, Cell cell) { cell.Put(row.points.sum); }},
-    {"basePeakMz", [](const Row& row, Cell cell) { cell.Put(row.points.basePeakMz); }},
-    {"basePeakIntensity", [](const Row& row, Cell cell) { cell.Put(row.points.basePeakIntensity); }},
-    {"lowestMz",
+    {"source", Type::kText, [](const Row& row, Cell cell) { cell.Put(row.texts.source); }},
+    {"sample", Type::kInt32, [](const Row& row, Cell cell) { cell.Put(row.texts.sample); }},
+    {"function", Type::kText, [](const Row& row, Cell cell) { cell.Put(row.texts.function); }},
+    {"scan", Type::kInt32, [](const Row& row, Cell cell) { cell.Put(std::int64_t{row.number}); }},
+    {"minutes", Type::kDouble, [](const Row& row, Cell cell) { cell.Put(row.scan.minutes); }},
+    {"msLevel", Type::kInt32, [](const Row& row, Cell cell) { cell.Put(row.texts.msLevel); }},
+    {"polarity", Type::kText, [](const Row& row, Cell cell) { cell.Put(row.texts.polarity); }},
+    {"precursorMz", Type::kDouble, [](const Row& row, Cell cell) { cell.Put(row.scan.precursorMz); }},
+    {"points", Type::kInt64, [](const Row& row, Cell cell) { cell.Put(std::int64_t{row.scan.points}); }},
+    {"totalIntensity", Type::kDouble, [](const Row& row, Cell cell) { cell.Put(row.scan.totalIntensity); }},
+    {"scanValue", Type::kDouble, [](const Row& row, Cell cell) { cell.Put(row.scan.scanValue); }},
+    {"sum", Type::kDouble, [](const Row& row, Cell cell) { cell.Put(row.points.sum); }},
+    {"basePeakMz", Type::kDouble, [](const Row& row, Cell cell) { cell.Put(row.points.basePeakMz); }},
+    {"basePeakIntensity", Type::kDouble,
+     [](const Row& row, Cell cell) { cell.Put(row.points.basePeakIntensity); }},
+    {"lowestMz", Type::kDouble,
      [](const Row& row, Cell cell) {
        if (row.points.range) cell.Put(row.points.range->low);
      }},
-    {"highestMz",
+    {"highestMz", Type::kDouble,
      [](const Row& row, Cell cell) {
        if (row.points.range) cell.Put(row.points.range->high);
      }},
@@ -114,7 +137,7 @@ using ScanColumns = std::span<const ScanColumn>;
 
 void AppendLine(ScanColumns columns, const Row& row, std::string& line) {
   for (const ScanColumn& column : columns) {
-    column.put(row, Cell(line, true));
+    column.put(row, Cell(line, TableForm::kTsv, column.type));
     line += &column == &columns.back() ? '\n' : '\t';
   }
 }
@@ -125,10 +148,24 @@ void AppendObject(ScanColumns columns, const Row& row, std::string& line) {
     line += &column == columns.data() ? "{\"" : ", \"";
     line.append(column.name).append("\": ");
     const std::size_t before = line.size();
-    column.put(row, Cell(line, false));
+    column.put(row, Cell(line, TableForm::kJson, column.type));
     if (line.size() == before) line += "null";
   }
   line += '}';
+}
+
+void AddRow(ScanColumns columns, const Row& row, std::vector<std::string>& cells, parquet::RowTable& table) {
+  cells.assign(columns.size(), {});
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    columns[i].put(row, Cell(cells[i], TableForm::kParquet, columns[i].type));
+  table.Add(cells);
+}
+
+std::optional<TableForm> ParseForm(std::string_view text) {
+  const std::string lower = ToLower(text);
+  if (lower == "tsv") return TableForm::kTsv;
+  if (lower == "json") return TableForm::kJson;
+  return lower == "parquet" ? std::optional(TableForm::kParquet) : std::nullopt;
 }
 
 class ScansCommand : public Command {
@@ -136,21 +173,101 @@ class ScansCommand : public Command {
   explicit ScansCommand(CLI::App& parser) : Command(parser, "scans", "Print a table of scans") {
     CLI::App& options = Options();
     AddSourceArguments(options, sources_);
-    options.add_flag("--json", isJson_, "Print JSON, for programs: an object, or a list of several");
+    CLI::Option* const format = AddParsed(options, "--format", form_, ParseForm, "tsv, json or parquet",
+                                          "tsv (default), json or parquet");
+    format->option_text("FORMAT");
+    options
+        .add_flag_callback(
+            "--json", [this] { form_ = TableForm::kJson; },
+            "Print JSON, for programs: an object, or a list of several")
+        ->excludes(format)
+        ->option_text(" ");
+    options
+        .add_option("-b,-o,--file", file_, "The file of the table, as Parquet; standard output by default")
+        ->option_text("FILE")
+        ->check(IsNotEmpty());
+    options.add_flag("--force", isForced_, "Replace a file that exists");
     options.add_flag("--points", hasPoints_, "Read the points, too: their sum, base peak and range");
     AddSelectionOptions(options, selection_);
   }
 
   /// Rows read before a failure are printed.
   void Run(Output& out) override {
-    if (!isJson_) PrintTitles(out);
-    PrintEachSource(sources_, isJson_, "are not shown in full", out,
+    TakeForm();
+    if (form_ == TableForm::kParquet) return WriteTable();
+    const bool isJson = form_ == TableForm::kJson;
+    if (!isJson) PrintTitles(out);
+    PrintEachSource(sources_, isJson, "are not shown in full", out,
                     [&](const std::string& path, JsonWriter& json) {
-                      isJson_ ? PrintObject(path, json) : PrintLines(path, out);
+                      isJson ? PrintObject(path, json) : PrintLines(path, out);
                     });
   }
 
  private:
+  // The name of the file must match the content, since other programs rely on it.
+  void TakeForm() {
+    if (file_.empty()) return;
+    const std::string_view name = file_;
+    const std::size_t point = name.rfind('.');
+    const auto named = point == name.npos ? std::nullopt : ParseForm(name.substr(point + 1));
+    if (form_.value_or(TableForm::kParquet) != TableForm::kParquet ||
+        named.value_or(TableForm::kParquet) != TableForm::kParquet)
+      throw Failure(ExitStatus::kWrongUsage,
+                    "only Parquet is written to a file; text goes to standard output");
+    form_ = TableForm::kParquet;
+  }
+
+  // Without a row, a failure leaves no file.
+  void WriteTable() {
+    const std::vector<std::string> sources = ListSources(sources_);
+    std::optional<Failure> failure;
+    try {
+      const InterruptionWatch watch;
+      const std::unique_ptr<convert::ByteSink> target = MakeTableTarget(sources);
+      convert::BufferedSink out(*target);
+      parquet::RowTable table(ParquetColumns(), out);
+      failure = AddSources(sources, table);
+      if (failure && table.IsEmpty()) throw Failure(*failure);
+      table.End();
+      out.Finish();
+    } catch (const convert::Error& error) {
+      throw FailureOf(error);
+    } catch (const source::Cancelled&) {
+      EndByInterruption();
+    }
+    if (failure) throw Failure(*failure);
+  }
+
+  std::optional<Failure> AddSources(const std::vector<std::string>& sources, parquet::RowTable& table) {
+    try {
+      ForEachSource(sources, "are not shown in full", [&](const std::string& path) { AddRows(path, table); });
+    } catch (const Failure& failure) {
+      return failure;
+    }
+    return std::nullopt;
+  }
+
+  std::unique_ptr<convert::ByteSink> MakeTableTarget(const std::vector<std::string>& sources) const {
+    if (file_.empty()) return std::make_unique<StandardOutput>();
+    RefuseUnlessFile(file_);
+    RefuseSourceAsTarget(file_, sources);
+    return MakeTargetFile(file_, isForced_);
+  }
+
+  std::vector<parquet::Column> ParquetColumns() const {
+    std::vector<parquet::Column> columns;
+    for (const ScanColumn& column : AllColumns()) columns.push_back({column.name, column.type, true});
+    return columns;
+  }
+
+  void AddRows(const std::string& path, parquet::RowTable& table) {
+    std::vector<std::string> cells;
+    ForEachScan(*OpenListed(path), [&](const Row& row) {
+      if (IsInterrupted()) throw source::Cancelled();
+      AddRow(AllColumns(), row, cells, table);
+    });
+  }
+
   void PrintTitles(Output& out) const {
     for (const ScanColumn& column : AllColumns()) {
       out.Text(column.name);
@@ -205,12 +322,13 @@ class ScansCommand : public Command {
   template <class Visit>
   void ForEachScanOf(source::Source& source, const FunctionPosition& at, const source::Function& function,
                      Visit visit) {
-    const auto text = [&](const Value& value) { return isJson_ ? JsonOf(value) : TextOf(value); };
+    const bool isJson = form_ == TableForm::kJson;
+    const auto text = [&](const Value& value) { return isJson ? JsonOf(value) : TextOf(value); };
     const FunctionTexts texts = {
         .source = text(source.Path()),
-        .sample = std::to_string(at.sample + 1),
+        .sample = at.sample + 1,
         .function = text(ValueOf(function.id)),
-        .msLevel = HasLevel(function) ? std::to_string(function.msLevel) : "",
+        .msLevel = HasLevel(function) ? std::optional<std::int64_t>(function.msLevel) : std::nullopt,
         .polarity = function.polarity == source::Polarity::kUnknown
                         ? ""
                         : text(std::string(source::NameOf(function.polarity))),
@@ -231,7 +349,9 @@ class ScansCommand : public Command {
   }
 
   SourceArguments sources_;
-  bool isJson_ = false;
+  std::optional<TableForm> form_;
+  std::string file_;  // empty for standard output
+  bool isForced_ = false;
   bool hasPoints_ = false;
   convert::Selection selection_;
   std::vector<double> mz_;

@@ -5,9 +5,12 @@
 #include "convert/error.h"
 #include "convert/native_path.h"
 #include "convert/source_files.h"
+#include "convert/target_file.h"
 #include "convert/whole_file.h"
+#include "tools/zrml/convert_damage.h"
 #include "tools/zrml/failure.h"
 #include "tools/zrml/host_system.h"
+#include "tools/zrml/interruption.h"
 #include "tools/zrml/output.h"
 
 namespace zrml::tool {
@@ -37,6 +40,15 @@ void RefuseUnlessFile(const std::string& path) {
   const platform::SystemPath target = platform::FromUtf8Path(path);
   if (platform::IsDirectory(target) || platform::IsDevice(target))
     throw Failure(ExitStatus::kWrongUsage, path + " exists and is not a regular file");
+}
+
+std::unique_ptr<convert::ByteSink> MakeTargetFile(const std::string& path, bool isForced) {
+  const auto existing = isForced ? convert::Existing::kReplace : convert::Existing::kKeep;
+  try {
+    return std::make_unique<convert::TargetFile>(path, existing, IsInterrupted);
+  } catch (const convert::Error& error) {
+    throw FailureOf(error);
+  }
 }
 
 void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources) {

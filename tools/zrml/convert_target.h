@@ -1,6 +1,7 @@
 // Where commands write: files and their names, and standard output.
 #pragma once
 
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -21,6 +22,9 @@ bool IsCurrent(const std::string& path, const ConvertRequest& request, source::S
 
 /// Throws a Failure when `path` holds something that a file cannot replace.
 void RefuseUnlessFile(const std::string& path);
+
+/// A file that is there once it is finished. Throws a Failure when it cannot be made, or exists and is kept.
+std::unique_ptr<convert::ByteSink> MakeTargetFile(const std::string& path, bool isForced);
 
 /// Throws a Failure when the path is a part of one of the sources, which must survive the command even when
 /// files may be replaced.
