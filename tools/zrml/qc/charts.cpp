@@ -11,7 +11,7 @@ namespace {
 constexpr double kWidth = 300;
 constexpr double kHeight = 116;
 constexpr double kSide = 6;
-constexpr double kTop = 18;
+constexpr double kTop = 20;
 constexpr double kBottom = 14;
 
 // What an axis shows, at its two ends.
@@ -50,7 +50,7 @@ std::string Label(double x, const std::string& y, const char* anchor, const std:
 std::string Begin(const Axis& up, NumberText text) {
   std::string svg = "<svg viewBox=\"0 0 300 116\" role=\"img\">";
   svg += LineText("line", up.At(up.values.low));
-  svg += Label(0, RoundedNumber(kTop - 4), "start", text(up.values.high));
+  svg += Label(0, RoundedNumber(kTop - 8), "start", text(up.values.high));
   return svg + Label(0, RoundedNumber(kHeight - 3), "start", text(up.values.low));
 }
 
@@ -63,7 +63,7 @@ std::string PointChart(const std::vector<ChartPoint>& points, double lastX, Numb
   const Axis up = Up(values);
   const double median = qc::Quartiles(values)[1];
   std::string svg = Begin(up, text) + LineText("median", up.At(median));
-  svg += Label(kWidth, RoundedNumber(kTop - 4), "end", "median " + text(median));
+  svg += Label(kWidth, RoundedNumber(kTop - 8), "end", "median " + text(median));
   for (const ChartPoint& point : points) {
     svg += "<a href=\"#" + point.link + "\"><circle class=\"" + point.look + "\" r=\"3\" cx=\"" +
            across.At(point.x) + "\" cy=\"" + up.At(point.y) + "\"><title>" + point.label +
