@@ -32,6 +32,8 @@ case $library in
     # All of these are glibc.
     expect "libraries" "ld-linux-x86-64.so.2 libc.so.6 libm.so.6" \
       "$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$section" | LC_ALL=C sort | xargs)"
+    newest=$({ objdump -T "$library" | grep -oE 'GLIBC_[0-9.]+' && echo GLIBC_2.35; } | sort -uV | tail -n 1)
+    expect "newest glibc that is needed" GLIBC_2.35 "$newest"
     ! grep -qE 'RPATH|RUNPATH' <<<"$section" || { echo "a path to other libraries"; exit 1; }
     expect "exports" "$(sed 's/$/@@ZRML_1/' <<<"$declared")" \
       "$(nm -D --defined-only "$library" | awk '$3 != "ZRML_1" { print $3 }' | LC_ALL=C sort)"
