@@ -167,12 +167,6 @@ void AddReportingOptions(CLI::App& options, ConvertRequest& request) {
       ->option_text(" ");
 }
 
-void RefuseFolderAsFile(const std::string& file) {
-  if (file.empty()) return;
-  const bool isFolder = convert::EndsAsFolder(file) || platform::IsDirectory(platform::FromUtf8Path(file));
-  if (isFolder) throw Failure(ExitStatus::kWrongUsage, file + " is a folder; -o takes one, -b a file");
-}
-
 [[noreturn]] void Contradict(const std::string& file, const std::string& option) {
   throw Failure(ExitStatus::kWrongUsage, "the name " + file + " contradicts " + option);
 }
@@ -214,12 +208,13 @@ void Complete(ConvertRequest& request) {
   TakeFormat(request);
   RefuseFileAsFolder(request.folder);
   request.paths = ListSources(request.sources);
-  if (request.paths.size() > 1 && (request.isToStandardOutput || !request.file.empty()))
-    throw Failure(ExitStatus::kWrongUsage, "several sources do not fit into one file");
+  if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(request.paths);
   request.threads = ThreadCount(request.threads);
   if (request.isToStandardOutput) request.conversion.isIndexed = false;
-  RefuseFolderAsFile(request.file);
-  if (!request.file.empty()) RefuseUnlessFile(request.file);
+  if (!request.file.empty()) {
+    RefuseFolderAsFile(request.file);
+    RefuseUnlessFile(request.file);
+  }
   if (!request.folder.empty()) MakeFolder(request.folder);
 }
 

@@ -36,6 +36,21 @@ bool IsCurrent(const std::string& path, const ConvertRequest& request, source::S
   }
 }
 
+void RequireOneSource(const std::vector<std::string>& sources) {
+  if (sources.size() > 1) throw Failure(ExitStatus::kWrongUsage, "several sources do not fit into one file");
+}
+
+void RefuseFolderAsFile(const std::string& file) {
+  const bool isFolder = convert::EndsAsFolder(file) || platform::IsDirectory(platform::FromUtf8Path(file));
+  if (isFolder) throw Failure(ExitStatus::kWrongUsage, file + " is a folder; -o takes one, -b a file");
+}
+
+void MakeFolder(const std::string& folder) {
+  const std::string error = convert::MakeFolders(folder);
+  if (error.empty()) return;
+  throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error + ")");
+}
+
 void RefuseUnlessFile(const std::string& path) {
   const platform::SystemPath target = platform::FromUtf8Path(path);
   if (platform::IsDirectory(target) || platform::IsDevice(target))

@@ -20,6 +20,15 @@ std::string TargetPath(const ConvertRequest& request, source::Source& source, in
 /// Whether `path` already holds the converted `source`: a whole file, newer than the source.
 bool IsCurrent(const std::string& path, const ConvertRequest& request, source::Source& source, int sample);
 
+/// Throws a Failure unless there is one source at most, which a named file is for.
+void RequireOneSource(const std::vector<std::string>& sources);
+
+/// Throws a Failure when `file` is or looks like a folder.
+void RefuseFolderAsFile(const std::string& file);
+
+/// With its parents. Throws a Failure.
+void MakeFolder(const std::string& folder);
+
 /// Throws a Failure when `path` holds something that a file cannot replace.
 void RefuseUnlessFile(const std::string& path);
 

@@ -1,0 +1,192 @@
+// Chromatograms, traces and spectra.
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "source/sum_scans.h"
+#include "spectrum/centroiding.h"
+#include "tools/zrml/view/answers.h"
+#include "tools/zrml/view/average.h"
+#include "tools/zrml/view/peaks.h"
+#include "tools/zrml/view/thinning.h"
+
+namespace zrml::view {
+namespace {
+
+using source::Source;
+
+struct At {
+  int sample = 0;
+  int function = 0;
+};
+
+At AtOf(Source& source, const Question& question) {
+  const int sample = question.Position("sample", source.SampleCount());
+  return {sample, question.Position("function", static_cast<int>(source.Functions(sample).size()))};
+}
+
+// A chromatogram with a scan at each point.
+Curve ScanCurve(source::Chromatogram&& chromatogram) {
+  Curve curve = {std::move(chromatogram.minutes), std::move(chromatogram.intensities), {}};
+  curve.scans.resize(curve.x.size());
+  std::iota(curve.scans.begin(), curve.scans.end(), 0);
+  return curve;
+}
+
+// The points between two times; one more on either side, so that lines reach the edge.
+void CutTimes(Curve& curve, source::Range minutes) {
+  const auto begin = std::lower_bound(curve.x.begin(), curve.x.end(), minutes.low) - curve.x.begin();
+  const auto end = std::upper_bound(curve.x.begin(), curve.x.end(), minutes.high) - curve.x.begin();
+  const auto first = std::max<std::ptrdiff_t>(begin - 1, 0);
+  const auto last = std::min<std::ptrdiff_t>(end + 1, std::ssize(curve.x));
+  const auto cut = [&](auto& numbers) {
+    numbers.erase(numbers.begin() + last, numbers.end());
+    numbers.erase(numbers.begin(), numbers.begin() + first);
+  };
+  cut(curve.x);
+  cut(curve.y);
+  cut(curve.scans);
+}
+
+Answer CurveAnswer(const Question& question, Curve curve) {
+  Answer answer;
+  if (question.Has("from")) CutTimes(curve, {question.Number("from"), question.Number("to")});
+  const int limit = question.Has("limit") ? std::max(question.Position("limit"), 2) : kMostPoints;
+  answer.facts["points"] = curve.y.size();
+  answer.facts["isEmpty"] =
+      std::all_of(curve.y.begin(), curve.y.end(), [](double value) { return std::isnan(value); });
+  Thin(curve, static_cast<std::size_t>(limit), Keep::kBoth);
+  answer.curve = std::move(curve);
+  return answer;
+}
+
+source::Chromatogram ReadChromatogram(Source& source, const Question& question, const At& at,
+                                      const Work& work) {
+  const std::string kind = question.Word("kind");
+  if (kind == "tic") return source.TotalIons(at.sample, at.function);
+  const source::Cancel cancel =
+      work.Counting(static_cast<std::size_t>(source.ScanCount(at.sample, at.function)));
+  if (kind == "bpc") return source.BasePeaks(at.sample, at.function, cancel);
+  if (kind != "sum" && kind != "largest") throw WrongQuestion();
+  return source.MassRange(at.sample, at.function, {question.Number("low"), question.Number("high")},
+                          kind == "sum" ? source::Within::kSum : source::Within::kLargest, cancel);
+}
+
+Json PrecursorJson(Source& source, const At& at, int scan) {
+  const auto found = source.FindPrecursor(at.sample, at.function, scan);
+  return found ? Json{{"function", found->function}, {"scan", found->scan}} : Json();
+}
+
+// Scans of products that come from a scan: the next ones of each function, as far as they do.
+Json ProductsJson(Source& source, const At& at, int scan, double minutes) {
+  constexpr int kMost = 20;
+  Json products = Json::array();
+  const int functions = static_cast<int>(source.Functions(at.sample).size());
+  for (int function = 0; function < functions; ++function) {
+    if (source.Functions(at.sample)[static_cast<std::size_t>(function)].msLevel < 2) continue;
+    const std::vector<double> times = source.Minutes(at.sample, function);
+    auto next = static_cast<int>(std::lower_bound(times.begin(), times.end(), minutes) - times.begin());
+    for (int count = 0; next < static_cast<int>(times.size()) && count < kMost; ++next, ++count) {
+      const auto from = source.FindPrecursor(at.sample, function, next);
+      if (!from || from->function != at.function || from->scan != scan) break;
+      const source::Scan product = source.ScanAt(at.sample, function, next);
+      products.push_back({{"function", function},
+                          {"scan", next},
+                          {"precursorMz", product.precursorMz ? Json(*product.precursorMz) : Json()}});
+    }
+  }
+  return products;
+}
+
+void AddPointFacts(const Curve& curve, Json& facts) {
+  const auto base = std::max_element(curve.y.begin(), curve.y.end());
+  const bool hasPoints = base != curve.y.end();
+  facts["points"] = curve.y.size();
+  facts["total"] = std::accumulate(curve.y.begin(), curve.y.end(), 0.0);
+  facts["basePeakMz"] = hasPoints ? Json(curve.x[static_cast<std::size_t>(base - curve.y.begin())]) : Json();
+  facts["basePeak"] = hasPoints ? Json(*base) : Json();
+}
+
+// The curve as a spectrum, or its centroids when the question wants them.
+Answer SpectrumAnswer(const Question& question, Curve curve, bool isCentroided) {
+  Answer answer;
+  AddPointFacts(curve, answer.facts);
+  answer.facts["isCentroided"] = isCentroided;
+  answer.facts["areCentroids"] = isCentroided;
+  if (!isCentroided && question.Word("centroids") == "1") {
+    Curve centroids;
+    FindCentroids(curve.x, curve.y, {}, centroids.x, centroids.y);
+    curve = std::move(centroids);
+    answer.facts["areCentroids"] = true;
+  }
+  answer.curve = std::move(curve);
+  return answer;
+}
+
+}  // namespace
+
+Answer AnswerChromatogram(Source& source, const Question& question, const Work& work) {
+  return CurveAnswer(question, ScanCurve(ReadChromatogram(source, question, AtOf(source, question), work)));
+}
+
+Answer AnswerTrace(Source& source, const Question& question, const Work&) {
+  const int sample = question.Position("sample", source.SampleCount());
+  const int trace = question.Position("trace");
+  source::Chromatogram points = question.Has("function")
+                                    ? source.ReadFunctionTrace(sample, AtOf(source, question).function, trace)
+                                    : source.ReadTrace(sample, trace);
+  return CurveAnswer(question, {std::move(points.minutes), std::move(points.intensities), {}});
+}
+
+Answer AnswerPeaks(Source& source, const Question& question, const Work& work) {
+  constexpr std::size_t kMost = 6;
+  const At at = AtOf(source, question);
+  const int scans = source.ScanCount(at.sample, at.function);
+  const source::Chromatogram chromatogram =
+      source.BasePeaks(at.sample, at.function, work.Counting(static_cast<std::size_t>(scans)));
+  Answer answer;
+  answer.facts["peaks"] = Json::array();
+  for (const std::size_t scan : LargestPeaks(chromatogram.intensities, kMost)) {
+    answer.facts["peaks"].push_back({{"scan", scan},
+                                     {"minutes", chromatogram.minutes[scan]},
+                                     {"intensity", chromatogram.intensities[scan]}});
+  }
+  return answer;
+}
+
+Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
+  const At at = AtOf(source, question);
+  const int position = question.Position("scan", source.ScanCount(at.sample, at.function));
+  const source::Scan scan = source.ScanAt(at.sample, at.function, position);
+  Curve curve;
+  const source::PointsRead read = source.ReadPoints(at.sample, at.function, position, curve.x, curve.y);
+  Answer answer = SpectrumAnswer(question, std::move(curve), scan.isCentroided);
+  Json& facts = answer.facts;
+  facts["scan"] = position;
+  facts["minutes"] = scan.minutes;
+  facts["endMinutes"] = scan.endMinutes;
+  facts["lost"] = read.lost;
+  facts["process"] = source.ScanProcess(at.sample, at.function, position);
+  facts["precursorMz"] = scan.precursorMz ? Json(*scan.precursorMz) : Json();
+  facts["isPrecursorOfMethod"] = scan.isPrecursorOfMethod;
+  facts["scanValue"] = scan.scanValue ? Json(*scan.scanValue) : Json();
+  facts["precursor"] = PrecursorJson(source, at, position);
+  facts["products"] = ProductsJson(source, at, position, scan.minutes);
+  return answer;
+}
+
+Answer AnswerAverage(Source& source, const Question& question, const Work& work) {
+  const At at = AtOf(source, question);
+  const source::Range front = {question.Number("from"), question.Number("to")};
+  std::optional<source::Range> background;
+  if (question.Has("backFrom")) background = {question.Number("backFrom"), question.Number("backTo")};
+  Average average = AverageScans(source, at.sample, at.function, front, background, work);
+  const bool isCentroided = source.ScanAt(at.sample, at.function, average.first).isCentroided;
+  Answer answer = SpectrumAnswer(question, std::move(average.curve), isCentroided);
+  answer.facts["first"] = average.first;
+  answer.facts["scans"] = average.scans;
+  answer.facts["backgroundScans"] = average.backgroundScans;
+  return answer;
+}
+
+}  // namespace zrml::view

@@ -1,0 +1,172 @@
+// The page: loads the runs, makes the panels of the sample that is shown, and passes on what changes.
+import { el, button, replace } from './dom.js';
+import { AbsorbancePanel } from './absorbance.js';
+import { Chromatograms } from './chromatograms.js';
+import { functionPanel, header, samplePanel, showFindings } from './contents.js';
+import { MapPanel } from './maps.js';
+import { SpectrumPanel } from './spectrum.js';
+import { TracePanel } from './traces.js';
+import { runColours } from './look.js';
+import { ask, countRuns, isLive } from './store.js';
+import { onState, setState, startState, state } from './state.js';
+
+/** @typedef {import('./contents.js').Run} Run */
+/** @typedef {import('./contents.js').Sample} Sample */
+
+class Page {
+  constructor() {
+    this.root = /** @type {HTMLElement} */ (document.getElementById('page'));
+    /** @type {({run: Run|null, error: string})[]} */
+    this.runs = [];
+  }
+
+  async start() {
+    startState();
+    onState((_state, before) => this.update(before));
+    try {
+      const count = await countRuns();
+      this.runs = await Promise.all(Array.from({ length: count }, (_each, i) => this.#open(i)));
+      await this.#build();
+    } catch (error) {
+      this.#fail(error);
+    }
+  }
+
+  /** @param {unknown} error */
+  #fail(error) {
+    replace(this.root, el('p', { class: 'fatal', role: 'alert' }, error instanceof Error ? error.message : String(error)));
+  }
+
+  // One that cannot be opened does not keep the others from being shown.
+  /** @param {number} index */
+  async #open(index) {
+    try {
+      return { run: /** @type {Run} */ ((await ask('run', {}, { run: index })).facts), error: '' };
+    } catch (error) {
+      if (this.runs.length === 1) throw error;
+      return { run: null, error: error instanceof Error ? error.message : String(error) };
+    }
+  }
+
+  async #build() {
+    const main = state.runs.find((index) => this.runs[index]?.run) ?? this.runs.findIndex((each) => each.run);
+    const shown = this.runs[main];
+    if (!shown?.run) throw new Error(this.runs[0]?.error || 'There is nothing to show.');
+    const run = shown.run;
+    this.main = main;
+    document.title = run.name;
+    const answer = await ask('sample', { sample: state.sample }, { run: main }).catch((error) => {
+      this.#head(run, null);
+      throw error;
+    });
+    const sample = /** @type {Sample} */ (answer.facts);
+    this.#head(run, sample);
+    this.#panels(run, sample);
+    await this.#load();
+  }
+
+  /** @param {Run} run @param {Sample|null} sample */
+  #head(run, sample) {
+    const findings = el('div', {});
+    this.grid = el('main', { class: 'panels' });
+    replace(this.root, header(run, sample), this.#runList(), findings, this.grid);
+    showFindings(findings, this.main || 0);
+  }
+
+  #runList() {
+    if (this.runs.length < 2) return null;
+    return el('div', { class: 'runs', role: 'group', 'aria-label': 'Runs' }, ...this.runs.map(({ run, error }, i) => {
+      const isShown = state.runs.includes(i);
+      const item = button(run ? run.name : error, () => {
+        const others = state.runs.filter((each) => each !== i);
+        const runs = isShown ? others : [...state.runs, i];
+        if (runs.length) setState({ runs });
+      }, { class: 'run', 'aria-pressed': String(isShown), disabled: !run, title: run?.path });
+      const key = el('span', { class: 'key' });
+      key.style.setProperty('--key', `var(--${runColours[i % runColours.length]})`);
+      item.prepend(key);
+      return item;
+    }));
+  }
+
+  /** @param {Run} run @param {Sample} sample */
+  #panels(run, sample) {
+    this.sample = sample;
+    this.spectrum = new SpectrumPanel(sample);
+    this.chromatograms = new Chromatograms(sample, {
+      onStep: (by) => this.spectrum?.step(by),
+      onPeaks: (row) => this.#takePeaks(row.f, row.peaks || []),
+    });
+    this.map = new MapPanel(sample, (f, minutes) => this.chromatograms?.rows.find((row) => row.f === f)?.select(minutes));
+    this.absorbance = sample.absorbance ? new AbsorbancePanel() : null;
+    this.traces = new TracePanel(sample);
+    const hasScans = sample.functions.some((f) => f.scans > 0);
+    const contents = [run.samples.length > 1 && samplePanel(run).root, functionPanel(sample).root];
+    const charts = [hasScans && this.chromatograms.panel.root, this.map.isNeeded() && this.map.panel.root];
+    const spectra = [hasScans && this.spectrum.panel.root, this.absorbance && this.absorbance.panel.root];
+    const traces = this.traces.isNeeded() && this.traces.panel.root;
+    arrange(/** @type {HTMLElement} */ (this.grid), {
+      1: [[...contents, charts[0], spectra[0], charts[1], spectra[1], traces]],
+      2: [[...contents, ...charts], [...spectra, traces]],
+      3: [[...contents, traces], charts, spectra],
+    });
+  }
+
+  // The first thing that is seen is the spectrum of the largest peak.
+  /** @param {import('./contents.js').ScanFunction} f @param {any[]} peaks */
+  #takePeaks(f, peaks) {
+    this.spectrum?.setPeaks(f, peaks);
+    const first = this.sample?.functions.find((each) => each.scans > 0);
+    if (f === first && peaks.length && state.function === null) setState({ function: f.position, scan: peaks[0].scan }, false);
+  }
+
+  async #load() {
+    const runs = await Promise.all(state.runs.filter((i) => this.runs[i]?.run).map(async (index) => {
+      const run = /** @type {Run} */ (this.runs[index].run);
+      if (index === this.main) return { index, name: run.name, sample: /** @type {Sample} */ (this.sample) };
+      const answer = await ask('sample', { sample: state.sample }, { run: index }).catch(() => null);
+      return { index, name: run.name, sample: answer ? /** @type {Sample} */ (answer.facts) : null };
+    }));
+    const charts = this.chromatograms?.load(runs);
+    this.spectrum?.load();
+    this.absorbance?.load();
+    this.traces?.load();
+    if (this.map?.isNeeded()) this.map.load();
+    await charts;
+  }
+
+  /** @param {import('./state.js').State} before */
+  update(before) {
+    if (before.sample !== state.sample || JSON.stringify(before.runs) !== JSON.stringify(state.runs)) {
+      this.#build().catch((error) => this.#fail(error));
+      return;
+    }
+    this.chromatograms?.update(before);
+    this.spectrum?.update(before);
+    this.absorbance?.update(before);
+    const row = this.chromatograms?.rows.find((each) => each.f.position === state.function);
+    this.map?.mark(state.average ? null : row?.timeOf(state.scan) ?? null);
+  }
+}
+
+const wide = matchMedia('(min-width: 1700px)');
+const widest = matchMedia('(min-width: 2500px)');
+let arrangeAgain = () => {};
+for (const width of [wide, widest]) width.addEventListener('change', () => arrangeAgain());
+
+/**
+ * Puts panels into as many columns as there is room for.
+ * @param {HTMLElement} grid
+ * @param {Record<number, (HTMLElement|null|false)[][]>} columns  by their number
+ */
+function arrange(grid, columns) {
+  arrangeAgain = () => {
+    const chosen = columns[widest.matches ? 3 : wide.matches ? 2 : 1];
+    replace(grid, ...chosen.map((panels) => el('div', { class: 'column' }, ...panels)));
+  };
+  arrangeAgain();
+}
+
+const page = new Page();
+page.start();
+if (isLive) document.documentElement.classList.add('live');
