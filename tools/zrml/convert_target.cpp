@@ -45,12 +45,6 @@ void RefuseFolderAsFile(const std::string& file) {
   if (isFolder) throw Failure(ExitStatus::kWrongUsage, file + " is a folder; -o takes one, -b a file");
 }
 
-void MakeFolder(const std::string& folder) {
-  const std::string error = convert::MakeFolders(folder);
-  if (error.empty()) return;
-  throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error + ")");
-}
-
 void RefuseUnlessFile(const std::string& path) {
   const platform::SystemPath target = platform::FromUtf8Path(path);
   if (platform::IsDirectory(target) || platform::IsDevice(target))

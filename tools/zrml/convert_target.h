@@ -39,9 +39,6 @@ std::unique_ptr<convert::ByteSink> MakeTargetFile(const std::string& path, bool 
 /// files may be replaced.
 void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources);
 
-/// With its parents. Throws a Failure.
-void MakeFolder(const std::string& folder);
-
 /// The files that a command has made.
 class MadeFiles {
  public:

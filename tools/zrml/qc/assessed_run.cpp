@@ -10,6 +10,7 @@
 #include "convert/ordered_pieces.h"
 #include "convert/source_files.h"
 #include "qc/statistics.h"
+#include "tools/zrml/format.h"
 #include "tools/zrml/interruption.h"
 #include "tools/zrml/open_source.h"
 #include "tools/zrml/progress_bar.h"
