@@ -177,7 +177,7 @@ void AskPoints(Source& source, const Place& at, Answer& answer) {
   std::vector<double> intensities(room);
   const source::PointsRead read =
       source.ReadPoints(at.sample, at.function, at.scan, std::span(mz), std::span(intensities));
-  Check(read.count + read.lost <= room, "no more points than the scan declares");
+  Check(read.count <= room, "no more points than there is room for");
   if (read.count > 0) CheckNoRoom(source, at, read.count);
   mz.resize(read.count);
   intensities.resize(read.count);

@@ -1,4 +1,5 @@
 // Paths that lead nowhere, sources that are damaged or shrink while they are open, and what is said of them.
+#include <cmath>
 #include <filesystem>
 
 #include "tests/library/opened.h"
@@ -145,6 +146,21 @@ TEST_F(LibraryDamage, ScanThatFailsAmongOthersEndsThem) {
             ZRML_UNREADABLE);
   EXPECT_EQ(count, 7);
   EXPECT_STREQ(zrml_message(raw.Get()), "_FUNC001.DAT has become shorter since it was opened");
+}
+
+// Intensities are in percent of the base peak.
+TEST_F(LibraryDamage, NumbersWithDecimalCommasAreAbsent) {
+  const ReportLines commas =
+      SpectrumBlock(Keys({{"Time", "0,5"}, {"BPI", "1,500"}, {"TIC", "2,5"}}), {{100, 50}});
+  const ReportLines points = SpectrumBlock(Keys({{"Time", "1"}, {"BPI", "200"}}), {{100, 50}});
+  folder_.WriteText("commas.rpt", ReportText(SampleBlock(FunctionBlock(commas + points))));
+  const Opened report(PathOf(folder_, "commas.rpt"));
+  const auto scan = Get<zrml_scan>(zrml_get_scan, report.Get(), 0, 0, 0);
+  EXPECT_TRUE(std::isnan(scan.minutes));
+  EXPECT_TRUE(std::isnan(scan.base_peak_intensity));
+  EXPECT_TRUE(std::isnan(scan.total_intensity));
+  EXPECT_EQ(PointsOf(report.Get(), 0, 0, 0), (Arrays{{}, {}, 1}));
+  EXPECT_EQ(PointsOf(report.Get(), 0, 0, 1), (Arrays{{100}, {100}}));
 }
 
 TEST_F(LibraryDamage, ReportThatShrinksIsUnreadable) {
