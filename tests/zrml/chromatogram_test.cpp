@@ -95,6 +95,29 @@ time	intensity
   ExpectOutput(RunChromatogram("1", {"--tic"}), expected);
 }
 
+// What is printed can be asked for, as in zrml scans.
+TEST_F(ChromatogramTest, TimesChoose) {
+  const auto points = [&](const std::vector<std::string>& more) {
+    return json::parse(RunChromatogram("1", more).output)["times"];
+  };
+  EXPECT_EQ(points({"--rt", "1-1.25", "--json"}), json::parse("[1]"));
+  EXPECT_EQ(points({"--rt", "1-", "--bpc", "--json"}), json::parse("[1, 1.5]"));
+  EXPECT_EQ(points({"--rt", "2-", "--range", "1-2", "--json"}), json::parse("[]"));
+  ExpectFailure(Run({"chromatogram", path_, "--trace", "1", "--rt", "1-2"}), 2,
+                "--rt excludes --trace (see zrml chromatogram --help)");
+}
+
+TEST_F(ChromatogramTest, SeveralSourcesFollowOneAnother) {
+  const std::string other = Make("other.raw");
+  const std::string first = RunChromatogram("1").output;
+  const std::string second = Run({"chromatogram", other, "--function", "1"}).output;
+  ExpectOutput(Run({"chromatogram", path_, other, "--function", "1"}), first + "\n" + second);
+  const json list = json::parse(Run({"chromatogram", path_, other, "--json"}).output);
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[1]["source"], other);
+  EXPECT_EQ(list[1]["functions"], "1,3,4,6");
+}
+
 TEST_F(ChromatogramTest, BasePeak) {
   ExpectOutput(RunChromatogram("1", {"--bpc"}), Survey(R"(# type: base peak
 # points: 3
