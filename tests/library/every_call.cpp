@@ -104,6 +104,7 @@ class Asker {
                                 &count, nullptr))) {
       Add(mz);
       Add(intensities);
+      AskCentroids(mz, intensities, count);
     }
     int read = 0;
     if (IsDone(zrml_read_points_of_scans(source_, sample, function, scan, 1, mz.data(), intensities.data(),
@@ -114,6 +115,18 @@ class Asker {
     int precursor[2] = {0, 0};
     if (IsDone(zrml_find_precursor(source_, sample, function, scan, precursor, precursor + 1)))
       Add(std::to_string(precursor[0]) + " " + std::to_string(precursor[1]));
+  }
+
+  void AskCentroids(const std::vector<double>& mz, const std::vector<double>& intensities,
+                    std::size_t points) {
+    std::vector<double> places(points);
+    std::vector<double> heights(points);
+    std::size_t count = 0;
+    if (IsDone(zrml_find_centroids(mz.data(), intensities.data(), points, nullptr, places.data(),
+                                   heights.data(), points, &count))) {
+      Add(places);
+      Add(heights);
+    }
   }
 
   void AskSeries(int sample, int function, std::size_t scans) {

@@ -33,7 +33,7 @@ class Recipes(unittest.TestCase):
 
     def test_all(self):
         recipes = RECIPE.findall(PAGE)
-        self.assertEqual(len(recipes), 5)
+        self.assertEqual(len(recipes), 6)
         self.assertEqual(PAGE.count("```python"), len(recipes))
         for name, code, printed in recipes:
             with self.subTest(name):
