@@ -13,9 +13,7 @@ class ConvertPointsTest : public ZrmlTest {
   // peaks.
   static RawDirectoryBuilder Profiles() {
     const auto profile = [](float minutes, const std::vector<WantedPoint>& points) {
-      ScanFiles scan = ScanFrom<StoredPoint9>(minutes, points);
-      scan.index.centroidState = CentroidState::kProfile;
-      return scan;
+      return SmallScan(minutes, CentroidState::kProfile, points);
     };
     RawDirectoryBuilder raw = SmallAcquisition();
     raw.functions[0].scans = {profile(0.5F, {{100, 10}, {100.25, 20}, {100.5, 10}}), profile(1, {})};

@@ -1,6 +1,8 @@
 // A raw directory small enough to know by heart; what the commands print for it is worked out by hand.
 #pragma once
 
+#include <vector>
+
 #include "tests/support/raw_directory_builder.h"
 
 namespace zrml::test {
@@ -15,5 +17,10 @@ namespace zrml::test {
 /// Process 1 smoothed function 1: 0.5 min: (100, 11)
 /// Traces: "Pressure" (0.5, 5), (1, 2), and "UV\x1B[31m 254" (0.5, 6), (1, 0)
 RawDirectoryBuilder SmallAcquisition();
+
+/// What it is made of: scans whose masses and intensities survive packing, and functions of a quarter of a
+/// minute a scan.
+ScanFiles SmallScan(float minutes, CentroidState state, const std::vector<WantedPoint>& points);
+FunctionFiles SmallFunction(unsigned type, unsigned ionMode, const std::vector<ScanFiles>& scans);
 
 }  // namespace zrml::test

@@ -1,7 +1,6 @@
 // Sums of scans, several scans, centroids and filters, of raw directories and of reports.
 #include <nlohmann/json.hpp>
 
-#include "masslynx/scandata/scan_statistics_format.h"
 #include "tests/zrml/zrml_run.h"
 
 namespace zrml::test {
@@ -10,21 +9,6 @@ namespace {
 using nlohmann::json;
 
 constexpr float kNear = 400 + 1.0F / 512;  // 4.9 parts per million above 400
-
-ScanFiles ScanOf(float minutes, CentroidState state, const std::vector<WantedPoint>& points) {
-  ScanFiles scan = ScanFrom<StoredPoint9>(minutes, points);
-  scan.index.centroidState = state;
-  return scan;
-}
-
-FunctionFiles FunctionOf(unsigned type, unsigned ionMode, const std::vector<ScanFiles>& scans) {
-  FunctionFiles function;
-  function.record.type = type;
-  function.record.ionMode = ionMode;
-  function.record.scanTime = 15;
-  function.scans = scans;
-  return function;
-}
 
 // Function 1 has profiles, an empty scan, a scan of peaks and a profile of two points; function 2 has peaks;
 // function 3 is of absorbance.
@@ -37,16 +21,17 @@ RawDirectoryBuilder Acquisition() {
   const auto peaks = CentroidState::kCentroid;
   RawDirectoryBuilder raw;
   raw.functions = {
-      FunctionOf(kTofMs, kPositive,
-                 {ScanOf(0.5F, profile, {{100, 10}, {100.25, 20}, {100.5, 10}}),
-                  ScanOf(1, profile, {{100, 2}, {100.25, 4}, {100.5, 3}}), ScanOf(1.5F, profile, {}),
-                  ScanOf(2, peaks, {{100.25, 100}}), ScanOf(2.5F, profile, {{100, 7}, {100.25, 7}}),
-                  ScanOf(3, profile, {{100, 2}, {100.25, 2}, {100.5, 2}})}),
-      FunctionOf(kTofMs, kNegative,
-                 {ScanOf(0.5F, peaks, {{400, 3}, {500, 8}}), ScanOf(1, peaks, {{kNear, 1}, {600, 2}})}),
-      FunctionOf(kAbsorbance, kPositive,
-                 {ScanOf(0.5F, peaks, {{210, 4}, {211, 8}}), ScanOf(1, peaks, {{210, 2}, {211, 2}}),
-                  ScanOf(1.5F, peaks, {{210, 6}})}),
+      SmallFunction(kTofMs, kPositive,
+                    {SmallScan(0.5F, profile, {{100, 10}, {100.25, 20}, {100.5, 10}}),
+                     SmallScan(1, profile, {{100, 2}, {100.25, 4}, {100.5, 3}}), SmallScan(1.5F, profile, {}),
+                     SmallScan(2, peaks, {{100.25, 100}}), SmallScan(2.5F, profile, {{100, 7}, {100.25, 7}}),
+                     SmallScan(3, profile, {{100, 2}, {100.25, 2}, {100.5, 2}})}),
+      SmallFunction(
+          kTofMs, kNegative,
+          {SmallScan(0.5F, peaks, {{400, 3}, {500, 8}}), SmallScan(1, peaks, {{kNear, 1}, {600, 2}})}),
+      SmallFunction(kAbsorbance, kPositive,
+                    {SmallScan(0.5F, peaks, {{210, 4}, {211, 8}}), SmallScan(1, peaks, {{210, 2}, {211, 2}}),
+                     SmallScan(1.5F, peaks, {{210, 6}})}),
   };
   return raw;
 }
