@@ -17,6 +17,10 @@ constexpr double kLn2High = 0x1.62e42fee00000p-1;
 constexpr double kLn2Low = 0x1.a39ef35793c76p-33;
 constexpr double kSqrtHalf = 0x1.6a09e667f3bcdp-1;
 
+// Of the series of 2 atanh, without its first.
+constexpr double kParts[] = {2.0 / 23, 2.0 / 21, 2.0 / 19, 2.0 / 17, 2.0 / 15, 2.0 / 13,
+                             2.0 / 11, 2.0 / 9,  2.0 / 7,  2.0 / 5,  2.0 / 3};
+
 constexpr int kMantissaBits = 52;
 constexpr int kExponentBias = 1023;
 
@@ -55,7 +59,7 @@ double PortableLog(double x) {
   const double s = f / (2 + f);
   const double z = s * s;
   double rest = 0;
-  for (int k = 23; k >= 3; k -= 2) rest = z * (rest + 2.0 / k);
+  for (const double part : kParts) rest = z * (rest + part);
   const double half = 0.5 * f * f;
   const double e = exponent;
   return e * kLn2High - ((half - (s * (half + rest) + e * kLn2Low)) - f);
