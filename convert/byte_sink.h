@@ -47,12 +47,14 @@ class BufferedSink : public ByteSink {
 /// Compresses for another sink: one gzip stream per piece; together they are a gzip file.
 class GzipSink : public BufferedSink {
  public:
-  explicit GzipSink(ByteSink& next) : BufferedSink(next, SIZE_MAX) {}  // short pieces compress worse
+  explicit GzipSink(ByteSink& next, int level = Deflater::kDefaultLevel)
+      : BufferedSink(next, SIZE_MAX),
+        deflater_(Deflater::Wrapper::kGzip, level) {}  // short pieces compress worse
 
  private:
   void Pass(std::string_view piece) override;
 
-  Deflater deflater_{Deflater::Wrapper::kGzip};
+  Deflater deflater_;
 };
 
 }  // namespace zrml::convert

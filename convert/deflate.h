@@ -15,8 +15,12 @@ class Deflater {
  public:
   enum class Wrapper { kZlib, kGzip };
 
+  /// 1 is the fastest, 9 the smallest. docs/convert.md has what each takes.
+  static constexpr int kDefaultLevel = 4;
+  static constexpr int kMostLevel = 9;
+
   /// Throws std::bad_alloc.
-  explicit Deflater(Wrapper wrapper);
+  explicit Deflater(Wrapper wrapper, int level = kDefaultLevel);
   Deflater(const Deflater&) = delete;
   Deflater& operator=(const Deflater&) = delete;
   ~Deflater();

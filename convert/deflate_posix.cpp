@@ -4,15 +4,8 @@
 #include "convert/deflate.h"
 
 namespace zrml::convert {
-namespace {
-
-// The usual balance; higher levels save one or two per cent for twice the time.
-constexpr int kLevel = 6;
-
-}  // namespace
-
 struct Deflater::State {
-  explicit State(Wrapper kind) : wrapper(kind), compressor(libdeflate_alloc_compressor(kLevel)) {
+  State(Wrapper kind, int level) : wrapper(kind), compressor(libdeflate_alloc_compressor(level)) {
     if (compressor == nullptr) throw std::bad_alloc();
   }
   State(const State&) = delete;
@@ -23,7 +16,7 @@ struct Deflater::State {
   libdeflate_compressor* compressor;
 };
 
-Deflater::Deflater(Wrapper wrapper) : state_(std::make_unique<State>(wrapper)) {}
+Deflater::Deflater(Wrapper wrapper, int level) : state_(std::make_unique<State>(wrapper, level)) {}
 Deflater::~Deflater() = default;
 
 std::span<const std::byte> Deflater::Compress(std::span<const std::byte> bytes) {

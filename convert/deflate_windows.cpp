@@ -20,10 +20,9 @@ uInt Piece(std::size_t size) {
 }  // namespace
 
 struct Deflater::State {
-  explicit State(Wrapper wrapper) {
+  State(Wrapper wrapper, int level) {
     const int bits = wrapper == Wrapper::kZlib ? kWindowBits : kWindowBits + kGzip;
-    if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, bits, kMemoryLevel, Z_DEFAULT_STRATEGY) !=
-        Z_OK) {
+    if (deflateInit2(&stream, level, Z_DEFLATED, bits, kMemoryLevel, Z_DEFAULT_STRATEGY) != Z_OK) {
       throw std::bad_alloc();
     }
   }
@@ -34,7 +33,7 @@ struct Deflater::State {
   z_stream stream{};
 };
 
-Deflater::Deflater(Wrapper wrapper) : state_(std::make_unique<State>(wrapper)) {}
+Deflater::Deflater(Wrapper wrapper, int level) : state_(std::make_unique<State>(wrapper, level)) {}
 Deflater::~Deflater() = default;
 
 std::span<const std::byte> Deflater::Compress(std::span<const std::byte> bytes) {

@@ -13,10 +13,6 @@ static_assert(std::endian::native == std::endian::little, "arrays go out as they
 
 }  // namespace
 
-ArrayWriter::ArrayWriter(bool isCompressed) {
-  if (isCompressed) deflater_.emplace(Deflater::Wrapper::kZlib);
-}
-
 void ArrayWriter::Append(std::string& out, const ArrayKind& kind, std::span<const double> values) {
   const bool isExact = kind.precision != Precision::kDouble && RoundToSingle(values, singles_);
   const bool isSingle = isExact || kind.precision == Precision::kSingle;

@@ -21,6 +21,12 @@ struct ArrayOptions {
   Precision intensities = Precision::kExact;
   Precision times = Precision::kExact;
   bool isCompressed = true;
+  int level = Deflater::kDefaultLevel;  // of compression
+
+  /// What compresses, or nothing.
+  std::optional<Deflater> MakeDeflater(Deflater::Wrapper wrapper) const {
+    return isCompressed ? std::optional<Deflater>(std::in_place, wrapper, level) : std::nullopt;
+  }
 };
 
 struct ArrayKind {
@@ -33,7 +39,8 @@ struct ArrayKind {
 /// Writes arrays with buffers of its own. Used by one thread at a time.
 class ArrayWriter {
  public:
-  explicit ArrayWriter(bool isCompressed);
+  explicit ArrayWriter(const ArrayOptions& options)
+      : deflater_(options.MakeDeflater(Deflater::Wrapper::kZlib)) {}
 
   /// A binaryDataArray. An empty one is marked as not compressed: readers differ on compressed empty
   /// arrays.

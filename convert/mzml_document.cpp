@@ -227,7 +227,7 @@ class MzmlDocument : public Document {
     AppendAttribute(text, "count", ChromatogramCount());
     text += " defaultDataProcessingRef=\"conversion\">\n";
     Emit(text);
-    ArrayWriter arrays(context_.arrays.isCompressed);
+    ArrayWriter arrays(context_.arrays);
     EmitAll(totals_, arrays);
     for (std::int32_t i = 0; i < static_cast<std::int32_t>(plan_.functions.size()); ++i) {
       if (plan_.functions[static_cast<std::size_t>(i)].channels.empty()) continue;

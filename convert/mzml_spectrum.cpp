@@ -120,7 +120,7 @@ void AppendSummary(std::string& out, const Spectrum& spectrum) {
 class MzmlRenderer : public Renderer {
  public:
   MzmlRenderer(source::Source& source, const RunPlan& plan, Losses& losses, const ArrayOptions& options)
-      : reader_(source, plan, losses), options_(options), arrays_(options.isCompressed) {}
+      : reader_(source, plan, losses), options_(options), arrays_(options) {}
 
   void Render(std::size_t index, std::string& text) override {
     const RunEntry& entry = reader_.Plan().entries[index];

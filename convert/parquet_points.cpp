@@ -101,9 +101,8 @@ Value TakeValue(std::string_view& text) {
 // Makes pages of numbers for one worker.
 class PageMaker {
  public:
-  explicit PageMaker(bool isCompressed) {
-    if (isCompressed) deflater_.emplace(Deflater::Wrapper::kGzip);
-  }
+  explicit PageMaker(const ArrayOptions& options)
+      : deflater_(options.MakeDeflater(Deflater::Wrapper::kGzip)) {}
 
   void Append(const Column& column, std::span<const double> values, std::string& text) {
     body_ = column.isOptional ? FrontOfAll(values.size()) : std::string();
@@ -155,11 +154,8 @@ class PageMaker {
 class ParquetRenderer : public Renderer {
  public:
   ParquetRenderer(source::Source& source, const RunPlan& plan, const ParquetPlan& parquet, Losses& losses,
-                  bool isCompressed)
-      : reader_(source, plan, losses),
-        parquet_(parquet),
-        columns_(ColumnsOf(parquet)),
-        pages_(isCompressed) {}
+                  const ArrayOptions& arrays)
+      : reader_(source, plan, losses), parquet_(parquet), columns_(ColumnsOf(parquet)), pages_(arrays) {}
 
   void Render(std::size_t batch, std::string& text) override {
     const std::size_t begin = parquet_.BeginOf(batch);
@@ -201,15 +197,14 @@ class ParquetRenderer : public Renderer {
 
 class ParquetDocument : public Document {
  public:
-  ParquetDocument(const RunPlan& plan, const ParquetPlan& parquet, bool isCompressed, ByteSink& out)
+  ParquetDocument(const RunPlan& plan, const ParquetPlan& parquet, const ArrayOptions& arrays, ByteSink& out)
       : plan_(plan),
         parquet_(parquet),
         columns_(ColumnsOf(parquet)),
         repeated_(columns_.begin(), columns_.end()),
         points_(columns_.size()),
-        file_(columns_, out) {
-    if (isCompressed) deflater_.emplace(Deflater::Wrapper::kGzip);
-  }
+        file_(columns_, out),
+        deflater_(arrays.MakeDeflater(Deflater::Wrapper::kGzip)) {}
 
   void Begin() override { file_.Begin(); }
 
@@ -318,12 +313,12 @@ class ParquetDocument : public Document {
 std::unique_ptr<Renderer> MakeParquetRenderer(source::Source& source, const RunPlan& plan,
                                               const ParquetPlan& parquet, Losses& losses,
                                               const ArrayOptions& arrays) {
-  return std::make_unique<ParquetRenderer>(source, plan, parquet, losses, arrays.isCompressed);
+  return std::make_unique<ParquetRenderer>(source, plan, parquet, losses, arrays);
 }
 
 std::unique_ptr<Document> MakeParquetDocument(const RunPlan& plan, const ParquetPlan& parquet,
                                               const ArrayOptions& arrays, ByteSink& out) {
-  return std::make_unique<ParquetDocument>(plan, parquet, arrays.isCompressed, out);
+  return std::make_unique<ParquetDocument>(plan, parquet, arrays, out);
 }
 
 }  // namespace zrml::convert

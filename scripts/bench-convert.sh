@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
-# bench-convert.sh [PATH]: how fast conversion to mzML is, as ratios of times measured in one run.
+# bench-convert.sh [PATH]: how fast conversion is, as ratios of times measured in one run.
 #
-#   encoding: arrays written uncompressed, against a plain Base64 encoding of the same arrays by coreutils
-#   threads:  arrays compressed, two threads against one
+#   encoding:   arrays of mzML written uncompressed, against a plain Base64 encoding of the same arrays by coreutils
+#   compressed: arrays of mzML compressed, against the compressor alone on the same arrays; two threads against one
+#   parquet:    a table, against the compressor alone on the same columns of m/z and intensity; two threads against one
+#   levels:     processor time and size of each level of compression
 #
-# Without PATH a long run is made from the scans of the sample. Times are the best of nine, elapsed and of the processors;
+# Without PATH a long run is made from the scans of the sample. Times are the best of nine (of three for the levels), elapsed and of the processors;
 # elapsed time means nothing on a busy machine.
 path=${1:+$(realpath -- "$1")}
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" python3
-build linux zrml zrml_provider zrml_sample zrml_bench_source
+build linux zrml zrml_provider zrml_sample zrml_bench_source zrml_deflate_blocks
 zrml=build/linux/zrml
 work=build/bench
 mkdir -p "$work"
@@ -24,7 +26,7 @@ best() {
   /usr/bin/python3 - "$@" <<'PYTHON'
 import os, subprocess, sys, time
 clock, processors = [], []
-for _ in range(9):
+for _ in range(int(os.environ.get('RUNS', 9))):
     began, used = time.perf_counter(), os.times()
     subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL, check=True)
     now = os.times()
@@ -69,9 +71,60 @@ encoding() {
 echo "$(nproc) processors, load $(cut -d' ' -f1 /proc/loadavg)"
 encoding 'uncompressed, as small as exact'
 encoding 'uncompressed, 64 bits' --64 mz,intensity,time
-read -r one one_cpu < <(best "$zrml" convert "$path" --stdout --threads 1)
-read -r two two_cpu < <(best "$zrml" convert "$path" --stdout --threads 2)
-echo 'compressed'
-show '  conversion, 1 thread' "$one" "$one_cpu"
-show '  conversion, 2 threads' "$two" "$two_cpu"
-ratio '  2 threads against 1' "$one" "$two"
+
+# blocks ROWS: the arrays into $work/blocks: each alone for 0, else m/z and intensities of so many rows and 32 bits.
+blocks() {
+  local bits=()
+  [ "$1" = 0 ] || bits=(--32 mz,intensity)
+  "$zrml" convert "$path" --stdout --no-zlib "${bits[@]}" | /usr/bin/python3 -c '
+import base64, re, struct, sys
+size = int(sys.argv[2]) * 4
+columns = [bytearray(), bytearray()]
+with open(sys.argv[1], "wb") as out:
+    def write(block):
+        out.write(struct.pack("<I", len(block)) + block)
+    at = 0
+    for line in sys.stdin.buffer:
+        found = re.match(rb"<binary>(.*)</binary>", line)
+        if not found:
+            continue
+        if size == 0:
+            write(base64.b64decode(found[1]))
+            continue
+        columns[at] += base64.b64decode(found[1])
+        if len(columns[at]) >= size:
+            write(columns[at])
+            columns[at].clear()
+        at = 1 - at
+    for rest in columns:
+        write(rest)
+' "$work/blocks" "$1"
+}
+
+# compressed NAME WRAPPER ROWS FORMAT
+compressed() {
+  local alone alone_cpu one one_cpu two two_cpu
+  blocks "$3"
+  read -r alone alone_cpu < <(best build/linux/zrml-deflate-blocks "$2" "$work/blocks")
+  read -r one one_cpu < <(best "$zrml" convert "$path" --stdout --format "$4" --threads 1)
+  read -r two two_cpu < <(best "$zrml" convert "$path" --stdout --format "$4" --threads 2)
+  echo "$1"
+  show '  compressor alone' "$alone" "$alone_cpu"
+  show '  conversion, 1 thread' "$one" "$one_cpu"
+  show '  conversion, 2 threads' "$two" "$two_cpu"
+  ratio '  rate of the compressor, 1 thread' "$alone" "$one"
+  ratio '  the same of processor time' "$alone_cpu" "$one_cpu"
+  ratio '  2 threads against 1' "$one" "$two"
+}
+compressed 'compressed mzML' zlib 0 mzml
+compressed Parquet gzip 65536 parquet
+
+echo 'levels of compression, 1 thread'
+for format in mzml parquet; do
+  for level in 1 2 3 4 5 6 7 8 9; do
+    options=(--stdout --format "$format" --threads 1 --compression-level "$level")
+    read -r _ cpu < <(RUNS=3 best "$zrml" convert "$path" "${options[@]}")
+    printf '  %-8s %d %6.2f s of processors, %6.1f MB\n' "$format" "$level" "$cpu" \
+      "$("$zrml" convert "$path" "${options[@]}" | wc -c | awk '{ print $1 / 1e6 }')"
+  done
+done

@@ -272,7 +272,7 @@ TEST(SelectionTest, TimeRanges) {
 
 std::string ArrayOf(Precision precision, const std::vector<double>& values) {
   std::string out;
-  ArrayWriter(false).Append(out, {cv::kMzArray, &cv::kMzUnit, precision}, values);
+  ArrayWriter({.isCompressed = false}).Append(out, {cv::kMzArray, &cv::kMzUnit, precision}, values);
   return out;
 }
 
@@ -330,7 +330,7 @@ TEST(ArrayTest, OneSuchNumberCountsAtAnyPlace) {
 
 TEST(ArrayTest, ArrayWithoutNumbersIsNotCompressed) {
   std::string out;
-  ArrayWriter(true).Append(out, {cv::kMzArray, &cv::kMzUnit, Precision::kExact}, {});
+  ArrayWriter({}).Append(out, {cv::kMzArray, &cv::kMzUnit, Precision::kExact}, {});
   EXPECT_NE(out.find("no compression"), std::string::npos);
   EXPECT_NE(out.find("<binary></binary>"), std::string::npos);
 }
@@ -341,6 +341,26 @@ class Pieces : public ByteSink {
 
   std::vector<std::string> all;
 };
+
+// With either library.
+TEST(DeflaterTest, LevelsTradeTimeForSize) {
+  std::vector<float> values;
+  for (int i = 0; i < 4000; ++i) {
+    values.push_back(100 + static_cast<float>(i) / 16);
+    values.push_back(static_cast<float>(i * 7919 % 1009));
+  }
+  const std::span<const std::byte> bytes = std::as_bytes(std::span(values));
+  std::size_t last = bytes.size();
+  for (const int level : {1, 9}) {
+    Deflater deflater(Deflater::Wrapper::kGzip, level);
+    const std::span<const std::byte> packed = deflater.Compress(bytes);
+    EXPECT_LT(packed.size(), last) << level;
+    last = packed.size();
+    const auto inflated = InflateGzip(packed, bytes.size());
+    ASSERT_TRUE(inflated.has_value());
+    EXPECT_TRUE(std::ranges::equal(*inflated, bytes));
+  }
+}
 
 TEST(BufferedSinkTest, GathersShortWritesAndHandsLongOnesOn) {
   Pieces pieces;

@@ -81,6 +81,25 @@ TEST_F(ConvertOptionsTest, NameThatContradictsIsRefused) {
   EXPECT_FALSE(std::filesystem::exists(folder_ / "x.mgf"));
 }
 
+TEST_F(ConvertOptionsTest, LevelIsOfArraysTablesAndWholeFiles) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  std::vector<WantedPoint> points;
+  for (int i = 0; i < 4000; ++i) points.push_back({100 + i * 0.0625, static_cast<float>(i * 7919 % 1009)});
+  raw.functions[0].scans[0] = ScanFrom<StoredPoint9>(0.5F, points);
+  path_ = Make("long.raw", raw);
+  for (const std::vector<std::string>& format : {std::vector<std::string>{"--format", "mzml"},
+                                                 {"--format", "parquet"},
+                                                 {"--format", "tsv", "--gzip"}}) {
+    std::vector<std::string> options = {"--function", "1", "--compression-level", "1"};
+    options.insert(options.end(), format.begin(), format.end());
+    const std::size_t fast = Converted(options).size();
+    options[3] = "9";
+    EXPECT_LT(Converted(options).size(), fast) << format[1];
+  }
+  ExpectFailure(Convert({"--stdout", "--compression-level", "10"}), 2,
+                "--compression-level: \"10\" is not a whole number from 1 to 9 (see zrml convert --help)");
+}
+
 TEST_F(ConvertOptionsTest, ParquetIsNotCompressedAsAWhole) {
   const std::string message = "Parquet is compressed inside; --gzip and .gz are for other formats";
   ExpectFailure(Convert({"-b", Path("x.parquet.gz")}), 2, message);

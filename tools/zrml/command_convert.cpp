@@ -145,7 +145,7 @@ class Batch {
     const convert::Hooks hooks = {IsInterrupted,
                                   [&](std::uint64_t done, std::uint64_t all) { bar.Update(done, all); }};
     convert::BufferedSink plain(target);
-    convert::GzipSink gzip(target);
+    convert::GzipSink gzip(target, request_.conversion.arrays.level);
     try {
       const convert::Result result = convert::ConvertSample(source, sample, request_.conversion,
                                                             request_.isGzipped ? gzip : plain, hooks);

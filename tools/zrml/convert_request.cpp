@@ -132,6 +132,8 @@ void AddArrayOptions(CLI::App& options, ArrayOptions& arrays) {
       ->excludes(zlib)
       ->option_text(" ");
   zlib->option_text(" ");
+  AddNumber(options, "--compression-level", arrays.level,
+            "How much to compress, from 1 (fast) to 9 (small); 4 by default", convert::Deflater::kMostLevel);
   AddPrecision(options, "--32", Precision::kSingle, arrays, "Write such arrays with 32 bits a number");
   AddPrecision(options, "--64", Precision::kDouble, arrays, "Write such arrays with 64 bits a number");
 }
