@@ -157,18 +157,28 @@ std::string RunName(source::Source& source, int sample) {
   return source.SampleCount() > 1 ? name + "-sample" + std::to_string(sample + 1) : name;
 }
 
-const std::string* FindOwner(const std::vector<std::string>& sources, const std::string& target) {
+SourceOwners::SourceOwners(const std::vector<std::string>& sources) : sources_(sources) {
+  const auto add = [](Places& places, const SystemPath& path, std::size_t place) {
+    if (const std::optional<platform::FileId> id = platform::IdOf(path)) places.emplace(*id, place);
+  };
+  for (std::size_t place = 0; place < sources.size(); ++place) {
+    add(folders_, RawDirectoryOf(sources[place]), place);
+    add(given_, platform::FromUtf8Path(sources[place]), place);
+  }
+}
+
+const std::string* SourceOwners::Find(const std::string& target) const {
   const SystemPath path = platform::FollowLinks(platform::FromUtf8Path(target));
   const SystemPath folder = FolderOf(path);
-  const std::optional<platform::FileId> file = platform::IdOf(path);
-  const std::optional<platform::FileId> around =
-      platform::IdOf(folder.empty() ? platform::FromUtf8Path(".") : folder);
-  for (const std::string& source : sources) {
-    const std::optional<platform::FileId> own = platform::IdOf(RawDirectoryOf(source));
-    const std::optional<platform::FileId> given = platform::IdOf(platform::FromUtf8Path(source));
-    if ((own && own == around) || (given && given == file)) return &source;
-  }
-  return nullptr;
+  std::size_t first = sources_.size();
+  const auto look = [&](const Places& places, const SystemPath& at) {
+    const std::optional<platform::FileId> id = platform::IdOf(at);
+    const auto found = id ? places.find(*id) : places.end();
+    if (found != places.end()) first = std::min(first, found->second);
+  };
+  look(folders_, folder.empty() ? platform::FromUtf8Path(".") : folder);
+  look(given_, path);
+  return first < sources_.size() ? &sources_[first] : nullptr;
 }
 
 }  // namespace zrml::convert

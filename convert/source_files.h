@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "common/platform/paths.h"
 #include "common/platform/platform.h"
 #include "convert/hooks.h"
 
@@ -72,8 +74,23 @@ std::string SourceName(const std::string& path, source::Format format);
 /// The same for `sample`: one of several has its number, "plate-sample2".
 std::string RunName(source::Source& source, int sample);
 
-/// The source, of those at the paths `sources`, that a file at `target` would belong to, or replace a part
-/// of; null when there is none.
-const std::string* FindOwner(const std::vector<std::string>& sources, const std::string& target);
+/// Which of many sources a file would belong to. A question takes the same time however many there are.
+class SourceOwners {
+ public:
+  /// The sources at these paths, which must outlive this.
+  explicit SourceOwners(const std::vector<std::string>& sources);
+
+  /// The first source that a file at `target` would belong to, or replace a part of; null when there is none.
+  const std::string* Find(const std::string& target) const;
+  /// Whether there is only one source.
+  bool IsOne() const { return sources_.size() == 1; }
+
+ private:
+  using Places = std::map<platform::FileId, std::size_t>;  // in the list of sources
+
+  const std::vector<std::string>& sources_;
+  Places folders_;  // raw directories
+  Places given_;
+};
 
 }  // namespace zrml::convert

@@ -22,7 +22,7 @@ struct FileId {
   std::uint64_t volume = 0;
   std::uint64_t file = 0;
 
-  bool operator==(const FileId&) const = default;
+  auto operator<=>(const FileId&) const = default;
 };
 /// No value when there is nothing at `path`.
 std::optional<FileId> IdOf(const SystemPath& path);

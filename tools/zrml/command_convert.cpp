@@ -30,7 +30,8 @@ constexpr const char* kFailed = "are not converted";
 // All sources of a command, one after the other.
 class Batch {
  public:
-  Batch(const ConvertRequest& request, Output& out) : request_(request), damage_(request), out_(out) {}
+  Batch(const ConvertRequest& request, Output& out)
+      : request_(request), owners_(request.paths), damage_(request), out_(out) {}
 
   // A source that fails does not stop the others.
   void ConvertAll() {
@@ -98,7 +99,7 @@ class Batch {
 
   void ConvertToFile(convert::SourceInUse& source, int sample, const std::string& path) {
     RefuseUnlessFile(path);
-    RefuseSourceAsTarget(path, request_.paths);
+    RefuseSourceAsTarget(path, owners_);
     const InterruptionWatch watch;
     const auto target = MakeTargetFile(path, request_.isForced);
     Convert(source, sample, path, *target);
@@ -173,6 +174,7 @@ class Batch {
   }
 
   const ConvertRequest& request_;
+  convert::SourceOwners owners_;
   DamagePolicy damage_;
   Output& out_;
   MadeFiles made_;

@@ -250,7 +250,7 @@ class ScansCommand : public Command {
   std::unique_ptr<convert::ByteSink> MakeTableTarget(const std::vector<std::string>& sources) const {
     if (file_.empty()) return std::make_unique<StandardOutput>();
     RefuseUnlessFile(file_);
-    RefuseSourceAsTarget(file_, sources);
+    RefuseSourceAsTarget(file_, convert::SourceOwners(sources));
     return MakeTargetFile(file_, isForced_);
   }
 

@@ -1,7 +1,5 @@
 #include "tools/zrml/convert_target.h"
 
-#include <algorithm>
-
 #include "convert/error.h"
 #include "convert/native_path.h"
 #include "convert/source_files.h"
@@ -60,10 +58,10 @@ std::unique_ptr<convert::ByteSink> MakeTargetFile(const std::string& path, bool 
   }
 }
 
-void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources) {
-  const std::string* const owner = convert::FindOwner(sources, path);
+void RefuseSourceAsTarget(const std::string& path, const convert::SourceOwners& sources) {
+  const std::string* const owner = sources.Find(path);
   if (owner == nullptr) return;
-  const std::string which = sources.size() > 1 ? " " + *owner : "";
+  const std::string which = sources.IsOne() ? "" : " " + *owner;
   throw Failure(ExitStatus::kWrongUsage, path + " is a part of the source" + which);
 }
 
@@ -75,12 +73,12 @@ void MakeFolder(const std::string& folder) {
 
 void MadeFiles::Add(const std::string& path) {
   paths_.insert(path);
-  if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.push_back(*id);
+  if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.insert(*id);
 }
 
 bool MadeFiles::Has(const std::string& path) const {
   const std::optional<platform::FileId> id = platform::IdOf(platform::FromUtf8Path(path));
-  return paths_.contains(path) || (id && std::find(ids_.begin(), ids_.end(), *id) != ids_.end());
+  return paths_.contains(path) || (id && ids_.contains(*id));
 }
 
 void StandardOutput::Write(std::string_view bytes) {

@@ -9,6 +9,7 @@
 
 #include "common/platform/paths.h"
 #include "convert/byte_sink.h"
+#include "convert/source_files.h"
 #include "source/source.h"
 #include "tools/zrml/convert_request.h"
 
@@ -37,7 +38,7 @@ std::unique_ptr<convert::ByteSink> MakeTargetFile(const std::string& path, bool 
 
 /// Throws a Failure when the path is a part of one of the sources, which must survive the command even when
 /// files may be replaced.
-void RefuseSourceAsTarget(const std::string& path, const std::vector<std::string>& sources);
+void RefuseSourceAsTarget(const std::string& path, const convert::SourceOwners& sources);
 
 /// The files that a command has made.
 class MadeFiles {
@@ -48,7 +49,7 @@ class MadeFiles {
 
  private:
   std::set<std::string> paths_;
-  std::vector<platform::FileId> ids_;
+  std::set<platform::FileId> ids_;
 };
 
 /// The program's standard output.
