@@ -207,6 +207,17 @@ TEST_F(ConvertOptionsTest, FoldersAreSearched) {
 }
 
 // Function 5 has two of them.
+TEST_F(ConvertOptionsTest, SourcesAreListedInAFile) {
+  const std::string other = Make("other.raw");
+  const std::string list = MakeFile("list.txt", "\xEF\xBB\xBF" + other + "\r\n\n" + Make("last.raw"));
+  ExpectOutput(Convert({"--from", list, "-o", Path("out"), "--format", "tsv", "--threads", "1"}),
+               Path("out/run.tsv\n") + Path("out/other.tsv\n") + Path("out/last.tsv\n"));
+  ExpectFailure(Run({"convert", "--from", MakeFile("empty.txt", "\n")}), 2,
+                "there are no sources in " + Path("empty.txt"));
+  ExpectFailure(Run({"convert", "--from", Path("gone.txt")}), 3, "there is no file " + Path("gone.txt"));
+  ExpectFailure(Run({"convert", "-q"}), 2, "PATH or --from is required (see zrml convert --help)");
+}
+
 TEST_F(ConvertOptionsTest, AbsorbanceIsWrittenOnRequest) {
   const std::vector<std::string> rest = {"--function", "1,2,6,p1"};
   const auto spectra = [&](std::vector<std::string> more) {

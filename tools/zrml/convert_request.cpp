@@ -8,6 +8,7 @@
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert_target.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/list_file.h"
 #include "tools/zrml/point_options.h"
 #include "tools/zrml/selection_options.h"
 #include "tools/zrml/thread_option.h"
@@ -91,7 +92,10 @@ void AddPrecision(CLI::App& options, const std::string& option, Precision precis
 }
 
 void AddSourceOptions(CLI::App& options, ConvertRequest& request) {
-  AddSourceArguments(options, request.sources);
+  AddSourceArguments(options, request.sources)->required(false)->option_text("...");
+  options.add_option("--from", request.list, "A file that lists sources, one a line; - is standard input")
+      ->option_text("FILE")
+      ->check(IsNotEmpty());
   AddThreadOption(options, request.threads);
 }
 
@@ -191,6 +195,15 @@ void RefuseFileAsFolder(const std::string& folder) {
   throw Failure(ExitStatus::kWrongUsage, folder + " is the name of a file; -b takes one, -o a folder");
 }
 
+void AddListedSources(ConvertRequest& request) {
+  std::vector<std::string>& paths = request.sources.paths;
+  if (request.list.empty() && paths.empty())
+    throw Failure(ExitStatus::kWrongUsage, "PATH or --from is required (see zrml convert --help)");
+  if (request.list.empty()) return;
+  const std::vector<std::string> listed = ReadLines(request.list, "sources");
+  paths.insert(paths.end(), listed.begin(), listed.end());
+}
+
 }  // namespace
 
 void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
@@ -209,6 +222,7 @@ std::string ExtensionOf(convert::Format format) {
 void Complete(ConvertRequest& request) {
   TakeFormat(request);
   RefuseFileAsFolder(request.folder);
+  AddListedSources(request);
   request.paths = ListSources(request.sources);
   if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(request.paths);
   request.threads = ThreadCount(request.threads);

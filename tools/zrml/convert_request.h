@@ -14,6 +14,7 @@ namespace zrml::tool {
 
 struct ConvertRequest {
   SourceArguments sources = {};
+  std::string list = {};                // the file that lists more of them
   std::vector<std::string> paths = {};  // of the sources, once the request is completed
   int sample = 0;                       // from 1; 0 for all
   int threads = 0;                      // 0 when not given, until the request is completed

@@ -68,13 +68,16 @@ void Search(const std::string& folder, std::vector<std::string>& sources) {
 
 }  // namespace
 
-void AddSourceArguments(CLI::App& options, SourceArguments& arguments) {
-  options
-      .add_option("PATH", arguments.paths,
-                  "The data sources: raw directories, data files of them, report files; with -r also folders")
-      ->option_text("REQUIRED ...")
-      ->required();
+CLI::Option* AddSourceArguments(CLI::App& options, SourceArguments& arguments) {
+  CLI::Option* const path =
+      options
+          .add_option(
+              "PATH", arguments.paths,
+              "The data sources: raw directories, data files of them, report files; with -r also folders")
+          ->option_text("REQUIRED ...")
+          ->required();
   options.add_flag("-r,--recursive", arguments.isSearched, "Search folders for sources");
+  return path;
 }
 
 std::vector<std::string> ListSources(const SourceArguments& arguments) {

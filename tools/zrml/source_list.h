@@ -21,8 +21,8 @@ struct SourceArguments {
   bool IsList() const { return isSearched || paths.size() > 1; }
 };
 
-/// PATH... and -r, which fill `arguments`.
-void AddSourceArguments(CLI::App& options, SourceArguments& arguments);
+/// PATH... and -r, which fill `arguments`. The option of PATH.
+CLI::Option* AddSourceArguments(CLI::App& options, SourceArguments& arguments);
 
 /// In the order given; those of a folder by name, without those inside raw directories and beyond links.
 /// Throws a Failure when a searched folder holds none.

@@ -9,10 +9,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "common/platform/platform.h"
 #include "common/text.h"
-#include "common/text_file.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/list_file.h"
 
 namespace zrml::tool {
 namespace {
@@ -20,7 +19,6 @@ namespace {
 using nlohmann::json;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
 
 // A row or an object, its values as text; empty and null values are left out.
 struct Entry {
@@ -148,22 +146,6 @@ std::vector<Entry> EntriesOfJson(const std::string& path, std::string_view text)
   return entries;
 }
 
-std::string ReadList(const std::string& path) {
-  const platform::SystemPath file = platform::FromUtf8Path(path);
-  const platform::File opened = platform::File::OpenSystemPath(file);
-  if (!opened.IsOpen()) {
-    const std::string reason = platform::WhyClosed(file);
-    if (reason.empty()) throw Failure(ExitStatus::kNoSuchPath, "there is no file " + path);
-    throw Failure(ExitStatus::kUnreadable, path + " cannot be opened (" + reason + ")");
-  }
-  if (opened.Size() > kMostBytes) Refuse(path, "a list of targets has 64 MiB at most");
-  std::string text = ReadTextBytes(opened);
-  if (opened.IsRefused()) throw Failure(ExitStatus::kUnreadable, path + ' ' + opened.Refusal());
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
-  return text;
-}
-
 }  // namespace
 
 source::Range RangeAround(double mz, Tolerance tolerance) {
@@ -172,7 +154,7 @@ source::Range RangeAround(double mz, Tolerance tolerance) {
 }
 
 std::vector<Target> ReadTargets(const std::string& path, Tolerance tolerance) {
-  const std::string text = ReadList(path);
+  const std::string text = ReadListFile(path, "targets");
   const std::size_t first = text.find_first_not_of(" \t\n");
   const bool isJson = first != text.npos && (text[first] == '[' || text[first] == '{');
   std::vector<Target> targets;

@@ -1,0 +1,59 @@
+#include "tools/zrml/list_file.h"
+
+#include <cstdint>
+#include <iostream>
+#include <iterator>
+#include <string_view>
+
+#include "common/platform/platform.h"
+#include "common/text_file.h"
+#include "tools/zrml/failure.h"
+
+namespace zrml::tool {
+namespace {
+
+constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
+
+std::string ReadInput() { return {std::istreambuf_iterator<char>(std::cin), {}}; }
+
+std::string ReadFile(const std::string& path, const std::string& things) {
+  const platform::SystemPath file = platform::FromUtf8Path(path);
+  const platform::File opened = platform::File::OpenSystemPath(file);
+  if (!opened.IsOpen()) {
+    const std::string reason = platform::WhyClosed(file);
+    if (reason.empty()) throw Failure(ExitStatus::kNoSuchPath, "there is no file " + path);
+    throw Failure(ExitStatus::kUnreadable, path + " cannot be opened (" + reason + ")");
+  }
+  if (opened.Size() > kMostBytes)
+    throw Failure(ExitStatus::kWrongUsage, path + ": a list of " + things + " has 64 MiB at most");
+  std::string text = ReadTextBytes(opened);
+  if (opened.IsRefused()) throw Failure(ExitStatus::kUnreadable, path + ' ' + opened.Refusal());
+  return text;
+}
+
+}  // namespace
+
+std::string ReadListFile(const std::string& path, const std::string& things) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  std::string text = path == "-" ? ReadInput() : ReadFile(path, things);
+  if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
+  return text;
+}
+
+std::vector<std::string> ReadLines(const std::string& path, const std::string& things) {
+  std::vector<std::string> lines;
+  const std::string text = ReadListFile(path, things);
+  for (std::string_view left = text; !left.empty();) {
+    const std::size_t end = left.find('\n');
+    std::string_view line = left.substr(0, end);
+    left.remove_prefix(end == left.npos ? left.size() : end + 1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    if (!line.empty()) lines.emplace_back(line);
+  }
+  if (lines.empty())
+    throw Failure(ExitStatus::kWrongUsage,
+                  "there are no " + things + " in " + (path == "-" ? "standard input" : path));
+  return lines;
+}
+
+}  // namespace zrml::tool

@@ -1,0 +1,16 @@
+// Files that users write: lists of targets, of sources.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zrml::tool {
+
+/// The text of a file of `things` ("targets"), or of standard input for "-", without a byte order mark.
+/// Throws a Failure that names the file when it cannot be read, or is too large.
+std::string ReadListFile(const std::string& path, const std::string& things);
+
+/// Its lines, without empty ones. Throws a Failure when there are none.
+std::vector<std::string> ReadLines(const std::string& path, const std::string& things);
+
+}  // namespace zrml::tool
