@@ -10,14 +10,14 @@ install "${build_packages[@]}" "${clang_packages[@]}" clang-tidy
 quietly lint-configure cmake --preset linux-asan
 mkdir -p build/lint
 sed -E 's/-Xclang (-include-pch|-include) -Xclang [^ ]+//g' build/linux-asan/compile_commands.json >build/lint/compile_commands.json
-rooms='common|spectrum|plugin|masslynx|openlynx|source|library|convert|tools'
+rooms='common|spectrum|plugin|masslynx|openlynx|source|library|convert|qc|tools'
 mapfile -t files < <(sed -n 's/^ *"file": "\(.*\)".*/\1/p' build/lint/compile_commands.json |
   grep -E "^$PWD/(build/linux-asan/)?($rooms)/" | grep -v '/cmake_pch' | grep -e "${1:-}")
 [ ${#files[@]} -gt 0 ] || { echo "no file has ${1:-}" >&2; exit 1; }
 headers=$({
   clang-tidy --version
   cat .clang-tidy
-  find common spectrum plugin masslynx openlynx source library convert tools -name '*.h' -o -name '*.inc' | sort | xargs sha256sum
+  find common spectrum plugin masslynx openlynx source library convert qc tools -name '*.h' -o -name '*.inc' | sort | xargs sha256sum
 } | sha256sum)
 export headers
 

@@ -409,6 +409,8 @@ TEST_F(QcTest, ThePageIsByDate) {
   EXPECT_LT(c, a);
   EXPECT_NE(a, page.npos);
   EXPECT_NE(page.find("<a href=\"./my%20pages/b.html\">"), page.npos);
+  EXPECT_EQ(Run({"qc", "-r", Path(""), "--html", Path("out.html"), "--pages", "..", "--force"}).status, 0);
+  EXPECT_NE(Text("out.html").find("<a href=\"./../p/b.html\">"), page.npos);
 }
 
 #ifndef _WIN32

@@ -25,6 +25,7 @@ struct AssessedRun {
   int sample = 0;  ///< from 1 in a source with several, else 0
   RunState state = RunState::kSound;
   std::string problem = {};  ///< why it is unreadable
+  std::string page = {};     ///< a page of its own, as seen from the reports
   qc::RunQuality quality = {};
 };
 

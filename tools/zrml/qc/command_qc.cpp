@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "convert/native_path.h"
+#include "convert/source_files.h"
 #include "convert/target_file.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/convert_damage.h"
@@ -64,7 +65,8 @@ class QcCommand : public Command {
     AddPath("--tsv", request_.table, "FILE", "Write a table: a row for each run");
     AddPath("--multiqc", request_.multiqc, "DIR", "Write files for MultiQC into this folder");
     AddPath("--html", request_.page, "FILE", "Write a page that compares the runs by date");
-    AddPath("--pages", request_.pages, "DIR", "The folder of the runs' own pages, for links from the page");
+    AddPath("--pages", request_.pages, "DIR",
+            "Link to the runs' own pages in this folder, as seen from the page");
     AddParsed(options, "--lock-mass", request_.lockMass, ParseMass, "a mass such as 556.2766",
               "Follow this m/z in the reference functions")
         ->option_text("MZ");
@@ -82,8 +84,9 @@ class QcCommand : public Command {
     try {
       const InterruptionWatch watch;
       const std::vector<Report> reports = MakeReports();
-      const Assessment assessment =
+      Assessment assessment =
           AssessSources(sources, {.lockMass = request_.lockMass}, threads, IsErrorTerminal());
+      for (AssessedRun& run : assessment.runs) run.page = PageOf(run);
       for (const Report& report : reports) Write(report, assessment.runs, out);
       if (reports.empty()) WriteQcTable(assessment.runs, out);
       out.Finish();
@@ -125,10 +128,22 @@ class QcCommand : public Command {
       if (!request_.multiqc.empty())
         Add(convert::InFolder(request_.multiqc, content.name), content.isWanted, content.write, reports);
     }
-    Add(
-        request_.page, IsAny,
-        [this](AssessedRuns runs, Output& file) { WriteQcPage(runs, request_.pages, file); }, reports);
+    Add(request_.page, IsAny, WriteQcPage, reports);
     return reports;
+  }
+
+  // Where `zrml page` makes it for a source, with the folders between a searched folder and the source.
+  std::string PageOf(const AssessedRun& run) const {
+    if (request_.pages.empty() || run.state == RunState::kUnreadable) return {};
+    std::string name = convert::SourceName(run.source, run.format) + ".html";
+    for (const std::string& searched : request_.sources.paths) {
+      const std::string folder = convert::InFolder(searched, "");
+      if (!request_.sources.isSearched || !run.source.starts_with(folder)) continue;
+      const std::string below = run.source.substr(folder.size());
+      name.insert(0, below, 0, below.rfind('/') + 1);
+      break;
+    }
+    return convert::InFolder(request_.pages, name);
   }
 
   void Add(const std::string& path, IsWanted isWanted, WriteRuns write, std::vector<Report>& reports) const {

@@ -251,7 +251,7 @@ void WriteCurve(const char* title, const std::vector<double>& x, const std::vect
            "</figure>\n");
 }
 
-void WriteRunSection(const AssessedRun& run, std::size_t index, const std::string& pages, Output& out) {
+void WriteRunSection(const AssessedRun& run, std::size_t index, Output& out) {
   const qc::RunQuality& quality = run.quality;
   out.Text("<section class=\"run\" id=\"" + Anchor(index) + "\">\n<h2>" + Escaped(run.name) + "</h2>\n<p>");
   for (const std::string& fact : {DateText(quality.started), quality.instrument, quality.sampleName}) {
@@ -259,10 +259,9 @@ void WriteRunSection(const AssessedRun& run, std::size_t index, const std::strin
   }
   const std::string state(NameOf(run.state));
   out.Text("<span class=\"" + state + "\">" + state + "</span>");
-  if (!pages.empty() && run.state != RunState::kUnreadable) {
-    const std::string page = convert::InFolder(pages, run.name + ".html");
-    out.Text(" · <a href=\"" + std::string(page.starts_with('/') ? "" : "./") + convert::UriPath(page) +
-             "\">its spectra and chromatograms</a>");
+  if (!run.page.empty()) {
+    const std::string here = run.page.starts_with('/') ? "" : "./";  // a name may begin as a scheme does
+    out.Text(" · <a href=\"" + here + convert::UriPath(run.page) + "\">its spectra and chromatograms</a>");
   }
   out.Text(" · <a href=\"#runs\">all runs</a></p>\n");
   WriteFindings(run, out);
@@ -276,7 +275,7 @@ void WriteRunSection(const AssessedRun& run, std::size_t index, const std::strin
 
 }  // namespace
 
-void WriteQcPage(AssessedRuns runs, const std::string& pages, Output& out) {
+void WriteQcPage(AssessedRuns runs, Output& out) {
   const OrderedRuns ordered = ByDate(runs);
   out.Text(kHead);
   WriteSummary(ordered, out);
@@ -284,7 +283,7 @@ void WriteQcPage(AssessedRuns runs, const std::string& pages, Output& out) {
   for (const Compared& compared : kCompared) WriteChart(ordered, compared, out);
   out.Text("</div>\n");
   WriteRunTable(ordered, out);
-  for (std::size_t i = 0; i < ordered.size(); ++i) WriteRunSection(*ordered[i], i, pages, out);
+  for (std::size_t i = 0; i < ordered.size(); ++i) WriteRunSection(*ordered[i], i, out);
   out.Text("</body>\n</html>\n");
 }
 

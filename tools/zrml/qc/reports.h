@@ -30,8 +30,7 @@ struct MultiqcFile {
 };
 std::span<const MultiqcFile> MultiqcFiles();
 
-/// Of the runs by date, those without one last. A run is linked to its page in the folder `pages`, as seen
-/// from the report, unless that is empty.
-void WriteQcPage(AssessedRuns runs, const std::string& pages, Output& out);
+/// Of the runs by date, those without one last.
+void WriteQcPage(AssessedRuns runs, Output& out);
 
 }  // namespace zrml::tool
