@@ -30,7 +30,7 @@ trap clean_up EXIT
 
 fail() {
   echo "Failed: $*" >&2
-  tail -n 30 "$work"/*.log >&2 || true
+  tail -n 20 "$work"/{first,second,third,slurmctld}.log >&2 2>/dev/null || true
   exit 1
 }
 
@@ -138,6 +138,9 @@ expect() {
   [ "$found" = "$wanted" ] || fail "$* gives \"$found\", not \"$wanted\""
 }
 
+pages() { find "$work/results/pages" -name '*.html' 2>/dev/null || true; }
+makes_pages=$(build/linux/zrml page --help >/dev/null 2>&1 && echo 1 || echo 0)
+
 converted() { find "$work/results/mzml" -name '*.mzML' -printf '%f\n' | sort; }
 count() { "$@" | wc -l; }
 rows() { cut -f 1,3 "$work/results/quality/runs.tsv"; }
@@ -165,6 +168,7 @@ ends 1
 expect "$(printf '%s.mzML\n' "${odd%.raw}" run0{1..9} | sort)" converted
 expect 12 submitted first check
 expect 11 submitted first convert
+expect $((makes_pages * 11)) count pages
 [ ! -e "$work/results/broken" ] || fail "a name was read by a shell"
 grep -q "is damaged" "$work/results/logs/check/plate2/damaged.raw.txt" || fail "the log does not name the damage"
 expect "check plate2/damaged.raw
@@ -190,6 +194,9 @@ expect 1 submitted third check
 expect 1 submitted third convert
 expect 1 submitted third quality
 expect 12 count converted
+expect $((makes_pages * 12)) count pages
+links=$(grep -o 'href="./../pages/plate[12]/[^"]*.html"' "$work/results/quality/runs.html" | wc -l)
+expect $((makes_pages * 12)) echo "$links"
 rows | grep -qx $'damaged\tsound' || fail "the table is not made again"
 
 echo "The workflow does what it should on a cluster."
