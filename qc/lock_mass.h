@@ -6,11 +6,11 @@
 
 namespace zrml::qc {
 
-/// Its peak is the highest point no further than this from the mass.
-inline constexpr double kLockMassWindowPpm = 100;
+/// Its peak is the highest one no further than this from the mass.
+inline constexpr double kLockMassWindow = 0.5;
 
-/// The deviation, in parts per million, of the peak at `lockMass`: of a centroid its mass, of a profile the
-/// apex of a curve through the samples of its upper half. No value when there is no point, or no intensity.
+/// The deviation of the peak at `lockMass`, in parts per million. The peaks of a profile are its centroids
+/// (FindCentroids), those of a centroided spectrum its points above 0. No value when there is none.
 std::optional<double> LockMassError(std::span<const double> mz, std::span<const double> intensities,
                                     bool isCentroided, double lockMass);
 

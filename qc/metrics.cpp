@@ -101,8 +101,7 @@ Values TicAreaRatio(const RunSpectra& run) {
 Values TicAreaOfQuarters(const RunSpectra& run) {
   const std::optional<Range> range = RunTime(run);
   Values areas;
-  for (int k = 0; range && k < kParts; ++k)
-    areas.push_back(Area(run.Timed(kAllLevels), Quarter(*range, k)));
+  for (int k = 0; range && k < kParts; ++k) areas.push_back(Area(run.Timed(kAllLevels), Quarter(*range, k)));
   return areas;
 }
 

@@ -50,9 +50,9 @@ RawDirectoryBuilder Measured() {
                  {Peaks(0, {{100, 10}}), Peaks(1, {{100, 10}, {200, 10}}),
                   Peaks(2, {{100, 100}, {200, 200}, {300, 100}}), Peaks(3, {{100, 30}}), Peaks(4, {})}),
       products,
-      // A reference: 1/32 above and below 500, which is 62.5 ppm; 500.25 is too far away.
-      FunctionOf(kTofMs, {Peaks(0.25F, {{500.03125, 9}, {500.25, 99}}), Peaks(2.25F, {{499.96875, 9}}),
-                          Peaks(3.25F, {{500.25, 99}})}),
+      // A reference: 1/32 above and below 500, which is 62.5 ppm; 500.75 is too far away.
+      FunctionOf(kTofMs, {Peaks(0.25F, {{500.03125, 9}, {500.75, 99}}), Peaks(2.25F, {{499.96875, 9}}),
+                          Peaks(3.25F, {{500.75, 99}})}),
       FunctionOf(kSir, {Peaks(0.75F, {{150, 1000}, {309, 1}}), Peaks(1.75F, {{150, 7}, {309, 2000}})})};
   raw.labels = {CreatorLine("4.1"), FunctionHeading(3, "REFERENCE")};
   raw.history = {{.processNumber = 1, .derivedFrom = 0, .rawFunctionNumber = 1, .processCode = 3}};

@@ -57,8 +57,9 @@ std::string Begin(const Axis& up, NumberText text) {
 }  // namespace
 
 std::string PointChart(const std::vector<ChartPoint>& points, double lastX, NumberText text) {
-  std::vector<double> values;
-  for (const ChartPoint& point : points) values.push_back(point.y);
+  std::vector<double> values(points.size());
+  std::transform(points.begin(), points.end(), values.begin(),
+                 [](const ChartPoint& point) { return point.y; });
   const Axis across = Across({0, lastX});
   const Axis up = Up(values);
   const double median = qc::Quartiles(values)[1];
