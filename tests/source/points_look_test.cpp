@@ -280,6 +280,41 @@ TEST(PointsLookTest, IntensitiesThatNoDetectorGives) {
                   "first is scan 1 (up to 1.125899906842624e+15)"});
 }
 
+class Counter : public Onlooker {
+ public:
+  void See(const ScanInSight& scan) override {
+    ++scans;
+    points += scan.mz.size();
+    EXPECT_EQ(scan.mz.size(), scan.intensities.size());
+    EXPECT_EQ(scan.mz.size(), scan.read.count);
+    EXPECT_TRUE(std::is_sorted(scan.mz.begin(), scan.mz.end()));
+  }
+  void See(int, const Chromatogram& trace) override { traces.push_back(trace.name); }
+
+  std::size_t scans = 0;
+  std::size_t points = 0;
+  Lines traces;
+};
+
+// Each scan in mass and each trace once. Of absorbance there is its total, which is a trace.
+TEST(PointsLookTest, AnOnlookerSeesWhatIsRead) {
+  RawDirectoryBuilder raw;
+  raw.functions.resize(3);
+  raw.functions[0].scans = {ScanFrom<StoredPoint9>(0.5F, {{100, 7}, {200, 9}}),
+                            ScanFrom<StoredPoint9>(1, {{100, 5}}), ScanFrom<StoredPoint9>(1.5F, {})};
+  raw.functions[1].scans = {ScanFrom<StoredPoint9>(0.75F, {{300, 1}})};
+  raw.functions[2].record.type = 12;  // DAD
+  raw.functions[2].scans = {ScanFrom<StoredPoint9>(0.5F, {{210, 3}})};
+  raw.analogNames = {"Pressure", "UV"};
+  raw.analogs = {{.time = 0.5F, .words = {PackIntensityWord(5, 0), PackIntensityWord(6, 0)}}};
+  const TempDirectory directory = raw.Build();
+  Counter counter;
+  LookAtPoints(*Source::Open(PathOf(directory)), {}, {}, &counter);
+  EXPECT_EQ(counter.scans, 4U);
+  EXPECT_EQ(counter.points, 4U);
+  EXPECT_EQ(counter.traces, (Lines{"Pressure", "UV", "PDA - Total Absorbance"}));
+}
+
 TEST(PointsLookTest, CanBeCancelledAndTellsHowFarItIs) {
   const TempDirectory directory = Acquired(kLayouts[9]).Build();
   const auto source = Source::Open(PathOf(directory));
