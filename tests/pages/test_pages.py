@@ -66,7 +66,7 @@ class ManualPages(unittest.TestCase):
     def check_options(self, text, expected):
         names = {}
         for entry in page_entries(text, "OPTIONS"):
-            head = re.fullmatch(r"((?:-[^ ,]+, )*-[^ ,]+)(?: (\S+))?", entry)
+            head = re.fullmatch(r"((?:-[^ ,]+, )*-[^ ,]+)(?: (.+))?", entry)
             self.assertIsNotNone(head, entry)
             for name in head[1].split(", "):
                 names[name] = head[2] or ""
@@ -155,7 +155,7 @@ class Zsh(unittest.TestCase):
         """Name of each option, and the name of its value."""
         found = {}
         for spec in self.specs(command):
-            parts = re.fullmatch(r"(?:\([^)]*\)|\*)?(-[^=+\[]+)[=+]?\[(?:[^\]\\]|\\.)*\](?::((?:[^:\\]|\\.)*):.*)?", spec)
+            parts = re.fullmatch(r"(?:\([^)]*\)|\*)?(-[^=+\[]+)[=+]?\[(?:[^\]\\]|\\.)*\](?:::?((?:[^:\\]|\\.)*):.*)?", spec)
             if parts:
                 found[parts[1]] = (parts[2] or "").replace("\\", "")
         return found

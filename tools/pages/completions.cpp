@@ -47,7 +47,7 @@ std::string BashReply(const Option& option) {
 std::string BashRows(const Command& command) {
   std::string rows;
   for (const Option& option : command.options) {
-    if (option.value.empty()) continue;
+    if (option.value.empty() || option.HasOptionalValue()) continue;
     std::vector<std::string> patterns;
     for (const std::string& name : option.names) patterns.push_back(command.name + ":" + name + ":*");
     rows += "    " + Joined(patterns, "|") + ") " + BashReply(option) + " ;;\n";
@@ -86,7 +86,8 @@ std::string ZshOption(const Option& option) {
     std::string spec = "(" + Joined(option.names, " ") + ")" + name;
     if (!option.value.empty()) spec += name.starts_with("--") ? "=" : "+";
     spec += "[" + ZshText(option.description) + "]";
-    if (!option.value.empty()) spec += ":" + ZshText(option.value) + ":" + ZshAction(option);
+    if (!option.value.empty())
+      spec += (option.HasOptionalValue() ? "::" : ":") + ZshText(option.value) + ":" + ZshAction(option);
     specs += " \\\n        " + InQuotes(option.isRepeated ? "*" + spec.substr(spec.find(')') + 1) : spec);
   }
   return specs;

@@ -60,7 +60,9 @@ std::vector<Command> DeclaredCommands() {
 }
 
 std::vector<std::string> ChoicesOf(const Option& option) {
-  if (option.value.find('|') == std::string::npos) return {};
+  const bool isPlain =
+      option.value.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789-|") == std::string::npos;
+  if (!isPlain || option.value.find('|') == std::string::npos) return {};
   return CLI::detail::split(option.value, '|');
 }
 

@@ -11,8 +11,9 @@ namespace zrml::pages {
 
 struct Option {
   std::vector<std::string> names;  // "-o", "--output"; of an argument its one name
-  std::string value;               // what follows the name, "DIR"; empty for a flag
+  std::string value;  // what follows the name, "DIR", "[DIR]" if it may be left out; empty for a flag
   std::string description;
+  bool HasOptionalValue() const { return value.starts_with('['); }
   bool isRequired = false;
   bool isRepeated = false;
 };
@@ -28,7 +29,7 @@ struct Command {
 /// The program itself, then its commands in the order of its help.
 std::vector<Command> DeclaredCommands();
 
-/// The values of an option that has a list of them, such as "mzml|mgf".
+/// The values of an option that has a list of them in small letters, such as "mzml|mgf".
 std::vector<std::string> ChoicesOf(const Option& option);
 
 std::string Joined(const std::vector<std::string>& words, const std::string& separator);
