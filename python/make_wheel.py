@@ -16,6 +16,9 @@ Metadata-Version: 2.1
 Name: zrml
 Version: {version}
 Summary: Reads mass-spectrometry data: raw directories and reports
+License: MIT
+License-File: LICENSE
+License-File: THIRD_PARTY.md
 Requires-Python: >=3.9
 Requires-Dist: numpy >=1.20
 Provides-Extra: pandas
@@ -29,6 +32,8 @@ Root-Is-Purelib: false
 Tag: py3-none-{platform}
 """
 
+PROJECT = pathlib.Path(__file__).parent.parent
+NOTICES = ("LICENSE", "THIRD_PARTY.md")
 LIBRARIES = {"linux_x86_64": "libzrml.so", "win_amd64": "zrml.dll"}
 
 
@@ -67,6 +72,8 @@ def main():
     files = package_files(pathlib.Path(package), LIBRARIES[platform])
     files[f"{information}/METADATA"] = METADATA.format(version=version).encode()
     files[f"{information}/WHEEL"] = WHEEL.format(platform=platform).encode()
+    for name in NOTICES:
+        files[f"{information}/{name}"] = (PROJECT / name).read_bytes()
     files[f"{information}/RECORD"] = record_of(files, f"{information}/RECORD").encode()
     path = pathlib.Path(folder) / f"zrml-{version}-py3-none-{platform}.whl"
     write_wheel(path, files)

@@ -51,7 +51,7 @@ class Wheel(unittest.TestCase):
         package = {path.name for path in pathlib.Path(PACKAGE).iterdir() if path.name != "__pycache__"}
         self.assertLessEqual({"__init__.py", "py.typed", LIBRARY}, package)
         expected = {f"zrml/{name}" for name in package}
-        expected |= {information + name for name in ("METADATA", "WHEEL", "RECORD")}
+        expected |= {information + name for name in ("METADATA", "WHEEL", "RECORD", "LICENSE", "THIRD_PARTY.md")}
         self.assertEqual(set(names), expected)
         self.assertEqual(len(names), len(set(names)))
         for name in package:
@@ -60,6 +60,9 @@ class Wheel(unittest.TestCase):
         for line in ("Name: zrml", f"Version: {VERSION}", "Requires-Python: >=3.9", "Requires-Dist: numpy >=1.20"):
             self.assertIn(line, metadata)
         self.assertIn(f"Tag: py3-none-{PLATFORM}", content[information + "WHEEL"].decode().splitlines())
+        for name in ("LICENSE", "THIRD_PARTY.md"):
+            self.assertIn(f"License-File: {name}", metadata)
+        self.assertIn("MIT License", content[information + "LICENSE"].decode())
         self.check_record(content, information + "RECORD")
 
     def check_record(self, content, itself):
