@@ -14,7 +14,9 @@ target_include_directories(zrml_build INTERFACE ${PROJECT_SOURCE_DIR})
 target_link_libraries(zrml_build INTERFACE zrml_warnings)
 if(WIN32)
   target_compile_definitions(zrml_build INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
-  target_link_options(zrml_build INTERFACE -static)
+  target_link_options(zrml_build INTERFACE -static -Wl,--no-insert-timestamp)
+elseif(ZRML_PORTABLE)
+  target_link_options(zrml_build INTERFACE -static-libstdc++ -static-libgcc -Wl,--gc-sections)
 endif()
 
 # Hardening: a bug that a damaged file exploits ends in an abort. Sanitizers check the same and more. Not on Windows: there

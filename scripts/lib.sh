@@ -99,6 +99,25 @@ build() {
   quietly "$preset-build" cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
+# make_root FOLDER [OPTION...]: an empty Debian 12, by mmdebstrap with this machine's own sources, that can reach the network.
+make_root() {
+  local root=$1 sources
+  shift
+  mapfile -t sources < <(grep -lsE '^(deb|Suites:)(.* )?bookworm( |-|$)' /etc/apt/sources.list /etc/apt/sources.list.d/*.{list,sources})
+  [ ${#sources[@]} -gt 0 ] || { echo "no sources of Debian 12 in /etc/apt" >&2; return 1; }
+  mmdebstrap --variant=minbase "$@" bookworm "$root" "${sources[@]}" || return 1
+  rm -f "$root/etc/resolv.conf"
+  cp -L /etc/resolv.conf "$root/etc/"
+}
+
+# inside ROOT COMMAND...: runs it in that system. Mounts and processes are those of a namespace, and end with it.
+inside() {
+  unshare --mount --pid --fork --kill-child bash -c '
+    mount -t proc proc "$0/proc" && mount --rbind /dev "$0/dev" && mount -t tmpfs tmpfs "$0/tmp" &&
+    exec env --ignore-environment ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
+      HOME=/root PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin chroot "$0" "$@"' "$@"
+}
+
 build_packages=(ccache g++ cmake ninja-build libcli11-dev libdeflate-dev libssl-dev nlohmann-json3-dev googletest pkgconf)
 clang_packages=(clang libclang-rt-14-dev llvm)
 windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64 "${clang_packages[@]}" lld)
