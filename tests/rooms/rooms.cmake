@@ -9,7 +9,7 @@ set(source common spectrum masslynx openlynx source)
 set(library common source library zrml)  # zrml/zrml.h, which it implements
 set(convert common source convert)
 set(qc common spectrum source convert qc)
-set(tools common source convert qc tools)
+set(tools common spectrum source convert qc tools)  # spectrum: centroids, for pictures
 # `zrml plugin` compares the interface with a source.
 set(both_faces "tools/zrml/(plugin_(library|scans|verdicts)|slot_view)\\.(h|cpp)")
 

@@ -102,6 +102,7 @@ std::unique_ptr<Command> MakeChromatogramCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeLockMassCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeConvertCommand(CLI::App& parser);
 std::unique_ptr<Command> MakePageCommand(CLI::App& parser);
+std::unique_ptr<Command> MakeViewCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeCheckCommand(CLI::App& parser);
 std::unique_ptr<Command> MakeQcCommand(CLI::App& parser);
 std::unique_ptr<Command> MakePluginCommand(CLI::App& parser);

@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::array kCommands = {
     MakeInfoCommand,     MakeScansCommand,   MakeSpectrumCommand, MakeChromatogramCommand,
-    MakeLockMassCommand, MakeConvertCommand, MakePageCommand,     MakeCheckCommand,
-    MakeQcCommand,       MakePluginCommand,
+    MakeLockMassCommand, MakeConvertCommand, MakePageCommand,     MakeViewCommand,
+    MakeCheckCommand,    MakeQcCommand,      MakePluginCommand,
 };
 
 constexpr int kFiles = 8;  // open at once for one source, and those looked at

@@ -21,6 +21,9 @@ void* FindExport(void* library, const char* name);
 /// Whether `count` more files can be open at once; `error` says why not.
 bool CanOpenFiles(int count, std::string& error);
 
+/// Asks the system's browser to show `address`; nothing happens where there is none.
+void OpenInBrowser(const std::string& address);
+
 enum class Stream { kOutput, kError };
 enum class WriteResult { kWritten, kReaderGone, kInterrupted, kFailed };
 

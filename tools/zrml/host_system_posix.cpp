@@ -1,12 +1,15 @@
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
 #include <fstream>
 #include <poll.h>
+#include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -85,6 +88,22 @@ bool CanOpenFiles(int count, std::string& error) {
 }
 
 bool IsErrorTerminal() { return ::isatty(STDERR_FILENO) == 1; }
+
+// Only where there is a screen: on others a browser of text might take the terminal.
+void OpenInBrowser(const std::string& address) {
+  const bool hasScreen = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
+  if (!hasScreen) return;
+  posix_spawn_file_actions_t files;
+  ::posix_spawn_file_actions_init(&files);
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    ::posix_spawn_file_actions_addopen(&files, stream, "/dev/null", O_RDWR, 0);
+  std::string program = "xdg-open";
+  std::string argument = address;
+  std::array<char*, 3> arguments = {program.data(), argument.data(), nullptr};
+  pid_t process = 0;
+  ::posix_spawnp(&process, program.c_str(), &files, nullptr, arguments.data(), environ);
+  ::posix_spawn_file_actions_destroy(&files);
+}
 
 std::size_t ErrorTerminalWidth() {
   winsize size{};

@@ -59,6 +59,11 @@ bool IsErrorTerminal() {
   return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
+void OpenInBrowser(const std::string& address) {
+  const std::wstring wide = platform::FromNativePath(address);
+  ::ShellExecuteW(nullptr, L"open", wide.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+}
+
 std::size_t ErrorTerminalWidth() {
   CONSOLE_SCREEN_BUFFER_INFO info{};
   const HANDLE file = ::GetStdHandle(STD_ERROR_HANDLE);

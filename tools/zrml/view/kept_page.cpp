@@ -240,10 +240,6 @@ std::string KeptEnd() {
 
 }  // namespace
 
-const char* const kLivePolicy =
-    "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src data: blob:; "
-    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
-
 std::string MakeKeptPage(source::Source& source, std::size_t maxSize, const Work& work) {
   constexpr std::size_t kAround = 200;  // the element and what is around the answers
   const std::string head = KeptHead();

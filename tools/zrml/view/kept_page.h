@@ -19,6 +19,8 @@ std::string MakeKeptPage(source::Source& source, std::size_t maxSize, const Work
 std::string LivePage();
 
 /// The policy of the page for a header: scripts, styles and data from the own server only.
-extern const char* const kLivePolicy;
+inline constexpr const char* kLivePolicy =
+    "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; img-src data: blob:; "
+    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 }  // namespace zrml::view

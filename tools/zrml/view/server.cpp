@@ -1,0 +1,191 @@
+#include "tools/zrml/view/server.h"
+
+#include <array>
+#include <utility>
+
+#include <boost/asio.hpp>
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+
+#include "convert/error.h"
+#include "tools/zrml/view/kept_page.h"
+#include "tools/zrml/view/requests.h"
+
+namespace zrml::view {
+namespace {
+
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+using asio::ip::tcp;
+using ErrorCode = boost::system::error_code;
+
+constexpr int kWorkers = 4;
+constexpr int kMostConnections = 64;
+constexpr unsigned kMostHeaderBytes = 16 * 1024;
+constexpr std::chrono::seconds kPatience(60);            // with a client that sends or takes nothing
+constexpr std::chrono::milliseconds kBetweenLooks(100);  // at whether to stop
+
+// Nothing is kept, and nothing of the page goes anywhere else.
+constexpr std::array<std::pair<const char*, const char*>, 5> kSafeHeaders = {{
+    {"Cache-Control", "no-store"},
+    {"Content-Security-Policy", kLivePolicy},
+    {"X-Content-Type-Options", "nosniff"},
+    {"Referrer-Policy", "no-referrer"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+}};
+
+}  // namespace
+
+class Server::State {
+ public:
+  State(std::vector<std::string> runs, unsigned short port)
+      : acceptor_(context_),
+        timer_(context_),
+        port_(Listen(port)),
+        token_(MakeToken()),
+        workers_(std::move(runs), kWorkers),
+        requests_(workers_, port_, token_) {}
+
+  std::string Address() const { return "http://127.0.0.1:" + std::to_string(port_) + "/#token=" + token_; }
+
+  void Run(const source::Cancel& stop) {
+    LookWhetherToStop(stop);
+    Accept();
+    context_.run();
+  }
+
+ private:
+  class Session;
+
+  unsigned short Listen(unsigned short port) {
+    const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), port);
+    try {
+      acceptor_.open(endpoint.protocol());
+#ifndef _WIN32  // where it would let two programs have one port
+      acceptor_.set_option(asio::socket_base::reuse_address(true));
+#endif
+      acceptor_.bind(endpoint);
+      acceptor_.listen();
+      return acceptor_.local_endpoint().port();
+    } catch (const boost::system::system_error& error) {
+      throw convert::Error(convert::ErrorKind::kSystem, "cannot listen on port " + std::to_string(port) +
+                                                            " (" + error.code().message() + ")");
+    }
+  }
+
+  void LookWhetherToStop(const source::Cancel& stop) {
+    timer_.expires_after(kBetweenLooks);
+    timer_.async_wait([this, &stop](ErrorCode) { stop() ? context_.stop() : LookWhetherToStop(stop); });
+  }
+
+  void Accept();
+
+  asio::io_context context_{1};
+  tcp::acceptor acceptor_;
+  asio::steady_timer timer_;
+  unsigned short port_;
+  std::string token_;
+  int connections_ = 0;
+  Workers workers_;
+  Requests requests_;
+};
+
+// One connection: a request, its response, and the next one.
+class Server::State::Session : public std::enable_shared_from_this<Session> {
+ public:
+  Session(tcp::socket socket, State& state) : stream_(std::move(socket)), state_(state) {
+    ++state_.connections_;
+  }
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session() { --state_.connections_; }
+
+  void Read() {
+    parser_.emplace();
+    parser_->header_limit(kMostHeaderBytes);
+    parser_->body_limit(0);
+    stream_.expires_after(kPatience);
+    http::async_read(stream_, buffer_, *parser_, [self = shared_from_this()](ErrorCode error, std::size_t) {
+      if (!error) self->Answer();
+    });
+  }
+
+ private:
+  Request RequestOf() const {
+    const auto& message = parser_->get();
+    const auto text = [&](const char* name) { return std::string(message[name]); };
+    return {.isGet = message.method() == http::verb::get,
+            .hosts = static_cast<int>(message.count(http::field::host)),
+            .host = text("Host"),
+            .target = std::string(message.target()),
+            .token = text("X-Zrml-Token"),
+            .asker = {text("X-Zrml-Tab"), text("X-Zrml-Lane")}};
+  }
+
+  void Answer() {
+    const auto job = std::make_shared<Job>();
+    if (std::optional<Response> response = state_.requests_.Answer(RequestOf(), *job))
+      return Write(std::move(*response));
+    stream_.expires_never();
+    // Called by a worker; the rest goes on here.
+    job->reply = [self = shared_from_this()](Reply reply) {
+      auto response = std::make_shared<Response>(Requests::ResponseOf(std::move(reply)));
+      asio::post(self->stream_.get_executor(), [self, response] { self->Write(std::move(*response)); });
+    };
+    WatchForEnd(job);
+    state_.workers_.Ask(job);
+  }
+
+  // A client that has gone waits for nothing.
+  void WatchForEnd(const std::shared_ptr<Job>& job) {
+    stream_.socket().async_wait(tcp::socket::wait_read,
+                                [self = shared_from_this(), weak = std::weak_ptr<Job>(job)](ErrorCode error) {
+                                  ErrorCode ignored;
+                                  const std::shared_ptr<Job> waiting = weak.lock();
+                                  if (!waiting || error) return;
+                                  if (self->stream_.socket().available(ignored) == 0)
+                                    self->state_.workers_.Cancel(waiting);
+                                });
+  }
+
+  void Write(Response response) {
+    response_.emplace(static_cast<http::status>(response.status), 11);
+    response_->set(http::field::content_type, response.type);
+    for (const auto& [name, value] : kSafeHeaders) response_->set(name, value);
+    response_->keep_alive(parser_->get().keep_alive());
+    response_->body() = std::move(response.body);
+    response_->prepare_payload();
+    ErrorCode ignored;
+    stream_.socket().cancel(ignored);  // no longer watched
+    stream_.expires_after(kPatience);
+    http::async_write(stream_, *response_, [self = shared_from_this()](ErrorCode error, std::size_t) {
+      if (!error && self->response_->keep_alive()) self->Read();
+    });
+  }
+
+  beast::tcp_stream stream_;
+  State& state_;
+  beast::flat_buffer buffer_{kMostHeaderBytes};
+  std::optional<http::request_parser<http::empty_body>> parser_;
+  std::optional<http::response<http::string_body>> response_;
+};
+
+void Server::State::Accept() {
+  acceptor_.async_accept([this](ErrorCode error, tcp::socket socket) {
+    if (!error && connections_ < kMostConnections)
+      std::make_shared<Session>(std::move(socket), *this)->Read();
+    Accept();
+  });
+}
+
+Server::Server(std::vector<std::string> runs, unsigned short port)
+    : state_(std::make_unique<State>(std::move(runs), port)) {}
+
+Server::~Server() = default;
+
+std::string Server::Address() const { return state_->Address(); }
+
+void Server::Run(const source::Cancel& stop) { state_->Run(stop); }
+
+}  // namespace zrml::view
