@@ -63,9 +63,14 @@ class Row {
     const facts = ion ? `function ${f.id}` : [f.kind, f.polarity === 'unknown' ? '' : f.polarity].filter((fact) => fact).join(', ');
     const title = ion ? `${massLabel(f)} ${fixed(ion[0], 4)} – ${fixed(ion[1], 4)}` : functionTitle(f);
     replace(this.label, el('div', { class: 'title', dir: 'auto', title }, title), el('div', { class: 'quiet' }, facts), this.readout,
-      ion && button('remove', () => {
+      ion && el('div', { class: 'ion-tools' }, button('remove', () => {
         setState({ ions: state.ions.filter((other) => other[0] !== f.position || other[1] !== ion[0] || other[2] !== ion[1]) });
-      }, { class: 'quiet' }));
+      }, { class: 'quiet' }), savingButtons({ name: 'ion', canvas: () => this.plot.canvas(), svg: () => this.plot.svg(), tsv: () => this.tsv() })));
+  }
+
+  tsv() {
+    const answer = this.curves.find((each) => each.answer)?.answer;
+    return answer ? tsv(['minutes', 'intensity'], [answer.x, answer.y]) : '';
   }
 
   // What is drawn: of each run its totals and base peaks, or the ion.
@@ -243,10 +248,7 @@ export class Chromatograms {
         name: 'chromatogram',
         canvas: () => this.#current()?.plot.canvas() || null,
         svg: () => this.#current()?.plot.svg() || '',
-        tsv: () => {
-          const curve = this.#current()?.curves.find((each) => each.answer);
-          return curve?.answer ? tsv(['minutes', 'intensity'], [curve.answer.x, curve.answer.y]) : '';
-        },
+        tsv: () => this.#current()?.tsv() || '',
       }));
   }
 

@@ -12,7 +12,7 @@ import { colour, font, onTheme, rampColours } from './look.js';
  */
 /** @typedef {{minutes: [number, number], ordinate: [number, number]}} Box */
 
-const margin = { left: 50, top: 8, right: 14, bottom: 36 };
+const margin = { left: 50, top: 8, right: 18, bottom: 36 };
 
 export class HeatMap {
   /**

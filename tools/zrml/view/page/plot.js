@@ -30,7 +30,7 @@ import { escapeXml } from './saving.js';
  */
 
 const axisSize = 50;
-const paddingRight = 14;
+const paddingRight = 18;
 
 /**
  * Sticks down to zero; of those at one pixel the highest.
@@ -325,7 +325,7 @@ export class Plot {
         y: { range: (/** @type {any} */ _u, /** @type {number|null} */ low, /** @type {number|null} */ high) => rangeOf(low, high) },
       },
       axes: [
-        { ...axis, show: hasAxis, label: this.options.xLabel, labelFont: font, labelSize: 14, size: 24, gap: 3, labelGap: 0 },
+        { ...axis, show: hasAxis, label: this.options.xLabel, labelFont: font, labelSize: 14, size: 24, gap: 3, labelGap: 0, values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(tickText) },
         { ...axis, size: axisSize, gap: 4, space: 26, values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(tickText) },
       ],
       cursor: {
@@ -345,8 +345,11 @@ export class Plot {
         spanGaps: true,
       }))],
       hooks: {
-        drawAxes: [(/** @type {any} */ u) => this.#drawBands(u)],
-        draw: [(/** @type {any} */ u) => this.#drawMarks(u)],
+        drawAxes: [(/** @type {any} */ u) => { this.#drawBands(u); this.#drawMarks(u); }],
+        draw: [(/** @type {any} */ u) => {
+          if (this.options.decimals !== undefined) this.#labelPeaks(u, this.options.decimals);
+          this.#drawFlags(u);
+        }],
         setCursor: [(/** @type {any} */ u) => this.#hover(u)],
       },
     };
@@ -433,8 +436,6 @@ export class Plot {
       ctx.stroke();
     }
     ctx.restore();
-    if (this.options.decimals !== undefined) this.#labelPeaks(u, this.options.decimals);
-    this.#drawFlags(u);
   }
 
   // Small triangles with a text at given places, where there is room for it.
