@@ -16,7 +16,8 @@ done
 began=$EPOCHREALTIME
 : >build/times
 
-stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" "${python_packages[@]}" abigail-tools binutils clang-format clang-tidy groff-base locales zsh
+stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader_packages[@]}" "${python_packages[@]}" "${browser_packages[@]}" \
+  abigail-tools binutils clang-format clang-tidy groff-base locales zsh
 stage node install_node
 
 check_format() {

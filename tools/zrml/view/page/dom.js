@@ -14,7 +14,7 @@ export function el(tag, attributes = {}, ...children) {
   for (const [name, value] of Object.entries(attributes)) {
     if (value === undefined || value === null || value === false) continue;
     if (name.startsWith('on')) element.addEventListener(name.slice(2), value);
-    else element.setAttribute(name, value === true ? '' : String(value));
+    else element.setAttribute(name, value === true ? '' : visible(String(value)));
   }
   put(element, ...children);
   return element;

@@ -1,5 +1,5 @@
 // The page: loads the runs, makes the panels of the sample that is shown, and passes on what changes.
-import { el, button, replace } from './dom.js';
+import { el, button, replace, visible } from './dom.js';
 import { AbsorbancePanel } from './absorbance.js';
 import { Chromatograms } from './chromatograms.js';
 import { functionPanel, header, samplePanel, showFindings } from './contents.js';
@@ -54,7 +54,7 @@ class Page {
     if (!shown?.run) throw new Error(this.runs[0]?.error || 'There is nothing to show.');
     const run = shown.run;
     this.main = main;
-    document.title = run.name;
+    document.title = visible(run.name);
     const answer = await ask('sample', { sample: state.sample }, { run: main }).catch((error) => {
       this.#head(run, null);
       throw error;
@@ -148,6 +148,13 @@ class Page {
     this.map?.mark(state.average ? null : row?.timeOf(state.scan) ?? null);
   }
 }
+
+// Arrows step wherever the focus is, but in a field that takes text.
+document.addEventListener('keydown', (event) => {
+  const isTyped = event.target instanceof HTMLInputElement;
+  if (event.defaultPrevented || isTyped || event.shiftKey || event.ctrlKey || event.metaKey || event.altKey) return;
+  if (page.spectrum?.key(event)) event.preventDefault();
+});
 
 const wide = matchMedia('(min-width: 1700px)');
 const widest = matchMedia('(min-width: 2500px)');

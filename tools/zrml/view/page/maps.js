@@ -1,5 +1,5 @@
 // m/z over time of each function, one at a time.
-import { el } from './dom.js';
+import { el, replace } from './dom.js';
 import { functionTitle, massLabel } from './contents.js';
 import { HeatMap } from './heat_map.js';
 import { tall } from './look.js';
@@ -47,7 +47,7 @@ export class MapPanel {
 
   async load() {
     const values = { sample: state.sample, function: this.chosen.position };
-    this.panel.title.textContent = `${massLabel(this.chosen)} over time: ${functionTitle(this.chosen)}`;
+    replace(this.panel.title, `${massLabel(this.chosen)} over time: ${functionTitle(this.chosen)}`);
     const answer = await this.panel.attempt(() => ask('map', values, { lane: 'map', detail: this.#detail() }), 'map');
     if (!answer || !this.map) return;
     this.whole = answer;

@@ -138,9 +138,10 @@ export class SpectrumPanel {
 
   /** @param {KeyboardEvent} event */
   key(event) {
+    if (!isLive) return false;
     if (event.key === 'ArrowLeft') this.step(-1);
     else if (event.key === 'ArrowRight') this.step(1);
-    else if (event.key === 'c' && isLive) this.panel.tools.querySelector('button[title^="Peaks"]')?.dispatchEvent(new MouseEvent('click'));
+    else if (event.key === 'c') this.panel.tools.querySelector('button[title^="Peaks"]')?.dispatchEvent(new MouseEvent('click'));
     else return false;
     return true;
   }
