@@ -15,8 +15,10 @@ std::string ErrorFrame(const std::string& message) {
 }  // namespace
 
 // One worker is always left for short questions.
-Workers::Workers(std::vector<std::string> runs, int count) : runs_(std::move(runs)), mostLong_(count - 1) {
-  for (int i = 0; i < count; ++i) threads_.push_back(std::make_unique<convert::Thread>([this] { Serve(); }));
+Workers::Workers(std::vector<std::string> runs, int count)
+    : runs_(std::move(runs)), mostLong_(count - 1), workers_(static_cast<std::size_t>(count)) {
+  for (Worker& worker : workers_)
+    threads_.push_back(std::make_unique<convert::Thread>([this, &worker] { Serve(worker); }));
 }
 
 Workers::~Workers() {
@@ -69,30 +71,41 @@ std::map<std::string, double> Workers::SharesOf(const std::string& tab) {
   return shares;
 }
 
-void Workers::Serve() {
+void Workers::Serve(Worker& self) {
   Sources sources;
-  while (const std::shared_ptr<Job> job = TakeNext()) {
+  while (const std::shared_ptr<Job> job = TakeNext(self)) {
     Reply reply = ReplyTo(*job, sources);
-    End(job);
+    End(job, sources, self);
     job->reply(std::move(reply));
   }
 }
 
 // Null when it is time to end.
-std::shared_ptr<Job> Workers::TakeNext() {
+std::shared_ptr<Job> Workers::TakeNext(Worker& self) {
   convert::Lock lock(mutex_);
-  changed_.Wait(lock, [this] { return isStopped_ || FindNext() != waiting_.end(); });
+  self.isIdle = true;
+  changed_.NotifyAll();  // what was left to this one may be for others
+  changed_.Wait(lock, [&] { return isStopped_ || FindNext(self) != waiting_.end(); });
   if (isStopped_) return nullptr;
-  const auto next = FindNext();
+  const auto next = FindNext(self);
   std::shared_ptr<Job> job = *next;
   waiting_.erase(next);
   running_.push_back(job);
+  self.isIdle = false;
+  changed_.NotifyAll();
   return job;
 }
 
-Workers::Jobs::iterator Workers::FindNext() {
+Workers::Jobs::iterator Workers::FindNext(const Worker& self) {
   return std::find_if(waiting_.begin(), waiting_.end(),
-                      [this](const std::shared_ptr<Job>& job) { return MayRun(*job); });
+                      [&](const std::shared_ptr<Job>& job) { return MayRun(*job) && IsFor(self, *job); });
+}
+
+// Opening a large run takes time and memory: one that has it open goes first.
+bool Workers::IsFor(const Worker& self, const Job& job) const {
+  if (self.opened.contains(job.run)) return true;
+  return std::none_of(workers_.begin(), workers_.end(),
+                      [&](const Worker& other) { return other.isIdle && other.opened.contains(job.run); });
 }
 
 // Of the long ones a tab may have all but one; the last one is for other tabs.
@@ -108,9 +121,13 @@ bool Workers::MayRun(const Job& job) const {
   return all < mostLong_ && own < std::max(mostLong_ - 1, 1);
 }
 
-void Workers::End(const std::shared_ptr<Job>& job) {
+void Workers::End(const std::shared_ptr<Job>& job, const Sources& sources, Worker& self) {
   const convert::Lock lock(mutex_);
   std::erase(running_, job);
+  self.opened.clear();
+  for (const auto& [run, source] : sources) {
+    if (source) self.opened.insert(run);
+  }
   changed_.NotifyAll();
 }
 

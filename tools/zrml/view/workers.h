@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -65,13 +66,19 @@ class Workers {
   using Sources = std::map<std::size_t, std::unique_ptr<source::Source>>;
   using Jobs = std::deque<std::shared_ptr<Job>>;
 
-  void Serve();
-  std::shared_ptr<Job> TakeNext();
-  Jobs::iterator FindNext();
+  struct Worker {
+    std::set<std::size_t> opened = {};  // runs
+    bool isIdle = true;
+  };
+
+  void Serve(Worker& self);
+  std::shared_ptr<Job> TakeNext(Worker& self);
+  Jobs::iterator FindNext(const Worker& self);
   bool MayRun(const Job& job) const;
+  bool IsFor(const Worker& self, const Job& job) const;
   Reply ReplyTo(Job& job, Sources& sources);
   std::string FrameFor(Job& job, Sources& sources);
-  void End(const std::shared_ptr<Job>& job);
+  void End(const std::shared_ptr<Job>& job, const Sources& sources, Worker& self);
   static void Supersede(const Jobs& jobs);
 
   std::vector<std::string> runs_;
@@ -81,6 +88,7 @@ class Workers {
   Jobs running_;
   bool isStopped_ = false;
   int mostLong_;
+  std::deque<Worker> workers_;
   std::vector<std::unique_ptr<convert::Thread>> threads_;  // last: they use the rest
 };
 

@@ -75,7 +75,7 @@ class Row {
 
   // What is drawn: of each run its totals and base peaks, or the ion.
   /** @param {ShownRun[]} runs */
-  async load(runs) {
+  async loadTotals(runs) {
     const kinds = this.ion ? ['sum'] : this.owner.kinds();
     this.curves = runs.flatMap((run, n) => {
       const f = n === 0 ? this.f : run.sample?.functions.find((other) => other.id === this.f.id);
@@ -89,7 +89,12 @@ class Row {
         },
       }));
     });
-    await Promise.all(this.curves.map((curve) => this.ask(curve)));
+    await Promise.all(this.curves.filter((curve) => curve.kind === 'tic').map((curve) => this.ask(curve)));
+  }
+
+  // What needs the points of all scans.
+  async loadRest() {
+    await Promise.all(this.curves.filter((curve) => curve.kind !== 'tic').map((curve) => this.ask(curve)));
     if (!this.ion) await this.loadFlags();
   }
 
@@ -305,8 +310,18 @@ export class Chromatograms {
 
   /** @param {ShownRun[]} runs */
   async load(runs) {
+    await this.loadTotals(runs);
+    await this.loadRest();
+  }
+
+  /** @param {ShownRun[]} runs */
+  async loadTotals(runs) {
     this.runs = runs;
-    await Promise.all(this.rows.map((row) => row.load(runs)));
+    await Promise.all(this.rows.map((row) => row.loadTotals(runs)));
+  }
+
+  async loadRest() {
+    await Promise.all(this.rows.map((row) => row.loadRest()));
   }
 
   /** @param {Row} row @param {number} from @param {number} to */

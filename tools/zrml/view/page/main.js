@@ -70,7 +70,8 @@ class Page {
     const findings = el('div', {});
     this.grid = el('main', { class: 'panels' });
     replace(this.root, header(run, sample), this.#runList(), findings, this.grid);
-    showFindings(findings, this.main || 0);
+    this.findings = findings;
+    if (!sample) showFindings(findings, this.main || 0);
   }
 
   #runList() {
@@ -127,12 +128,13 @@ class Page {
       const answer = await ask('sample', { sample: state.sample }, { run: index }).catch(() => null);
       return { index, name: run.name, sample: answer ? /** @type {Sample} */ (answer.facts) : null };
     }));
-    const charts = this.chromatograms?.load(runs);
+    await this.chromatograms?.loadTotals(runs);  // the first thing that is seen
+    const findings = showFindings(/** @type {HTMLElement} */ (this.findings), this.main || 0);
     this.spectrum?.load();
     this.absorbance?.load();
     this.traces?.load();
     if (this.map?.isNeeded()) this.map.load();
-    await charts;
+    await Promise.all([findings, this.chromatograms?.loadRest()]);
   }
 
   /** @param {import('./state.js').State} before */
