@@ -117,6 +117,8 @@ constinit const PointKernels kScalarKernels = {
                 double* widened) { std::copy_n(values, count, widened); },
     .descends = Descends,
     .leastStep = LeastStep,
+    .hasZero = [](const double* values,
+                  std::size_t count) { return std::find(values, values + count, 0.0) != values + count; },
     .linearAxis = LinearAxis,
 };
 

@@ -123,7 +123,6 @@ clang_packages=(clang libclang-rt-14-dev llvm)
 windows_packages=(g++-mingw-w64-x86-64-win32 libz-mingw-w64-dev wine wine64 "${clang_packages[@]}" lld)
 python_packages=(python3 python3-numpy python3-pandas python3-matplotlib python3-pip python3-venv mypy)
 reader_packages=(topp libxml2-utils python3 python3-pymzml python3-jsonschema python3-rfc3987 multiqc)  # independent readers of our output
-
 browser_packages=(chromium fonts-dejavu-core)
 
 # ccache keeps compiled objects, also for other clones.
