@@ -1,6 +1,7 @@
 #include "spectrum/peak_sequence.h"
 
 #include <limits>
+#include <utility>
 
 namespace zrml {
 namespace {
@@ -69,6 +70,15 @@ void PeakSequence::Remove(Index i) {
   peak.mass = 0;
   peak.above = free_;
   free_ = i;
+}
+
+void PeakSequence::Renumber() {
+  PeakSequence ordered;
+  ordered.Reserve(count_);
+  for (Index i = first_; i != kNone; i = peaks_[i].above)
+    ordered.SetUnsettled(ordered.InsertBefore(kNone, peaks_[i].mass, peaks_[i].intensity),
+                         peaks_[i].isUnsettled);
+  *this = std::move(ordered);
 }
 
 bool PeakSequence::MayHoldStop(const Block& block, double mass) {

@@ -51,6 +51,10 @@ class PeakSequence {  // NOLINT(bugprone-reserved-identifier): the compiler gene
   /// The peak then has mass 0 until its index is reused, at the next insertion at the earliest.
   void Remove(Index i);
 
+  /// Gives all peaks new indices, in their order: neighbours are then neighbours in memory. Marks are
+  /// cleared.
+  void Renumber();
+
   /// The first peak from `from` on that is unsettled or whose mass is not below `mass`, or kNone. With NaN,
   /// the first unsettled one.
   Index Find(Index from, double mass);

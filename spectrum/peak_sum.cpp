@@ -64,6 +64,12 @@ bool PeakSum::Add(Values masses, Values intensities) {
     MakeVisits();
   }
   Settle(isMerge);
+  // Neighbours that are far from each other in memory take longer than the visits themselves.
+  inserted_ += masses.size();
+  if (inserted_ > peaks_.Count()) {
+    peaks_.Renumber();
+    inserted_ = 0;
+  }
   return hasChanged_;
 }
 

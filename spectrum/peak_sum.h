@@ -59,6 +59,7 @@ class PeakSum {
   PeakMergeContext width_;
   std::optional<double> half_;  // half the width, where it is the same everywhere
   PeakSequence peaks_;
+  std::size_t inserted_ = 0;  // since the peaks were put in order in memory
   // State of one addition.
   std::vector<Index> touched_;  // in the order of the peaks
   std::vector<Visit> visits_;
