@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <span>
 
 #include "common/platform/platform.h"
@@ -128,6 +129,11 @@ SourceStamp::SourceStamp(const std::string& path) : path_(path) {
   for (const SystemPath& name : list.files.names) {
     if (!IsByTheWay(PathText(name), source::Format::kRawDirectory)) add(platform::PathIn(list.folder, name));
   }
+}
+
+std::uint64_t SourceStamp::Size() const {
+  return std::accumulate(files_.begin(), files_.end(), std::uint64_t{0},
+                         [](std::uint64_t sum, const Stamp& file) { return sum + file.stamp.size; });
 }
 
 std::int64_t SourceStamp::LastWritten() const {

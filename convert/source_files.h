@@ -53,6 +53,9 @@ class SourceStamp {
   /// When the last of them was written to, as FileStamp counts.
   std::int64_t LastWritten() const;
 
+  /// Bytes of all of them.
+  std::uint64_t Size() const;
+
   /// The name of a file that is new, gone or changed since.
   std::optional<std::string> FindChange() const;
 

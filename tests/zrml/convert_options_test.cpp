@@ -109,6 +109,7 @@ TEST_F(ConvertOptionsTest, ParquetIsNotCompressedAsAWhole) {
 TEST_F(ConvertOptionsTest, ParquetIsWholeWithItsMark) {
   const std::vector<std::string> arguments = {"-b", Path("x.parquet"), "--function", "1", "--skip-existing"};
   ExpectOutput(Convert(arguments), Path("x.parquet") + "\n");
+  SetAge("x.parquet", -1);
   ExpectOutput(Convert(arguments), "");
   std::filesystem::resize_file(folder_ / "x.parquet", std::filesystem::file_size(folder_ / "x.parquet") - 1);
   ExpectFailure(Convert(arguments), 5,
@@ -210,7 +211,7 @@ TEST_F(ConvertOptionsTest, FoldersAreSearched) {
 TEST_F(ConvertOptionsTest, SourcesAreListedInAFile) {
   const std::string other = Make("other.raw");
   const std::string list = MakeFile("list.txt", "\xEF\xBB\xBF" + other + "\r\n\n" + Make("last.raw"));
-  ExpectOutput(Convert({"--from", list, "-o", Path("out"), "--format", "tsv", "--threads", "1"}),
+  ExpectOutput(Convert({"--from", list, "-o", Path("out"), "--format", "tsv", "--function", "1"}),
                Path("out/run.tsv\n") + Path("out/other.tsv\n") + Path("out/last.tsv\n"));
   ExpectFailure(Run({"convert", "--from", MakeFile("empty.txt", "\n")}), 2,
                 "there are no sources in " + Path("empty.txt"));

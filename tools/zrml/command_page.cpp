@@ -46,9 +46,10 @@ class PageCommand : public Command {
       RefuseUnlessFile(file_);
     }
     if (!folder_.empty()) MakeFolder(folder_);
+    const convert::SourceOwners owners(sources);
     try {
       ForEachSource(sources, "have no page", [&](const std::string& path) {
-        const std::string target = MakePage(path, sources);
+        const std::string target = MakePage(path, owners);
         out.Text(VisibleText(target) + "\n");
         out.Finish();
       });
@@ -59,28 +60,38 @@ class PageCommand : public Command {
 
  private:
   // Returns the file's path.
-  std::string MakePage(const std::string& path, const std::vector<std::string>& sources) {
+  std::string MakePage(const std::string& path, const convert::SourceOwners& owners) {
     const std::unique_ptr<source::Source> source = OpenListed(path);
     const std::string target = TargetOf(*source);
-    if (made_.Has(target)) {
+    if (!made_.Claim(target)) {
       throw Failure(ExitStatus::kUnreadable,
                     path + " would replace " + target + ", already written from another source");
     }
+    try {
+      WritePage(*source, target, owners);
+    } catch (...) {
+      made_.Release(target, false);
+      throw;
+    }
+    made_.Release(target, true);
+    return target;
+  }
+
+  void WritePage(source::Source& source, const std::string& target,
+                 const convert::SourceOwners& owners) const {
     RefuseUnlessFile(target);
-    RefuseSourceAsTarget(target, sources);
+    RefuseSourceAsTarget(target, owners);
     const InterruptionWatch watch;
     try {
       const auto existing = isForced_ ? convert::Existing::kReplace : convert::Existing::kKeep;
       convert::TargetFile file(target, existing, IsInterrupted);
-      file.Write(PageOf(*source));
+      file.Write(PageOf(source));
       file.Finish();
     } catch (const convert::Error& error) {
       throw FailureOf(error);
     } catch (const source::Error& error) {
       throw FailureOf(error);
     }
-    made_.Add(target);
-    return target;
   }
 
   std::string PageOf(source::Source& source) const {

@@ -67,7 +67,7 @@ void DamagePolicy::RefuseEmpty(source::Source& source) {
   throw Failure(ExitStatus::kUnreadable, source.Path() + " has no samples");
 }
 
-void DamagePolicy::Report(const convert::Result& result, const std::string& name) const {
+void DamagePolicy::Report(const convert::Result& result, const std::string& name) {
   for (const convert::Note& note : result.notes) {
     if (!IsReported(note)) Warn(name, note.text);
   }
@@ -87,12 +87,13 @@ bool DamagePolicy::IsReported(const convert::Note& note) const {
                      [&](const Finding* finding) { return finding->file == note.file; });
 }
 
-void DamagePolicy::Warn(const std::string& name, const std::string& problem) const {
+void DamagePolicy::Warn(const std::string& name, const std::string& problem) {
+  warnings_.push_back(problem);
   if (!request_.isQuiet) PrintError(name + ": " + problem);
 }
 
 // Functions have their names from there.
-void DamagePolicy::WarnOfMissingLabels(source::Source& source, const std::string& name) const {
+void DamagePolicy::WarnOfMissingLabels(source::Source& source, const std::string& name) {
   if (source.GetFormat() != source::Format::kRawDirectory) return;
   const platform::SystemPath folder = convert::FolderOfSource(source.Path());
   for (const char* const labels : {"_EXTERN.INF", "_extern.inf"}) {

@@ -25,18 +25,22 @@ class DamagePolicy {
 
   /// Warns of faults found by the conversion of that sample, except for files that Look has warned of. Lists
   /// each lost scan.
-  void Report(const convert::Result& result, const std::string& name) const;
+  void Report(const convert::Result& result, const std::string& name);
+
+  /// All that it has warned of, or would have, without the name of the sample.
+  const std::vector<std::string>& Warnings() const { return warnings_; }
 
  private:
   bool IsReported(const convert::Note& note) const;
   std::string FileOf(const convert::Loss& loss) const;
-  void Warn(const std::string& name, const std::string& problem) const;
-  void WarnOfMissingLabels(source::Source& source, const std::string& name) const;
+  void Warn(const std::string& name, const std::string& problem);
+  void WarnOfMissingLabels(source::Source& source, const std::string& name);
 
   const ConvertRequest& request_;
   // Of the sample in question, what Look has warned of, and the data file of each function.
   std::vector<const Finding*> reported_;
   std::map<convert::FunctionKey, std::string> files_;
+  std::vector<std::string> warnings_;
 };
 
 /// A conversion's error as the end of the command, with `front` before its message.

@@ -166,6 +166,9 @@ void AddReportingOptions(CLI::App& options, ConvertRequest& request) {
   options.add_flag("--strict", request.conversion.isStrict, "Do not convert a source that is suspect either")
       ->excludes(damaged)
       ->option_text(" ");
+  options.add_option("--log", request.log, "Append a line of JSON about each source to a file")
+      ->option_text("FILE")
+      ->check(IsNotEmpty());
   CLI::Option* const quiet = options.add_flag("-q,--quiet", request.isQuiet, "Print errors only");
   quiet->option_text(" ");
   options.add_flag("-v,--verbose", request.isVerbose, "Say on standard error what each file holds")

@@ -27,6 +27,7 @@ struct ConvertRequest {
   bool isKept = false;  // keep files that are whole and newer than their source
   bool isGzipped = false;
 
+  std::string log = {};  // empty for none
   bool isQuiet = false;
   bool isVerbose = false;
   convert::Options conversion = {};

@@ -1,5 +1,8 @@
 #include "tools/zrml/convert_target.h"
 
+#include <algorithm>
+
+#include "common/text.h"
 #include "convert/error.h"
 #include "convert/native_path.h"
 #include "convert/source_files.h"
@@ -71,14 +74,32 @@ void MakeFolder(const std::string& folder) {
   throw Failure(ExitStatus::kUnreadable, "cannot make the folder " + folder + " (" + error + ")");
 }
 
-void MadeFiles::Add(const std::string& path) {
-  paths_.insert(path);
-  if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.insert(*id);
+// Names that differ in case may be one file.
+bool MadeFiles::IsBegun(const std::string& path, const std::optional<platform::FileId>& id) const {
+  return begun_.contains(ToLower(path)) ||
+         (id &&
+          std::any_of(begun_.begin(), begun_.end(), [&](const auto& each) { return each.second == id; }));
 }
 
-bool MadeFiles::Has(const std::string& path) const {
-  const std::optional<platform::FileId> id = platform::IdOf(platform::FromUtf8Path(path));
-  return paths_.contains(path) || (id && ids_.contains(*id));
+bool MadeFiles::Claim(const std::string& path) {
+  convert::Lock lock(mutex_);
+  std::optional<platform::FileId> id;
+  released_.Wait(lock, [&] {
+    id = platform::IdOf(platform::FromUtf8Path(path));
+    return !IsBegun(path, id);
+  });
+  if (paths_.contains(path) || (id && ids_.contains(*id))) return false;
+  begun_.emplace(ToLower(path), id);
+  return true;
+}
+
+void MadeFiles::Release(const std::string& path, bool isMade) {
+  const convert::Lock lock(mutex_);
+  begun_.erase(ToLower(path));
+  released_.NotifyAll();
+  if (!isMade) return;
+  paths_.insert(path);
+  if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.insert(*id);
 }
 
 void StandardOutput::Write(std::string_view bytes) {

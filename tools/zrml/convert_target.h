@@ -1,7 +1,9 @@
 // Where commands write: files and their names, and standard output.
 #pragma once
 
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -10,6 +12,7 @@
 #include "common/platform/paths.h"
 #include "convert/byte_sink.h"
 #include "convert/source_files.h"
+#include "convert/threads.h"
 #include "source/source.h"
 #include "tools/zrml/convert_request.h"
 
@@ -40,14 +43,20 @@ std::unique_ptr<convert::ByteSink> MakeTargetFile(const std::string& path, bool 
 /// files may be replaced.
 void RefuseSourceAsTarget(const std::string& path, const convert::SourceOwners& sources);
 
-/// The files that a command has made.
+/// The files that a command has made, and those that it is making. Used by all threads at once.
 class MadeFiles {
  public:
-  void Add(const std::string& path);
-  /// Also by another name: there are links, and systems that ignore case.
-  bool Has(const std::string& path) const;
+  /// Whether the file is for the caller to make, who then calls Release; false when it is made already, also
+  /// by another name: there are links, and systems that ignore case. Waits while others make it.
+  bool Claim(const std::string& path);
+  void Release(const std::string& path, bool isMade);
 
  private:
+  bool IsBegun(const std::string& path, const std::optional<platform::FileId>& id) const;
+
+  convert::Mutex mutex_;  // guards what follows
+  convert::Condition released_;
+  std::map<std::string, std::optional<platform::FileId>> begun_;  // by name in lower case
   std::set<std::string> paths_;
   std::set<platform::FileId> ids_;
 };

@@ -5,6 +5,11 @@
 #include "tools/zrml/host_system.h"
 
 namespace zrml::tool {
+namespace {
+
+thread_local std::vector<std::string>* kept = nullptr;
+
+}  // namespace
 
 void Output::Number(double value) { AppendNumber(value, buffer_); }
 void Output::ShortNumber(double value) { AppendShortNumber(value, buffer_); }
@@ -25,7 +30,11 @@ void Output::WriteStandardOutput(std::string_view piece) {
   }
 }
 
+KeptErrors::KeptErrors(std::vector<std::string>& messages) { kept = &messages; }
+KeptErrors::~KeptErrors() { kept = nullptr; }
+
 void PrintError(const std::string& message) {
+  if (kept != nullptr) return kept->push_back(message);
   std::string ignored;
   WriteStream(Stream::kError, "zrml: " + VisibleText(message) + "\n", ignored);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace zrml::tool {
 
@@ -41,5 +42,14 @@ class Output {
 
 /// One line on standard error, with the program's name in front.
 void PrintError(const std::string& message);
+
+/// While it lives, the messages that this thread gives to PrintError are kept in `messages` instead.
+class KeptErrors {
+ public:
+  explicit KeptErrors(std::vector<std::string>& messages);
+  KeptErrors(const KeptErrors&) = delete;
+  KeptErrors& operator=(const KeptErrors&) = delete;
+  ~KeptErrors();
+};
 
 }  // namespace zrml::tool

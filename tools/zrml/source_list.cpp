@@ -131,10 +131,17 @@ void PrintEachSource(const SourceArguments& arguments, bool isJson, const std::s
   throw Failure(*failure);
 }
 
+Failure SomeFailed(const std::vector<std::string>& failed, std::size_t count, const std::string& what,
+                   const std::string& are) {
+  std::string names;
+  for (const std::string& name : failed) names += (names.empty() ? "" : ", ") + name;
+  return {ExitStatus::kSomeFailed, std::to_string(failed.size()) + " of " + std::to_string(count) + ' ' +
+                                       what + ' ' + are + ": " + names};
+}
+
 void ForEach(const std::vector<std::string>& names, const std::string& what, const std::string& are,
              const std::function<void(std::size_t index)>& work) {
-  std::string failed;
-  std::size_t count = 0;
+  std::vector<std::string> failed;
   for (std::size_t i = 0; i < names.size(); ++i) {
     try {
       work(i);
@@ -146,11 +153,9 @@ void ForEach(const std::vector<std::string>& names, const std::string& what, con
       if (names.size() == 1) throw;
       PrintError("not enough memory for " + names[i]);
     }
-    failed += (count++ == 0 ? "" : ", ") + names[i];
+    failed.push_back(names[i]);
   }
-  if (count == 0) return;
-  throw Failure(ExitStatus::kSomeFailed, std::to_string(count) + " of " + std::to_string(names.size()) + ' ' +
-                                             what + ' ' + are + ": " + failed);
+  if (!failed.empty()) throw SomeFailed(failed, names.size(), what, are);
 }
 
 }  // namespace zrml::tool

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include "source/source.h"
+#include "tools/zrml/failure.h"
 #include "tools/zrml/json_writer.h"
 
 namespace zrml::tool {
@@ -41,6 +42,9 @@ void ForEachSource(const std::vector<std::string>& sources, const std::string& a
 /// printed before a failure stays, and JSON is completed.
 void PrintEachSource(const SourceArguments& arguments, bool isJson, const std::string& are, Output& out,
                      const std::function<void(const std::string& source, JsonWriter& json)>& print);
+/// The failure of a command for some of `count` things, the names `failed`.
+Failure SomeFailed(const std::vector<std::string>& failed, std::size_t count, const std::string& what,
+                   const std::string& are);
 
 /// The same as ForEachSource for other parts of a source: `names` for the Failure at the end, `what` as its
 /// noun ("samples of plate.rpt").

@@ -15,7 +15,7 @@ constexpr int kMostThreadsUnasked = 8;
 
 void AddThreadOption(CLI::App& options, int& threads) {
   AddNumber(options, "--threads", threads,
-            "How many threads; by default as many as there are processors, at most 8", kMostThreads);
+            "How many threads in all; by default as many as there are processors, at most 8", kMostThreads);
 }
 
 int ThreadCount(int asked) {

@@ -106,13 +106,14 @@ class QcCommand : public Command {
 
   // Before the work begins.
   void RefuseTargets(const std::vector<std::string>& sources) const {
+    const convert::SourceOwners owners(sources);
     for (const std::string& path : {request_.mzqc, request_.table, request_.page}) {
       if (path.empty()) continue;
       RefuseUnlessFile(path);
-      RefuseSourceAsTarget(path, sources);
+      RefuseSourceAsTarget(path, owners);
     }
     if (request_.multiqc.empty()) return;
-    RefuseSourceAsTarget(convert::InFolder(request_.multiqc, MultiqcFiles().front().name), sources);
+    RefuseSourceAsTarget(convert::InFolder(request_.multiqc, MultiqcFiles().front().name), owners);
   }
 
   // Their files are made, still without a name, before the work begins.
