@@ -4,6 +4,7 @@
 #   encoding:   arrays of mzML written uncompressed, against a plain Base64 encoding of the same arrays by coreutils
 #   compressed: arrays of mzML compressed, against the compressor alone on the same arrays; two threads against one
 #   parquet:    a table, against the compressor alone on the same columns of m/z and intensity; two threads against one
+#   batch:      1,000 small sources, two threads against one
 #   levels:     processor time and size of each level of compression
 #
 # Without PATH a long run is made from the scans of the sample. Times are the best of nine (of three for the levels), elapsed and of the processors;
@@ -118,6 +119,21 @@ compressed() {
 }
 compressed 'compressed mzML' zlib 0 mzml
 compressed Parquet gzip 65536 parquet
+
+# Each a link to a short acquisition, since its name is that of the file.
+rm -rf "$work"/small*
+build/linux/zrml-bench-source "$work/small.raw" 20
+mkdir "$work/small"
+for number in $(seq 1000); do ln -s "$PWD/$work/small.raw" "$work/small/run$number.raw"; done
+ls -d "$PWD/$work/small"/*.raw >"$work/small.txt"
+batch=("$zrml" convert --from "$work/small.txt" -o "$work/small.out" --force -q)
+read -r one one_cpu < <(best "${batch[@]}" --threads 1)
+read -r two two_cpu < <(best "${batch[@]}" --threads 2)
+echo '1,000 small sources'
+show '  1 thread' "$one" "$one_cpu"
+show '  2 threads' "$two" "$two_cpu"
+ratio '  2 threads against 1' "$one" "$two"
+rm -rf "$work"/small*
 
 echo 'levels of compression, 1 thread'
 for format in mzml parquet; do

@@ -1,6 +1,7 @@
-// zrml-bench-source DIRECTORY: a raw directory with the survey scans of the sample acquisition, repeated many
-// times.
+// zrml-bench-source DIRECTORY [SCANS]: a raw directory with the survey scans of the sample acquisition, repeated
+// many times; or only the first SCANS.
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 
@@ -8,7 +9,7 @@
 
 int main(int argc, char** argv) {
   constexpr int kRuns = 12;
-  if (argc != 2) return 2;
+  if (argc != 2 && argc != 3) return 2;
   try {
     zrml::FunctionFiles survey = zrml::sample::Survey();
     const std::vector<zrml::ScanFiles> scans = survey.scans;
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
         survey.scans.push_back(std::move(scan));
       }
     }
+    if (argc == 3) survey.scans.resize(std::strtoul(argv[2], nullptr, 10));
     zrml::RawDirectoryBuilder raw;
     raw.functions = {std::move(survey)};
     std::filesystem::create_directories(argv[1]);
