@@ -112,6 +112,7 @@ class ParquetPlanner {
     for (const std::unique_ptr<source::Source>& worker : workers_) looks.emplace_back(*worker, plan_, looked);
     if (!looks.front().IsNeeded()) return looked;
     std::vector<MakePiece> makers;
+    makers.reserve(looks.size());
     for (PointsLook& look : looks) {
       makers.push_back([&](std::size_t batch, std::string& found) { LookAtBatch(look, batch, found); });
     }

@@ -22,7 +22,10 @@ struct FileId {
   std::uint64_t volume = 0;
   std::uint64_t file = 0;
 
-  auto operator<=>(const FileId&) const = default;
+  bool operator==(const FileId&) const = default;
+  bool operator<(const FileId& other) const {
+    return volume != other.volume ? volume < other.volume : file < other.file;
+  }
 };
 /// No value when there is nothing at `path`.
 std::optional<FileId> IdOf(const SystemPath& path);

@@ -1,5 +1,5 @@
-// zrml-bench-source DIRECTORY [SCANS]: a raw directory with the survey scans of the sample acquisition, repeated
-// many times; or only the first SCANS.
+// zrml-bench-source DIRECTORY [SCANS]: a raw directory with the survey scans of the sample acquisition,
+// repeated many times; or only the first SCANS.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
