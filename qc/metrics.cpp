@@ -142,12 +142,6 @@ Values TicTimes(const RunSpectra& run) {
   return times;
 }
 
-Values TotalsOf(std::span<const Spectrum> spectra) {
-  Values totals;
-  for (const Spectrum& spectrum : spectra) totals.push_back(spectrum.total);
-  return totals;
-}
-
 Values TicRatios(const RunSpectra& run) { return QuartileRatios(TotalsOf(run.All(kMs1))); }
 
 // Of their sizes, since changes down have no logarithm.

@@ -13,12 +13,13 @@
 #include "qc/lock_mass.h"
 #include "qc/metrics.h"
 #include "qc/spectra.h"
+#include "qc/statistics.h"
 #include "source/points_look.h"
 
 namespace zrml::qc {
 namespace {
 
-constexpr std::size_t kMostTotals = 300;
+constexpr std::size_t kMostPoints = 300;  // of a curve
 
 enum class Use { kNone, kSpectra, kLockMass, kChannels };
 
@@ -35,7 +36,7 @@ struct Seen {
   RunSpectra spectra;
   std::map<int, convert::ChannelSearch> channels;  // by function
   std::vector<TraceRange> traces;
-  SpectrumList references;  // the deviation in place of the total
+  SpectrumList references;  // those with the lock mass: its deviation in place of the total
   std::size_t referenceCount = 0;
 };
 
@@ -102,28 +103,34 @@ class Collector : public source::Onlooker {
   Wishes wishes_;
 };
 
-// Of so many neighbours that few enough are left, the highest.
-source::Chromatogram Thinned(std::span<const Spectrum> spectra) {
-  source::Chromatogram totals;
-  const std::size_t together = (spectra.size() + kMostTotals - 1) / kMostTotals;
+// As many neighbours together as leave few enough points: `valueOf` them, at the time of the first.
+template <class ValueOf>
+source::Chromatogram Thinned(std::span<const Spectrum> spectra, ValueOf valueOf) {
+  source::Chromatogram curve;
+  const std::size_t together = (spectra.size() + kMostPoints - 1) / kMostPoints;
   for (std::size_t i = 0; i < spectra.size(); i += together) {
     const std::span<const Spectrum> neighbours = spectra.subspan(i, std::min(together, spectra.size() - i));
-    const auto highest =
-        std::max_element(neighbours.begin(), neighbours.end(),
-                         [](const Spectrum& a, const Spectrum& b) { return a.total < b.total; });
-    totals.minutes.push_back(highest->minutes);
-    totals.intensities.push_back(highest->total);
+    curve.minutes.push_back(neighbours.front().minutes);
+    curve.intensities.push_back(valueOf(TotalsOf(neighbours)));
   }
-  return totals;
+  return curve;
 }
 
+double HighestOf(const std::vector<double>& values) {
+  return *std::max_element(values.begin(), values.end());
+}
+
+// The highest of deviations would be far above their course.
+double MedianOf(const std::vector<double>& values) { return Quartiles(values)[1]; }
+
 LockMassCourse CourseOf(Seen& seen) {
-  LockMassCourse course = {.spectra = seen.referenceCount, .minutes = {}, .ppm = {}};
   seen.references.Sort();
-  for (const Spectrum& reference : seen.references.Timed()) {
-    course.minutes.push_back(reference.minutes);
-    course.ppm.push_back(reference.total);
-  }
+  const std::vector<double> deviations = TotalsOf(seen.references.All());
+  LockMassCourse course = {.spectra = seen.referenceCount, .found = deviations.size()};
+  if (deviations.empty()) return course;
+  course.median = MedianOf(deviations);
+  course.range = *RangeOf(deviations);
+  course.curve = Thinned(seen.references.Timed(), MedianOf);
   return course;
 }
 
@@ -156,7 +163,7 @@ RunQuality QualityOf(Seen& seen) {
   for (const Metric& metric : Metrics()) run.metrics.push_back(metric.compute(seen.spectra));
   run.traces = std::move(seen.traces);
   run.lockMass = CourseOf(seen);
-  run.totals = Thinned(seen.spectra.Timed(kMs1));
+  run.totals = Thinned(seen.spectra.Timed(kMs1), HighestOf);
   return run;
 }
 

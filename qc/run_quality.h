@@ -18,11 +18,13 @@ struct TraceRange {
   source::Range values;
 };
 
-/// Deviations of the lock mass in the reference spectra, by time, in parts per million.
+/// Deviations of the lock mass in the reference spectra, in parts per million.
 struct LockMassCourse {
-  std::size_t spectra = 0;  ///< of reference functions; fewer may have the peak
-  std::vector<double> minutes;
-  std::vector<double> ppm;
+  std::size_t spectra = 0;  ///< of reference functions
+  std::size_t found = 0;    ///< spectra that have the peak
+  std::optional<double> median = {};
+  source::Range range = {};         ///< only with a median
+  source::Chromatogram curve = {};  ///< by time, deviations in place of intensities; a few hundred at most
 };
 
 struct RunQuality {

@@ -24,6 +24,13 @@ void SpectrumList::Sort() {
   timed_ = static_cast<std::size_t>(end - all_.begin());
 }
 
+std::vector<double> TotalsOf(std::span<const Spectrum> spectra) {
+  std::vector<double> totals(spectra.size());
+  std::transform(spectra.begin(), spectra.end(), totals.begin(),
+                 [](const Spectrum& spectrum) { return spectrum.total; });
+  return totals;
+}
+
 std::vector<double> Quartiles(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   std::vector<double> quartiles;

@@ -13,6 +13,8 @@ namespace zrml::qc {
 inline constexpr double kSecondsPerMinute = 60;
 inline constexpr int kParts = 4;
 
+std::vector<double> TotalsOf(std::span<const Spectrum> spectra);
+
 /// First, second and third quartile, between two values as far as they are apart. Of at least one value.
 std::vector<double> Quartiles(std::vector<double> values);
 

@@ -374,6 +374,8 @@ TEST_F(QcTest, TargetsThatCannotBeWritten) {
   EXPECT_EQ(Run({"qc", path, "--tsv", ""}).status, 2);
   EXPECT_EQ(Run({"qc", path, "--tsv", path}).status, 2);
   EXPECT_EQ(Run({"qc"}).status, 2);
+  ExpectFailure(Run({"qc", path, "--tsv", Path("x"), "--html", Path("x")}), 2,
+                Path("x") + " is named more than once");
 }
 
 // Their content: tests/zrml/convert/quality_test.py.

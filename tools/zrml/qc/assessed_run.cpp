@@ -9,7 +9,6 @@
 #include "convert/native_path.h"
 #include "convert/ordered_pieces.h"
 #include "convert/source_files.h"
-#include "qc/statistics.h"
 #include "tools/zrml/format.h"
 #include "tools/zrml/interruption.h"
 #include "tools/zrml/open_source.h"
@@ -142,23 +141,19 @@ Assessment AssessSources(const std::vector<std::string>& sources, const qc::Wish
 
 std::vector<Attribute> FactsOf(const AssessedRun& run) {
   const qc::LockMassCourse& lockMass = run.quality.lockMass;
-  const auto edge = [&](auto find) {
-    return lockMass.ppm.empty() ? Value() : Value(*find(lockMass.ppm.begin(), lockMass.ppm.end()));
-  };
+  const auto valueIf = [](bool isThere, auto value) { return isThere ? Value(value) : Value(); };
   const bool isRead = run.state != RunState::kUnreadable;
-  const auto count = [&](std::size_t number) {
-    return isRead ? Value(static_cast<std::int64_t>(number)) : Value();
-  };
+  const bool isFound = lockMass.median.has_value();
   return {{"state", std::string(NameOf(run.state))},
           {"findings", TextOrAbsent(FindingsText(run))},
           {"started", TextOrAbsent(run.quality.started)},
           {"instrument", TextOrAbsent(run.quality.instrument)},
           {"sampleName", TextOrAbsent(run.quality.sampleName)},
-          {"lockMassSpectra", count(lockMass.spectra)},
-          {"lockMassFound", count(lockMass.ppm.size())},
-          {"lockMassPpm", ValueOrAbsent(LockMassMedian(lockMass))},
-          {"lockMassPpmLow", edge([](auto first, auto last) { return std::min_element(first, last); })},
-          {"lockMassPpmHigh", edge([](auto first, auto last) { return std::max_element(first, last); })}};
+          {"lockMassSpectra", valueIf(isRead, static_cast<std::int64_t>(lockMass.spectra))},
+          {"lockMassFound", valueIf(isRead, static_cast<std::int64_t>(lockMass.found))},
+          {"lockMassPpm", ValueOrAbsent(lockMass.median)},
+          {"lockMassPpmLow", valueIf(isFound, lockMass.range.low)},
+          {"lockMassPpmHigh", valueIf(isFound, lockMass.range.high)}};
 }
 
 std::string FindingsText(const AssessedRun& run) {
@@ -168,11 +163,6 @@ std::string FindingsText(const AssessedRun& run) {
         (text.empty() ? "" : "; ") + std::string(NameOf(SeverityOf(finding.code))) + ": " + TextOf(finding);
   }
   return text;
-}
-
-std::optional<double> LockMassMedian(const qc::LockMassCourse& course) {
-  if (course.ppm.empty()) return std::nullopt;
-  return qc::Quartiles(course.ppm)[1];
 }
 
 }  // namespace zrml::tool

@@ -44,7 +44,4 @@ std::vector<Attribute> FactsOf(const AssessedRun& run);
 /// "_FUNC001.DAT ends before ..." with its severity in front, one after the other.
 std::string FindingsText(const AssessedRun& run);
 
-/// Of the deviations of the lock mass; no value without any.
-std::optional<double> LockMassMedian(const qc::LockMassCourse& course);
-
 }  // namespace zrml::tool

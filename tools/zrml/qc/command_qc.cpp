@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <set>
 
 #include "convert/native_path.h"
 #include "convert/source_files.h"
@@ -107,8 +108,11 @@ class QcCommand : public Command {
   // Before the work begins.
   void RefuseTargets(const std::vector<std::string>& sources) const {
     const convert::SourceOwners owners(sources);
+    std::set<std::string> named;
     for (const std::string& path : {request_.mzqc, request_.table, request_.page}) {
       if (path.empty()) continue;
+      if (!named.insert(path).second)
+        throw Failure(ExitStatus::kWrongUsage, path + " is named more than once");
       RefuseUnlessFile(path);
       RefuseSourceAsTarget(path, owners);
     }

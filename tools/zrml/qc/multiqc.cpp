@@ -93,16 +93,17 @@ void WriteMultiqcTable(AssessedRuns runs, Output& out) {
   });
 }
 
-void PutCurve(const std::vector<double>& x, const std::vector<double>& y, JsonWriter& json) {
+void PutCurve(const source::Chromatogram& curve, JsonWriter& json) {
+  const std::vector<double>& minutes = curve.minutes;
   json.Object([&] {
-    for (std::size_t i = 0; i < x.size(); ++i) {
-      if (i == 0 || x[i] != x[i - 1]) json.Key(ShortNumber(x[i])).Put(y[i]);
+    for (std::size_t i = 0; i < minutes.size(); ++i) {
+      if (i == 0 || minutes[i] != minutes[i - 1]) json.Key(ShortNumber(minutes[i])).Put(curve.intensities[i]);
     }
   });
 }
 
-// `curveOf` gives a run's times and values.
-template <class CurveOf>
+using CurveOf = const source::Chromatogram& (*)(const AssessedRun& run);
+
 void WriteCurves(const MultiqcHead& head, const char* unit, AssessedRuns runs, CurveOf curveOf, Output& out) {
   WriteContent(head, out, [&](JsonWriter& json) {
     json.Key("pconfig").Object([&] {
@@ -113,18 +114,14 @@ void WriteCurves(const MultiqcHead& head, const char* unit, AssessedRuns runs, C
     });
     json.Key("data").Object([&] {
       for (const AssessedRun& run : runs) {
-        const auto [x, y] = curveOf(run.quality);
-        if (!x.empty()) PutCurve(x, y, json.Key(HarmlessName(run.name)));
+        if (!curveOf(run).minutes.empty()) PutCurve(curveOf(run), json.Key(HarmlessName(run.name)));
       }
     });
   });
 }
 
-using Curve = std::pair<const std::vector<double>&, const std::vector<double>&>;
-
-Curve TotalsOf(const qc::RunQuality& quality) { return {quality.totals.minutes, quality.totals.intensities}; }
-
-Curve DeviationsOf(const qc::RunQuality& quality) { return {quality.lockMass.minutes, quality.lockMass.ppm}; }
+const source::Chromatogram& TotalsOf(const AssessedRun& run) { return run.quality.totals; }
+const source::Chromatogram& DeviationsOf(const AssessedRun& run) { return run.quality.lockMass.curve; }
 
 void WriteMultiqcTotals(AssessedRuns runs, Output& out) {
   WriteCurves(kTotalsHead, "Intensity", runs, TotalsOf, out);
@@ -134,12 +131,15 @@ void WriteMultiqcLockMass(AssessedRuns runs, Output& out) {
   WriteCurves(kLockMassHead, "ppm", runs, DeviationsOf, out);
 }
 
+template <CurveOf kCurveOf>
+bool HasCurve(const AssessedRun& run) {
+  return !kCurveOf(run).minutes.empty();
+}
+
 constexpr std::array<MultiqcFile, 3> kMultiqcFiles = {{
     {"zrml_qc_mqc.json", WriteMultiqcTable, [](const AssessedRun&) { return true; }},
-    {"zrml_tic_mqc.json", WriteMultiqcTotals,
-     [](const AssessedRun& run) { return !run.quality.totals.minutes.empty(); }},
-    {"zrml_lock_mass_mqc.json", WriteMultiqcLockMass,
-     [](const AssessedRun& run) { return !run.quality.lockMass.ppm.empty(); }},
+    {"zrml_tic_mqc.json", WriteMultiqcTotals, HasCurve<TotalsOf>},
+    {"zrml_lock_mass_mqc.json", WriteMultiqcLockMass, HasCurve<DeviationsOf>},
 }};
 
 }  // namespace

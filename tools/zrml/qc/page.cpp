@@ -97,9 +97,7 @@ std::optional<double> MetricOf(const qc::RunQuality& quality) {
   return std::nullopt;
 }
 
-std::optional<double> MedianOfLockMass(const qc::RunQuality& quality) {
-  return LockMassMedian(quality.lockMass);
-}
+std::optional<double> MedianOfLockMass(const qc::RunQuality& quality) { return quality.lockMass.median; }
 
 constexpr char kMs1Area[] = "MS:4000029";
 constexpr char kMs2Area[] = "MS:4000030";
@@ -245,10 +243,10 @@ void WriteMetricRows(const AssessedRun& run, Output& out) {
   out.Text("</table>\n");
 }
 
-void WriteCurve(const char* title, const std::vector<double>& x, const std::vector<double>& y, Output& out) {
-  if (x.size() < 2) return;
-  out.Text(std::string("<figure><figcaption>") + title + "</figcaption>" + CurveChart(x, y, Rough) +
-           "</figure>\n");
+void WriteCurve(const char* title, const source::Chromatogram& curve, Output& out) {
+  if (curve.minutes.size() < 2) return;
+  out.Text(std::string("<figure><figcaption>") + title + "</figcaption>" +
+           CurveChart(curve.minutes, curve.intensities, Rough) + "</figure>\n");
 }
 
 void WriteRunSection(const AssessedRun& run, std::size_t index, Output& out) {
@@ -266,8 +264,8 @@ void WriteRunSection(const AssessedRun& run, std::size_t index, Output& out) {
   out.Text(" · <a href=\"#runs\">all runs</a></p>\n");
   WriteFindings(run, out);
   out.Text("<div class=\"charts\">\n");
-  WriteCurve("Total ion chromatogram of MS1, min", quality.totals.minutes, quality.totals.intensities, out);
-  WriteCurve("Lock mass, ppm by minute", quality.lockMass.minutes, quality.lockMass.ppm, out);
+  WriteCurve("Total ion chromatogram of MS1, min", quality.totals, out);
+  WriteCurve("Lock mass, ppm by minute", quality.lockMass.curve, out);
   out.Text("</div>\n");
   if (!quality.metrics.empty()) WriteMetricRows(run, out);
   out.Text("</section>\n");
