@@ -301,7 +301,7 @@ TEST_F(QcTest, ASuspectRun) {
   EXPECT_EQ(LabelsOf(Mzqc("out.mzQC")).size(), 1U);
 }
 
-TEST_F(QcTest, RunsOfOneNameAreToldApart) {
+TEST_F(QcTest, RunsOfOneNameGetNumbers) {
   Make("a/run.raw", Measured());
   Make("b/run.raw", Measured());
   EXPECT_EQ(Run({"qc", "-r", Path("a"), Path("b"), "-b", Path("out.mzQC")}).status, 0);
@@ -394,7 +394,7 @@ TEST_F(QcTest, MultiqcHasAFileForWhatThereIs) {
   EXPECT_EQ(lockMass["data"]["run"], json::parse(R"({"0.25": 62.5, "2.25": -62.5})"));
 }
 
-// The page has runs by date, those without one last, and links to their own pages when it is told where.
+// The page has runs by date, those without one last, and links to their own pages where those are.
 TEST_F(QcTest, ThePageIsByDate) {
   RawDirectoryBuilder raw = Measured();
   Make("p/c.raw", raw);
