@@ -378,6 +378,19 @@ TEST_F(QcTest, TargetsThatCannotBeWritten) {
                 Path("x") + " is named more than once");
 }
 
+// A reader that stops has what it wanted of the table; files and failures do not depend on it.
+TEST_F(QcTest, NobodyReadsTheNames) {
+  const std::string good = Make("good.raw", Measured());
+  const std::string missing = Path("no.raw");
+  setup_.outputTo = OutputTo::kClosedPipe;
+  EXPECT_EQ(Run({"qc", good}).status, 0);
+  const ProcessResult result =
+      Run({"qc", good, missing, "--tsv", Path("out.tsv"), "--html", Path("out.html")});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_EQ(RowsOf(Text("out.tsv")).size(), 2U);
+  EXPECT_TRUE(IsThere("out.html"));
+}
+
 // Their content: tests/zrml/convert/quality_test.py.
 TEST_F(QcTest, MultiqcHasAFileForWhatThereIs) {
   const std::string path = Make("run.raw", Measured());

@@ -88,9 +88,11 @@ class QcCommand : public Command {
       Assessment assessment =
           AssessSources(sources, {.lockMass = request_.lockMass}, threads, IsErrorTerminal());
       for (AssessedRun& run : assessment.runs) run.page = PageOf(run);
-      for (const Report& report : reports) Write(report, assessment.runs, out);
-      if (reports.empty()) WriteQcTable(assessment.runs, out);
-      out.Finish();
+      if (reports.empty()) {
+        WriteQcTable(assessment.runs, out);
+        out.Finish();
+      }
+      WriteAll(reports, assessment.runs, out);
       Judge(sources, assessment);
     } catch (const source::Cancelled&) {
       EndByInterruption();
@@ -156,6 +158,15 @@ class QcCommand : public Command {
     const auto existing = request_.isForced ? convert::Existing::kReplace : convert::Existing::kKeep;
     reports.push_back({path, isWanted, std::move(write),
                        std::make_unique<convert::TargetFile>(path, existing, IsInterrupted)});
+  }
+
+  // The files count, and what is wrong with runs, also when nobody reads their names.
+  static void WriteAll(const std::vector<Report>& reports, AssessedRuns runs, Output& out) {
+    for (const Report& report : reports) Write(report, runs, out);
+    try {
+      out.Finish();
+    } catch (const ReaderGone&) {
+    }
   }
 
   static void Write(const Report& report, AssessedRuns runs, Output& out) {
