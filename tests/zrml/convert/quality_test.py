@@ -1,8 +1,8 @@
-"""quality_test.py ZRML REFERENCES WORK SOURCE...: what `zrml qc` writes, judged by other programs.
+"""quality_test.py ZRML REFERENCES WORK REPORT SOURCE...: what `zrml qc` writes, judged by other programs.
 
 The mzQC file must fit the schema, and its terms the vocabulary, both in REFERENCES. Each metric is computed again from the
-mzML form of the SOURCE, which pymzML reads. MultiQC must find the runs in its files. The page must be well-formed, load
-nothing and run nothing.
+mzML form of each SOURCE, which pymzML reads. The REPORT has two samples. MultiQC must find the runs in its files. The page
+must be well-formed, load nothing and run nothing.
 """
 import html.parser
 import json
@@ -237,7 +237,7 @@ def check_page(file, rows):
     require(all(row['run'] in page.text for row in rows), 'runs are missing on the page')
 
 
-def main(zrml, references, work, *sources):
+def main(zrml, references, work, report, *sources):
     shutil.rmtree(work, ignore_errors=True)
     work.mkdir(parents=True)
     for source in sources:
@@ -249,12 +249,13 @@ def main(zrml, references, work, *sources):
     odd.parent.mkdir()
     shutil.copytree(sources[0], odd)
     shutil.copytree(sources[0], work / '<b onclick=x>".raw')
-    many = [*sources, odd, work / '<b onclick=x>".raw']
+    many = [*sources, odd, work / '<b onclick=x>".raw', report]
+    runs = len(many) + 1
     run(zrml, 'qc', *many, '-b', work / 'all.mzQC', '--tsv', work / 'all.tsv', '--html', work / 'all.html', '--multiqc',
         work / 'files', '--lock-mass', LOCK_MASS)
     rows = rows_of(work / 'all.tsv')
-    require(len(rows) == len(many) and len({row['run'] for row in rows}) == len(many), f'{rows}')
-    require(len(check_mzqc(work / 'all.mzQC', references)['mzQC']['runQualities']) == len(many), 'runs of mzQC')
+    require(len(rows) == runs and len({row['run'] for row in rows}) == runs, f'{rows}')
+    require(len(check_mzqc(work / 'all.mzQC', references)['mzQC']['runQualities']) == runs, 'runs of mzQC')
     check_multiqc(work / 'files', rows, work)
     check_page(work / 'all.html', rows)
 
