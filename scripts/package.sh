@@ -126,7 +126,7 @@ windows_package() {
   install_tree package-windows "$work/windows" --prefix "/$name"
   tree=$work/windows/$name
   strip_tree "$tree" x86_64-w64-mingw32-
-  cp "$tree/bin/zrml.dll" "$tree/lib/zrml/python/zrml/"
+  cp "$tree/zrml.dll" "$tree/lib/zrml/python/zrml/"
   python3 -B python/make_wheel.py "$tree/lib/zrml/python/zrml" "$version" win_amd64 "$out" >/dev/null
   rm -r "$tree/share" "$tree/lib/zrml"
   cp "$out/zrml-$version-py3-none-win_amd64.whl" "$tree"
