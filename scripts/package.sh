@@ -53,10 +53,10 @@ date_tree() {
   find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
 }
 
-# pack FOLDER FILE: the folder as a tarball.
+# pack FOLDER FILE [LEVEL]: the folder as a tarball.
 pack() {
   date_tree "$1"
-  tar --sort=name --owner=0 --group=0 --numeric-owner --format=gnu -C "$(dirname "$1")" -c "$(basename "$1")" | xz >"$2"
+  tar --sort=name --owner=0 --group=0 --numeric-owner --format=gnu -C "$(dirname "$1")" -c "$(basename "$1")" | xz -T1 "-${3:-6}" >"$2"
 }
 
 # ---- Debian ----
@@ -76,7 +76,7 @@ needed_packages() {
 
 # debian_package PACKAGE COMPONENT
 debian_package() {
-  local name=$1 tree=$work/debian/$1 doc shlibs
+  local name=$1 tree=$work/debian/$1 doc shlibs script
   install_tree package-debian "$tree" --component "$2"
   strip_tree "$tree"
   doc=$tree/usr/share/doc/$name
@@ -99,6 +99,9 @@ debian_package() {
     echo "libzrml 1 libzrml1 (>= $version)" >"$tree/DEBIAN/shlibs"
     echo "activate-noawait ldconfig" >"$tree/DEBIAN/triggers"
   fi
+  for script in postinst prerm; do
+    [ ! -e "packaging/$name.$script" ] || command install -m 755 "packaging/$name.$script" "$tree/DEBIAN/$script"
+  done
   (cd "$tree" && find usr -type f -print0 | sort -z | xargs -0 md5sum) >"$tree/DEBIAN/md5sums"
   date_tree "$tree"
   quietly "$name-deb" dpkg-deb --root-owner-group -Zxz --build "$tree" "$out/${name}_${debian_version}_amd64.deb"
@@ -146,5 +149,5 @@ portable_package
 windows_package
 mkdir "$work/zrml-$version-symbols"
 mv "$work"/symbols/windows "$work"/symbols/.build-id "$work/zrml-$version-symbols"
-pack "$work/zrml-$version-symbols" "$out/zrml-$version-symbols.tar.xz"
+pack "$work/zrml-$version-symbols" "$out/zrml-$version-symbols.tar.xz" 2  # there are 200 MB of them
 (cd "$out" && sha256sum -- * >SHA256SUMS && cat SHA256SUMS)

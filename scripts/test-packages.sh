@@ -60,7 +60,7 @@ check_tarball_files() {
 root=$work/root
 inside_root() { inside "$root" "$@"; }
 make_root_for_hosts() {
-  make_root "$root" --include=cmake,g++,ninja-build,pkgconf
+  make_root "$root" --include=cmake,g++,make,pkgconf
   mkdir -p "$root/project/tests" "$root/packages" "$root/tarball"
   cp -r tests/install "$root/project/tests"
   cp -r examples docs "$root/project"
