@@ -122,7 +122,6 @@ for (const width of [1000, 3000]) {
         const over = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
         assert.ok(over <= 0, `${source} by ${over}`);
         assert.deepEqual(faults, []);
-        await page.context().close();
       }
     });
   }

@@ -4,7 +4,7 @@ import { mkdtempSync, rmSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
-import { after } from 'node:test';
+import { after, afterEach } from 'node:test';
 
 const { chromium } = createRequire(join(process.env.ZRML_NODE_FOLDER, 'package.json'))('playwright-core');
 
@@ -47,6 +47,11 @@ export async function startViewer(...args) {
 }
 
 let browser;
+/** @type {any[]} */
+const contexts = [];
+afterEach(async () => {
+  for (const context of contexts.splice(0)) await context.close();
+});
 
 /**
  * A tab. What must never happen in any test is noted: errors of scripts, anything on the console, requests to
@@ -58,6 +63,7 @@ export async function openTab(address, options = {}) {
     ends.push(() => browser.close());
   }
   const context = await browser.newContext({ viewport: { width: 1400, height: 900 }, ...options });
+  contexts.push(context);
   const page = await context.newPage();
   const faults = [];
   const requests = [];

@@ -209,16 +209,20 @@ test('an address made up by somebody changes nothing but numbers', async () => {
   assert.equal(await page.locator('img, b').count(), 0);
 });
 
-test('several runs are drawn over one another', async () => {
-  const second = makeSample('second.raw');
-  const both = await startViewer(run, second);
+test('several runs are drawn over one another, and each can be alone', async () => {
+  const report = makeSample('plate.rpt');
+  const both = await startViewer(run, report);
   const { page, faults, requests } = await openTab(both);
   await until(page, isShown);
-  await page.getByRole('button', { name: 'second.raw' }).click();
+  await page.getByRole('button', { name: 'plate.rpt' }).click();
   await until(page, () => document.querySelectorAll('.run[aria-pressed="true"]').length === 2);
   await until(page, isShown);
   assert.ok(requests.some((request) => /\/data\/1\/chromatogram\?function=0&kind=tic/.test(request)));
   assert.deepEqual(stateOf(page).runs, [0, 1]);
+  await page.getByRole('button', { name: 'run.raw' }).click();
+  await until(page, () => document.title === 'plate.rpt' && document.querySelectorAll('.row-of-plot .uplot').length === 3);
+  const { columns } = await copied(page, panel(page, 'Chromatograms'));
+  assert.deepEqual(columns[1], JSON.parse(zrml('chromatogram', report, '--function', '1', '--json')).intensities);
   assert.deepEqual(faults, []);
 });
 

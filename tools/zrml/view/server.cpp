@@ -1,11 +1,10 @@
 #include "tools/zrml/view/server.h"
 
 #include <array>
-#include <utility>
-
 #include <boost/asio.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
+#include <utility>
 
 #include "convert/error.h"
 #include "tools/zrml/view/kept_page.h"
@@ -21,9 +20,9 @@ using asio::ip::tcp;
 using ErrorCode = boost::system::error_code;
 
 constexpr int kWorkers = 4;
-constexpr int kMostConnections = 64;
+constexpr int kMostConnections = 500;
 constexpr unsigned kMostHeaderBytes = 16 * 1024;
-constexpr std::chrono::seconds kPatience(60);            // with a client that sends or takes nothing
+constexpr std::chrono::seconds kPatience(30);            // with a client that sends or takes nothing
 constexpr std::chrono::milliseconds kBetweenLooks(100);  // at whether to stop
 
 // Nothing is kept, and nothing of the page goes anywhere else.
@@ -141,12 +140,19 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
   void WatchForEnd(const std::shared_ptr<Job>& job) {
     stream_.socket().async_wait(tcp::socket::wait_read,
                                 [self = shared_from_this(), weak = std::weak_ptr<Job>(job)](ErrorCode error) {
-                                  ErrorCode ignored;
-                                  const std::shared_ptr<Job> waiting = weak.lock();
-                                  if (!waiting || error) return;
-                                  if (self->stream_.socket().available(ignored) == 0)
-                                    self->state_.workers_.Cancel(waiting);
+                                  if (const std::shared_ptr<Job> waiting = weak.lock(); waiting && !error)
+                                    self->LookForEnd(waiting);
                                 });
+  }
+
+  // The system may wake a socket for bytes that have been read already: that is no end.
+  void LookForEnd(const std::shared_ptr<Job>& job) {
+    char byte = 0;
+    ErrorCode error;
+    stream_.socket().non_blocking(true, error);
+    stream_.socket().receive(asio::buffer(&byte, 1), tcp::socket::message_peek, error);
+    if (error == asio::error::would_block) return WatchForEnd(job);
+    if (error) state_.workers_.Cancel(job);
   }
 
   void Write(Response response) {

@@ -45,6 +45,8 @@ class Row {
     this.curves = [];
     /** @type {{x: number, label: string}[]} */
     this.flags = [];
+    /** @type {any[]|undefined} the largest ones of the function */
+    this.peaks = undefined;
     this.plot = new Plot(this.host, {
       height: 100, xLabel: 'minutes', hasAxis: false, hasFlags: !ion, sync: 'time',
       onClick: (x) => this.select(x),
@@ -115,12 +117,13 @@ class Row {
     const values = { sample: state.sample, function: this.f.position };
     if (!has('peaks', values)) return;
     const lane = `peaks/${this.f.position}`;
-    const answer = await this.owner.panel.attempt(() => ask('peaks', values, { lane }), lane);
+    const run = this.curves[0]?.run.index;
+    const answer = await this.owner.panel.attempt(() => ask('peaks', values, { run, lane }), lane);
     if (!answer) return;
     this.peaks = answer.facts.peaks;
     this.flags = answer.facts.peaks.map((/** @type {any} */ peak) => ({ x: peak.minutes, label: fixed(peak.minutes, 2) }));
     this.draw(this.curves);
-    this.owner.onPeaks(this);
+    this.owner.onPeaks(this.f, answer.facts.peaks);
   }
 
   /** @param {Curve[]} drawn */
@@ -205,7 +208,7 @@ function curves(all, one, answer) {
 export class Chromatograms {
   /**
    * @param {Sample} sample
-   * @param {{onStep: (step: number) => void, onPeaks: (row: Row) => void}} hooks
+   * @param {{onStep: (step: number) => void, onPeaks: (f: ScanFunction, peaks: any[]) => void}} hooks
    */
   constructor(sample, hooks) {
     this.sample = sample;

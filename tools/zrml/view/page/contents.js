@@ -1,8 +1,8 @@
 // What is in the run: its header, findings, samples, functions and metadata.
 import { el, button, counted, fixed, grouped, replace } from './dom.js';
 import { Panel } from './panel.js';
-import { ask, isLive, kept } from './store.js';
-import { setState, state } from './state.js';
+import { Superseded, ask, isLive, kept } from './store.js';
+import { nothingChosen, setState, state } from './state.js';
 
 /**
  * @typedef {object} ScanFunction
@@ -71,11 +71,12 @@ export function header(run, sample) {
 
 /**
  * Findings on top, the lost ones first; nothing when there are none. The server first gives those that show
- * without reading points.
+ * without reading points; a look at every point comes last.
  * @param {HTMLElement} host
  * @param {number} run
+ * @param {boolean} [isWhole]  a look at every point
  */
-export async function showFindings(host, run) {
+export async function showFindings(host, run, isWhole = !isLive) {
   const severities = ['lost', 'suspect', 'note'];
   const words = { lost: 'lost', suspect: 'suspect', note: 'note' };
   const show = (/** @type {any[]} */ findings, /** @type {string} */ more) => {
@@ -88,9 +89,10 @@ export async function showFindings(host, run) {
       more ? el('p', { class: 'quiet' }, more) : null));
   };
   try {
-    if (isLive) show((await ask('findings', { points: 0 }, { run })).facts.findings, '');
-    else show((await ask('findings', { points: 1 }, { run })).facts.findings, '');
+    const answer = await ask('findings', { points: isWhole ? 1 : 0 }, { run, lane: 'findings' });
+    show(answer.facts.findings, '');
   } catch (error) {
+    if (error instanceof Superseded) return;
     show([], error instanceof Error ? error.message : String(error));
   }
 }
@@ -112,7 +114,7 @@ export function samplePanel(run) {
     first = Math.max(0, Math.min(first, Math.floor((all.length - 1) / size) * size));
     replace(list,
       el('ol', { class: 'list' }, ...all.slice(first, first + size).map(({ i }) => el('li', {},
-        button('', () => setState({ sample: i, function: null, scan: null, minutes: null, mz: null, average: null, background: null, ions: [], absorbance: null }),
+        button('', () => setState({ ...nothingChosen, sample: i }),
           { 'aria-current': i === state.sample ? 'true' : undefined, class: 'row' }))).map((row, k) => {
         const target = row.firstChild;
         const { name, i } = all[first + k];
@@ -180,9 +182,9 @@ function metadataOf(sample) {
   }
   const keys = [...new Set([...sample.metadata.map(([key]) => key), ...own.keys()])];
   const items = new Map(sample.metadata);
-  return keys.filter((key) => !known.includes(key)).map((key) => {
+  return keys.filter((key) => !known.includes(key) && (own.has(key) || items.get(key))).map((key) => {
     const values = own.get(key);
-    if (!values) return [key, items.get(key) ?? '–'];
+    if (!values) return [key, items.get(key) || ''];
     if (values.size === 1) return [key, [...values.keys()][0]];
     return [key, [...values].map(([value, ids]) => `${value} (${ids.length > 1 ? 'functions' : 'function'} ${ids.join(', ')})`).join(' · ')];
   });

@@ -7,8 +7,8 @@ import { MapPanel } from './maps.js';
 import { SpectrumPanel } from './spectrum.js';
 import { TracePanel } from './traces.js';
 import { runColours } from './look.js';
-import { ask, countRuns, isLive } from './store.js';
-import { onState, setState, startState, state } from './state.js';
+import { ask, countRuns, isLive, useRun } from './store.js';
+import { nothingChosen, onState, setState, startState, state } from './state.js';
 
 /** @typedef {import('./contents.js').Run} Run */
 /** @typedef {import('./contents.js').Sample} Sample */
@@ -54,6 +54,7 @@ class Page {
     if (!shown?.run) throw new Error(this.runs[0]?.error || 'There is nothing to show.');
     const run = shown.run;
     this.main = main;
+    useRun(main);
     document.title = visible(run.name);
     const answer = await ask('sample', { sample: state.sample }, { run: main }).catch((error) => {
       this.#head(run, null);
@@ -81,7 +82,7 @@ class Page {
       const item = button(run ? run.name : error, () => {
         const others = state.runs.filter((each) => each !== i);
         const runs = isShown ? others : [...state.runs, i];
-        if (runs.length) setState({ runs });
+        if (runs.length) setState(runs[0] === state.runs[0] ? { runs } : { ...nothingChosen, sample: 0, runs });
       }, { class: 'run', 'aria-pressed': String(isShown), disabled: !run, title: run?.path });
       const key = el('span', { class: 'key' });
       key.style.setProperty('--key', `var(--${runColours[i % runColours.length]})`);
@@ -96,7 +97,7 @@ class Page {
     this.spectrum = new SpectrumPanel(sample);
     this.chromatograms = new Chromatograms(sample, {
       onStep: (by) => this.spectrum?.step(by),
-      onPeaks: (row) => this.#takePeaks(row.f, row.peaks || []),
+      onPeaks: (f, peaks) => this.#takePeaks(sample, f, peaks),
     });
     this.map = new MapPanel(sample, (f, minutes) => this.chromatograms?.rows.find((row) => row.f === f)?.select(minutes));
     this.absorbance = sample.absorbance ? new AbsorbancePanel() : null;
@@ -114,27 +115,32 @@ class Page {
   }
 
   // The first thing that is seen is the spectrum of the largest peak.
-  /** @param {import('./contents.js').ScanFunction} f @param {any[]} peaks */
-  #takePeaks(f, peaks) {
+  /** @param {Sample} sample @param {import('./contents.js').ScanFunction} f @param {any[]} peaks */
+  #takePeaks(sample, f, peaks) {
+    if (sample !== this.sample) return;  // another one is shown by now
     this.spectrum?.setPeaks(f, peaks);
     const first = this.sample?.functions.find((each) => each.scans > 0);
     if (f === first && peaks.length && state.function === null) setState({ function: f.position, scan: peaks[0].scan }, false);
   }
 
   async #load() {
+    /** @type {import('./chromatograms.js').ShownRun[]} */
     const runs = await Promise.all(state.runs.filter((i) => this.runs[i]?.run).map(async (index) => {
       const run = /** @type {Run} */ (this.runs[index].run);
       if (index === this.main) return { index, name: run.name, sample: /** @type {Sample} */ (this.sample) };
       const answer = await ask('sample', { sample: state.sample }, { run: index }).catch(() => null);
       return { index, name: run.name, sample: answer ? /** @type {Sample} */ (answer.facts) : null };
     }));
-    await this.chromatograms?.loadTotals(runs);  // the first thing that is seen
+    const { chromatograms } = this;
+    await chromatograms?.loadTotals(runs);  // the first thing that is seen
+    if (chromatograms !== this.chromatograms) return;  // another sample is shown by now
     const findings = showFindings(/** @type {HTMLElement} */ (this.findings), this.main || 0);
     this.spectrum?.load();
     this.absorbance?.load();
     this.traces?.load();
     if (this.map?.isNeeded()) this.map.load();
-    await Promise.all([findings, this.chromatograms?.loadRest()]);
+    await Promise.all([findings, chromatograms?.loadRest()]);
+    if (isLive && chromatograms === this.chromatograms) await showFindings(/** @type {HTMLElement} */ (this.findings), this.main || 0, true);
   }
 
   /** @param {import('./state.js').State} before */

@@ -15,12 +15,14 @@
  * @property {number[]} runs  that are shown; the first one is the one whose spectra are
  */
 
+/** Nothing of a sample is chosen: for another sample, or another run. @type {Omit<State, 'sample'|'centroids'|'runs'>} */
+export const nothingChosen = {
+  function: null, scan: null, minutes: null, mz: null, average: null, background: null, ions: [], absorbance: null,
+};
+
 /** @returns {State} */
 function first() {
-  return {
-    sample: 0, function: null, scan: null, minutes: null, mz: null, average: null, background: null, ions: [],
-    absorbance: null, centroids: false, runs: [0],
-  };
+  return { ...nothingChosen, sample: 0, centroids: false, runs: [0] };
 }
 
 /** @type {State} */

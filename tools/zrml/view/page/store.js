@@ -110,6 +110,13 @@ async function fetchFrame(path, lane) {
   }
 }
 
+let mainRun = 0;
+
+/** The run that is asked unless another one is named. @param {number} index */
+export function useRun(index) {
+  mainRun = index;
+}
+
 /**
  * Asks a question. `values` say what it is about and `detail` how much of it: a kept page has one detail only.
  * In the server a newer question of a lane takes the place of the older one.
@@ -124,8 +131,8 @@ export async function ask(name, values, how = {}) {
     if (!answer) throw new LeftOut();
     return unpack(answer.facts, bytesOf(answer.data), 0);
   }
-  const key = keyOf(name, { ...values, ...how.detail });
-  const frame = await fetchFrame(`/data/${how.run || 0}/${key}`, how.lane || key);
+  const key = `${how.run ?? mainRun}/${keyOf(name, { ...values, ...how.detail })}`;
+  const frame = await fetchFrame(`/data/${key}`, how.lane || key);
   const length = Number(new DataView(frame).getBigUint64(0, true));
   return unpack(JSON.parse(new TextDecoder().decode(new Uint8Array(frame, 8, length))), frame, 8 + length);
 }
