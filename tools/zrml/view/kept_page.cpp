@@ -24,7 +24,7 @@ struct Kept {
 // How much is kept at a level of detail; each level halves the numbers of the one before.
 struct Detail {
   explicit Detail(int level)
-      : points(std::max<std::size_t>(std::size_t{100'000} >> level, 200)),
+      : points(std::max<std::size_t>(std::size_t{kMostPoints} >> level, 200)),
         columns(std::max(static_cast<int>(1200 / std::exp2(level / 2.0)), 60)),
         rows(std::max(static_cast<int>(500 / std::exp2(level / 2.0)), 40)) {}
 
@@ -33,7 +33,7 @@ struct Detail {
   int rows;
 };
 
-constexpr int kLastLevel = 9;
+constexpr int kLastLevel = 10;
 
 void Thin(Kept& kept, const Detail& detail) {
   const bool isSpectrum = kept.rank == Rank::kSpectra;

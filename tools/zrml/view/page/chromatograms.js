@@ -122,7 +122,7 @@ class Row {
     if (!answer) return;
     this.peaks = answer.facts.peaks;
     this.flags = answer.facts.peaks.map((/** @type {any} */ peak) => ({ x: peak.minutes, label: fixed(peak.minutes, 2) }));
-    this.draw(this.curves);
+    this.plot.mark({ flags: this.flags });
     this.owner.onPeaks(this.f, answer.facts.peaks);
   }
 
@@ -286,29 +286,35 @@ export class Chromatograms {
     if (f !== undefined) setState({ ions: [...state.ions, [f, low, high]] });
   }
 
+  // Rows that stay are kept as they are. Returns the new ones.
   #makeRows() {
-    const rows = [
-      ...this.functions.slice(0, this.most).map((f) => new Row(this, f, null)),
+    const wanted = [
+      ...this.functions.slice(0, this.most).map((f) => ({ f, ion: /** @type {[number, number]|null} */ (null) })),
       ...state.ions.flatMap(([position, low, high]) => {
         const f = this.functions.find((each) => each.position === position);
-        return f ? [new Row(this, f, [low, high])] : [];
+        return f ? [{ f, ion: /** @type {[number, number]} */ ([low, high]) }] : [];
       }),
     ];
+    const before = this.rows;
+    this.rows = wanted.map(({ f, ion }) => before.find((row) => row.f === f && String(row.ion) === String(ion)) || new Row(this, f, ion));
     const hidden = this.functions.length - this.most;
-    this.panel.body.replaceChildren(...rows.map((row) => row.root));
+    this.panel.body.replaceChildren(...this.rows.map((row) => row.root));
     if (hidden > 0) {
       this.panel.body.append(button(`${hidden} more`, () => {
         this.most = this.functions.length;
-        this.#makeRows();
-        this.load(this.runs);
+        this.#addRows();
       }, { class: 'quiet' }));
     }
-    this.rows = rows;
-    rows.forEach((row, i) => {
-      row.plot.options.hasAxis = i === rows.length - 1;
-      row.plot.options.height = tall(rows.length < 3 ? 150 : 104) + (i === rows.length - 1 ? 32 : 0);
-    });
+    const last = this.rows.length - 1;
+    this.rows.forEach((row, i) => row.plot.setShape(tall(last < 2 ? 150 : 104) + (i === last ? 32 : 0), i === last));
     if (!this.functions.length) this.panel.say('There are no scans.');
+    return this.rows.filter((row) => !before.includes(row));
+  }
+
+  async #addRows() {
+    const added = this.#makeRows();
+    await Promise.all(added.map((row) => row.loadTotals(this.runs)));
+    await Promise.all(added.map((row) => row.loadRest()));
   }
 
   /** @param {ShownRun[]} runs */
@@ -338,8 +344,7 @@ export class Chromatograms {
   /** @param {import('./state.js').State} before */
   update(before) {
     if (JSON.stringify(before.ions) !== JSON.stringify(state.ions)) {
-      this.#makeRows();
-      this.load(this.runs);
+      this.#addRows();
       return;
     }
     if (JSON.stringify(before.minutes) !== JSON.stringify(state.minutes)) {

@@ -151,7 +151,7 @@ export class Plot {
     });
   }
 
-  /** @param {{marks?: number[], bands?: Band[]}} more */
+  /** @param {{marks?: number[], bands?: Band[], flags?: {x: number, label: string}[]}} more */
   mark(more) {
     Object.assign(this, more);
     this.chart?.redraw(false, false);
@@ -163,10 +163,10 @@ export class Plot {
     this.chart?.setScale('x', this.#range());
   }
 
-  /** @param {number} height */
-  setHeight(height) {
-    if (this.options.height === height) return;
-    this.options.height = height;
+  /** @param {number} height @param {boolean} hasAxis */
+  setShape(height, hasAxis) {
+    if (this.options.height === height && this.options.hasAxis === hasAxis) return;
+    Object.assign(this.options, { height, hasAxis });
     this.#rebuild();
   }
 
@@ -325,7 +325,10 @@ export class Plot {
         y: { range: (/** @type {any} */ _u, /** @type {number|null} */ low, /** @type {number|null} */ high) => rangeOf(low, high) },
       },
       axes: [
-        { ...axis, show: hasAxis, label: this.options.xLabel, labelFont: font, labelSize: 14, size: 24, gap: 3, labelGap: 0, values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(tickText) },
+        {
+          ...axis, label: hasAxis ? this.options.xLabel : undefined, labelFont: font, labelSize: 14, size: hasAxis ? 24 : 0, gap: 3, labelGap: 0,
+          values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(hasAxis ? tickText : () => ''),
+        },
         { ...axis, size: axisSize, gap: 4, space: 26, values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(tickText) },
       ],
       cursor: {

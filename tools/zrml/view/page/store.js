@@ -40,6 +40,8 @@ function keyOf(name, values) {
  * @returns {ArrayBuffer}
  */
 function bytesOf(text) {
+  const direct = /** @type {any} */ (Uint8Array).fromBase64;  // not every browser has it
+  if (direct) return direct.call(Uint8Array, text).buffer;
   const characters = atob(text);
   const bytes = new Uint8Array(characters.length);
   for (let i = 0; i < characters.length; ++i) bytes[i] = characters.charCodeAt(i);
