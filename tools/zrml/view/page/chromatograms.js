@@ -352,7 +352,9 @@ export class Chromatograms {
       clearTimeout(this.refine);
       this.refine = setTimeout(() => this.#refine(), 150);
     }
-    for (const row of this.rows) row.mark();
+    const isMoved = before.function !== state.function || before.scan !== state.scan ||
+      JSON.stringify([before.average, before.background]) !== JSON.stringify([state.average, state.background]);
+    if (isMoved) for (const row of this.rows) row.mark();
   }
 
   // Curves that are thinned as a whole are asked for again where they are shown.

@@ -59,6 +59,7 @@ export class HeatMap {
 
   /** @param {number|null} minutes */
   markTime(minutes) {
+    if (minutes === this.mark) return;
     this.mark = minutes;
     this.#draw();
   }

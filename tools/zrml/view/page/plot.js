@@ -159,6 +159,7 @@ export class Plot {
 
   /** @param {[number, number]|null} view */
   setView(view) {
+    if (JSON.stringify(view) === JSON.stringify(this.view)) return;
     this.view = view;
     this.chart?.setScale('x', this.#range());
   }
