@@ -54,7 +54,6 @@ class Page {
     if (!shown?.run) throw new Error(this.runs[0]?.error || 'There is nothing to show.');
     const run = shown.run;
     this.main = main;
-    useRun(main);
     document.title = visible(run.name);
     const answer = await ask('sample', { sample: state.sample }, { run: main }).catch((error) => {
       this.#head(run, null);
@@ -68,6 +67,7 @@ class Page {
 
   /** @param {Run} run @param {Sample|null} sample */
   #head(run, sample) {
+    useRun(this.main || 0);
     const findings = el('div', {});
     this.grid = el('main', { class: 'panels' });
     replace(this.root, header(run, sample), this.#runList(), findings, this.grid);
@@ -146,6 +146,7 @@ class Page {
   /** @param {import('./state.js').State} before */
   update(before) {
     if (before.sample !== state.sample || JSON.stringify(before.runs) !== JSON.stringify(state.runs)) {
+      this.grid?.replaceChildren();  // panels of before ask for nothing more
       this.#build().catch((error) => this.#fail(error));
       return;
     }

@@ -45,13 +45,15 @@ export class Panel {
   }
 
   /**
-   * Does what takes time. An error is shown; when a newer question took its place, nothing is.
+   * Does what takes time. An error is shown; when a newer question took its place, nothing is. A panel that is not shown any
+   * more asks for nothing: its run or sample may be another one by now.
    * @template Result
    * @param {() => Promise<Result>} work
    * @param {string} [lane]  of a question that may take long: its progress is shown
    * @returns {Promise<Result|undefined>}
    */
   async attempt(work, lane) {
+    if (!this.root.isConnected) return undefined;
     ++this.jobs;
     if (lane) waiting.set(lane, (share) => this.#showShare(share));
     if (lane) poll();

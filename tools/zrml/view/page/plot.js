@@ -346,7 +346,7 @@ export class Plot {
         fill: line.isFilled ? colour(line.colour + '-fill') : undefined,
         points: { show: false },
         paths: line.isSticks ? stickPaths : undefined,
-        spanGaps: true,
+        spanGaps: false,
       }))],
       hooks: {
         drawAxes: [(/** @type {any} */ u) => { this.#drawBands(u); this.#drawMarks(u); }],
@@ -571,8 +571,16 @@ function rangeOf(low, high) {
  */
 function align(lines) {
   const isShared = lines.every((line) => line.x === lines[0].x || hasSame(line.x, lines[0].x));
-  if (isShared) return [lines[0] ? lines[0].x : [], ...lines.map((line) => line.y)];
-  return uPlot.join(lines.map((line) => /** @type {any} */ ([line.x, line.y])));
+  if (isShared) return [lines[0] ? lines[0].x : [], ...lines.map((line) => withGaps(line.y))];
+  return uPlot.join(lines.map((line) => /** @type {any} */ ([line.x, withGaps(line.y)])));
+}
+
+/** What no file has is a gap, which uPlot wants as null. @param {ArrayLike<number>} y @returns {ArrayLike<number|null>} */
+function withGaps(y) {
+  for (let i = 0; i < y.length; ++i) {
+    if (Number.isNaN(y[i])) return Array.from(y, (value) => (Number.isNaN(value) ? null : value));
+  }
+  return y;
 }
 
 /** @param {ArrayLike<number>} a @param {ArrayLike<number>} b */
