@@ -4,6 +4,7 @@ Python, each file that it points to. The example in C++ is a test of its own, an
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -21,6 +22,8 @@ class Readme(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
         for sample in ("run.raw", "report.rpt"):
             subprocess.run([MAKE_SAMPLE, sample], cwd=self.folder, check=True, capture_output=True)
+        shutil.copytree(self.folder / "run.raw", self.folder / "plate/run.raw")
+        (self.folder / "ions.tsv").write_text("mz\n195.0877\n556.2771\n")
 
     def run_here(self, command):
         environment = {**os.environ, "PATH": f"{PROGRAM.parent}:{os.environ['PATH']}", "PYTHONPATH": str(PACKAGE)}
