@@ -10,16 +10,18 @@
 
 #include "convert/channels.h"
 #include "convert/date_time.h"
-#include "qc/lock_mass.h"
 #include "qc/metrics.h"
 #include "qc/spectra.h"
 #include "qc/statistics.h"
 #include "source/points_look.h"
+#include "source/reference_peak.h"
 
 namespace zrml::qc {
 namespace {
 
 constexpr std::size_t kMostPoints = 300;  // of a curve
+constexpr double kLockMassWindow = 0.5;   // to either side, as that of `zrml lockmass`
+constexpr double kMillion = 1e6;
 
 enum class Use { kNone, kSpectra, kLockMass, kChannels };
 
@@ -95,8 +97,12 @@ class Collector : public source::Onlooker {
   void AddReference(const source::ScanInSight& scan, Seen& seen) const {
     ++seen.referenceCount;
     if (!wishes_.lockMass) return;
-    const auto error = LockMassError(scan.mz, scan.intensities, scan.scan.isCentroided, *wishes_.lockMass);
-    if (error) seen.references.Add({.minutes = scan.scan.minutes, .total = *error});
+    const double mz = *wishes_.lockMass;
+    const source::Range window = {mz - kLockMassWindow, mz + kLockMassWindow};
+    const source::ReferencePeak peak =
+        source::LargestPeak(scan.scan.isCentroided, scan.mz, scan.intensities, window);
+    if (peak.intensity > 0)
+      seen.references.Add({.minutes = scan.scan.minutes, .total = (peak.mz - mz) / mz * kMillion});
   }
 
   std::vector<Seen> samples_;

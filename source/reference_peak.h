@@ -2,6 +2,7 @@
 #pragma once
 
 #include <limits>
+#include <span>
 #include <vector>
 
 #include "source/source.h"
@@ -14,8 +15,13 @@ struct ReferencePeak {
   double intensity = 0;  ///< 0 without a peak; NaN when all points of the scan are lost
 };
 
-/// For each scan the most intense peak in the window, both ends included. The peaks of a profile are its
-/// centroids (FindCentroids), their intensity the height; of a centroided scan they are its points above 0.
+/// The most intense peak of a spectrum in the window, both ends included, without its time. The peaks of a
+/// profile are its centroids (FindCentroids), their intensity the height; of a centroided scan they are its
+/// points above 0.
+ReferencePeak LargestPeak(bool isCentroided, std::span<const double> mz, std::span<const double> intensities,
+                          Range window);
+
+/// That of each scan.
 std::vector<ReferencePeak> FollowPeak(Source& source, int sample, int function, Range window,
                                       const Cancel& cancel = {});
 
