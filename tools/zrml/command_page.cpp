@@ -62,7 +62,7 @@ class PageCommand : public Command {
   // Returns the file's path.
   std::string MakePage(const std::string& path, const convert::SourceOwners& owners) {
     const std::unique_ptr<source::Source> source = OpenListed(path);
-    const std::string target = TargetOf(*source);
+    std::string target = TargetOf(*source);
     if (!made_.Claim(target)) {
       throw Failure(ExitStatus::kUnreadable,
                     path + " would replace " + target + ", already written from another source");

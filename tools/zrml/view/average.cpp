@@ -11,7 +11,7 @@ struct Scans {
   int first = 0;
   int end = 0;
 
-  int Count() const { return end - first; }
+  std::size_t Count() const { return static_cast<std::size_t>(end - first); }
 };
 
 Scans ScansWithin(const std::vector<double>& times, source::Range minutes) {
@@ -25,7 +25,7 @@ Curve MeanOf(source::Source& source, int sample, int function, const Scans& scan
              const source::Cancel& cancel) {
   source::ScanSum sum =
       source::SumScans(source, sample, function, scans.first, scans.end, {kAveragePeakWidth, true}, cancel);
-  for (double& intensity : sum.intensities) intensity /= scans.Count();
+  for (double& intensity : sum.intensities) intensity /= static_cast<double>(scans.Count());
   return {std::move(sum.mz), std::move(sum.intensities), {}};
 }
 
@@ -68,9 +68,9 @@ Average AverageScans(source::Source& source, int sample, int function, source::R
   const std::vector<double> times = source.Minutes(sample, function);
   const Scans front = ScansWithin(times, minutes);
   const Scans back = background ? ScansWithin(times, *background) : Scans();
-  const source::Cancel cancel = work.Counting(static_cast<std::size_t>(front.Count() + back.Count()));
-  Average average = {MeanOf(source, sample, function, front, cancel), front.first, front.Count(),
-                     back.Count()};
+  const source::Cancel cancel = work.Counting(front.Count() + back.Count());
+  Average average = {MeanOf(source, sample, function, front, cancel), front.first,
+                     static_cast<int>(front.Count()), static_cast<int>(back.Count())};
   if (background) {
     const bool isCentroided = source.ScanAt(sample, function, front.first).isCentroided;
     average.curve = Difference(average.curve, MeanOf(source, sample, function, back, cancel), isCentroided);

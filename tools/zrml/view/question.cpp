@@ -40,7 +40,7 @@ std::string Question::Text() const {
   std::string text = name_;
   char separator = '?';
   for (const auto& [key, value] : values_) {
-    text += separator + key + '=' + value;
+    text.append(1, separator).append(key).append(1, '=').append(value);
     separator = '&';
   }
   return text;

@@ -1,6 +1,7 @@
 #include "tools/zrml/view/server.h"
 
 #include <array>
+#include <atomic>
 #include <boost/asio.hpp>
 #include <boost/beast/core.hpp>
 #include <boost/beast/http.hpp>
@@ -49,7 +50,8 @@ class Server::State {
   std::string Address() const { return "http://127.0.0.1:" + std::to_string(port_) + "/#token=" + token_; }
 
   void Run(const source::Cancel& stop) {
-    LookWhetherToStop(stop);
+    stop_ = stop;
+    WaitBetweenLooks();
     Accept();
     context_.run();
   }
@@ -73,19 +75,23 @@ class Server::State {
     }
   }
 
-  void LookWhetherToStop(const source::Cancel& stop) {
+  // What waits for an event names the function that goes on from there: nothing calls itself.
+  void WaitBetweenLooks() {
     timer_.expires_after(kBetweenLooks);
-    timer_.async_wait([this, &stop](ErrorCode) { stop() ? context_.stop() : LookWhetherToStop(stop); });
+    timer_.async_wait(beast::bind_front_handler(&State::LookWhetherToStop, this));
   }
+  void LookWhetherToStop(ErrorCode) { stop_() ? context_.stop() : WaitBetweenLooks(); }
 
-  void Accept();
+  void Accept() { acceptor_.async_accept(beast::bind_front_handler(&State::Serve, this)); }
+  void Serve(ErrorCode error, tcp::socket socket);
 
   asio::io_context context_{1};
   tcp::acceptor acceptor_;
   asio::steady_timer timer_;
   unsigned short port_;
   std::string token_;
-  int connections_ = 0;
+  source::Cancel stop_;
+  std::atomic<int> connections_ = 0;  // a worker may be the last one to let go of one
   Workers workers_;
   Requests requests_;
 };
@@ -105,9 +111,8 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
     parser_->header_limit(kMostHeaderBytes);
     parser_->body_limit(0);
     stream_.expires_after(kPatience);
-    http::async_read(stream_, buffer_, *parser_, [self = shared_from_this()](ErrorCode error, std::size_t) {
-      if (!error) self->Answer();
-    });
+    http::async_read(stream_, buffer_, *parser_,
+                     beast::bind_front_handler(&Session::Answer, shared_from_this()));
   }
 
  private:
@@ -122,33 +127,33 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
             .asker = {text("X-Zrml-Tab"), text("X-Zrml-Lane")}};
   }
 
-  void Answer() {
+  void Answer(ErrorCode error, std::size_t) {
+    if (error) return;
     const auto job = std::make_shared<Job>();
     if (std::optional<Response> response = state_.requests_.Answer(RequestOf(), *job))
       return Write(std::move(*response));
     stream_.expires_never();
     // Called by a worker; the rest goes on here.
     job->reply = [self = shared_from_this()](Reply reply) {
-      auto response = std::make_shared<Response>(Requests::ResponseOf(std::move(reply)));
-      asio::post(self->stream_.get_executor(), [self, response] { self->Write(std::move(*response)); });
+      asio::post(self->stream_.get_executor(),
+                 beast::bind_front_handler(&Session::Write, self, Requests::ResponseOf(std::move(reply))));
     };
     WatchForEnd(job);
     state_.workers_.Ask(job);
   }
 
-  // A client that has gone waits for nothing.
   void WatchForEnd(const std::shared_ptr<Job>& job) {
-    stream_.socket().async_wait(tcp::socket::wait_read,
-                                [self = shared_from_this(), weak = std::weak_ptr<Job>(job)](ErrorCode error) {
-                                  if (const std::shared_ptr<Job> waiting = weak.lock(); waiting && !error)
-                                    self->LookForEnd(waiting);
-                                });
+    stream_.socket().async_wait(
+        tcp::socket::wait_read,
+        beast::bind_front_handler(&Session::LookForEnd, shared_from_this(), std::weak_ptr<Job>(job)));
   }
 
-  // The system may wake a socket for bytes that have been read already: that is no end.
-  void LookForEnd(const std::shared_ptr<Job>& job) {
+  // A client that has gone waits for nothing. But the system may also wake a socket for bytes that have been
+  // read already.
+  void LookForEnd(const std::weak_ptr<Job>& asked, ErrorCode error) {
+    const std::shared_ptr<Job> job = asked.lock();
+    if (!job || error) return;
     char byte = 0;
-    ErrorCode error;
     stream_.socket().non_blocking(true, error);
     stream_.socket().receive(asio::buffer(&byte, 1), tcp::socket::message_peek, error);
     if (error == asio::error::would_block) return WatchForEnd(job);
@@ -165,9 +170,11 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
     ErrorCode ignored;
     stream_.socket().cancel(ignored);  // no longer watched
     stream_.expires_after(kPatience);
-    http::async_write(stream_, *response_, [self = shared_from_this()](ErrorCode error, std::size_t) {
-      if (!error && self->response_->keep_alive()) self->Read();
-    });
+    http::async_write(stream_, *response_, beast::bind_front_handler(&Session::GoOn, shared_from_this()));
+  }
+
+  void GoOn(ErrorCode error, std::size_t) {
+    if (!error && response_->keep_alive()) Read();
   }
 
   beast::tcp_stream stream_;
@@ -177,12 +184,9 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
   std::optional<http::response<http::string_body>> response_;
 };
 
-void Server::State::Accept() {
-  acceptor_.async_accept([this](ErrorCode error, tcp::socket socket) {
-    if (!error && connections_ < kMostConnections)
-      std::make_shared<Session>(std::move(socket), *this)->Read();
-    Accept();
-  });
+void Server::State::Serve(ErrorCode error, tcp::socket socket) {
+  if (!error && connections_ < kMostConnections) std::make_shared<Session>(std::move(socket), *this)->Read();
+  Accept();
 }
 
 Server::Server(std::vector<std::string> runs, unsigned short port)
