@@ -1,5 +1,7 @@
 #include "tools/zrml/view/heat_map.h"
 
+#include <limits>
+
 #include <gtest/gtest.h>
 
 namespace zrml::view {
@@ -86,6 +88,17 @@ TEST(HeatMap, OfNothingIsEmpty) {
   const Answer map = MakeHeatMap(SpectraAt({}, {}), {.columns = 8, .rows = 1}, Steps::kDecades, {});
   EXPECT_EQ(map.facts["isEmpty"], true);
   EXPECT_EQ(map.grid.cells, (Cells{0}));
+}
+
+TEST(HeatMap, AbsurdNumbersAreInSomeCell) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  const auto spectra =
+      SpectraAt({kNaN, 1, kInfinity}, {{{5}, {5}}, {{100, 1e300, kNaN}, {1, kInfinity, kNaN}}, {{5}, {5}}});
+  for (const Steps steps : {Steps::kDecades, Steps::kEven}) {
+    const Answer map = MakeHeatMap(spectra, {.columns = 4, .rows = 4}, steps, {});
+    EXPECT_EQ(map.grid.cells.size(), static_cast<std::size_t>(map.grid.columns) * 4);
+  }
 }
 
 TEST(HeatMap, ProgressCountsScansAndWorkCanBeCancelled) {

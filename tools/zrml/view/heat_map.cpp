@@ -16,11 +16,16 @@ struct Cells {
   int last = 0;
 };
 
+// From 0 to 1, whatever the files hold; 0 for what is no number.
+double Share(double share) { return share > 0 ? std::min(share, 1.0) : 0; }
+
 // Those that a place reaches into. At the edge between two it is in the upper one.
 Cells CellsOf(source::Range extent, source::Range range, int cells) {
-  const auto place = [&](double value) { return (value - range.low) / (range.high - range.low) * cells; };
-  const int first = std::clamp(static_cast<int>(place(extent.low)), 0, cells - 1);
-  return {first, std::clamp(static_cast<int>(std::ceil(place(extent.high))) - 1, first, cells - 1)};
+  const auto place = [&](double value) {
+    return Share((value - range.low) / (range.high - range.low)) * cells;
+  };
+  const int first = std::min(static_cast<int>(place(extent.low)), cells - 1);
+  return {first, std::max(static_cast<int>(std::ceil(place(extent.high))) - 1, first)};
 }
 
 // A place is as wide as half of the way to its neighbours; beside a gap, no wider than towards the other one.
@@ -64,6 +69,7 @@ class MapMaker {
       all = isFirst ? one : source::Range{std::min(all.low, one.low), std::max(all.high, one.high)};
       isFirst = false;
     }
+    if (!(all.low < all.high)) all = {all.low - 0.5, all.high + 0.5};
     view_.minutes = all;
   }
 
@@ -143,11 +149,11 @@ class MapMaker {
     if (value == kNothing) return 0;
     if (steps == Steps::kDecades) {
       if (!(value > 0)) return 0;
-      const double share = 1 + std::log10(value / largest) / kDecades;
-      return static_cast<std::uint8_t>(1 + std::lround(kSteps * std::max(share, 0.0)));
+      return static_cast<std::uint8_t>(
+          1 + std::lround(kSteps * Share(1 + std::log10(value / largest) / kDecades)));
     }
     const double share = largest > lowest ? (value - lowest) / (largest - lowest) : 1;
-    return static_cast<std::uint8_t>(1 + std::lround(kSteps * share));
+    return static_cast<std::uint8_t>(1 + std::lround(kSteps * Share(share)));
   }
 
   const SpectraOverTime& spectra_;
