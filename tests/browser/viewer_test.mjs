@@ -1,6 +1,6 @@
 // zrml view as a person uses it; what it shows is compared with what the command line prints.
 import assert from 'node:assert/strict';
-import { rmSync } from 'node:fs';
+import { readFileSync, rmSync } from 'node:fs';
 import { test } from 'node:test';
 import { areaOf, copied, dragOver, makeHostile, makeSample, openTab, panel, startViewer, stateOf, until, zrml } from './support.mjs';
 
@@ -190,6 +190,27 @@ test('absorbance is cut at a time and at a wavelength', async () => {
   const { absorbance: scan } = stateOf(page);
   const printed = JSON.parse(zrml('spectrum', run, '--absorbance', '--scan', String(scan + 1), '--json'));
   assert.ok(Math.abs(printed.startMinutes - 5) < 0.2);
+  assert.deepEqual(faults, []);
+});
+
+test('pictures are saved as PNG and SVG', async () => {
+  const { page, faults } = await openViewer();
+  const saved = async (place, name) => {
+    const [download] = await Promise.all([page.waitForEvent('download'), place.getByRole('button', { name }).first().click()]);
+    return { name: download.suggestedFilename(), bytes: readFileSync(await download.path()) };
+  };
+  const png = await saved(panel(page, 'Spectrum'), 'PNG');
+  assert.equal(png.name, 'spectrum.png');
+  assert.equal(png.bytes.subarray(1, 4).toString(), 'PNG');
+  const map = await saved(panel(page, 'm/z over time'), 'PNG');
+  assert.equal(map.bytes.subarray(1, 4).toString(), 'PNG');
+  const svg = await saved(panel(page, 'Chromatograms'), 'SVG');
+  assert.equal(svg.name, 'chromatogram.svg');
+  const paths = await page.evaluate((text) => {
+    const picture = new DOMParser().parseFromString(text, 'image/svg+xml');
+    return [...picture.documentElement.querySelectorAll('path[d]')].filter((path) => path.getAttribute('d')?.includes('L')).length;
+  }, svg.bytes.toString());
+  assert.equal(paths, 2);  // total ions and base peaks
   assert.deepEqual(faults, []);
 });
 
