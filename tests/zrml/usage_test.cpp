@@ -33,8 +33,8 @@ TEST_F(UsageTest, JsonMayStandAheadOfTheCommand) {
 TEST_F(UsageTest, HelpNamesEveryCommand) {
   const ProcessResult result = Run({"--help"});
   EXPECT_EQ(result.status, 0);
-  for (const char* command :
-       {"\n  info ", "\n  spectrum ", "\n  chromatogram ", "\n  check ", "\n  plugin "}) {
+  for (const char* command : {"\n  info ", "\n  spectrum ", "\n  chromatogram ", "\n  page ", "\n  view ",
+                              "\n  check ", "\n  plugin "}) {
     EXPECT_NE(result.output.find(command), std::string::npos) << command;
   }
 }

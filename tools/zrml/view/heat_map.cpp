@@ -16,7 +16,7 @@ struct Cells {
   int last = 0;
 };
 
-// From 0 to 1, whatever the files hold; 0 for what is no number.
+// Kept between 0 and 1, whatever the files hold; NaN becomes 0.
 double Share(double share) { return share > 0 ? std::min(share, 1.0) : 0; }
 
 // Those that a place reaches into. At the edge between two it is in the upper one.
