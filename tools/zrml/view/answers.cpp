@@ -66,7 +66,7 @@ Answer AnswerTo(source::Source& source, const Question& question, const Work& wo
 bool IsLong(const Question& question) {
   const Row* const row = FindRow(question);
   if (row == nullptr || row->takes == Takes::kMoment) return false;
-  return question.Word("kind") != "tic" && question.Word("points") != "0";
+  return question.Word("kind") != "tic";
 }
 
 }  // namespace zrml::view
