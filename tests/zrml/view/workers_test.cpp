@@ -82,7 +82,33 @@ TEST_F(WorkersTest, ASourceThatIsBackIsOpenedAgain) {
   EXPECT_EQ(FactsOf(inbox_.Wait("back"))["name"], "run.raw");
 }
 
-// Both workers wait in a reply until this ends, so what is asked meanwhile stays in the queue.
+// What workers wait for; they may look at it for a moment longer than a test lasts.
+class Gate {
+ public:
+  void Pass() {
+    convert::Lock lock(mutex_);
+    ++count_;
+    changed_.NotifyAll();
+    changed_.Wait(lock, [this] { return isOpen_; });
+  }
+  void AwaitTwo() {
+    convert::Lock lock(mutex_);
+    changed_.Wait(lock, [this] { return count_ == 2; });
+  }
+  void Open() {
+    const convert::Lock lock(mutex_);
+    isOpen_ = true;
+    changed_.NotifyAll();
+  }
+
+ private:
+  convert::Mutex mutex_;
+  convert::Condition changed_;
+  int count_ = 0;
+  bool isOpen_ = false;
+};
+
+// Both workers wait in a reply until the gate opens, so what is asked meanwhile stays in the queue.
 class QueueTest : public WorkersTest {
  protected:
   QueueTest() {
@@ -90,30 +116,14 @@ class QueueTest : public WorkersTest {
       const auto job = std::make_shared<Job>();
       job->question = *Question::Parse("run");
       job->asker = {"busy", lane};
-      job->reply = [this](Reply) {
-        convert::Lock lock(mutex_);
-        ++held_;
-        changed_.NotifyAll();
-        changed_.Wait(lock, [this] { return isFree_; });
-      };
+      job->reply = [gate = gate_](Reply) { gate->Pass(); };
       workers_.Ask(job);
     }
-    convert::Lock lock(mutex_);
-    changed_.Wait(lock, [this] { return held_ == 2; });
+    gate_->AwaitTwo();
   }
-  ~QueueTest() override { Free(); }
+  ~QueueTest() override { gate_->Open(); }
 
-  void Free() {
-    const convert::Lock lock(mutex_);
-    isFree_ = true;
-    changed_.NotifyAll();
-  }
-
- private:
-  convert::Mutex mutex_;
-  convert::Condition changed_;
-  int held_ = 0;
-  bool isFree_ = false;
+  std::shared_ptr<Gate> gate_ = std::make_shared<Gate>();
 };
 
 TEST_F(QueueTest, ANewerQuestionOfALaneTakesThePlaceOfTheOlder) {
@@ -122,7 +132,7 @@ TEST_F(QueueTest, ANewerQuestionOfALaneTakesThePlaceOfTheOlder) {
   Ask("other tab", "run", {"another", "lane"});
   Ask("newer", "sample?sample=0", {"tab", "lane"});
   EXPECT_EQ(inbox_.Wait("older").kind, Reply::Kind::kSuperseded);
-  Free();
+  gate_->Open();
   for (const char* name : {"other lane", "other tab", "newer"})
     EXPECT_EQ(inbox_.Wait(name).kind, Reply::Kind::kAnswer) << name;
 }
