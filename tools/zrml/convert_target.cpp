@@ -75,30 +75,43 @@ void MakeFolder(const std::string& folder) {
 }
 
 // Names that differ in case may be one file.
-bool MadeFiles::IsBegun(const std::string& path, const std::optional<platform::FileId>& id) const {
-  return begun_.contains(ToLower(path)) ||
+bool MadeFiles::IsBegun(const std::string& name, const std::optional<platform::FileId>& id) const {
+  return begun_.contains(ToLower(name)) ||
          (id &&
           std::any_of(begun_.begin(), begun_.end(), [&](const auto& each) { return each.second == id; }));
 }
 
+// The same for all names of a file that is not there yet, to which links may lead, also by its folder.
+std::string MadeFiles::NameOf(const std::string& path) {
+  const platform::SystemPath file =
+      platform::AbsolutePath(platform::FollowLinks(platform::FromUtf8Path(path)));
+  const platform::SystemPath folder = convert::FolderOf(file);
+  const std::optional<platform::FileId> id = platform::IdOf(folder);
+  if (!id) return platform::ToUtf8Path(file);
+  return std::to_string(id->volume) + ':' + std::to_string(id->file) + ':' +
+         platform::ToUtf8Path(file.substr(folder.size()));
+}
+
 bool MadeFiles::Claim(const std::string& path) {
+  const std::string name = NameOf(path);
   convert::Lock lock(mutex_);
   std::optional<platform::FileId> id;
   released_.Wait(lock, [&] {
     id = platform::IdOf(platform::FromUtf8Path(path));
-    return !IsBegun(path, id);
+    return !IsBegun(name, id);
   });
-  if (paths_.contains(path) || (id && ids_.contains(*id))) return false;
-  begun_.emplace(ToLower(path), id);
+  if (names_.contains(name) || (id && ids_.contains(*id))) return false;
+  begun_.emplace(ToLower(name), id);
   return true;
 }
 
 void MadeFiles::Release(const std::string& path, bool isMade) {
+  const std::string name = NameOf(path);
   const convert::Lock lock(mutex_);
-  begun_.erase(ToLower(path));
+  begun_.erase(ToLower(name));
   released_.NotifyAll();
   if (!isMade) return;
-  paths_.insert(path);
+  names_.insert(name);
   if (const auto id = platform::IdOf(platform::FromUtf8Path(path))) ids_.insert(*id);
 }
 

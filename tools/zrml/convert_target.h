@@ -52,12 +52,13 @@ class MadeFiles {
   void Release(const std::string& path, bool isMade);
 
  private:
-  bool IsBegun(const std::string& path, const std::optional<platform::FileId>& id) const;
+  static std::string NameOf(const std::string& path);
+  bool IsBegun(const std::string& name, const std::optional<platform::FileId>& id) const;
 
   convert::Mutex mutex_;  // guards what follows
   convert::Condition released_;
   std::map<std::string, std::optional<platform::FileId>> begun_;  // by name in lower case
-  std::set<std::string> paths_;
+  std::set<std::string> names_;
   std::set<platform::FileId> ids_;
 };
 
