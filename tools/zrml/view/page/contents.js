@@ -150,7 +150,7 @@ export function functionPanel(sample) {
   const range = (/** @type {[number, number]|null} */ values, /** @type {number} */ decimals) =>
     values ? `${fixed(values[0], decimals)} – ${fixed(values[1], decimals)}` : '–';
   const rows = sample.functions.map((f) => row('td', [
-    f.id, f.name + (f.isLockMass ? ' (reference)' : ''), f.kind, f.isAbsorbance ? '–' : String(f.msLevel),
+    f.id, f.name + (f.isLockMass ? ' (reference)' : ''), f.kind, f.isAbsorbance || f.isMonitoring ? '–' : String(f.msLevel),
     f.polarity === 'unknown' ? '–' : f.polarity, f.scans, range(f.minutes, 2), range(f.massRange, 1),
     f.isCentroided === null ? '–' : f.isCentroided ? 'centroid' : 'profile',
   ]));
