@@ -143,7 +143,8 @@ class Adder {
 
   void Add(int position, const Points& scan, std::size_t lost) {
     sum_.lost += lost;
-    if (!scan.mz.empty() && !AddPoints(position, scan)) return LeaveOut();
+    const bool measuredNothing = lost == 0 && !sum_.isAbsorbance;
+    if (scan.mz.empty() ? !measuredNothing : !AddPoints(position, scan)) return LeaveOut();
     sum_.added.push_back(position);
   }
 
@@ -356,6 +357,8 @@ ScanSum SumAbsorbance(Source& source, int sample, std::span<const int> scans, co
 }
 
 void TakeOff(const ScanSum& background, PeakWidth width, ScanSum& sum) {
+  if (background.added.empty())
+    throw Error(Status::kWrongArgument, "the background has no scans that can be added");
   const bool isEmpty = background.mz.empty() || sum.mz.empty();
   if (!isEmpty && background.isCentroided != sum.isCentroided)
     throw Error(Status::kWrongArgument, "the background is of another kind (peaks, or a profile)");

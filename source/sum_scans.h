@@ -28,8 +28,9 @@ struct ScanSum {
 
 /// What becomes of scans that cannot be added to the others: of the other kind, peaks or a profile, than the
 /// first one, which is the first one with points when they are left out; of absorbance, those with other
-/// wavelengths. Profiles of one or two points are left out in any case, unless there is nothing else. Scans
-/// without points are added.
+/// wavelengths. Profiles of one or two points are left out in any case, unless there is nothing else, and so
+/// are scans whose points are all lost. Other scans without points are added, but for those of absorbance,
+/// which has values wherever it is measured.
 enum class Unsuited { kAreAnError, kAreLeftOut };
 
 /// The scans at these positions, added up in their order, as by AddSpectrum(); but where that would take
@@ -49,7 +50,8 @@ ScanSum SumAbsorbance(Source& source, int sample, std::span<const int> scans, co
 /// Takes off the mean of the background's scans, times the number of scans in the sum; intensities may become
 /// negative. Of profiles it takes off point by point, on the grid that they have together. Each peak is taken
 /// off the nearest one within half the width around it; where there is none it stays alone, negative. Throws
-/// Error (kWrongArgument) when the background is of another kind or has other wavelengths.
+/// Error (kWrongArgument) when the background is of another kind, has other wavelengths or no scans that were
+/// added.
 void TakeOff(const ScanSum& background, PeakWidth width, ScanSum& sum);
 
 /// Divides by the number of scans.

@@ -134,6 +134,21 @@ TEST_F(SpectrumSumTest, MeanIsTheSumOverTheNumberOfScans) {
 }
 
 // Without a list all: 10 + 2 + 2, 20 + 4 + 2, 10 + 3 + 2.
+// The points of scan 1 are there, 3 of 12.
+TEST_F(SpectrumSumTest, LostScansAreLeftOut) {
+  const std::filesystem::path data = folder_ / "run.raw" / "_FUNC001.DAT";
+  std::filesystem::resize_file(data, std::filesystem::file_size(data) / 4);
+  const ProcessResult result = RunRaw({"--function", "1", "--scans", "1-2", "--mean", "--json"});
+  ASSERT_EQ(result.status, 0);
+  const json mean = json::parse(result.output);
+  EXPECT_EQ(mean["intensities"], json::parse("[10, 20, 10]"));
+  EXPECT_EQ(mean["scans"], "1");
+  EXPECT_EQ(mean["scansLeftOut"], 1);
+  EXPECT_EQ(mean["lostPoints"], 3);
+  ExpectWrongUsage({"--function", "1", "--scans", "1", "--sum", "--minus", "1-1"},
+                   "the background has no scans that can be added");
+}
+
 TEST_F(SpectrumSumTest, SumOfAll) {
   ExpectPoints({"--function", "1", "--sum"}, "[100, 100.25, 100.5]", "[14, 26, 15]");
 }
