@@ -21,7 +21,7 @@ stage packages install "${build_packages[@]}" "${windows_packages[@]}" "${reader
 stage node install_node
 
 check_format() {
-  find bench common convert examples fuzz include library masslynx openlynx plugin source spectrum tests tools -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' -o -name '*.inc' |
+  find bench common convert examples fuzz include library masslynx openlynx plugin qc source spectrum tests tools -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' -o -name '*.inc' |
     xargs -n 40 -P "$(nproc)" clang-format --dry-run -Werror
 }
 stage format quietly format check_format

@@ -6,7 +6,7 @@ source=$1 dll=$2 proven=$3
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
 cd "$source"
-cp -r CMakeLists.txt CMakePresets.json cmake common convert include library masslynx openlynx plugin python scripts source spectrum tools \
+cp -r CMakeLists.txt CMakePresets.json cmake common convert include library masslynx openlynx plugin python qc scripts source spectrum third_party tools \
   "$copy"
 cd "$copy"
 compared=$({

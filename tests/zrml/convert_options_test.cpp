@@ -1,6 +1,11 @@
 // zrml convert: what names say, what is skipped, which spectra are chosen, and folders of sources.
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
 #include <chrono>
 #include <fstream>
+#include <thread>
 
 #include "tests/zrml/vials.h"
 #include "tests/zrml/zrml_run.h"
@@ -218,6 +223,21 @@ TEST_F(ConvertOptionsTest, SourcesAreListedInAFile) {
   ExpectFailure(Run({"convert", "--from", Path("gone.txt")}), 3, "there is no file " + Path("gone.txt"));
   ExpectFailure(Run({"convert", "-q"}), 2, "PATH or --from is required (see zrml convert --help)");
 }
+
+#ifndef _WIN32
+// Such as what a shell's <(command) names.
+TEST_F(ConvertOptionsTest, ListMayBeAPipe) {
+  const std::string source = Make("run.raw", SmallAcquisition());
+  const std::string pipe = Path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  std::thread writer([&] { std::ofstream(pipe) << source << '\n'; });
+  const ProcessResult result =
+      Run({"convert", "--from", pipe, "-o", Path("out"), "--format", "tsv", "--function", "1"});
+  writer.join();
+  ExpectOutput(result, Path("out") + "/run.tsv\n");
+  ExpectFailure(Run({"convert", "--from", "/dev/null"}), 2, "there are no sources in /dev/null");
+}
+#endif
 
 TEST_F(ConvertOptionsTest, AbsorbanceIsWrittenOnRequest) {
   const std::vector<std::string> rest = {"--function", "1,2,6,p1"};

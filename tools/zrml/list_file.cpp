@@ -1,10 +1,13 @@
 #include "tools/zrml/list_file.h"
 
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string_view>
 
+#include "common/platform/paths.h"
 #include "common/platform/platform.h"
 #include "common/text_file.h"
 #include "tools/zrml/failure.h"
@@ -14,10 +17,14 @@ namespace {
 
 constexpr std::uint64_t kMostBytes = std::uint64_t{64} << 20;
 
-std::string ReadInput() { return {std::istreambuf_iterator<char>(std::cin), {}}; }
+std::string ReadStream(std::istream& stream) { return {std::istreambuf_iterator<char>(stream), {}}; }
 
 std::string ReadFile(const std::string& path, const std::string& things) {
   const platform::SystemPath file = platform::FromUtf8Path(path);
+  if (platform::IsDevice(file)) {  // such as what a shell's <(command) names
+    std::ifstream pipe(std::filesystem::path(file), std::ios::binary);
+    return ReadStream(pipe);
+  }
   const platform::File opened = platform::File::OpenSystemPath(file);
   if (!opened.IsOpen()) {
     const std::string reason = platform::WhyClosed(file);
@@ -35,7 +42,7 @@ std::string ReadFile(const std::string& path, const std::string& things) {
 
 std::string ReadListFile(const std::string& path, const std::string& things) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  std::string text = path == "-" ? ReadInput() : ReadFile(path, things);
+  std::string text = path == "-" ? ReadStream(std::cin) : ReadFile(path, things);
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   return text;
 }
