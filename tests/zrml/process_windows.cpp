@@ -48,8 +48,12 @@ ProcessResult RunProcess(const ProcessSetup& setup) {
   startup.hStdError = OpenForWriting(setup.scratch / "errors");
   PROCESS_INFORMATION process{};
   const wchar_t* folder = setup.folder.empty() ? nullptr : setup.folder.c_str();
-  const bool isRunning = ::CreateProcessW(setup.program.c_str(), commandLine.data(), nullptr, nullptr, TRUE,
-                                          0, nullptr, folder, &startup, &process) != 0;
+  bool isRunning = false;
+  for (int attempt = 0; attempt < 50 && !isRunning; ++attempt) {  // a busy machine may refuse it
+    if (attempt > 0) ::Sleep(100);
+    isRunning = ::CreateProcessW(setup.program.c_str(), commandLine.data(), nullptr, nullptr, TRUE, 0,
+                                 nullptr, folder, &startup, &process) != 0;
+  }
   ::CloseHandle(startup.hStdOutput);
   ::CloseHandle(startup.hStdError);
   ProcessResult result;
