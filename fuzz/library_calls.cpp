@@ -248,7 +248,7 @@ class Caller {
       Check(begin <= end && end <= mz.Size(), "scans follow each other in the room");
       Check(std::is_sorted(mz.Get() + begin, mz.Get() + end), "points ascend in m/z");
     }
-    Check(ends[static_cast<std::size_t>(count)] == SIZE_MAX, "no end is told of scans that were not read");
+    Check(ends[static_cast<std::size_t>(count)] == SIZE_MAX, "scans that were not read have no end");
   }
 
   void Precursor() {
