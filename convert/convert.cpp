@@ -52,7 +52,7 @@ class Conversion {
 
   Result Run() {
     NoteMissingBins();
-    if (IsParquet()) parquet_ = PlanParquet(source_.Workers(), plan_, options_.arrays, hooks_.cancel);
+    if (IsParquet()) parquet_ = PlanParquet(source_.Workers(), plan_, options_.arrays, hooks_);
     MakeRenderers();
     // The other workers begin while this one reads the source's files.
     std::optional<OrderedPieces> spectra(std::in_place, TextCount(), Workers());
@@ -135,7 +135,9 @@ class Conversion {
     for (std::size_t i = 0; i < TextCount(); ++i) {
       ThrowIfCancelled(hooks_.cancel);
       document.Add(spectra.Take());
-      if (hooks_.progress) hooks_.progress(IsParquet() ? parquet_.ends[i] : i + 1, plan_.entries.size());
+      if (!hooks_.progress) continue;
+      const std::size_t written = IsParquet() ? parquet_.ends[i] : i + 1;
+      hooks_.progress(parquet_.looked + written, parquet_.looked + plan_.entries.size());
     }
   }
 

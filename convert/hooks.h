@@ -10,8 +10,9 @@ using source::Cancelled;
 using source::ThrowIfCancelled;
 
 struct Hooks {
-  Cancel cancel = {};              ///< true to give up, which throws Cancelled; called by all workers at once
-  source::Progress progress = {};  ///< spectra written so far, and their total number
+  Cancel cancel = {};  ///< true to give up, which throws Cancelled; called by all workers at once
+  source::Progress progress =
+      {};  ///< spectra written so far, of all; for Parquet also those that are read before, once more each
 };
 
 }  // namespace zrml::convert

@@ -148,7 +148,7 @@ class MzmlRenderer : public Renderer {
   void AppendMass(std::string& out, std::size_t index, const RunEntry& entry) {
     const RunFunction& function = reader_.Plan().FunctionOf(entry);
     const bool hasDrift = function.driftBins > 0;
-    const Spectrum spectrum = hasDrift ? reader_.ReadDrift(entry) : reader_.ReadMass(entry);
+    const Spectrum spectrum = reader_.ReadMassOrDrift(entry);
     Open(out, index, entry, spectrum);
     AppendCvParam(out, SpectrumType(function));
     AppendCvParam(out, cv::kMsLevel, std::to_string(MsLevelOf(function.info)));

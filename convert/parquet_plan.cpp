@@ -2,8 +2,10 @@
 
 #include <cmath>
 
+#include "convert/losses.h"
 #include "convert/ordered_pieces.h"
 #include "convert/single_precision.h"
+#include "convert/spectrum_reader.h"
 
 namespace zrml::convert {
 namespace {
@@ -25,48 +27,33 @@ struct Exact {
   bool isIntensity = true;
 };
 
-// Looks at points for one worker. What cannot be read is reported when it is written.
+// Looks at the points that will be written, for one worker. What cannot be read is reported when it is
+// written.
 class PointsLook {
  public:
-  PointsLook(source::Source& source, const RunPlan& plan, Exact looked)
-      : source_(source), plan_(plan), exact_(looked) {}
+  PointsLook(source::Source& source, const RunPlan& plan, Losses& losses, Exact looked)
+      : reader_(source, plan, losses), exact_(looked) {}
 
   void Look(const RunEntry& entry) {
-    const RunFunction& function = plan_.FunctionOf(entry);
-    try {
-      for (int bin = 0; bin < function.driftBins; ++bin) {
-        source_.ReadDriftBin(plan_.sample, function.position, entry.scan, bin, masses_, intensities_);
-        LookAtPoints();
-      }
-      if (function.driftBins > 0) return;
-      source_.ReadPoints(plan_.sample, function.position, entry.scan, masses_, intensities_);
-      LookAtPoints();
-    } catch (const source::Error&) {
-    }
+    const Spectrum spectrum = reader_.ReadMassOrDrift(entry);
+    exact_.isMass = exact_.isMass && RoundToSingle(spectrum.positions, singles_);
+    exact_.isIntensity = exact_.isIntensity && RoundToSingle(spectrum.intensities, singles_);
   }
 
   bool IsNeeded() const { return exact_.isMass || exact_.isIntensity; }
   const Exact& Found() const { return exact_; }
 
  private:
-  void LookAtPoints() {
-    exact_.isMass = exact_.isMass && RoundToSingle(masses_, singles_);
-    exact_.isIntensity = exact_.isIntensity && RoundToSingle(intensities_, singles_);
-  }
-
-  source::Source& source_;
-  const RunPlan& plan_;
+  SpectrumReader reader_;
   Exact exact_;
-  std::vector<double> masses_;
-  std::vector<double> intensities_;
   std::vector<float> singles_;
 };
 
 class ParquetPlanner {
  public:
   ParquetPlanner(std::span<const std::unique_ptr<source::Source>> workers, const RunPlan& plan,
-                 const Cancel& cancel)
-      : workers_(workers), plan_(plan), cancel_(cancel) {}
+                 const Hooks& hooks)
+      : workers_(workers), plan_(plan), hooks_(hooks) {}
 
   ParquetPlan Plan(const ArrayOptions& arrays) {
     DivideEntries();
@@ -83,7 +70,7 @@ class ParquetPlanner {
   void DivideEntries() {
     std::uint64_t rows = 0;
     for (std::size_t i = 0; i < plan_.entries.size(); ++i) {
-      ThrowIfCancelled(cancel_);
+      ThrowIfCancelled(hooks_.cancel);
       const RunEntry& entry = plan_.entries[i];
       const source::Scan scan = ScanOf(entry);
       const bool isNewFunction = i > 0 && plan_.entries[i - 1].function != entry.function;
@@ -108,8 +95,10 @@ class ParquetPlanner {
 
   // Only what is `looked` for is answered.
   Exact FindExact(Exact looked) {
+    Losses losses(Losses::Policy::kCounted);
     std::vector<PointsLook> looks;
-    for (const std::unique_ptr<source::Source>& worker : workers_) looks.emplace_back(*worker, plan_, looked);
+    for (const std::unique_ptr<source::Source>& worker : workers_)
+      looks.emplace_back(*worker, plan_, losses, looked);
     if (!looks.front().IsNeeded()) return looked;
     std::vector<MakePiece> makers;
     makers.reserve(looks.size());
@@ -118,10 +107,12 @@ class ParquetPlanner {
     }
     OrderedPieces pieces(parquet_.ends.size(), std::move(makers));
     for (std::size_t batch = 0; batch < parquet_.ends.size(); ++batch) {
-      ThrowIfCancelled(cancel_);
+      ThrowIfCancelled(hooks_.cancel);
       const std::string& found = pieces.Take();
       looked.isMass = looked.isMass && found.front() != 0;
       looked.isIntensity = looked.isIntensity && found.back() != 0;
+      parquet_.looked = parquet_.ends[batch];
+      if (hooks_.progress) hooks_.progress(parquet_.looked, 2 * plan_.entries.size());
       if (!looked.isMass && !looked.isIntensity) break;
     }
     return looked;
@@ -135,7 +126,7 @@ class ParquetPlanner {
 
   std::span<const std::unique_ptr<source::Source>> workers_;
   const RunPlan& plan_;
-  const Cancel& cancel_;
+  const Hooks& hooks_;
   ParquetPlan parquet_;
   bool areTimesSingle_ = true;
   bool arePrecursorsSingle_ = true;
@@ -144,8 +135,8 @@ class ParquetPlanner {
 }  // namespace
 
 ParquetPlan PlanParquet(std::span<const std::unique_ptr<source::Source>> workers, const RunPlan& plan,
-                        const ArrayOptions& arrays, const Cancel& cancel) {
-  return ParquetPlanner(workers, plan, cancel).Plan(arrays);
+                        const ArrayOptions& arrays, const Hooks& hooks) {
+  return ParquetPlanner(workers, plan, hooks).Plan(arrays);
 }
 
 }  // namespace zrml::convert

@@ -20,12 +20,14 @@ struct ParquetPlan {
   parquet::Type precursor = parquet::Type::kFloat;
   parquet::Type mass = parquet::Type::kFloat;
   parquet::Type intensity = parquet::Type::kFloat;
+  std::size_t looked = 0;  ///< entries whose points were read for that
 
   std::size_t BeginOf(std::size_t batch) const { return batch == 0 ? 0 : ends[batch - 1]; }
 };
 
-/// Reads all points, on all `workers`, until it is known that 32 bits are not enough.
+/// Reads all points, on all `workers`, until it is known that 32 bits are not enough. The progress is that of
+/// reading the entries, which may be half of the work, and of writing them.
 ParquetPlan PlanParquet(std::span<const std::unique_ptr<source::Source>> workers, const RunPlan& plan,
-                        const ArrayOptions& arrays, const Cancel& cancel);
+                        const ArrayOptions& arrays, const Hooks& hooks);
 
 }  // namespace zrml::convert

@@ -173,8 +173,7 @@ class ParquetRenderer : public Renderer {
 
  private:
   void Gather(const RunEntry& entry) {
-    const bool hasDrift = reader_.Plan().FunctionOf(entry).driftBins > 0;
-    const Spectrum spectrum = hasDrift ? reader_.ReadDrift(entry) : reader_.ReadMass(entry);
+    const Spectrum spectrum = reader_.ReadMassOrDrift(entry);
     const std::array read = {spectrum.positions, spectrum.intensities, spectrum.bins};
     for (std::size_t i = 0; i < read.size(); ++i)
       values_[i].insert(values_[i].end(), read[i].begin(), read[i].end());

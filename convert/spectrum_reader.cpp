@@ -44,6 +44,10 @@ Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
   });
 }
 
+Spectrum SpectrumReader::ReadMassOrDrift(const RunEntry& entry) {
+  return plan_.FunctionOf(entry).driftBins > 0 ? ReadDrift(entry) : ReadMass(entry);
+}
+
 Spectrum SpectrumReader::ReadDrift(const RunEntry& entry) {
   return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
     spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);

@@ -31,9 +31,9 @@ class SpectrumReader {
   const RunPlan& Plan() const { return plan_; }
 
   Spectrum ReadMass(const RunEntry& entry);
-
-  /// The drift bins of a scan in one spectrum, by mass, then bin. Empty when one of them cannot be read.
-  Spectrum ReadDrift(const RunEntry& entry);
+  /// The same; where there are drift bins all of them in one spectrum, by mass, then bin. Empty when one of
+  /// them cannot be read.
+  Spectrum ReadMassOrDrift(const RunEntry& entry);
 
   Spectrum ReadAbsorbance(const RunEntry& entry);
 
@@ -47,6 +47,7 @@ class SpectrumReader {
   /// `read` fills what it is given; without anything when it throws.
   template <class Read>
   Spectrum ReadOrLose(const RunEntry& entry, Read read);
+  Spectrum ReadDrift(const RunEntry& entry);
   void AddDriftPoints(const RunEntry& entry, int bin, bool isPicked);
   /// Whether the points of a scan of mass are to become centroids; notes that in the spectrum.
   bool IsPicked(const RunFunction& function, Spectrum& spectrum) const;

@@ -211,6 +211,34 @@ TEST_F(ParquetTest, NumbersHave32BitsWhereAllOfTheColumnSurviveThat) {
   ExpectHas(file, BytesOf<float>({1, 2, 3}));
 }
 
+// The centroid of two equal samples is halfway between them: between two neighbours of single precision.
+TEST_F(ParquetTest, NumbersThatAreWrittenDecideNotThoseOfTheSource) {
+  const double next = 100 + 0x1p-17;
+  Scan(0, 0).points = {{100, next, 300.1}, {8, 8, 0.1}};
+  Scan(0, 0).isCentroided = false;
+  Options options = AsParquet("1");
+  options.selection.scans = NumberSet::Parse("1").value();
+  options.selection.points.filter.mz = source::Range{0, 200};
+  ExpectHas(Converted(options), BytesOf<float>({100, static_cast<float>(next)}));
+  options.selection.points.centroidLevels = NumberSet();
+  ExpectHas(Converted(options), BytesOf<double>({100 + 0x1p-18}));
+}
+
+TEST_F(ParquetTest, ProgressIsOfReadingAndOfWriting) {
+  const std::size_t all = data_.functions[0].scans.size();
+  Text out;
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> seen;
+  const Hooks hooks = {
+      .progress = [&](std::uint64_t done, std::uint64_t of) { seen.emplace_back(done, of); }};
+  Convert(AsParquet("1"), out, 1, hooks);
+  EXPECT_EQ(seen, (decltype(seen){{all, 2 * all}, {2 * all, 2 * all}}));
+  seen.clear();
+  Options options = AsParquet("1");
+  options.arrays.masses = options.arrays.intensities = Precision::kDouble;
+  Convert(options, out, 1, hooks);
+  EXPECT_EQ(seen, (decltype(seen){{all, all}}));
+}
+
 TEST_F(ParquetTest, RequestedPrecisionIsKept) {
   Scan(0, 0).points = {{100.1, 200.25}, {1, 2}};
   Options options = AsParquet("1");
