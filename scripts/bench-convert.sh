@@ -4,11 +4,12 @@
 #   encoding:   arrays of mzML written uncompressed, against a plain Base64 encoding of the same arrays by coreutils
 #   compressed: arrays of mzML compressed, against the compressor alone on the same arrays; two threads against one
 #   parquet:    a table, against the compressor alone on the same columns of m/z and intensity; two threads against one
-#   batch:      1,000 small sources, two threads against one
+#   batch:      1,000 small sources, two threads against one; written to the disk, and to memory
 #   levels:     processor time and size of each level of compression
 #
-# Without PATH a long run is made from the scans of the sample. Times are the best of nine (of three for the levels), elapsed and of the processors;
-# elapsed time means nothing on a busy machine.
+# Without PATH a long run is made from the scans of the sample. Commands that are compared run in turns, nine times (the batch
+# and the levels three times). Times are medians, on the clock with the fewest and the most, and of the processors. On a busy
+# machine only the latter mean something.
 path=${1:+$(realpath -- "$1")}
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
@@ -22,103 +23,100 @@ if [ -z "$path" ]; then
   [ -d "$path" ] || build/linux/zrml-bench-source "$path"
 fi
 
-# best COMMAND...: the fewest seconds of nine runs, elapsed and of the processors.
-best() {
-  /usr/bin/python3 - "$@" <<'PYTHON'
-import os, subprocess, sys, time
-clock, processors = [], []
-for _ in range(int(os.environ.get('RUNS', 9))):
-    began, used = time.perf_counter(), os.times()
-    subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL, check=True)
-    now = os.times()
-    clock.append(time.perf_counter() - began)
-    processors.append(now.children_user + now.children_system - used.children_user - used.children_system)
-print(f'{min(clock):.4f} {min(processors):.4f}')
-PYTHON
+# measure ROUNDS COMMAND [-- COMMAND]...: the time of each on the clock and of the processors, and the spread of the clock, in the
+# lists clock, used, least and most.
+measure() {
+  local times
+  times=$(/usr/bin/python3 bench/rounds.py "$@")
+  mapfile -t clock < <(cut -d' ' -f1 <<<"$times")
+  mapfile -t used < <(cut -d' ' -f2 <<<"$times")
+  mapfile -t least < <(cut -d' ' -f3 <<<"$times")
+  mapfile -t most < <(cut -d' ' -f4 <<<"$times")
 }
 
-# extract OPTION...: the bytes of all arrays into $work/arrays.
-extract() {
-  "$zrml" convert "$path" --stdout --no-zlib "$@" | /usr/bin/python3 -c '
-import base64, re, sys
-with open(sys.argv[1], "wb") as arrays:
-    for line in sys.stdin.buffer:
-        found = re.match(rb"<binary>(.*)</binary>", line)
-        if found:
-            arrays.write(base64.b64decode(found[1]))
-' "$work/arrays"
+# show NAME PLACE: of the command at that place.
+show() {
+  printf '%-36s %7.3f s on the clock (%.3f to %.3f), %7.3f s of processors\n' \
+    "  $1" "${clock[$2]}" "${least[$2]}" "${most[$2]}" "${used[$2]}"
 }
+ratio() { awk -v name="  $1" -v a="$2" -v b="$3" 'BEGIN { printf "%-36s %7.2f\n", name, a / b }'; }
 
-show() { printf '%-34s %6.3f s on the clock, %6.3f s of processors\n' "$@"; }
-ratio() { awk -v name="$1" -v a="$2" -v b="$3" 'BEGIN { printf "%-34s %6.2f\n", name, a / b }'; }
-
-# encoding NAME OPTION...
-encoding() {
-  local name=$1 plain plain_cpu one one_cpu two two_cpu
+# arrays ROWS OPTION...: the arrays of mzML into $work/arrays, and each after its length into $work/blocks; with ROWS not 0 those
+# of m/z and of intensity, so many numbers of 32 bits in each.
+arrays() {
+  local rows=$1
   shift
-  extract "$@"
-  read -r plain plain_cpu < <(best base64 -w0 "$work/arrays")
-  read -r one one_cpu < <(best "$zrml" convert "$path" --stdout --no-zlib --threads 1 "$@")
-  read -r two two_cpu < <(best "$zrml" convert "$path" --stdout --no-zlib --threads 2 "$@")
-  echo "$name: $(stat -c %s "$work/arrays") bytes"
-  show '  Base64 by coreutils' "$plain" "$plain_cpu"
-  show '  conversion, 1 thread' "$one" "$one_cpu"
-  show '  conversion, 2 threads' "$two" "$two_cpu"
-  ratio '  rate of Base64, 1 thread' "$plain" "$one"
-  ratio '  the same of processor time' "$plain_cpu" "$one_cpu"
-  ratio '  rate of Base64, 2 threads' "$plain" "$two"
-}
-
-echo "$(nproc) processors, load $(cut -d' ' -f1 /proc/loadavg)"
-encoding 'uncompressed, as small as exact'
-encoding 'uncompressed, 64 bits' --64 mz,intensity,time
-
-# blocks ROWS: the arrays into $work/blocks: each alone for 0, else m/z and intensities of so many rows and 32 bits.
-blocks() {
-  local bits=()
-  [ "$1" = 0 ] || bits=(--32 mz,intensity)
-  "$zrml" convert "$path" --stdout --no-zlib "${bits[@]}" | /usr/bin/python3 -c '
+  "$zrml" convert "$path" --stdout --no-zlib "$@" | /usr/bin/python3 -c '
 import base64, re, struct, sys
-size = int(sys.argv[2]) * 4
+size = int(sys.argv[3]) * 4
 columns = [bytearray(), bytearray()]
-with open(sys.argv[1], "wb") as out:
+at = 0
+with open(sys.argv[1], "wb") as arrays, open(sys.argv[2], "wb") as blocks:
     def write(block):
-        out.write(struct.pack("<I", len(block)) + block)
-    at = 0
+        arrays.write(block)
+        blocks.write(struct.pack("<I", len(block)) + block)
     for line in sys.stdin.buffer:
-        found = re.match(rb"<binary>(.*)</binary>", line)
+        found = re.match(rb"\s*<binary>(.*)</binary>", line)
         if not found:
-            continue
-        if size == 0:
-            write(base64.b64decode(found[1]))
             continue
         columns[at] += base64.b64decode(found[1])
         if len(columns[at]) >= size:
             write(columns[at])
             columns[at].clear()
         at = 1 - at
-    for rest in columns:
+    for rest in filter(None, columns):
         write(rest)
-' "$work/blocks" "$1"
+' "$work/arrays" "$work/blocks" "$rows"
 }
 
-# compressed NAME WRAPPER ROWS FORMAT
-compressed() {
-  local alone alone_cpu one one_cpu two two_cpu
-  blocks "$3"
-  read -r alone alone_cpu < <(best build/linux/zrml-deflate-blocks "$2" "$work/blocks")
-  read -r one one_cpu < <(best "$zrml" convert "$path" --stdout --format "$4" --threads 1)
-  read -r two two_cpu < <(best "$zrml" convert "$path" --stdout --format "$4" --threads 2)
-  echo "$1"
-  show '  compressor alone' "$alone" "$alone_cpu"
-  show '  conversion, 1 thread' "$one" "$one_cpu"
-  show '  conversion, 2 threads' "$two" "$two_cpu"
-  ratio '  rate of the compressor, 1 thread' "$alone" "$one"
-  ratio '  the same of processor time' "$alone_cpu" "$one_cpu"
-  ratio '  2 threads against 1' "$one" "$two"
+# encoding NAME OPTION...
+encoding() {
+  local name=$1 convert
+  shift
+  arrays 0 "$@"
+  convert=("$zrml" convert "$path" --stdout --no-zlib "$@" --threads)
+  measure 9 base64 -w0 "$work/arrays" -- "${convert[@]}" 1 -- "${convert[@]}" 2
+  echo "$name: $(stat -c %s "$work/arrays") bytes"
+  show 'Base64 by coreutils' 0
+  show 'conversion, 1 thread' 1
+  show 'conversion, 2 threads' 2
+  ratio 'rate of Base64, 1 thread' "${clock[0]}" "${clock[1]}"
+  ratio 'the same of processor time' "${used[0]}" "${used[1]}"
+  ratio 'rate of Base64, 2 threads' "${clock[0]}" "${clock[2]}"
 }
+
+# compressed NAME WRAPPER ROWS FORMAT OPTION...
+compressed() {
+  local name=$1 wrapper=$2 rows=$3 format=$4 convert
+  shift 4
+  arrays "$rows" "$@"
+  convert=("$zrml" convert "$path" --stdout --format "$format" "$@" --threads)
+  measure 9 build/linux/zrml-deflate-blocks "$wrapper" "$work/blocks" -- "${convert[@]}" 1 -- "${convert[@]}" 2
+  echo "$name: $(stat -c %s "$work/arrays") bytes"
+  show 'compressor alone' 0
+  show 'conversion, 1 thread' 1
+  show 'conversion, 2 threads' 2
+  ratio 'rate of the compressor, 1 thread' "${clock[0]}" "${clock[1]}"
+  ratio 'the same of processor time' "${used[0]}" "${used[1]}"
+  ratio '2 threads against 1' "${clock[1]}" "${clock[2]}"
+}
+
+# batch NAME FOLDER
+batch() {
+  local convert=("$zrml" convert --from "$work/small.txt" -o "$2" --force -q --threads)
+  measure 3 "${convert[@]}" 1 -- "${convert[@]}" 2
+  echo "1,000 small sources, $1"
+  show '1 thread' 0
+  show '2 threads' 1
+  ratio '2 threads against 1' "${clock[0]}" "${clock[1]}"
+  rm -r "$2"
+}
+
+echo "$(nproc) processors, load $(cut -d' ' -f1 /proc/loadavg)"
+encoding 'uncompressed, as small as exact'
+encoding 'uncompressed, 64 bits' --64 mz,intensity,time
 compressed 'compressed mzML' zlib 0 mzml
-compressed Parquet gzip 65536 parquet
+compressed Parquet gzip 65536 parquet --32 mz,intensity
 
 # Each a link to a short acquisition, since its name is that of the file.
 rm -rf "$work"/small*
@@ -126,21 +124,19 @@ build/linux/zrml-bench-source "$work/small.raw" 20
 mkdir "$work/small"
 for number in $(seq 1000); do ln -s "$PWD/$work/small.raw" "$work/small/run$number.raw"; done
 ls -d "$PWD/$work/small"/*.raw >"$work/small.txt"
-batch=("$zrml" convert --from "$work/small.txt" -o "$work/small.out" --force -q)
-read -r one one_cpu < <(best "${batch[@]}" --threads 1)
-read -r two two_cpu < <(best "${batch[@]}" --threads 2)
-echo '1,000 small sources'
-show '  1 thread' "$one" "$one_cpu"
-show '  2 threads' "$two" "$two_cpu"
-ratio '  2 threads against 1' "$one" "$two"
+batch 'to the disk' "$work/small.out"
+batch 'to memory' "$(mktemp -d /dev/shm/zrml-XXXXXX)"
 rm -rf "$work"/small*
 
 echo 'levels of compression, 1 thread'
 for format in mzml parquet; do
-  for level in 1 2 3 4 5 6 7 8 9; do
-    options=(--stdout --format "$format" --threads 1 --compression-level "$level")
-    read -r _ cpu < <(RUNS=3 best "$zrml" convert "$path" "${options[@]}")
-    printf '  %-8s %d %6.2f s of processors, %6.1f MB\n' "$format" "$level" "$cpu" \
-      "$("$zrml" convert "$path" "${options[@]}" | wc -c | awk '{ print $1 / 1e6 }')"
+  for level in none 1 2 3 4 5 6 7 8 9; do
+    options=(--compression-level "$level")
+    [ "$level" != none ] || options=(--no-zlib)
+    convert=("$zrml" convert "$path" --stdout --format "$format" --threads 1 "${options[@]}")
+    measure 3 "${convert[@]}"
+    printf '  %-8s %-4s %6.2f s of processors, %6.1f MB\n' "$format" "$level" "${used[0]}" \
+      "$("${convert[@]}" | wc -c | awk '{ print $1 / 1e6 }')"
   done
 done
+echo "load $(cut -d' ' -f1 /proc/loadavg)"

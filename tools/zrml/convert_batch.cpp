@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "convert/convert.h"
 #include "convert/threads.h"
@@ -253,19 +254,25 @@ class SourceConversion {
   std::map<int, Target> targets_;  // by sample; none for standard output
 };
 
+// The path of the log, which is appended to: it must not be a file of a source.
+const std::string& LogOf(const ConvertRequest& request, const convert::SourceOwners& owners) {
+  if (!request.log.empty()) RefuseSourceAsTarget(request.log, owners);
+  return request.log;
+}
+
 // All sources of a command.
 class Batch {
  public:
   Batch(const ConvertRequest& request, Output& out)
       : request_(request),
         out_(out),
-        log_(request.log),
         lanes_(std::min<std::size_t>(request.paths.size(), static_cast<std::size_t>(request.threads))),
         shared_{.request = request,
                 .owners = convert::SourceOwners(request.paths),
                 .isAlone = lanes_ == 1,
                 .isWatched = lanes_ > 1 || !request.log.empty(),
                 .print = [this](const std::string& path) { PrintPath(path); }},
+        log_(LogOf(request, shared_.owners)),
         bar_(lanes_ > 1 && !request.isQuiet && IsErrorTerminal(), Counted(request.paths.size(), "source")) {}
 
   // A source that fails does not stop the others.
@@ -286,15 +293,19 @@ class Batch {
   }
 
  private:
+  // Everything that has failed is printed; the last of it ends the program.
   void End() {
-    std::optional<Failure> failure = unprinted_;
-    if (!failed_.empty()) {
-      if (unprinted_) PrintError(unprinted_->message);
-      failure = request_.paths.size() == 1 ? *single_
-                                           : SomeFailed(failed_, request_.paths.size(), "sources", kFailed);
+    std::vector<Failure> failures;
+    for (const std::optional<Failure>& failure : {unprinted_, log_.Problem()}) {
+      if (failure) failures.push_back(*failure);
     }
-    if (failure) throw Failure(*failure);
-    log_.Finish();
+    if (!failed_.empty())
+      failures.push_back(request_.paths.size() == 1
+                             ? *single_
+                             : SomeFailed(failed_, request_.paths.size(), "sources", kFailed));
+    if (failures.empty()) return;
+    for (const Failure& failure : std::span(failures).first(failures.size() - 1)) PrintError(failure.message);
+    throw Failure(failures.back());
   }
 
   // What one thread does. Sources are begun in their order; a large one waits until it is alone, and the next
@@ -343,14 +354,15 @@ class Batch {
     } catch (const std::bad_alloc&) {
       report.failure = Failure(ExitStatus::kUnreadable, "not enough memory for " + report.source);
       report.outcome = SourceReport::Outcome::kFailed;
-    } catch (...) {
+    } catch (...) {  // the reader of standard output has left
+      report.outcome = SourceReport::Outcome::kInterrupted;
       const convert::Lock lock(mutex_);
       error_ = std::current_exception();
       isStopped_ = true;
     }
     report.seconds = std::chrono::duration<double>(Clock::now() - began).count();
     const convert::Lock lock(mutex_);
-    if (!error_) log_.Add(report);
+    log_.Add(report);
     ended_.emplace(index, std::move(report));
     for (; !ended_.empty() && ended_.begin()->first == shown_; ++shown_) {
       Show(ended_.begin()->second);
@@ -388,9 +400,9 @@ class Batch {
 
   const ConvertRequest& request_;
   Output& out_;
-  ConvertLog log_;
   std::size_t lanes_;  // threads that go through the sources
   Shared shared_;
+  ConvertLog log_;
   ProgressBar bar_;
 
   convert::Mutex begin_;  // guards the next source to begin

@@ -1,7 +1,7 @@
 #include "tools/zrml/convert_log.h"
 
 #include <array>
-#include <filesystem>
+#include <system_error>
 
 #include "common/platform/paths.h"
 #include "tools/zrml/format.h"
@@ -33,20 +33,40 @@ std::string LineOf(const SourceReport& report) {
          ", \"findings\": " + ListOf(report.findings) + "}\n";
 }
 
+// Whether the last line of a file has no end: its writer was killed.
+bool IsCut(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;  // reading a pipe would wait
+  std::ifstream file(path, std::ios::binary);
+  return file.seekg(-1, std::ios::end) && file.get() != '\n';
+}
+
 }  // namespace
 
-ConvertLog::ConvertLog(std::string path) : path_(std::move(path)) {
-  if (path_.empty()) return;
-  file_.open(std::filesystem::path(platform::FromUtf8Path(path_)), std::ios::binary | std::ios::app);
-  if (!file_) throw Failure(ExitStatus::kUnreadable, "cannot write " + path_);
+ConvertLog::ConvertLog(const std::string& path) : name_(path), path_(platform::FromUtf8Path(path)) {
+  if (name_.empty()) return;
+  const bool isCut = IsCut(path_);
+  file_.rdbuf()->pubsetbuf(nullptr, 0);  // a line is one write, of which nothing is left over when it fails
+  file_.open(path_, std::ios::binary | std::ios::app);
+  if (isCut) file_ << '\n';
+  if (!file_) throw Broken();
 }
 
 void ConvertLog::Add(const SourceReport& report) {
-  if (!path_.empty()) file_ << LineOf(report) << std::flush;
+  if (name_.empty()) return;
+  std::error_code error;  // devices have no size
+  const std::uintmax_t size = std::filesystem::file_size(path_, error);
+  file_ << LineOf(report);
+  if (file_) return;
+  isBroken_ = true;
+  file_.clear();
+  if (!error) std::filesystem::resize_file(path_, size, error);
 }
 
-void ConvertLog::Finish() {
-  if (!path_.empty() && !file_) throw Failure(ExitStatus::kUnreadable, "cannot write " + path_);
+std::optional<Failure> ConvertLog::Problem() const {
+  return isBroken_ ? std::optional(Broken()) : std::nullopt;
 }
+
+Failure ConvertLog::Broken() const { return {ExitStatus::kUnreadable, "cannot write " + name_}; }
 
 }  // namespace zrml::tool

@@ -1,6 +1,7 @@
 // The log of `zrml convert`: a line of JSON for each source, written when the source ends.
 #pragma once
 
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -29,15 +30,20 @@ struct SourceReport {
 class ConvertLog {
  public:
   /// Appends to the file; writes nothing when `path` is empty. Throws a Failure when it cannot be opened.
-  explicit ConvertLog(std::string path);
+  explicit ConvertLog(const std::string& path);
 
+  /// A line that cannot be written whole is not there at all.
   void Add(const SourceReport& report);
-  /// Throws a Failure when a line could not be written.
-  void Finish();
+  /// That a line could not be written.
+  std::optional<Failure> Problem() const;
 
  private:
-  std::string path_;
+  Failure Broken() const;
+
+  std::string name_;
+  std::filesystem::path path_;
   std::ofstream file_;
+  bool isBroken_ = false;
 };
 
 }  // namespace zrml::tool

@@ -1,6 +1,9 @@
 #include "tools/zrml/convert_request.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
+#include <set>
 #include <string_view>
 
 #include "common/text.h"
@@ -207,6 +210,15 @@ void AddListedSources(ConvertRequest& request) {
   paths.insert(paths.end(), listed.begin(), listed.end());
 }
 
+// A list that is put together by programs may name a source twice.
+std::vector<std::string> WithoutRepeats(const std::vector<std::string>& paths) {
+  std::vector<std::string> once;
+  std::set<std::string_view> seen;
+  std::copy_if(paths.begin(), paths.end(), std::back_inserter(once),
+               [&](const std::string& path) { return seen.insert(path).second; });
+  return once;
+}
+
 }  // namespace
 
 void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
@@ -226,11 +238,13 @@ void Complete(ConvertRequest& request) {
   TakeFormat(request);
   RefuseFileAsFolder(request.folder);
   AddListedSources(request);
-  request.paths = ListSources(request.sources);
+  request.paths = WithoutRepeats(ListSources(request.sources));
   if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(request.paths);
   request.threads = ThreadCount(request.threads);
   if (request.isToStandardOutput) request.conversion.isIndexed = false;
   if (!request.file.empty()) {
+    if (request.file == request.log)
+      throw Failure(ExitStatus::kWrongUsage, request.file + " is named more than once");
     RefuseFolderAsFile(request.file);
     RefuseUnlessFile(request.file);
   }

@@ -48,6 +48,7 @@ std::string ReadListFile(const std::string& path, const std::string& things) {
 }
 
 std::vector<std::string> ReadLines(const std::string& path, const std::string& things) {
+  constexpr std::string_view kBlank = " \t";
   std::vector<std::string> lines;
   const std::string text = ReadListFile(path, things);
   for (std::string_view left = text; !left.empty();) {
@@ -55,7 +56,7 @@ std::vector<std::string> ReadLines(const std::string& path, const std::string& t
     std::string_view line = left.substr(0, end);
     left.remove_prefix(end == left.npos ? left.size() : end + 1);
     if (line.ends_with('\r')) line.remove_suffix(1);
-    if (!line.empty()) lines.emplace_back(line);
+    if (line.find_first_not_of(kBlank) != line.npos) lines.emplace_back(line);
   }
   if (lines.empty())
     throw Failure(ExitStatus::kWrongUsage,

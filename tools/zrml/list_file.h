@@ -10,7 +10,7 @@ namespace zrml::tool {
 /// Throws a Failure that names the file when it cannot be read, or is too large.
 std::string ReadListFile(const std::string& path, const std::string& things);
 
-/// Its lines, without empty ones. Throws a Failure when there are none.
+/// Its lines, without blank ones. Throws a Failure when there are none.
 std::vector<std::string> ReadLines(const std::string& path, const std::string& things);
 
 }  // namespace zrml::tool

@@ -1,11 +1,12 @@
 """batch_test.py ZRML CALLS ONE-SCAN.raw WORK: many sources at once.
 
-What is printed and written does not depend on the number of threads; the log is true, also after an interruption; for many
-sources memory stays flat, and the system is asked as much for each. CALLS is the library of counted_calls.cpp.
+What is printed and written does not depend on the number of threads; the log is true, also after an interruption and on a full
+disk; a list may come from any program; for many sources memory stays flat, and the system is asked as much for each. CALLS is the library of counted_calls.cpp.
 """
 import json
 import os
 import pathlib
+import resource
 import shutil
 import signal
 import subprocess
@@ -97,6 +98,60 @@ def check_interruption():
     require(set(files.values()) == {content(work / 'out')['run0.tsv']}, 'a file is not whole')
 
 
+def check_lists():
+    """Line ends of both systems, blank lines, a repeated source, a name with blanks and one that is no UTF-8."""
+    sources('odd', 3)
+    names = [b'a b.raw', b' c.raw', b'd\xFF.raw']
+    folder = os.fsencode(work / 'odd')
+    for i, name in enumerate(names):
+        os.rename(folder + b'/run%d.raw' % i, folder + b'/' + name)
+    listed = b'\r\n'.join([b'', *(folder + b'/' + name for name in names), b' \t', folder + b'/a b.raw', b''])
+    out, log = work / 'odd.out', work / 'odd.log'
+    result = subprocess.run([zrml, 'convert', '--from', '-', '-o', out, '--format', 'tsv', '--log', log], input=listed,
+                            capture_output=True)
+    require((result.returncode, result.stderr) == (0, b''), f'status {result.returncode}: {result.stderr}')
+    require(sorted(os.listdir(os.fsencode(out))) == [b' c.tsv', b'a b.tsv', b'd\xFF.tsv'], os.listdir(out))
+    found = sorted(line['source'] for line in log_of(log))
+    require(found == sorted(f'{work}/odd/{name}' for name in ('a b.raw', ' c.raw', 'd\uFFFD.raw')), found)
+    empty = subprocess.run([zrml, 'convert', '--from', '-', '-o', out], input=b' \r\n\n', capture_output=True)
+    require(empty.returncode == 2 and b'there are no sources in standard input' in empty.stderr, empty.stderr)
+
+
+def check_log():
+    """Each line is one of JSON or not there, and what cannot be written is said beside what fails."""
+    listed, out, log = sources('logged', 2), work / 'logged.out', work / 'full.log'
+    kept = '{"from": "before"}\n' * 450  # 8,550 bytes
+    log.write_text(kept)
+    limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (len(kept) + 50, resource.RLIM_INFINITY))
+    full = convert(listed, out, '--log', log, preexec_fn=limit)
+    require((full.returncode, full.stderr) == (5, f'zrml: cannot write {log}\n'), f'{full}')
+    require(log.read_text() == kept and len(os.listdir(out)) == 2, f'{log.stat().st_size} bytes are left')
+    with listed.open('a') as file:
+        file.write(f'{work}/gone.raw\n')
+    full = convert(listed, work / 'logged.again', '--log', log, preexec_fn=limit)
+    require(full.returncode == 8 and full.stderr.splitlines()[1:] == [
+        f'zrml: cannot write {log}', f'zrml: 1 of 3 sources are not converted: {work}/gone.raw'], f'{full}')
+    log.write_text(kept + '{"cut": "by a')  # what wrote this was killed
+    require(convert(listed, out, '--skip-existing', '--log', log).returncode == 8, 'gone.raw is there')
+    lines = log.read_text().splitlines()[450:]
+    require(lines[0] == '{"cut": "by a' and [json.loads(line)['status'] for line in lines[1:]].count('skipped') == 2, lines)
+
+
+def check_log_in_source():
+    """A source survives its log."""
+    source = work / 'written.raw'
+    shutil.copytree(one_scan, source)
+    before = content(source)
+    for name in ('_HEADER.TXT', 'log.jsonl'):
+        result = subprocess.run([zrml, 'convert', source, '-o', work / 'never', '--log', source / name], capture_output=True,
+                                text=True)
+        require((result.returncode, result.stderr) == (2, f'zrml: {source}/{name} is a part of the source\n'), f'{result}')
+    require(content(source) == before, 'the source has changed')
+    both = work / 'both.tsv'
+    result = subprocess.run([zrml, 'convert', source, '-b', both, '--log', both, '--force'], capture_output=True, text=True)
+    require((result.returncode, result.stderr) == (2, f'zrml: {both} is named more than once\n'), f'{result}')
+
+
 def measured(count):
     """The peak of memory, in KiB, and the questions to the system, of a batch."""
     listed, out = sources(f'batch{count}', count), work / f'out{count}'
@@ -125,5 +180,8 @@ shutil.rmtree(work, ignore_errors=True)
 work.mkdir(parents=True)
 check_threads()
 check_interruption()
+check_lists()
+check_log()
+check_log_in_source()
 check_many()
 shutil.rmtree(work)
