@@ -319,9 +319,29 @@ class Caller {
     const int end = first < INT_MAX - 3 ? first + input_.Value<std::uint8_t>() % 4 : first;
     const double width = input_.Bool() ? 0 : input_.Value<float>();
     const int isPpm = input_.Bool() ? 1 : 0;
+    if (input_.Bool()) return SumOfScans(sample, function, {first, end, Position()}, width, isPpm);
     ReadArrays([&](double* x, double* y, std::size_t room, std::size_t* count) {
       return zrml_read_sum(source_, sample, function, first, end, width, isPpm, x, y, room, count);
     });
+  }
+
+  void SumOfScans(int sample, int function, const std::array<int, 3>& scans, double width, int isPpm) {
+    zrml_sum_options options = {};
+    options.size = sizeof options;
+    options.width = width;
+    options.is_ppm = isPpm;
+    options.is_mean = input_.Bool() ? 1 : 0;
+    const int background = Position();
+    options.background = &background;
+    options.background_count = input_.Bool() ? 1 : 0;
+    zrml_sum sum = {};
+    sum.size = sizeof sum;
+    ReadArrays([&](double* x, double* y, std::size_t room, std::size_t* count) {
+      return zrml_read_sum_of_scans(source_, sample, function, scans.data(), scans.size(), &options, x, y,
+                                    room, count, &sum);
+    });
+    Check(sum.added + sum.left_out <= 3 && sum.background_added + sum.background_left_out <= 1,
+          "no more scans are counted than were named");
   }
 
   void DriftBin() {

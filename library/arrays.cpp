@@ -1,6 +1,7 @@
 // Arrays: chromatograms, sums, drift bins, traces, absorbance.
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "library/handle.h"
 #include "source/position.h"
@@ -24,7 +25,8 @@ struct Target {
   double* y;
   std::size_t room;
   std::size_t* count;
-  std::size_t* lost;  // may be null
+  std::size_t* lost = nullptr;
+  zrml_sum* sum = nullptr;
 };
 
 // Arrays requested without room are kept for the next call.
@@ -44,11 +46,63 @@ void Deliver(zrml_source& handle, const Request& request, const Target& target, 
   Copy(arrays.x, target.x);
   Copy(arrays.y, target.y);
   if (target.lost != nullptr) *target.lost = arrays.lost;
+  if (target.sum != nullptr) Fill(target.sum, arrays.sum);
   handle.arrays.reset();
 }
 
 Arrays ArraysOf(source::Chromatogram chromatogram) {
   return {std::move(chromatogram.minutes), std::move(chromatogram.intensities)};
+}
+
+// The positions in ascending order, each once.
+std::vector<int> Sorted(const int* positions, std::size_t count) {
+  if (count > 0) Require(positions, "an array of positions");
+  std::vector<int> sorted(positions, positions + count);
+  std::ranges::sort(sorted);
+  sorted.erase(std::ranges::unique(sorted).begin(), sorted.end());
+  return sorted;
+}
+
+SumRequest RequestOf(const int* scans, std::size_t count, const zrml_sum_options* options) {
+  SumRequest request = {Sorted(scans, count)};
+  if (options == nullptr) return request;
+  RequireKnown(*options);
+  request.background = Sorted(options->background, options->background_count);
+  request.width = options->width;
+  request.isPpm = options->is_ppm != 0;
+  request.isMean = options->is_mean != 0;
+  return request;
+}
+
+Arrays SumOf(Source& source, const Request& request, const source::Cancel& cancel) {
+  const SumRequest& wanted = request.sum;
+  const source::PeakWidth width = {wanted.width, wanted.isPpm};
+  const auto add = [&](const std::vector<int>& scans) {
+    return SumScans(source, request.sample, request.function, scans, width, source::Unsuited::kAreLeftOut,
+                    cancel);
+  };
+  source::ScanSum sum = add(wanted.scans);
+  source::ScanSum background;
+  if (!wanted.background.empty()) {
+    background = add(wanted.background);
+    TakeOff(background, width, sum);
+  }
+  if (wanted.isMean) MakeMean(sum);
+  const zrml_sum record = {
+      .size = 0,
+      .is_centroided = sum.isCentroided ? 1 : 0,
+      .added = CountOf(sum.added.size()),
+      .left_out = sum.leftOut,
+      .background_added = CountOf(background.added.size()),
+      .background_left_out = background.leftOut,
+      .lost = sum.lost,
+  };
+  return {std::move(sum.mz), std::move(sum.intensities), sum.lost, record};
+}
+
+void DeliverSum(zrml_source& handle, const Request& request, const Target& target) {
+  const std::size_t scans = request.sum.scans.size() + request.sum.background.size();
+  Deliver(handle, request, target, [&] { return SumOf(*handle.source, request, CancelOf(handle, scans)); });
 }
 
 bool AreWavelengths(const std::vector<double>& found, const double* wavelengths, std::size_t columns) {
@@ -123,13 +177,26 @@ zrml_status zrml_read_sum(zrml_source* source, int sample, int function, int fir
                           int is_ppm, double* mz, double* intensities, size_t room, size_t* count) {
   return Run(source, [&](Source& held) {
     RequireSample(held, sample);
-    const Request request = {Asked::kSum, sample, function, first, end, width, is_ppm};
-    Deliver(*source, request, {mz, intensities, room, count, nullptr}, [&] {
-      const auto scans = end > first ? static_cast<std::size_t>(std::int64_t{end} - first) : 0;
-      auto sum = zrml::source::SumScans(held, sample, function, first, end, {width, is_ppm != 0},
-                                        CancelOf(*source, scans));
-      return Arrays{std::move(sum.mz), std::move(sum.intensities)};
-    });
+    const int scans = held.ScanCount(sample, function);
+    if (first < 0 || first > scans) zrml::source::ThrowNoSuch(first, "scan");
+    if (end > scans) zrml::source::ThrowNoSuch(scans, "scan");
+    SumRequest wanted = {std::vector<int>(end > first ? static_cast<std::size_t>(end - first) : 0)};
+    std::iota(wanted.scans.begin(), wanted.scans.end(), first);
+    wanted.width = width;
+    wanted.isPpm = is_ppm != 0;
+    DeliverSum(*source, {Asked::kSum, sample, function, 0, 0, std::move(wanted)},
+               {mz, intensities, room, count});
+  });
+}
+
+zrml_status zrml_read_sum_of_scans(zrml_source* source, int sample, int function, const int* scans,
+                                   size_t scan_count, const zrml_sum_options* options, double* mz,
+                                   double* intensities, size_t room, size_t* count, zrml_sum* sum) {
+  return Run(source, [&](Source& held) {
+    RequireSample(held, sample);
+    if (sum != nullptr && sum->size < sizeof *sum) ThrowWrongArgument("the size of the record is too small");
+    DeliverSum(*source, {Asked::kSum, sample, function, 0, 0, RequestOf(scans, scan_count, options)},
+               {mz, intensities, room, count, nullptr, sum});
   });
 }
 
@@ -148,8 +215,8 @@ zrml_status zrml_read_drift_bin(zrml_source* source, int sample, int function, i
     RequireSample(held, sample);
     zrml::source::At(held.Functions(sample), function, "function");
     if (bin < 0 || bin >= held.DriftBinCount(sample, function)) zrml::source::ThrowNoSuch(bin, "drift bin");
-    const Request request = {Asked::kDriftBin, sample, function, scan, bin, 0, 0};
-    Deliver(*source, request, {mz, intensities, room, count, nullptr}, [&] {
+    const Request request = {Asked::kDriftBin, sample, function, scan, bin};
+    Deliver(*source, request, {mz, intensities, room, count}, [&] {
       Arrays arrays;
       held.ReadDriftBin(sample, function, scan, bin, arrays.x, arrays.y);
       return arrays;
@@ -161,8 +228,8 @@ zrml_status zrml_read_trace(zrml_source* source, int sample, int function, int t
                             double* intensities, size_t room, size_t* count) {
   return Run(source, [&](Source& held) {
     RequireSample(held, sample);
-    const Request request = {Asked::kTrace, sample, function, trace, 0, 0, 0};
-    Deliver(*source, request, {times, intensities, room, count, nullptr}, [&] {
+    const Request request = {Asked::kTrace, sample, function, trace};
+    Deliver(*source, request, {times, intensities, room, count}, [&] {
       return ArraysOf(function == ZRML_OF_SAMPLE ? held.ReadTrace(sample, trace)
                                                  : held.ReadFunctionTrace(sample, function, trace));
     });
@@ -190,7 +257,7 @@ zrml_status zrml_read_absorbance(zrml_source* source, int sample, int scan, doub
                                  double* values, size_t room, size_t* count, size_t* lost) {
   return Run(source, [&](Source& held) {
     RequireSample(held, sample);
-    const Request request = {Asked::kAbsorbance, sample, 0, scan, 0, 0, 0};
+    const Request request = {Asked::kAbsorbance, sample, 0, scan};
     Deliver(*source, request, {wavelengths, values, room, count, lost}, [&] {
       Arrays arrays;
       arrays.lost = held.ReadAbsorbance(sample, scan, arrays.x, arrays.y).lost;

@@ -12,7 +12,7 @@ namespace {
 CentroidOptions OptionsOf(const zrml_centroid_options* given) {
   CentroidOptions options;
   if (given == nullptr) return options;
-  if (given->size < sizeof *given) ThrowWrongArgument("the size of the record is too small");
+  RequireKnown(*given);
   if (!(given->min_signal_to_noise >= 0)) ThrowWrongArgument("a signal to noise is not negative");
   options.isArea = given->is_area != 0;
   if (given->min_signal_to_noise > 0) options.minSignalToNoise = given->min_signal_to_noise;

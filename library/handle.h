@@ -2,14 +2,15 @@
 // and arrays are checked in one place.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -24,11 +25,32 @@ struct Arrays {
   std::vector<double> x;
   std::vector<double> y;
   std::size_t lost = 0;
+  zrml_sum sum = {};  // of a sum
 };
 
-/// Identifies requested arrays: their kind, and the arguments.
+/// How scans are added up: positions that ascend.
+struct SumRequest {
+  std::vector<int> scans;
+  std::vector<int> background = {};
+  double width = 0;
+  bool isPpm = false;
+  bool isMean = false;
+
+  bool operator==(const SumRequest&) const = default;
+};
+
+/// Identifies requested arrays: their kind, sample, function, and a scan or trace with a bin, or a sum.
 enum class Asked { kSum, kDriftBin, kTrace, kAbsorbance };
-using Request = std::tuple<Asked, int, int, int, int, double, int>;
+struct Request {
+  Asked asked;
+  int sample;
+  int function;
+  int item = 0;
+  int bin = 0;
+  SumRequest sum = {};
+
+  bool operator==(const Request&) const = default;
+};
 
 }  // namespace zrml::library
 
@@ -90,6 +112,16 @@ void Fill(Record* given, Record filled) {
   if (filled.size < sizeof(Record)) ThrowWrongArgument("the size of the record is too small");
   std::memcpy(given, &filled, sizeof(Record));
   std::memset(reinterpret_cast<char*>(given) + sizeof(Record), 0, filled.size - sizeof(Record));
+}
+
+/// For records with what is wanted: throws when `given` is too small, or of a later version and has members
+/// that are not known here.
+template <class Record>
+void RequireKnown(const Record& given) {
+  if (given.size < sizeof given) ThrowWrongArgument("the size of the record is too small");
+  const char* const begin = reinterpret_cast<const char*>(&given);
+  if (std::any_of(begin + sizeof given, begin + given.size, [](char c) { return c != 0; }))
+    ThrowWrongArgument("the record has members that this version of the library does not know");
 }
 
 /// Counts, for callers who count in `int`.

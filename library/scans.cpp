@@ -137,15 +137,6 @@ int FillFromScans(Source& source, const Rows& rows, std::span<double> mz, std::s
   return done;
 }
 
-// A table of a later version may have arrays that are not known here.
-void RequireKnown(const zrml_scan_table* table) {
-  Require(table, "table");
-  if (table->size < sizeof(zrml_scan_table)) ThrowWrongArgument("the size of the table is too small");
-  const char* const begin = reinterpret_cast<const char*>(table);
-  if (std::any_of(begin + sizeof(zrml_scan_table), begin + table->size, [](char c) { return c != 0; }))
-    ThrowWrongArgument("the table has arrays that this version of the library does not know");
-}
-
 }  // namespace
 }  // namespace zrml::library
 
@@ -169,7 +160,8 @@ zrml_status zrml_get_scan(zrml_source* source, int sample, int function, int sca
 zrml_status zrml_read_scan_table(zrml_source* source, int sample, int function, int first, int count,
                                  const zrml_scan_table* table) {
   return Run(source, [&](Source& held) {
-    RequireKnown(table);
+    Require(table, "table");
+    RequireKnown(*table);
     const Rows rows = {sample, function, first, count};
     RequireRows(held, rows);
     FillFromIndex(held, rows, *table);

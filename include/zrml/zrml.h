@@ -307,13 +307,44 @@ ZRML_API zrml_status zrml_find_centroids(const double* mz, const double* intensi
 /* The scans from position `first` up to, not including, `end`, added up in their order. Peaks of one m/z
  * become one; with a `width` above 0, in m/z, or in parts per million when `is_ppm` is not 0, peaks within
  * half of it on either side of a stronger one become part of that. Profiles are added on the grid of the
- * first one; `width` means nothing to them. Long work. ZRML_WRONG_ARGUMENT when there is no scan, when the
- * scans are not all of one kind (zrml_scan.is_centroided), and for a width that is negative or NaN. Profiles
- * of one or two points have no grid and add nothing, unless there is nothing else. Absorbance spectra of a
- * report are added wavelength by wavelength; ZRML_WRONG_ARGUMENT when they do not have the same ones. */
+ * first one; `width` means nothing to them. Absorbance spectra of a report are added wavelength by
+ * wavelength. Scans of another kind (zrml_scan.is_centroided) or with other wavelengths than the first one
+ * with points are left out, and so are profiles of one or two points, which have no grid, unless there is
+ * nothing else, and scans whose points are all lost. Long work. ZRML_WRONG_ARGUMENT when there is no scan and
+ * for a width that is negative or NaN. */
 ZRML_API zrml_status zrml_read_sum(zrml_source* source, int sample, int function, int first, int end,
                                    double width, int is_ppm, double* mz, double* intensities, size_t room,
                                    size_t* count);
+
+typedef struct zrml_sum_options {
+  size_t size;
+  double width;            /* as in zrml_read_sum() */
+  int is_ppm;              /* the same */
+  int is_mean;             /* not 0: divided by the number of scans that were added */
+  const int* background;   /* positions of scans; may be null when there are none */
+  size_t background_count; /* how many; 0 for no background */
+} zrml_sum_options;
+
+/* Of how many scans a sum is. */
+typedef struct zrml_sum {
+  size_t size;
+  int is_centroided;       /* 1 or 0, as in zrml_scan */
+  int added;               /* scans; one without points, which measured nothing, is one of them */
+  int left_out;            /* scans */
+  int background_added;    /* the same of the background */
+  int background_left_out; /* the same */
+  size_t lost;             /* points of the scans that the index declares and the file does not hold */
+} zrml_sum;
+
+/* The same of any scans: those at the `scan_count` positions in `scans`, each of them once, in the order of
+ * the function. The mean of the scans of the background is taken off as often as scans were added, before
+ * the sum is divided; intensities may become negative. Of profiles it is taken off point by point, on the
+ * grid that they have together, each peak of it off the nearest one within half the width around it; without
+ * one it stays, negative. `options` and `sum` may be null; `sum` is filled when the arrays are.
+ * ZRML_WRONG_ARGUMENT also when the background is of another kind or has no scan that can be added. */
+ZRML_API zrml_status zrml_read_sum_of_scans(zrml_source* source, int sample, int function, const int* scans,
+                                            size_t scan_count, const zrml_sum_options* options, double* mz,
+                                            double* intensities, size_t room, size_t* count, zrml_sum* sum);
 
 /* Drift bins of each scan; 0 without mobility data or where the maker's library is not installed. */
 ZRML_API zrml_status zrml_drift_bin_count(zrml_source* source, int sample, int function, int* count);

@@ -15,6 +15,7 @@
 #include <iterator>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -158,6 +159,33 @@ class Sequence {
 struct Spectrum {
   std::vector<double> mz;
   std::vector<double> intensity;
+};
+
+/// The points of several scans, one behind the other: those of the i-th end before `ends[i]` and begin where
+/// those of the one before it end, the first ones at 0.
+struct PointsOfScans {
+  std::vector<double> mz;
+  std::vector<double> intensity;
+  std::vector<std::size_t> ends;
+  std::vector<std::size_t> lost;  ///< of each scan
+};
+
+/// Of a sum of scans; the members are those of zrml_sum_options.
+struct SumOptions {
+  double width = 0;
+  bool is_ppm = false;
+  bool is_mean = false;
+  std::vector<int> background = {};
+};
+
+/// The scans added up, and how many they are; the members are those of zrml_sum.
+struct Sum : Spectrum {
+  bool is_centroided = false;
+  int added = 0;
+  int left_out = 0;
+  int background_added = 0;
+  int background_left_out = 0;
+  std::size_t lost = 0;
 };
 
 struct Chromatogram {
@@ -401,6 +429,57 @@ class Function {
                         return zrml_read_sum(source(), place_.sample, place_.function, first, end, width,
                                              is_ppm ? 1 : 0, x, y, room, count);
                       });
+    return read;
+  }
+
+  /// The scans at these positions, each once and in the order of the function, added up.
+  Sum sum(const std::vector<int>& scans, const SumOptions& options = {}) const {
+    zrml_sum_options wanted = {};
+    wanted.size = sizeof wanted;
+    wanted.width = options.width;
+    wanted.is_ppm = options.is_ppm ? 1 : 0;
+    wanted.is_mean = options.is_mean ? 1 : 0;
+    wanted.background = options.background.data();
+    wanted.background_count = options.background.size();
+    zrml_sum record = {};
+    record.size = sizeof record;
+    Sum read;
+    detail::ReadTwice(*place_.handle, read.mz, read.intensity,
+                      [&](double* x, double* y, std::size_t room, std::size_t* count) {
+                        return zrml_read_sum_of_scans(source(), place_.sample, place_.function, scans.data(),
+                                                      scans.size(), &wanted, x, y, room, count, &record);
+                      });
+    read.is_centroided = record.is_centroided != 0;
+    read.added = record.added;
+    read.left_out = record.left_out;
+    read.background_added = record.background_added;
+    read.background_left_out = record.background_left_out;
+    read.lost = record.lost;
+    return read;
+  }
+
+  /// The points of `count` scans from position `first` on, in one call, for loops over small ones. Ends early
+  /// before a scan that cannot be read, unless that is the first one: `ends` has as many as were read.
+  PointsOfScans points(int first, int count) const {
+    zrml_scan_table table = {};
+    table.size = sizeof table;
+    const auto readTable = [&] {
+      Check(zrml_read_scan_table(source(), place_.sample, place_.function, first, count, &table));
+    };
+    readTable();  // without arrays: throws for scans that are not there
+    std::vector<std::uint32_t> rooms(static_cast<std::size_t>(count));
+    table.points = rooms.data();
+    readTable();
+    const std::size_t room = std::accumulate(rooms.begin(), rooms.end(), std::size_t{0});
+    PointsOfScans read = {std::vector<double>(room), std::vector<double>(room),
+                          std::vector<std::size_t>(rooms.size()), std::vector<std::size_t>(rooms.size())};
+    int scans = 0;
+    Check(zrml_read_points_of_scans(source(), place_.sample, place_.function, first, count, read.mz.data(),
+                                    read.intensity.data(), room, read.ends.data(), read.lost.data(), &scans));
+    read.ends.resize(static_cast<std::size_t>(scans));
+    read.lost.resize(read.ends.size());
+    read.mz.resize(read.ends.empty() ? 0 : read.ends.back());
+    read.intensity.resize(read.mz.size());
     return read;
   }
 

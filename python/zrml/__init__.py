@@ -23,7 +23,7 @@ from ._absorbance import Absorbance, AbsorbanceScan
 from ._chromatogram import Chromatogram, Trace
 from ._errors import DamagedError, Error, NotFoundError, NotRecognisedError, UnreadableError
 from ._function import Function
-from ._scan import Scan, Spectrum
+from ._scan import Scan, Spectrum, Sum
 from ._source import Finding, Sample, Source, open
 
 __version__: str = _library.library.zrml_version().decode()
@@ -42,6 +42,7 @@ __all__ = [
     "Scan",
     "Source",
     "Spectrum",
+    "Sum",
     "Trace",
     "UnreadableError",
     "open",

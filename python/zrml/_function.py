@@ -12,10 +12,10 @@ import numpy as np
 
 from ._arrays import floats, integers, room_for, room_for_integers, rows
 from ._chromatogram import Chromatogram, Trace, traces_of
-from ._library import SUM, MetadataRecord, ScanTable, library
+from ._library import SUM, MetadataRecord, ScanTable, SumOptions, SumRecord, library
 from ._loop import Loop
-from ._position import bound, items
-from ._scan import Scan, Spectrum
+from ._position import bound, items, resolved
+from ._scan import Scan, Sum
 from ._show import closed_table, counted, frame, html_table, shortened
 
 if TYPE_CHECKING:
@@ -24,6 +24,8 @@ if TYPE_CHECKING:
 
     from ._arrays import AnyArray, FloatArray
     from ._handle import Handle
+
+    Positions = npt.NDArray[np.intc]
 
 _DEFAULT_PPM = 10.0
 _SCANS_AT_ONCE = 1024  # whose numbers of points are read ahead of them
@@ -260,57 +262,88 @@ class Function(Sequence[Scan]):
         stop: SupportsIndex | None = None,
         *,
         minutes: tuple[float, float] | None = None,
+        scans: Iterable[SupportsIndex] | None = None,
+        mean: bool = False,
+        minus: tuple[float, float] | None = None,
         ppm: float | None = None,
         da: float | None = None,
-    ) -> Spectrum:
+    ) -> Sum:
         """The scans from position `start` up to, not including, `stop`, added up in their order.
 
         start, stop: negative ones count from the end; all scans without them.
-        minutes: in place of positions, the scans from the first time to the second, both included.
+        minutes: in place of them, the scans from the first time to the second, both included.
+        scans: in place of them, positions; each counts once, in the order of the function.
+        mean: the sum divided by the number of scans that were added.
+        minus: the background, from the first time to the second, both included: the mean of its scans is taken
+            off each scan added, so that intensities may become negative.
         ppm, da: how far apart peaks may be, on either side of the stronger one and in parts per million or
             m/z, that become one; without them only those of one m/z do. Profiles are added on the grid of the
             first one.
 
-        Long work. IndexError for positions that are not there; ValueError when there is no scan to add up, when
-        the scans within `minutes` do not follow each other, and when some are profiles and others are not.
+        Scans of another kind, peaks or a profile, than the first one with points are left out, and so are some
+        others: see Sum, which counts them.
+
+        Long work. IndexError for positions that are not there; ValueError when there is no scan to add up, or none
+        of a background that can be taken off.
         """
-        first, end = self._positions(start, stop) if minutes is None else self._within(minutes, start, stop)
-        if first >= end:
+        wanted = self._chosen(start, stop, minutes, scans)
+        if not wanted.size:
             raise ValueError("there is no scan to add up")
-        width, is_ppm = _width(ppm, da, 0.0)
-        # The library counts the width on both sides together.
+        options = SumOptions()
+        width, options.is_ppm = _width(ppm, da, 0.0)
+        options.width = 2 * width  # on both sides together
+        options.is_mean = int(bool(mean))
+        if minus is not None:
+            background = self._within(minus, "minus")
+            if not background.size:
+                raise ValueError("there is no scan in the background")
+            options.background, options.background_count = background.tobytes(), background.size
+        record = SumRecord()
         mz, intensity = self._handle.arrays(
-            library.zrml_read_sum, *self._place, first, end, 2 * width, int(is_ppm)
+            library.zrml_read_sum_of_scans,
+            *self._place,
+            wanted.tobytes(),
+            wanted.size,
+            byref(options),
+            behind=(byref(record),),
         )
-        return Spectrum(mz, intensity, self[first]._is_profile())
+        return Sum(mz, intensity, record, self._has_profiles)
 
     @property
     def _has_profiles(self) -> bool:
         """Whether points are samples of profiles, where scans are not centroided."""
         return self.kind not in ("ion monitoring", "reaction monitoring", "absorbance")
 
-    def _positions(self, start: SupportsIndex | None, stop: SupportsIndex | None) -> tuple[int, int]:
+    def _chosen(
+        self,
+        start: SupportsIndex | None,
+        stop: SupportsIndex | None,
+        minutes: tuple[float, float] | None,
+        scans: Iterable[SupportsIndex] | None,
+    ) -> Positions:
+        has_ends = start is not None or stop is not None
+        if has_ends + (minutes is not None) + (scans is not None) > 1:
+            raise ValueError("start and stop, minutes, and scans: one of them is enough")
+        if minutes is not None:
+            return self._within(minutes, "minutes")
         length = self._length
+        if scans is not None:
+            return np.array([resolved(scan, length, "scan") for scan in scans], np.intc)
         first = 0 if start is None else bound(start, length, "scan")
-        return first, length if stop is None else bound(stop, length, "scan")
+        return np.arange(first, length if stop is None else bound(stop, length, "scan"), dtype=np.intc)
 
-    def _within(
-        self, minutes: tuple[float, float], start: SupportsIndex | None, stop: SupportsIndex | None
-    ) -> tuple[int, int]:
-        if start is not None or stop is not None:
-            raise ValueError("positions and minutes are both given: one of them is enough")
+    def _within(self, minutes: tuple[float, float], name: str) -> Positions:
+        """The scans of a time. One that prints like an end of it is in it: as at the command line, where text has
+        the decimals of single precision."""
         try:
             low, high = map(float, minutes)
         except (TypeError, ValueError):
-            raise TypeError(f"minutes is a pair of times, the first and the last, not {minutes!r}") from None
+            raise TypeError(f"{name} is a pair of times, the first and the last, not {minutes!r}") from None
         times = self.times
-        found = np.flatnonzero((times >= low) & (times <= high))
-        if not found.size:
-            return 0, 0
-        first, end = int(found[0]), int(found[-1]) + 1
-        if end - first != found.size:
-            raise ValueError("the scans of that time do not follow each other")
-        return first, end
+        with np.errstate(over="ignore"):
+            short, low_short, high_short = times.astype(np.float32), np.float32(low), np.float32(high)
+        is_within = ((times >= low) | (short == low_short)) & ((times <= high) | (short == high_short))
+        return np.flatnonzero(is_within).astype(np.intc)
 
     def _summary(self) -> str:
         words = [self.kind, self.polarity]

@@ -87,6 +87,31 @@ class CentroidOptions(Record):
     _fields_ = [("size", c_size_t), ("is_area", c_int), ("min_signal_to_noise", c_double)]
 
 
+class SumOptions(Record):
+    """`background` is the address of positions, of bytes that must live as long as the call."""
+
+    _fields_ = [
+        ("size", c_size_t),
+        ("width", c_double),
+        ("is_ppm", c_int),
+        ("is_mean", c_int),
+        ("background", c_char_p),
+        ("background_count", c_size_t),
+    ]
+
+
+class SumRecord(Record):
+    _fields_ = [
+        ("size", c_size_t),
+        ("is_centroided", c_int),
+        ("added", c_int),
+        ("left_out", c_int),
+        ("background_added", c_int),
+        ("background_left_out", c_int),
+        ("lost", c_size_t),
+    ]
+
+
 class TraceRecord(Record):
     _fields_ = [("size", c_size_t), ("number", c_int), ("name", c_char_p)]
 
@@ -150,7 +175,20 @@ _FUNCTIONS: dict[str, tuple[Any, ...]] = {
         c_size_t,
         _COUNT,
     ),
-    "zrml_read_sum": (_STATUS, _SOURCE, c_int, c_int, c_int, c_int, c_double, c_int, _ARRAY, _ARRAY, c_size_t, _COUNT),
+    "zrml_read_sum_of_scans": (
+        _STATUS,
+        _SOURCE,
+        c_int,
+        c_int,
+        c_char_p,
+        c_size_t,
+        POINTER(SumOptions),
+        _ARRAY,
+        _ARRAY,
+        c_size_t,
+        _COUNT,
+        POINTER(SumRecord),
+    ),
     "zrml_drift_bin_count": (_STATUS, _SOURCE, c_int, c_int, POINTER(c_int)),
     "zrml_read_drift_bin": (_STATUS, _SOURCE, c_int, c_int, c_int, c_int, _ARRAY, _ARRAY, c_size_t, _COUNT),
     "zrml_trace_count": (_STATUS, _SOURCE, c_int, c_int, POINTER(c_int)),

@@ -7,7 +7,7 @@ from typing import TYPE_CHECKING, SupportsIndex
 
 from ._arrays import floats, room_for
 from ._errors import OK, exception_of
-from ._library import CentroidOptions, ScanRecord, library
+from ._library import CentroidOptions, ScanRecord, SumRecord, library
 from ._position import resolved
 from ._show import between, closed_table, counted, frame, html_table, span
 
@@ -78,6 +78,36 @@ class Spectrum:
 
     def __repr__(self) -> str:
         return f"<zrml.Spectrum: {counted(len(self.mz), 'point')}{span(self.mz, 'm/z')}>"
+
+
+class Sum(Spectrum):
+    """Scans added up: `function.sum(...)`.
+
+    is_centroided: whether points are peaks, not samples of a profile.
+    scans_added: how many scans it is of; one without points, which measured nothing, is one of them.
+    scans_left_out: how many could not be added: peaks among profiles, or the other way round, profiles of one or
+        two points, scans whose points are all lost; of absorbance, those with other wavelengths.
+    background_added, background_left_out: the same of the background; 0 without one.
+    lost: points of the scans that the index declares and the file does not hold.
+    """
+
+    __slots__ = (
+        "is_centroided",
+        "scans_added",
+        "scans_left_out",
+        "background_added",
+        "background_left_out",
+        "lost",
+    )
+
+    def __init__(self, mz: FloatArray, intensity: FloatArray, record: SumRecord, has_profiles: bool) -> None:
+        self.is_centroided = bool(record.is_centroided)
+        super().__init__(mz, intensity, has_profiles and not self.is_centroided)
+        self.scans_added: int = record.added
+        self.scans_left_out: int = record.left_out
+        self.background_added: int = record.background_added
+        self.background_left_out: int = record.background_left_out
+        self.lost: int = record.lost
 
 
 class Scan(Spectrum):

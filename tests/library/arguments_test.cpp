@@ -39,6 +39,7 @@ struct Written {
     zrml_scan scan;
     zrml_trace trace;
     zrml_metadata metadata;
+    zrml_sum sum;
     zrml_finding finding;
   } record;
   int number[2];
@@ -141,6 +142,21 @@ const std::vector<Call>& Calls() {
          const int end = at.item == INT_MAX ? at.item : at.item + 1;
          return zrml_read_sum(s, at.sample, at.function, at.item, end, 0, 0, Unless(n == 0, written.x),
                               Unless(n == 1, written.y), kRoom, Unless(n == 2, &written.count));
+       }},
+      {"read_sum_of_scans", 4, true, true, true,
+       [](auto* s, auto& at, int n) {
+         return zrml_read_sum_of_scans(s, at.sample, at.function, Unless(n == 0, &at.item), 1, nullptr,
+                                       Unless(n == 1, written.x), Unless(n == 2, written.y), kRoom,
+                                       Unless(n == 3, &written.count), nullptr);
+       }},
+      {"read_sum_less_a_background", 1, true, true, true,
+       [](auto* s, auto& at, int n) {
+         const int scan = 0;
+         zrml_sum_options options = {};
+         options.background = Unless(n == 0, &at.item);
+         options.background_count = 1;
+         return zrml_read_sum_of_scans(s, at.sample, at.function, &scan, 1, Sized(options, false), written.x,
+                                       written.y, kRoom, &written.count, Sized(written.record.sum, false));
        }},
       {"drift_bin_count", 1, true, true, false,
        [](auto* s, auto& at, int n) {
@@ -374,9 +390,41 @@ TEST_F(LibraryArguments, RecordsThatAreTooSmall) {
   ExpectSizeCounts<zrml_trace>(zrml_get_trace, opened.Get(), 0, ZRML_OF_SAMPLE, 0);
   ExpectSizeCounts<zrml_metadata>(zrml_get_metadata, opened.Get(), 0, 0, 0);
   ExpectSizeCounts<zrml_finding>(zrml_get_finding, opened.Get(), 0);
-  zrml_scan_table table = Table();
-  table.size = sizeof table - 1;
-  EXPECT_EQ(zrml_read_scan_table(opened.Get(), 0, 0, 0, 1, &table), ZRML_WRONG_ARGUMENT);
+}
+
+// Of a record with what is wanted, also those of a later version that has more.
+TEST_F(LibraryArguments, RecordsOfOtherVersions) {
+  const Opened opened(raw_);
+  const auto expectSizeCounts = [](auto record, auto call) {
+    struct Later {
+      decltype(record) known;
+      std::int64_t more;
+    } later = {record, 0};
+    for (const std::size_t size : {std::size_t{0}, sizeof record - 1}) {
+      later.known.size = size;
+      EXPECT_EQ(call(&later.known), ZRML_WRONG_ARGUMENT) << size;
+    }
+    later.known.size = sizeof later;
+    EXPECT_EQ(call(&later.known), ZRML_OK);
+    later.more = 1;
+    EXPECT_EQ(call(&later.known), ZRML_WRONG_ARGUMENT) << "it asks for more than is known";
+  };
+  expectSizeCounts(Table(), [&](const zrml_scan_table* table) {
+    return zrml_read_scan_table(opened.Get(), 0, 0, 0, 1, table);
+  });
+  const int scan = 0;
+  const auto sum = [&](const zrml_sum_options* options, zrml_sum* record) {
+    return zrml_read_sum_of_scans(opened.Get(), 0, 0, &scan, 1, options, written.x, written.y, kRoom,
+                                  &written.count, record);
+  };
+  expectSizeCounts(zrml_sum_options(),
+                   [&](const zrml_sum_options* options) { return sum(options, nullptr); });
+  expectSizeCounts(zrml_centroid_options(), [](const zrml_centroid_options* options) {
+    return zrml_find_centroids(nullptr, nullptr, 0, options, nullptr, nullptr, 0, &written.count);
+  });
+  written = Untouched();
+  EXPECT_EQ(sum(nullptr, Sized(written.record.sum, false, sizeof(zrml_sum) - 1)), ZRML_WRONG_ARGUMENT);
+  EXPECT_EQ(BytesBehindSize(), std::string(sizeof written - sizeof(std::size_t), 0x55));
 }
 
 TEST_F(LibraryArguments, OpenNeedsBothPointers) {

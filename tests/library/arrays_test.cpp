@@ -1,7 +1,9 @@
 // Chromatograms, sums, drift bins, traces and absorbance: what the arrays hold and how room is given for
 // them.
+#include <climits>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "tests/library/opened.h"
 #include "tests/support/sound_directory.h"
@@ -10,6 +12,11 @@
 
 namespace zrml::test {
 namespace {
+
+struct Summed {
+  Arrays points;
+  zrml_sum record;
+};
 
 class LibraryArrays : public testing::Test {
  protected:
@@ -25,6 +32,20 @@ class LibraryArrays : public testing::Test {
     return ReadTwice(opened.Get(), [&](double* x, double* y, std::size_t room, std::size_t* count) {
       return zrml_read_sum(opened.Get(), 0, function, first, end, width, isPpm, x, y, room, count);
     });
+  }
+
+  Summed SumOfScans(const Opened& opened, int function, const std::vector<int>& scans,
+                    zrml_sum_options options = {}, const std::vector<int>& background = {}) {
+    options.size = sizeof options;
+    options.background = background.data();
+    options.background_count = background.size();
+    Summed summed = {};
+    summed.record.size = sizeof summed.record;
+    summed.points = ReadTwice(opened.Get(), [&](double* x, double* y, std::size_t room, std::size_t* count) {
+      return zrml_read_sum_of_scans(opened.Get(), 0, function, scans.data(), scans.size(), &options, x, y,
+                                    room, count, &summed.record);
+    });
+    return summed;
   }
 
   Arrays Trace(const Opened& opened, int function, int trace) {
@@ -131,22 +152,112 @@ TEST_F(LibraryArrays, WidthOfASumJoinsPeaks) {
   EXPECT_EQ(Sum(raw, 0, 0, 2, 10'000, 1).y, (Doubles{9})) << "one part in a hundred";
 }
 
-TEST_F(LibraryArrays, SumsThatMeanNothing) {
-  RawDirectoryBuilder acquisition = SmallAcquisition();
-  acquisition.functions[0].scans[1].index.centroidState = CentroidState::kCentroid;
-  const TempDirectory directory = acquisition.Build();
+// Three scans at the same grid, one without points, peaks, and all points of the last one lost.
+RawDirectoryBuilder ScansOfManyKinds() {
+  RawDirectoryBuilder acquisition;
+  acquisition.functions.resize(1);
+  acquisition.functions[0].scans = {ScanFrom<StoredPoint9>(1, {{100, 10}, {100.25, 20}, {100.5, 10}}),
+                                    ScanFrom<StoredPoint9>(2, {{100, 2}, {100.25, 4}, {100.5, 3}}),
+                                    ScanFrom<StoredPoint9>(3, {}),
+                                    ScanFrom<StoredPoint9>(4, {{100, 2}, {100.25, 2}, {100.5, 2}}),
+                                    ScanFrom<StoredPoint9>(5, {{100.25, 7}}),
+                                    ScanFrom<StoredPoint9>(6, {{100, 9}, {100.25, 9}, {100.5, 9}})};
+  acquisition.functions[0].scans[4].index.centroidState = CentroidState::kCentroid;
+  return acquisition;
+}
+
+TEST_F(LibraryArrays, SumsOfChosenScans) {
+  const TempDirectory directory = ScansOfManyKinds().Build();
+  const std::uint32_t kBytesOfScan = 3 * 6;
+  directory.Truncate("_FUNC001.DAT", 3 * kBytesOfScan + 6);
   const Opened raw(directory);
+  const Doubles grid = {100, 100.25, 100.5};
+  const Summed all = SumOfScans(raw, 0, {0, 1, 2, 3, 4, 5});
+  EXPECT_EQ(all.points, (Arrays{grid, {14, 26, 15}}));
+  EXPECT_EQ(all.record.added, 4);
+  EXPECT_EQ(all.record.left_out, 2);
+  EXPECT_EQ(all.record.lost, 3u);
+  EXPECT_EQ(all.record.is_centroided, 0);
+  EXPECT_EQ(SumOfScans(raw, 0, {3, 1, 3}).points.y, (Doubles{4, 6, 5})) << "each once";
+  EXPECT_EQ(SumOfScans(raw, 0, {4}).record.is_centroided, 1);
+  EXPECT_EQ(Sum(raw, 0, 0, 6), all.points);
+}
+
+TEST_F(LibraryArrays, MeansLessABackground) {
+  const TempDirectory directory = ScansOfManyKinds().Build();
+  const Opened raw(directory);
+  zrml_sum_options mean = {};
+  mean.is_mean = 1;
+  EXPECT_EQ(SumOfScans(raw, 0, {0, 1, 2}, mean).points.y, (Doubles{4, 8, 13 / 3.0}));
+  EXPECT_EQ(SumOfScans(raw, 0, {0, 1}, {}, {3}).points.y, (Doubles{12 - 2 * 2, 24 - 2 * 2, 13 - 2 * 2}));
+  EXPECT_EQ(SumOfScans(raw, 0, {3}, {}, {0}).points.y, (Doubles{2 - 10, 2 - 20, 2 - 10}));
+  const Summed less = SumOfScans(raw, 0, {0, 1}, mean, {2, 3, 4});
+  EXPECT_EQ(less.points.y, (Doubles{6 - 1, 12 - 1, 6.5 - 1})) << "one of the two measured nothing";
+  EXPECT_EQ(less.record.added, 2);
+  EXPECT_EQ(less.record.background_added, 2);
+  EXPECT_EQ(less.record.background_left_out, 1);
+}
+
+TEST_F(LibraryArrays, BackgroundsThatCannotBeTakenOff) {
+  const TempDirectory directory = ScansOfManyKinds().Build();
+  directory.Truncate("_FUNC001.DAT", 3 * 3 * 6 + 6);
+  const Opened raw(directory);
+  std::size_t count = 0;
+  const auto sum = [&](int background) {
+    const int scan = 0;
+    zrml_sum_options options = {};
+    options.size = sizeof options;
+    options.background = &background;
+    options.background_count = 1;
+    return zrml_read_sum_of_scans(raw.Get(), 0, 0, &scan, 1, &options, nullptr, nullptr, 0, &count, nullptr);
+  };
+  EXPECT_EQ(sum(3), ZRML_OK);
+  EXPECT_EQ(sum(4), ZRML_WRONG_ARGUMENT) << "peaks";
+  EXPECT_EQ(sum(5), ZRML_WRONG_ARGUMENT) << "lost";
+  EXPECT_EQ(sum(6), ZRML_WRONG_ARGUMENT) << "not there";
+}
+
+// What was read without room is taken for the same scans, options and background only.
+TEST_F(LibraryArrays, SumThatIsKeptIsForTheSameCall) {
+  const TempDirectory directory = ScansOfManyKinds().Build();
+  const Opened raw(directory);
+  const std::vector<int> scans = {0, 1, 3};
+  Doubles x(3);
+  Doubles y(3);
+  std::size_t count = 0;
+  const auto read = [&](std::size_t first, int isMean, std::size_t backgrounds, std::size_t room) {
+    zrml_sum_options options = {};
+    options.size = sizeof options;
+    options.is_mean = isMean;
+    options.background = scans.data();
+    options.background_count = backgrounds;
+    return zrml_read_sum_of_scans(raw.Get(), 0, 0, &scans[first], 1, &options, x.data(), y.data(), room,
+                                  &count, nullptr);
+  };
+  const auto readAfterFirst = [&](std::size_t first, int isMean, std::size_t backgrounds) {
+    EXPECT_EQ(read(0, 0, 0, 0), ZRML_OK);
+    EXPECT_EQ(read(first, isMean, backgrounds, 3), ZRML_OK);
+    return y;
+  };
+  EXPECT_EQ(readAfterFirst(0, 0, 0), (Doubles{10, 20, 10}));
+  EXPECT_EQ(readAfterFirst(1, 0, 0), (Doubles{2, 4, 3}));
+  EXPECT_EQ(readAfterFirst(0, 0, 1), (Doubles{0, 0, 0}));
+  EXPECT_EQ(readAfterFirst(0, 1, 2), (Doubles{10 - 6, 20 - 12, 10 - 6.5}));
+}
+
+TEST_F(LibraryArrays, SumsThatMeanNothing) {
+  const Opened raw(raw_);
   std::size_t count = 0;
   const auto sum = [&](int first, int end, double width = 0) {
     return zrml_read_sum(raw.Get(), 0, 0, first, end, width, 0, nullptr, nullptr, 0, &count);
   };
   EXPECT_EQ(sum(0, 1), ZRML_OK);
-  EXPECT_EQ(sum(0, 2), ZRML_WRONG_ARGUMENT) << "of two kinds";
-  EXPECT_NE(std::string(zrml_message(raw.Get())).find("scan 2"), std::string::npos);
+  EXPECT_EQ(sum(0, 4), ZRML_WRONG_ARGUMENT);
+  EXPECT_NE(std::string(zrml_message(raw.Get())).find("scan 4"), std::string::npos);
+  EXPECT_EQ(sum(1, INT_MIN), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(sum(1, 1), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(sum(2, 1), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(sum(-1, 1), ZRML_WRONG_ARGUMENT);
-  EXPECT_EQ(sum(0, 4), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(sum(3, 4), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(sum(0, 1, -1), ZRML_WRONG_ARGUMENT);
   EXPECT_EQ(sum(0, 1, std::numeric_limits<double>::quiet_NaN()), ZRML_WRONG_ARGUMENT);
@@ -299,12 +410,22 @@ TEST_F(LibraryArrays, LongWorkTellsItsProgressAndEndsEarly) {
   table.size = sizeof table;
   table.base_peak_mz = values.data();
   table.reads_points = 1;
+  std::vector<int> scans(150);
+  std::iota(scans.begin(), scans.end(), 0);
+  zrml_sum_options options = {};
+  options.size = sizeof options;
+  options.background = &scans[100];
+  options.background_count = 50;
   std::size_t count = 0;
   const std::vector<std::function<zrml_status()>> works = {
       [&] { return zrml_read_base_peaks(raw.Get(), 0, 0, values.data(), 150); },
       [&] { return zrml_read_mass_ranges(raw.Get(), 0, 0, ranges, 2, ZRML_SUM, values.data(), 300); },
       [&] { return zrml_read_sum(raw.Get(), 0, 0, 0, 150, 0, 0, nullptr, nullptr, 0, &count); },
       [&] { return zrml_read_scan_table(raw.Get(), 0, 0, 0, 150, &table); },
+      [&] {
+        return zrml_read_sum_of_scans(raw.Get(), 0, 0, scans.data(), 100, &options, nullptr, nullptr, 0,
+                                      &count, nullptr);
+      },
   };
   for (std::size_t i = 0; i < works.size(); ++i) {
     SCOPED_TRACE(i);

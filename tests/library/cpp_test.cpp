@@ -92,11 +92,36 @@ TEST_F(LibraryCpp, ChromatogramsAndSums) {
   EXPECT_EQ(both[1].minutes, (Doubles{0.5, 1, 1.5}));
   EXPECT_EQ(survey.sum(0, 1).mz, (Doubles{100, 200.5, 300.0625}));
   EXPECT_EQ(run.functions()[1].sum(0, 2).intensity, (Doubles{15}));
+  zrml::SumOptions options;
+  options.is_mean = true;
+  options.background = {0};
+  const zrml::Sum less = run.functions()[1].sum({1, 0, 1}, options);
+  EXPECT_EQ(less.intensity, (Doubles{7.5 - 7})) << "the mean of 7 and 8, less the 7 of the first";
+  EXPECT_EQ(less.added, 2);
+  EXPECT_EQ(less.background_added, 1);
+  EXPECT_EQ(less.left_out + less.background_left_out, 0);
+  EXPECT_TRUE(less.is_centroided);
   const zrml::Spectrum profile = {{100, 100.25, 100.5}, {10, 20, 10}};
   EXPECT_EQ(zrml::Centroids(profile, true).intensity, (Doubles{40}));
   EXPECT_EQ(zrml::Centroids(profile).mz.size(), 1u);
   EXPECT_EQ(survey[0].points().mz, survey[0].mz());
   EXPECT_THROW(zrml::Centroids(profile, false, -1), zrml::Error);
+}
+
+TEST_F(LibraryCpp, PointsOfScansInOneCall) {
+  const zrml::Source run(made_.Acquisition());
+  const zrml::Function survey = run.functions()[0];
+  const zrml::PointsOfScans all = survey.points(0, 3);
+  EXPECT_EQ(all.mz, (Doubles{100, 200.5, 300.0625, 100.25}));
+  EXPECT_EQ(all.intensity, (Doubles{10, 3, 1e6, 5}));
+  EXPECT_EQ(all.ends, (std::vector<std::size_t>{3, 4, 4}));
+  EXPECT_EQ(all.lost, (std::vector<std::size_t>{0, 0, 0}));
+  EXPECT_EQ(survey.points(1, 2).ends, (std::vector<std::size_t>{1, 1}));
+  EXPECT_TRUE(survey.points(3, 0).mz.empty());
+  EXPECT_THROW(survey.points(0, 4), zrml::Error);
+  EXPECT_THROW(survey.points(0, -1), zrml::Error);
+  EXPECT_THROW(survey.points(0, 2147483647), zrml::Error);
+  EXPECT_THROW(run.functions()[3].points(0, 1), zrml::Error) << "of an unknown layout";
 }
 
 TEST_F(LibraryCpp, Table) {

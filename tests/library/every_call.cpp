@@ -87,8 +87,25 @@ class Asker {
     AddArrays([&](double* x, double* y, std::size_t room, std::size_t* count) {
       return zrml_read_sum(source_, sample, function, 0, scans, 0.01, 0, x, y, room, count);
     });
+    AskMean(sample, function);
     AskTraces(sample, function);
     AskMetadata(sample, function);
+  }
+
+  // Of the first two scans, less the second one.
+  void AskMean(int sample, int function) {
+    const int chosen[] = {1, 0};
+    zrml_sum_options options = {};
+    options.size = sizeof options;
+    options.is_mean = 1;
+    options.background = chosen;
+    options.background_count = 1;
+    zrml_sum sum = {};
+    sum.size = sizeof sum;
+    AddArrays([&](double* x, double* y, std::size_t room, std::size_t* count) {
+      return zrml_read_sum_of_scans(source_, sample, function, chosen, 2, &options, x, y, room, count, &sum);
+    });
+    Add(std::to_string(sum.added) + " " + std::to_string(sum.left_out));
   }
 
   void AskScan(int sample, int function, int scan) {

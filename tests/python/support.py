@@ -32,7 +32,7 @@ def zrml_json(*arguments):
     done = subprocess.run([PROGRAM, *map(str, arguments), "--json"], capture_output=True, env=environment)
     if done.returncode != 0:
         raise CommandFailed(done.stderr.decode().strip())
-    return json.loads(done.stdout)
+    return json.loads(done.stdout, parse_int=lambda text: -0.0 if text == "-0" else int(text))
 
 
 def bits(values):

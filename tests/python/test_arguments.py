@@ -167,13 +167,25 @@ class Arguments(support.TestCase):
         self.assertRaisesRegex(ValueError, "no scan", self.empty.sum)
         for wrong in ((5, 6), (1.125, 0.125), (NAN, NAN)):
             self.assertRaisesRegex(ValueError, "no scan", self.products.sum, minutes=wrong)
-        self.assertRaisesRegex(ValueError, "both", self.products.sum, 0, minutes=(0, 1))
-        for wrong in (5, (1, 2, 3), ("a", "b"), (1,), (None, 2)):
-            with self.assertRaises(TypeError) as raised:
-                self.products.sum(minutes=wrong)
-            self.assertEqual(
-                str(raised.exception), f"minutes is a pair of times, the first and the last, not {wrong!r}"
-            )
+        for ends in ((0,), (None, 1)):
+            for wrong in ({"minutes": (0, 1)}, {"scans": [0]}):
+                self.assertRaisesRegex(ValueError, "one of them is enough", self.products.sum, *ends, **wrong)
+        self.assertRaisesRegex(ValueError, "one of them", self.products.sum, minutes=(0, 1), scans=[0])
+        for name in ("minutes", "minus"):
+            for wrong in (5, (1, 2, 3), ("a", "b"), (1,), (None, 2)):
+                with self.assertRaises(TypeError) as raised:
+                    self.products.sum(**{name: wrong})
+                self.assertEqual(
+                    str(raised.exception), f"{name} is a pair of times, the first and the last, not {wrong!r}"
+                )
+
+    def test_scans_of_sums(self):
+        for wrong in ([2], [0, -3], [2**40]):
+            self.assertRaises(IndexError, self.products.sum, scans=wrong)
+        for wrong in (5, [0.0], "01", [[0]], [None]):
+            self.assertRaises(TypeError, self.products.sum, scans=wrong)
+        self.assertRaisesRegex(ValueError, "no scan", self.products.sum, scans=[])
+        self.assertRaises(TypeError, self.products.sum, 0, 1, (0, 1))  # the rest is by keyword
 
     def test_data_that_nobody_knows(self):
         for reading in (

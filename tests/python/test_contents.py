@@ -220,17 +220,63 @@ class Odd(support.TestCase):
         for width in ({"da": 0.03}, {"ppm": 100}):
             self.assert_same(self.function.sum(0, 2, **width).intensity, [5, 2, 8])
 
-    def test_scans_of_a_time_follow_each_other(self):
+    def test_scans_of_a_time_need_not_follow_each_other(self):
         with zrml.open(support.path("unordered.rpt")) as source:
             function = source.functions[0]
             self.assert_same(function.times, [2, 1, 3])
             self.assert_same(function.sum(minutes=(1, 2)).intensity, [2])
-            with self.assertRaisesRegex(ValueError, "follow each other"):
-                function.sum(minutes=(2, 3))  # the scan at 1 min stands between them
+            self.assert_same(function.sum(minutes=(2, 3)).intensity, [2])  # the scan at 1 min is between them
+            self.assert_same(function.sum(minutes=(1, 3)).intensity, [3])
+
+    def test_time_that_prints_like_an_end_is_within(self):
+        with zrml.open(support.path("run.raw")) as source:
+            function = source.functions[0]
+            self.assertGreater(function.times[0], 0.008333333)
+            self.assertLess(function.times[0], 0.008333334)  # as the command line prints it
+            self.assertEqual(function.sum(minutes=(0.008333334, 0.025)).scans_added, 2)
+            self.assertEqual(function.sum(minutes=(0.0083334, 0.025)).scans_added, 1)
+            self.assertEqual(function.sum(minutes=(0, 1e300)).scans_added, len(function))
 
     def test_peaks_and_profiles_are_not_added_up(self):
-        with self.assertRaisesRegex(ValueError, "scan 3 is of another kind"):
-            self.function.sum()
+        found = self.function.sum()
+        self.assert_same(found.intensity, [5, 2, 8])
+        self.assertEqual((found.scans_added, found.scans_left_out), (2, 1))
+        self.assertTrue(found.is_centroided)
+        found = self.function.sum(2, 3)
+        self.assert_same(found.intensity, [32])
+        self.assertEqual((found.scans_added, found.scans_left_out, found.is_centroided), (1, 0, False))
+
+    def test_chosen_scans(self):
+        self.assert_same(self.function.sum(scans=[1]).intensity, [4, 8])
+        for scans in ([1, 0], (0, 1, 0), range(2), numpy.array([0, 1]), iter([-2, -3])):
+            self.assert_same(self.function.sum(scans=scans).intensity, [5, 2, 8])
+
+    def test_means(self):
+        self.assert_same(self.function.sum(mean=True).intensity, [2.5, 1, 4])
+        self.assert_same(self.function.sum(1, 2, mean=True).intensity, [4, 8])
+
+    # The background's mean is taken off once for each scan that was added.
+    def test_background(self):
+        found = self.function.sum(0, 2, minus=(1, 1))
+        self.assert_same(found.mz, [100, 200, 200.03125])
+        self.assert_same(found.intensity, [5 - 2 * 1, 2 - 2 * 2, 8])
+        self.assertEqual((found.scans_added, found.background_added, found.background_left_out), (2, 1, 0))
+        self.assert_same(self.function.sum(0, 2, minus=(1, 1), mean=True).intensity, [1.5, -1, 4])
+        self.assert_same(self.function.sum(0, 1, minus=(1, 2)).intensity, [1 - 2.5, 2 - 1, -4])
+        self.assert_same(self.function.sum(0, 1, minus=(2, 2), da=0.03125).intensity, [1 - 4, 2 - 8])
+        found = self.function.sum(0, 1, minus=(2, 3))
+        self.assertEqual((found.background_added, found.background_left_out), (1, 1))
+        with self.assertRaisesRegex(ValueError, "another kind"):
+            self.function.sum(0, 1, minus=(3, 3))
+        with self.assertRaisesRegex(ValueError, "no scan in the background"):
+            self.function.sum(0, 1, minus=(4, 5))
+
+    def test_lost_points_of_sums(self):
+        with zrml.open(support.path("cut.raw")) as source:
+            found = source.functions[0].sum()
+            self.assert_same(found.mz, [100])  # all points of the second scan are lost; the third has none
+            self.assertEqual((found.scans_added, found.scans_left_out, found.lost), (2, 1, 2 + 1))
+            self.assertEqual(source.functions[0].sum(0, 1).lost, 2)
 
 
 class Long(support.TestCase):

@@ -3,6 +3,7 @@
 import math
 import struct
 import unittest
+from decimal import Decimal
 
 import support
 import zrml
@@ -21,9 +22,7 @@ def some(count, most=MOST_SCANS):
 
 def decimal(number):
     """As --range takes it: no exponent, and the same double."""
-    text = f"{number:.17f}"
-    assert float(text) == number, number
-    return text
+    return format(Decimal(number), "f")
 
 
 class Numbers(support.TestCase):
@@ -152,16 +151,49 @@ class Numbers(support.TestCase):
                 printed = support.zrml_json("spectrum", path, *place, *options)
             except support.CommandFailed:
                 continue
-            if printed["scansLeftOut"] > 0:
-                continue
             total = function.sum(0, end, ppm=20)
-            self.assert_same(total.mz, printed["masses"])
-            self.assert_same(total.intensity, printed["intensities"])
+            self.compare_sum(total, printed)
             printed = support.zrml_json("spectrum", path, *place, *options, "--centroid")
             self.assert_same(total.centroids().mz, printed["masses"])
             self.assert_same(total.centroids().intensity, printed["intensities"])
             compared += len(printed["masses"])
         self.assertGreater(compared, 100)
+
+    def compare_sum(self, total, printed):
+        self.assert_same(total.mz, printed["masses"])
+        self.assert_same(total.intensity, printed["intensities"])
+        self.assertEqual(total.is_centroided, printed["centroided"])
+        self.assertEqual(total.scans_added, printed["scansAdded"])
+        self.assertEqual(total.scans_left_out, printed["scansLeftOut"])
+        self.assertEqual(total.background_left_out, printed["backgroundLeftOut"] or 0)
+        self.assertEqual(total.lost, printed["lostPoints"] or 0)
+
+    def test_means_less_a_background_of_chosen_scans(self):
+        """Every third scan less those of the first half of the time, by peaks of several widths."""
+        compared = left_out = 0
+        for path, place, function in self.each_function():
+            chosen = range(0, min(len(function), 40), 3)
+            times = sorted(time for time in function.times if not math.isnan(time))
+            if not times:
+                continue
+            minus = (times[0], times[len(times) // 2])
+            options = ("--scans", ",".join(str(i + 1) for i in chosen), "--minus", "-".join(map(decimal, minus)))
+            for name, width in (("ppm", 20), ("da", 0), ("da", 0.3)):
+                for mean in (False, True):
+                    more = ("--mean" if mean else "--sum", f"--{name}", width)
+                    try:
+                        printed = support.zrml_json("spectrum", path, *place, *options, *more)
+                    except support.CommandFailed as failed:
+                        with self.assertRaises((zrml.Error, ValueError)) as raised:
+                            function.sum(scans=chosen, minus=minus, mean=mean, **{name: width})
+                        self.assertTrue(str(failed).endswith(str(raised.exception)), (failed, raised.exception))
+                        continue
+                    total = function.sum(scans=chosen, minus=minus, mean=mean, **{name: width})
+                    self.compare_sum(total, printed)
+                    compared += len(total.mz)
+                    left_out += total.scans_left_out + total.background_left_out
+        self.assertGreater(compared, 1000)
+        self.assertGreater(left_out, 0)
 
     def compare_row(self, table, row, printed):
         self.assertEqual(table["number"][row], printed["scan"])

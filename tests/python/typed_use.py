@@ -25,6 +25,8 @@ def right_uses() -> None:
         one: zrml.Chromatogram = function.xic(445.12)
         many: list[zrml.Chromatogram] = function.xic([445.12, 556.2771], da=0.01)
         spectrum: zrml.Spectrum = function.sum(minutes=(1.5, 2))
+        total: zrml.Sum = function.sum(scans=[0, 2], mean=True, minus=(0.5, 1), ppm=10)
+        added: int = total.scans_added
         column: npt.NDArray[np.generic] = function.table()["tic"]
         metadata: dict[str, str] = source.metadata
         matrix: Floats | None = source.absorbance.values if source.absorbance else None
@@ -41,6 +43,8 @@ def wrong_uses(source: zrml.Source) -> None:
     source.functions[0]["1"]  # type: ignore[call-overload]
     source.functions[0].xic("445")  # type: ignore[arg-type]
     source.functions[0].sum(0.5)  # type: ignore[arg-type]
+    source.functions[0].sum(minus=0.5)  # type: ignore[arg-type]
+    source.functions[0].sum(scans=3)  # type: ignore[arg-type]
     source.functions[0].xic([445.12]).intensity  # type: ignore[attr-defined]
     source.absorbance.values  # type: ignore[union-attr]
     source.path = "other.raw"  # type: ignore[misc]
