@@ -177,7 +177,7 @@ TEST_F(IonChromatogramTest, ListThatCannotBeReadPrintsNothing) {
                 list + ", line 4: mz \"1O0\" is not a number of 0 or more");
   const std::string objects = MakeFile("targets.json", "[{\"mz\": 100}, {\"mz\": true}]");
   ExpectFailure(RunIons({"--function", "1", "--targets", objects, "--json"}), 2,
-                objects + ", target 2: mz \"true\" is not a number of 0 or more");
+                objects + ", line 1: mz \"true\" is not a number of 0 or more");
   ExpectFailure(RunIons({"--targets", Path("none.tsv")}), 3, "there is no file " + Path("none.tsv"));
 }
 

@@ -104,6 +104,21 @@ TEST_F(LockMassTest, OtherFunctionsAreChosen) {
                 "there is no function 9: " + path + " has functions 1 to 4, 6, p1");
 }
 
+// The method of function 1 has m/z 50 to 1200.5, that of function 6 none.
+TEST_F(LockMassTest, MassOutsideOfTheFunctionIsNamed) {
+  const std::string path = Make("run.raw");
+  const auto errors = [&](const char* function, const char* mz) {
+    const ProcessResult result = Run({"lockmass", path, "--function", function, "--mz", mz, "--json"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(json::parse(result.output)["mz"], std::stod(mz));
+    return result.errors;
+  };
+  EXPECT_EQ(errors("1", "1201.25"),
+            "zrml: " + path + ": outside of m/z 50 to 1200.5, the range of function 1: 1201.25\n");
+  EXPECT_EQ(errors("1", "1201"), "") << "its window begins at 1200.5";
+  EXPECT_EQ(errors("6", "1201.25"), "");
+}
+
 TEST_F(LockMassTest, SourceWithoutAReferenceNeedsAFunction) {
   RawDirectoryBuilder raw = SmallAcquisition();
   raw.labels = {CreatorLine("4.1"), FunctionHeading(1, "REFERENCE"), FunctionHeading(6, "REFERENCE")};

@@ -98,7 +98,12 @@ TEST_F(TargetsTest, WhatIsWrongIsNamed) {
   ExpectRefused("mz\n", ": there are no targets");
   ExpectRefused("mz\n\n1O0\n", ", line 3: mz \"1O0\" is not a number of 0 or more");
   ExpectRefused("mz\n-1\n", ", line 2: mz \"-1\" is not a number of 0 or more");
-  ExpectRefused("mz\n1e999\n", ", line 2: mz \"1e999\" is not a number of 0 or more");
+  ExpectRefused("mz\n-0\n", ", line 2: mz \"-0\" is not a number of 0 or more");
+  ExpectRefused("mz\n+1\n", ", line 2: mz \"+1\" is not a number of 0 or more");
+  ExpectRefused("mz\ninf\n", ", line 2: mz \"inf\" is not a number of 0 or more");
+  ExpectRefused("mz\n1e999\n", ", line 2: mz \"1e999\" is beyond the range of numbers");
+  ExpectRefused("mz\n1e-999\n", ", line 2: mz \"1e-999\" is beyond the range of numbers");
+  ExpectRefused("mz\n1e999x\n", ", line 2: mz \"1e999x\" is not a number of 0 or more");
   ExpectRefused("mz\n100,5\n", ", line 2: mz \"100,5\" is not a number of 0 or more");
   ExpectRefused("mz\n100\t5\n", ", line 2: there are more values than names in the first line");
   ExpectRefused("name\ncaffeine\n", ", line 2: there is neither mz nor mz_start and mz_end");
@@ -108,21 +113,63 @@ TEST_F(TargetsTest, WhatIsWrongIsNamed) {
   ExpectRefused("mz\ttolerance\ttolerance_unit\n2\t1\tmmu\n",
                 ", line 2: tolerance_unit \"mmu\" is not \"ppm\" or \"da\"");
   ExpectRefused("mz\ttolerance_unit\n2\tppm\n", ", line 2: a tolerance_unit needs a tolerance");
-  ExpectRefused("[{\"mz\": 1e400}]", ": a number is too large");
-  ExpectRefused("{}", ": the targets are not a list");
-  ExpectRefused("[\n{\"mz\": 1},\n{\"mz\" 2}]", ", line 3: this is not JSON");
-  ExpectRefused("[{\"mz\": 1}, 2]", ", target 2: this is not an object");
-  ExpectRefused("[{\"mz\": [1]}]", ", target 1: mz \"array\" is not a number of 0 or more");
 }
 
-TEST_F(TargetsTest, FileThatIsNotThere) {
-  try {
-    ReadTargets(PathOf("none"), {});
-    ADD_FAILURE();
-  } catch (const Failure& failure) {
-    EXPECT_EQ(failure.status, ExitStatus::kNoSuchPath);
-    EXPECT_EQ(failure.message, "there is no file " + PathOf("none"));
-  }
+TEST_F(TargetsTest, EndsStandAlone) {
+  const std::string head = "mz\ttolerance\ttolerance_unit\tmz_start\tmz_end\n";
+  const std::string wrong = ", line 2: mz_start and mz_end are the range; ";
+  EXPECT_EQ(Read(head + "\t\t\t1\t2\n3\t1\tda\n").size(), 2U);
+  ExpectRefused(head + "5\t\t\t1\t2\n", wrong + "mz cannot be given, too");
+  ExpectRefused(head + "\t1\t\t1\t2\n", wrong + "tolerance cannot be given, too");
+  ExpectRefused(head + "\t\tppm\t1\t2\n", wrong + "tolerance_unit cannot be given, too");
+  ExpectRefused(head + "5\t\t\t1\t\n", ", line 2: mz_start and mz_end belong together");
+  ExpectRefused("[{\"mz\": 5,\n\"mz_start\": 1, \"mz_end\": 2}]",
+                ", line 1: mz_start and mz_end are the range; mz cannot be given, too");
+}
+
+// What nobody reads may be there as often as it likes.
+TEST_F(TargetsTest, NamesAreThereOnce) {
+  EXPECT_EQ(Read("\t\tnote\tmz\tnote\n1\t2\t3\t4\t5\n")[0].mz, 4);
+  EXPECT_EQ(Read("[{\"note\": 1, \"mz\": 4, \"note\": 2}, {\"mz\": 5}]").size(), 2U);
+  ExpectRefused("\nmz\tcomment\tmz\n1\t2\t3\n", ", line 2: mz is there twice");
+  ExpectRefused("[{\"mz\": 1},\n{\"mz\": 2,\n\"mz\": 2}]", ", line 3: mz is there twice");
+  ExpectRefused("[{\"rt_end\": null, \"rt_end\": 2}]", ", line 1: rt_end is there twice");
+}
+
+// A wrong value has the line of its own, a wrong target that on which it begins.
+TEST_F(TargetsTest, LinesOfJson) {
+  ExpectRefused("{}", ", line 1: the targets are not a list");
+  ExpectRefused("\n\n{\"mz\": 1}", ", line 3: the targets are not a list");
+  ExpectRefused("[\n{\"mz\": 1},\n{\"mz\" 2}]", ", line 3: this is not JSON");
+  ExpectRefused("[\n{\"mz\": 1\n", ", line 2: this is not JSON");
+  ExpectRefused("[{\"mz\": 1},\n 2]", ", line 2: this is not an object");
+  ExpectRefused("[{\"mz\": 1},\n 2\n]", ", line 2: this is not an object");
+  ExpectRefused("[{\"mz\": 1},\n\n [{\"mz\": 1}]]", ", line 3: this is not an object");
+  ExpectRefused("[{\"mz\":\n1e400\n}]", ", line 2: a number is beyond the range of numbers");
+  ExpectRefused("[{\"comment\": \"a\",\n\"mz\": [\n1]}]",
+                ", line 2: mz \"array\" is not a number of 0 or more");
+  ExpectRefused("[{\"mz\": {\"mz\": 1}}]", ", line 1: mz \"object\" is not a number of 0 or more");
+  ExpectRefused("[{\"comment\": \"a\",\n\"mz\":\n-1\n}]", ", line 3: mz \"-1\" is not a number of 0 or more");
+  ExpectRefused("[{\"mz\": 1},\n{\n\"comment\": \"b\"}]",
+                ", line 2: there is neither mz nor mz_start and mz_end");
+  ExpectRefused("[{\"mz\": 1, \"tolerance\": 2,\r\n\"tolerance_unit\": \"%\"}]",
+                ", line 2: tolerance_unit \"%\" is not \"ppm\" or \"da\"");
+}
+
+TEST_F(TargetsTest, FilesThatAreNone) {
+  const auto expectFailure = [&](const std::string& name, ExitStatus status, const std::string& message) {
+    try {
+      ReadTargets(PathOf(name), {});
+      ADD_FAILURE();
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.status, status);
+      EXPECT_EQ(failure.message, message);
+    }
+  };
+  expectFailure("none", ExitStatus::kNoSuchPath, "there is no file " + PathOf("none"));
+  std::filesystem::create_directory(directory_.Path() / "folder");
+  expectFailure("folder", ExitStatus::kWrongUsage,
+                PathOf("folder") + " is a folder; a list of targets is a file");
 }
 
 }  // namespace

@@ -192,8 +192,7 @@ class ChromatogramCommand : public Command {
   }
 
   void PrintIonsOf(source::Source& source, const FunctionPosition& at, JsonWriter& json, Output& out) {
-    const std::string outside = TargetsOutside(source, at, request_.targets);
-    if (!outside.empty()) PrintError(outside);
+    NameTargetsOutside(source, at, request_.targets);
     const auto print = [&](const Target& target, const source::Chromatogram& points) {
       const std::optional<ChromatogramPeak> apex = ApexOf(points);
       Printout printout = PrintoutOf(source, at);

@@ -6,6 +6,7 @@
 #include "source/reference_peak.h"
 #include "tools/zrml/command.h"
 #include "tools/zrml/failure.h"
+#include "tools/zrml/ion_chromatograms.h"
 #include "tools/zrml/ion_options.h"
 #include "tools/zrml/printout.h"
 
@@ -55,6 +56,8 @@ class LockMassCommand : public FunctionCommand {
     const std::unique_ptr<source::Source> source = OpenSource(Path());
     const FunctionPosition at = HasFunction() ? Find(*source) : FindReference(*source);
     const source::Range window = RangeAround(mz_, tolerance_);
+    const Target target = {mz_, window, {}, {}};
+    NameTargetsOutside(*source, at, {&target, 1});
     const PeakColumns columns =
         ColumnsOf(Reading(*source, [&] { return FollowPeak(*source, at.sample, at.function, window); }), mz_);
     const auto isThere = [](double mass) { return !std::isnan(mass); };

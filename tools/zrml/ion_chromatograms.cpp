@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "convert/total_ions.h"
+#include "tools/zrml/output.h"
 #include "tools/zrml/selection_options.h"
 #include "tools/zrml/value.h"
 
@@ -81,17 +82,16 @@ void ReadIons(source::Source& source, const FunctionPosition& at, const IonReque
   }
 }
 
-std::string TargetsOutside(source::Source& source, const FunctionPosition& at,
-                           std::span<const Target> targets) {
+void NameTargetsOutside(source::Source& source, const FunctionPosition& at, std::span<const Target> targets) {
   const source::Function& function = FunctionAt(source, at);
-  if (!function.massRange) return {};
+  if (!function.massRange) return;
   std::string names;
   for (const Target& target : targets) {
     if (AreApart(target.range, *function.massRange)) names += (names.empty() ? "" : ", ") + NameOf(target);
   }
-  if (names.empty()) return {};
-  return NameOf(source, at.sample) + ": outside of m/z " + TextOf(Value(*function.massRange)) +
-         ", the range of function " + source::TextOf(function.id) + ": " + names;
+  if (names.empty()) return;
+  PrintError(NameOf(source, at.sample) + ": outside of m/z " + TextOf(Value(*function.massRange)) +
+             ", the range of function " + source::TextOf(function.id) + ": " + names);
 }
 
 }  // namespace zrml::tool

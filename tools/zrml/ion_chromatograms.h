@@ -38,8 +38,7 @@ std::vector<FunctionPosition> FunctionsForIons(source::Source& source, int sampl
 void ReadIons(source::Source& source, const FunctionPosition& at, const IonRequest& request,
               const std::function<void(const Target& target, const source::Chromatogram& points)>& use);
 
-/// Which targets are outside of the m/z range that the function was set to; empty when none is.
-std::string TargetsOutside(source::Source& source, const FunctionPosition& at,
-                           std::span<const Target> targets);
+/// Names on standard error the targets that are outside of the m/z range that the function was set to.
+void NameTargetsOutside(source::Source& source, const FunctionPosition& at, std::span<const Target> targets);
 
 }  // namespace zrml::tool

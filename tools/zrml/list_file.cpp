@@ -27,6 +27,8 @@ std::string ReadFile(const std::string& path, const std::string& things) {
   }
   const platform::File opened = platform::File::OpenSystemPath(file);
   if (!opened.IsOpen()) {
+    if (platform::IsDirectory(file))
+      throw Failure(ExitStatus::kWrongUsage, path + " is a folder; a list of " + things + " is a file");
     const std::string reason = platform::WhyClosed(file);
     if (reason.empty()) throw Failure(ExitStatus::kNoSuchPath, "there is no file " + path);
     throw Failure(ExitStatus::kUnreadable, path + " cannot be opened (" + reason + ")");
@@ -47,15 +49,22 @@ std::string ReadListFile(const std::string& path, const std::string& things) {
   return text;
 }
 
+std::vector<std::string_view> LinesOf(std::string_view text) {
+  std::vector<std::string_view> lines;
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    std::string_view& line = lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(end == text.npos ? text.size() : end + 1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+  }
+  return lines;
+}
+
 std::vector<std::string> ReadLines(const std::string& path, const std::string& things) {
   constexpr std::string_view kBlank = " \t";
   std::vector<std::string> lines;
   const std::string text = ReadListFile(path, things);
-  for (std::string_view left = text; !left.empty();) {
-    const std::size_t end = left.find('\n');
-    std::string_view line = left.substr(0, end);
-    left.remove_prefix(end == left.npos ? left.size() : end + 1);
-    if (line.ends_with('\r')) line.remove_suffix(1);
+  for (const std::string_view line : LinesOf(text)) {
     if (line.find_first_not_of(kBlank) != line.npos) lines.emplace_back(line);
   }
   if (lines.empty())

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zrml::tool {
@@ -10,7 +11,10 @@ namespace zrml::tool {
 /// Throws a Failure that names the file when it cannot be read, or is too large.
 std::string ReadListFile(const std::string& path, const std::string& things);
 
-/// Its lines, without blank ones. Throws a Failure when there are none.
+/// The lines of `text` without their ends, LF or CR LF.
+std::vector<std::string_view> LinesOf(std::string_view text);
+
+/// The lines of a file, without blank ones. Throws a Failure when there are none.
 std::vector<std::string> ReadLines(const std::string& path, const std::string& things);
 
 }  // namespace zrml::tool

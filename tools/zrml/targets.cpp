@@ -1,11 +1,15 @@
 #include "tools/zrml/targets.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
 #include <map>
+#include <set>
+#include <sstream>
 #include <string_view>
+#include <tuple>
 
 #include <nlohmann/json.hpp>
 
@@ -20,32 +24,57 @@ using nlohmann::json;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// A row or an object, its values as text; empty and null values are left out.
-struct Entry {
-  std::string place;  // "targets.tsv, line 3"
-  std::map<std::string, std::string, std::less<>> values;
+constexpr std::array<std::string_view, 8> kNames = {"mz",     "tolerance", "tolerance_unit", "mz_start",
+                                                    "mz_end", "rt_start",  "rt_end",         "comment"};
+
+struct Place {
+  std::string_view path;
+  int line;
 };
 
-[[noreturn]] void Refuse(const std::string& place, const std::string& problem) {
-  throw Failure(ExitStatus::kWrongUsage, place + ": " + problem);
+struct Named {
+  Place place;
+  std::string text;
+};
+
+// A row or an object; empty and null values are left out.
+struct Entry {
+  Place place;
+  std::map<std::string, Named, std::less<>> values = {};
+
+  bool Has(std::string_view name) const { return values.contains(name); }
+};
+
+[[noreturn]] void Refuse(std::string_view path, const std::string& problem) {
+  throw Failure(ExitStatus::kWrongUsage, std::string(path) + ": " + problem);
 }
 
-// A plain number: without a sign in front of it and not infinite.
-std::optional<double> ParseNumber(std::string_view text) {
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  const bool isPlain = error == std::errc() && end == text.data() + text.size() && value >= 0;
-  return isPlain && std::isfinite(value) ? std::optional(value) : std::nullopt;
+[[noreturn]] void Refuse(const Place& place, const std::string& problem) {
+  Refuse(std::string(place.path) + ", line " + std::to_string(place.line), problem);
+}
+
+// Names that nobody reads may be there more than once.
+void RequireFirst(const Place& place, std::string_view name, bool isFirst) {
+  if (!isFirst && std::ranges::find(kNames, name) != kNames.end())
+    Refuse(place, std::string(name) + " is there twice");
+}
+
+// A finite number without a sign.
+double NumberOf(const std::string& name, const Named& value) {
+  const std::string& text = value.text;
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isWhole = !text.starts_with('-') && end == text.data() + text.size();
+  if (isWhole && error == std::errc::result_out_of_range)
+    Refuse(value.place, name + " \"" + text + "\" is beyond the range of numbers");
+  if (!isWhole || error != std::errc() || !std::isfinite(number))
+    Refuse(value.place, name + " \"" + text + "\" is not a number of 0 or more");
+  return number;
 }
 
 std::optional<double> NumberOf(const Entry& entry, std::string_view name) {
   const auto found = entry.values.find(name);
-  if (found == entry.values.end()) return std::nullopt;
-  const std::optional<double> number = ParseNumber(found->second);
-  if (!number) {
-    Refuse(entry.place, std::string(name) + " \"" + found->second + "\" is not a number of 0 or more");
-  }
-  return number;
+  return found == entry.values.end() ? std::nullopt : std::optional(NumberOf(found->first, found->second));
 }
 
 // The two ends; a missing one is `low` or `high`.
@@ -63,24 +92,37 @@ Tolerance ToleranceOf(const Entry& entry, Tolerance tolerance) {
   if (!width) return tolerance;
   if (unit == entry.values.end())
     Refuse(entry.place, "a tolerance needs a tolerance_unit, \"ppm\" or \"da\"");
-  const std::string name = ToLower(unit->second);
+  const auto& [place, text] = unit->second;
+  const std::string name = ToLower(text);
   if (name != "ppm" && name != "da")
-    Refuse(entry.place, "tolerance_unit \"" + unit->second + "\" is not \"ppm\" or \"da\"");
+    Refuse(place, "tolerance_unit \"" + text + "\" is not \"ppm\" or \"da\"");
   return {*width, name == "ppm"};
+}
+
+source::Range EndsOf(const Entry& entry) {
+  if (!entry.Has("mz_start") || !entry.Has("mz_end"))
+    Refuse(entry.place, "mz_start and mz_end belong together");
+  for (const char* const name : {"mz", "tolerance", "tolerance_unit"}) {
+    if (entry.Has(name))
+      Refuse(entry.place,
+             std::string("mz_start and mz_end are the range; ") + name + " cannot be given, too");
+  }
+  return RangeOf(entry, "mz_start", "mz_end", {});
 }
 
 Target TargetOf(const Entry& entry, Tolerance tolerance) {
   Target target;
-  target.mz = NumberOf(entry, "mz");
-  const bool hasStart = entry.values.contains("mz_start");
-  if (hasStart != entry.values.contains("mz_end")) Refuse(entry.place, "mz_start and mz_end belong together");
-  if (!target.mz && !hasStart) Refuse(entry.place, "there is neither mz nor mz_start and mz_end");
-  target.range = hasStart ? RangeOf(entry, "mz_start", "mz_end", {})
-                          : RangeAround(*target.mz, ToleranceOf(entry, tolerance));
-  if (entry.values.contains("rt_start") || entry.values.contains("rt_end"))
+  if (entry.Has("mz_start") || entry.Has("mz_end")) {
+    target.range = EndsOf(entry);
+  } else {
+    target.mz = NumberOf(entry, "mz");
+    if (!target.mz) Refuse(entry.place, "there is neither mz nor mz_start and mz_end");
+    target.range = RangeAround(*target.mz, ToleranceOf(entry, tolerance));
+  }
+  if (entry.Has("rt_start") || entry.Has("rt_end"))
     target.minutes = RangeOf(entry, "rt_start", "rt_end", {-kInfinity, kInfinity});
   const auto comment = entry.values.find("comment");
-  if (comment != entry.values.end()) target.comment = comment->second;
+  if (comment != entry.values.end()) target.comment = comment->second.text;
   return target;
 }
 
@@ -94,57 +136,96 @@ std::vector<std::string_view> Fields(std::string_view line) {
   return fields;
 }
 
-std::vector<Entry> EntriesOfTsv(const std::string& path, std::string_view text) {
+std::vector<std::string_view> NamesIn(const Place& place, std::string_view line) {
+  const std::vector<std::string_view> names = Fields(line);
+  for (auto name = names.begin(); name != names.end(); ++name)
+    RequireFirst(place, *name, std::find(names.begin(), name, *name) == name);
+  return names;
+}
+
+std::vector<Entry> EntriesOfTsv(std::string_view path, std::string_view text) {
   std::vector<Entry> entries;
   std::vector<std::string_view> names;
-  for (int number = 1; !text.empty(); ++number) {
-    const std::size_t end = text.find('\n');
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == text.npos ? text.size() : end + 1);
+  Place place = {path, 0};
+  for (const std::string_view line : LinesOf(text)) {
+    ++place.line;
     if (line.empty()) continue;
-    const std::vector<std::string_view> fields = Fields(line);
     if (names.empty()) {
-      names = fields;
+      names = NamesIn(place, line);
       continue;
     }
-    Entry& entry = entries.emplace_back(Entry{path + ", line " + std::to_string(number), {}});
-    if (fields.size() > names.size())
-      Refuse(entry.place, "there are more values than names in the first line");
+    const std::vector<std::string_view> fields = Fields(line);
+    if (fields.size() > names.size()) Refuse(place, "there are more values than names in the first line");
+    Entry& entry = entries.emplace_back(Entry{place});
     for (std::size_t i = 0; i < fields.size(); ++i) {
-      if (!fields[i].empty()) entry.values.emplace(names[i], fields[i]);
+      if (!fields[i].empty()) entry.values.emplace(names[i], Named{place, std::string(fields[i])});
     }
   }
   return entries;
 }
 
-// Names the kind of a list or an object.
-std::string TextOfJson(const json& value) {
-  if (value.is_string()) return value.get<std::string>();
-  return value.is_structured() ? value.type_name() : value.dump();
-}
+// Gathers the entries of a JSON list while it is parsed, when their lines are known.
+class JsonEntries {
+ public:
+  JsonEntries(std::string_view path, std::string_view text)
+      : text_(text), stream_(std::string(text)), here_{path, 1} {}
 
-std::vector<Entry> EntriesOfJson(const std::string& path, std::string_view text) {
-  json list;
-  try {
-    list = json::parse(text);
-  } catch (const json::out_of_range&) {
-    Refuse(path, "a number is too large");
-  } catch (const json::parse_error& error) {
-    const std::string_view before = text.substr(0, error.byte == 0 ? 0 : error.byte - 1);
-    const auto lines = std::count(before.begin(), before.end(), '\n');
-    Refuse(path + ", line " + std::to_string(lines + 1), "this is not JSON");
+  std::vector<Entry> Read() {
+    try {
+      std::ignore = json::parse(stream_, [this](int depth, Event event, const json& parsed) {
+        Take(depth, event, parsed);
+        return true;
+      });
+    } catch (const json::out_of_range&) {
+      Refuse(Here(), "a number is beyond the range of numbers");
+    } catch (const json::parse_error&) {
+      Refuse(Here(), "this is not JSON");
+    }
+    return std::move(entries_);
   }
-  if (!list.is_array()) Refuse(path, "the targets are not a list");
-  std::vector<Entry> entries;
-  for (const json& object : list) {
-    Entry& entry = entries.emplace_back(Entry{path + ", target " + std::to_string(entries.size() + 1), {}});
-    if (!object.is_object()) Refuse(entry.place, "this is not an object");
-    for (const auto& [name, value] : object.items()) {
-      if (!value.is_null()) entry.values[name] = TextOfJson(value);
+
+ private:
+  using Event = json::parse_event_t;
+
+  void Take(int depth, Event event, const json& parsed) {
+    const bool isEnd = event == Event::object_end || event == Event::array_end;
+    if (depth == 0 && !isEnd && event != Event::array_start) Refuse(Here(), "the targets are not a list");
+    if (isEnd || depth == 0 || depth > 2) return;
+    if (depth == 1) {
+      if (event != Event::object_start) Refuse(Here(), "this is not an object");
+      entries_.push_back({Here()});
+      names_.clear();
+    } else if (event == Event::key) {
+      name_ = parsed.get<std::string>();
+      RequireFirst(Here(), name_, names_.insert(name_).second);
+    } else if (!(event == Event::value && parsed.is_null())) {
+      entries_.back().values[name_] = {Here(), TextOf(event, parsed)};
     }
   }
-  return entries;
-}
+
+  // Names the kind of a list or an object.
+  static std::string TextOf(Event event, const json& parsed) {
+    if (event == Event::array_start) return "array";
+    if (event == Event::object_start) return "object";
+    return parsed.is_string() ? parsed.get<std::string>() : parsed.dump();
+  }
+
+  // The line of the last character that was read, or of the one before it, since a number ends with what
+  // follows it.
+  Place Here() {
+    const auto read = static_cast<std::size_t>(stream_.rdbuf()->pubseekoff(0, std::ios::cur, std::ios::in));
+    for (; counted_ + 1 < read; ++counted_) here_.line += text_[counted_] == '\n' ? 1 : 0;
+    return here_;
+  }
+
+  std::string_view text_;
+  std::istringstream stream_;
+  std::size_t counted_ = 0;  // characters of which `here_` knows
+  Place here_;
+  std::vector<Entry> entries_;
+  std::string name_;             // of the value that comes next
+  std::set<std::string> names_;  // in the last object
+};
 
 }  // namespace
 
@@ -158,7 +239,7 @@ std::vector<Target> ReadTargets(const std::string& path, Tolerance tolerance) {
   const std::size_t first = text.find_first_not_of(" \t\n");
   const bool isJson = first != text.npos && (text[first] == '[' || text[first] == '{');
   std::vector<Target> targets;
-  for (const Entry& entry : isJson ? EntriesOfJson(path, text) : EntriesOfTsv(path, text))
+  for (const Entry& entry : isJson ? JsonEntries(path, text).Read() : EntriesOfTsv(path, text))
     targets.push_back(TargetOf(entry, tolerance));
   if (targets.empty()) Refuse(path, "there are no targets");
   return targets;

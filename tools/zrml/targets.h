@@ -3,7 +3,7 @@
 //
 //   mz, tolerance, tolerance_unit ("ppm" or "da"), mz_start, mz_end, rt_start, rt_end (minutes), comment
 //
-// where mz, or both mz_start and mz_end, must be given. Others are ignored.
+// where either mz must be given or mz_start and mz_end, which have no tolerance. Others are ignored.
 #pragma once
 
 #include <optional>
@@ -31,7 +31,7 @@ struct Target {
 source::Range RangeAround(double mz, Tolerance tolerance);
 
 /// The targets of a file, in its order. `tolerance` applies to targets without their own. Throws a Failure
-/// that names the file, the line or target, and what is wrong there.
+/// that names the file, the line, and what is wrong there.
 std::vector<Target> ReadTargets(const std::string& path, Tolerance tolerance);
 
 }  // namespace zrml::tool
