@@ -152,6 +152,10 @@ std::string ToNativePath(std::wstring_view path);
 SystemPath FromUtf8Path(std::string_view path);
 std::string ToUtf8Path(const SystemPath& path);
 
+/// A number that nobody can predict, from the system's generator of keys. Throws std::system_error when that
+/// fails.
+std::uint32_t RandomNumber();
+
 /// Memory from the heap that the host itself uses. Null when there is none left.
 void* SharedHeapAllocate(std::size_t bytes) noexcept;
 void SharedHeapFree(void* block) noexcept;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <optional>
@@ -378,6 +379,19 @@ TEST(NativePath, Utf8IsDecodedAndEncoded) {
     EXPECT_EQ(FromNativePath(test.narrow), test.wide);
     EXPECT_EQ(ToNativePath(test.wide), test.narrow);
   }
+}
+
+TEST(RandomNumber, EveryBitIsSometimesSet) {
+  // A bit that is the same in 200 numbers happens once in 2^195 runs.
+  std::uint32_t any = 0;
+  std::uint32_t all = ~0U;
+  for (int i = 0; i < 200; ++i) {
+    const std::uint32_t number = RandomNumber();
+    any |= number;
+    all &= number;
+  }
+  EXPECT_EQ(any, ~0U);
+  EXPECT_EQ(all, 0U);
 }
 
 #ifndef _WIN32

@@ -283,8 +283,9 @@ TEST_F(ConvertTest, ReportIsATextFile) {
 }
 
 TEST_F(ConvertTest, OptionsThatDoNotGoTogether) {
-  ExpectFailure(Run({"convert", path_, path_, "--stdout"}), 2, "several sources do not fit into one file");
-  ExpectFailure(Run({"convert", path_, path_, "-b", "x"}), 2, "several sources do not fit into one file");
+  const std::string other = Make("other.raw");
+  ExpectFailure(Run({"convert", path_, other, "--stdout"}), 2, "several sources do not fit into one file");
+  ExpectFailure(Run({"convert", path_, other, "-b", "x"}), 2, "several sources do not fit into one file");
   for (const char* threads : {"0", "257", "x", "99999999999"}) {
     ExpectFailure(Run({"convert", path_, "--threads", threads, "--stdout"}), 2,
                   "--threads: \"" + std::string(threads) +

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <random>
 
+#include "common/platform/platform.h"
 #include "tools/zrml/view/kept_page.h"
 #include "tools/zrml/view/page_files.h"
 
@@ -47,10 +47,9 @@ bool ReadTarget(std::string_view target, Job& job) {
 
 std::string MakeToken() {
   constexpr std::string_view kDigits = "0123456789abcdef";
-  std::random_device device;
   std::string token;
   for (int word = 0; word < 4; ++word) {
-    std::uint32_t bits = device();
+    std::uint32_t bits = platform::RandomNumber();
     for (int digit = 0; digit < 8; ++digit, bits >>= 4) token += kDigits[bits & 0xF];
   }
   return token;
