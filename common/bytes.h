@@ -2,6 +2,7 @@
 // neither the machine's byte order nor alignment matters. Reads out of bounds give zero and are remembered.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +11,10 @@
 namespace zrml {
 
 using Bytes = std::span<const std::byte>;
+
+inline bool AreZeros(Bytes bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](std::byte byte) { return byte == std::byte{0}; });
+}
 
 /// Unchecked readers for hot loops: the bytes read at `p` must exist.
 inline std::uint16_t LoadU16(const std::byte* p) {

@@ -36,7 +36,10 @@ enum class FindingCode {
   kIndexMissing,
   kIndexCut,         // not a whole number of records
   kIndexEmpty,       // although there are data
+  kIndexZeroed,      // records of zeros
   kIndexDisordered,  // offsets that go backwards
+  kTimesLost,        // of scans
+  kTimesReturn,      // to before the scan before
   kScansOverlap,
   kStatisticsCut,      // or for a different number of scans
   kStatisticsUnknown,  // of an unknown version

@@ -22,7 +22,7 @@ struct ScanIndexEntry {
   float temperatureCoefficient = 0;  ///< parts per million per degree
   float precursorMass = 0;           ///< valid when bit 0 of precursorFlags is set
   std::uint16_t precursorFlags = 0;
-  std::uint16_t dataOffsetHigh = 0;  ///< of an offset that the index omits; see LeftOutOffsets
+  std::uint16_t dataOffsetHigh = 0;  ///< of an offset that the index omits; see IndexView
   bool temperatureValid = false;
   bool centroided = false;
   bool preCalibrated = false;  ///< masses are stored calibrated

@@ -69,7 +69,7 @@ FunctionRecord& RawDirectory::LoadedFunction(std::size_t function) {
   if (state.isLoaded) return record;
   state.findings = {};
   std::string refusal;
-  LoadScanIndex(folder_, record, LeftOutOffsets::kWhole, &state.findings, &refusal);
+  LoadScanIndex(folder_, record, IndexView::kMeasured, &state.findings, &refusal);
   state.isLoaded = refusal.empty();
   if (state.isLoaded) return record;
   record.scanIndex.clear();

@@ -110,7 +110,7 @@ FunctionRecord* CMLDataServerImpl::FindFunction(int sample, int function) {
 
 FunctionRecord* CMLDataServerImpl::FindLoadedFunction(int sample, int function) {
   FunctionRecord* const record = FindFunction(sample, function);
-  if (record != nullptr) masslynx::LoadScanIndex(folder_, *record, masslynx::LeftOutOffsets::kLower32Bits);
+  if (record != nullptr) masslynx::LoadScanIndex(folder_, *record, masslynx::IndexView::kOfSlots);
   return record;
 }
 
@@ -318,7 +318,7 @@ bool CMLDataServerImpl::HasAbsorbanceData(int sample) {
 }
 
 void CMLDataServerImpl::LoadAbsorbanceIndex() {
-  masslynx::LoadScanIndex(folder_, absorbanceRecord_, masslynx::LeftOutOffsets::kLower32Bits);
+  masslynx::LoadScanIndex(folder_, absorbanceRecord_, masslynx::IndexView::kOfSlots);
 }
 
 int CMLDataServerImpl::GetAbsorbanceScanCount(int sample) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <optional>
@@ -16,6 +17,7 @@
 #include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/scan_index_format.h"
 #include "masslynx/scandata/scan_statistics.h"
+#include "masslynx/scandata/scan_times.h"
 
 namespace zrml::masslynx {
 namespace {
@@ -25,17 +27,17 @@ using platform::File;
 
 class EntryReader {
  public:
-  EntryReader(int dataFormat, LeftOutOffsets leftOut)
+  EntryReader(int dataFormat, IndexView view)
       : unit_(point_unit_format::UnitOf(dataFormat)),
         centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2),
-        leftOut_(leftOut) {}
+        view_(view) {}
 
   ScanIndexEntry Read(const std::byte* record, bool first) {
     ScanIndexEntry entry;
     entry.dataOffset = LoadU32(record + format::kDataOffset);
     if (!first && entry.dataOffset == 0) {
       constexpr std::uint64_t kLargest = (std::uint64_t{1} << 48) - 1;  // as far as an entry reaches
-      const bool isWhole = leftOut_ == LeftOutOffsets::kWhole;
+      const bool isWhole = view_ == IndexView::kMeasured;
       const std::uint64_t offset = isWhole ? std::min(expectedOffset_, kLargest) : expectedOffset_;
       entry.dataOffset = static_cast<std::uint32_t>(offset);
       if (isWhole) entry.dataOffsetHigh = static_cast<std::uint16_t>(offset >> 32);
@@ -55,7 +57,7 @@ class EntryReader {
  private:
   point_unit_format::PointUnit unit_;
   bool centroidedByDefault_;
-  LeftOutOffsets leftOut_;
+  IndexView view_;
   // Where the next scan's points would be, were the scans back to back from 0.
   std::uint64_t expectedOffset_ = 0;
 };
@@ -72,6 +74,10 @@ struct Entries {
   std::vector<ScanIndexEntry> list;
   bool inFileOrder = true;
   bool inTimeOrder = true;
+  // As measured:
+  Places zeroRecords;       // but for the first record
+  std::size_t dropped = 0;  // of these, at the end of the index
+  Places untimed;           // that have a stand-in for their time
 
   // Checks the order now, while the previous entry is still in the cache.
   void Add(const ScanIndexEntry& entry) {
@@ -81,7 +87,32 @@ struct Entries {
     }
     list.push_back(entry);
   }
+
+  // Without points, a total and a time, at the place of the scan before.
+  void AddZeros(ScanIndexEntry entry) {
+    zeroRecords.push_back(list.size());
+    entry.totalIntensity = std::numeric_limits<float>::quiet_NaN();
+    entry.dataOffset = list.back().dataOffset;
+    entry.dataOffsetHigh = list.back().dataOffsetHigh;
+    Add(entry);
+  }
+
+  std::size_t Records() const { return list.size() + dropped; }
+
+  void TakeAsMeasured() {
+    while (dropped < zeroRecords.size() && zeroRecords[zeroRecords.size() - 1 - dropped] + 1 == list.size()) {
+      ++dropped;
+      list.pop_back();
+    }
+    untimed = StandInForLostTimes(list, zeroRecords);
+    if (!untimed.empty() || dropped > 0) inTimeOrder = std::is_sorted(list.begin(), list.end(), EarlierTime);
+  }
 };
+
+// A quick look at the entry leaves few records to look at.
+bool IsOfZeros(const ScanIndexEntry& entry, Bytes record) {
+  return entry.pointCount == 0 && entry.retentionTime == 0 && AreZeros(record);
+}
 
 // Entries that are not in the order of the file are listed as they are.
 ScanNumbers NumbersOf(const Entries& entries) {
@@ -99,21 +130,26 @@ ScanNumbers NumbersOf(const Entries& entries) {
 
 // The entries of all whole records that can be read; no more than `count`.
 Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count, int dataFormat,
-                    LeftOutOffsets leftOut) {
+                    IndexView view) {
   constexpr std::size_t kRecordsAtOnce = 4096;
+  const bool isMeasured = view == IndexView::kMeasured;
   Entries entries;
   entries.list.reserve(count);
   std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
-  EntryReader reader(dataFormat, leftOut);
+  EntryReader reader(dataFormat, view);
   while (entries.list.size() < count) {
     const std::size_t wanted = std::min(count - entries.list.size(), kRecordsAtOnce) * recordSize;
     const std::size_t read =
         file.ReadAt(std::uint64_t{entries.list.size()} * recordSize, std::span(block).first(wanted));
     for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
-      entries.Add(reader.Read(block.data() + at, entries.list.empty()));
+      const bool isFirst = entries.list.empty();
+      const ScanIndexEntry entry = reader.Read(block.data() + at, isFirst);
+      const bool isLost = isMeasured && !isFirst && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
+      isLost ? entries.AddZeros(entry) : entries.Add(entry);
     }
     if (read < wanted) break;
   }
+  if (isMeasured) entries.TakeAsMeasured();
   return entries;
 }
 
@@ -146,8 +182,7 @@ class FunctionNotices {
   }
 
   // The entries in the order of the file.
-  void EntriesOf(const Entries& entries) {
-    const ScanNumbers numbers = NumbersOf(entries);
+  void EntriesOf(const Entries& entries, const ScanNumbers& numbers) {
     const File data = OpenFunctionFile(folder_, function_, L"dat");
     const std::uint64_t size = data.Size();
     if (entries.list.empty() && size > 0) {
@@ -164,12 +199,35 @@ class FunctionNotices {
       finding.code = FindingCode::kIndexDisordered;
       finding.problem = "has offsets that go backwards";
       findings_.Add(std::move(finding));
-    } else if (hasPoints) {
-      NoticeOverlaps(extents, About(L"IDX"), findings_);
+    } else {
+      if (hasPoints) NoticeOverlaps(extents, About(L"IDX"), findings_);
+      Times(entries, numbers);
     }
     if (hasPoints && function_.hasDataFile) NoticeExtents(extents, size, About(L"DAT"), findings_);
     hasStatistics_ =
-        NoticeStatistics(folder_, function_, entries.list.size(), findings_) && entries.inFileOrder;
+        NoticeStatistics(folder_, function_, entries.Records(), findings_) && entries.inFileOrder;
+  }
+
+  void Times(const Entries& entries, const ScanNumbers& numbers) {
+    Places lost;
+    std::set_difference(entries.untimed.begin(), entries.untimed.end(), entries.zeroRecords.begin(),
+                        entries.zeroRecords.end(), std::back_inserter(lost));
+    const auto add = [&](FindingCode code, const std::string& what, const Places& places) {
+      if (places.empty()) return;
+      Numbers scans;
+      for (const std::size_t place : places)
+        scans.Add(place < entries.list.size() ? numbers.Of(place) : place + 1);
+      Finding finding = About(L"IDX");
+      finding.code = code;
+      finding.problem = what + ' ' + std::to_string(scans.Count()) + " of " +
+                        std::to_string(entries.Records()) + " scans; the first is scan " +
+                        std::to_string(scans.First());
+      finding.SetScans(std::move(scans));
+      findings_.Add(std::move(finding));
+    };
+    add(FindingCode::kIndexZeroed, "has zeros in place of the records of", entries.zeroRecords);
+    add(FindingCode::kTimesLost, "has lost the times of", lost);
+    add(FindingCode::kTimesReturn, "has times that go backwards at", ReturningTimes(entries.list));
   }
 
   // For the listed scans: which precursors are not their own because the statistics that would hold them are
@@ -234,7 +292,7 @@ class FunctionNotices {
 
 }  // namespace
 
-void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function, LeftOutOffsets leftOut,
+void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function, IndexView view,
                    Findings* findings, std::string* refusal) {
   if (!function.scanIndex.empty() || function.typeCode == FunctionRecord::kNoFunction) return;
   std::optional<FunctionNotices> notices;
@@ -256,17 +314,20 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     const std::uint64_t count = size / recordSize;
     if (size % recordSize != 0 || count > std::numeric_limits<int>::max()) continue;
     Entries entries =
-        ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat, leftOut);
+        ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat, view);
     notice();
     if (!entries.inFileOrder && !isLong) {
       problem = "has offsets that go backwards";
       continue;
     }
-    if (notices) notices->EntriesOf(entries);
+    const ScanNumbers numbers = NumbersOf(entries);
+    if (notices) notices->EntriesOf(entries, numbers);
     if (entries.inFileOrder) {
       if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
       LoadScanStatistics(folder, function, entries.list, refusal);
     }
+    for (const std::size_t place : entries.untimed)
+      entries.list[numbers.Of(place) - 1].retentionTime = std::numeric_limits<float>::quiet_NaN();
     function.scanIndex = std::move(entries.list);
     if (notices) notices->Precursors();
     return;

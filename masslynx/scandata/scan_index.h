@@ -8,9 +8,11 @@
 
 namespace zrml::masslynx {
 
-/// Offsets of scans for which the index has none: where the scan before ends, or the lower 32 bits of that,
-/// as in the slots of the contract.
-enum class LeftOutOffsets { kWhole, kLower32Bits };
+/// What becomes of an index that lacks something. Where it leaves out the offset of a scan, which is where
+/// the scan before ends, the slots of the contract have the lower 32 bits of that, and of damaged records
+/// what these say. As measured, records of zeros at its end are no scans, and scans whose time is lost have
+/// NaN and keep their place.
+enum class IndexView { kMeasured, kOfSlots };
 
 /// Fills `scanIndex` in time order, unless it is already filled or the record is empty. Without a readable
 /// index the function has no scans. Records are read as 22 bytes and, when the file's size or the order of
@@ -19,7 +21,7 @@ enum class LeftOutOffsets { kWhole, kLower32Bits };
 ///
 /// Findings cover the data file as far as the index describes it, and the files beside it. `refusal`, of the
 /// index or the statistics: see NoticeRefusal().
-void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function, LeftOutOffsets leftOut,
+void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function, IndexView view,
                    Findings* findings = nullptr, std::string* refusal = nullptr);
 
 }  // namespace zrml::masslynx

@@ -129,9 +129,8 @@ bool IsBlank(const File& data, const FunctionRecord& function) {
   if (room && HasOwnMasses(room->layout)) return false;
   std::array<std::byte, 512> front{};
   data.ReadAt(0, front);
-  return std::all_of(front.begin(), front.end(), [](std::byte byte) { return byte == std::byte{0}; }) &&
-         std::none_of(function.scanIndex.begin(), function.scanIndex.end(),
-                      [](const ScanIndexEntry& scan) { return scan.totalIntensity > 0; });
+  return AreZeros(front) && std::none_of(function.scanIndex.begin(), function.scanIndex.end(),
+                                         [](const ScanIndexEntry& scan) { return scan.totalIntensity > 0; });
 }
 
 // Whether the last significant byte of a mass is zero in any of the points, as it is in few sound ones: a
@@ -174,9 +173,7 @@ void FindZeroedPoints(const ScanRoom& room, Bytes bytes, std::span<const double>
   const auto size = static_cast<std::size_t>(unit.bytes);
   const auto points = static_cast<std::size_t>(unit.points);
   const auto isZero = [&](std::size_t at) {
-    const Bytes point = bytes.subspan(at * size, size);
-    return intensities[at * points] == 0 &&
-           std::all_of(point.begin(), point.end(), [](std::byte byte) { return byte == std::byte{0}; });
+    return intensities[at * points] == 0 && AreZeros(bytes.subspan(at * size, size));
   };
   const std::size_t count = bytes.size() / size;
   const std::size_t meaning = static_cast<std::size_t>(BytesOfMeaning(room.layout));

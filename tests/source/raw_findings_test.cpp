@@ -200,7 +200,10 @@ TEST(RawFindings, ScansThatOverlap) {
 }
 
 TEST(RawFindings, DataThatNoScanRefersTo) {
-  ExpectLines(SoundDirectory(), {"data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"},
+  ExpectLines(SoundDirectory(),
+              {"index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 3 scans; the first is "
+               "scan 2",
+               "data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"},
               [](const TempDirectory& directory) {
                 directory.Edit("_FUNC001.IDX",
                                [](FileBytes& bytes) { std::fill_n(bytes.begin() + 22, 22, std::byte{0}); });

@@ -440,7 +440,7 @@ TEST_F(PluginComparisonTest, OffsetsBeyondFourGigabytes) {
     const std::string name = std::to_string(recordSize) + ".raw";
     const std::string path = Make(name, raw);
     ZeroOffsets(folder_ / name / "_FUNC001.IDX", recordSize);
-    ExpectWanted(path, {{kWanted.cutOffsets, 1}});
+    ExpectWanted(path, {{kWanted.indexOfSlots, 1}});
     ExpectFault(path, "GetScanCount");
     if (recordSize == 22) continue;  // no scans
     ExpectFaults(path, {"GetSpectrum intensity", "GetSpectrum success", "GetRetentionTimes",

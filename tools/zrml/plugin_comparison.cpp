@@ -263,7 +263,7 @@ class Comparer : Verdicts {
   }
 
   int CompareScanCount() {
-    if (of_.others) Count(IsReport() ? OtherContents() : kWanted.cutOffsets);
+    if (of_.others) Count(IsReport() ? OtherContents() : kWanted.indexOfSlots);
     return Agreed(
         "GetScanCount", server_->GetScanCount(of_.sample, of_.position),
         of_.others ? static_cast<int>(of_.others->scans.size()) : source_->ScanCount(of_.sample, of_.held));

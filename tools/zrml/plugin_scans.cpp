@@ -104,7 +104,7 @@ class ScanComparer : Verdicts {
       const std::optional<StoredPoints> points = of_.others->read(scan);
       if (!Check("GetSpectrum", "success", isGiven, points.has_value()) || !isGiven) return isGiven;
       CheckPoints("GetSpectrum", ColumnsOf(spectrum), points->View());
-      if (IsReport()) CompareAttributes(of_.others->scans[static_cast<std::size_t>(scan)], scan, spectrum);
+      CompareAttributes(of_.others->scans[static_cast<std::size_t>(scan)], scan, spectrum);
       return true;
     }
     const source::Scan held = source_.ScanAt(of_.sample, of_.held, scan);

@@ -39,7 +39,8 @@ struct AllWanted {
   Wanted unknownKind = {"GetFunctionKind", "a report's function of unknown type is one of absorbance"};
   Wanted processedMobility = {"HasMobility", "processed data have the mobility of what they were made of"};
   Wanted scanDimensions = {"GetScanDimensionCount", "the dimensions of a report's scans are not known"};
-  Wanted cutOffsets = {"GetScanCount", "offsets that the index leaves out have 32 bits"};
+  Wanted indexOfSlots = {"GetScanCount",
+                         "offsets that the index leaves out have 32 bits, damaged records are scans"};
   Wanted lastDriftBin = {"GetSpectrum", "without the maker's library the last drift bin is 0"};
   Wanted scanNumber = {"GetSpectrum", "scan numbers have 16 bits"};
   Wanted polarity = {"GetSpectrum", "a spectrum whose polarity is not known is positive"};

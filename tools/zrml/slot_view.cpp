@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <string_view>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include "masslynx/raw_directory.h"
 #include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/scan_decoder.h"
+#include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/scan_index.h"
 #include "masslynx/scandata/sub_scans.h"
 #include "masslynx/scandata/traces.h"
@@ -20,7 +22,7 @@ namespace zrml::tool {
 namespace {
 
 using masslynx::FunctionRecord;
-using masslynx::LeftOutOffsets;
+using masslynx::IndexView;
 using masslynx::ScanRoom;
 
 bool IsNamed(const FunctionRecord& record, const source::FunctionId& id) {
@@ -59,7 +61,7 @@ FunctionRecord& RawSlots::Loaded(const source::FunctionId& id) {
   const auto found = std::find_if(functions_.begin(), functions_.end(),
                                   [&](const FunctionRecord& record) { return IsNamed(record, id); });
   FunctionRecord& record = functions_.at(static_cast<std::size_t>(found - functions_.begin()));
-  masslynx::LoadScanIndex(folder_, record, LeftOutOffsets::kLower32Bits);
+  masslynx::LoadScanIndex(folder_, record, IndexView::kOfSlots);
   return record;
 }
 
@@ -67,15 +69,22 @@ std::optional<SlotScans> RawSlots::OtherScans(const source::FunctionId& id) {
   const FunctionRecord& record = Loaded(id);
   FunctionRecord whole = record;
   whole.scanIndex.clear();
-  masslynx::LoadScanIndex(folder_, whole, LeftOutOffsets::kWhole);
-  const bool hasCutOffsets =
-      std::any_of(whole.scanIndex.begin(), whole.scanIndex.end(),
-                  [](const masslynx::ScanIndexEntry& scan) { return scan.dataOffsetHigh != 0; });
-  if (!hasCutOffsets) return std::nullopt;
+  masslynx::LoadScanIndex(folder_, whole, IndexView::kMeasured);
+  const bool isSame = std::equal(
+      whole.scanIndex.begin(), whole.scanIndex.end(), record.scanIndex.begin(), record.scanIndex.end(),
+      [](const masslynx::ScanIndexEntry& measured, const masslynx::ScanIndexEntry& ofSlots) {
+        const bool isUntimed = std::isnan(measured.retentionTime) && std::isnan(ofSlots.retentionTime);
+        return measured.dataOffsetHigh == 0 && (isUntimed || measured.retentionTime == ofSlots.retentionTime);
+      });
+  if (isSame) return std::nullopt;
   SlotScans others = {.read = [this, id](int scan) { return ReadPoints(id, scan); }};
   for (const masslynx::ScanIndexEntry& entry : record.scanIndex) {
+    const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
     source::Scan& scan = others.scans.emplace_back();
     scan.minutes = entry.retentionTime;
+    scan.endMinutes = facts.endMinutes;
+    scan.precursorMz = facts.precursorMass;
+    scan.scanValue = facts.value;
     scan.isCentroided = entry.centroided;
     scan.totalIntensity = entry.totalIntensity;
   }

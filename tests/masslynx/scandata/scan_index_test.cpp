@@ -31,7 +31,7 @@ FunctionRecord FunctionOf(int dataFormat, std::uint16_t number = 1) {
 /// The entries of the index of function 1 in `directory`.
 std::vector<ScanIndexEntry> Load(const TempDirectory& directory, int dataFormat = 9) {
   FunctionRecord function = FunctionOf(dataFormat);
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   return function.scanIndex;
 }
 
@@ -363,11 +363,11 @@ TEST(ScanIndex, LoadedIndexIsNotReadAgain) {
   const TempDirectory directory;
   FunctionRecord function = FunctionOf(9);
   directory.Write(kIndexName, WriteScanIndex(Ascending(2)));
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   ASSERT_EQ(function.scanIndex.size(), 2U);
   directory.Write(kIndexName, WriteScanIndex(Ascending(5)));
   directory.Write(kStatisticsName, WriteScanStatistics({{.auxValue = 10}, {.auxValue = 11}}));
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   ASSERT_EQ(function.scanIndex.size(), 2U);
   EXPECT_EQ(function.scanIndex[0].auxValue, 0.0F);
   EXPECT_FALSE(function.calibrationConstant);
@@ -376,13 +376,13 @@ TEST(ScanIndex, LoadedIndexIsNotReadAgain) {
 TEST(ScanIndex, FailedLoadIsTriedAgain) {
   const TempDirectory directory;
   FunctionRecord function = FunctionOf(9);
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   EXPECT_TRUE(function.scanIndex.empty());
   directory.Write(kIndexName, FileBytes(23));
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   EXPECT_TRUE(function.scanIndex.empty());
   directory.Write(kIndexName, WriteScanIndex(Ascending(2)));
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   EXPECT_EQ(function.scanIndex.size(), 2U);
 }
 
@@ -391,10 +391,10 @@ TEST(ScanIndex, EmptyRecordIsNeverLoaded) {
   directory.Write(kIndexName, WriteScanIndex(Ascending(2)));
   FunctionRecord function = FunctionOf(9);
   function.typeCode = -1;
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   EXPECT_TRUE(function.scanIndex.empty());
   function.typeCode = 0;  // the control
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   EXPECT_EQ(function.scanIndex.size(), 2U);
 }
 
@@ -416,7 +416,7 @@ TEST(ScanIndex, NameCarriesTheNumberAndTheKindOfFunction) {
     for (const Case& read : cases) {
       FunctionRecord function = FunctionOf(9, read.number);
       function.processed = read.processed;
-      LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+      LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
       EXPECT_EQ(function.scanIndex.size(), &read == &written ? 2U : 0U)
           << read.name << " of " << written.name;
     }
@@ -430,7 +430,7 @@ TEST(ScanIndex, StatisticsOfAProcessedFunctionHaveItsName) {
   directory.Write("_PROC007.sts", WriteScanStatistics({{.auxValue = 20}}));
   FunctionRecord function = FunctionOf(9, 7);
   function.processed = true;
-  LoadScanIndex(directory.SystemPath(), function, LeftOutOffsets::kLower32Bits);
+  LoadScanIndex(directory.SystemPath(), function, IndexView::kOfSlots);
   ASSERT_EQ(function.scanIndex.size(), 1U);
   EXPECT_EQ(function.scanIndex[0].auxValue, 20.0F);
 }

@@ -1,0 +1,45 @@
+#include "masslynx/scandata/scan_times.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace zrml::masslynx {
+namespace {
+
+// What is left of a time when its last byte is zeroed is less than that, and no run has such times.
+constexpr float kLeastTime = 1e-30F;
+
+bool IsTime(float time, const std::optional<float>& before) {
+  const bool mayBeZero = !before || *before < kLeastTime;
+  return std::isfinite(time) && (mayBeZero || time >= kLeastTime);
+}
+
+}  // namespace
+
+Places StandInForLostTimes(std::span<ScanIndexEntry> entries, const Places& zeroRecords) {
+  Places lost;
+  std::optional<float> before;
+  for (std::size_t place = 0; place < entries.size(); ++place) {
+    float& time = entries[place].retentionTime;
+    const bool isZeroRecord = std::binary_search(zeroRecords.begin(), zeroRecords.end(), place);
+    if (isZeroRecord || !IsTime(time, before)) lost.push_back(place);
+    if (lost.empty() || lost.back() != place) before = time;
+    time = before.value_or(0);
+  }
+  std::size_t first = 0;  // that has a time
+  while (first < lost.size() && lost[first] == first) ++first;
+  for (std::size_t place = 0; place < first && first < entries.size(); ++place)
+    entries[place].retentionTime = entries[first].retentionTime;
+  return lost;
+}
+
+Places ReturningTimes(std::span<const ScanIndexEntry> entries) {
+  Places returning;
+  for (std::size_t place = 1; place < entries.size(); ++place) {
+    if (entries[place].retentionTime < entries[place - 1].retentionTime) returning.push_back(place);
+  }
+  return returning;
+}
+
+}  // namespace zrml::masslynx

@@ -1,0 +1,175 @@
+// Indexes with records of zeros and with times that are lost: what is found, and that what is left keeps its
+// own values.
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "source/source.h"
+#include "tests/support/raw_directory_builder.h"
+
+namespace zrml::source {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr std::size_t kRecord = 22;
+constexpr std::size_t kTime = 12;  // in a record
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+// Products: scan k of four, from 1, is at k minutes and has a precursor of m/z 500 + k and points of m/z 100
+// + k and 200 + k.
+RawDirectoryBuilder Products() {
+  RawDirectoryBuilder raw;
+  FunctionFiles& function = raw.functions.emplace_back();
+  function.record.type = 16;  // TOF MS/MS
+  function.statistics = StatisticsLayout();
+  for (int k = 1; k <= 4; ++k) {
+    function.scans.push_back(
+        ScanFrom<StoredPoint9>(static_cast<float>(k), {{100.0 + k, 8}, {200.0 + k, 16}}));
+    function.scans.back().statistics = {.precursorMass = 500.0F + static_cast<float>(k), .precursorFlags = 1};
+  }
+  return raw;
+}
+
+// Each scan as "minutes precursor: m/z".
+Lines ScansOf(Source& source) {
+  Lines lines;
+  for (int i = 0; i < source.ScanCount(0, 0); ++i) {
+    const Scan scan = source.ScanAt(0, 0, i);
+    std::vector<double> mz;
+    std::vector<double> intensities;
+    source.ReadPoints(0, 0, i, mz, intensities);
+    std::string line = std::isnan(scan.minutes) ? "?" : std::to_string(static_cast<int>(scan.minutes));
+    line += ' ' + std::to_string(static_cast<int>(scan.precursorMz.value_or(0))) + ':';
+    for (const double each : mz) line += ' ' + std::to_string(static_cast<int>(each));
+    lines.push_back(line);
+  }
+  return lines;
+}
+
+Lines FindingsOf(Source& source) {
+  Lines lines;
+  for (const Finding& finding : source.Findings())
+    lines.push_back(std::string(NameOf(finding.code)) + ": " + TextOf(finding));
+  return lines;
+}
+
+// What is read of a directory after an edit of its index.
+struct Seen {
+  Lines scans;
+  Lines findings;
+  std::vector<double> totals;
+};
+
+Seen See(const RawDirectoryBuilder& raw, const std::function<void(FileBytes& index)>& edit = {}) {
+  const TempDirectory directory = raw.Build();
+  if (edit) directory.Edit("_FUNC001.IDX", edit);
+  const std::u8string path = directory.Path().u8string();
+  const auto source = Source::Open({path.begin(), path.end()});
+  return {ScansOf(*source), FindingsOf(*source), source->TotalIons(0, 0).intensities};
+}
+
+Seen SeeTime(std::size_t scan, float time) {
+  return See(Products(), [&](FileBytes& index) { PatchF32(index, (scan - 1) * kRecord + kTime, time); });
+}
+
+Seen SeeZeros(std::size_t from, std::size_t size) {
+  return See(Products(), [&](FileBytes& index) {
+    std::fill_n(index.begin() + static_cast<std::ptrdiff_t>(from), size, std::byte{0});
+  });
+}
+
+const Lines kAll = {"1 501: 101 201", "2 502: 102 202", "3 503: 103 203", "4 504: 104 204"};
+
+TEST(DamagedIndexTest, SoundOnesAreSilent) {
+  const Seen seen = See(Products());
+  EXPECT_EQ(seen.findings, Lines());
+  EXPECT_EQ(seen.scans, kAll);
+}
+
+// A run may begin at 0, or a little earlier, and functions without times have zeros throughout.
+TEST(DamagedIndexTest, TimesThatMayBe) {
+  EXPECT_EQ(SeeTime(1, 0).findings, Lines());
+  EXPECT_EQ(SeeTime(1, -0.5F).findings, Lines());
+  RawDirectoryBuilder raw = Products();
+  for (ScanFiles& scan : raw.functions[0].scans) scan.index.retentionTime = 0;
+  EXPECT_EQ(See(raw).findings, Lines());
+}
+
+TEST(DamagedIndexTest, FirstRecordOfZerosMayBeAScan) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[0] = {};
+  EXPECT_EQ(See(raw).findings, Lines());
+}
+
+// The others keep their precursors, which statistics hold by the place in the order of time.
+TEST(DamagedIndexTest, LostTimes) {
+  const float infinite = std::numeric_limits<float>::infinity();
+  for (const float time : {0.0F, kNan, infinite, -infinite, -3.0F, 1e-40F}) {
+    const Seen seen = SeeTime(3, time);
+    EXPECT_EQ(seen.findings,
+              Lines{"times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 3"})
+        << time;
+    EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "? 503: 103 203", kAll[3]})) << time;
+  }
+  const Seen first = SeeTime(1, kNan);
+  EXPECT_EQ(first.findings,
+            Lines{"times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 1"});
+  EXPECT_EQ(first.scans, (Lines{"? 501: 101 201", kAll[1], kAll[2], kAll[3]}));
+}
+
+// The scan at 1.5 minutes is listed as the second one.
+TEST(DamagedIndexTest, TimesThatGoBackwards) {
+  EXPECT_EQ(
+      SeeTime(4, 1.5F).findings,
+      Lines{"times-return: _FUNC001.IDX has times that go backwards at 1 of 4 scans; the first is scan 2"});
+}
+
+TEST(DamagedIndexTest, RecordsOfZerosAtTheEnd) {
+  const Seen seen = SeeZeros(2 * kRecord, 2 * kRecord);
+  EXPECT_EQ(
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 2 of 4 scans; the first is scan 3",
+          "data-unreferenced: _FUNC001.DAT holds 24 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1]}));
+}
+
+// Some bytes of the second time are left, which are no time.
+TEST(DamagedIndexTest, ZerosFromInsideATime) {
+  for (const std::size_t kept : {0, 1, 2, 3}) {
+    const std::size_t from = kRecord + kTime + kept;
+    const Seen seen = SeeZeros(from, 4 * kRecord - from);
+    EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502: 102 202"})) << kept;
+    ASSERT_EQ(seen.findings.size(), 3U) << kept;
+    EXPECT_EQ(seen.findings[1],
+              "times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 2");
+  }
+}
+
+// It has no total either.
+TEST(DamagedIndexTest, RecordOfZerosAmongOthers) {
+  const Seen seen = SeeZeros(2 * kRecord, kRecord);
+  EXPECT_EQ(
+      seen.findings[0],
+      "index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 4 scans; the first is scan 3");
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "? 503:", kAll[3]}));
+  EXPECT_TRUE(std::isnan(seen.totals[2]));
+  EXPECT_EQ(seen.totals[3], 24);
+}
+
+TEST(DamagedIndexTest, NothingButZeros) {
+  const Seen seen = SeeZeros(0, 4 * kRecord);
+  EXPECT_EQ(
+      seen.findings[0],
+      "index-zeroed: _FUNC001.IDX has zeros in place of the records of 3 of 4 scans; the first is scan 2");
+  EXPECT_EQ(seen.scans.size(), 1U);
+}
+
+}  // namespace
+}  // namespace zrml::source
