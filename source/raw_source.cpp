@@ -119,6 +119,12 @@ void AddPlaces(const std::vector<std::size_t>& more, std::vector<std::size_t>& p
   places = std::move(both);
 }
 
+// No mass is less. Processing may move them anywhere.
+double LowestMass(const FunctionRecord& record) {
+  constexpr double kHalf = 0.5;
+  return record.massRangeKnown && !record.processed ? record.lowMass * kHalf : 1;
+}
+
 // Closes the gaps at the given places, which ascend. Returns the number of remaining points.
 std::size_t CloseGaps(const std::vector<std::size_t>& gaps, std::size_t count, double* values) {
   std::size_t kept = 0;
@@ -322,7 +328,10 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
   const std::size_t declared = record.hasMobilityData ? stored.room.points : entry.pointCount;
   PointsRead result = {count, declared - count};
   if (!record.hasMobilityData) {
-    masslynx::FindZeroedPoints(stored.room, stored.bytes, y.first(count), zeroed_);
+    // Ions are monitored in the order of the method.
+    const bool isInOrder = masslynx::MonitoringOfType(record.typeCode) == masslynx::Monitoring::kNone;
+    masslynx::FindZeroedPoints(
+        {stored.room, stored.bytes, x.first(count), y.first(count), LowestMass(record), isInOrder}, zeroed_);
     result.lost += zeroed_.size();
     AddPlaces(zeroed_, unwritten_);
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <numeric>
 #include <vector>
@@ -87,8 +88,22 @@ class TailSearch {
     if (HasOwnMasses(room.layout))
       return (isProven ? end : behind) < BytesIn(room) ? room.offset + end : kNowhere;
     const double total = EntryOf(broken.scan).totalIntensity;
-    const double least = isProven ? total * (1 - kSameTotal) : total * kHalf;
+    const double least = isProven || AreTotalsSums(broken.scan) ? total * (1 - kSameTotal) : total * kHalf;
     return total > 0 && SumOf(broken) < least ? room.offset + end : kNowhere;
+  }
+
+  // Whether the scans before this one add up to their totals.
+  bool AreTotalsSums(int scan) const {
+    constexpr int kEnough = 3;
+    int sums = 0;
+    for (int before = scan - 1; before >= 0 && sums < kEnough; --before) {
+      const double total = EntryOf(before).totalIntensity;
+      const std::optional<ScanRoom> room = RoomOf(function_, before);
+      if (!room || !(total > 0)) continue;
+      if (!(std::abs(SumOf({before, *room}) - total) <= total * kSameTotal)) return false;
+      ++sums;
+    }
+    return sums > 0;
   }
 
   std::size_t BytesIn(const ScanRoom& room) const {
@@ -142,6 +157,85 @@ bool MayHaveZeros(Bytes bytes, std::size_t size, std::size_t meaning) {
   return zeros > 0;
 }
 
+// Points of zeros, and those that the zeros cut into.
+void FindZeros(const StoredPoints& stored, std::vector<std::size_t>& places) {
+  const ScanRoom& room = stored.room;
+  const Bytes bytes = stored.bytes;
+  const std::span<const double> intensities = stored.intensities;
+  if (!ChosenKernels().hasZero(intensities.data(), intensities.size())) return;
+  const point_unit_format::PointUnit unit = point_unit_format::UnitOf(room.layout);
+  const auto size = static_cast<std::size_t>(unit.bytes);
+  const auto points = static_cast<std::size_t>(unit.points);
+  const auto isZero = [&](std::size_t at) {
+    return intensities[at * points] == 0 && AreZeros(bytes.subspan(at * size, size));
+  };
+  const std::size_t count = bytes.size() / size;
+  const std::size_t meaning = static_cast<std::size_t>(BytesOfMeaning(room.layout));
+  if (!MayHaveZeros(bytes, size, meaning)) return;
+  bool isBeforeZero = false;
+  for (std::size_t at = 0; at < count && at * points < intensities.size(); ++at) {
+    const bool isAtZero = isZero(at);
+    const bool isCutBehind =
+        isAtZero && !isBeforeZero && at > 0 && bytes[(at - 1) * size + meaning - 1] == std::byte{0};
+    const bool isCutBefore = !isAtZero && isBeforeZero && bytes[at * size] == std::byte{0};
+    const std::size_t first = (at - (isCutBehind ? 1 : 0)) * points;
+    const std::size_t last = std::min((at + (isAtZero || isCutBefore ? 1 : 0)) * points, intensities.size());
+    for (std::size_t place = first; place < last; ++place) {
+      if (places.empty() || places.back() < place) places.push_back(place);
+    }
+    isBeforeZero = isAtZero;
+  }
+}
+
+// The bytes of the highest bits of a mass that can occur, in its unit, and the lowest byte of the mass.
+struct MassBytes {
+  std::size_t low = 0;
+  std::size_t high = 0;
+  std::size_t end = 0;
+};
+
+MassBytes MassBytesOf(int layout, bool isSecond) {
+  switch (layout) {
+    case 0:
+      return {1, 3, 4};
+    case 1:
+      return isSecond ? MassBytes{7, 9, 10} : MassBytes{4, 6, 7};
+    case 8:
+      return {2, 4, 6};
+    case 9:
+      return {2, 5, 6};
+    default:
+      return {4, 7, 8};
+  }
+}
+
+// Whether the mass at a place is less than it can be there.
+bool IsTooLow(const StoredPoints& stored, std::size_t place) {
+  const std::span<const double> before = stored.masses.first(place);
+  const bool doAscend = stored.isInOrder && place > 0 && std::is_sorted(before.begin(), before.end());
+  return stored.masses[place] < (doAscend ? before.back() : stored.lowest);
+}
+
+// Zeros that begin inside the last point, or pair of points, take the highest bits of its mass, which is less
+// than that of the points before then. Sound masses may have such zeros, too, but they ascend.
+void FindBrokenEnd(const StoredPoints& stored, std::vector<std::size_t>& places) {
+  const std::size_t count = stored.intensities.size();
+  if (count == 0 || (!places.empty() && places.back() + 1 == count)) return;
+  const point_unit_format::PointUnit unit = point_unit_format::UnitOf(stored.room.layout);
+  const auto points = static_cast<std::size_t>(unit.points);
+  const std::size_t before = (count - 1) / points * points;  // of its unit
+  const Bytes bytes = stored.bytes.subspan(before / points * static_cast<std::size_t>(unit.bytes));
+  std::size_t sound = count;
+  for (; sound > before; --sound) {
+    const std::size_t place = sound - 1;
+    const MassBytes mass = MassBytesOf(stored.room.layout, place > before);
+    if (!AreZeros(bytes.subspan(mass.high, mass.end - mass.high))) break;
+    const bool isZero = AreZeros(bytes.subspan(mass.low, mass.end - mass.low));
+    if (!isZero && !IsTooLow(stored, place)) break;
+  }
+  for (; sound < count; ++sound) places.push_back(sound);
+}
+
 }  // namespace
 
 std::uint64_t BeginOfZeros(const File& file) {
@@ -165,32 +259,11 @@ std::optional<ZeroTail> FindZeroTail(const File& data, const FunctionRecord& fun
   return TailSearch(data, function, begin).Run();
 }
 
-void FindZeroedPoints(const ScanRoom& room, Bytes bytes, std::span<const double> intensities,
-                      std::vector<std::size_t>& places) {
+void FindZeroedPoints(const StoredPoints& stored, std::vector<std::size_t>& places) {
   places.clear();
-  if (!HasOwnMasses(room.layout) || !ChosenKernels().hasZero(intensities.data(), intensities.size())) return;
-  const point_unit_format::PointUnit unit = point_unit_format::UnitOf(room.layout);
-  const auto size = static_cast<std::size_t>(unit.bytes);
-  const auto points = static_cast<std::size_t>(unit.points);
-  const auto isZero = [&](std::size_t at) {
-    return intensities[at * points] == 0 && AreZeros(bytes.subspan(at * size, size));
-  };
-  const std::size_t count = bytes.size() / size;
-  const std::size_t meaning = static_cast<std::size_t>(BytesOfMeaning(room.layout));
-  if (!MayHaveZeros(bytes, size, meaning)) return;
-  bool isBeforeZero = false;
-  for (std::size_t at = 0; at < count && at * points < intensities.size(); ++at) {
-    const bool isAtZero = isZero(at);
-    const bool isCutBehind =
-        isAtZero && !isBeforeZero && at > 0 && bytes[(at - 1) * size + meaning - 1] == std::byte{0};
-    const bool isCutBefore = !isAtZero && isBeforeZero && bytes[at * size] == std::byte{0};
-    const std::size_t first = (at - (isCutBehind ? 1 : 0)) * points;
-    const std::size_t last = std::min((at + (isAtZero || isCutBefore ? 1 : 0)) * points, intensities.size());
-    for (std::size_t place = first; place < last; ++place) {
-      if (places.empty() || places.back() < place) places.push_back(place);
-    }
-    isBeforeZero = isAtZero;
-  }
+  if (!HasOwnMasses(stored.room.layout)) return;
+  FindZeros(stored, places);
+  FindBrokenEnd(stored, places);
 }
 
 }  // namespace zrml::masslynx

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "common/findings.h"
@@ -27,13 +28,22 @@ struct ZeroTail {
 /// Of a function whose index is loaded. Points of no intensity are sound zeros, so those alone prove nothing:
 /// there has to be a scan that is all zeros and has a total, or points with masses of their own; or one that
 /// breaks off into zeros where each point has a mass of its own, or that has then less than half of its
-/// total. No value for functions of ion mobility, whose points are elsewhere. `data` reads little where the
-/// file ends in a point.
+/// total, or less than that where the scans before add up to theirs. No value for functions of ion mobility,
+/// whose points are elsewhere. `data` reads little where the file ends in a point.
 std::optional<ZeroTail> FindZeroTail(const platform::File& data, const FunctionRecord& function);
 
-/// The places, ascending, of a scan's points that are all zeros where each has a mass of its own, and of
-/// those that the zeros cut into; none elsewhere. `intensities` are those of the points as they are stored.
-void FindZeroedPoints(const ScanRoom& room, Bytes bytes, std::span<const double> intensities,
-                      std::vector<std::size_t>& places);
+/// Points of a scan as they are stored.
+struct StoredPoints {
+  const ScanRoom& room;
+  Bytes bytes;
+  std::span<const double> masses;
+  std::span<const double> intensities;
+  double lowest = 0;       ///< no mass of the function is less
+  bool isInOrder = false;  ///< masses of a sound scan ascend, but for those of sub-scans
+};
+
+/// The places, ascending, of points that are all zeros where each has a mass of its own, of those that the
+/// zeros cut into, and of last points whose masses have lost their highest bits; none elsewhere.
+void FindZeroedPoints(const StoredPoints& stored, std::vector<std::size_t>& places);
 
 }  // namespace zrml::masslynx

@@ -232,6 +232,125 @@ TEST(PointsLookTest, ZerosInsideAScan) {
   }
 }
 
+// The bytes of a point that say its mass, and how many points have them together.
+struct LastBytes {
+  unsigned dataFormat;
+  std::size_t unit;
+  std::size_t meaning;
+  std::size_t points = 1;
+};
+
+constexpr LastBytes kLastBytes[] = {{0, 4, 4}, {1, 10, 10, 2}, {8, 6, 5}, {9, 6, 6}, {12, 8, 8}, {13, 12, 8}};
+
+const Layout& LayoutOf(unsigned dataFormat) {
+  return *std::find_if(std::begin(kLayouts), std::end(kLayouts),
+                       [&](const Layout& layout) { return layout.dataFormat == dataFormat; });
+}
+
+// What zeros leave of the last point has a mass, and perhaps an intensity, that nothing measured. Its
+// intensity is stored in bytes of which none is zero.
+TEST(PointsLookTest, ZerosFromInsideTheLastPoint) {
+  for (const LastBytes& last : kLastBytes) {
+    const RawDirectoryBuilder raw = Acquired(LayoutOf(last.dataFormat), {{40, 20}, {8, 12, 16, 1040001}});
+    const std::size_t size = raw.functions[0].scans[0].data.size() + raw.functions[0].scans[1].data.size();
+    const Points before = Read(raw.Build(), 1).points;
+    ASSERT_EQ(before.size(), 4U);
+    for (std::size_t left = 1; left < last.meaning; ++left) {
+      SCOPED_TRACE(testing::Message() << last.dataFormat << ' ' << left);
+      const TempDirectory directory = raw.Build();
+      Zero(directory, size - last.unit + left, kToTheEnd);
+      EXPECT_EQ(LinesOf(directory),
+                Lines{"points-lost: _FUNC001.DAT has 1 of 2 scans that have lost points; the first is 2"});
+      const Scanned broken = Read(directory, 1);
+      // Of a pair the first point is whole where its mass is.
+      const std::size_t lost = last.points == 2 && left < 7 ? 2 : 1;
+      EXPECT_EQ(broken.lost, lost);
+      EXPECT_EQ(broken.points, Points(before.begin(), before.end() - static_cast<std::ptrdiff_t>(lost)));
+    }
+  }
+}
+
+// The same where zeros go on in other scans.
+TEST(PointsLookTest, ZerosFromInsideTheLastPointOfAScanAmongOthers) {
+  for (const LastBytes& last : kLastBytes) {
+    SCOPED_TRACE(last.dataFormat);
+    const RawDirectoryBuilder raw =
+        Acquired(LayoutOf(last.dataFormat), {{40, 1020}, {8, 12, 16, 1020}, {4, 32}});
+    const std::vector<ScanFiles>& scans = raw.functions[0].scans;
+    const Points before = Read(raw.Build(), 0).points;
+    const TempDirectory directory = raw.Build();
+    Zero(directory, scans[0].data.size() - last.unit + last.meaning - 1, scans[1].data.size());
+    const Scanned broken = Read(directory, 0);
+    EXPECT_EQ(broken.lost, 1U);
+    EXPECT_EQ(broken.points, Points(before.begin(), before.end() - 1));
+  }
+}
+
+// Of a scan of one point it is far below the range of the method.
+TEST(PointsLookTest, ZerosFromInsideTheOnlyPoint) {
+  for (const LastBytes& last : kLastBytes) {
+    const RawDirectoryBuilder raw = Acquired(LayoutOf(last.dataFormat), {{1020}});
+    const TempDirectory directory = raw.Build();
+    Zero(directory, last.points == 2 ? 6 : last.meaning - 1, kToTheEnd);
+    EXPECT_EQ(Read(directory, 0).lost, 1U) << last.dataFormat;
+  }
+}
+
+// Masses below 64 have such bytes in formats 0 and 1, below 32 in format 8: 16, 18 and so on.
+TEST(PointsLookTest, LowMassesAreSound) {
+  for (const LastBytes& last : kLastBytes) {
+    RawDirectoryBuilder raw = Acquired(LayoutOf(last.dataFormat));
+    FunctionFiles& function = raw.functions[0];
+    function.record.startMasses = {10};
+    function.record.endMasses = {60};
+    const TempDirectory directory = raw.Build();
+    EXPECT_EQ(LinesOf(directory).size(), 1U) << "masses of 100 to 400";
+    const auto scan = [&](float minutes, const std::vector<WantedPoint>& points) {
+      switch (last.dataFormat) {
+        case 0:
+          return ScanFrom<StoredPoint0>(minutes, points);
+        case 1:
+          return ScanFrom<StoredPoint1>(minutes, points);
+        case 8:
+          return ScanFrom<StoredPoint8>(minutes, points);
+        default:
+          return ScanFrom<StoredPoint9>(minutes, points);
+      }
+    };
+    if (last.dataFormat > 9) continue;  // whose masses have no such bytes
+    function.scans = {scan(1, {{16, 8}, {18, 4}}), scan(2, {{16, 8}, {18, 0}, {28, 12}}), scan(3, {{28, 8}}),
+                      scan(4, {{16, 8}, {17, 0}, {18, 0}})};
+    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << last.dataFormat;
+    function.record.type = 1;  // SIR, in the order of the method
+    function.scans = {scan(1, {{44, 8}, {28, 4}}), scan(2, {{44, 8}, {28, 4}})};
+    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << last.dataFormat;
+  }
+}
+
+// Masses from a list or an axis are there whatever zeros the file has. Where the scans before add up to their
+// totals, one that misses a hundredth has lost something: 4 of 400.
+TEST(PointsLookTest, ZerosAtTheEndThatTheTotalShows) {
+  for (const Layout& layout : kLayouts) {
+    if (layout.hasOwnMasses || layout.dataFormat == 6) continue;  // whose last scan has another layout
+    const RawDirectoryBuilder raw =
+        Acquired(layout, {{40, 0, 30, 20}, {4, 16, 32, 8}, {200, 196, 0, 0, 4, 0, 0, 0}});
+    const std::vector<ScanFiles>& scans = raw.functions[0].scans;
+    const std::size_t whole = scans[0].data.size() + scans[1].data.size() + scans[2].data.size();
+    const TempDirectory directory = raw.Build();
+    const std::size_t half = scans[2].data.size() / 2;
+    Zero(directory, whole - half, kToTheEnd);
+    EXPECT_EQ(LinesOf(directory),
+              Lines{"data-zeroed: _FUNC001.DAT ends in zeros that are no points of 1 of 3 "
+                    "scans; the first is scan 3"})
+        << layout.dataFormat;
+    RawDirectoryBuilder others = raw;
+    others.functions[0].scans[1].index.totalIntensity *= 1.1F;  // so totals are no sums
+    const TempDirectory doubtful = others.Build();
+    Zero(doubtful, whole - half, kToTheEnd);
+    EXPECT_EQ(LinesOf(doubtful), Lines()) << layout.dataFormat;
+  }
+}
+
 // With ion mobility the points are elsewhere.
 TEST(PointsLookTest, NothingIsSaidOfPointsBesideDriftBins) {
   const TempDirectory directory = Acquired(kLayouts[9]).Build();
