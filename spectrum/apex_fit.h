@@ -14,7 +14,8 @@ struct Apex {
 /// A cubic (a parabola for fewer than five samples) through ln(intensity), each sample weighted by the square
 /// of its intensity. Exact for a Gaussian; the cubic term takes up a tail on one side. Masses ascend and
 /// intensities are positive. Nothing when there are fewer than three samples, or when the curve has no
-/// maximum between the first and the last.
-std::optional<Apex> FitApex(std::span<const double> mz, std::span<const double> intensities);
+/// maximum between the first and the last, or one of more than twice the `highest`
+/// intensity.
+std::optional<Apex> FitApex(std::span<const double> mz, std::span<const double> intensities, double highest);
 
 }  // namespace zrml

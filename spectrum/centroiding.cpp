@@ -14,9 +14,8 @@ constexpr double kDeviationsOfClearValley = 4;
 constexpr double kDeviationsOfValley = 1.5;
 constexpr SampleIndex kSamplesPerWidth = 6;  // at least, of those at half height, that are left after binning
 constexpr SampleIndex kFewestToBin = 2 * kSamplesPerWidth;
-constexpr double kTopFloor = 0.05;   // of the rise from the valley to the apex
-constexpr double kHighestCurve = 2;  // times the highest sample
-constexpr double kHalfWidths = 3;    // 3.5 standard deviations of a Gaussian
+constexpr double kTopFloor = 0.05;  // of the rise from the valley to the apex
+constexpr double kHalfWidths = 3;   // 3.5 standard deviations of a Gaussian
 
 double Square(double x) { return x * x; }
 
@@ -147,8 +146,8 @@ Apex MeanOf(const ProfileRun& run, SampleIndex apex, SampleIndex first, SampleIn
 
 Apex FindApex(const ProfileRun& run, SampleIndex apex, SampleIndex first, SampleIndex last) {
   const auto count = static_cast<std::size_t>(last - first + 1);
-  const auto curve = FitApex({run.mz + first, count}, {run.intensities + first, count});
-  return curve && curve->height <= kHighestCurve * run[apex] ? *curve : MeanOf(run, apex, first, last);
+  const auto curve = FitApex({run.mz + first, count}, {run.intensities + first, count}, run[apex]);
+  return curve ? *curve : MeanOf(run, apex, first, last);
 }
 
 // The peak of a region: its place and its height, or the sum of its samples. Nothing when the square of its
@@ -209,7 +208,15 @@ class CentroidFinder {
       : options_(options), ion_(ion), mz_(mz), intensities_(intensities) {}
 
   void AddRun(const ProfileRun& run) {
-    if (run.Count() < kFewestToBin || ion_ <= 0) return AddRegion(run, WholeOf(run), 1);
+    CutAtValleys(run, WholeOf(run), kDeviationsOfValley, ion_, regions_);
+    // Where no valley stands out, none is clear.
+    const bool isUnbinned = ion_ <= 0 || run.Count() < kFewestToBin ||
+                            (regions_.size() == 1 && BinSize(run, regions_.front()) == 1);
+    isUnbinned ? AddPeaks(run, 1) : AddClearRegions(run);
+  }
+
+ private:
+  void AddClearRegions(const ProfileRun& run) {
     CutAtValleys(run, WholeOf(run), kDeviationsOfClearValley, ion_, clear_);
     for (const Region& region : clear_) {
       const SampleIndex size = BinSize(run, region);
@@ -221,32 +228,37 @@ class CentroidFinder {
     }
   }
 
- private:
   // Means of `size` samples, from the first of the region on; zeros make up the last.
   void AddBinned(const ProfileRun& run, const Region& region, SampleIndex size) {
-    bins_.Clear();
-    for (SampleIndex i = region.first; i <= region.last; i += size) {
-      const SampleIndex end = std::min(i + size, region.last + 1);
-      double mz = 0;
-      double intensity = 0;
-      for (SampleIndex k = i; k < end; ++k) {
-        mz += run.mz[k] / static_cast<double>(end - i);
-        intensity += run[k] / static_cast<double>(size);
+    const SampleIndex count = (region.last - region.first) / size + 1;
+    bins_.Reserve(static_cast<std::size_t>(count));
+    binMz_.assign(static_cast<std::size_t>(count), 0);
+    double* const intensities = bins_.Begin();
+    for (SampleIndex bin = 0; bin < count; ++bin) {
+      const SampleIndex begin = region.first + bin * size;
+      const SampleIndex end = std::min(begin + size, region.last + 1);
+      intensities[bin] = 0;
+      for (SampleIndex k = begin; k < end; ++k) {
+        binMz_[static_cast<std::size_t>(bin)] += run.mz[k] / static_cast<double>(end - begin);
+        intensities[bin] += run[k] / static_cast<double>(size);
       }
-      bins_.Add(mz, intensity);
     }
-    bins_.EndRun();
-    const ProfileRun bins = bins_[0];
-    AddRegion(bins, {bins.first, bins.first, bins.last, region.isFirstShared, region.isLastShared},
-              static_cast<double>(size));
+    bins_.End(static_cast<std::size_t>(count));
+    AddRegion({binMz_.data(), intensities, 0, count - 1},
+              {0, 0, count - 1, region.isFirstShared, region.isLastShared}, static_cast<double>(size));
   }
 
   // `size` is how many samples each one is the mean of.
   void AddRegion(const ProfileRun& run, const Region& region, double size) {
     CutAtValleys(run, region, kDeviationsOfValley, ion_ / size, regions_);
+    AddPeaks(run, size);
+  }
+
+  // Those of the regions that the run was cut into.
+  void AddPeaks(const ProfileRun& run, double size) {
     const double limit = Square(options_.minSignalToNoise) * ion_ / size;
-    for (const Region& part : regions_) {
-      const std::optional<Apex> peak = MeasurePeak(run, part, options_.isArea, limit);
+    for (const Region& region : regions_) {
+      const std::optional<Apex> peak = MeasurePeak(run, region, options_.isArea, limit);
       if (!peak) continue;
       mz_.push_back(peak->mass);
       intensities_.push_back(options_.isArea ? peak->height * size : peak->height);
@@ -259,13 +271,14 @@ class CentroidFinder {
   std::vector<double>& intensities_;
   std::vector<Region> clear_;
   std::vector<Region> regions_;
-  ProfileRuns bins_;
+  std::vector<double> binMz_;
+  PaddedSamples bins_;
 };
 
 }  // namespace
 
 double EstimateIonIntensity(std::span<const double> mz, std::span<const double> intensities) {
-  return ProfileRuns(mz, intensities).IonIntensity();
+  return IonIntensityOf(mz, intensities);
 }
 
 void FindCentroids(std::span<const double> mz, std::span<const double> intensities,
@@ -273,10 +286,11 @@ void FindCentroids(std::span<const double> mz, std::span<const double> intensiti
                    std::vector<double>& centroidIntensities) {
   centroidMz.clear();
   centroidIntensities.clear();
-  const ProfileRuns runs(mz, intensities);
-  const double ion = options.ionIntensity ? *options.ionIntensity : runs.IonIntensity();
+  const double ion = options.ionIntensity ? *options.ionIntensity : IonIntensityOf(mz, intensities);
+  const double least = Square(options.minSignalToNoise) * ion;  // a peak adds up to that or more
   CentroidFinder finder(options, ion, centroidMz, centroidIntensities);
-  for (std::size_t i = 0; i < runs.Count(); ++i) finder.AddRun(runs[i]);
+  ProfileRuns runs(mz, intensities);
+  while (const std::optional<ProfileRun> run = runs.Next(least)) finder.AddRun(*run);
 }
 
 }  // namespace zrml

@@ -1,48 +1,34 @@
 #include "spectrum/profile_runs.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <utility>
 
 namespace zrml {
 namespace {
 
 constexpr double kLowest = 1e-100;  // far from where squares underflow or overflow
 constexpr double kHighest = 1e100;
-constexpr std::size_t kZeros = 2;  // around runs: as far as what looks at a sample's surroundings goes
 constexpr SampleIndex kStepsAround = 4;
 constexpr double kLongestStep = 1.5;  // of the shortest around
 
-class Samples {
+// The shortest and the longest of some steps. Their bits are compared: those above 0 have the order of
+// integers, and anything else is longer, also what is not a number.
+class StepRange {
  public:
-  Samples(std::span<const double> mz, std::span<const double> intensities)
-      : mz_(mz.data()), intensities_(intensities.data()), count_(static_cast<SampleIndex>(mz.size())) {}
-
-  SampleIndex Count() const { return count_; }
-  double Mass(SampleIndex i) const { return mz_[i]; }
-  double Intensity(SampleIndex i) const {
-    return intensities_[i] >= kLowest && intensities_[i] <= kHighest ? intensities_[i] : 0;
+  void Add(double step) {
+    const auto bits = std::bit_cast<std::uint64_t>(step);
+    shortest_ = std::min(shortest_, bits);
+    longest_ = std::max(longest_, bits);
   }
-  bool CanBegin(SampleIndex i) const { return Intensity(i) > 0 && mz_[i] >= 0 && mz_[i] <= kHighest; }
 
-  // Whether the next sample is of the same run.
-  bool IsFollowed(SampleIndex i) const {
-    return i + 1 < count_ && (Intensity(i) > 0 || Intensity(i + 1) > 0) && Step(i) > 0 &&
-           mz_[i + 1] <= kHighest && Step(i) <= kLongestStep * ShortestStepAround(i);
-  }
+  double Shortest() const { return std::bit_cast<double>(shortest_); }
+  bool IsUpTo(double most) const { return longest_ <= std::bit_cast<std::uint64_t>(most); }
 
  private:
-  double Step(SampleIndex i) const { return mz_[i + 1] - mz_[i]; }
-
-  double ShortestStepAround(SampleIndex i) const {
-    const SampleIndex last = std::min(i + kStepsAround, count_ - 2);
-    double shortest = Step(i);
-    for (SampleIndex k = std::max<SampleIndex>(i - kStepsAround, 0); k <= last; ++k)
-      shortest = Step(k) > 0 && Step(k) < shortest ? Step(k) : shortest;
-    return shortest;
-  }
-
-  const double* mz_;
-  const double* intensities_;
-  SampleIndex count_;
+  std::uint64_t shortest_ = std::bit_cast<std::uint64_t>(kHighest);
+  std::uint64_t longest_ = 0;
 };
 
 // Whether a sample is higher than those beside it and they are no higher than theirs, or lower and no lower.
@@ -57,63 +43,164 @@ bool IsZigzag(const double* sample) {
 // each the product of its intensity and an ion's.
 double IonOfDifference(double one, double other) { return (one - other) * (one - other) / (one + other); }
 
-}  // namespace
-
-ProfileRuns::ProfileRuns(std::span<const double> mz, std::span<const double> intensities) {
-  mz_.reserve(mz.size() + 2 * kZeros);
-  intensities_.reserve(mz.size() + 2 * kZeros);
-  Clear();
-  const Samples samples(mz, intensities);
-  for (SampleIndex i = 0; i < samples.Count(); ++i) {
-    if (!samples.CanBegin(i)) continue;
-    Add(samples.Mass(i), samples.Intensity(i));
-    while (samples.IsFollowed(i)) {
-      ++i;
-      Add(samples.Mass(i), samples.Intensity(i));
-    }
-    EndRun();
-  }
-}
-
-void ProfileRuns::Clear() {
-  mz_.clear();
-  intensities_.clear();
-  lasts_.clear();
-  AddZeros();
-}
-
-void ProfileRuns::AddZeros() {
-  mz_.insert(mz_.end(), kZeros, 0.0);
-  intensities_.insert(intensities_.end(), kZeros, 0.0);
-}
-
-void ProfileRuns::Add(double mz, double intensity) {
-  mz_.push_back(mz);
-  intensities_.push_back(intensity);
-}
-
-void ProfileRuns::EndRun() {
-  lasts_.push_back(static_cast<SampleIndex>(mz_.size()) - 1);
-  AddZeros();
-}
-
-ProfileRun ProfileRuns::operator[](std::size_t run) const {
-  const SampleIndex before = run == 0 ? -1 : lasts_[run - 1];
-  return {mz_.data(), intensities_.data(), before + 1 + static_cast<SampleIndex>(kZeros), lasts_[run]};
-}
-
-double ProfileRuns::IonIntensity() const {
-  std::vector<double> ions;
-  for (std::size_t i = kZeros; i + kZeros < intensities_.size(); ++i) {
-    const double* const sample = &intensities_[i];
+void AddIonsOf(const ProfileRun& run, std::vector<double>& ions) {
+  for (SampleIndex i = run.first; i <= run.last; ++i) {
+    const double* const sample = run.intensities + i;
     if (!IsZigzag(sample)) continue;
     ions.push_back(IonOfDifference(sample[0], sample[-1]));
     ions.push_back(IonOfDifference(sample[0], sample[1]));
   }
-  if (ions.empty()) return 0;
-  const auto middle = ions.begin() + static_cast<SampleIndex>(ions.size() / 2);
-  std::nth_element(ions.begin(), middle, ions.end());
+}
+
+// Of the runs up to the first that ends at `end` or behind it.
+void AddIonsOf(ProfileRuns& runs, SampleIndex end, std::vector<double>& ions) {
+  while (runs.Passed() < end) {
+    const std::optional<ProfileRun> run = runs.Next(0);
+    if (!run) return;
+    AddIonsOf(*run, ions);
+  }
+}
+
+// Of an even number the upper one of the two in the middle.
+double MedianOf(std::vector<double>& values) {
+  if (values.empty()) return 0;
+  const auto middle = values.begin() + static_cast<SampleIndex>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
   return *middle;
+}
+
+}  // namespace
+
+void PaddedSamples::Reserve(std::size_t most) {
+  if (samples_ && most <= room_) return;
+  room_ = most;
+  samples_ = std::make_unique_for_overwrite<double[]>(room_ + 2 * kZeros);
+  std::fill_n(samples_.get(), kZeros, 0.0);
+}
+
+void PaddedSamples::End(std::size_t count) { std::fill_n(Begin() + count, kZeros, 0.0); }
+
+ProfileRuns::ProfileRuns(std::span<const double> mz, std::span<const double> intensities)
+    : mz_(mz.data()),
+      intensities_(intensities.data()),
+      count_(static_cast<SampleIndex>(mz.size())),
+      copied_(mz.size()) {}
+
+std::optional<ProfileRun> ProfileRuns::Next(double least) {
+  for (;;) {
+    while (next_ < endOfStretch_ && !(Intensity(next_) > 0 && HasPlace(next_))) ++next_;
+    if (next_ < endOfStretch_) {
+      const SampleIndex first = std::exchange(next_, EndOfRun(next_));
+      return Copy(first, next_ - 1);
+    }
+    if (!FindStretch(least)) return std::nullopt;
+  }
+}
+
+void ProfileRuns::SkipTo(SampleIndex sample) {
+  if (sample <= next_) return;
+  next_ = sample;
+  while (next_ < count_ && (Intensity(next_) > 0 || Intensity(next_ - 1) > 0)) ++next_;
+  endOfStretch_ = next_;
+}
+
+double ProfileRuns::Intensity(SampleIndex i) const {
+  const double value = intensities_[i];
+  return value >= kLowest && value <= kHighest ? value : 0;
+}
+
+double ProfileRuns::ShortestStepAround(SampleIndex i) const {
+  const SampleIndex last = std::min(i + kStepsAround, count_ - 2);
+  double shortest = Step(i);
+  for (SampleIndex k = std::max<SampleIndex>(i - kStepsAround, 0); k <= last; ++k)
+    shortest = Step(k) > 0 && Step(k) < shortest ? Step(k) : shortest;
+  return shortest;
+}
+
+bool ProfileRuns::HasPlace(SampleIndex i) const { return mz_[i] >= 0 && mz_[i] <= kHighest; }
+
+// Whether the next sample of the stretch is of the same run.
+bool ProfileRuns::IsFollowed(SampleIndex i) const {
+  return Step(i) > 0 && mz_[i + 1] <= kHighest && Step(i) <= kLongestStep * ShortestStepAround(i);
+}
+
+// Whether it is plain that each of these samples but the last is followed.
+bool ProfileRuns::HasEvenSteps(SampleIndex first, SampleIndex last) const {
+  StepRange inside;
+  for (SampleIndex i = first; i < last; ++i) inside.Add(Step(i));
+  StepRange around = inside;
+  for (SampleIndex i = std::max<SampleIndex>(first - kStepsAround, 0); i < first; ++i) around.Add(Step(i));
+  for (SampleIndex i = last; i < std::min(last + kStepsAround, count_ - 1); ++i) around.Add(Step(i));
+  return around.Shortest() > 0 && inside.IsUpTo(kLongestStep * around.Shortest()) && mz_[last] <= kHighest;
+}
+
+// Goes to the next samples between two pairs of zeros that add up to `least`. They end with a zero, or where
+// the profile ends.
+bool ProfileRuns::FindStretch(double least) {
+  SampleIndex i = endOfStretch_;
+  while (i < count_) {
+    double value = Intensity(i);
+    if (!(value > 0)) {
+      ++i;
+      continue;
+    }
+    next_ = i;
+    double sum = 0;
+    double before = value;
+    do {
+      sum += value;
+      before = value;
+      value = ++i < count_ ? Intensity(i) : 0;
+    } while (i < count_ && (value > 0 || before > 0));
+    endOfStretch_ = i;
+    if (sum >= least) return true;
+  }
+  next_ = endOfStretch_ = count_;
+  return false;
+}
+
+// Behind the last sample of the run that begins there.
+SampleIndex ProfileRuns::EndOfRun(SampleIndex first) const {
+  constexpr SampleIndex kBlock = 64;
+  SampleIndex i = first;
+  for (;;) {
+    const SampleIndex end = std::min(i + kBlock, endOfStretch_ - 1);
+    if (HasEvenSteps(i, end)) {
+      i = end;
+    } else {
+      while (i < end && IsFollowed(i)) ++i;
+      if (i < end) break;
+    }
+    if (i == endOfStretch_ - 1) break;
+  }
+  return i + 1;
+}
+
+ProfileRun ProfileRuns::Copy(SampleIndex first, SampleIndex last) {
+  const SampleIndex count = last - first + 1;
+  double* const samples = copied_.Begin();
+  for (SampleIndex i = 0; i < count; ++i) samples[i] = Intensity(first + i);
+  copied_.End(static_cast<std::size_t>(count));
+  return {mz_ + first, samples, 0, count - 1};
+}
+
+double IonIntensityOf(std::span<const double> mz, std::span<const double> intensities) {
+  constexpr SampleIndex kBlocks = 16;
+  constexpr SampleIndex kBlock = 256;
+  constexpr std::size_t kEnough = 512;
+  const auto count = static_cast<SampleIndex>(mz.size());
+  std::vector<double> ions;
+  ProfileRuns part(mz, intensities);
+  for (SampleIndex block = 0; block < kBlocks && count > 2 * kBlocks * kBlock; ++block) {
+    const SampleIndex begin = count / kBlocks * block;
+    part.SkipTo(begin);
+    AddIonsOf(part, begin + kBlock, ions);
+  }
+  if (ions.size() >= kEnough) return MedianOf(ions);
+  ions.clear();
+  ProfileRuns whole(mz, intensities);
+  AddIonsOf(whole, count, ions);
+  return MedianOf(ions);
 }
 
 }  // namespace zrml

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -10,8 +12,8 @@ namespace zrml {
 
 using SampleIndex = std::ptrdiff_t;
 
-/// Samples with ascending masses. The first and the last have an intensity; the two before and behind are 0,
-/// and their masses nothing.
+/// Samples with ascending masses. The first and the last have an intensity, or the last is a zero behind one;
+/// the two intensities before and behind them are 0.
 struct ProfileRun {
   const double* mz;
   const double* intensities;
@@ -26,35 +28,62 @@ struct ProfileRun {
   }
 };
 
-/// Owns samples, one run after the other.
-class ProfileRuns {
+/// Intensities between zeros, two before them and two behind.
+class PaddedSamples {
  public:
-  /// Without any.
-  ProfileRuns() { Clear(); }
-  /// A step ends a run when it is more than half as long again as the shortest of the four before and after
-  /// it: acquisitions leave out zeros. So does a mass that is not above the one before or not from 0 to
-  /// 1e100. An intensity that is not from 0 to 1e100 counts as 0. The arrays are as long as each other.
-  ProfileRuns(std::span<const double> mz, std::span<const double> intensities);
+  explicit PaddedSamples(std::size_t most = 0) { Reserve(most); }
 
-  void Clear();
-  /// Adds a sample to the run that is being made.
-  void Add(double mz, double intensity);
-  void EndRun();
-
-  std::size_t Count() const { return lasts_.size(); }
-  /// Holds until there is another change.
-  ProfileRun operator[](std::size_t run) const;
-
-  /// What one ion adds to the intensities: the median of what the samples say that go up and down by turns,
-  /// as no peak of three samples or more does; 0 when there are none.
-  double IonIntensity() const;
+  void Reserve(std::size_t most);
+  double* Begin() { return samples_.get() + kZeros; }
+  /// Puts the zeros behind that many.
+  void End(std::size_t count);
 
  private:
-  void AddZeros();
+  static constexpr std::size_t kZeros = 2;  // as far as what looks at a sample's surroundings goes
 
-  std::vector<double> mz_;
-  std::vector<double> intensities_;
-  std::vector<SampleIndex> lasts_;  // of each run
+  std::size_t room_ = 0;
+  std::unique_ptr<double[]> samples_;
 };
+
+/// Goes through the runs of a profile. A step ends a run when it is more than half as long again as the
+/// shortest of the four before and after it: acquisitions leave out zeros. So does a mass that is not above
+/// the one before or not from 0 to 1e100. An intensity that is not from 1e-100 to 1e100 counts as 0.
+class ProfileRuns {
+ public:
+  /// The arrays are as long as each other, and stay where they are.
+  ProfileRuns(std::span<const double> mz, std::span<const double> intensities);
+
+  /// The next run; nothing behind the last. Holds until the next call. Where the samples between two pairs of
+  /// zeros do not add up to `least`, their runs are passed over.
+  std::optional<ProfileRun> Next(double least);
+
+  /// Goes on with the first run that begins at this sample or behind it, not before those that were passed.
+  void SkipTo(SampleIndex sample);
+  /// How many samples have been gone through.
+  SampleIndex Passed() const { return next_; }
+
+ private:
+  double Intensity(SampleIndex i) const;
+  double Step(SampleIndex i) const { return mz_[i + 1] - mz_[i]; }
+  double ShortestStepAround(SampleIndex i) const;
+  bool HasPlace(SampleIndex i) const;
+  bool IsFollowed(SampleIndex i) const;
+  bool HasEvenSteps(SampleIndex first, SampleIndex last) const;
+  bool FindStretch(double least);
+  SampleIndex EndOfRun(SampleIndex first) const;
+  ProfileRun Copy(SampleIndex first, SampleIndex last);
+
+  const double* mz_;
+  const double* intensities_;
+  SampleIndex count_;
+  SampleIndex next_ = 0;
+  SampleIndex endOfStretch_ = 0;  // of the samples between two pairs of zeros that are being gone through
+  PaddedSamples copied_;
+};
+
+/// What one ion adds to the intensities: the median of what the samples say that go up and down by turns, as
+/// no peak of three samples or more does; 0 when there are none. Of more than 8192 samples it looks at the
+/// runs in sixteen blocks of 256, evenly spaced, and at all if these say less than 512 times what it is.
+double IonIntensityOf(std::span<const double> mz, std::span<const double> intensities);
 
 }  // namespace zrml

@@ -41,7 +41,7 @@ Apex WeightedParabola(const Doubles& intensities) {
 
 TEST(ApexFit, FourSamplesHaveAParabola) {
   const Doubles intensities{2, 8, 6, 1};
-  const auto apex = FitApex(Doubles{0, 1, 2, 3}, intensities);
+  const auto apex = FitApex(Doubles{0, 1, 2, 3}, intensities, 8);
   ASSERT_TRUE(apex);
   EXPECT_NEAR(apex->mass, WeightedParabola(intensities).mass, 1e-10);
   EXPECT_NEAR(apex->height, WeightedParabola(intensities).height, 1e-9);
@@ -52,7 +52,7 @@ TEST(ApexFit, StepsMayDiffer) {
   Doubles intensities;
   const Doubles mz{500, 500.5, 501.125, 501.5, 502.25, 503};
   for (const double mass : mz) intensities.push_back(5 * std::exp2(-(mass - 501.25) * (mass - 501.25)));
-  const auto apex = FitApex(mz, intensities);
+  const auto apex = FitApex(mz, intensities, 5);
   ASSERT_TRUE(apex);
   EXPECT_NEAR(apex->mass, 501.25, 1e-9);
   EXPECT_NEAR(apex->height, 5, 1e-9);
@@ -60,16 +60,16 @@ TEST(ApexFit, StepsMayDiffer) {
 
 TEST(ApexFit, NoMaximumBetweenTheFirstAndTheLast) {
   const Doubles mz{0, 1, 2};
-  EXPECT_FALSE(FitApex(mz, Doubles{8, 2, 8}));
-  EXPECT_FALSE(FitApex(mz, Doubles{1, 4, 8}));  // exponents 0, 2, 3: at 2.5
-  EXPECT_FALSE(FitApex(mz, Doubles{8, 4, 1}));
-  EXPECT_FALSE(FitApex(mz, Doubles{3, 3, 3}));
+  EXPECT_FALSE(FitApex(mz, Doubles{8, 2, 8}, 8));
+  EXPECT_FALSE(FitApex(mz, Doubles{1, 4, 8}, 8));  // exponents 0, 2, 3: at 2.5
+  EXPECT_FALSE(FitApex(mz, Doubles{8, 4, 1}, 8));
+  EXPECT_FALSE(FitApex(mz, Doubles{3, 3, 3}, 3));
 }
 
 TEST(ApexFit, ThreeSamplesAtLeast) {
-  EXPECT_FALSE(FitApex({}, {}));
-  EXPECT_FALSE(FitApex(Doubles{1}, Doubles{1}));
-  EXPECT_FALSE(FitApex(Doubles{1, 2}, Doubles{3, 4}));
+  EXPECT_FALSE(FitApex({}, {}, 0));
+  EXPECT_FALSE(FitApex(Doubles{1}, Doubles{1}, 1));
+  EXPECT_FALSE(FitApex(Doubles{1, 2}, Doubles{3, 4}, 4));
 }
 
 }  // namespace

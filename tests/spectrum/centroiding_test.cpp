@@ -201,6 +201,19 @@ TEST(Centroiding, IonIntensityFromSamplesThatGoUpAndDown) {
   EXPECT_EQ(estimate({0, 4, 7, 5, 9, 3, 0}), 4.0 / 14 * 4);
 }
 
+// Ions that stand alone, each with two zeros behind it: those of 7 at the beginning of each 2048 samples,
+// where blocks of 256 are looked at, and those of 5 elsewhere. Each says twice what it is.
+TEST(Centroiding, IonIntensityOfALongProfileIsThatOfItsBlocks) {
+  const auto estimate = [](std::size_t count, std::size_t apart) {
+    Doubles intensities(count);
+    for (std::size_t i = 1; i + 1 < count; i += apart) intensities[i] = i % 2048 < 256 ? 7 : 5;
+    return EstimateIonIntensity(Axis(count), intensities);
+  };
+  EXPECT_EQ(estimate(32768, 3), 7);
+  EXPECT_EQ(estimate(8192, 3), 5);    // not long
+  EXPECT_EQ(estimate(32768, 32), 5);  // 8 in each block: 256 times, which is not enough
+}
+
 TEST(Centroiding, ASampleAloneIsNoiseUnlessThereIsNone) {
   EXPECT_EQ(OnAxis({0, 5, 0}).mz, Doubles{});
   EXPECT_EQ(OnAxis({0, 5, 0}, kNoNoise).mz, Doubles{100 + kStep});
