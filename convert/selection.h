@@ -59,7 +59,8 @@ class FunctionSet {
 /// "0.5-3", "2-" and "-7.25": minutes or m/z, both ends included. No value when `text` is none of these.
 std::optional<source::Range> ParseTimeRange(std::string_view text);
 
-/// A number without sign or exponent.
+/// A decimal number without sign or exponent, such as "5", "5." or ".5". No value when `text` is something
+/// else.
 std::optional<double> ParseDecimal(std::string_view text);
 
 /// What becomes of the points of mass spectra. Absorbance and the channels of ion monitoring stay.

@@ -270,6 +270,16 @@ TEST(SelectionTest, TimeRanges) {
   }
 }
 
+TEST(SelectionTest, Decimals) {
+  const std::vector<std::pair<const char*, double>> numbers = {
+      {"0", 0}, {"12.5", 12.5}, {".5", 0.5}, {"5.", 5}, {"007", 7}, {"100000000000000000000", 1e20}};
+  for (const auto& [text, number] : numbers) EXPECT_EQ(ParseDecimal(text), number) << text;
+  for (const std::string text :
+       {"", ".", "1e2", "1E2", "-1", "+1", "1,5", "1.2.3", "0x1", "inf", "nan", " 1", "1 "})
+    EXPECT_FALSE(ParseDecimal(text)) << text;
+  EXPECT_FALSE(ParseDecimal(std::string(400, '9'))) << "beyond the range of numbers";
+}
+
 std::string ArrayOf(Precision precision, const std::vector<double>& values) {
   std::string out;
   ArrayWriter({.isCompressed = false}).Append(out, {cv::kMzArray, &cv::kMzUnit, precision}, values);

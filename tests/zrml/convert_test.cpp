@@ -127,8 +127,13 @@ TEST_F(ConvertTest, SelectionIsByFunctionScanLevelTimeAndName) {
   EXPECT_EQ(rows({"--function", "1,6", "--exclude-lock-mass"}), 4U);
   ExpectFailure(RunToOutput({"--function", "1", "--scans", "9"}), 2,
                 path_ + ": none of its scans is asked for");
-  ExpectFailure(RunToOutput({"--function", "9"}), 2,
-                "there is no function 9: " + path_ + " has functions 1 to 4, 6, p1");
+  EXPECT_EQ(rows({"--function", "6-9"}), 1U) << "not all of a range need be there";
+  for (const char* const list : {"9", "1,9", "9-10,9"}) {
+    ExpectFailure(RunToOutput({"--function", list}), 2,
+                  "there is no function 9: " + path_ + " has functions 1 to 4, 6, p1");
+  }
+  ExpectFailure(RunToOutput({"--function", "1,p2"}), 2,
+                "there is no function p2: " + path_ + " has functions 1 to 4, 6, p1");
 }
 
 TEST_F(ConvertTest, FileIsCalledAfterTheSource) {

@@ -117,8 +117,10 @@ TEST_F(IonChromatogramTest, LevelsAndFunctionsChoose) {
   ExpectFailure(
       RunIons({"--mz", "100", "--ms-level", "3"}), 2,
       path_ + " has no MS function of such a level; --function chooses one of functions 1 to 4, 6, p1");
-  ExpectFailure(RunIons({"--mz", "100", "--function", "7"}), 2,
-                "there is no function 7: " + path_ + " has functions 1 to 4, 6, p1");
+  for (const char* const list : {"7", "1,7", "7,1", "1-3,7"}) {
+    ExpectFailure(RunIons({"--mz", "100", "--function", list}), 2,
+                  "there is no function 7: " + path_ + " has functions 1 to 4, 6, p1");
+  }
 }
 
 // Those of level 1: function 4 has points of no known layout, and what was read before it is there.

@@ -129,12 +129,12 @@ TEST_F(ScansTest, ReportsHaveRowsToo) {
                    "\t1\t1\t3\t2.5\t1\tnegative\t\t0\t7\t\n");
 }
 
-// Of an only source nothing but the titles is there, of several the others.
+// Of an only source nothing is there, of several the others.
 TEST_F(ScansTest, SourcesThatAreNotThere) {
   const std::string missing = Path("no.raw");
   const ProcessResult alone = Run({"scans", missing});
   EXPECT_EQ(alone.status, 3);
-  EXPECT_EQ(alone.output, kTitles + "\n");
+  EXPECT_EQ(alone.output, "");
   EXPECT_EQ(alone.errors, "zrml: there is no file or folder " + missing + "\n");
   const ProcessResult result = Run({"scans", missing, path_, "--function", "6", "--json"});
   EXPECT_EQ(result.status, 8);
@@ -153,9 +153,11 @@ TEST_F(ScansTest, PointsThatCannotBeReadEndTheSource) {
 }
 
 TEST_F(ScansTest, FunctionsThatAreNotThere) {
-  const ProcessResult result = RunScans({"--function", "9"});
-  EXPECT_EQ(result.status, 2);
-  EXPECT_TRUE(result.errors.starts_with("zrml: there is no function 9")) << result.errors;
+  for (const char* const list : {"9", "1,9", "2-,9"}) {
+    ExpectFailure(RunScans({"--function", list}), 2,
+                  "there is no function 9: " + path_ + " has functions 1 to 4, 6, p1");
+  }
+  EXPECT_EQ(RunScans({"--function", "6-9"}).status, 0);
 }
 
 // 0.1 in single precision, of which JSON has all digits.

@@ -270,10 +270,31 @@ wavelength	absorbance
   EXPECT_EQ(list[1]["absorbances"], json::parse("[6]"));
   ExpectWrongUsage({"--absorbance", "--rt", "1.5-", "--sum", "--minus", "1-1"},
                    "the background has other wavelengths");
-  ExpectWrongUsage({"--function", "3", "--scan", "1", "--top", "1"},
-                   "absorbance spectra have no m/z; --centroid and filters are for mass spectra");
   ExpectWrongUsage({"--absorbance", "--scan", "1", "--mz", "1-2"},
                    "--mz excludes --absorbance (see zrml spectrum --help)");
+}
+
+// The absorbance function, which may be named as one, and a report's function of absorbance.
+TEST_F(SpectrumSumTest, OptionsForMassSpectraAreNotForAbsorbance) {
+  const std::string report =
+      Make("report.rpt", SampleBlock(FunctionBlock(Keys({{"Type", "PDA"}}) +
+                                                   SpectrumBlock(Keys({{"Time", "1"}}), {{210, 100}}))));
+  const std::string refused =
+      "absorbance spectra have no m/z; --centroid, --ppm, --da and filters are for mass spectra";
+  const std::vector<std::vector<std::string>> places = {{path_, "--function", "3"}, {report}};
+  for (const std::vector<std::string>& place : places) {
+    const auto run = [&](std::vector<std::string> options) {
+      options.insert(options.begin(), place.begin(), place.end());
+      options.insert(options.begin(), "spectrum");
+      return Run(options);
+    };
+    EXPECT_EQ(run({"--rt", "0-9", "--sum"}).status, 0);
+    ExpectFailure(run({"--scan", "1", "--top", "1"}), 2, refused);
+    ExpectFailure(run({"--rt", "0-9", "--sum", "--ppm", "10"}), 2, refused);
+    ExpectFailure(run({"--rt", "0-9", "--sum", "--da", "0"}), 2, refused);
+    ExpectFailure(run({"--scan", "1", "--polarity", "positive"}), 2, refused);
+    ExpectFailure(run({"--scan", "1", "--centroid"}), 2, refused);
+  }
 }
 
 TEST_F(SpectrumSumTest, ScansThatAreNotThere) {

@@ -89,7 +89,7 @@ class ChromatogramCommand : public Command {
   }
 
   static source::Wavelengths ParseWavelengths(const std::string& text) {
-    const std::optional<double> one = ParseDecimal(text);
+    const std::optional<double> one = convert::ParseDecimal(text);
     if (one) return {{*one, *one}, false};
     return {ParseDecimalRange("--wavelength", text, "a wavelength such as 254, or a band such as 250-260"),
             true};

@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/text.h"
@@ -196,7 +197,6 @@ class ScansCommand : public Command {
     TakeForm();
     if (form_ == TableForm::kParquet) return WriteTable();
     const bool isJson = form_ == TableForm::kJson;
-    if (!isJson) PrintTitles(out);
     PrintEachSource(sources_, isJson, "are not shown in full", out,
                     [&](const std::string& path, JsonWriter& json) {
                       isJson ? PrintObject(path, json) : PrintLines(path, out);
@@ -262,13 +262,15 @@ class ScansCommand : public Command {
 
   void AddRows(const std::string& path, parquet::RowTable& table) {
     std::vector<std::string> cells;
-    ForEachScan(*OpenListed(path), [&](const Row& row) {
+    ForEachScan(*OpenChosen(path), [&](const Row& row) {
       if (IsInterrupted()) throw source::Cancelled();
       AddRow(AllColumns(), row, cells, table);
     });
   }
 
-  void PrintTitles(Output& out) const {
+  // Above the first source that can be shown.
+  void PrintTitles(Output& out) {
+    if (std::exchange(hasTitles_, true)) return;
     for (const ScanColumn& column : AllColumns()) {
       out.Text(column.name);
       out.Text(&column == &AllColumns().back() ? "\n" : "\t");
@@ -276,8 +278,10 @@ class ScansCommand : public Command {
   }
 
   void PrintLines(const std::string& path, Output& out) {
+    const std::unique_ptr<source::Source> source = OpenChosen(path);
+    PrintTitles(out);
     std::string line;
-    ForEachScan(*OpenListed(path), [&](const Row& row) {
+    ForEachScan(*source, [&](const Row& row) {
       line.clear();
       AppendLine(AllColumns(), row, line);
       out.Text(line);
@@ -285,7 +289,7 @@ class ScansCommand : public Command {
   }
 
   void PrintObject(const std::string& path, JsonWriter& json) {
-    const std::unique_ptr<source::Source> source = OpenListed(path);
+    const std::unique_ptr<source::Source> source = OpenChosen(path);
     std::string object;
     const auto add = [&](const Row& row) {
       object.clear();
@@ -302,13 +306,20 @@ class ScansCommand : public Command {
     return ScanColumns(kColumns).first(hasPoints_ ? kColumns.size() : kWithoutPoints);
   }
 
+  // A source that has the functions that are named.
+  std::unique_ptr<source::Source> OpenChosen(const std::string& path) const {
+    std::unique_ptr<source::Source> source = OpenListed(path);
+    Reading(*source, [&] {
+      std::vector<int> all(static_cast<std::size_t>(source->SampleCount()));
+      std::iota(all.begin(), all.end(), 0);
+      RequireFunctions(*source, all, selection_.functions, AbsorbanceFunction::kIsNotMeant);
+    });
+    return source;
+  }
+
   template <class Visit>
   void ForEachScan(source::Source& source, Visit visit) {
     const int samples = Reading(source, [&] { return source.SampleCount(); });
-    std::vector<int> all(static_cast<std::size_t>(samples));
-    std::iota(all.begin(), all.end(), 0);
-    Reading(source,
-            [&] { RequireFunctions(source, all, selection_.functions, AbsorbanceFunction::kIsNotMeant); });
     for (int sample = 0; sample < samples; ++sample) {
       const std::span<const source::Function> functions =
           Reading(source, [&] { return source.Functions(sample); });
@@ -352,6 +363,7 @@ class ScansCommand : public Command {
   std::optional<TableForm> form_;
   std::string file_;  // empty for standard output
   bool isForced_ = false;
+  bool hasTitles_ = false;
   bool hasPoints_ = false;
   convert::Selection selection_;
   std::vector<double> mz_;

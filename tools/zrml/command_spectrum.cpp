@@ -200,22 +200,22 @@ class SpectrumCommand : public FunctionCommand {
   }
 
   std::unique_ptr<Recording> Find(source::Source& source, int sample) const {
-    const convert::PointChoice& choice = selection_.points;
     if (isAbsorbance_ || (bin_ == 0 && IsAbsorbance(source, sample))) {
-      RefuseChoice(choice);
+      RefuseMassOptions();
       return std::make_unique<AbsorbanceRecording>(source, sample);
     }
     const FunctionPosition at = FunctionCommand::Find(source);
     const source::Function& function = FunctionAt(source, at);
-    if (function.kind == source::FunctionKind::kAbsorbance) RefuseChoice(choice);
+    if (function.kind == source::FunctionKind::kAbsorbance) RefuseMassOptions();
     if (!selection_.HasPolarity(function)) RefuseAll(source, "function " + source::TextOf(function.id));
-    return std::make_unique<FunctionRecording>(source, at, bin_, width_, choice);
+    return std::make_unique<FunctionRecording>(source, at, bin_, width_, selection_.points);
   }
 
-  static void RefuseChoice(const convert::PointChoice& choice) {
-    if (choice.IsAll()) return;
+  void RefuseMassOptions() const {
+    const bool hasPolarity = selection_.polarity != source::Polarity::kUnknown;
+    if (selection_.points.IsAll() && !hasPolarity && !ppm_ && !da_) return;
     throw Failure(ExitStatus::kWrongUsage,
-                  "absorbance spectra have no m/z; --centroid and filters are for mass spectra");
+                  "absorbance spectra have no m/z; --centroid, --ppm, --da and filters are for mass spectra");
   }
 
   [[noreturn]] static void RefuseAll(const source::Source& source, const std::string& owner) {

@@ -1,12 +1,14 @@
 #include "tools/zrml/ion_options.h"
 
 #include <algorithm>
-#include <charconv>
 
+#include "convert/selection.h"
 #include "tools/zrml/command.h"
 
 namespace zrml::tool {
 namespace {
+
+using convert::ParseDecimal;
 
 std::optional<double> ParseMass(std::string_view text) {
   const std::optional<double> mz = ParseDecimal(text);
@@ -35,13 +37,6 @@ CLI::Option* AddTolerance(CLI::App& options, const std::string& option, bool isP
 }
 
 }  // namespace
-
-std::optional<double> ParseDecimal(std::string_view text) {
-  double value = 0;
-  const auto [end, error] = std::from_chars(text.begin(), text.end(), value, std::chars_format::fixed);
-  const bool isPlain = text.find_first_not_of("0123456789.") == text.npos;
-  return isPlain && error == std::errc() && end == text.end() ? std::optional(value) : std::nullopt;
-}
 
 source::Range ParseDecimalRange(const std::string& option, std::string_view text,
                                 const std::string& example) {

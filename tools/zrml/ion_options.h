@@ -12,9 +12,6 @@
 
 namespace zrml::tool {
 
-/// A decimal number without sign or exponent; no value when `text` is something else.
-std::optional<double> ParseDecimal(std::string_view text);
-
 /// "100-200.5". Throws a CLI::ValidationError of `option`; `example` says what is expected of its argument.
 source::Range ParseDecimalRange(const std::string& option, std::string_view text, const std::string& example);
 

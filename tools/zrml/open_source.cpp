@@ -29,12 +29,6 @@ std::string ListOf(std::span<const source::Function> functions) {
   return list;
 }
 
-// Whether two names mean one function: for processed data the raw function's number is ignored.
-bool IsSameName(const FunctionId& a, const FunctionId& b) {
-  const bool isProcessed = a.process != 0;
-  return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
-}
-
 // The `count` existing items, by number.
 std::string ListText(const std::string& noun, int count, const std::string& list) {
   if (count < 1) return "no " + noun + 's';
@@ -82,6 +76,11 @@ int FindSample(source::Source& source, int sampleNumber) {
 std::string FunctionsText(source::Source& source, int sample) {
   const std::span<const source::Function> functions = source.Functions(sample);
   return ListText("function", static_cast<int>(functions.size()), ListOf(functions));
+}
+
+bool IsSameName(const FunctionId& a, const FunctionId& b) {
+  const bool isProcessed = a.process != 0;
+  return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
 }
 
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const FunctionId& id) {

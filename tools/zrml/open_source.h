@@ -41,6 +41,8 @@ struct FunctionPosition {
 int FindSample(source::Source& source, int sampleNumber);
 /// "functions 1 to 4, 6, p1", "no functions".
 std::string FunctionsText(source::Source& source, int sample);
+/// Whether two names mean one function: for processed data the raw function's number is ignored.
+bool IsSameName(const source::FunctionId& a, const source::FunctionId& b);
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
 /// The function called `id`, or without one the only function. Throws a Failure, wrong usage, unless there is
 /// one.

@@ -36,17 +36,17 @@ void RefuseWithoutLevel(source::Source& source, int sample, const std::string& o
 
 void RequireFunctions(source::Source& source, std::span<const int> samples,
                       const convert::FunctionSet& wanted, AbsorbanceFunction absorbance) {
-  const std::vector<source::FunctionId> named = wanted.Named();
-  if (named.empty() || samples.empty()) return;
-  const auto isWanted = [&](const source::Function& function) { return wanted.Has(function.id); };
-  const auto hasAny = [&](int sample) {
-    const std::span<const source::Function> functions = source.Functions(sample);
-    return std::any_of(functions.begin(), functions.end(), isWanted) ||
-           (absorbance == AbsorbanceFunction::kCounts && source.HasAbsorbance(sample) &&
-            isWanted(source.AbsorbanceFunction(sample)));
-  };
-  if (std::none_of(samples.begin(), samples.end(), hasAny))
-    FindFunction(source, samples.front() + 1, named.front());  // says which there are
+  if (samples.empty()) return;
+  for (const source::FunctionId& name : wanted.Named()) {
+    const auto isNamed = [&](const source::Function& function) { return IsSameName(function.id, name); };
+    const auto hasNamed = [&](int sample) {
+      return std::ranges::any_of(source.Functions(sample), isNamed) ||
+             (absorbance == AbsorbanceFunction::kCounts && source.HasAbsorbance(sample) &&
+              isNamed(source.AbsorbanceFunction(sample)));
+    };
+    if (std::ranges::none_of(samples, hasNamed))
+      FindFunction(source, samples.front() + 1, name);  // says which there are
+  }
 }
 
 }  // namespace zrml::tool

@@ -35,7 +35,7 @@ bool Chooses(const convert::Selection& selection, const source::Function& functi
 
 enum class AbsorbanceFunction { kCounts, kIsNotMeant };
 
-/// Throws a Failure, wrong usage, when functions are named and none of the samples has one of them.
+/// Throws a Failure, wrong usage, for a function that is named, not in a range, and in none of the samples.
 void RequireFunctions(source::Source& source, std::span<const int> samples,
                       const convert::FunctionSet& wanted, AbsorbanceFunction absorbance);
 
