@@ -121,6 +121,11 @@ test('dragging over times averages their scans, less a background', async () => 
   const state = stateOf(page);
   assert.deepEqual(state.average, average);
   await until(page, hasFact, `less ${countWithin(state.background)}`);
+  const { columns } = await copied(page, panel(page, 'Mean spectrum'));
+  const printed = JSON.parse(zrml('spectrum', run, '--function', '1', '--rt', average.join('-'), '--mean',
+    '--minus', state.background.join('-'), '--json'));
+  assert.deepEqual(columns, [printed.masses, printed.intensities]);
+  assert.ok(Math.min(...columns[1]) < 0);
   assert.deepEqual(faults, []);
 });
 

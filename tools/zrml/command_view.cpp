@@ -1,4 +1,5 @@
 // zrml view: the page of sources, live, in a browser on this machine.
+#include <cstdlib>
 #include <limits>
 
 #include "convert/error.h"
@@ -24,13 +25,15 @@ class ViewCommand : public Command {
   }
 
   void Run(Output& out) override {
+    const std::vector<std::string> sources = OpenableSources();
     const InterruptionWatch watch;
     try {
-      view::Server server(OpenableSources(), static_cast<unsigned short>(port_));
+      view::Server server(sources, static_cast<unsigned short>(port_));
       out.Text(server.Address() + "\n");
       out.Finish();
       if (!isNotOpened_) OpenInBrowser(server.Address());
       server.Run(IsInterrupted);
+      std::_Exit(0);  // nothing is written, and a worker may wait long for a slow disk
     } catch (const convert::Error& error) {
       throw FailureOf(error);
     }

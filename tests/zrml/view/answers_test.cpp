@@ -67,6 +67,18 @@ TEST_F(RawAnswers, APartOfAChromatogramReachesOnePointBeyondItsEnds) {
   EXPECT_EQ(part.facts["points"], 2);
 }
 
+TEST_F(RawAnswers, APartWithoutPointsHasTheEndsOfItsLine) {
+  EXPECT_EQ(Ask("chromatogram?function=0&kind=tic&sample=0&from=0.6&to=0.7").curve.x, (Doubles{0.5, 1}));
+  EXPECT_EQ(Ask("chromatogram?function=0&kind=tic&sample=0&from=2&to=3").curve.x, (Doubles{}));
+}
+
+TEST_F(RawAnswers, APartOfATraceIsCutToo) {
+  const Answer part = Ask("trace?from=0.75&sample=0&to=1&trace=0");
+  EXPECT_EQ(part.curve.x, (Doubles{0.5, 1}));
+  EXPECT_EQ(part.curve.y, (Doubles{5, 2}));
+  EXPECT_TRUE(part.curve.scans.empty());
+}
+
 TEST_F(RawAnswers, LongChromatogramsAreThinnedToTheirLimit) {
   const Answer total = Ask("chromatogram?function=0&kind=tic&sample=0&limit=2");
   EXPECT_EQ(total.curve.y, (Doubles{1'000'013, 0}));
@@ -99,6 +111,8 @@ TEST_F(RawAnswers, AverageCountsItsScans) {
   const Answer average = Ask("average?function=1&sample=0&from=0&to=2");
   EXPECT_EQ(average.curve.y, (Doubles{7.5}));
   EXPECT_EQ(average.facts["scans"], 2);
+  EXPECT_EQ(average.facts["leftOut"], 0);
+  EXPECT_EQ(average.facts["lost"], 0);
   EXPECT_EQ(average.facts["backgroundScans"], 0);
 }
 
@@ -133,7 +147,9 @@ TEST_F(RawAnswers, WhatIsNotThereIsAWrongQuestion) {
        {"files", "sample?sample=1", "sample", "chromatogram?function=0&kind=none&sample=0",
         "chromatogram?function=6&kind=tic&sample=0", "spectrum?function=0&sample=0&scan=3",
         "map?function=0&sample=0&columns=9999&rows=1", "map?function=0&sample=0&columns=9&rows=9&from=2&to=1",
-        "absorbance?sample=0&scan=2"}) {
+        "absorbance?sample=0&scan=2", "chromatogram?function=0&kind=tic&sample=0&from=2&to=1",
+        "chromatogram?function=0&kind=sum&low=2&high=1&sample=0", "wavelength?sample=0&low=2&high=1",
+        "average?function=0&sample=0&from=2&to=1", "map?function=0&sample=0&columns=9&rows=9&low=1&high=1"}) {
     EXPECT_THROW(Ask(question), WrongQuestion) << question;
   }
   EXPECT_THROW(Ask("trace?sample=0&trace=3"), source::Error);
@@ -159,6 +175,19 @@ TEST(ReportAnswers, FunctionsHaveTheirOwnTraces) {
   const Json sample = source.Ask("sample?sample=0").facts;
   EXPECT_EQ(sample["functions"][0]["traces"][0]["name"], "TIC");
   EXPECT_EQ(source.Ask("trace?sample=0&function=0&trace=0").curve.y, (Doubles{50, 0}));
+}
+
+TEST(ReportAnswers, OfTimesThatDoNotAscendAreFoundWhereverTheyAre) {
+  ReportLines spectra = Keys({{"Type", "MS"}});
+  for (const char* minutes : {"4", "3", "2", "1"}) {
+    spectra =
+        spectra + SpectrumBlock(Keys({{"Time", minutes}, {"Continuum", "FALSE"}, {"BPI", "8"}}), {{50, 100}});
+  }
+  const OpenedSource source(SampleBlock(FunctionBlock(spectra)));
+  const Answer part = source.Ask("chromatogram?function=0&from=1.5&kind=bpc&sample=0&to=2.5");
+  EXPECT_EQ(part.curve.x, (Doubles{3, 2, 1}));
+  EXPECT_EQ(part.curve.scans, (std::vector<std::int32_t>{1, 2, 3}));
+  EXPECT_EQ(source.Ask("average?from=2&function=0&sample=0&to=4").facts["scans"], 3);
 }
 
 TEST(Questions, ThatNeedManyPointsAreLong) {

@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import re
+import resource
 import signal
 import socket
 import struct
@@ -104,6 +105,45 @@ class Server(unittest.TestCase):
         for method in ("POST", "PUT", "DELETE", "OPTIONS", "HEAD", "TRACE"):
             self.assertEqual(self.status("/", method=method), 405, method)
 
+    def test_a_body_changes_nothing(self):
+        head = f"HTTP/1.1\r\nHost: 127.0.0.1:{self.port}\r\nContent-Length: 45\r\n\r\n"
+        hidden = f"GET /page.js HTTP/1.1\r\nHost: 127.0.0.1:{self.port}\r\n\r\n"
+        for method, status in (("POST", b"405"), ("GET", b"200")):
+            with socket.create_connection(("127.0.0.1", self.port), timeout=60) as other:
+                other.sendall(f"{method} / {head}{hidden}".encode())
+                answer = b""
+                while part := other.recv(65536):
+                    answer += part
+            self.assertEqual(answer.count(b"HTTP/1.1 "), 1)
+            self.assertTrue(answer.startswith(b"HTTP/1.1 " + status), answer)
+
+    def test_requests_one_after_another_are_answered_in_order(self):
+        names = ["page.css", "page.js"] * 10
+        wanted = [f"GET /{name} HTTP/1.1\r\nHost: 127.0.0.1:{self.port}\r\n" for name in names]
+        with socket.create_connection(("127.0.0.1", self.port), timeout=60) as other:
+            other.sendall(("\r\n".join(wanted) + "Connection: close\r\n\r\n").encode())
+            answer = b""
+            while part := other.recv(65536):
+                answer += part
+        types = re.findall(rb"\r\nContent-Type: text/(\w+)", answer)
+        self.assertEqual(types, [b"css", b"javascript"] * 10)
+
+    def test_a_mean_is_that_of_the_command_line(self):
+        for function, front, back in ((0, (2, 2.5), (4, 4.2)), (1, (3, 4), (5, 7)), (0, (1, 1.3), None)):
+            question = f"average?from={front[0]}&function={function}&sample=0&to={front[1]}"
+            command = [*EMULATOR, ZRML, "spectrum", self.run_folder, "--function", str(function + 1), "--rt", f"{front[0]}-{front[1]}", "--mean", "--json"]
+            if back:
+                question += f"&backFrom={back[0]}&backTo={back[1]}"
+                command += ["--minus", f"{back[0]}-{back[1]}"]
+            facts, arrays = self.facts(question)
+            printed = json.loads(subprocess.run(command, check=True, capture_output=True).stdout)
+            count = printed["points"]
+            self.assertGreater(count, 0)
+            values = struct.unpack_from(f"<{2 * count}d", arrays)
+            self.assertEqual(list(values[:count]), printed["masses"])
+            self.assertEqual(list(values[count:]), printed["intensities"])
+            self.assertEqual(back is not None, min(values[count:]) < 0)
+
     def test_no_path_comes_from_the_client(self):
         for target in ("/../../etc/passwd", "/data/0/../../etc/passwd", "/data/0/run?path=/etc/passwd", "/%2e%2e/", "/data/0/%72un"):
             self.assertEqual(self.status(target), 404, target)
@@ -197,6 +237,41 @@ class Ending(unittest.TestCase):
         for connection in connections:
             connection.close()
         process.stdout.close()
+
+    def test_ends_at_once_while_it_reads_a_report_that_takes_minutes(self):
+        report = pathlib.Path(self.work.name) / "long.rpt"
+        subprocess.run([MAKE_SAMPLE, report], check=True)
+        os.truncate(report, 1 << 40)  # zeros, which take no room on the disk
+        process, port, token = start(report)
+        with socket.create_connection(("127.0.0.1", port)) as connection:
+            connection.sendall(f"GET /data/0/run HTTP/1.1\r\nHost: 127.0.0.1:{port}\r\nX-Zrml-Token: {token}\r\n\r\n".encode())
+            time.sleep(0.2)
+            process.send_signal(signal.SIGINT)
+            self.assertEqual(process.wait(60), 0)
+        process.stdout.close()
+
+    def test_more_connections_than_it_may_have_files_leave_it_idle(self):
+        process, port, _ = start(self.run_folder)
+        open_files = len(os.listdir(f"/proc/{process.pid}/fd"))
+        resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (open_files + 10, open_files + 10))
+        connections = [socket.create_connection(("127.0.0.1", port)) for _ in range(20)]
+        time.sleep(0.5)
+        before = self.ticks(process)
+        time.sleep(1)
+        self.assertLess(self.ticks(process) - before, os.sysconf("SC_CLK_TCK") // 2)
+        for connection in connections:
+            connection.close()
+        client = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
+        client.request("GET", "/")
+        self.assertEqual(client.getresponse().status, 200)
+        client.close()
+        end(process)
+
+    @staticmethod
+    def ticks(process):
+        """The processor time that it has used."""
+        fields = pathlib.Path(f"/proc/{process.pid}/stat").read_text().rsplit(")", 1)[1].split()
+        return int(fields[11]) + int(fields[12])
 
     def test_a_port_that_is_taken_is_one_line(self):
         process, port, _ = start(self.run_folder)

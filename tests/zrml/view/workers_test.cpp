@@ -82,6 +82,31 @@ TEST_F(WorkersTest, ASourceThatIsBackIsOpenedAgain) {
   EXPECT_EQ(FactsOf(inbox_.Wait("back"))["name"], "run.raw");
 }
 
+TEST_F(WorkersTest, ASourceThatHasChangedIsOpenedAgain) {
+  Ask("before", "chromatogram?function=0&kind=tic&sample=0", {"tab", "a"});
+  inbox_.Wait("before");
+  RawDirectoryBuilder other;
+  other.functions = {test::SmallFunction(18, 8, {test::SmallScan(1, CentroidState::kCentroid, {{50, 3}})})};
+  other.WriteTo(source_.Folder().Path());
+  Ask("after", "peaks?function=0&sample=0", {"tab", "b"});
+  EXPECT_EQ(FactsOf(inbox_.Wait("after"))["peaks"].dump(), R"([{"scan":0,"minutes":1.0,"intensity":3.0}])");
+}
+
+TEST(OpenRuns, AreAFewOfMany) {
+  const OpenedSource source(test::SmallAcquisition());
+  const std::vector<std::string> paths(OpenRuns::kMost + 2, source.Folder().Path().string());
+  OpenRuns open(paths);
+  for (std::size_t run = 0; run < paths.size(); ++run) open.Open(run);
+  open.Open(2);  // which is the one that was asked for last now
+  open.Open(0);
+  const std::set<std::size_t> all = open.All();
+  EXPECT_EQ(all.size(), OpenRuns::kMost);
+  EXPECT_TRUE(all.contains(0));
+  EXPECT_FALSE(all.contains(1));
+  EXPECT_TRUE(all.contains(2));
+  EXPECT_FALSE(all.contains(3));
+}
+
 // What workers wait for; they may look at it for a moment longer than a test lasts.
 class Gate {
  public:
@@ -148,6 +173,88 @@ TEST_F(QueueTest, CancelledQuestionsAreForgotten) {
   const auto job = Ask("a", "run", {"tab", "a"});
   workers_.Cancel(job);
   EXPECT_EQ(workers_.SharesOf("tab").size(), 0U);
+}
+
+// Answers wait, and are noted in the order in which they begin.
+class Begun {
+ public:
+  Answer Begin(const Question& question) {
+    convert::Lock lock(mutex_);
+    texts_.push_back(question.Text());
+    changed_.NotifyAll();
+    changed_.Wait(lock, [this] { return isOpen_; });
+    return {};
+  }
+  std::set<std::string> Await(std::size_t count) {
+    convert::Lock lock(mutex_);
+    changed_.Wait(lock, [&] { return texts_.size() >= count; });
+    return {texts_.begin(), texts_.end()};
+  }
+  void Open() {
+    const convert::Lock lock(mutex_);
+    isOpen_ = true;
+    changed_.NotifyAll();
+  }
+
+ private:
+  convert::Mutex mutex_;
+  convert::Condition changed_;
+  std::vector<std::string> texts_;
+  bool isOpen_ = false;
+};
+
+class LongWorkTest : public testing::Test {
+ protected:
+  ~LongWorkTest() override { begun_.Open(); }
+
+  void Ask(const std::string& question, const std::string& tab) { Ask(question, {tab, question}); }
+  void Ask(const std::string& question, const Asker& asker) {
+    const auto job = std::make_shared<Job>();
+    job->question = *Question::Parse(question);
+    job->asker = asker;
+    job->reply = [](Reply) {};
+    workers_.Ask(job);
+  }
+
+  const OpenedSource source_{test::SmallAcquisition()};
+  Begun begun_;
+  Workers workers_{
+      {source_.Folder().Path().string()}, 4, [this](source::Source&, const Question& question, const Work&) {
+        return begun_.Begin(question);
+      }};
+};
+
+// The first that may begin does: what was asked before it and has not begun, was not allowed to.
+TEST_F(LongWorkTest, OfATabLeavesAWorkerForOtherTabs) {
+  for (const char* question : {"map?a=1", "map?a=2", "map?a=3"}) Ask(question, "a");
+  Ask("map?b=1", "b");
+  EXPECT_EQ(begun_.Await(3), (std::set<std::string>{"map?a=1", "map?a=2", "map?b=1"}));
+}
+
+TEST_F(LongWorkTest, OfAllTabsLeavesAWorkerForShortQuestions) {
+  for (const char* question : {"map?a=1", "map?a=2"}) Ask(question, "a");
+  for (const char* question : {"map?b=1", "map?b=2"}) Ask(question, "b");
+  Ask("spectrum?scan=1", "a");
+  EXPECT_EQ(begun_.Await(4), (std::set<std::string>{"map?a=1", "map?a=2", "map?b=1", "spectrum?scan=1"}));
+}
+
+TEST_F(LongWorkTest, GoesOnWhenOtherHasEnded) {
+  for (const char* question : {"map?a=1", "map?a=2", "map?a=3"}) Ask(question, "a");
+  begun_.Await(2);
+  begun_.Open();
+  EXPECT_TRUE(begun_.Await(3).contains("map?a=3"));
+}
+
+TEST_F(LongWorkTest, IsShownWhateverTheBytesOfItsLane) {
+  Requests requests(workers_, 8080, "abcd");
+  Ask("map?a=1", Asker{"a", "\xFF"});
+  Job job;
+  const Request request = {.isGet = true,
+                           .host = "127.0.0.1:8080",
+                           .target = "/progress",
+                           .token = "abcd",
+                           .asker = {"a", "progress"}};
+  EXPECT_EQ(requests.Answer(request, job)->body, "{\"\xEF\xBF\xBD\":0.0}");
 }
 
 class RequestsTest : public testing::Test {

@@ -50,13 +50,13 @@ Json FactsOf(const Answer& answer, const Packed& packed) {
   return facts;
 }
 
-std::string TextOf(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
 }  // namespace
+
+std::string JsonText(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string FrameOf(const Answer& answer, Numbers numbers) {
   const Packed packed = Pack(answer, numbers);
-  std::string json = TextOf(FactsOf(answer, packed));
+  std::string json = JsonText(FactsOf(answer, packed));
   json.resize((json.size() + kAlignment - 1) / kAlignment * kAlignment, ' ');
   const std::uint64_t length = json.size();
   std::string frame(sizeof length, '\0');
@@ -66,7 +66,7 @@ std::string FrameOf(const Answer& answer, Numbers numbers) {
 
 std::string ScriptJson(const Json& json) {
   std::string text;
-  for (const char c : TextOf(json)) c == '<' ? text += "\\u003c" : text += c;
+  for (const char c : JsonText(json)) c == '<' ? text += "\\u003c" : text += c;
   return text;
 }
 

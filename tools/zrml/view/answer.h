@@ -36,6 +36,9 @@ struct Answer {
 /// How numbers of a curve are written. Short ones, of single precision, have no positions of scans.
 enum class Numbers { kWhole, kShort, kShortY };
 
+/// Bytes that are not UTF-8, as a file or a client may have them, become replacement characters.
+std::string JsonText(const Json& json);
+
 /// For the server: the length of the JSON as 8 bytes, the JSON, and the arrays, each from a multiple of 8
 /// bytes on. All little-endian.
 std::string FrameOf(const Answer& answer, Numbers numbers = Numbers::kWhole);

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <numeric>
 
-#include "source/sum_scans.h"
 #include "spectrum/centroiding.h"
 #include "tools/zrml/view/answers.h"
 #include "tools/zrml/view/average.h"
@@ -33,24 +32,25 @@ Curve ScanCurve(source::Chromatogram&& chromatogram) {
   return curve;
 }
 
-// The points between two times; one more on either side, so that lines reach the edge.
+// The ends of the lines that are seen between two times, in whatever order the points are.
 void CutTimes(Curve& curve, source::Range minutes) {
-  const auto begin = std::lower_bound(curve.x.begin(), curve.x.end(), minutes.low) - curve.x.begin();
-  const auto end = std::upper_bound(curve.x.begin(), curve.x.end(), minutes.high) - curve.x.begin();
-  const auto first = std::max<std::ptrdiff_t>(begin - 1, 0);
-  const auto last = std::min<std::ptrdiff_t>(end + 1, std::ssize(curve.x));
-  const auto cut = [&](auto& numbers) {
-    numbers.erase(numbers.begin() + last, numbers.end());
-    numbers.erase(numbers.begin(), numbers.begin() + first);
+  const std::vector<double>& x = curve.x;
+  const auto isSeen = [&](std::size_t from, std::size_t to) {
+    return std::min(x[from], x[to]) <= minutes.high && std::max(x[from], x[to]) >= minutes.low;
   };
-  cut(curve.x);
-  cut(curve.y);
-  cut(curve.scans);
+  Curve cut;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    if (!isSeen(i, i) && !(i > 0 && isSeen(i - 1, i)) && !(i + 1 < x.size() && isSeen(i, i + 1))) continue;
+    cut.x.push_back(x[i]);
+    cut.y.push_back(curve.y[i]);
+    if (!curve.scans.empty()) cut.scans.push_back(curve.scans[i]);  // traces have none
+  }
+  curve = std::move(cut);
 }
 
 Answer CurveAnswer(const Question& question, Curve curve) {
   Answer answer;
-  if (question.Has("from")) CutTimes(curve, {question.Number("from"), question.Number("to")});
+  if (question.Has("from")) CutTimes(curve, RangeOf(question, "from", "to"));
   const int limit = question.Has("limit") ? std::max(question.Position("limit"), 2) : kMostPoints;
   answer.facts["points"] = curve.y.size();
   answer.facts["isEmpty"] =
@@ -68,7 +68,7 @@ source::Chromatogram ReadChromatogram(Source& source, const Question& question, 
       work.Counting(static_cast<std::size_t>(source.ScanCount(at.sample, at.function)));
   if (kind == "bpc") return source.BasePeaks(at.sample, at.function, cancel);
   if (kind != "sum" && kind != "largest") throw WrongQuestion();
-  return source.MassRange(at.sample, at.function, {question.Number("low"), question.Number("high")},
+  return source.MassRange(at.sample, at.function, RangeOf(question, "low", "high"),
                           kind == "sum" ? source::Within::kSum : source::Within::kLargest, cancel);
 }
 
@@ -177,15 +177,15 @@ Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
 
 Answer AnswerAverage(Source& source, const Question& question, const Work& work) {
   const At at = AtOf(source, question);
-  const source::Range front = {question.Number("from"), question.Number("to")};
+  const source::Range front = RangeOf(question, "from", "to");
   std::optional<source::Range> background;
-  if (question.Has("backFrom")) background = {question.Number("backFrom"), question.Number("backTo")};
-  Average average = AverageScans(source, at.sample, at.function, front, background, work);
-  const bool isCentroided = source.ScanAt(at.sample, at.function, average.first).isCentroided;
-  Answer answer = SpectrumAnswer(question, std::move(average.curve), isCentroided);
-  answer.facts["first"] = average.first;
-  answer.facts["scans"] = average.scans;
-  answer.facts["backgroundScans"] = average.backgroundScans;
+  if (question.Has("backFrom")) background = RangeOf(question, "backFrom", "backTo");
+  const auto [mean, backgroundScans] = AverageScans(source, at.sample, at.function, front, background, work);
+  Answer answer = SpectrumAnswer(question, {mean.mz, mean.intensities, {}}, mean.isCentroided);
+  answer.facts["scans"] = mean.added.size();
+  answer.facts["leftOut"] = mean.leftOut;
+  answer.facts["lost"] = mean.lost;
+  answer.facts["backgroundScans"] = backgroundScans;
   return answer;
 }
 

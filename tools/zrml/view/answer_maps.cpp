@@ -15,16 +15,16 @@ using source::Source;
 
 constexpr int kMostCells = 4096;  // across and upwards
 
-std::optional<source::Range> RangeOf(const Question& question, const char* low, const char* high) {
+std::optional<source::Range> SideOf(const Question& question, const char* low, const char* high) {
   if (!question.Has(low)) return std::nullopt;
-  const source::Range range = {question.Number(low), question.Number(high)};
-  if (!(range.low < range.high)) throw WrongQuestion();
+  const source::Range range = RangeOf(question, low, high);
+  if (range.low == range.high) throw WrongQuestion();
   return range;
 }
 
 MapView ViewOf(const Question& question) {
-  return {.minutes = RangeOf(question, "from", "to"),
-          .ordinate = RangeOf(question, "low", "high"),
+  return {.minutes = SideOf(question, "from", "to"),
+          .ordinate = SideOf(question, "low", "high"),
           .columns = std::max(question.Position("columns", kMostCells), 1),
           .rows = std::max(question.Position("rows", kMostCells), 1)};
 }
@@ -117,8 +117,8 @@ Answer AnswerAbsorbanceLargest(Source& source, const Question& question, const W
 }
 
 Answer AnswerWavelength(Source& source, const Question& question, const Work& work) {
-  const source::Range wavelengths = {question.Number("low"), question.Number("high")};
-  return LargestBetween(source, AbsorbanceSample(source, question), wavelengths, work);
+  const int sample = AbsorbanceSample(source, question);
+  return LargestBetween(source, sample, RangeOf(question, "low", "high"), work);
 }
 
 }  // namespace zrml::view

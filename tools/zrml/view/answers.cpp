@@ -15,16 +15,21 @@ struct Row {
   Takes takes;
 };
 
-//   run                     what the file is, and its samples
-//   sample                  sample: functions, traces, absorbance, metadata
-//   findings                points: 1 to look at every point, 0
-//   chromatogram            sample, function, kind: tic, bpc, sum or largest (of low to high); from, to,
-//   limit trace                   sample, trace; function peaks                   sample, function: the
-//   largest of its base peak chromatogram spectrum                sample, function, scan; centroids: 1 for
-//   those of a profile average                 sample, function, from, to; backFrom, backTo; centroids map
-//   sample, function, columns, rows; from, to, low, high absorbance              sample, scan absorbance-map
-//   sample, columns, rows; from, to, low, high absorbance-largest      sample: the largest value of each scan
-//   wavelength              sample, low, high: the largest value between them, by scan
+// clang-format off
+//   run                  what the file is, and its samples
+//   sample               sample: functions, traces, absorbance, metadata
+//   findings             points: 1 to look at every point, 0
+//   chromatogram         sample, function, kind: tic, bpc, sum or largest (of low to high); from, to, limit
+//   trace                sample, trace; function; from, to, limit
+//   peaks                sample, function: the largest of its base peak chromatogram
+//   spectrum             sample, function, scan; centroids: 1 for those of a profile
+//   average              sample, function, from, to; backFrom, backTo; centroids
+//   map                  sample, function, columns, rows; from, to, low, high
+//   absorbance           sample, scan
+//   absorbance-map       sample, columns, rows; from, to, low, high
+//   absorbance-largest   sample: the largest value of each scan
+//   wavelength           sample, low, high: the largest value between them, by scan
+// clang-format on
 constexpr std::array<Row, 13> kRows = {{
     {"run", AnswerRun, Takes::kMoment},
     {"sample", AnswerSample, Takes::kMoment},
@@ -55,6 +60,12 @@ source::Cancel Work::Counting(std::size_t all) const {
     if (progress && *done < all) progress(++*done, all);
     return cancel && cancel();
   };
+}
+
+source::Range RangeOf(const Question& question, const std::string& low, const std::string& high) {
+  const source::Range range = {question.Number(low), question.Number(high)};
+  if (range.low > range.high) throw WrongQuestion();
+  return range;
 }
 
 Answer AnswerTo(source::Source& source, const Question& question, const Work& work) {

@@ -26,6 +26,9 @@ Answer AnswerTo(source::Source& source, const Question& question, const Work& wo
 /// Whether the answer may take long: it needs the points of many scans. Unknown questions do not.
 bool IsLong(const Question& question);
 
+/// Both ends belong to it. Throws WrongQuestion when they are not two numbers in order.
+source::Range RangeOf(const Question& question, const std::string& low, const std::string& high);
+
 // The answers of the table; answers.cpp has what they need of a question.
 Answer AnswerRun(source::Source& source, const Question& question, const Work& work);
 Answer AnswerSample(source::Source& source, const Question& question, const Work& work);

@@ -70,9 +70,9 @@ std::optional<Response> Requests::Answer(const Request& request, Job& job) {
 
 std::optional<Response> Requests::AnswerWithData(const Request& request, Job& job) {
   if (request.target == "/runs")
-    return Response{.type = kJson, .body = Json{{"runs", workers_.RunCount()}}.dump()};
+    return Response{.type = kJson, .body = JsonText({{"runs", workers_.RunCount()}})};
   if (request.target == "/progress")
-    return Response{.type = kJson, .body = Json(workers_.SharesOf(request.asker.tab)).dump()};
+    return Response{.type = kJson, .body = JsonText(workers_.SharesOf(request.asker.tab))};
   if (!ReadTarget(request.target, job)) return Refusal(404, "There is no such page.");
   job.asker = request.asker;
   return std::nullopt;

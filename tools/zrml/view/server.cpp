@@ -80,9 +80,16 @@ class Server::State {
     timer_.expires_after(kBetweenLooks);
     timer_.async_wait(beast::bind_front_handler(&State::LookWhetherToStop, this));
   }
-  void LookWhetherToStop(ErrorCode) { stop_() ? context_.stop() : WaitBetweenLooks(); }
+  void LookWhetherToStop(ErrorCode) {
+    if (stop_()) return context_.stop();
+    if (!isAccepting_) Accept();
+    WaitBetweenLooks();
+  }
 
-  void Accept() { acceptor_.async_accept(beast::bind_front_handler(&State::Serve, this)); }
+  void Accept() {
+    isAccepting_ = true;
+    acceptor_.async_accept(beast::bind_front_handler(&State::Serve, this));
+  }
   void Serve(ErrorCode error, tcp::socket socket);
 
   asio::io_context context_{1};
@@ -91,6 +98,7 @@ class Server::State {
   unsigned short port_;
   std::string token_;
   source::Cancel stop_;
+  bool isAccepting_ = false;
   std::atomic<int> connections_ = 0;  // a worker may be the last one to let go of one
   Workers workers_;
   Requests requests_;
@@ -109,10 +117,10 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
   void Read() {
     parser_.emplace();
     parser_->header_limit(kMostHeaderBytes);
-    parser_->body_limit(0);
+    parser_->body_limit(boost::none);  // never read
     stream_.expires_after(kPatience);
-    http::async_read(stream_, buffer_, *parser_,
-                     beast::bind_front_handler(&Session::Answer, shared_from_this()));
+    http::async_read_header(stream_, buffer_, *parser_,
+                            beast::bind_front_handler(&Session::Answer, shared_from_this()));
   }
 
  private:
@@ -164,7 +172,7 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
     response_.emplace(static_cast<http::status>(response.status), 11);
     response_->set(http::field::content_type, response.type);
     for (const auto& [name, value] : kSafeHeaders) response_->set(name, value);
-    response_->keep_alive(parser_->get().keep_alive());
+    response_->keep_alive(parser_->get().keep_alive() && parser_->is_done());  // a body is no next request
     response_->body() = std::move(response.body);
     response_->prepare_payload();
     ErrorCode ignored;
@@ -185,7 +193,9 @@ class Server::State::Session : public std::enable_shared_from_this<Session> {
 };
 
 void Server::State::Serve(ErrorCode error, tcp::socket socket) {
-  if (!error && connections_ < kMostConnections) std::make_shared<Session>(std::move(socket), *this)->Read();
+  isAccepting_ = false;
+  if (error) return;  // such as too many open files, until the next look
+  if (connections_ < kMostConnections) std::make_shared<Session>(std::move(socket), *this)->Read();
   Accept();
 }
 

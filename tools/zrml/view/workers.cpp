@@ -15,8 +15,11 @@ std::string ErrorFrame(const std::string& message) {
 }  // namespace
 
 // One worker is always left for short questions.
-Workers::Workers(std::vector<std::string> runs, int count)
-    : runs_(std::move(runs)), mostLong_(count - 1), workers_(static_cast<std::size_t>(count)) {
+Workers::Workers(std::vector<std::string> runs, int count, Answerer answer)
+    : runs_(std::move(runs)),
+      answer_(std::move(answer)),
+      mostLong_(count - 1),
+      workers_(static_cast<std::size_t>(count)) {
   for (Worker& worker : workers_)
     threads_.push_back(std::make_unique<convert::Thread>([this, &worker] { Serve(worker); }));
 }
@@ -72,10 +75,10 @@ std::map<std::string, double> Workers::SharesOf(const std::string& tab) {
 }
 
 void Workers::Serve(Worker& self) {
-  Sources sources;
+  OpenRuns open(runs_);
   while (const std::shared_ptr<Job> job = TakeNext(self)) {
-    Reply reply = ReplyTo(*job, sources);
-    End(job, sources, self);
+    Reply reply = ReplyTo(*job, open);
+    End(job, open, self);
     job->reply(std::move(reply));
   }
 }
@@ -121,25 +124,22 @@ bool Workers::MayRun(const Job& job) const {
   return all < mostLong_ && own < std::max(mostLong_ - 1, 1);
 }
 
-void Workers::End(const std::shared_ptr<Job>& job, const Sources& sources, Worker& self) {
+void Workers::End(const std::shared_ptr<Job>& job, const OpenRuns& open, Worker& self) {
   const convert::Lock lock(mutex_);
   std::erase(running_, job);
-  self.opened.clear();
-  for (const auto& [run, source] : sources) {
-    if (source) self.opened.insert(run);
-  }
+  self.opened = open.All();
   changed_.NotifyAll();
 }
 
-Reply Workers::ReplyTo(Job& job, Sources& sources) {
+Reply Workers::ReplyTo(Job& job, OpenRuns& open) const {
   try {
-    return {Reply::Kind::kAnswer, FrameFor(job, sources)};
+    return {Reply::Kind::kAnswer, FrameFor(job, open)};
   } catch (const source::Cancelled&) {
     return {Reply::Kind::kSuperseded};
   } catch (const WrongQuestion&) {
     return {Reply::Kind::kWrong};
   } catch (const source::Error& error) {
-    sources.erase(job.run);  // what is repaired or is back can be opened again
+    open.Close(job.run);  // what is repaired or is back can be opened again
     return {Reply::Kind::kAnswer, ErrorFrame(error.Message())};
   } catch (const std::bad_alloc&) {
     return {Reply::Kind::kAnswer, ErrorFrame("not enough memory")};
@@ -148,16 +148,15 @@ Reply Workers::ReplyTo(Job& job, Sources& sources) {
   }
 }
 
-std::string Workers::FrameFor(Job& job, Sources& sources) {
+std::string Workers::FrameFor(Job& job, OpenRuns& open) const {
   if (job.run >= runs_.size()) throw WrongQuestion();
-  std::unique_ptr<source::Source>& source = sources[job.run];
-  if (!source) source = source::Source::Open(runs_[job.run]);
+  source::Source& source = open.Open(job.run);
   const Work work = {[&job] { return job.isCancelled.load(); },
                      [&job](std::uint64_t done, std::uint64_t all) {
                        job.all = all;
                        job.done = done;
                      }};
-  return FrameOf(AnswerTo(*source, job.question, work));
+  return FrameOf(answer_(source, job.question, work));
 }
 
 }  // namespace zrml::view

@@ -14,6 +14,7 @@
 #include "convert/threads.h"
 #include "source/source.h"
 #include "tools/zrml/view/answers.h"
+#include "tools/zrml/view/open_runs.h"
 
 namespace zrml::view {
 
@@ -46,9 +47,11 @@ struct Job {
 
 class Workers {
  public:
-  /// `runs` are paths of sources, opened by each worker when it needs them. At least two workers. Throws an
-  /// Error when the system gives no thread.
-  Workers(std::vector<std::string> runs, int count);
+  using Answerer = std::function<Answer(source::Source&, const Question&, const Work&)>;
+
+  /// `runs` are paths of sources, opened by each worker when it needs them, and again when they change. At
+  /// least two workers. Throws an Error when the system gives no thread.
+  Workers(std::vector<std::string> runs, int count, Answerer answer = AnswerTo);
   /// Cancels all and waits for it.
   ~Workers();
   Workers(const Workers&) = delete;
@@ -63,7 +66,6 @@ class Workers {
   std::size_t RunCount() const { return runs_.size(); }
 
  private:
-  using Sources = std::map<std::size_t, std::unique_ptr<source::Source>>;
   using Jobs = std::deque<std::shared_ptr<Job>>;
 
   struct Worker {
@@ -76,12 +78,13 @@ class Workers {
   Jobs::iterator FindNext(const Worker& self);
   bool MayRun(const Job& job) const;
   bool IsFor(const Worker& self, const Job& job) const;
-  Reply ReplyTo(Job& job, Sources& sources);
-  std::string FrameFor(Job& job, Sources& sources);
-  void End(const std::shared_ptr<Job>& job, const Sources& sources, Worker& self);
+  Reply ReplyTo(Job& job, OpenRuns& open) const;
+  std::string FrameFor(Job& job, OpenRuns& open) const;
+  void End(const std::shared_ptr<Job>& job, const OpenRuns& open, Worker& self);
   static void Supersede(const Jobs& jobs);
 
   std::vector<std::string> runs_;
+  Answerer answer_;
   convert::Mutex mutex_;
   convert::Condition changed_;
   Jobs waiting_;

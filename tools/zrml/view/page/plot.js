@@ -33,7 +33,7 @@ const axisSize = 50;
 const paddingRight = 18;
 
 /**
- * Sticks down to zero; of those at one pixel the highest.
+ * Sticks from zero; of those at one pixel the longest upwards and downwards.
  * @param {any} u
  * @param {number} series
  * @param {number} first
@@ -43,12 +43,11 @@ function stickPaths(u, series, first, last) {
   const path = new Path2D();
   const [xs, ys] = [u.data[0], u.data[series]];
   const zero = u.valToPos(0, 'y', true);
-  let pixel = -1;
-  let highest = -Infinity;
+  let [pixel, lowest, highest] = [-1, 0, 0];
   const draw = () => {
-    if (highest === -Infinity) return;
-    path.moveTo(pixel, zero);
-    path.lineTo(pixel, u.valToPos(highest, 'y', true));
+    if (pixel < 0) return;
+    path.moveTo(pixel, lowest < 0 ? u.valToPos(lowest, 'y', true) : zero);
+    path.lineTo(pixel, highest > 0 ? u.valToPos(highest, 'y', true) : zero);
   };
   for (let i = first; i <= last; ++i) {
     const y = ys[i];
@@ -56,11 +55,10 @@ function stickPaths(u, series, first, last) {
     const at = Math.round(u.valToPos(xs[i], 'x', true));
     if (at !== pixel) {
       draw();
-      pixel = at;
-      highest = y;
-    } else if (y > highest) {
-      highest = y;
+      [pixel, lowest, highest] = [at, 0, 0];
     }
+    lowest = Math.min(lowest, y);
+    highest = Math.max(highest, y);
   }
   draw();
   return { stroke: path, fill: null, clip: null, band: null, gaps: null, flags: 0 };

@@ -191,6 +191,7 @@ export class SpectrumPanel {
       facts.basePeak !== null ? `base peak ${fixed(facts.basePeakMz, 4)}: ${amount(facts.basePeak)}` : 'no points',
       f.isAbsorbance ? '' : `total ${amount(facts.total)}`,
       `${counted(facts.points, 'point')}${facts.isCentroided ? '' : facts.areCentroids ? ', centroids' : ', profile'}`,
+      facts.leftOut ? `${counted(facts.leftOut, 'scan')} left out` : '',
       facts.lost ? `${counted(facts.lost, 'point')} lost` : '',
       facts.process || '',
     ].filter((fact) => fact);

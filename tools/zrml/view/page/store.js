@@ -101,6 +101,7 @@ async function fetchFrame(path, lane) {
     });
     if (response.status === 403) throw new Error('The server does not know this page. Open the address that zrml view has printed.');
     if (response.status === 409) throw new Superseded();
+    if (response.status === 400) throw new Error('The run does not have this any more. Load the page again.');
     if (!response.ok) throw new Error(`The server answers ${response.status}.`);
     return await response.arrayBuffer();
   } catch (error) {
