@@ -9,21 +9,14 @@
 
 namespace zrml::convert::parquet {
 
-void RepeatedColumn::Add(const std::string& plain, std::size_t rows) {
+void RepeatedColumn::Add(std::string_view plain, std::size_t rows) {
   if (rows == 0) return;
-  std::uint32_t value = 0;
-  if (!plain.empty()) {
-    const auto [known, isNew] = numbers_.try_emplace(plain, static_cast<std::uint32_t>(values_.size() + 1));
-    if (isNew) {
-      values_.push_back(plain);
-      valuesSize_ += plain.size();
-    }
-    value = known->second;
-  }
+  const auto added = static_cast<std::uint32_t>(rows);
+  const std::uint32_t value = plain.empty() ? 0 : values_.PlaceOf(plain) + 1;
   if (!runs_.empty() && runs_.back().value == value) {
-    runs_.back().rows += rows;
+    runs_.back().rows += added;
   } else {
-    runs_.push_back({value, rows});
+    runs_.push_back({value, added});
   }
   rows_ += rows;
   plainSize_ += plain.size() * rows;
@@ -40,7 +33,7 @@ std::string RepeatedColumn::Front() const {
 
 // Places in the dictionary, after how many bits each has.
 std::string RepeatedColumn::Indices() const {
-  const std::size_t last = std::max<std::size_t>(values_.size(), 2) - 1;
+  const std::size_t last = std::max<std::size_t>(values_.Count(), 2) - 1;
   const int bits = std::bit_width(static_cast<std::uint32_t>(last));
   std::string indices(1, static_cast<char>(bits));
   RunEncoder encoder(bits, indices);
@@ -55,7 +48,8 @@ std::string RepeatedColumn::Values() const {
   std::string values;
   values.reserve(plainSize_);
   for (const Run& run : runs_) {
-    for (std::size_t row = 0; run.value > 0 && row < run.rows; ++row) values += values_[run.value - 1];
+    for (std::size_t row = 0; run.value > 0 && row < run.rows; ++row)
+      values += values_.ValueAt(run.value - 1);
   }
   return values;
 }
@@ -64,9 +58,8 @@ std::string RepeatedColumn::Values() const {
 std::size_t RepeatedColumn::AppendPages(const std::string& indices, Deflater* deflater, Chunk& chunk) const {
   std::size_t plainSize = 0;
   if (!indices.empty()) {
-    std::string dictionary;
-    for (const std::string& value : values_) dictionary += value;
-    plainSize = AppendDictionary({values_.size(), Encoding::kPlain, dictionary}, deflater, chunk.pages);
+    const PageContent dictionary = {values_.Count(), Encoding::kPlain, values_.Bytes()};
+    plainSize = AppendDictionary(dictionary, deflater, chunk.pages);
     chunk.dictionarySize = chunk.pages.size();
   }
   const std::string body = Front() + (indices.empty() ? Values() : indices);
@@ -77,14 +70,15 @@ std::size_t RepeatedColumn::AppendPages(const std::string& indices, Deflater* de
 Chunk RepeatedColumn::Finish(Deflater* deflater) {
   Chunk chunk;
   std::string indices = Indices();
-  if (indices.size() + valuesSize_ >= plainSize_) indices.clear();
+  if (indices.size() + values_.Bytes().size() >= plainSize_) indices.clear();
   chunk.plainSize = AppendPages(indices, nullptr, chunk);
   if (deflater != nullptr) {
     Chunk packed = {.plainSize = chunk.plainSize, .codec = Codec::kGzip};
     AppendPages(indices, deflater, packed);
     if (packed.pages.size() < chunk.pages.size()) chunk = std::move(packed);
   }
-  for (const std::string& value : values_) chunk.bounds.Widen(column_.type, value);
+  for (std::size_t place = 0; place < values_.Count(); ++place)
+    chunk.bounds.Widen(column_.type, values_.ValueAt(place));
   for (const Run& run : runs_) chunk.absent += run.value > 0 ? 0 : run.rows;
   chunk.rows = rows_;
   *this = RepeatedColumn(column_);

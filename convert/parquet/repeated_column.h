@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "convert/deflate.h"
 #include "convert/parquet/column.h"
+#include "convert/parquet/dictionary.h"
 
 namespace zrml::convert::parquet {
 
@@ -18,7 +18,7 @@ class RepeatedColumn {
   explicit RepeatedColumn(const Column& column) : column_(column) {}
 
   /// A value as files have it, or an empty text where it is absent, for as many rows.
-  void Add(const std::string& plain, std::size_t rows);
+  void Add(std::string_view plain, std::size_t rows);
 
   /// The row group; compressed by `deflater`, unless that is null or makes it longer. The column is empty
   /// then.
@@ -27,7 +27,7 @@ class RepeatedColumn {
  private:
   struct Run {
     std::uint32_t value;  // from 1, in the order of the dictionary; 0 where it is absent
-    std::size_t rows;
+    std::uint32_t rows;
   };
 
   std::string Front() const;
@@ -37,10 +37,8 @@ class RepeatedColumn {
 
   Column column_;
   std::vector<Run> runs_;
-  std::vector<std::string> values_;
-  std::unordered_map<std::string, std::uint32_t> numbers_;  // of values, from 1
-  std::size_t valuesSize_ = 0;                              // bytes of each once
-  std::size_t plainSize_ = 0;                               // bytes of all
+  Dictionary values_;
+  std::size_t plainSize_ = 0;  // bytes of all values
   std::size_t rows_ = 0;
 };
 

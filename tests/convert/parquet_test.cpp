@@ -6,6 +6,7 @@
 
 #include "convert/hex.h"
 #include "convert/parquet/compact_writer.h"
+#include "convert/parquet/dictionary.h"
 #include "convert/parquet/repeated_column.h"
 #include "convert/parquet/run_encoder.h"
 #include "convert/parquet/table_file.h"
@@ -132,6 +133,22 @@ TEST(TableFileTest, TableOfThreeRows) {
   });
   const std::string size = HexOf(Int(static_cast<double>(footer.size() / 2)));
   EXPECT_EQ(HexOf(out.text), columns + footer + size + "50415231");
+}
+
+// Also where slots are taken again and again, and a value is the beginning of another.
+TEST(DictionaryTest, EachValueOnceInItsOrder) {
+  constexpr std::uint32_t kValues = 5000;
+  parquet::Dictionary dictionary;
+  EXPECT_EQ(dictionary.PlaceOf("a"), 0U);
+  EXPECT_EQ(dictionary.PlaceOf("ab"), 1U);
+  EXPECT_EQ(dictionary.PlaceOf("a"), 0U);
+  for (int round = 0; round < 2; ++round) {
+    for (std::uint32_t i = 0; i < kValues; ++i) EXPECT_EQ(dictionary.PlaceOf(Int(i)), i + 2);
+  }
+  EXPECT_EQ(dictionary.Count(), kValues + 2);
+  EXPECT_EQ(dictionary.ValueAt(1), "ab");
+  EXPECT_EQ(dictionary.ValueAt(300), Int(298));
+  EXPECT_EQ(HexOf(dictionary.Bytes().substr(0, 11)), "6161620000000001000000");
 }
 
 TEST(RepeatedColumnTest, DictionaryOnlyWhereItIsShorter) {
