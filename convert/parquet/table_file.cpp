@@ -8,7 +8,7 @@ namespace zrml::convert::parquet {
 namespace {
 
 constexpr std::int32_t kFormatVersion = 2;
-constexpr std::string_view kMadeBy = "zrml " ZRML_VERSION;
+constexpr std::string_view kMadeBy = "zrml version " ZRML_VERSION;
 constexpr std::string_view kRoot = "schema";
 constexpr std::int32_t kUtf8 = 0;  // the older of the two ways to say that bytes are text
 

@@ -100,7 +100,7 @@ TEST(TableFileTest, TableOfThreeRows) {
       Filled(kPolarityColumn, {{PlainText("up"), 1}, {"", 1}, {PlainText("up"), 1}}).Finish(nullptr)};
   file.AddRowGroup(chunks);
   file.End();
-  const std::string version = "zrml " ZRML_VERSION;
+  const std::string version = "zrml version " ZRML_VERSION;
   const std::string columns = Joined({
       "50415231",  // PAR1
       // scan: the dictionary, then places in it
