@@ -5,10 +5,12 @@
 #include <functional>
 #include <numeric>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <utility>
 
 #include "source/position.h"
+#include "source/profile_sum.h"
 #include "spectrum/add_spectrum.h"
 #include "spectrum/centroid_merge.h"
 #include "spectrum/equal_peaks.h"
@@ -21,8 +23,7 @@ namespace {
 
 using Values = std::vector<double>;
 
-constexpr std::size_t kShortestProfile = 3;
-constexpr int kFewestWithGrid = 5;  // points of a profile that takes in another one with other steps
+constexpr int kShortestProfile = 3;
 
 struct Points {
   Values mz;
@@ -48,11 +49,6 @@ Points PointsIn(Sum& sum) {
   Points points = {Values(sum.Count()), Values(sum.Count())};
   sum.CopyTo(points.mz.data(), points.intensities.data());
   return points;
-}
-
-bool HaveSamePoints(const CZRMassSpectrum& a, const CZRMassSpectrum& b) {
-  return std::ranges::equal(a.MassVector(), b.MassVector()) &&
-         std::ranges::equal(a.IntensityVector(), b.IntensityVector());
 }
 
 // Adds peak lists in the way that is quickest for what they are; the sum is the same.
@@ -91,13 +87,11 @@ class PeakAdder {
   std::optional<CZRMassSpectrum> sum_;  // all else
 };
 
-// The samples of a profile by ascending mass. Samples of one mass become one, and those whose mass is not a
-// finite number have no place on a grid.
+// The samples of a profile by ascending mass. Samples of one mass become one.
 Points SamplesOf(const Points& scan) {
   constexpr double kLeastStep = 1e-30;  // powers of smaller ones are 0 where steps are fitted
   Points samples;
   for (std::size_t i = 0; i < scan.mz.size(); ++i) {
-    if (!std::isfinite(scan.mz[i])) continue;
     if (!samples.mz.empty() && scan.mz[i] - samples.mz.back() < kLeastStep) {
       samples.intensities.back() += scan.intensities[i];
     } else {
@@ -108,21 +102,8 @@ Points SamplesOf(const Points& scan) {
   return samples;
 }
 
-// Profiles of three points or more.
-void AddProfile(CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
-  if (sum.GetCount() >= kFewestWithGrid) {
-    AddProfileSpectra(profile, sum);
-    return;
-  }
-  const CZRMassSpectrum before = sum;
-  AddProfileSpectra(profile, sum);
-  if (!HaveSamePoints(sum, before)) return;
-  if (profile.GetCount() < kFewestWithGrid) {
-    sum = MergePoints(profile, before, true);
-  } else {
-    AddProfileSpectra(before, profile);
-    sum.Swap(profile);
-  }
+bool AreNumbers(const Values& values) {
+  return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
 }
 
 // Scans of one kind, added up.
@@ -149,11 +130,11 @@ class Adder {
   }
 
   ScanSum Take() {
-    if (!profile_ && !short_.mz.empty()) TakeShort();
+    if (profile_.GetCount() == 0) TakeShort();
+    std::ranges::sort(sum_.added);
     Points points = sum_.isAbsorbance   ? std::move(axis_)
                     : sum_.isCentroided ? peaks_.Take()
-                    : profile_          ? PointsOf(*profile_)
-                                        : std::move(short_);
+                                        : PointsOf(profile_);
     sum_.mz = std::move(points.mz);
     sum_.intensities = std::move(points.intensities);
     return std::move(sum_);
@@ -163,11 +144,11 @@ class Adder {
   bool AddPoints(int position, const Points& scan) {
     if (sum_.isAbsorbance) {
       AddToAxis(scan);
-    } else if (sum_.isCentroided) {
-      peaks_.Add(scan);
-    } else {
-      return AddToProfile(position, scan);
+      return true;
     }
+    if (!AreNumbers(scan.mz) || !AreNumbers(scan.intensities)) return false;
+    if (!sum_.isCentroided) return AddToProfile(position, scan);
+    peaks_.Add(scan);
     return true;
   }
 
@@ -180,30 +161,28 @@ class Adder {
   }
 
   bool AddToProfile(int position, const Points& scan) {
-    const Points samples = SamplesOf(scan);
-    if (samples.mz.size() < kShortestProfile) {
-      if (short_.mz.empty()) {
-        short_ = scan;
-        shortPosition_ = position;
-      }
+    CZRMassSpectrum profile = SpectrumOf(SamplesOf(scan), false);
+    if (profile.GetCount() < kShortestProfile) {
+      short_ = MergePoints(profile, short_, true);
+      shortPositions_.push_back(position);
       return false;
     }
-    CZRMassSpectrum profile = SpectrumOf(samples, false);
-    profile_ ? AddProfile(profile, *profile_) : void(profile_ = std::move(profile));
+    profile_.GetCount() > 0 ? AddProfile(profile, profile_) : profile_.Swap(profile);
     return true;
   }
 
   // There is nothing else.
   void TakeShort() {
-    --sum_.leftOut;
-    sum_.added.insert(std::ranges::lower_bound(sum_.added, shortPosition_), shortPosition_);
+    profile_.Swap(short_);
+    sum_.added.insert(sum_.added.end(), shortPositions_.begin(), shortPositions_.end());
+    sum_.leftOut -= static_cast<int>(shortPositions_.size());
   }
 
   ScanSum sum_;  // but for the points
   PeakAdder peaks_;
-  std::optional<CZRMassSpectrum> profile_;
-  Points short_;  // of the first profile of one or two points
-  int shortPosition_ = 0;
+  CZRMassSpectrum profile_;
+  CZRMassSpectrum short_;  // profiles of one or two points
+  std::vector<int> shortPositions_;
   Points axis_;
 };
 
@@ -230,6 +209,21 @@ bool IsCentroidedKind(Source& source, int sample, int function, std::span<const 
   return source.ScanAt(sample, function, scans.front()).isCentroided;
 }
 
+// The scans in the order in which they are added: one that gives the grid of profiles, and the others. It is
+// the first but those that are much sparser than another: few points say little of a grid.
+std::vector<int> InOrder(Source& source, int sample, int function, std::span<const int> scans) {
+  std::vector<int> order(scans.begin(), scans.end());
+  const auto points = [&](int position) {
+    const Scan scan = source.ScanAt(sample, function, position);
+    return scan.isCentroided ? 0 : scan.points;
+  };
+  const std::uint32_t most = std::ranges::max(order | std::views::transform(points));
+  const auto grid =
+      std::ranges::find_if(order, [&](int position) { return points(position) >= most - most / 2; });
+  std::rotate(order.begin(), grid, grid + 1);
+  return order;
+}
+
 // Of all masses in `grid`, which has a point beyond each end of `points` or at it.
 Values OntoGrid(const Points& points, const Values& grid) {
   Values intensities(grid.size());
@@ -243,19 +237,16 @@ Values OntoGrid(const Points& points, const Values& grid) {
   };
   distribute(1);
   if (std::ranges::any_of(points.intensities, [](double value) { return value < 0; })) distribute(-1);
+  // To a point at 0 nothing is distributed.
+  if (!points.mz.empty() && points.mz[0] == 0) intensities[0] = points.intensities[0];
   return intensities;
 }
 
 Values GridOf(const Points& sum, const Points& background) {
   if (sum.mz == background.mz || background.mz.empty()) return sum.mz;
-  const CZRMassSpectrum other = SpectrumOf(background, false);
+  CZRMassSpectrum other = SpectrumOf(background, false);
   CZRMassSpectrum grid = SpectrumOf(sum, false);
-  if (std::min(sum.mz.size(), background.mz.size()) < kShortestProfile) {
-    grid = MergePoints(other, grid, true);
-  } else {
-    CZRMassSpectrum profile = other;
-    AddProfile(profile, grid);
-  }
+  AddProfile(other, grid);
   return PointsOf(grid).mz;
 }
 
@@ -317,7 +308,8 @@ ScanSum SumScans(Source& source, int sample, int function, std::span<const int> 
       At(source.Functions(sample), function, "function").kind == FunctionKind::kAbsorbance;
   Adder adder(width, IsCentroidedKind(source, sample, function, scans, unsuited), isAbsorbance);
   Points points;
-  for (const int scan : scans) {
+  for (const int scan :
+       isAbsorbance ? std::vector(scans.begin(), scans.end()) : InOrder(source, sample, function, scans)) {
     ThrowIfCancelled(cancel);
     const std::size_t lost = source.ReadPoints(sample, function, scan, points.mz, points.intensities).lost;
     const bool isLeftOut = unsuited == Unsuited::kAreLeftOut;

@@ -28,15 +28,15 @@ struct ScanSum {
 
 /// What becomes of scans that cannot be added to the others: of the other kind, peaks or a profile, than the
 /// first one, which is the first one with points when they are left out; of absorbance, those with other
-/// wavelengths. Profiles of one or two points are left out in any case, unless there is nothing else, and so
-/// are scans whose points are all lost. Other scans without points are added, but for those of absorbance,
-/// which has values wherever it is measured.
+/// wavelengths. Left out in any case are scans whose points are all lost, those with an m/z or an intensity
+/// that is no finite number, and profiles of one or two points, unless there are no others: then these are
+/// added point by point. Other scans without points are added, but for those of absorbance, which has values
+/// wherever it is measured.
 enum class Unsuited { kAreAnError, kAreLeftOut };
 
-/// The scans at these positions, added up in their order, as by AddSpectrum(); but where that would take
-/// nothing, since a profile of three or four points has no grid, the grid is that of the longer one or has
-/// the points of both, so that the total is kept. Throws Error (kWrongArgument) without scans, and for those
-/// that are unsuited.
+/// The scans at these positions, which ascend, added up in their order: peaks as by AddSpectrum(), profiles
+/// by AddProfile(), first one that gives the grid: the first scan of at least half as many points as the one
+/// with most. Throws Error (kWrongArgument) without scans, and for those that are unsuited.
 ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
                  Unsuited unsuited, const Cancel& cancel = {});
 

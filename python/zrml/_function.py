@@ -277,8 +277,7 @@ class Function(Sequence[Scan]):
         minus: the background, from the first time to the second, both included: the mean of its scans is taken
             off each scan added, so that intensities may become negative.
         ppm, da: how far apart peaks may be, on either side of the stronger one and in parts per million or
-            m/z, that become one; without them only those of one m/z do. Profiles are added on the grid of the
-            first one.
+            m/z, that become one; without them only those of one m/z do. Profiles are added on one grid.
 
         Scans of another kind, peaks or a profile, than the first one with points are left out, and so are some
         others: see Sum, which counts them.

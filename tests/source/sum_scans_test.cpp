@@ -84,11 +84,14 @@ TEST_F(SumScansTest, PeaksAreAddedAsBySpectra) {
 
 // The first scan has a mass twice, one behind it too, or none has one.
 TEST_F(SumScansTest, EqualMassesWithinAScanStayApart) {
-  const auto source = Open({{{100, 1}, {200, 2}}, {{100, 4}, {100, 8}}, {{100, 16}, {100, 32}}}, true);
+  const auto source = Open({{{100, 1}, {200, 2}}, {{100, 4}, {100, 8}}, {{100, 16}, {100, 32}}}, true, "100");
   ExpectSum(*source, 0, 3, {});
   const ScanSum sum = SumScans(*source, 0, 0, 0, 2, {});
   EXPECT_EQ(sum.mz, (Doubles{100, 100, 200}));
+  EXPECT_EQ(sum.intensities, (Doubles{5, 8, 2}));
   ExpectSum(*source, 1, 3, {});
+  // Within a tolerance they are one as soon as they are added to something.
+  EXPECT_EQ(SumScans(*source, 0, 0, 0, 2, {10, true}).intensities, (Doubles{13, 2}));
 }
 
 TEST_F(SumScansTest, ProfilesAreAddedAsBySpectra) {
@@ -179,7 +182,40 @@ TEST_F(SumScansTest, SamplesOfOneMassAreOne) {
   EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
   EXPECT_EQ(sum.intensities, (Doubles{11, 25, 44}));
   EXPECT_EQ(sum.leftOut, 1);
-  EXPECT_EQ(alone.intensities, (Doubles{1, 2, 3}));
+  EXPECT_EQ(alone.intensities, Doubles{6});
+}
+
+// Steps of 1 from 100 on, and from 100.5 on with twice as many points, or one less: the first one that is not
+// much sparser has its points in the sum, and each point of the other is halfway between two of them.
+TEST_F(SumScansTest, TheGridIsThatOfTheFirstScanUnlessItIsSparse) {
+  const ReportPairs five = {{100, 8}, {101, 4}, {102, 2}, {103, 6}, {104, 2}};
+  ReportPairs more;
+  for (int i = 0; i < 9; ++i) more.emplace_back(100.5 + i, 2);
+  ReportPairs many = more;
+  many.emplace_back(109.5, 2);
+  many.emplace_back(110.5, 2);
+  const ScanSum first = SumScans(*Open({five, more}, false, "100"), 0, 0, 0, 2, {});
+  EXPECT_EQ(first.mz, (Doubles{100, 101, 102, 103, 104, 105, 106, 107, 108, 109}));
+  EXPECT_EQ(first.intensities, (Doubles{9, 6, 4, 8, 4, 2, 2, 2, 2, 1}));
+  const ScanSum second = SumScans(*Open({five, many}, false, "100"), 0, 0, 0, 2, {});
+  EXPECT_EQ(second.mz,
+            (Doubles{99.5, 100.5, 101.5, 102.5, 103.5, 104.5, 105.5, 106.5, 107.5, 108.5, 109.5, 110.5}));
+  EXPECT_EQ(second.intensities, (Doubles{4, 8, 5, 6, 6, 3, 2, 2, 2, 2, 2, 2}));
+  EXPECT_EQ(second.added, (std::vector{0, 1}));
+}
+
+// One such scan would make all sums infinite, or no number.
+TEST_F(SumScansTest, ScansWithAnInfiniteIntensityAreLeftOut) {
+  for (const bool isCentroided : {false, true}) {
+    ReportPairs points = {{100, 1}, {101, 5}, {102, 1}};
+    const ReportPairs infinite = {{100, 1}, {101, 1e308}, {102, 1}};
+    const ScanSum sum =
+        SumScans(*Open({infinite, points, points}, isCentroided, "1000"), 0, 0, 0, 3, {10, true});
+    EXPECT_EQ(sum.added, (std::vector{1, 2}));
+    EXPECT_EQ(sum.leftOut, 1);
+    EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
+    EXPECT_EQ(sum.intensities, (Doubles{20, 100, 20}));
+  }
 }
 
 // A scan without points has nothing to add, which is something else.
@@ -194,6 +230,15 @@ TEST_F(SumScansTest, ProfilesOfTwoPointsAreLeftOut) {
   EXPECT_EQ(alone.added, (std::vector<int>{0, 1}));
   EXPECT_EQ(alone.leftOut, 0);
   EXPECT_EQ(alone.intensities, (Doubles{1, 2}));
+}
+
+TEST_F(SumScansTest, ProfilesOfTwoPointsAloneAreAddedPointByPoint) {
+  const auto source = Open({{{100, 1}, {101, 2}}, {{100.5, 3}}, {{100.5, 4}, {101, 5}}}, false, "100");
+  const ScanSum sum = SumScans(*source, 0, 0, 0, 3, {});
+  EXPECT_EQ(sum.mz, (Doubles{100, 100.5, 101}));
+  EXPECT_EQ(sum.intensities, (Doubles{1, 7, 7}));
+  EXPECT_EQ(sum.added, (std::vector{0, 1, 2}));
+  EXPECT_EQ(sum.leftOut, 0);
 }
 
 // Three scans, of which a background of two has 2 * 3 / 2 = 3 times its sum to take off.
