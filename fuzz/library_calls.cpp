@@ -226,6 +226,45 @@ class Caller {
     if (!IsDone(status)) return;
     Check(count <= mz.Size(), "no more points than there is room for");
     Check(std::is_sorted(mz.Get(), mz.Get() + count), "points ascend in m/z");
+    FindCentroids(mz.Get(), intensities.Get(), count);
+  }
+
+  // Of a profile in which each byte is a point: a step and an intensity, or something that is neither.
+  void Centroids() {
+    constexpr double kHostile[] = {NAN, INFINITY, -INFINITY, -1, 0, 5e-324, 1e-100, 1e100, 1e308};
+    std::vector<double> mz(input_.Value<std::uint8_t>() % 128);
+    std::vector<double> intensities(mz.size());
+    double at = input_.Bool() ? 100 : 0;
+    for (std::size_t i = 0; i < mz.size(); ++i) {
+      const unsigned byte = input_.Value<std::uint8_t>();
+      mz[i] = at += byte % 16 == 15 ? 1 : 1.0 / 64;
+      intensities[i] = byte >> 4;
+      const double other = kHostile[byte % std::size(kHostile)];
+      if (byte >= 0xF0) (byte % 2 == 0 ? mz : intensities)[i] = other;
+    }
+    FindCentroids(mz.data(), intensities.data(), mz.size());
+  }
+
+  void FindCentroids(const double* mz, const double* intensities, std::size_t points) {
+    Sized<zrml_centroid_options> options;
+    const unsigned byte = input_.Value<std::uint8_t>();
+    options.record.size = sizeof options.record - (byte == 0xFF ? 1 : 0);
+    options.record.is_area = byte % 2;
+    options.record.min_signal_to_noise = byte < 0x80 ? 0 : input_.Value<float>();
+    Room places(RoomFor(points));
+    Room sizes(places.Size());
+    std::size_t count = SIZE_MAX;
+    const zrml_status status =
+        zrml_find_centroids(mz, intensities, points, byte % 4 == 0 ? nullptr : &options.record, places.Get(),
+                            sizes.Get(), places.Size(), &count);
+    Check(status == ZRML_OK || status == ZRML_WRONG_ARGUMENT, "centroids need nothing but arguments");
+    if (status != ZRML_OK) return;
+    Check(count <= points && count <= places.Size(),
+          "no more peaks than samples, nor than there is room for");
+    for (std::size_t i = 0; i < count; ++i) {
+      Check(places.Get()[i] >= 0 && places.Get()[i] <= 1e100, "a peak has a place");
+      Check(sizes.Get()[i] > 0 && std::isfinite(sizes.Get()[i]), "a peak has a height");
+    }
   }
 
   void PointsOfScans() {
@@ -396,7 +435,7 @@ class Caller {
       &Caller::Precursor,     &Caller::Table,      &Caller::Series,
       &Caller::Ranges,        &Caller::Sum,        &Caller::DriftBin,
       &Caller::Trace,         &Caller::Absorbance, &Caller::AbsorbanceMatrix,
-      &Caller::PointsOfScans,
+      &Caller::PointsOfScans, &Caller::Centroids,
   };
 
   Input input_;
