@@ -1,6 +1,7 @@
 #include "source/raw_source.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <map>
 #include <string_view>
@@ -318,6 +319,14 @@ PointsRead RawSource::ReadPoints(int, int function, int scan, std::vector<double
   return read;
 }
 
+namespace {
+
+bool AreZero(std::span<const double> values) {
+  return std::ranges::all_of(values, [](double value) { return value == 0; });
+}
+
+}  // namespace
+
 // Drops places that were not written, and points that are zeros although the scan has counted something.
 // Returns how many are left and how many of these are lost.
 PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const StoredScan& stored,
@@ -339,9 +348,7 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
     CloseGaps(unwritten_, count, x.data());
     result.count = CloseGaps(unwritten_, count, y.data());
   }
-  const std::span<const double> left = y.first(result.count);
-  const bool isZero = std::all_of(left.begin(), left.end(), [](double each) { return each == 0; });
-  if (!mayBeZeroed || !isZero || stored.room.points != count) return result;
+  if (!mayBeZeroed || !AreZero(y.first(result.count)) || stored.room.points != count) return result;
   return {0, std::max<std::size_t>(declared, 1)};  // at least one where the index knows none
 }
 
@@ -382,11 +389,25 @@ std::size_t RawSource::InOrder(std::span<double> mz, std::span<double> intensiti
   return count;
 }
 
+// Whether all points may be zeros although the scan has counted something, as far as the first ones show.
+bool RawSource::MayBeZeroed(const FunctionRecord& record, int scan, const StoredScan& stored) {
+  constexpr std::size_t kFirst = 96;  // bytes, and more than their points
+  if (!(record.scanIndex[static_cast<std::size_t>(scan)].totalIntensity > 0)) return false;
+  std::array<double, kFirst> mz;
+  std::array<double, kFirst> intensities;
+  const Bytes bytes = stored.bytes.first(std::min(kFirst, stored.bytes.size()));
+  const masslynx::DecodedPoints decoded =
+      masslynx::DecodeScan(record, scan, stored.room, bytes, {mz.data(), intensities.data()});
+  return AreZero(std::span(intensities).first(decoded.count));
+}
+
 std::optional<std::span<const double>> RawSource::IntensitiesWithin(int sample, int function, int scan,
                                                                     Range range, Points& points) {
   const StoredScan stored = FetchScan(function, scan);
-  if (masslynx::DecodeWithin(directory_.Functions()[PositionOf(function)], scan, stored.room, stored.bytes,
-                             {range.low, range.high}, points.intensities))
+  const FunctionRecord& record = directory_.Functions()[PositionOf(function)];
+  if (masslynx::DecodeWithin(record, scan, stored.room, stored.bytes, {range.low, range.high},
+                             points.intensities) &&
+      !(AreZero(points.intensities) && MayBeZeroed(record, scan, stored)))
     return points.intensities;
   return Source::IntensitiesWithin(sample, function, scan, range, points);  // the fetched scan is still there
 }

@@ -75,6 +75,7 @@ class RawSource : public Source {
   template <class What>
   StoredScan Fetch(std::size_t position, const std::optional<masslynx::ScanRoom>& room, What what);
   StoredScan FetchScan(int function, int scan);
+  static bool MayBeZeroed(const masslynx::FunctionRecord& record, int scan, const StoredScan& stored);
   PointsRead CloseGapsIn(const masslynx::FunctionRecord& record, int scan, const StoredScan& stored,
                          std::size_t count, std::span<double> x, std::span<double> y);
   PointsRead Decode(int function, int scan, const StoredScan& stored, std::span<double> mz,

@@ -114,15 +114,10 @@ std::size_t FirstFrom(double low, std::span<const double> values, std::size_t hi
                                   first);
 }
 
-// The points from `range.low` to `range.high`; `hint` is a guess for the first one, and is set to its place.
-std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
-                                      std::span<const double> intensities, std::size_t& hint) {
-  const bool isRight = hint < mz.size() && !(mz[hint] < range.low) && (hint == 0 || mz[hint - 1] < range.low);
-  const std::size_t begin = isRight ? hint : FirstFrom(range.low, mz, hint);
-  std::size_t end = begin;
-  while (end < mz.size() && !(range.high < mz[end]) && !std::isnan(mz[end])) ++end;
-  hint = begin;
-  return intensities.subspan(begin, end - begin);
+// The same where `hint` is usually right.
+inline std::size_t FirstNear(std::size_t hint, double low, std::span<const double> values) {
+  const bool isRight = hint < values.size() && !(values[hint] < low) && (hint == 0 || values[hint - 1] < low);
+  return isRight ? hint : FirstFrom(low, values, hint);
 }
 
 }  // namespace
@@ -130,8 +125,12 @@ std::span<const double> IntensitiesIn(Range range, std::span<const double> mz,
 std::optional<std::span<const double>> Source::IntensitiesWithin(int sample, int function, int scan,
                                                                  Range range, Points& points) {
   if (AreAllLost(ReadPoints(sample, function, scan, points.mz, points.intensities))) return std::nullopt;
-  std::size_t hint = 0;
-  return IntensitiesIn(range, points.mz, points.intensities, hint);
+  const std::vector<double>& mz = points.mz;
+  const std::size_t begin = FirstFrom(range.low, mz, 0);
+  const auto first = mz.begin() + static_cast<std::ptrdiff_t>(begin);
+  const auto isBehind = [&](double mass) { return range.high < mass || std::isnan(mass); };
+  const auto count = static_cast<std::size_t>(std::find_if(first, mz.end(), isBehind) - first);
+  return std::span<const double>(points.intensities).subspan(begin, count);
 }
 
 std::vector<MetadataItem> Source::FunctionMetadata(int, int) { return {}; }
@@ -203,13 +202,41 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// A chromatogram's value for the points of a scan, given in order; 0 without points.
-double OfIntensities(std::span<const double> values, Within within) {
-  if (within == Within::kSum) return std::accumulate(values.begin(), values.end(), 0.0);
-  constexpr double kLowest = std::numeric_limits<double>::lowest();
-  const double largest = std::accumulate(values.begin(), values.end(), kLowest,
-                                         [](double a, double b) { return std::max(a, b); });
-  return largest > kLowest ? largest : 0;
+constexpr double kLowest = std::numeric_limits<double>::lowest();
+
+// A chromatogram's value for the points of a scan, which are added in order; 0 without points.
+template <Within kWithin>
+class ValueOfPoints {
+ public:
+  void Add(double intensity) {
+    value_ = kWithin == Within::kSum ? value_ + intensity : std::max(value_, intensity);
+  }
+  double Get() const { return value_ > kNone || kWithin == Within::kSum ? value_ : 0; }
+
+ private:
+  static constexpr double kNone = kWithin == Within::kSum ? 0 : kLowest;
+  double value_ = kNone;
+};
+
+template <Within kWithin>
+double OfIntensities(std::span<const double> intensities) {
+  ValueOfPoints<kWithin> value;
+  for (const double intensity : intensities) value.Add(intensity);
+  return value.Get();
+}
+
+// The values of a scan for each range, `stride` apart. `hints` are guesses for the first point of each, and
+// are set to its place.
+template <Within kWithin>
+void PutValues(std::span<const Range> ranges, std::span<const double> mz, std::span<const double> intensities,
+               std::span<std::size_t> hints, double* to, std::size_t stride) {
+  for (std::size_t row = 0; row < ranges.size(); ++row, to += stride) {
+    const Range range = ranges[row];
+    ValueOfPoints<kWithin> value;
+    std::size_t at = hints[row] = FirstNear(hints[row], range.low, mz);
+    for (; at < mz.size() && !(range.high < mz[at]) && !std::isnan(mz[at]); ++at) value.Add(intensities[at]);
+    *to = value.Get();
+  }
 }
 
 }  // namespace
@@ -248,15 +275,18 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
   const auto scans = static_cast<std::size_t>(ScanCount(sample, function));
   if (scans != 0 && rows.size() / scans < ranges.size())
     throw Error(Status::kWrongArgument, "there is no room for the chromatograms");
+  const bool isSum = within == Within::kSum;
   Points points;
   if (ranges.size() == 1) {  // this may need fewer than all points of a scan
+    const auto valueOf = isSum ? OfIntensities<Within::kSum> : OfIntensities<Within::kLargest>;
     for (std::size_t scan = 0; scan < scans; ++scan) {
       ThrowIfCancelled(cancel);
       const auto values = IntensitiesWithin(sample, function, static_cast<int>(scan), ranges.front(), points);
-      rows[scan] = values ? OfIntensities(*values, within) : kNaN;
+      rows[scan] = values ? valueOf(*values) : kNaN;
     }
     return;
   }
+  const auto putValues = isSum ? PutValues<Within::kSum> : PutValues<Within::kLargest>;
   // The values of several scans at a time go into the rows, which are far apart in memory.
   const std::size_t scansAtOnce = std::min<std::size_t>(scans, 256);
   const std::size_t stride =
@@ -269,9 +299,10 @@ void Source::MassRanges(int sample, int function, std::span<const Range> ranges,
       ThrowIfCancelled(cancel);
       const PointsRead read =
           ReadPoints(sample, function, static_cast<int>(scan + i), points.mz, points.intensities);
-      for (std::size_t row = 0; row < ranges.size(); ++row) {
-        const auto values = IntensitiesIn(ranges[row], points.mz, points.intensities, hints[row]);
-        block[row * stride + i] = AreAllLost(read) ? kNaN : OfIntensities(values, within);
+      if (AreAllLost(read)) {
+        for (std::size_t row = 0; row < ranges.size(); ++row) block[row * stride + i] = kNaN;
+      } else {
+        putValues(ranges, points.mz, points.intensities, hints, &block[i], stride);
       }
     }
     for (std::size_t row = 0; row < ranges.size(); ++row)

@@ -1,10 +1,12 @@
 // Many mass ranges in one pass, beside each of them alone.
 #include <bit>
+#include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
 
 #include "source/source.h"
+#include "tests/support/raw_directory_builder.h"
 #include "tests/support/report_writer.h"
 #include "tests/support/sample/acquisition.h"
 
@@ -48,6 +50,30 @@ std::unique_ptr<Source> Open(const std::filesystem::path& path) {
 TEST(MassRanges, OfARawDirectory) {
   const TempDirectory directory = sample::Acquisition().Build();
   ExpectEachAlone(*Open(directory.Path()));
+}
+
+// Its index says that the first scan has counted something; the second has its intensities behind many zeros.
+TEST(MassRanges, OfScansThatAreZeroed) {
+  RawDirectoryBuilder acquisition;
+  acquisition.functions.resize(1);
+  std::vector<WantedPoint> points;
+  for (int i = 0; i < 40; ++i) points.push_back({100.0 + i, 0});
+  acquisition.functions[0].scans = {ScanFrom<StoredPoint9>(1, points), ScanFrom<StoredPoint9>(2, points),
+                                    ScanFrom<StoredPoint9>(3, {{100, 0}, {101, 7}})};
+  acquisition.functions[0].scans[0].index.totalIntensity = 7;
+  acquisition.functions[0].scans[1].index.totalIntensity = 0;
+  points.push_back({150, 7});
+  acquisition.functions[0].scans.push_back(ScanFrom<StoredPoint9>(4, points));
+  const TempDirectory directory = acquisition.Build();
+  const auto source = Open(directory.Path());
+  ExpectEachAlone(*source);
+  for (const Range range : {Range{0, 1000}, {99, 100}, {200, 300}}) {
+    const std::vector<double> values = source->MassRange(0, 0, range, Within::kSum).intensities;
+    EXPECT_TRUE(std::isnan(values[0])) << range.low;
+    const double all = range.high == 1000 ? 7 : 0;
+    EXPECT_EQ((std::vector<double>(values.begin() + 1, values.end())), (std::vector<double>{0, all, all}));
+  }
+  EXPECT_TRUE(std::isnan(source->BasePeaks(0, 0).intensities[0]));
 }
 
 TEST(MassRanges, OfAReport) {
