@@ -240,12 +240,45 @@ Seeds Sums() {
   return seeds;
 }
 
+// One of each kind, alone and after one another.
+Seeds Questions() {
+  const std::map<std::string, std::string> questions = {
+      {"run", "run"},
+      {"sample", "sample?sample=0"},
+      {"findings", "findings?points=1"},
+      {"total", "chromatogram?from=1&function=0&kind=tic&sample=0&to=3"},
+      {"ion", "chromatogram?function=0&high=101&kind=sum&limit=2&low=100&sample=0"},
+      {"trace", "trace?from=0&sample=0&to=1&trace=0"},
+      {"peaks", "peaks?function=1&sample=0"},
+      {"spectrum", "spectrum?centroids=1&function=0&sample=0&scan=3"},
+      {"average", "average?backFrom=2&backTo=4&from=1&function=0&sample=0&to=2"},
+      {"map", "map?columns=9&from=1&function=0&high=400&low=50&rows=9&sample=0&to=2"},
+      {"absorbance", "absorbance?sample=0&scan=1"},
+      {"absorbance_map", "absorbance-map?columns=9&rows=9&sample=0"},
+      {"absorbance_largest", "absorbance-largest?sample=0"},
+      {"wavelength", "wavelength?high=400&low=100&sample=0"}};
+  Seeds seeds;
+  std::vector<std::string> all;
+  for (const auto& [name, question] : questions) {
+    seeds[name] = WriteLines({question}, LineEnd::kLf, LastLine::kUnended);
+    all.push_back(question);
+  }
+  seeds["all"] = WriteLines(all, LineEnd::kLf);
+  return seeds;
+}
+
 const std::map<std::string, std::function<Seeds()>> kMakers = {
-    {"header_text", HeaderTexts},         {"host_types", Operations},
-    {"library_calls", LibraryCalls},      {"raw_directory", RawDirectories},
-    {"raw_directory_source", RawSources}, {"report", Reports},
-    {"report_source", ReportSources},     {"scan_data", ScanDatas},
-    {"spectrum_container", Operations},   {"spectrum_sum", Sums},
+    {"header_text", HeaderTexts},
+    {"host_types", Operations},
+    {"library_calls", LibraryCalls},
+    {"question", Questions},
+    {"raw_directory", RawDirectories},
+    {"raw_directory_source", RawSources},
+    {"report", Reports},
+    {"report_source", ReportSources},
+    {"scan_data", ScanDatas},
+    {"spectrum_container", Operations},
+    {"spectrum_sum", Sums},
 };
 
 }  // namespace

@@ -10,7 +10,7 @@ export LLVM_PROFILE_FILE=$folder/seeds.ignored
 quietly fuzz-seeds "$folder/fuzz/zrml_fuzz_seeds" build/fuzz/seeds
 
 programs=()
-for fuzzer in header_text host_types library_calls raw_directory raw_directory_source report report_source scan_data spectrum_container spectrum_sum; do
+for fuzzer in header_text host_types library_calls question raw_directory raw_directory_source report report_source scan_data spectrum_container spectrum_sum; do
   program=$folder/fuzz/zrml_fuzz_$fuzzer
   programs+=(-object "$program")
   inputs=(build/fuzz/seeds/"$fuzzer")

@@ -6,7 +6,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 seconds=${1:-15}
 shift || true
 fuzzers=("$@")
-[ ${#fuzzers[@]} -gt 0 ] || fuzzers=(header_text host_types library_calls raw_directory raw_directory_source report report_source scan_data spectrum_container spectrum_sum)
+[ ${#fuzzers[@]} -gt 0 ] || fuzzers=(header_text host_types library_calls question raw_directory raw_directory_source report report_source scan_data spectrum_container spectrum_sum)
 
 install "${build_packages[@]}" "${clang_packages[@]}"
 build linux-asan zrml_fuzzers
