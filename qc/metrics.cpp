@@ -157,7 +157,8 @@ Values CycleTime(const RunSpectra& run) {
   Values times;
   for (std::size_t i = 1; i < spectra.size(); ++i)
     times.push_back(spectra[i].minutes - spectra[i - 1].minutes);
-  return times.empty() ? Values() : Values{Quartiles(times)[1] * kSecondsPerMinute};
+  const Values quartiles = Quartiles(times);
+  return quartiles.empty() ? Values() : Values{quartiles[1] * kSecondsPerMinute};
 }
 
 // The last quarter has its end, too.

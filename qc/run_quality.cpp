@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numeric>
 #include <span>
@@ -52,6 +53,11 @@ std::optional<source::Range> RangeOf(const std::vector<double>& values) {
   return range;
 }
 
+// NaN unless it is finite: nothing is acquired at the end of time.
+double TimeOf(const source::ScanInSight& scan) {
+  return std::isfinite(scan.scan.minutes) ? scan.scan.minutes : std::numeric_limits<double>::quiet_NaN();
+}
+
 class Collector : public source::Onlooker {
  public:
   Collector(std::size_t samples, const Wishes& wishes) : samples_(samples), wishes_(wishes) {}
@@ -83,7 +89,7 @@ class Collector : public source::Onlooker {
  private:
   static void AddSpectrum(const source::ScanInSight& scan, RunSpectra& spectra) {
     const std::span<const double> intensities = scan.intensities;
-    Spectrum spectrum = {.minutes = scan.scan.minutes,
+    Spectrum spectrum = {.minutes = TimeOf(scan),
                          .total = std::accumulate(intensities.begin(), intensities.end(), 0.0),
                          .points = static_cast<std::uint32_t>(intensities.size()),
                          .isCentroided = scan.scan.isCentroided};
@@ -102,7 +108,7 @@ class Collector : public source::Onlooker {
     const source::ReferencePeak peak =
         source::LargestPeak(scan.scan.isCentroided, scan.mz, scan.intensities, window);
     if (peak.intensity > 0)
-      seen.references.Add({.minutes = scan.scan.minutes, .total = (peak.mz - mz) / mz * kMillion});
+      seen.references.Add({.minutes = TimeOf(scan), .total = (peak.mz - mz) / mz * kMillion});
   }
 
   std::vector<Seen> samples_;
@@ -116,8 +122,10 @@ source::Chromatogram Thinned(std::span<const Spectrum> spectra, ValueOf valueOf)
   const std::size_t together = (spectra.size() + kMostPoints - 1) / kMostPoints;
   for (std::size_t i = 0; i < spectra.size(); i += together) {
     const std::span<const Spectrum> neighbours = spectra.subspan(i, std::min(together, spectra.size() - i));
+    const double value = valueOf(TotalsOf(neighbours));
+    if (!std::isfinite(value)) continue;
     curve.minutes.push_back(neighbours.front().minutes);
-    curve.intensities.push_back(valueOf(TotalsOf(neighbours)));
+    curve.intensities.push_back(value);
   }
   return curve;
 }
@@ -162,11 +170,17 @@ void DescribeRun(source::Source& source, int sample, RunQuality& run) {
   run.sampleName = ValueOf(items, kSample);
 }
 
+// Infinite intensities have no finite sum. A metric says nothing then.
+std::vector<double> ValuesOf(const Metric& metric, const RunSpectra& spectra) {
+  std::vector<double> values = metric.compute(spectra);
+  return AreFinite(values) ? values : std::vector<double>();
+}
+
 RunQuality QualityOf(Seen& seen) {
   RunQuality run;
   for (const auto& [function, search] : seen.channels) seen.spectra.chromatograms += search.Channels().size();
   for (SpectrumList& list : seen.spectra.lists) list.Sort();
-  for (const Metric& metric : Metrics()) run.metrics.push_back(metric.compute(seen.spectra));
+  for (const Metric& metric : Metrics()) run.metrics.push_back(ValuesOf(metric, seen.spectra));
   run.traces = std::move(seen.traces);
   run.lockMass = CourseOf(seen);
   run.totals = Thinned(seen.spectra.Timed(kMs1), HighestOf);

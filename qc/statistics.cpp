@@ -31,7 +31,12 @@ std::vector<double> TotalsOf(std::span<const Spectrum> spectra) {
   return totals;
 }
 
+bool AreFinite(std::span<const double> values) {
+  return std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
+}
+
 std::vector<double> Quartiles(std::vector<double> values) {
+  if (values.empty() || !AreFinite(values)) return {};
   std::sort(values.begin(), values.end());
   std::vector<double> quartiles;
   for (int k = 1; k < kParts; ++k) {
@@ -53,13 +58,12 @@ std::vector<double> QuartilesOfCounts(std::vector<double> counts) {
 }
 
 std::vector<double> QuartileRatios(std::vector<double> values) {
-  if (values.empty()) return {};
   std::vector<double> steps = Quartiles(values);
+  if (steps.empty()) return {};
   steps.push_back(*std::max_element(values.begin(), values.end()));
   std::vector<double> ratios;
   for (std::size_t i = 1; i < steps.size(); ++i) ratios.push_back(std::log2(steps[i] / steps[i - 1]));
-  const bool isFinite = std::all_of(ratios.begin(), ratios.end(), [](double r) { return std::isfinite(r); });
-  return isFinite ? ratios : std::vector<double>();
+  return AreFinite(ratios) ? ratios : std::vector<double>();
 }
 
 double Area(std::span<const Spectrum> spectra, source::Range minutes) {

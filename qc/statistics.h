@@ -15,7 +15,10 @@ inline constexpr int kParts = 4;
 
 std::vector<double> TotalsOf(std::span<const Spectrum> spectra);
 
-/// First, second and third quartile, between two values as far as they are apart. Of at least one value.
+bool AreFinite(std::span<const double> values);
+
+/// First, second and third quartile, between two values as far as they are apart. Empty unless there are
+/// values, all of them finite.
 std::vector<double> Quartiles(std::vector<double> values);
 
 /// The same, each one of the values: the lowest that so many are not above.

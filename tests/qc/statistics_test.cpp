@@ -25,6 +25,12 @@ TEST(Statistics, QuartilesAreBetweenValues) {
   EXPECT_EQ(Quartiles({7}), (Values{7, 7, 7}));
 }
 
+TEST(Statistics, NumbersThatAreNotFiniteHaveNoQuartiles) {
+  EXPECT_EQ(Quartiles({}), Values());
+  EXPECT_EQ(Quartiles({1, kNoTime, 3}), Values());
+  EXPECT_EQ(QuartileRatios({1, std::numeric_limits<double>::infinity(), 2}), Values());
+}
+
 // Of five values at least 1.25, 2.5 and 3.75 must not be above.
 TEST(Statistics, QuartilesOfCountsAreValues) {
   EXPECT_EQ(QuartilesOfCounts({9, 1, 7, 3, 5}), (Values{3, 5, 7}));

@@ -331,6 +331,47 @@ TEST_F(QcTest, SamplesOfAReportAreRuns) {
   EXPECT_EQ(input["fileFormat"]["accession"], "MS:1001369");
 }
 
+TEST_F(QcTest, SamplesOfReportsOfOneNameAreApart) {
+  for (const char* const name : {"a", "b"}) std::filesystem::create_directory(folder_ / name);
+  const std::string first = Make("a/vials.rpt", Vials());
+  const std::string second = Make("b/vials.rpt", Vials());
+  EXPECT_EQ(Run({"qc", first, second, "-b", Path("out.mzQC")}).status, 0);
+  const json runs = Mzqc("out.mzQC")["runQualities"];
+  ASSERT_EQ(runs.size(), 6U);
+  const json input = runs[4]["metadata"]["inputFiles"][0];
+  EXPECT_EQ(input["name"], "vials.rpt (2) sample 2");
+  EXPECT_EQ(input["location"], "file:///vials.rpt%20%282%29#sample=2");
+}
+
+// A percentage of 1e308 is beyond all numbers on its way, and so is the last time. What does not depend on
+// them is there.
+TEST_F(QcTest, NumbersThatAreNotFiniteAreLeftOut) {
+  const auto scan = [](const char* time) {
+    return SpectrumBlock(Keys({{"Time", time}, {"BPI", "1e308"}, {"TIC", "7"}, {"Continuum", "FALSE"}}),
+                         {{100, 100}, {200, 100}});
+  };
+  const std::string report = Make(
+      "huge.rpt", SampleBlock(FunctionBlock(Keys({{"Type", "MS"}}) + scan("1") + scan("2") + scan("1e999"))));
+  const ProcessResult result = Run({"qc", report, "-b", Path("out.mzQC"), "--tsv", Path("out.tsv"), "--html",
+                                    Path("out.html"), "--multiqc", Path("m")});
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(Text("out.mzQC").find("null"), std::string::npos);
+  const std::vector<Row> rows = RowsOf(Text("out.tsv"));
+  ExpectCells(rows[0], {{"runSeconds", "60"},
+                        {"ms1Spectra", "3"},
+                        {"ms1PeaksQ1", "2"},
+                        {"basePeakMaximum", ""},
+                        {"ticMaximum", ""},
+                        {"ticArea", ""},
+                        {"ms1TicRatioQ2", ""},
+                        {"ms1CycleSeconds", "60"}});
+  for (const char* const file : {"out.tsv", "out.html", "m/zrml_qc_mqc.json"}) {
+    EXPECT_EQ(Text(file).find("inf\t"), std::string::npos) << file;
+    EXPECT_EQ(Text(file).find("nan"), std::string::npos) << file;
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "m" / "zrml_tic_mqc.json"));
+}
+
 TEST_F(QcTest, TheSameWithAnyNumberOfThreads) {
   for (const char* name : {"p/a.raw", "p/b.raw", "p/c.raw", "p/d.raw"}) Make(name, Measured());
   std::filesystem::remove(folder_ / "p" / "b.raw" / "_FUNC001.DAT");
@@ -376,6 +417,12 @@ TEST_F(QcTest, TargetsThatCannotBeWritten) {
   EXPECT_EQ(Run({"qc"}).status, 2);
   ExpectFailure(Run({"qc", path, "--tsv", Path("x"), "--html", Path("x")}), 2,
                 Path("x") + " is named more than once");
+  ExpectFailure(Run({"qc", path, "--tsv", Path("x"), "--html", Path("./x"), "--force"}), 2,
+                Path("./x") + " is named more than once");
+  std::filesystem::create_directory(folder_ / "m");
+  const std::string content = Path("m/zrml_tic_mqc.json");
+  ExpectFailure(Run({"qc", path, "--tsv", content, "--multiqc", Path("m")}), 2,
+                content + " is named more than once");
 }
 
 // A reader that stops has what it wanted of the table; files and failures do not depend on it.

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <new>
-#include <set>
 #include <utility>
 
 #include "convert/native_path.h"
@@ -49,9 +49,7 @@ void AddRuns(source::Source& source, std::vector<qc::RunQuality> qualities, Asse
     const RunState state = StateOf(quality);
     if (state == RunState::kDamaged && !assessed.failure)
       assessed.failure = DamageOf(source, sample, quality);
-    const std::string file = FileNameOf(source.Path());
     assessed.runs.push_back({.name = convert::RunName(source, sample),
-                             .file = isOne ? file : file + " sample " + std::to_string(sample + 1),
                              .source = source.Path(),
                              .format = source.GetFormat(),
                              .sample = isOne ? 0 : sample + 1,
@@ -63,7 +61,6 @@ void AddRuns(source::Source& source, std::vector<qc::RunQuality> qualities, Asse
 
 void AddUnreadable(const std::string& path, Failure failure, Assessed& assessed) {
   assessed.runs = {{.name = convert::SourceName(path, source::Format::kRawDirectory),
-                    .file = FileNameOf(path),
                     .source = path,
                     .state = RunState::kUnreadable,
                     .problem = failure.message}};
@@ -89,20 +86,33 @@ Assessed AssessSource(const std::string& path, const qc::Wishes& wishes) {
   return assessed;
 }
 
-// `name`, or that with the first number behind it that nothing else has.
-std::string Unique(const std::string& name, std::set<std::string>& taken) {
-  std::string unique = name;
-  for (int number = 2; !taken.insert(unique).second; ++number)
-    unique = name + " (" + std::to_string(number) + ")";
-  return unique;
-}
+// Names that are given once each.
+class Names {
+ public:
+  /// `name`, or that with the first number behind it that nothing else has.
+  std::string Unique(const std::string& name) {
+    const auto [known, isNew] = taken_.emplace(name, 1);
+    std::string unique = name;
+    for (bool isFree = isNew; !isFree; isFree = taken_.emplace(unique, 1).second)
+      unique = name + " (" + std::to_string(++known->second) + ")";
+    return unique;
+  }
 
-void MakeUnique(std::vector<AssessedRun>& runs) {
-  std::set<std::string> names;
-  std::set<std::string> files;
-  for (AssessedRun& run : runs) {
-    run.name = Unique(run.name, names);
-    run.file = Unique(run.file, files);
+ private:
+  std::map<std::string, int> taken_;  // and the number that was tried last
+};
+
+void MakeUnique(std::vector<Assessed>& sources) {
+  Names names;
+  Names files;
+  Names inputs;
+  for (Assessed& source : sources) {
+    const std::string file = files.Unique(FileNameOf(source.runs.front().source));
+    for (AssessedRun& run : source.runs) {
+      run.name = names.Unique(run.name);
+      run.file = file;
+      run.input = inputs.Unique(run.sample == 0 ? file : file + " sample " + std::to_string(run.sample));
+    }
   }
 }
 
@@ -130,12 +140,12 @@ Assessment AssessSources(const std::vector<std::string>& sources, const qc::Wish
       pieces.Take();
     }
   }
+  MakeUnique(assessed);
   Assessment all;
   for (Assessed& one : assessed) {
     std::move(one.runs.begin(), one.runs.end(), std::back_inserter(all.runs));
     all.failures.push_back(std::move(one.failure));
   }
-  MakeUnique(all.runs);
   return all;
 }
 

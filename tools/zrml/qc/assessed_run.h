@@ -18,9 +18,10 @@ enum class RunState { kSound, kSuspect, kDamaged, kUnreadable };
 std::string_view NameOf(RunState state);
 
 struct AssessedRun {
-  std::string name;    ///< of the run, as a converted file has it; no other run has the same
-  std::string file;    ///< of the source, without folder; no other run has the same
-  std::string source;  ///< its path as given
+  std::string name;        ///< of the run, as a converted file has it; no other run has the same
+  std::string source;      ///< the path as given
+  std::string file = {};   ///< its name without folder; no other source has the same
+  std::string input = {};  ///< the same with the sample; no other run has the same
   source::Format format = source::Format::kRawDirectory;
   int sample = 0;  ///< from 1 in a source with several, else 0
   RunState state = RunState::kSound;

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <set>
 
 #include "convert/native_path.h"
 #include "convert/source_files.h"
@@ -110,16 +109,24 @@ class QcCommand : public Command {
   // Before the work begins.
   void RefuseTargets(const std::vector<std::string>& sources) const {
     const convert::SourceOwners owners(sources);
-    std::set<std::string> named;
-    for (const std::string& path : {request_.mzqc, request_.table, request_.page}) {
-      if (path.empty()) continue;
-      if (!named.insert(path).second)
-        throw Failure(ExitStatus::kWrongUsage, path + " is named more than once");
+    MadeFiles named;
+    for (const std::string& path : Targets()) {
+      if (!named.Claim(path)) throw Failure(ExitStatus::kWrongUsage, path + " is named more than once");
+      named.Release(path, true);
       RefuseUnlessFile(path);
       RefuseSourceAsTarget(path, owners);
     }
-    if (request_.multiqc.empty()) return;
-    RefuseSourceAsTarget(convert::InFolder(request_.multiqc, MultiqcFiles().front().name), owners);
+  }
+
+  std::vector<std::string> Targets() const {
+    std::vector<std::string> targets;
+    for (const std::string& path : {request_.mzqc, request_.table, request_.page}) {
+      if (!path.empty()) targets.push_back(path);
+    }
+    for (const MultiqcFile& content : MultiqcFiles()) {
+      if (!request_.multiqc.empty()) targets.push_back(convert::InFolder(request_.multiqc, content.name));
+    }
+    return targets;
   }
 
   // Their files are made, still without a name, before the work begins.

@@ -37,10 +37,7 @@ std::string TimeNow() {
 std::string UriOf(const AssessedRun& run, Location location) {
   const auto full = platform::AbsolutePath(platform::FromUtf8Path(run.source));
   const std::string uri =
-      location == Location::kFullPath
-          ? convert::FileUri(full)
-          : "file:///" +
-                convert::UriPath(run.sample > 0 ? convert::PathText(convert::NameOf(full)) : run.file);
+      location == Location::kFullPath ? convert::FileUri(full) : "file:///" + convert::UriPath(run.file);
   return run.sample > 0 ? uri + "#sample=" + std::to_string(run.sample) : uri;
 }
 
@@ -52,7 +49,7 @@ void PutInput(const AssessedRun& run, Location location, JsonWriter& json) {
   const convert::CvTerm& format =
       run.format == source::Format::kReport ? convert::cv::kTextFormat : convert::cv::kWatersRawFormat;
   json.Object([&] {
-    json.Members({{"name", run.file}, {"location", UriOf(run, location)}});
+    json.Members({{"name", run.input}, {"location", UriOf(run, location)}});
     json.Key("fileFormat").Object([&] { PutTerm(format.accession, format.name, json); });
   });
 }
