@@ -238,8 +238,9 @@ void Complete(ConvertRequest& request) {
   TakeFormat(request);
   RefuseFileAsFolder(request.folder);
   AddListedSources(request);
-  request.paths = WithoutRepeats(ListSources(request.sources));
-  if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(request.paths);
+  const std::vector<std::string> named = ListSources(request.sources);
+  if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(named);
+  request.paths = WithoutRepeats(named);
   request.threads = ThreadCount(request.threads);
   if (request.isToStandardOutput) request.conversion.isIndexed = false;
   if (!request.file.empty()) {
