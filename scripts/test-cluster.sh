@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# test-cluster.sh: the snakemake workflow on a Slurm of one node, which it starts and ends. Twelve sources, of which one is damaged,
-# and one job is killed: the others are done and these two named. A second run does only what is missing. Needs root; installs
+# test-cluster.sh: the snakemake workflow on a Slurm of one node, which it starts and ends. Thirteen sources, of which one is damaged,
+# two have one name, and one job is killed: the others are done and these two named. A second run does only what is missing. Needs root; installs
 # about 700 MB; takes some minutes.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 [ "$(id -u)" -eq 0 ] || exec sudo --preserve-env "scripts/$(basename "$0")" "$@"
@@ -89,12 +89,14 @@ END
   within 60 sh -c 'sinfo --noheader --format=%t | grep -qx idle'
 }
 
-# Ten sound ones, one of them with a name that no shell may read, one cut in the middle, and one whose conversion is killed.
+# Eleven sound ones, one of them with a name that no shell may read and two of one name, one cut in the middle, and one whose
+# conversion is killed.
 odd="odd 'name' \$(touch broken).raw"
 make_sources() {
   local number
   build/linux/zrml-sample "$work/runs/plate1/run01.raw"
   for number in 02 03 04 05 06 07 08 09; do cp -r "$work/runs/plate1/run01.raw" "$work/runs/plate1/run$number.raw"; done
+  cp -r "$work/runs/plate1/run09.raw" "$work/runs/plate1/run09.RAW"
   mkdir -p "$work/runs/plate2"
   for name in "$odd" damaged.raw killed.raw; do cp -r "$work/runs/plate1/run01.raw" "$work/runs/plate2/$name"; done
   truncate -s 100000 "$work/runs/plate2/damaged.raw/_FUNC001.DAT"
@@ -165,15 +167,16 @@ within 900 sh -c '! squeue --noheader --format="%j %k" | grep -qv "^convert .*ki
 killed=$(squeue --noheader --format='%i %j %k' | awk '/ convert .*killed\.raw/ { print $1 }')
 scancel --full --signal=KILL "$killed"
 ends 1
-expect "$(printf '%s.mzML\n' "${odd%.raw}" run0{1..9} | sort)" converted
-expect 12 submitted first check
-expect 11 submitted first convert
-expect $((makes_pages * 11)) count pages
+expect "$(printf '%s.mzML\n' "${odd%.raw}" run0{1..9} run09 | sort)" converted
+[ -e "$work/results/mzml/plate1/run09.raw/run09.mzML" ] || fail "two sources of one name are not apart"
+expect 13 submitted first check
+expect 12 submitted first convert
+expect $((makes_pages * 12)) count pages
 [ ! -e "$work/results/broken" ] || fail "a name was read by a shell"
 grep -q "is damaged" "$work/results/logs/check/plate2/damaged.raw.txt" || fail "the log does not name the damage"
 expect "check plate2/damaged.raw
 convert plate2/killed.raw" failures first
-expect 13 count rows
+expect 14 count rows
 rows | grep -qx $'damaged\tdamaged' || fail "the table does not name the damaged run"
 
 echo "Second run"
@@ -183,7 +186,7 @@ ends 1
 expect 1 submitted second check
 expect 1 submitted second convert
 expect 0 submitted second quality
-expect 11 count converted
+expect 12 count converted
 
 echo "Third run, with the damaged source copied again"
 rm -r "$work/runs/plate2/damaged.raw"
@@ -193,10 +196,10 @@ ends 0
 expect 1 submitted third check
 expect 1 submitted third convert
 expect 1 submitted third quality
-expect 12 count converted
-expect $((makes_pages * 12)) count pages
+expect 13 count converted
+expect $((makes_pages * 13)) count pages
 links=$(grep -o 'href="./../pages/plate[12]/[^"]*.html"' "$work/results/quality/runs.html" | wc -l)
-expect $((makes_pages * 12)) echo "$links"
+expect $((makes_pages * 12)) echo "$links"  # of two runs of one name to the first
 rows | grep -qx $'damaged\tsound' || fail "the table is not made again"
 
 echo "The workflow does what it should on a cluster."

@@ -475,6 +475,18 @@ TEST_F(QcTest, ThePageIsByDate) {
   EXPECT_NE(Text("out.html").find("<a href=\"./../p/b.html\">"), page.npos);
 }
 
+// A report beside the raw directory would have a page of the same name.
+TEST_F(QcTest, OnePageIsOfOneSource) {
+  Make("p/run.raw", Measured());
+  Make("p/run.rpt", Vials());
+  EXPECT_EQ(Run({"qc", "-r", Path("p"), "--html", Path("out.html"), "--pages", "x"}).status, 0);
+  const std::string page = Text("out.html");
+  const std::string link = "<a href=\"./x/run.html\">";
+  const std::size_t first = page.find(link);
+  EXPECT_LT(first, page.find("id=\"run-2\""));
+  EXPECT_EQ(page.find(link, first + 1), page.npos);
+}
+
 #ifndef _WIN32
 TEST_F(QcTest, NamesAreNoMarkup) {
   RawDirectoryBuilder raw = Measured();

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <map>
 
 #include "convert/native_path.h"
 #include "convert/source_files.h"
@@ -86,7 +87,7 @@ class QcCommand : public Command {
       const std::vector<Report> reports = MakeReports();
       Assessment assessment =
           AssessSources(sources, {.lockMass = request_.lockMass}, threads, IsErrorTerminal());
-      for (AssessedRun& run : assessment.runs) run.page = PageOf(run);
+      LinkPages(assessment.runs);
       if (reports.empty()) {
         WriteQcTable(assessment.runs, out);
         out.Finish();
@@ -144,6 +145,15 @@ class QcCommand : public Command {
     }
     Add(request_.page, IsAny, WriteQcPage, reports);
     return reports;
+  }
+
+  // Of sources of one name in a folder, the page is that of the first.
+  void LinkPages(std::vector<AssessedRun>& runs) const {
+    std::map<std::string, std::string> sources;  // of the pages
+    for (AssessedRun& run : runs) {
+      const std::string page = PageOf(run);
+      if (sources.emplace(page, run.source).first->second == run.source) run.page = page;
+    }
   }
 
   // Where `zrml page` makes it for a source, with the folders between a searched folder and the source.
