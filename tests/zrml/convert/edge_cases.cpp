@@ -56,7 +56,7 @@ RawDirectoryBuilder NanMasses() {
                                              {{.magnitude = 1u << 20, .exponent = 4}},
                                              {{.magnitude = 1u << 20, .exponent = 5}},
                                              {{.magnitude = 1u << 20, .exponent = 6}}};
-  FunctionFiles function = FunctionOf({ScanOf(0.1F, points), ScanOf(nan, points), ScanOf(0.2F, points)});
+  FunctionFiles function = FunctionOf({ScanOf(0.1F, points), ScanOf(0.15F, points), ScanOf(0.2F, points)});
   function.record.type = kMsMs;
   function.statistics = StatisticsLayout();
   function.record.dataFormat = 11;
