@@ -43,9 +43,12 @@ enum class FindingCode {
   kScansOverlap,
   kStatisticsCut,      // or for a different number of scans
   kStatisticsUnknown,  // of an unknown version
+  kStatisticsZeroed,   // records of zeros at the end
+  kTemperaturesUnknown,
   kPrecursorsOfMethod,
   kTextOversized,  // far larger than a text of its kind
   kFunctionTableCut,
+  kFunctionZeroed,  // its record of the function table
   kHistoryCut,
   kProcessUnrooted,  // a processed function without a raw function at its origin
   kProcessRepeated,  // several processed functions share a process number
@@ -55,6 +58,9 @@ enum class FindingCode {
   kTraceDataMissing,
   kTraceDataZeroed,   // at their end
   kTraceTimesReturn,  // so that the rest is not read
+  kTraceListZeroed,
+  kTraceEndDoubtful,  // zeros in the last record alone
+  kTraceEndsEarly,    // long before the scans
   kTracesHidden,      // by others
   kTracesUnreadable,
   kReportCut,
@@ -66,6 +72,8 @@ enum class FindingCode {
   kBlockUnopened,    // a marker without a line that begins with a brace behind it
   kBraceStray,       // one that closes nothing
   kDecimalComma,
+  kNumberUnread,  // a value of a key that is no number
+  kPointsUnread,  // lines of a data list with one number
   kLinesSkipped,  // of data lists
   kScansEmpty,    // spectra of a report without points
   kTracesEmpty,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <string>
 
 #include "common/bytes.h"
 #include "masslynx/directory_files.h"
@@ -86,6 +87,15 @@ std::optional<std::size_t> RecordsIn(std::uint64_t size, CutTable cutTable, Find
   return static_cast<std::size_t>(std::min<std::uint64_t>(count, kMostFunctions));
 }
 
+// Any function has a time for its scans, or masses.
+void NoticeZeroed(const FunctionRecord& function, Findings& findings) {
+  findings.Add({.code = FindingCode::kFunctionZeroed,
+                .file = platform::ToNativePath(kFunctionTableName),
+                .problem = "has zeros in place of function " + std::to_string(function.number) +
+                           ", so its type and the layout of its scans are not known",
+                .subject = SubjectOf(function)});
+}
+
 }  // namespace
 
 bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<CalibrationLine>& calibration,
@@ -102,8 +112,9 @@ bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<Cal
   const FileFinder files(folder, 2 * *count);
   for (std::size_t i = 0; i < *count; ++i) {
     const auto number = static_cast<std::uint16_t>(i + 1);
-    FunctionRecord& function = functions.emplace_back(
-        ReadRecord(Bytes(bytes).subspan(i * format::kRecordSize, format::kRecordSize), number));
+    const Bytes record = Bytes(bytes).subspan(i * format::kRecordSize, format::kRecordSize);
+    FunctionRecord& function = functions.emplace_back(ReadRecord(record, number));
+    if (findings != nullptr && AreZeros(record)) NoticeZeroed(function, *findings);
     ParseCalibration(calibration, function);
     function.hasMobilityData = files.Opens(FunctionFileName(number, L"CDT"));
     function.hasDataFile = files.Opens(FunctionFileName(number, L"DAT"));

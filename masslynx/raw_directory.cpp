@@ -142,15 +142,16 @@ void RawDirectory::NoticeZeroTail(std::size_t function, Findings& findings) {
 Findings RawDirectory::CollectFindings() {
   Findings findings = findings_;
   const std::string refusal = refusal_;
-  bool hasScans = false;
+  std::optional<float> lastScan;
   for (std::size_t i = 0; i < functions_.size(); ++i) {
-    hasScans = !LoadedFunction(i).scanIndex.empty() || hasScans;
+    for (const ScanIndexEntry& scan : LoadedFunction(i).scanIndex)
+      lastScan = std::max(lastScan.value_or(0), scan.retentionTime);  // unless that is NaN
     for (const Finding& finding : states_[i].findings.List()) findings.Add(finding);
     if (functions_[i].hasDataFile) NoticeZeroTail(i, findings);
   }
   refusal_ = refusal;
   NoticeUnownedFiles(folder_, functions_, findings);
-  NoticeTraces(folder_, hasScans, findings);
+  NoticeTraces(folder_, lastScan, findings);
   return findings;
 }
 

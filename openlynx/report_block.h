@@ -66,7 +66,8 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
                                       std::string_view list = {});
 
 /// What a comma between digits does, as some systems write it for the point: it ends the number, deliberately
-/// so in the slots of the contract, or nobody knows the number.
+/// so in the slots of the contract, or nobody knows the number. Where numbers are hidden, so is what stands
+/// in place of one and is none.
 enum class DecimalCommas { kEndNumbers, kHideNumbers };
 
 /// "210,05"
@@ -103,7 +104,8 @@ std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, DecimalCo
     const std::optional<double> x = TakeDouble(line);
     if (x && isHidden(line)) return void(++hidden);
     const std::optional<double> y = x ? TakeDouble(line) : std::nullopt;
-    if (y && isHidden(line)) return void(++hidden);
+    const bool isAlone = x && !y && commas == DecimalCommas::kHideNumbers;
+    if (isAlone || (y && isHidden(line))) return void(++hidden);
     if (y) use(*x, *y);
   });
   return hidden;

@@ -70,6 +70,9 @@ constexpr FaultText kTexts[] = {
      "markers without a line that begins with { behind them"},
     {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
     {FindingCode::kDecimalComma, "a line with a comma in a number", "lines with commas in numbers"},
+    {FindingCode::kNumberUnread, "a value that is no number", "values that are no numbers"},
+    {FindingCode::kPointsUnread, "a point of which only one number is read",
+     "points of which only one number is read"},
     {FindingCode::kLinesSkipped, "a line of a data list that is no point",
      "lines of data lists that are no points"},
 };
@@ -126,7 +129,8 @@ class FaultSearch {
  private:
   struct Open {
     Block block = Block::kNone;
-    std::int64_t depth = 0;  // outside of it
+    std::int64_t depth = 0;                             // outside of it
+    std::array<bool, kNumberKeys.size()> isKnown = {};  // which keys have a value
   };
 
   // Of the open blocks. The first values that are not empty count, also in inner blocks.
@@ -244,12 +248,22 @@ class FaultSearch {
   void LookAtKeys(std::string_view line) {
     if (open_.empty()) return;
     const Block block = open_.back().block;
-    for (const NumberKey& each : kNumberKeys) {
-      if (each.block == block && line.starts_with(each.key) && HasDecimalComma(ValueOf(line, each.key)))
-        Add(FindingCode::kDecimalComma, number_, std::string(each.key));
+    for (std::size_t i = 0; i < kNumberKeys.size(); ++i) {
+      if (kNumberKeys[i].block == block && line.starts_with(kNumberKeys[i].key)) LookAtNumber(line, i);
     }
     LookAtName(line, kDescriptionKey, kAnalogMark, &OpenFunction::hasDescription);
     LookAtName(line, kTypeKey, kDadMark, &OpenFunction::hasType);
+  }
+
+  // The first value that is not empty counts.
+  void LookAtNumber(std::string_view line, std::size_t key) {
+    std::string_view value = ValueOf(line, kNumberKeys[key].key);
+    if (value.empty() || std::exchange(open_.back().isKnown[key], true)) return;
+    if (HasDecimalComma(value)) {
+      Add(FindingCode::kDecimalComma, number_, std::string(kNumberKeys[key].key));
+    } else if (!TakeDouble(value)) {
+      Add(FindingCode::kNumberUnread, number_, std::string(kNumberKeys[key].key));
+    }
   }
 
   // Functions that have no value of the key are the last ones.
@@ -267,8 +281,9 @@ class FaultSearch {
   void LookAtPoint(std::string_view line) {
     if (line.front() == kComment || Trim(line).empty()) return;
     if (HasDecimalComma(line)) return Add(FindingCode::kDecimalComma, number_);
-    if (TakeDouble(line) && TakeDouble(line)) return;
-    Add(FindingCode::kLinesSkipped, number_);
+    const bool hasNumber = TakeDouble(line).has_value();
+    if (hasNumber && TakeDouble(line)) return;
+    Add(hasNumber ? FindingCode::kPointsUnread : FindingCode::kLinesSkipped, number_);
   }
 
   void AddFindings() const {

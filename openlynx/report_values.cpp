@@ -55,7 +55,7 @@ std::optional<double> ScaleOf(std::optional<double> number, bool isHidden) {
 }
 
 bool IsHidden(std::string_view value, DecimalCommas commas) {
-  return commas == DecimalCommas::kHideNumbers && HasDecimalComma(value);
+  return commas == DecimalCommas::kHideNumbers && !value.empty() && !NumberIn(value, commas);
 }
 
 }  // namespace

@@ -473,7 +473,7 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data());
   ThrowRefusal(what + ' ', data->Refusal());
   if (!kept) ThrowUnread(what);
-  const std::size_t measured = std::min(*kept, data->Count() - data->ZerosAtEnd());
+  const std::size_t measured = std::min(*kept, data->Count() - data->LookAtEnd().lost);
   chromatogram.minutes.resize(measured);
   chromatogram.intensities.resize(measured);
   return chromatogram;

@@ -12,6 +12,7 @@
 #include "common/bytes.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/function_types.h"
+#include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/point_unit_format.h"
 #include "masslynx/scandata/scan_extents.h"
 #include "masslynx/scandata/scan_facts.h"
@@ -230,31 +231,42 @@ class FunctionNotices {
     add(FindingCode::kTimesReturn, "has times that go backwards at", ReturningTimes(entries.list));
   }
 
-  // For the listed scans: which precursors are not their own because the statistics that would hold them are
-  // missing.
-  void Precursors() {
-    if (hasStatistics_ || !HasPrecursors(function_)) return;
-    const std::vector<ScanIndexEntry>& scans = function_.scanIndex;
-    Finding finding = About(L"STS");
-    finding.code = FindingCode::kPrecursorsOfMethod;
-    Numbers without;
-    for (std::size_t i = 0; i < scans.size(); ++i) {
-      if (!HasOwnPrecursor(scans[i])) without.Add(i + 1);
+  // For the listed scans: what is missing where the statistics that would hold it are.
+  void MissingStatistics() {
+    if (hasStatistics_) return;
+    if (HasPrecursors(function_)) {
+      AddWithout(FindingCode::kPrecursorsOfMethod, "does not tell the precursors of ",
+                 function_.setMass != 0 ? ", which are the method's" : "", HasOwnPrecursor);
     }
-    if (without.IsEmpty()) return;
-    finding.SetScans(std::move(without));
-    const std::string scansOf =
-        std::to_string(finding.count) + " of " + std::to_string(scans.size()) + " scans";
-    finding.problem = "does not tell the precursors of " + scansOf +
-                      (function_.setMass != 0 ? ", which are the method's" : "") + "; the first is scan " +
-                      std::to_string(finding.first);
-    findings_.Add(std::move(finding));
+    const bool isCorrected = HasCalibration(function_) && function_.calTemperature != 0;
+    if (isCorrected && !function_.processed) {
+      AddWithout(FindingCode::kTemperaturesUnknown, "does not tell the temperatures of ",
+                 ", whose masses are not corrected for them",
+                 [](const ScanIndexEntry& scan) { return scan.temperatureValid || scan.preCalibrated; });
+    }
   }
 
  private:
   Finding About(std::wstring_view extension) const {
     return {.file = platform::ToNativePath(FileNameOf(function_, extension)),
             .subject = SubjectOf(function_)};
+  }
+
+  // About the scans for which `has(scan)` is false.
+  template <class Has>
+  void AddWithout(FindingCode code, const std::string& what, const std::string& so, Has has) {
+    const std::vector<ScanIndexEntry>& scans = function_.scanIndex;
+    Numbers without;
+    for (std::size_t i = 0; i < scans.size(); ++i) {
+      if (!has(scans[i])) without.Add(i + 1);
+    }
+    if (without.IsEmpty()) return;
+    Finding finding = About(L"STS");
+    finding.code = code;
+    finding.SetScans(std::move(without));
+    finding.problem = what + std::to_string(finding.count) + " of " + std::to_string(scans.size()) +
+                      " scans" + so + "; the first is scan " + std::to_string(finding.first);
+    findings_.Add(std::move(finding));
   }
 
   void AddNotOpened(std::wstring_view extension, Spellings spellings, FindingCode codeWhenMissing,
@@ -329,7 +341,7 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     for (const std::size_t place : entries.untimed)
       entries.list[numbers.Of(place) - 1].retentionTime = std::numeric_limits<float>::quiet_NaN();
     function.scanIndex = std::move(entries.list);
-    if (notices) notices->Precursors();
+    if (notices) notices->MissingStatistics();
     return;
   }
   if (notices) notices->IndexCut(problem);

@@ -171,15 +171,54 @@ Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans)
   return problem;
 }
 
-// Of a whole file of `records`: zeros behind records that are not all zeros.
+std::uint64_t CountZeroedDescriptors(Bytes description, std::uint16_t count) {
+  std::uint64_t zeroed = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    ByteCursor code(description, format::kDescriptors + i * format::kDescriptorSize + format::kItemCode);
+    if (code.U16() == 0 && code.Ok()) ++zeroed;
+  }
+  return zeroed;
+}
+
+// Whether no record but the last has only zeros from `begin` on.
+bool IsAloneInZeros(const platform::File& file, const Header& header, std::uint64_t records,
+                    std::size_t begin) {
+  bool isAlone = records > 2;
+  std::vector<std::byte> record(header.recordSize);
+  for (std::uint64_t i = 0; isAlone && i + 1 < records; ++i) {
+    const std::uint64_t at = header.recordsOffset + i * header.recordSize;
+    isAlone = file.ReadAt(at, record) == record.size() && !AreZeros(Bytes(record).subspan(begin));
+  }
+  return isAlone;
+}
+
+// Of a whole file of `records`: a scan may have no values, so zeros in place of records prove nothing.
 Problem ZeroedRecords(const platform::File& file, const Header& header, std::uint64_t records) {
   const std::uint64_t zeros = BeginOfZeros(file);
-  const std::uint64_t last = records > 0 ? header.recordsOffset + (records - 1) * header.recordSize : 0;
-  if (zeros <= header.recordsOffset || zeros > last) return {.records = records};
-  const std::uint64_t left = (zeros - header.recordsOffset + header.recordSize - 1) / header.recordSize;
-  return {.text = "ends in zeros that are no records of " + std::to_string(records - left) + " of " +
-                  std::to_string(records) + " scans; the first is scan " + std::to_string(left + 1),
-          .records = left};
+  if (records == 0 || zeros == kNoZeros) return {.records = records};
+  const std::uint64_t begin = std::max<std::uint64_t>(zeros, header.recordsOffset) - header.recordsOffset;
+  const std::uint64_t left = (begin + header.recordSize - 1) / header.recordSize;
+  if (left < records) {
+    return {.code = FindingCode::kStatisticsZeroed,
+            .text = "ends in zeros in place of the records of " + std::to_string(records - left) + " of " +
+                    std::to_string(records) + " scans; the first is scan " + std::to_string(left + 1),
+            .records = left};
+  }
+  const auto place = static_cast<std::size_t>(begin - (records - 1) * header.recordSize);
+  if (place == header.recordSize || !IsAloneInZeros(file, header, records, place))
+    return {.records = records};
+  return {.code = FindingCode::kStatisticsZeroed,
+          .text = "ends in zeros inside the record of scan " + std::to_string(records) +
+                  ", where no other record has them",
+          .records = records - 1};
+}
+
+// Of a file that is as long as it should be.
+Problem ProblemInside(const platform::File& file, const Header& header, std::uint64_t records) {
+  const std::uint64_t zeroed = CountZeroedDescriptors(ReadDescription(file), header.descriptorCount);
+  if (zeroed == 0) return ZeroedRecords(file, header, records);
+  return {.text = "has zeros in place of " + std::to_string(zeroed) + " of " +
+                  std::to_string(header.descriptorCount) + " descriptions of its items"};
 }
 
 }  // namespace
@@ -200,7 +239,7 @@ bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& 
     file.ReadAt(0, start);
     const Header header = ReadHeader(start);
     Problem problem = ProblemOf(header, size, scans);
-    if (problem.text.empty()) problem = ZeroedRecords(file, header, problem.records);
+    if (problem.text.empty()) problem = ProblemInside(file, header, problem.records);
     records = problem.records;
     if (problem.text.empty()) return records >= scans;
     finding.code = problem.code;

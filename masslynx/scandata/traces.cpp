@@ -4,9 +4,11 @@
 #include <array>
 #include <limits>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "common/bytes.h"
+#include "common/number_text.h"
 #include "common/text.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/scandata/packed_point.h"
@@ -36,6 +38,9 @@ bool ForEachRecord(const File& file, std::uint64_t offset, std::uint64_t count, 
   }
   return true;
 }
+
+// Fewer records say nothing about another.
+constexpr std::size_t kSome = 3;
 
 constexpr std::wstring_view kAnalogList = L"_ANALOGS.INF";
 constexpr std::wstring_view kAnalogData = L"_ANALOGS.DAT";
@@ -100,8 +105,8 @@ std::optional<TraceList> ReadChromatogramNames(const File& file) {
 
 class TraceNotices {
  public:
-  TraceNotices(const platform::SystemPath& folder, bool hasScans, Findings& findings)
-      : folder_(folder), hasScans_(hasScans), findings_(findings) {}
+  TraceNotices(const platform::SystemPath& folder, std::optional<float> lastScan, Findings& findings)
+      : folder_(folder), lastScan_(lastScan), findings_(findings) {}
 
   // Analog channels hide stored chromatograms, but not when their list cannot be opened.
   void Notice() const {
@@ -145,9 +150,10 @@ class TraceNotices {
     const File data = OpenInDirectory(folder_, kAnalogData);
     if (list.Size() == 0) {
       if (data.Size() > 0 || HasData(0)) AddCut(kAnalogList, "is empty");
-    } else if (data.IsOpen() && data.Size() == 0 && hasScans_) {
+    } else if (data.IsOpen() && data.Size() == 0 && lastScan_) {
       Add(FindingCode::kTraceDataMissing, kAnalogData, "is empty");
     } else if (const std::optional<TraceList> names = ReadAnalogNames(list)) {
+      NoticeNames(list, 0, kAnalogList);
       NoticeAnalogPoints(*names);
     }
   }
@@ -156,24 +162,54 @@ class TraceNotices {
   void NoticeAnalogPoints(const TraceList& list) const {
     const std::optional<TraceData> data = TraceData::Open(folder_, list, 0);
     if (!data) return;  // which reading the traces finds out
-    const std::size_t lost = NoticeZeros(*data, kAnalogData);
-    std::vector<double> times(data->Count());
-    std::vector<double> values(data->Count());
-    const std::optional<std::size_t> kept = data->Read(times.data(), values.data());
-    if (!kept || *kept + lost >= data->Count()) return;
+    const PointsSeen seen = NoticePoints(*data, kAnalogData);
+    if (!seen.kept || *seen.kept + seen.lost >= data->Count()) return;
     Add(FindingCode::kTraceTimesReturn, kAnalogData,
-        "has times that go backwards, so only " + std::to_string(*kept) + " of " +
+        "has times that go backwards, so only " + std::to_string(*seen.kept) + " of " +
             std::to_string(data->Count()) + " records are read");
   }
 
-  std::size_t NoticeZeros(const TraceData& data, std::wstring_view name) const {
-    const std::size_t lost = data.ZerosAtEnd();
-    if (lost > 0) {
+  struct PointsSeen {
+    std::size_t lost = 0;
+    std::optional<std::size_t> kept;
+  };
+
+  PointsSeen NoticePoints(const TraceData& data, std::wstring_view name) const {
+    const TraceData::End end = data.LookAtEnd();
+    if (end.lost > 0) {
       Add(FindingCode::kTraceDataZeroed, name,
-          "ends in zeros in place of " + std::to_string(lost) + " of " + std::to_string(data.Count()) +
+          "ends in zeros in place of " + std::to_string(end.lost) + " of " + std::to_string(data.Count()) +
               " records");
     }
-    return lost;
+    if (end.isDoubtful)
+      Add(FindingCode::kTraceEndDoubtful, name, "ends in zeros inside a record, where no other has them");
+    std::vector<double> times(data.Count());
+    std::vector<double> values(data.Count());
+    const std::optional<std::size_t> kept = data.Read(times.data(), values.data());
+    if (kept && *kept == data.Count() && end.lost == 0) NoticeEarlyEnd(times, name);
+    return {end.lost, kept};
+  }
+
+  // Two of its points later there are still scans.
+  void NoticeEarlyEnd(std::span<const double> times, std::wstring_view name) const {
+    constexpr double kMost = 0.9;
+    if (times.size() <= kSome || !lastScan_) return;
+    const double step = (times.back() - times.front()) / static_cast<double>(times.size() - 1);
+    const double scan = *lastScan_;
+    if (!(times.back() < scan * kMost && times.back() + 2 * step < scan)) return;
+    Add(FindingCode::kTraceEndsEarly, name,
+        "ends at " + ShortNumber(times.back()) + ", the scans end at " + ShortNumber(scan) + " minutes");
+  }
+
+  // Names may be missing, but seldom all of them.
+  void NoticeNames(const File& list, std::uint64_t offset, std::wstring_view name) const {
+    std::uint64_t records = (list.Size() - offset) / format::kNameRecordSize;
+    bool areZeros = records > 0;
+    ForEachRecord(list, offset, records, format::kNameRecordSize, [&](const std::byte* record) {
+      areZeros = AreZeros({record, format::kNameRecordSize});
+      return areZeros;
+    });
+    if (areZeros) Add(FindingCode::kTraceListZeroed, name, "has zeros in place of all names");
   }
 
   // An empty list of channels is damage already.
@@ -189,11 +225,12 @@ class TraceNotices {
     if (header.problem != nullptr) return AddCut(kChromatogramList, header.problem);
     if (header.dataSize % format::kNameRecordSize != 0)
       return Add(FindingCode::kTraceListCut, kChromatogramList, "does not end with a whole record");
+    NoticeNames(list, header.size, kChromatogramList);
     const auto traces = static_cast<std::size_t>(header.dataSize / format::kNameRecordSize);
     if (HasData(traces)) Add(FindingCode::kFileUnowned, ChromatogramData(traces), "belongs to no trace");
     for (std::size_t trace = 0; trace < traces; ++trace) {
       const std::optional<TraceData> data = TraceData::Open(folder_, {}, trace);
-      if (data) NoticeZeros(*data, ChromatogramData(trace));
+      if (data) NoticePoints(*data, ChromatogramData(trace));
     }
   }
 
@@ -203,7 +240,7 @@ class TraceNotices {
   }
 
   const platform::SystemPath& folder_;
-  bool hasScans_;
+  std::optional<float> lastScan_;
   Findings& findings_;
 };
 
@@ -220,8 +257,8 @@ std::optional<TraceList> ReadTraceList(const platform::SystemPath& folder, std::
   return TraceList();
 }
 
-void NoticeTraces(const platform::SystemPath& folder, bool hasScans, Findings& findings) {
-  TraceNotices(folder, hasScans, findings).Notice();
+void NoticeTraces(const platform::SystemPath& folder, std::optional<float> lastScan, Findings& findings) {
+  TraceNotices(folder, lastScan, findings).Notice();
 }
 
 std::optional<TraceData> TraceData::Open(const platform::SystemPath& folder, const TraceList& list,
@@ -263,16 +300,36 @@ std::optional<std::size_t> TraceData::Read(double* times, double* values) const 
   return isWhole ? std::optional(kept) : std::nullopt;
 }
 
-// Only the first record may be at time 0.
-std::size_t TraceData::ZerosAtEnd() const {
-  std::size_t zeros = 0;
+TraceData::End TraceData::LookAtEnd() const {
+  const auto isZeroFrom = [&](const std::byte* record, std::size_t place) {
+    return AreZeros({record + place, record + recordSize_});
+  };
+  // Bytes of a number but for its last one are no number that is measured.
+  const auto isPartOf = [](std::size_t place, std::size_t number) {
+    return place > number && place < number + sizeof(float);
+  };
+  End end;
+  std::vector<std::byte> last;  // but for records of zeros
   ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
-    const bool isZero =
-        std::all_of(record, record + recordSize_, [](std::byte byte) { return byte == std::byte{0}; });
-    zeros = isZero ? zeros + 1 : 0;
+    end.lost = isZeroFrom(record, 0) ? end.lost + 1 : 0;
+    if (end.lost == 0) last.assign(record, record + recordSize_);
     return true;
   });
-  return zeros > 0 && zeros == count_ ? zeros - 1 : zeros;
+  if (end.lost == count_) return {.lost = count_ == 1 ? 0 : count_};  // one may be at time 0
+  std::size_t place = recordSize_;                                    // where its zeros begin
+  while (last[place - 1] == std::byte{0}) --place;
+  const bool isValueCut = word_ == 0 && isPartOf(place, format::kAnalogTimeSize);
+  if (isPartOf(place, 0) || isValueCut) return {.lost = end.lost + 1};
+  const std::size_t others = count_ - end.lost - 1;
+  const std::size_t enough = end.lost > 0 ? 1 : kSome;
+  if (others < enough || place == recordSize_) return end;
+  end.isDoubtful = true;
+  ForEachRecord(file_, offset_, others, recordSize_, [&](const std::byte* record) {
+    end.isDoubtful = !isZeroFrom(record, place);
+    return end.isDoubtful;
+  });
+  if (end.lost > 0 && end.isDoubtful) return {.lost = end.lost + 1};
+  return end;
 }
 
 }  // namespace zrml::masslynx

@@ -27,9 +27,9 @@ inline constexpr std::wstring_view kTotalAbsorbance = L"PDA - Total Absorbance";
 /// NoticeRefusal().
 std::optional<TraceList> ReadTraceList(const platform::SystemPath& folder, std::string* refusal = nullptr);
 
-/// Reports damage of the lists, and records that are zeros or that no trace shows. With `hasScans` (of any
-/// function), analog channels without values are damage and not a run that never began.
-void NoticeTraces(const platform::SystemPath& folder, bool hasScans, Findings& findings);
+/// Reports damage of the lists, and records that are zeros or that no trace shows. With `lastScan`, the time
+/// of the last one of any function, analog channels without values are damage and not a run that never began.
+void NoticeTraces(const platform::SystemPath& folder, std::optional<float> lastScan, Findings& findings);
 
 /// The data of one trace.
 class TraceData {
@@ -45,9 +45,13 @@ class TraceData {
   /// analog channels end where time runs backwards. No value when the file ends before its records.
   std::optional<std::size_t> Read(double* times, double* values) const;
 
-  /// How many records at the end are zeros and no points: a copy that broke off. Analog channels have them
-  /// in common.
-  std::size_t ZerosAtEnd() const;
+  /// What zeros at the end of the file have done to its records: a copy that broke off. Analog channels have
+  /// it in common.
+  struct End {
+    std::size_t lost = 0;     ///< records that are no points: zeros, or cut inside their number by zeros
+    bool isDoubtful = false;  ///< the last point ends in zeros, as no other does
+  };
+  End LookAtEnd() const;
 
   /// See File::Refusal().
   std::string Refusal() const { return file_.Refusal(); }

@@ -8,37 +8,12 @@
 #include <gtest/gtest.h>
 
 #include "masslynx/raw_directory.h"
-#include "tests/support/sound_directory.h"
+#include "tests/source/directory_findings.h"
 
 namespace zrml::masslynx {
 namespace {
 
-using Edit = void (*)(const TempDirectory& directory);
-
-using test::SoundDirectory;
-
-std::vector<Finding> Collect(const TempDirectory& directory) {
-  std::optional<RawDirectory> opened = RawDirectory::Open(directory.SystemPath());
-  if (!opened) return {};
-  const Findings findings = opened->CollectFindings();
-  return {findings.List().begin(), findings.List().end()};
-}
-
-using Lines = std::vector<std::string>;
-
-Lines LinesOf(const TempDirectory& directory) {
-  Lines lines;
-  for (const Finding& finding : Collect(directory))
-    lines.push_back(std::string(NameOf(finding.code)) + ": " + finding.file + " " + finding.problem);
-  return lines;
-}
-
-void ExpectLines(const RawDirectoryBuilder& raw, const Lines& lines, Edit edit) {
-  const TempDirectory directory = raw.Build();
-  EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
-  edit(directory);
-  EXPECT_EQ(LinesOf(directory), lines);
-}
+using namespace test;
 
 // Each point of format 9 has a mass, which is not zero: what is zero was never written there, whether or not
 // totals are recorded. 2 points of 6 bytes a scan.
@@ -257,14 +232,96 @@ TEST(RawFindings, StatisticsThatEndInZeros) {
     scan.statistics.precursorFlags = 1;
   }
   ExpectLines(raw,
-              {"statistics-cut: _FUNC001.STS ends in zeros that are no records of 1 of 3 scans; the first is "
-               "scan 3",
+              {"statistics-zeroed: _FUNC001.STS ends in zeros in place of the records of 1 of 3 scans; the "
+               "first is scan 3",
                "precursors-of-method: _FUNC001.STS does not tell the precursors of 1 of 3 scans, which are "
                "the method's; the first is scan 3"},
               [](const TempDirectory& directory) {
                 directory.Edit("_FUNC001.STS",
                                [](FileBytes& bytes) { std::fill_n(bytes.end() - 40, 40, std::byte{0}); });
               });
+}
+
+// Precursors at 8 and flags at 12 of records of 32 bytes, the last bytes of which are zero.
+TEST(RawFindings, StatisticsThatEndInZerosInsideARecord) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  for (ScanFiles& scan : raw.functions[0].scans)
+    scan.statistics = {.auxValue = 30, .precursorMass = 445, .precursorFlags = 1};
+  const TempDirectory directory = raw.Build();
+  const FileBytes whole = directory.Read("_FUNC001.STS");
+  const std::size_t record = std::to_integer<std::size_t>(whole[4]);
+  const std::size_t last = whole.size() - record;
+  EXPECT_EQ(LinesOf(directory), Lines()) << "the control";
+  directory.Edit("_FUNC001.STS", [&](FileBytes& bytes) { ZeroFrom(bytes, last + 10); });
+  EXPECT_EQ(LinesOf(directory), Lines{"statistics-zeroed: _FUNC001.STS ends in zeros inside the record of "
+                                      "scan 3, where no other record has them"});
+  // Another scan without a precursor, so the last one may have none either.
+  directory.Edit("_FUNC001.STS", [&](FileBytes& bytes) {
+    std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(last - record + 8), record - 8, std::byte{0});
+  });
+  EXPECT_EQ(LinesOf(directory), Lines());
+}
+
+TEST(RawFindings, StatisticsOfNothingButZeros) {
+  ExpectLines(SoundDirectory(),
+              {"statistics-zeroed: _FUNC001.STS ends in zeros in place of the records of 3 of 3 scans; the "
+               "first is scan 1"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS", [](FileBytes& bytes) {
+                  ZeroFrom(bytes, std::to_integer<std::size_t>(bytes[0]) +
+                                      256 * std::to_integer<std::size_t>(bytes[1]));
+                });
+              });
+}
+
+// The descriptions are 48 bytes each, from byte 32 on.
+TEST(RawFindings, StatisticsWithoutDescriptions) {
+  ExpectLines(SoundDirectory(),
+              {"statistics-cut: _FUNC001.STS has zeros in place of 2 of 7 descriptions of its items"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS", [](FileBytes& bytes) {
+                  std::fill_n(bytes.begin() + 32 + 48, 2 * 48, std::byte{0});
+                });
+              });
+  ExpectLines(SoundDirectory(),
+              {"statistics-cut: _FUNC001.STS has zeros in place of 5 of 7 descriptions of its items"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { ZeroFrom(bytes, 32 + 2 * 48); });
+              });
+}
+
+// Only where the masses of the function are corrected for it.
+TEST(RawFindings, TemperaturesThatAreMissing) {
+  const auto remove = [](const TempDirectory& directory) { directory.Remove("_FUNC001.STS"); };
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].statistics = raw.functions[0].statistics;
+  for (ScanFiles& scan : raw.functions[1].scans) scan.statistics.firstBytes = 2;
+  raw.header.push_back(HeaderLine("Cal Temperature", "25.0"));
+  ExpectLines(raw, {}, remove);
+  raw.header.push_back(HeaderLine("Cal MS1 Static", "0.0,1.0"));
+  ExpectLines(raw,
+              {"temperatures-unknown: _FUNC001.STS does not tell the temperatures of 3 of 3 scans, whose "
+               "masses are not corrected for them; the first is scan 1"},
+              remove);
+  raw.functions[0].scans[0].index.preCalibrated = true;
+  ExpectLines(raw,
+              {"temperatures-unknown: _FUNC001.STS does not tell the temperatures of 2 of 3 scans, whose "
+               "masses are not corrected for them; the first is scan 2"},
+              remove);
+}
+
+// A record of 416 bytes.
+TEST(RawFindings, FunctionThatIsZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  const TempDirectory directory = raw.Build();
+  directory.Edit("_FUNCTNS.INF", [](FileBytes& bytes) { ZeroFrom(bytes, 416); });
+  const std::vector<Finding> findings = Collect(directory);
+  ASSERT_FALSE(findings.empty());
+  EXPECT_EQ(findings[0].code, FindingCode::kFunctionZeroed);
+  EXPECT_EQ(TextOf(findings[0]),
+            "_FUNCTNS.INF has zeros in place of function 2, so its type and the layout of its scans are not "
+            "known");
+  EXPECT_EQ(findings[0].subject, (FindingSubject{FindingSubject::Kind::kFunction, 0, 2}));
 }
 
 TEST(RawFindings, PrecursorsThatAreTheMethods) {
@@ -377,8 +434,6 @@ TEST(RawFindings, FunctionThatWasNeverAcquiredIsSound) {
   EXPECT_EQ(LinesOf(directory), Lines());
 }
 
-// --- History.
-
 RawDirectoryBuilder Processed(std::uint16_t rawFunctionNumber = 2) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.history = {{.processNumber = 1, .rawFunctionNumber = rawFunctionNumber}};
@@ -438,122 +493,6 @@ TEST(RawFindings, HistoryThatIsCut) {
       Processed(),
       {"history-cut: _HISTORY.INF ends in its header", "file-unowned: _PROC001.DAT belongs to no function"},
       [](const TempDirectory& directory) { directory.Truncate("_HISTORY.INF", 131); });
-}
-
-// --- Traces.
-
-RawDirectoryBuilder WithAnalogs() {
-  RawDirectoryBuilder raw = SoundDirectory();
-  raw.analogNames = {"pressure", "flow"};
-  raw.analogs = {{.time = 1, .words = {8, 8}}};
-  return raw;
-}
-
-RawDirectoryBuilder WithChromatograms() {
-  RawDirectoryBuilder raw = SoundDirectory();
-  raw.chroms = {{"pressure", {{1, 2}}}, {"flow", {{1, 2}}}};
-  return raw;
-}
-
-TEST(RawFindings, ListOfAnalogChannels) {
-  ExpectLines(WithAnalogs(),
-              {"trace-list-cut: _ANALOGS.INF does not end with a whole record, so there are no traces"},
-              [](const TempDirectory& directory) { directory.Truncate("_ANALOGS.INF", 2 * 85 - 1); });
-  ExpectLines(WithAnalogs(), {"trace-list-cut: _ANALOGS.INF is empty, so there are no traces"},
-              [](const TempDirectory& directory) { directory.Truncate("_ANALOGS.INF", 0); });
-  ExpectLines(WithAnalogs(), {"trace-list-missing: _ANALOGS.INF is missing, so there are no analog traces"},
-              [](const TempDirectory& directory) { directory.Remove("_ANALOGS.INF"); });
-  ExpectLines(WithAnalogs(),
-              {"file-unreadable: _ANALOGS.INF cannot be opened, so there are no analog traces"},
-              [](const TempDirectory& directory) {
-                directory.Remove("_ANALOGS.INF");
-                directory.MakeDirectory("_ANALOGS.INF");
-              });
-}
-
-TEST(RawFindings, ValuesOfAnalogChannels) {
-  ExpectLines(WithAnalogs(), {"trace-data-missing: _ANALOGS.DAT is empty"},
-              [](const TempDirectory& directory) { directory.Truncate("_ANALOGS.DAT", 0); });
-}
-
-// A run that was stopped before its first scan.
-TEST(RawFindings, ChannelsOfARunWithoutScansMayBeEmpty) {
-  RawDirectoryBuilder raw;
-  raw.functions.resize(1);
-  raw.analogNames = {"pressure"};
-  const TempDirectory directory = raw.Build();
-  directory.WriteText("_ANALOGS.DAT", "");
-  EXPECT_EQ(LinesOf(directory), Lines());
-}
-
-// Its header is 8 bytes, two records of 85 follow.
-// Three records of 8 bytes: a time and two words.
-TEST(RawFindings, ValuesOfAnalogChannelsThatAreNotRead) {
-  RawDirectoryBuilder raw = WithAnalogs();
-  raw.analogs.push_back({.time = 2, .words = {8, 8}});
-  raw.analogs.push_back({.time = 3, .words = {8, 8}});
-  ExpectLines(raw, {"trace-data-zeroed: _ANALOGS.DAT ends in zeros in place of 2 of 3 records"},
-              [](const TempDirectory& directory) {
-                directory.Edit("_ANALOGS.DAT",
-                               [](FileBytes& bytes) { std::fill_n(bytes.begin() + 8, 16, std::byte{0}); });
-              });
-  ExpectLines(
-      raw, {"trace-times-return: _ANALOGS.DAT has times that go backwards, so only 2 of 3 records are read"},
-      [](const TempDirectory& directory) {
-        directory.Edit("_ANALOGS.DAT",
-                       [](FileBytes& bytes) { std::copy_n(bytes.begin(), 8, bytes.begin() + 16); });
-      });
-}
-
-// A header of 8 bytes and two records of 8.
-TEST(RawFindings, ChromatogramThatEndsInZeros) {
-  RawDirectoryBuilder raw = WithChromatograms();
-  raw.chroms[1].points.push_back({2, 3});
-  ExpectLines(raw, {"trace-data-zeroed: _CHRO002.DAT ends in zeros in place of 1 of 2 records"},
-              [](const TempDirectory& directory) {
-                directory.Edit("_CHRO002.DAT",
-                               [](FileBytes& bytes) { std::fill_n(bytes.begin() + 16, 8, std::byte{0}); });
-              });
-}
-
-// A channel may begin at time 0 without a signal.
-TEST(RawFindings, FirstRecordOfATraceMayBeZeros) {
-  RawDirectoryBuilder raw = SoundDirectory();
-  raw.chroms = {{"pressure", {{0, 0}}}, {"flow", {{0, 0}, {1, 0}}}};
-  EXPECT_EQ(LinesOf(raw.Build()), Lines());
-}
-
-TEST(RawFindings, ChromatogramsBesideAnalogChannels) {
-  RawDirectoryBuilder raw = WithAnalogs();
-  raw.chroms = WithChromatograms().chroms;
-  EXPECT_EQ(
-      LinesOf(raw.Build()),
-      Lines{"traces-hidden: _CHROMS.INF is not read beside _ANALOGS.INF, so the stored chromatograms are "
-            "no traces"});
-  raw.chroms = {{"pressure", {}}};  // nothing is hidden
-  EXPECT_EQ(LinesOf(raw.Build()), Lines());
-}
-
-TEST(RawFindings, ListOfChromatograms) {
-  const RawDirectoryBuilder raw = WithChromatograms();
-  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF does not end with a whole record"},
-              [](const TempDirectory& directory) { directory.Truncate("_CHROMS.INF", 8 + 2 * 85 - 1); });
-  ExpectLines(raw, {"file-unowned: _CHRO002.DAT belongs to no trace"},
-              [](const TempDirectory& directory) { directory.Truncate("_CHROMS.INF", 8 + 85); });
-  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF ends in its header, so there are no traces"},
-              [](const TempDirectory& directory) { directory.Truncate("_CHROMS.INF", 7); });
-  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF ends before its records, so there are no traces"},
-              [](const TempDirectory& directory) {
-                directory.Edit("_CHROMS.INF", [](FileBytes& bytes) { PatchU16(bytes, 0, 179); });
-              });
-  ExpectLines(raw, {"trace-list-cut: _CHROMS.INF has a header that is not known, so there are no traces"},
-              [](const TempDirectory& directory) {
-                directory.Edit("_CHROMS.INF", [](FileBytes& bytes) { PatchU16(bytes, 4, 84); });
-              });
-  ExpectLines(raw, {"trace-list-missing: _CHROMS.INF is missing, so there are no traces"},
-              [](const TempDirectory& directory) { directory.Remove("_CHROMS.INF"); });
-  ExpectLines(raw, {"trace-list-cut: _ANALOGS.INF is empty, so there are no traces"},
-              [](const TempDirectory& directory) { directory.WriteText("_ANALOGS.INF", ""); });
 }
 
 }  // namespace

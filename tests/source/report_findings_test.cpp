@@ -152,7 +152,10 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"in the full scale of a trace", {30, {"MaxIntensity 3,5"}}, kDecimalComma, 30},
       {"in a trace", {33, {"1,5 5"}}, kDecimalComma, 33},
       {"in another sample", {44, {"Time 1,5"}}, kDecimalComma, 44, 1, 2},
-      {"lines that are no points", {13, {"100", "mass percent", "100 50"}}, kLinesSkipped, 13, 2},
+      {"a value that is no number", {10, {"BPI abc"}}, kNumberUnread, 10},
+      {"in a trace", {30, {"MaxIntensity -"}}, kNumberUnread, 30},
+      {"a line that is no point", {13, {"mass percent", "100 50"}}, kLinesSkipped, 13},
+      {"points of one number", {14, {"210.05;50.1", "210.05", "210.05 -", "210, 50"}}, kPointsUnread, 14, 4},
       {"a line end within a line", {13, {"100 50\r200 50"}}, kLineEnds, 13},
   };
   for (const Fault& fault : faults) {
@@ -171,6 +174,23 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
   }
 }
 
+// The first spectrum, of two points, has its base peak in line 10 and its points in lines 14 and 15.
+TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
+  const auto read = [&](const Edit& edit) {
+    std::vector<double> mz;
+    std::vector<double> intensities;
+    return Open(Edited(edit))->ReadPoints(0, 0, 0, mz, intensities);
+  };
+  const PointsRead whole = read({14, {kSound[13]}});
+  EXPECT_EQ(whole.lost, 0U);
+  const PointsRead one = read({14, {"210.05;50.1"}});
+  EXPECT_EQ(one.lost, 1U);
+  EXPECT_EQ(one.count, whole.count - 1);
+  const PointsRead none = read({10, {"BPI abc"}});
+  EXPECT_EQ(none.lost, whole.count);
+  EXPECT_EQ(none.count, 0U);
+}
+
 TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
   const Edit edits[] = {
       {13, {"; 1,5 is a comment", "", "100 50"}},
@@ -178,6 +198,7 @@ TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
       {6, {"Type MS", "Description 210,5 nm", "[OTHER]", "[MSX"}},
       {14, {"210.05 50.1 more, of 1 kind", "1 2 , 3"}},
       {27, {"Description ANALOG", "[CHROMATOGRAM]", "{", "}"}},
+      {10, {"BPI", "BPI 5", "BPI later"}},  // the first value counts
       {11, {}},  // a spectrum without its list has no points, which the look at them tells
   };
   for (const Edit& edit : edits) {

@@ -13,6 +13,7 @@ inline RawDirectoryBuilder SoundDirectory() {
   raw.functions[0].statistics = StatisticsLayout();
   for (const float minutes : {0.1F, 0.2F, 0.3F})
     raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}, {200, 9}}));
+  for (ScanFiles& scan : raw.functions[0].scans) scan.statistics.firstBytes = 2;  // records have values
   for (const float minutes : {0.1F, 0.2F})
     raw.functions[1].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{300, 1}}));
   return raw;

@@ -170,7 +170,7 @@ TEST_F(ConvertOptionsTest, WhatIsWholeAndNewerIsSkipped) {
 TEST_F(ConvertOptionsTest, MgfThatIsRightlyEmptyIsSkipped) {
   RawDirectoryBuilder raw = SmallAcquisition();
   raw.functions = {raw.functions[1]};
-  raw.functions[0].scans = {{.index = {.retentionTime = 1}}};
+  raw.functions[0].scans = {{.index = {.retentionTime = 1}, .statistics = {.firstBytes = 2}}};
   raw.processed.clear();
   raw.history.clear();
   const std::string path = Make("hollow.raw", raw);

@@ -18,6 +18,7 @@ class ConvertPointsTest : public ZrmlTest {
     RawDirectoryBuilder raw = SmallAcquisition();
     raw.functions[0].scans = {profile(0.5F, {{100, 10}, {100.25, 20}, {100.5, 10}}), profile(1, {})};
     raw.functions[1].scans = {profile(0.75F, {{200, 1}, {200.25, 8}, {200.5, 1}, {200.75, 0}})};
+    raw.functions[1].scans[0].statistics.firstBytes = 2;  // a record without a precursor
     raw.functions.resize(6);
     return raw;
   }

@@ -112,6 +112,7 @@ TEST_F(PointsDamageTest, ZerosOfIonMonitoringAreMeasured) {
 
 TEST_F(PointsDamageTest, NothingLostIsListedTwice) {
   RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].statistics.reset();
   for (const float minutes : {0.4F, 0.5F, 0.6F})
     raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}, {200, 9}}));
   const TempDirectory directory = raw.Build();

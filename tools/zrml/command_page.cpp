@@ -39,7 +39,8 @@ class PageCommand : public Command {
   }
 
   void Run(Output& out) override {
-    const std::vector<std::string> sources = ListSources(sources_);
+    std::vector<std::string> sources = ListSources(sources_);
+    LeaveOutRepeats(sources, "shown", false);
     if (!file_.empty()) {
       RequireOneSource(sources);
       RefuseFolderAsFile(file_);

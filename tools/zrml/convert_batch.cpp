@@ -89,7 +89,7 @@ class SourceConversion {
       if (target.isMine) shared_.made.Release(target.path, target.isMade);
     }
     shared_.turns.Pass(index_);
-    report_.findings = damage_.Warnings();
+    report_.findings = damage_.Noted();
   }
 
   void Run() {
@@ -227,8 +227,10 @@ class SourceConversion {
       ReportAbsorbance(result.absorbance, name);
       if (request_.isVerbose) Describe(source.First(), path, result);
     } catch (const convert::Error& error) {
+      damage_.Note(error.Message());
       throw FailureOf(error, name + ": ");
     } catch (const source::Error& error) {
+      damage_.Note(error.Message());
       throw Failure(FailureOf(error).status, name + ": " + error.Message());
     }
   }

@@ -46,17 +46,24 @@ void DamagePolicy::Look(source::Source& source, int sample, const std::string& n
   if (!findings.empty()) {
     const convert::ConvertedSubjects converted(source, sample, options.selection, options.format);
     for (const Finding& finding : findings) {
-      const bool isLost = SeverityOf(finding.code) == Severity::kLost;
-      if (!converted.Has(finding)) continue;
-      if (isLost && !options.isLossAllowed)
-        throw Failure(ExitStatus::kDamaged, name + " is damaged: " + TextOf(finding) + kAdvice);
-      if (!isLost && options.isStrict)
-        throw Failure(ExitStatus::kDamaged, name + " is suspect: " + TextOf(finding) + kStrict);
-      reported_.push_back(&finding);
+      if (converted.Has(finding)) reported_.push_back(&finding);
     }
   }
+  RefuseReported(name);
   for (const Finding* const finding : reported_) Warn(name, TextOf(*finding));
   if (options.selection.isLockMassExcluded) WarnOfMissingLabels(source, name);
+}
+
+// All of them are noted then, since one alone is shown.
+void DamagePolicy::RefuseReported(const std::string& name) {
+  const convert::Options& options = request_.conversion;
+  for (const Finding* const finding : reported_) {
+    const bool isLost = SeverityOf(finding->code) == Severity::kLost;
+    if (isLost ? options.isLossAllowed : !options.isStrict) continue;
+    for (const Finding* const each : reported_) Note(TextOf(*each));
+    throw Failure(ExitStatus::kDamaged, name + (isLost ? " is damaged: " : " is suspect: ") +
+                                            TextOf(*finding) + (isLost ? kAdvice : kStrict));
+  }
 }
 
 void DamagePolicy::RefuseEmpty(source::Source& source) {
@@ -88,7 +95,7 @@ bool DamagePolicy::IsReported(const convert::Note& note) const {
 }
 
 void DamagePolicy::Warn(const std::string& name, const std::string& problem) {
-  warnings_.push_back(problem);
+  Note(problem);
   if (!request_.isQuiet) PrintError(name + ": " + problem);
 }
 

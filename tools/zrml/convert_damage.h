@@ -27,10 +27,14 @@ class DamagePolicy {
   /// each lost scan.
   void Report(const convert::Result& result, const std::string& name);
 
-  /// All that it has warned of, or would have, without the name of the sample.
-  const std::vector<std::string>& Warnings() const { return warnings_; }
+  /// Notes why a conversion has failed.
+  void Note(const std::string& problem) { noted_.push_back(problem); }
+
+  /// All that was noted, that it has warned of, or would have, without the name of the sample.
+  const std::vector<std::string>& Noted() const { return noted_; }
 
  private:
+  void RefuseReported(const std::string& name);
   bool IsReported(const convert::Note& note) const;
   std::string FileOf(const convert::Loss& loss) const;
   void Warn(const std::string& name, const std::string& problem);
@@ -40,7 +44,7 @@ class DamagePolicy {
   // Of the sample in question, what Look has warned of, and the data file of each function.
   std::vector<const Finding*> reported_;
   std::map<convert::FunctionKey, std::string> files_;
-  std::vector<std::string> warnings_;
+  std::vector<std::string> noted_;
 };
 
 /// A conversion's error as the end of the command, with `front` before its message.

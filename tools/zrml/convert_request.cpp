@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <set>
 #include <string_view>
 
 #include "common/text.h"
@@ -210,15 +208,6 @@ void AddListedSources(ConvertRequest& request) {
   paths.insert(paths.end(), listed.begin(), listed.end());
 }
 
-// A list that is put together by programs may name a source twice.
-std::vector<std::string> WithoutRepeats(const std::vector<std::string>& paths) {
-  std::vector<std::string> once;
-  std::set<std::string_view> seen;
-  std::copy_if(paths.begin(), paths.end(), std::back_inserter(once),
-               [&](const std::string& path) { return seen.insert(path).second; });
-  return once;
-}
-
 }  // namespace
 
 void AddConvertOptions(CLI::App& options, ConvertRequest& request) {
@@ -238,9 +227,9 @@ void Complete(ConvertRequest& request) {
   TakeFormat(request);
   RefuseFileAsFolder(request.folder);
   AddListedSources(request);
-  const std::vector<std::string> named = ListSources(request.sources);
-  if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(named);
-  request.paths = WithoutRepeats(named);
+  request.paths = ListSources(request.sources);
+  if (request.isToStandardOutput || !request.file.empty()) RequireOneSource(request.paths);
+  LeaveOutRepeats(request.paths, "converted", request.isQuiet);
   request.threads = ThreadCount(request.threads);
   if (request.isToStandardOutput) request.conversion.isIndexed = false;
   if (!request.file.empty()) {

@@ -254,8 +254,10 @@ class Comparer : Verdicts {
 
   bool HasCommas() {
     const std::span<const Finding> findings = source_->Findings();
-    return std::any_of(findings.begin(), findings.end(),
-                       [](const Finding& finding) { return finding.code == FindingCode::kDecimalComma; });
+    return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
+      return finding.code == FindingCode::kDecimalComma || finding.code == FindingCode::kNumberUnread ||
+             finding.code == FindingCode::kPointsUnread;
+    });
   }
 
   const Wanted& OtherContents() const {

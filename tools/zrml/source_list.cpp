@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -94,6 +95,21 @@ std::vector<std::string> ListSources(const SourceArguments& arguments) {
     sources.push_back(path);  // which will fail
   }
   return sources;
+}
+
+void LeaveOutRepeats(std::vector<std::string>& sources, const std::string& what, bool isQuiet) {
+  std::map<platform::FileId, std::string> known;
+  std::erase_if(sources, [&](const std::string& source) {
+    const std::optional<platform::FileId> id = platform::IdOf(platform::FromUtf8Path(source));
+    if (!id) return false;
+    const auto [first, isNew] = known.emplace(*id, source);
+    if (isNew) return false;
+    const bool isSame = first->second == source;
+    const std::string repeat =
+        isSame ? source + " is given twice" : source + " and " + first->second + " are the same source";
+    if (!isQuiet) PrintError(repeat + ", which is " + what + " once");
+    return true;
+  });
 }
 
 std::unique_ptr<source::Source> OpenListed(const std::string& path) {

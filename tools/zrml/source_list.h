@@ -29,6 +29,9 @@ CLI::Option* AddSourceArguments(CLI::App& options, SourceArguments& arguments);
 /// Throws a Failure when a searched folder holds none.
 std::vector<std::string> ListSources(const SourceArguments& arguments);
 
+/// Leaves out what is given again, also by another path, with a line on standard error: "is converted once".
+void LeaveOutRepeats(std::vector<std::string>& sources, const std::string& what, bool isQuiet);
+
 /// As OpenSource does, with advice when `path` is a folder of something else.
 std::unique_ptr<source::Source> OpenListed(const std::string& path);
 
