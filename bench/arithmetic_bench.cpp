@@ -1,5 +1,6 @@
 // Sorting, summing, finding peaks.
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <random>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "spectrum/add_spectrum.h"
 #include "spectrum/centroiding.h"
 #include "spectrum/mass_spectrum.h"
+#include "spectrum/peak_sum.h"
 
 namespace zrml::bench {
 namespace {
@@ -143,6 +145,48 @@ void SumBoth(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * profile.GetCount());
 }
 
+struct Peaks {
+  std::vector<double> masses;
+  std::vector<double> intensities;
+};
+
+// Lists of 10,000 peaks anywhere.
+std::vector<Peaks> ListsThatDoNotAgree() {
+  constexpr std::size_t kPeaks = 10'000;
+  std::mt19937_64 random(1);
+  std::vector<Peaks> lists(600);
+  for (Peaks& list : lists) {
+    for (std::size_t i = 0; i < kPeaks; ++i) {
+      list.masses.push_back(50 + 1950 * std::ldexp(static_cast<double>(random() >> 11), -53));
+      list.intensities.push_back(1 + static_cast<double>(random() % 1000));
+    }
+    std::sort(list.masses.begin(), list.masses.end());
+  }
+  return lists;
+}
+
+// Peaks within 5 ppm of a stronger one become part of it, which moves it.
+void SumLists(benchmark::State& state) {
+  const std::vector<Peaks> lists = ListsThatDoNotAgree();
+  for (auto _ : state) {
+    PeakSum sum(10, lists[0].masses, lists[0].intensities, false);
+    for (std::size_t i = 1; i < lists.size(); ++i) sum.Add(lists[i].masses, lists[i].intensities);
+    benchmark::DoNotOptimize(sum.Count());
+  }
+}
+
+void SortLists(benchmark::State& state) {
+  const std::vector<Peaks> lists = ListsThatDoNotAgree();
+  for (auto _ : state) {
+    std::vector<double> all;
+    for (const Peaks& list : lists) all.insert(all.end(), list.masses.begin(), list.masses.end());
+    std::sort(all.begin(), all.end());
+    benchmark::DoNotOptimize(all.data());
+  }
+}
+
+BENCHMARK(SumLists)->Name("Sum of 600 lists of 10k peaks anywhere/ours")->Unit(benchmark::kMillisecond);
+BENCHMARK(SortLists)->Name("Sum of 600 lists of 10k peaks anywhere/floor")->Unit(benchmark::kMillisecond);
 BENCHMARK(SortOrdered)->Name("SortByMass of 100k points in order/ours");
 BENCHMARK(CheckOrder)->Name("SortByMass of 100k points in order/floor");
 BENCHMARK(SortShuffled)->Name("SortByMass of 100k points in random order/ours");

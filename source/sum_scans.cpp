@@ -5,7 +5,6 @@
 #include <functional>
 #include <numeric>
 #include <optional>
-#include <ranges>
 #include <string>
 #include <utility>
 
@@ -212,14 +211,15 @@ bool IsCentroidedKind(Source& source, int sample, int function, std::span<const 
 // The scans in the order in which they are added: one that gives the grid of profiles, and the others. It is
 // the first but those that are much sparser than another: few points say little of a grid.
 std::vector<int> InOrder(Source& source, int sample, int function, std::span<const int> scans) {
-  std::vector<int> order(scans.begin(), scans.end());
   const auto points = [&](int position) {
     const Scan scan = source.ScanAt(sample, function, position);
     return scan.isCentroided ? 0 : scan.points;
   };
-  const std::uint32_t most = std::ranges::max(order | std::views::transform(points));
-  const auto grid =
-      std::ranges::find_if(order, [&](int position) { return points(position) >= most - most / 2; });
+  std::uint32_t most = 0;
+  for (const int scan : scans) most = std::max(most, points(scan));
+  std::vector<int> order(scans.begin(), scans.end());
+  auto grid = order.begin();
+  while (points(*grid) < most - most / 2) ++grid;
   std::rotate(order.begin(), grid, grid + 1);
   return order;
 }
