@@ -219,6 +219,67 @@ test('pictures are saved as PNG and SVG', async () => {
   assert.deepEqual(faults, []);
 });
 
+test('maps are saved as SVG with their axes', async () => {
+  const { page, faults } = await openViewer();
+  await until(page, () => document.querySelectorAll('.scale canvas').length === 2);
+  for (const [place, name, ordinate] of [['m/z over time', 'map.svg', 'm/z'], ['Absorbance', 'absorbance-map.svg', 'nm']]) {
+    const [download] = await Promise.all([page.waitForEvent('download'), panel(page, place).getByRole('button', { name: 'SVG' }).last().click()]);
+    assert.equal(download.suggestedFilename(), name);
+    const found = await page.evaluate((text) => {
+      const picture = new DOMParser().parseFromString(text, 'image/svg+xml');
+      return { images: picture.querySelectorAll('image[href^="data:image/png"]').length, texts: [...picture.querySelectorAll('text')].map((each) => each.textContent) };
+    }, readFileSync(await download.path(), 'utf8'));
+    assert.equal(found.images, 1);
+    assert.ok(found.texts.includes('minutes') && found.texts.includes(ordinate) && found.texts.includes('9'), String(found.texts));
+  }
+  assert.deepEqual(faults, []);
+});
+
+test('samples of a report are drawn over one another', async () => {
+  const report = makeSample('samples.rpt');
+  const { page, faults, requests } = await openTab(await startViewer(report));
+  await until(page, isShown);
+  await page.getByRole('button', { name: 'Overlay MIX10_02' }).click();
+  await until(page, () => document.querySelector('.legend')?.textContent === 'BLANK_01MIX10_02');
+  assert.ok(requests.some((request) => /\/data\/0\/chromatogram\?function=0&kind=tic&sample=2/.test(request)));
+  const curves = () => page.evaluate(() => document.querySelectorAll('.row-of-plot .uplot').length);
+  assert.equal(await curves(), 3);
+  const [download] = await Promise.all([page.waitForEvent('download'), panel(page, 'Chromatograms').getByRole('button', { name: 'SVG' }).first().click()]);
+  assert.equal(readFileSync(await download.path(), 'utf8').split('\n').filter((line) => /^<path d="M[^"]*L/.test(line)).length, 4);  // two kinds of two samples
+  await page.reload();
+  await until(page, () => document.querySelector('.legend')?.textContent === 'BLANK_01MIX10_02');
+  await page.getByRole('button', { name: 'Overlay MIX10_02' }).click();
+  await until(page, () => document.querySelector('.legend')?.textContent === '');
+  assert.deepEqual(stateOf(page).samples, []);
+  assert.deepEqual(faults, []);
+});
+
+test('the map shows the time of the scan also after loading the page again', async () => {
+  const { page, faults } = await openViewer();
+  const marked = () => {
+    const canvas = /** @type {HTMLCanvasElement} */ (document.querySelector('.map'));
+    const mark = getComputedStyle(document.documentElement).getPropertyValue('--mark').trim();
+    const context = new OffscreenCanvas(canvas?.width || 1, 1).getContext('2d', { willReadFrequently: true });
+    if (!context || !canvas) return false;
+    context.drawImage(canvas, 0, -Math.round(canvas.height / 2));
+    const row = context.getImageData(0, 0, canvas.width, 1).data;
+    const hex = (/** @type {number} */ i) => '#' + [0, 1, 2].map((k) => row[4 * i + k].toString(16).padStart(2, '0')).join('');
+    return Array.from({ length: canvas.width }, (_each, i) => hex(i)).includes(mark);
+  };
+  await until(page, marked);
+  await page.reload();
+  await until(page, marked);
+  assert.deepEqual(faults, []);
+});
+
+test('a function of one scan has a point', async () => {
+  const { page, faults } = await openTab(await startViewer(makeHostile().report));
+  await until(page, isShown);
+  const [download] = await Promise.all([page.waitForEvent('download'), panel(page, 'Chromatograms').getByRole('button', { name: 'SVG' }).first().click()]);
+  assert.match(readFileSync(await download.path(), 'utf8'), /<path d="M[\d. ]+h0" fill="none" stroke="[^"]+" stroke-width="5"/);
+  assert.deepEqual(faults, []);
+});
+
 test('without the token there is a message and no data', async () => {
   const { page } = await openTab(origin + '/');
   await until(page, () => document.querySelector('.fatal') !== null);

@@ -108,6 +108,29 @@ TEST(KeptPage, LeavesOutSpectraOfLastSamplesFirst) {
   EXPECT_TRUE(HasKey(kept, "map?function=0&sample=57"));
 }
 
+// A sample with a spectrum of so many points.
+ReportLines VialWith(int points) {
+  ReportPairs spectrum;
+  for (int i = 0; i < points; ++i) spectrum.push_back({100.0 + i, 50});
+  const ReportLines scan =
+      SpectrumBlock(Keys({{"Time", "1"}, {"Continuum", "FALSE"}, {"BPI", "50"}}), spectrum);
+  return SampleBlock(FunctionBlock(Keys({{"Type", "MS"}}) + scan));
+}
+
+TEST(KeptPage, HasNoSpectrumOfALaterSampleInPlaceOfALargerOneBefore) {
+  const OpenedSource source(VialWith(99) + VialWith(1));
+  const std::size_t code = SizeOfCode();
+  int withoutLast = 0;
+  for (std::size_t room = 500; room < 10'000; room += 50) {
+    const Json kept = KeptOf(MakeKeptPage(*source, code + room, {}));
+    const bool hasFirst = HasKey(kept, "spectrum?function=0&sample=0&scan=0");
+    const bool hasLast = HasKey(kept, "spectrum?function=0&sample=1&scan=0");
+    EXPECT_TRUE(hasFirst || !hasLast) << room;
+    if (hasFirst && !hasLast) ++withoutLast;
+  }
+  EXPECT_GT(withoutLast, 0);
+}
+
 TEST(KeptPage, WorkCanBeCancelled) {
   const OpenedSource source(test::SmallAcquisition());
   EXPECT_THROW(MakeKeptPage(*source, kMegabyte, {[] { return true; }, {}}), source::Cancelled);

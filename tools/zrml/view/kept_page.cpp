@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
+#include <optional>
+#include <set>
 #include <span>
+#include <tuple>
 
 #include "convert/base64.h"
 #include "tools/zrml/view/page_files.h"
@@ -15,10 +19,10 @@ namespace {
 enum class Rank { kContents, kTotals, kCurves, kMaps, kSpectra };
 
 struct Kept {
-  std::string key;
-  Answer answer;
-  Rank rank;
-  int sample;
+  std::string key = {};
+  Answer answer = {};
+  Rank rank = Rank::kContents;
+  int sample = 0;
 };
 
 // How much is kept at a level of detail; each level halves the numbers of the one before.
@@ -35,12 +39,15 @@ struct Detail {
 
 constexpr int kLastLevel = 10;
 
-void Thin(Kept& kept, const Detail& detail) {
+// Whether that changes anything.
+bool Thin(Kept& kept, const Detail& detail) {
   const bool isSpectrum = kept.rank == Rank::kSpectra;
   const bool hasSticks = isSpectrum && kept.answer.facts.value("areCentroids", false);
+  const std::size_t before = kept.answer.curve.y.size() + kept.answer.grid.cells.size();
   Thin(kept.answer.curve, isSpectrum ? std::max<std::size_t>(detail.points / 4, 100) : detail.points,
        hasSticks ? Keep::kLargest : Keep::kBoth);
   Thin(kept.answer.grid, detail.columns, detail.rows);
+  return kept.answer.curve.y.size() + kept.answer.grid.cells.size() != before;
 }
 
 std::string ScriptOf(const Kept& kept) {
@@ -48,53 +55,130 @@ std::string ScriptOf(const Kept& kept) {
   return '"' + kept.key + "\":" + ScriptOf(kept.answer, numbers);
 }
 
+bool IsNeeded(const Kept& kept) { return kept.key.starts_with("run") || kept.key.starts_with("findings"); }
+
+// Answers as the members of a JSON object of at most `room` bytes, if that can be. There is never more in
+// memory than fits: less detail, or fewer answers, once there is no room for all that have come so far.
+class Fitting {
+ public:
+  explicit Fitting(std::size_t room) : room_(room) {}
+
+  /// Whether what is left out before this one leaves room for it.
+  bool MayHave(Rank rank, int sample) const {
+    return !lastPlace_ || Place{rank, sample, -std::ssize(items_)} < *lastPlace_;
+  }
+
+  void LeaveOut() { ++leftOut_; }
+
+  void Add(Kept kept) {
+    if (!IsNeeded(kept) && !MayHave(kept.rank, kept.sample)) return LeaveOut();
+    for (int level = 0; level <= level_; ++level) Thin(kept, Detail(level));
+    if (!IsNeeded(kept)) leaving_.insert({kept.rank, kept.sample, -std::ssize(items_)});
+    items_.push_back({std::move(kept), {}});
+    Write(items_.back());
+    while (size_ > room_ && level_ < kLastLevel) ThinMore();
+    while (size_ > room_ && !leaving_.empty()) LeaveOutLast();
+  }
+
+  std::string Script() const {
+    std::string script = "{\"isThinned\":" + std::string(level_ > 0 ? "true" : "false") +
+                         ",\"leftOut\":" + std::to_string(leftOut_) + ",\"answers\":{";
+    const char* separator = "";
+    for (const Item& item : items_) {
+      if (item.text.empty()) continue;
+      script.append(separator).append(item.text);
+      separator = ",";
+    }
+    return script + "}}";
+  }
+
+ private:
+  struct Item {
+    Kept kept;
+    std::string text;
+  };
+  // The last one leaves first: by rank, of these the last sample, of these what came first.
+  using Place = std::tuple<Rank, int, std::ptrdiff_t>;
+
+  void Write(Item& item) {
+    size_ -= item.text.empty() ? 0 : item.text.size() + 1;
+    item.text = ScriptOf(item.kept);
+    size_ += item.text.size() + 1;
+  }
+
+  void ThinMore() {
+    const Detail detail(++level_);
+    for (Item& item : items_) {
+      if (Thin(item.kept, detail)) Write(item);
+    }
+  }
+
+  void LeaveOutLast() {
+    lastPlace_ = *leaving_.rbegin();
+    leaving_.erase(*lastPlace_);
+    Item& item = items_[static_cast<std::size_t>(-std::get<std::ptrdiff_t>(*lastPlace_))];
+    size_ -= item.text.size() + 1;
+    item = {};
+    LeaveOut();
+  }
+
+  std::size_t room_;
+  std::deque<Item> items_;
+  std::set<Place> leaving_;
+  std::optional<Place> lastPlace_;  // of what has been left out the first
+  std::size_t size_ = 0;
+  int level_ = 0;
+  std::size_t leftOut_ = 0;
+};
+
 // Asks all that a page shows.
 class Asking {
  public:
-  Asking(source::Source& source, const Work& work) : source_(source), work_(work) {}
+  Asking(source::Source& source, Fitting& fitting, const Work& work)
+      : source_(source), fitting_(fitting), work_(work) {}
 
-  std::vector<Kept> AskAll() {
+  void AskAll() {
     const Json run = Ask(Rank::kContents, "run", {});
     Ask(Rank::kContents, "findings", {{"points", "1"}});
     samples_ = static_cast<int>(run["samples"].size());
     for (sample_ = 0; sample_ < samples_; ++sample_) AskSample();
-    return std::move(kept_);
   }
 
  private:
   using Values = std::map<std::string, std::string>;
 
-  // The facts of the answer; an error is one, too.
-  Json Ask(Rank rank, const std::string& name, Values values) {
+  // The facts of the answer; an error is one, too; none of a map or a spectrum without room. The page asks
+  // without the detail.
+  Json Ask(Rank rank, const std::string& name, const Values& values, const Values& detail = {}) {
     source::ThrowIfCancelled(work_.cancel);
-    const Question question(name, std::move(values));
-    Kept kept = {question.Text(), {}, rank, sample_};
+    if (rank >= Rank::kMaps && !fitting_.MayHave(rank, sample_)) {
+      fitting_.LeaveOut();
+      return {};
+    }
+    Kept kept = {Question(name, values).Text(), {}, rank, sample_};
+    Values all = values;
+    all.insert(detail.begin(), detail.end());
+    const Question question(name, std::move(all));
     try {
       kept.answer = AnswerTo(source_, question, {work_.cancel, PartOfAll()});
     } catch (const source::Error& error) {
       if (name == "run") throw;
       kept.answer.facts = {{"error", error.Message()}};
     }
-    Thin(kept, Detail(0));
     Json facts = kept.answer.facts;
-    kept_.push_back(std::move(kept));
+    fitting_.Add(std::move(kept));
     return facts;
   }
 
-  Json AskAbout(Rank rank, const std::string& name, Values values) {
+  Json AskAbout(Rank rank, const std::string& name, Values values, const Values& detail = {}) {
     values["sample"] = std::to_string(sample_);
-    return Ask(rank, name, std::move(values));
+    return Ask(rank, name, values, detail);
   }
 
-  // A map has the questions' own numbers of cells taken out: the page asks for what it was given.
-  void AskMap(const std::string& name, Values values) {
+  void AskMap(const std::string& name, const Values& values) {
     const Detail most(0);
-    Values sized = values;
-    sized["columns"] = std::to_string(most.columns);
-    sized["rows"] = std::to_string(most.rows);
-    AskAbout(Rank::kMaps, name, std::move(sized));
-    values["sample"] = std::to_string(sample_);
-    kept_.back().key = Question(name, values).Text();
+    AskAbout(Rank::kMaps, name, values,
+             {{"columns", std::to_string(most.columns)}, {"rows", std::to_string(most.rows)}});
   }
 
   void AskSample() {
@@ -142,66 +226,11 @@ class Asking {
   }
 
   source::Source& source_;
+  Fitting& fitting_;
   const Work& work_;
-  std::vector<Kept> kept_;
   int samples_ = 1;
   int sample_ = 0;
 };
-
-// Everything as a member of the object of answers.
-struct Written {
-  std::vector<std::string> texts;
-  std::size_t size = 0;
-};
-
-Written WriteAll(const std::vector<Kept>& all) {
-  Written written;
-  for (const Kept& kept : all) {
-    written.texts.push_back(ScriptOf(kept));
-    written.size += written.texts.back().size() + 1;
-  }
-  return written;
-}
-
-// What goes first: by rank from the last one on, and of those the last samples.
-std::vector<std::size_t> OrderOfLeaving(const std::vector<Kept>& all) {
-  std::vector<std::size_t> order;
-  for (std::size_t i = 0; i < all.size(); ++i) order.push_back(i);
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return all[a].rank != all[b].rank ? all[a].rank > all[b].rank : all[a].sample > all[b].sample;
-  });
-  return order;
-}
-
-bool IsNeeded(const Kept& kept) { return kept.key.starts_with("run") || kept.key.starts_with("findings"); }
-
-// The answers as a JSON object of at most `room` bytes.
-std::string AnswersScript(std::vector<Kept> all, std::size_t room) {
-  Written written = WriteAll(all);
-  int level = 0;
-  while (written.size > room && level < kLastLevel) {
-    const Detail detail(++level);
-    for (Kept& kept : all) Thin(kept, detail);
-    written = WriteAll(all);
-  }
-  std::size_t leftOut = 0;
-  for (const std::size_t i : OrderOfLeaving(all)) {
-    if (written.size <= room) break;
-    if (IsNeeded(all[i])) continue;
-    written.size -= written.texts[i].size() + 1;
-    written.texts[i].clear();
-    ++leftOut;
-  }
-  std::string script = "{\"isThinned\":" + std::string(level > 0 ? "true" : "false") +
-                       ",\"leftOut\":" + std::to_string(leftOut) + ",\"answers\":{";
-  const char* separator = "";
-  for (const std::string& text : written.texts) {
-    if (text.empty()) continue;
-    script.append(separator).append(text);
-    separator = ",";
-  }
-  return script + "}}";
-}
 
 std::string PolicySource(const PageFile& file) {
   std::vector<std::byte> bytes;
@@ -245,9 +274,9 @@ std::string MakeKeptPage(source::Source& source, std::size_t maxSize, const Work
   const std::string head = KeptHead();
   const std::string end = KeptEnd();
   const std::size_t taken = head.size() + end.size() + kAround;
-  const std::string answers =
-      AnswersScript(Asking(source, work).AskAll(), maxSize > taken ? maxSize - taken : 0);
-  return head + Element("script", answers, " type=\"application/json\" id=\"kept\"") + end;
+  Fitting fitting(maxSize > taken ? maxSize - taken : 0);
+  Asking(source, fitting, work).AskAll();
+  return head + Element("script", fitting.Script(), " type=\"application/json\" id=\"kept\"") + end;
 }
 
 std::string LivePage() {

@@ -25,9 +25,17 @@ export class AbsorbancePanel {
     this.panel = new Panel('Absorbance', 'wide');
     this.overTime = el('p', { class: 'facts' });
     this.atTime = el('p', { class: 'facts' });
-    const left = el('div', {}, this.overTime);
-    const right = el('div', {}, this.atTime);
-    const below = el('div', {});
+    const left = el('div', {}, el('div', { class: 'above' }, this.overTime, savingButtons({
+      name: 'absorbance', canvas: () => this.curve.canvas(), svg: () => this.curve.svg(),
+      tsv: () => (this.shown ? tsv(['minutes', 'absorbance'], [this.shown.x, this.shown.y]) : ''),
+    })));
+    const right = el('div', {}, el('div', { class: 'above' }, this.atTime, savingButtons({
+      name: 'absorbance-spectrum', canvas: () => this.spectrum.canvas(), svg: () => this.spectrum.svg(),
+      tsv: () => (this.taken ? tsv(['nm', 'absorbance'], [this.taken.x, this.taken.y]) : ''),
+    })));
+    const below = el('div', {}, el('div', { class: 'above' }, el('p', {}), savingButtons({
+      name: 'absorbance-map', canvas: () => this.map.canvas, svg: () => this.map.svg(), tsv: () => this.map.tsv(),
+    })));
     this.panel.body.append(el('div', { class: 'pair' }, left, right), below);
     this.curve = new Plot(left, {
       height: tall(200), xLabel: 'minutes', sync: 'time', onClick: (minutes) => this.select(minutes),
@@ -41,10 +49,6 @@ export class AbsorbancePanel {
     });
     this.curve.host.setAttribute('aria-label', 'Absorbance over time');
     this.spectrum.host.setAttribute('aria-label', 'Absorbance spectrum');
-    this.panel.tools.append(savingButtons({
-      name: 'absorbance', canvas: () => this.curve.canvas(), svg: () => this.curve.svg(),
-      tsv: () => (this.shown ? tsv(['minutes', 'absorbance'], [this.shown.x, this.shown.y]) : ''),
-    }));
   }
 
   async load() {
@@ -73,6 +77,7 @@ export class AbsorbancePanel {
     if (this.scan === undefined || this.scan === null) return;
     const answer = await this.panel.attempt(() => ask('absorbance', { sample: state.sample, scan: this.scan }, { lane: 'absorbance' }));
     if (!answer) return;
+    this.taken = answer;
     this.spectrum.show([{ x: answer.x, y: answer.y, colour: 'line-d' }]);
     replace(this.atTime, el('span', {}, `scan ${answer.facts.scan + 1}`), el('span', {}, `${fixed(answer.facts.minutes, 3)} min`),
       el('span', {}, `up to ${amount(largestOf(answer.y))}`));

@@ -1,7 +1,7 @@
 // Total and base peak chromatograms of each function over one time, and those of extracted ions.
-import { el, button, amount, fixed, replace, toggle } from './dom.js';
+import { el, button, amount, fixed, legendKey, replace, toggle } from './dom.js';
 import { functionTitle, massLabel } from './contents.js';
-import { runColours, tall } from './look.js';
+import { tall } from './look.js';
 import { Panel, choice } from './panel.js';
 import { Plot, nearest } from './plot.js';
 import { savingButtons, tsv } from './saving.js';
@@ -11,7 +11,10 @@ import { setState, state } from './state.js';
 /** @typedef {import('./store.js').Answer} Answer */
 /** @typedef {import('./contents.js').ScanFunction} ScanFunction */
 /** @typedef {import('./contents.js').Sample} Sample */
-/** @typedef {{index: number, name: string, sample: Sample|null}} ShownRun */
+/**
+ * A sample whose chromatograms are drawn: of a run, by its number.
+ * @typedef {{index: number, number: number, name: string, colour: string, sample: Sample|null}} ShownRun
+ */
 
 /** Rows that are drawn unasked. */
 const mostRows = 8;
@@ -84,9 +87,9 @@ class Row {
       if (!f || !f.scans) return [];
       return kinds.map((kind) => ({
         run, kind, answer: null, isFaint: kinds.length > 1 && kind === 'bpc' && runs.length > 1,
-        colour: runs.length > 1 ? runColours[run.index % runColours.length] : kind === 'tic' ? 'line-a' : kind === 'bpc' ? 'line-b' : 'line-c',
+        colour: runs.length > 1 ? run.colour : kind === 'tic' ? 'line-a' : kind === 'bpc' ? 'line-b' : 'line-c',
         values: {
-          sample: state.sample, function: f.position, kind,
+          sample: run.number, function: f.position, kind,
           low: this.ion ? this.ion[0] : undefined, high: this.ion ? this.ion[1] : undefined,
         },
       }));
@@ -103,7 +106,7 @@ class Row {
   // All of it, or what is shown when all would have too many points.
   /** @param {Curve} curve */
   async ask(curve) {
-    const lane = `${curve.run.index}/${curve.kind}/${this.f.position}/${this.ion || ''}`;
+    const lane = `${curve.run.index}/${curve.run.number}/${curve.kind}/${this.f.position}/${this.ion || ''}`;
     const isCut = curve.answer && curve.answer.facts.points > curve.answer.x.length;
     const detail = isCut && state.minutes ? { from: state.minutes[0], to: state.minutes[1] } : {};
     const answer = await this.owner.panel.attempt(
@@ -224,6 +227,7 @@ export class Chromatograms {
     /** @type {Row[]} */
     this.rows = [];
     this.most = mostRows;
+    this.legend = el('div', { class: 'legend' });
     this.#addTools();
     this.#makeRows();
   }
@@ -298,7 +302,7 @@ export class Chromatograms {
     const before = this.rows;
     this.rows = wanted.map(({ f, ion }) => before.find((row) => row.f === f && String(row.ion) === String(ion)) || new Row(this, f, ion));
     const hidden = this.functions.length - this.most;
-    this.panel.body.replaceChildren(...this.rows.map((row) => row.root));
+    this.panel.body.replaceChildren(this.legend, ...this.rows.map((row) => row.root));
     if (hidden > 0) {
       this.panel.body.append(button(`${hidden} more`, () => {
         this.most = this.functions.length;
@@ -326,6 +330,8 @@ export class Chromatograms {
   /** @param {ShownRun[]} runs */
   async loadTotals(runs) {
     this.runs = runs;
+    this.panel.root.classList.toggle('overlaid', runs.length > 1);
+    replace(this.legend, ...(runs.length > 1 ? runs : []).map((run) => el('span', { dir: 'auto' }, legendKey(run.colour), run.name)));
     await Promise.all(this.rows.map((row) => row.loadTotals(runs)));
   }
 

@@ -1,5 +1,6 @@
 // What is in the run: its header, findings, samples, functions and metadata.
-import { el, button, counted, fixed, grouped, replace } from './dom.js';
+import { el, button, counted, fixed, grouped, legendKey, replace } from './dom.js';
+import { runColours } from './look.js';
 import { Panel } from './panel.js';
 import { Superseded, ask, isLive, kept } from './store.js';
 import { nothingChosen, setState, state } from './state.js';
@@ -97,6 +98,11 @@ export async function showFindings(host, run, isWhole = !isLive) {
   }
 }
 
+/** The colour of a sample that is drawn over the one that is shown. @param {number} number */
+export function sampleColour(number) {
+  return runColours[(1 + state.samples.indexOf(number)) % runColours.length];
+}
+
 /**
  * The samples of a report, a page of them at a time.
  * @param {Run} run
@@ -104,6 +110,14 @@ export async function showFindings(host, run, isWhole = !isLive) {
 export function samplePanel(run) {
   const size = 25;
   const panel = new Panel('Samples', 'samples');
+  const overlayButton = (/** @type {string} */ name, /** @type {number} */ i) => {
+    const isOver = state.samples.includes(i);
+    const over = button('', () => setState({ samples: isOver ? state.samples.filter((each) => each !== i) : [...state.samples, i] }), {
+      class: 'quiet overlay', title: 'Draw its chromatograms over those of the sample', 'aria-label': `Overlay ${name}`,
+      'aria-pressed': String(isOver), disabled: i === state.sample,
+    }, [isOver ? legendKey(sampleColour(i)) : '+']);
+    return over;
+  };
   const search = /** @type {HTMLInputElement} */ (el('input', { type: 'search', placeholder: 'name or number', 'aria-label': 'Search samples' }));
   const list = el('div', { class: 'pages' });
   let first = Math.floor(state.sample / size) * size;
@@ -113,15 +127,10 @@ export function samplePanel(run) {
       .filter(({ name, i }) => !wanted || name.toLowerCase().includes(wanted) || String(i + 1) === wanted);
     first = Math.max(0, Math.min(first, Math.floor((all.length - 1) / size) * size));
     replace(list,
-      el('ol', { class: 'list' }, ...all.slice(first, first + size).map(({ i }) => el('li', {},
-        button('', () => setState({ ...nothingChosen, sample: i }),
-          { 'aria-current': i === state.sample ? 'true' : undefined, class: 'row' }))).map((row, k) => {
-        const target = row.firstChild;
-        const { name, i } = all[first + k];
-        if (target) target.appendChild(el('span', { class: 'number' }, i + 1));
-        if (target) target.appendChild(el('span', { dir: 'auto' }, name || '–'));
-        return row;
-      })),
+      el('ol', { class: 'list' }, ...all.slice(first, first + size).map(({ name, i }) => el('li', {},
+        button('', () => setState({ ...nothingChosen, sample: i }), { 'aria-current': i === state.sample ? 'true' : undefined, class: 'row' }, [
+          el('span', { class: 'number' }, i + 1), el('span', { dir: 'auto' }, name || '–')]),
+        overlayButton(name, i)))),
       all.length > size ? el('div', { class: 'pager' },
         button('‹', () => { first -= size; show(); }, { disabled: first === 0, 'aria-label': 'Earlier samples' }),
         el('span', {}, `${first + 1}–${Math.min(first + size, all.length)} of ${grouped(all.length)}`),
@@ -131,7 +140,7 @@ export function samplePanel(run) {
   if (run.samples.length > size) panel.tools.appendChild(search);
   panel.body.appendChild(list);
   show();
-  return panel;
+  return { root: panel.root, show };
 }
 
 /**
@@ -155,7 +164,9 @@ export function functionPanel(sample) {
     f.isCentroided === null ? '–' : f.isCentroided ? 'centroid' : 'profile',
   ]));
   if (sample.absorbance) {
-    rows.push(row('td', [sample.absorbance.id, 'Absorbance', 'absorbance', '–', '–', sample.absorbance.scans, '–', '–', '–']));
+    const { id } = sample.absorbance;
+    const later = sample.functions.findIndex((f) => Number(f.id) > Number(id));
+    rows.splice(later < 0 ? rows.length : later, 0, row('td', [id, 'Absorbance', 'absorbance', '–', '–', sample.absorbance.scans, '–', '–', '–']));
   }
   if (!rows.length) panel.say('There are no functions.');
   else {

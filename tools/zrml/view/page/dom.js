@@ -53,10 +53,18 @@ export function visible(text) {
  * @param {string} label
  * @param {() => void} action
  * @param {Record<string, any>} [attributes]
+ * @param {Child[]} [children]
  * @returns {HTMLButtonElement}
  */
-export function button(label, action, attributes = {}) {
-  return /** @type {HTMLButtonElement} */ (el('button', { type: 'button', onclick: action, ...attributes }, label));
+export function button(label, action, attributes = {}, children = []) {
+  return /** @type {HTMLButtonElement} */ (el('button', { type: 'button', onclick: action, ...attributes }, label, ...children));
+}
+
+/** The mark of a curve in a legend. @param {string} colour  name of a colour of the theme */
+export function legendKey(colour) {
+  const key = el('span', { class: 'key' });
+  key.style.setProperty('--key', `var(--${colour})`);
+  return key;
 }
 
 /**

@@ -1,6 +1,7 @@
 // Cells over time, drawn on a canvas: with axes, a scale of colours, zoom by dragging, and a readout.
 import { el, amount, fixed } from './dom.js';
 import { colour, font, onTheme, rampColours } from './look.js';
+import { escapeXml } from './saving.js';
 
 /**
  * @typedef {object} MapOptions
@@ -12,7 +13,7 @@ import { colour, font, onTheme, rampColours } from './look.js';
  */
 /** @typedef {{minutes: [number, number], ordinate: [number, number]}} Box */
 
-const margin = { left: 50, top: 8, right: 18, bottom: 36 };
+const margin = { left: 60, top: 8, right: 18, bottom: 36 };
 
 export class HeatMap {
   /**
@@ -124,6 +125,27 @@ export class HeatMap {
     this.#drawAxes(context, area);
   }
 
+  /** What is shown: the cells as a picture, the rest as text and lines. */
+  svg() {
+    if (!this.facts || !this.picture) return '';
+    const { clientWidth: width } = this.canvas;
+    const { height } = this.options;
+    const area = this.#area();
+    const box = this.box();
+    const bottom = margin.top + area.height;
+    const text = (/** @type {string} */ place, /** @type {string} */ anchor, /** @type {string} */ what) =>
+      `<text ${place} text-anchor="${anchor}" fill="${colour('muted')}">${escapeXml(what)}</text>`;
+    const frame = `x="${margin.left}" y="${margin.top}" width="${area.width}" height="${area.height}"`;
+    return [`<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 ${width} ${height}" font-family="sans-serif" font-size="11">`,
+      `<rect width="${width}" height="${height}" fill="${colour('panel')}"/>`,
+      `<image ${frame} preserveAspectRatio="none" href="${this.picture.toDataURL()}"/>`,
+      `<rect ${frame} fill="none" stroke="${colour('muted')}"/>`,
+      ...ticks(box.minutes, area.width / 70).map((tick) => text(`x="${margin.left + tick.share * area.width}" y="${bottom + 14}"`, 'middle', tick.text)),
+      ...ticks(box.ordinate, area.height / 36).map((tick) => text(`x="${margin.left - 5}" y="${bottom + 4 - tick.share * area.height}"`, 'end', tick.text)),
+      text(`x="${margin.left + area.width / 2}" y="${bottom + 29}"`, 'middle', 'minutes'),
+      text(`transform="translate(12 ${margin.top + area.height / 2}) rotate(-90)"`, 'middle', this.options.ordinate)].join('\n') + '\n</svg>\n';
+  }
+
   // Each cell on the pixels that it covers; of the cells on one pixel the largest.
   /** @param {number} width @param {number} height */
   #paint(width, height) {
@@ -173,6 +195,12 @@ export class HeatMap {
     context.textAlign = 'right';
     context.textBaseline = 'middle';
     for (const tick of ticks(box.ordinate, area.height / 36)) context.fillText(tick.text, margin.left - 5, bottom - tick.share * area.height);
+    context.save();
+    context.translate(9, margin.top + area.height / 2);
+    context.rotate(-Math.PI / 2);
+    context.textAlign = 'center';
+    context.fillText(this.options.ordinate, 0, 0);
+    context.restore();
     if (this.mark === null) return;
     const x = margin.left + (this.mark - box.minutes[0]) / (box.minutes[1] - box.minutes[0]) * area.width;
     if (x < margin.left || x > margin.left + area.width) return;

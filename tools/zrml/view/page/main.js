@@ -1,8 +1,8 @@
 // The page: loads the runs, makes the panels of the sample that is shown, and passes on what changes.
-import { el, button, replace, visible } from './dom.js';
+import { el, button, legendKey, replace, visible } from './dom.js';
 import { AbsorbancePanel } from './absorbance.js';
 import { Chromatograms } from './chromatograms.js';
-import { functionPanel, header, samplePanel, showFindings } from './contents.js';
+import { functionPanel, header, sampleColour, samplePanel, showFindings } from './contents.js';
 import { MapPanel } from './maps.js';
 import { SpectrumPanel } from './spectrum.js';
 import { TracePanel } from './traces.js';
@@ -84,9 +84,7 @@ class Page {
         const runs = isShown ? others : [...state.runs, i];
         if (runs.length) setState(runs[0] === state.runs[0] ? { runs } : { ...nothingChosen, sample: 0, runs });
       }, { class: 'run', 'aria-pressed': String(isShown), disabled: !run, title: run?.path });
-      const key = el('span', { class: 'key' });
-      key.style.setProperty('--key', `var(--${runColours[i % runColours.length]})`);
-      item.prepend(key);
+      item.prepend(legendKey(colourOfRun(i)));
       return item;
     }));
   }
@@ -103,13 +101,14 @@ class Page {
     this.absorbance = sample.absorbance ? new AbsorbancePanel() : null;
     this.traces = new TracePanel(sample);
     const hasScans = sample.functions.some((f) => f.scans > 0);
-    const contents = [run.samples.length > 1 && samplePanel(run).root, functionPanel(sample).root];
+    this.samples = run.samples.length > 1 ? samplePanel(run) : null;
+    const contents = [this.samples && this.samples.root, functionPanel(sample).root];
     const charts = [hasScans && this.chromatograms.panel.root, this.map.isNeeded() && this.map.panel.root];
     const spectra = [hasScans && this.spectrum.panel.root, this.absorbance && this.absorbance.panel.root];
     const traces = this.traces.isNeeded() && this.traces.panel.root;
     arrange(/** @type {HTMLElement} */ (this.grid), {
       1: [[...contents, charts[0], spectra[0], charts[1], spectra[1], traces]],
-      2: [[...contents, ...charts], [...spectra, traces]],
+      2: [[...contents, ...charts, traces], spectra],
       3: [[...contents, traces], charts, spectra],
     });
   }
@@ -124,15 +123,8 @@ class Page {
   }
 
   async #load() {
-    /** @type {import('./chromatograms.js').ShownRun[]} */
-    const runs = await Promise.all(state.runs.filter((i) => this.runs[i]?.run).map(async (index) => {
-      const run = /** @type {Run} */ (this.runs[index].run);
-      if (index === this.main) return { index, name: run.name, sample: /** @type {Sample} */ (this.sample) };
-      const answer = await ask('sample', { sample: state.sample }, { run: index }).catch(() => null);
-      return { index, name: run.name, sample: answer ? /** @type {Sample} */ (answer.facts) : null };
-    }));
     const { chromatograms } = this;
-    await chromatograms?.loadTotals(runs);  // the first thing that is seen
+    await chromatograms?.loadTotals(await this.#shownRuns());  // the first thing that is seen
     if (chromatograms !== this.chromatograms) return;  // another sample is shown by now
     const findings = showFindings(/** @type {HTMLElement} */ (this.findings), this.main || 0);
     this.spectrum?.load();
@@ -140,7 +132,38 @@ class Page {
     this.traces?.load();
     if (this.map?.isNeeded()) this.map.load();
     await Promise.all([findings, chromatograms?.loadRest()]);
+    this.#markMap();
     if (isLive && chromatograms === this.chromatograms) await showFindings(/** @type {HTMLElement} */ (this.findings), this.main || 0, true);
+  }
+
+  // The runs, or the samples of one, whose chromatograms are drawn over one another.
+  /** @returns {Promise<import('./chromatograms.js').ShownRun[]>} */
+  async #shownRuns() {
+    const main = this.main || 0;
+    const names = this.runs[main].run?.samples || [];
+    const isReport = names.length > 1 && state.samples.length > 0;
+    const shown = state.runs.filter((index) => this.runs[index]?.run).map((index) => ({
+      index, number: state.sample, colour: colourOfRun(index),
+      name: index === main && isReport ? names[state.sample] : this.runs[index].run?.name || '',
+    }));
+    const over = state.samples.filter((number) => number !== state.sample && names[number] !== undefined).map((number) => ({
+      index: main, number, colour: sampleColour(number), name: names[number],
+    }));
+    return Promise.all([...shown, ...over].map(async (each) => {
+      if (each.index === main && each.number === state.sample) return { ...each, sample: /** @type {Sample} */ (this.sample) };
+      const answer = await ask('sample', { sample: each.number }, { run: each.index }).catch(() => null);
+      return { ...each, sample: answer ? /** @type {Sample} */ (answer.facts) : null };
+    }));
+  }
+
+  async #overlay() {
+    this.samples?.show();
+    await this.chromatograms?.load(await this.#shownRuns());
+  }
+
+  #markMap() {
+    const row = this.chromatograms?.rows.find((each) => each.f.position === state.function);
+    this.map?.mark(state.average ? null : row?.timeOf(state.scan) ?? null);
   }
 
   /** @param {import('./state.js').State} before */
@@ -153,9 +176,14 @@ class Page {
     this.chromatograms?.update(before);
     this.spectrum?.update(before);
     this.absorbance?.update(before);
-    const row = this.chromatograms?.rows.find((each) => each.f.position === state.function);
-    this.map?.mark(state.average ? null : row?.timeOf(state.scan) ?? null);
+    if (JSON.stringify(before.samples) !== JSON.stringify(state.samples)) this.#overlay();
+    this.#markMap();
   }
+}
+
+/** @param {number} index */
+function colourOfRun(index) {
+  return runColours[index % runColours.length];
 }
 
 // Arrows step wherever the focus is, but in a field that takes text.

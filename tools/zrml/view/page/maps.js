@@ -30,7 +30,7 @@ export class MapPanel {
       this.functions.length > 1 ? choice(this.functions.map((f) => ({ name: f.position, label: f.id, title: functionTitle(f) })), this.chosen.position,
         (position) => this.choose(position), 'Function') : '',
       el('span', { class: 'choice' }, el('button', { type: 'button', title: 'The whole map (0)', onclick: () => this.map?.zoomTo(null) }, 'all')),
-      savingButtons({ name: 'map', canvas: () => this.map?.canvas || null, svg: null, tsv: () => this.map?.tsv() || '' }));
+      savingButtons({ name: 'map', canvas: () => this.map?.canvas || null, svg: () => this.map?.svg() || '', tsv: () => this.map?.tsv() || '' }));
   }
 
   /** @param {number} position */

@@ -30,6 +30,7 @@ import { escapeXml } from './saving.js';
  */
 
 const axisSize = 50;
+const dotSize = 5;
 const paddingRight = 18;
 
 /**
@@ -134,7 +135,7 @@ export class Plot {
   show(lines, more = {}) {
     const isOfSameShape = this.chart && lines.length === this.lines.length && lines.every((line, i) => {
       const old = this.lines[i];
-      return line.colour === old.colour && line.isSticks === old.isSticks && line.isFaint === old.isFaint;
+      return line.colour === old.colour && line.isSticks === old.isSticks && line.isFaint === old.isFaint && isDot(line) === isDot(old);
     });
     this.lines = lines;
     this.marks = more.marks || [];
@@ -203,7 +204,7 @@ export class Plot {
   }
 
   canvas() {
-    return this.chart ? this.#onPaper() : null;
+    return this.chart ? /** @type {HTMLCanvasElement} */ (this.chart.ctx.canvas) : null;
   }
 
   /** What is shown, as a picture of lines. */
@@ -239,21 +240,10 @@ export class Plot {
         if (Number.isNaN(line.y[i])) continue;
         path += line.isSticks ? `M${px(line.x[i])} ${py(0)}V${py(line.y[i])}` : `${path ? 'L' : 'M'}${px(line.x[i])} ${py(line.y[i])}`;
       }
-      parts.push(`<path d="${path}" fill="none" stroke="${colour(line.colour)}"/>`);
+      const ends = isDot(line) ? ` stroke-width="${dotSize}" stroke-linecap="round"` : '';
+      parts.push(`<path d="${ends ? path + 'h0' : path}" fill="none" stroke="${colour(line.colour)}"${ends}/>`);
     });
     return parts.join('\n') + '\n</svg>\n';
-  }
-
-  // The chart on the colour of its panel.
-  #onPaper() {
-    const drawn = /** @type {HTMLCanvasElement} */ (this.chart.ctx.canvas);
-    const canvas = /** @type {HTMLCanvasElement} */ (el('canvas', { width: drawn.width, height: drawn.height }));
-    const context = canvas.getContext('2d');
-    if (!context) return null;
-    context.fillStyle = colour('panel');
-    context.fillRect(0, 0, canvas.width, canvas.height);
-    context.drawImage(drawn, 0, 0);
-    return canvas;
   }
 
   #range() {
@@ -325,7 +315,7 @@ export class Plot {
       },
       axes: [
         {
-          ...axis, label: hasAxis ? this.options.xLabel : undefined, labelFont: font, labelSize: 14, size: hasAxis ? 24 : 0, gap: 3, labelGap: 0,
+          ...axis, label: hasAxis ? this.options.xLabel : undefined, labelFont: font, labelSize: 14, size: hasAxis ? 28 : 0, gap: 7, labelGap: 0,
           values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(hasAxis ? tickText : () => ''),
         },
         { ...axis, size: axisSize, gap: 4, space: 26, values: (/** @type {any} */ _u, /** @type {number[]} */ ticks) => ticks.map(tickText) },
@@ -342,7 +332,7 @@ export class Plot {
         alpha: line.isFaint ? 0.55 : 1,
         width: line.isSticks ? 1.25 : 1,
         fill: line.isFilled ? colour(line.colour + '-fill') : undefined,
-        points: { show: false },
+        points: { show: isDot(line), size: dotSize, fill: colour(line.colour), space: 0 },
         paths: line.isSticks ? stickPaths : undefined,
         spanGaps: false,
       }))],
@@ -531,6 +521,13 @@ export function apexes(line, first, end, count) {
     if (line.isSticks || ((i === first || line.y[i - 1] < y) && (i + 1 === end || line.y[i + 1] <= y))) found.push(i);
   }
   return found.sort((a, b) => line.y[b] - line.y[a]).slice(0, count);
+}
+
+/** A line has no length where there is one number only. @param {Line} line */
+function isDot(line) {
+  let numbers = 0;
+  for (let i = 0; i < line.y.length && numbers < 2; ++i) if (!Number.isNaN(line.y[i])) ++numbers;
+  return !line.isSticks && numbers === 1;
 }
 
 /** @param {string} type */

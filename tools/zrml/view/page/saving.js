@@ -1,11 +1,12 @@
 // What is shown, as TSV on the clipboard or as a picture in a file.
 import { el, button } from './dom.js';
+import { colour } from './look.js';
 
 /**
  * @typedef {object} Picture
  * @property {string} name  of the file
  * @property {() => HTMLCanvasElement|null} canvas
- * @property {(() => string)|null} svg
+ * @property {() => string} svg
  * @property {() => string} tsv
  */
 
@@ -19,6 +20,19 @@ function save(name, blob) {
   link.href = address;
   link.click();
   setTimeout(() => URL.revokeObjectURL(address), 1000);
+}
+
+// A drawing on the colour of its panel.
+/** @param {HTMLCanvasElement|null} drawn */
+function onPaper(drawn) {
+  if (!drawn) return null;
+  const canvas = /** @type {HTMLCanvasElement} */ (el('canvas', { width: drawn.width, height: drawn.height }));
+  const context = canvas.getContext('2d');
+  if (!context) return null;
+  context.fillStyle = colour('panel');
+  context.fillRect(0, 0, canvas.width, canvas.height);
+  context.drawImage(drawn, 0, 0);
+  return canvas;
 }
 
 /**
@@ -36,10 +50,10 @@ export function savingButtons(picture) {
     setTimeout(() => { copy.textContent = 'TSV'; }, 1500);
   }, { title: 'Copy the points as TSV', class: 'quiet' });
   const png = button('PNG', () => {
-    picture.canvas()?.toBlob((blob) => { if (blob) save(picture.name + '.png', blob); });
+    onPaper(picture.canvas())?.toBlob((blob) => { if (blob) save(picture.name + '.png', blob); });
   }, { title: 'Save as PNG', class: 'quiet' });
-  const svg = picture.svg && button('SVG', () => {
-    if (picture.svg) save(picture.name + '.svg', new Blob([picture.svg()], { type: 'image/svg+xml' }));
+  const svg = button('SVG', () => {
+    save(picture.name + '.svg', new Blob([picture.svg()], { type: 'image/svg+xml' }));
   }, { title: 'Save as SVG', class: 'quiet' });
   return el('span', { class: 'saving' }, copy, svg, png);
 }

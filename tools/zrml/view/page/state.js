@@ -11,6 +11,7 @@
  * @property {[number, number]|null} background
  * @property {[number, number, number][]} ions  function, low, high: extracted
  * @property {number|null} absorbance  its scan
+ * @property {number[]} samples  whose chromatograms are drawn over those of the sample
  * @property {boolean} centroids
  * @property {number[]} runs  that are shown; the first one is the one whose spectra are
  */
@@ -18,6 +19,7 @@
 /** Nothing of a sample is chosen: for another sample, or another run. @type {Omit<State, 'sample'|'centroids'|'runs'>} */
 export const nothingChosen = {
   function: null, scan: null, minutes: null, mz: null, average: null, background: null, ions: [], absorbance: null,
+  samples: [],
 };
 
 /** @returns {State} */
@@ -71,6 +73,7 @@ function readAddress() {
   if (Array.isArray(given?.ions)) {
     read.ions = given.ions.filter((/** @type {any} */ ion) => Array.isArray(ion) && ion.length === 3 && ion.every(isNumber));
   }
+  if (Array.isArray(given?.samples) && given.samples.every(isNumber)) read.samples = given.samples;
   if (Array.isArray(given?.runs) && given.runs.length && given.runs.every(isNumber)) read.runs = given.runs;
   read.centroids = given?.centroids === true;
   return read;
