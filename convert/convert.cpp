@@ -171,8 +171,7 @@ SourceInUse::SourceInUse(const std::string& path, int workers, const Opener& ope
 
 const SourceFiles& SourceInUse::Files(Checksums checksums, const Cancel& cancel) {
   if (!files_) {
-    files_ = ListSourceFiles(First().Path(), First().GetFormat(), checksums,
-                             static_cast<int>(workers_.size()), cancel);
+    files_ = ListSourceFiles(First().Path(), First().GetFormat(), checksums, cancel);
   }
   return *files_;
 }

@@ -8,7 +8,6 @@
 #include "common/platform/platform.h"
 #include "common/text.h"
 #include "convert/native_path.h"
-#include "convert/ordered_pieces.h"
 #include "convert/sha1.h"
 
 namespace zrml::convert {
@@ -87,24 +86,17 @@ bool IsByTheWay(const std::string& name, source::Format format) {
   return format == source::Format::kRawDirectory && !name.starts_with('_');
 }
 
-SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums, int threads,
+SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums,
                             const Cancel& cancel) {
   SourceFiles result;
   const FolderList list = FilesOf(path, format);
-  const std::vector<SystemPath>& names = list.files.names;
   if (!list.files.error.empty())
     result.error = "cannot list " + PathText(list.folder) + " (" + list.files.error + ")";
   result.isForbidden = list.files.isForbidden;
-  std::vector<FileState> states(names.size());
-  const auto read = [&](std::size_t index, std::string& text) {
-    text.clear();
-    states[index] = ReadWhole(platform::PathIn(list.folder, names[index]), checksums, cancel, text);
-  };
-  OrderedPieces checked(names.size(), {static_cast<std::size_t>(threads), read});
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    const std::string name = PathText(names[i]);
-    std::string text(checked.Take());
-    switch (states[i]) {
+  for (const SystemPath& file : list.files.names) {
+    const std::string name = PathText(file);
+    std::string text;
+    switch (ReadWhole(platform::PathIn(list.folder, file), checksums, cancel, text)) {
       case FileState::kWhole:
         result.files.push_back({name, FileUri(list.folder), std::move(text)});
         break;

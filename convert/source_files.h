@@ -40,8 +40,8 @@ struct SourceFiles {
 enum class Checksums { kMade, kLeftOut };
 
 /// The regular files of the folder `path`, by name, or of the folder that holds the file `path`; for a report
-/// only the file. Reads them whole, on `threads` threads.
-SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums, int threads,
+/// only the file. Reads them whole.
+SourceFiles ListSourceFiles(const std::string& path, source::Format format, Checksums checksums,
                             const Cancel& cancel);
 
 /// The state of a source's data files at one time: their sizes, and when they were last written to.

@@ -65,7 +65,7 @@ void Attempt(Ask ask) {
 // A failing disk may fail at bytes that a quick look does not read.
 void ReadFiles(const source::Source& source, CheckResult& result) {
   const convert::SourceFiles files =
-      convert::ListSourceFiles(source.Path(), source.GetFormat(), convert::Checksums::kLeftOut, 1, {});
+      convert::ListSourceFiles(source.Path(), source.GetFormat(), convert::Checksums::kLeftOut, {});
   if (files.isForbidden) {
     PrintError(source.Path() + ": " + *files.error + ", so only files that are known by name are looked at");
   } else if (files.error) {

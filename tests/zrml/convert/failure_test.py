@@ -139,6 +139,21 @@ def test_interrupted_on_a_slow_disk(conversions, slow_disk):
     require(max(answers) <= 6, f'reads after the signal: {answers}')  # three threads, each reading and beginning one more
 
 
+def test_threads_are_the_total(zrml, source, slow_disk, log):
+    """While it reads files for their checksums and while it converts; each read takes long enough to be seen."""
+    log.touch()
+    environment = {**os.environ, 'LD_PRELOAD': slow_disk, 'ZRML_DISK_LOG': str(log)}
+    seen = set()
+    with subprocess.Popen([zrml, 'convert', source, '--stdout', '--threads', '3'], stdout=subprocess.DEVNULL,
+                          stderr=subprocess.DEVNULL, env=environment) as process:
+        while log.stat().st_size < 300:
+            require(process.poll() is None, f'it has ended with {process.returncode}')
+            seen.add(len(os.listdir(f'/proc/{process.pid}/task')))
+            time.sleep(0.001)
+        process.send_signal(signal.SIGINT)
+    require(max(seen) == 3, f'{seen} threads are seen')
+
+
 def test_check_interrupted(zrml, source, slow_disk, log):
     """At a terminal it shows how far it is, and leaves an empty line."""
     terminal, end = os.openpty()
@@ -368,6 +383,7 @@ def main(zrml, long_source, source, work, failing_disk, slow_disk, sample):
     test_pipe_that_does_not_wait(conversions)
     test_failing_disk(conversions, failing_disk)
     test_check_interrupted(zrml, sample, slow_disk, work / 'check.log')
+    test_threads_are_the_total(zrml, sample, slow_disk, work / 'threads.log')
     test_interrupted_on_a_slow_disk(Conversions(zrml, sample, work / 'sample'), slow_disk)
     test_source_changed_meanwhile(conversions, source)
     test_file_that_may_not_be_read(zrml, source)
