@@ -4,9 +4,7 @@
 #include <fcntl.h>
 #include <limits>
 #include <memory>
-#include <sys/random.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -186,14 +184,6 @@ std::vector<FolderEntry> ListFolder(const SystemPath& folder, std::string& error
   });
   error = code == 0 ? std::string() : ErrorText(code);
   return entries;
-}
-
-std::uint32_t RandomNumber() {
-  std::uint32_t number = 0;
-  while (::getrandom(&number, sizeof number, 0) != sizeof number) {
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "no random numbers");
-  }
-  return number;
 }
 
 }  // namespace zrml::platform

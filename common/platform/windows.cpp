@@ -1,8 +1,5 @@
-#define _CRT_RAND_S  // declares rand_s
 #include <algorithm>
 #include <memory>
-#include <stdlib.h>
-#include <system_error>
 #include <utility>
 #include <windows.h>
 
@@ -183,13 +180,6 @@ std::vector<FolderEntry> ListFolder(const SystemPath& folder, std::string& error
   });
   error = code == 0 ? std::string() : ErrorText(static_cast<int>(code));
   return entries;
-}
-
-std::uint32_t RandomNumber() {
-  unsigned int number = 0;
-  if (const int error = ::rand_s(&number); error != 0)
-    throw std::system_error(error, std::generic_category(), "no random numbers");
-  return number;
 }
 
 }  // namespace zrml::platform
