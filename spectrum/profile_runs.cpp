@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <numeric>
 #include <utility>
 
 namespace zrml {
@@ -12,24 +13,6 @@ constexpr double kLowest = 1e-100;  // far from where squares underflow or overf
 constexpr double kHighest = 1e100;
 constexpr SampleIndex kStepsAround = 4;
 constexpr double kLongestStep = 1.5;  // of the shortest around
-
-// The shortest and the longest of some steps. Their bits are compared: those above 0 have the order of
-// integers, and anything else is longer, also what is not a number.
-class StepRange {
- public:
-  void Add(double step) {
-    const auto bits = std::bit_cast<std::uint64_t>(step);
-    shortest_ = std::min(shortest_, bits);
-    longest_ = std::max(longest_, bits);
-  }
-
-  double Shortest() const { return std::bit_cast<double>(shortest_); }
-  bool IsUpTo(double most) const { return longest_ <= std::bit_cast<std::uint64_t>(most); }
-
- private:
-  std::uint64_t shortest_ = std::bit_cast<std::uint64_t>(kHighest);
-  std::uint64_t longest_ = 0;
-};
 
 // Whether a sample is higher than those beside it and they are no higher than theirs, or lower and no lower.
 bool IsZigzag(const double* sample) {
@@ -59,6 +42,10 @@ void AddIonsOf(ProfileRuns& runs, SampleIndex end, std::vector<double>& ions) {
     if (!run) return;
     AddIonsOf(*run, ions);
   }
+}
+
+double SumOf(const ProfileRun& run) {
+  return std::accumulate(run.intensities + run.first, run.intensities + run.last + 1, 0.0);
 }
 
 // Of an even number the upper one of the two in the middle.
@@ -91,7 +78,10 @@ std::optional<ProfileRun> ProfileRuns::Next(double least) {
     while (next_ < endOfStretch_ && !(Intensity(next_) > 0 && HasPlace(next_))) ++next_;
     if (next_ < endOfStretch_) {
       const SampleIndex first = std::exchange(next_, EndOfRun(next_));
-      return Copy(first, next_ - 1);
+      const ProfileRun run = Copy(first, next_ - 1);
+      const bool isWholeStretch = first == beginOfStretch_ && next_ == endOfStretch_;
+      if (isWholeStretch || SumOf(run) >= least) return run;
+      continue;
     }
     if (!FindStretch(least)) return std::nullopt;
   }
@@ -109,29 +99,29 @@ double ProfileRuns::Intensity(SampleIndex i) const {
   return value >= kLowest && value <= kHighest ? value : 0;
 }
 
-double ProfileRuns::ShortestStepAround(SampleIndex i) const {
-  const SampleIndex last = std::min(i + kStepsAround, count_ - 2);
-  double shortest = Step(i);
-  for (SampleIndex k = std::max<SampleIndex>(i - kStepsAround, 0); k <= last; ++k)
-    shortest = Step(k) > 0 && Step(k) < shortest ? Step(k) : shortest;
-  return shortest;
+// Of those above 0, from sample to sample up to the one behind `last`. Their bits are compared, which have
+// the order of integers; those of anything else, less 1, come behind them.
+double ProfileRuns::ShortestStep(SampleIndex first, SampleIndex last) const {
+  auto shortest = std::bit_cast<std::uint64_t>(kHighest) - 1;
+  const SampleIndex end = std::min(last + 1, count_ - 1);
+  for (SampleIndex i = std::max<SampleIndex>(first, 0); i < end; ++i)
+    shortest = std::min(shortest, std::bit_cast<std::uint64_t>(Step(i)) - 1);
+  return std::bit_cast<double>(shortest + 1);
 }
 
 bool ProfileRuns::HasPlace(SampleIndex i) const { return mz_[i] >= 0 && mz_[i] <= kHighest; }
 
-// Whether the next sample of the stretch is of the same run.
-bool ProfileRuns::IsFollowed(SampleIndex i) const {
-  return Step(i) > 0 && mz_[i + 1] <= kHighest && Step(i) <= kLongestStep * ShortestStepAround(i);
-}
-
-// Whether it is plain that each of these samples but the last is followed.
-bool ProfileRuns::HasEvenSteps(SampleIndex first, SampleIndex last) const {
-  StepRange inside;
-  for (SampleIndex i = first; i < last; ++i) inside.Add(Step(i));
-  StepRange around = inside;
-  for (SampleIndex i = std::max<SampleIndex>(first - kStepsAround, 0); i < first; ++i) around.Add(Step(i));
-  for (SampleIndex i = last; i < std::min(last + kStepsAround, count_ - 1); ++i) around.Add(Step(i));
-  return around.Shortest() > 0 && inside.IsUpTo(kLongestStep * around.Shortest()) && mz_[last] <= kHighest;
+// Whether the next sample of the stretch is of the same run. Samples are asked for in their order.
+bool ProfileRuns::IsFollowed(SampleIndex i) {
+  constexpr SampleIndex kBlock = 16;
+  if (!(Step(i) > 0 && mz_[i + 1] <= kHighest)) return false;
+  if (i >= endOfBlock_) {
+    endOfBlock_ = i + kBlock;
+    shortestStep_ = ShortestStep(i - kStepsAround, endOfBlock_ - 1 + kStepsAround);
+  }
+  // What is short beside the shortest step of many is short beside that of a few.
+  return Step(i) <= kLongestStep * shortestStep_ ||
+         Step(i) <= kLongestStep * ShortestStep(i - kStepsAround, i + kStepsAround);
 }
 
 // Goes to the next samples between two pairs of zeros that add up to `least`. They end with a zero, or where
@@ -144,7 +134,7 @@ bool ProfileRuns::FindStretch(double least) {
       ++i;
       continue;
     }
-    next_ = i;
+    next_ = beginOfStretch_ = i;
     double sum = 0;
     double before = value;
     do {
@@ -160,20 +150,15 @@ bool ProfileRuns::FindStretch(double least) {
 }
 
 // Behind the last sample of the run that begins there.
-SampleIndex ProfileRuns::EndOfRun(SampleIndex first) const {
-  constexpr SampleIndex kBlock = 64;
-  SampleIndex i = first;
-  for (;;) {
-    const SampleIndex end = std::min(i + kBlock, endOfStretch_ - 1);
-    if (HasEvenSteps(i, end)) {
-      i = end;
-    } else {
-      while (i < end && IsFollowed(i)) ++i;
-      if (i < end) break;
-    }
-    if (i == endOfStretch_ - 1) break;
+SampleIndex ProfileRuns::EndOfRun(SampleIndex first) {
+  const SampleIndex last = endOfStretch_ - 1;
+  for (SampleIndex i = first;; ++i) {
+    // This is what IsFollowed() would find first; here it is done at once for a block.
+    const SampleIndex end = std::min(endOfBlock_, last);
+    const double longest = kLongestStep * shortestStep_;
+    while (i < end && Step(i) > 0 && Step(i) <= longest && mz_[i + 1] <= kHighest) ++i;
+    if (i == last || !IsFollowed(i)) return i + 1;
   }
-  return i + 1;
 }
 
 ProfileRun ProfileRuns::Copy(SampleIndex first, SampleIndex last) {

@@ -53,8 +53,7 @@ class ProfileRuns {
   /// The arrays are as long as each other, and stay where they are.
   ProfileRuns(std::span<const double> mz, std::span<const double> intensities);
 
-  /// The next run; nothing behind the last. Holds until the next call. Where the samples between two pairs of
-  /// zeros do not add up to `least`, their runs are passed over.
+  /// The next run that adds up to `least` or more; nothing behind the last. Holds until the next call.
   std::optional<ProfileRun> Next(double least);
 
   /// Goes on with the first run that begins at this sample or behind it, not before those that were passed.
@@ -65,19 +64,21 @@ class ProfileRuns {
  private:
   double Intensity(SampleIndex i) const;
   double Step(SampleIndex i) const { return mz_[i + 1] - mz_[i]; }
-  double ShortestStepAround(SampleIndex i) const;
+  double ShortestStep(SampleIndex first, SampleIndex last) const;
   bool HasPlace(SampleIndex i) const;
-  bool IsFollowed(SampleIndex i) const;
-  bool HasEvenSteps(SampleIndex first, SampleIndex last) const;
+  bool IsFollowed(SampleIndex i);
   bool FindStretch(double least);
-  SampleIndex EndOfRun(SampleIndex first) const;
+  SampleIndex EndOfRun(SampleIndex first);
   ProfileRun Copy(SampleIndex first, SampleIndex last);
 
   const double* mz_;
   const double* intensities_;
   SampleIndex count_;
   SampleIndex next_ = 0;
-  SampleIndex endOfStretch_ = 0;  // of the samples between two pairs of zeros that are being gone through
+  SampleIndex beginOfStretch_ = 0;  // of the samples between two pairs of zeros that are being gone through
+  SampleIndex endOfStretch_ = 0;
+  SampleIndex endOfBlock_ = 0;  // of samples whose steps have been looked at together
+  double shortestStep_ = 0;     // in the block and four steps around it
   PaddedSamples copied_;
 };
 
