@@ -59,7 +59,7 @@ std::vector<int> Sorted(const int* positions, std::size_t count) {
   if (count > 0) Require(positions, "an array of positions");
   std::vector<int> sorted(positions, positions + count);
   std::ranges::sort(sorted);
-  sorted.erase(std::ranges::unique(sorted).begin(), sorted.end());
+  sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
   return sorted;
 }
 

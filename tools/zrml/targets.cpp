@@ -137,7 +137,7 @@ std::vector<std::string_view> Fields(std::string_view line) {
 }
 
 std::vector<std::string_view> NamesIn(const Place& place, std::string_view line) {
-  const std::vector<std::string_view> names = Fields(line);
+  std::vector<std::string_view> names = Fields(line);
   for (auto name = names.begin(); name != names.end(); ++name)
     RequireFirst(place, *name, std::find(names.begin(), name, *name) == name);
   return names;
