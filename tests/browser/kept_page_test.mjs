@@ -98,6 +98,21 @@ test('thousands of samples are paged and searched', async () => {
   assert.deepEqual(faults, []);
 });
 
+test('a sample without room in the page leaves the others within reach', async () => {
+  const samples = Array.from({ length: 20000 }, (_each, i) => `[SAMPLE]\r\n{\r\nFileName\tVIAL_${i + 1}\r\n}\r\n`).join('');
+  writeFileSync(join(work, 'full.rpt'), samples);
+  const { page, faults } = await openTab(keep(join(work, 'full.rpt'), '--max-size', '1'));
+  await until(page, () => document.querySelectorAll('.list li').length === 25);
+  await page.getByLabel('Search samples').fill('VIAL_20000');
+  await page.locator('.list .row').click();
+  await until(page, () => document.querySelector('.fatal') !== null);
+  assert.match(await page.locator('.fatal').textContent(), /was left out/);
+  await page.getByLabel('Search samples').fill('VIAL_3');
+  await page.locator('.list .row').first().click();
+  await until(page, () => document.querySelector('.fatal') === null && document.querySelector('.functions') !== null);
+  assert.deepEqual(faults, []);
+});
+
 for (const kind of ['run', 'report']) {
   test(`whatever the texts of a ${kind} are, they are text`, async () => {
     const { page, faults, requests } = await openTab(keep(makeHostile()[kind]));

@@ -1,6 +1,7 @@
 // zrml view as a person uses it; what it shows is compared with what the command line prints.
 import assert from 'node:assert/strict';
-import { readFileSync, rmSync } from 'node:fs';
+import { readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { join } from 'node:path';
 import { test } from 'node:test';
 import { areaOf, copied, dragOver, makeHostile, makeSample, openTab, panel, startViewer, stateOf, until, zrml } from './support.mjs';
 
@@ -277,6 +278,31 @@ test('a function of one scan has a point', async () => {
   await until(page, isShown);
   const [download] = await Promise.all([page.waitForEvent('download'), panel(page, 'Chromatograms').getByRole('button', { name: 'SVG' }).first().click()]);
   assert.match(readFileSync(await download.path(), 'utf8'), /<path d="M[\d. ]+h0" fill="none" stroke="[^"]+" stroke-width="5"/);
+  assert.deepEqual(faults, []);
+});
+
+test('drift bins of a scan are a map, and each has its spectrum', async () => {
+  const drift = makeSample('drift.raw');
+  writeFileSync(join(drift, '_FUNC001.CDT'), '');  // the stand-in for the maker's library has three scans of four bins
+  const { page, faults } = await openTab(await startViewer(drift));
+  await until(page, isShown);
+  await page.locator('.row-of-plot .plot').first().focus();
+  await page.goto(page.url().replace(/#.*/, '#' + encodeURIComponent(JSON.stringify({ ...stateOf(page), scan: 0 }))));
+  await until(page, hasFact, 'scan 1 of');
+  await until(page, () => [...document.querySelectorAll('h2')].some((title) => title.textContent === 'Drift bins: 1: TOF MS ES+, scan 1'));
+  const map = panel(page, 'Drift bins').locator('.map');
+  await map.scrollIntoViewIfNeeded();
+  const box = await map.boundingBox();
+  await page.mouse.click(box.x + box.width * 0.62, box.y + box.height / 2);
+  await until(page, hasFact, 'drift bin 3 of 4');
+  const { columns } = await copied(page, panel(page, 'Spectrum'));
+  const printed = JSON.parse(zrml('spectrum', drift, '--function', '1', '--scan', '1', '--bin', '3', '--json'));
+  assert.ok(printed.points > 0);
+  assert.deepEqual(columns, [printed.masses, printed.intensities]);
+  await page.keyboard.press('ArrowUp');
+  await until(page, hasFact, 'drift bin 4 of 4');
+  await page.getByRole('button', { name: 'all bins' }).click();
+  await until(page, () => !document.querySelector('.spectrum .facts')?.textContent?.includes('drift bin'));
   assert.deepEqual(faults, []);
 });
 

@@ -159,7 +159,13 @@ Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
   const int position = question.Position("scan", source.ScanCount(at.sample, at.function));
   const source::Scan scan = source.ScanAt(at.sample, at.function, position);
   Curve curve;
-  const source::PointsRead read = source.ReadPoints(at.sample, at.function, position, curve.x, curve.y);
+  source::PointsRead read;
+  if (question.Has("bin")) {
+    const int bin = question.Position("bin", source.DriftBinCount(at.sample, at.function));
+    source.ReadDriftBin(at.sample, at.function, position, bin, curve.x, curve.y);
+  } else {
+    read = source.ReadPoints(at.sample, at.function, position, curve.x, curve.y);
+  }
   Answer answer = SpectrumAnswer(question, std::move(curve), scan.isCentroided);
   Json& facts = answer.facts;
   facts["scan"] = position;

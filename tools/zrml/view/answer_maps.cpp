@@ -94,6 +94,21 @@ Answer AnswerMap(Source& source, const Question& question, const Work& work) {
                      isAbsorbance ? Steps::kEven : Steps::kDecades, work);
 }
 
+Answer AnswerDriftMap(Source& source, const Question& question, const Work& work) {
+  const int sample = question.Position("sample", source.SampleCount());
+  const std::span<const source::Function> functions = source.Functions(sample);
+  const int position = question.Position("function", static_cast<int>(functions.size()));
+  const int scan = question.Position("scan", source.ScanCount(sample, position));
+  std::vector<double> bins(static_cast<std::size_t>(source.DriftBinCount(sample, position)));
+  if (bins.empty()) throw WrongQuestion();
+  std::iota(bins.begin(), bins.end(), 1.0);
+  const auto read = [&](int bin, std::vector<double>& x, std::vector<double>& y) {
+    source.ReadDriftBin(sample, position, scan, bin, x, y);
+    return source::PointsRead{x.size(), 0};
+  };
+  return MakeHeatMap({bins, read}, ViewOf(question), Steps::kDecades, work);
+}
+
 Answer AnswerAbsorbanceMap(Source& source, const Question& question, const Work& work) {
   const int sample = AbsorbanceSample(source, question);
   return MakeHeatMap(AbsorbanceSpectra(source, sample), ViewOf(question), Steps::kEven, work);

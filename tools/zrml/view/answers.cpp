@@ -22,15 +22,16 @@ struct Row {
 //   chromatogram         sample, function, kind: tic, bpc, sum or largest (of low to high); from, to, limit
 //   trace                sample, trace; function; from, to, limit
 //   peaks                sample, function: the largest of its base peak chromatogram
-//   spectrum             sample, function, scan; centroids: 1 for those of a profile
+//   spectrum             sample, function, scan; bin; centroids: 1 for those of a profile
 //   average              sample, function, from, to; backFrom, backTo; centroids
 //   map                  sample, function, columns, rows; from, to, low, high
+//   drift-map            sample, function, scan, columns, rows; from, to (bins from 1), low, high
 //   absorbance           sample, scan
 //   absorbance-map       sample, columns, rows; from, to, low, high
 //   absorbance-largest   sample: the largest value of each scan
 //   wavelength           sample, low, high: the largest value between them, by scan
 // clang-format on
-constexpr std::array<Row, 13> kRows = {{
+constexpr std::array<Row, 14> kRows = {{
     {"run", AnswerRun, Takes::kMoment},
     {"sample", AnswerSample, Takes::kMoment},
     {"findings", AnswerFindings, Takes::kLong},
@@ -40,6 +41,7 @@ constexpr std::array<Row, 13> kRows = {{
     {"spectrum", AnswerSpectrum, Takes::kMoment},
     {"average", AnswerAverage, Takes::kLong},
     {"map", AnswerMap, Takes::kLong},
+    {"drift-map", AnswerDriftMap, Takes::kLong},
     {"absorbance", AnswerAbsorbanceSpectrum, Takes::kMoment},
     {"absorbance-map", AnswerAbsorbanceMap, Takes::kLong},
     {"absorbance-largest", AnswerAbsorbanceLargest, Takes::kLong},

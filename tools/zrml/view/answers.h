@@ -39,6 +39,7 @@ Answer AnswerPeaks(source::Source& source, const Question& question, const Work&
 Answer AnswerSpectrum(source::Source& source, const Question& question, const Work& work);
 Answer AnswerAverage(source::Source& source, const Question& question, const Work& work);
 Answer AnswerMap(source::Source& source, const Question& question, const Work& work);
+Answer AnswerDriftMap(source::Source& source, const Question& question, const Work& work);
 Answer AnswerAbsorbanceSpectrum(source::Source& source, const Question& question, const Work& work);
 Answer AnswerAbsorbanceMap(source::Source& source, const Question& question, const Work& work);
 Answer AnswerAbsorbanceLargest(source::Source& source, const Question& question, const Work& work);

@@ -200,6 +200,10 @@ class Asking {
     if (!function["isMonitoring"].get<bool>()) AskMap("map", {{"function", position}});
     const Json peaks = AskAbout(Rank::kCurves, "peaks", {{"function", position}});
     if (peaks.contains("error")) return;
+    if (function["driftBins"].get<int>() > 0 && !peaks["peaks"].empty()) {
+      const int scan = peaks["peaks"][0]["scan"].get<int>();
+      AskMap("drift-map", {{"function", position}, {"scan", std::to_string(scan)}});
+    }
     for (const Json& peak : peaks["peaks"]) {
       AskAbout(Rank::kSpectra, "spectrum",
                {{"function", position}, {"scan", std::to_string(peak["scan"].get<int>())}});

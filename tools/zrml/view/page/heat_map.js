@@ -6,6 +6,7 @@ import { escapeXml } from './saving.js';
 /**
  * @typedef {object} MapOptions
  * @property {number} height
+ * @property {string} [abscissa]  what goes across, minutes by default
  * @property {string} ordinate  what goes upwards
  * @property {number} decimals  of the ordinate
  * @property {(minutes: number, ordinate: number) => void} [onClick]
@@ -80,7 +81,7 @@ export class HeatMap {
 
   tsv() {
     const { columns, rows, minutes, ordinate } = this.facts;
-    const lines = [['minutes', this.options.ordinate, 'largest intensity of the cell'].join('\t')];
+    const lines = [[this.#abscissa(), this.options.ordinate, 'largest intensity of the cell'].join('\t')];
     for (let row = 0; row < rows; ++row) {
       for (let column = 0; column < columns; ++column) {
         const step = this.cells[row * columns + column];
@@ -97,6 +98,10 @@ export class HeatMap {
     const { isLogarithmic, lowest, largest } = this.facts;
     const share = (step - 1) / 254;
     return isLogarithmic ? largest * 10 ** (4 * (share - 1)) : lowest + share * (largest - lowest);
+  }
+
+  #abscissa() {
+    return this.options.abscissa || 'minutes';
   }
 
   #area() {
@@ -142,7 +147,7 @@ export class HeatMap {
       `<rect ${frame} fill="none" stroke="${colour('muted')}"/>`,
       ...ticks(box.minutes, area.width / 70).map((tick) => text(`x="${margin.left + tick.share * area.width}" y="${bottom + 14}"`, 'middle', tick.text)),
       ...ticks(box.ordinate, area.height / 36).map((tick) => text(`x="${margin.left - 5}" y="${bottom + 4 - tick.share * area.height}"`, 'end', tick.text)),
-      text(`x="${margin.left + area.width / 2}" y="${bottom + 29}"`, 'middle', 'minutes'),
+      text(`x="${margin.left + area.width / 2}" y="${bottom + 29}"`, 'middle', this.#abscissa()),
       text(`transform="translate(12 ${margin.top + area.height / 2}) rotate(-90)"`, 'middle', this.options.ordinate)].join('\n') + '\n</svg>\n';
   }
 
@@ -191,7 +196,7 @@ export class HeatMap {
     context.textAlign = 'center';
     context.textBaseline = 'top';
     for (const tick of ticks(box.minutes, area.width / 70)) context.fillText(tick.text, margin.left + tick.share * area.width, bottom + 4);
-    context.fillText('minutes', margin.left + area.width / 2, bottom + 19);
+    context.fillText(this.#abscissa(), margin.left + area.width / 2, bottom + 19);
     context.textAlign = 'right';
     context.textBaseline = 'middle';
     for (const tick of ticks(box.ordinate, area.height / 36)) context.fillText(tick.text, margin.left - 5, bottom - tick.share * area.height);
@@ -235,7 +240,8 @@ export class HeatMap {
     const column = Math.min(Math.floor((place[0] - minutes[0]) / (minutes[1] - minutes[0]) * columns), columns - 1);
     const row = Math.min(Math.floor((place[1] - ordinate[0]) / (ordinate[1] - ordinate[0]) * rows), rows - 1);
     const step = this.cells[row * columns + column];
-    this.readout.textContent = `${fixed(place[0], 3)} min, ${this.options.ordinate} ${fixed(place[1], this.options.decimals)}: ` +
+    const across = this.options.abscissa ? `${this.options.abscissa} ${Math.round(place[0])}` : `${fixed(place[0], 3)} min`;
+    this.readout.textContent = `${across}, ${this.options.ordinate} ${fixed(place[1], this.options.decimals)}: ` +
       (step ? `about ${amount(this.valueOf(step))}` : 'nothing');
   }
 

@@ -2,6 +2,7 @@
 import { el, button, legendKey, replace, visible } from './dom.js';
 import { AbsorbancePanel } from './absorbance.js';
 import { Chromatograms } from './chromatograms.js';
+import { DriftPanel } from './drift.js';
 import { functionPanel, header, sampleColour, samplePanel, showFindings } from './contents.js';
 import { MapPanel } from './maps.js';
 import { SpectrumPanel } from './spectrum.js';
@@ -34,7 +35,7 @@ class Page {
 
   /** @param {unknown} error */
   #fail(error) {
-    replace(this.root, el('p', { class: 'fatal', role: 'alert' }, error instanceof Error ? error.message : String(error)));
+    replace(this.root, fault(error));
   }
 
   // One that cannot be opened does not keep the others from being shown.
@@ -56,9 +57,10 @@ class Page {
     this.main = main;
     document.title = visible(run.name);
     const answer = await ask('sample', { sample: state.sample }, { run: main }).catch((error) => {
-      this.#head(run, null);
-      throw error;
+      this.#showOthers(run, error);
+      return null;
     });
+    if (!answer) return;
     const sample = /** @type {Sample} */ (answer.facts);
     this.#head(run, sample);
     this.#panels(run, sample);
@@ -73,6 +75,16 @@ class Page {
     replace(this.root, header(run, sample), this.#runList(), findings, this.grid);
     this.findings = findings;
     if (!sample) showFindings(findings, this.main || 0);
+  }
+
+  // Without the sample there are the other ones.
+  /** @param {Run} run @param {unknown} error */
+  #showOthers(run, error) {
+    this.chromatograms = this.spectrum = this.drift = this.map = this.traces = undefined;
+    this.absorbance = null;
+    this.#head(run, null);
+    this.samples = run.samples.length > 1 ? samplePanel(run) : null;
+    replace(/** @type {HTMLElement} */ (this.grid), el('div', { class: 'column' }, this.samples && this.samples.root, fault(error)));
   }
 
   #runList() {
@@ -92,7 +104,8 @@ class Page {
   /** @param {Run} run @param {Sample} sample */
   #panels(run, sample) {
     this.sample = sample;
-    this.spectrum = new SpectrumPanel(sample);
+    this.spectrum = new SpectrumPanel(sample, { onBin: (by) => this.drift?.choose((state.bin ?? 0) + by) });
+    this.drift = new DriftPanel(sample);
     this.chromatograms = new Chromatograms(sample, {
       onStep: (by) => this.spectrum?.step(by),
       onPeaks: (f, peaks) => this.#takePeaks(sample, f, peaks),
@@ -104,10 +117,11 @@ class Page {
     this.samples = run.samples.length > 1 ? samplePanel(run) : null;
     const contents = [this.samples && this.samples.root, functionPanel(sample).root];
     const charts = [hasScans && this.chromatograms.panel.root, this.map.isNeeded() && this.map.panel.root];
-    const spectra = [hasScans && this.spectrum.panel.root, this.absorbance && this.absorbance.panel.root];
+    const drift = this.drift.isNeeded() && this.drift.panel.root;
+    const spectra = [hasScans && this.spectrum.panel.root, drift, this.absorbance && this.absorbance.panel.root];
     const traces = this.traces.isNeeded() && this.traces.panel.root;
     arrange(/** @type {HTMLElement} */ (this.grid), {
-      1: [[...contents, charts[0], spectra[0], charts[1], spectra[1], traces]],
+      1: [[...contents, charts[0], spectra[0], drift, charts[1], spectra[2], traces]],
       2: [[...contents, ...charts, traces], spectra],
       3: [[...contents, traces], charts, spectra],
     });
@@ -128,6 +142,7 @@ class Page {
     if (chromatograms !== this.chromatograms) return;  // another sample is shown by now
     const findings = showFindings(/** @type {HTMLElement} */ (this.findings), this.main || 0);
     this.spectrum?.load();
+    this.drift?.load();
     this.absorbance?.load();
     this.traces?.load();
     if (this.map?.isNeeded()) this.map.load();
@@ -175,10 +190,16 @@ class Page {
     }
     this.chromatograms?.update(before);
     this.spectrum?.update(before);
+    this.drift?.update(before);
     this.absorbance?.update(before);
     if (JSON.stringify(before.samples) !== JSON.stringify(state.samples)) this.#overlay();
     this.#markMap();
   }
+}
+
+/** @param {unknown} error */
+function fault(error) {
+  return el('p', { class: 'fatal', role: 'alert' }, error instanceof Error ? error.message : String(error));
 }
 
 /** @param {number} index */

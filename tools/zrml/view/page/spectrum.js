@@ -64,10 +64,19 @@ class Spectrum {
   }
 }
 
+/** What of the state a spectrum depends on. @type {(keyof import('./state.js').State)[]} */
+const parts = ['function', 'scan', 'average', 'background', 'centroids', 'bin'];
+
+/** The drift bin whose spectrum is shown. @param {ScanFunction} f */
+function binOf(f) {
+  return state.average || state.bin === null || state.bin >= f.driftBins ? null : state.bin;
+}
+
 export class SpectrumPanel {
-  /** @param {Sample} sample */
-  constructor(sample) {
+  /** @param {Sample} sample @param {{onBin: (by: number) => void}} hooks */
+  constructor(sample, hooks) {
     this.sample = sample;
+    this.hooks = hooks;
     this.panel = new Panel('Spectrum', 'wide');
     this.dragMeans = 'zoom';
     this.main = new Spectrum(
@@ -141,6 +150,8 @@ export class SpectrumPanel {
     if (!isLive) return false;
     if (event.key === 'ArrowLeft') this.step(-1);
     else if (event.key === 'ArrowRight') this.step(1);
+    else if (event.key === 'ArrowUp' && state.bin !== null) this.hooks.onBin(1);
+    else if (event.key === 'ArrowDown' && state.bin !== null) this.hooks.onBin(-1);
     else if (event.key === 'c') this.panel.tools.querySelector('button[title^="Peaks"]')?.dispatchEvent(new MouseEvent('click'));
     else return false;
     return true;
@@ -159,19 +170,24 @@ export class SpectrumPanel {
       this.main.facts.hidden = true;
       return;
     }
-    const asked = JSON.stringify(state);
+    const asked = this.#asked();
     const answer = await this.panel.attempt(() => this.#ask(f), state.average ? 'spectrum' : undefined);
-    if (!answer || asked !== JSON.stringify(state)) return;
+    if (!answer || asked !== this.#asked()) return;
     this.main.show(f, answer, state.mz);
     replace(this.main.facts, ...this.#describe(f, answer.facts).map((fact) => el('span', {}, fact)));
     this.panel.title.textContent = state.average ? 'Mean spectrum' : 'Spectrum';
     await this.#showLinked(answer.facts);
   }
 
+  // What the answer depends on.
+  #asked() {
+    return JSON.stringify(parts.map((part) => state[part]));
+  }
+
   /** @param {ScanFunction} f */
   #ask(f) {
     const values = { sample: state.sample, function: f.position };
-    const detail = { centroids: state.centroids ? 1 : undefined };
+    const detail = { centroids: state.centroids ? 1 : undefined, bin: binOf(f) ?? undefined };
     if (!state.average) return ask('spectrum', { ...values, scan: state.scan ?? 0 }, { lane: 'spectrum', detail });
     return ask('average', {
       ...values, from: state.average[0], to: state.average[1],
@@ -186,6 +202,7 @@ export class SpectrumPanel {
     return [
       functionTitle(f),
       isMean ? `mean of ${counted(facts.scans, 'scan')}${background}` : `scan ${grouped(facts.scan + 1)} of ${grouped(f.scans)}`,
+      !isMean && f.position === state.function && binOf(f) !== null ? `drift bin ${(state.bin ?? 0) + 1} of ${f.driftBins}` : '',
       isMean ? `${fixed(state.average?.[0], 3)} – ${fixed(state.average?.[1], 3)} min` : `${fixed(facts.minutes, 3)} min`,
       facts.precursorMz ? `precursor ${fixed(facts.precursorMz, 4)}${facts.isPrecursorOfMethod ? ' (of the method)' : ''}` : '',
       facts.basePeak !== null ? `base peak ${fixed(facts.basePeakMz, 4)}: ${amount(facts.basePeak)}` : 'no points',
@@ -212,9 +229,9 @@ export class SpectrumPanel {
       this.other.root.hidden = true;
       return;
     }
-    const asked = JSON.stringify(state);
+    const asked = this.#asked();
     const answer = await this.panel.attempt(() => ask('spectrum', values, { lane: 'linked', detail: { centroids: state.centroids ? 1 : undefined } }));
-    if (!answer || asked !== JSON.stringify(state)) return;
+    if (!answer || asked !== this.#asked()) return;
     this.other.root.hidden = false;
     this.other.show(other, answer, null);
     const mark = facts.precursor ? facts.precursorMz : linked.precursorMz;
@@ -231,8 +248,7 @@ export class SpectrumPanel {
 
   /** @param {import('./state.js').State} before */
   update(before) {
-    const changed = /** @type {(keyof import('./state.js').State)[]} */ (['function', 'scan', 'average', 'background', 'centroids'])
-      .some((key) => JSON.stringify(before[key]) !== JSON.stringify(state[key]));
+    const changed = parts.some((key) => JSON.stringify(before[key]) !== JSON.stringify(state[key]));
     if (changed) this.load();
     else if (JSON.stringify(before.mz) !== JSON.stringify(state.mz)) this.main.plot.setView(state.mz);
   }

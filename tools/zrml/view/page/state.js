@@ -5,6 +5,7 @@
  * @property {number} sample
  * @property {number|null} function
  * @property {number|null} scan
+ * @property {number|null} bin  of the scan's drift bins; all when null
  * @property {[number, number]|null} minutes  shown
  * @property {[number, number]|null} mz  shown in the spectrum
  * @property {[number, number]|null} average  times of the scans whose mean is shown instead of a scan
@@ -19,7 +20,7 @@
 /** Nothing of a sample is chosen: for another sample, or another run. @type {Omit<State, 'sample'|'centroids'|'runs'>} */
 export const nothingChosen = {
   function: null, scan: null, minutes: null, mz: null, average: null, background: null, ions: [], absorbance: null,
-  samples: [],
+  samples: [], bin: null,
 };
 
 /** @returns {State} */
@@ -68,7 +69,7 @@ function readAddress() {
   }
   const isNumber = (/** @type {any} */ value) => typeof value === 'number' && Number.isFinite(value);
   const isPair = (/** @type {any} */ value) => Array.isArray(value) && value.length === 2 && value.every(isNumber);
-  for (const key of ['sample', 'function', 'scan', 'absorbance']) if (isNumber(given?.[key])) read[key] = given[key];
+  for (const key of ['sample', 'function', 'scan', 'absorbance', 'bin']) if (isNumber(given?.[key])) read[key] = given[key];
   for (const key of ['minutes', 'mz', 'average', 'background']) if (isPair(given?.[key])) read[key] = given[key];
   if (Array.isArray(given?.ions)) {
     read.ions = given.ions.filter((/** @type {any} */ ion) => Array.isArray(ion) && ion.length === 3 && ion.every(isNumber));
