@@ -107,18 +107,20 @@ TEST(OpenRuns, AreAFewOfMany) {
   EXPECT_FALSE(all.contains(3));
 }
 
-// What workers wait for; they may look at it for a moment longer than a test lasts.
+// What workers wait for, noted in the order in which they come. They may look at it for a moment longer than
+// a test lasts.
 class Gate {
  public:
-  void Pass() {
+  void Pass(const std::string& name) {
     convert::Lock lock(mutex_);
-    ++count_;
+    names_.push_back(name);
     changed_.NotifyAll();
     changed_.Wait(lock, [this] { return isOpen_; });
   }
-  void AwaitTwo() {
+  std::set<std::string> Await(std::size_t count) {
     convert::Lock lock(mutex_);
-    changed_.Wait(lock, [this] { return count_ == 2; });
+    changed_.Wait(lock, [&] { return names_.size() >= count; });
+    return {names_.begin(), names_.end()};
   }
   void Open() {
     const convert::Lock lock(mutex_);
@@ -129,7 +131,7 @@ class Gate {
  private:
   convert::Mutex mutex_;
   convert::Condition changed_;
-  int count_ = 0;
+  std::vector<std::string> names_;
   bool isOpen_ = false;
 };
 
@@ -141,10 +143,10 @@ class QueueTest : public WorkersTest {
       const auto job = std::make_shared<Job>();
       job->question = *Question::Parse("run");
       job->asker = {"busy", lane};
-      job->reply = [gate = gate_](Reply) { gate->Pass(); };
+      job->reply = [gate = gate_](Reply) { gate->Pass("reply"); };
       workers_.Ask(job);
     }
-    gate_->AwaitTwo();
+    gate_->Await(2);
   }
   ~QueueTest() override { gate_->Open(); }
 
@@ -175,37 +177,10 @@ TEST_F(QueueTest, CancelledQuestionsAreForgotten) {
   EXPECT_EQ(workers_.SharesOf("tab").size(), 0U);
 }
 
-// Answers wait, and are noted in the order in which they begin.
-class Begun {
- public:
-  Answer Begin(const Question& question) {
-    convert::Lock lock(mutex_);
-    texts_.push_back(question.Text());
-    changed_.NotifyAll();
-    changed_.Wait(lock, [this] { return isOpen_; });
-    return {};
-  }
-  std::set<std::string> Await(std::size_t count) {
-    convert::Lock lock(mutex_);
-    changed_.Wait(lock, [&] { return texts_.size() >= count; });
-    return {texts_.begin(), texts_.end()};
-  }
-  void Open() {
-    const convert::Lock lock(mutex_);
-    isOpen_ = true;
-    changed_.NotifyAll();
-  }
-
- private:
-  convert::Mutex mutex_;
-  convert::Condition changed_;
-  std::vector<std::string> texts_;
-  bool isOpen_ = false;
-};
-
+// Answers wait at the gate.
 class LongWorkTest : public testing::Test {
  protected:
-  ~LongWorkTest() override { begun_.Open(); }
+  ~LongWorkTest() override { gate_.Open(); }
 
   void Ask(const std::string& question, const std::string& tab) { Ask(question, {tab, question}); }
   void Ask(const std::string& question, const Asker& asker) {
@@ -217,10 +192,11 @@ class LongWorkTest : public testing::Test {
   }
 
   const OpenedSource source_{test::SmallAcquisition()};
-  Begun begun_;
+  Gate gate_;
   Workers workers_{
       {source_.Folder().Path().string()}, 4, [this](source::Source&, const Question& question, const Work&) {
-        return begun_.Begin(question);
+        gate_.Pass(question.Text());
+        return Answer();
       }};
 };
 
@@ -228,21 +204,21 @@ class LongWorkTest : public testing::Test {
 TEST_F(LongWorkTest, OfATabLeavesAWorkerForOtherTabs) {
   for (const char* question : {"map?a=1", "map?a=2", "map?a=3"}) Ask(question, "a");
   Ask("map?b=1", "b");
-  EXPECT_EQ(begun_.Await(3), (std::set<std::string>{"map?a=1", "map?a=2", "map?b=1"}));
+  EXPECT_EQ(gate_.Await(3), (std::set<std::string>{"map?a=1", "map?a=2", "map?b=1"}));
 }
 
 TEST_F(LongWorkTest, OfAllTabsLeavesAWorkerForShortQuestions) {
   for (const char* question : {"map?a=1", "map?a=2"}) Ask(question, "a");
   for (const char* question : {"map?b=1", "map?b=2"}) Ask(question, "b");
   Ask("spectrum?scan=1", "a");
-  EXPECT_EQ(begun_.Await(4), (std::set<std::string>{"map?a=1", "map?a=2", "map?b=1", "spectrum?scan=1"}));
+  EXPECT_EQ(gate_.Await(4), (std::set<std::string>{"map?a=1", "map?a=2", "map?b=1", "spectrum?scan=1"}));
 }
 
 TEST_F(LongWorkTest, GoesOnWhenOtherHasEnded) {
   for (const char* question : {"map?a=1", "map?a=2", "map?a=3"}) Ask(question, "a");
-  begun_.Await(2);
-  begun_.Open();
-  EXPECT_TRUE(begun_.Await(3).contains("map?a=3"));
+  gate_.Await(2);
+  gate_.Open();
+  EXPECT_TRUE(gate_.Await(3).contains("map?a=3"));
 }
 
 TEST_F(LongWorkTest, IsShownWhateverTheBytesOfItsLane) {

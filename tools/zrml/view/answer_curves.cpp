@@ -14,16 +14,6 @@ namespace {
 
 using source::Source;
 
-struct At {
-  int sample = 0;
-  int function = 0;
-};
-
-At AtOf(Source& source, const Question& question) {
-  const int sample = question.Position("sample", source.SampleCount());
-  return {sample, question.Position("function", static_cast<int>(source.Functions(sample).size()))};
-}
-
 // A chromatogram with a scan at each point.
 Curve ScanCurve(source::Chromatogram&& chromatogram) {
   Curve curve = {std::move(chromatogram.minutes), std::move(chromatogram.intensities), {}};
@@ -60,7 +50,7 @@ Answer CurveAnswer(const Question& question, Curve curve) {
   return answer;
 }
 
-source::Chromatogram ReadChromatogram(Source& source, const Question& question, const At& at,
+source::Chromatogram ReadChromatogram(Source& source, const Question& question, const FunctionPlace& at,
                                       const Work& work) {
   const std::string kind = question.Word("kind");
   if (kind == "tic") return source.TotalIons(at.sample, at.function);
@@ -72,13 +62,13 @@ source::Chromatogram ReadChromatogram(Source& source, const Question& question, 
                           kind == "sum" ? source::Within::kSum : source::Within::kLargest, cancel);
 }
 
-Json PrecursorJson(Source& source, const At& at, int scan) {
+Json PrecursorJson(Source& source, const FunctionPlace& at, int scan) {
   const auto found = source.FindPrecursor(at.sample, at.function, scan);
   return found ? Json{{"function", found->function}, {"scan", found->scan}} : Json();
 }
 
 // Scans of products that come from a scan: the next ones of each function, as far as they do.
-Json ProductsJson(Source& source, const At& at, int scan, double minutes) {
+Json ProductsJson(Source& source, const FunctionPlace& at, int scan, double minutes) {
   constexpr int kMost = 20;
   Json products = Json::array();
   const int functions = static_cast<int>(source.Functions(at.sample).size());
@@ -126,21 +116,22 @@ Answer SpectrumAnswer(const Question& question, Curve curve, bool isCentroided) 
 }  // namespace
 
 Answer AnswerChromatogram(Source& source, const Question& question, const Work& work) {
-  return CurveAnswer(question, ScanCurve(ReadChromatogram(source, question, AtOf(source, question), work)));
+  return CurveAnswer(question,
+                     ScanCurve(ReadChromatogram(source, question, PlaceOf(source, question), work)));
 }
 
 Answer AnswerTrace(Source& source, const Question& question, const Work&) {
   const int sample = question.Position("sample", source.SampleCount());
   const int trace = question.Position("trace");
-  source::Chromatogram points = question.Has("function")
-                                    ? source.ReadFunctionTrace(sample, AtOf(source, question).function, trace)
-                                    : source.ReadTrace(sample, trace);
+  source::Chromatogram points =
+      question.Has("function") ? source.ReadFunctionTrace(sample, PlaceOf(source, question).function, trace)
+                               : source.ReadTrace(sample, trace);
   return CurveAnswer(question, {std::move(points.minutes), std::move(points.intensities), {}});
 }
 
 Answer AnswerPeaks(Source& source, const Question& question, const Work& work) {
   constexpr std::size_t kMost = 6;
-  const At at = AtOf(source, question);
+  const FunctionPlace at = PlaceOf(source, question);
   const int scans = source.ScanCount(at.sample, at.function);
   const source::Chromatogram chromatogram =
       source.BasePeaks(at.sample, at.function, work.Counting(static_cast<std::size_t>(scans)));
@@ -155,7 +146,7 @@ Answer AnswerPeaks(Source& source, const Question& question, const Work& work) {
 }
 
 Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
-  const At at = AtOf(source, question);
+  const FunctionPlace at = PlaceOf(source, question);
   const int position = question.Position("scan", source.ScanCount(at.sample, at.function));
   const source::Scan scan = source.ScanAt(at.sample, at.function, position);
   Curve curve;
@@ -182,7 +173,7 @@ Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
 }
 
 Answer AnswerAverage(Source& source, const Question& question, const Work& work) {
-  const At at = AtOf(source, question);
+  const FunctionPlace at = PlaceOf(source, question);
   const source::Range front = RangeOf(question, "from", "to");
   std::optional<source::Range> background;
   if (question.Has("backFrom")) background = RangeOf(question, "backFrom", "backTo");

@@ -79,31 +79,27 @@ Answer LargestBetween(Source& source, int sample, source::Range wavelengths, con
 }  // namespace
 
 Answer AnswerMap(Source& source, const Question& question, const Work& work) {
-  const int sample = question.Position("sample", source.SampleCount());
-  const std::span<const source::Function> functions = source.Functions(sample);
-  const int position = question.Position("function", static_cast<int>(functions.size()));
-  const source::Function& function = functions[static_cast<std::size_t>(position)];
+  const FunctionPlace at = PlaceOf(source, question);
+  const source::Function& function = source.Functions(at.sample)[static_cast<std::size_t>(at.function)];
   MapView view = ViewOf(question);
   if (!view.ordinate && function.massRange && function.massRange->low < function.massRange->high)
     view.ordinate = function.massRange;
   const bool isAbsorbance = function.kind == source::FunctionKind::kAbsorbance;
   const auto read = [&](int scan, std::vector<double>& x, std::vector<double>& y) {
-    return source.ReadPoints(sample, position, scan, x, y);
+    return source.ReadPoints(at.sample, at.function, scan, x, y);
   };
-  return MakeHeatMap({source.Minutes(sample, position), read, isAbsorbance}, view,
+  return MakeHeatMap({source.Minutes(at.sample, at.function), read, isAbsorbance}, view,
                      isAbsorbance ? Steps::kEven : Steps::kDecades, work);
 }
 
 Answer AnswerDriftMap(Source& source, const Question& question, const Work& work) {
-  const int sample = question.Position("sample", source.SampleCount());
-  const std::span<const source::Function> functions = source.Functions(sample);
-  const int position = question.Position("function", static_cast<int>(functions.size()));
-  const int scan = question.Position("scan", source.ScanCount(sample, position));
-  std::vector<double> bins(static_cast<std::size_t>(source.DriftBinCount(sample, position)));
+  const FunctionPlace at = PlaceOf(source, question);
+  const int scan = question.Position("scan", source.ScanCount(at.sample, at.function));
+  std::vector<double> bins(static_cast<std::size_t>(source.DriftBinCount(at.sample, at.function)));
   if (bins.empty()) throw WrongQuestion();
   std::iota(bins.begin(), bins.end(), 1.0);
   const auto read = [&](int bin, std::vector<double>& x, std::vector<double>& y) {
-    source.ReadDriftBin(sample, position, scan, bin, x, y);
+    source.ReadDriftBin(at.sample, at.function, scan, bin, x, y);
     return source::PointsRead{x.size(), 0};
   };
   return MakeHeatMap({bins, read}, ViewOf(question), Steps::kDecades, work);

@@ -64,6 +64,11 @@ source::Cancel Work::Counting(std::size_t all) const {
   };
 }
 
+FunctionPlace PlaceOf(source::Source& source, const Question& question) {
+  const int sample = question.Position("sample", source.SampleCount());
+  return {sample, question.Position("function", static_cast<int>(source.Functions(sample).size()))};
+}
+
 source::Range RangeOf(const Question& question, const std::string& low, const std::string& high) {
   const source::Range range = {question.Number(low), question.Number(high)};
   if (range.low > range.high) throw WrongQuestion();

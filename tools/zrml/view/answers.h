@@ -26,6 +26,14 @@ Answer AnswerTo(source::Source& source, const Question& question, const Work& wo
 /// Whether the answer may take long: it needs the points of many scans. Unknown questions do not.
 bool IsLong(const Question& question);
 
+struct FunctionPlace {
+  int sample = 0;
+  int function = 0;
+};
+
+/// Throws WrongQuestion when there is no such function.
+FunctionPlace PlaceOf(source::Source& source, const Question& question);
+
 /// Both ends belong to it. Throws WrongQuestion when they are not two numbers in order.
 source::Range RangeOf(const Question& question, const std::string& low, const std::string& high);
 
