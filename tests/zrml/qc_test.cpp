@@ -487,6 +487,17 @@ TEST_F(QcTest, OnePageIsOfOneSource) {
   EXPECT_EQ(page.find(link, first + 1), page.npos);
 }
 
+// Without its quote the first would have the name of the second.
+TEST_F(QcTest, NamesWithoutMarkupAreApart) {
+  const std::string first = Make("a'.raw", Measured());
+  const std::string second = Make("a_.raw", Measured());
+  EXPECT_EQ(Run({"qc", first, second, "--multiqc", Path("m")}).status, 0);
+  for (const char* const file : {"m/zrml_qc_mqc.json", "m/zrml_tic_mqc.json"}) {
+    const json data = json::parse(Text(file))["data"];
+    EXPECT_TRUE(data.size() == 2 && data.contains("a_") && data.contains("a_ (2)")) << data;
+  }
+}
+
 #ifndef _WIN32
 TEST_F(QcTest, NamesAreNoMarkup) {
   RawDirectoryBuilder raw = Measured();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <new>
 #include <utility>
 
@@ -13,6 +12,7 @@
 #include "tools/zrml/interruption.h"
 #include "tools/zrml/open_source.h"
 #include "tools/zrml/progress_bar.h"
+#include "tools/zrml/qc/unique_names.h"
 #include "tools/zrml/source_list.h"
 
 namespace zrml::tool {
@@ -86,26 +86,10 @@ Assessed AssessSource(const std::string& path, const qc::Wishes& wishes) {
   return assessed;
 }
 
-// Names that are given once each.
-class Names {
- public:
-  /// `name`, or that with the first number behind it that nothing else has.
-  std::string Unique(const std::string& name) {
-    const auto [known, isNew] = taken_.emplace(name, 1);
-    std::string unique = name;
-    for (bool isFree = isNew; !isFree; isFree = taken_.emplace(unique, 1).second)
-      unique = name + " (" + std::to_string(++known->second) + ")";
-    return unique;
-  }
-
- private:
-  std::map<std::string, int> taken_;  // and the number that was tried last
-};
-
 void MakeUnique(std::vector<Assessed>& sources) {
-  Names names;
-  Names files;
-  Names inputs;
+  UniqueNames names;
+  UniqueNames files;
+  UniqueNames inputs;
   for (Assessed& source : sources) {
     const std::string file = files.Unique(FileNameOf(source.runs.front().source));
     for (AssessedRun& run : source.runs) {

@@ -7,6 +7,7 @@
 #include "qc/metrics.h"
 #include "tools/zrml/json_writer.h"
 #include "tools/zrml/qc/reports.h"
+#include "tools/zrml/qc/unique_names.h"
 
 namespace zrml::tool {
 namespace {
@@ -31,6 +32,13 @@ std::string HarmlessName(std::string name) {
   std::replace_if(
       name.begin(), name.end(), [&](char c) { return kMarkup.find(c) != kMarkup.npos; }, '_');
   return name;
+}
+
+std::vector<std::string> HarmlessNames(AssessedRuns runs) {
+  UniqueNames names;
+  std::vector<std::string> harmless;
+  for (const AssessedRun& run : runs) harmless.push_back(names.Unique(HarmlessName(run.name)));
+  return harmless;
 }
 
 Value Harmless(const Value& value) {
@@ -88,7 +96,8 @@ void WriteMultiqcTable(AssessedRuns runs, Output& out) {
     });
     PutHeaders(json);
     json.Key("data").Object([&] {
-      for (const AssessedRun& run : runs) json.Key(HarmlessName(run.name)).Object([&] { PutRow(run, json); });
+      const std::vector<std::string> names = HarmlessNames(runs);
+      for (std::size_t i = 0; i < runs.size(); ++i) json.Key(names[i]).Object([&] { PutRow(runs[i], json); });
     });
   });
 }
@@ -113,8 +122,9 @@ void WriteCurves(const MultiqcHead& head, const char* unit, AssessedRuns runs, C
                     {"ylab", unit}});
     });
     json.Key("data").Object([&] {
-      for (const AssessedRun& run : runs) {
-        if (!curveOf(run).minutes.empty()) PutCurve(curveOf(run), json.Key(HarmlessName(run.name)));
+      const std::vector<std::string> names = HarmlessNames(runs);
+      for (std::size_t i = 0; i < runs.size(); ++i) {
+        if (!curveOf(runs[i]).minutes.empty()) PutCurve(curveOf(runs[i]), json.Key(names[i]));
       }
     });
   });
