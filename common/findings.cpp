@@ -30,6 +30,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kStatisticsCut, "statistics-cut", Severity::kLost},
     {FindingCode::kStatisticsUnknown, "statistics-unknown", Severity::kSuspect},
     {FindingCode::kStatisticsZeroed, "statistics-zeroed", Severity::kSuspect},
+    {FindingCode::kStatisticsAbsurd, "statistics-absurd", Severity::kSuspect},
     {FindingCode::kTemperaturesUnknown, "temperatures-unknown", Severity::kSuspect},
     {FindingCode::kTextOversized, "text-oversized", Severity::kSuspect},
     {FindingCode::kPrecursorsOfMethod, "precursors-of-method", Severity::kSuspect},

@@ -44,6 +44,7 @@ enum class FindingCode {
   kStatisticsCut,      // or for a different number of scans
   kStatisticsUnknown,  // of an unknown version
   kStatisticsZeroed,   // records of zeros at the end
+  kStatisticsAbsurd,   // values that cannot be
   kTemperaturesUnknown,
   kPrecursorsOfMethod,
   kTextOversized,  // far larger than a text of its kind

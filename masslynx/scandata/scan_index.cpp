@@ -14,6 +14,7 @@
 #include "masslynx/function_types.h"
 #include "masslynx/scandata/calibration.h"
 #include "masslynx/scandata/point_unit_format.h"
+#include "masslynx/scandata/scan_decoder.h"
 #include "masslynx/scandata/scan_extents.h"
 #include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/scan_index_format.h"
@@ -154,6 +155,19 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
   return entries;
 }
 
+// No instrument has precursors of less than one m/z or of more than this.
+bool MayBePrecursor(const ScanIndexEntry& scan) {
+  constexpr float kMost = 1e6F;
+  return !HasOwnPrecursor(scan) || (scan.precursorMass >= 1 && scan.precursorMass <= kMost);
+}
+
+// Temperatures move masses by some hundred ppm.
+bool MayBeCorrection(const ScanIndexEntry& scan, float reference) {
+  constexpr float kMostPpm = 1e4F;
+  return !scan.temperatureValid ||
+         std::abs((scan.temperature - reference) * scan.temperatureCoefficient) <= kMostPpm;
+}
+
 // Findings about the files of one function.
 class FunctionNotices {
  public:
@@ -231,6 +245,14 @@ class FunctionNotices {
     add(FindingCode::kTimesReturn, "has times that go backwards at", ReturningTimes(entries.list));
   }
 
+  // For the listed scans.
+  void AbsurdStatistics() {
+    AddWithout(FindingCode::kStatisticsAbsurd, "has values that cannot be of ", "",
+               [this](const ScanIndexEntry& scan) {
+                 return MayBePrecursor(scan) && MayBeCorrection(scan, function_.calTemperature);
+               });
+  }
+
   // For the listed scans: what is missing where the statistics that would hold it are.
   void MissingStatistics() {
     if (hasStatistics_) return;
@@ -238,7 +260,8 @@ class FunctionNotices {
       AddWithout(FindingCode::kPrecursorsOfMethod, "does not tell the precursors of ",
                  function_.setMass != 0 ? ", which are the method's" : "", HasOwnPrecursor);
     }
-    const bool isCorrected = HasCalibration(function_) && function_.calTemperature != 0;
+    const bool isCorrected = HasCalibration(function_) && function_.calTemperature != 0 &&
+                             HasOwnMasses(function_.dataFormat) && function_.typeCode != kDadType;
     if (isCorrected && !function_.processed) {
       AddWithout(FindingCode::kTemperaturesUnknown, "does not tell the temperatures of ",
                  ", whose masses are not corrected for them",
@@ -341,7 +364,10 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     for (const std::size_t place : entries.untimed)
       entries.list[numbers.Of(place) - 1].retentionTime = std::numeric_limits<float>::quiet_NaN();
     function.scanIndex = std::move(entries.list);
-    if (notices) notices->MissingStatistics();
+    if (notices) {
+      notices->AbsurdStatistics();
+      notices->MissingStatistics();
+    }
     return;
   }
   if (notices) notices->IndexCut(problem);

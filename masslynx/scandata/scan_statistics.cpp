@@ -41,6 +41,9 @@ struct ItemOffsets {
   bool HasTemperature() const {
     return temperatureValid != 0 && temperature != 0 && temperatureCoefficient != 0;
   }
+  bool HasPartOfTemperature() const {
+    return !HasTemperature() && (temperatureValid != 0 || temperature != 0 || temperatureCoefficient != 0);
+  }
 };
 
 std::uint16_t* OffsetOf(std::uint16_t itemCode, ItemOffsets& offsets) {
@@ -151,18 +154,27 @@ namespace {
 struct Problem {
   FindingCode code = FindingCode::kStatisticsCut;
   std::string text = {};
-  std::uint64_t records = 0;  // that are whole
+  Numbers without = {};  // scans that have no record
 };
 
+// The numbers of the scans behind the first `records`.
+Numbers NumbersBehind(std::uint64_t records, std::uint64_t scans) {
+  Numbers numbers;
+  for (std::uint64_t scan = records; scan < scans; ++scan) numbers.Add(scan + 1);
+  return numbers;
+}
+
+// Of a file that the system gives to its end.
 Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans) {
-  if (size < format::kHeaderSize) return {.text = "ends in its header"};
+  if (size < format::kHeaderSize) return {.text = "ends in its header", .without = NumbersBehind(0, scans)};
   if (header.version != format::kKnownVersion) {
     return {FindingCode::kStatisticsUnknown,
-            "is of version " + std::to_string(header.version) + ", which is not read"};
+            "is of version " + std::to_string(header.version) + ", which is not read",
+            NumbersBehind(0, scans)};
   }
   const std::uint64_t bytes = size - std::min<std::uint64_t>(header.recordsOffset, size);
   const std::uint64_t records = header.recordSize == 0 ? 0 : bytes / header.recordSize;
-  Problem problem = {.records = records};
+  Problem problem = {.without = NumbersBehind(records, scans)};
   if (header.recordSize == 0 || bytes % header.recordSize != 0) {
     problem.text = "does not end with a whole record";
   } else if (records != scans) {
@@ -192,33 +204,41 @@ bool IsAloneInZeros(const platform::File& file, const Header& header, std::uint6
   return isAlone;
 }
 
-// Of a whole file of `records`: a scan may have no values, so zeros in place of records prove nothing.
+// Of a whole file of `records`: a scan may have no values, so zeros at its end prove nothing, and others
+// less.
 Problem ZeroedRecords(const platform::File& file, const Header& header, std::uint64_t records) {
   const std::uint64_t zeros = BeginOfZeros(file);
-  if (records == 0 || zeros == kNoZeros) return {.records = records};
+  if (records == 0 || zeros == kNoZeros) return {};
   const std::uint64_t begin = std::max<std::uint64_t>(zeros, header.recordsOffset) - header.recordsOffset;
   const std::uint64_t left = (begin + header.recordSize - 1) / header.recordSize;
   if (left < records) {
-    return {.code = FindingCode::kStatisticsZeroed,
-            .text = "ends in zeros in place of the records of " + std::to_string(records - left) + " of " +
-                    std::to_string(records) + " scans; the first is scan " + std::to_string(left + 1),
-            .records = left};
+    return {FindingCode::kStatisticsZeroed,
+            "ends in zeros in place of the records of " + std::to_string(records - left) + " of " +
+                std::to_string(records) + " scans; the first is scan " + std::to_string(left + 1),
+            NumbersBehind(left, records)};
   }
   const auto place = static_cast<std::size_t>(begin - (records - 1) * header.recordSize);
-  if (place == header.recordSize || !IsAloneInZeros(file, header, records, place))
-    return {.records = records};
-  return {.code = FindingCode::kStatisticsZeroed,
-          .text = "ends in zeros inside the record of scan " + std::to_string(records) +
-                  ", where no other record has them",
-          .records = records - 1};
+  if (place == header.recordSize || !IsAloneInZeros(file, header, records, place)) return {};
+  return {FindingCode::kStatisticsZeroed,
+          "ends in zeros inside the record of scan " + std::to_string(records) +
+              ", where no other record has them",
+          NumbersBehind(records - 1, records)};
 }
 
 // Of a file that is as long as it should be.
-Problem ProblemInside(const platform::File& file, const Header& header, std::uint64_t records) {
-  const std::uint64_t zeroed = CountZeroedDescriptors(ReadDescription(file), header.descriptorCount);
-  if (zeroed == 0) return ZeroedRecords(file, header, records);
-  return {.text = "has zeros in place of " + std::to_string(zeroed) + " of " +
-                  std::to_string(header.descriptorCount) + " descriptions of its items"};
+Problem ProblemInside(const platform::File& file, const Header& header, std::uint64_t scans) {
+  const std::vector<std::byte> description = ReadDescription(file);
+  const std::uint64_t zeroed = CountZeroedDescriptors(description, header.descriptorCount);
+  if (zeroed > 0) {
+    return {.text = "has zeros in place of " + std::to_string(zeroed) + " of " +
+                    std::to_string(header.descriptorCount) + " descriptions of its items",
+            .without = NumbersBehind(0, scans)};
+  }
+  if (ReadDescriptors(description, header.descriptorCount).HasPartOfTemperature()) {
+    return {FindingCode::kTemperaturesUnknown,
+            "describes some of the items of temperatures only, so none is read", NumbersBehind(0, scans)};
+  }
+  return ZeroedRecords(file, header, scans);
 }
 
 }  // namespace
@@ -231,7 +251,6 @@ bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& 
   if (!file.IsOpen() && !IsThere(folder, name, kSpellings)) return scans == 0;
   Finding finding = NotOpened(folder, name, kSpellings, FindingCode::kFileUnreadable);
   finding.subject = SubjectOf(function);
-  std::uint64_t records = 0;
   if (file.IsOpen()) {
     const std::uint64_t size = file.Size();
     if (size == 0 && scans == 0) return true;  // of a function that was never acquired
@@ -239,15 +258,15 @@ bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& 
     file.ReadAt(0, start);
     const Header header = ReadHeader(start);
     Problem problem = ProblemOf(header, size, scans);
-    if (problem.text.empty()) problem = ProblemInside(file, header, problem.records);
-    records = problem.records;
-    if (problem.text.empty()) return records >= scans;
+    if (problem.text.empty()) problem = ProblemInside(file, header, scans);
+    if (problem.text.empty()) return true;
     finding.code = problem.code;
     finding.problem = std::move(problem.text);
-    for (std::uint64_t scan = records; scan < scans; ++scan) finding.scans.Add(scan + 1);
+    finding.scans = std::move(problem.without);
   }
+  const bool hasAll = file.IsOpen() && finding.scans.IsEmpty();
   findings.Add(std::move(finding));
-  return records >= scans;
+  return hasAll;
 }
 
 }  // namespace zrml::masslynx

@@ -186,8 +186,16 @@ class TraceNotices {
     std::vector<double> times(data.Count());
     std::vector<double> values(data.Count());
     const std::optional<std::size_t> kept = data.Read(times.data(), values.data());
-    if (kept && *kept == data.Count() && end.lost == 0) NoticeEarlyEnd(times, name);
+    if (kept && *kept == data.Count())
+      NoticeTimes(std::span(times).first(*kept - end.lost), end.lost == 0, name);
     return {end.lost, kept};
+  }
+
+  // Channels end where times go backwards, chromatograms do not.
+  void NoticeTimes(std::span<const double> times, bool isWhole, std::wstring_view name) const {
+    if (!std::is_sorted(times.begin(), times.end()))
+      return Add(FindingCode::kTraceTimesReturn, name, "has times that go backwards");
+    if (isWhole) NoticeEarlyEnd(times, name);
   }
 
   // Two of its points later there are still scans.

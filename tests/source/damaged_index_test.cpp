@@ -103,7 +103,8 @@ TEST(DamagedIndexTest, TimesThatMayBe) {
 
 TEST(DamagedIndexTest, FirstRecordOfZerosMayBeAScan) {
   RawDirectoryBuilder raw = Products();
-  raw.functions[0].scans[0] = {};
+  raw.functions[0].scans[0].index = {};
+  raw.functions[0].scans[0].data = {};
   EXPECT_EQ(See(raw).findings, Lines());
 }
 

@@ -274,6 +274,39 @@ TEST(RawFindings, StatisticsOfNothingButZeros) {
               });
 }
 
+// The second of three records of 40 bytes: a scan may have no values.
+TEST(RawFindings, RecordOfTheStatisticsMayBeZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].statistics->recordSize = 40;
+  ExpectLines(raw, {}, [](const TempDirectory& directory) {
+    directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { std::fill_n(bytes.end() - 80, 40, std::byte{0}); });
+  });
+}
+
+// A precursor of less than 1 m/z, and a temperature of 1,000 degrees with 11 ppm each; 10 ppm are just left.
+TEST(RawFindings, StatisticsThatCannotBe) {
+  const std::string line =
+      "statistics-absurd: _FUNC001.STS has values that cannot be of 1 of 3 scans; the first is scan 2";
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].scans[1].statistics = {.precursorMass = 0.5F, .precursorFlags = 1};
+  EXPECT_EQ(LinesOf(raw.Build()), Lines{line});
+  raw.functions[0].scans[1].statistics = {
+      .temperatureValid = 1, .temperature = 1000, .temperatureCoefficient = 11};
+  EXPECT_EQ(LinesOf(raw.Build()), Lines{line});
+  raw.functions[0].scans[1].statistics.temperatureCoefficient = 10;
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
+}
+
+// The sixth description, of temperatures, has its place at byte 4.
+TEST(RawFindings, TemperaturesThatAreDescribedInPart) {
+  ExpectLines(SoundDirectory(),
+              {"temperatures-unknown: _FUNC001.STS describes some of the items of temperatures only, so none "
+               "is read"},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { PatchU16(bytes, 32 + 5 * 48 + 4, 0); });
+              });
+}
+
 // The descriptions are 48 bytes each, from byte 32 on.
 TEST(RawFindings, StatisticsWithoutDescriptions) {
   ExpectLines(SoundDirectory(),
@@ -303,6 +336,11 @@ TEST(RawFindings, TemperaturesThatAreMissing) {
               {"temperatures-unknown: _FUNC001.STS does not tell the temperatures of 3 of 3 scans, whose "
                "masses are not corrected for them; the first is scan 1"},
               remove);
+  raw.functions[0].record.dataFormat = 3;  // without masses of its own
+  for (ScanFiles& scan : raw.functions[0].scans) scan.index.pointCount = 6;
+  ExpectLines(raw, {}, remove);
+  raw.functions[0].record.dataFormat = 9;
+  for (ScanFiles& scan : raw.functions[0].scans) scan.index.pointCount = 2;
   raw.functions[0].scans[0].index.preCalibrated = true;
   ExpectLines(raw,
               {"temperatures-unknown: _FUNC001.STS does not tell the temperatures of 2 of 3 scans, whose "

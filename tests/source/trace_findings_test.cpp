@@ -127,6 +127,12 @@ TEST(RawFindings, ChromatogramThatEndsInZerosInsideARecord) {
   }
 }
 
+TEST(RawFindings, ChromatogramWhoseTimesGoBackwards) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.chroms = {{"pressure", {{0.1F, 2}, {0, 0}, {0.3F, 3}}}};
+  EXPECT_EQ(LinesOf(raw.Build()), Lines{"trace-times-return: _CHRO001.DAT has times that go backwards"});
+}
+
 // The scans end at 0.3 minutes.
 TEST(RawFindings, TracesThatEndLongBeforeTheScans) {
   RawDirectoryBuilder raw = SoundDirectory();
