@@ -324,6 +324,7 @@ TraceData::End TraceData::LookAtEnd() const {
     return true;
   });
   if (end.lost == count_) return {.lost = count_ == 1 ? 0 : count_};  // one may be at time 0
+  if (last.empty()) return {};                                        // the system does not read it
   std::size_t place = recordSize_;                                    // where its zeros begin
   while (last[place - 1] == std::byte{0}) --place;
   const bool isValueCut = word_ == 0 && isPartOf(place, format::kAnalogTimeSize);
