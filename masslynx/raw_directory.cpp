@@ -68,6 +68,7 @@ FunctionRecord& RawDirectory::LoadedFunction(std::size_t function) {
   FunctionState& state = states_[function];
   if (state.isLoaded) return record;
   state.findings = {};
+  record.scanIndex.clear();  // of an attempt that ended for lack of memory
   std::string refusal;
   LoadScanIndex(folder_, record, IndexView::kMeasured, &state.findings, &refusal);
   state.isLoaded = refusal.empty();
