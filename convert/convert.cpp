@@ -57,8 +57,8 @@ class Conversion {
     // The other workers begin while this one reads the source's files.
     std::optional<OrderedPieces> spectra(std::in_place, TextCount(), Workers());
     const SourceFiles& files = ReadFiles();
-    const RunContext context = {plan_,       source_.First(), losses_,
-                                files.files, options_.arrays, options_.isIndexed};
+    const RunContext context = {plan_,           source_.First(),    losses_,      files.files,
+                                options_.arrays, options_.isIndexed, hooks_.cancel};
     const std::unique_ptr<Document> document = MakeDocument(context, parquet_, options_.format, out_);
     document->Begin();
     AddSpectra(*spectra, *document);

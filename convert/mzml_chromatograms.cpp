@@ -95,9 +95,11 @@ std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& p
   return totals;
 }
 
-std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses) {
+std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses,
+                                        const Cancel& cancel) {
   std::vector<RunChromatogram> chromatograms;
   const auto add = [&](const RunFunction* owner, int position, const source::Trace& trace, auto read) {
+    ThrowIfCancelled(cancel);
     const source::FunctionId id = owner != nullptr ? owner->info.id : source::FunctionId();
     const auto points = TryRead(read);
     if (!points) return losses.Add(Loss::Kind::kTrace, id, position + 1);

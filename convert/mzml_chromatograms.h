@@ -30,7 +30,8 @@ std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& p
 
 /// The traces of the sample, then those of the functions that are converted. Unreadable ones are recorded
 /// as losses and left out.
-std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses);
+std::vector<RunChromatogram> ReadTraces(source::Source& source, const RunPlan& plan, Losses& losses,
+                                        const Cancel& cancel);
 
 /// Selected ion monitoring, or reaction monitoring.
 const CvTerm& ChannelType(const source::Function& function);

@@ -54,7 +54,7 @@ class MzmlDocument : public Document {
         plan_(context.plan),
         out_(out),
         totals_(ReadTotals(context.source, plan_, context.losses)),
-        traces_(ReadTraces(context.source, plan_, context.losses)),
+        traces_(ReadTraces(context.source, plan_, context.losses, context.cancel)),
         isIndexed_(context.isIndexed && !(plan_.entries.empty() && ChromatogramCount() == 0)) {
     if (isIndexed_) hash_.emplace();
   }

@@ -52,6 +52,7 @@ struct RunContext {
   const std::vector<SourceFile>& files;
   ArrayOptions arrays = {};
   bool isIndexed = false;
+  Cancel cancel = {};
 };
 
 /// `source` is the renderer's own; what is passed must outlive the result.

@@ -108,7 +108,7 @@ TEST_F(DamageAgreementTest, SourceThatIsGivenTwiceIsConvertedOnce) {
   EXPECT_EQ(result.output, Path("out") + "/acquisition.mzML\n");
   EXPECT_EQ(result.errors, "zrml: " + path + " is given twice, which is converted once\nzrml: " + other +
                                " and " + path + " are the same source, which is converted once\n");
-  EXPECT_EQ(Run({"convert", path, path, "-o", Path("quiet"), "-q"}).errors, "");
+  EXPECT_EQ(Run({"convert", path, path + "/", "-o", Path("quiet"), "-q"}).errors, "");
 }
 
 // The second of two samples has lost a point.

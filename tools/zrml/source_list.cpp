@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "common/text.h"
 #include "convert/native_path.h"
@@ -97,12 +98,23 @@ std::vector<std::string> ListSources(const SourceArguments& arguments) {
   return sources;
 }
 
+namespace {
+
+// Also of a folder's path that ends with separators.
+SystemPath OwnName(SystemPath path) {
+  while (!path.empty() && convert::NameOf(path).empty()) path.pop_back();
+  return convert::NameOf(path);
+}
+
+}  // namespace
+
 void LeaveOutRepeats(std::vector<std::string>& sources, const std::string& what, bool isQuiet) {
-  std::map<platform::FileId, std::string> known;
+  std::map<std::pair<platform::FileId, platform::SystemPath>, std::string> known;
   std::erase_if(sources, [&](const std::string& source) {
-    const std::optional<platform::FileId> id = platform::IdOf(platform::FromUtf8Path(source));
+    const platform::SystemPath path = platform::FromUtf8Path(source);
+    const std::optional<platform::FileId> id = platform::IdOf(path);
     if (!id) return false;
-    const auto [first, isNew] = known.emplace(*id, source);
+    const auto [first, isNew] = known.emplace(std::pair(*id, OwnName(path)), source);
     if (isNew) return false;
     const bool isSame = first->second == source;
     const std::string repeat =

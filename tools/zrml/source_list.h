@@ -30,6 +30,7 @@ CLI::Option* AddSourceArguments(CLI::App& options, SourceArguments& arguments);
 std::vector<std::string> ListSources(const SourceArguments& arguments);
 
 /// Leaves out what is given again, also by another path, with a line on standard error: "is converted once".
+/// Links of other names stay: what is made of them has these names.
 void LeaveOutRepeats(std::vector<std::string>& sources, const std::string& what, bool isQuiet);
 
 /// As OpenSource does, with advice when `path` is a folder of something else.

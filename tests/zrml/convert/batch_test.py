@@ -51,7 +51,7 @@ def check_threads():
     listed = sources('some', 40)
     same = work / 'other' / 'run7.raw'
     same.parent.mkdir()
-    same.symlink_to(one_scan)
+    shutil.copytree(one_scan, same)
     with listed.open('a') as file:
         file.write(f'{work}/gone.raw\n{same}\n')
     runs = []
