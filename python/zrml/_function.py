@@ -68,6 +68,19 @@ def _masses(mz: Any) -> npt.NDArray[np.float64]:
     return masses
 
 
+def _parts_per_million(masses: npt.NDArray[np.float64], width: float) -> npt.NDArray[np.float64]:
+    """So much of each m/z; where the product alone is too large for a number, the quotient comes first."""
+    with np.errstate(over="ignore"):
+        wide = masses * width / 1e6
+        return np.where(np.isinf(wide), masses * (width / 1e6), wide)
+
+
+def _position(scan: SupportsIndex) -> SupportsIndex:
+    if isinstance(scan, (bool, np.bool_)):
+        raise TypeError("scans are positions; numpy.flatnonzero() gives those of a mask")
+    return scan
+
+
 class Function(Sequence[Scan]):
     """A sequence of scans: `len(function)`, `function[i]`, `function[-1]`, slices and iteration give Scan.
 
@@ -241,7 +254,7 @@ class Function(Sequence[Scan]):
         """
         masses = _masses(mz)
         width, is_ppm = _width(ppm, da, _DEFAULT_PPM)
-        tolerance = masses * width / 1e6 if is_ppm else np.full_like(masses, width)
+        tolerance = _parts_per_million(masses, width) if is_ppm else np.full_like(masses, width)
         ranges = np.column_stack((masses - tolerance, masses + tolerance)).tobytes()
         count, scans = masses.size, self._length
         values = room_for(count * scans)
@@ -327,7 +340,7 @@ class Function(Sequence[Scan]):
             return self._within(minutes, "minutes")
         length = self._length
         if scans is not None:
-            return np.array([resolved(scan, length, "scan") for scan in scans], np.intc)
+            return np.array([resolved(_position(scan), length, "scan") for scan in scans], np.intc)
         first = 0 if start is None else bound(start, length, "scan")
         return np.arange(first, length if stop is None else bound(stop, length, "scan"), dtype=np.intc)
 

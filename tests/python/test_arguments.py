@@ -179,11 +179,17 @@ class Arguments(support.TestCase):
                     str(raised.exception), f"{name} is a pair of times, the first and the last, not {wrong!r}"
                 )
 
+    def test_mz_near_the_end_of_numbers(self):
+        for chromatogram in (self.products.xic(1e308), self.products.xic(1e308, ppm=20)):
+            self.assertEqual(chromatogram.intensity.tolist(), [0] * len(self.products))
+
     def test_scans_of_sums(self):
         for wrong in ([2], [0, -3], [2**40]):
             self.assertRaises(IndexError, self.products.sum, scans=wrong)
         for wrong in (5, [0.0], "01", [[0]], [None]):
             self.assertRaises(TypeError, self.products.sum, scans=wrong)
+        for mask in ([True, False], numpy.array([True, False])):
+            self.assertRaisesRegex(TypeError, "positions", self.products.sum, scans=mask)
         self.assertRaisesRegex(ValueError, "no scan", self.products.sum, scans=[])
         self.assertRaises(TypeError, self.products.sum, 0, 1, (0, 1))  # the rest is by keyword
 

@@ -297,6 +297,29 @@ TEST_F(SpectrumSumTest, OptionsForMassSpectraAreNotForAbsorbance) {
   }
 }
 
+// The data file is empty, so the points of all scans are lost.
+TEST_F(SpectrumSumTest, NothingIsAddedWhereAllPointsAreLost) {
+  const std::string lost = Make("lost.raw", Acquisition());
+  for (const char* file : {"_FUNC001.DAT", "_FUNC003.DAT"}) {
+    std::filesystem::resize_file(std::filesystem::path(lost) / file, 0);
+  }
+  for (const char* function : {"1", "3"}) {
+    for (const char* combined : {"--sum", "--mean"}) {
+      const ProcessResult result =
+          Run({"spectrum", lost, "--function", function, "--rt", "0.5-1", combined, "--json"});
+      ASSERT_EQ(result.status, 0) << result.errors;
+      const json sum = json::parse(result.output);
+      EXPECT_EQ(sum["scansAdded"], 0);
+      EXPECT_EQ(sum["scansLeftOut"], 2);
+      EXPECT_EQ(sum["startMinutes"], json());
+      EXPECT_EQ(sum["endMinutes"], json());
+      EXPECT_EQ(sum["points"], 0);
+    }
+  }
+  ExpectFailure(Run({"spectrum", path_, "--function", "1", "--rt", "2-2", "--sum", "--minus", "2.5-2.5"}), 2,
+                "the background is of another kind (peaks, or a profile)");
+}
+
 TEST_F(SpectrumSumTest, ScansThatAreNotThere) {
   ExpectWrongUsage({"--function", "2", "--scans", "1-2,5"},
                    "there is no scan 5: function 2 has scans 1 to 2");

@@ -101,6 +101,8 @@ TEST_F(TargetsTest, WhatIsWrongIsNamed) {
   ExpectRefused("mz\n-0\n", ", line 2: mz \"-0\" is not a number of 0 or more");
   ExpectRefused("mz\n+1\n", ", line 2: mz \"+1\" is not a number of 0 or more");
   ExpectRefused("mz\ninf\n", ", line 2: mz \"inf\" is not a number of 0 or more");
+  const std::vector<Target> huge = Read("mz\n1e308\n", {10, true});
+  EXPECT_EQ(huge.at(0).range.low, 1e308 - 1e308 * (10 / 1e6));
   ExpectRefused("mz\n1e999\n", ", line 2: mz \"1e999\" is beyond the range of numbers");
   ExpectRefused("mz\n1e-999\n", ", line 2: mz \"1e-999\" is beyond the range of numbers");
   ExpectRefused("mz\n1e999x\n", ", line 2: mz \"1e999x\" is not a number of 0 or more");

@@ -1,6 +1,7 @@
 #include "tools/zrml/spectrum_printout.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 
 #include "source/names.h"
@@ -11,9 +12,13 @@ namespace {
 using source::Function;
 using source::Scan;
 
-// What scans have in common.
+constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+
+// What scans have in common; unknown when none was added.
 Scan CommonOf(source::Source& source, const FunctionPosition& at, const source::ScanSum& sum) {
-  Scan common = source.ScanAt(at.sample, at.function, sum.added.front());
+  Scan common;
+  common.minutes = common.endMinutes = kUnknown;
+  if (!sum.added.empty()) common = source.ScanAt(at.sample, at.function, sum.added.front());
   common.isCentroided = sum.isCentroided;
   for (const int position : sum.added) {
     const Scan scan = source.ScanAt(at.sample, at.function, position);
@@ -163,8 +168,10 @@ Printout PrintoutOfAbsorbanceSum(source::Source& source, int sample, const Combi
   Printout printout = PrintoutOf(source, sample);
   printout.Add({{"scan", {}}});
   printout.Add(CombinationAttributes(combination));
-  printout.Add({{"startMinutes", source.AbsorbanceMinutes(sample, combination.sum.added.front())},
-                {"endMinutes", source.AbsorbanceMinutes(sample, combination.sum.added.back())},
+  const std::vector<int>& added = combination.sum.added;
+  const bool isEmpty = added.empty();
+  printout.Add({{"startMinutes", isEmpty ? kUnknown : source.AbsorbanceMinutes(sample, added.front())},
+                {"endMinutes", isEmpty ? kUnknown : source.AbsorbanceMinutes(sample, added.back())},
                 {"points", static_cast<int>(points.masses.size())}});
   printout.columns = AbsorbanceColumns(points);
   return printout;

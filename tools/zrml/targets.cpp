@@ -230,7 +230,8 @@ class JsonEntries {
 }  // namespace
 
 source::Range RangeAround(double mz, Tolerance tolerance) {
-  const double delta = tolerance.isPpm ? mz * tolerance.width / 1e6 : tolerance.width;
+  double delta = tolerance.isPpm ? mz * tolerance.width / 1e6 : tolerance.width;
+  if (std::isinf(delta)) delta = mz * (tolerance.width / 1e6);  // the product alone is too large
   return {mz - delta, mz + delta};
 }
 
