@@ -58,6 +58,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kMarkerUnread, "marker-unread", Severity::kLost},
     {FindingCode::kBlockUnopened, "block-unopened", Severity::kLost},
     {FindingCode::kBraceStray, "brace-stray", Severity::kNote},
+    {FindingCode::kBytesZeroed, "bytes-zeroed", Severity::kLost},
     {FindingCode::kDecimalComma, "decimal-comma", Severity::kLost},
     {FindingCode::kNumberUnread, "number-unread", Severity::kLost},
     {FindingCode::kPointsUnread, "points-unread", Severity::kLost},

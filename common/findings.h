@@ -72,6 +72,7 @@ enum class FindingCode {
   kMarkerUnread,     // indented, or in small letters
   kBlockUnopened,    // a marker without a line that begins with a brace behind it
   kBraceStray,       // one that closes nothing
+  kBytesZeroed,      // in place of text
   kDecimalComma,
   kNumberUnread,  // a value of a key that is no number
   kPointsUnread,  // lines of a data list with one number

@@ -95,10 +95,10 @@ void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use) {
 template <class Use>
 std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, DecimalCommas commas, Use use) {
   std::size_t hidden = 0;
-  // Of the number that `rest` follows.
+  // Of the number that `rest` follows. A NUL is in place of its further digits.
   const auto isHidden = [&](std::string_view rest) {
-    return commas == DecimalCommas::kHideNumbers && rest.size() > 1 && rest[0] == ',' && rest[1] >= '0' &&
-           rest[1] <= '9';
+    if (commas != DecimalCommas::kHideNumbers || rest.empty()) return false;
+    return rest[0] == '\0' || (rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9');
   };
   ForEachDataLine(stream, position, [&](std::string_view& line) {
     const std::optional<double> x = TakeDouble(line);

@@ -69,6 +69,7 @@ constexpr FaultText kTexts[] = {
     {FindingCode::kBlockUnopened, "a marker without a line that begins with { behind it",
      "markers without a line that begins with { behind them"},
     {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
+    {FindingCode::kBytesZeroed, "a line with zeros in place of text", "lines with zeros in place of text"},
     {FindingCode::kDecimalComma, "a line with a comma in a number", "lines with commas in numbers"},
     {FindingCode::kNumberUnread, "a value that is no number", "values that are no numbers"},
     {FindingCode::kPointsUnread, "a point of which only one number is read",
@@ -120,6 +121,7 @@ class FaultSearch {
       if (number_ == 1 && isFront) LookAtFirst(piece);
       if (isFront || piece.front() == kBracket || piece.front() == kOpen || piece.front() == kClose)
         LookAt(piece);
+      LookForZeros(piece);
       isFront = piece.back() == '\n';
     }
     End(0);
@@ -150,7 +152,11 @@ class FaultSearch {
   };
 
   void Add(FindingCode code, std::uint64_t line, std::string why = {}, std::uint64_t count = 1) {
-    Fault& fault = faults_[{sample_, code}];
+    AddOf(sample_, code, line, std::move(why), count);
+  }
+
+  void AddOf(int sample, FindingCode code, std::uint64_t line, std::string why, std::uint64_t count) {
+    Fault& fault = faults_[{sample, code}];
     if (fault.count == 0) fault = {0, line, std::move(why)};
     fault.count += count;
   }
@@ -158,6 +164,13 @@ class FaultSearch {
   void LookAtFirst(std::string_view line) {
     if (!line.starts_with(kByteOrderMark)) return;
     if (MarkerOf(line.substr(kByteOrderMark.size())) != nullptr) Add(FindingCode::kByteOrderMark, number_);
+  }
+
+  // No text has a NUL. Outside of all blocks it may be in place of samples, so it is about all of them.
+  void LookForZeros(std::string_view piece) {
+    if (zeroed_ == number_ || piece.find('\0') == std::string_view::npos) return;
+    zeroed_ = number_;
+    AddOf(open_.empty() ? 0 : sample_, FindingCode::kBytesZeroed, number_, {}, 1);
   }
 
   std::size_t& CountOf(Block block) { return counts_[static_cast<std::size_t>(block)]; }
@@ -304,7 +317,7 @@ class FaultSearch {
     }
   }
 
-  // Before the first sample they apply to all samples.
+  // Before the first sample, and zeros between samples, apply to all samples.
   static FindingSubject SubjectOf(int sample) {
     if (sample == 0) return {};
     return {.kind = FindingSubject::Kind::kSample, .sample = sample};
@@ -314,6 +327,7 @@ class FaultSearch {
   const std::string& name_;
   Findings& findings_;
   std::uint64_t number_ = 0;  // of the line
+  std::uint64_t zeroed_ = 0;  // the last line with zeros
   int sample_ = 0;
   std::int64_t depth_ = 0;
   std::vector<Open> open_;

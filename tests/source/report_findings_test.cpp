@@ -1,6 +1,7 @@
 // Lines of a report that are not read as they are plainly meant: each is made from a sound report by one
 // edit.
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 namespace zrml::source {
 namespace {
 
+using namespace std::string_literals;
 using Lines = std::vector<std::string>;
 
 // Two samples; the first has an analog function, too.
@@ -174,6 +176,50 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
   }
 }
 
+const std::string kZeros(40, '\0');
+
+// Zeros are one line up to the next line feed, however long it is.
+TEST_F(ReportFindingsTest, ZerosInPlaceOfText) {
+  struct Zeros {
+    const char* what;
+    std::string text;
+    std::uint64_t first;
+    std::uint64_t count;
+    int sample;  // 0: the whole report
+  };
+  const std::string sound = Text(kSound);
+  const Zeros zeros[] = {
+      {"one in a number", Edited({14, {"210.05 5\0.1"s}}), 14, 1, 1},
+      {"two lines", Edited({14, {"\0"s, "210.05 50.1", "2\0"s}}), 14, 2, 1},
+      {"in a comment", Edited({14, {";\0"s}}), 14, 1, 1},
+      {"in a value", Edited({3, {"FileName o" + kZeros}}), 3, 1, 1},
+      {"in another sample", Edited({44, {"Time 1" + kZeros}}), 44, 1, 2},
+      {"behind the brace of a spectrum", Edited({16, {"}" + kZeros + "0", "}"}}), 16, 1, 1},
+      {"behind the brace of a sample", Edited({37, {"}" + kZeros}}), 37, 1, 0},
+      {"in place of a marker", Edited({38, {"[SAM" + kZeros}}), 38, 1, 0},
+      {"in a long line", Edited({14, {"210.05 50.1 " + std::string(3000, 'a') + kZeros}}), 14, 1, 1},
+      {"a long line of them", Edited({14, {std::string(5000, '\0')}}), 14, 1, 1},
+      {"before the first line", kZeros + "\n" + sound, 1, 1, 0},
+      {"one at the end", sound + '\0', 48, 1, 0},
+      {"many at the end", sound + std::string(300000, '\0'), 48, 1, 0},
+  };
+  for (const Zeros& each : zeros) {
+    SCOPED_TRACE(each.what);
+    const std::vector<Finding> findings = Find(each.text);
+    std::vector<Finding> found;
+    std::copy_if(findings.begin(), findings.end(), std::back_inserter(found),
+                 [](const Finding& finding) { return finding.code == FindingCode::kBytesZeroed; });
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].first, each.first);
+    EXPECT_EQ(found[0].count, each.count);
+    EXPECT_EQ(found[0].subject.sample, each.sample);
+    EXPECT_EQ(SeverityOf(found[0].code), Severity::kLost);
+  }
+  const std::vector<Finding> findings = Find(zeros[1].text);
+  ASSERT_FALSE(findings.empty());
+  EXPECT_EQ(TextOf(findings[0]), "report.rpt has 2 lines with zeros in place of text; the first is line 14");
+}
+
 // The first spectrum, of two points, has its base peak in line 10 and its points in lines 14 and 15.
 TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
   const auto read = [&](const Edit& edit) {
@@ -186,6 +232,11 @@ TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
   const PointsRead one = read({14, {"210.05;50.1"}});
   EXPECT_EQ(one.lost, 1U);
   EXPECT_EQ(one.count, whole.count - 1);
+  for (const std::string& line : {"210.05 5\0.1"s, "210.05\0"s, "210.\0 50.1"s, "210.05 5" + kZeros}) {
+    const PointsRead zeroed = read({14, {line}});
+    EXPECT_EQ(zeroed.lost, 1U) << testing::PrintToString(line);
+    EXPECT_EQ(zeroed.count, whole.count - 1) << testing::PrintToString(line);
+  }
   const PointsRead none = read({10, {"BPI abc"}});
   EXPECT_EQ(none.lost, whole.count);
   EXPECT_EQ(none.count, 0U);
