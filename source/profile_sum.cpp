@@ -13,7 +13,7 @@ namespace {
 
 using Masses = std::span<const double>;
 
-constexpr int kFewestWithGrid = 5;
+constexpr std::size_t kFewestWithGrid = 5;
 
 // Neighbours on one grid may be a little closer to each other than those beside them: its steps grow, and
 // masses are rounded.
@@ -27,24 +27,31 @@ double ShorterStepAt(Masses masses, std::size_t i) {
   return i > 0 ? std::min(StepFrom(masses, i - 1), StepFrom(masses, i)) : StepFrom(masses, i);
 }
 
-// Whether a mass that is not among `masses`, and is below that of point `above`, is too close to one of them
-// for a grid that has it, too. Zeros are left out, so the shortest step counts.
-bool IsBetweenPoints(double mass, double step, Masses masses, std::size_t above) {
-  double nearest = std::numeric_limits<double>::infinity();
-  double shortest = nearest;
-  for (std::size_t i = above > 0 ? above - 1 : 0; i <= above && i < masses.size(); ++i) {
-    nearest = std::min(nearest, std::abs(masses[i] - mass));
-    shortest = std::min(shortest, ShorterStepAt(masses, i));
-  }
-  return nearest < kLeastStep * std::max(step, shortest);
+// The shortest step around a point, in either profile: zeros are left out. Point `above` of the other one is
+// the first above it.
+double StepAround(Masses profile, std::size_t i, Masses other, std::size_t above) {
+  double shortest = std::numeric_limits<double>::infinity();
+  for (std::size_t k = above > 0 ? above - 1 : 0; k <= above && k < other.size(); ++k)
+    shortest = std::min(shortest, ShorterStepAt(other, k));
+  return std::max(ShorterStepAt(profile, i), shortest);
 }
 
-bool AreOnOneGrid(Masses profile, Masses sum) {
+double DistanceFrom(double mass, Masses masses, std::size_t above) {
+  double nearest = std::numeric_limits<double>::infinity();
+  if (above > 0) nearest = mass - masses[above - 1];
+  if (above < masses.size()) nearest = std::min(nearest, masses[above] - mass);
+  return nearest;
+}
+
+// Whether no point of the profile is too close to one of the sum for a grid that has both. stepAt(i, above)
+// is the step of such a grid.
+template <class StepAt>
+bool AreOnOneGrid(Masses profile, Masses sum, StepAt stepAt) {
   std::size_t at = 0;
   for (std::size_t i = 0; i < profile.size(); ++i) {
     while (at < sum.size() && sum[at] < profile[i]) ++at;
     const bool isShared = at < sum.size() && sum[at] == profile[i];
-    if (!isShared && IsBetweenPoints(profile[i], ShorterStepAt(profile, i), sum, at)) return false;
+    if (!isShared && DistanceFrom(profile[i], sum, at) < kLeastStep * stepAt(i, at)) return false;
   }
   return true;
 }
@@ -84,14 +91,35 @@ void Distribute(const CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
 
 }  // namespace
 
-void AddProfile(CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
-  const bool areFew = profile.GetCount() < kFewestWithGrid && sum.GetCount() < kFewestWithGrid;
-  if (areFew || AreOnOneGrid(profile.MassVector(), sum.MassVector())) {
+bool AddOnOneGrid(const CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
+  const Masses masses = profile.MassVector();
+  const Masses others = sum.MassVector();
+  const bool areFew = masses.size() < kFewestWithGrid && others.size() < kFewestWithGrid;
+  const auto stepAt = [&](std::size_t i, std::size_t at) { return StepAround(masses, i, others, at); };
+  if (!areFew && !AreOnOneGrid(masses, others, stepAt)) return false;
+  sum = MergePoints(profile, sum, true);
+  return true;
+}
+
+void AddProfile(CZRMassSpectrum& profile, const GridSteps& steps, CZRMassSpectrum& sum) {
+  const Masses masses = profile.MassVector();
+  const auto stepAt = [&](std::size_t i, std::size_t) { return steps.At(masses[i]); };
+  if (AddOnOneGrid(profile, sum)) return;
+  if (AreOnOneGrid(masses, sum.MassVector(), stepAt)) {
     sum = MergePoints(profile, sum, true);
     return;
   }
-  if (sum.GetCount() < kFewestWithGrid) sum.Swap(profile);
+  if (static_cast<std::size_t>(sum.GetCount()) < kFewestWithGrid) sum.Swap(profile);
   Distribute(profile, sum);
+}
+
+void AddProfile(CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
+  if (AddOnOneGrid(profile, sum)) return;
+  GridSteps steps;
+  steps.Learn(profile.MassVector());
+  steps.Learn(sum.MassVector());
+  steps.Settle();
+  AddProfile(profile, steps, sum);
 }
 
 }  // namespace zrml::source

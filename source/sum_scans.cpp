@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "source/grid_steps.h"
 #include "source/position.h"
 #include "source/profile_sum.h"
 #include "spectrum/add_spectrum.h"
@@ -22,7 +23,7 @@ namespace {
 
 using Values = std::vector<double>;
 
-constexpr int kShortestProfile = 3;
+constexpr std::size_t kShortestProfile = 3;
 
 struct Points {
   Values mz;
@@ -108,7 +109,9 @@ bool AreNumbers(const Values& values) {
 // Scans of one kind, added up.
 class Adder {
  public:
-  Adder(PeakWidth width, bool isCentroided, bool isAbsorbance) : peaks_(width) {
+  // Without steps, profiles are added as long as each shows that it is on the grid of those before it.
+  Adder(PeakWidth width, bool isCentroided, bool isAbsorbance, const GridSteps* steps = nullptr)
+      : peaks_(width), steps_(steps) {
     sum_.isCentroided = isCentroided;
     sum_.isAbsorbance = isAbsorbance;
   }
@@ -118,6 +121,8 @@ class Adder {
   bool HasAxis(const Points& scan) const {
     return !sum_.isAbsorbance || scan.mz.empty() || axis_.mz.empty() || axis_.mz == scan.mz;
   }
+
+  bool NeedsSteps() const { return needsSteps_; }
 
   void LeaveOut() { ++sum_.leftOut; }
 
@@ -161,12 +166,18 @@ class Adder {
 
   bool AddToProfile(int position, const Points& scan) {
     CZRMassSpectrum profile = SpectrumOf(SamplesOf(scan), false);
-    if (profile.GetCount() < kShortestProfile) {
+    if (profile.MassVector().size() < kShortestProfile) {
       short_ = MergePoints(profile, short_, true);
       shortPositions_.push_back(position);
       return false;
     }
-    profile_.GetCount() > 0 ? AddProfile(profile, profile_) : profile_.Swap(profile);
+    if (profile_.GetCount() == 0) {
+      profile_.Swap(profile);
+    } else if (steps_ != nullptr) {
+      AddProfile(profile, *steps_, profile_);
+    } else if (!AddOnOneGrid(profile, profile_)) {
+      needsSteps_ = true;
+    }
     return true;
   }
 
@@ -183,6 +194,8 @@ class Adder {
   CZRMassSpectrum short_;  // profiles of one or two points
   std::vector<int> shortPositions_;
   Points axis_;
+  const GridSteps* steps_;
+  bool needsSteps_ = false;
 };
 
 void RequireScans(std::span<const int> scans, int count) {
@@ -209,19 +222,56 @@ bool IsCentroidedKind(Source& source, int sample, int function, std::span<const 
 }
 
 // The scans in the order in which they are added: one that gives the grid of profiles, and the others. It is
-// the first but those that are much sparser than another: few points say little of a grid.
-std::vector<int> InOrder(Source& source, int sample, int function, std::span<const int> scans) {
-  const auto points = [&](int position) {
-    const Scan scan = source.ScanAt(sample, function, position);
-    return scan.isCentroided ? 0 : scan.points;
-  };
-  std::uint32_t most = 0;
-  for (const int scan : scans) most = std::max(most, points(scan));
+// the first but those of much less weight than another: few points say little of a grid.
+std::vector<int> InOrder(std::span<const int> scans, const std::vector<std::size_t>& weights) {
+  const std::size_t most = *std::ranges::max_element(weights);
+  const auto isGrid = [&](std::size_t weight) { return weight >= most - most / 2; };
+  const auto first = std::ranges::find_if(weights, isGrid) - weights.begin();
   std::vector<int> order(scans.begin(), scans.end());
-  auto grid = order.begin();
-  while (points(*grid) < most - most / 2) ++grid;
-  std::rotate(order.begin(), grid, grid + 1);
+  std::rotate(order.begin(), order.begin() + first, order.begin() + first + 1);
   return order;
+}
+
+// What is added up of a source, and how.
+struct Task {
+  Source& source;
+  int sample;
+  int function;
+  std::span<const int> scans;
+  Unsuited unsuited;
+  const Cancel& cancel;
+
+  Scan At(int position) const { return source.ScanAt(sample, function, position); }
+
+  std::size_t Read(int position, Points& points) const {
+    ThrowIfCancelled(cancel);
+    return source.ReadPoints(sample, function, position, points.mz, points.intensities).lost;
+  }
+};
+
+std::vector<int> OrderByPoints(const Task& task) {
+  std::vector<std::size_t> weights;
+  for (const int position : task.scans) {
+    const Scan scan = task.At(position);
+    weights.push_back(scan.isCentroided ? 0 : scan.points);
+  }
+  return InOrder(task.scans, weights);
+}
+
+// Reads all profiles for the steps of their grid; single ions have few of them, however many they are.
+std::vector<int> OrderBySteps(const Task& task, GridSteps& steps) {
+  std::vector<std::size_t> weights;
+  Points points;
+  for (const int position : task.scans) {
+    task.Read(position, points);
+    const Values mz = SamplesOf(points).mz;
+    const bool isAdded = !task.At(position).isCentroided && mz.size() >= kShortestProfile &&
+                         AreNumbers(points.mz) && AreNumbers(points.intensities);
+    if (isAdded) steps.Learn(mz);
+    weights.push_back(isAdded ? 1 + CountEvenSteps(mz) : 0);
+  }
+  steps.Settle();
+  return InOrder(task.scans, weights);
 }
 
 // Of all masses in `grid`, which has a point beyond each end of `points` or at it.
@@ -298,6 +348,27 @@ void TakeOffAbsorbance(const Points& background, Points& sum) {
   std::ranges::transform(sum.intensities, background.intensities, sum.intensities.begin(), std::minus<>());
 }
 
+void AddScan(const Task& task, int position, Points& points, Adder& adder) {
+  const std::size_t lost = task.Read(position, points);
+  const bool isLeftOut = task.unsuited == Unsuited::kAreLeftOut;
+  const bool isOfKind = (isLeftOut && points.mz.empty()) || adder.IsOfKind(task.At(position).isCentroided);
+  if (isOfKind && adder.HasAxis(points)) {
+    adder.Add(position, points, lost);
+  } else if (isLeftOut) {
+    adder.LeaveOut();
+  } else {
+    RefuseScan(position, isOfKind);
+  }
+}
+
+void AddScans(const Task& task, std::span<const int> order, Adder& adder) {
+  Points points;
+  for (const int position : order) {
+    AddScan(task, position, points, adder);
+    if (adder.NeedsSteps()) return;
+  }
+}
+
 }  // namespace
 
 ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
@@ -306,24 +377,16 @@ ScanSum SumScans(Source& source, int sample, int function, std::span<const int> 
   RequireScans(scans, source.ScanCount(sample, function));
   const bool isAbsorbance =
       At(source.Functions(sample), function, "function").kind == FunctionKind::kAbsorbance;
-  Adder adder(width, IsCentroidedKind(source, sample, function, scans, unsuited), isAbsorbance);
-  Points points;
-  for (const int scan :
-       isAbsorbance ? std::vector(scans.begin(), scans.end()) : InOrder(source, sample, function, scans)) {
-    ThrowIfCancelled(cancel);
-    const std::size_t lost = source.ReadPoints(sample, function, scan, points.mz, points.intensities).lost;
-    const bool isLeftOut = unsuited == Unsuited::kAreLeftOut;
-    const bool isOfKind = (isLeftOut && points.mz.empty()) ||
-                          adder.IsOfKind(source.ScanAt(sample, function, scan).isCentroided);
-    if (isOfKind && adder.HasAxis(points)) {
-      adder.Add(scan, points, lost);
-    } else if (isLeftOut) {
-      adder.LeaveOut();
-    } else {
-      RefuseScan(scan, isOfKind);
-    }
-  }
-  return adder.Take();
+  const bool isCentroided = IsCentroidedKind(source, sample, function, scans, unsuited);
+  const Task task = {source, sample, function, scans, unsuited, cancel};
+  Adder adder(width, isCentroided, isAbsorbance);
+  AddScans(task, isAbsorbance ? std::vector(scans.begin(), scans.end()) : OrderByPoints(task), adder);
+  if (!adder.NeedsSteps()) return adder.Take();
+  GridSteps steps;
+  const std::vector<int> order = OrderBySteps(task, steps);
+  Adder adderOnGrid(width, isCentroided, isAbsorbance, &steps);
+  AddScans(task, order, adderOnGrid);
+  return adderOnGrid.Take();
 }
 
 ScanSum SumScans(Source& source, int sample, int function, int first, int end, PeakWidth width,

@@ -35,7 +35,8 @@ struct ScanSum {
 enum class Unsuited { kAreAnError, kAreLeftOut };
 
 /// The scans at these positions, which ascend, added up in their order: peaks as by AddSpectrum(), profiles
-/// by AddProfile(), first one that gives the grid: the first scan of at least half as many points as the one
+/// by AddProfile(). Where these are not plainly of one grid, all are read a second time for the steps of it,
+/// and then added, first one that gives the grid: the first of at least half as many even steps as the one
 /// with most. Throws Error (kWrongArgument) without scans, and for those that are unsuited.
 ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
                  Unsuited unsuited, const Cancel& cancel = {});

@@ -77,7 +77,7 @@ class Spectrum:
         return frame({"mz": self.mz, "intensity": self.intensity})
 
     def __repr__(self) -> str:
-        return f"<zrml.Spectrum: {counted(len(self.mz), 'point')}{span(self.mz, 'm/z')}>"
+        return f"<zrml.{type(self).__name__}: {counted(len(self.mz), 'point')}{span(self.mz, 'm/z')}>"
 
 
 class Sum(Spectrum):

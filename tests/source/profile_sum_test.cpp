@@ -55,11 +55,22 @@ TEST(ProfileSum, ProfilesBetweenThePointsAreDistributed) {
   EXPECT_EQ(SumOf({one, between, between}), (Pairs{{100, 3}, {101, 11}, {102, 11}, {103, 3}, {104, 1}}));
 }
 
-// Every other point is one of the sum's, and those between them have no place on its grid.
-TEST(ProfileSum, FinerProfilesAreDistributed) {
+// Every other point is one of the sum's, which may lack those between them because they were zeros.
+TEST(ProfileSum, ProfilesOfEveryOtherPointAreAddedPointByPoint) {
   const Pairs one = {{100, 1}, {101, 1}, {102, 1}, {103, 1}, {104, 1}};
   const Pairs finer = {{101, 4}, {101.5, 8}, {102, 4}, {102.5, 2}};
-  EXPECT_EQ(SumOf({one, finer}), (Pairs{{100, 1}, {101, 9}, {102, 10}, {103, 2}, {104, 1}}));
+  const Pairs sum = {{100, 1}, {101, 5}, {101.5, 8}, {102, 5}, {102.5, 2}, {103, 1}, {104, 1}};
+  EXPECT_EQ(SumOf({one, finer}), sum);
+  EXPECT_EQ(SumOf({finer, one}), sum);
+}
+
+// Steps of 0.1, but for rounding. The point beside 100.3 shows no step of its own.
+TEST(ProfileSum, SinglePointsBesideThoseOfTheSumAreOfItsGrid) {
+  const Pairs five = {{100.2, 312}, {100.3, 813}, {100.8, 74}, {100.9, 624}, {101, 238}};
+  const Pairs three = {{100.4, 589}, {100.8, 842}, {100.9, 900}};
+  const Pairs sum = {{100.2, 312}, {100.3, 813}, {100.4, 589}, {100.8, 916}, {100.9, 1524}, {101, 238}};
+  EXPECT_EQ(SumOf({five, three}), sum);
+  EXPECT_EQ(SumOf({three, five}), sum);
 }
 
 // A neighbour may be a little closer than those beside it are, but not half a step.

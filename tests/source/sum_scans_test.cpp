@@ -204,6 +204,46 @@ TEST_F(SumScansTest, TheGridIsThatOfTheFirstScanUnlessItIsSparse) {
   EXPECT_EQ(second.added, (std::vector{0, 1}));
 }
 
+// All points are on a grid of 0.01, which only the peak shows.
+TEST_F(SumScansTest, SingleIonsAreAddedToTheGridOfAPeak) {
+  const ReportPairs ions = {{100, 1}, {100.05, 1}, {100.11, 1}, {100.13, 1}, {100.21, 1}, {100.28, 1}};
+  const ReportPairs peak = {{100.1, 1},    {100.11, 1},  {100.12, 20}, {100.13, 400},
+                            {100.14, 400}, {100.15, 20}, {100.16, 1}};
+  for (const auto& scans : {std::vector{ions, peak}, std::vector{peak, ions}}) {
+    const ScanSum sum = SumScans(*Open(scans, false, "100"), 0, 0, 0, 2, {});
+    EXPECT_EQ(sum.mz,
+              (Doubles{100, 100.05, 100.1, 100.11, 100.12, 100.13, 100.14, 100.15, 100.16, 100.21, 100.28}));
+    EXPECT_EQ(sum.intensities, (Doubles{1, 1, 1, 2, 20, 401, 400, 20, 1, 1, 1}));
+  }
+}
+
+// The first two scans have steps of 0.03 and more, and 100.04 is closer than that to 100.03 and 100.05. That
+// it is one step of 0.01 away is seen from the last one, at another m/z.
+TEST_F(SumScansTest, TheGridIsThatOfAllScansTogether) {
+  const ReportPairs ions = {{100, 1}, {100.03, 2}, {100.08, 3}};
+  const ReportPairs others = {{100.04, 4}, {100.1, 5}, {100.16, 6}, {100.2, 7}, {100.29, 8}};
+  const ReportPairs peak = {{101.5, 1}, {101.51, 9}, {101.52, 1}};
+  const Doubles mz = {100, 100.03, 100.04, 100.08, 100.1, 100.16, 100.2, 100.29, 101.5, 101.51, 101.52};
+  for (const auto& scans : {std::vector{ions, others, peak}, std::vector{peak, others, ions}}) {
+    const ScanSum sum = SumScans(*Open(scans, false, "100"), 0, 0, 0, 3, {});
+    EXPECT_EQ(sum.mz, mz);
+    EXPECT_EQ(sum.intensities, (Doubles{1, 2, 4, 3, 5, 6, 7, 8, 1, 9, 1}));
+  }
+}
+
+// Half a step beside those of the peak: each ion is split between two of its points, never the other way
+// round, although there are more than half as many ions as points.
+TEST_F(SumScansTest, SingleIonsOfAnotherGridAreDistributedOverThePeak) {
+  const ReportPairs ions = {{100.125, 2}, {100.625, 2}, {100.875, 2}, {101.625, 2}, {101.875, 2}};
+  const ReportPairs peak = {{100, 1},     {100.25, 1}, {100.5, 20}, {100.75, 400}, {101, 400},
+                            {101.25, 20}, {101.5, 1},  {101.75, 1}, {102, 1}};
+  for (const auto& scans : {std::vector{ions, peak}, std::vector{peak, ions}}) {
+    const ScanSum sum = SumScans(*Open(scans, false, "100"), 0, 0, 0, 2, {});
+    EXPECT_EQ(sum.mz, (Doubles{100, 100.25, 100.5, 100.75, 101, 101.25, 101.5, 101.75, 102}));
+    EXPECT_EQ(sum.intensities, (Doubles{2, 2, 21, 402, 401, 20, 2, 3, 2}));
+  }
+}
+
 // One such scan would make all sums infinite, or no number.
 TEST_F(SumScansTest, ScansWithAnInfiniteIntensityAreLeftOut) {
   for (const bool isCentroided : {false, true}) {
