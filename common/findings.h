@@ -57,7 +57,7 @@ enum class FindingCode {
   kTraceListMissing,
   kTraceListCut,
   kTraceDataMissing,
-  kTraceDataZeroed,   // at their end
+  kTraceDataZeroed,   // at an end
   kTraceTimesReturn,  // so that the rest is not read
   kTraceListZeroed,
   kTraceEndDoubtful,  // zeros in the last record alone

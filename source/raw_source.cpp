@@ -474,8 +474,11 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   ThrowRefusal(what + ' ', data->Refusal());
   if (!kept) ThrowUnread(what);
   const std::size_t measured = std::min(*kept, data->Count() - data->LookAtEnd().lost);
-  chromatogram.minutes.resize(measured);
-  chromatogram.intensities.resize(measured);
+  const auto front = static_cast<std::ptrdiff_t>(std::min(measured, data->LostAtFront()));
+  for (std::vector<double>* const column : {&chromatogram.minutes, &chromatogram.intensities}) {
+    column->resize(measured);
+    column->erase(column->begin(), column->begin() + front);
+  }
   return chromatogram;
 }
 

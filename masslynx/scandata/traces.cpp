@@ -183,11 +183,17 @@ class TraceNotices {
     }
     if (end.isDoubtful)
       Add(FindingCode::kTraceEndDoubtful, name, "ends in zeros inside a record, where no other has them");
+    const std::size_t front = data.LostAtFront();
+    if (front > 0) {
+      Add(FindingCode::kTraceDataZeroed, name,
+          "begins with zeros in place of " + std::to_string(front) + " of " + std::to_string(data.Count()) +
+              " records");
+    }
     std::vector<double> times(data.Count());
     std::vector<double> values(data.Count());
     const std::optional<std::size_t> kept = data.Read(times.data(), values.data());
     if (kept && *kept == data.Count())
-      NoticeTimes(std::span(times).first(*kept - end.lost), end.lost == 0, name);
+      NoticeTimes(std::span(times).first(*kept - end.lost).subspan(front), end.lost == 0, name);
     return {end.lost, kept};
   }
 
@@ -306,6 +312,16 @@ std::optional<std::size_t> TraceData::Read(double* times, double* values) const 
     return true;
   });
   return isWhole ? std::optional(kept) : std::nullopt;
+}
+
+std::size_t TraceData::LostAtFront() const {
+  std::size_t zeros = 0;
+  ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
+    if (!AreZeros({record, recordSize_})) return false;
+    ++zeros;
+    return true;
+  });
+  return zeros == 1 || zeros == count_ ? 0 : zeros;
 }
 
 TraceData::End TraceData::LookAtEnd() const {

@@ -53,6 +53,10 @@ class TraceData {
   };
   End LookAtEnd() const;
 
+  /// Records of zeros before the first other one. A single one may be measured at time 0; when all are zeros
+  /// they are at the end.
+  std::size_t LostAtFront() const;
+
   /// See File::Refusal().
   std::string Refusal() const { return file_.Refusal(); }
 

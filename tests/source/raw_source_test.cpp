@@ -610,6 +610,19 @@ TEST(RawSource, ScanThatCannotBeReadThrows) {
   }
 }
 
+// One record of zeros may be measured at time 0, two are in place of others.
+TEST(RawSource, ZerosAtTheFrontOfATraceAreNoPoints) {
+  RawDirectoryBuilder raw = PlainDirectory(1);
+  raw.analogNames = {"pressure"};
+  raw.analogs = {{.time = 0, .words = {0}}, {.time = 1, .words = {8}}, {.time = 2, .words = {16}}};
+  EXPECT_EQ(Open(raw.Build())->ReadTrace(0, 0).minutes, (Values{0, 1, 2}));
+  raw.analogs.insert(raw.analogs.begin(), raw.analogs[0]);
+  const TempDirectory directory = raw.Build();
+  const Chromatogram trace = Open(directory)->ReadTrace(0, 0);
+  EXPECT_EQ(trace.minutes, (Values{1, 2}));
+  EXPECT_EQ(trace.intensities, (Values{1, 2}));
+}
+
 TEST(RawSource, TraceWhoseDataAreCutThrows) {
   RawDirectoryBuilder raw = PlainDirectory(1);
   raw.analogNames = {"pressure"};

@@ -171,6 +171,28 @@ TEST(RawFindings, FirstRecordOfATraceMayBeZeros) {
   EXPECT_EQ(LinesOf(raw.Build()), Lines());
 }
 
+// Records of 6 bytes; zeros take the front two of four.
+TEST(RawFindings, ChannelsThatBeginWithZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.analogNames = {"pressure"};
+  raw.analogs = {{.time = 0, .words = {0}},
+                 {.time = 0, .words = {0}},
+                 {.time = 0.2F, .words = {8}},
+                 {.time = 0.3F, .words = {16}}};
+  const TempDirectory directory = raw.Build();
+  EXPECT_EQ(LinesOf(directory),
+            Lines{"trace-data-zeroed: _ANALOGS.DAT begins with zeros in place of 2 of 4 records"});
+  raw.analogs[0].words = {8};  // so that nothing is zeros at the front
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
+}
+
+TEST(RawFindings, ChromatogramThatBeginsWithZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.chroms = {{"pressure", {{0, 0}, {0, 0}, {0, 0}, {0.3F, 2}}}};
+  EXPECT_EQ(LinesOf(raw.Build()),
+            Lines{"trace-data-zeroed: _CHRO001.DAT begins with zeros in place of 3 of 4 records"});
+}
+
 TEST(RawFindings, ChromatogramsBesideAnalogChannels) {
   RawDirectoryBuilder raw = WithAnalogs();
   raw.chroms = WithChromatograms().chroms;
