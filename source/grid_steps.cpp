@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <ranges>
 
 namespace zrml::source {
 namespace {
@@ -45,7 +44,8 @@ void GridSteps::Settle() {
     from = place;
     carried = bounds;
   }
-  for (auto& [place, bounds] : std::views::reverse(bounds_)) {
+  for (auto known = bounds_.rbegin(); known != bounds_.rend(); ++known) {
+    auto& [place, bounds] = *known;
     const double least = carried.least / GrowthBetween(place, from);
     if (IsClearlyLess(carried.most, bounds.most)) bounds = {carried.most, least};
     from = place;
