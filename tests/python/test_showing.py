@@ -58,6 +58,9 @@ class Showing(support.TestCase):
             repr(scan), "<zrml.Scan: scan 1 of function 1, 0.5 min, 3 points, 100 to 300.062 m/z>"
         )
         self.assertEqual(repr(function.sum(0, 1)), "<zrml.Sum: 3 points, 100 to 300.062 m/z>")
+        self.assertEqual(
+            repr(zrml.Spectrum(scan.mz, scan.intensity)), "<zrml.Spectrum: 3 points, 100 to 300.062 m/z>"
+        )
         self.assertEqual(repr(function.tic()), "<zrml.Chromatogram 'TIC': 3 scans, 0.5 to 1.5 min>")
         self.assertEqual(repr(source.traces[1]), r"<zrml.Trace 2 'UV\x1b[31m 254'>")
         self.assertEqual(repr(source.absorbance), "<zrml.Absorbance: 2 scans, 0.125 to 0.25 min>")
