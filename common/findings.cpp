@@ -23,6 +23,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kIndexCut, "index-cut", Severity::kLost},
     {FindingCode::kIndexEmpty, "index-empty", Severity::kLost},
     {FindingCode::kIndexZeroed, "index-zeroed", Severity::kLost},
+    {FindingCode::kOffsetsLost, "offsets-lost", Severity::kLost},
     {FindingCode::kTimesLost, "times-lost", Severity::kLost},
     {FindingCode::kTimesReturn, "times-return", Severity::kSuspect},
     {FindingCode::kIndexDisordered, "index-disordered", Severity::kSuspect},

@@ -37,6 +37,7 @@ enum class FindingCode {
   kIndexCut,         // not a whole number of records
   kIndexEmpty,       // although there are data
   kIndexZeroed,      // records of zeros
+  kOffsetsLost,      // behind records of zeros
   kIndexDisordered,  // offsets that go backwards
   kTimesLost,        // of scans
   kTimesReturn,      // to before the scan before

@@ -28,6 +28,14 @@ struct ScanIndexEntry {
   bool preCalibrated = false;  ///< masses are stored calibrated
 
   std::uint64_t DataOffset() const { return std::uint64_t{dataOffsetHigh} << 32 | dataOffset; }
+
+  /// As far as an entry reaches. No file is as long: a scan whose offset is lost has this one.
+  static constexpr std::uint64_t kLostOffset = (std::uint64_t{1} << 48) - 1;
+  bool HasLostOffset() const { return DataOffset() == kLostOffset; }
+  void SetDataOffset(std::uint64_t offset) {
+    dataOffset = static_cast<std::uint32_t>(offset);
+    dataOffsetHigh = static_cast<std::uint16_t>(offset >> 32);
+  }
 };
 
 /// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root` it applies to the square root of the

@@ -16,13 +16,17 @@ constexpr int kFormatOfMixed = 3;      // this format,
 constexpr int kFormatOfLastMixed = 4;  // but the last is of this one
 
 // Calls `visit(begin, end, most)` with the place of each scan's points. The end is a lower bound, and `most`
-// an upper one: which of the two formats a mixed scan has is not known.
+// an upper one: which of the two formats a mixed scan has is not known. Scans without an offset have no room.
 template <class Visit>
 void ForEachScan(const ScanExtents& extents, Visit visit) {
   const bool isMixed = extents.dataFormat == kMixedFormat;
   const PointUnit unit = UnitOf(isMixed ? kFormatOfMixed : extents.dataFormat);
   const PointUnit lastUnit = isMixed ? UnitOf(kFormatOfLastMixed) : unit;
   for (const ScanIndexEntry& entry : extents.entries) {
+    if (entry.HasLostOffset()) {
+      visit(0, 0, 0);
+      continue;
+    }
     const std::uint64_t begin = entry.DataOffset();
     const bool isLast = &entry == &extents.entries.back();
     visit(begin, begin + (isLast ? lastUnit : unit).BytesOf(entry.pointCount),

@@ -38,11 +38,15 @@ class EntryReader {
     ScanIndexEntry entry;
     entry.dataOffset = LoadU32(record + format::kDataOffset);
     if (!first && entry.dataOffset == 0) {
-      constexpr std::uint64_t kLargest = (std::uint64_t{1} << 48) - 1;  // as far as an entry reaches
-      const bool isWhole = view_ == IndexView::kMeasured;
-      const std::uint64_t offset = isWhole ? std::min(expectedOffset_, kLargest) : expectedOffset_;
-      entry.dataOffset = static_cast<std::uint32_t>(offset);
-      if (isWhole) entry.dataOffsetHigh = static_cast<std::uint16_t>(offset >> 32);
+      if (view_ == IndexView::kMeasured) {
+        constexpr std::uint64_t kLost = ScanIndexEntry::kLostOffset;
+        entry.SetDataOffset(isLost_ ? kLost : std::min(expectedOffset_, kLost));
+      } else {
+        entry.dataOffset = static_cast<std::uint32_t>(expectedOffset_);
+      }
+    } else if (isLost_) {
+      expectedOffset_ = entry.dataOffset;
+      isLost_ = false;
     }
     const std::uint32_t word = LoadU32(record + format::kPackedWord);
     entry.pointCount = word & format::kPointCountMask;
@@ -56,12 +60,17 @@ class EntryReader {
     return entry;
   }
 
+  // The record was lost. How many bytes its scan has is not known, so scans behind it have no offset until
+  // one has its own.
+  void Lose() { isLost_ = true; }
+
  private:
   point_unit_format::PointUnit unit_;
   bool centroidedByDefault_;
   IndexView view_;
   // Where the next scan's points would be, were the scans back to back from 0.
   std::uint64_t expectedOffset_ = 0;
+  bool isLost_ = false;
 };
 
 bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
@@ -77,15 +86,20 @@ struct Entries {
   bool inFileOrder = true;
   bool inTimeOrder = true;
   // As measured:
-  Places zeroRecords;       // but for the first record
-  std::size_t dropped = 0;  // of these, at the end of the index
-  Places untimed;           // that have a stand-in for their time
+  Places zeroRecords;         // but for the first record
+  std::size_t dropped = 0;    // of these, at the end of the index
+  Places untimed;             // that have a stand-in for their time
+  Places unplaced;            // without an offset, behind records of zeros
+  std::uint64_t reached = 0;  // the last offset that is known
 
   // Checks the order now, while the previous entry is still in the cache.
   void Add(const ScanIndexEntry& entry) {
-    if (!list.empty()) {
-      inFileOrder &= !(entry.DataOffset() < list.back().DataOffset());
-      inTimeOrder &= !EarlierTime(entry, list.back());
+    if (!list.empty()) inTimeOrder &= !EarlierTime(entry, list.back());
+    if (entry.HasLostOffset()) {
+      unplaced.push_back(list.size());
+    } else {
+      inFileOrder &= !(entry.DataOffset() < reached);
+      reached = entry.DataOffset();
     }
     list.push_back(entry);
   }
@@ -94,8 +108,7 @@ struct Entries {
   void AddZeros(ScanIndexEntry entry) {
     zeroRecords.push_back(list.size());
     entry.totalIntensity = std::numeric_limits<float>::quiet_NaN();
-    entry.dataOffset = list.back().dataOffset;
-    entry.dataOffsetHigh = list.back().dataOffsetHigh;
+    entry.SetDataOffset(reached);
     Add(entry);
   }
 
@@ -114,6 +127,10 @@ struct Entries {
 // A quick look at the entry leaves few records to look at.
 bool IsOfZeros(const ScanIndexEntry& entry, Bytes record) {
   return entry.pointCount == 0 && entry.retentionTime == 0 && AreZeros(record);
+}
+
+bool IsSound(const Entries& entries) {
+  return entries.inFileOrder && entries.inTimeOrder && entries.untimed.empty();
 }
 
 // Entries that are not in the order of the file are listed as they are.
@@ -148,11 +165,21 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
       const ScanIndexEntry entry = reader.Read(block.data() + at, isFirst);
       const bool isLost = isMeasured && !isFirst && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
       isLost ? entries.AddZeros(entry) : entries.Add(entry);
+      if (isLost) reader.Lose();
     }
     if (read < wanted) break;
   }
   if (isMeasured) entries.TakeAsMeasured();
   return entries;
+}
+
+// Whether long records make no sense where short ones do, but for the last one, which the file cuts.
+bool AreCutShortRecords(const Entries& longOnes, const File& file, int dataFormat) {
+  constexpr IndexView kView = IndexView::kMeasured;
+  const std::uint64_t size = file.Size();
+  if (size % format::kShortRecordSize == 0 || IsSound(longOnes)) return false;
+  const auto count = static_cast<std::size_t>(size / format::kShortRecordSize);
+  return IsSound(ReadEntries(file, format::kShortRecordSize, count, dataFormat, kView));
 }
 
 // No instrument has precursors of less than one m/z or of more than this.
@@ -241,6 +268,7 @@ class FunctionNotices {
       findings_.Add(std::move(finding));
     };
     add(FindingCode::kIndexZeroed, "has zeros in place of the records of", entries.zeroRecords);
+    add(FindingCode::kOffsetsLost, "has lost the offsets of", entries.unplaced);
     add(FindingCode::kTimesLost, "has lost the times of", lost);
     add(FindingCode::kTimesReturn, "has times that go backwards at", ReturningTimes(entries.list));
   }
@@ -343,7 +371,8 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     return;
   }
   const std::uint64_t size = file.Size();
-  const char* problem = "does not end with a whole record";
+  constexpr const char* kCut = "does not end with a whole record";
+  const char* problem = kCut;
   for (const std::size_t recordSize : {format::kShortRecordSize, format::kLongRecordSize}) {
     const bool isLong = recordSize == format::kLongRecordSize;
     const std::uint64_t count = size / recordSize;
@@ -354,6 +383,10 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     if (!entries.inFileOrder && !isLong) {
       problem = "has offsets that go backwards";
       continue;
+    }
+    if (isLong && view == IndexView::kMeasured && AreCutShortRecords(entries, file, function.dataFormat)) {
+      problem = kCut;
+      break;
     }
     const ScanNumbers numbers = NumbersOf(entries);
     if (notices) notices->EntriesOf(entries, numbers);

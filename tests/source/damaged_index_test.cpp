@@ -164,6 +164,60 @@ TEST(DamagedIndexTest, RecordOfZerosAmongOthers) {
   EXPECT_EQ(seen.totals[3], 24);
 }
 
+// Scans of 12 bytes. Where all offsets are left out, those behind the lost record cannot be counted.
+TEST(DamagedIndexTest, LostRecordAmongOmittedOffsets) {
+  const auto edit = [](FileBytes& index) {
+    for (std::size_t scan = 0; scan < 4; ++scan) PatchU32(index, scan * kRecord, 0);
+    std::fill_n(index.begin() + kRecord, kRecord, std::byte{0});
+  };
+  const Seen seen = See(Products(), edit);
+  EXPECT_EQ(
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 4 scans; the first is scan 2",
+          "offsets-lost: _FUNC001.IDX has lost the offsets of 2 of 4 scans; the first is scan 3",
+          "data-unreferenced: _FUNC001.DAT holds 36 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", "3 503:", "4 504:"}));
+  const TempDirectory directory = Products().Build();
+  directory.Edit("_FUNC001.IDX", edit);
+  const std::u8string path = directory.Path().u8string();
+  const auto source = Source::Open({path.begin(), path.end()});
+  std::vector<double> mz;
+  std::vector<double> intensities;
+  EXPECT_EQ(source->ReadPoints(0, 0, 2, mz, intensities).lost, 2U);
+}
+
+// The fourth offset is omitted again, but follows from the third, which is 24.
+TEST(DamagedIndexTest, OffsetBehindLostRecordEndsTheLoss) {
+  const Seen seen = See(Products(), [](FileBytes& index) {
+    std::fill_n(index.begin() + kRecord, kRecord, std::byte{0});
+    PatchU32(index, 3 * kRecord, 0);
+  });
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", kAll[2], kAll[3]}));
+  EXPECT_EQ(seen.findings[1], "data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to");
+}
+
+// The zeros reach into the offset of the third record, which has its own; the fourth has, too.
+TEST(DamagedIndexTest, ZerosUpToInsideAnOffset) {
+  const Seen seen = SeeZeros(kRecord, kRecord + 4);
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", "3 503:", kAll[3]}));
+  EXPECT_EQ(seen.findings[1],
+            "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3");
+}
+
+// 16 whole records of 22 bytes and 8 bytes are 12 records of 30 bytes, too, which are in no order.
+TEST(DamagedIndexTest, CutToAMultipleOfTheOtherSize) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].statistics.reset();
+  raw.functions[0].scans.clear();
+  for (int k = 1; k <= 20; ++k)
+    raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(static_cast<float>(k), {{100.0 + k, 8}}));
+  const Seen seen = See(raw, [](FileBytes& index) { index.resize(360); });
+  EXPECT_EQ(seen.findings,
+            Lines{"index-cut: _FUNC001.IDX does not end with a whole record, so the function has no scans"});
+  EXPECT_EQ(seen.scans, Lines());
+}
+
 TEST(DamagedIndexTest, NothingButZeros) {
   const Seen seen = SeeZeros(0, 4 * kRecord);
   EXPECT_EQ(
