@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
+
+#include "spectrum/elementary.h"
 
 namespace zrml::source {
 namespace {
@@ -11,11 +14,13 @@ constexpr double kPlacesPerOctave = 16;  // within a place, steps differ by 9 % 
 
 int PlaceOf(double mass) {
   const double size = std::max(std::abs(mass), std::numeric_limits<double>::min());
-  return static_cast<int>(std::floor(kPlacesPerOctave * std::log2(size)));
+  return static_cast<int>(std::floor(kPlacesPerOctave / std::numbers::ln2 * PortableLog(size)));
 }
 
 // By how much a step grows at most from one place to another above it.
-double GrowthBetween(int low, int high) { return std::exp2(2 * (high - low) / kPlacesPerOctave); }
+double GrowthBetween(int low, int high) {
+  return PortableExp(2 * std::numbers::ln2 * (high - low) / kPlacesPerOctave);
+}
 
 // Rounded steps differ a little, which is no reason to doubt one.
 bool IsClearlyLess(double step, double other) { return step < 0.9 * other; }
