@@ -11,8 +11,8 @@ using source::ThrowIfCancelled;
 
 struct Hooks {
   Cancel cancel = {};  ///< true to give up, which throws Cancelled; called by all workers at once
-  source::Progress progress =
-      {};  ///< spectra written so far, of all; for Parquet also those that are read before, once more each
+  /// Spectra written so far, of all. Parquet reads them twice: each counts once more when it is read first.
+  source::Progress progress = {};
 };
 
 }  // namespace zrml::convert

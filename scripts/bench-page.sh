@@ -4,7 +4,7 @@
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" "${browser_packages[@]}"
-install_node_packages
+install_node
 build linux zrml zrml_sample zrml_long_run
 work=$(mktemp -d)
 trap 'end_running; rm -rf "$work"' EXIT

@@ -3,7 +3,7 @@
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" "${browser_packages[@]}"
-install_node_packages
+install_node
 build linux zrml zrml_sample
 work=$(mktemp -d)
 trap 'end_running; rm -rf "$work"' EXIT

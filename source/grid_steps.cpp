@@ -1,25 +1,29 @@
 #include "source/grid_steps.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
-#include <numbers>
-
-#include "spectrum/elementary.h"
 
 namespace zrml::source {
 namespace {
 
-constexpr double kPlacesPerOctave = 16;  // within a place, steps differ by 9 % at most
+// A place is the exponent of a mass and the five highest bits of its fraction: 32 to the octave. Within one,
+// steps differ by 6 % at most.
+constexpr int kLowBits = 47;
 
 int PlaceOf(double mass) {
   const double size = std::max(std::abs(mass), std::numeric_limits<double>::min());
-  return static_cast<int>(std::floor(kPlacesPerOctave / std::numbers::ln2 * PortableLog(size)));
+  return static_cast<int>(std::bit_cast<std::uint64_t>(size) >> kLowBits);
 }
+
+double LeastMassIn(int place) { return std::bit_cast<double>(static_cast<std::uint64_t>(place) << kLowBits); }
 
 // By how much a step grows at most from one place to another above it.
 double GrowthBetween(int low, int high) {
-  return PortableExp(2 * std::numbers::ln2 * (high - low) / kPlacesPerOctave);
+  const double growth = LeastMassIn(high) / LeastMassIn(low);
+  return growth * growth;
 }
 
 // Rounded steps differ a little, which is no reason to doubt one.
@@ -34,8 +38,11 @@ void GridSteps::Note(int place, double step) {
 
 void GridSteps::Learn(std::span<const double> masses) {
   for (std::size_t i = 1; i < masses.size(); ++i) {
-    Note(PlaceOf(masses[i - 1]), masses[i] - masses[i - 1]);
-    Note(PlaceOf(masses[i]), masses[i] - masses[i - 1]);
+    const int low = PlaceOf(masses[i - 1]);
+    const int high = PlaceOf(masses[i]);
+    const double step = masses[i] - masses[i - 1];
+    Note(low, step);
+    if (high != low) Note(high, step);
   }
 }
 

@@ -29,6 +29,10 @@ using platform::SystemPath;
 
 std::string Utf8(std::wstring_view text) { return platform::ToNativePath(text); }
 
+bool AreZero(std::span<const double> values) {
+  return std::ranges::all_of(values, [](double value) { return value == 0; });
+}
+
 bool IsSeparator(char c) {
 #ifdef _WIN32
   return c == '/' || c == '\\';
@@ -318,14 +322,6 @@ PointsRead RawSource::ReadPoints(int, int function, int scan, std::vector<double
   intensities.resize(read.count);
   return read;
 }
-
-namespace {
-
-bool AreZero(std::span<const double> values) {
-  return std::ranges::all_of(values, [](double value) { return value == 0; });
-}
-
-}  // namespace
 
 // Drops places that were not written, and points that are zeros although the scan has counted something.
 // Returns how many are left and how many of these are lost.

@@ -1,4 +1,5 @@
 // A browser, sources, and a server for tests; all end with the test file.
+import assert from 'node:assert/strict';
 import { execFileSync, spawn } from 'node:child_process';
 import { mkdtempSync, rmSync } from 'node:fs';
 import { createRequire } from 'node:module';
@@ -78,6 +79,17 @@ export async function openTab(address, options = {}) {
 /** Waits until an expression is true in the page. */
 export async function until(page, expression, argument) {
   await page.waitForFunction(expression, argument, { timeout: 60000 });
+}
+
+/** Waits until a question that is not for the page alone has this answer. */
+export async function untilEqual(question, expected) {
+  const end = Date.now() + 60000;
+  let answer = await question();
+  while (answer !== expected && Date.now() < end) {
+    await new Promise((resolve) => setTimeout(resolve, 100));
+    answer = await question();
+  }
+  assert.equal(answer, expected);
 }
 
 /** The panel with a title that begins so. */

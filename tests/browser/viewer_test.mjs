@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { test } from 'node:test';
-import { areaOf, copied, dragOver, makeHostile, makeSample, openTab, panel, startViewer, stateOf, until, zrml } from './support.mjs';
+import { areaOf, copied, dragOver, makeHostile, makeSample, openTab, panel, startViewer, stateOf, until, untilEqual, zrml } from './support.mjs';
 
 const run = makeSample('run.raw');
 const address = await startViewer(run);
@@ -245,8 +245,11 @@ test('samples of a report are drawn over one another', async () => {
   assert.ok(requests.some((request) => /\/data\/0\/chromatogram\?function=0&kind=tic&sample=2/.test(request)));
   const curves = () => page.evaluate(() => document.querySelectorAll('.row-of-plot .uplot').length);
   assert.equal(await curves(), 3);
-  const [download] = await Promise.all([page.waitForEvent('download'), panel(page, 'Chromatograms').getByRole('button', { name: 'SVG' }).first().click()]);
-  assert.equal(readFileSync(await download.path(), 'utf8').split('\n').filter((line) => /^<path d="M[^"]*L/.test(line)).length, 4);  // two kinds of two samples
+  const savedCurves = async () => {
+    const [download] = await Promise.all([page.waitForEvent('download'), panel(page, 'Chromatograms').getByRole('button', { name: 'SVG' }).first().click()]);
+    return readFileSync(await download.path(), 'utf8').split('\n').filter((line) => /^<path d="M[^"]*L/.test(line)).length;
+  };
+  await untilEqual(savedCurves, 4);  // two kinds of two samples, each drawn as it arrives
   await page.reload();
   await until(page, () => document.querySelector('.legend')?.textContent === 'BLANK_01MIX10_02');
   await page.getByRole('button', { name: 'Overlay MIX10_02' }).click();

@@ -83,6 +83,13 @@ TEST(RawFindings, ChromatogramThatEndsInZeros) {
               });
 }
 
+void ExpectLineOfZeros(const RawDirectoryBuilder& raw, const std::string& file, std::size_t from,
+                       const std::string& line) {
+  const TempDirectory directory = raw.Build();
+  directory.Edit(file, [&](FileBytes& bytes) { ZeroFrom(bytes, from); });
+  EXPECT_EQ(LinesOf(directory), Lines{line}) << from;
+}
+
 // Records of 6 bytes: a time, a word. Four points; the zeros begin inside the word or the time of the last.
 TEST(RawFindings, ChannelsThatEndInZerosInsideARecord) {
   RawDirectoryBuilder raw = SoundDirectory();
@@ -98,11 +105,7 @@ TEST(RawFindings, ChannelsThatEndInZerosInsideARecord) {
                                                        {19, lost + "1 of 4 records"},
                                                        {17, lost + "2 of 4 records"},
                                                        {16, lost + "2 of 4 records"}};
-  for (const auto& [from, line] : cases) {
-    const TempDirectory directory = raw.Build();
-    directory.Edit("_ANALOGS.DAT", [from = from](FileBytes& bytes) { ZeroFrom(bytes, from); });
-    EXPECT_EQ(LinesOf(directory), Lines{line}) << from;
-  }
+  for (const auto& [from, line] : cases) ExpectLineOfZeros(raw, "_ANALOGS.DAT", from, line);
   raw.analogs[0].words = raw.analogs[3].words = {0};  // as others are
   EXPECT_EQ(LinesOf(raw.Build()), Lines());
 }
@@ -120,11 +123,7 @@ TEST(RawFindings, ChromatogramThatEndsInZerosInsideARecord) {
       {32, lost + "1 of 4 records"},
       {31, lost + "2 of 4 records"},
       {8, lost + "4 of 4 records"}};
-  for (const auto& [from, line] : cases) {
-    const TempDirectory directory = raw.Build();
-    directory.Edit("_CHRO001.DAT", [from = from](FileBytes& bytes) { ZeroFrom(bytes, from); });
-    EXPECT_EQ(LinesOf(directory), Lines{line}) << from;
-  }
+  for (const auto& [from, line] : cases) ExpectLineOfZeros(raw, "_CHRO001.DAT", from, line);
 }
 
 TEST(RawFindings, ChromatogramWhoseTimesGoBackwards) {

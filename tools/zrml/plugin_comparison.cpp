@@ -122,7 +122,7 @@ class Comparer : Verdicts {
     if (isCut) Count(kWanted.refusedTable);
     Check(slot, "success", isOpened, !isCut);
     const platform::SystemPath path = platform::ToSystemPath(wholePath_);
-    IsReport() ? void(reportSlots_.emplace(path, HasCommas())) : void(rawSlots_.emplace(path));
+    IsReport() ? void(reportSlots_.emplace(path, HasUnreadNumbers())) : void(rawSlots_.emplace(path));
     return isOpened;
   }
 
@@ -252,7 +252,7 @@ class Comparer : Verdicts {
     CompareMetadata(sample, position, held);
   }
 
-  bool HasCommas() {
+  bool HasUnreadNumbers() {
     const std::span<const Finding> findings = source_->Findings();
     return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
       return finding.code == FindingCode::kDecimalComma || finding.code == FindingCode::kNumberUnread ||
@@ -261,7 +261,7 @@ class Comparer : Verdicts {
   }
 
   const Wanted& OtherContents() const {
-    return reportSlots_->HasCommas() ? kWanted.endedNumbers : kWanted.unclosedFunction;
+    return reportSlots_->HasUnreadNumbers() ? kWanted.endedNumbers : kWanted.unclosedFunction;
   }
 
   int CompareScanCount() {

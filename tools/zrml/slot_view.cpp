@@ -122,8 +122,8 @@ std::optional<StoredPoints> RawSlots::ReadAbsorbance(const source::FunctionId& i
 
 bool RawSlots::HasTraceList() const { return masslynx::ReadTraceList(folder_).has_value(); }
 
-ReportSlots::ReportSlots(const platform::SystemPath& path, bool hasCommas)
-    : path_(path), hasCommas_(hasCommas), report_(openlynx::ReportStream::Open(path)) {}
+ReportSlots::ReportSlots(const platform::SystemPath& path, bool hasUnreadNumbers)
+    : path_(path), hasUnreadNumbers_(hasUnreadNumbers), report_(openlynx::ReportStream::Open(path)) {}
 
 int ReportSlots::CountSamplesOfText() const {
   using openlynx::ReportStream;
@@ -173,7 +173,7 @@ std::optional<std::string> ReportSlots::TextOf(int position) {
 std::optional<SlotScans> ReportSlots::OtherScans(int position) {
   const std::span<const std::uint64_t> spectra = sample_->SpectraOf(At(position));
   const openlynx::Function& own = OwnAt(position);
-  if (!hasCommas_ && own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
+  if (!hasUnreadNumbers_ && own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
   SlotScans others = {.read = [this, spectra](int scan) -> std::optional<StoredPoints> {
     const auto head = report_.ReadSpectrumHead(spectra[static_cast<std::size_t>(scan)]);
     openlynx::Points points = report_.ReadPoints(head);
@@ -194,7 +194,7 @@ std::optional<SlotScans> ReportSlots::OtherScans(int position) {
 std::optional<TraceList> ReportSlots::OtherTraces(int position) {
   const std::span<const std::uint64_t> traces = sample_->ChromatogramsOf(At(position));
   const openlynx::Function& own = OwnAt(position);
-  if (!hasCommas_ && own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
+  if (!hasUnreadNumbers_ && own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
   return TracesAt({traces.begin(), traces.end()}, "Function Trace ");
 }
 
@@ -207,7 +207,7 @@ std::optional<TraceList> ReportSlots::OtherTraces() {
     traces.insert(traces.end(), more.begin(), more.end());
     held += own_.functions[i].chromatograms.Size();
   }
-  if (!hasCommas_ && traces.size() == held) return std::nullopt;
+  if (!hasUnreadNumbers_ && traces.size() == held) return std::nullopt;
   return TracesAt(std::move(traces), "Analog Trace ");
 }
 

@@ -68,11 +68,11 @@ class RawSlots {
 /// them only. Positions of functions are those in the list of the slots.
 class ReportSlots {
  public:
-  /// `hasCommas` when numbers have decimal commas, which end them for the slots and hide them from the
-  /// source.
-  ReportSlots(const platform::SystemPath& path, bool hasCommas);
+  /// `hasUnreadNumbers` when there are numbers, or lines of them, that the slots read in part and the source
+  /// not at all: with decimal commas, with other characters, over zeroed bytes.
+  ReportSlots(const platform::SystemPath& path, bool hasUnreadNumbers);
 
-  bool HasCommas() const { return hasCommas_; }
+  bool HasUnreadNumbers() const { return hasUnreadNumbers_; }
 
   /// The samples before the end of the text: the file's, or a Ctrl-Z.
   int CountSamplesOfText() const;
@@ -108,7 +108,7 @@ class ReportSlots {
   TraceList TracesAt(std::vector<std::uint64_t> positions, const std::string& noun);
 
   platform::SystemPath path_;
-  bool hasCommas_;
+  bool hasUnreadNumbers_;
   openlynx::Report report_;
   openlynx::Sample* sample_ = nullptr;
   openlynx::Sample own_;

@@ -68,6 +68,12 @@ void Search(const std::string& folder, std::vector<std::string>& sources) {
   }
 }
 
+// Also of a folder's path that ends with separators.
+SystemPath OwnName(SystemPath path) {
+  while (!path.empty() && convert::NameOf(path).empty()) path.pop_back();
+  return convert::NameOf(path);
+}
+
 }  // namespace
 
 CLI::Option* AddSourceArguments(CLI::App& options, SourceArguments& arguments) {
@@ -97,16 +103,6 @@ std::vector<std::string> ListSources(const SourceArguments& arguments) {
   }
   return sources;
 }
-
-namespace {
-
-// Also of a folder's path that ends with separators.
-SystemPath OwnName(SystemPath path) {
-  while (!path.empty() && convert::NameOf(path).empty()) path.pop_back();
-  return convert::NameOf(path);
-}
-
-}  // namespace
 
 void LeaveOutRepeats(std::vector<std::string>& sources, const std::string& what, bool isQuiet) {
   std::map<std::pair<platform::FileId, platform::SystemPath>, std::string> known;

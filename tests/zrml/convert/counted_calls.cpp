@@ -1,24 +1,28 @@
-// For preloading into zrml: counts its questions about paths to the system, and writes their number to the
-// file named in ZRML_CALLS when the program ends.
+// For preloading into zrml: counts what it asks of the system, which is about paths and for connections, and
+// writes the number to the file named in ZRML_CALLS when the program ends.
 #undef _FORTIFY_SOURCE  // whose headers define the functions that are replaced here
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 std::atomic<long> calls = 0;
 
+void WriteNumber() {
+  const char* const path = std::getenv("ZRML_CALLS");
+  std::FILE* const file = path != nullptr ? std::fopen(path, "w") : nullptr;
+  if (file == nullptr) return;
+  std::fprintf(file, "%ld", calls.load());
+  std::fclose(file);
+}
+
 struct AtTheEnd {
-  ~AtTheEnd() {
-    const char* const path = std::getenv("ZRML_CALLS");
-    std::FILE* const file = path != nullptr ? std::fopen(path, "w") : nullptr;
-    if (file == nullptr) return;
-    std::fprintf(file, "%ld", calls.load());
-    std::fclose(file);
-  }
+  ~AtTheEnd() { WriteNumber(); }
 } atTheEnd;
 
 template <class Function>
@@ -49,4 +53,14 @@ extern "C" __attribute__((visibility("default"))) int open(const char* path, int
 
 extern "C" __attribute__((visibility("default"))) int lstat(const char* path, struct stat* facts) noexcept {
   return SystemFunction<int(const char*, struct stat*)>("lstat")(path, facts);
+}
+
+extern "C" __attribute__((visibility("default"))) int accept(int socket, struct sockaddr* address,
+                                                             socklen_t* length) {
+  return SystemFunction<int(int, struct sockaddr*, socklen_t*)>("accept")(socket, address, length);
+}
+
+extern "C" __attribute__((visibility("default"))) void _Exit(int status) noexcept {
+  WriteNumber();  // an end without destructors
+  ::_exit(status);
 }
