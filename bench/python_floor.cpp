@@ -2,8 +2,9 @@
 // the seconds that the processor took for it are printed.
 //
 //   python_floor make FOLDER       spectra.raw: 20,000 scans of 1,500 points; many.raw: 1,000,000 scans
-//   without data python_floor spectra PATH      the points of every scan, by the C library python_floor ions
-//   PATH MZ...   chromatograms of m/z within 10 ppm, by the source
+//                                  of 10 points that are zeros
+//   python_floor spectra PATH      the points of every scan, by the C library
+//   python_floor ions PATH MZ...   chromatograms of m/z within 10 ppm, by the source
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,6 +24,8 @@ namespace {
 
 constexpr LayoutData kSpectra = {9, 1500, true, 20'000};
 constexpr std::size_t kManyScans = 1'000'000;
+constexpr std::uint32_t kPointsOfMany = 10;
+constexpr std::uint32_t kBytesOfPoint = 6;
 constexpr double kPpm = 10;
 
 double ProcessorSeconds() {
@@ -46,7 +49,7 @@ void MakeManyScans(const std::filesystem::path& directory) {
   std::vector<ScanIndexRecord> index(kManyScans);
   std::vector<ScanStatisticsRecord> statistics(kManyScans);
   for (std::size_t i = 0; i < kManyScans; ++i) {
-    index[i].pointCount = 10;
+    index[i].pointCount = kPointsOfMany;
     index[i].totalIntensity = static_cast<float>(i % 1000);
     index[i].retentionTime = static_cast<float>(static_cast<double>(i) / 6000);
     statistics[i].precursorMass = 500;
@@ -57,6 +60,7 @@ void MakeManyScans(const std::filesystem::path& directory) {
   raw.WriteTo(directory);
   WriteFileBytes(directory / "_FUNC001.IDX", WriteScanIndex(index));
   WriteFileBytes(directory / "_FUNC001.STS", WriteScanStatistics(statistics));
+  std::filesystem::resize_file(directory / "_FUNC001.DAT", kManyScans * kPointsOfMany * kBytesOfPoint);
 }
 
 void Make(const std::filesystem::path& folder) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <span>
 
+#include "common/platform/platform.h"
 #include "library/handle.h"
 #include "source/position.h"
 
@@ -80,6 +81,23 @@ struct Rows {
   int first;
   int count;
 };
+
+void PreferLargePages(const zrml_scan_table& table, int count) {
+  const auto prefer = [&](auto* column) {
+    if (column != nullptr)
+      platform::PreferLargePages(column, static_cast<std::size_t>(count) * sizeof *column);
+  };
+  prefer(table.number);
+  prefer(table.minutes);
+  prefer(table.end_minutes);
+  prefer(table.points);
+  prefer(table.is_centroided);
+  prefer(table.total_intensity);
+  prefer(table.base_peak_mz);
+  prefer(table.base_peak_intensity);
+  prefer(table.precursor_mz);
+  prefer(table.scan_value);
+}
 
 void FillFromIndex(Source& source, const Rows& rows, const zrml_scan_table& table) {
   for (int i = 0; i < rows.count; ++i) Set(table.number, static_cast<std::size_t>(i), rows.first + i + 1);
@@ -164,6 +182,7 @@ zrml_status zrml_read_scan_table(zrml_source* source, int sample, int function, 
     RequireKnown(*table);
     const Rows rows = {sample, function, first, count};
     RequireRows(held, rows);
+    PreferLargePages(*table, count);
     FillFromIndex(held, rows, *table);
     if (table->reads_points != 0)
       FillFromPoints(held, rows, *table, CancelOf(*source, static_cast<std::size_t>(count)));

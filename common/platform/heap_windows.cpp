@@ -41,4 +41,6 @@ void* SharedHeapAllocate(std::size_t bytes) noexcept {
 }
 void SharedHeapFree(void* block) noexcept { TheSharedHeap().release(block); }
 
+void PreferLargePages(void*, std::size_t) noexcept {}
+
 }  // namespace zrml::platform

@@ -160,4 +160,9 @@ std::uint32_t RandomNumber();
 void* SharedHeapAllocate(std::size_t bytes) noexcept;
 void SharedHeapFree(void* block) noexcept;
 
+/// Asks the system for large pages where memory that will be filled has none yet: giving a program many small
+/// pages takes longer than filling them. Of no effect on little memory and on systems that choose by
+/// themselves.
+void PreferLargePages(void* memory, std::size_t bytes) noexcept;
+
 }  // namespace zrml::platform

@@ -2,17 +2,20 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
 namespace zrml::masslynx::point_unit_format {
 
-/// `bytes` for every `points`, rounded up.
+/// `bytes` for every `points`, which are a power of two, rounded up.
 struct PointUnit {
   std::uint64_t bytes = 0;
   std::uint64_t points = 1;
 
-  constexpr std::uint64_t BytesOf(std::uint64_t count) const { return (count + points - 1) / points * bytes; }
+  constexpr std::uint64_t BytesOf(std::uint64_t count) const {
+    return ((count + points - 1) >> std::countr_zero(points)) * bytes;
+  }
 
   /// Complete points in `size` bytes; `bytes` is not 0.
   constexpr std::size_t PointsIn(std::size_t size) const {

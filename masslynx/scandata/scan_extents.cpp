@@ -42,6 +42,8 @@ void Add(FindingCode code, std::string problem, Finding about, Findings& finding
 
 }  // namespace
 
+bool HasOneUnit(int dataFormat) { return dataFormat != kMixedFormat && UnitOf(dataFormat).bytes != 0; }
+
 void NoticeOverlaps(const ScanExtents& extents, Finding about, Findings& findings) {
   Numbers overlapping;
   Numbers earlier;

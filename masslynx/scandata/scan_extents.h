@@ -18,6 +18,9 @@ struct ScanExtents {
   int dataFormat = kUnknownFormat;
 };
 
+/// Whether all scans have as many bytes to a point, and how many is known.
+bool HasOneUnit(int dataFormat);
+
 /// Reports scans that share points: the same bytes are read for both. Not for offsets that go backwards.
 void NoticeOverlaps(const ScanExtents& extents, Finding about, Findings& findings);
 

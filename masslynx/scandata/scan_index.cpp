@@ -34,8 +34,8 @@ class EntryReader {
         centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2),
         view_(view) {}
 
-  ScanIndexEntry Read(const std::byte* record, bool first) {
-    ScanIndexEntry entry;
+  // Where the entry is kept, since copies of half-written ones are slow.
+  void Read(const std::byte* record, bool first, ScanIndexEntry& entry) {
     entry.dataOffset = LoadU32(record + format::kDataOffset);
     if (!first && entry.dataOffset == 0) {
       if (view_ == IndexView::kMeasured) {
@@ -57,7 +57,11 @@ class EntryReader {
     entry.totalIntensity = LoadF32(record + format::kTotalIntensity);
     entry.retentionTime = LoadF32(record + format::kRetentionTime);
     expectedOffset_ += unit_.BytesOf(entry.pointCount);
-    return entry;
+  }
+
+  // Where the scan of an entry ends.
+  std::uint64_t EndOf(const ScanIndexEntry& entry) const {
+    return entry.DataOffset() + unit_.BytesOf(entry.pointCount);
   }
 
   // The record was lost. How many bytes its scan has is not known, so scans behind it have no offset until
@@ -85,6 +89,8 @@ struct Entries {
   std::vector<ScanIndexEntry> list;
   bool inFileOrder = true;
   bool inTimeOrder = true;
+  bool areBackToBack = true;  // each begins where the one before ends, the first at 0
+  std::uint64_t end = 0;      // of the last one
   // As measured:
   Places zeroRecords;         // but for the first record
   std::size_t dropped = 0;    // of these, at the end of the index
@@ -92,35 +98,50 @@ struct Entries {
   Places unplaced;            // without an offset, behind records of zeros
   std::uint64_t reached = 0;  // the last offset that is known
 
-  // Checks the order now, while the previous entry is still in the cache.
-  void Add(const ScanIndexEntry& entry) {
-    if (!list.empty()) inTimeOrder &= !EarlierTime(entry, list.back());
+  // Looks at the last entry while it is still in the cache. Times that are not numbers are out of order for
+  // now.
+  void Place(std::uint64_t scanEnd) {
+    const ScanIndexEntry& entry = list.back();
+    const std::size_t place = list.size() - 1;
+    inTimeOrder &= entry.retentionTime >= list[place - std::min<std::size_t>(place, 1)].retentionTime;
+    areBackToBack &= entry.DataOffset() == end;
+    end = scanEnd;
     if (entry.HasLostOffset()) {
-      unplaced.push_back(list.size());
+      unplaced.push_back(place);
     } else {
       inFileOrder &= !(entry.DataOffset() < reached);
       reached = entry.DataOffset();
     }
-    list.push_back(entry);
   }
 
-  // Without points, a total and a time, at the place of the scan before.
-  void AddZeros(ScanIndexEntry entry) {
-    zeroRecords.push_back(list.size());
-    entry.totalIntensity = std::numeric_limits<float>::quiet_NaN();
-    entry.SetDataOffset(reached);
-    Add(entry);
+  // The last entry is without points, a total and a time, and at the place of the scan before.
+  void PlaceZeros() {
+    zeroRecords.push_back(list.size() - 1);
+    list.back().totalIntensity = std::numeric_limits<float>::quiet_NaN();
+    list.back().SetDataOffset(reached);
+    Place(reached);
+    areBackToBack = false;
   }
 
   std::size_t Records() const { return list.size() + dropped; }
 
+  // Times that ascend are lost nowhere but at the ends of what numbers can be.
+  bool MayLackTimes() const {
+    return !inTimeOrder || !zeroRecords.empty() ||
+           !(list.empty() ||
+             (std::isfinite(list.front().retentionTime) && std::isfinite(list.back().retentionTime)));
+  }
+
+  void LookAtTimes() { inTimeOrder = inTimeOrder || std::is_sorted(list.begin(), list.end(), EarlierTime); }
+
   void TakeAsMeasured() {
+    if (!MayLackTimes()) return;
     while (dropped < zeroRecords.size() && zeroRecords[zeroRecords.size() - 1 - dropped] + 1 == list.size()) {
       ++dropped;
       list.pop_back();
     }
     untimed = StandInForLostTimes(list, zeroRecords);
-    if (!untimed.empty() || dropped > 0) inTimeOrder = std::is_sorted(list.begin(), list.end(), EarlierTime);
+    inTimeOrder = false;
   }
 };
 
@@ -154,6 +175,7 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
   const bool isMeasured = view == IndexView::kMeasured;
   Entries entries;
   entries.list.reserve(count);
+  platform::PreferLargePages(entries.list.data(), count * sizeof(ScanIndexEntry));
   std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
   EntryReader reader(dataFormat, view);
   while (entries.list.size() < count) {
@@ -162,14 +184,16 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
         file.ReadAt(std::uint64_t{entries.list.size()} * recordSize, std::span(block).first(wanted));
     for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
       const bool isFirst = entries.list.empty();
-      const ScanIndexEntry entry = reader.Read(block.data() + at, isFirst);
+      ScanIndexEntry& entry = entries.list.emplace_back();
+      reader.Read(block.data() + at, isFirst, entry);
       const bool isLost = isMeasured && !isFirst && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
-      isLost ? entries.AddZeros(entry) : entries.Add(entry);
+      isLost ? entries.PlaceZeros() : entries.Place(reader.EndOf(entry));
       if (isLost) reader.Lose();
     }
     if (read < wanted) break;
   }
   if (isMeasured) entries.TakeAsMeasured();
+  entries.LookAtTimes();
   return entries;
 }
 
@@ -180,19 +204,6 @@ bool AreCutShortRecords(const Entries& longOnes, const File& file, int dataForma
   if (size % format::kShortRecordSize == 0 || IsSound(longOnes)) return false;
   const auto count = static_cast<std::size_t>(size / format::kShortRecordSize);
   return IsSound(ReadEntries(file, format::kShortRecordSize, count, dataFormat, kView));
-}
-
-// No instrument has precursors of less than one m/z or of more than this.
-bool MayBePrecursor(const ScanIndexEntry& scan) {
-  constexpr float kMost = 1e6F;
-  return !HasOwnPrecursor(scan) || (scan.precursorMass >= 1 && scan.precursorMass <= kMost);
-}
-
-// Temperatures move masses by some hundred ppm.
-bool MayBeCorrection(const ScanIndexEntry& scan, float reference) {
-  constexpr float kMostPpm = 1e4F;
-  return !scan.temperatureValid ||
-         std::abs((scan.temperature - reference) * scan.temperatureCoefficient) <= kMostPpm;
 }
 
 // Findings about the files of one function.
@@ -236,16 +247,18 @@ class FunctionNotices {
     // The points of an ion-mobility function are in a file of their own.
     const bool hasPoints = !NoticeMobility();
     const ScanExtents extents = {entries.list, numbers, FormatOfPoints()};
+    const bool areWhole = entries.areBackToBack && entries.end == size && HasOneUnit(extents.dataFormat);
     if (!entries.inFileOrder) {
       Finding finding = About(L"IDX");
       finding.code = FindingCode::kIndexDisordered;
       finding.problem = "has offsets that go backwards";
       findings_.Add(std::move(finding));
     } else {
-      if (hasPoints) NoticeOverlaps(extents, About(L"IDX"), findings_);
+      if (hasPoints && !areWhole) NoticeOverlaps(extents, About(L"IDX"), findings_);
       Times(entries, numbers);
     }
-    if (hasPoints && function_.hasDataFile) NoticeExtents(extents, size, About(L"DAT"), findings_);
+    if (hasPoints && function_.hasDataFile && !areWhole)
+      NoticeExtents(extents, size, About(L"DAT"), findings_);
     hasStatistics_ =
         NoticeStatistics(folder_, function_, entries.Records(), findings_) && entries.inFileOrder;
   }
@@ -270,15 +283,14 @@ class FunctionNotices {
     add(FindingCode::kIndexZeroed, "has zeros in place of the records of", entries.zeroRecords);
     add(FindingCode::kOffsetsLost, "has lost the offsets of", entries.unplaced);
     add(FindingCode::kTimesLost, "has lost the times of", lost);
-    add(FindingCode::kTimesReturn, "has times that go backwards at", ReturningTimes(entries.list));
+    if (!entries.inTimeOrder)
+      add(FindingCode::kTimesReturn, "has times that go backwards at", ReturningTimes(entries.list));
   }
 
   // For the listed scans.
   void AbsurdStatistics() {
     AddWithout(FindingCode::kStatisticsAbsurd, "has values that cannot be of ", "",
-               [this](const ScanIndexEntry& scan) {
-                 return MayBePrecursor(scan) && MayBeCorrection(scan, function_.calTemperature);
-               });
+               [this](const ScanIndexEntry& scan) { return MayBe(scan, function_.calTemperature); });
   }
 
   // For the listed scans: what is missing where the statistics that would hold it are.
@@ -390,15 +402,16 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     }
     const ScanNumbers numbers = NumbersOf(entries);
     if (notices) notices->EntriesOf(entries, numbers);
+    bool arePossible = true;
     if (entries.inFileOrder) {
       if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
-      LoadScanStatistics(folder, function, entries.list, refusal);
+      arePossible = LoadScanStatistics(folder, function, entries.list, refusal);
     }
     for (const std::size_t place : entries.untimed)
       entries.list[numbers.Of(place) - 1].retentionTime = std::numeric_limits<float>::quiet_NaN();
     function.scanIndex = std::move(entries.list);
     if (notices) {
-      notices->AbsurdStatistics();
+      if (!arePossible) notices->AbsurdStatistics();
       notices->MissingStatistics();
     }
     return;

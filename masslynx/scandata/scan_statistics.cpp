@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "common/bytes.h"
 #include "masslynx/directory_files.h"
+#include "masslynx/scandata/scan_facts.h"
 #include "masslynx/scandata/scan_statistics_format.h"
 #include "masslynx/scandata/zeroed_points.h"
 
@@ -40,6 +42,11 @@ struct ItemOffsets {
 
   bool HasTemperature() const {
     return temperatureValid != 0 && temperature != 0 && temperatureCoefficient != 0;
+  }
+  /// The bytes of a record that has all items.
+  int Size() const {
+    return std::max({auxValue + 4, precursorMass + 4, precursorFlags + 2, temperatureValid + 1,
+                     temperature + 4, temperatureCoefficient + 4});
   }
   bool HasPartOfTemperature() const {
     return !HasTemperature() && (temperatureValid != 0 || temperature != 0 || temperatureCoefficient != 0);
@@ -78,8 +85,22 @@ ItemOffsets ReadDescriptors(Bytes bytes, std::uint16_t count) {
   return offsets;
 }
 
-void FillEntry(Bytes record, const ItemOffsets& items, ScanIndexEntry& entry) {
-  const auto at = [&](std::uint16_t offset) { return ByteCursor(record, offset); };
+// Of a record that has all its bytes.
+class WholeItem {
+ public:
+  explicit WholeItem(const std::byte* item) : item_(item) {}
+
+  float F32() const { return LoadF32(item_); }
+  std::uint16_t U16() const { return LoadU16(item_); }
+  std::int8_t I8() const { return std::to_integer<std::int8_t>(*item_); }
+
+ private:
+  const std::byte* item_;
+};
+
+// `at(offset)` reads the item there.
+template <class At>
+void FillEntry(At at, const ItemOffsets& items, ScanIndexEntry& entry) {
   if (items.auxValue != 0) entry.auxValue = at(items.auxValue).F32();
   // Deliberate: without their descriptors these two come from the record's first bytes.
   entry.precursorMass = at(items.precursorMass).F32();
@@ -89,6 +110,19 @@ void FillEntry(Bytes record, const ItemOffsets& items, ScanIndexEntry& entry) {
     entry.temperature = at(items.temperature).F32();
     entry.temperatureCoefficient = at(items.temperatureCoefficient).F32();
   }
+}
+
+// No instrument has precursors of less than one m/z or of more than this.
+bool MayBePrecursor(const ScanIndexEntry& scan) {
+  constexpr float kMost = 1e6F;
+  return !HasOwnPrecursor(scan) || (scan.precursorMass >= 1 && scan.precursorMass <= kMost);
+}
+
+// Temperatures move masses by some hundred ppm.
+bool MayBeCorrection(const ScanIndexEntry& scan, float reference) {
+  constexpr float kMostPpm = 1e4F;
+  return !scan.temperatureValid ||
+         std::abs((scan.temperature - reference) * scan.temperatureCoefficient) <= kMostPpm;
 }
 
 bool ConvertsAlike(const ScanIndexEntry& a, const ScanIndexEntry& b) {
@@ -107,11 +141,23 @@ std::vector<std::byte> ReadDescription(const platform::File& file) {
   return bytes;
 }
 
-// Calls `visit(i, record)` for each of `count` records; those at the file's end may be short or empty. Few of
-// them are in memory at a time.
+// Some records of a file, of which those at its end may be short or empty.
+struct Block {
+  std::size_t first;
+  std::size_t count;
+  std::size_t recordSize;
+  Bytes bytes;
+
+  Bytes Record(std::size_t i) const {
+    const std::size_t start = std::min(i * recordSize, bytes.size());
+    return bytes.subspan(start, std::min(recordSize, bytes.size() - start));
+  }
+};
+
+// Calls `visit(block)` for all of `count` records. Few of them are in memory at a time.
 template <class Visit>
-void ForEachRecord(const platform::File& file, const Header& header, std::size_t count, Visit visit) {
-  constexpr std::size_t kBlock = std::size_t{1} << 18;
+void ForEachBlock(const platform::File& file, const Header& header, std::size_t count, Visit visit) {
+  constexpr std::size_t kBlock = std::size_t{1} << 16;
   const std::size_t size = header.recordSize;
   const std::size_t atOnce = size == 0 ? count : std::max<std::size_t>(1, kBlock / size);
   std::vector<std::byte> block(std::min(atOnce, count) * size);
@@ -119,16 +165,30 @@ void ForEachRecord(const platform::File& file, const Header& header, std::size_t
     const std::size_t records = std::min(atOnce, count - first);
     const std::uint64_t at = header.recordsOffset + std::uint64_t{first} * size;
     const Bytes read(block.data(), file.ReadAt(at, std::span(block).first(records * size)));
-    for (std::size_t i = 0; i < records; ++i) {
-      const std::size_t start = std::min(i * size, read.size());
-      visit(first + i, read.subspan(start, std::min(size, read.size() - start)));
+    visit(Block{first, records, size, read});
+  }
+}
+
+// `entries` are those of the block.
+void FillEntries(const Block& block, const ItemOffsets& items, std::span<ScanIndexEntry> entries) {
+  const auto whole = static_cast<std::size_t>(items.Size());
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const Bytes record = block.Record(i);
+    if (record.size() >= whole) {
+      FillEntry([&](std::uint16_t offset) { return WholeItem(record.data() + offset); }, items, entries[i]);
+    } else {
+      FillEntry([&](std::uint16_t offset) { return ByteCursor(record, offset); }, items, entries[i]);
     }
   }
 }
 
 }  // namespace
 
-void LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
+bool MayBe(const ScanIndexEntry& scan, float reference) {
+  return MayBePrecursor(scan) && MayBeCorrection(scan, reference);
+}
+
+bool LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
                         std::vector<ScanIndexEntry>& entries, std::string* refusal) {
   const auto notice = [&](const platform::File& file) {
     NoticeRefusal(file, folder, FileNameOf(function, L"sts"), Spellings::kAsWrittenUpperLower, refusal);
@@ -137,15 +197,20 @@ void LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& func
   const std::vector<std::byte> description = ReadDescription(file);
   notice(file);
   const Header header = ReadHeader(description);
-  if (header.version != format::kKnownVersion) return;
+  if (header.version != format::kKnownVersion) return true;
   const ItemOffsets items = ReadDescriptors(description, header.descriptorCount);
-  bool alike = true;
-  ForEachRecord(file, header, entries.size(), [&](std::size_t i, Bytes record) {
-    FillEntry(record, items, entries[i]);
-    alike = alike && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
+  bool areAlike = true;
+  bool arePossible = true;
+  ForEachBlock(file, header, entries.size(), [&](const Block& block) {
+    FillEntries(block, items, std::span(entries).subspan(block.first, block.count));
+    for (std::size_t i = block.first; i < block.first + block.count; ++i) {
+      areAlike = areAlike && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
+      arePossible = arePossible && MayBe(entries[i], function.calTemperature);
+    }
   });
   notice(file);
-  function.calibrationConstant = alike;
+  function.calibrationConstant = areAlike;
+  return arePossible;
 }
 
 namespace {

@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Iterable, Iterator, Sequence
 from ctypes import byref
 from functools import cached_property
-from itertools import chain, repeat
+from itertools import chain
 from typing import TYPE_CHECKING, Any, SupportsIndex, overload
 
 import numpy as np
@@ -15,7 +15,7 @@ from ._chromatogram import Chromatogram, Trace, traces_of
 from ._library import SUM, MetadataRecord, ScanTable, SumOptions, SumRecord, library
 from ._loop import Loop
 from ._position import bound, items, resolved
-from ._scan import Scan, Sum
+from ._scan import Scan, Sum, scans_of_loop
 from ._show import closed_table, counted, frame, html_table, shortened
 
 if TYPE_CHECKING:
@@ -142,7 +142,7 @@ class Function(Sequence[Scan]):
         for first in range(0, self._length, _SCANS_AT_ONCE):
             count = min(_SCANS_AT_ONCE, self._length - first)
             loop = Loop(self._handle, self._read_points, self._place, first, self._rooms(first, count))
-            yield map(Scan, repeat(self), range(first, first + count), repeat(loop))
+            yield scans_of_loop(self, range(first, first + count), loop)
 
     def _rooms(self, first: int, count: int) -> list[int]:
         """How many points the scans before each may have, and all of them."""

@@ -41,7 +41,7 @@ class Loop:
         first: int,
         rooms: list[int],
     ) -> None:
-        self.ahead: dict[int, Points] = {}  # what was read ahead, by position; each is taken once
+        self.ahead: dict[int, Points] = {}  # what was read ahead, by position; each is taken once. Always the same
         self.handle = handle
         self._read_one = read_one
         self._place = place
@@ -80,9 +80,11 @@ class Loop:
             read = count.value
             ends, lost = per_scan[:read], per_scan[MOST_SCANS : MOST_SCANS + read]
         mz, intensity = floats(all_mz, ends[-1]), floats(all_intensity, ends[-1])
-        self._next = after = position + read
-        self.ahead = ahead = {
-            scan: (mz[begin:end], intensity[begin:end], missing)
-            for scan, begin, end, missing in zip(range(position, after), [0, *ends], ends, lost)
-        }
+        self._next = position + read
+        ahead = self.ahead
+        ahead.clear()
+        begin = 0
+        for scan, end, missing in zip(range(position, position + read), ends, lost):
+            ahead[scan] = mz[begin:end], intensity[begin:end], missing
+            begin = end
         return ahead.pop(position)
