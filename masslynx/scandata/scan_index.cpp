@@ -91,6 +91,8 @@ struct Entries {
   bool inTimeOrder = true;
   bool areBackToBack = true;  // each begins where the one before ends, the first at 0
   std::uint64_t end = 0;      // of the last one
+  float latest = -std::numeric_limits<float>::infinity();
+  std::size_t filled = 0;  // with statistics, from the first on
   // As measured:
   Places zeroRecords;         // but for the first record
   std::size_t dropped = 0;    // of these, at the end of the index
@@ -103,7 +105,8 @@ struct Entries {
   void Place(std::uint64_t scanEnd) {
     const ScanIndexEntry& entry = list.back();
     const std::size_t place = list.size() - 1;
-    inTimeOrder &= entry.retentionTime >= list[place - std::min<std::size_t>(place, 1)].retentionTime;
+    inTimeOrder &= entry.retentionTime >= latest;
+    latest = entry.retentionTime;
     areBackToBack &= entry.DataOffset() == end;
     end = scanEnd;
     if (entry.HasLostOffset()) {
@@ -121,6 +124,13 @@ struct Entries {
     list.back().SetDataOffset(reached);
     Place(reached);
     areBackToBack = false;
+  }
+
+  // While entries are still in the cache. Those behind one that will move are filled when it has moved.
+  void FillFrom(StatisticsReader& statistics) {
+    if (!inFileOrder || !inTimeOrder || !zeroRecords.empty() || filled == list.size()) return;
+    statistics.Fill(list, filled);
+    filled = list.size();
   }
 
   std::size_t Records() const { return list.size() + dropped; }
@@ -168,9 +178,9 @@ ScanNumbers NumbersOf(const Entries& entries) {
   return numbers;
 }
 
-// The entries of all whole records that can be read; no more than `count`.
+// The entries of all whole records that can be read; no more than `count`. Some may have their statistics.
 Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count, int dataFormat,
-                    IndexView view) {
+                    IndexView view, StatisticsReader* statistics = nullptr) {
   constexpr std::size_t kRecordsAtOnce = 4096;
   const bool isMeasured = view == IndexView::kMeasured;
   Entries entries;
@@ -190,6 +200,7 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
       isLost ? entries.PlaceZeros() : entries.Place(reader.EndOf(entry));
       if (isLost) reader.Lose();
     }
+    if (statistics != nullptr) entries.FillFrom(*statistics);
     if (read < wanted) break;
   }
   if (isMeasured) entries.TakeAsMeasured();
@@ -389,8 +400,12 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     const bool isLong = recordSize == format::kLongRecordSize;
     const std::uint64_t count = size / recordSize;
     if (size % recordSize != 0 || count > std::numeric_limits<int>::max()) continue;
-    Entries entries =
-        ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat, view);
+    const auto read = [&](StatisticsReader* statistics) {
+      return ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat, view,
+                         statistics);
+    };
+    std::optional<StatisticsReader> statistics(std::in_place, folder, function);
+    Entries entries = read(&*statistics);
     notice();
     if (!entries.inFileOrder && !isLong) {
       problem = "has offsets that go backwards";
@@ -402,16 +417,22 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     }
     const ScanNumbers numbers = NumbersOf(entries);
     if (notices) notices->EntriesOf(entries, numbers);
-    bool arePossible = true;
     if (entries.inFileOrder) {
       if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
-      arePossible = LoadScanStatistics(folder, function, entries.list, refusal);
+      if (entries.filled < entries.list.size() || !entries.inTimeOrder) {
+        statistics.emplace(folder, function);
+        statistics->Fill(entries.list);
+      }
+      statistics->NoticeRefusal(refusal);
+      if (statistics->IsKnown()) function.calibrationConstant = statistics->AreAlike();
+    } else if (entries.filled > 0) {
+      entries = read(nullptr);
     }
     for (const std::size_t place : entries.untimed)
       entries.list[numbers.Of(place) - 1].retentionTime = std::numeric_limits<float>::quiet_NaN();
     function.scanIndex = std::move(entries.list);
     if (notices) {
-      if (!arePossible) notices->AbsurdStatistics();
+      if (!statistics->ArePossible()) notices->AbsurdStatistics();
       notices->MissingStatistics();
     }
     return;

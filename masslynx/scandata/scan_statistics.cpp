@@ -31,27 +31,7 @@ Header ReadHeader(Bytes bytes) {
           ByteCursor(bytes, format::kRecordSize).U16(), ByteCursor(bytes, format::kDescriptorCount).U16()};
 }
 
-// The offsets of the items in a record; 0 for an absent item.
-struct ItemOffsets {
-  std::uint16_t auxValue = 0;
-  std::uint16_t precursorMass = 0;
-  std::uint16_t precursorFlags = 0;
-  std::uint16_t temperatureValid = 0;
-  std::uint16_t temperature = 0;
-  std::uint16_t temperatureCoefficient = 0;
-
-  bool HasTemperature() const {
-    return temperatureValid != 0 && temperature != 0 && temperatureCoefficient != 0;
-  }
-  /// The bytes of a record that has all items.
-  int Size() const {
-    return std::max({auxValue + 4, precursorMass + 4, precursorFlags + 2, temperatureValid + 1,
-                     temperature + 4, temperatureCoefficient + 4});
-  }
-  bool HasPartOfTemperature() const {
-    return !HasTemperature() && (temperatureValid != 0 || temperature != 0 || temperatureCoefficient != 0);
-  }
-};
+using ItemOffsets = StatisticsReader::ItemOffsets;
 
 std::uint16_t* OffsetOf(std::uint16_t itemCode, ItemOffsets& offsets) {
   switch (itemCode) {
@@ -154,23 +134,24 @@ struct Block {
   }
 };
 
-// Calls `visit(block)` for all of `count` records. Few of them are in memory at a time.
+// Calls `visit(block)` for the records from `first` up to `end`. Few of them are in memory at a time.
 template <class Visit>
-void ForEachBlock(const platform::File& file, const Header& header, std::size_t count, Visit visit) {
+void ForEachBlock(const platform::File& file, const StatisticsReader::Place& place, std::size_t first,
+                  std::size_t end, Visit visit) {
   constexpr std::size_t kBlock = std::size_t{1} << 16;
-  const std::size_t size = header.recordSize;
-  const std::size_t atOnce = size == 0 ? count : std::max<std::size_t>(1, kBlock / size);
-  std::vector<std::byte> block(std::min(atOnce, count) * size);
-  for (std::size_t first = 0; first < count; first += atOnce) {
-    const std::size_t records = std::min(atOnce, count - first);
-    const std::uint64_t at = header.recordsOffset + std::uint64_t{first} * size;
+  const std::size_t size = place.recordSize;
+  const std::size_t atOnce = size == 0 ? end : std::max<std::size_t>(1, kBlock / size);
+  std::vector<std::byte> block(std::min(atOnce, end - first) * size);
+  for (; first < end; first += atOnce) {
+    const std::size_t records = std::min(atOnce, end - first);
+    const std::uint64_t at = place.recordsOffset + std::uint64_t{first} * size;
     const Bytes read(block.data(), file.ReadAt(at, std::span(block).first(records * size)));
     visit(Block{first, records, size, read});
   }
 }
 
 // `entries` are those of the block.
-void FillEntries(const Block& block, const ItemOffsets& items, std::span<ScanIndexEntry> entries) {
+void FillEntries(const Block& block, ItemOffsets items, std::span<ScanIndexEntry> entries) {
   const auto whole = static_cast<std::size_t>(items.Size());
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const Bytes record = block.Record(i);
@@ -188,29 +169,29 @@ bool MayBe(const ScanIndexEntry& scan, float reference) {
   return MayBePrecursor(scan) && MayBeCorrection(scan, reference);
 }
 
-bool LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
-                        std::vector<ScanIndexEntry>& entries, std::string* refusal) {
-  const auto notice = [&](const platform::File& file) {
-    NoticeRefusal(file, folder, FileNameOf(function, L"sts"), Spellings::kAsWrittenUpperLower, refusal);
-  };
-  const platform::File file = OpenFunctionFile(folder, function, L"sts");
-  const std::vector<std::byte> description = ReadDescription(file);
-  notice(file);
+StatisticsReader::StatisticsReader(const platform::SystemPath& folder, const FunctionRecord& function)
+    : folder_(folder), function_(function), file_(OpenFunctionFile(folder, function, L"sts")) {
+  const std::vector<std::byte> description = ReadDescription(file_);
   const Header header = ReadHeader(description);
-  if (header.version != format::kKnownVersion) return true;
-  const ItemOffsets items = ReadDescriptors(description, header.descriptorCount);
-  bool areAlike = true;
-  bool arePossible = true;
-  ForEachBlock(file, header, entries.size(), [&](const Block& block) {
-    FillEntries(block, items, std::span(entries).subspan(block.first, block.count));
+  isKnown_ = header.version == format::kKnownVersion;
+  place_ = {header.recordsOffset, header.recordSize};
+  if (isKnown_) items_ = ReadDescriptors(description, header.descriptorCount);
+}
+
+void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first) {
+  if (!isKnown_) return;
+  ForEachBlock(file_, place_, first, entries.size(), [&](const Block& block) {
+    FillEntries(block, items_, entries.subspan(block.first, block.count));
     for (std::size_t i = block.first; i < block.first + block.count; ++i) {
-      areAlike = areAlike && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
-      arePossible = arePossible && MayBe(entries[i], function.calTemperature);
+      areAlike_ = areAlike_ && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
+      arePossible_ = arePossible_ && MayBe(entries[i], function_.calTemperature);
     }
   });
-  notice(file);
-  function.calibrationConstant = areAlike;
-  return arePossible;
+}
+
+void StatisticsReader::NoticeRefusal(std::string* refusal) const {
+  masslynx::NoticeRefusal(file_, folder_, FileNameOf(function_, L"sts"), Spellings::kAsWrittenUpperLower,
+                          refusal);
 }
 
 namespace {

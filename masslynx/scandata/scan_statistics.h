@@ -1,20 +1,73 @@
 // Reads the statistics of a function's scans into its index. docs/scan-statistics.md
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <span>
 #include <string>
-#include <vector>
 
 #include "common/findings.h"
+#include "common/platform/platform.h"
 #include "masslynx/function_record.h"
 
 namespace zrml::masslynx {
 
-/// Fills the statistics members of `entries`, the time-ordered index of `function`, and sets the function's
-/// `calibrationConstant`. A missing file or one of another version changes nothing; items outside the file or
-/// the file's record size read as 0. `refusal`: see NoticeRefusal(). Gives whether all values of scans may be
-/// values.
-bool LoadScanStatistics(const platform::SystemPath& folder, FunctionRecord& function,
-                        std::vector<ScanIndexEntry>& entries, std::string* refusal = nullptr);
+/// The statistics of one function, part by part. A missing file or one of another version changes nothing;
+/// items outside the file or the file's record size read as 0.
+class StatisticsReader {
+ public:
+  StatisticsReader(const platform::SystemPath& folder, const FunctionRecord& function);
+
+  /// Fills the statistics members of the time-ordered index from `first` on; those before are filled.
+  void Fill(std::span<ScanIndexEntry> entries, std::size_t first = 0);
+
+  /// Whether there are statistics that can be read.
+  bool IsKnown() const { return isKnown_; }
+  /// Whether masses of all scans filled are calibrated in one way.
+  bool AreAlike() const { return areAlike_; }
+  /// Whether all values of the scans filled may be values.
+  bool ArePossible() const { return arePossible_; }
+
+  /// See masslynx::NoticeRefusal().
+  void NoticeRefusal(std::string* refusal) const;
+
+  struct Place {
+    std::uint16_t recordsOffset = 0;
+    std::uint16_t recordSize = 0;
+  };
+
+  /// The offsets of the items in a record; 0 for an absent item.
+  struct ItemOffsets {
+    std::uint16_t auxValue = 0;
+    std::uint16_t precursorMass = 0;
+    std::uint16_t precursorFlags = 0;
+    std::uint16_t temperatureValid = 0;
+    std::uint16_t temperature = 0;
+    std::uint16_t temperatureCoefficient = 0;
+
+    bool HasTemperature() const {
+      return temperatureValid != 0 && temperature != 0 && temperatureCoefficient != 0;
+    }
+    /// The bytes of a record that has all items.
+    int Size() const {
+      return std::max({auxValue + 4, precursorMass + 4, precursorFlags + 2, temperatureValid + 1,
+                       temperature + 4, temperatureCoefficient + 4});
+    }
+    bool HasPartOfTemperature() const {
+      return !HasTemperature() && (temperatureValid != 0 || temperature != 0 || temperatureCoefficient != 0);
+    }
+  };
+
+ private:
+  const platform::SystemPath& folder_;
+  const FunctionRecord& function_;
+  platform::File file_;
+  bool isKnown_ = false;
+  Place place_;
+  ItemOffsets items_;
+  bool areAlike_ = true;
+  bool arePossible_ = true;
+};
 
 /// False for precursors and temperatures that no instrument has. `reference` is the function's temperature.
 bool MayBe(const ScanIndexEntry& scan, float reference);

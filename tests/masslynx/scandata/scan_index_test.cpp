@@ -246,6 +246,39 @@ TEST(ScanIndex, DecreasingOffsetsIn330BytesAreKeptAsReadToo) {
   EXPECT_EQ(entries[10].dataOffset, 1U);
 }
 
+// An index of several blocks is found out of order long after statistics have been read for its start.
+
+TEST(ScanIndex, StatisticsAreInTheOrderOfTimesHoweverLateOneIsEarlier) {
+  constexpr std::size_t kScans = 10'000;
+  auto records = Ascending(kScans);
+  records.back().retentionTime = -1;
+  std::vector<ScanStatisticsRecord> statistics(kScans);
+  for (std::size_t i = 0; i < kScans; ++i) statistics[i].auxValue = static_cast<float>(i);
+  const TempDirectory directory;
+  directory.Write(kIndexName, WriteScanIndex(records));
+  directory.Write(kStatisticsName, WriteScanStatistics(statistics));
+  const auto entries = Load(directory);
+  ASSERT_EQ(entries.size(), kScans);
+  for (std::size_t i = 0; i < kScans; ++i) {
+    ASSERT_EQ(entries[i].retentionTime, static_cast<float>(i) - 1) << i;
+    ASSERT_EQ(entries[i].auxValue, static_cast<float>(i)) << i;
+  }
+}
+
+TEST(ScanIndex, NoEntryKeepsStatisticsHoweverLateAnOffsetDecreases) {
+  constexpr std::size_t kScans = 10'001;  // 300,030 bytes, which 22 does not divide
+  auto records = Ascending(kScans);
+  records.back().dataOffset = 1;
+  const TempDirectory directory;
+  directory.Write(kIndexName, WriteScanIndex(records, 30));
+  directory.Write(kStatisticsName,
+                  WriteScanStatistics(std::vector<ScanStatisticsRecord>(kScans, {.auxValue = 8})));
+  const auto entries = Load(directory);
+  ASSERT_EQ(entries.size(), kScans);
+  EXPECT_EQ(entries.back().dataOffset, 1U);
+  for (std::size_t i = 0; i < kScans; ++i) ASSERT_EQ(entries[i].auxValue, 0.0F) << i;
+}
+
 // Data offsets.
 
 TEST(ScanIndex, OffsetsAreComparedWithoutSign) {
