@@ -157,7 +157,8 @@ RawSource::RawSource(std::string path, const SystemPath& folder, const std::stri
   absorbance_ = masslynx::FindAbsorbance(all);
   const bool isAbsorbance = absorbance_ && StemOf(all[*absorbance_]) == chosen;
   if (!chosen.empty() && functions_.empty() && !isAbsorbance)
-    throw Error(Status::kNotRecognised, Path() + " belongs to no function");
+    throw Error(Status::kNotRecognised, Path() + " belongs to no function: give its folder, " +
+                                            Split(Path()).first + ", or one of its data files");
   if (!chosen.empty())
     chosen_ = masslynx::SubjectOf(all[functions_.empty() ? *absorbance_ : positions_.front()]);
   NameFunctions();
@@ -466,11 +467,12 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   if (!data) ThrowUnread(what);
   chromatogram.minutes.resize(data->Count());
   chromatogram.intensities.resize(data->Count());
-  const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data());
+  masslynx::TraceData::Zeros zeros;
+  const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data(), &zeros);
   ThrowRefusal(what + ' ', data->Refusal());
   if (!kept) ThrowUnread(what);
-  const std::size_t measured = std::min(*kept, data->Count() - data->LookAtEnd().lost);
-  const auto front = static_cast<std::ptrdiff_t>(std::min(measured, data->LostAtFront()));
+  const std::size_t measured = std::min(*kept, data->Count() - zeros.end);
+  const auto front = static_cast<std::ptrdiff_t>(std::min(measured, zeros.front));
   for (std::vector<double>* const column : {&chromatogram.minutes, &chromatogram.intensities}) {
     column->resize(measured);
     column->erase(column->begin(), column->begin() + front);

@@ -71,6 +71,52 @@ Header ReadHeader(const File& file, std::uint16_t recordSize) {
   return header;
 }
 
+// Looks at the zeros of records, one after another.
+class ZeroSearch {
+ public:
+  ZeroSearch(std::size_t recordSize, bool isAnalog) : recordSize_(recordSize), isAnalog_(isAnalog) {}
+
+  void Add(const std::byte* record) {
+    std::size_t end = recordSize_;
+    while (end > 0 && record[end - 1] == std::byte{0}) --end;
+    ++count_;
+    if (end == 0) return void(++zeros_);
+    if (last_ == 0) front_ = zeros_;
+    least_ = zeros_ > 0 ? 0 : last_ > 0 ? std::min(least_, last_) : least_;
+    last_ = end;
+    zeros_ = 0;
+  }
+
+  TraceData::Zeros Found() const {
+    if (last_ == 0) return {.end = count_ == 1 ? 0 : count_};  // one may be at time 0
+    TraceData::Zeros found = {.front = front_ == 1 ? 0 : front_, .end = zeros_};
+    const bool isValueCut = !isAnalog_ && IsPartOf(last_, format::kAnalogTimeSize);
+    const bool isCut = IsPartOf(last_, 0) || isValueCut;
+    const std::size_t others = count_ - zeros_ - 1;
+    const bool isSingular = others >= (zeros_ > 0 ? 1 : kSome) && last_ < recordSize_ && least_ > last_;
+    if (isCut || (isSingular && zeros_ > 0)) {
+      ++found.end;
+    } else {
+      found.isEndDoubtful = isSingular;
+    }
+    return found;
+  }
+
+ private:
+  // Bytes of a number but for its last one are no number that is measured.
+  static bool IsPartOf(std::size_t end, std::size_t number) {
+    return end > number && end < number + sizeof(float);
+  }
+
+  std::size_t recordSize_;
+  bool isAnalog_;
+  std::size_t count_ = 0;
+  std::size_t front_ = 0;
+  std::size_t zeros_ = 0;  // behind the last other record
+  std::size_t last_ = 0;   // where the zeros of that begin; 0: there is none
+  std::size_t least_ = std::numeric_limits<std::size_t>::max();  // where those of a record before it begin
+};
+
 std::wstring NameOf(const std::byte* record, std::size_t position) {
   const char* const text = reinterpret_cast<const char*>(record + format::kName);
   const std::string_view name(text, std::find(text, text + format::kNameSize, '\0'));
@@ -175,26 +221,22 @@ class TraceNotices {
   };
 
   PointsSeen NoticePoints(const TraceData& data, std::wstring_view name) const {
-    const TraceData::End end = data.LookAtEnd();
-    if (end.lost > 0) {
-      Add(FindingCode::kTraceDataZeroed, name,
-          "ends in zeros in place of " + std::to_string(end.lost) + " of " + std::to_string(data.Count()) +
-              " records");
-    }
-    if (end.isDoubtful)
-      Add(FindingCode::kTraceEndDoubtful, name, "ends in zeros inside a record, where no other has them");
-    const std::size_t front = data.LostAtFront();
-    if (front > 0) {
-      Add(FindingCode::kTraceDataZeroed, name,
-          "begins with zeros in place of " + std::to_string(front) + " of " + std::to_string(data.Count()) +
-              " records");
-    }
     std::vector<double> times(data.Count());
     std::vector<double> values(data.Count());
-    const std::optional<std::size_t> kept = data.Read(times.data(), values.data());
+    TraceData::Zeros zeros;
+    const std::optional<std::size_t> kept = data.Read(times.data(), values.data(), &zeros);
+    const auto add = [&](const char* what, std::size_t records) {
+      if (records == 0) return;
+      Add(FindingCode::kTraceDataZeroed, name,
+          what + std::to_string(records) + " of " + std::to_string(data.Count()) + " records");
+    };
+    add("ends in zeros in place of ", zeros.end);
+    if (zeros.isEndDoubtful)
+      Add(FindingCode::kTraceEndDoubtful, name, "ends in zeros inside a record, where no other has them");
+    add("begins with zeros in place of ", zeros.front);
     if (kept && *kept == data.Count())
-      NoticeTimes(std::span(times).first(*kept - end.lost).subspan(front), end.lost == 0, name);
-    return {end.lost, kept};
+      NoticeTimes(std::span(times).first(*kept - zeros.end).subspan(zeros.front), zeros.end == 0, name);
+    return {zeros.end, kept};
   }
 
   // Channels end where times go backwards, chromatograms do not.
@@ -300,61 +342,24 @@ std::optional<TraceData> TraceData::Open(const platform::SystemPath& folder, con
   return data;
 }
 
-std::optional<std::size_t> TraceData::Read(double* times, double* values) const {
+std::optional<std::size_t> TraceData::Read(double* times, double* values, Zeros* zeros) const {
   constexpr std::size_t kValue = 4;
   const bool isAnalog = word_ != 0;
   std::size_t kept = 0;
+  bool isOver = false;
+  ZeroSearch search(recordSize_, isAnalog);
   const bool isWhole = ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
+    if (zeros != nullptr) search.Add(record);
     const double time = LoadF32(record);
-    if (isAnalog && kept > 0 && times[kept - 1] > time) return false;  // the rest belongs to a later run
+    isOver = isOver || (isAnalog && kept > 0 && times[kept - 1] > time);
+    if (isOver) return zeros != nullptr;  // the rest belongs to a later run
     times[kept] = time;
     values[kept++] = isAnalog ? IntensityWord(LoadU16(record + word_)) : LoadF32(record + kValue);
     return true;
   });
-  return isWhole ? std::optional(kept) : std::nullopt;
-}
-
-std::size_t TraceData::LostAtFront() const {
-  std::size_t zeros = 0;
-  ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
-    if (!AreZeros({record, recordSize_})) return false;
-    ++zeros;
-    return true;
-  });
-  return zeros == 1 || zeros == count_ ? 0 : zeros;
-}
-
-TraceData::End TraceData::LookAtEnd() const {
-  const auto isZeroFrom = [&](const std::byte* record, std::size_t place) {
-    return AreZeros({record + place, record + recordSize_});
-  };
-  // Bytes of a number but for its last one are no number that is measured.
-  const auto isPartOf = [](std::size_t place, std::size_t number) {
-    return place > number && place < number + sizeof(float);
-  };
-  End end;
-  std::vector<std::byte> last;  // but for records of zeros
-  ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
-    end.lost = isZeroFrom(record, 0) ? end.lost + 1 : 0;
-    if (end.lost == 0) last.assign(record, record + recordSize_);
-    return true;
-  });
-  if (end.lost == count_) return {.lost = count_ == 1 ? 0 : count_};  // one may be at time 0
-  if (last.empty()) return {};                                        // the system does not read it
-  std::size_t place = recordSize_;                                    // where its zeros begin
-  while (last[place - 1] == std::byte{0}) --place;
-  const bool isValueCut = word_ == 0 && isPartOf(place, format::kAnalogTimeSize);
-  if (isPartOf(place, 0) || isValueCut) return {.lost = end.lost + 1};
-  const std::size_t others = count_ - end.lost - 1;
-  const std::size_t enough = end.lost > 0 ? 1 : kSome;
-  if (others < enough || place == recordSize_) return end;
-  end.isDoubtful = true;
-  ForEachRecord(file_, offset_, others, recordSize_, [&](const std::byte* record) {
-    end.isDoubtful = !isZeroFrom(record, place);
-    return end.isDoubtful;
-  });
-  if (end.lost > 0 && end.isDoubtful) return {.lost = end.lost + 1};
-  return end;
+  if (!isWhole) return std::nullopt;
+  if (zeros != nullptr) *zeros = search.Found();
+  return kept;
 }
 
 }  // namespace zrml::masslynx

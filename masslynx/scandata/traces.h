@@ -41,21 +41,17 @@ class TraceData {
   /// Records in the file: the upper limit of points.
   std::size_t Count() const { return count_; }
 
-  /// Writes the stored times and values into arrays with room for Count() and returns the number of points:
-  /// analog channels end where time runs backwards. No value when the file ends before its records.
-  std::optional<std::size_t> Read(double* times, double* values) const;
-
-  /// What zeros at the end of the file have done to its records: a copy that broke off. Analog channels have
-  /// it in common.
-  struct End {
-    std::size_t lost = 0;     ///< records that are no points: zeros, or cut inside their number by zeros
-    bool isDoubtful = false;  ///< the last point ends in zeros, as no other does
+  /// What zeros have done to the records: a copy that broke off. Analog channels have it in common.
+  struct Zeros {
+    std::size_t front = 0;  ///< records of zeros before any other; a single one may be measured at time 0
+    std::size_t end = 0;    ///< records at the end that are no points: zeros, or cut inside their number
+    bool isEndDoubtful = false;  ///< the last point ends in zeros, as no other does
   };
-  End LookAtEnd() const;
 
-  /// Records of zeros before the first other one. A single one may be measured at time 0; when all are zeros
-  /// they are at the end.
-  std::size_t LostAtFront() const;
+  /// Writes the stored times and values into arrays with room for Count() and returns the number of points:
+  /// analog channels end where time runs backwards. No value when the file ends before its records. `zeros`
+  /// is about all records, also those behind the points; when all are zeros they are at the end.
+  std::optional<std::size_t> Read(double* times, double* values, Zeros* zeros = nullptr) const;
 
   /// See File::Refusal().
   std::string Refusal() const { return file_.Refusal(); }
