@@ -103,12 +103,13 @@ class PointsLook {
     Numbers unread;
     Numbers lacking;
     Numbers empty;
+    const std::vector<bool> known = KnownLosses(part);
     for (int i = 0; i < part.count; ++i) {
       ThrowIfCancelled(cancel_);
       const std::uint64_t number = static_cast<std::uint64_t>(i) + 1;
       try {
         const PointsRead read = Read(part, i);
-        if (read.lost > 0) lacking.Add(number);
+        if (read.lost > 0 && !known[static_cast<std::size_t>(i)]) lacking.Add(number);
         if (read.lost == 0 && read.count == 0) empty.Add(number);
       } catch (const Error&) {
         unread.Add(number);
@@ -119,7 +120,7 @@ class PointsLook {
            "cannot be read");
     // With ion mobility the points are in another file. Those of reports are hidden by their lines, which are
     // known.
-    if (!part.described.hasMobility && !IsReport() && lacking.Count() != KnownLosses(part.subject))
+    if (!part.described.hasMobility && !IsReport())
       Notice(part, FindingCode::kPointsLost, lacking, "have lost points");
     if (IsReport())
       Notice(part, part.AreTraces() ? FindingCode::kTracesEmpty : FindingCode::kScansEmpty, empty,
@@ -160,15 +161,20 @@ class PointsLook {
     });
   }
 
-  // The number of the subject's scans known to have lost points.
-  std::uint64_t KnownLosses(const FindingSubject& subject) const {
-    std::uint64_t count = 0;
+  // Which scans are known to have lost points.
+  std::vector<bool> KnownLosses(const Part& part) const {
+    std::vector<bool> scans(static_cast<std::size_t>(part.count));
     for (const Finding* const finding : known_) {
-      const bool isOfPoints =
-          finding->code == FindingCode::kDataCut || finding->code == FindingCode::kDataZeroed;
-      if (isOfPoints && finding->subject == subject) count += finding->count;
+      const bool isOfPoints = finding->code == FindingCode::kDataCut ||
+                              finding->code == FindingCode::kDataZeroed ||
+                              finding->code == FindingCode::kOffsetsLost;
+      if (!isOfPoints || finding->subject != part.subject) continue;
+      finding->scans.HasAny([&](std::uint64_t number) {
+        if (number <= scans.size()) scans[static_cast<std::size_t>(number) - 1] = true;
+        return false;
+      });
     }
-    return count;
+    return scans;
   }
 
   // The owner of the scans or traces, where no file names it.
@@ -185,7 +191,8 @@ class PointsLook {
                    .file = part.described.file,
                    .problem = OwnerOf(part) + "has " + std::to_string(some.Count()) + " of " +
                               std::to_string(part.count) + (part.AreTraces() ? " traces" : " scans") +
-                              " that " + what + "; the first is " + std::to_string(some.First()),
+                              " that " + what + "; the first is " + (part.AreTraces() ? "trace " : "scan ") +
+                              std::to_string(some.First()),
                    .subject = part.subject,
                    .count = some.Count(),
                    .first = some.First()});

@@ -285,10 +285,13 @@ class FunctionNotices {
         scans.Add(place < entries.list.size() ? numbers.Of(place) : place + 1);
       Finding finding = About(L"IDX");
       finding.code = code;
-      finding.problem = what + ' ' + std::to_string(scans.Count()) + " of " +
-                        std::to_string(entries.Records()) + " scans; the first is scan " +
-                        std::to_string(scans.First());
       finding.SetScans(std::move(scans));
+      // Out of order, a scan is listed at another place than its record.
+      const bool isOfRecord = code == FindingCode::kTimesReturn;
+      if (isOfRecord) finding.first = places.front() + 1;
+      finding.problem = what + ' ' + std::to_string(finding.count) + " of " +
+                        std::to_string(entries.Records()) + " scans; the first is " +
+                        (isOfRecord ? "record " : "scan ") + std::to_string(finding.first);
       findings_.Add(std::move(finding));
     };
     add(FindingCode::kIndexZeroed, "has zeros in place of the records of", entries.zeroRecords);

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "source/points_look.h"
 #include "source/source.h"
 #include "tests/support/raw_directory_builder.h"
 
@@ -124,11 +125,18 @@ TEST(DamagedIndexTest, LostTimes) {
   EXPECT_EQ(first.scans, (Lines{"? 501: 101 201", kAll[1], kAll[2], kAll[3]}));
 }
 
-// The scan at 1.5 minutes is listed as the second one.
+// The scan at 1.5 minutes is listed as the second one, but its record is the fourth.
 TEST(DamagedIndexTest, TimesThatGoBackwards) {
   EXPECT_EQ(
       SeeTime(4, 1.5F).findings,
-      Lines{"times-return: _FUNC001.IDX has times that go backwards at 1 of 4 scans; the first is scan 2"});
+      Lines{"times-return: _FUNC001.IDX has times that go backwards at 1 of 4 scans; the first is record 4"});
+  const TempDirectory directory = Products().Build();
+  directory.Edit("_FUNC001.IDX", [](FileBytes& index) { PatchF32(index, 3 * kRecord + kTime, 1.5F); });
+  const std::u8string path = directory.Path().u8string();
+  const auto source = Source::Open({path.begin(), path.end()});
+  const Finding& finding = source->Findings()[0];
+  EXPECT_EQ(finding.first, 4U);
+  EXPECT_TRUE(finding.scans.HasAny([](std::uint64_t number) { return number == 2; }));
 }
 
 TEST(DamagedIndexTest, RecordsOfZerosAtTheEnd) {
@@ -185,6 +193,7 @@ TEST(DamagedIndexTest, LostRecordAmongOmittedOffsets) {
   std::vector<double> mz;
   std::vector<double> intensities;
   EXPECT_EQ(source->ReadPoints(0, 0, 2, mz, intensities).lost, 2U);
+  EXPECT_TRUE(LookAtPoints(*source).IsEmpty()) << "scans are named once";
 }
 
 // The fourth offset is omitted again, but follows from the third, which is 24.

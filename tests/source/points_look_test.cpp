@@ -202,7 +202,7 @@ TEST(PointsLookTest, ScanOfZerosAmongOthers) {
     const Points before[] = {Read(directory, 0).points, Read(directory, 2).points};
     Zero(directory, scans[0].data.size(), scans[1].data.size());
     EXPECT_EQ(LinesOf(directory),
-              Lines{"points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the first is 2"});
+              Lines{"points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the first is scan 2"});
     EXPECT_EQ(Read(directory, 0).points, before[0]);
     EXPECT_TRUE(Read(directory, 1).points.empty());
     EXPECT_EQ(Read(directory, 1).lost, 7U);
@@ -227,7 +227,7 @@ TEST(PointsLookTest, ZerosInsideAScan) {
       EXPECT_FALSE(left.points.empty());
       EXPECT_TRUE(std::includes(before.begin(), before.end(), left.points.begin(), left.points.end())) << cut;
       EXPECT_EQ(LinesOf(damaged)[0],
-                "points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the first is 2");
+                "points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the first is scan 2");
     }
   }
 }
@@ -259,8 +259,9 @@ TEST(PointsLookTest, ZerosFromInsideTheLastPoint) {
       SCOPED_TRACE(testing::Message() << last.dataFormat << ' ' << left);
       const TempDirectory directory = raw.Build();
       Zero(directory, size - last.unit + left, kToTheEnd);
-      EXPECT_EQ(LinesOf(directory),
-                Lines{"points-lost: _FUNC001.DAT has 1 of 2 scans that have lost points; the first is 2"});
+      EXPECT_EQ(
+          LinesOf(directory),
+          Lines{"points-lost: _FUNC001.DAT has 1 of 2 scans that have lost points; the first is scan 2"});
       const Scanned broken = Read(directory, 1);
       // Of a pair the first point is whole where its mass is.
       const std::size_t lost = last.points == 2 && left < 7 ? 2 : 1;

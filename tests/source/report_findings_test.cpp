@@ -287,10 +287,10 @@ TEST_F(ReportFindingsTest, SpectraAndTracesWithoutPointsAreCounted) {
   ASSERT_EQ(look.List().size(), 2U);
   const Finding& trace = look.List()[0];
   EXPECT_EQ(trace.code, FindingCode::kTracesEmpty);
-  EXPECT_EQ(TextOf(trace), "sample 1 has 1 of 1 traces that have no points; the first is 1");
+  EXPECT_EQ(TextOf(trace), "sample 1 has 1 of 1 traces that have no points; the first is trace 1");
   const Finding& scan = look.List()[1];
   EXPECT_EQ(scan.code, FindingCode::kScansEmpty);
-  EXPECT_EQ(TextOf(scan), "function 1 of sample 2 has 1 of 1 scans that have no points; the first is 1");
+  EXPECT_EQ(TextOf(scan), "function 1 of sample 2 has 1 of 1 scans that have no points; the first is scan 1");
   EXPECT_EQ(scan.subject.sample, 2);
   EXPECT_EQ(scan.subject.function, 1);
 }

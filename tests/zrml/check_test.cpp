@@ -337,7 +337,7 @@ TEST_F(CheckTest, ScansThatTheProviderCannotRead) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].record.dataFormat = 10;
   const TempDirectory directory = raw.Build();
-  ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is 1\n");
+  ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is scan 1\n");
 }
 
 // Function 2 has no statistics to show how many scans there were: two scans of 12 bytes each.
@@ -360,7 +360,7 @@ TEST_F(CheckTest, TracesThatCannotBeRead) {
   const TempDirectory directory = raw.Build();
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 2 functions, 5 scans\n");
   directory.Truncate("_ANALOGS.DAT", 7);
-  ExpectFindings(directory, "the run has 2 of 2 traces that cannot be read; the first is 1\n");
+  ExpectFindings(directory, "the run has 2 of 2 traces that cannot be read; the first is trace 1\n");
 }
 
 class LostTracesTest : public CheckTest {
@@ -471,6 +471,7 @@ TEST_F(CheckTest, JsonHasTheDocumentedKeys) {
                             {"sound", false},
                             {"functions", 2},
                             {"scans", 3},
+                            {"absorbanceScans", nullptr},
                             {"findings",
                              {{{"code", "index-missing"},
                                {"severity", "lost"},
@@ -482,21 +483,27 @@ TEST_F(CheckTest, JsonHasTheDocumentedKeys) {
                                {"message", "_FUNC002.IDX is missing, so the function has no scans"}}}}}));
 }
 
-// Data format 10 has no layout.
-TEST_F(CheckTest, DataFileOfAbsorbanceIsAFunction) {
+TEST_F(CheckTest, AbsorbanceIsCounted) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].record.type = 12;  // absorbance
   const TempDirectory directory = raw.Build();
   const std::string path = Argument(directory.Path() / "_FUNC002.DAT");
   ExpectOutput(Run({"check", path}), path + " is sound: 1 function, 2 scans\n");
+  const std::string other = Argument(directory.Path() / "_FUNC001.DAT");
+  ExpectOutput(Run({"check", other}), other + " is sound: 1 function, 3 scans\n");
+  ExpectOutput(Check(directory), PathOf(directory) + " is sound: 1 function, 3 scans, 2 absorbance scans\n");
+  const auto json = nlohmann::json::parse(Check(directory, {"--json"}).output);
+  EXPECT_EQ(json["scans"], 3);
+  EXPECT_EQ(json["absorbanceScans"], 2);
 }
 
+// Data format 10 has no layout.
 TEST_F(CheckTest, TracesAndAbsorbanceAreReadThrough) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[1].record.type = 12;  // absorbance
   raw.functions[1].record.dataFormat = 10;
   const TempDirectory directory = raw.Build();
-  ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is 1\n");
+  ExpectFindings(directory, "_FUNC002.DAT has 2 of 2 scans that cannot be read; the first is scan 1\n");
 }
 
 }  // namespace

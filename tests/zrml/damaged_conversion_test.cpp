@@ -247,7 +247,7 @@ TEST_F(DamagedConversionTest, ScansHaveTheNumbersOfTheirTimes) {
   const TempDirectory directory = raw.Build();
   directory.Truncate("_FUNC001.DAT", 20);
   EXPECT_EQ(Run({"check", PathOf(directory)}).output,
-            "suspect: _FUNC001.IDX has times that go backwards at 1 of 3 scans; the first is scan 1\n"
+            "suspect: _FUNC001.IDX has times that go backwards at 1 of 3 scans; the first is record 3\n"
             "lost: _FUNC001.DAT ends before 2 of 3 scans do; the first is scan 1\n");
   EXPECT_EQ(Convert(directory, {"--scans", "2", "--function", "1"}).status, 0);
   EXPECT_EQ(Convert(directory, {"--scans", "1", "--function", "1"}).status, 7);

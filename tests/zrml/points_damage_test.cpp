@@ -91,7 +91,7 @@ TEST_F(PointsDamageTest, TotalWithoutPointsIsLost) {
   const TempDirectory directory = raw.Build();
   const std::string path = PathOf(directory);
   EXPECT_EQ(Run({"check", path}).output,
-            "lost: _FUNC002.DAT has 1 of 3 scans that have lost points; the first is 3\n");
+            "lost: _FUNC002.DAT has 1 of 3 scans that have lost points; the first is scan 3\n");
   ExpectFailure(Convert(directory), 7, path + ": cannot read all points of scan 3 of function 2" + kAdvice);
   EXPECT_EQ(Convert(directory, {"--scans", "1-2"}).status, 0);
 }
@@ -128,15 +128,16 @@ TEST_F(PointsDamageTest, JsonSaysWhatProgramsNeed) {
   Zero(directory, 12, 12);
   const json printed = json::parse(Run({"check", PathOf(directory), "--json"}).output);
   EXPECT_EQ(printed["sound"], false);
-  EXPECT_EQ(printed["findings"],
-            (json{{{"code", "points-lost"},
-                   {"severity", "lost"},
-                   {"file", "_FUNC001.DAT"},
-                   {"sample", nullptr},
-                   {"function", 1},
-                   {"count", 1},
-                   {"first", 2},
-                   {"message", "_FUNC001.DAT has 1 of 3 scans that have lost points; the first is 2"}}}));
+  EXPECT_EQ(
+      printed["findings"],
+      (json{{{"code", "points-lost"},
+             {"severity", "lost"},
+             {"file", "_FUNC001.DAT"},
+             {"sample", nullptr},
+             {"function", 1},
+             {"count", 1},
+             {"first", 2},
+             {"message", "_FUNC001.DAT has 1 of 3 scans that have lost points; the first is scan 2"}}}));
 }
 
 // Whatever is not asked for counts for nothing.

@@ -273,8 +273,8 @@ class CutReportTest : public ReportTest {
 // spectrum and the list itself.
 TEST_F(CutReportTest, IsDamagedInItsLastSample) {
   ExpectOutput(Run({"check", path_}),
-               "note: function 1 of sample 1 has 1 of 3 scans that have no points; the first is 3\n"
-               "note: function 1 of sample 1 has 1 of 2 traces that have no points; the first is 2\n" +
+               "note: function 1 of sample 1 has 1 of 3 scans that have no points; the first is scan 3\n"
+               "note: function 1 of sample 1 has 1 of 2 traces that have no points; the first is trace 2\n" +
                    path_ + " is sound: 2 functions, 3 scans\n");
   ExpectCut(whole_.rfind('}'), "vials.rpt ends inside 1 block");
   ExpectCut(whole_.rfind("{"), "vials.rpt ends where its last sample begins");

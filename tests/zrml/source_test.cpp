@@ -55,6 +55,13 @@ TEST_F(SourceTest, DataFileChoosesItsFunction) {
   EXPECT_EQ(result.output.find("Lock Mass"), std::string::npos);
 }
 
+TEST_F(SourceTest, FileOfNoFunctionIsStatus4) {
+  const std::string folder = Make("run.raw");
+  const std::string file = folder + "/_FUNCTNS.INF";
+  ExpectFailure(Run({"check", file}), 4,
+                file + " belongs to no function: give its folder, " + folder + ", or one of its data files");
+}
+
 TEST_F(SourceTest, DataFileInTheCurrentFolder) {
   Make("run.raw");
   setup_.folder = folder_ / "run.raw";

@@ -19,6 +19,7 @@ struct CheckResult {
   std::string path;
   std::int64_t functions = 0;
   std::int64_t scans = 0;
+  std::optional<std::int64_t> absorbanceScans;  // beside the functions
   Findings findings;
 
   bool Has(Severity severity) const {
@@ -28,10 +29,15 @@ struct CheckResult {
   }
 };
 
-// Of its own data file, or where there is nothing else.
-void CountAbsorbance(source::Source& source, int sample, CheckResult& result) {
+// Absorbance is a function of its own data file, and where there is nothing else.
+void CountAbsorbance(source::Source& source, int sample, bool isAlone, CheckResult& result) {
+  const FindingSubject subject = {.kind = FindingSubject::Kind::kAbsorbance,
+                                  .function = source.AbsorbanceFunction(sample).id.number};
+  if (!source.Includes(subject)) return;
+  const int scans = source.AbsorbanceScanCount(sample);
+  if (!isAlone) return void(result.absorbanceScans = result.absorbanceScans.value_or(0) + scans);
   ++result.functions;
-  result.scans += source.AbsorbanceScanCount(sample);
+  result.scans += scans;
 }
 
 void Count(source::Source& source, CheckResult& result) {
@@ -41,7 +47,7 @@ void Count(source::Source& source, CheckResult& result) {
     result.functions += functions;
     for (int function = 0; function < functions; ++function)
       result.scans += source.ScanCount(sample, function);
-    if (functions == 0 && source.HasAbsorbance(sample)) CountAbsorbance(source, sample, result);
+    if (source.HasAbsorbance(sample)) CountAbsorbance(source, sample, functions == 0, result);
   }
 }
 
@@ -85,9 +91,9 @@ void PrintText(const CheckResult& result, const std::string& front, Output& out)
              "\n");
   if (result.Has(Severity::kLost)) return;
   const std::string verdict = result.Has(Severity::kSuspect) ? " has lost nothing: " : " is sound: ";
-  out.Text(VisibleText(result.path + verdict + Counted(result.functions, "function") + ", " +
-                       Counted(result.scans, "scan")) +
-           "\n");
+  std::string content = Counted(result.functions, "function") + ", " + Counted(result.scans, "scan");
+  if (result.absorbanceScans) content += ", " + Counted(*result.absorbanceScans, "absorbance scan");
+  out.Text(VisibleText(result.path + verdict + content) + "\n");
 }
 
 // The function's name for people; null where there is no function.
@@ -120,7 +126,8 @@ void WriteJson(const CheckResult& result, JsonWriter& json) {
     json.Members({{"source", result.path},
                   {"sound", !result.Has(Severity::kLost)},
                   {"functions", result.functions},
-                  {"scans", result.scans}});
+                  {"scans", result.scans},
+                  {"absorbanceScans", result.absorbanceScans ? Value(*result.absorbanceScans) : Value()}});
     json.Key("findings").Array([&] {
       for (const Finding& finding : result.findings.List()) PutFinding(finding, json);
     });
