@@ -13,6 +13,7 @@
 #include "masslynx/directory_files.h"
 #include "masslynx/function_types.h"
 #include "masslynx/scandata/calibration.h"
+#include "masslynx/scandata/omitted_offsets.h"
 #include "masslynx/scandata/point_unit_format.h"
 #include "masslynx/scandata/scan_decoder.h"
 #include "masslynx/scandata/scan_extents.h"
@@ -94,11 +95,15 @@ struct Entries {
   float latest = -std::numeric_limits<float>::infinity();
   std::size_t filled = 0;  // with statistics, from the first on
   // As measured:
-  Places zeroRecords;         // but for the first record
-  std::size_t dropped = 0;    // of these, at the end of the index
-  Places untimed;             // that have a stand-in for their time
-  Places unplaced;            // without an offset, behind records of zeros
-  std::uint64_t reached = 0;  // the last offset that is known
+  Places zeroRecords;            // the first one only where its points are missing
+  std::size_t dropped = 0;       // of these, at the end of the index
+  Places untimed;                // that have a stand-in for their time
+  Places unplaced;               // without an offset, behind records that have lost their points to zeros
+  Places wordless;               // whose packed word is zeros, but not the whole record
+  Places pointless;              // that have a total, but no points
+  std::uint32_t words = 0;       // all packed words together
+  bool beginsWithZeros = false;  // the first record
+  std::uint64_t reached = 0;     // the last offset that is known
 
   // Looks at the last entry while it is still in the cache. Times that are not numbers are out of order for
   // now.
@@ -142,7 +147,35 @@ struct Entries {
              (std::isfinite(list.front().retentionTime) && std::isfinite(list.back().retentionTime)));
   }
 
+  // The quick look may have been wrong.
   void LookAtTimes() { inTimeOrder = inTimeOrder || std::is_sorted(list.begin(), list.end(), EarlierTime); }
+
+  // A look at the record of the last entry.
+  void LookAt(const std::byte* record, bool isOfZeros) {
+    const std::uint32_t word = LoadU32(record + format::kPackedWord);
+    const std::size_t place = list.size() - 1;
+    words |= word;
+    if (word == 0 && !isOfZeros) wordless.push_back(place);
+    if (list.back().pointCount == 0 && list.back().totalIntensity > 0) pointless.push_back(place);
+    if (isOfZeros && place == 0) beginsWithZeros = true;
+  }
+
+  // The first record is an empty scan at 0 minutes, unless its points are missing.
+  void LoseFirst() {
+    list.front().totalIntensity = std::numeric_limits<float>::quiet_NaN();
+    zeroRecords.insert(zeroRecords.begin(), 0);
+  }
+
+  // Records that may have lost their number of points to zeros, which take a time, too, or leave a total or
+  // a time without points.
+  Places Doubtful() const {
+    Places places = untimed;
+    const bool haveFlags = (words & ~format::kPointCountMask) != 0;
+    places.insert(places.end(), pointless.begin(), pointless.end());
+    if (haveFlags) places.insert(places.end(), wordless.begin(), wordless.end());
+    std::sort(places.begin(), places.end());
+    return places;
+  }
 
   void TakeAsMeasured() {
     if (!MayLackTimes()) return;
@@ -152,6 +185,7 @@ struct Entries {
     }
     untimed = StandInForLostTimes(list, zeroRecords);
     inTimeOrder = false;
+    LookAtTimes();
   }
 };
 
@@ -196,16 +230,38 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
       const bool isFirst = entries.list.empty();
       ScanIndexEntry& entry = entries.list.emplace_back();
       reader.Read(block.data() + at, isFirst, entry);
-      const bool isLost = isMeasured && !isFirst && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
+      const bool isZeros = isMeasured && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
+      const bool isLost = isZeros && !isFirst;
       isLost ? entries.PlaceZeros() : entries.Place(reader.EndOf(entry));
       if (isLost) reader.Lose();
+      if (isMeasured) entries.LookAt(block.data() + at, isZeros);
     }
     if (statistics != nullptr) entries.FillFrom(*statistics);
     if (read < wanted) break;
   }
-  if (isMeasured) entries.TakeAsMeasured();
-  entries.LookAtTimes();
+  if (!isMeasured) entries.LookAtTimes();
   return entries;
+}
+
+// Leaves out what zeros have taken.
+void TakeAsMeasured(const platform::SystemPath& folder, const FunctionRecord& function, const File& file,
+                    std::size_t recordSize, Entries& entries) {
+  const auto unit = point_unit_format::UnitOf(function.dataFormat);
+  const bool hasPoints = unit.bytes > 0 && !function.hasMobilityData;
+  OmittedOffsets omitted = {file, recordSize, unit, 0};
+  const auto findData = [&] { omitted.dataSize = OpenFunctionFile(folder, function, L"dat").Size(); };
+  if (entries.beginsWithZeros && hasPoints) {
+    findData();
+    const std::size_t end = omitted.EndOf(entries.list, 0);
+    if (entries.list[end - 1].HasLostOffset() || omitted.IsShort(entries.list, end)) entries.LoseFirst();
+  }
+  entries.TakeAsMeasured();
+  const Places doubtful = hasPoints ? entries.Doubtful() : Places();
+  if (doubtful.empty()) return;
+  findData();
+  const Places lost = omitted.Lose(entries.list, doubtful);
+  entries.unplaced.insert(entries.unplaced.end(), lost.begin(), lost.end());
+  std::sort(entries.unplaced.begin(), entries.unplaced.end());
 }
 
 // Whether long records make no sense where short ones do, but for the last one, which the file cuts.
@@ -214,7 +270,9 @@ bool AreCutShortRecords(const Entries& longOnes, const File& file, int dataForma
   const std::uint64_t size = file.Size();
   if (size % format::kShortRecordSize == 0 || IsSound(longOnes)) return false;
   const auto count = static_cast<std::size_t>(size / format::kShortRecordSize);
-  return IsSound(ReadEntries(file, format::kShortRecordSize, count, dataFormat, kView));
+  Entries shortOnes = ReadEntries(file, format::kShortRecordSize, count, dataFormat, kView);
+  shortOnes.TakeAsMeasured();
+  return IsSound(shortOnes);
 }
 
 // Findings about the files of one function.
@@ -249,7 +307,7 @@ class FunctionNotices {
   void EntriesOf(const Entries& entries, const ScanNumbers& numbers) {
     const File data = OpenFunctionFile(folder_, function_, L"dat");
     const std::uint64_t size = data.Size();
-    if (entries.list.empty() && size > 0) {
+    if (entries.Records() == 0 && size > 0) {
       Finding finding = About(L"DAT");
       finding.code = FindingCode::kIndexEmpty;
       finding.problem = "holds " + std::to_string(size) + " bytes, but the index is empty";
@@ -403,9 +461,12 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
     const bool isLong = recordSize == format::kLongRecordSize;
     const std::uint64_t count = size / recordSize;
     if (size % recordSize != 0 || count > std::numeric_limits<int>::max()) continue;
+    const bool isMeasured = view == IndexView::kMeasured;
     const auto read = [&](StatisticsReader* statistics) {
-      return ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat, view,
-                         statistics);
+      Entries entries = ReadEntries(file, recordSize, static_cast<std::size_t>(count), function.dataFormat,
+                                    view, statistics);
+      if (isMeasured) TakeAsMeasured(folder, function, file, recordSize, entries);
+      return entries;
     };
     std::optional<StatisticsReader> statistics(std::in_place, folder, function);
     Entries entries = read(&*statistics);
@@ -414,7 +475,7 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
       problem = "has offsets that go backwards";
       continue;
     }
-    if (isLong && view == IndexView::kMeasured && AreCutShortRecords(entries, file, function.dataFormat)) {
+    if (isLong && isMeasured && AreCutShortRecords(entries, file, function.dataFormat)) {
       problem = kCut;
       break;
     }

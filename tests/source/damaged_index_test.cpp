@@ -227,12 +227,102 @@ TEST(DamagedIndexTest, CutToAMultipleOfTheOtherSize) {
   EXPECT_EQ(seen.scans, Lines());
 }
 
+// No scan is left of them.
 TEST(DamagedIndexTest, NothingButZeros) {
   const Seen seen = SeeZeros(0, 4 * kRecord);
   EXPECT_EQ(
-      seen.findings[0],
-      "index-zeroed: _FUNC001.IDX has zeros in place of the records of 3 of 4 scans; the first is scan 2");
-  EXPECT_EQ(seen.scans.size(), 1U);
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 4 of 4 scans; the first is scan 1",
+          "data-unreferenced: _FUNC001.DAT holds 48 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, Lines());
+}
+
+void OmitOffsets(FileBytes& index) {
+  for (std::size_t scan = 0; scan < 4; ++scan) PatchU32(index, scan * kRecord, 0);
+}
+
+Seen SeeZerosAmongOmittedOffsets(std::size_t from, std::size_t to, const RawDirectoryBuilder& raw) {
+  return See(raw, [&](FileBytes& index) {
+    OmitOffsets(index);
+    std::fill(index.begin() + static_cast<std::ptrdiff_t>(from),
+              index.begin() + static_cast<std::ptrdiff_t>(to), std::byte{0});
+  });
+}
+
+TEST(DamagedIndexTest, OmittedOffsetsAreSound) {
+  const Seen seen = SeeZerosAmongOmittedOffsets(0, 0, Products());
+  EXPECT_EQ(seen.findings, Lines());
+  EXPECT_EQ(seen.scans, kAll);
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[0].index = {};
+  raw.functions[0].scans[0].data = {};
+  EXPECT_EQ(SeeZerosAmongOmittedOffsets(0, 0, raw).findings, Lines()) << "an empty scan at 0 minutes";
+}
+
+// The data are 48 bytes, and the other three scans have 36: the first one was no empty scan.
+TEST(DamagedIndexTest, FirstRecordOfZerosAmongOmittedOffsets) {
+  const Seen seen = SeeZerosAmongOmittedOffsets(0, kRecord, Products());
+  EXPECT_EQ(
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 4 scans; the first is scan 1",
+          "offsets-lost: _FUNC001.IDX has lost the offsets of 3 of 4 scans; the first is scan 2",
+          "data-unreferenced: _FUNC001.DAT holds 48 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{"? 501:", "2 502:", "3 503:", "4 504:"}));
+  EXPECT_TRUE(std::isnan(seen.totals[0]));
+  const Seen two = SeeZerosAmongOmittedOffsets(0, 2 * kRecord, Products());
+  EXPECT_EQ(two.scans, (Lines{"? 501:", "? 502:", "3 503:", "4 504:"}));
+}
+
+// The second scan begins at 12.
+TEST(DamagedIndexTest, FirstRecordOfZerosBeforeOffsets) {
+  const Seen seen = SeeZeros(0, kRecord);
+  EXPECT_EQ(
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 4 scans; the first is scan 1",
+          "data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{"? 501:", kAll[1], kAll[2], kAll[3]}));
+}
+
+// From the points of the second record to the offset of the third, which is then counted as 12; with its 12
+// bytes that leaves 12 before the fourth, which has its own.
+TEST(DamagedIndexTest, ZerosFromInsideARecordUpToAnOffset) {
+  const Seen seen = SeeZeros(kRecord + 4, kRecord);
+  EXPECT_EQ(seen.findings,
+            (Lines{"offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3",
+                   "times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 2",
+                   "data-unreferenced: _FUNC001.DAT holds 24 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", "3 503:", kAll[3]}));
+}
+
+// The third record keeps its total and its time, but not its number of points.
+TEST(DamagedIndexTest, ZerosInPlaceOfANumberOfPoints) {
+  const Seen seen = SeeZerosAmongOmittedOffsets(kRecord + 16, 2 * kRecord + 8, Products());
+  EXPECT_EQ(seen.findings,
+            (Lines{"offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 4",
+                   "data-unreferenced: _FUNC001.DAT holds 24 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "3 503:", "4 504:"}));
+}
+
+// And its time alone, in an index whose other records say that scans are centroided.
+TEST(DamagedIndexTest, ZerosInPlaceOfANumberOfPointsAndATotal) {
+  RawDirectoryBuilder raw = Products();
+  for (ScanFiles& scan : raw.functions[0].scans) scan.index.centroidState = CentroidState::kCentroid;
+  const Seen seen = SeeZerosAmongOmittedOffsets(2 * kRecord + 4, 2 * kRecord + 12, raw);
+  EXPECT_EQ(seen.findings,
+            (Lines{"offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 4",
+                   "data-unreferenced: _FUNC001.DAT holds 24 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "3 503:", "4 504:"}));
+}
+
+// A time alone takes no points: the scans fill the data.
+TEST(DamagedIndexTest, LostTimeAmongOmittedOffsets) {
+  const Seen seen = SeeZerosAmongOmittedOffsets(kRecord + kTime, kRecord + kTime + 4, Products());
+  EXPECT_EQ(seen.findings,
+            Lines{"times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 2"});
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502: 102 202", kAll[2], kAll[3]}));
 }
 
 }  // namespace

@@ -163,7 +163,10 @@ TEST_F(CheckTest, HoleInTheIndex) {
       "_FUNC001.IDX has zeros in place of the records of 1 of 3 scans; the first is scan 2\n";
   ExpectFindings(directory, zeros + "_FUNC001.DAT holds 12 bytes that no scan refers to\n", 2);
   directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) { std::fill_n(bytes.begin(), 22, std::byte{0}); });
-  ExpectFindings(directory, zeros + "_FUNC001.DAT holds 24 bytes that no scan refers to\n", 2);
+  ExpectFindings(directory,
+                 "_FUNC001.IDX has zeros in place of the records of 2 of 3 scans; the first is scan 1\n"
+                 "_FUNC001.DAT holds 24 bytes that no scan refers to\n",
+                 2);
 }
 
 // Leftover bytes are not reported then: a later scan may use those before it.

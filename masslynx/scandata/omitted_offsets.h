@@ -1,0 +1,33 @@
+// Offsets that an index leaves out. They are counted from the points of all scans before, so zeros that take
+// the number of points of one scan move all of those behind it.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "common/platform/platform.h"
+#include "masslynx/function_record.h"
+#include "masslynx/scandata/point_unit_format.h"
+#include "masslynx/scandata/scan_times.h"
+
+namespace zrml::masslynx {
+
+struct OmittedOffsets {
+  const platform::File& index;
+  std::size_t recordSize = 0;
+  point_unit_format::PointUnit unit = {};
+  std::uint64_t dataSize = 0;
+
+  /// Where the scans end whose offsets are counted from the scan at `place` on: at one that has its own, or
+  /// behind the last one.
+  std::size_t EndOf(std::span<const ScanIndexEntry> entries, std::size_t place) const;
+
+  /// Whether the scans up to `end` stop before the next one begins, or before the data end.
+  bool IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const;
+
+  /// Takes the counted offsets off the scans with points behind each of `doubtful`, of whose records zeros may
+  /// have taken a part, where the scans are short. Returns their places.
+  Places Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) const;
+};
+
+}  // namespace zrml::masslynx
