@@ -1,6 +1,7 @@
 #include "convert/channels.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "convert/spectrum_reader.h"
 
@@ -57,6 +58,7 @@ std::vector<source::Chromatogram> ReadChannels(source::Source& source, const Run
     const auto number = static_cast<std::int32_t>(scan);
     if (!plan.selection.Has(number, minutes[scan])) continue;
     const Spectrum spectrum = reader.ReadMass({minutes[scan], function, number});
+    if (std::isnan(minutes[scan])) continue;  // no point of a chromatogram
     std::size_t channel = 0;
     for (std::size_t i = 0; i < spectrum.positions.size(); ++i) {
       while (channel < channels.size() && own.channels[channel] != spectrum.positions[i]) ++channel;

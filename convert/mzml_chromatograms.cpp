@@ -22,11 +22,11 @@ std::string TraceId(const std::string& owner, const source::Trace& trace) {
   return trace.name.empty() ? id : id + ": " + trace.name;
 }
 
-// The points within the requested minutes.
+// The points within the requested minutes. One without a time is lost, whatever its value.
 void TakePoints(const source::Chromatogram& from, const Selection& selection, RunChromatogram& to) {
   const std::size_t count = std::min(from.minutes.size(), from.intensities.size());
   for (std::size_t i = 0; i < count; ++i) {
-    if (!selection.HasTime(from.minutes[i])) continue;
+    if (std::isnan(from.minutes[i]) || !selection.HasTime(from.minutes[i])) continue;
     to.minutes.push_back(from.minutes[i]);
     to.intensities.push_back(from.intensities[i]);
   }
@@ -44,7 +44,7 @@ auto TryRead(Call call) -> std::optional<decltype(call())> {
 
 std::string OwnerText(const RunFunction& function) { return "function " + TextOf(function.info.id) + " "; }
 
-// The stored values of the requested scans.
+// The stored values of the requested scans that have a time.
 source::Chromatogram ReadTotal(source::Source& source, const RunPlan& plan, const RunFunction& function,
                                Losses& losses) {
   const auto total = TryRead([&] { return source.TotalIons(plan.sample, function.position); });
@@ -55,7 +55,7 @@ source::Chromatogram ReadTotal(source::Source& source, const RunPlan& plan, cons
     if (!plan.selection.Has(scan, minutes[i])) continue;
     if (!total || i >= total->intensities.size()) {
       losses.Add(Loss::Kind::kTotal, function.info.id, scan + 1);
-    } else if (!std::isnan(total->intensities[i])) {
+    } else if (!std::isnan(total->intensities[i]) && !std::isnan(minutes[i])) {
       known.minutes.push_back(minutes[i]);
       known.intensities.push_back(total->intensities[i]);
     }

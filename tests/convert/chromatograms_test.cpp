@@ -58,6 +58,22 @@ TEST_F(ConvertTest, TotalThatIsNotKnownIsLeftOut) {
   ExpectLacks(Converted(Of("1")), "total ion current chromatogram");
 }
 
+// The second scan of a survey and of ions, and a point of a trace, have none. What is left is at 0.5 and 1.5
+// minutes, 0x3F000000 and 0x3FC00000.
+TEST_F(ConvertTest, PointsThatHaveLostTheirTimeAreLeftOut) {
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  Scan(0, 1).minutes = kNan;
+  data_.functions.push_back(Monitored(9, source::Monitoring::kIons));
+  data_.functions.back().scans[1].minutes = kNan;
+  data_.traces[0].points = {"", {0.5, kNan}, {7, 8}};
+  const std::string output = Converted(Of("1,9"));
+  for (const char* id : {"TIC", "function 1 TIC"})
+    ExpectHas(output, "id=\"" + std::string(id) + "\" defaultArrayLength=\"2\"");
+  EXPECT_EQ(Count(output, "<binary>AAAAPwAAwD8=<"), 2U);
+  for (const char* id : {"function 9 TIC", "function 9 channel 1: 100", "trace 1: Pressure"})
+    ExpectHas(output, "id=\"" + std::string(id) + "\" defaultArrayLength=\"1\"");
+}
+
 // Functions of fragments, of the other polarity, of ion monitoring, and processed ones are not in it.
 TEST_F(ConvertTest, TotalIonCurrentIsThatOfSurveysOfOnePolarity) {
   data_.functions.push_back(data_.functions[0]);
