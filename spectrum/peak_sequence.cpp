@@ -6,7 +6,7 @@
 namespace zrml {
 namespace {
 
-constexpr PeakSequence::Index kMostChildren = 8;
+constexpr PeakSequence::Index kMostChildren = 16;
 constexpr double kEndless = std::numeric_limits<double>::infinity();
 
 }  // namespace

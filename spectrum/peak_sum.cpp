@@ -23,6 +23,11 @@
 // already absorbed or either has moved. A peak moves when it absorbs another, or alone: the latter at most
 // twice, since weighing it again gives the same result except for overflow. So there are only a few visits
 // for each point added, however many lists the sum has: absorbed peaks are gone.
+//
+// As long as all lists ascend and have no negative intensities, each mean lies among the peaks that it is of.
+// What is on one side of a gap wider than the reach of the peak above it then never comes near what is on the
+// other, so the peaks between two such gaps, a group, have their visits as soon as the next one begins. Their
+// order is that of one merge of all, and they are made where memory was just used.
 
 namespace zrml {
 namespace {
@@ -40,9 +45,24 @@ constexpr auto kIsBefore = [](const auto& a, const auto& b) {
 };
 constexpr auto kIsAfter = [](const auto& a, const auto& b) { return kIsBefore(b, a); };
 
+// Products and sums of any such values neither overflow nor lose digits.
+bool IsOrdinary(double value) { return value >= 1e-100 && value <= 1e100; }
+
+// Whether means over these peaks lie among them, but for a rounding of much less than kRounding. That holds
+// for sums with them, too.
+bool AreOrdinary(PeakSum::Values masses, PeakSum::Values intensities) {
+  constexpr std::size_t kMostPeaks = 1U << 20;
+  return masses.size() <= kMostPeaks && std::ranges::is_sorted(masses) &&
+         std::ranges::all_of(masses, IsOrdinary) &&
+         std::ranges::all_of(intensities, [](double value) { return value == 0 || IsOrdinary(value); });
+}
+
+constexpr double kRounding = 1e-9;  // of a mass
+
 }  // namespace
 
-PeakSum::PeakSum(double width, Values masses, Values intensities, bool absoluteWidth) {
+PeakSum::PeakSum(double width, Values masses, Values intensities, bool absoluteWidth)
+    : isOrdinary_(AreOrdinary(masses, intensities)) {
   (absoluteWidth ? SetConstantWidth : SetPPMWidth)(width_.widthLaw, width);
   if (absoluteWidth) half_ = PeakWidthAt(width_, 0) * 0.5;
   peaks_.Reserve(masses.size());
@@ -52,18 +72,9 @@ PeakSum::PeakSum(double width, Values masses, Values intensities, bool absoluteW
 
 bool PeakSum::Add(Values masses, Values intensities) {
   hasChanged_ = false;
-  touched_.clear();
-  visits_.clear();
-  visited_.clear();
-  absorbed_.clear();
-  besideAbsorbed_.clear();
+  isOrdinary_ = isOrdinary_ && AreOrdinary(masses, intensities);
   // Deliberate: a single peak stays unchanged.
-  const bool isMerge = Insert(masses, intensities) > 1;
-  if (isMerge) {
-    PlanVisits();
-    MakeVisits();
-  }
-  Settle(isMerge);
+  FinishGroup(PeakSequence::kNone, Insert(masses, intensities) > 1);
   // Neighbours that are far from each other in memory take longer than the visits themselves.
   inserted_ += masses.size();
   if (inserted_ > peaks_.Count()) {
@@ -134,9 +145,48 @@ void PeakSum::Combine(Index i, double mass, double intensity) {
 }
 
 void PeakSum::Touch(Index i) {
+  if (const Index start = StartOfGroupWith(i); start != PeakSequence::kNone) FinishGroup(start, true);
   peaks_.SetUnsettled(i, false);
   peaks_.MarksOf(i).isTouched = true;
   touched_.push_back(i);
+}
+
+// The first peak of a group that holds `i` and none of the touched peaks. When there is no gap right below
+// `i` or its neighbour, it belongs to their group.
+PeakSum::Index PeakSum::StartOfGroupWith(Index i) const {
+  if (!isOrdinary_ || touched_.empty()) return PeakSequence::kNone;
+  const auto isAfterGap = [&](Index above) {
+    const double mass = peaks_.Mass(above);
+    return mass - peaks_.Mass(peaks_.Below(above)) > HalfWidth(above) + kRounding * mass;
+  };
+  if (isAfterGap(i)) return i;
+  const Index below = peaks_.Below(i);
+  return below != touched_.back() && isAfterGap(below) ? below : PeakSequence::kNone;
+}
+
+// Makes the visits to the peaks before `next`, where another group starts.
+void PeakSum::FinishGroup(Index next, bool isMerge) {
+  groupEnd_ = next;
+  if (isMerge) {
+    PlanVisits();
+    MakeVisits();
+  }
+  Settle(isMerge);
+  touched_.clear();
+  visits_.clear();
+  visited_.clear();
+  absorbed_.clear();
+  besideAbsorbed_.clear();
+  groupStart_ = next;
+}
+
+PeakSum::Index PeakSum::Below(Index i) const {
+  return i != groupStart_ ? peaks_.Below(i) : PeakSequence::kNone;
+}
+
+PeakSum::Index PeakSum::Above(Index i) const {
+  const Index above = peaks_.Above(i);
+  return above != groupEnd_ ? above : PeakSequence::kNone;
 }
 
 // Visits to the touched peaks and their neighbours, in order.
@@ -148,9 +198,9 @@ void PeakSum::PlanVisits() {
     last = i;
   };
   for (const Index i : touched_) {
-    planUntouched(peaks_.Below(i));
+    planUntouched(Below(i));
     Plan(i);
-    planUntouched(peaks_.Above(i));
+    planUntouched(Above(i));
   }
   std::sort(visits_.begin(), visits_.end(), kIsBefore);
 }
@@ -199,8 +249,8 @@ void PeakSum::Make(const Visit& visit) {
   if (!HaveSameBits(peaks_.Intensity(i), intensity)) hasChanged_ = true;
   if (HaveSameBits(peaks_.Mass(i), mass)) return;
   hasChanged_ = true;
-  if (lowest == i) PlanNeighbour(visit, peaks_.Below(i), -1);
-  if (highest == i) PlanNeighbour(visit, peaks_.Above(i), 1);
+  if (lowest == i) PlanNeighbour(visit, Below(i), -1);
+  if (highest == i) PlanNeighbour(visit, Above(i), 1);
 }
 
 // Plans a visit to the peak beside the one that `visit` has moved. If that comes earlier in the order of
@@ -224,7 +274,7 @@ void PeakSum::Settle(bool hasMerged) {
   }
   for (const Index i : absorbed_) {
     if (!peaks_.MarksOf(i).isNew) hasChanged_ = true;
-    for (const Index beside : {peaks_.Below(i), peaks_.Above(i)}) {
+    for (const Index beside : {Below(i), Above(i)}) {
       if (IsThere(peaks_, beside)) besideAbsorbed_.push_back(beside);
     }
     peaks_.Remove(i);
@@ -235,8 +285,8 @@ void PeakSum::Settle(bool hasMerged) {
     peaks_.MarksOf(i).isPlanned = false;
     if (IsAbsorbed(peaks_, i)) continue;
     Recheck(i);
-    Recheck(peaks_.Below(i));
-    Recheck(peaks_.Above(i));
+    Recheck(Below(i));
+    Recheck(Above(i));
   }
 }
 

@@ -48,6 +48,11 @@ class PeakSum {
   Index Advance(Index at, double mass);
   void Combine(Index i, double mass, double intensity);
   void Touch(Index i);
+  Index StartOfGroupWith(Index i) const;
+  void FinishGroup(Index next, bool isMerge);
+  /// Neighbours in the group, or kNone.
+  Index Below(Index i) const;
+  Index Above(Index i) const;
   void PlanVisits();
   void Plan(Index i);
   void MakeVisits();
@@ -60,14 +65,18 @@ class PeakSum {
   std::optional<double> half_;  // half the width, where it is the same everywhere
   PeakSequence peaks_;
   std::size_t inserted_ = 0;  // since the peaks were put in order in memory
+  bool isOrdinary_;           // all lists so far
   // State of one addition.
-  std::vector<Index> touched_;  // in the order of the peaks
+  bool hasChanged_ = false;
+  // Of a group in it.
+  Index groupStart_ = PeakSequence::kNone;
+  Index groupEnd_ = PeakSequence::kNone;  // the first peak above it
+  std::vector<Index> touched_;            // in the order of the peaks
   std::vector<Visit> visits_;
   std::vector<Visit> laterVisits_;  // a heap
   std::vector<Index> visited_;
   std::vector<Index> absorbed_;
   std::vector<Index> besideAbsorbed_;
-  bool hasChanged_ = false;
 };
 
 }  // namespace zrml

@@ -148,7 +148,8 @@ bool AreSame(const Doubles& a, const Doubles& b) {
 // the class under test.
 class PlainSum {
  public:
-  PlainSum(double width, List first) : half_(std::min(width, 1.0) * 0.5), sum_(std::move(first)) {}
+  PlainSum(double width, List first, bool isPpm = false)
+      : width_(width), isPpm_(isPpm), sum_(std::move(first)) {}
 
   void Add(const List& list) {
     sum_ = InOrder(list);
@@ -204,8 +205,9 @@ class PlainSum {
 
   void Visit(std::size_t i) {
     Doubles& masses = sum_.masses;
-    const double low = masses[i] - half_;
-    const double high = masses[i] + half_;
+    const double half = std::min(isPpm_ ? masses[i] * width_ / 1000000 : width_, 1.0) * 0.5;
+    const double low = masses[i] - half;
+    const double high = masses[i] + half;
     double moment = sum_.intensities[i] * masses[i];
     double intensity = sum_.intensities[i];
     const auto take = [&](std::size_t j) {
@@ -220,7 +222,8 @@ class PlainSum {
     sum_.intensities[i] = intensity;
   }
 
-  double half_;
+  double width_;
+  bool isPpm_;
   List sum_;
 };
 
@@ -238,6 +241,7 @@ struct Style {
   int negative = 0;              // percentage of negative intensities
   std::vector<double> odd = {};  // values that occasionally replace a mass or an intensity
   double width = 0.01;
+  int falls = 0;  // percentage of masses below the one before
 };
 
 class RandomLists {
@@ -250,8 +254,11 @@ class RandomLists {
     const int count = Below(5) == 0 ? Below(4) : Below(60);
     for (int i = 0; i < count; ++i) {
       mass += Below(2) == 0 ? UnitNumber(random_) * 2 * style_.apart : style_.step * Below(40);
-      if (!list.masses.empty() && Below(20) != 0)
+      if (style_.falls > 0 && Below(100) < style_.falls) {
+        mass = std::max(style_.from, mass - UnitNumber(random_) * 8 * style_.apart);
+      } else if (!list.masses.empty() && Below(20) != 0) {
         mass = std::max(mass, std::nextafter(list.masses.back(), kEndless));
+      }
       list.masses.push_back(mass);
       list.intensities.push_back(NextIntensity());
     }
@@ -321,6 +328,8 @@ const Style kStyles[] = {
     {.name = "nearly all negative", .apart = 0.004, .levels = 4, .negative = 90},
     {.name = "negative, low masses", .from = 0.001, .apart = 0.004, .levels = 10, .negative = 40},
     {.name = "negative, wide", .apart = 0.3, .levels = 10, .negative = 40, .width = 5},
+    {.name = "unsorted", .apart = 0.004, .falls = 20},
+    {.name = "unsorted, loose", .falls = 5},
     {.name = "odd", .apart = 0.0005, .odd = kOdd},
     {.name = "odd, just apart", .apart = 0.006, .levels = 4, .odd = kOdd},
     {.name = "odd and negative", .apart = 0.004, .negative = 40, .odd = kOdd},
@@ -379,27 +388,40 @@ TEST(PeakSum, WidthsInPartsPerMillionGrowWithTheMass) {
   ExpectSum(sum, {{100, 100.00075, (400 + 400.00175) / 2}, {1, 1, 2}});
 }
 
-// Long enough for blocks of blocks; every other list has few peaks.
-TEST(PeakSum, EqualsPlainAdditionForLongLists) {
+// Long enough for blocks of blocks, and for peaks that are far from each other and such that touch. Every
+// other list has few peaks. Only without negative intensities peaks far from each other are independent.
+void ExpectLongSumsAsPlain(int lowest, bool isPpm) {
+  const double width = isPpm ? 60 : 0.01;
   RandomNumbers random(1);
   List first;
   for (int i = 0; i < 12000; ++i) {
     first.masses.push_back(100 + i / 64.0);
-    first.intensities.push_back(random.Below(9) - 1);
+    first.intensities.push_back(random.Below(9) + std::max(lowest, -1));
   }
-  PeakSum sum(0.01, first.masses, first.intensities);
-  PlainSum plain(0.01, first);
-  for (int added = 0; added < 100; ++added) {
+  PeakSum sum(width, first.masses, first.intensities, !isPpm);
+  PlainSum plain(width, first, isPpm);
+  for (int added = 0; added < 40; ++added) {
     List list;
     for (double mass = 100; mass < 280; mass += UnitNumber(random) * (added % 2 == 0 ? 0.5 : 50)) {
-      list.masses.push_back(mass);
-      list.intensities.push_back(random.Below(9) - 4);
+      const int kind = random.Below(8);
+      if (kind == 0) mass = std::ceil(mass * 64) / 64;  // that of a peak
+      list.masses.insert(list.masses.end(), kind == 1 ? 2 : 1, mass);
     }
+    for (std::size_t i = 0; i < list.masses.size(); ++i) list.intensities.push_back(random.Below(9) + lowest);
     plain.Add(list);
     sum.Add(list.masses, list.intensities);
     const List peaks = PeaksOf(sum);
     ASSERT_TRUE(AreSame(peaks.masses, plain.Peaks().masses)) << added;
     ASSERT_TRUE(AreSame(peaks.intensities, plain.Peaks().intensities)) << added;
+  }
+}
+
+TEST(PeakSum, EqualsPlainAdditionForLongLists) {
+  for (const int lowest : {-4, 0}) {
+    for (const bool isPpm : {false, true}) {
+      SCOPED_TRACE(testing::Message() << "intensities from " << lowest << (isPpm ? ", ppm" : ""));
+      ExpectLongSumsAsPlain(lowest, isPpm);
+    }
   }
 }
 
