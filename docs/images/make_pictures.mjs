@@ -28,10 +28,10 @@ async function dragOver(page, row, from, to) {
   await page.waitForLoadState('networkidle');
 }
 
-const light = await open(1100, 1000, 'light');
+const light = await open(1800, 1120, 'light');
 await light.locator('.chip').nth(3).click();
 await light.waitForLoadState('networkidle');
-await light.screenshot({ path: join(folder, 'viewer-light.png'), clip: { x: 0, y: 0, width: 1100, height: 1000 } });
+await light.screenshot({ path: join(folder, 'viewer-light.png'), clip: { x: 0, y: 0, width: 1800, height: 1120 } });
 
 const dark = await open(2600, 1300, 'dark');
 await dark.getByLabel('Ion to extract').fill('455.2-455.4');

@@ -473,6 +473,9 @@ export class Plot {
     ctx.save();
     ctx.font = scaled(font);
     ctx.fillStyle = colour('text');
+    ctx.strokeStyle = colour('panel');  // so that a mark does not run through a label
+    ctx.lineWidth = 4 * devicePixelRatio;
+    ctx.lineJoin = 'round';
     ctx.textAlign = 'center';
     ctx.textBaseline = 'bottom';
     const lineHeight = 13 * devicePixelRatio;
@@ -486,6 +489,7 @@ export class Plot {
       if (taken.some(([low, high, y]) => at - half < high && at + half > low && Math.abs(bottom - y) < lineHeight)) continue;
       if (isCrossed(u, line, i, at - half, at + half)) continue;
       taken.push([at - half, at + half, bottom]);
+      ctx.strokeText(text, at, bottom);
       ctx.fillText(text, at, bottom);
     }
     ctx.restore();
