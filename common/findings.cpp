@@ -63,6 +63,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kDecimalComma, "decimal-comma", Severity::kLost},
     {FindingCode::kNumberUnread, "number-unread", Severity::kLost},
     {FindingCode::kPointsUnread, "points-unread", Severity::kLost},
+    {FindingCode::kLinesJoined, "lines-joined", Severity::kLost},
     {FindingCode::kLinesSkipped, "lines-skipped", Severity::kSuspect},
     {FindingCode::kScansEmpty, "scans-empty", Severity::kNote},
     {FindingCode::kTracesEmpty, "traces-empty", Severity::kNote},

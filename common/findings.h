@@ -77,6 +77,7 @@ enum class FindingCode {
   kDecimalComma,
   kNumberUnread,  // a value of a key that is no number
   kPointsUnread,  // lines of a data list with one number
+  kLinesJoined,   // in which two have become one
   kLinesSkipped,  // of data lists
   kScansEmpty,    // spectra of a report without points
   kTracesEmpty,

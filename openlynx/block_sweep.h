@@ -124,7 +124,7 @@ class KeySweep {
     for (found_ = 0; found_ < N && !BeginsWith(line, keys_[found_]);) ++found_;
     if (found_ == N) return;
     value_ = ValueOf(line, keys_[found_]);
-    if (value_.empty()) {
+    if (value_.text.empty()) {
       found_ = N;
     } else {
       Give(open);
@@ -163,7 +163,7 @@ class KeySweep {
   const std::array<std::string_view, N>& keys_;
   Use& use_;
   std::size_t found_ = N;  // the key of the last line
-  std::string_view value_;
+  LineValue value_;
   // For each key, how many of the open blocks, from the outermost, have a value. The inner ones have none.
   std::array<std::size_t, N> given_ = {};
 };

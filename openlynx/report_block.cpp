@@ -17,7 +17,10 @@ void TryKeys(std::string_view line, std::span<KeyValue> keys) {
   const auto key = std::find_if(keys.begin(), keys.end(), [&](const KeyValue& entry) {
     return entry.value.empty() && line.starts_with(entry.key);
   });
-  if (key != keys.end()) key->value = ValueOf(line, key->key);
+  if (key == keys.end()) return;
+  const LineValue value = ValueOf(line, key->key);
+  key->value = value.text;
+  key->isZeroed = value.isCut;
 }
 
 }  // namespace
@@ -43,8 +46,10 @@ bool BlockWalk::NextMarked(std::string_view& line) {
   return true;
 }
 
-std::string_view ValueOf(std::string_view line, std::string_view key) {
-  return Trim(TextOf(line).substr(key.size()));
+LineValue ValueOf(std::string_view line, std::string_view key) {
+  const std::string_view text = TextOf(line);
+  const std::string_view value = Trim(text.substr(key.size()));
+  return {value, text.size() < line.size() && !value.empty() && text.ends_with(value)};
 }
 
 bool Contains(std::string_view value, std::string_view part) {
@@ -58,6 +63,7 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
   std::optional<std::uint64_t> found;
   bool areFilled = false;
   bool isListSought = !list.empty();
+  bool hasZeros = false;  // ahead of the list
   std::string_view line;
   while ((!areFilled || isListSought) && (areFilled ? walk.NextMarked(line) : walk.Next(line))) {
     if (isListSought && walk.IsInside() && line.starts_with(list)) {
@@ -65,10 +71,29 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
       isListSought = false;
     }
     if (areFilled || line.front() == kClose) continue;
+    hasZeros = hasZeros || (isListSought && Contains(line, std::string_view("\0", 1)));
     TryKeys(line, keys);
     areFilled = std::all_of(keys.begin(), keys.end(), isFilled);
   }
+  if (hasZeros) {
+    for (KeyValue& each : keys) each.isZeroed = each.isZeroed || each.value.empty();
+  }
   return found;
+}
+
+bool HasNumber(std::string_view rest) {
+  constexpr std::string_view kBlanks = " \t\v\f";
+  constexpr std::string_view kSigns = "+-.";
+  const auto isDigit = [&](std::size_t at) { return at < rest.size() && rest[at] >= '0' && rest[at] <= '9'; };
+  const bool hasOther = rest.size() > 1 && !Contains(kBlanks, rest.substr(0, 1)) &&
+                        !Contains("+-.,;\r\n", rest.substr(0, 1)) && !isDigit(0);
+  const std::size_t begin = hasOther ? 1 : rest.find_first_not_of(kBlanks);
+  return begin < rest.size() && isDigit(rest.find_first_not_of(kSigns, begin));
+}
+
+bool HasPoint(std::string_view braced) {
+  return HasNumber(braced) && TakeDouble(braced).has_value() &&
+         (HasNumber(braced) || HasDecimalComma(braced));
 }
 
 bool HasDecimalComma(std::string_view text) {

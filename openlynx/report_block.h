@@ -49,10 +49,15 @@ class BlockWalk {
 struct KeyValue {
   std::string_view key;
   std::string value = {};
+  bool isZeroed = false;  ///< zeros (NUL) cut it or, where there is none, may be in its place
 };
 
 /// The rest of a line that begins with the key: trimmed, up to a NUL.
-std::string_view ValueOf(std::string_view line, std::string_view key);
+struct LineValue {
+  std::string_view text;
+  bool isCut = false;  ///< by a NUL right behind it
+};
+LineValue ValueOf(std::string_view line, std::string_view key);
 
 bool Contains(std::string_view value, std::string_view part);
 
@@ -79,19 +84,36 @@ std::optional<double> NumberIn(std::string_view value, DecimalCommas commas);
 /// The intensity that is 100 percent; 100 when it is missing or zero.
 double FullScaleOf(std::optional<double> number);
 
-/// Calls `use(line)` for each line of the data list at `position` that may hold numbers. The list ends with
-/// the first line that begins with a closing brace; opening braces do not count.
-template <class Use>
-void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use) {
+/// Calls `use(line)` for each line of the data list at `position` that may hold numbers, and
+/// `useBraced(text)` with what stands behind a brace. The list ends with the first line that begins with a
+/// closing brace; opening braces do not count.
+template <class Use, class UseBraced>
+void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use, UseBraced useBraced) {
   stream.Seek(position);
-  std::string_view line;
-  while (stream.Next(line) && line.front() != report_format::kClose) {
-    if (line.front() != report_format::kComment && line.front() != report_format::kOpen) use(line);
+  bool isOver = false;
+  for (std::string_view line; !isOver && stream.Next(line);) {
+    isOver = line.front() == report_format::kClose;
+    if (isOver || line.front() == report_format::kOpen) {
+      useBraced(line.substr(1));
+    } else if (line.front() != report_format::kComment) {
+      use(line);
+    }
   }
 }
 
-/// Calls `use(x, y)` for each line of the data list at `position` that holds two numbers, and gives how many
-/// have a hidden one. Lines are not copied: that would take a quarter of the reading time.
+/// Whether a number follows on the line, behind blanks or a single byte in their place. Words such as
+/// "information", which begin with one, do not count.
+bool HasNumber(std::string_view rest);
+
+/// Whether lines of a list with more than two numbers are each two lines that have become one: others, as
+/// many at least, have two. Otherwise all of the list has more columns.
+constexpr bool AreJoined(std::size_t longer, std::size_t lines) { return longer > 0 && 2 * longer <= lines; }
+
+/// Whether a point stands behind a brace, where it is not read.
+bool HasPoint(std::string_view braced);
+
+/// Calls `use(x, y, rest)` for each line of the data list at `position` that holds two numbers, and gives how
+/// many have a hidden one. Lines are not copied: that would take a quarter of the reading time.
 template <class Use>
 std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, DecimalCommas commas, Use use) {
   std::size_t hidden = 0;
@@ -100,14 +122,17 @@ std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, DecimalCo
     if (commas != DecimalCommas::kHideNumbers || rest.empty()) return false;
     return rest[0] == '\0' || (rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9');
   };
-  ForEachDataLine(stream, position, [&](std::string_view& line) {
+  const bool hides = commas == DecimalCommas::kHideNumbers;
+  const auto useLine = [&](std::string_view& line) {
     const std::optional<double> x = TakeDouble(line);
     if (x && isHidden(line)) return void(++hidden);
     const std::optional<double> y = x ? TakeDouble(line) : std::nullopt;
-    const bool isAlone = x && !y && commas == DecimalCommas::kHideNumbers;
+    const bool isAlone = x && !y && hides;
     if (isAlone || (y && isHidden(line))) return void(++hidden);
-    if (y) use(*x, *y);
-  });
+    if (y) use(*x, *y, line);
+  };
+  ForEachDataLine(stream, position, useLine,
+                  [&](std::string_view braced) { hidden += hides && HasPoint(braced) ? 1 : 0; });
   return hidden;
 }
 

@@ -53,6 +53,12 @@ constexpr std::array<NumberKey, 4> kNumberKeys = {{
     {kMaxIntensityKey, Block::kChromatogram},
 }};
 
+// All keys.
+constexpr std::string_view kKeys[] = {
+    kBpiKey,     kContinuumKey,    kDateKey,     kDescriptionKey, kFileNameKey, kInstrumentKey, kIonModeKey,
+    kProcessKey, kMaxIntensityKey, kSampleIdKey, kTicKey,         kTimeKey,     kTypeKey,       kUserNameKey,
+};
+
 struct FaultText {
   FindingCode code;
   std::string_view one;
@@ -64,8 +70,9 @@ constexpr FaultText kTexts[] = {
     {FindingCode::kLineEnds, "a line with CR alone in place of a line end",
      "lines with CR alone in place of line ends"},
     {FindingCode::kMarkerMisplaced, "a marker outside of its block", "markers outside of their blocks"},
-    {FindingCode::kMarkerUnread, "a marker that is indented or in small letters, which is not read",
-     "markers that are indented or in small letters, which are not read"},
+    {FindingCode::kMarkerUnread,
+     "a marker that is indented, in small letters or behind other text, which is not read",
+     "markers that are indented, in small letters or behind other text, which are not read"},
     {FindingCode::kBlockUnopened, "a marker without a line that begins with { behind it",
      "markers without a line that begins with { behind them"},
     {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
@@ -74,6 +81,7 @@ constexpr FaultText kTexts[] = {
     {FindingCode::kNumberUnread, "a value that is no number", "values that are no numbers"},
     {FindingCode::kPointsUnread, "a point of which only one number is read",
      "points of which only one number is read"},
+    {FindingCode::kLinesJoined, "a line that has become of two", "lines that have become of two each"},
     {FindingCode::kLinesSkipped, "a line of a data list that is no point",
      "lines of data lists that are no points"},
 };
@@ -108,6 +116,25 @@ const Marker* MarkerOf(std::string_view line) {
   return marker == kMarkers.end() ? nullptr : &*marker;
 }
 
+bool EndsWithMarker(std::string_view text) {
+  return std::any_of(kMarkers.begin(), kMarkers.end(),
+                     [&](const Marker& each) { return text.ends_with(each.text); });
+}
+
+bool IsKeyLine(std::string_view text) {
+  return std::any_of(std::begin(kKeys), std::end(kKeys), [&](std::string_view key) {
+    return text.starts_with(key) && text.size() > key.size() &&
+           (text[key.size()] == ' ' || text[key.size()] == '\t');
+  });
+}
+
+// Whether what stands behind something else on a line is a line of its own.
+bool IsLine(std::string_view text) {
+  const std::string_view line = Trim(text);
+  return !line.empty() &&
+         (line.front() == kOpen || line.front() == kClose || MarkerOf(line) != nullptr || IsKeyLine(line));
+}
+
 class FaultSearch {
  public:
   FaultSearch(ReportStream& stream, const std::string& name, Findings& findings)
@@ -125,6 +152,8 @@ class FaultSearch {
       isFront = piece.back() == '\n';
     }
     End(0);
+    EndList();
+    AddLongerLines();
     AddFindings();
   }
 
@@ -151,13 +180,23 @@ class FaultSearch {
     std::string why;  // of the first
   };
 
+  // Of an open list, or of all lists of a kind.
+  struct ListLines {
+    std::uint64_t all = 0;  // with two numbers or more
+    std::uint64_t longer = 0;
+    std::uint64_t firstLonger = 0;
+  };
+
   void Add(FindingCode code, std::uint64_t line, std::string why = {}, std::uint64_t count = 1) {
     AddOf(sample_, code, line, std::move(why), count);
   }
 
   void AddOf(int sample, FindingCode code, std::uint64_t line, std::string why, std::uint64_t count) {
     Fault& fault = faults_[{sample, code}];
-    if (fault.count == 0) fault = {0, line, std::move(why)};
+    if (fault.count == 0 || line < fault.first) {
+      fault.first = line;
+      fault.why = std::move(why);
+    }
     fault.count += count;
   }
 
@@ -176,20 +215,24 @@ class FaultSearch {
   std::size_t& CountOf(Block block) { return counts_[static_cast<std::size_t>(block)]; }
 
   void LookAt(std::string_view line) {
-    if (isInList_ && IsPlainPoint(line)) return;
+    if (isInList_ && IsPlainPoint(line)) return void(++lines_.all);
     const Marker* const pending = std::exchange(pending_, nullptr);
+    if (line.front() == kOpen && trailing_ != 0 && trailing_ + 1 == number_)
+      Add(FindingCode::kMarkerUnread, trailing_);
     if (pending != nullptr) Begin(*pending, line);
     if (HasLoneCr(line)) Add(FindingCode::kLineEnds, number_);
     switch (line.front()) {
       case kOpen:
+        LookBehind(line, 1, isInList_);
         ++depth_;
         break;
       case kClose:
+        LookBehind(line, 1, isInList_);
         Close();
         break;
       case kBracket:
         if (const Marker* const marker = MarkerOf(line)) {
-          LookAtMarker(*marker);
+          LookAtMarker(*marker, line);
         } else {
           LookAtText(line);
         }
@@ -203,6 +246,7 @@ class FaultSearch {
   void Begin(const Marker& marker, std::string_view line) {
     if (marker.block == Block::kList) {
       isInList_ = true;
+      list_ = &marker;
     } else if (line.front() == kOpen) {
       open_.push_back({marker.block, depth_});
       ++CountOf(marker.block);
@@ -212,8 +256,17 @@ class FaultSearch {
     }
   }
 
-  void LookAtMarker(const Marker& marker) {
-    isInList_ = false;
+  // A brace or a marker leaves no room for what else a line is meant to be.
+  void LookBehind(std::string_view line, std::size_t size, bool isList) {
+    const std::string_view text = line.substr(size);
+    if (IsLine(text) || (isList && HasPoint(text))) Add(FindingCode::kLinesJoined, number_);
+  }
+
+  void LookAtMarker(const Marker& marker, std::string_view line) {
+    EndList();
+    const bool isList = marker.block == Block::kList;
+    const bool isUnopened = !isList && Trim(line.substr(marker.text.size())).starts_with(kOpen);
+    if (!isUnopened) LookBehind(line, marker.text.size(), isList);
     pending_ = &marker;
     if (marker.block == Block::kSample) {
       End(0);
@@ -229,7 +282,7 @@ class FaultSearch {
   }
 
   void Close() {
-    isInList_ = false;
+    EndList();
     if (open_.empty() && depth_ == 0) return Add(FindingCode::kBraceStray, number_);
     --depth_;
     std::size_t left = open_.size();
@@ -255,6 +308,7 @@ class FaultSearch {
     const std::string_view text = Trim(line);
     if (text.starts_with(kBracket) && MarkerOf(ToUpper(text)) != nullptr)
       return Add(FindingCode::kMarkerUnread, number_);
+    if (EndsWithMarker(text) && !text.starts_with(kByteOrderMark)) trailing_ = number_;
     LookAtKeys(line);
   }
 
@@ -270,12 +324,15 @@ class FaultSearch {
 
   // The first value that is not empty counts.
   void LookAtNumber(std::string_view line, std::size_t key) {
-    std::string_view value = ValueOf(line, kNumberKeys[key].key);
+    std::string_view value = ValueOf(line, kNumberKeys[key].key).text;
     if (value.empty() || std::exchange(open_.back().isKnown[key], true)) return;
     if (HasDecimalComma(value)) {
       Add(FindingCode::kDecimalComma, number_, std::string(kNumberKeys[key].key));
     } else if (!TakeDouble(value)) {
       Add(FindingCode::kNumberUnread, number_, std::string(kNumberKeys[key].key));
+    } else if (IsLine(value)) {
+      Add(FindingCode::kLinesJoined, number_);
+      trailing_ = 0;
     }
   }
 
@@ -283,7 +340,7 @@ class FaultSearch {
   void LookAtName(std::string_view line, std::string_view key, std::string_view mark,
                   bool OpenFunction::*isKnown) {
     if (!line.starts_with(key)) return;
-    const std::string_view value = ValueOf(line, key);
+    const std::string_view value = ValueOf(line, key).text;
     if (value.empty()) return;
     for (auto function = functions_.rbegin(); function != functions_.rend(); ++function) {
       if (std::exchange((*function).*isKnown, true)) break;
@@ -295,8 +352,39 @@ class FaultSearch {
     if (line.front() == kComment || Trim(line).empty()) return;
     if (HasDecimalComma(line)) return Add(FindingCode::kDecimalComma, number_);
     const bool hasNumber = TakeDouble(line).has_value();
-    if (hasNumber && TakeDouble(line)) return;
+    if (hasNumber && TakeDouble(line)) return LookBehindPoint(line);
     Add(hasNumber ? FindingCode::kPointsUnread : FindingCode::kLinesSkipped, number_);
+  }
+
+  void LookBehindPoint(std::string_view rest) {
+    ++lines_.all;
+    if (IsLine(rest)) return Add(FindingCode::kLinesJoined, number_);
+    if (HasNumber(rest) && lines_.longer++ == 0) lines_.firstLonger = number_;
+  }
+
+  // Where most lines of a list are longer, those of others of its kind tell whether that is their form.
+  void EndList() {
+    if (!std::exchange(isInList_, false)) return;
+    const ListLines lines = std::exchange(lines_, {});
+    if (AreJoined(lines.longer, lines.all)) {
+      return AddOf(sample_, FindingCode::kLinesJoined, lines.firstLonger, {}, lines.longer);
+    }
+    ListLines& all = all_[list_->text == kMassList ? 0 : 1];
+    all.all += lines.all;
+    all.longer += lines.longer;
+    if (lines.longer == 0) return;
+    ListLines& inSample = longer_[{sample_, list_->text}];
+    if (inSample.longer == 0) inSample.firstLonger = lines.firstLonger;
+    inSample.longer += lines.longer;
+  }
+
+  void AddLongerLines() {
+    for (const auto& [key, lines] : longer_) {
+      const auto& [sample, list] = key;
+      const ListLines& all = all_[list == kMassList ? 0 : 1];
+      if (AreJoined(all.longer, all.all))
+        AddOf(sample, FindingCode::kLinesJoined, lines.firstLonger, {}, lines.longer);
+    }
   }
 
   void AddFindings() const {
@@ -335,6 +423,11 @@ class FaultSearch {
   std::array<std::size_t, 6> counts_ = {};  // of open blocks, by kind
   const Marker* pending_ = nullptr;         // of the line before
   bool isInList_ = false;
+  const Marker* list_ = nullptr;                                  // the open list, or the last one
+  ListLines lines_;                                               // of it
+  std::array<ListLines, 2> all_;                                  // of lists of masses, of traces
+  std::map<std::pair<int, std::string_view>, ListLines> longer_;  // by sample and marker
+  std::uint64_t trailing_ = 0;                                    // the last line that ends with a marker
   std::map<std::pair<int, FindingCode>, Fault> faults_;
 };
 

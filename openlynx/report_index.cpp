@@ -157,8 +157,8 @@ void ReadTexts(ReportStream& stream, std::span<Function> functions, std::vector<
   for (Function& function : functions) positions.push_back(function.position);
   std::vector<std::array<TextNumber, N>> numbers(functions.size());  // empty texts so far
   ReadKeysOfAll(stream, positions, keys,
-                [&](std::size_t key, std::string_view value, std::span<const std::size_t> blocks) {
-                  texts.emplace_back(value);
+                [&](std::size_t key, const LineValue& value, std::span<const std::size_t> blocks) {
+                  texts.emplace_back(value.text);
                   for (const std::size_t block : blocks) numbers[block][key] = texts.size();
                 });
   for (std::size_t i = 0; i < functions.size(); ++i) {

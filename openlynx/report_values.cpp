@@ -32,6 +32,25 @@ constexpr std::array<TypeKind, 10> kTypeKinds = {{
     {"MS", FunctionKind::kMs},
 }};
 
+using Places = std::vector<std::size_t>;
+
+// Which of the numbers of two joined lines belong together is not known.
+void Drop(const Places& lost, Points& points) {
+  std::size_t kept = 0;
+  auto next = lost.begin();
+  for (std::size_t i = 0; i < points.x.size(); ++i) {
+    if (next != lost.end() && *next == i) {
+      ++next;
+      continue;
+    }
+    points.x[kept] = points.x[i];
+    points.intensities[kept++] = points.intensities[i];
+  }
+  points.x.resize(kept);
+  points.intensities.resize(kept);
+  points.lost += lost.size();
+}
+
 // Points are lost without their full scale.
 template <class Keep>
 Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, std::optional<double> fullScale,
@@ -39,13 +58,18 @@ Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, std::
   Points points;
   if (!list) return points;
   std::size_t unscaled = 0;
-  points.lost = ReadDataList(stream, *list, commas, [&](double x, double percent) {
+  std::size_t lines = 0;
+  Places longer;  // of points whose line has more numbers
+  points.lost = ReadDataList(stream, *list, commas, [&](double x, double percent, std::string_view rest) {
+    ++lines;
     if (!keep(x, percent)) return;
     if (!fullScale) return void(++unscaled);
+    if (commas == DecimalCommas::kHideNumbers && HasNumber(rest)) longer.push_back(points.x.size());
     points.x.push_back(x);
     points.intensities.push_back(percent * *fullScale / kFullScale);
   });
   points.lost += unscaled;
+  if (AreJoined(longer.size(), lines)) Drop(longer, points);
   return points;
 }
 
@@ -54,8 +78,14 @@ std::optional<double> ScaleOf(std::optional<double> number, bool isHidden) {
   return isHidden ? std::nullopt : std::optional(FullScaleOf(number));
 }
 
-bool IsHidden(std::string_view value, DecimalCommas commas) {
-  return commas == DecimalCommas::kHideNumbers && !value.empty() && !NumberIn(value, commas);
+std::optional<double> NumberOf(const KeyValue& key, DecimalCommas commas) {
+  const bool isHidden = commas == DecimalCommas::kHideNumbers && key.isZeroed;
+  return isHidden ? std::nullopt : NumberIn(key.value, commas);
+}
+
+bool IsHidden(const KeyValue& key, DecimalCommas commas) {
+  const bool isMeant = key.isZeroed || !key.value.empty();
+  return commas == DecimalCommas::kHideNumbers && isMeant && !NumberOf(key, commas);
 }
 
 }  // namespace
@@ -80,8 +110,8 @@ Polarity PolarityOfIonMode(std::string_view ionMode) {
 std::vector<std::wstring> ReadTraceNames(ReportStream& stream, std::span<const std::uint64_t> chromatograms) {
   std::vector<std::wstring> names(chromatograms.size());
   ReadKeysOfAll(stream, chromatograms, std::array{kDescriptionKey},
-                [&](std::size_t, std::string_view value, std::span<const std::size_t> blocks) {
-                  const std::wstring name = platform::FromCodePage(value);
+                [&](std::size_t, const LineValue& value, std::span<const std::size_t> blocks) {
+                  const std::wstring name = platform::FromCodePage(value.text);
                   for (const std::size_t block : blocks) names[block] = name;
                 });
   return names;
@@ -111,8 +141,9 @@ ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> s
   const std::array values = {&series.basePeaks, &series.totalIons, &series.minutes};
   for (std::vector<double>* const of : values) of->resize(spectra.size(), missing);
   ReadKeysOfAll(stream, spectra, kKeys,
-                [&](std::size_t key, std::string_view value, std::span<const std::size_t> blocks) {
-                  const double number = NumberIn(value, commas).value_or(missing);
+                [&](std::size_t key, const LineValue& value, std::span<const std::size_t> blocks) {
+                  const bool isHidden = value.isCut && commas == DecimalCommas::kHideNumbers;
+                  const double number = isHidden ? missing : NumberIn(value.text, commas).value_or(missing);
                   for (const std::size_t block : blocks) (*values[key])[block] = number;
                 });
   return series;
@@ -122,19 +153,19 @@ SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position, Deci
   std::array<KeyValue, 4> keys = {{{kBpiKey}, {kContinuumKey}, {kTicKey}, {kTimeKey}}};
   const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kMassList);
   const auto& [bpi, continuum, tic, time] = keys;
-  return {NumberIn(time.value, commas),
-          NumberIn(bpi.value, commas),
-          NumberIn(tic.value, commas),
+  return {NumberOf(time, commas),
+          NumberOf(bpi, commas),
+          NumberOf(tic, commas),
           continuum.value == kCentroided,
           list,
-          IsHidden(bpi.value, commas)};
+          IsHidden(bpi, commas)};
 }
 
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {
   BlockWalk walk(stream, position);
   for (std::string_view line; walk.Next(line) && walk.Position() < spectrum.list.value_or(kNoLimit);) {
     if (!line.starts_with(kProcessKey)) continue;
-    const std::string_view value = ValueOf(line, kProcessKey);
+    const std::string_view value = ValueOf(line, kProcessKey).text;
     if (!value.empty()) return platform::FromCodePage(value);
   }
   return {};
@@ -142,7 +173,8 @@ std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const Spe
 
 std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum) {
   std::size_t count = 0;
-  if (spectrum.list) ForEachDataLine(stream, *spectrum.list, [&](std::string_view) { ++count; });
+  const auto add = [&](std::string_view) { ++count; };
+  if (spectrum.list) ForEachDataLine(stream, *spectrum.list, add, [](std::string_view) {});
   return count;
 }
 
@@ -157,9 +189,8 @@ Trace ReadTrace(ReportStream& stream, std::uint64_t position, DecimalCommas comm
   const auto& [description, maxIntensity] = keys;
   Trace trace;
   trace.description = platform::FromCodePage(description.value);
-  const bool isHidden = IsHidden(maxIntensity.value, commas);
-  trace.points = ReadPoints(stream, list, ScaleOf(NumberIn(maxIntensity.value, commas), isHidden), commas,
-                            [](double, double) { return true; });
+  const std::optional<double> scale = ScaleOf(NumberOf(maxIntensity, commas), IsHidden(maxIntensity, commas));
+  trace.points = ReadPoints(stream, list, scale, commas, [](double, double) { return true; });
   return trace;
 }
 

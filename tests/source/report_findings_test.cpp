@@ -1,6 +1,7 @@
 // Lines of a report that are not read as they are plainly meant: each is made from a sound report by one
 // edit.
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -158,6 +159,20 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"in a trace", {30, {"MaxIntensity -"}}, kNumberUnread, 30},
       {"a line that is no point", {13, {"mass percent", "100 50"}}, kLinesSkipped, 13},
       {"points of one number", {14, {"210.05;50.1", "210.05", "210.05 -", "210, 50"}}, kPointsUnread, 14, 4},
+      {"a point behind an opening brace", {12, {"{ 90 5"}}, kLinesJoined, 12},
+      {"behind a closing one", {15, {"}300\t7"}}, kLinesJoined, 15},
+      {"behind the marker of a list", {11, {"[MS] 90 5"}}, kLinesJoined, 11},
+      {"two points on a line", {14, {"210.05 50.1 220 3"}}, kLinesJoined, 14},
+      {"with another byte between them", {14, {"210.05 50.1*220 3"}}, kLinesJoined, 14},
+      {"without any", {14, {"210.05 50.1220 3"}}, kLinesJoined, 14},
+      {"a list on one line, where others have two numbers", {21, {"100 7 200 8"}}, kLinesJoined, 21},
+      {"a brace behind a point", {14, {"210.05 50.1 }"}}, kLinesJoined, 14},
+      {"two braces on a line", {16, {"}}"}}, kLinesJoined, 16},
+      {"a marker behind a brace", {8, {"{[MS]"}}, kLinesJoined, 8},
+      {"a key behind a brace", {8, {"{ Time 1.5"}}, kLinesJoined, 8},
+      {"a key behind a number", {9, {"Time 1.5 BPI 200"}}, kLinesJoined, 9},
+      {"a marker behind a number", {10, {"BPI 200[MS]", "{"}}, kLinesJoined, 10},
+      {"a marker behind a text", {6, {"Type MS[SPECTRUM]", "{", "}"}}, kMarkerUnread, 6},
       {"a line end within a line", {13, {"100 50\r200 50"}}, kLineEnds, 13},
   };
   for (const Fault& fault : faults) {
@@ -237,9 +252,33 @@ TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
     EXPECT_EQ(zeroed.lost, 1U) << testing::PrintToString(line);
     EXPECT_EQ(zeroed.count, whole.count - 1) << testing::PrintToString(line);
   }
-  const PointsRead none = read({10, {"BPI abc"}});
-  EXPECT_EQ(none.lost, whole.count);
-  EXPECT_EQ(none.count, 0U);
+  for (const Edit& edit : {Edit{12, {"{ 90 5"}}, Edit{15, {"} 300 7"}}}) {
+    const PointsRead behind = read(edit);
+    EXPECT_EQ(behind.lost, 1U) << edit.line;
+    EXPECT_EQ(behind.count, whole.count) << edit.line;
+  }
+  // Which of the numbers belong together is not known.
+  const PointsRead joined = read({14, {"210.05 50.1220 3"}});
+  EXPECT_EQ(joined.lost, 1U);
+  EXPECT_EQ(joined.count, whole.count - 1);
+  const PointsRead wide = read({14, {"210.05 50.1 1", "215 3 1", "216 4 1"}});
+  EXPECT_EQ(wide.lost, 0U);
+  EXPECT_EQ(wide.count, whole.count + 2);
+  // A base peak of 2 in place of 200, or of 100 percent, would be another one.
+  for (const std::string& line : {"BPI abc"s, "BPI 2\0"s, "BPI\0 200"s, "B\0I 200"s, kZeros}) {
+    const PointsRead none = read({10, {line}});
+    EXPECT_EQ(none.lost, whole.count) << testing::PrintToString(line);
+    EXPECT_EQ(none.count, 0U) << testing::PrintToString(line);
+  }
+  EXPECT_EQ(read({10, {"BPI 200 \0"s}}).lost, 0U);
+}
+
+TEST_F(ReportFindingsTest, TimesThatZerosCutAreAbsent) {
+  for (const std::string& line : {"Time 1\0"s, "Time \0"s, "Time 1.\0 5"s}) {
+    const auto source = Open(Edited({9, {line}}));
+    EXPECT_TRUE(std::isnan(source->Minutes(0, 0)[0])) << testing::PrintToString(line);
+    EXPECT_TRUE(std::isnan(source->ScanAt(0, 0, 0).minutes)) << testing::PrintToString(line);
+  }
 }
 
 TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
@@ -250,6 +289,12 @@ TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
       {14, {"210.05 50.1 more, of 1 kind", "1 2 , 3"}},
       {27, {"Description ANALOG", "[CHROMATOGRAM]", "{", "}"}},
       {10, {"BPI", "BPI 5", "BPI later"}},  // the first value counts
+      {12, {"{ points, 2"}},
+      {15, {"} 2 points"}},
+      {16, {"} of a spectrum"}},
+      {9, {"Time 1.5 min"}},
+      {13, {"100 50 1", "150 3 1", "160 3 1"}},  // more columns
+      {3, {"FileName one [MS]"}},
       {11, {}},  // a spectrum without its list has no points, which the look at them tells
   };
   for (const Edit& edit : edits) {

@@ -268,7 +268,8 @@ TEST_F(ReportSourceTest, RoomIsMadeForEachLineThatMayBeAPoint) {
       {"{\n", 0, {}},
       {";1 2\n", 0, {}},
       {"1 2\n3 4\n", 2, {1, 3}},
-      {"3 4\n1 2 5 6\n", 2, {1, 3}},
+      {"3 4 7\n1 2 5 6\n", 2, {1, 3}},
+      {"3 4\n1 2 5 6\n", 2, {3}},  // two lines that have become one
       {"1 0\n-1 2\nmass 5\n7\n8 9\n", 5, {8}},
       {"1 2" + std::string(996, ' ') + "3 4\n", 2, {1, 3}},
   };

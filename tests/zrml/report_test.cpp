@@ -388,7 +388,8 @@ TEST_F(MisreadReportTest, CommasAgreeWithThePlugIn) {
 
 TEST_F(MisreadReportTest, MarkersThatAreNotRead) {
   ExpectLost(Misread("[SPECTRUM]", " [SPECTRUM]"),
-             "misread.rpt has a marker that is indented or in small letters, which is not read: line 12");
+             "misread.rpt has a marker that is indented, in small letters or behind other text, which is not "
+             "read: line 12");
   ExpectLost(Misread("[SPECTRUM]\r\n{", "[SPECTRUM] {"),
              "misread.rpt has a marker without a line that begins with { behind it: line 12 ([SPECTRUM])");
 }

@@ -256,7 +256,8 @@ class Comparer : Verdicts {
     const std::span<const Finding> findings = source_->Findings();
     return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
       return finding.code == FindingCode::kDecimalComma || finding.code == FindingCode::kNumberUnread ||
-             finding.code == FindingCode::kPointsUnread || finding.code == FindingCode::kBytesZeroed;
+             finding.code == FindingCode::kPointsUnread || finding.code == FindingCode::kBytesZeroed ||
+             finding.code == FindingCode::kLinesJoined;
     });
   }
 
