@@ -128,6 +128,14 @@ bool IsKeyLine(std::string_view text) {
   });
 }
 
+// Whether a key and its number stand behind other text.
+bool EndsWithNumberOf(std::string_view key, std::string_view line) {
+  const std::size_t at = line.rfind(key);
+  if (at == 0 || at == std::string_view::npos) return false;
+  std::string_view value = Trim(line.substr(at + key.size()));
+  return TakeDouble(value).has_value() && value.empty();
+}
+
 // Whether what stands behind something else on a line is a line of its own.
 bool IsLine(std::string_view text) {
   const std::string_view line = Trim(text);
@@ -160,8 +168,9 @@ class FaultSearch {
  private:
   struct Open {
     Block block = Block::kNone;
-    std::int64_t depth = 0;                             // outside of it
-    std::array<bool, kNumberKeys.size()> isKnown = {};  // which keys have a value
+    std::int64_t depth = 0;                                     // outside of it
+    std::array<bool, kNumberKeys.size()> isKnown = {};          // which keys have a value
+    std::array<std::uint64_t, kNumberKeys.size()> inText = {};  // the line that has a key behind other text
   };
 
   // Of the open blocks. The first values that are not empty count, also in inner blocks.
@@ -294,12 +303,20 @@ class FaultSearch {
   void End(std::size_t left) {
     for (; open_.size() > left; open_.pop_back()) {
       --CountOf(open_.back().block);
+      LookForKeysInTexts(open_.back());
       if (open_.back().block != Block::kFunction) continue;
       const OpenFunction& ended = functions_.back();
       if (ended.isAnalog && ended.spectra > 0)
         Add(FindingCode::kMarkerMisplaced, ended.firstSpectrum, "[SPECTRUM] in an analog function",
             ended.spectra);
       functions_.pop_back();
+    }
+  }
+
+  // A text may say anything, unless the block lacks what it says.
+  void LookForKeysInTexts(const Open& ended) {
+    for (std::size_t i = 0; i < kNumberKeys.size(); ++i) {
+      if (ended.inText[i] != 0 && !ended.isKnown[i]) Add(FindingCode::kLinesJoined, ended.inText[i]);
     }
   }
 
@@ -316,7 +333,9 @@ class FaultSearch {
     if (open_.empty()) return;
     const Block block = open_.back().block;
     for (std::size_t i = 0; i < kNumberKeys.size(); ++i) {
-      if (kNumberKeys[i].block == block && line.starts_with(kNumberKeys[i].key)) LookAtNumber(line, i);
+      if (kNumberKeys[i].block != block) continue;
+      if (line.starts_with(kNumberKeys[i].key)) LookAtNumber(line, i);
+      if (EndsWithNumberOf(kNumberKeys[i].key, line)) open_.back().inText[i] = number_;
     }
     LookAtName(line, kDescriptionKey, kAnalogMark, &OpenFunction::hasDescription);
     LookAtName(line, kTypeKey, kDadMark, &OpenFunction::hasType);

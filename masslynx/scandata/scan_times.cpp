@@ -12,7 +12,8 @@ constexpr float kLeastTime = 1e-30F;
 
 bool IsTime(float time, const std::optional<float>& before) {
   const bool mayBeZero = !before || *before < kLeastTime;
-  return std::isfinite(time) && (mayBeZero || time >= kLeastTime);
+  const bool isLeftOver = time != 0 && std::abs(time) < kLeastTime;
+  return std::isfinite(time) && !isLeftOver && (mayBeZero || time >= kLeastTime);
 }
 
 }  // namespace

@@ -119,10 +119,12 @@ TEST(DamagedIndexTest, LostTimes) {
         << time;
     EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "? 503: 103 203", kAll[3]})) << time;
   }
-  const Seen first = SeeTime(1, kNan);
-  EXPECT_EQ(first.findings,
-            Lines{"times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 1"});
-  EXPECT_EQ(first.scans, (Lines{"? 501: 101 201", kAll[1], kAll[2], kAll[3]}));
+  for (const float time : {kNan, 1e-40F, -1e-40F}) {
+    const Seen first = SeeTime(1, time);
+    EXPECT_EQ(first.findings,
+              Lines{"times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 1"});
+    EXPECT_EQ(first.scans, (Lines{"? 501: 101 201", kAll[1], kAll[2], kAll[3]}));
+  }
 }
 
 // The scan at 1.5 minutes is listed as the second one, but its record is the fourth.

@@ -172,6 +172,8 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"a key behind a brace", {8, {"{ Time 1.5"}}, kLinesJoined, 8},
       {"a key behind a number", {9, {"Time 1.5 BPI 200"}}, kLinesJoined, 9},
       {"a marker behind a number", {10, {"BPI 200[MS]", "{"}}, kLinesJoined, 10},
+      {"a key behind a text", {10, {"Continuum FALSEBPI 200"}}, kLinesJoined, 10},
+      {"in a trace", {30, {"Description c2 MaxIntensity\t3"}}, kLinesJoined, 30},
       {"a marker behind a text", {6, {"Type MS[SPECTRUM]", "{", "}"}}, kMarkerUnread, 6},
       {"a line end within a line", {13, {"100 50\r200 50"}}, kLineEnds, 13},
   };
@@ -295,6 +297,7 @@ TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
       {9, {"Time 1.5 min"}},
       {13, {"100 50 1", "150 3 1", "160 3 1"}},  // more columns
       {3, {"FileName one [MS]"}},
+      {9, {"Process mean of Time 1.5", "Time 2"}},  // which it has
       {11, {}},  // a spectrum without its list has no points, which the look at them tells
   };
   for (const Edit& edit : edits) {
