@@ -25,8 +25,12 @@ bool OmittedOffsets::IsShort(std::span<const ScanIndexEntry> entries, std::size_
 }
 
 Places OmittedOffsets::Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) const {
+  // In a sound file, however many scans are empty, the index need not be read again.
+  std::size_t end = 1;
+  while (end <= entries.size() && !IsShort(entries, end)) ++end;
+  if (end > entries.size()) return {};
   Places lost;
-  std::size_t end = 0;
+  end = 0;
   for (const std::size_t place : doubtful) {
     if (place < end) continue;  // in the scans before
     end = EndOf(entries, place);

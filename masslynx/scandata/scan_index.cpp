@@ -93,15 +93,14 @@ struct Entries {
   bool areBackToBack = true;  // each begins where the one before ends, the first at 0
   std::uint64_t end = 0;      // of the last one
   float latest = -std::numeric_limits<float>::infinity();
+  bool haveTimes = true;   // that may be times
   std::size_t filled = 0;  // with statistics, from the first on
   // As measured:
   Places zeroRecords;            // the first one only where its points are missing
   std::size_t dropped = 0;       // of these, at the end of the index
   Places untimed;                // that have a stand-in for their time
   Places unplaced;               // without an offset, behind records that have lost their points to zeros
-  Places wordless;               // whose packed word is zeros, but not the whole record
-  Places pointless;              // that have a total, but no points
-  std::uint32_t words = 0;       // all packed words together
+  bool areAllOfPoints = true;    // no scan is empty
   bool beginsWithZeros = false;  // the first record
   std::uint64_t reached = 0;     // the last offset that is known
 
@@ -112,6 +111,8 @@ struct Entries {
     const std::size_t place = list.size() - 1;
     inTimeOrder &= entry.retentionTime >= latest;
     latest = entry.retentionTime;
+    haveTimes &= MayBeTime(latest);
+    areAllOfPoints &= entry.pointCount != 0;
     areBackToBack &= entry.DataOffset() == end;
     end = scanEnd;
     if (entry.HasLostOffset()) {
@@ -140,25 +141,10 @@ struct Entries {
 
   std::size_t Records() const { return list.size() + dropped; }
 
-  // Times that ascend are lost nowhere but at the ends of what numbers can be.
-  bool MayLackTimes() const {
-    return !inTimeOrder || !zeroRecords.empty() ||
-           !(list.empty() ||
-             (std::isfinite(list.front().retentionTime) && std::isfinite(list.back().retentionTime)));
-  }
+  bool MayLackTimes() const { return !inTimeOrder || !haveTimes || !zeroRecords.empty(); }
 
   // The quick look may have been wrong.
   void LookAtTimes() { inTimeOrder = inTimeOrder || std::is_sorted(list.begin(), list.end(), EarlierTime); }
-
-  // A look at the record of the last entry.
-  void LookAt(const std::byte* record, bool isOfZeros) {
-    const std::uint32_t word = LoadU32(record + format::kPackedWord);
-    const std::size_t place = list.size() - 1;
-    words |= word;
-    if (word == 0 && !isOfZeros) wordless.push_back(place);
-    if (list.back().pointCount == 0 && list.back().totalIntensity > 0) pointless.push_back(place);
-    if (isOfZeros && place == 0) beginsWithZeros = true;
-  }
 
   // The first record is an empty scan at 0 minutes, unless its points are missing.
   void LoseFirst() {
@@ -166,13 +152,12 @@ struct Entries {
     zeroRecords.insert(zeroRecords.begin(), 0);
   }
 
-  // Records that may have lost their number of points to zeros, which take a time, too, or leave a total or
-  // a time without points.
+  // Records that may have lost their number of points to zeros, which take a time, too, or leave no points.
   Places Doubtful() const {
     Places places = untimed;
-    const bool haveFlags = (words & ~format::kPointCountMask) != 0;
-    places.insert(places.end(), pointless.begin(), pointless.end());
-    if (haveFlags) places.insert(places.end(), wordless.begin(), wordless.end());
+    for (std::size_t place = 0; place < list.size() && !areAllOfPoints; ++place) {
+      if (list[place].pointCount == 0) places.push_back(place);
+    }
     std::sort(places.begin(), places.end());
     return places;
   }
@@ -234,7 +219,7 @@ Entries ReadEntries(const File& file, std::size_t recordSize, std::size_t count,
       const bool isLost = isZeros && !isFirst;
       isLost ? entries.PlaceZeros() : entries.Place(reader.EndOf(entry));
       if (isLost) reader.Lose();
-      if (isMeasured) entries.LookAt(block.data() + at, isZeros);
+      entries.beginsWithZeros = entries.beginsWithZeros || (isZeros && isFirst);
     }
     if (statistics != nullptr) entries.FillFrom(*statistics);
     if (read < wanted) break;

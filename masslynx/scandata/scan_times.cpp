@@ -1,19 +1,14 @@
 #include "masslynx/scandata/scan_times.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 namespace zrml::masslynx {
 namespace {
 
-// What is left of a time when its last byte is zeroed is less than that, and no run has such times.
-constexpr float kLeastTime = 1e-30F;
-
 bool IsTime(float time, const std::optional<float>& before) {
   const bool mayBeZero = !before || *before < kLeastTime;
-  const bool isLeftOver = time != 0 && std::abs(time) < kLeastTime;
-  return std::isfinite(time) && !isLeftOver && (mayBeZero || time >= kLeastTime);
+  return MayBeTime(time) && (mayBeZero || time >= kLeastTime);
 }
 
 }  // namespace

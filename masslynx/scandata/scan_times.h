@@ -1,6 +1,7 @@
 // Times of scans that an index has lost or that cannot be right. docs/check.md
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -8,6 +9,14 @@
 #include "masslynx/function_record.h"
 
 namespace zrml::masslynx {
+
+/// What is left of a time when its last byte is zeroed is less than that, and no run has such times.
+inline constexpr float kLeastTime = 1e-30F;
+
+/// Whether the number alone may be a time, whatever is around it.
+inline bool MayBeTime(float time) {
+  return std::isfinite(time) && (time == 0 || std::abs(time) >= kLeastTime);
+}
 
 /// Of scans, from 0, in the order of the file; ascending.
 using Places = std::vector<std::size_t>;

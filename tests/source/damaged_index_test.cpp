@@ -308,15 +308,23 @@ TEST(DamagedIndexTest, ZerosInPlaceOfANumberOfPoints) {
   EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "3 503:", "4 504:"}));
 }
 
-// And its time alone, in an index whose other records say that scans are centroided.
+// And its time alone: an empty scan, were there no bytes left over.
 TEST(DamagedIndexTest, ZerosInPlaceOfANumberOfPointsAndATotal) {
-  RawDirectoryBuilder raw = Products();
-  for (ScanFiles& scan : raw.functions[0].scans) scan.index.centroidState = CentroidState::kCentroid;
-  const Seen seen = SeeZerosAmongOmittedOffsets(2 * kRecord + 4, 2 * kRecord + 12, raw);
+  const Seen seen = SeeZerosAmongOmittedOffsets(2 * kRecord + 4, 2 * kRecord + 12, Products());
   EXPECT_EQ(seen.findings,
             (Lines{"offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 4",
                    "data-unreferenced: _FUNC001.DAT holds 24 bytes that no scan refers to"}));
   EXPECT_EQ(seen.scans, (Lines{kAll[0], kAll[1], "3 503:", "4 504:"}));
+}
+
+// Its points are where those of the third would be.
+TEST(DamagedIndexTest, EmptyScanAmongOmittedOffsets) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[1].index = {.retentionTime = 2};
+  raw.functions[0].scans[1].data = {};
+  const Seen seen = SeeZerosAmongOmittedOffsets(0, 0, raw);
+  EXPECT_EQ(seen.findings, Lines());
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "2 502:", kAll[2], kAll[3]}));
 }
 
 // A time alone takes no points: the scans fill the data.
