@@ -1,15 +1,14 @@
 #include "spectrum/apex_fit.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <emmintrin.h>
 
 namespace zrml {
 namespace {
 
+constexpr std::size_t kFewestSamples = 3;
 constexpr std::size_t kSamplesOfCubic = 5;
 constexpr double kHighestCurve = 0x1.62e42fefa39efp-1;  // the logarithm of 2: twice the highest sample
 constexpr double kLowestCurve = -100;                   // far below any sample of a top
@@ -18,7 +17,8 @@ constexpr double kLowestCurve = -100;                   // far below any sample 
 using Pair = double __attribute__((vector_size(16)));
 using PairOfBits = std::uint64_t __attribute__((vector_size(16)));
 
-double SumOf(Pair pair) { return pair[0] + pair[1]; }
+// The sum of each.
+Pair SumsOf(Pair one, Pair other) { return Pair{one[0], other[0]} + Pair{one[1], other[1]}; }
 
 // Natural logarithms of positive normal numbers within 2e-11: the series of 2 atanh(s) with s = f / (2 + f)
 // for the mantissa 1 + f from sqrt(1/2) to sqrt(2).
@@ -53,24 +53,39 @@ double QuickExp(double x) {
   return series * std::bit_cast<double>(static_cast<std::uint64_t>(exponent) << 52);
 }
 
-// c0 + c1 x + c2 x^2 + c3 x^3.
-struct Cubic {
-  double c0, c1, c2, c3;
+// c0 + c1 x + c2 x^2 + c3 x^3, of two tops.
+struct Cubics {
+  Pair c0, c1, c2, c3;
 
-  double At(double x) const { return c0 + x * (c1 + x * (c2 + x * c3)); }
+  Pair At(Pair x) const { return c0 + x * (c1 + x * (c2 + x * c3)); }
 
-  // Where it is highest: the root of its derivative a x^2 + b x + c at which that falls, in the form that
-  // also holds for a = 0. Not a number when there is none.
-  double Top() const {
-    const double a = 3 * c3;
-    const double b = 2 * c2;
-    return 2 * c1 / (std::sqrt(b * b - 4 * a * c1) - b);
+  // Where they are highest: the root of the derivative a x^2 + b x + c at which that falls, in the form that
+  // also holds for a = 0. Not a number where there is none.
+  Pair Tops() const {
+    const Pair a = 3 * c3;
+    const Pair b = 2 * c2;
+    return 2 * c1 / (Pair(_mm_sqrt_pd(b * b - 4 * a * c1)) - b);
   }
 };
 
-// The normal equations of a cubic: sums of w x^(row + column), and of w x^row y.
+// The normal equations of a cubic: sums of w x^(row + column), and of w x^row y. Those of every other sample
+// first, then those of two tops.
 class NormalEquations {
  public:
+  NormalEquations() = default;
+  NormalEquations(const NormalEquations& one, const NormalEquations& other)
+      : m0_(SumsOf(one.m0_, other.m0_)),
+        m1_(SumsOf(one.m1_, other.m1_)),
+        m2_(SumsOf(one.m2_, other.m2_)),
+        m3_(SumsOf(one.m3_, other.m3_)),
+        m4_(SumsOf(one.m4_, other.m4_)),
+        m5_(SumsOf(one.m5_, other.m5_)),
+        m6_(SumsOf(one.m6_, other.m6_)),
+        r0_(SumsOf(one.r0_, other.r0_)),
+        r1_(SumsOf(one.r1_, other.r1_)),
+        r2_(SumsOf(one.r2_, other.r2_)),
+        r3_(SumsOf(one.r3_, other.r3_)) {}
+
   void Add(Pair x, Pair y, Pair weight) {
     const Pair x2 = x * x;
     const Pair w1 = weight * x;
@@ -90,39 +105,29 @@ class NormalEquations {
   }
 
   // By elimination; no pivots, as the matrix is positive definite. A parabola has no c3.
-  Cubic Solve(bool isParabola) const {
-    const double m0 = SumOf(m0_);
-    const double m1 = SumOf(m1_);
-    const double m2 = SumOf(m2_);
-    const double m3 = SumOf(m3_);
-    const double m4 = SumOf(m4_);
-    const double m5 = SumOf(m5_);
-    const double m6 = SumOf(m6_);
-    const double r0 = SumOf(r0_);
-    const double r1 = SumOf(r1_);
-    const double r2 = SumOf(r2_);
-    const double r3 = SumOf(r3_);
-    const double l1 = m1 / m0;
-    const double l2 = m2 / m0;
-    const double l3 = m3 / m0;
-    const double a11 = m2 - l1 * m1;
-    const double a12 = m3 - l1 * m2;
-    const double a13 = m4 - l1 * m3;
-    const double b1 = r1 - l1 * r0;
-    const double k2 = a12 / a11;
-    const double k3 = a13 / a11;
-    const double p22 = m4 - l2 * m2 - k2 * a12;
-    const double p23 = m5 - l2 * m3 - k2 * a13;
-    const double p33 = m6 - l3 * m3 - k3 * a13;
-    const double q2 = r2 - l2 * r0 - k2 * b1;
-    const double q3 = r3 - l3 * r0 - k3 * b1;
-    const double h = p23 / p22;
-    Cubic curve{};
-    curve.c3 = isParabola ? 0 : (q3 - h * q2) / (p33 - h * p23);
-    curve.c2 = (q2 - p23 * curve.c3) / p22;
-    curve.c1 = (b1 - a12 * curve.c2 - a13 * curve.c3) / a11;
-    curve.c0 = (r0 - m1 * curve.c1 - m2 * curve.c2 - m3 * curve.c3) / m0;
-    return curve;
+  Cubics Solve(bool isParabola, bool isOtherParabola) const {
+    const Pair l1 = m1_ / m0_;
+    const Pair l2 = m2_ / m0_;
+    const Pair l3 = m3_ / m0_;
+    const Pair a11 = m2_ - l1 * m1_;
+    const Pair a12 = m3_ - l1 * m2_;
+    const Pair a13 = m4_ - l1 * m3_;
+    const Pair b1 = r1_ - l1 * r0_;
+    const Pair k2 = a12 / a11;
+    const Pair k3 = a13 / a11;
+    const Pair p22 = m4_ - l2 * m2_ - k2 * a12;
+    const Pair p23 = m5_ - l2 * m3_ - k2 * a13;
+    const Pair p33 = m6_ - l3 * m3_ - k3 * a13;
+    const Pair q2 = r2_ - l2 * r0_ - k2 * b1;
+    const Pair q3 = r3_ - l3 * r0_ - k3 * b1;
+    const Pair h = p23 / p22;
+    Cubics curves{};
+    const Pair c3 = (q3 - h * q2) / (p33 - h * p23);
+    curves.c3 = Pair{isParabola ? 0 : c3[0], isOtherParabola ? 0 : c3[1]};
+    curves.c2 = (q2 - p23 * curves.c3) / p22;
+    curves.c1 = (b1 - a12 * curves.c2 - a13 * curves.c3) / a11;
+    curves.c0 = (r0_ - m1_ * curves.c1 - m2_ * curves.c2 - m3_ * curves.c3) / m0_;
+    return curves;
   }
 
  private:
@@ -130,28 +135,54 @@ class NormalEquations {
   Pair r0_ = {}, r1_ = {}, r2_ = {}, r3_ = {};
 };
 
+// The samples of a top at -1 to 1.
+class Scaled {
+ public:
+  explicit Scaled(const PeakTop& top) : top_(top) {
+    if (top.mz.empty()) return;
+    halfWidth_ = 0.5 * (top.mz.back() - top.mz.front());
+    middle_ = top.mz.front() + halfWidth_;
+  }
+
+  NormalEquations Sums() const {
+    const auto& [mz, intensities, highest] = top_;
+    const double scale = 1 / halfWidth_;
+    NormalEquations equations;
+    const auto add = [&](Pair mass, Pair intensity, Pair counts) {
+      const Pair relative = intensity / highest;
+      equations.Add((mass - middle_) * scale, QuickLogs(relative), counts * relative * relative);
+    };
+    const std::size_t count = mz.size();
+    for (std::size_t i = 0; i + 1 < count; i += 2)
+      add(Pair{mz[i], mz[i + 1]}, Pair{intensities[i], intensities[i + 1]}, Pair{1, 1});
+    if (count % 2 != 0) add(Pair{mz.back(), middle_}, Pair{intensities.back(), highest}, Pair{1, 0});
+    return equations;
+  }
+
+  bool IsParabola() const { return top_.mz.size() < kSamplesOfCubic; }
+
+  std::optional<Apex> ApexAt(double place, double height) const {
+    if (!(top_.mz.size() >= kFewestSamples && place >= -1 && place <= 1)) return std::nullopt;
+    if (!(height >= kLowestCurve && height <= kHighestCurve)) return std::nullopt;
+    return Apex{middle_ + place * halfWidth_, top_.highest * QuickExp(height)};
+  }
+
+ private:
+  const PeakTop& top_;
+  double halfWidth_ = 0;
+  double middle_ = 0;
+};
+
 }  // namespace
 
-std::optional<Apex> FitApex(std::span<const double> mz, std::span<const double> intensities, double highest) {
-  const std::size_t count = mz.size();
-  if (count < 3) return std::nullopt;
-  const double halfWidth = 0.5 * (mz.back() - mz.front());
-  const double middle = mz.front() + halfWidth;
-  const double scale = 1 / halfWidth;
-  NormalEquations equations;
-  const auto add = [&](Pair mass, Pair intensity, Pair counts) {
-    const Pair relative = intensity / highest;
-    equations.Add((mass - middle) * scale, QuickLogs(relative), counts * relative * relative);
-  };
-  for (std::size_t i = 0; i + 1 < count; i += 2)
-    add(Pair{mz[i], mz[i + 1]}, Pair{intensities[i], intensities[i + 1]}, Pair{1, 1});
-  if (count % 2 != 0) add(Pair{mz.back(), middle}, Pair{intensities.back(), highest}, Pair{1, 0});
-  const Cubic curve = equations.Solve(count < kSamplesOfCubic);
-  const double top = curve.Top();
-  if (!(top >= -1 && top <= 1)) return std::nullopt;
-  const double height = curve.At(top);
-  if (!(height >= kLowestCurve && height <= kHighestCurve)) return std::nullopt;
-  return Apex{middle + top * halfWidth, highest * QuickExp(height)};
+std::array<std::optional<Apex>, 2> FitApexes(const PeakTop& one, const PeakTop& other) {
+  const Scaled first(one);
+  const Scaled second(other);
+  const NormalEquations equations(first.Sums(), second.Sums());
+  const Cubics curves = equations.Solve(first.IsParabola(), second.IsParabola());
+  const Pair places = curves.Tops();
+  const Pair heights = curves.At(places);
+  return {first.ApexAt(places[0], heights[0]), second.ApexAt(places[1], heights[1])};
 }
 
 }  // namespace zrml

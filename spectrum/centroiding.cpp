@@ -15,7 +15,8 @@ constexpr double kDeviationsOfValley = 1.5;
 constexpr SampleIndex kSamplesPerWidth = 6;  // at least, of those at half height, that are left after binning
 constexpr SampleIndex kFewestToBin = 2 * kSamplesPerWidth;
 constexpr double kTopFloor = 0.05;  // of the rise from the valley to the apex
-constexpr double kHalfWidths = 3;   // 3.5 standard deviations of a Gaussian
+constexpr std::size_t kPeaksAtOnce = 64;
+constexpr double kHalfWidths = 3;  // 3.5 standard deviations of a Gaussian
 
 double Square(double x) { return x * x; }
 
@@ -33,73 +34,82 @@ Region WholeOf(const ProfileRun& run) { return {run.first, run.first, run.last, 
 // Cuts a region at the valleys from which the samples on both sides stand out by more than `deviations`.
 void CutAtValleys(const ProfileRun& run, const Region& whole, double deviations, double ion,
                   std::vector<Region>& regions) {
-  const double limit = Square(deviations) * ion;
-  const auto standsOut = [&](SampleIndex high, SampleIndex low) {
-    const double difference = run[high] - run[low];
-    return difference > 0 && difference * difference > limit * (run[high] + run[low]);
+  const double limit = std::max(Square(deviations) * ion, 0.0);
+  const auto standsOut = [limit](double high, double low) {
+    const double difference = std::max(high - low, 0.0);
+    return difference * difference > limit * (high + low);
   };
+  const double* const samples = run.intensities;
+  const SampleIndex last = whole.last;
   regions.clear();
   Region region = whole;
-  region.apex = whole.first;
-  SampleIndex valley = whole.first;
-  bool hasFallen = false;
-  for (SampleIndex i = whole.first; i <= whole.last; ++i) {
-    if (!hasFallen) {
-      if (run[i] > run[region.apex]) region.apex = i;
-      hasFallen = standsOut(region.apex, i);
-      valley = i;
-    } else if (run[i] < run[valley]) {
-      valley = i;
-    } else if (standsOut(i, valley)) {
-      regions.push_back({region.first, region.apex, valley, region.isFirstShared, true});
-      region = {valley, i, whole.last, true, whole.isLastShared};
-      hasFallen = false;
+  SampleIndex apex = whole.first;
+  for (SampleIndex i = whole.first;; ++i) {
+    // Noise would make jumps in here unpredictable.
+    for (double high = samples[apex]; i <= last && !standsOut(high, samples[i]); ++i) {
+      apex = samples[i] > high ? i : apex;
+      high = std::max(high, samples[i]);
     }
+    region.apex = apex;
+    if (i > last) break;
+    SampleIndex valley = i;
+    for (double low = samples[i]; i <= last && !standsOut(samples[i], low); ++i) {
+      valley = samples[i] < low ? i : valley;
+      low = std::min(low, samples[i]);
+    }
+    if (i > last) break;
+    regions.push_back({region.first, region.apex, valley, region.isFirstShared, true});
+    region = {valley, i, last, true, whole.isLastShared};
+    apex = i;
   }
   regions.push_back(region);
 }
 
-// One flank of a peak, from its apex to the end of its region.
+// One flank of a peak, from its apex to the end of its region: -1 towards lower masses, 1 towards higher
+// ones.
+template <SampleIndex kDirection>
 class Flank {
  public:
-  // `direction` is -1 towards lower masses and 1 towards higher ones.
-  Flank(const ProfileRun& run, const Region& region, SampleIndex direction)
-      : run_(run),
-        direction_(direction),
-        apex_(region.apex),
-        end_(direction < 0 ? region.first : region.last),
-        isShared_(direction < 0 ? region.isFirstShared : region.isLastShared) {
+  Flank(const ProfileRun& run, const Region& region)
+      : mz_(run.mz + region.apex),
+        samples_(run.intensities + region.apex),
+        length_(kDirection < 0 ? region.apex - region.first : region.last - region.apex),
+        isShared_(kDirection < 0 ? region.isFirstShared : region.isLastShared),
+        valley_(isShared_ ? Sample(length_) : 0) {
     Measure();
   }
 
-  // The last sample that is high enough for the curve through the top.
-  SampleIndex EndOfTop() const {
-    const double floor = Level(run_[apex_], kTopFloor);
-    SampleIndex i = apex_;
-    while (i != end_ && run_[i + direction_] >= floor) i += direction_;
+  // How many samples beside the apex are high enough for the curve through the top.
+  SampleIndex LengthOfTop() const {
+    const double floor = Level(Sample(0), kTopFloor);
+    SampleIndex i = 0;
+    while (i != length_ && Sample(i + 1) >= floor) ++i;
     return i;
   }
 
   double Sum() const { return sum_; }
   // What lies under the flank and half of the apex, and the variance of that estimate over the ion's
   // intensity.
-  double Ground() const { return samples_ * ground_; }
-  double GroundVariance() const { return Square(samples_) * ground_; }
+  double Ground() const { return count_ * ground_; }
+  double GroundVariance() const { return Square(count_) * ground_; }
 
  private:
-  double Valley() const { return isShared_ ? run_[end_] : 0; }
-  double Level(double top, double part) const { return Valley() + part * (top - Valley()); }
-  double DistanceTo(double mass) const { return static_cast<double>(direction_) * (mass - run_.mz[apex_]); }
+  // So far from the apex.
+  double Sample(SampleIndex i) const { return samples_[kDirection * i]; }
+  double Smooth(SampleIndex i) const { return SmoothSample(samples_ + kDirection * i); }
+  double Mass(SampleIndex i) const { return mz_[kDirection * i]; }
+  double DistanceTo(double mass) const { return static_cast<double>(kDirection) * (mass - mz_[0]); }
+  double Level(double top, double part) const { return valley_ + part * (top - valley_); }
 
   // How far off the smoothed samples have fallen half of the way from the apex to the valley.
   double HalfWidth() const {
-    double higher = run_.Smooth(apex_);
+    double higher = Smooth(0);
     const double level = Level(higher, 0.5);
-    for (SampleIndex i = apex_; i != end_; i += direction_) {
-      const double lower = run_.Smooth(i + direction_);
+    for (SampleIndex i = 0; i != length_; ++i) {
+      const double lower = Smooth(i + 1);
       if (lower < level) {
         const double part = (higher - level) / (higher - lower);
-        return DistanceTo(run_.mz[i] + part * (run_.mz[i + direction_] - run_.mz[i]));
+        return DistanceTo(Mass(i) + part * (Mass(i + 1) - Mass(i)));
       }
       higher = lower;
     }
@@ -109,59 +119,66 @@ class Flank {
   // Sums the samples beside the apex, as far as three half widths.
   void Measure() {
     const double reach = kHalfWidths * HalfWidth();
-    for (SampleIndex i = apex_; i != end_;) {
-      i += direction_;
-      if (DistanceTo(run_.mz[i]) > reach) {
-        ground_ = run_.Smooth(i);
-        return;
-      }
-      const double share = i == end_ && isShared_ ? 0.5 : 1;
-      sum_ += share * run_[i];
-      samples_ += share;
+    double sum = 0;
+    SampleIndex i = 1;
+    for (; i <= length_ && !(DistanceTo(Mass(i)) > reach); ++i) {
+      const double share = i == length_ && isShared_ ? 0.5 : 1;
+      sum += share * Sample(i);
     }
-    ground_ = Valley();
+    const bool isWhole = i > length_;
+    sum_ = sum;
+    count_ = static_cast<double>(i) - (isWhole && isShared_ && length_ > 0 ? 1 : 0.5);
+    ground_ = isWhole ? valley_ : Smooth(i);
   }
 
-  const ProfileRun& run_;
-  SampleIndex direction_;
-  SampleIndex apex_;
-  SampleIndex end_;
+  const double* mz_;
+  const double* samples_;
+  SampleIndex length_;
   bool isShared_;
+  double valley_;
   double sum_ = 0;
-  double samples_ = 0.5;
+  double count_ = 0;  // of the samples, with half of the apex
   double ground_ = 0;
 };
 
-// The mean mass, weighted by intensity, and the highest sample.
-Apex MeanOf(const ProfileRun& run, SampleIndex apex, SampleIndex first, SampleIndex last) {
-  double sum = 0;
-  double moment = 0;
-  for (SampleIndex i = first; i <= last; ++i) {
-    const double weight = run[i] / run[apex];
-    sum += weight;
-    moment += weight * (run.mz[i] - run.mz[apex]);
+// A peak whose place is to be found from the samples of its top.
+struct Peak {
+  const double* mz;
+  const double* intensities;
+  SampleIndex apex;
+  SampleIndex first;
+  SampleIndex last;
+  double area;
+
+  PeakTop Top() const {
+    const auto count = static_cast<std::size_t>(last - first + 1);
+    return {{mz + first, count}, {intensities + first, count}, intensities[apex]};
   }
-  return {run.mz[apex] + moment / sum, run[apex]};
-}
 
-Apex FindApex(const ProfileRun& run, SampleIndex apex, SampleIndex first, SampleIndex last) {
-  const auto count = static_cast<std::size_t>(last - first + 1);
-  const auto curve = FitApex({run.mz + first, count}, {run.intensities + first, count}, run[apex]);
-  return curve ? *curve : MeanOf(run, apex, first, last);
-}
+  // The mean mass, weighted by intensity, and the highest sample.
+  Apex Mean() const {
+    double sum = 0;
+    double moment = 0;
+    for (SampleIndex i = first; i <= last; ++i) {
+      const double weight = intensities[i] / intensities[apex];
+      sum += weight;
+      moment += weight * (mz[i] - mz[apex]);
+    }
+    return {mz[apex] + moment / sum, intensities[apex]};
+  }
+};
 
-// The peak of a region: its place and its height, or the sum of its samples. Nothing when the square of its
-// signal to noise, times the ion's intensity, is below `limit`.
-std::optional<Apex> MeasurePeak(const ProfileRun& run, const Region& region, bool isArea, double limit) {
-  const Flank left(run, region, -1);
-  const Flank right(run, region, 1);
+// The peak of a region. Nothing when the square of its signal to noise, times the ion's intensity, is below
+// `limit`.
+std::optional<Peak> FindPeak(const ProfileRun& run, const Region& region, double limit) {
+  const Flank<-1> left(run, region);
+  const Flank<1> right(run, region);
   const double sum = run[region.apex] + left.Sum() + right.Sum();
   const double net = std::max(sum - left.Ground() - right.Ground(), 0.0);
   const double variance = sum + left.GroundVariance() + right.GroundVariance();
   if (net * net < limit * variance) return std::nullopt;
-  Apex peak = FindApex(run, region.apex, left.EndOfTop(), right.EndOfTop());
-  if (isArea) peak.height = sum;
-  return peak;
+  const SampleIndex apex = region.apex;
+  return Peak{run.mz, run.intensities, apex, apex - left.LengthOfTop(), apex + right.LengthOfTop(), sum};
 }
 
 // The sample that a quarter of the others are below.
@@ -192,11 +209,19 @@ SampleIndex CountHigh(const ProfileRun& run, const Region& region, double level)
          CountHigh(run, region.apex, region.last, level);
 }
 
+// No fewer than CountHigh() counts, and at most one more than there are: gaps are looked over.
+SampleIndex CountAllHigh(const ProfileRun& run, const Region& region, double level) {
+  SampleIndex high = 0;
+  for (SampleIndex i = region.first; i <= region.last; ++i) high += run.Smooth(i) >= level ? 1 : 0;
+  return high;
+}
+
 // How many samples of a region one bin may hold: the highest peak keeps six or more at half its height above
 // the lower quartile.
 SampleIndex BinSize(const ProfileRun& run, const Region& region) {
   const double half = 0.5 * run.Smooth(region.apex);
-  if (CountHigh(run, region, half) < kFewestToBin) return 1;  // no more are higher, and this is quicker
+  // No more are higher than half the height, and these are quicker to count.
+  if (CountAllHigh(run, region, half) < kFewestToBin || CountHigh(run, region, half) < kFewestToBin) return 1;
   const SampleIndex high = CountHigh(run, region, half + 0.5 * LowerQuartile(run, region));
   return std::max<SampleIndex>(high / kSamplesPerWidth, 1);
 }
@@ -213,6 +238,17 @@ class CentroidFinder {
     const bool isUnbinned = ion_ <= 0 || run.Count() < kFewestToBin ||
                             (regions_.size() == 1 && BinSize(run, regions_.front()) == 1);
     isUnbinned ? AddPeaks(run, 1) : AddClearRegions(run);
+  }
+
+  // Finds the places of all peaks that have been added.
+  void Finish() {
+    for (std::size_t i = 0; i < peaks_.size(); i += 2) {
+      const std::size_t other = std::min(i + 1, peaks_.size() - 1);
+      const auto curves = FitApexes(peaks_[i].Top(), peaks_[other].Top());
+      Add(peaks_[i], curves[0]);
+      if (other != i) Add(peaks_[other], curves[1]);
+    }
+    peaks_.clear();
   }
 
  private:
@@ -244,7 +280,7 @@ class CentroidFinder {
       }
     }
     bins_.End(static_cast<std::size_t>(count));
-    AddRegion({binMz_.data(), intensities, 0, count - 1},
+    AddRegion({binMz_.data(), intensities, 0, count - 1, false},
               {0, 0, count - 1, region.isFirstShared, region.isLastShared}, static_cast<double>(size));
   }
 
@@ -258,11 +294,18 @@ class CentroidFinder {
   void AddPeaks(const ProfileRun& run, double size) {
     const double limit = Square(options_.minSignalToNoise) * ion_ / size;
     for (const Region& region : regions_) {
-      const std::optional<Apex> peak = MeasurePeak(run, region, options_.isArea, limit);
+      std::optional<Peak> peak = FindPeak(run, region, limit);
       if (!peak) continue;
-      mz_.push_back(peak->mass);
-      intensities_.push_back(options_.isArea ? peak->height * size : peak->height);
+      peak->area *= size;
+      peaks_.push_back(*peak);
     }
+    if (!run.isLasting || peaks_.size() >= kPeaksAtOnce) Finish();
+  }
+
+  void Add(const Peak& peak, const std::optional<Apex>& curve) {
+    const Apex apex = curve ? *curve : peak.Mean();
+    mz_.push_back(apex.mass);
+    intensities_.push_back(options_.isArea ? peak.area : apex.height);
   }
 
   const CentroidOptions& options_;
@@ -271,6 +314,7 @@ class CentroidFinder {
   std::vector<double>& intensities_;
   std::vector<Region> clear_;
   std::vector<Region> regions_;
+  std::vector<Peak> peaks_;
   std::vector<double> binMz_;
   PaddedSamples bins_;
 };
@@ -289,8 +333,9 @@ void FindCentroids(std::span<const double> mz, std::span<const double> intensiti
   const double ion = options.ionIntensity ? *options.ionIntensity : IonIntensityOf(mz, intensities);
   const double least = Square(options.minSignalToNoise) * ion;  // a peak adds up to that or more
   CentroidFinder finder(options, ion, centroidMz, centroidIntensities);
-  ProfileRuns runs(mz, intensities);
-  while (const std::optional<ProfileRun> run = runs.Next(least)) finder.AddRun(*run);
+  ProfileRuns runs(mz, intensities, least);
+  while (const std::optional<ProfileRun> run = runs.Next()) finder.AddRun(*run);
+  finder.Finish();
 }
 
 }  // namespace zrml

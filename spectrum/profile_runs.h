@@ -6,33 +6,33 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <vector>
+
+#include "spectrum/profile_stretches.h"
 
 namespace zrml {
 
-using SampleIndex = std::ptrdiff_t;
+/// The mean of three samples, the middle one counted twice.
+inline double SmoothSample(const double* sample) {
+  return 0.25 * sample[-1] + 0.5 * sample[0] + 0.25 * sample[1];
+}
 
-/// Samples with ascending masses. The first and the last have an intensity, or the last is a zero behind one;
-/// the two intensities before and behind them are 0.
+/// Samples with ascending masses. The first and the last have an intensity, or the last is a zero behind one.
+/// The two intensities before them are 0, the one behind them too, and behind an intensity the next as well.
 struct ProfileRun {
   const double* mz;
   const double* intensities;
   SampleIndex first;
   SampleIndex last;
+  bool isLasting;  ///< whether they stay where they are when other runs are looked at
 
   double operator[](SampleIndex i) const { return intensities[i]; }
   SampleIndex Count() const { return last - first + 1; }
-  /// The mean of three samples, the middle one counted twice.
-  double Smooth(SampleIndex i) const {
-    return 0.25 * intensities[i - 1] + 0.5 * intensities[i] + 0.25 * intensities[i + 1];
-  }
+  double Smooth(SampleIndex i) const { return SmoothSample(intensities + i); }
 };
 
 /// Intensities between zeros, two before them and two behind.
 class PaddedSamples {
  public:
-  explicit PaddedSamples(std::size_t most = 0) { Reserve(most); }
-
   void Reserve(std::size_t most);
   double* Begin() { return samples_.get() + kZeros; }
   /// Puts the zeros behind that many.
@@ -47,14 +47,18 @@ class PaddedSamples {
 
 /// Goes through the runs of a profile. A step ends a run when it is more than half as long again as the
 /// shortest of the four before and after it: acquisitions leave out zeros. So does a mass that is not above
-/// the one before or not from 0 to 1e100. An intensity that is not from 1e-100 to 1e100 counts as 0.
+/// the one before or not from 0 to 1e100.
 class ProfileRuns {
  public:
-  /// The arrays are as long as each other, and stay where they are.
-  ProfileRuns(std::span<const double> mz, std::span<const double> intensities);
+  /// The runs that add up to `least` or more. The arrays are as long as each other, and stay where they are.
+  ProfileRuns(std::span<const double> mz, std::span<const double> intensities, double least);
 
-  /// The next run that adds up to `least` or more; nothing behind the last. Holds until the next call.
-  std::optional<ProfileRun> Next(double least);
+  /// The next one; nothing behind the last. Holds until the next call.
+  std::optional<ProfileRun> Next();
+
+  /// Passes over the next run and the zero behind it if it is a single sample: returns its intensity. Returns
+  /// 0 for any other run, and for one that does not end before `end` with that zero.
+  double PassSingle(SampleIndex end);
 
   /// Goes on with the first run that begins at this sample or behind it, not before those that were passed.
   void SkipTo(SampleIndex sample);
@@ -62,21 +66,23 @@ class ProfileRuns {
   SampleIndex Passed() const { return next_; }
 
  private:
-  double Intensity(SampleIndex i) const;
   double Step(SampleIndex i) const { return mz_[i + 1] - mz_[i]; }
   double ShortestStep(SampleIndex first, SampleIndex last) const;
   bool HasPlace(SampleIndex i) const;
+  bool FindStretch();
+  bool LookAtStretch();
   bool IsFollowed(SampleIndex i);
-  bool FindStretch(double least);
   SampleIndex EndOfRun(SampleIndex first);
-  ProfileRun Copy(SampleIndex first, SampleIndex last);
+  ProfileRun Copy(const SampleRange& part);
 
   const double* mz_;
   const double* intensities_;
   SampleIndex count_;
+  double least_;
+  Stretches stretches_;
+  SampleRange stretch_ = {};  // that is being gone through
+  double highest_ = 0;        // sample of it
   SampleIndex next_ = 0;
-  SampleIndex beginOfStretch_ = 0;  // of the samples between two pairs of zeros that are being gone through
-  SampleIndex endOfStretch_ = 0;
   SampleIndex endOfBlock_ = 0;  // of samples whose steps have been looked at together
   double shortestStep_ = 0;     // in the block and four steps around it
   PaddedSamples copied_;

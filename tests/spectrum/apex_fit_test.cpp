@@ -2,6 +2,9 @@
 
 #include <array>
 #include <cmath>
+#include <optional>
+#include <sstream>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -39,6 +42,18 @@ Apex WeightedParabola(const Doubles& intensities) {
   return {top, std::exp(solution[0] + top * solution[1] / 2)};
 }
 
+std::optional<Apex> FitApex(const Doubles& mz, const Doubles& intensities, double highest) {
+  const PeakTop top{mz, intensities, highest};
+  return FitApexes(top, top)[0];
+}
+
+// With all bits.
+std::string ToString(const std::optional<Apex>& apex) {
+  std::ostringstream text;
+  if (apex) text << std::hexfloat << apex->mass << " " << apex->height;
+  return text.str();
+}
+
 TEST(ApexFit, FourSamplesHaveAParabola) {
   const Doubles intensities{2, 8, 6, 1};
   const auto apex = FitApex(Doubles{0, 1, 2, 3}, intensities, 8);
@@ -70,6 +85,21 @@ TEST(ApexFit, ThreeSamplesAtLeast) {
   EXPECT_FALSE(FitApex({}, {}, 0));
   EXPECT_FALSE(FitApex(Doubles{1}, Doubles{1}, 1));
   EXPECT_FALSE(FitApex(Doubles{1, 2}, Doubles{3, 4}, 4));
+}
+
+TEST(ApexFit, EachOfTwoIsWhatItIsAlone) {
+  const Doubles mz{500, 500.5, 501.125, 501.5, 502.25, 503};
+  const Doubles intensities{1, 3, 7, 8, 4, 2};
+  const PeakTop cubic{mz, intensities, 8};
+  const PeakTop parabola{{mz.data() + 1, 4}, {intensities.data() + 1, 4}, 8};
+  const PeakTop none{{mz.data(), 2}, {intensities.data(), 2}, 3};
+  for (const PeakTop& one : {cubic, parabola, none}) {
+    const auto alone = FitApexes(one, one)[0];
+    for (const PeakTop& other : {cubic, parabola, none}) {
+      EXPECT_EQ(ToString(FitApexes(one, other)[0]), ToString(alone));
+      EXPECT_EQ(ToString(FitApexes(other, one)[1]), ToString(alone));
+    }
+  }
 }
 
 }  // namespace
