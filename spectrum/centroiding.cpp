@@ -36,31 +36,32 @@ void CutAtValleys(const ProfileRun& run, const Region& whole, double deviations,
                   std::vector<Region>& regions) {
   const double limit = std::max(Square(deviations) * ion, 0.0);
   const auto standsOut = [limit](double high, double low) {
-    const double difference = std::max(high - low, 0.0);
-    return difference * difference > limit * (high + low);
+    return (high - low) * (high - low) > limit * (high + low);
   };
   const double* const samples = run.intensities;
   const SampleIndex last = whole.last;
   regions.clear();
   Region region = whole;
-  SampleIndex apex = whole.first;
+  region.apex = whole.first;
   for (SampleIndex i = whole.first;; ++i) {
-    // Noise would make jumps in here unpredictable.
-    for (double high = samples[apex]; i <= last && !standsOut(high, samples[i]); ++i) {
+    // The loops choose without jumps, which noise would make unpredictable.
+    SampleIndex apex = region.apex;
+    for (double high = samples[apex]; i <= last; ++i) {
       apex = samples[i] > high ? i : apex;
       high = std::max(high, samples[i]);
+      if (standsOut(high, samples[i])) break;
     }
     region.apex = apex;
     if (i > last) break;
     SampleIndex valley = i;
-    for (double low = samples[i]; i <= last && !standsOut(samples[i], low); ++i) {
+    for (double low = samples[i]; i <= last; ++i) {
       valley = samples[i] < low ? i : valley;
       low = std::min(low, samples[i]);
+      if (standsOut(samples[i], low)) break;
     }
     if (i > last) break;
     regions.push_back({region.first, region.apex, valley, region.isFirstShared, true});
     region = {valley, i, last, true, whole.isLastShared};
-    apex = i;
   }
   regions.push_back(region);
 }
@@ -75,17 +76,26 @@ class Flank {
         samples_(run.intensities + region.apex),
         length_(kDirection < 0 ? region.apex - region.first : region.last - region.apex),
         isShared_(kDirection < 0 ? region.isFirstShared : region.isLastShared),
-        valley_(isShared_ ? Sample(length_) : 0) {
-    Measure();
+        valley_(isShared_ ? Sample(length_) : 0),
+        halfWidth_(HalfWidth()),
+        lengthOfTop_(FindEndOfTop()) {}
+
+  // Sums the samples beside the apex, as far as three half widths.
+  void Measure() {
+    const double reach = kHalfWidths * halfWidth_;
+    const SampleIndex unshared = length_ - (isShared_ ? 1 : 0);
+    double sum = 0;
+    SampleIndex i = 1;
+    for (; i <= unshared && !(DistanceTo(Mass(i)) > reach); ++i) sum += Sample(i);
+    count_ = static_cast<double>(i) - 0.5;
+    const bool hasShared = i == length_ && i > unshared && !(DistanceTo(Mass(i)) > reach);
+    sum_ = hasShared ? sum + 0.5 * valley_ : sum;
+    count_ += hasShared ? 0.5 : 0;
+    ground_ = hasShared || i > length_ ? valley_ : Smooth(i);
   }
 
   // How many samples beside the apex are high enough for the curve through the top.
-  SampleIndex LengthOfTop() const {
-    const double floor = Level(Sample(0), kTopFloor);
-    SampleIndex i = 0;
-    while (i != length_ && Sample(i + 1) >= floor) ++i;
-    return i;
-  }
+  SampleIndex LengthOfTop() const { return lengthOfTop_; }
 
   double Sum() const { return sum_; }
   // What lies under the flank and half of the apex, and the variance of that estimate over the ion's
@@ -116,19 +126,11 @@ class Flank {
     return std::numeric_limits<double>::infinity();
   }
 
-  // Sums the samples beside the apex, as far as three half widths.
-  void Measure() {
-    const double reach = kHalfWidths * HalfWidth();
-    double sum = 0;
-    SampleIndex i = 1;
-    for (; i <= length_ && !(DistanceTo(Mass(i)) > reach); ++i) {
-      const double share = i == length_ && isShared_ ? 0.5 : 1;
-      sum += share * Sample(i);
-    }
-    const bool isWhole = i > length_;
-    sum_ = sum;
-    count_ = static_cast<double>(i) - (isWhole && isShared_ && length_ > 0 ? 1 : 0.5);
-    ground_ = isWhole ? valley_ : Smooth(i);
+  SampleIndex FindEndOfTop() const {
+    const double floor = Level(Sample(0), kTopFloor);
+    SampleIndex i = 0;
+    while (i != length_ && Sample(i + 1) >= floor) ++i;
+    return i;
   }
 
   const double* mz_;
@@ -136,6 +138,8 @@ class Flank {
   SampleIndex length_;
   bool isShared_;
   double valley_;
+  double halfWidth_;
+  SampleIndex lengthOfTop_;
   double sum_ = 0;
   double count_ = 0;  // of the samples, with half of the apex
   double ground_ = 0;
@@ -171,8 +175,11 @@ struct Peak {
 // The peak of a region. Nothing when the square of its signal to noise, times the ion's intensity, is below
 // `limit`.
 std::optional<Peak> FindPeak(const ProfileRun& run, const Region& region, double limit) {
-  const Flank<-1> left(run, region);
-  const Flank<1> right(run, region);
+  // Sums wait for half widths, which take a division: both are found before either is used.
+  Flank<-1> left(run, region);
+  Flank<1> right(run, region);
+  left.Measure();
+  right.Measure();
   const double sum = run[region.apex] + left.Sum() + right.Sum();
   const double net = std::max(sum - left.Ground() - right.Ground(), 0.0);
   const double variance = sum + left.GroundVariance() + right.GroundVariance();

@@ -15,16 +15,21 @@ constexpr double kHighestMass = 1e100;
 constexpr SampleIndex kStepsAround = 4;
 constexpr double kLongestStep = 1.5;  // of the shortest around
 
-// Whether a sample is higher than those beside it and they are no higher than theirs, or lower and no lower.
-// Few are: there is one jump for all these comparisons.
-bool IsZigzag(const double* sample) {
-  const double left = sample[0] - sample[-1];
-  const double right = sample[0] - sample[1];
-  const double beyondLeft = sample[-1] - sample[-2];
-  const double beyondRight = sample[1] - sample[2];
-  const bool isHigher = (left > 0) & (right > 0) & (beyondLeft <= 0) & (beyondRight <= 0);
-  const bool isLower = (left < 0) & (right < 0) & (beyondLeft >= 0) & (beyondRight >= 0);
-  return isHigher | isLower;
+// A bit for each of two samples: whether it is higher than those beside it and they are no higher than
+// theirs, or lower and no lower.
+int ZigzagsOf(const double* sample) {
+  const __m128d beforeLeft = _mm_loadu_pd(sample - 2);
+  const __m128d left = _mm_loadu_pd(sample - 1);
+  const __m128d middle = _mm_loadu_pd(sample);
+  const __m128d right = _mm_loadu_pd(sample + 1);
+  const __m128d behindRight = _mm_loadu_pd(sample + 2);
+  const __m128d areHigher =
+      _mm_and_pd(_mm_and_pd(_mm_cmpgt_pd(middle, left), _mm_cmpgt_pd(middle, right)),
+                 _mm_and_pd(_mm_cmple_pd(left, beforeLeft), _mm_cmple_pd(right, behindRight)));
+  const __m128d areLower =
+      _mm_and_pd(_mm_and_pd(_mm_cmplt_pd(middle, left), _mm_cmplt_pd(middle, right)),
+                 _mm_and_pd(_mm_cmpge_pd(left, beforeLeft), _mm_cmpge_pd(right, behindRight)));
+  return _mm_movemask_pd(_mm_or_pd(areHigher, areLower));
 }
 
 // The intensity of an ion if two samples differ by one standard deviation: counting makes the variance of
@@ -32,11 +37,14 @@ bool IsZigzag(const double* sample) {
 double IonOfDifference(double one, double other) { return (one - other) * (one - other) / (one + other); }
 
 void AddIonsOf(const ProfileRun& run, std::vector<double>& ions) {
-  for (SampleIndex i = run.first; i <= run.last; ++i) {
-    const double* const sample = run.intensities + i;
-    if (!IsZigzag(sample)) continue;
-    ions.push_back(IonOfDifference(sample[0], sample[-1]));
-    ions.push_back(IonOfDifference(sample[0], sample[1]));
+  for (SampleIndex i = run.first; i <= run.last; i += 2) {
+    const double* sample = run.intensities + i;
+    // Behind an odd number of samples comes a zero that is no lower than what is behind it.
+    for (int zigzags = ZigzagsOf(sample); zigzags != 0; zigzags >>= 1, ++sample) {
+      if (zigzags % 2 == 0) continue;
+      ions.push_back(IonOfDifference(sample[0], sample[-1]));
+      ions.push_back(IonOfDifference(sample[0], sample[1]));
+    }
   }
 }
 

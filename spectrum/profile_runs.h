@@ -30,7 +30,7 @@ struct ProfileRun {
   double Smooth(SampleIndex i) const { return SmoothSample(intensities + i); }
 };
 
-/// Intensities between zeros, two before them and two behind.
+/// Intensities between zeros, three before them and three behind.
 class PaddedSamples {
  public:
   void Reserve(std::size_t most);
@@ -39,7 +39,7 @@ class PaddedSamples {
   void End(std::size_t count);
 
  private:
-  static constexpr std::size_t kZeros = 2;  // as far as what looks at a sample's surroundings goes
+  static constexpr std::size_t kZeros = 3;  // as far as what looks at the surroundings of two samples goes
 
   std::size_t room_ = 0;
   std::unique_ptr<double[]> samples_;
