@@ -16,6 +16,9 @@ inline double SmoothSample(const double* sample) {
   return 0.25 * sample[-1] + 0.5 * sample[0] + 0.25 * sample[1];
 }
 
+/// So many intensities before and behind a run can be read, whatever they are.
+inline constexpr SampleIndex kReadable = 8;
+
 /// Samples with ascending masses. The first and the last have an intensity, or the last is a zero behind one.
 /// The two intensities before them are 0, the one behind them too, and behind an intensity the next as well.
 struct ProfileRun {
@@ -30,7 +33,7 @@ struct ProfileRun {
   double Smooth(SampleIndex i) const { return SmoothSample(intensities + i); }
 };
 
-/// Intensities between zeros, three before them and three behind.
+/// Intensities between as many zeros as are read before and behind a run.
 class PaddedSamples {
  public:
   void Reserve(std::size_t most);
@@ -39,7 +42,7 @@ class PaddedSamples {
   void End(std::size_t count);
 
  private:
-  static constexpr std::size_t kZeros = 3;  // as far as what looks at the surroundings of two samples goes
+  static constexpr auto kZeros = static_cast<std::size_t>(kReadable);
 
   std::size_t room_ = 0;
   std::unique_ptr<double[]> samples_;
