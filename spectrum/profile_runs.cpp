@@ -170,8 +170,19 @@ void ProfileRuns::SkipTo(SampleIndex sample) {
   stretch_ = {next_, next_};
 }
 
+// Whether the stretch is one of the many of a few ions, whose runs need no look.
+bool ProfileRuns::IsShortAndLow() const {
+  constexpr SampleIndex kShort = 4;
+  if (stretch_.Count() == 0 || stretch_.Count() > kShort) return false;
+  double sum = 0;
+  for (SampleIndex i = stretch_.begin; i < stretch_.end; ++i) sum += CountedIntensity(intensities_[i]);
+  return !(sum >= least_);
+}
+
 bool ProfileRuns::FindStretch() {
-  stretch_ = stretches_.Next();
+  do {
+    stretch_ = stretches_.Next();
+  } while (IsShortAndLow());
   next_ = stretch_.begin;
   return stretch_.Count() > 0;
 }

@@ -73,6 +73,7 @@ class ProfileRuns {
   double ShortestStep(SampleIndex first, SampleIndex last) const;
   bool HasPlace(SampleIndex i) const;
   bool FindStretch();
+  bool IsShortAndLow() const;
   bool LookAtStretch();
   bool IsFollowed(SampleIndex i);
   SampleIndex EndOfRun(SampleIndex first);
