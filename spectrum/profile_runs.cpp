@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kHighestMass = 1e100;
 constexpr SampleIndex kStepsAround = 4;
+static_assert(kStepsAround <= kReadable);
 constexpr double kLongestStep = 1.5;  // of the shortest around
 
 // A bit for each of two samples: whether it is higher than those beside it and they are no higher than
@@ -205,8 +206,7 @@ bool ProfileRuns::HasPlace(SampleIndex i) const { return mz_[i] >= 0 && mz_[i] <
 bool ProfileRuns::LookAtStretch() {
   constexpr SampleIndex kMost = 64;
   const auto [begin, end] = stretch_;
-  if (end - begin < 3 || end - begin > kMost || begin < kStepsAround || end + kStepsAround > count_)
-    return false;
+  if (end - begin < 3 || end - begin > kMost || begin < kReadable || end + kReadable > count_) return false;
   StretchLook look(mz_, intensities_);
   for (SampleIndex i = begin; i < end - 3; i += 2) {
     look.AddSteps(i);
