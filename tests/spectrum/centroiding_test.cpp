@@ -258,6 +258,45 @@ TEST(Centroiding, ZerosThatAreLeftOutChangeNothing) {
   EXPECT_EQ(found.intensities, expected.intensities);
 }
 
+// Single ions, three samples apart, around a peak: it is where it is, wherever that is in the arrays.
+TEST(Centroiding, SingleIonsBeforeAndBehindChangeNothing) {
+  const Doubles peak{4, 16, 8};
+  const CentroidOptions options{.ionIntensity = 1.0};
+  for (std::size_t before = 0; before < 150; ++before) {
+    for (const std::size_t behind : {0, 1, 2, 5, 7, 8, 9, 140}) {
+      Doubles intensities(before + peak.size() + behind);
+      for (std::size_t i = 0; i < before; ++i) intensities[i] = (before - i) % 3 == 0 ? 1 : 0;
+      for (std::size_t i = 0; i < behind; ++i) intensities[before + 3 + i] = i % 3 == 2 ? 1 : 0;
+      std::copy(peak.begin(), peak.end(), intensities.begin() + static_cast<std::ptrdiff_t>(before));
+      Doubles mz = Axis(intensities.size());
+      for (double& mass : mz) mass -= kStep * static_cast<double>(before);
+      const Centroids found = Find(mz, intensities, options);
+      ASSERT_EQ(found.mz.size(), 1U) << before << " " << behind;
+      EXPECT_NEAR(found.mz[0], 100 + kStep * (1 + 1.0 / 6), 1e-9) << before << " " << behind;
+      EXPECT_NEAR(found.intensities[0], std::exp2(4 + 1.0 / 24), 1e-8);
+      EXPECT_EQ(found.mz, Find(Axis(3), peak, options).mz);
+    }
+  }
+}
+
+// Samples that count as 0 do so beside a peak as well as in it.
+TEST(Centroiding, WhatIsNoIntensityIsZeroBesideAPeak) {
+  const double other[] = {0, -1, kNaN, kInfinity, 1e-101};
+  const Doubles plain{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 4, 16, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  const Centroids expected = OnAxis(plain, kOneCountAnIon);
+  ASSERT_EQ(expected.mz.size(), 1U);
+  for (std::size_t i = 0; i < plain.size(); ++i) {
+    if (plain[i] > 0) continue;
+    for (const double value : other) {
+      Doubles intensities = plain;
+      intensities[i] = value;
+      const Centroids found = OnAxis(intensities, kOneCountAnIon);
+      EXPECT_EQ(found.mz, expected.mz) << i << " " << value;
+      EXPECT_EQ(found.intensities, expected.intensities) << i << " " << value;
+    }
+  }
+}
+
 // An ion may add any number: the noise is found from the profile alone.
 TEST(Centroiding, AnyUnitOfIntensity) {
   RandomNumbers random(11);
