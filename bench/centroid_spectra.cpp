@@ -1,6 +1,7 @@
 // Centroids of the profiles on standard input, for bench/centroids.py; areas with the argument "area". All is
 // doubles: a profile is its number of points, their masses, their intensities, and an answer the same of its
-// centroids. Behind the answers come the processor's seconds for all of them together.
+// centroids. All profiles are in memory before the first is looked at. Behind the answers come the
+// processor's seconds for all of them together.
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -20,20 +21,34 @@ void Write(std::span<const double> values) {
   std::fwrite(values.data(), sizeof(double), values.size(), stdout);
 }
 
-int AnswerAll(const CentroidOptions& options) {
-  std::vector<double> mz, intensities, centroidMz, centroidIntensities;
-  double seconds = 0;
+struct Points {
+  std::vector<double> mz;
+  std::vector<double> intensities;
+};
+
+bool ReadAll(std::vector<Points>& profiles) {
   for (double count = 0; Read({&count, 1});) {
-    mz.resize(static_cast<std::size_t>(count));
-    intensities.resize(mz.size());
-    if (!Read(mz) || !Read(intensities)) return 1;
-    const std::clock_t began = std::clock();
-    FindCentroids(mz, intensities, options, centroidMz, centroidIntensities);
-    seconds += static_cast<double>(std::clock() - began) / CLOCKS_PER_SEC;
-    const auto found = static_cast<double>(centroidMz.size());
+    Points& profile = profiles.emplace_back();
+    profile.mz.resize(static_cast<std::size_t>(count));
+    profile.intensities.resize(profile.mz.size());
+    if (!Read(profile.mz) || !Read(profile.intensities)) return false;
+  }
+  return true;
+}
+
+int AnswerAll(const CentroidOptions& options) {
+  std::vector<Points> profiles;
+  if (!ReadAll(profiles)) return 1;
+  std::vector<Points> answers(profiles.size());
+  const std::clock_t began = std::clock();
+  for (std::size_t i = 0; i < profiles.size(); ++i)
+    FindCentroids(profiles[i].mz, profiles[i].intensities, options, answers[i].mz, answers[i].intensities);
+  const double seconds = static_cast<double>(std::clock() - began) / CLOCKS_PER_SEC;
+  for (const Points& answer : answers) {
+    const auto found = static_cast<double>(answer.mz.size());
     Write({&found, 1});
-    Write(centroidMz);
-    Write(centroidIntensities);
+    Write(answer.mz);
+    Write(answer.intensities);
   }
   Write({&seconds, 1});
   return 0;

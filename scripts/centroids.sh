@@ -4,5 +4,5 @@
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 install "${build_packages[@]}" python3-numpy python3-matplotlib topp
-build linux zrml_centroid_spectra
-run /usr/bin/python3 bench/centroids.py build/linux/bench/zrml_centroid_spectra docs/images/centroids.png
+build linux zrml_centroid_spectra zrml_pick_clock
+run /usr/bin/python3 bench/centroids.py build/linux/bench/zrml_centroid_spectra build/linux/bench/libzrml_pick_clock.so docs/images/centroids.png

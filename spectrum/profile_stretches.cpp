@@ -20,13 +20,13 @@ __m128i HalvesOf(__m128d one, __m128d other) {
 template <class Test>
 std::uint64_t BitsOf(const double* samples, Test areTrue) {
   std::uint64_t bits = 0;
-  for (SampleIndex i = kBits - 16; i >= 0; i -= 16) {
+  for (SampleIndex i = 0; i < kBits; i += 16) {
     const auto fourFrom = [&](SampleIndex k) {
       return HalvesOf(areTrue(_mm_loadu_pd(samples + i + k)), areTrue(_mm_loadu_pd(samples + i + k + 2)));
     };
     const __m128i eight = _mm_packs_epi32(fourFrom(0), fourFrom(4));
     const __m128i others = _mm_packs_epi32(fourFrom(8), fourFrom(12));
-    bits = bits << 16 | static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_packs_epi16(eight, others)));
+    bits |= static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_packs_epi16(eight, others))) << i;
   }
   return bits;
 }
