@@ -102,8 +102,10 @@ Points SamplesOf(const Points& scan) {
   return samples;
 }
 
-bool AreNumbers(const Values& values) {
-  return std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
+// NaN cannot; larger values, or their products with masses, could make a sum infinite.
+bool CanBeAdded(const Values& values) {
+  constexpr double kMost = 1e100;
+  return std::ranges::all_of(values, [](double value) { return std::abs(value) <= kMost; });
 }
 
 // Scans of one kind, added up.
@@ -150,7 +152,7 @@ class Adder {
       AddToAxis(scan);
       return true;
     }
-    if (!AreNumbers(scan.mz) || !AreNumbers(scan.intensities)) return false;
+    if (!CanBeAdded(scan.mz) || !CanBeAdded(scan.intensities)) return false;
     if (!sum_.isCentroided) return AddToProfile(position, scan);
     peaks_.Add(scan);
     return true;
@@ -266,7 +268,7 @@ std::vector<int> OrderBySteps(const Task& task, GridSteps& steps) {
     task.Read(position, points);
     const Values mz = SamplesOf(points).mz;
     const bool isAdded = !task.At(position).isCentroided && mz.size() >= kShortestProfile &&
-                         AreNumbers(points.mz) && AreNumbers(points.intensities);
+                         CanBeAdded(points.mz) && CanBeAdded(points.intensities);
     if (isAdded) steps.Learn(mz);
     weights.push_back(isAdded ? 1 + CountEvenSteps(mz) : 0);
   }

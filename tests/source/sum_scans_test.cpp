@@ -244,17 +244,30 @@ TEST_F(SumScansTest, SingleIonsOfAnotherGridAreDistributedOverThePeak) {
   }
 }
 
-// One such scan would make all sums infinite, or no number.
-TEST_F(SumScansTest, ScansWithAnInfiniteIntensityAreLeftOut) {
+// One such scan would make all sums infinite, or no number; so would a few of 1e307, or the product of one
+// with its m/z.
+TEST_F(SumScansTest, ScansWithAnIntensityTooLargeForSumsAreLeftOut) {
   for (const bool isCentroided : {false, true}) {
-    ReportPairs points = {{100, 1}, {101, 5}, {102, 1}};
-    const ReportPairs infinite = {{100, 1}, {101, 1e308}, {102, 1}};
-    const ScanSum sum =
-        SumScans(*Open({infinite, points, points}, isCentroided, "1000"), 0, 0, 0, 3, {10, true});
-    EXPECT_EQ(sum.added, (std::vector{1, 2}));
-    EXPECT_EQ(sum.leftOut, 1);
-    EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
-    EXPECT_EQ(sum.intensities, (Doubles{20, 100, 20}));
+    const ReportPairs points = {{100, 1}, {101, 5}, {102, 1}};
+    for (const double huge : {1e308, 1e306, 1e100}) {  // times ten
+      const ReportPairs left = {{100, 1}, {101, huge}, {102, 1}};
+      const ScanSum sum =
+          SumScans(*Open({left, points, points}, isCentroided, "1000"), 0, 0, 0, 3, {10, true});
+      EXPECT_EQ(sum.added, (std::vector{1, 2})) << huge;
+      EXPECT_EQ(sum.leftOut, 1);
+      EXPECT_EQ(sum.mz, (Doubles{100, 101, 102}));
+      EXPECT_EQ(sum.intensities, (Doubles{20, 100, 20}));
+    }
+  }
+}
+
+TEST_F(SumScansTest, MeansOfLargeIntensitiesAreFinite) {
+  const ReportPairs points = {{100, 1}, {101, 0x1p+330}, {102, 1}};  // 2e99
+  for (const bool isCentroided : {false, true}) {
+    ScanSum mean = SumScans(*Open({points, points, points, points}, isCentroided, "100"), 0, 0, 0, 4, {});
+    EXPECT_EQ(mean.leftOut, 0);
+    MakeMean(mean);
+    EXPECT_EQ(mean.intensities, (Doubles{1, 0x1p+330, 1}));
   }
 }
 
