@@ -121,6 +121,11 @@ TEST_F(IonChromatogramTest, LevelsAndFunctionsChoose) {
     ExpectFailure(RunIons({"--mz", "100", "--function", list}), 2,
                   "there is no function 7: " + path_ + " has functions 1 to 4, 6, p1");
   }
+  for (const char* const list : {"7-9", "7-", "7-8,12-15"}) {
+    ExpectFailure(RunIons({"--mz", "100", "--function", list, "--ms-level", "1"}), 2,
+                  "there is no function 7: " + path_ + " has functions 1 to 4, 6, p1");
+  }
+  EXPECT_EQ(functions({"--mz", "100", "--function", "3,7-9"}), json::parse("[3]"));
 }
 
 // Those of level 1: function 4 has points of no known layout, and what was read before it is there.

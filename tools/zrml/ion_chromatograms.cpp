@@ -57,6 +57,11 @@ std::vector<FunctionPosition> FunctionsForIons(source::Source& source, int sampl
   for (int i = 0; i < static_cast<int>(functions.size()); ++i) {
     if (Chooses(wanted, functions[static_cast<std::size_t>(i)])) chosen.push_back({sample, i});
   }
+  const auto isListed = [&](const source::Function& function) {
+    return selection.functions.Has(function.id);
+  };
+  if (std::ranges::none_of(functions, isListed) && !selection.functions.IsAll())
+    FindFunction(source, sample + 1, selection.functions.First());  // says which there are
   if (chosen.empty()) RefuseWithoutLevel(source, sample, isOpen ? "of level 1" : "of such a level");
   return chosen;
 }
