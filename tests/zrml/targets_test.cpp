@@ -138,6 +138,39 @@ TEST_F(TargetsTest, NamesAreThereOnce) {
   ExpectRefused("[{\"rt_end\": null, \"rt_end\": 2}]", ", line 1: rt_end is there twice");
 }
 
+TEST_F(TargetsTest, NumbersOfJsonAreNotText) {
+  ExpectRefused("[{\"mz\": 1},\n{\"mz\": \"100\"}]", ", line 2: mz is the text \"100\", not a number");
+  for (const std::string name : {"tolerance", "mz_start", "mz_end", "rt_start", "rt_end"}) {
+    ExpectRefused("[{\"" + name + "\": \"\"}]", ", line 1: " + name + " is the text \"\", not a number");
+  }
+  EXPECT_EQ(Read("[{\"mz\": 100, \"comment\": \"100\", \"mass\": \"100\"}]")[0].comment, "100");
+}
+
+TEST_F(TargetsTest, TextIsInUtf8AndHasLines) {
+  const std::string lines = ": its lines end with CR alone, not with LF or CR LF";
+  ExpectRefused("mz\r100\r200\r", lines);
+  ExpectRefused("mz\r100", lines);
+  ExpectRefused("\xEF\xBB\xBFmz\r100\r", lines);
+  EXPECT_EQ(Read("[{\"mz\":\r100}]\r")[0].mz, 100) << "JSON has no lines";
+  EXPECT_EQ(Read("\xEF\xBB\xBFmz\r\n100\r\n")[0].mz, 100);
+  using namespace std::string_literals;
+  const std::string utf16 = ": a list of targets is text in UTF-8, and this is UTF-16";
+  ExpectRefused(
+      "\xFF\xFEm\0z\0\n\0"
+      "1\0"s,
+      utf16);
+  ExpectRefused(
+      "\xFE\xFF\0m\0z\0\n\0"
+      "1"s,
+      utf16);
+  ExpectRefused("\xFF\xFE[\0{\0"s, utf16);
+  ExpectRefused("\xFF\xFE", utf16);
+  ExpectRefused(
+      "m\0z\0\n\0"
+      "1\0"s,
+      ": a list of targets is text in UTF-8, and this is not");
+}
+
 // A wrong value has the line of its own, a wrong target that on which it begins.
 TEST_F(TargetsTest, LinesOfJson) {
   ExpectRefused("{}", ", line 1: the targets are not a list");

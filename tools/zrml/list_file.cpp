@@ -40,16 +40,32 @@ std::string ReadFile(const std::string& path, const std::string& things) {
   return text;
 }
 
+std::string ListNameOf(std::string_view path) { return path == "-" ? "standard input" : std::string(path); }
+
+// Other bytes than those of UTF-8 may be in names of files.
+void RequireUtf8(const std::string& path, const std::string& things, std::string_view text) {
+  const bool isUtf16 = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
+  if (!isUtf16 && text.find('\0') == text.npos) return;
+  throw Failure(ExitStatus::kWrongUsage, ListNameOf(path) + ": a list of " + things +
+                                             " is text in UTF-8, and this is " +
+                                             (isUtf16 ? "UTF-16" : "not"));
+}
+
 }  // namespace
 
 std::string ReadListFile(const std::string& path, const std::string& things) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   std::string text = path == "-" ? ReadStream(std::cin) : ReadFile(path, things);
+  RequireUtf8(path, things, text);
   if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
   return text;
 }
 
-std::vector<std::string_view> LinesOf(std::string_view text) {
+std::vector<std::string_view> LinesOf(std::string_view path, std::string_view text) {
+  if (text.find('\n') == text.npos && text.find('\r') != text.npos) {
+    throw Failure(ExitStatus::kWrongUsage,
+                  ListNameOf(path) + ": its lines end with CR alone, not with LF or CR LF");
+  }
   std::vector<std::string_view> lines;
   while (!text.empty()) {
     const std::size_t end = text.find('\n');
@@ -64,12 +80,11 @@ std::vector<std::string> ReadLines(const std::string& path, const std::string& t
   constexpr std::string_view kBlank = " \t";
   std::vector<std::string> lines;
   const std::string text = ReadListFile(path, things);
-  for (const std::string_view line : LinesOf(text)) {
+  for (const std::string_view line : LinesOf(path, text)) {
     if (line.find_first_not_of(kBlank) != line.npos) lines.emplace_back(line);
   }
   if (lines.empty())
-    throw Failure(ExitStatus::kWrongUsage,
-                  "there are no " + things + " in " + (path == "-" ? "standard input" : path));
+    throw Failure(ExitStatus::kWrongUsage, "there are no " + things + " in " + ListNameOf(path));
   return lines;
 }
 

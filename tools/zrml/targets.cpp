@@ -7,6 +7,7 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <span>
 #include <sstream>
 #include <string_view>
 #include <tuple>
@@ -24,8 +25,9 @@ using nlohmann::json;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-constexpr std::array<std::string_view, 8> kNames = {"mz",     "tolerance", "tolerance_unit", "mz_start",
-                                                    "mz_end", "rt_start",  "rt_end",         "comment"};
+constexpr std::array<std::string_view, 8> kNames = {"mz",       "tolerance", "mz_start",       "mz_end",
+                                                    "rt_start", "rt_end",    "tolerance_unit", "comment"};
+constexpr std::span<const std::string_view> kNumbers = std::span(kNames).first(6);
 
 struct Place {
   std::string_view path;
@@ -147,7 +149,7 @@ std::vector<Entry> EntriesOfTsv(std::string_view path, std::string_view text) {
   std::vector<Entry> entries;
   std::vector<std::string_view> names;
   Place place = {path, 0};
-  for (const std::string_view line : LinesOf(text)) {
+  for (const std::string_view line : LinesOf(path, text)) {
     ++place.line;
     if (line.empty()) continue;
     if (names.empty()) {
@@ -199,6 +201,8 @@ class JsonEntries {
       name_ = parsed.get<std::string>();
       RequireFirst(Here(), name_, names_.insert(name_).second);
     } else if (!(event == Event::value && parsed.is_null())) {
+      if (parsed.is_string() && std::ranges::find(kNumbers, name_) != kNumbers.end())
+        Refuse(Here(), name_ + " is the text " + parsed.dump() + ", not a number");
       entries_.back().values[name_] = {Here(), TextOf(event, parsed)};
     }
   }
