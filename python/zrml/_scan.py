@@ -5,6 +5,8 @@ from __future__ import annotations
 from ctypes import byref, c_size_t
 from typing import TYPE_CHECKING, SupportsIndex
 
+import numpy as np
+
 from ._arrays import floats, room_for
 from ._errors import OK, exception_of
 from ._library import CentroidOptions, ScanRecord, SumRecord, library
@@ -56,14 +58,17 @@ class Spectrum:
         areas: the sums of the samples of the peaks in place of their heights.
         min_signal_to_noise: peaks that stand out of what is beside them by less are left out.
 
-        They are not the instrument's own centroids. ValueError for a signal to noise that is not above 0.
+        They are not the instrument's own centroids. ValueError for a signal to noise that is not above 0, TypeError
+        for areas that are neither True nor False.
         """
+        if not isinstance(areas, (int, np.bool_)):
+            raise TypeError(f"areas is True or False, not {areas!r}")
         if not min_signal_to_noise > 0:
             raise ValueError(f"min_signal_to_noise is above 0, not {min_signal_to_noise}")
         if not self._is_profile():
             return Spectrum(self.mz, self.intensity)
         options = CentroidOptions()
-        options.is_area = int(areas)
+        options.is_area = int(bool(areas))
         options.min_signal_to_noise = min_signal_to_noise
         room = len(self.mz)
         mz, intensity, count = room_for(room), room_for(room), c_size_t()
