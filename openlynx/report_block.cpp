@@ -19,8 +19,17 @@ void TryKeys(std::string_view line, std::span<KeyValue> keys) {
   });
   if (key == keys.end()) return;
   const LineValue value = ValueOf(line, key->key);
+  if (value.text.empty()) return;
   key->value = value.text;
-  key->isZeroed = value.isCut;
+  key->isHidden = value.isCut;
+}
+
+// Zeros may be in place of any key that has no value yet, and another line may have become one with its own.
+// A later value counts all the same.
+void FindHidden(std::string_view line, std::span<KeyValue> keys) {
+  const bool hasZeros = line.find('\0') != std::string_view::npos;
+  for (KeyValue& each : keys)
+    each.isHidden = each.isHidden || (each.value.empty() && (hasZeros || EndsWithNumberOf(each.key, line)));
 }
 
 }  // namespace
@@ -63,7 +72,6 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
   std::optional<std::uint64_t> found;
   bool areFilled = false;
   bool isListSought = !list.empty();
-  bool hasZeros = false;  // ahead of the list
   std::string_view line;
   while ((!areFilled || isListSought) && (areFilled ? walk.NextMarked(line) : walk.Next(line))) {
     if (isListSought && walk.IsInside() && line.starts_with(list)) {
@@ -71,29 +79,43 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
       isListSought = false;
     }
     if (areFilled || line.front() == kClose) continue;
-    hasZeros = hasZeros || (isListSought && Contains(line, std::string_view("\0", 1)));
+    if (isListSought) FindHidden(line, keys);
     TryKeys(line, keys);
     areFilled = std::all_of(keys.begin(), keys.end(), isFilled);
-  }
-  if (hasZeros) {
-    for (KeyValue& each : keys) each.isZeroed = each.isZeroed || each.value.empty();
   }
   return found;
 }
 
-bool HasNumber(std::string_view rest) {
+namespace {
+
+// Where a number begins behind blanks, or behind a single byte in their place.
+std::size_t BeginOfNumber(std::string_view rest) {
   constexpr std::string_view kBlanks = " \t\v\f";
-  constexpr std::string_view kSigns = "+-.";
+  constexpr std::string_view kNoSeparators = "+-.,;\r\n0123456789";
   const auto isDigit = [&](std::size_t at) { return at < rest.size() && rest[at] >= '0' && rest[at] <= '9'; };
-  const bool hasOther = rest.size() > 1 && !Contains(kBlanks, rest.substr(0, 1)) &&
-                        !Contains("+-.,;\r\n", rest.substr(0, 1)) && !isDigit(0);
+  const bool hasOther =
+      !rest.empty() && !Contains(kBlanks, rest.substr(0, 1)) && !Contains(kNoSeparators, rest.substr(0, 1));
   const std::size_t begin = hasOther ? 1 : rest.find_first_not_of(kBlanks);
-  return begin < rest.size() && isDigit(rest.find_first_not_of(kSigns, begin));
+  const bool isNumber = begin < rest.size() && isDigit(rest.find_first_not_of("+-.", begin));
+  return isNumber ? begin : std::string_view::npos;
+}
+
+}  // namespace
+
+bool HasNumber(std::string_view rest) { return BeginOfNumber(rest) != std::string_view::npos; }
+
+bool EndsWithNumberOf(std::string_view key, std::string_view line) {
+  const std::size_t at = line.rfind(key);
+  if (at == 0 || at == std::string_view::npos) return false;
+  std::string_view value = Trim(line.substr(at + key.size()));
+  return TakeDouble(value).has_value() && value.empty();
 }
 
 bool HasPoint(std::string_view braced) {
-  return HasNumber(braced) && TakeDouble(braced).has_value() &&
-         (HasNumber(braced) || HasDecimalComma(braced));
+  const std::size_t begin = BeginOfNumber(braced);
+  if (begin == std::string_view::npos) return false;
+  braced.remove_prefix(begin);
+  return TakeDouble(braced).has_value() && (HasNumber(braced) || HasDecimalComma(braced));
 }
 
 bool HasDecimalComma(std::string_view text) {

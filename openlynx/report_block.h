@@ -49,7 +49,8 @@ class BlockWalk {
 struct KeyValue {
   std::string_view key;
   std::string value = {};
-  bool isZeroed = false;  ///< zeros (NUL) cut it or, where there is none, may be in its place
+  bool isHidden =
+      false;  ///< zeros (NUL) cut it; or it has none, but zeros or the end of another line may be it
 };
 
 /// The rest of a line that begins with the key: trimmed, up to a NUL.
@@ -104,6 +105,9 @@ void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use, UseB
 /// Whether a number follows on the line, behind blanks or a single byte in their place. Words such as
 /// "information", which begin with one, do not count.
 bool HasNumber(std::string_view rest);
+
+/// Whether a key and its number stand behind other text of the line.
+bool EndsWithNumberOf(std::string_view key, std::string_view line);
 
 /// Whether lines of a list with more than two numbers are each two lines that have become one: others, as
 /// many at least, have two. Otherwise all of the list has more columns.

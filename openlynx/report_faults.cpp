@@ -128,19 +128,14 @@ bool IsKeyLine(std::string_view text) {
   });
 }
 
-// Whether a key and its number stand behind other text.
-bool EndsWithNumberOf(std::string_view key, std::string_view line) {
-  const std::size_t at = line.rfind(key);
-  if (at == 0 || at == std::string_view::npos) return false;
-  std::string_view value = Trim(line.substr(at + key.size()));
-  return TakeDouble(value).has_value() && value.empty();
-}
-
-// Whether what stands behind something else on a line is a line of its own.
+// Whether what stands behind something else on a line is a line of its own, also with another byte ahead of
+// it in place of its end.
 bool IsLine(std::string_view text) {
-  const std::string_view line = Trim(text);
-  return !line.empty() &&
-         (line.front() == kOpen || line.front() == kClose || MarkerOf(line) != nullptr || IsKeyLine(line));
+  const auto isLine = [](std::string_view line) {
+    return !line.empty() &&
+           (line.front() == kOpen || line.front() == kClose || MarkerOf(line) != nullptr || IsKeyLine(line));
+  };
+  return isLine(Trim(text)) || (text.size() > 1 && isLine(text.substr(1)));
 }
 
 class FaultSearch {

@@ -79,12 +79,12 @@ std::optional<double> ScaleOf(std::optional<double> number, bool isHidden) {
 }
 
 std::optional<double> NumberOf(const KeyValue& key, DecimalCommas commas) {
-  const bool isHidden = commas == DecimalCommas::kHideNumbers && key.isZeroed;
+  const bool isHidden = commas == DecimalCommas::kHideNumbers && key.isHidden;
   return isHidden ? std::nullopt : NumberIn(key.value, commas);
 }
 
 bool IsHidden(const KeyValue& key, DecimalCommas commas) {
-  const bool isMeant = key.isZeroed || !key.value.empty();
+  const bool isMeant = key.isHidden || !key.value.empty();
   return commas == DecimalCommas::kHideNumbers && isMeant && !NumberOf(key, commas);
 }
 

@@ -160,6 +160,7 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"a line that is no point", {13, {"mass percent", "100 50"}}, kLinesSkipped, 13},
       {"points of one number", {14, {"210.05;50.1", "210.05", "210.05 -", "210, 50"}}, kPointsUnread, 14, 4},
       {"a point behind an opening brace", {12, {"{ 90 5"}}, kLinesJoined, 12},
+      {"with another byte between them", {12, {"{J90 5"}}, kLinesJoined, 12},
       {"behind a closing one", {15, {"}300\t7"}}, kLinesJoined, 15},
       {"behind the marker of a list", {11, {"[MS] 90 5"}}, kLinesJoined, 11},
       {"two points on a line", {14, {"210.05 50.1 220 3"}}, kLinesJoined, 14},
@@ -170,6 +171,7 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"two braces on a line", {16, {"}}"}}, kLinesJoined, 16},
       {"a marker behind a brace", {8, {"{[MS]"}}, kLinesJoined, 8},
       {"a key behind a brace", {8, {"{ Time 1.5"}}, kLinesJoined, 8},
+      {"with another byte between them", {8, {"{*Time 1.5"}}, kLinesJoined, 8},
       {"a key behind a number", {9, {"Time 1.5 BPI 200"}}, kLinesJoined, 9},
       {"a marker behind a number", {10, {"BPI 200[MS]", "{"}}, kLinesJoined, 10},
       {"a key behind a text", {10, {"Continuum FALSEBPI 200"}}, kLinesJoined, 10},
@@ -267,12 +269,14 @@ TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
   EXPECT_EQ(wide.lost, 0U);
   EXPECT_EQ(wide.count, whole.count + 2);
   // A base peak of 2 in place of 200, or of 100 percent, would be another one.
-  for (const std::string& line : {"BPI abc"s, "BPI 2\0"s, "BPI\0 200"s, "B\0I 200"s, kZeros}) {
+  for (const std::string& line : {"BPI abc"s, "BPI 2\0"s, "BPI\0 200"s, "B\0I 200"s, kZeros,
+                                  "Continuum FALSEBPI 200"s, "TIC 5 BPI 200"s}) {
     const PointsRead none = read({10, {line}});
     EXPECT_EQ(none.lost, whole.count) << testing::PrintToString(line);
     EXPECT_EQ(none.count, 0U) << testing::PrintToString(line);
   }
   EXPECT_EQ(read({10, {"BPI 200 \0"s}}).lost, 0U);
+  EXPECT_EQ(read({9, {"Process of BPI 5", "\0"s}}).lost, 0U) << "the base peak is there";
 }
 
 TEST_F(ReportFindingsTest, TimesThatZerosCutAreAbsent) {
