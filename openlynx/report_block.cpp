@@ -86,9 +86,6 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
   return found;
 }
 
-namespace {
-
-// Where a number begins behind blanks, or behind a single byte in their place.
 std::size_t BeginOfNumber(std::string_view rest) {
   constexpr std::string_view kBlanks = " \t\v\f";
   constexpr std::string_view kNoSeparators = "+-.,;\r\n0123456789";
@@ -99,10 +96,6 @@ std::size_t BeginOfNumber(std::string_view rest) {
   const bool isNumber = begin < rest.size() && isDigit(rest.find_first_not_of("+-.", begin));
   return isNumber ? begin : std::string_view::npos;
 }
-
-}  // namespace
-
-bool HasNumber(std::string_view rest) { return BeginOfNumber(rest) != std::string_view::npos; }
 
 bool EndsWithNumberOf(std::string_view key, std::string_view line) {
   const std::size_t at = line.rfind(key);

@@ -102,9 +102,15 @@ void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use, UseB
   }
 }
 
-/// Whether a number follows on the line, behind blanks or a single byte in their place. Words such as
+/// Where a number begins on the rest of a line, behind blanks or a single byte in their place. Words such as
 /// "information", which begin with one, do not count.
-bool HasNumber(std::string_view rest);
+std::size_t BeginOfNumber(std::string_view rest);
+
+/// Whether there is one. Nearly all lines of a list end with their second number.
+inline bool HasNumber(std::string_view rest) {
+  return !rest.empty() && rest.front() != '\r' && rest.front() != '\n' &&
+         BeginOfNumber(rest) != std::string_view::npos;
+}
 
 /// Whether a key and its number stand behind other text of the line.
 bool EndsWithNumberOf(std::string_view key, std::string_view line);

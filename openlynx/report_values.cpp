@@ -64,7 +64,7 @@ Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, std::
     ++lines;
     if (!keep(x, percent)) return;
     if (!fullScale) return void(++unscaled);
-    if (commas == DecimalCommas::kHideNumbers && HasNumber(rest)) longer.push_back(points.x.size());
+    if (HasNumber(rest) && commas == DecimalCommas::kHideNumbers) longer.push_back(points.x.size());
     points.x.push_back(x);
     points.intensities.push_back(percent * *fullScale / kFullScale);
   });
