@@ -53,8 +53,8 @@ constexpr std::array<NumberKey, 4> kNumberKeys = {{
     {kMaxIntensityKey, Block::kChromatogram},
 }};
 
-// All keys.
-constexpr std::string_view kKeys[] = {
+// Of lines that are not points.
+constexpr std::string_view kAllKeys[] = {
     kBpiKey,     kContinuumKey,    kDateKey,     kDescriptionKey, kFileNameKey, kInstrumentKey, kIonModeKey,
     kProcessKey, kMaxIntensityKey, kSampleIdKey, kTicKey,         kTimeKey,     kTypeKey,       kUserNameKey,
 };
@@ -122,7 +122,7 @@ bool EndsWithMarker(std::string_view text) {
 }
 
 bool IsKeyLine(std::string_view text) {
-  return std::any_of(std::begin(kKeys), std::end(kKeys), [&](std::string_view key) {
+  return std::any_of(std::begin(kAllKeys), std::end(kAllKeys), [&](std::string_view key) {
     return text.starts_with(key) && text.size() > key.size() &&
            (text[key.size()] == ' ' || text[key.size()] == '\t');
   });
