@@ -271,6 +271,32 @@ Problem ZeroedRecords(const platform::File& file, const Header& header, std::uin
           NumbersBehind(records - 1, records)};
 }
 
+// Whether a record has what moves masses, or is a precursor.
+bool HasValues(Bytes record, const ItemOffsets& items) {
+  ScanIndexEntry entry;
+  FillEntry(record, items, entry);
+  return entry.temperatureValid || (items.precursorFlags != 0 && HasOwnPrecursor(entry));
+}
+
+// Ahead of the end, where a scan may have no values; but not where each other one, of three at least, has a
+// precursor or a temperature.
+Problem ZerosAmongValues(const platform::File& file, const Header& header, const ItemOffsets& items,
+                         std::uint64_t records) {
+  constexpr std::uint64_t kSome = 3;  // fewer say nothing about another
+  Numbers zeros;
+  bool haveValues = true;
+  ForEachRecord(file, header, static_cast<std::size_t>(records), [&](std::size_t i, Bytes record) {
+    const bool isOfZeros = AreZeros(record);
+    if (isOfZeros) zeros.Add(i + 1);
+    haveValues = haveValues && (isOfZeros || HasValues(record, items));
+  });
+  if (!haveValues || zeros.IsEmpty() || records - zeros.Count() < kSome) return {};
+  return {FindingCode::kStatisticsZeroed,
+          "has zeros in place of the records of " + std::to_string(zeros.Count()) + " of " +
+              std::to_string(records) + " scans; the first is scan " + std::to_string(zeros.First()),
+          zeros};
+}
+
 // Of a file that is as long as it should be.
 Problem ProblemInside(const platform::File& file, const Header& header, std::uint64_t scans) {
   const std::vector<std::byte> description = ReadDescription(file);
@@ -284,7 +310,9 @@ Problem ProblemInside(const platform::File& file, const Header& header, std::uin
     return {FindingCode::kTemperaturesUnknown,
             "describes some of the items of temperatures only, so none is read", NumbersBehind(0, scans)};
   }
-  return ZeroedRecords(file, header, scans);
+  Problem problem = ZeroedRecords(file, header, scans);
+  if (!problem.text.empty()) return problem;
+  return ZerosAmongValues(file, header, ReadDescriptors(description, header.descriptorCount), scans);
 }
 
 }  // namespace

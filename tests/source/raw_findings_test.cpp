@@ -283,6 +283,30 @@ TEST(RawFindings, RecordOfTheStatisticsMayBeZeros) {
   });
 }
 
+// Each other scan has a precursor, so the first two had one.
+TEST(RawFindings, StatisticsWithZerosAmongPrecursors) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].record.type = 16;  // TOF MS/MS
+  raw.functions[0].record.setMass = 500;
+  raw.functions[0].statistics->recordSize = 40;
+  for (const float minutes : {0.4F, 0.5F})
+    raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}}));
+  for (ScanFiles& scan : raw.functions[0].scans)
+    scan.statistics = {.precursorMass = 445, .precursorFlags = 1};
+  const auto zero = [](const TempDirectory& directory) {
+    directory.Edit("_FUNC001.STS",
+                   [](FileBytes& bytes) { std::fill_n(bytes.end() - 200, 80, std::byte{0}); });
+  };
+  ExpectLines(raw,
+              {"statistics-zeroed: _FUNC001.STS has zeros in place of the records of 2 of 5 scans; the first "
+               "is scan 1",
+               "precursors-of-method: _FUNC001.STS does not tell the precursors of 2 of 5 scans, which are "
+               "the method's; the first is scan 1"},
+              zero);
+  raw.functions[0].scans[2].statistics.precursorFlags = 0;
+  ExpectLines(raw, {}, zero);
+}
+
 // A precursor of less than 1 m/z, and a temperature of 1,000 degrees with 11 ppm each; 10 ppm are just left.
 TEST(RawFindings, StatisticsThatCannotBe) {
   const std::string line =
