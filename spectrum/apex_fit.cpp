@@ -145,7 +145,9 @@ class Scaled {
   }
 
   NormalEquations Sums() const {
-    const auto& [mz, intensities, highest] = top_;
+    const std::span<const double> mz = top_.mz;
+    const std::span<const double> intensities = top_.intensities;
+    const double highest = top_.highest;
     const double scale = 1 / halfWidth_;
     NormalEquations equations;
     const auto add = [&](Pair mass, Pair intensity, Pair counts) {

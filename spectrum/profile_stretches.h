@@ -23,7 +23,7 @@ constexpr double kLowestIntensity = 1e-100;
 constexpr double kHighestIntensity = 1e100;
 
 inline double CountedIntensity(double value) {
-  return (value >= kLowestIntensity) & (value <= kHighestIntensity) ? value : 0;
+  return ((value >= kLowestIntensity) & (value <= kHighestIntensity)) ? value : 0;
 }
 
 /// Goes through what is between two zeros in a row. A stretch begins with an intensity; it ends with a zero,
