@@ -235,7 +235,7 @@ SampleIndex CountHigh(const ProfileRun& run, const Region& region, double level)
          CountHigh(run, region.apex, region.last, level);
 }
 
-// No fewer than CountHigh() counts: gaps are looked over, and the sample behind may be counted too.
+// No fewer than CountHigh() counts: a gap ends nothing here, and the sample behind may be counted, too.
 SampleIndex CountAllHigh(const ProfileRun& run, const Region& region, double level) {
   const __m128d levels = _mm_set1_pd(level);
   __m128i count = _mm_setzero_si128();  // less one for each
