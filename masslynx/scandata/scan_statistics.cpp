@@ -279,18 +279,21 @@ bool HasValues(Bytes record, const ItemOffsets& items) {
 }
 
 // Ahead of the end, where a scan may have no values; but not where each other one, of three at least, has a
-// precursor or a temperature.
+// precursor or a temperature. One beside zeros may be cut by them.
 Problem ZerosAmongValues(const platform::File& file, const Header& header, const ItemOffsets& items,
                          std::uint64_t records) {
   constexpr std::uint64_t kSome = 3;  // fewer say nothing about another
   Numbers zeros;
   bool haveValues = true;
+  bool isOfZeros = false;  // the record before
+  bool isCut = false;      // that one has no values, and no zeros ahead of it
   ForEachRecord(file, header, static_cast<std::size_t>(records), [&](std::size_t i, Bytes record) {
-    const bool isOfZeros = AreZeros(record);
+    const bool isBehindZeros = std::exchange(isOfZeros, AreZeros(record));
     if (isOfZeros) zeros.Add(i + 1);
-    haveValues = haveValues && (isOfZeros || HasValues(record, items));
+    haveValues = haveValues && (isOfZeros || !isCut);
+    isCut = !isOfZeros && !isBehindZeros && !HasValues(record, items);
   });
-  if (!haveValues || zeros.IsEmpty() || records - zeros.Count() < kSome) return {};
+  if (!haveValues || isCut || zeros.IsEmpty() || records - zeros.Count() < kSome) return {};
   return {FindingCode::kStatisticsZeroed,
           "has zeros in place of the records of " + std::to_string(zeros.Count()) + " of " +
               std::to_string(records) + " scans; the first is scan " + std::to_string(zeros.First()),

@@ -303,7 +303,17 @@ TEST(RawFindings, StatisticsWithZerosAmongPrecursors) {
                "precursors-of-method: _FUNC001.STS does not tell the precursors of 2 of 5 scans, which are "
                "the method's; the first is scan 1"},
               zero);
-  raw.functions[0].scans[2].statistics.precursorFlags = 0;
+  for (ScanFiles& scan : raw.functions[0].scans) scan.statistics.temperature = 30;  // behind the precursor
+  const TempDirectory directory = raw.Build();
+  directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { std::fill_n(bytes.end() - 200, 94, std::byte{0}); });
+  EXPECT_EQ(
+      LinesOf(directory),
+      (Lines{"statistics-zeroed: _FUNC001.STS has zeros in place of the records of 2 of 5 scans; the first "
+             "is scan 1",
+             "precursors-of-method: _FUNC001.STS does not tell the precursors of 3 of 5 scans, which are "
+             "the method's; the first is scan 1"}))
+      << "zeros cut the third record, too";
+  raw.functions[0].scans[3].statistics.precursorFlags = 0;
   ExpectLines(raw, {}, zero);
 }
 
