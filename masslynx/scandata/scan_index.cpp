@@ -289,7 +289,7 @@ class FunctionNotices {
   }
 
   // The entries in the order of the file.
-  void EntriesOf(const Entries& entries, const ScanNumbers& numbers) {
+  void EntriesOf(const Entries& entries, const ScanNumbers& numbers, bool someLackValues) {
     const File data = OpenFunctionFile(folder_, function_, L"dat");
     const std::uint64_t size = data.Size();
     if (entries.Records() == 0 && size > 0) {
@@ -313,8 +313,8 @@ class FunctionNotices {
     }
     if (hasPoints && function_.hasDataFile && !areWhole)
       NoticeExtents(extents, size, About(L"DAT"), findings_);
-    hasStatistics_ =
-        NoticeStatistics(folder_, function_, entries.Records(), findings_) && entries.inFileOrder;
+    hasStatistics_ = NoticeStatistics(folder_, function_, entries.Records(), someLackValues, findings_) &&
+                     entries.inFileOrder;
   }
 
   void Times(const Entries& entries, const ScanNumbers& numbers) {
@@ -465,7 +465,8 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
       break;
     }
     const ScanNumbers numbers = NumbersOf(entries);
-    if (notices) notices->EntriesOf(entries, numbers);
+    const bool someLackValues = entries.filled != entries.list.size() || statistics->SomeLackValues();
+    if (notices) notices->EntriesOf(entries, numbers, someLackValues);
     if (entries.inFileOrder) {
       if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
       if (entries.filled < entries.list.size() || !entries.inTimeOrder) {

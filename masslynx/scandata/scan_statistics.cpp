@@ -62,6 +62,10 @@ ItemOffsets ReadDescriptors(Bytes bytes, std::uint16_t count) {
     std::uint16_t* const target = OffsetOf(ByteCursor(bytes, at + format::kItemCode).U16(), offsets);
     if (target != nullptr) *target = itemOffset;
   }
+  const int size =
+      std::max({offsets.auxValue + 4, offsets.precursorMass + 4, offsets.precursorFlags + 2,
+                offsets.temperatureValid + 1, offsets.temperature + 4, offsets.temperatureCoefficient + 4});
+  offsets.recordSize = static_cast<std::size_t>(size);
   return offsets;
 }
 
@@ -90,6 +94,11 @@ void FillEntry(At at, const ItemOffsets& items, ScanIndexEntry& entry) {
     entry.temperature = at(items.temperature).F32();
     entry.temperatureCoefficient = at(items.temperatureCoefficient).F32();
   }
+}
+
+// Whether a scan has what moves masses, or a precursor.
+bool HasValues(const ScanIndexEntry& scan, const ItemOffsets& items) {
+  return scan.temperatureValid || (items.precursorFlags != 0 && HasOwnPrecursor(scan));
 }
 
 // No instrument has precursors of less than one m/z or of more than this.
@@ -150,16 +159,11 @@ void ForEachBlock(const platform::File& file, const StatisticsReader::Place& pla
   }
 }
 
-// `entries` are those of the block.
-void FillEntries(const Block& block, ItemOffsets items, std::span<ScanIndexEntry> entries) {
-  const auto whole = static_cast<std::size_t>(items.Size());
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    const Bytes record = block.Record(i);
-    if (record.size() >= whole) {
-      FillEntry([&](std::uint16_t offset) { return WholeItem(record.data() + offset); }, items, entries[i]);
-    } else {
-      FillEntry([&](std::uint16_t offset) { return ByteCursor(record, offset); }, items, entries[i]);
-    }
+void FillFrom(Bytes record, const ItemOffsets& items, ScanIndexEntry& entry) {
+  if (record.size() >= items.recordSize) {
+    FillEntry([&](std::uint16_t offset) { return WholeItem(record.data() + offset); }, items, entry);
+  } else {
+    FillEntry([&](std::uint16_t offset) { return ByteCursor(record, offset); }, items, entry);
   }
 }
 
@@ -180,9 +184,11 @@ StatisticsReader::StatisticsReader(const platform::SystemPath& folder, const Fun
 
 void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first) {
   if (!isKnown_) return;
+  const ItemOffsets items = items_;  // which no entry can change
   ForEachBlock(file_, place_, first, entries.size(), [&](const Block& block) {
-    FillEntries(block, items_, entries.subspan(block.first, block.count));
+    for (std::size_t i = 0; i < block.count; ++i) FillFrom(block.Record(i), items, entries[block.first + i]);
     for (std::size_t i = block.first; i < block.first + block.count; ++i) {
+      ++(HasValues(entries[i], items) ? have_ : lack_);
       areAlike_ = areAlike_ && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
       arePossible_ = arePossible_ && MayBe(entries[i], function_.calTemperature);
     }
@@ -271,13 +277,6 @@ Problem ZeroedRecords(const platform::File& file, const Header& header, std::uin
           NumbersBehind(records - 1, records)};
 }
 
-// Whether a record has what moves masses, or is a precursor.
-bool HasValues(Bytes record, const ItemOffsets& items) {
-  ScanIndexEntry entry;
-  FillEntry(record, items, entry);
-  return entry.temperatureValid || (items.precursorFlags != 0 && HasOwnPrecursor(entry));
-}
-
 // Ahead of the end, where a scan may have no values; but not where each other one, of three at least, has a
 // precursor or a temperature. One beside zeros may be cut by them.
 Problem ZerosAmongValues(const platform::File& file, const Header& header, const ItemOffsets& items,
@@ -287,11 +286,17 @@ Problem ZerosAmongValues(const platform::File& file, const Header& header, const
   bool haveValues = true;
   bool isOfZeros = false;  // the record before
   bool isCut = false;      // that one has no values, and no zeros ahead of it
-  ForEachRecord(file, header, static_cast<std::size_t>(records), [&](std::size_t i, Bytes record) {
+  const auto look = [&](std::size_t i, Bytes record) {
+    ScanIndexEntry entry;
+    FillFrom(record, items, entry);
     const bool isBehindZeros = std::exchange(isOfZeros, AreZeros(record));
     if (isOfZeros) zeros.Add(i + 1);
     haveValues = haveValues && (isOfZeros || !isCut);
-    isCut = !isOfZeros && !isBehindZeros && !HasValues(record, items);
+    isCut = !isOfZeros && !isBehindZeros && !HasValues(entry, items);
+  };
+  const StatisticsReader::Place place = {header.recordsOffset, header.recordSize};
+  ForEachBlock(file, place, 0, static_cast<std::size_t>(records), [&](const Block& block) {
+    for (std::size_t i = 0; i < block.count; ++i) look(block.first + i, block.Record(i));
   });
   if (!haveValues || isCut || zeros.IsEmpty() || records - zeros.Count() < kSome) return {};
   return {FindingCode::kStatisticsZeroed,
@@ -301,7 +306,8 @@ Problem ZerosAmongValues(const platform::File& file, const Header& header, const
 }
 
 // Of a file that is as long as it should be.
-Problem ProblemInside(const platform::File& file, const Header& header, std::uint64_t scans) {
+Problem ProblemInside(const platform::File& file, const Header& header, std::uint64_t scans,
+                      bool someLackValues) {
   const std::vector<std::byte> description = ReadDescription(file);
   const std::uint64_t zeroed = CountZeroedDescriptors(description, header.descriptorCount);
   if (zeroed > 0) {
@@ -314,14 +320,14 @@ Problem ProblemInside(const platform::File& file, const Header& header, std::uin
             "describes some of the items of temperatures only, so none is read", NumbersBehind(0, scans)};
   }
   Problem problem = ZeroedRecords(file, header, scans);
-  if (!problem.text.empty()) return problem;
+  if (!problem.text.empty() || !someLackValues) return problem;
   return ZerosAmongValues(file, header, ReadDescriptors(description, header.descriptorCount), scans);
 }
 
 }  // namespace
 
 bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
-                      Findings& findings) {
+                      bool someLackValues, Findings& findings) {
   const std::wstring name = FileNameOf(function, L"sts");
   constexpr Spellings kSpellings = Spellings::kAsWrittenUpperLower;
   const platform::File file = OpenInDirectory(folder, name, kSpellings);
@@ -335,7 +341,7 @@ bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& 
     file.ReadAt(0, start);
     const Header header = ReadHeader(start);
     Problem problem = ProblemOf(header, size, scans);
-    if (problem.text.empty()) problem = ProblemInside(file, header, scans);
+    if (problem.text.empty()) problem = ProblemInside(file, header, scans, someLackValues);
     if (problem.text.empty()) return true;
     finding.code = problem.code;
     finding.problem = std::move(problem.text);

@@ -1,7 +1,7 @@
 // Reads the statistics of a function's scans into its index. docs/scan-statistics.md
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -28,6 +28,9 @@ class StatisticsReader {
   /// Whether all values of the scans filled may be values.
   bool ArePossible() const { return arePossible_; }
 
+  /// Whether some of the scans filled lack what others have, precursors or temperatures.
+  bool SomeLackValues() const { return have_ > 0 && lack_ > 0; }
+
   /// See masslynx::NoticeRefusal().
   void NoticeRefusal(std::string* refusal) const;
 
@@ -44,14 +47,10 @@ class StatisticsReader {
     std::uint16_t temperatureValid = 0;
     std::uint16_t temperature = 0;
     std::uint16_t temperatureCoefficient = 0;
+    std::size_t recordSize = 0;  ///< with which a record has all items
 
     bool HasTemperature() const {
       return temperatureValid != 0 && temperature != 0 && temperatureCoefficient != 0;
-    }
-    /// The bytes of a record that has all items.
-    int Size() const {
-      return std::max({auxValue + 4, precursorMass + 4, precursorFlags + 2, temperatureValid + 1,
-                       temperature + 4, temperatureCoefficient + 4});
     }
     bool HasPartOfTemperature() const {
       return !HasTemperature() && (temperatureValid != 0 || temperature != 0 || temperatureCoefficient != 0);
@@ -67,14 +66,16 @@ class StatisticsReader {
   ItemOffsets items_;
   bool areAlike_ = true;
   bool arePossible_ = true;
+  std::size_t have_ = 0;  // scans with values
+  std::size_t lack_ = 0;
 };
 
 /// False for precursors and temperatures that no instrument has. `reference` is the function's temperature.
 bool MayBe(const ScanIndexEntry& scan, float reference);
 
 /// Reports damage that the file, which may be missing, shows next to an index of `scans` scans. Gives whether
-/// it has a record for each of them.
+/// it has a record for each of them. `someLackValues`: see StatisticsReader; false saves reading the records.
 bool NoticeStatistics(const platform::SystemPath& folder, const FunctionRecord& function, std::uint64_t scans,
-                      Findings& findings);
+                      bool someLackValues, Findings& findings);
 
 }  // namespace zrml::masslynx
