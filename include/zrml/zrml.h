@@ -310,9 +310,9 @@ ZRML_API zrml_status zrml_find_centroids(const double* mz, const double* intensi
  * the first one unless another has more than twice as many points; `width` means nothing to them. Absorbance
  * spectra of a report are added wavelength by wavelength. Scans of another kind (zrml_scan.is_centroided) or
  * with other wavelengths than the first one with points are left out, and so are profiles of one or two
- * points, which have no grid, unless there is nothing else, scans with a number beyond 1e100 or NaN, and scans
- * whose points are all lost. Long work. ZRML_WRONG_ARGUMENT when there is no scan and for a width that is
- * negative or NaN. */
+ * points, which have no grid, unless there is nothing else, scans with a number beyond 1e100 or NaN, and
+ * scans whose points are all lost. Long work. ZRML_WRONG_ARGUMENT when there is no scan and for a width that
+ * is negative or NaN. */
 ZRML_API zrml_status zrml_read_sum(zrml_source* source, int sample, int function, int first, int end,
                                    double width, int is_ppm, double* mz, double* intensities, size_t room,
                                    size_t* count);

@@ -25,8 +25,8 @@ struct OmittedOffsets {
   /// Whether the scans up to `end` stop before the next one begins, or before the data end.
   bool IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const;
 
-  /// Takes the counted offsets off the scans with points behind each of `doubtful`, of whose records zeros may
-  /// have taken a part, where the scans are short. Returns their places.
+  /// Takes the counted offsets off the scans with points behind each of `doubtful`, of whose records zeros
+  /// may have taken a part, where the scans are short. Returns their places.
   Places Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) const;
 };
 
