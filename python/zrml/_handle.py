@@ -69,6 +69,7 @@ class Handle:
         if status != OK:
             raise self._opening_failed(path, status)
         self._pointer = pointer
+        self.is_closed = False  # an attribute, since loops ask at every scan
         self.format: int = library.zrml_format_of(pointer)
         self.call(library.zrml_set_progress, self._progress, None)
 
@@ -94,11 +95,8 @@ class Handle:
                 return
             self._require_usable()
             pointer, self._pointer = self._pointer, None
+            self.is_closed = True
             library.zrml_close(pointer)
-
-    @property
-    def is_closed(self) -> bool:
-        return self._pointer is None
 
     def require_open(self) -> None:
         """Raises ValueError when the source is closed, as files do."""

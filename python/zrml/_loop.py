@@ -26,8 +26,8 @@ class Loop:
     """Reads scans of a function, from position `first` on, that have room for so many points each.
 
     `rooms` are sums, from 0 on: the room of all scans before each, and of all of them. While each scan is asked
-    for in turn, twice as many are read as before; after one that was left out, the next one alone. A scan that
-    cannot be read fails when it is asked for itself. Threads may share a loop: each finds the points of its own
+    for in turn, twice as many are read as before; one out of turn is read alone. Whether scans that were read
+    ahead have been asked for does not count. A scan that cannot be read fails when it is asked for itself. Threads may share a loop: each finds the points of its own
     scan, at worst read twice.
     """
 
@@ -41,7 +41,7 @@ class Loop:
         first: int,
         rooms: list[int],
     ) -> None:
-        self.ahead: dict[int, Points] = {}  # what was read ahead, by position; each is taken once. Always the same
+        self.ahead: dict[int, Points] = {}  # what was read ahead, by position; each is taken once
         self.handle = handle
         self._read_one = read_one
         self._place = place
@@ -81,10 +81,12 @@ class Loop:
             ends, lost = per_scan[:read], per_scan[MOST_SCANS : MOST_SCANS + read]
         mz, intensity = floats(all_mz, ends[-1]), floats(all_intensity, ends[-1])
         self._next = position + read
-        ahead = self.ahead
-        ahead.clear()
+        # A dictionary of its own, since other threads may be taking from the one before.
+        ahead: dict[int, Points] = {}
         begin = 0
         for scan, end, missing in zip(range(position, position + read), ends, lost):
             ahead[scan] = mz[begin:end], intensity[begin:end], missing
             begin = end
-        return ahead.pop(position)
+        points = ahead.pop(position)
+        self.ahead = ahead
+        return points

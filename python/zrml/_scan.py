@@ -61,7 +61,7 @@ class Spectrum:
         They are not the instrument's own centroids. ValueError for a signal to noise that is not above 0, TypeError
         for areas that are neither True nor False.
         """
-        if not isinstance(areas, (int, np.bool_)):
+        if not isinstance(areas, (bool, np.bool_)):
             raise TypeError(f"areas is True or False, not {areas!r}")
         if not min_signal_to_noise > 0:
             raise ValueError(f"min_signal_to_noise is above 0, not {min_signal_to_noise}")
@@ -239,12 +239,12 @@ class Scan(Spectrum):
 def scans_of_loop(function: Function, positions: range, loop: Loop) -> Iterator[Scan]:
     """The scans of a loop, with their points where these were read ahead. A call of __init__ for each would take
     as long as all else."""
-    new, take = Scan.__new__, loop.ahead.pop
+    new, handle = Scan.__new__, loop.handle
     for position in positions:
         scan = new(Scan)
         scan._function = function
         scan._position = position
         scan._loop = loop
         scan._record = None
-        scan._points = take(position, None)
+        scan._points = None if handle.is_closed else loop.ahead.pop(position, None)
         yield scan

@@ -94,6 +94,16 @@ class Closed(support.TestCase):
             with self.assertRaisesRegex(ValueError, "closed"):
                 scan.mz
 
+    def test_loop_goes_on_without_points_after_the_end(self):
+        source = zrml.open(support.path("long.raw"))
+        scans = iter(source.functions[0])
+        for _ in range(5):
+            next(scans).mz  # the first, two more, four more: two of them are read ahead now
+        source.close()
+        for scan, _ in zip(scans, range(4)):
+            with self.assertRaisesRegex(ValueError, "closed"):
+                scan.mz
+
     def test_closing_again_does_nothing(self):
         self.assertFalse(self.source.closed)
         self.source.close()

@@ -57,6 +57,28 @@ class Threads(support.TestCase):
         with zrml.open(self.path) as source:
             self.compare([source, source])
 
+    def test_scans_of_one_loop(self):
+        with zrml.open(support.path("long.raw")) as source:
+            expected = [scan.mz.tolist() for scan in source.functions[0]]
+            wrong = []
+
+            def read(scans):
+                try:
+                    if [scan.mz.tolist() for scan in scans] != expected:
+                        wrong.append("other numbers")
+                except BaseException as error:
+                    wrong.append(repr(error))
+
+            sys.setswitchinterval(1e-6)
+            for _ in range(20 * ROUNDS):  # what goes wrong between two of a hundred steps is rare
+                scans = list(source.functions[0])
+                threads = [threading.Thread(target=read, args=(scans,)) for _ in range(6)]
+                for thread in threads:
+                    thread.start()
+                for thread in threads:
+                    thread.join()
+            self.assertEqual(wrong, [])
+
     def test_two_on_two_sources(self):
         with zrml.open(self.path) as one, zrml.open(self.path) as other:
             self.compare([one, other])
