@@ -10,7 +10,7 @@ namespace zrml::source {
 namespace {
 
 // A place is the exponent of a mass and the five highest bits of its fraction: 32 to the octave. Within one,
-// steps differ by 6 % at most.
+// steps differ by 6.4 % at most.
 constexpr int kLowBits = 47;
 
 int PlaceOf(double mass) {

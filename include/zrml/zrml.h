@@ -220,7 +220,7 @@ typedef struct zrml_scan_table {
 
 /* Fills the arrays of `table` for `count` scans from position `first` on; each array has room for `count`.
  * Long work with `reads_points`, else as quick as the index is read. When it fails part of the arrays may be
- * filled. */
+ * filled. Arrays of megabytes are recommended to the system for large pages, which changes nothing else. */
 ZRML_API zrml_status zrml_read_scan_table(zrml_source* source, int sample, int function, int first, int count,
                                           const zrml_scan_table* table);
 

@@ -163,7 +163,7 @@ def measured(count):
         _, status, usage = os.wait4(run.pid, 0)
         run.returncode = status
     require(status == 0 and len(os.listdir(out)) == count, f'{count} sources: status {status}')
-    return usage.ru_maxrss, int(asked.read_text())
+    return usage.ru_maxrss, int(asked.read_text().split()[0])
 
 
 def check_many():
