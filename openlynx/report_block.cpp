@@ -98,6 +98,7 @@ std::size_t BeginOfNumber(std::string_view rest) {
 }
 
 bool EndsWithNumberOf(std::string_view key, std::string_view line) {
+  if (line.starts_with(kProcessKey) && key != kBpiKey) return false;
   const std::size_t at = line.rfind(key);
   if (at == 0 || at == std::string_view::npos) return false;
   std::string_view value = Trim(line.substr(at + key.size()));

@@ -81,7 +81,7 @@ constexpr FaultText kTexts[] = {
     {FindingCode::kNumberUnread, "a value that is no number", "values that are no numbers"},
     {FindingCode::kPointsUnread, "a point of which only one number is read",
      "points of which only one number is read"},
-    {FindingCode::kLinesJoined, "a line that has become of two", "lines that have become of two each"},
+    {FindingCode::kLinesJoined, "two lines that have become one", "pairs of lines that have become one"},
     {FindingCode::kLinesSkipped, "a line of a data list that is no point",
      "lines of data lists that are no points"},
 };

@@ -59,17 +59,20 @@ Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, std::
   if (!list) return points;
   std::size_t unscaled = 0;
   std::size_t lines = 0;
-  Places longer;  // of points whose line has more numbers
+  std::size_t longer = 0;  // with more numbers
+  Places inLonger;         // points of theirs
   points.lost = ReadDataList(stream, *list, commas, [&](double x, double percent, std::string_view rest) {
+    const bool isLonger = HasNumber(rest) && commas == DecimalCommas::kHideNumbers;
     ++lines;
+    longer += isLonger ? 1 : 0;
     if (!keep(x, percent)) return;
     if (!fullScale) return void(++unscaled);
-    if (HasNumber(rest) && commas == DecimalCommas::kHideNumbers) longer.push_back(points.x.size());
+    if (isLonger) inLonger.push_back(points.x.size());
     points.x.push_back(x);
     points.intensities.push_back(percent * *fullScale / kFullScale);
   });
   points.lost += unscaled;
-  if (AreJoined(longer.size(), lines)) Drop(longer, points);
+  if (AreJoined(longer, lines)) Drop(inLonger, points);
   return points;
 }
 

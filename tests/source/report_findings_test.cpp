@@ -175,6 +175,7 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"a key behind a number", {9, {"Time 1.5 BPI 200"}}, kLinesJoined, 9},
       {"a marker behind a number", {10, {"BPI 200[MS]", "{"}}, kLinesJoined, 10},
       {"a key behind a text", {10, {"Continuum FALSEBPI 200"}}, kLinesJoined, 10},
+      {"a base peak behind what may say anything", {10, {"Process STATICBPI 200"}}, kLinesJoined, 10},
       {"in a trace", {30, {"Description c2 MaxIntensity\t3"}}, kLinesJoined, 30},
       {"a marker behind a text", {6, {"Type MS[SPECTRUM]", "{", "}"}}, kMarkerUnread, 6},
       {"a line end within a line", {13, {"100 50\r200 50"}}, kLineEnds, 13},
@@ -193,6 +194,16 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
     EXPECT_NE(found->problem.find("line " + std::to_string(fault.first)), std::string::npos)
         << found->problem;
   }
+}
+
+TEST_F(ReportFindingsTest, JoinedLinesAreCountedInPairs) {
+  const auto textOf = [&](const Edit& edit) {
+    const std::vector<Finding> findings = Find(Edited(edit));
+    return findings.size() == 1 ? TextOf(findings[0]) : std::string();
+  };
+  EXPECT_EQ(textOf({14, {"210.05 50.1 220 3"}}), "report.rpt has two lines that have become one: line 14");
+  EXPECT_EQ(textOf({14, {"110 5", "120 5", "130 5 140 5", "150 5 160 5"}}),
+            "report.rpt has 2 pairs of lines that have become one; the first is line 16");
 }
 
 const std::string kZeros(40, '\0');
@@ -265,6 +276,10 @@ TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
   const PointsRead joined = read({14, {"210.05 50.1220 3"}});
   EXPECT_EQ(joined.lost, 1U);
   EXPECT_EQ(joined.count, whole.count - 1);
+  // Two of three lines have a third number, also where one of these is no point.
+  const PointsRead mixed = read({14, {"201 0 5", "202 3 4"}});
+  EXPECT_EQ(mixed.lost, 0U);
+  EXPECT_EQ(mixed.count, whole.count);
   const PointsRead wide = read({14, {"210.05 50.1 1", "215 3 1", "216 4 1"}});
   EXPECT_EQ(wide.lost, 0U);
   EXPECT_EQ(wide.count, whole.count + 2);
@@ -302,6 +317,8 @@ TEST_F(ReportFindingsTest, LinesThatMeanNothingElseSayNothing) {
       {13, {"100 50 1", "150 3 1", "160 3 1"}},  // more columns
       {3, {"FileName one [MS]"}},
       {9, {"Process mean of Time 1.5", "Time 2"}},  // which it has
+      {9, {"Process\tCombine Time 5"}},             // a text, which may say anything
+      {10, {"BPI 200", "Process\tSTATIC 5"}},
       {11, {}},  // a spectrum without its list has no points, which the look at them tells
   };
   for (const Edit& edit : edits) {
