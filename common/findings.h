@@ -108,6 +108,13 @@ class Numbers {
   /// The lowest; 0 when there is none.
   std::uint64_t First() const;
 
+  template <class Use>
+  void ForEach(Use use) const {
+    for (const Run& run : runs_) {
+      for (std::uint64_t number = run.first; number <= run.last; ++number) use(number);
+    }
+  }
+
   /// Whether `matches(number)` for any of them.
   template <class Matches>
   bool HasAny(Matches matches) const {

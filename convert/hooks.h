@@ -11,7 +11,8 @@ using source::ThrowIfCancelled;
 
 struct Hooks {
   Cancel cancel = {};  ///< true to give up, which throws Cancelled; called by all workers at once
-  /// Spectra written so far, of all. Parquet reads them twice: each counts once more when it is read first.
+  /// Spectra written so far, of all. For Parquet each spectrum counts twice, when it is looked at and when it
+  /// is written.
   source::Progress progress = {};
 };
 

@@ -90,6 +90,11 @@ std::vector<source::FunctionId> FunctionSet::Named() const {
   return named;
 }
 
+std::optional<source::FunctionId> FunctionSet::First() const {
+  if (acquired_.ranges_.empty()) return std::nullopt;
+  return source::FunctionId{.number = acquired_.ranges_.front().first};
+}
+
 std::optional<source::FunctionId> FunctionSet::Only() const {
   const std::vector<source::FunctionId> named = Named();
   const bool isOne = acquired_.ranges_.size() + processed_.size() == 1 && named.size() == 1;

@@ -46,8 +46,8 @@ class FunctionSet {
   bool IsAll() const { return acquired_.IsAll() && processed_.empty(); }
   /// Those listed by name, not in a range.
   std::vector<source::FunctionId> Named() const;
-  /// The acquired function that is listed first, or that begins a range. Something acquired is listed.
-  source::FunctionId First() const { return {.number = acquired_.ranges_.front().first}; }
+  /// The acquired function that is listed first, or that begins a range. No value when none is listed.
+  std::optional<source::FunctionId> First() const;
   /// The listed function when it is one alone, by its name.
   std::optional<source::FunctionId> Only() const;
 

@@ -169,9 +169,8 @@ class PointsLook {
                               finding->code == FindingCode::kDataZeroed ||
                               finding->code == FindingCode::kOffsetsLost;
       if (!isOfPoints || finding->subject != part.subject) continue;
-      finding->scans.HasAny([&](std::uint64_t number) {
+      finding->scans.ForEach([&](std::uint64_t number) {
         if (number <= scans.size()) scans[static_cast<std::size_t>(number) - 1] = true;
-        return false;
       });
     }
     return scans;

@@ -157,8 +157,8 @@ RawSource::RawSource(std::string path, const SystemPath& folder, const std::stri
   absorbance_ = masslynx::FindAbsorbance(all);
   const bool isAbsorbance = absorbance_ && StemOf(all[*absorbance_]) == chosen;
   if (!chosen.empty() && functions_.empty() && !isAbsorbance)
-    throw Error(Status::kNotRecognised, Path() + " belongs to no function: give its folder, " +
-                                            Split(Path()).first + ", or one of its data files");
+    throw Error(Status::kNotRecognised, Path() + " belongs to no function: give its folder (" +
+                                            Split(Path()).first + ") or one of its data files");
   if (!chosen.empty())
     chosen_ = masslynx::SubjectOf(all[functions_.empty() ? *absorbance_ : positions_.front()]);
   NameFunctions();

@@ -495,9 +495,16 @@ TEST_F(CheckTest, AbsorbanceIsCounted) {
   const std::string other = Argument(directory.Path() / "_FUNC001.DAT");
   ExpectOutput(Run({"check", other}), other + " is sound: 1 function, 3 scans\n");
   ExpectOutput(Check(directory), PathOf(directory) + " is sound: 1 function, 3 scans, 2 absorbance scans\n");
-  const auto json = nlohmann::json::parse(Check(directory, {"--json"}).output);
+  const auto jsonOf = [&](const std::string& source) {
+    return nlohmann::json::parse(Run({"check", source, "--json"}).output);
+  };
+  const auto json = jsonOf(PathOf(directory));
   EXPECT_EQ(json["scans"], 3);
   EXPECT_EQ(json["absorbanceScans"], 2);
+  const auto alone = jsonOf(path);
+  EXPECT_EQ(alone["scans"], 2) << "where absorbance is the only function";
+  EXPECT_EQ(alone["absorbanceScans"], 2);
+  EXPECT_EQ(jsonOf(other)["absorbanceScans"], nullptr);
 }
 
 // Data format 10 has no layout.

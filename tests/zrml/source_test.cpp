@@ -59,7 +59,10 @@ TEST_F(SourceTest, FileOfNoFunctionIsStatus4) {
   const std::string folder = Make("run.raw");
   const std::string file = folder + "/_FUNCTNS.INF";
   ExpectFailure(Run({"check", file}), 4,
-                file + " belongs to no function: give its folder, " + folder + ", or one of its data files");
+                file + " belongs to no function: give its folder (" + folder + ") or one of its data files");
+  setup_.folder = folder_ / "run.raw";
+  ExpectFailure(Run({"check", "_FUNCTNS.INF"}), 4,
+                "_FUNCTNS.INF belongs to no function: give its folder (.) or one of its data files");
 }
 
 TEST_F(SourceTest, DataFileInTheCurrentFolder) {

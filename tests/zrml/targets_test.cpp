@@ -139,9 +139,9 @@ TEST_F(TargetsTest, NamesAreThereOnce) {
 }
 
 TEST_F(TargetsTest, NumbersOfJsonAreNotText) {
-  ExpectRefused("[{\"mz\": 1},\n{\"mz\": \"100\"}]", ", line 2: mz is the text \"100\", not a number");
+  ExpectRefused("[{\"mz\": 1},\n{\"mz\": \"100\"}]", ", line 2: mz \"100\" is not a number of 0 or more");
   for (const std::string name : {"tolerance", "mz_start", "mz_end", "rt_start", "rt_end"}) {
-    ExpectRefused("[{\"" + name + "\": \"\"}]", ", line 1: " + name + " is the text \"\", not a number");
+    ExpectRefused("[{\"" + name + "\": \"\"}]", ", line 1: " + name + " \"\" is not a number of 0 or more");
   }
   EXPECT_EQ(Read("[{\"mz\": 100, \"comment\": \"100\", \"mass\": \"100\"}]")[0].comment, "100");
 }

@@ -19,7 +19,8 @@ struct CheckResult {
   std::string path;
   std::int64_t functions = 0;
   std::int64_t scans = 0;
-  std::optional<std::int64_t> absorbanceScans;  // beside the functions
+  std::optional<std::int64_t> absorbanceScans;
+  std::optional<std::int64_t> absorbanceBeside;  // of those, beside the functions
   Findings findings;
 
   bool Has(Severity severity) const {
@@ -35,7 +36,9 @@ void CountAbsorbance(source::Source& source, int sample, bool isAlone, CheckResu
                                   .function = source.AbsorbanceFunction(sample).id.number};
   if (!source.Includes(subject)) return;
   const int scans = source.AbsorbanceScanCount(sample);
-  if (!isAlone) return void(result.absorbanceScans = result.absorbanceScans.value_or(0) + scans);
+  const auto addTo = [scans](std::optional<std::int64_t>& sum) { sum = sum.value_or(0) + scans; };
+  addTo(result.absorbanceScans);
+  if (!isAlone) return addTo(result.absorbanceBeside);
   ++result.functions;
   result.scans += scans;
 }
@@ -92,7 +95,7 @@ void PrintText(const CheckResult& result, const std::string& front, Output& out)
   if (result.Has(Severity::kLost)) return;
   const std::string verdict = result.Has(Severity::kSuspect) ? " has lost nothing: " : " is sound: ";
   std::string content = Counted(result.functions, "function") + ", " + Counted(result.scans, "scan");
-  if (result.absorbanceScans) content += ", " + Counted(*result.absorbanceScans, "absorbance scan");
+  if (result.absorbanceBeside) content += ", " + Counted(*result.absorbanceBeside, "absorbance scan");
   out.Text(VisibleText(result.path + verdict + content) + "\n");
 }
 

@@ -60,8 +60,9 @@ std::vector<FunctionPosition> FunctionsForIons(source::Source& source, int sampl
   const auto isListed = [&](const source::Function& function) {
     return selection.functions.Has(function.id);
   };
-  if (std::ranges::none_of(functions, isListed) && !selection.functions.IsAll())
-    FindFunction(source, sample + 1, selection.functions.First());  // says which there are
+  const std::optional<source::FunctionId> first = selection.functions.First();
+  if (first && std::ranges::none_of(functions, isListed))
+    FindFunction(source, sample + 1, *first);  // says which there are
   if (chosen.empty()) RefuseWithoutLevel(source, sample, isOpen ? "of level 1" : "of such a level");
   return chosen;
 }

@@ -61,6 +61,11 @@ void RequireFirst(const Place& place, std::string_view name, bool isFirst) {
     Refuse(place, std::string(name) + " is there twice");
 }
 
+// `shown` is the value as it stands in the file, text in quotes.
+[[noreturn]] void RefuseNumber(const Place& place, const std::string& name, const std::string& shown) {
+  Refuse(place, name + " " + shown + " is not a number of 0 or more");
+}
+
 // A finite number without a sign.
 double NumberOf(const std::string& name, const Named& value) {
   const std::string& text = value.text;
@@ -70,7 +75,7 @@ double NumberOf(const std::string& name, const Named& value) {
   if (isWhole && error == std::errc::result_out_of_range)
     Refuse(value.place, name + " \"" + text + "\" is beyond the range of numbers");
   if (!isWhole || error != std::errc() || !std::isfinite(number))
-    Refuse(value.place, name + " \"" + text + "\" is not a number of 0 or more");
+    RefuseNumber(value.place, name, "\"" + text + "\"");
   return number;
 }
 
@@ -202,7 +207,7 @@ class JsonEntries {
       RequireFirst(Here(), name_, names_.insert(name_).second);
     } else if (!(event == Event::value && parsed.is_null())) {
       if (parsed.is_string() && std::ranges::find(kNumbers, name_) != kNumbers.end())
-        Refuse(Here(), name_ + " is the text " + parsed.dump() + ", not a number");
+        RefuseNumber(Here(), name_, parsed.dump());
       entries_.back().values[name_] = {Here(), TextOf(event, parsed)};
     }
   }
