@@ -10,8 +10,8 @@ namespace zrml::masslynx {
 std::size_t OmittedOffsets::EndOf(std::span<const ScanIndexEntry> entries, std::size_t place) const {
   const auto isOmitted = [&](std::size_t of) {
     std::array<std::byte, sizeof(std::uint32_t)> offset = {};
-    index.ReadAt(std::uint64_t{of} * recordSize + scan_index_format::kDataOffset, offset);
-    return LoadU32(offset.data()) == 0;
+    const std::uint64_t at = std::uint64_t{of} * recordSize + scan_index_format::kDataOffset;
+    return index.ReadAt(at, offset) == offset.size() && LoadU32(offset.data()) == 0;
   };
   std::size_t end = place + 1;
   while (end < entries.size() && isOmitted(end)) ++end;
@@ -36,7 +36,7 @@ Places OmittedOffsets::Lose(std::span<ScanIndexEntry> entries, const Places& dou
     end = EndOf(entries, place);
     if (!IsShort(entries, end)) continue;
     for (std::size_t behind = place + 1; behind < end; ++behind) {
-      if (entries[behind].pointCount == 0) continue;
+      if (entries[behind].pointCount == 0 || entries[behind].HasLostOffset()) continue;
       entries[behind].SetDataOffset(ScanIndexEntry::kLostOffset);
       lost.push_back(behind);
     }

@@ -244,6 +244,7 @@ void TakeAsMeasured(const platform::SystemPath& folder, const FunctionRecord& fu
   const Places doubtful = hasPoints ? entries.Doubtful() : Places();
   if (doubtful.empty()) return;
   findData();
+  if (entries.dropped > 0) omitted.dataSize = 0;  // the last bytes are of the scans that are gone
   const Places lost = omitted.Lose(entries.list, doubtful);
   entries.unplaced.insert(entries.unplaced.end(), lost.begin(), lost.end());
   std::sort(entries.unplaced.begin(), entries.unplaced.end());
@@ -453,8 +454,8 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
       if (isMeasured) TakeAsMeasured(folder, function, file, recordSize, entries);
       return entries;
     };
-    std::optional<StatisticsReader> statistics(std::in_place, folder, function);
-    Entries entries = read(&*statistics);
+    StatisticsReader statistics(folder, function);
+    Entries entries = read(&statistics);
     notice();
     if (!entries.inFileOrder && !isLong) {
       problem = "has offsets that go backwards";
@@ -465,16 +466,15 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
       break;
     }
     const ScanNumbers numbers = NumbersOf(entries);
-    const bool someLackValues = entries.filled != entries.list.size() || statistics->SomeLackValues();
+    const bool someLackValues = entries.filled != entries.Records() || statistics.SomeLackValues();
     if (notices) notices->EntriesOf(entries, numbers, someLackValues);
     if (entries.inFileOrder) {
       if (!entries.inTimeOrder) std::stable_sort(entries.list.begin(), entries.list.end(), EarlierTime);
       if (entries.filled < entries.list.size() || !entries.inTimeOrder) {
-        statistics.emplace(folder, function);
-        statistics->Fill(entries.list);
+        statistics.Fill(entries.list);
       }
-      statistics->NoticeRefusal(refusal);
-      if (statistics->IsKnown()) function.calibrationConstant = statistics->AreAlike();
+      statistics.NoticeRefusal(refusal);
+      if (statistics.IsKnown()) function.calibrationConstant = statistics.AreAlike();
     } else if (entries.filled > 0) {
       entries = read(nullptr);
     }
@@ -482,7 +482,7 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
       entries.list[numbers.Of(place) - 1].retentionTime = std::numeric_limits<float>::quiet_NaN();
     function.scanIndex = std::move(entries.list);
     if (notices) {
-      if (!statistics->ArePossible()) notices->AbsurdStatistics();
+      if (!statistics.ArePossible()) notices->AbsurdStatistics();
       notices->MissingStatistics();
     }
     return;

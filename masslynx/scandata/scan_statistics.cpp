@@ -184,6 +184,10 @@ StatisticsReader::StatisticsReader(const platform::SystemPath& folder, const Fun
 
 void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first) {
   if (!isKnown_) return;
+  if (first == 0) {
+    areAlike_ = arePossible_ = true;
+    have_ = lack_ = 0;
+  }
   const ItemOffsets items = items_;  // which no entry can change
   ForEachBlock(file_, place_, first, entries.size(), [&](const Block& block) {
     for (std::size_t i = 0; i < block.count; ++i) FillFrom(block.Record(i), items, entries[block.first + i]);
@@ -283,6 +287,9 @@ Problem ZerosAmongValues(const platform::File& file, const Header& header, const
                          std::uint64_t records) {
   constexpr std::uint64_t kSome = 3;  // fewer say nothing about another
   Numbers zeros;
+  std::uint64_t valued = 0;
+  std::uint64_t cut = 0;  // records without values behind zeros
+  bool isRead = true;
   bool haveValues = true;
   bool isOfZeros = false;  // the record before
   bool isCut = false;      // that one has no values, and no zeros ahead of it
@@ -292,13 +299,17 @@ Problem ZerosAmongValues(const platform::File& file, const Header& header, const
     const bool isBehindZeros = std::exchange(isOfZeros, AreZeros(record));
     if (isOfZeros) zeros.Add(i + 1);
     haveValues = haveValues && (isOfZeros || !isCut);
-    isCut = !isOfZeros && !isBehindZeros && !HasValues(entry, items);
+    const bool hasValues = HasValues(entry, items);
+    valued += hasValues;
+    cut += !hasValues && !isOfZeros && isBehindZeros;
+    isCut = !hasValues && !isOfZeros && !isBehindZeros;
   };
   const StatisticsReader::Place place = {header.recordsOffset, header.recordSize};
   ForEachBlock(file, place, 0, static_cast<std::size_t>(records), [&](const Block& block) {
+    isRead = isRead && block.bytes.size() == block.count * block.recordSize;
     for (std::size_t i = 0; i < block.count; ++i) look(block.first + i, block.Record(i));
   });
-  if (!haveValues || isCut || zeros.IsEmpty() || records - zeros.Count() < kSome) return {};
+  if (!haveValues || isCut || zeros.IsEmpty() || valued + cut < kSome || cut > valued || !isRead) return {};
   return {FindingCode::kStatisticsZeroed,
           "has zeros in place of the records of " + std::to_string(zeros.Count()) + " of " +
               std::to_string(records) + " scans; the first is scan " + std::to_string(zeros.First()),

@@ -18,7 +18,8 @@ class StatisticsReader {
  public:
   StatisticsReader(const platform::SystemPath& folder, const FunctionRecord& function);
 
-  /// Fills the statistics members of the time-ordered index from `first` on; those before are filled.
+  /// Fills the statistics members of the time-ordered index from `first` on; those before are filled. From 0
+  /// on it begins anew.
   void Fill(std::span<ScanIndexEntry> entries, std::size_t first = 0);
 
   /// Whether there are statistics that can be read.

@@ -299,6 +299,51 @@ TEST(DamagedIndexTest, ZerosFromInsideARecordUpToAnOffset) {
   EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", "3 503:", kAll[3]}));
 }
 
+// The fifth scan has its own offset. Of those before it the third cannot be counted, and is named once.
+TEST(DamagedIndexTest, OffsetBetweenTwoLostRecordsIsLostOnce) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(5, {{105, 8}, {205, 16}}));
+  const Seen seen = See(raw, [](FileBytes& index) {
+    PatchU32(index, 2 * kRecord, 0);
+    for (const std::ptrdiff_t place : {1, 3})
+      std::fill_n(index.begin() + place * static_cast<std::ptrdiff_t>(kRecord), kRecord, std::byte{0});
+  });
+  EXPECT_EQ(seen.findings[1],
+            "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 5 scans; the first is scan 3");
+}
+
+// The second scan is empty. The bytes left over at the end are those of the fourth, whose record is gone.
+TEST(DamagedIndexTest, LastRecordOfZerosSaysNothingAboutEmptyScans) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[1].index.pointCount = 0;
+  raw.functions[0].scans[1].index.totalIntensity = 0;
+  raw.functions[0].scans[1].data = {};
+  EXPECT_EQ(SeeZerosAmongOmittedOffsets(0, 0, raw).findings, Lines());
+  const Seen seen = SeeZerosAmongOmittedOffsets(3 * kRecord, 4 * kRecord, raw);
+  EXPECT_EQ(
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 4 scans; the first is scan 4",
+          "data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "2 502:", kAll[2]}));
+}
+
+// Whatever the number of records that are read at once.
+TEST(DamagedIndexTest, LastRecordsOfZerosLeaveTheStatisticsToBeLookedAt) {
+  for (const std::size_t sound : {4095U, 4096U, 4097U}) {
+    RawDirectoryBuilder raw = Products();
+    raw.functions[0].scans.resize(sound + 10, raw.functions[0].scans.back());
+    raw.functions[0].scans[1].statistics = {};
+    const Seen seen = See(raw, [&](FileBytes& index) {
+      std::fill(index.begin() + static_cast<std::ptrdiff_t>(sound * kRecord), index.end(), std::byte{0});
+    });
+    const auto isAboutStatistics = [](const std::string& line) {
+      return line.starts_with("statistics-zeroed");
+    };
+    EXPECT_EQ(std::count_if(seen.findings.begin(), seen.findings.end(), isAboutStatistics), 1) << sound;
+  }
+}
+
 // The third record keeps its total and its time, but not its number of points.
 TEST(DamagedIndexTest, ZerosInPlaceOfANumberOfPoints) {
   const Seen seen = SeeZerosAmongOmittedOffsets(kRecord + 16, 2 * kRecord + 8, Products());

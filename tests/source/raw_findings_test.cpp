@@ -283,6 +283,19 @@ TEST(RawFindings, RecordOfTheStatisticsMayBeZeros) {
   });
 }
 
+// Of the three records that are not zeros only one has a precursor, so others may be without.
+TEST(RawFindings, StatisticsWithZerosAmongFewPrecursors) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].record.type = 16;  // TOF MS/MS
+  raw.functions[0].statistics->recordSize = 40;
+  for (const float minutes : {0.4F, 0.5F})
+    raw.functions[0].scans.push_back(ScanFrom<StoredPoint9>(minutes, {{100, 7}}));
+  std::vector<ScanFiles>& scans = raw.functions[0].scans;
+  scans[0].statistics = {.precursorMass = 445, .precursorFlags = 1};
+  scans[2].statistics = scans[4].statistics = {.auxValue = 5};
+  ExpectLines(raw, {}, [](const TempDirectory&) {});
+}
+
 // Each other scan has a precursor, so the first two had one.
 TEST(RawFindings, StatisticsWithZerosAmongPrecursors) {
   RawDirectoryBuilder raw = SoundDirectory();
