@@ -1,6 +1,7 @@
 // The size of a scan's points in a data ("dat") file, by data format. docs/data-layouts.md
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -40,6 +41,9 @@ inline constexpr std::array<PointUnit, 15> kPointUnits = {{
     {12, 1},
     {12, 1},
 }};
+
+static_assert(std::ranges::all_of(kPointUnits,
+                                  [](const PointUnit& unit) { return std::has_single_bit(unit.points); }));
 
 constexpr PointUnit UnitOf(int dataFormat) {
   const auto index = static_cast<std::size_t>(dataFormat);

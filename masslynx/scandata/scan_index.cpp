@@ -93,7 +93,7 @@ struct Entries {
   bool areBackToBack = true;  // each begins where the one before ends, the first at 0
   std::uint64_t end = 0;      // of the last one
   float latest = -std::numeric_limits<float>::infinity();
-  bool haveTimes = true;   // that may be times
+  bool haveTimes = true;   // none has one that no run has
   std::size_t filled = 0;  // with statistics, from the first on
   // As measured:
   Places zeroRecords;            // the first one only where its points are missing
