@@ -474,7 +474,7 @@ void LoadScanIndex(const platform::SystemPath& folder, FunctionRecord& function,
         statistics.Fill(entries.list);
       }
       statistics.NoticeRefusal(refusal);
-      if (statistics.IsKnown()) function.calibrationConstant = statistics.AreAlike();
+      if (statistics.IsKnown()) function.calibrationConstant = statistics.HaveOneCalibration();
     } else if (entries.filled > 0) {
       entries = read(nullptr);
     }

@@ -185,7 +185,7 @@ StatisticsReader::StatisticsReader(const platform::SystemPath& folder, const Fun
 void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first) {
   if (!isKnown_) return;
   if (first == 0) {
-    areAlike_ = arePossible_ = true;
+    haveOneCalibration_ = arePossible_ = true;
     have_ = lack_ = 0;
   }
   const ItemOffsets items = items_;  // which no entry can change
@@ -193,7 +193,7 @@ void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first
     for (std::size_t i = 0; i < block.count; ++i) FillFrom(block.Record(i), items, entries[block.first + i]);
     for (std::size_t i = block.first; i < block.first + block.count; ++i) {
       ++(HasValues(entries[i], items) ? have_ : lack_);
-      areAlike_ = areAlike_ && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
+      haveOneCalibration_ = haveOneCalibration_ && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
       arePossible_ = arePossible_ && MayBe(entries[i], function_.calTemperature);
     }
   });
@@ -326,13 +326,14 @@ Problem ProblemInside(const platform::File& file, const Header& header, std::uin
                     std::to_string(header.descriptorCount) + " descriptions of its items",
             .without = NumbersBehind(0, scans)};
   }
-  if (ReadDescriptors(description, header.descriptorCount).HasPartOfTemperature()) {
+  const ItemOffsets items = ReadDescriptors(description, header.descriptorCount);
+  if (items.HasPartOfTemperature()) {
     return {FindingCode::kTemperaturesUnknown,
             "describes some of the items of temperatures only, so none is read", NumbersBehind(0, scans)};
   }
   Problem problem = ZeroedRecords(file, header, scans);
   if (!problem.text.empty() || !someLackValues) return problem;
-  return ZerosAmongValues(file, header, ReadDescriptors(description, header.descriptorCount), scans);
+  return ZerosAmongValues(file, header, items, scans);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ class StatisticsReader {
   /// Whether there are statistics that can be read.
   bool IsKnown() const { return isKnown_; }
   /// Whether masses of all scans filled are calibrated in one way.
-  bool AreAlike() const { return areAlike_; }
+  bool HaveOneCalibration() const { return haveOneCalibration_; }
   /// Whether all values of the scans filled may be values.
   bool ArePossible() const { return arePossible_; }
 
@@ -65,7 +65,7 @@ class StatisticsReader {
   bool isKnown_ = false;
   Place place_;
   ItemOffsets items_;
-  bool areAlike_ = true;
+  bool haveOneCalibration_ = true;
   bool arePossible_ = true;
   std::size_t have_ = 0;  // scans with values
   std::size_t lack_ = 0;

@@ -42,7 +42,7 @@ bool Fill(const TempDirectory& directory, const FunctionRecord& function, Entrie
   StatisticsReader reader(folder, function);
   reader.Fill(std::span(entries).first(entries.size() / 2));
   reader.Fill(entries, entries.size() / 2);
-  return reader.IsKnown() ? reader.AreAlike() : function.calibrationConstant;
+  return reader.IsKnown() ? reader.HaveOneCalibration() : function.calibrationConstant;
 }
 
 /// The result of loading the statistics file. `before` is the function's calibrationConstant before that.
