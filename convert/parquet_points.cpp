@@ -259,7 +259,7 @@ class ParquetDocument : public Document {
     const RunEntry& entry = plan_.entries[index];
     const source::Function& function = function_->info;
     AddNumber(kScan, static_cast<double>(index + 1), rows);
-    AddNumber(kLevel, MsLevelOf(function), rows);
+    AddNumber(kLevel, MsLevelOf(function).value_or(0), rows);
     AddNumber(kTime, entry.minutes, rows);
     AddNumber(kPrecursorMass, precursor == 0 ? std::numeric_limits<double>::quiet_NaN() : precursor, rows);
     AddText(kFunction, TextOf(function.id), rows);

@@ -39,7 +39,8 @@ enum class Absorbance {
 };
 
 /// The level of the spectra: products of reactions are fragments, whatever the source says of their function.
-inline int MsLevelOf(const source::Function& function) {
+/// None where it is not known.
+inline std::optional<int> MsLevelOf(const source::Function& function) {
   constexpr int kFragments = 2;
   return function.monitoring == source::Monitoring::kReactions ? kFragments : function.msLevel;
 }

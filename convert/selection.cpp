@@ -52,9 +52,9 @@ std::optional<NumberSet> NumberSet::Parse(std::string_view text) {
   return isList ? std::optional(set) : std::nullopt;
 }
 
-bool NumberSet::Has(int number) const {
+bool NumberSet::Has(std::optional<int> number) const {
   return IsAll() || std::any_of(ranges_.begin(), ranges_.end(), [&](const Range& range) {
-           return number >= range.first && number <= range.last;
+           return number && *number >= range.first && *number <= range.last;
          });
 }
 

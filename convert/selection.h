@@ -18,7 +18,8 @@ class NumberSet {
   /// No value when `text` is not such a list.
   static std::optional<NumberSet> Parse(std::string_view text);
 
-  bool Has(int number) const;
+  /// What has no number is in no list.
+  bool Has(std::optional<int> number) const;
   bool IsAll() const { return ranges_.empty(); }
   /// Those listed alone, not in a range.
   std::vector<int> Named() const;

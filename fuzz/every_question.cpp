@@ -69,7 +69,7 @@ void Add(const source::Function& function, Answer& answer) {
   Check(source::ParseFunctionId(TextOf(function.id)).has_value(), "a function has a usable name");
   answer.Add(function.file);
   answer.Add(function.name);
-  answer.Add(function.msLevel);
+  answer.Add(function.msLevel.value_or(0));
   answer.Add(static_cast<int>(function.kind));
   answer.Add(static_cast<int>(function.polarity));
   answer.Add(function.hasMobility);

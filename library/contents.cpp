@@ -29,7 +29,7 @@ zrml_function RecordOf(const source::Function& function, zrml_source& handle) {
       .monitoring = static_cast<zrml_monitoring>(function.monitoring),
       .scan_type = static_cast<zrml_scan_type>(function.scanType),
       .polarity = static_cast<zrml_polarity>(function.polarity),
-      .ms_level = function.msLevel,
+      .ms_level = function.msLevel.value_or(0),
       .is_lock_mass = function.isLockMass ? 1 : 0,
       .has_mobility = function.hasMobility ? 1 : 0,
       .mass_low = range.low,

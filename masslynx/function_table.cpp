@@ -69,10 +69,19 @@ FunctionRecord ReadRecord(Bytes record, std::uint16_t number) {
   return function;
 }
 
+// Of a function whose record is zeros. The length of its scans is not known, either.
+FunctionRecord LostRecord(std::uint16_t number) {
+  FunctionRecord function;
+  function.number = number;
+  function.typeCode = function.ionMode = function.dataFormat = FunctionRecord::kLostCode;
+  function.scanTime = std::numeric_limits<float>::quiet_NaN();
+  return function;
+}
+
 constexpr std::size_t kMostFunctions = std::numeric_limits<std::uint16_t>::max();
 
 // The records to read from a file of `size` bytes; no value when the file has none.
-std::optional<std::size_t> RecordsIn(std::uint64_t size, CutTable cutTable, Findings* findings) {
+std::optional<std::size_t> RecordsIn(std::uint64_t size, TableView view, Findings* findings) {
   const std::uint64_t count = size / format::kRecordSize;
   const auto notice = [&](const char* problem) {
     if (findings == nullptr) return;
@@ -83,7 +92,7 @@ std::optional<std::size_t> RecordsIn(std::uint64_t size, CutTable cutTable, Find
   if (size % format::kRecordSize != 0) notice("does not end with a whole record");
   if (count > kMostFunctions) notice("has more functions than can be numbered");
   const bool isWhole = size % format::kRecordSize == 0 && count <= kMostFunctions;
-  if (!isWhole && cutTable == CutTable::kNothing) return std::nullopt;
+  if (!isWhole && view == TableView::kOfSlots) return std::nullopt;
   return static_cast<std::size_t>(std::min<std::uint64_t>(count, kMostFunctions));
 }
 
@@ -99,10 +108,10 @@ void NoticeZeroed(const FunctionRecord& function, Findings& findings) {
 }  // namespace
 
 bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<CalibrationLine>& calibration,
-                       CutTable cutTable, std::vector<FunctionRecord>& functions, Findings* findings) {
+                       TableView view, std::vector<FunctionRecord>& functions, Findings* findings) {
   const platform::File file = OpenInDirectory(folder, kFunctionTableName);
   if (!file.IsOpen()) return false;
-  const std::optional<std::size_t> count = RecordsIn(file.Size(), cutTable, findings);
+  const std::optional<std::size_t> count = RecordsIn(file.Size(), view, findings);
   if (!count) return false;
   std::vector<std::byte> bytes(*count * format::kRecordSize);
   if (file.ReadAt(0, bytes) != bytes.size()) return false;
@@ -113,8 +122,11 @@ bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<Cal
   for (std::size_t i = 0; i < *count; ++i) {
     const auto number = static_cast<std::uint16_t>(i + 1);
     const Bytes record = Bytes(bytes).subspan(i * format::kRecordSize, format::kRecordSize);
-    FunctionRecord& function = functions.emplace_back(ReadRecord(record, number));
-    if (findings != nullptr && AreZeros(record)) NoticeZeroed(function, *findings);
+    const bool isZeros = AreZeros(record);
+    const bool isLost = isZeros && view == TableView::kMeasured;
+    FunctionRecord& function =
+        functions.emplace_back(isLost ? LostRecord(number) : ReadRecord(record, number));
+    if (findings != nullptr && isZeros) NoticeZeroed(function, *findings);
     ParseCalibration(calibration, function);
     function.hasMobilityData = files.Opens(FunctionFileName(number, L"CDT"));
     function.hasDataFile = files.Opens(FunctionFileName(number, L"DAT"));

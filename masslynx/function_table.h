@@ -10,14 +10,15 @@
 
 namespace zrml::masslynx {
 
-/// What a file gives whose size is not a whole number of records.
-enum class CutTable { kNothing, kWholeRecords };
+/// What becomes of a damaged table. The slots of the contract refuse one that is cut, and read a record of
+/// zeros as it is. As measured, the whole records of a cut table count, and of a function whose record is
+/// zeros nothing is known but its number.
+enum class TableView { kMeasured, kOfSlots };
 
 /// Reads the table of `folder` and each function's calibration and data file. One record per table entry,
 /// including the absorbance function and functions without a data file. False when the file cannot be read,
-/// when it is cut and should then give nothing, or when it has more functions than can be numbered.
+/// when it is cut and the slots refuse it, or when it has more functions than can be numbered.
 bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<CalibrationLine>& calibration,
-                       CutTable cutTable, std::vector<FunctionRecord>& functions,
-                       Findings* findings = nullptr);
+                       TableView view, std::vector<FunctionRecord>& functions, Findings* findings = nullptr);
 
 }  // namespace zrml::masslynx

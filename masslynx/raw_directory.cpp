@@ -16,10 +16,10 @@
 namespace zrml::masslynx {
 
 std::optional<std::vector<FunctionRecord>> ReadFunctions(const platform::SystemPath& folder,
-                                                         const HeaderLines& header, CutTable cutTable,
+                                                         const HeaderLines& header, TableView view,
                                                          Findings* findings, std::string* refusal) {
   std::vector<FunctionRecord> functions;
-  if (!ReadFunctionTable(folder, ReadCalibrationLines(header.All()), cutTable, functions, findings))
+  if (!ReadFunctionTable(folder, ReadCalibrationLines(header.All()), view, functions, findings))
     return std::nullopt;
   AppendProcessedFunctions(folder, functions, findings, refusal);
   ApplyLabels(folder, functions, findings, refusal);
@@ -41,7 +41,7 @@ std::optional<RawDirectory> RawDirectory::Open(const platform::SystemPath& folde
   directory.header_ = HeaderLines(ReadTextOf(header, kHeaderName, &directory.findings_));
   NoticeRefusal(header, folder, kHeaderName, Spellings::kUpperLower, &directory.refusal_);
   std::optional<std::vector<FunctionRecord>> functions = ReadFunctions(
-      folder, directory.header_, CutTable::kWholeRecords, &directory.findings_, &directory.refusal_);
+      folder, directory.header_, TableView::kMeasured, &directory.findings_, &directory.refusal_);
   if (!functions) return std::nullopt;
   directory.functions_ = std::move(*functions);
   directory.states_.resize(directory.functions_.size());

@@ -22,7 +22,7 @@ namespace zrml::masslynx {
 /// processed ones; all with their labels. No value when the table cannot be read. `refusal`, of the other
 /// files: see NoticeRefusal().
 std::optional<std::vector<FunctionRecord>> ReadFunctions(const platform::SystemPath& folder,
-                                                         const HeaderLines& header, CutTable cutTable,
+                                                         const HeaderLines& header, TableView view,
                                                          Findings* findings = nullptr,
                                                          std::string* refusal = nullptr);
 

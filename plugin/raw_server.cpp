@@ -75,7 +75,7 @@ bool CMLDataServerImpl::OpenFileInSet(const std::wstring& path, const std::wstri
 bool CMLDataServerImpl::LoadDescription() {
   headerLines_ = masslynx::ReadHeaderLines(headerFile_);
   std::optional<std::vector<FunctionRecord>> all =
-      masslynx::ReadFunctions(folder_, headerLines_, masslynx::CutTable::kNothing);
+      masslynx::ReadFunctions(folder_, headerLines_, masslynx::TableView::kOfSlots);
   if (!all) return false;
   std::optional<FunctionRecord> absorbance;
   if (const auto position = masslynx::FindAbsorbance(*all)) absorbance = (*all)[*position];

@@ -97,7 +97,7 @@ class Collector : public source::Onlooker {
     const double precursor = scan.scan.precursorMz.value_or(0);
     if (std::isfinite(precursor)) spectrum.precursorMz = precursor;
     spectra.lists.at(kAllLevels).Add(spectrum);
-    spectra.lists.at(scan.described.msLevel == 1 ? kMs1 : kMs2).Add(spectrum);
+    if (const auto level = scan.described.msLevel) spectra.lists.at(level == 1 ? kMs1 : kMs2).Add(spectrum);
   }
 
   void AddReference(const source::ScanInSight& scan, Seen& seen) const {

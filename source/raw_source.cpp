@@ -63,23 +63,6 @@ FunctionId IdOf(const FunctionRecord& function) {
   return {function.rawNumber, function.number, function.repeat};
 }
 
-Function Describe(const FunctionRecord& record) {
-  Function function;
-  function.id = IdOf(record);
-  function.name = Utf8(masslynx::NameOf(record));
-  function.kind = static_cast<FunctionKind>(masslynx::FunctionKindOfType(record.typeCode));
-  function.monitoring = static_cast<Monitoring>(masslynx::MonitoringOfType(record.typeCode));
-  function.msLevel = masslynx::MsLevelOfType(record.typeCode);
-  function.scanType = static_cast<ScanType>(masslynx::ScanTypeOfType(record.typeCode));
-  function.polarity = static_cast<Polarity>(masslynx::PolarityOfIonMode(record.ionMode));
-  function.isLockMass = record.label.find(L"Lock Mass") != std::wstring::npos;
-  if (record.massRangeKnown) function.massRange = Range{record.lowMass, record.highMass};
-  function.hasMobility = record.hasMobilityData && !record.processed;
-  function.isOfMobility = record.hasMobilityData;
-  function.hasOwnMasses = masslynx::HasOwnMasses(record.dataFormat);
-  return function;
-}
-
 static_assert(static_cast<int>(FunctionKind::kAbsorbance) ==
               static_cast<int>(masslynx::FunctionKind::kAbsorbance));
 static_assert(static_cast<int>(Monitoring::kReactions) == static_cast<int>(masslynx::Monitoring::kReactions));
@@ -145,6 +128,24 @@ std::size_t CloseGaps(const std::vector<std::size_t>& gaps, std::size_t count, d
 }
 
 }  // namespace
+
+Function Describe(const FunctionRecord& record) {
+  Function function;
+  function.id = IdOf(record);
+  function.name = Utf8(masslynx::NameOf(record));
+  function.kind = record.IsLost() ? FunctionKind::kOther
+                                  : static_cast<FunctionKind>(masslynx::FunctionKindOfType(record.typeCode));
+  function.monitoring = static_cast<Monitoring>(masslynx::MonitoringOfType(record.typeCode));
+  function.msLevel = record.IsLost() ? std::nullopt : std::optional(masslynx::MsLevelOfType(record.typeCode));
+  function.scanType = static_cast<ScanType>(masslynx::ScanTypeOfType(record.typeCode));
+  function.polarity = static_cast<Polarity>(masslynx::PolarityOfIonMode(record.ionMode));
+  function.isLockMass = record.label.find(L"Lock Mass") != std::wstring::npos;
+  if (record.massRangeKnown) function.massRange = Range{record.lowMass, record.highMass};
+  function.hasMobility = record.hasMobilityData && !record.processed;
+  function.isOfMobility = record.hasMobilityData;
+  function.hasOwnMasses = masslynx::HasOwnMasses(record.dataFormat);
+  return function;
+}
 
 RawSource::RawSource(std::string path, const SystemPath& folder, const std::string& chosen)
     : Source(std::move(path)), directory_(OpenDirectory(Path(), folder)) {

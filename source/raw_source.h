@@ -13,6 +13,9 @@
 
 namespace zrml::source {
 
+/// What the record of a function says of it, without the name of its data file.
+Function Describe(const masslynx::FunctionRecord& record);
+
 class RawSource : public Source {
  public:
   /// `path` is as given to Open; `chosen` names the files of one function ("_FUNC002"), or is empty. Throws

@@ -183,7 +183,7 @@ std::optional<ScanPosition> Source::FindPrecursor(int sample, int function, int 
   std::optional<ScanPosition> found;
   for (int f = 0; f < static_cast<int>(functions.size()); ++f) {
     const Function& other = functions[static_cast<std::size_t>(f)];
-    if (f == function || other.msLevel != own.msLevel - 1) continue;
+    if (f == function || !own.msLevel || other.msLevel != *own.msLevel - 1) continue;
     const std::span<const ScanTime> times = TimesOf(sample, f);
     const auto later = std::partition_point(
         times.begin(), times.end(), [&](const ScanTime& time) { return minutes - time.minutes >= 0; });

@@ -57,7 +57,7 @@ struct Function {
   std::string name;
   FunctionKind kind = FunctionKind::kMs;
   Monitoring monitoring = Monitoring::kNone;
-  int msLevel = 1;
+  std::optional<int> msLevel = 1;  ///< none of a function whose type is lost
   ScanType scanType = ScanType::kNone;
   Polarity polarity = Polarity::kUnknown;
   bool isLockMass = false;         ///< a reference function, by its name

@@ -157,7 +157,7 @@ typedef struct zrml_function {
   zrml_monitoring monitoring; /* what a function that records chosen ions only records */
   zrml_scan_type scan_type;
   zrml_polarity polarity;
-  int ms_level;
+  int ms_level;          /* 0 where it is not known */
   int is_lock_mass;      /* 1 or 0; a reference function, by its name */
   int has_mobility;      /* 1 or 0 */
   double mass_low;       /* set in the acquisition method; NaN where no file has it */

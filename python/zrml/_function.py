@@ -90,7 +90,7 @@ class Function(Sequence[Scan]):
     name: display name, as its files have it.
     file: name of its data file; None in a report.
     kind: "MS", "MS/MS", "ion monitoring", "reaction monitoring", "absorbance" or "other".
-    ms_level: 1, or 2 and more of fragment spectra.
+    ms_level: 1, or 2 and more of fragment spectra; None where it is not known.
     scan_type: "precursor", "product", "neutral loss", "neutral gain" or None.
     polarity: "positive", "negative" or None where no file has it.
     is_lock_mass: whether it is a reference function, by its name.
@@ -107,7 +107,7 @@ class Function(Sequence[Scan]):
         self.name: str = members["name"]
         self.file: str | None = members["file"] or None
         self.kind: str = members["kind_name"]
-        self.ms_level: int = members["ms_level"]
+        self.ms_level: int | None = members["ms_level"] or None
         self.scan_type: str | None = members["scan_type_name"] or None
         self.polarity: str | None = members["polarity_name"] or None
         self.is_lock_mass = bool(members["is_lock_mass"])

@@ -1,5 +1,7 @@
 #include "masslynx/function_table.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <limits>
@@ -10,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "masslynx/function_types.h"
+#include "masslynx/scandata/point_unit_format.h"
 #include "tests/masslynx/truncation.h"
 #include "tests/support/function_table_writer.h"
 #include "tests/support/temp_directory.h"
@@ -64,8 +67,8 @@ class FunctionTableTest : public testing::Test {
     directory_.WriteText("_FUNC00" + std::to_string(number) + ".DAT", "");
   }
   bool Read(std::vector<FunctionRecord>& functions, const std::vector<CalibrationLine>& calibration = {},
-            CutTable cutTable = CutTable::kNothing) const {
-    return ReadFunctionTable(directory_.SystemPath(), calibration, cutTable, functions);
+            TableView view = TableView::kOfSlots) const {
+    return ReadFunctionTable(directory_.SystemPath(), calibration, view, functions);
   }
   std::vector<FunctionRecord> MustRead(const std::vector<CalibrationLine>& calibration = {}) const {
     std::vector<FunctionRecord> functions;
@@ -232,9 +235,31 @@ TEST_F(FunctionTableTest, WholeRecordsOfACutTableAreReadWhenWanted) {
   directory_.Truncate("_FUNCTNS.INF", 2 * kRecordSize - 1);
   std::vector<FunctionRecord> functions;
   EXPECT_FALSE(Read(functions));
-  ASSERT_TRUE(Read(functions, {}, CutTable::kWholeRecords));
+  ASSERT_TRUE(Read(functions, {}, TableView::kMeasured));
   ASSERT_EQ(functions.size(), 1u);
   EXPECT_EQ(functions[0].typeCode, 5);
+}
+
+// The slots deliberately read zeros: type MS, EI+, layout 0.
+TEST_F(FunctionTableTest, RecordOfZerosIsLostWhereItIsNotForTheSlots) {
+  WriteTable({{.type = 5}, {.type = 6}});
+  directory_.Edit("_FUNCTNS.INF",
+                  [](FileBytes& bytes) { std::fill_n(bytes.begin(), kRecordSize, std::byte{0}); });
+  std::vector<FunctionRecord> functions;
+  ASSERT_TRUE(Read(functions));
+  EXPECT_EQ(functions.at(0).typeCode, 0);
+  EXPECT_EQ(functions.at(0).ionMode, 0);
+  EXPECT_EQ(functions.at(0).dataFormat, 0);
+  EXPECT_EQ(functions.at(0).scanTime, 0);
+  ASSERT_TRUE(Read(functions, {}, TableView::kMeasured));
+  EXPECT_TRUE(functions.at(0).IsLost());
+  EXPECT_EQ(functions.at(0).number, 1);
+  EXPECT_TRUE(functions.at(0).hasDataFile);
+  EXPECT_EQ(FunctionTypeText(functions.at(0).typeCode), L"Unknown ");
+  EXPECT_EQ(PolarityOfIonMode(functions.at(0).ionMode), Polarity::kUnknown);
+  EXPECT_EQ(point_unit_format::UnitOf(functions.at(0).dataFormat).bytes, 0u);
+  EXPECT_TRUE(std::isnan(functions.at(0).scanTime));
+  EXPECT_EQ(functions.at(1).typeCode, 6);
 }
 
 // Function numbers are 16 bits wide: 65,536 records cannot be numbered. The file is sparse. (65,535 would

@@ -67,6 +67,41 @@ TEST_F(DamagedConversionTest, ScansThatCannotBeRead) {
             std::string::npos);
 }
 
+// Of the second function, whose record has 416 bytes. The first one has 3 scans at level 1. The content of
+// the file lists each type of spectrum once more.
+TEST_F(DamagedConversionTest, FunctionWhoseRecordIsZeros) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Edit("_FUNCTNS.INF",
+                 [](FileBytes& bytes) { std::fill(bytes.begin() + 416, bytes.end(), std::byte{0}); });
+  EXPECT_EQ(Convert(directory).status, 7);
+  EXPECT_EQ(Convert(directory, {"--function", "1"}).errors, "");
+  const ProcessResult converted = Convert(directory, {"--damaged"});
+  EXPECT_EQ(
+      converted.errors,
+      "zrml: " + PathOf(directory) +
+          ": _FUNCTNS.INF has zeros in place of function 2, so its type and the layout of its scans are "
+          "not known\nzrml: " +
+          PathOf(directory) + ": _FUNC002.DAT: scans of function 2 that cannot be read: 2 (1-2)\n");
+  const auto count = [&](const std::string& text) {
+    int found = 0;
+    for (std::size_t at = converted.output.find(text); at != std::string::npos;
+         at = converted.output.find(text, at + 1))
+      ++found;
+    return found;
+  };
+  EXPECT_EQ(count("name=\"ms level\""), 3);
+  EXPECT_EQ(count("name=\"positive scan\""), 3);
+  EXPECT_EQ(count("name=\"MS1 spectrum\""), 3 + 1);
+  EXPECT_EQ(count("name=\"mass spectrum\""), 2 + 1);
+  EXPECT_EQ(count("name=\"spectrum representation\""), 2);
+  EXPECT_EQ(count("name=\"scan start time\""), 5);
+  EXPECT_EQ(count("id=\"function=2 process=0 scan=2\" defaultArrayLength=\"0\""), 1);
+  EXPECT_EQ(count("id=\"TIC\" defaultArrayLength=\"3\""), 1);
+  EXPECT_EQ(count("id=\"function 2 TIC\" defaultArrayLength=\"2\""), 1);
+  EXPECT_EQ(Convert(directory, {"--damaged", "--format", "tsv"}).output.find("\n2\t"), std::string::npos);
+  EXPECT_NE(Run({"info", PathOf(directory), "--json"}).output.find("\"msLevel\": null"), std::string::npos);
+}
+
 // 6 bytes of the second of two scans.
 TEST_F(DamagedConversionTest, DataThatNoScanRefersTo) {
   const TempDirectory directory = SoundDirectory().Build();

@@ -169,6 +169,17 @@ TEST_F(PluginComparisonTest, FunctionTableThatIsCut) {
   ExpectWanted(path, {{kWanted.refusedTable, 1}});
 }
 
+// Of 416 bytes each. To the slots both functions, and p1 that is made of one of them, are then those of "MS
+// EI+".
+TEST_F(PluginComparisonTest, FunctionsWhoseRecordsAreZeros) {
+  const std::string path = Make("run.raw");
+  std::fstream table(folder_ / "run.raw" / "_FUNCTNS.INF", std::ios::binary | std::ios::in | std::ios::out);
+  table << std::string(std::size_t{2} * 416, '\0') << std::flush;
+  ExpectWanted(path, {{kWanted.lostRecord, 3}});
+  ExpectFaults(path, {"GetFunctionName", "GetFunctionKind", "GetMSLevel", "GetPolarity", "GetSpectrum mass",
+                      "GetSpectrum start time", "GetTotalIonChromatogram", "GetMetadataValue"});
+}
+
 TEST_F(PluginComparisonTest, FunctionWithoutItsDataFile) {
   const std::string path = Make("run.raw");
   std::filesystem::remove(folder_ / "run.raw" / "_FUNC002.DAT");

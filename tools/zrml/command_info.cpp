@@ -79,7 +79,7 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
       function.name,
       KindNameOf(function),
       KindCode(function.kind),
-      function.msLevel,
+      ValueOrAbsent(function.msLevel),
       NameOf(function.scanType),
       NameOf(function.polarity),
       scans,

@@ -9,6 +9,7 @@
 
 #include "common/platform/platform.h"
 #include "common/text.h"
+#include "masslynx/function_types.h"
 #include "tools/zrml/names.h"
 #include "tools/zrml/open_source.h"
 #include "tools/zrml/plugin_scans.h"
@@ -184,10 +185,13 @@ class Comparer : Verdicts {
     return positions;
   }
 
+  bool IsLost(const source::Function& function) const { return rawSlots_ && rawSlots_->IsLost(function.id); }
+
   source::Function FunctionAt(int sample, int position) {
     const int held = list_.positions[static_cast<std::size_t>(position)];
-    return held != kNotHeld ? source_->Functions(sample)[static_cast<std::size_t>(held)]
-                            : reportSlots_->Describe(position);
+    if (held == kNotHeld) return reportSlots_->Describe(position);
+    const source::Function& function = source_->Functions(sample)[static_cast<std::size_t>(held)];
+    return IsLost(function) ? rawSlots_->Describe(function.id) : function;
   }
 
   std::optional<SlotScans> OtherScansOf(int sample, int position) {
@@ -207,6 +211,13 @@ class Comparer : Verdicts {
     if (!IsReport() && held != wanted) Count(kWanted.unlistedFunction);
     Check("GetFunctionCount", "count", given, wanted);
     list_.positions.resize(static_cast<std::size_t>(std::clamp(given, 0, wanted)));
+    names_.clear();
+    if (rawSlots_ && rawSlots_->HasLost()) {
+      std::vector<source::FunctionId> ids;
+      for (std::size_t i = 0; i < list_.positions.size(); ++i)
+        ids.push_back(FunctionAt(sample, static_cast<int>(i)).id);
+      names_ = rawSlots_->NamesOf(ids);
+    }
     CountFunctions(sample);
   }
 
@@ -266,7 +277,11 @@ class Comparer : Verdicts {
   }
 
   int CompareScanCount() {
-    if (of_.others) Count(IsReport() ? OtherContents() : kWanted.indexOfSlots);
+    if (IsLost(of_.function)) {
+      Count(kWanted.lostRecord);
+    } else if (of_.others) {
+      Count(IsReport() ? OtherContents() : kWanted.indexOfSlots);
+    }
     return Agreed(
         "GetScanCount", server_->GetScanCount(of_.sample, of_.position),
         of_.others ? static_cast<int>(of_.others->scans.size()) : source_->ScanCount(of_.sample, of_.held));
@@ -292,7 +307,7 @@ class Comparer : Verdicts {
           static_cast<int>(function.scanType));
     Check("GetPolarity", "polarity", server_->GetPolarity(sample, position),
           static_cast<int>(function.polarity));
-    Check("GetMSLevel", "level", server_->GetMSLevel(sample, position), function.msLevel);
+    Check("GetMSLevel", "level", server_->GetMSLevel(sample, position), function.msLevel.value_or(0));
     const int scanDimensions = of_.hasMobility ? 2 : 1;
     CheckWanted(kWanted.scanDimensions, "dimensions", server_->GetScanDimensionCount(sample, position),
                 scanDimensions, IsReport() ? 0 : scanDimensions);
@@ -322,6 +337,7 @@ class Comparer : Verdicts {
   // Counts only functions that are in the list. One that shares its name with a lost function alone has no
   // number there, but a name may end like one with a number.
   std::string NameInList(const source::Function& own, const std::string& given) const {
+    if (!names_.empty()) return names_[static_cast<std::size_t>(of_.position)];
     const std::string base = BaseName(own);
     if (IsReport() || base == own.name) return own.name;
     const NameUses& uses = uses_.at(base);
@@ -465,7 +481,11 @@ class Comparer : Verdicts {
   std::vector<source::MetadataItem> ItemsOf(int sample, int position, std::optional<int> held) {
     std::vector<source::MetadataItem> items = source_->SampleMetadata(sample);
     if (!held) return items;
-    if (!IsReport()) return source::Merged(std::move(items), source_->FunctionMetadata(sample, *held));
+    if (!IsReport()) {
+      std::vector<source::MetadataItem> own = source_->FunctionMetadata(sample, *held);
+      if (IsLost(of_.function)) own.front().value = Narrow(masslynx::IonModeText(0));
+      return source::Merged(std::move(items), std::move(own));
+    }
     const std::optional<std::string> text = reportSlots_->TextOf(position);
     items.push_back({std::string(kFunctionText), text});
     if (*held == kNotHeld) return items;
@@ -529,6 +549,7 @@ class Comparer : Verdicts {
   std::optional<ReportSlots> reportSlots_;
   ComparedList list_;
   std::unordered_map<std::string, NameUses> uses_;  // by name without number
+  std::vector<std::string> names_;                  // of the list, where the records of some are lost
   std::set<int> withMobility_;                      // numbers of raw functions
   ComparedFunction of_;
   std::vector<double> x_;

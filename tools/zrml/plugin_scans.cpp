@@ -167,7 +167,7 @@ class ScanComparer : Verdicts {
     CheckWanted(kWanted.scanNumber, "first scan", given.GetFirstScan(), number, narrow);
     CheckWanted(kWanted.scanNumber, "last scan", given.GetLastScan(), number, narrow);
     check("centroided", given.IsCentroided(), held.isCentroided);
-    check("level", given.GetMSLevel(), of_.function.msLevel);
+    check("level", given.GetMSLevel(), of_.function.msLevel.value_or(0));
     check("kind", given.GetScanType(), of_.kind);
     const int polarity = static_cast<int>(of_.function.polarity);
     CheckWanted(kWanted.polarity, "polarity", given.GetPolarity(), polarity,

@@ -36,6 +36,7 @@ struct AllWanted {
   Wanted endedNumbers = {"GetScanCount", "a comma ends a number of a report"};
   Wanted sharedName = {"GetFunctionName", "functions of one name end with their position in the list"};
   Wanted unnamedFunction = {"GetFunctionName", "a function without a name goes by its position in the list"};
+  Wanted lostRecord = {"GetFunctionKind", "a function whose record is zeros is one of MS in layout 0"};
   Wanted unknownKind = {"GetFunctionKind", "a report's function of unknown type is one of absorbance"};
   Wanted processedMobility = {"HasMobility", "processed data have the mobility of what they were made of"};
   Wanted scanDimensions = {"GetScanDimensionCount", "the dimensions of a report's scans are not known"};

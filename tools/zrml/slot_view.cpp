@@ -8,6 +8,7 @@
 
 #include "common/platform/platform.h"
 #include "masslynx/directory_files.h"
+#include "masslynx/function_names.h"
 #include "masslynx/raw_directory.h"
 #include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/scan_decoder.h"
@@ -54,13 +55,36 @@ bool SumSubScans(CZRMassSpectrum& points) {
 
 RawSlots::RawSlots(const platform::SystemPath& folder) : folder_(folder) {
   const auto directory = masslynx::RawDirectory::Open(folder);
-  if (directory) functions_.assign(directory->Functions().begin(), directory->Functions().end());
+  if (!directory) return;
+  functions_ = masslynx::ReadFunctions(folder, directory->Header(), masslynx::TableView::kOfSlots)
+                   .value_or(std::vector<FunctionRecord>());
+  for (const FunctionRecord& measured : directory->Functions()) {
+    if (measured.IsLost()) lost_.push_back(source::Describe(measured).id);
+  }
+}
+
+bool RawSlots::IsLost(const source::FunctionId& id) const {
+  return std::find(lost_.begin(), lost_.end(), id) != lost_.end();
+}
+
+std::vector<std::string> RawSlots::NamesOf(std::span<const source::FunctionId> listed) {
+  std::vector<FunctionRecord> records;
+  for (const source::FunctionId& id : listed) records.push_back(RecordOf(id));
+  masslynx::MarkSharedNames(records);
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < records.size(); ++i)
+    names.push_back(platform::ToNativePath(masslynx::FunctionName(records, i)));
+  return names;
+}
+
+FunctionRecord& RawSlots::RecordOf(const source::FunctionId& id) {
+  const auto found = std::find_if(functions_.begin(), functions_.end(),
+                                  [&](const FunctionRecord& record) { return IsNamed(record, id); });
+  return functions_.at(static_cast<std::size_t>(found - functions_.begin()));
 }
 
 FunctionRecord& RawSlots::Loaded(const source::FunctionId& id) {
-  const auto found = std::find_if(functions_.begin(), functions_.end(),
-                                  [&](const FunctionRecord& record) { return IsNamed(record, id); });
-  FunctionRecord& record = functions_.at(static_cast<std::size_t>(found - functions_.begin()));
+  FunctionRecord& record = RecordOf(id);
   masslynx::LoadScanIndex(folder_, record, IndexView::kOfSlots);
   return record;
 }
@@ -76,7 +100,7 @@ std::optional<SlotScans> RawSlots::OtherScans(const source::FunctionId& id) {
         const bool isUntimed = std::isnan(measured.retentionTime) && std::isnan(ofSlots.retentionTime);
         return measured.dataOffsetHigh == 0 && (isUntimed || measured.retentionTime == ofSlots.retentionTime);
       });
-  if (isSame) return std::nullopt;
+  if (isSame && !IsLost(id)) return std::nullopt;
   SlotScans others = {.read = [this, id](int scan) { return ReadPoints(id, scan); }};
   for (const masslynx::ScanIndexEntry& entry : record.scanIndex) {
     const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);

@@ -9,6 +9,7 @@
 
 #include "masslynx/function_record.h"
 #include "openlynx/report.h"
+#include "source/raw_source.h"
 #include "source/source.h"
 
 namespace zrml::tool {
@@ -47,7 +48,14 @@ class RawSlots {
  public:
   explicit RawSlots(const platform::SystemPath& folder);
 
-  /// For a function with some cut offsets.
+  /// Whether the record of the function is lost: to the slots, one of zeros is of type and layout 0.
+  bool IsLost(const source::FunctionId& id) const;
+  bool HasLost() const { return !lost_.empty(); }
+  source::Function Describe(const source::FunctionId& id) { return source::Describe(RecordOf(id)); }
+  /// Of the functions in their list.
+  std::vector<std::string> NamesOf(std::span<const source::FunctionId> listed);
+
+  /// For a function whose record is lost, or with some cut offsets.
   std::optional<SlotScans> OtherScans(const source::FunctionId& id);
 
   /// No value where there are none.
@@ -58,10 +66,12 @@ class RawSlots {
   bool HasTraceList() const;
 
  private:
+  masslynx::FunctionRecord& RecordOf(const source::FunctionId& id);
   masslynx::FunctionRecord& Loaded(const source::FunctionId& id);
 
   platform::SystemPath folder_;
   std::vector<masslynx::FunctionRecord> functions_;
+  std::vector<source::FunctionId> lost_;
 };
 
 /// A function that is never closed also has the contents of those after it, which for the source belong to

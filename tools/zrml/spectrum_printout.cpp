@@ -47,7 +47,7 @@ std::vector<Attribute> ScanAttributes(const Function& function, const Scan& scan
       {"label", {}},
       {"startMinutes", scan.minutes},
       {"endMinutes", scan.endMinutes},
-      {"msLevel", function.msLevel},
+      {"msLevel", ValueOrAbsent(function.msLevel)},
       {"polarity", NameOf(function.polarity)},
       {"centroided", scan.isCentroided},
   };

@@ -52,7 +52,7 @@ Json FunctionJson(Source& source, int sample, int position) {
                {"isAbsorbance", function.kind == source::FunctionKind::kAbsorbance},
                {"isMonitoring", function.monitoring != source::Monitoring::kNone},
                {"isLockMass", function.isLockMass},
-               {"msLevel", function.msLevel},
+               {"msLevel", function.msLevel ? Json(*function.msLevel) : Json()},
                {"scanType", source::NameOf(function.scanType)},
                {"polarity", source::NameOf(function.polarity)},
                {"scans", scans},

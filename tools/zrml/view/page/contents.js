@@ -15,7 +15,7 @@ import { nothingChosen, setState, state } from './state.js';
  * @property {boolean} isAbsorbance
  * @property {boolean} isMonitoring
  * @property {boolean} isLockMass
- * @property {number} msLevel
+ * @property {number | null} msLevel
  * @property {string} scanType
  * @property {string} polarity
  * @property {number} scans
@@ -159,7 +159,7 @@ export function functionPanel(sample) {
   const range = (/** @type {[number, number]|null} */ values, /** @type {number} */ decimals) =>
     values ? `${fixed(values[0], decimals)} – ${fixed(values[1], decimals)}` : '–';
   const rows = sample.functions.map((f) => row('td', [
-    f.id, f.name + (f.isLockMass ? ' (reference)' : ''), f.kind, f.isAbsorbance || f.isMonitoring ? '–' : String(f.msLevel),
+    f.id, f.name + (f.isLockMass ? ' (reference)' : ''), f.kind, f.isAbsorbance || f.isMonitoring ? '–' : String(f.msLevel ?? '–'),
     f.polarity === 'unknown' ? '–' : f.polarity, f.scans, range(f.minutes, 2), range(f.massRange, 1),
     f.isCentroided === null ? '–' : f.isCentroided ? 'centroid' : 'profile',
   ]));
