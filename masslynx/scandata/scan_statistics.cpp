@@ -220,9 +220,16 @@ Numbers NumbersBehind(std::uint64_t records, std::uint64_t scans) {
   return numbers;
 }
 
+// Nothing could be read by it, whatever the version.
+bool IsHeaderOfZeros(const Header& header) {
+  return header.version == 0 && header.recordSize == 0 && header.descriptorCount == 0;
+}
+
 // Of a file that the system gives to its end.
 Problem ProblemOf(const Header& header, std::uint64_t size, std::uint64_t scans) {
   if (size < format::kHeaderSize) return {.text = "ends in its header", .without = NumbersBehind(0, scans)};
+  if (IsHeaderOfZeros(header))
+    return {.text = "has zeros in place of its header", .without = NumbersBehind(0, scans)};
   if (header.version != format::kKnownVersion) {
     return {FindingCode::kStatisticsUnknown,
             "is of version " + std::to_string(header.version) + ", which is not read",

@@ -274,6 +274,30 @@ TEST(RawFindings, StatisticsOfNothingButZeros) {
               });
 }
 
+// The version is at byte 2; a header without records and items is of none.
+TEST(RawFindings, StatisticsWhoseHeaderIsZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].record.type = 16;  // TOF MS/MS
+  raw.functions[0].record.setMass = 500;
+  for (ScanFiles& scan : raw.functions[0].scans)
+    scan.statistics = {.precursorMass = 445, .precursorFlags = 1};
+  const std::string ofMethod =
+      "precursors-of-method: _FUNC001.STS does not tell the precursors of 3 of 3 scans, which are the "
+      "method's; the first is scan 1";
+  const Lines lost = {"statistics-cut: _FUNC001.STS has zeros in place of its header", ofMethod};
+  ExpectLines(raw, lost, [](const TempDirectory& directory) {
+    directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { ZeroFrom(bytes, 0); });
+  });
+  ExpectLines(raw, lost, [](const TempDirectory& directory) {
+    directory.Edit("_FUNC001.STS",
+                   [](FileBytes& bytes) { std::fill_n(bytes.begin() + 1, 31, std::byte{0}); });
+  });
+  ExpectLines(raw, {"statistics-unknown: _FUNC001.STS is of version 0, which is not read", ofMethod},
+              [](const TempDirectory& directory) {
+                directory.Edit("_FUNC001.STS", [](FileBytes& bytes) { bytes[2] = std::byte{0}; });
+              });
+}
+
 // The second of three records of 40 bytes: a scan may have no values.
 TEST(RawFindings, RecordOfTheStatisticsMayBeZeros) {
   RawDirectoryBuilder raw = SoundDirectory();
