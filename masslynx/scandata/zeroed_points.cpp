@@ -171,8 +171,9 @@ void FindZeros(const StoredPoints& stored, std::vector<std::size_t>& places) {
   };
   const std::size_t count = bytes.size() / size;
   const std::size_t meaning = static_cast<std::size_t>(BytesOfMeaning(room.layout));
-  if (!MayHaveZeros(bytes, size, meaning)) return;
-  bool isBeforeZero = false;
+  // Zeros ahead of the scan, too, may reach into its first point.
+  bool isBeforeZero = intensities.front() == 0 && stored.masses.front() < stored.lowest;
+  if (!isBeforeZero && !MayHaveZeros(bytes, size, meaning)) return;
   for (std::size_t at = 0; at < count && at * points < intensities.size(); ++at) {
     const bool isAtZero = isZero(at);
     const bool isCutBehind =

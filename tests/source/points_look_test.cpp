@@ -287,6 +287,34 @@ TEST(PointsLookTest, ZerosFromInsideTheLastPointOfAScanAmongOthers) {
   }
 }
 
+// What is left of the first point has no intensity and a mass far below the range, or of pairs that of the
+// first one: in format 9 the exponent of the mass is lost, in 13 all of the mass.
+TEST(PointsLookTest, ZerosUntilInsideTheFirstPoint) {
+  struct Front {
+    unsigned dataFormat;
+    std::size_t least;  // of the zeros that reach into the point
+    std::size_t unit;
+    std::size_t points = 1;
+  };
+  for (const Front& front : {Front{1, 7, 10, 2}, Front{9, 4, 6}, Front{13, 8, 12}}) {
+    const RawDirectoryBuilder raw =
+        Acquired(LayoutOf(front.dataFormat), {{40, 20}, {8, 12, 16, 24}, {20, 4, 28, 44}});
+    const std::size_t begin = raw.functions[0].scans[0].data.size();
+    const std::size_t size = raw.functions[0].scans[1].data.size();
+    const Points before = Read(raw.Build(), 2).points;
+    for (std::size_t zeros = front.least; zeros < front.unit; ++zeros) {
+      SCOPED_TRACE(testing::Message() << front.dataFormat << ' ' << zeros);
+      const TempDirectory directory = raw.Build();
+      Zero(directory, begin, size + zeros);
+      const Scanned left = Read(directory, 2);
+      EXPECT_EQ(left.lost, front.points);
+      EXPECT_EQ(left.points, Points(before.begin() + static_cast<int>(front.points), before.end()));
+      EXPECT_EQ(LinesOf(directory), Lines{"points-lost: _FUNC001.DAT has 2 of 3 scans that have lost points; "
+                                          "the first is scan 2"});
+    }
+  }
+}
+
 // Of a scan of one point it is far below the range of the method.
 TEST(PointsLookTest, ZerosFromInsideTheOnlyPoint) {
   for (const LastBytes& last : kLastBytes) {
