@@ -83,7 +83,8 @@ std::vector<RunChromatogram> ReadTotals(source::Source& source, const RunPlan& p
   TotalIonFunctions surveys;
   for (const RunFunction& function : plan.functions) {
     if (function.isAbsorbance) continue;
-    const source::Chromatogram own = ReadTotal(source, plan, function, losses);
+    source::Chromatogram own = ReadTotal(source, plan, function, losses);
+    SortByTime(own);
     const bool hasScans = source.ScanCount(plan.sample, function.position) > 0;
     if (surveys.Take(function.info, hasScans)) Append(whole, own);
     if (own.minutes.empty()) continue;

@@ -74,6 +74,17 @@ TEST_F(ConvertTest, PointsThatHaveLostTheirTimeAreLeftOut) {
     ExpectHas(output, "id=\"" + std::string(id) + "\" defaultArrayLength=\"1\"");
 }
 
+// As that of the run: 0.5, 1 and 1.5 minutes, 0x3F000000, 0x3F800000 and 0x3FC00000. The totals are 2, 1 and
+// 3: 0x40000000, 0x3F800000 and 0x40400000.
+TEST_F(ConvertTest, TotalsOfScansOutOfOrderAreByTime) {
+  data_.functions[0].scans[0].minutes = 1;
+  data_.functions[0].scans[1].minutes = 0.5;
+  data_.functions[0].totals = {1, 2, 3};
+  const std::string output = Converted(Of("1"));
+  EXPECT_EQ(Count(output, "<binary>AAAAPwAAgD8AAMA/<"), 2U);
+  EXPECT_EQ(Count(output, "<binary>AAAAQAAAgD8AAEBA<"), 2U);
+}
+
 // Functions of fragments, of the other polarity, of ion monitoring, and processed ones are not in it.
 TEST_F(ConvertTest, TotalIonCurrentIsThatOfSurveysOfOnePolarity) {
   data_.functions.push_back(data_.functions[0]);
