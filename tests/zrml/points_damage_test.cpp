@@ -218,6 +218,7 @@ TEST_F(PointsDamageTest, LostPointsAreNoPointsOfASpectrum) {
       json::parse(Run({"spectrum", PathOf(directory), "--function", "1", "--scan", "2", "--json"}).output);
   EXPECT_EQ(scan["points"], 0);
   EXPECT_EQ(scan["lostPoints"], 2);
+  EXPECT_EQ(scan["totalIntensity"], json());
   EXPECT_EQ(scan["masses"], json::array());
 }
 

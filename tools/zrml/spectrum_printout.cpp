@@ -68,9 +68,11 @@ std::vector<Attribute> PrecursorAttributes(source::Source& source, const Functio
 std::vector<Attribute> PointAttributes(const SpectrumPoints& points) {
   const auto base = std::max_element(points.intensities.begin(), points.intensities.end());
   const bool hasPoints = base != points.intensities.end();
+  const bool isLost = !hasPoints && points.lost != 0;
   const auto position = static_cast<std::size_t>(base - points.intensities.begin());
+  const double total = std::accumulate(points.intensities.begin(), points.intensities.end(), 0.0);
   return {
-      {"totalIntensity", std::accumulate(points.intensities.begin(), points.intensities.end(), 0.0)},
+      {"totalIntensity", isLost ? Value() : Value(total)},
       {"basePeakMz", hasPoints ? Value(points.masses[position]) : Value()},
       {"basePeakIntensity", hasPoints ? Value(*base) : Value()},
       {"points", static_cast<int>(points.masses.size())},
