@@ -182,6 +182,19 @@ TEST_F(ChromatogramTest, UnknownFunctionTellsThoseThatThereAre) {
   ExpectFailure(RunChromatogram("7"), 2, "there is no function 7: " + path_ + " has functions 1 to 4, 6, p1");
 }
 
+// Function 5. Its data file has nothing else.
+TEST_F(ChromatogramTest, AbsorbanceSaysWhatReadsIt) {
+  const std::string file = path_ + "/_FUNC005.DAT";
+  const std::string advice =
+      " is absorbance data: zrml spectrum --absorbance has its spectra, zrml chromatogram --wavelength its "
+      "chromatograms";
+  ExpectFailure(RunChromatogram("5"), 2, "function 5 of " + path_ + advice);
+  ExpectFailure(Run({"chromatogram", path_, "--function", "5", "--mz", "100"}), 2,
+                "function 5 of " + path_ + advice);
+  ExpectFailure(Run({"scans", path_, "--function", "5"}), 2, "function 5 of " + path_ + advice);
+  ExpectFailure(Run({"chromatogram", file}), 2, "function 5 of " + file + advice);
+}
+
 TEST_F(ChromatogramTest, RangeThatIsNoRangeIsWrongUsage) {
   for (const char* range : {"100", "100-", "-100", "-5-10", "a-b", "100-200x", "1e2-2e2", "nan-inf",
                             "100--200", "100 -200", "1.2.3-4", ".-5", "", "0x10-0x20"}) {

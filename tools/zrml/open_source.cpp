@@ -83,15 +83,23 @@ bool IsSameName(const FunctionId& a, const FunctionId& b) {
   return a.process == b.process && (isProcessed ? a.repeat == b.repeat : a.number == b.number);
 }
 
+void RefuseAbsorbance(source::Source& source, int sample) {
+  throw Failure(ExitStatus::kWrongUsage,
+                "function " + TextOf(source.AbsorbanceFunction(sample).id) + " of " + NameOf(source, sample) +
+                    " is absorbance data: zrml spectrum --absorbance has its spectra, zrml chromatogram "
+                    "--wavelength its chromatograms");
+}
+
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const FunctionId& id) {
   const int sample = FindSample(source, sampleNumber);
   const std::span<const source::Function> functions = source.Functions(sample);
   const auto found = std::find_if(functions.begin(), functions.end(), [&](const source::Function& function) {
     return IsSameName(function.id, id);
   });
-  if (found == functions.end())
-    Refuse("function", TextOf(id), NameOf(source, sample), FunctionsText(source, sample));
-  return {sample, static_cast<int>(found - functions.begin())};
+  if (found != functions.end()) return {sample, static_cast<int>(found - functions.begin())};
+  if (source.HasAbsorbance(sample) && IsSameName(source.AbsorbanceFunction(sample).id, id))
+    RefuseAbsorbance(source, sample);
+  Refuse("function", TextOf(id), NameOf(source, sample), FunctionsText(source, sample));
 }
 
 FunctionPosition FindChosen(source::Source& source, int sampleNumber, const std::optional<FunctionId>& id) {

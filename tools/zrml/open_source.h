@@ -43,6 +43,9 @@ int FindSample(source::Source& source, int sampleNumber);
 std::string FunctionsText(source::Source& source, int sample);
 /// Whether two names mean one function: for processed data the raw function's number is ignored.
 bool IsSameName(const source::FunctionId& a, const source::FunctionId& b);
+/// Throws a Failure that says what reads the absorbance data of a raw directory, which are in no function of
+/// its list.
+[[noreturn]] void RefuseAbsorbance(source::Source& source, int sample);
 FunctionPosition FindFunction(source::Source& source, int sampleNumber, const source::FunctionId& id);
 /// The function called `id`, or without one the only function. Throws a Failure, wrong usage, unless there is
 /// one.

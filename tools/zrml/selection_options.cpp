@@ -30,6 +30,7 @@ bool Chooses(const convert::Selection& selection, const source::Function& functi
 }
 
 void RefuseWithoutLevel(source::Source& source, int sample, const std::string& ofLevel) {
+  if (source.Functions(sample).empty() && source.HasAbsorbance(sample)) RefuseAbsorbance(source, sample);
   throw Failure(ExitStatus::kWrongUsage, NameOf(source, sample) + " has no MS function " + ofLevel +
                                              "; --function chooses one of " + FunctionsText(source, sample));
 }
