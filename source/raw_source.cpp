@@ -337,8 +337,9 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
   if (!record.hasMobilityData) {
     // Ions are monitored in the order of the method.
     const bool isInOrder = masslynx::MonitoringOfType(record.typeCode) == masslynx::Monitoring::kNone;
-    masslynx::FindZeroedPoints(
-        {stored.room, stored.bytes, x.first(count), y.first(count), LowestMass(record), isInOrder}, zeroed_);
+    masslynx::FindZeroedPoints({stored.room, stored.bytes, x.first(count), y.first(count), LowestMass(record),
+                                isInOrder, record.typeCode == masslynx::kDadType},
+                               zeroed_);
     result.lost += zeroed_.size();
     AddPlaces(zeroed_, unwritten_);
   }

@@ -237,6 +237,29 @@ void FindBrokenEnd(const StoredPoints& stored, std::vector<std::size_t>& places)
   for (; sound < count; ++sound) places.push_back(sound);
 }
 
+// Of absorbance, where few zeros show: they take the highest bits of a wavelength, which is less than the one
+// before then, and perhaps the front of the next point or pair. No first wavelength is less than 1 nm.
+void FindCutWavelengths(const StoredPoints& stored, std::vector<std::size_t>& places) {
+  const std::size_t count = stored.masses.size();
+  const point_unit_format::PointUnit unit = point_unit_format::UnitOf(stored.room.layout);
+  const auto points = static_cast<std::size_t>(unit.points);
+  double before = 1;
+  bool isCutBefore = count > 0 && stored.intensities[0] == 0 && stored.masses[0] < before;
+  for (std::size_t first = 0; first < count; first += points) {
+    const Bytes bytes = stored.bytes.subspan(first / points * static_cast<std::size_t>(unit.bytes));
+    bool isCut = isCutBefore && bytes[0] == std::byte{0};
+    for (std::size_t place = first; place < std::min(first + points, count); ++place) {
+      const MassBytes mass = MassBytesOf(stored.room.layout, place > first);
+      const bool isLow =
+          AreZeros(bytes.subspan(mass.high, mass.end - mass.high)) &&
+          (stored.masses[place] < before || AreZeros(bytes.subspan(mass.low, mass.end - mass.low)));
+      isCut = isCut || isLow;
+      isCutBefore = isLow;
+      isCut ? places.push_back(place) : void(before = stored.masses[place]);
+    }
+  }
+}
+
 }  // namespace
 
 std::uint64_t BeginOfZeros(const File& file) {
@@ -263,6 +286,7 @@ std::optional<ZeroTail> FindZeroTail(const File& data, const FunctionRecord& fun
 void FindZeroedPoints(const StoredPoints& stored, std::vector<std::size_t>& places) {
   places.clear();
   if (!HasOwnMasses(stored.room.layout)) return;
+  if (stored.isAbsorbance) return FindCutWavelengths(stored, places);
   FindZeros(stored, places);
   FindBrokenEnd(stored, places);
 }

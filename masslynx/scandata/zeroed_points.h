@@ -38,12 +38,14 @@ struct StoredPoints {
   Bytes bytes;
   std::span<const double> masses;
   std::span<const double> intensities;
-  double lowest = 0;       ///< no mass of the function is less
-  bool isInOrder = false;  ///< masses of a sound scan ascend, but for those of sub-scans
+  double lowest = 0;          ///< no mass of the function is less
+  bool isInOrder = false;     ///< masses of a sound scan ascend, but for those of sub-scans
+  bool isAbsorbance = false;  ///< wavelengths ascend in any case
 };
 
 /// The places, ascending, of points that are all zeros where each has a mass of its own, of those that the
-/// zeros cut into, and of last points whose masses have lost their highest bits; none elsewhere.
+/// zeros cut into, and of last points whose masses have lost their highest bits; none elsewhere. Of
+/// absorbance any wavelength counts that has lost them.
 void FindZeroedPoints(const StoredPoints& stored, std::vector<std::size_t>& places);
 
 }  // namespace zrml::masslynx

@@ -138,6 +138,11 @@ void Zero(const TempDirectory& directory, std::size_t from, std::size_t size) {
   });
 }
 
+const Layout& LayoutOf(unsigned dataFormat) {
+  return *std::find_if(std::begin(kLayouts), std::end(kLayouts),
+                       [&](const Layout& layout) { return layout.dataFormat == dataFormat; });
+}
+
 constexpr std::size_t kToTheEnd = static_cast<std::size_t>(-1);
 
 TEST(PointsLookTest, SoundAcquisitionsOfEveryLayoutAreSilent) {
@@ -155,9 +160,44 @@ TEST(PointsLookTest, SampleIsSilent) { EXPECT_EQ(LinesOf(sample::Acquisition().B
 
 TEST(PointsLookTest, SoundAbsorbanceIsSilent) {
   for (const unsigned format : {1U, 9U}) {
-    RawDirectoryBuilder raw = Acquired(kLayouts[format]);
+    for (const auto& scans : {kSound, {{0, 0, 0, 0, 0}, {0, 0, 0, 0, 0}}}) {
+      RawDirectoryBuilder raw = Acquired(kLayouts[format], scans);
+      raw.functions[0].record.type = 12;
+      EXPECT_EQ(LinesOf(raw.Build()), Lines()) << format;
+    }
+  }
+}
+
+// The wavelengths are 100, 150 and so on. In format 1 six zeros from byte 7 on take the second wavelength of
+// a pair and the intensities of the next pair; in format 9, from byte 2 of the third point on, its wavelength
+// and the intensity of the next one; a byte later they leave 4 bits of the wavelength.
+TEST(PointsLookTest, ZerosInAbsorbance) {
+  struct Case {
+    unsigned format;
+    std::size_t from;
+    Points left;
+    std::size_t lost;
+  };
+  const Case cases[] = {
+      {1, 7, {{100, 4}, {300, 24}, {350, 20}, {400, 12}}, 3},
+      {9, 14, {{100, 4}, {150, 16}, {300, 24}, {350, 20}, {400, 12}}, 2},
+      {9, 15, {{100, 4}, {150, 16}, {300, 24}, {350, 20}, {400, 12}}, 2},
+  };
+  for (const Case& each : cases) {
+    RawDirectoryBuilder raw = Acquired(LayoutOf(each.format));
     raw.functions[0].record.type = 12;
-    EXPECT_EQ(LinesOf(raw.Build()), Lines()) << format;
+    const TempDirectory directory = raw.Build();
+    Zero(directory, raw.functions[0].scans[0].data.size() + each.from, 6);
+    const auto source = Source::Open(PathOf(directory));
+    std::vector<double> wavelengths;
+    std::vector<double> values;
+    EXPECT_EQ(source->ReadAbsorbance(0, 1, wavelengths, values).lost, each.lost) << each.format;
+    Points left;
+    for (std::size_t i = 0; i < wavelengths.size(); ++i) left.emplace_back(wavelengths[i], values[i]);
+    EXPECT_EQ(left, each.left) << each.format;
+    EXPECT_EQ(LinesOf(directory),
+              Lines{"points-lost: _FUNC001.DAT has 1 of 3 scans that have lost points; the "
+                    "first is scan 2"});
   }
 }
 
@@ -241,11 +281,6 @@ struct LastBytes {
 };
 
 constexpr LastBytes kLastBytes[] = {{0, 4, 4}, {1, 10, 10, 2}, {8, 6, 5}, {9, 6, 6}, {12, 8, 8}, {13, 12, 8}};
-
-const Layout& LayoutOf(unsigned dataFormat) {
-  return *std::find_if(std::begin(kLayouts), std::end(kLayouts),
-                       [&](const Layout& layout) { return layout.dataFormat == dataFormat; });
-}
 
 // What zeros leave of the last point has a mass, and perhaps an intensity, that nothing measured. Its
 // intensity is stored in bytes of which none is zero.
