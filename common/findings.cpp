@@ -58,6 +58,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kMarkerMisplaced, "marker-misplaced", Severity::kLost},
     {FindingCode::kMarkerUnread, "marker-unread", Severity::kLost},
     {FindingCode::kBlockUnopened, "block-unopened", Severity::kLost},
+    {FindingCode::kBraceMissing, "brace-missing", Severity::kLost},
     {FindingCode::kBraceStray, "brace-stray", Severity::kNote},
     {FindingCode::kBytesZeroed, "bytes-zeroed", Severity::kLost},
     {FindingCode::kDecimalComma, "decimal-comma", Severity::kLost},

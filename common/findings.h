@@ -72,6 +72,7 @@ enum class FindingCode {
   kMarkerMisplaced,  // outside of the block that it belongs to
   kMarkerUnread,     // indented, or in small letters
   kBlockUnopened,    // a marker without a line that begins with a brace behind it
+  kBraceMissing,     // ahead of a marker
   kBraceStray,       // one that closes nothing
   kBytesZeroed,      // in place of text
   kDecimalComma,

@@ -21,6 +21,7 @@ namespace zrml::openlynx {
 ///   Ended(stillOpen)       the innermost block has ended; `stillOpen` remain;
 ///   Inside(line, position) the line again, if it is between the braces of a block;
 ///   Began(open)            a block has begun with the line: the last of the open ones.
+/// For careful readers blocks also end as BlockWalk has it: no spectrum contains another.
 /// When a visitor's IsSatisfied(number of open blocks) is true it needs no further line of the open blocks;
 /// when its kEveryLine is false it needs only marked lines.
 ///
@@ -69,7 +70,7 @@ class BlockSweep {
   void EndUnread(bool isFirst) {
     if (isFirst) ++next_;
     PassMissed(stream_.Position());
-    while (!open_.empty()) End();
+    EndAll();
   }
 
   void PassMissed(std::uint64_t position) {
@@ -77,6 +78,8 @@ class BlockSweep {
   }
 
   void Visit(std::string_view line, std::uint64_t position, bool begins) {
+    const bool isInside = !open_.empty() && depths_.back() < depth_;
+    if (isInside && IsOutside(RankOf(line), rank_)) EndAll();
     visitor_.Line(line, std::span<const std::size_t>(open_));
     const std::int64_t before = depth_;
     if (line.front() == report_format::kOpen) ++depth_;
@@ -84,14 +87,17 @@ class BlockSweep {
     while (!open_.empty() && depths_.back() >= depth_) End();
     if (!open_.empty()) visitor_.Inside(line, position);
     if (begins) {
+      if (stream_.IsCareful()) rank_ = RankOf(line);
       open_.push_back(NextNumber());
       depths_.push_back(before);
       ++next_;
       visitor_.Began(std::span<const std::size_t>(open_));
     }
-    if (visitor_.IsSatisfied(open_.size())) {
-      while (!open_.empty()) End();
-    }
+    if (visitor_.IsSatisfied(open_.size())) EndAll();
+  }
+
+  void EndAll() {
+    while (!open_.empty()) End();
   }
 
   void End() {
@@ -109,6 +115,7 @@ class BlockSweep {
   std::vector<std::size_t> open_;    // outermost first
   std::vector<std::int64_t> depths_;  // before each of them; ascending
   std::int64_t depth_ = 0;
+  int rank_ = -1;  // of the blocks, for careful readers
 };
 
 /// Finds what ReadKeys would find in each of many blocks: calls `use(key, value, blocks)` with the number of

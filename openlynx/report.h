@@ -30,8 +30,7 @@ int CountOf(std::size_t size);
 class Report {
  public:
   Report() = default;
-  explicit Report(ReportStream stream, DecimalCommas commas = DecimalCommas::kEndNumbers)
-      : stream_(std::move(stream)), commas_(commas) {}
+  explicit Report(ReportStream stream) : stream_(std::move(stream)) {}
 
   /// Continues with another file at the known positions; returns the previous file.
   ReportStream Exchange(ReportStream stream);
@@ -76,18 +75,18 @@ class Report {
   std::vector<std::wstring> TraceNames(std::span<const std::uint64_t> chromatograms) {
     return ReadTraceNames(stream_, chromatograms);
   }
-  Trace ReadTrace(std::uint64_t position) { return openlynx::ReadTrace(stream_, position, commas_); }
+  Trace ReadTrace(std::uint64_t position) { return openlynx::ReadTrace(stream_, position); }
 
   SpectrumHead ReadSpectrumHead(std::uint64_t position) {
-    return openlynx::ReadSpectrumHead(stream_, position, commas_);
+    return openlynx::ReadSpectrumHead(stream_, position);
   }
   std::wstring ReadProcess(std::uint64_t position, const SpectrumHead& spectrum) {
     return openlynx::ReadProcess(stream_, position, spectrum);
   }
   std::size_t CountLines(const SpectrumHead& spectrum) { return CountSpectrumLines(stream_, spectrum); }
-  Points ReadPoints(const SpectrumHead& spectrum) { return ReadSpectrumPoints(stream_, spectrum, commas_); }
+  Points ReadPoints(const SpectrumHead& spectrum) { return ReadSpectrumPoints(stream_, spectrum); }
   ScanSeries ReadSeries(std::span<const std::uint64_t> spectra, double missing) {
-    return ReadScanSeries(stream_, spectra, missing, commas_);
+    return ReadScanSeries(stream_, spectra, missing);
   }
   /// The lines of a function that begin before `end`; no value when that is more than 10,000,000 characters.
   std::optional<std::wstring> ReadText(const Function& function, std::uint64_t end = kNoLimit);
@@ -100,7 +99,6 @@ class Report {
 
  private:
   ReportStream stream_;
-  DecimalCommas commas_ = DecimalCommas::kEndNumbers;
   std::vector<Sample> samples_;  // empty until needed
 };
 

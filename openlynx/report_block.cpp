@@ -32,27 +32,47 @@ void FindHidden(std::string_view line, std::span<KeyValue> keys) {
     each.isHidden = each.isHidden || (each.value.empty() && (hasZeros || EndsWithNumberOf(each.key, line)));
 }
 
+struct Rank {
+  std::string_view marker;
+  int rank;
+};
+
+constexpr Rank kRanks[] = {
+    {kSample, 0},    {kFunction, kFunctionRank}, {kSpectrum, 2}, {kChromatogram, 2}, {kMassList, 3},
+    {kTraceList, 3},
+};
+
 }  // namespace
 
-void BlockWalk::Count(std::string_view line) {
+int RankOf(std::string_view line) {
+  if (line.front() != kBracket) return kNoRank;
+  for (const Rank& each : kRanks) {
+    if (line.starts_with(each.marker)) return each.rank;
+  }
+  return kNoRank;
+}
+
+// A marker that ends the block is not part of it, and is left to be read.
+bool BlockWalk::Take(std::string_view line) {
+  if (lines_ == 0 && stream_.IsCareful()) rank_ = RankOf(line);
+  if (IsInside() && IsOutside(RankOf(line), rank_)) {
+    isCut_ = true;
+    stream_.Seek(stream_.Position() - line.size());
+    return false;
+  }
   position_ = stream_.Position() - line.size();
   ++lines_;
   if (line.front() == kOpen) ++depth_;
   if (line.front() == kClose) --depth_;
-}
-
-bool BlockWalk::Next(std::string_view& line) {
-  if (IsOver() || !stream_.Next(line)) return false;
-  Count(line);
   return true;
 }
+
+bool BlockWalk::Next(std::string_view& line) { return !IsOver() && stream_.Next(line) && Take(line); }
 
 // The second line counts whatever it begins with, and only inside the others do not matter.
 bool BlockWalk::NextMarked(std::string_view& line) {
-  if (!IsInside()) return Next(line);
-  if (!stream_.NextMarked(line)) return false;
-  Count(line);
-  return true;
+  if (!IsInside() || isCut_) return Next(line);
+  return stream_.NextMarked(line) && Take(line);
 }
 
 LineValue ValueOf(std::string_view line, std::string_view key) {
@@ -120,8 +140,8 @@ bool HasDecimalComma(std::string_view text) {
   return false;
 }
 
-std::optional<double> NumberIn(std::string_view value, DecimalCommas commas) {
-  if (commas == DecimalCommas::kHideNumbers && HasDecimalComma(value)) return std::nullopt;
+std::optional<double> NumberIn(std::string_view value, bool isCareful) {
+  if (isCareful && HasDecimalComma(value)) return std::nullopt;
   return TakeDouble(value);
 }
 

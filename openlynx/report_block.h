@@ -14,8 +14,20 @@
 
 namespace zrml::openlynx {
 
+/// How deep the blocks of a marker are meant to be: 0 for samples, 1 for functions, 2 for spectra and
+/// chromatograms, 3 for lists; kNoRank when the line begins with no marker.
+inline constexpr int kFunctionRank = 1;
+inline constexpr int kNoRank = 4;
+int RankOf(std::string_view line);
+
+/// Whether a marker is not meant to be inside a block. A function may be in another one, which then goes on.
+constexpr bool IsOutside(int marker, int block) {
+  return marker <= block && !(marker == kFunctionRank && block == kFunctionRank);
+}
+
 /// Walks the lines of a block from its marker line on. When the second line does not open a brace the block
-/// ends with it and is empty.
+/// ends with it and is empty. For careful readers a block also ends ahead of a marker that is not meant to be
+/// inside it, as where its closing brace is lost.
 class BlockWalk {
  public:
   BlockWalk(ReportStream& stream, std::uint64_t position) : stream_(stream) { stream_.Seek(position); }
@@ -36,13 +48,15 @@ class BlockWalk {
   std::int64_t Depth() const { return depth_; }
 
  private:
-  bool IsOver() const { return lines_ > 1 && depth_ <= 0; }
-  void Count(std::string_view line);
+  bool IsOver() const { return isCut_ || (lines_ > 1 && depth_ <= 0); }
+  bool Take(std::string_view line);
 
   ReportStream& stream_;
   std::uint64_t position_ = 0;
   std::int64_t lines_ = 0;
   std::int64_t depth_ = 0;
+  int rank_ = -1;  // of the block, for careful readers
+  bool isCut_ = false;
 };
 
 /// A key to look for, and its value: the trimmed rest of the key's line.
@@ -71,28 +85,25 @@ bool Contains(std::string_view value, std::string_view part);
 std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t position, std::span<KeyValue> keys,
                                       std::string_view list = {});
 
-/// What a comma between digits does, as some systems write it for the point: it ends the number, deliberately
-/// so in the slots of the contract, or nobody knows the number. Where numbers are hidden, so is what stands
-/// in place of one and is none.
-enum class DecimalCommas { kEndNumbers, kHideNumbers };
-
-/// "210,05"
+/// "210,05", as some systems write a number. To hosts the comma ends it, deliberately; careful readers do not
+/// know the number.
 bool HasDecimalComma(std::string_view text);
 
 /// The number in a value by the rules of C's strtod; no value without a number.
-std::optional<double> NumberIn(std::string_view value, DecimalCommas commas);
+std::optional<double> NumberIn(std::string_view value, bool isCareful);
 
 /// The intensity that is 100 percent; 100 when it is missing or zero.
 double FullScaleOf(std::optional<double> number);
 
 /// Calls `use(line)` for each line of the data list at `position` that may hold numbers, and
 /// `useBraced(text)` with what stands behind a brace. The list ends with the first line that begins with a
-/// closing brace; opening braces do not count.
+/// closing brace, for careful readers also ahead of any marker; opening braces do not count.
 template <class Use, class UseBraced>
 void ForEachDataLine(ReportStream& stream, std::uint64_t position, Use use, UseBraced useBraced) {
   stream.Seek(position);
   bool isOver = false;
   for (std::string_view line; !isOver && stream.Next(line);) {
+    if (stream.IsCareful() && RankOf(line) != kNoRank) return;
     isOver = line.front() == report_format::kClose;
     if (isOver || line.front() == report_format::kOpen) {
       useBraced(line.substr(1));
@@ -126,14 +137,14 @@ bool HasPoint(std::string_view braced);
 /// Calls `use(x, y, rest)` for each line of the data list at `position` that holds two numbers, and gives how
 /// many have a hidden one. Lines are not copied: that would take a quarter of the reading time.
 template <class Use>
-std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, DecimalCommas commas, Use use) {
+std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, Use use) {
   std::size_t hidden = 0;
+  const bool hides = stream.IsCareful();
   // Of the number that `rest` follows. A NUL is in place of its further digits.
   const auto isHidden = [&](std::string_view rest) {
-    if (commas != DecimalCommas::kHideNumbers || rest.empty()) return false;
+    if (!hides || rest.empty()) return false;
     return rest[0] == '\0' || (rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9');
   };
-  const bool hides = commas == DecimalCommas::kHideNumbers;
   const auto useLine = [&](std::string_view& line) {
     const std::optional<double> x = TakeDouble(line);
     if (x && isHidden(line)) return void(++hidden);

@@ -75,6 +75,8 @@ constexpr FaultText kTexts[] = {
      "markers that are indented, in small letters or behind other text, which are not read"},
     {FindingCode::kBlockUnopened, "a marker without a line that begins with { behind it",
      "markers without a line that begins with { behind them"},
+    {FindingCode::kBraceMissing, "a marker ahead of which } is missing",
+     "markers ahead of which } is missing"},
     {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
     {FindingCode::kBytesZeroed, "a line with zeros in place of text", "lines with zeros in place of text"},
     {FindingCode::kDecimalComma, "a line with a comma in a number", "lines with commas in numbers"},
@@ -163,6 +165,7 @@ class FaultSearch {
  private:
   struct Open {
     Block block = Block::kNone;
+    int rank = 0;                                               // of its marker
     std::int64_t depth = 0;                                     // outside of it
     std::array<bool, kNumberKeys.size()> isKnown = {};          // which keys have a value
     std::array<std::uint64_t, kNumberKeys.size()> inText = {};  // the line that has a key behind other text
@@ -252,7 +255,7 @@ class FaultSearch {
       isInList_ = true;
       list_ = &marker;
     } else if (line.front() == kOpen) {
-      open_.push_back({marker.block, depth_});
+      open_.push_back({marker.block, RankOf(marker.text), depth_});
       ++CountOf(marker.block);
       if (marker.block == Block::kFunction) functions_.emplace_back();
     } else {
@@ -267,14 +270,13 @@ class FaultSearch {
   }
 
   void LookAtMarker(const Marker& marker, std::string_view line) {
-    EndList();
+    LookForMissingBraces(marker);
     const bool isList = marker.block == Block::kList;
     const bool isUnopened = !isList && Trim(line.substr(marker.text.size())).starts_with(kOpen);
     if (!isUnopened) LookBehind(line, marker.text.size(), isList);
     pending_ = &marker;
     if (marker.block == Block::kSample) {
-      End(0);
-      depth_ = 0;
+      depth_ = missing_ = 0;
       ++sample_;
     } else if (CountOf(marker.parent) == 0) {
       Add(FindingCode::kMarkerMisplaced, number_,
@@ -283,6 +285,21 @@ class FaultSearch {
       OpenFunction& function = functions_.back();
       if (function.spectra++ == 0) function.firstSpectrum = number_;
     }
+  }
+
+  // A marker ends the list and the blocks that it is not meant to be inside. One of a sample is reported
+  // where samples are found, unless its line is the end of a list. Braces that are missing are so for all
+  // later markers of the sample, and count for the first.
+  void LookForMissingBraces(const Marker& marker) {
+    const int rank = RankOf(marker.text);
+    const auto ended = std::find_if(open_.begin(), open_.end(),
+                                    [&](const Open& open) { return IsOutside(rank, open.rank); });
+    const bool isInside = isInList_ || (ended != open_.end() && rank > 0);
+    const std::int64_t missing = depth_ - rank;
+    if (isInside && missing > missing_) Add(FindingCode::kBraceMissing, number_, std::string(marker.text));
+    missing_ = missing;
+    EndList();
+    End(static_cast<std::size_t>(ended - open_.begin()));
   }
 
   void Close() {
@@ -432,6 +449,7 @@ class FaultSearch {
   std::uint64_t zeroed_ = 0;  // the last line with zeros
   int sample_ = 0;
   std::int64_t depth_ = 0;
+  std::int64_t missing_ = 0;  // braces, ahead of the last marker
   std::vector<Open> open_;
   std::vector<OpenFunction> functions_;
   std::array<std::size_t, 6> counts_ = {};  // of open blocks, by kind

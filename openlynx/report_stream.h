@@ -17,8 +17,9 @@ namespace zrml::openlynx {
 class ReportStream {
  public:
   /// kBinary: all bytes unchanged. kText: CR LF is folded to LF and Ctrl-Z ends the text; only for reading
-  /// from the start, since positions then count the folded bytes.
-  enum class Mode { kBinary, kText };
+  /// from the start, since positions then count the folded bytes. kCareful: the bytes of kBinary, for readers
+  /// who want nothing that damage may have made: hosts get the grammar as it stands, tools are careful.
+  enum class Mode { kBinary, kText, kCareful };
 
   ReportStream() = default;
 
@@ -26,6 +27,7 @@ class ReportStream {
   static ReportStream Open(const platform::SystemPath& path, Mode mode = Mode::kBinary);
 
   bool IsOpen() const { return file_.IsOpen(); }
+  bool IsCareful() const { return mode_ == Mode::kCareful; }
   void Close() { *this = ReportStream(); }
 
   /// Releases the file without closing it.

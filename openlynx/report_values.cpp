@@ -54,15 +54,15 @@ void Drop(const Places& lost, Points& points) {
 // Points are lost without their full scale.
 template <class Keep>
 Points ReadPoints(ReportStream& stream, std::optional<std::uint64_t> list, std::optional<double> fullScale,
-                  DecimalCommas commas, Keep keep) {
+                  Keep keep) {
   Points points;
   if (!list) return points;
   std::size_t unscaled = 0;
   std::size_t lines = 0;
   std::size_t longer = 0;  // with more numbers
   Places inLonger;         // points of theirs
-  points.lost = ReadDataList(stream, *list, commas, [&](double x, double percent, std::string_view rest) {
-    const bool isLonger = HasNumber(rest) && commas == DecimalCommas::kHideNumbers;
+  points.lost = ReadDataList(stream, *list, [&](double x, double percent, std::string_view rest) {
+    const bool isLonger = HasNumber(rest) && stream.IsCareful();
     ++lines;
     longer += isLonger ? 1 : 0;
     if (!keep(x, percent)) return;
@@ -81,14 +81,13 @@ std::optional<double> ScaleOf(std::optional<double> number, bool isHidden) {
   return isHidden ? std::nullopt : std::optional(FullScaleOf(number));
 }
 
-std::optional<double> NumberOf(const KeyValue& key, DecimalCommas commas) {
-  const bool isHidden = commas == DecimalCommas::kHideNumbers && key.isHidden;
-  return isHidden ? std::nullopt : NumberIn(key.value, commas);
+std::optional<double> NumberOf(const KeyValue& key, bool isCareful) {
+  return isCareful && key.isHidden ? std::nullopt : NumberIn(key.value, isCareful);
 }
 
-bool IsHidden(const KeyValue& key, DecimalCommas commas) {
+bool IsHidden(const KeyValue& key, bool isCareful) {
   const bool isMeant = key.isHidden || !key.value.empty();
-  return commas == DecimalCommas::kHideNumbers && isMeant && !NumberOf(key, commas);
+  return isCareful && isMeant && !NumberOf(key, isCareful);
 }
 
 }  // namespace
@@ -137,31 +136,32 @@ std::vector<std::wstring> ReadSampleItems(ReportStream& stream, std::uint64_t po
   return values;
 }
 
-ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing,
-                          DecimalCommas commas) {
+ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing) {
   ScanSeries series;
   constexpr std::array kKeys = {kBpiKey, kTicKey, kTimeKey};
   const std::array values = {&series.basePeaks, &series.totalIons, &series.minutes};
   for (std::vector<double>* const of : values) of->resize(spectra.size(), missing);
   ReadKeysOfAll(stream, spectra, kKeys,
                 [&](std::size_t key, const LineValue& value, std::span<const std::size_t> blocks) {
-                  const bool isHidden = value.isCut && commas == DecimalCommas::kHideNumbers;
-                  const double number = isHidden ? missing : NumberIn(value.text, commas).value_or(missing);
+                  const bool isHidden = value.isCut && stream.IsCareful();
+                  const double number =
+                      isHidden ? missing : NumberIn(value.text, stream.IsCareful()).value_or(missing);
                   for (const std::size_t block : blocks) (*values[key])[block] = number;
                 });
   return series;
 }
 
-SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position, DecimalCommas commas) {
+SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
   std::array<KeyValue, 4> keys = {{{kBpiKey}, {kContinuumKey}, {kTicKey}, {kTimeKey}}};
   const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kMassList);
   const auto& [bpi, continuum, tic, time] = keys;
-  return {NumberOf(time, commas),
-          NumberOf(bpi, commas),
-          NumberOf(tic, commas),
+  const bool isCareful = stream.IsCareful();
+  return {NumberOf(time, isCareful),
+          NumberOf(bpi, isCareful),
+          NumberOf(tic, isCareful),
           continuum.value == kCentroided,
           list,
-          IsHidden(bpi, commas)};
+          IsHidden(bpi, isCareful)};
 }
 
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {
@@ -181,19 +181,21 @@ std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectru
   return count;
 }
 
-Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum, DecimalCommas commas) {
-  return ReadPoints(stream, spectrum.list, ScaleOf(spectrum.basePeak, spectrum.isScaleHidden), commas,
+Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum) {
+  return ReadPoints(stream, spectrum.list, ScaleOf(spectrum.basePeak, spectrum.isScaleHidden),
                     [](double mass, double percent) { return mass > 0.0 && percent > 0.0; });
 }
 
-Trace ReadTrace(ReportStream& stream, std::uint64_t position, DecimalCommas commas) {
+Trace ReadTrace(ReportStream& stream, std::uint64_t position) {
   std::array<KeyValue, 2> keys = {{{kDescriptionKey}, {kMaxIntensityKey}}};
   const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kTraceList);
   const auto& [description, maxIntensity] = keys;
   Trace trace;
+  const bool isCareful = stream.IsCareful();
   trace.description = platform::FromCodePage(description.value);
-  const std::optional<double> scale = ScaleOf(NumberOf(maxIntensity, commas), IsHidden(maxIntensity, commas));
-  trace.points = ReadPoints(stream, list, scale, commas, [](double, double) { return true; });
+  const std::optional<double> scale =
+      ScaleOf(NumberOf(maxIntensity, isCareful), IsHidden(maxIntensity, isCareful));
+  trace.points = ReadPoints(stream, list, scale, [](double, double) { return true; });
   return trace;
 }
 

@@ -61,8 +61,7 @@ struct ScanSeries {
 };
 
 /// `missing` replaces an absent value or one that is not a number.
-ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing,
-                          DecimalCommas commas);
+ScanSeries ReadScanSeries(ReportStream& stream, std::span<const std::uint64_t> spectra, double missing);
 
 /// The points of a data list in file order: masses or times, and intensities scaled to the block's full
 /// scale.
@@ -83,7 +82,7 @@ struct SpectrumHead {
 };
 
 /// Reads the block in one pass, which ends as soon as everything is found.
-SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position, DecimalCommas commas);
+SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position);
 
 /// What a spectrum was made by: the value of its key ahead of its points, "Combine (5:9-1:3)".
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum);
@@ -92,7 +91,7 @@ std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const Spe
 std::size_t CountSpectrumLines(ReportStream& stream, const SpectrumHead& spectrum);
 
 /// Without points whose mass or intensity is not positive.
-Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum, DecimalCommas commas);
+Points ReadSpectrumPoints(ReportStream& stream, const SpectrumHead& spectrum);
 
 /// A "[CHROMATOGRAM]" block. All points are kept, even those that are not positive.
 struct Trace {
@@ -100,6 +99,6 @@ struct Trace {
   Points points;
 };
 
-Trace ReadTrace(ReportStream& stream, std::uint64_t position, DecimalCommas commas);
+Trace ReadTrace(ReportStream& stream, std::uint64_t position);
 
 }  // namespace zrml::openlynx

@@ -1,6 +1,7 @@
 #include "source/points_look.h"
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,7 +19,7 @@ class PointsLook {
       : source_(source), cancel_(cancel), progress_(progress), onlooker_(onlooker) {}
 
   Findings Run() {
-    for (const Finding& finding : FindingsOf()) known_.push_back(&finding);
+    for (const Finding& finding : FindingsOf()) known_.emplace(finding.subject, &finding);
     const int samples = CountOf([&] { return source_.SampleCount(); });
     for (int sample = 0; sample < samples; ++sample) PlanSample(sample);
     for (const Part& part : parts_) LookAt(part);
@@ -154,21 +155,24 @@ class PointsLook {
 
   // Then no scan can be read, which is already reported.
   bool IsDataMissing(const FindingSubject& subject) const {
-    return std::any_of(known_.begin(), known_.end(), [&](const Finding* finding) {
-      const bool isUnopened =
-          finding->code == FindingCode::kFileUnreadable && finding->file.ends_with(".DAT");
-      return finding->subject == subject && (finding->code == FindingCode::kDataMissing || isUnopened);
+    const auto [first, last] = known_.equal_range(subject);
+    return std::any_of(first, last, [&](const auto& entry) {
+      const Finding& finding = *entry.second;
+      const bool isUnopened = finding.code == FindingCode::kFileUnreadable && finding.file.ends_with(".DAT");
+      return finding.code == FindingCode::kDataMissing || isUnopened;
     });
   }
 
   // Which scans are known to have lost points.
   std::vector<bool> KnownLosses(const Part& part) const {
     std::vector<bool> scans(static_cast<std::size_t>(part.count));
-    for (const Finding* const finding : known_) {
+    const auto [first, last] = known_.equal_range(part.subject);
+    for (auto entry = first; entry != last; ++entry) {
+      const Finding* const finding = entry->second;
       const bool isOfPoints = finding->code == FindingCode::kDataCut ||
                               finding->code == FindingCode::kDataZeroed ||
                               finding->code == FindingCode::kOffsetsLost;
-      if (!isOfPoints || finding->subject != part.subject) continue;
+      if (!isOfPoints) continue;
       finding->scans.ForEach([&](std::uint64_t number) {
         if (number <= scans.size()) scans[static_cast<std::size_t>(number) - 1] = true;
       });
@@ -201,7 +205,7 @@ class PointsLook {
   const Cancel& cancel_;
   const Progress& progress_;
   Onlooker* onlooker_;
-  std::vector<const Finding*> known_;
+  std::multimap<FindingSubject, const Finding*> known_;  // a report may have one for each of its samples
   std::vector<Part> parts_;
   std::uint64_t done_ = 0;
   std::uint64_t all_ = 0;  // scans and traces

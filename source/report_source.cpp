@@ -65,14 +65,13 @@ std::unique_ptr<Source> OpenReport(const std::string& path) {
   if (!openlynx::HasReportExtension(systemPath) ||
       !openlynx::BeginsLikeReport(platform::File::OpenSystemPath(systemPath)))
     return nullptr;
-  openlynx::ReportStream stream = openlynx::ReportStream::Open(systemPath);
+  openlynx::ReportStream stream =
+      openlynx::ReportStream::Open(systemPath, openlynx::ReportStream::Mode::kCareful);
   return stream.IsOpen() ? std::make_unique<ReportSource>(path, std::move(stream)) : nullptr;
 }
 
 ReportSource::ReportSource(std::string path, openlynx::ReportStream stream)
-    : Source(std::move(path)),
-      name_(FileName(Path())),
-      report_(std::move(stream), openlynx::DecimalCommas::kHideNumbers) {}
+    : Source(std::move(path)), name_(FileName(Path())), report_(std::move(stream)) {}
 
 template <class Read>
 auto ReportSource::Reading(Read read) {

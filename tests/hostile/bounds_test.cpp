@@ -170,6 +170,30 @@ TEST(Bounds, NestedFunctionsAreReadOnceByTools) {
   }
 }
 
+// Neither do spectra of such functions that are never closed: a pass to the end of the file for each of
+// these, which lack their keys, would be 20,000 passes of five reads.
+TEST(Bounds, NestedSpectraAreReadOnceByTools) {
+  constexpr int kMostCalls = 300;
+  std::string text = "[SAMPLE]\n{\n";
+  for (int i = 0; i < 20000; ++i) text += "[FUNCTION]\n{\n[SPECTRUM]\n{\n";
+  const TempDirectory directory;
+  directory.WriteText("nested.rpt", text);
+  const std::string path = (directory.Path() / "nested.rpt").string();
+  const std::vector<std::string> commands[] = {
+      {"check", "--json", path}, {"info", "--json", path}, {"convert", path, "--damaged", "--stdout"}};
+  for (const std::vector<std::string>& command : commands) {
+    SCOPED_TRACE(command[0]);
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const FailingCalls failing(kMostCalls, CallFailure::kError);
+    tool::RunCommandLine(command);
+    const std::string output = testing::internal::GetCapturedStdout();
+    testing::internal::GetCapturedStderr();
+    EXPECT_FALSE(failing.HasFailed());
+    EXPECT_NE(output.find("20000"), std::string::npos);
+  }
+}
+
 TEST(Bounds, CalibrationLinesCostNoMoreThanOtherText) {
   for (const char* const line :
        {"$$ Cal Segment 31: 1\n", "$$ Cal MS1 Static: 1,1,1,1,1,1,1\n", "$$ Cal Temperature: 1\n"}) {

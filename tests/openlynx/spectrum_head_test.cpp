@@ -13,7 +13,7 @@ class SpectrumHeadTest : public testing::Test {
   SpectrumHead Head(const std::string& text) {
     directory_.WriteText("report.rpt", text);
     stream_ = ReportStream::Open(platform::ToSystemPath(directory_.WidePath("report.rpt")));
-    return ReadSpectrumHead(stream_, 0, DecimalCommas::kEndNumbers);
+    return ReadSpectrumHead(stream_, 0);
   }
 
   TempDirectory directory_{"reports"};
@@ -40,7 +40,7 @@ TEST_F(SpectrumHeadTest, KeysMayBeOnEitherSideOfTheList) {
     const SpectrumHead head = Head("[SPECTRUM]\n{\n" + text + "}\nTime 9\n[MS]\n7 7\n");
     EXPECT_EQ(head.minutes, 1.0);
     EXPECT_EQ(head.totalIons, 3.0);
-    const Points points = ReadSpectrumPoints(stream_, head, DecimalCommas::kEndNumbers);
+    const Points points = ReadSpectrumPoints(stream_, head);
     EXPECT_EQ(points.x, (std::vector<double>{5, 6}));
     EXPECT_EQ(points.intensities, (std::vector<double>{1, 2}));
   }
@@ -48,7 +48,7 @@ TEST_F(SpectrumHeadTest, KeysMayBeOnEitherSideOfTheList) {
 
 TEST_F(SpectrumHeadTest, FirstOfSeveralListsCounts) {
   const SpectrumHead head = Head(std::string("[SPECTRUM]\n{\n") + kKeys + kList + "[MS]\n{\n8 8\n}\n}\n");
-  EXPECT_EQ(ReadSpectrumPoints(stream_, head, DecimalCommas::kEndNumbers).x, (std::vector<double>{5, 6}));
+  EXPECT_EQ(ReadSpectrumPoints(stream_, head).x, (std::vector<double>{5, 6}));
 }
 
 TEST_F(SpectrumHeadTest, ListOutsideTheBlockIsNotItsOwn) {
@@ -57,7 +57,7 @@ TEST_F(SpectrumHeadTest, ListOutsideTheBlockIsNotItsOwn) {
     const SpectrumHead head = Head(text);
     EXPECT_FALSE(head.list) << text;
     EXPECT_EQ(CountSpectrumLines(stream_, head), 0U);
-    EXPECT_TRUE(ReadSpectrumPoints(stream_, head, DecimalCommas::kEndNumbers).x.empty());
+    EXPECT_TRUE(ReadSpectrumPoints(stream_, head).x.empty());
   }
 }
 

@@ -189,7 +189,8 @@ class Comparer : Verdicts {
 
   source::Function FunctionAt(int sample, int position) {
     const int held = list_.positions[static_cast<std::size_t>(position)];
-    if (held == kNotHeld) return reportSlots_->Describe(position);
+    const bool isOther = held == kNotHeld || (IsReport() && reportSlots_->HasUnreadNumbers());
+    if (isOther) return reportSlots_->Describe(position);
     const source::Function& function = source_->Functions(sample)[static_cast<std::size_t>(held)];
     return IsLost(function) ? rawSlots_->Describe(function.id) : function;
   }
@@ -268,7 +269,7 @@ class Comparer : Verdicts {
     return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
       return finding.code == FindingCode::kDecimalComma || finding.code == FindingCode::kNumberUnread ||
              finding.code == FindingCode::kPointsUnread || finding.code == FindingCode::kBytesZeroed ||
-             finding.code == FindingCode::kLinesJoined;
+             finding.code == FindingCode::kLinesJoined || finding.code == FindingCode::kBraceMissing;
     });
   }
 

@@ -162,6 +162,13 @@ void ReportSlots::Enter(int sample) {
   report_.FunctionsOf(*sample_);
   own_ = *sample_;
   report_.FindOwnBlocks(own_);
+  // The source ends a sample where the next one begins.
+  const std::span<const openlynx::Sample> later =
+      std::span(report_.Samples()).subspan(static_cast<std::size_t>(sample) + 1);
+  for (openlynx::Function& function : own_.functions) {
+    if (!later.empty() && function.position > later.front().position)
+      function.spectra = function.chromatograms = {};
+  }
   report_.FindAllBlocks(*sample_, true);
   report_.FindAllBlocks(*sample_, false);
   listed_.clear();

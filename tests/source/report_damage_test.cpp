@@ -1,0 +1,193 @@
+// Damaged reports as tools read them: what braces, zeros or the end of the file hide is absent, and nothing
+// of one block appears in another.
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "plugin/report_server.h"
+#include "source/formats.h"
+#include "tests/support/temp_directory.h"
+
+namespace zrml::source {
+namespace {
+
+using Doubles = std::vector<double>;
+using Lines = std::vector<std::string>;
+
+// The first spectrum has neither TIC nor Continuum.
+const Lines kSound = {
+    "[SAMPLE]",         // 1
+    "{",                //
+    "[FUNCTION]",       // 3
+    "{",                //
+    "Type MS/MS",       // 5
+    "[SPECTRUM]",       //
+    "{",                // 7
+    "Time 0.5",         //
+    "BPI 1000",         // 9
+    "[MS]",             //
+    "{",                // 11
+    "100.125 100",      //
+    "200.25 50.5",      // 13
+    "}",                //
+    "}",                // 15
+    "[SPECTRUM]",       //
+    "{",                // 17
+    "Time 1",           //
+    "BPI 80",           // 19
+    "TIC 90",           //
+    "Continuum FALSE",  // 21
+    "[MS]",             //
+    "{",                // 23
+    "301.5 100",        //
+    "401.5 20",         // 25
+    "}",                //
+    "}",                // 27
+    "}",                //
+    "}",                // 29
+};
+
+std::string TextOf(const Lines& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\r\n";
+  return text;
+}
+
+// The lines `first` to `last`, from 1, of the sound report.
+Lines Part(std::size_t first, std::size_t last) {
+  return {kSound.begin() + static_cast<std::ptrdiff_t>(first) - 1,
+          kSound.begin() + static_cast<std::ptrdiff_t>(last)};
+}
+
+Lines operator+(Lines first, const Lines& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+class ReportDamageTest : public testing::Test {
+ protected:
+  void Open(const std::string& text) {
+    directory_.WriteText("report.rpt", text);
+    const auto path = (directory_.Path() / "report.rpt").u8string();
+    source_ = OpenReport({path.begin(), path.end()});
+  }
+  void Open(const Lines& lines) { Open(TextOf(lines)); }
+
+  PointsRead Read(int scan, int function = 0, int sample = 0) {
+    return source_->ReadPoints(sample, function, scan, mz_, intensities_);
+  }
+
+  void ExpectPoints(int scan, const Doubles& mz, const Doubles& intensities) {
+    EXPECT_EQ(Read(scan).lost, 0U);
+    EXPECT_EQ(mz_, mz);
+    EXPECT_EQ(intensities_, intensities);
+    EXPECT_EQ(source_->ScanAt(0, 0, scan).points, mz.size());
+  }
+
+  // The only finding of a kind.
+  Finding FindingOf(FindingCode code) {
+    std::vector<Finding> found;
+    for (const Finding& each : source_->Findings()) {
+      if (each.code == code) found.push_back(each);
+    }
+    EXPECT_EQ(found.size(), 1U);
+    return found.empty() ? Finding() : found[0];
+  }
+
+  TempDirectory directory_{"reports"};
+  std::unique_ptr<Source> source_;
+  Doubles mz_;
+  Doubles intensities_;
+};
+
+TEST_F(ReportDamageTest, SoundReport) {
+  Open(kSound);
+  EXPECT_TRUE(source_->Findings().empty());
+  ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+  ExpectPoints(1, {301.5, 401.5}, {80, 16});
+}
+
+// Of the list, of the spectrum, or of both.
+TEST_F(ReportDamageTest, MarkerEndsWhatLacksItsBrace) {
+  for (const std::size_t last : {std::size_t{13}, std::size_t{14}}) {
+    Open(Part(1, last) + Part(16, 29));
+    ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+    ExpectPoints(1, {301.5, 401.5}, {80, 16});
+    EXPECT_FALSE(source_->ScanAt(0, 0, 0).totalIntensity);
+    EXPECT_FALSE(source_->ScanAt(0, 0, 0).isCentroided);
+    EXPECT_TRUE(std::isnan(source_->TotalIons(0, 0).intensities[0]));
+    EXPECT_EQ(source_->TotalIons(0, 0).intensities[1], 90);
+    EXPECT_EQ(source_->Minutes(0, 0), (Doubles{0.5, 1}));
+    const Finding finding = FindingOf(FindingCode::kBraceMissing);
+    EXPECT_EQ(finding.first, last + 1);
+    EXPECT_EQ(finding.subject.sample, 1);
+    EXPECT_EQ(finding.problem,
+              "has a marker ahead of which } is missing: line " + std::to_string(last + 1) + " ([SPECTRUM])");
+  }
+}
+
+// Deliberate: to a host the list goes on to the next brace.
+TEST_F(ReportDamageTest, HostsReadOn) {
+  Open(Part(1, 13) + Part(16, 29));
+  plugin::COpenLynxRptDataServerImpl server;
+  ASSERT_TRUE(server.Open(directory_.WidePath("report.rpt")));
+  CZRMassSpectrum spectrum;
+  ASSERT_TRUE(server.GetSpectrum(0, 0, 0, spectrum));
+  ASSERT_EQ(spectrum.GetCount(), 4);
+  EXPECT_EQ(spectrum.GetMasses()[2], 301.5);
+  EXPECT_EQ(spectrum.GetIntensities()[2], 1000);  // 100 percent of the first one's base peak
+}
+
+TEST_F(ReportDamageTest, AnyMarkerEndsAList) {
+  for (const char* const marker :
+       {"[SAMPLE]", "[FUNCTION]", "[SPECTRUM]", "[CHROMATOGRAM]", "[MS]", "[TRACE] x"}) {
+    SCOPED_TRACE(marker);
+    Open(Part(1, 13) + Lines{marker, "{", "300 7", "}", "}", "}"});
+    ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+    const Finding finding = FindingOf(FindingCode::kBraceMissing);
+    EXPECT_EQ(finding.first, 14U);
+    EXPECT_EQ(finding.subject.sample, 1);
+  }
+  Open(Part(1, 13) + Lines{"[OTHER]", " [SPECTRUM]", "300 7"} + Part(14, 29));
+  EXPECT_EQ(Read(0).count, 3U);
+  EXPECT_EQ(intensities_, (Doubles{1000, 505, 70}));
+}
+
+TEST_F(ReportDamageTest, ListOfATraceEndsAtAMarker) {
+  const Lines trace = {"[CHROMATOGRAM]", "{", "MaxIntensity 200", "[TRACE]", "{", "0.5 10"};
+  Open(Part(1, 5) + trace + Part(6, 29));
+  const Chromatogram read = source_->ReadFunctionTrace(0, 0, 0);
+  EXPECT_EQ(read.minutes, Doubles{0.5});
+  EXPECT_EQ(read.intensities, Doubles{20});
+  EXPECT_EQ(FindingOf(FindingCode::kBraceMissing).first, 12U);
+}
+
+// A brace that is lost shifts all that follow, and is one finding.
+TEST_F(ReportDamageTest, LostBraceCountsOnce) {
+  const Lines function = Part(3, 28);
+  Open(Part(1, 13) + Part(16, 28) + function + function + Part(29, 29));
+  EXPECT_EQ(FindingOf(FindingCode::kBraceMissing).count, 1U);
+  ASSERT_EQ(source_->Functions(0).size(), 3U);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(source_->ScanCount(0, i), 2);
+  const Lines open = Part(1, 13) + Part(16, 25) + Part(6, 28);  // two spectra without their ends
+  Open(open + function + Part(29, 29));
+  const Finding finding = FindingOf(FindingCode::kBraceMissing);
+  EXPECT_EQ(finding.count, 2U);
+  EXPECT_EQ(finding.first, 14U);
+}
+
+TEST_F(ReportDamageTest, SampleEndsWhereTheNextBegins) {
+  Open(Part(1, 28) + Lines{"[SAMPLE]", "{", "FileName second"} + Part(3, 29));
+  ASSERT_EQ(source_->SampleCount(), 2);
+  EXPECT_EQ(source_->Functions(0).size(), 1U);
+  EXPECT_EQ(source_->Functions(1).size(), 1U);
+  EXPECT_EQ(source_->SampleName(0), "Sample 1");
+  EXPECT_EQ(source_->SampleName(1), "second");
+  EXPECT_EQ(FindingOf(FindingCode::kSampleUnended).subject.sample, 1);
+}
+
+}  // namespace
+}  // namespace zrml::source
