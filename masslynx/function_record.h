@@ -50,7 +50,8 @@ struct FunctionRecord {
   /// Type, ionisation mode and layout of a record that is lost: their codes have five bits at most.
   static constexpr int kLostCode = 32;
 
-  bool IsLost() const { return typeCode == kLostCode; }
+  /// A label may have given it a type.
+  bool IsLost() const { return dataFormat == kLostCode; }
 
   std::uint16_t number = 0;     ///< from 1; the process number of a processed function
   bool processed = false;       ///< made by a later processing step; from the history

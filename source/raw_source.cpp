@@ -130,13 +130,14 @@ std::size_t CloseGaps(const std::vector<std::size_t>& gaps, std::size_t count, d
 }  // namespace
 
 Function Describe(const FunctionRecord& record) {
+  const bool isTypeKnown = record.typeCode != FunctionRecord::kLostCode;
   Function function;
   function.id = IdOf(record);
   function.name = Utf8(masslynx::NameOf(record));
-  function.kind = record.IsLost() ? FunctionKind::kOther
-                                  : static_cast<FunctionKind>(masslynx::FunctionKindOfType(record.typeCode));
+  function.kind = isTypeKnown ? static_cast<FunctionKind>(masslynx::FunctionKindOfType(record.typeCode))
+                              : FunctionKind::kOther;
   function.monitoring = static_cast<Monitoring>(masslynx::MonitoringOfType(record.typeCode));
-  function.msLevel = record.IsLost() ? std::nullopt : std::optional(masslynx::MsLevelOfType(record.typeCode));
+  function.msLevel = isTypeKnown ? std::optional(masslynx::MsLevelOfType(record.typeCode)) : std::nullopt;
   function.scanType = static_cast<ScanType>(masslynx::ScanTypeOfType(record.typeCode));
   function.polarity = static_cast<Polarity>(masslynx::PolarityOfIonMode(record.ionMode));
   function.isLockMass = record.label.find(L"Lock Mass") != std::wstring::npos;
