@@ -25,6 +25,7 @@ std::wstring ProcessDescription(const FunctionRecord& function) {
 std::wstring NameOf(const FunctionRecord& function) {
   std::wstring name(FunctionTypeText(function.typeCode));
   name += IonModeText(function.ionMode);
+  if (function.IsLost()) name.pop_back();  // the blank ahead of an ionisation mode
   for (const std::wstring& part : {ProcessDescription(function), function.label}) {
     if (!part.empty()) name += L' ' + part;
   }

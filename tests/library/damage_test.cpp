@@ -1,4 +1,5 @@
 // Paths that lead nowhere, sources that are damaged or shrink while they are open, and what is said of them.
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 
@@ -90,6 +91,19 @@ TEST_F(LibraryDamage, MessageStaysUntilTheNextFailure) {
   EXPECT_STREQ(zrml_message(raw.Get()), "there is no function 10");
   EXPECT_EQ(zrml_scan_count(raw.Get(), 3, 0, &count), ZRML_WRONG_ARGUMENT);
   EXPECT_STREQ(zrml_message(raw.Get()), "there is no sample 4");
+}
+
+// That of the second function, of 416 bytes.
+TEST_F(LibraryDamage, FunctionWhoseRecordIsZerosHasNoLevel) {
+  SoundDirectory().WriteTo(folder_.Path());
+  folder_.Edit("_FUNCTNS.INF",
+               [](FileBytes& bytes) { std::fill(bytes.begin() + 416, bytes.end(), std::byte{0}); });
+  const Opened raw(folder_);
+  const auto function = Get<zrml_function>(zrml_get_function, raw.Get(), 0, 1);
+  EXPECT_EQ(function.ms_level, 0);
+  EXPECT_EQ(function.kind, ZRML_KIND_OTHER);
+  EXPECT_EQ(function.polarity, ZRML_POLARITY_UNKNOWN);
+  EXPECT_TRUE(std::isnan(function.mass_low));
 }
 
 TEST_F(LibraryDamage, ScansOfAnUnknownLayoutAreDamaged) {

@@ -95,6 +95,7 @@ TEST_F(DamagedConversionTest, FunctionWhoseRecordIsZeros) {
   EXPECT_EQ(count("name=\"mass spectrum\""), 2 + 1);
   EXPECT_EQ(count("name=\"spectrum representation\""), 2);
   EXPECT_EQ(count("name=\"scan start time\""), 5);
+  EXPECT_EQ(count("name=\"function name\" type=\"xsd:string\" value=\"Unknown\""), 2);
   EXPECT_EQ(count("id=\"function=2 process=0 scan=2\" defaultArrayLength=\"0\""), 1);
   EXPECT_EQ(count("id=\"TIC\" defaultArrayLength=\"3\""), 1);
   EXPECT_EQ(count("id=\"function 2 TIC\" defaultArrayLength=\"2\""), 1);
