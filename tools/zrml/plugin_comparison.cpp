@@ -9,7 +9,6 @@
 
 #include "common/platform/platform.h"
 #include "common/text.h"
-#include "masslynx/function_types.h"
 #include "tools/zrml/names.h"
 #include "tools/zrml/open_source.h"
 #include "tools/zrml/plugin_scans.h"
@@ -484,7 +483,7 @@ class Comparer : Verdicts {
     if (!held) return items;
     if (!IsReport()) {
       std::vector<source::MetadataItem> own = source_->FunctionMetadata(sample, *held);
-      if (IsLost(of_.function)) own.front().value = Narrow(masslynx::IonModeText(0));
+      if (IsLost(of_.function)) own.front().value = rawSlots_->IonModeOf(of_.function.id);
       return source::Merged(std::move(items), std::move(own));
     }
     const std::optional<std::string> text = reportSlots_->TextOf(position);

@@ -9,6 +9,7 @@
 #include "common/platform/platform.h"
 #include "masslynx/directory_files.h"
 #include "masslynx/function_names.h"
+#include "masslynx/function_types.h"
 #include "masslynx/raw_directory.h"
 #include "masslynx/scandata/absorbance_decoder.h"
 #include "masslynx/scandata/scan_decoder.h"
@@ -65,6 +66,10 @@ RawSlots::RawSlots(const platform::SystemPath& folder) : folder_(folder) {
 
 bool RawSlots::IsLost(const source::FunctionId& id) const {
   return std::find(lost_.begin(), lost_.end(), id) != lost_.end();
+}
+
+std::string RawSlots::IonModeOf(const source::FunctionId& id) {
+  return platform::ToNativePath(masslynx::IonModeText(RecordOf(id).ionMode));
 }
 
 std::vector<std::string> RawSlots::NamesOf(std::span<const source::FunctionId> listed) {

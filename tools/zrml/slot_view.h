@@ -52,6 +52,7 @@ class RawSlots {
   bool IsLost(const source::FunctionId& id) const;
   bool HasLost() const { return !lost_.empty(); }
   source::Function Describe(const source::FunctionId& id) { return source::Describe(RecordOf(id)); }
+  std::string IonModeOf(const source::FunctionId& id);
   /// Of the functions in their list.
   std::vector<std::string> NamesOf(std::span<const source::FunctionId> listed);
 
