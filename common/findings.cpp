@@ -61,6 +61,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kBraceMissing, "brace-missing", Severity::kLost},
     {FindingCode::kBraceStray, "brace-stray", Severity::kNote},
     {FindingCode::kBytesZeroed, "bytes-zeroed", Severity::kLost},
+    {FindingCode::kLineCut, "line-cut", Severity::kLost},
     {FindingCode::kDecimalComma, "decimal-comma", Severity::kLost},
     {FindingCode::kNumberUnread, "number-unread", Severity::kLost},
     {FindingCode::kPointsUnread, "points-unread", Severity::kLost},

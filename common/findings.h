@@ -75,6 +75,7 @@ enum class FindingCode {
   kBraceMissing,     // ahead of a marker
   kBraceStray,       // one that closes nothing
   kBytesZeroed,      // in place of text
+  kLineCut,          // by the end of the file
   kDecimalComma,
   kNumberUnread,  // a value of a key that is no number
   kPointsUnread,  // lines of a data list with one number

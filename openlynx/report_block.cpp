@@ -78,7 +78,7 @@ bool BlockWalk::NextMarked(std::string_view& line) {
 LineValue ValueOf(std::string_view line, std::string_view key) {
   const std::string_view text = TextOf(line);
   const std::string_view value = Trim(text.substr(key.size()));
-  return {value, text.size() < line.size() && !value.empty() && text.ends_with(value)};
+  return {value, !value.empty() && text.ends_with(value)};
 }
 
 bool Contains(std::string_view value, std::string_view part) {

@@ -63,14 +63,15 @@ class BlockWalk {
 struct KeyValue {
   std::string_view key;
   std::string value = {};
-  bool isHidden =
-      false;  ///< zeros (NUL) cut it; or it has none, but zeros or the end of another line may be it
+  /// Zeros (NUL) or the end of the file cut it; or it has none, but zeros or the end of another line may be
+  /// it.
+  bool isHidden = false;
 };
 
 /// The rest of a line that begins with the key: trimmed, up to a NUL.
 struct LineValue {
   std::string_view text;
-  bool isCut = false;  ///< by a NUL right behind it
+  bool isCut = false;  ///< it may go on: right behind it is a NUL, or the end of the file without a line end
 };
 LineValue ValueOf(std::string_view line, std::string_view key);
 
@@ -140,10 +141,13 @@ template <class Use>
 std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, Use use) {
   std::size_t hidden = 0;
   const bool hides = stream.IsCareful();
-  // Of the number that `rest` follows. A NUL is in place of its further digits.
+  // Of the number that `rest` follows. A NUL is in place of its further digits, or of those of its exponent,
+  // and so is the end of the file without a line end.
   const auto isHidden = [&](std::string_view rest) {
-    if (!hides || rest.empty()) return false;
-    return rest[0] == '\0' || (rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9');
+    if (!hides) return false;
+    const std::size_t end = rest.find_first_not_of("eE+-");
+    if (end == std::string_view::npos || rest[end] == '\0') return true;
+    return rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9';
   };
   const auto useLine = [&](std::string_view& line) {
     const std::optional<double> x = TakeDouble(line);

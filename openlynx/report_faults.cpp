@@ -79,6 +79,7 @@ constexpr FaultText kTexts[] = {
      "markers ahead of which } is missing"},
     {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
     {FindingCode::kBytesZeroed, "a line with zeros in place of text", "lines with zeros in place of text"},
+    {FindingCode::kLineCut, "a last line without an end, whose value may be cut", ""},
     {FindingCode::kDecimalComma, "a line with a comma in a number", "lines with commas in numbers"},
     {FindingCode::kNumberUnread, "a value that is no number", "values that are no numbers"},
     {FindingCode::kPointsUnread, "a point of which only one number is read",
@@ -148,7 +149,9 @@ class FaultSearch {
   void Run() {
     stream_.Seek(0);
     bool isFront = true;  // of a line: further pieces are the rest of a long line
+    char last = kClose;   // the first character of the last piece
     for (std::string_view piece; stream_.Next(piece);) {
+      last = piece.front();
       if (isFront) ++number_;
       if (number_ == 1 && isFront) LookAtFirst(piece);
       if (isFront || piece.front() == kBracket || piece.front() == kOpen || piece.front() == kClose)
@@ -156,6 +159,7 @@ class FaultSearch {
       LookForZeros(piece);
       isFront = piece.back() == '\n';
     }
+    if (!isFront && !open_.empty() && last != kOpen && last != kClose) Add(FindingCode::kLineCut, number_);
     End(0);
     EndList();
     AddLongerLines();

@@ -179,6 +179,74 @@ TEST_F(ReportDamageTest, LostBraceCountsOnce) {
   EXPECT_EQ(finding.first, 14U);
 }
 
+// The text up to and with `end`, which is in it once.
+std::string CutBehind(const std::string& end) {
+  const std::string text = TextOf(kSound);
+  return text.substr(0, text.find(end) + end.size());
+}
+
+// "50.5" in line 13 may be cut to "5", and the file may go on behind "50.5".
+TEST_F(ReportDamageTest, PointOfACutLastLineIsLost) {
+  for (const char* const end : {"200.25 5", "200.25 50.5", "200.25 50.", "200.2"}) {
+    SCOPED_TRACE(end);
+    Open(CutBehind(end));
+    EXPECT_EQ(Read(0).lost, 1U);
+    EXPECT_EQ(mz_, Doubles{100.125});
+    EXPECT_EQ(intensities_, Doubles{1000});
+    EXPECT_EQ(FindingOf(FindingCode::kLineCut).first, 13U);
+    EXPECT_EQ(FindingOf(FindingCode::kLineCut).subject.sample, 1);
+  }
+  for (const char* const number : {"5e", "5e-", "5E+"}) {
+    SCOPED_TRACE(number);
+    Open(CutBehind("200.25 ") + number);
+    EXPECT_EQ(Read(0).lost, 1U);
+    EXPECT_EQ(mz_, Doubles{100.125});
+  }
+}
+
+TEST_F(ReportDamageTest, LineEndMakesANumberWhole) {
+  Open(CutBehind("200.25 50.5\r"));
+  ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+  Open(CutBehind("200.25 50.5\r\n"));
+  ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+  EXPECT_EQ(FindingOf(FindingCode::kReportCut).problem, "ends inside 4 blocks");
+}
+
+TEST_F(ReportDamageTest, ValueOfACutLastLineIsAbsent) {
+  Open(CutBehind("TIC 9"));
+  EXPECT_FALSE(source_->ScanAt(0, 0, 1).totalIntensity);
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).basePeakIntensity, 80);
+  EXPECT_TRUE(std::isnan(source_->TotalIons(0, 0).intensities[1]));
+  EXPECT_EQ(FindingOf(FindingCode::kLineCut).first, 20U);
+  Open(CutBehind("BPI 10"));
+  EXPECT_FALSE(source_->ScanAt(0, 0, 0).basePeakIntensity);
+  EXPECT_TRUE(std::isnan(source_->BasePeaks(0, 0).intensities[0]));
+  Open(CutBehind("Time 0"));
+  EXPECT_TRUE(std::isnan(source_->ScanAt(0, 0, 0).minutes));
+  EXPECT_TRUE(std::isnan(source_->Minutes(0, 0)[0]));
+  Open(CutBehind("TIC 90\r\n"));
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).totalIntensity, 90);
+}
+
+// A trace is cut as a spectrum is.
+TEST_F(ReportDamageTest, CutTrace) {
+  const std::string front = TextOf(Part(1, 5)) + "[CHROMATOGRAM]\n{\nMaxIntensity 200";
+  Open(front + "\n[TRACE]\n{\n0.5 10\n0.75 2");
+  EXPECT_EQ(source_->ReadFunctionTrace(0, 0, 0).minutes, Doubles{0.5});
+  EXPECT_EQ(source_->ReadFunctionTrace(0, 0, 0).intensities, Doubles{20});
+}
+
+TEST_F(ReportDamageTest, SoundReportNeedsNoLastLineEnd) {
+  const std::string text = TextOf(kSound);
+  for (const std::size_t cut : {1, 2}) {
+    Open(text.substr(0, text.size() - cut));
+    EXPECT_TRUE(source_->Findings().empty());
+    ExpectPoints(1, {301.5, 401.5}, {80, 16});
+  }
+  Open(text + "made by somebody at 5");
+  EXPECT_TRUE(source_->Findings().empty());
+}
+
 TEST_F(ReportDamageTest, SampleEndsWhereTheNextBegins) {
   Open(Part(1, 28) + Lines{"[SAMPLE]", "{", "FileName second"} + Part(3, 29));
   ASSERT_EQ(source_->SampleCount(), 2);

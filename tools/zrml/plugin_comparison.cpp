@@ -268,7 +268,8 @@ class Comparer : Verdicts {
     return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
       return finding.code == FindingCode::kDecimalComma || finding.code == FindingCode::kNumberUnread ||
              finding.code == FindingCode::kPointsUnread || finding.code == FindingCode::kBytesZeroed ||
-             finding.code == FindingCode::kLinesJoined || finding.code == FindingCode::kBraceMissing;
+             finding.code == FindingCode::kLinesJoined || finding.code == FindingCode::kBraceMissing ||
+             finding.code == FindingCode::kLineCut;
     });
   }
 

@@ -80,7 +80,8 @@ class RawSlots {
 class ReportSlots {
  public:
   /// `hasUnreadNumbers` when there are numbers, or lines of them, that the slots read in part and the source
-  /// not at all: with decimal commas, with other characters, over zeroed bytes, or where braces are lost.
+  /// not at all: with decimal commas, with other characters, over zeroed bytes, in a last
+  /// line without an end, or where braces are lost.
   ReportSlots(const platform::SystemPath& path, bool hasUnreadNumbers);
 
   bool HasUnreadNumbers() const { return hasUnreadNumbers_; }
