@@ -169,6 +169,7 @@ class MzmlRenderer : public Renderer {
   // For a report's spectrum without points, and for one of a function whose type is lost, profile only means
   // that nothing says otherwise.
   const CvTerm& RepresentationOf(const RunFunction& function, const Spectrum& spectrum) const {
+    if (spectrum.scan.isKindUnknown) return cv::kRepresentation;
     if (spectrum.scan.isCentroided || spectrum.isPicked) return cv::kCentroid;
     const bool isReport = reader_.Plan().sourceFormat == source::Format::kReport;
     const bool isKnown = !isReport && function.info.msLevel;

@@ -156,7 +156,8 @@ void RefuseProfiles(Source& source, const RunPlan& plan) {
   for (const RunEntry& entry : plan.entries) {
     const RunFunction& function = plan.FunctionOf(entry);
     const source::Scan scan = source.ScanAt(plan.sample, function.position, entry.scan);
-    const bool isPeaks = scan.isCentroided || BecomesCentroids(plan.selection, function.info, scan);
+    const bool isPeaks =
+        scan.isCentroided || scan.isKindUnknown || BecomesCentroids(plan.selection, function.info, scan);
     if (isPeaks || scan.points == 0) continue;
     throw Error(ErrorKind::kProfile, "scan " + std::to_string(entry.scan + 1) + " of function " +
                                          TextOf(function.info.id) + " is a profile, and MGF is for peaks");

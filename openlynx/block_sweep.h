@@ -119,15 +119,20 @@ class BlockSweep {
 };
 
 /// Finds what ReadKeys would find in each of many blocks: calls `use(key, value, blocks)` with the number of
-/// a key, a value, and the numbers of the blocks for which it is the first value.
+/// a key, a value, and the numbers of the blocks for which it is the first value. For careful readers also
+/// with an empty value that is cut where zeros ahead of the first marker inside a block may be in place of
+/// its value.
 template <std::size_t N, class Use>
 class KeySweep {
  public:
   static constexpr bool kEveryLine = true;
 
-  KeySweep(const std::array<std::string_view, N>& keys, Use& use) : keys_(keys), use_(use) {}
+  KeySweep(const std::array<std::string_view, N>& keys, Use& use, bool isCareful)
+      : keys_(keys), use_(use), isCareful_(isCareful) {}
 
   void Line(std::string_view line, std::span<const std::size_t> open) {
+    isHead_ = isHead_ && RankOf(line) == kNoRank;
+    if (isCareful_ && isHead_ && line.find('\0') != std::string_view::npos) Hide(open);
     for (found_ = 0; found_ < N && !BeginsWith(line, keys_[found_]);) ++found_;
     if (found_ == N) return;
     value_ = ValueOf(line, keys_[found_]);
@@ -141,6 +146,7 @@ class KeySweep {
   void Inside(std::string_view, std::uint64_t) {}
 
   void Began(std::span<const std::size_t> open) {
+    isHead_ = true;
     if (found_ != N) Give(open);
   }
 
@@ -161,6 +167,12 @@ class KeySweep {
     return line.front() == key.front() && line.starts_with(key);
   }
 
+  void Hide(std::span<const std::size_t> open) {
+    for (std::size_t key = 0; key < N; ++key) {
+      if (given_[key] < open.size()) use_(key, LineValue{{}, true}, open.last(1));
+    }
+  }
+
   void Give(std::span<const std::size_t> open) {
     std::size_t& given = given_[found_];
     if (given < open.size()) use_(found_, value_, open.subspan(given));
@@ -169,6 +181,8 @@ class KeySweep {
 
   const std::array<std::string_view, N>& keys_;
   Use& use_;
+  bool isCareful_;
+  bool isHead_ = false;    // no marker has come since the last block began
   std::size_t found_ = N;  // the key of the last line
   LineValue value_;
   // For each key, how many of the open blocks, from the outermost, have a value. The inner ones have none.
@@ -178,7 +192,7 @@ class KeySweep {
 template <std::size_t N, class Use>
 void ReadKeysOfAll(ReportStream& stream, std::span<const std::uint64_t> positions,
                    const std::array<std::string_view, N>& keys, Use use) {
-  KeySweep<N, Use> visitor(keys, use);
+  KeySweep<N, Use> visitor(keys, use, stream.IsCareful());
   BlockSweep(stream, positions, visitor).Run();
 }
 

@@ -40,7 +40,7 @@ std::vector<Candidate> FindCandidates(Report& report, Sample& sample,
     const std::string_view type = report.TypeOf(sample, function);
     if (function.type != lastType) isSecondLevel = MsLevelOf(KindOfType(type)) == 2;
     lastType = function.type;
-    if (isSecondLevel) continue;
+    if (isSecondLevel || function.isTypeHidden) continue;
     if (function.spectra.Size() == 0) return {};
     candidates.push_back({static_cast<int>(i), function.spectra});
   }

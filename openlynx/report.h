@@ -60,12 +60,14 @@ class Report {
   /// Ion mode, type and description joined by blanks; empty when all three are.
   std::wstring NameOf(Sample& sample, const Function& function);
   std::string_view TypeOf(Sample& sample, const Function& function);
+  /// Unknown, too, where the type is hidden.
   FunctionKind KindOf(Sample& sample, const Function& function) {
-    return KindOfType(TypeOf(sample, function));
+    const std::string_view type = TypeOf(sample, function);
+    return function.isTypeHidden ? FunctionKind::kUnknown : KindOfType(type);
   }
   bool RecordsAbsorbance(Sample& sample, const Function& function) {
     const std::string_view type = TypeOf(sample, function);
-    return KindOfType(type) == FunctionKind::kUnknown &&
+    return !function.isTypeHidden && KindOfType(type) == FunctionKind::kUnknown &&
            openlynx::RecordsAbsorbance(type, sample.Text(function.description));
   }
   Polarity PolarityOf(Sample& sample, const Function& function);

@@ -1,6 +1,7 @@
 #include "openlynx/report_block.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "common/text.h"
 
@@ -118,9 +119,11 @@ std::size_t BeginOfNumber(std::string_view rest) {
 }
 
 bool EndsWithNumberOf(std::string_view key, std::string_view line) {
-  if (line.starts_with(kProcessKey) && key != kBpiKey) return false;
   const std::size_t at = line.rfind(key);
   if (at == 0 || at == std::string_view::npos) return false;
+  const auto begins = [&](std::string_view each) { return line.starts_with(each); };
+  const bool isKnown = std::any_of(std::begin(kAllKeys), std::end(kAllKeys), begins) && !begins(kProcessKey);
+  if (!isKnown && key != kBpiKey) return false;
   std::string_view value = Trim(line.substr(at + key.size()));
   return TakeDouble(value).has_value() && value.empty();
 }

@@ -124,8 +124,9 @@ inline bool HasNumber(std::string_view rest) {
          BeginOfNumber(rest) != std::string_view::npos;
 }
 
-/// Whether a key and its number stand behind other text of the line. `Process` may say anything, such as
-/// "STATIC 5" or "Combine Time 5": behind it only the base peak counts, which points are in percent of.
+/// Whether a key and its number stand behind other text of the line. `Process`, and keys that are not known,
+/// may say anything, such as "STATIC 5" or "Combine Time 5": behind them only the base peak counts, which
+/// points are in percent of.
 bool EndsWithNumberOf(std::string_view key, std::string_view line);
 
 /// Whether lines of a list with more than two numbers are each two lines that have become one: others, as

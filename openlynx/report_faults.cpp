@@ -53,12 +53,6 @@ constexpr std::array<NumberKey, 4> kNumberKeys = {{
     {kMaxIntensityKey, Block::kChromatogram},
 }};
 
-// Of lines that are not points.
-constexpr std::string_view kAllKeys[] = {
-    kBpiKey,     kContinuumKey,    kDateKey,     kDescriptionKey, kFileNameKey, kInstrumentKey, kIonModeKey,
-    kProcessKey, kMaxIntensityKey, kSampleIdKey, kTicKey,         kTimeKey,     kTypeKey,       kUserNameKey,
-};
-
 struct FaultText {
   FindingCode code;
   std::string_view one;

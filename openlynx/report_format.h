@@ -40,6 +40,11 @@ inline constexpr std::string_view kTimeKey = "Time";                  // sample,
 inline constexpr std::string_view kTypeKey = "Type";                  // function
 inline constexpr std::string_view kUserNameKey = "UserName";          // sample
 
+inline constexpr std::string_view kAllKeys[] = {
+    kBpiKey,     kContinuumKey,    kDateKey,     kDescriptionKey, kFileNameKey, kInstrumentKey, kIonModeKey,
+    kProcessKey, kMaxIntensityKey, kSampleIdKey, kTicKey,         kTimeKey,     kTypeKey,       kUserNameKey,
+};
+
 // Values.
 inline constexpr std::string_view kCentroided = "FALSE";   // of Continuum; any other value means continuum
 inline constexpr std::string_view kAnalogMark = "ANALOG";  // in Description: an analog function

@@ -156,13 +156,20 @@ void ReadTexts(ReportStream& stream, std::span<Function> functions, std::vector<
   Positions positions;
   for (Function& function : functions) positions.push_back(function.position);
   std::vector<std::array<TextNumber, N>> numbers(functions.size());  // empty texts so far
+  std::vector<std::array<bool, N>> areHidden(functions.size());
   ReadKeysOfAll(stream, positions, keys,
                 [&](std::size_t key, const LineValue& value, std::span<const std::size_t> blocks) {
-                  texts.emplace_back(value.text);
-                  for (const std::size_t block : blocks) numbers[block][key] = texts.size();
+                  if (!value.text.empty()) texts.emplace_back(value.text);
+                  for (const std::size_t block : blocks) {
+                    numbers[block][key] = value.text.empty() ? 0 : texts.size();
+                    areHidden[block][key] = value.isCut;
+                  }
                 });
   for (std::size_t i = 0; i < functions.size(); ++i) {
-    for (std::size_t key = 0; key < N; ++key) functions[i].*members[key] = numbers[i][key];
+    for (std::size_t key = 0; key < N; ++key) {
+      functions[i].*members[key] = numbers[i][key];
+      if (keys[key] == kTypeKey) functions[i].isTypeHidden = stream.IsCareful() && areHidden[i][key];
+    }
   }
 }
 

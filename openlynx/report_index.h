@@ -48,6 +48,7 @@ struct Function {
   TextNumber description = kUnreadText;
   TextNumber type = kUnreadText;
   TextNumber ionMode = kUnreadText;
+  bool isTypeHidden = false;  // by zeros, or the end of the file; for careful readers
 
   bool HasBlocks() const { return spectra.Size() > 0 || chromatograms.Size() > 0; }
 };

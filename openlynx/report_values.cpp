@@ -161,7 +161,8 @@ SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
           NumberOf(tic, isCareful),
           continuum.value == kCentroided,
           list,
-          IsHidden(bpi, isCareful)};
+          IsHidden(bpi, isCareful),
+          isCareful && continuum.isHidden};
 }
 
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {

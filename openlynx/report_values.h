@@ -79,6 +79,7 @@ struct SpectrumHead {
   bool isCentroided = false;
   std::optional<std::uint64_t> list;  // where its points begin
   bool isScaleHidden = false;         // the number that intensities are in percent of
+  bool isKindHidden = false;          // whether it is centroided
 };
 
 /// Reads the block in one pass, which ends as soon as everything is found.

@@ -80,7 +80,7 @@ void Filter(const PointFilter& filter, Values& mz, Values& intensities, Values* 
 }
 
 bool IsProfile(const Function& function, const Scan& scan) {
-  return !scan.isCentroided && function.monitoring == Monitoring::kNone &&
+  return !scan.isCentroided && !scan.isKindUnknown && function.monitoring == Monitoring::kNone &&
          function.kind != FunctionKind::kAbsorbance;
 }
 

@@ -134,7 +134,11 @@ Function ReportSource::Describe(openlynx::Sample& sample, std::size_t position) 
   if (function.name.empty()) function.name = "Function " + std::to_string(function.id.number);
   function.kind = report_.RecordsAbsorbance(sample, found) ? FunctionKind::kAbsorbance : row.kind;
   function.monitoring = row.monitoring;
-  function.msLevel = openlynx::MsLevelOf(kind);
+  if (found.isTypeHidden) {
+    function.msLevel.reset();
+  } else {
+    function.msLevel = openlynx::MsLevelOf(kind);
+  }
   function.polarity = kPolarities[static_cast<std::size_t>(report_.PolarityOf(sample, found))];
   return function;
 }
@@ -208,7 +212,8 @@ Scan ReportSource::ScanAt(int sample, int function, int scan) {
   const KnownSpectrum& spectrum = SpectrumOf(SpectrumAt(sample, function, scan));
   Scan result;
   result.minutes = result.endMinutes = spectrum.head.minutes.value_or(kAbsent);
-  result.isCentroided = spectrum.head.isCentroided;
+  result.isKindUnknown = spectrum.head.isKindHidden;
+  result.isCentroided = spectrum.head.isCentroided && !result.isKindUnknown;
   result.points = static_cast<std::uint32_t>(spectrum.room);
   result.basePeakIntensity = spectrum.head.basePeak;
   result.totalIntensity = spectrum.head.totalIons;

@@ -72,6 +72,7 @@ struct Scan {
   double minutes = 0;  ///< NaN where no file has it
   double endMinutes = 0;
   bool isCentroided = false;
+  bool isKindUnknown = false;               ///< whether it is centroided: damage hides what says so
   std::uint32_t points = 0;                 ///< the maximum number; ReadPoints needs room for it
   std::optional<double> totalIntensity;     ///< as stored beside the points
   std::optional<double> basePeakIntensity;  ///< as stored beside the points

@@ -9,11 +9,13 @@
 
 #include "plugin/report_server.h"
 #include "source/formats.h"
+#include "source/point_filter.h"
 #include "tests/support/temp_directory.h"
 
 namespace zrml::source {
 namespace {
 
+using namespace std::string_literals;
 using Doubles = std::vector<double>;
 using Lines = std::vector<std::string>;
 
@@ -255,6 +257,81 @@ TEST_F(ReportDamageTest, SampleEndsWhereTheNextBegins) {
   EXPECT_EQ(source_->SampleName(0), "Sample 1");
   EXPECT_EQ(source_->SampleName(1), "second");
   EXPECT_EQ(FindingOf(FindingCode::kSampleUnended).subject.sample, 1);
+}
+
+// The sound report with another line in place of one, from 1.
+Lines With(std::size_t line, const std::string& by) {
+  Lines lines = kSound;
+  lines[line - 1] = by;
+  return lines;
+}
+
+// Whether it is centroided: neither that it is, nor that it is not.
+TEST_F(ReportDamageTest, KindOfASpectrumMayBeHidden) {
+  for (const std::string& line :
+       {"Continuum FALS\0"s, "Continuum \0\0\0\0\0"s, "Conti\0uum FALSE"s, "\0\0"s}) {
+    SCOPED_TRACE(testing::PrintToString(line));
+    Open(With(21, line));
+    EXPECT_TRUE(source_->ScanAt(0, 0, 1).isKindUnknown);
+    EXPECT_FALSE(source_->ScanAt(0, 0, 1).isCentroided);
+    EXPECT_FALSE(IsProfile(source_->Functions(0)[0], source_->ScanAt(0, 0, 1)));
+    EXPECT_EQ(FindingOf(FindingCode::kBytesZeroed).first, 21U);
+    EXPECT_FALSE(source_->ScanAt(0, 0, 0).isKindUnknown) << "no zeros there, so it is continuum";
+  }
+  Open(CutBehind("Continuum FALSE"));
+  EXPECT_TRUE(source_->ScanAt(0, 0, 1).isKindUnknown);
+  EXPECT_EQ(FindingOf(FindingCode::kLineCut).first, 21U);
+  Open(With(20, "TIC \0"s));
+  EXPECT_FALSE(source_->ScanAt(0, 0, 1).isKindUnknown) << "its own line is there";
+  EXPECT_TRUE(source_->ScanAt(0, 0, 1).isCentroided);
+}
+
+TEST_F(ReportDamageTest, TypeOfAFunctionMayBeHidden) {
+  for (const std::string& line : {"Type MS\0\0\0"s, "Type \0\0"s, "T\0pe MS/MS"s, "\0\0\0"s}) {
+    SCOPED_TRACE(testing::PrintToString(line));
+    Open(With(5, line));
+    const Function& function = source_->Functions(0)[0];
+    EXPECT_FALSE(function.msLevel);
+    EXPECT_EQ(function.kind, FunctionKind::kOther);
+    EXPECT_EQ(function.monitoring, Monitoring::kNone);
+    EXPECT_FALSE(source_->FindPrecursor(0, 0, 1));
+    ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+  }
+  Open(With(5, "Type MS/MS \0"s));
+  EXPECT_EQ(source_->Functions(0)[0].msLevel, 2);
+  Open(With(12, "1\0"s));
+  EXPECT_EQ(source_->Functions(0)[0].msLevel, 2);
+}
+
+// Only what is ahead of the first block of a function can be in place of its type.
+TEST_F(ReportDamageTest, ZerosInABlockDoNotHideTheType) {
+  Lines lines = With(5, "Description d");
+  lines[11] = "1\0"s;
+  Open(lines);
+  EXPECT_EQ(source_->Functions(0)[0].msLevel, 1);
+}
+
+// A survey whose type is hidden may be of any level, so nothing comes from it.
+TEST_F(ReportDamageTest, NoPrecursorIsInAFunctionOfUnknownLevel) {
+  const Lines survey = Lines{"[FUNCTION]", "{", "Type MS"} + Part(6, 15) + Lines{"}"};
+  Open(Part(1, 2) + survey + Part(3, 29));
+  ASSERT_TRUE(source_->FindPrecursor(0, 1, 1));
+  Lines hidden = survey;
+  hidden[2] = "Type MS\0"s;
+  Open(Part(1, 2) + hidden + Part(3, 29));
+  EXPECT_FALSE(source_->FindPrecursor(0, 1, 1));
+}
+
+// It may say anything, and is not the TIC, which the first spectrum lacks.
+TEST_F(ReportDamageTest, TextOfAnUnknownKeyIsNoOtherKey) {
+  for (const char* const line : {"Comment as in STATIC 5", "Note: Time 5", "Remark BPI\tTIC 5"}) {
+    SCOPED_TRACE(line);
+    Open(Part(1, 9) + Lines{line} + Part(10, 29));
+    EXPECT_TRUE(source_->Findings().empty());
+    EXPECT_FALSE(source_->ScanAt(0, 0, 0).totalIntensity);
+    EXPECT_EQ(source_->ScanAt(0, 0, 0).minutes, 0.5);
+    ExpectPoints(0, {100.125, 200.25}, {1000, 505});
+  }
 }
 
 }  // namespace

@@ -458,6 +458,59 @@ TEST_F(ReportTest, FunctionOfUnknownTypeIsOther) {
   EXPECT_EQ(function["kindCode"], 0);
 }
 
+// Two spectra of products. Zeros are as long as what they are in place of.
+class ZeroedReportTest : public ReportTest {
+ protected:
+  std::string Zeroed(const std::string& what) {
+    const auto spectrum = [](const char* time) {
+      return SpectrumBlock(Keys({{"Time", time}, {"BPI", "100"}, {"Continuum", "FALSE"}}),
+                           {{100, 50}, {200, 100}});
+    };
+    std::string text =
+        ReportText(SampleBlock(FunctionBlock(Keys({{"Type", "MS/MS"}}) + spectrum("1") + spectrum("2"))));
+    text.replace(text.rfind(what), what.size(), what.size(), '\0');
+    std::ofstream(folder_ / "zeroed.rpt", std::ios::binary) << text;
+    return Path("zeroed.rpt");
+  }
+
+  static std::ptrdiff_t Count(const std::string& text, const std::string& part) {
+    std::ptrdiff_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+  }
+};
+
+TEST_F(ZeroedReportTest, KindOfASpectrumIsNotClaimed) {
+  const std::string path = Zeroed("FALSE");
+  EXPECT_EQ(Run({"check", path}).status, 7);
+  const std::string mzml = Run({"convert", path, "--damaged", "--stdout"}).output;
+  EXPECT_EQ(Count(mzml, "name=\"centroid spectrum\""), 1);
+  EXPECT_EQ(Count(mzml, "name=\"profile spectrum\""), 0);
+  EXPECT_EQ(Count(mzml, "name=\"spectrum representation\""), 1);
+  for (const char* const choice : {"--damaged", "--centroid"}) {  // peaks of peaks would be others
+    const ProcessResult mgf = Run({"convert", path, "--damaged", choice, "--format", "mgf", "--stdout"});
+    EXPECT_EQ(mgf.status, 0) << mgf.errors;
+    EXPECT_EQ(Count(mgf.output, "\n100 50\n200 100\n"), 2);
+  }
+  EXPECT_TRUE(json::parse(Run({"spectrum", path, "--scan", "2", "--json"}).output)["centroided"].is_null());
+}
+
+TEST_F(ZeroedReportTest, LevelOfAFunctionIsNotClaimed) {
+  const std::string path = Zeroed("/MS");
+  EXPECT_EQ(Run({"check", path}).status, 7);
+  const std::string mzml = Run({"convert", path, "--damaged", "--stdout"}).output;
+  EXPECT_EQ(Count(mzml, "<spectrum "), 2);
+  EXPECT_EQ(Count(mzml, "name=\"ms level\""), 0);
+  EXPECT_EQ(Count(mzml, "name=\"MS1 spectrum\"") + Count(mzml, "name=\"MSn spectrum\""), 0);
+  EXPECT_EQ(Run({"convert", path, "--damaged", "--format", "mgf", "--stdout"}).status, 2);
+  const json row = json::parse(Run({"info", path, "--json"}).output)["samples"][0]["functions"][0];
+  EXPECT_TRUE(row["msLevel"].is_null());
+  const std::string scans = Run({"scans", path}).output;
+  EXPECT_EQ(Count(scans, "\n"), 3);
+  const std::string leveled = Run({"scans", path, "--ms-level", "1-9"}).output;
+  EXPECT_LT(Count(leveled, "\n"), 3);
+}
+
 TEST_F(ReportTest, FileThatIsNoReportIsRefused) {
   std::ofstream(folder_ / "none.rpt", std::ios::binary) << "[FUNCTION]\n{\n}\n";
   ExpectFailure(Run({"info", Path("none.rpt")}), 4,

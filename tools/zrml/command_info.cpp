@@ -70,7 +70,8 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
   Value isCentroided;
   if (scans > 0) {
     minutes = ValueOrAbsent(RangeOf(source.Minutes(at.sample, at.function)));
-    isCentroided = source.ScanAt(at.sample, at.function, 0).isCentroided;
+    const source::Scan first = source.ScanAt(at.sample, at.function, 0);
+    if (!first.isKindUnknown) isCentroided = first.isCentroided;
   }
   const int driftBins = function.hasMobility ? source.DriftBinCount(at.sample, at.function) : 0;
   return {

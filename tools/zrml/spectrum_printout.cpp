@@ -49,7 +49,7 @@ std::vector<Attribute> ScanAttributes(const Function& function, const Scan& scan
       {"endMinutes", scan.endMinutes},
       {"msLevel", ValueOrAbsent(function.msLevel)},
       {"polarity", NameOf(function.polarity)},
-      {"centroided", scan.isCentroided},
+      {"centroided", scan.isKindUnknown ? Value() : Value(scan.isCentroided)},
   };
 }
 

@@ -61,7 +61,11 @@ Json FunctionJson(Source& source, int sample, int position) {
                {"traces", TracesJson(source.FunctionTraces(sample, position))},
                {"metadata", MetadataJson(source.FunctionMetadata(sample, position))}};
   json["minutes"] = scans > 0 ? RangeJson(ExtentOf(source.Minutes(sample, position))) : Json();
-  json["isCentroided"] = scans > 0 ? Json(source.ScanAt(sample, position, 0).isCentroided) : Json();
+  json["isCentroided"] = Json();
+  if (scans > 0) {
+    const source::Scan first = source.ScanAt(sample, position, 0);
+    if (!first.isKindUnknown) json["isCentroided"] = first.isCentroided;
+  }
   return json;
 }
 
