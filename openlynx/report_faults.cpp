@@ -285,16 +285,16 @@ class FaultSearch {
     }
   }
 
-  // A marker ends the list and the blocks that it is not meant to be inside. One of a sample is reported
-  // where samples are found, unless its line is the end of a list. Braces that are missing are so for all
-  // later markers of the sample, and count for the first.
+  // A marker ends the list and the blocks that it is not meant to be inside. Braces of blocks that are
+  // missing are so for all later markers of the sample, and count for the first. Blocks that are open at the
+  // marker of a sample are reported where samples are found.
   void LookForMissingBraces(const Marker& marker) {
     const int rank = RankOf(marker.text);
     const auto ended = std::find_if(open_.begin(), open_.end(),
                                     [&](const Open& open) { return IsOutside(rank, open.rank); });
-    const bool isInside = isInList_ || (ended != open_.end() && rank > 0);
     const std::int64_t missing = depth_ - rank;
-    if (isInside && missing > missing_) Add(FindingCode::kBraceMissing, number_, std::string(marker.text));
+    const bool isInside = ended != open_.end() && rank > 0 && missing > missing_;
+    if (isInList_ || isInside) Add(FindingCode::kBraceMissing, number_, std::string(marker.text));
     missing_ = missing;
     EndList();
     End(static_cast<std::size_t>(ended - open_.begin()));

@@ -153,6 +153,8 @@ TEST_F(ReportDamageTest, AnyMarkerEndsAList) {
     EXPECT_EQ(finding.first, 14U);
     EXPECT_EQ(finding.subject.sample, 1);
   }
+  Open(Part(1, 10) + Part(10, 29));
+  EXPECT_EQ(FindingOf(FindingCode::kBraceMissing).first, 11U) << "a list that has no brace at all";
   Open(Part(1, 13) + Lines{"[OTHER]", " [SPECTRUM]", "300 7"} + Part(14, 29));
   EXPECT_EQ(Read(0).count, 3U);
   EXPECT_EQ(intensities_, (Doubles{1000, 505, 70}));
