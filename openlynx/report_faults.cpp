@@ -290,14 +290,14 @@ class FaultSearch {
   // marker of a sample are reported where samples are found.
   void LookForMissingBraces(const Marker& marker) {
     const int rank = RankOf(marker.text);
-    const auto ended = std::find_if(open_.begin(), open_.end(),
-                                    [&](const Open& open) { return IsOutside(rank, open.rank); });
+    std::size_t left = open_.size();
+    while (left > 0 && IsOutside(rank, open_[left - 1].rank)) --left;
     const std::int64_t missing = depth_ - rank;
-    const bool isInside = ended != open_.end() && rank > 0 && missing > missing_;
+    const bool isInside = left < open_.size() && rank > 0 && missing > missing_;
     if (isInList_ || isInside) Add(FindingCode::kBraceMissing, number_, std::string(marker.text));
     missing_ = missing;
     EndList();
-    End(static_cast<std::size_t>(ended - open_.begin()));
+    End(left);
   }
 
   void Close() {
