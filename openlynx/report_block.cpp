@@ -45,10 +45,9 @@ constexpr Rank kRanks[] = {
 
 }  // namespace
 
-int RankOf(std::string_view line) {
-  if (line.front() != kBracket) return kNoRank;
+int RankOfMarker(std::string_view marker) {
   for (const Rank& each : kRanks) {
-    if (line.starts_with(each.marker)) return each.rank;
+    if (marker.starts_with(each.marker)) return each.rank;
   }
   return kNoRank;
 }

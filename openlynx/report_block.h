@@ -18,7 +18,10 @@ namespace zrml::openlynx {
 /// chromatograms, 3 for lists; kNoRank when the line begins with no marker.
 inline constexpr int kFunctionRank = 1;
 inline constexpr int kNoRank = 4;
-int RankOf(std::string_view line);
+int RankOfMarker(std::string_view marker);
+inline int RankOf(std::string_view line) {
+  return line.front() == report_format::kBracket ? RankOfMarker(line) : kNoRank;
+}
 
 /// Whether a marker is not meant to be inside a block. A function may be in another one, which then goes on.
 constexpr bool IsOutside(int marker, int block) {
