@@ -144,7 +144,9 @@ struct Finding {
   std::string problem = {};  ///< follows the file's name: "is missing, so the function has no scans"
   FindingSubject subject = {};
   std::uint64_t count = 1;  ///< how many scans, points, traces
-  std::uint64_t first = 0;  ///< number of the first one, from 1; 0 when they have no numbers
+  /// Number of the first one, from 1; 0 when they have no numbers. With kTimesReturn that of a record, in the
+  /// order of the index; with other codes about scans that of a scan, in order of time.
+  std::uint64_t first = 0;
   Numbers scans = {};       ///< that it is about; none when it is about the whole subject
 
   /// With their count and the first of them.

@@ -1,30 +1,35 @@
 #include "masslynx/scandata/omitted_offsets.h"
 
-#include <array>
-
 #include "common/bytes.h"
 #include "masslynx/scandata/scan_index_format.h"
 
 namespace zrml::masslynx {
 
-std::size_t OmittedOffsets::EndOf(std::span<const ScanIndexEntry> entries, std::size_t place) const {
-  const auto isOmitted = [&](std::size_t of) {
-    std::array<std::byte, sizeof(std::uint32_t)> offset = {};
-    const std::uint64_t at = std::uint64_t{of} * recordSize + scan_index_format::kDataOffset;
-    return index.ReadAt(at, offset) == offset.size() && LoadU32(offset.data()) == 0;
-  };
+bool OmittedOffsets::IsOmitted(std::size_t place) {
+  constexpr std::size_t kRecordsAtOnce = 4096;
+  if (place < blockBegin_ || (place - blockBegin_ + 1) * recordSize_ > blockSize_) {
+    block_.resize(kRecordsAtOnce * recordSize_);
+    blockBegin_ = place;
+    blockSize_ = index_.ReadAt(std::uint64_t{place} * recordSize_, block_);
+    if (blockSize_ < recordSize_) return false;
+  }
+  const std::size_t at = (place - blockBegin_) * recordSize_;
+  return LoadU32(block_.data() + at + scan_index_format::kDataOffset) == 0;
+}
+
+std::size_t OmittedOffsets::EndOf(std::span<const ScanIndexEntry> entries, std::size_t place) {
   std::size_t end = place + 1;
-  while (end < entries.size() && isOmitted(end)) ++end;
+  while (end < entries.size() && IsOmitted(end)) ++end;
   return end;
 }
 
 bool OmittedOffsets::IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const {
   const ScanIndexEntry& last = entries[end - 1];
-  const std::uint64_t begin = end < entries.size() ? entries[end].DataOffset() : dataSize;
-  return !last.HasLostOffset() && last.DataOffset() + unit.BytesOf(last.pointCount) < begin;
+  const std::uint64_t begin = end < entries.size() ? entries[end].DataOffset() : dataSize_;
+  return !last.HasLostOffset() && last.DataOffset() + unit_.BytesOf(last.pointCount) < begin;
 }
 
-Places OmittedOffsets::Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) const {
+Places OmittedOffsets::Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) {
   // In a sound file, however many scans are empty, the index need not be read again.
   std::size_t end = 1;
   while (end <= entries.size() && !IsShort(entries, end)) ++end;

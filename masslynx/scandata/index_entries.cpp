@@ -1,0 +1,170 @@
+#include "masslynx/scandata/index_entries.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+
+#include "common/bytes.h"
+#include "masslynx/scandata/point_unit_format.h"
+#include "masslynx/scandata/scan_index_format.h"
+
+namespace zrml::masslynx {
+namespace {
+
+namespace format = scan_index_format;
+
+class EntryReader {
+ public:
+  EntryReader(int dataFormat, IndexView view)
+      : unit_(point_unit_format::UnitOf(dataFormat)),
+        centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2),
+        view_(view) {}
+
+  // Where the entry is kept, since copies of half-written ones are slow.
+  void Read(const std::byte* record, bool first, ScanIndexEntry& entry) {
+    entry.dataOffset = LoadU32(record + format::kDataOffset);
+    if (!first && entry.dataOffset == 0) {
+      if (view_ == IndexView::kMeasured) {
+        constexpr std::uint64_t kLost = ScanIndexEntry::kLostOffset;
+        entry.SetDataOffset(isLost_ ? kLost : std::min(expectedOffset_, kLost));
+      } else {
+        entry.dataOffset = static_cast<std::uint32_t>(expectedOffset_);
+      }
+    } else if (isLost_) {
+      expectedOffset_ = entry.dataOffset;
+      isLost_ = false;
+    }
+    const std::uint32_t word = LoadU32(record + format::kPackedWord);
+    entry.pointCount = word & format::kPointCountMask;
+    entry.segment = (word >> format::kSegmentShift) & format::kSegmentMask;
+    entry.centroided =
+        (word & format::kCentroidStateGiven) != 0 ? (word & format::kProfile) == 0 : centroidedByDefault_;
+    entry.preCalibrated = (word & format::kPreCalibrated) != 0;
+    entry.totalIntensity = LoadF32(record + format::kTotalIntensity);
+    entry.retentionTime = LoadF32(record + format::kRetentionTime);
+    expectedOffset_ += unit_.BytesOf(entry.pointCount);
+  }
+
+  // Where the scan of an entry ends.
+  std::uint64_t EndOf(const ScanIndexEntry& entry) const {
+    return entry.DataOffset() + unit_.BytesOf(entry.pointCount);
+  }
+
+  // The record was lost. How many bytes its scan has is not known, so scans behind it have no offset until
+  // one has its own.
+  void Lose() { isLost_ = true; }
+
+ private:
+  point_unit_format::PointUnit unit_;
+  bool centroidedByDefault_;
+  IndexView view_;
+  // Where the next scan's points would be, were the scans back to back from 0.
+  std::uint64_t expectedOffset_ = 0;
+  bool isLost_ = false;
+};
+
+// A quick look at the entry leaves few records to look at.
+bool IsOfZeros(const ScanIndexEntry& entry, Bytes record) {
+  return entry.pointCount == 0 && entry.retentionTime == 0 && AreZeros(record);
+}
+
+}  // namespace
+
+bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
+  if (std::isnan(a.retentionTime) || std::isnan(b.retentionTime)) {
+    return !std::isnan(a.retentionTime) && std::isnan(b.retentionTime);
+  }
+  return a.retentionTime < b.retentionTime;
+}
+
+void Entries::Place(std::uint64_t scanEnd) {
+  const ScanIndexEntry& entry = list.back();
+  const std::size_t place = list.size() - 1;
+  inTimeOrder &= entry.retentionTime >= latest;
+  latest = entry.retentionTime;
+  haveTimes &= MayBeTime(latest);
+  areAllOfPoints &= entry.pointCount != 0;
+  areBackToBack &= entry.DataOffset() == end;
+  end = scanEnd;
+  if (entry.HasLostOffset()) {
+    unplaced.push_back(place);
+  } else {
+    inFileOrder &= !(entry.DataOffset() < reached);
+    reached = entry.DataOffset();
+  }
+}
+
+void Entries::PlaceZeros() {
+  zeroRecords.push_back(list.size() - 1);
+  list.back().totalIntensity = std::numeric_limits<float>::quiet_NaN();
+  list.back().SetDataOffset(reached);
+  Place(reached);
+  areBackToBack = false;
+}
+
+void Entries::FillFrom(StatisticsReader& statistics) {
+  if (!inFileOrder || !inTimeOrder || !zeroRecords.empty() || filled == list.size()) return;
+  statistics.Fill(list, filled);
+  filled = list.size();
+}
+
+void Entries::LookAtTimes() {
+  inTimeOrder = inTimeOrder || std::is_sorted(list.begin(), list.end(), EarlierTime);
+}
+
+void Entries::LoseFirst() {
+  list.front().totalIntensity = std::numeric_limits<float>::quiet_NaN();
+  zeroRecords.insert(zeroRecords.begin(), 0);
+}
+
+Places Entries::Doubtful() const {
+  Places places = untimed;
+  for (std::size_t place = 0; place < list.size() && !areAllOfPoints; ++place) {
+    if (list[place].pointCount == 0) places.push_back(place);
+  }
+  std::sort(places.begin(), places.end());
+  return places;
+}
+
+void Entries::DropZerosAndLostTimes() {
+  if (!MayLackTimes()) return;
+  while (dropped < zeroRecords.size() && zeroRecords[zeroRecords.size() - 1 - dropped] + 1 == list.size()) {
+    ++dropped;
+    list.pop_back();
+  }
+  untimed = StandInForLostTimes(list, zeroRecords);
+  inTimeOrder = false;
+  LookAtTimes();
+}
+
+Entries ReadEntries(const platform::File& file, std::size_t recordSize, std::size_t count, int dataFormat,
+                    IndexView view, StatisticsReader* statistics) {
+  constexpr std::size_t kRecordsAtOnce = 4096;
+  const bool isMeasured = view == IndexView::kMeasured;
+  Entries entries;
+  entries.list.reserve(count);
+  platform::PreferLargePages(entries.list.data(), count * sizeof(ScanIndexEntry));
+  std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
+  EntryReader reader(dataFormat, view);
+  while (entries.list.size() < count) {
+    const std::size_t wanted = std::min(count - entries.list.size(), kRecordsAtOnce) * recordSize;
+    const std::size_t read =
+        file.ReadAt(std::uint64_t{entries.list.size()} * recordSize, std::span(block).first(wanted));
+    for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
+      const bool isFirst = entries.list.empty();
+      ScanIndexEntry& entry = entries.list.emplace_back();
+      reader.Read(block.data() + at, isFirst, entry);
+      const bool isZeros = isMeasured && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
+      const bool isLost = isZeros && !isFirst;
+      isLost ? entries.PlaceZeros() : entries.Place(reader.EndOf(entry));
+      if (isLost) reader.Lose();
+      entries.beginsWithZeros = entries.beginsWithZeros || (isZeros && isFirst);
+    }
+    if (statistics != nullptr) entries.FillFrom(*statistics);
+    if (read < wanted) break;
+  }
+  if (!isMeasured) entries.LookAtTimes();
+  return entries;
+}
+
+}  // namespace zrml::masslynx

@@ -1,0 +1,71 @@
+// The records of a scan index, read in the order of the file, and what is seen of them on the way.
+// docs/scan-index.md
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "common/platform/platform.h"
+#include "masslynx/function_record.h"
+#include "masslynx/scandata/scan_index.h"
+#include "masslynx/scandata/scan_statistics.h"
+#include "masslynx/scandata/scan_times.h"
+
+namespace zrml::masslynx {
+
+/// Times that are not numbers are the latest.
+bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b);
+
+/// The entries of an index, and whether their data offsets and their times ascend.
+struct Entries {
+  std::vector<ScanIndexEntry> list;
+  bool inFileOrder = true;
+  bool inTimeOrder = true;
+  bool areBackToBack = true;  // each begins where the one before ends, the first at 0
+  std::uint64_t end = 0;      // of the last one
+  float latest = -std::numeric_limits<float>::infinity();
+  bool haveTimes = true;   // none has one that no run has
+  std::size_t filled = 0;  // with statistics, from the first on
+  // As measured:
+  Places zeroRecords;            // the first one only where its points are missing
+  std::size_t dropped = 0;       // of these, at the end of the index
+  Places untimed;                // that have a stand-in for their time
+  Places unplaced;               // without an offset, behind records that have lost their points to zeros
+  bool areAllOfPoints = true;    // no scan is empty
+  bool beginsWithZeros = false;  // the first record
+  std::uint64_t reached = 0;     // the last offset that is known
+
+  /// Looks at the last entry while it is still in the cache. Times that are not numbers are out of order for
+  /// now.
+  void Place(std::uint64_t scanEnd);
+
+  /// The last entry is without points, a total and a time, and at the place of the scan before.
+  void PlaceZeros();
+
+  /// While entries are still in the cache. Those behind one that will move are filled when it has moved.
+  void FillFrom(StatisticsReader& statistics);
+
+  std::size_t Records() const { return list.size() + dropped; }
+
+  bool MayLackTimes() const { return !inTimeOrder || !haveTimes || !zeroRecords.empty(); }
+
+  /// The quick look may have been wrong.
+  void LookAtTimes();
+
+  /// The first record is an empty scan at 0 minutes, unless its points are missing.
+  void LoseFirst();
+
+  /// Records that may have lost their number of points to zeros, which take a time, too, or leave no points.
+  Places Doubtful() const;
+
+  /// Records of zeros at the end are no scans; scans without a time get a stand-in.
+  void DropZerosAndLostTimes();
+};
+
+/// The entries of all whole records that can be read; no more than `count`. Some may have their statistics.
+Entries ReadEntries(const platform::File& file, std::size_t recordSize, std::size_t count, int dataFormat,
+                    IndexView view, StatisticsReader* statistics = nullptr);
+
+}  // namespace zrml::masslynx
