@@ -132,9 +132,21 @@ void Entries::DropZerosAndLostTimes() {
     ++dropped;
     list.pop_back();
   }
+  TakeRepresentationOfSoundRecord();
   untimed = StandInForLostTimes(list, zeroRecords);
+  const bool endsInFirst = dropped > 0 && list.size() == 1;
+  if (endsInFirst && untimed.empty() && list.front().retentionTime == 0) untimed.push_back(0);
   inTimeOrder = false;
   LookAtTimes();
+}
+
+void Entries::TakeRepresentationOfSoundRecord() {
+  std::size_t sound = 0;  // the first one; all before it are zeros
+  while (sound < zeroRecords.size() && zeroRecords[sound] == sound) ++sound;
+  if (sound == list.size()) return;
+  for (const std::size_t place : zeroRecords) {
+    if (place < list.size()) list[place].centroided = list[sound].centroided;
+  }
 }
 
 Entries ReadEntries(const platform::File& file, std::size_t recordSize, std::size_t count, int dataFormat,

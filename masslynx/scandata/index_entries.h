@@ -60,8 +60,13 @@ struct Entries {
   /// Records that may have lost their number of points to zeros, which take a time, too, or leave no points.
   Places Doubtful() const;
 
-  /// Records of zeros at the end are no scans; scans without a time get a stand-in.
+  /// Records of zeros at the end are no scans; scans without a time get a stand-in. Where zeros leave but one
+  /// record, they may begin in it: a time of 0 is lost, too.
   void DropZerosAndLostTimes();
+
+ private:
+  // Profile or centroids, which a record of zeros does not tell. All scans of a function are the same.
+  void TakeRepresentationOfSoundRecord();
 };
 
 /// The entries of all whole records that can be read; no more than `count`. Some may have their statistics.

@@ -26,7 +26,7 @@ std::size_t OmittedOffsets::EndOf(std::span<const ScanIndexEntry> entries, std::
 bool OmittedOffsets::IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const {
   const ScanIndexEntry& last = entries[end - 1];
   const std::uint64_t begin = end < entries.size() ? entries[end].DataOffset() : dataSize_;
-  return !last.HasLostOffset() && last.DataOffset() + unit_.BytesOf(last.pointCount) < begin;
+  return !last.HasLostOffset() && last.DataOffset() + unit_.BytesOf(last.pointCount) + unit_.bytes <= begin;
 }
 
 Places OmittedOffsets::Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) {

@@ -23,7 +23,8 @@ class OmittedOffsets {
   /// behind the last one.
   std::size_t EndOf(std::span<const ScanIndexEntry> entries, std::size_t place);
 
-  /// Whether the scans up to `end` stop before the next one begins, or before the data end.
+  /// Whether the scans up to `end` stop before the next one begins, or before the data end, by a point at
+  /// least: fewer bytes are of no scan.
   bool IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const;
 
   /// Takes the counted offsets off the scans with points behind each of `doubtful`, of whose records zeros

@@ -380,5 +380,63 @@ TEST(DamagedIndexTest, LostTimeAmongOmittedOffsets) {
   EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502: 102 202", kAll[2], kAll[3]}));
 }
 
+// An empty scan, and 5 bytes behind the last one, which are less than a point of 6: no scan has lost its
+// points. With 6 bytes it may be the second one that has.
+TEST(DamagedIndexTest, StrayBytesOfLessThanAPointAmongOmittedOffsets) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[1].index = {.retentionTime = 2};
+  raw.functions[0].scans[1].data = {};
+  const auto seeStray = [&](std::size_t bytes) {
+    const TempDirectory directory = raw.Build();
+    directory.Edit("_FUNC001.IDX", OmitOffsets);
+    directory.Edit("_FUNC001.DAT", [&](FileBytes& data) { data.resize(data.size() + bytes, std::byte{7}); });
+    const std::u8string path = directory.Path().u8string();
+    return ScansOf(*Source::Open({path.begin(), path.end()}));
+  };
+  EXPECT_EQ(seeStray(5), (Lines{kAll[0], "2 502:", kAll[2], kAll[3]}));
+  EXPECT_EQ(seeStray(6), (Lines{kAll[0], "2 502:", "3 503:", "4 504:"}));
+}
+
+// Of the first time, 1, the last byte is left at most, which is no time.
+TEST(DamagedIndexTest, ZerosFromInsideTheFirstRecord) {
+  for (const std::size_t from : {8, 12, 13, 14, 15}) {
+    const Seen seen = SeeZeros(from, 4 * kRecord - from);
+    EXPECT_EQ(
+        seen.findings,
+        (Lines{"index-zeroed: _FUNC001.IDX has zeros in place of the records of 3 of 4 scans; the first "
+               "is scan 2",
+               "times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 1",
+               "data-unreferenced: _FUNC001.DAT holds 36 bytes that no scan refers to"}))
+        << from;
+    EXPECT_EQ(seen.scans, Lines{"? 501: 101 201"}) << from;
+  }
+}
+
+// The zeros do not begin in the first record, so its time of 0 is as measured.
+TEST(DamagedIndexTest, LastRecordsOfZerosBehindATimeOfZero) {
+  const Seen seen = See(Products(), [](FileBytes& index) {
+    PatchF32(index, kTime, 0);
+    std::fill(index.begin() + 2 * static_cast<std::ptrdiff_t>(kRecord), index.end(), std::byte{0});
+  });
+  EXPECT_EQ(seen.scans, (Lines{"0 501: 101 201", kAll[1]}));
+}
+
+// Zeros do not tell that scans are of centroids; the other records do.
+TEST(DamagedIndexTest, RecordsOfZerosAreOfTheRepresentationOfOthers) {
+  RawDirectoryBuilder raw = Products();
+  for (ScanFiles& scan : raw.functions[0].scans) scan.index.centroidState = CentroidState::kCentroid;
+  for (const std::ptrdiff_t zeroed : {0, 2}) {
+    const TempDirectory directory = raw.Build();
+    directory.Edit("_FUNC001.IDX", [&](FileBytes& index) {
+      std::fill_n(index.begin() + zeroed * static_cast<std::ptrdiff_t>(kRecord), kRecord, std::byte{0});
+    });
+    const std::u8string path = directory.Path().u8string();
+    const auto source = Source::Open({path.begin(), path.end()});
+    ASSERT_EQ(source->ScanCount(0, 0), 4);
+    for (int scan = 0; scan < 4; ++scan)
+      EXPECT_TRUE(source->ScanAt(0, 0, scan).isCentroided) << zeroed << ' ' << scan;
+  }
+}
+
 }  // namespace
 }  // namespace zrml::source
