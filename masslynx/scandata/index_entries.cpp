@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <span>
 
 #include "common/bytes.h"
@@ -123,6 +124,13 @@ Places Entries::Doubtful() const {
     if (list[place].pointCount == 0) places.push_back(place);
   }
   std::sort(places.begin(), places.end());
+  return places;
+}
+
+Places Entries::WithoutTimeAndPoints() const {
+  Places places;
+  std::copy_if(untimed.begin(), untimed.end(), std::back_inserter(places),
+               [this](std::size_t place) { return list[place].pointCount == 0; });
   return places;
 }
 

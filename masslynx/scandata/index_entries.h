@@ -60,6 +60,9 @@ struct Entries {
   /// Records that may have lost their number of points to zeros, which take a time, too, or leave no points.
   Places Doubtful() const;
 
+  /// Those of them that have lost both.
+  Places WithoutTimeAndPoints() const;
+
   /// Records of zeros at the end are no scans; scans without a time get a stand-in. Where zeros leave but one
   /// record, they may begin in it: a time of 0 is lost, too.
   void DropZerosAndLostTimes();

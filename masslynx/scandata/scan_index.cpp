@@ -60,12 +60,16 @@ void LoseWhatIsZeroed(const platform::SystemPath& folder, const FunctionRecord& 
     if (entries.list[end - 1].HasLostOffset() || omitted.IsShort(entries.list, end)) entries.LoseFirst();
   }
   entries.DropZerosAndLostTimes();
-  const Places doubtful = hasPoints ? entries.Doubtful() : Places();
-  if (doubtful.empty()) return;
-  findData();
-  if (entries.dropped > 0) omitted.SetDataSize(0);  // the last bytes are of the scans that are gone
-  const Places lost = omitted.Lose(entries.list, doubtful);
-  entries.unplaced.insert(entries.unplaced.end(), lost.begin(), lost.end());
+  if (!hasPoints) return;
+  const auto lose = [&](const Places& doubtful, bool isEndKnown) {
+    if (doubtful.empty()) return;
+    isEndKnown ? findData() : omitted.SetDataSize(0);
+    const Places lost = omitted.Lose(entries.list, doubtful);
+    entries.unplaced.insert(entries.unplaced.end(), lost.begin(), lost.end());
+  };
+  // The last bytes are of the scans that are gone, if there are any. Only damaged records are doubted then.
+  lose(entries.Doubtful(), entries.dropped == 0);
+  if (entries.dropped > 0) lose(entries.WithoutTimeAndPoints(), true);
   std::sort(entries.unplaced.begin(), entries.unplaced.end());
 }
 

@@ -328,6 +328,25 @@ TEST(DamagedIndexTest, LastRecordOfZerosSaysNothingAboutEmptyScans) {
   EXPECT_EQ(seen.scans, (Lines{kAll[0], "2 502:", kAll[2]}));
 }
 
+// The second record has a total of 24, but neither points nor a time: it is damaged, and where the third scan
+// begins is not known, although the bytes left over at the end may all be of the fourth.
+TEST(DamagedIndexTest, LastRecordOfZerosHidesNoDamagedRecord) {
+  const Seen seen = See(Products(), [](FileBytes& index) {
+    OmitOffsets(index);
+    PatchU32(index, kRecord + 4, 0);
+    PatchF32(index, kRecord + kTime, 0);
+    std::fill_n(index.begin() + 3 * static_cast<std::ptrdiff_t>(kRecord), kRecord, std::byte{0});
+  });
+  EXPECT_EQ(
+      seen.findings,
+      (Lines{
+          "index-zeroed: _FUNC001.IDX has zeros in place of the records of 1 of 4 scans; the first is scan 4",
+          "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3",
+          "times-lost: _FUNC001.IDX has lost the times of 1 of 4 scans; the first is scan 2",
+          "data-unreferenced: _FUNC001.DAT holds 36 bytes that no scan refers to"}));
+  EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", "3 503:"}));
+}
+
 // Whatever the number of records that are read at once.
 TEST(DamagedIndexTest, LastRecordsOfZerosLeaveTheStatisticsToBeLookedAt) {
   for (const std::size_t sound : {4095U, 4096U, 4097U}) {
