@@ -78,9 +78,8 @@ bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
   return a.retentionTime < b.retentionTime;
 }
 
-void Entries::Place(std::uint64_t scanEnd) {
-  const ScanIndexEntry& entry = list.back();
-  const std::size_t place = list.size() - 1;
+void Entries::Place(std::size_t place, std::uint64_t scanEnd) {
+  const ScanIndexEntry& entry = list[place];
   inTimeOrder &= entry.retentionTime >= latest;
   latest = entry.retentionTime;
   haveTimes &= MayBeTime(latest);
@@ -95,11 +94,11 @@ void Entries::Place(std::uint64_t scanEnd) {
   }
 }
 
-void Entries::PlaceZeros() {
-  zeroRecords.push_back(list.size() - 1);
-  list.back().totalIntensity = std::numeric_limits<float>::quiet_NaN();
-  list.back().SetDataOffset(reached);
-  Place(reached);
+void Entries::PlaceZeros(std::size_t place) {
+  zeroRecords.push_back(place);
+  list[place].totalIntensity = std::numeric_limits<float>::quiet_NaN();
+  list[place].SetDataOffset(reached);
+  Place(place, reached);
   areBackToBack = false;
 }
 
@@ -167,16 +166,17 @@ Entries ReadEntries(const platform::File& file, std::size_t recordSize, std::siz
   std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
   EntryReader reader(dataFormat, view);
   while (entries.list.size() < count) {
-    const std::size_t wanted = std::min(count - entries.list.size(), kRecordsAtOnce) * recordSize;
-    const std::size_t read =
-        file.ReadAt(std::uint64_t{entries.list.size()} * recordSize, std::span(block).first(wanted));
-    for (std::size_t at = 0; read - at >= recordSize; at += recordSize) {
-      const bool isFirst = entries.list.empty();
-      ScanIndexEntry& entry = entries.list.emplace_back();
+    std::size_t place = entries.list.size();
+    const std::size_t wanted = std::min(count - place, kRecordsAtOnce) * recordSize;
+    const std::size_t read = file.ReadAt(std::uint64_t{place} * recordSize, std::span(block).first(wanted));
+    entries.list.resize(place + read / recordSize);
+    for (std::size_t at = 0; place < entries.list.size(); at += recordSize, ++place) {
+      const bool isFirst = place == 0;
+      ScanIndexEntry& entry = entries.list[place];
       reader.Read(block.data() + at, isFirst, entry);
       const bool isZeros = isMeasured && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
       const bool isLost = isZeros && !isFirst;
-      isLost ? entries.PlaceZeros() : entries.Place(reader.EndOf(entry));
+      isLost ? entries.PlaceZeros(place) : entries.Place(place, reader.EndOf(entry));
       if (isLost) reader.Lose();
       entries.beginsWithZeros = entries.beginsWithZeros || (isZeros && isFirst);
     }

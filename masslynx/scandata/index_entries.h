@@ -37,12 +37,12 @@ struct Entries {
   bool beginsWithZeros = false;  // the first record
   std::uint64_t reached = 0;     // the last offset that is known
 
-  /// Looks at the last entry while it is still in the cache. Times that are not numbers are out of order for
+  /// Looks at an entry while it is still in the cache. Times that are not numbers are out of order for
   /// now.
-  void Place(std::uint64_t scanEnd);
+  void Place(std::size_t place, std::uint64_t scanEnd);
 
-  /// The last entry is without points, a total and a time, and at the place of the scan before.
-  void PlaceZeros();
+  /// Such an entry is without points, a total and a time, and begins where the scan before does.
+  void PlaceZeros(std::size_t place);
 
   /// While entries are still in the cache. Those behind one that will move are filled when it has moved.
   void FillFrom(StatisticsReader& statistics);
