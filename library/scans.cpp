@@ -1,6 +1,5 @@
 // Scans one by one and as a table, and their points.
 #include <algorithm>
-#include <array>
 #include <span>
 
 #include "common/platform/platform.h"
@@ -31,36 +30,6 @@ zrml_scan RecordOf(const source::Scan& scan, int position) {
 template <class Value, class Given>
 void Set(Value* column, std::size_t row, Given value) {
   if (column != nullptr) column[row] = static_cast<Value>(value);
-}
-
-// `get` gives the value of a scan.
-template <class Value, class Get>
-void SetRows(Value* column, std::size_t row, std::span<const source::Scan> scans, Get get) {
-  if (column == nullptr) return;
-  for (const source::Scan& scan : scans) column[row++] = static_cast<Value>(get(scan));
-}
-
-bool WantsMoreThanTimes(const zrml_scan_table& table) {
-  return table.end_minutes != nullptr || table.points != nullptr || table.is_centroided != nullptr ||
-         table.total_intensity != nullptr || table.base_peak_mz != nullptr ||
-         table.base_peak_intensity != nullptr || table.precursor_mz != nullptr || table.scan_value != nullptr;
-}
-
-// Column by column, each in a loop of few steps.
-void SetFromScans(const zrml_scan_table& table, std::size_t row, std::span<const source::Scan> scans) {
-  using source::Scan;
-  SetRows(table.minutes, row, scans, [](const Scan& scan) { return scan.minutes; });
-  SetRows(table.end_minutes, row, scans, [](const Scan& scan) { return scan.endMinutes; });
-  SetRows(table.points, row, scans, [](const Scan& scan) { return scan.points; });
-  SetRows(table.is_centroided, row, scans, [](const Scan& scan) { return scan.isCentroided; });
-  SetRows(table.total_intensity, row, scans,
-          [](const Scan& scan) { return scan.totalIntensity.value_or(kAbsent); });
-  SetRows(table.base_peak_mz, row, scans, [](const Scan&) { return kAbsent; });
-  SetRows(table.base_peak_intensity, row, scans,
-          [](const Scan& scan) { return scan.basePeakIntensity.value_or(kAbsent); });
-  SetRows(table.precursor_mz, row, scans,
-          [](const Scan& scan) { return scan.precursorMz.value_or(kAbsent); });
-  SetRows(table.scan_value, row, scans, [](const Scan& scan) { return scan.scanValue.value_or(kAbsent); });
 }
 
 void SetFromPoints(const zrml_scan_table& table, std::size_t row, const source::PointsRead& read,
@@ -100,21 +69,22 @@ void PreferLargePages(const zrml_scan_table& table, int count) {
 }
 
 void FillFromIndex(Source& source, const Rows& rows, const zrml_scan_table& table) {
-  for (int i = 0; i < rows.count; ++i) Set(table.number, static_cast<std::size_t>(i), rows.first + i + 1);
-  if (WantsMoreThanTimes(table)) {
-    // Few at a time, so that they stay where the processor has them at hand.
-    std::array<source::Scan, 64> scans;
-    for (int done = 0; done < rows.count;) {
-      const auto some =
-          std::span(scans).first(std::min(scans.size(), static_cast<std::size_t>(rows.count - done)));
-      source.ReadScans(rows.sample, rows.function, rows.first + done, some);
-      SetFromScans(table, static_cast<std::size_t>(done), some);
-      done += static_cast<int>(some.size());
-    }
-  } else if (table.minutes != nullptr) {
-    const std::vector<double> minutes = source.Minutes(rows.sample, rows.function);
-    std::copy_n(minutes.begin() + rows.first, rows.count, table.minutes);
-  }
+  const auto count = static_cast<std::size_t>(rows.count);
+  const auto wanted = [count]<class Value>(Value* column) {
+    return std::span<Value>(column, column != nullptr ? count : 0);
+  };
+  int number = rows.first;
+  for (std::int32_t& each : wanted(table.number)) each = ++number;
+  std::ranges::fill(wanted(table.base_peak_mz), kAbsent);
+  source.ReadScans(rows.sample, rows.function, rows.first, rows.count,
+                   {.minutes = wanted(table.minutes),
+                    .endMinutes = wanted(table.end_minutes),
+                    .areCentroided = wanted(table.is_centroided),
+                    .points = wanted(table.points),
+                    .totalIntensities = wanted(table.total_intensity),
+                    .basePeakIntensities = wanted(table.base_peak_intensity),
+                    .precursorMz = wanted(table.precursor_mz),
+                    .scanValues = wanted(table.scan_value)});
 }
 
 void FillFromPoints(Source& source, const Rows& rows, const zrml_scan_table& table,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -254,50 +255,63 @@ int RawSource::ScanCount(int, int function) {
 
 namespace {
 
-// Describes the scans of a function.
-class Describer {
- public:
-  explicit Describer(const FunctionRecord& record) : record_(record), method_(record), points_(record) {}
+constexpr float kAbsent = std::numeric_limits<float>::quiet_NaN();
 
-  // Where the scan is kept, since copies of half-written ones are slow.
-  void Describe(std::size_t position, Scan& scan) const {
-    const ScanIndexEntry& entry = record_.scanIndex[position];
-    const masslynx::ScanFacts facts = masslynx::FactsOf(method_, entry);
-    scan.minutes = entry.retentionTime;
-    scan.endMinutes = facts.endMinutes;
-    scan.isCentroided = entry.centroided;
-    scan.points = static_cast<std::uint32_t>(points_.At(position));
-    scan.totalIntensity = entry.totalIntensity;
-    scan.basePeakIntensity.reset();
-    scan.precursorMz = facts.precursorMass;
-    scan.isPrecursorOfMethod = facts.isPrecursorOfMethod;
-    scan.scanValue = facts.value;
-  }
+// `get` gives the value of an entry.
+template <class Value, class Get>
+void FillColumn(std::span<Value> column, std::size_t row, std::span<const ScanIndexEntry> entries, Get get) {
+  if (column.empty()) return;
+  for (const ScanIndexEntry& entry : entries) column[row++] = static_cast<Value>(get(entry));
+}
 
- private:
-  const FunctionRecord& record_;
-  masslynx::MethodFacts method_;
-  masslynx::PointCounts points_;
-};
+float OrAbsent(const std::optional<float>& value) { return value.value_or(kAbsent); }
 
 }  // namespace
 
 Scan RawSource::ScanAt(int, int function, int scan) {
   const FunctionRecord& record = LoadedAt(PositionOf(function));
-  EntryOf(record, scan);
+  const ScanIndexEntry& entry = EntryOf(record, scan);
+  const masslynx::ScanFacts facts = masslynx::FactsOf(record, entry);
   Scan result;
-  Describer(record).Describe(static_cast<std::size_t>(scan), result);
+  result.minutes = entry.retentionTime;
+  result.endMinutes = facts.endMinutes;
+  result.isCentroided = entry.centroided;
+  result.points =
+      static_cast<std::uint32_t>(masslynx::PointCounts(record).At(static_cast<std::size_t>(scan)));
+  result.totalIntensity = entry.totalIntensity;
+  result.precursorMz = facts.precursorMass;
+  result.isPrecursorOfMethod = facts.isPrecursorOfMethod;
+  result.scanValue = facts.value;
   return result;
 }
 
-void RawSource::ReadScans(int, int function, int first, std::span<Scan> scans) {
+// Column by column, each in a loop of few steps; few entries at a time, so that they stay where the processor
+// has them at hand.
+void RawSource::ReadScans(int, int function, int first, int count, const ScanColumns& columns) {
+  constexpr std::size_t kAtOnce = 256;
   const FunctionRecord& record = LoadedAt(PositionOf(function));
-  if (scans.empty()) return;
+  if (count == 0) return;
   EntryOf(record, first);
-  EntryOf(record, first + static_cast<int>(scans.size()) - 1);
-  const Describer describer(record);
-  auto position = static_cast<std::size_t>(first);
-  for (Scan& scan : scans) describer.Describe(position++, scan);
+  EntryOf(record, first + count - 1);
+  const masslynx::MethodFacts method(record);
+  const masslynx::PointCounts points(record);
+  const auto begin = static_cast<std::size_t>(first);
+  const auto all = std::span(record.scanIndex).subspan(begin, static_cast<std::size_t>(count));
+  for (std::size_t row = 0; row < all.size(); row += kAtOnce) {
+    const auto some = all.subspan(row, std::min(kAtOnce, all.size() - row));
+    const auto fill = [&](auto column, auto get) { FillColumn(column, row, some, get); };
+    using Entry = ScanIndexEntry;
+    fill(columns.minutes, [](const Entry& entry) { return entry.retentionTime; });
+    fill(columns.endMinutes, [&](const Entry& entry) { return FactsOf(method, entry).endMinutes; });
+    fill(columns.areCentroided, [](const Entry& entry) { return entry.centroided ? 1 : 0; });
+    std::size_t scan = begin + row;
+    fill(columns.points, [&](const Entry&) { return points.At(scan++); });
+    fill(columns.totalIntensities, [](const Entry& entry) { return entry.totalIntensity; });
+    fill(columns.basePeakIntensities, [](const Entry&) { return kAbsent; });
+    fill(columns.precursorMz,
+         [&](const Entry& entry) { return OrAbsent(FactsOf(method, entry).precursorMass); });
+    fill(columns.scanValues, [&](const Entry& entry) { return OrAbsent(FactsOf(method, entry).value); });
+  }
 }
 
 std::vector<double> RawSource::Minutes(int, int function) {

@@ -31,7 +31,7 @@ class RawSource : public Source {
   std::span<const Function> Functions(int) override { return functions_; }
   int ScanCount(int sample, int function) override;
   Scan ScanAt(int sample, int function, int scan) override;
-  void ReadScans(int sample, int function, int first, std::span<Scan> scans) override;
+  void ReadScans(int sample, int function, int first, int count, const ScanColumns& columns) override;
   std::vector<double> Minutes(int sample, int function) override;
 
   PointsRead ReadPoints(int sample, int function, int scan, std::span<double> mz,

@@ -78,8 +78,38 @@ std::unique_ptr<Source> Source::Open(const std::string& path) {
 
 std::string Source::ScanProcess(int, int, int) { return {}; }
 
-void Source::ReadScans(int sample, int function, int first, std::span<Scan> scans) {
-  for (Scan& scan : scans) scan = ScanAt(sample, function, first++);
+namespace {
+
+bool AreTimesAlone(const ScanColumns& columns) {
+  return columns.endMinutes.empty() && columns.areCentroided.empty() && columns.points.empty() &&
+         columns.totalIntensities.empty() && columns.basePeakIntensities.empty() &&
+         columns.precursorMz.empty() && columns.scanValues.empty();
+}
+
+}  // namespace
+
+void Source::ReadScans(int sample, int function, int first, int count, const ScanColumns& columns) {
+  if (AreTimesAlone(columns)) {
+    if (columns.minutes.empty()) return;
+    const std::vector<double> minutes = Minutes(sample, function);
+    std::copy_n(minutes.begin() + first, count, columns.minutes.begin());
+    return;
+  }
+  constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
+  for (std::size_t row = 0; row < static_cast<std::size_t>(count); ++row) {
+    const Scan scan = ScanAt(sample, function, first + static_cast<int>(row));
+    const auto set = [row](auto column, auto value) {
+      if (!column.empty()) column[row] = value;
+    };
+    set(columns.minutes, scan.minutes);
+    set(columns.endMinutes, scan.endMinutes);
+    set(columns.areCentroided, static_cast<std::uint8_t>(scan.isCentroided));
+    set(columns.points, scan.points);
+    set(columns.totalIntensities, scan.totalIntensity.value_or(kAbsent));
+    set(columns.basePeakIntensities, scan.basePeakIntensity.value_or(kAbsent));
+    set(columns.precursorMz, scan.precursorMz.value_or(kAbsent));
+    set(columns.scanValues, scan.scanValue.value_or(kAbsent));
+  }
 }
 
 PointsRead Source::ReadPoints(int sample, int function, int scan, std::vector<double>& mz,

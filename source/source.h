@@ -81,6 +81,19 @@ struct Scan {
   std::optional<double> scanValue;          ///< the scan's additional value (cone voltage and the like)
 };
 
+/// What ScanAt() tells of scans in a row, an array for each value, NaN where no file has it. Arrays have as
+/// many places as there are scans; empty ones are not filled.
+struct ScanColumns {
+  std::span<double> minutes = {};
+  std::span<double> endMinutes = {};
+  std::span<std::uint8_t> areCentroided = {};  ///< 1 or 0
+  std::span<std::uint32_t> points = {};
+  std::span<double> totalIntensities = {};
+  std::span<double> basePeakIntensities = {};
+  std::span<double> precursorMz = {};
+  std::span<double> scanValues = {};
+};
+
 /// The number of points read, and the number of lost ones: declared by the index, but missing or zeroed in
 /// the file, or without masses; at least 1 of a scan that has a total and no points. Of a report those whose
 /// numbers are hidden by decimal commas.
@@ -156,8 +169,8 @@ class Source {
   virtual int ScanCount(int sample, int function) = 0;
   /// Reads no points.
   virtual Scan ScanAt(int sample, int function, int scan) = 0;
-  /// The same for as many scans as there is room for, from `first` on.
-  virtual void ReadScans(int sample, int function, int first, std::span<Scan> scans);
+  /// The same for `count` scans, from `first` on.
+  virtual void ReadScans(int sample, int function, int first, int count, const ScanColumns& columns);
   /// How a spectrum of a report was made ("Combine (5:9-1:3)"); empty where no file has it.
   virtual std::string ScanProcess(int sample, int function, int scan);
   /// Over all scans; reads no points.

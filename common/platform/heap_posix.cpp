@@ -15,10 +15,12 @@ void PreferLargePages(void* memory, std::size_t bytes) noexcept {
   constexpr std::uintptr_t kPage = 4096;
   constexpr std::size_t kLittle = std::size_t{1} << 21;
   if (bytes < kLittle) return;
-  // All pages with some of it: a large page may reach from one array into the next one.
-  const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % kPage;
+  // All pages with some of it, and on to the end of the last large one: that may reach into the next array.
+  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+  const std::size_t before = begin % kPage;
+  const std::size_t behind = (kLittle - (begin + bytes) % kLittle) % kLittle;
   const int error = errno;
-  ::madvise(static_cast<char*>(memory) - before, before + bytes, MADV_HUGEPAGE);
+  ::madvise(static_cast<char*>(memory) - before, before + bytes + behind, MADV_HUGEPAGE);
   errno = error;  // a refusal changes nothing
 #else
   static_cast<void>(memory);

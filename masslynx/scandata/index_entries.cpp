@@ -14,18 +14,56 @@ namespace {
 
 namespace format = scan_index_format;
 
+// Times that are not numbers are out of order for now.
+void LookAt(const ScanIndexEntry& entry, std::uint64_t scanEnd, EntryOrder& order) {
+  order.inTimeOrder &= entry.retentionTime >= order.latest;
+  order.latest = entry.retentionTime;
+  order.haveTimes &= MayBeTime(order.latest);
+  order.areAllOfPoints &= entry.pointCount != 0;
+  order.areBackToBack &= entry.DataOffset() == order.end;
+  order.end = scanEnd;
+  if (entry.HasLostOffset()) return;
+  order.inFileOrder &= !(entry.DataOffset() < order.reached);
+  order.reached = entry.DataOffset();
+}
+
+// A quick look at the entry leaves few records to look at.
+bool IsOfZeros(const ScanIndexEntry& entry, Bytes record) {
+  return entry.pointCount == 0 && entry.retentionTime == 0 && AreZeros(record);
+}
+
 class EntryReader {
  public:
-  EntryReader(int dataFormat, IndexView view)
-      : unit_(point_unit_format::UnitOf(dataFormat)),
+  EntryReader(std::size_t recordSize, int dataFormat, IndexView view)
+      : recordSize_(recordSize),
+        unit_(point_unit_format::UnitOf(dataFormat)),
         centroidedByDefault_(dataFormat >= 0 && dataFormat <= 2),
-        view_(view) {}
+        isMeasured_(view == IndexView::kMeasured) {}
 
+  // The next records, each looked at while it is in the cache.
+  void Add(Bytes records, Entries& entries) {
+    std::size_t place = entries.list.size();
+    entries.list.resize(place + records.size() / recordSize_);
+    EntryOrder order = entries;  // a copy, which shares no memory with the list
+    for (; place < entries.list.size(); ++place, records = records.subspan(recordSize_)) {
+      ScanIndexEntry& entry = entries.list[place];
+      Read(records.data(), place == 0, entry);
+      if (isMeasured_ && IsOfZeros(entry, records.first(recordSize_))) {
+        entries.beginsWithZeros = entries.beginsWithZeros || place == 0;
+        if (place > 0) Lose(entry, place, order, entries.zeroRecords);
+      }
+      if (entry.HasLostOffset()) entries.unplaced.push_back(place);
+      LookAt(entry, entry.DataOffset() + unit_.BytesOf(entry.pointCount), order);
+    }
+    static_cast<EntryOrder&>(entries) = order;
+  }
+
+ private:
   // Where the entry is kept, since copies of half-written ones are slow.
   void Read(const std::byte* record, bool first, ScanIndexEntry& entry) {
     entry.dataOffset = LoadU32(record + format::kDataOffset);
     if (!first && entry.dataOffset == 0) {
-      if (view_ == IndexView::kMeasured) {
+      if (isMeasured_) {
         constexpr std::uint64_t kLost = ScanIndexEntry::kLostOffset;
         entry.SetDataOffset(isLost_ ? kLost : std::min(expectedOffset_, kLost));
       } else {
@@ -46,28 +84,24 @@ class EntryReader {
     expectedOffset_ += unit_.BytesOf(entry.pointCount);
   }
 
-  // Where the scan of an entry ends.
-  std::uint64_t EndOf(const ScanIndexEntry& entry) const {
-    return entry.DataOffset() + unit_.BytesOf(entry.pointCount);
+  // The scan is without points, a total and a time, and begins where the scan before does. How many bytes it
+  // had is not known, so scans behind it have no offset until one has its own.
+  void Lose(ScanIndexEntry& entry, std::size_t place, EntryOrder& order, Places& zeroRecords) {
+    zeroRecords.push_back(place);
+    entry.totalIntensity = std::numeric_limits<float>::quiet_NaN();
+    entry.SetDataOffset(order.reached);
+    order.areBackToBack = false;
+    isLost_ = true;
   }
 
-  // The record was lost. How many bytes its scan has is not known, so scans behind it have no offset until
-  // one has its own.
-  void Lose() { isLost_ = true; }
-
- private:
+  std::size_t recordSize_;
   point_unit_format::PointUnit unit_;
   bool centroidedByDefault_;
-  IndexView view_;
+  bool isMeasured_;
   // Where the next scan's points would be, were the scans back to back from 0.
   std::uint64_t expectedOffset_ = 0;
-  bool isLost_ = false;
+  bool isLost_ = false;  // the record before, and no offset behind it is known
 };
-
-// A quick look at the entry leaves few records to look at.
-bool IsOfZeros(const ScanIndexEntry& entry, Bytes record) {
-  return entry.pointCount == 0 && entry.retentionTime == 0 && AreZeros(record);
-}
 
 }  // namespace
 
@@ -76,30 +110,6 @@ bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b) {
     return !std::isnan(a.retentionTime) && std::isnan(b.retentionTime);
   }
   return a.retentionTime < b.retentionTime;
-}
-
-void Entries::Place(std::size_t place, std::uint64_t scanEnd) {
-  const ScanIndexEntry& entry = list[place];
-  inTimeOrder &= entry.retentionTime >= latest;
-  latest = entry.retentionTime;
-  haveTimes &= MayBeTime(latest);
-  areAllOfPoints &= entry.pointCount != 0;
-  areBackToBack &= entry.DataOffset() == end;
-  end = scanEnd;
-  if (entry.HasLostOffset()) {
-    unplaced.push_back(place);
-  } else {
-    inFileOrder &= !(entry.DataOffset() < reached);
-    reached = entry.DataOffset();
-  }
-}
-
-void Entries::PlaceZeros(std::size_t place) {
-  zeroRecords.push_back(place);
-  list[place].totalIntensity = std::numeric_limits<float>::quiet_NaN();
-  list[place].SetDataOffset(reached);
-  Place(place, reached);
-  areBackToBack = false;
 }
 
 void Entries::FillFrom(StatisticsReader& statistics) {
@@ -159,31 +169,20 @@ void Entries::TakeRepresentationOfSoundRecord() {
 Entries ReadEntries(const platform::File& file, std::size_t recordSize, std::size_t count, int dataFormat,
                     IndexView view, StatisticsReader* statistics) {
   constexpr std::size_t kRecordsAtOnce = 4096;
-  const bool isMeasured = view == IndexView::kMeasured;
   Entries entries;
   entries.list.reserve(count);
   platform::PreferLargePages(entries.list.data(), count * sizeof(ScanIndexEntry));
   std::vector<std::byte> block(std::min(count, kRecordsAtOnce) * recordSize);
-  EntryReader reader(dataFormat, view);
+  EntryReader reader(recordSize, dataFormat, view);
   while (entries.list.size() < count) {
-    std::size_t place = entries.list.size();
+    const std::size_t place = entries.list.size();
     const std::size_t wanted = std::min(count - place, kRecordsAtOnce) * recordSize;
     const std::size_t read = file.ReadAt(std::uint64_t{place} * recordSize, std::span(block).first(wanted));
-    entries.list.resize(place + read / recordSize);
-    for (std::size_t at = 0; place < entries.list.size(); at += recordSize, ++place) {
-      const bool isFirst = place == 0;
-      ScanIndexEntry& entry = entries.list[place];
-      reader.Read(block.data() + at, isFirst, entry);
-      const bool isZeros = isMeasured && IsOfZeros(entry, Bytes(block).subspan(at, recordSize));
-      const bool isLost = isZeros && !isFirst;
-      isLost ? entries.PlaceZeros(place) : entries.Place(place, reader.EndOf(entry));
-      if (isLost) reader.Lose();
-      entries.beginsWithZeros = entries.beginsWithZeros || (isZeros && isFirst);
-    }
+    reader.Add(Bytes(block).first(read), entries);
     if (statistics != nullptr) entries.FillFrom(*statistics);
     if (read < wanted) break;
   }
-  if (!isMeasured) entries.LookAtTimes();
+  if (view == IndexView::kOfSlots) entries.LookAtTimes();
   return entries;
 }
 

@@ -18,31 +18,28 @@ namespace zrml::masslynx {
 /// Times that are not numbers are the latest.
 bool EarlierTime(const ScanIndexEntry& a, const ScanIndexEntry& b);
 
-/// The entries of an index, and whether their data offsets and their times ascend.
-struct Entries {
-  std::vector<ScanIndexEntry> list;
-  bool inFileOrder = true;
-  bool inTimeOrder = true;
-  bool areBackToBack = true;  // each begins where the one before ends, the first at 0
-  std::uint64_t end = 0;      // of the last one
+/// What a look at each entry in turn shows.
+struct EntryOrder {
+  bool inFileOrder = true;     // data offsets ascend
+  bool inTimeOrder = true;     // times ascend
+  bool areBackToBack = true;   // each begins where the one before ends, the first at 0
+  bool haveTimes = true;       // none has one that no run has
+  bool areAllOfPoints = true;  // no scan is empty
+  std::uint64_t end = 0;       // of the last one
+  std::uint64_t reached = 0;   // the last offset that is known
   float latest = -std::numeric_limits<float>::infinity();
-  bool haveTimes = true;   // none has one that no run has
+};
+
+/// The entries of an index, and whether their data offsets and their times ascend.
+struct Entries : EntryOrder {
+  std::vector<ScanIndexEntry> list;
   std::size_t filled = 0;  // with statistics, from the first on
   // As measured:
   Places zeroRecords;            // the first one only where its points are missing
   std::size_t dropped = 0;       // of these, at the end of the index
   Places untimed;                // that have a stand-in for their time
   Places unplaced;               // without an offset, behind records that have lost their points to zeros
-  bool areAllOfPoints = true;    // no scan is empty
   bool beginsWithZeros = false;  // the first record
-  std::uint64_t reached = 0;     // the last offset that is known
-
-  /// Looks at an entry while it is still in the cache. Times that are not numbers are out of order for
-  /// now.
-  void Place(std::size_t place, std::uint64_t scanEnd);
-
-  /// Such an entry is without points, a total and a time, and begins where the scan before does.
-  void PlaceZeros(std::size_t place);
 
   /// While entries are still in the cache. Those behind one that will move are filled when it has moved.
   void FillFrom(StatisticsReader& statistics);

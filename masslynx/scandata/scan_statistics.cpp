@@ -97,8 +97,8 @@ void FillEntry(At at, const ItemOffsets& items, ScanIndexEntry& entry) {
 }
 
 // Whether a scan has what moves masses, or a precursor.
-bool HasValues(const ScanIndexEntry& scan, const ItemOffsets& items) {
-  return scan.temperatureValid || (items.precursorFlags != 0 && HasOwnPrecursor(scan));
+bool HasValues(const ScanIndexEntry& scan, bool hasPrecursors) {
+  return scan.temperatureValid || (hasPrecursors && HasOwnPrecursor(scan));
 }
 
 // No instrument has precursors of less than one m/z or of more than this.
@@ -191,12 +191,27 @@ void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first
   const ItemOffsets items = items_;  // which no entry can change
   ForEachBlock(file_, place_, first, entries.size(), [&](const Block& block) {
     for (std::size_t i = 0; i < block.count; ++i) FillFrom(block.Record(i), items, entries[block.first + i]);
-    for (std::size_t i = block.first; i < block.first + block.count; ++i) {
-      ++(HasValues(entries[i], items) ? have_ : lack_);
-      haveOneCalibration_ = haveOneCalibration_ && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
-      arePossible_ = arePossible_ && MayBe(entries[i], function_.calTemperature);
-    }
+    LookAt(entries, block.first, block.count);
   });
+}
+
+// While they are in the cache.
+void StatisticsReader::LookAt(std::span<const ScanIndexEntry> entries, std::size_t first, std::size_t count) {
+  // Not members, which entries might share memory with.
+  const bool hasPrecursors = items_.precursorFlags != 0;
+  const float reference = function_.calTemperature;
+  std::size_t have = 0;
+  bool haveOneCalibration = haveOneCalibration_;
+  bool arePossible = arePossible_;
+  for (std::size_t i = first; i < first + count; ++i) {
+    have += HasValues(entries[i], hasPrecursors) ? 1U : 0U;
+    haveOneCalibration = haveOneCalibration && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
+    arePossible = arePossible && MayBe(entries[i], reference);
+  }
+  have_ += have;
+  lack_ += count - have;
+  haveOneCalibration_ = haveOneCalibration;
+  arePossible_ = arePossible;
 }
 
 void StatisticsReader::NoticeRefusal(std::string* refusal) const {
@@ -306,7 +321,7 @@ Problem ZerosAmongValues(const platform::File& file, const Header& header, const
     const bool isBehindZeros = std::exchange(isOfZeros, AreZeros(record));
     if (isOfZeros) zeros.Add(i + 1);
     haveValues = haveValues && (isOfZeros || !isCut);
-    const bool hasValues = HasValues(entry, items);
+    const bool hasValues = HasValues(entry, items.precursorFlags != 0);
     valued += hasValues;
     cut += !hasValues && !isOfZeros && isBehindZeros;
     isCut = !hasValues && !isOfZeros && !isBehindZeros;

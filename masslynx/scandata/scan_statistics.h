@@ -59,6 +59,8 @@ class StatisticsReader {
   };
 
  private:
+  void LookAt(std::span<const ScanIndexEntry> entries, std::size_t first, std::size_t count);
+
   const platform::SystemPath& folder_;
   const FunctionRecord& function_;
   platform::File file_;

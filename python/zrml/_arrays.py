@@ -23,9 +23,10 @@ _new_bytes.restype = ctypes.py_object
 _new_bytes.argtypes = (ctypes.c_void_p, ctypes.c_ssize_t)
 
 FLOAT = np.dtype(np.float64)
-_INTEGER = np.dtype(np.int32)
+INTEGER = np.dtype(np.int32)
 _EMPTY: FloatArray = np.frombuffer(bytes(FLOAT.itemsize), FLOAT)[:0]
-_EMPTY_INTEGERS: AnyArray = np.frombuffer(bytes(_INTEGER.itemsize), _INTEGER)[:0]
+
+_LARGE_PAGE = 1 << 21  # bytes
 
 
 def _room(size: int) -> bytes:
@@ -39,9 +40,19 @@ def room_for(count: int) -> bytes:
     return _room(8 * count)
 
 
-def room_for_integers(count: int) -> bytes:
-    """Memory for so many integers of 32 bits."""
-    return _room(4 * count)
+def unfilled(count: int, kind: np.dtype[Any]) -> AnyArray:
+    """An array for the library to fill, at address_of(). Where it is large, it has large pages to itself, so that the
+    system need not make it up of small ones."""
+    size = count * kind.itemsize
+    if size < _LARGE_PAGE:
+        return np.frombuffer(_room(max(size, 1)), kind, count)
+    memory = _room((size // _LARGE_PAGE + 2) * _LARGE_PAGE)
+    begin = address_of(np.frombuffer(memory, np.uint8))
+    return np.frombuffer(memory, kind, count, -begin % _LARGE_PAGE)
+
+
+def address_of(array: AnyArray) -> int:
+    return int(array.__array_interface__["data"][0])
 
 
 def floats(memory: bytes, count: int) -> FloatArray:
@@ -51,11 +62,6 @@ def floats(memory: bytes, count: int) -> FloatArray:
     if 16 * count < len(memory):
         memory = memory[: 8 * count]
     return np.frombuffer(memory, FLOAT, count)
-
-
-def integers(memory: bytes) -> AnyArray:
-    """All integers of 32 bits."""
-    return np.frombuffer(memory, _INTEGER) if memory else _EMPTY_INTEGERS
 
 
 def rows(memory: bytes, count: int, length: int) -> list[FloatArray]:

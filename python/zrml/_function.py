@@ -10,7 +10,7 @@ from typing import TYPE_CHECKING, Any, SupportsIndex, overload
 
 import numpy as np
 
-from ._arrays import floats, integers, room_for, room_for_integers, rows
+from ._arrays import FLOAT, INTEGER, address_of, floats, room_for, rows, unfilled
 from ._chromatogram import Chromatogram, Trace, traces_of
 from ._library import SUM, MetadataRecord, ScanTable, SumOptions, SumRecord, library
 from ._loop import Loop
@@ -28,6 +28,16 @@ if TYPE_CHECKING:
     Positions = npt.NDArray[np.intc]
 
 _DEFAULT_PPM = 10.0
+_COLUMNS: dict[str, np.dtype[Any]] = {  # of table()
+    "number": INTEGER,
+    "minutes": FLOAT,
+    "points": INTEGER,
+    "tic": FLOAT,
+    "base_peak_mz": FLOAT,
+    "base_peak_intensity": FLOAT,
+    "precursor_mz": FLOAT,
+    "scan_value": FLOAT,
+}
 _SCANS_AT_ONCE = 1024  # whose numbers of points are read ahead of them
 
 
@@ -146,11 +156,11 @@ class Function(Sequence[Scan]):
 
     def _rooms(self, first: int, count: int) -> list[int]:
         """How many points the scans before each may have, and all of them."""
-        points = room_for_integers(count)
+        points = unfilled(count, INTEGER)
         table = ScanTable()
-        table.points = points
+        table.points = address_of(points)
         self._read_table(table, first, count)
-        rooms: list[int] = np.cumsum(integers(points), dtype=np.int64).tolist()
+        rooms: list[int] = np.cumsum(points, dtype=np.int64).tolist()
         return [0, *rooms]
 
     def _read_table(self, table: ScanTable, first: int, count: int) -> None:
@@ -201,23 +211,13 @@ class Function(Sequence[Scan]):
         All of it is from index and statistics, and NaN where these do not tell it, which of base_peak_mz is
         always so. `points=True` reads the points of every scan for what only they tell: long work.
         """
-        count = self._length
-        numbers = {name: room_for_integers(count) for name in ("number", "points")}
-        values = {
-            name: room_for(count)
-            for name in ("minutes", "tic", "base_peak_mz", "base_peak_intensity", "precursor_mz", "scan_value")
-        }
+        columns = {name: unfilled(self._length, kind) for name, kind in _COLUMNS.items()}
         wanted = ScanTable()
-        for name, memory in {**numbers, **values}.items():
-            setattr(wanted, "total_intensity" if name == "tic" else name, memory)
+        for name, column in columns.items():
+            setattr(wanted, "total_intensity" if name == "tic" else name, address_of(column))
         wanted.reads_points = bool(points)
-        self._read_table(wanted, 0, count)
-        return {
-            "number": integers(numbers["number"]),
-            "minutes": floats(values["minutes"], count),
-            "points": integers(numbers["points"]),
-            **{name: floats(memory, count) for name, memory in values.items() if name != "minutes"},
-        }
+        self._read_table(wanted, 0, self._length)
+        return columns
 
     def to_frame(self, points: bool = False) -> pandas.DataFrame:
         """table() as a pandas DataFrame with a row for each scan."""

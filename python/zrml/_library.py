@@ -65,20 +65,20 @@ class ScanRecord(Record):
 
 
 class ScanTable(Record):
-    """Arrays are addresses of room for one value a scan: the buffers must live as long as the call."""
+    """Addresses of arrays with room for one value a scan: these must live as long as the call."""
 
     _fields_ = [
         ("size", c_size_t),
-        ("number", c_char_p),
-        ("minutes", c_char_p),
-        ("end_minutes", c_char_p),
-        ("points", c_char_p),
-        ("is_centroided", c_char_p),
-        ("total_intensity", c_char_p),
-        ("base_peak_mz", c_char_p),
-        ("base_peak_intensity", c_char_p),
-        ("precursor_mz", c_char_p),
-        ("scan_value", c_char_p),
+        ("number", c_void_p),
+        ("minutes", c_void_p),
+        ("end_minutes", c_void_p),
+        ("points", c_void_p),
+        ("is_centroided", c_void_p),
+        ("total_intensity", c_void_p),
+        ("base_peak_mz", c_void_p),
+        ("base_peak_intensity", c_void_p),
+        ("precursor_mz", c_void_p),
+        ("scan_value", c_void_p),
         ("reads_points", c_int),
     ]
 

@@ -354,6 +354,35 @@ class Vials(support.TestCase):
         self.assertIsNone(self.source.absorbance)
 
 
+class ManyScans(support.TestCase):
+    """Columns of several large pages, which are not where their memory begins."""
+
+    SCANS = 600_000
+
+    def test_table(self):
+        path = self.copy_of("run.raw")
+        kinds = [("offset", "<u4"), ("points", "<u4"), ("total", "<f4"), ("minutes", "<f4"), ("unused", "V6")]
+        index = numpy.zeros(self.SCANS, kinds)
+        position = numpy.arange(self.SCANS)
+        index["points"] = position % 7
+        index["total"] = position % 1000
+        index["minutes"] = position / 1024
+        index.tofile(path / "_FUNC001.IDX")
+        with zrml.open(path) as source:
+            table = source.functions[0].table()
+        numpy.testing.assert_array_equal(table["number"], position + 1)
+        numpy.testing.assert_array_equal(table["points"], position % 7)
+        numpy.testing.assert_array_equal(table["tic"], position % 1000)
+        numpy.testing.assert_array_equal(table["minutes"], position / 1024)  # exact in 32 bits
+        for name in ("base_peak_mz", "base_peak_intensity", "precursor_mz"):
+            self.assertTrue(numpy.isnan(table[name]).all(), name)
+        for name, column in table.items():
+            self.assertEqual(column.shape, (self.SCANS,))
+            self.assertTrue(column.flags.aligned, name)
+            with self.assertRaises(ValueError):
+                column.flags.writeable = True
+
+
 class DriftBins(support.TestCase):
     def test_bins_add_up_to_something(self):
         with zrml.open(support.path("all.raw")) as source:
