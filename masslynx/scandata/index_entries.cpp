@@ -144,12 +144,12 @@ Places Entries::WithoutTimeAndPoints() const {
 }
 
 void Entries::DropZerosAndLostTimes() {
+  TakeRepresentationOfSoundRecord();
   if (!MayLackTimes()) return;
   while (dropped < zeroRecords.size() && zeroRecords[zeroRecords.size() - 1 - dropped] + 1 == list.size()) {
     ++dropped;
     list.pop_back();
   }
-  TakeRepresentationOfSoundRecord();
   untimed = StandInForLostTimes(list, zeroRecords);
   const bool endsInFirst = dropped > 0 && list.size() == 1;
   if (endsInFirst && untimed.empty() && list.front().retentionTime == 0) untimed.push_back(0);
@@ -158,12 +158,12 @@ void Entries::DropZerosAndLostTimes() {
 }
 
 void Entries::TakeRepresentationOfSoundRecord() {
-  std::size_t sound = 0;  // the first one; all before it are zeros
-  while (sound < zeroRecords.size() && zeroRecords[sound] == sound) ++sound;
+  std::size_t sound = beginsWithZeros ? 1 : 0;  // the first one; all before it are zeros
+  for (const std::size_t place : zeroRecords) sound += place == sound ? 1U : 0U;
   if (sound == list.size()) return;
-  for (const std::size_t place : zeroRecords) {
-    if (place < list.size()) list[place].centroided = list[sound].centroided;
-  }
+  const bool isCentroided = list[sound].centroided;
+  if (beginsWithZeros) list.front().centroided = isCentroided;
+  for (const std::size_t place : zeroRecords) list[place].centroided = isCentroided;
 }
 
 Entries ReadEntries(const platform::File& file, std::size_t recordSize, std::size_t count, int dataFormat,

@@ -54,7 +54,8 @@ struct Entries : EntryOrder {
   /// The first record is an empty scan at 0 minutes, unless its points are missing.
   void LoseFirst();
 
-  /// Records that may have lost their number of points to zeros, which take a time, too, or leave no points.
+  /// Records that may have lost their number of points to zeros: those without points, and those whose time
+  /// is lost.
   Places Doubtful() const;
 
   /// Those of them that have lost both.
@@ -65,7 +66,8 @@ struct Entries : EntryOrder {
   void DropZerosAndLostTimes();
 
  private:
-  // Profile or centroids, which a record of zeros does not tell. All scans of a function are the same.
+  // Profile or centroids, which a record of zeros does not tell, also where it is an empty scan. All scans of
+  // a function are the same.
   void TakeRepresentationOfSoundRecord();
 };
 

@@ -53,9 +53,9 @@ void LoseWhatIsZeroed(const platform::SystemPath& folder, const FunctionRecord& 
   const auto unit = point_unit_format::UnitOf(function.dataFormat);
   const bool hasPoints = unit.bytes > 0 && !function.hasMobilityData;
   OmittedOffsets omitted(file, recordSize, unit);
-  const auto findData = [&] { omitted.SetDataSize(OpenFunctionFile(folder, function, L"dat").Size()); };
+  const auto dataSize = [&] { return OpenFunctionFile(folder, function, L"dat").Size(); };
   if (entries.beginsWithZeros && hasPoints) {
-    findData();
+    omitted.SetDataSize(dataSize());
     const std::size_t end = omitted.EndOf(entries.list, 0);
     if (entries.list[end - 1].HasLostOffset() || omitted.IsShort(entries.list, end)) entries.LoseFirst();
   }
@@ -63,7 +63,7 @@ void LoseWhatIsZeroed(const platform::SystemPath& folder, const FunctionRecord& 
   if (!hasPoints) return;
   const auto lose = [&](const Places& doubtful, bool isEndKnown) {
     if (doubtful.empty()) return;
-    isEndKnown ? findData() : omitted.SetDataSize(0);
+    omitted.SetDataSize(isEndKnown ? dataSize() : 0);
     const Places lost = omitted.Lose(entries.list, doubtful);
     entries.unplaced.insert(entries.unplaced.end(), lost.begin(), lost.end());
   };
@@ -84,20 +84,18 @@ bool AreCutShortRecords(const Entries& longOnes, const File& file, int dataForma
   return IsSound(shortOnes);
 }
 
-// What an index says that is wrong, of how many scans. Out of order, a scan is listed at another place than
-// its record.
-struct ScansNotice {
+// What is wrong with records of an index. Out of order, a scan is listed at another place than its record.
+struct RecordsNotice {
   FindingCode code;
   std::string_view what;
   bool isOfRecords = false;  // `first` is the number of a record, not of a scan
 };
 
-constexpr ScansNotice kScansNotices[] = {
-    {FindingCode::kIndexZeroed, "has zeros in place of the records of "},
-    {FindingCode::kOffsetsLost, "has lost the offsets of "},
-    {FindingCode::kTimesLost, "has lost the times of "},
-    {FindingCode::kTimesReturn, "has times that go backwards at ", true},
-};
+constexpr RecordsNotice kZeroedRecords = {FindingCode::kIndexZeroed, "has zeros in place of the records of "};
+constexpr RecordsNotice kLostOffsets = {FindingCode::kOffsetsLost, "has lost the offsets of "};
+constexpr RecordsNotice kLostTimes = {FindingCode::kTimesLost, "has lost the times of "};
+constexpr RecordsNotice kReturningTimes = {FindingCode::kTimesReturn, "has times that go backwards at ",
+                                           true};
 
 // Findings about the files of one function.
 class FunctionNotices {
@@ -160,10 +158,10 @@ class FunctionNotices {
     Places lost;
     std::set_difference(entries.untimed.begin(), entries.untimed.end(), entries.zeroRecords.begin(),
                         entries.zeroRecords.end(), std::back_inserter(lost));
-    Add(FindingCode::kIndexZeroed, entries.zeroRecords, entries, numbers);
-    Add(FindingCode::kOffsetsLost, entries.unplaced, entries, numbers);
-    Add(FindingCode::kTimesLost, lost, entries, numbers);
-    if (!entries.inTimeOrder) Add(FindingCode::kTimesReturn, ReturningTimes(entries.list), entries, numbers);
+    Add(kZeroedRecords, entries.zeroRecords, entries, numbers);
+    Add(kLostOffsets, entries.unplaced, entries, numbers);
+    Add(kLostTimes, lost, entries, numbers);
+    if (!entries.inTimeOrder) Add(kReturningTimes, ReturningTimes(entries.list), entries, numbers);
   }
 
   // For the listed scans.
@@ -190,14 +188,14 @@ class FunctionNotices {
 
  private:
   // About scans at `places` in the file.
-  void Add(FindingCode code, const Places& places, const Entries& entries, const ScanNumbers& numbers) {
+  void Add(const RecordsNotice& notice, const Places& places, const Entries& entries,
+           const ScanNumbers& numbers) {
     if (places.empty()) return;
-    const ScansNotice& notice = *std::ranges::find(kScansNotices, code, &ScansNotice::code);
     Numbers scans;
     for (const std::size_t place : places)
       scans.Add(place < entries.list.size() ? numbers.Of(place) : place + 1);
     Finding finding = About(L"IDX");
-    finding.code = code;
+    finding.code = notice.code;
     finding.SetScans(std::move(scans));
     if (notice.isOfRecords) finding.first = places.front() + 1;
     finding.problem = std::string(notice.what) + std::to_string(finding.count) + " of " +
@@ -290,17 +288,21 @@ class IndexLoader {
   bool LoadRecordsOf(std::size_t recordSize) {
     const std::uint64_t size = file_.Size();
     if (size % recordSize != 0 || size / recordSize > std::numeric_limits<int>::max()) return false;
+    const auto count = static_cast<std::size_t>(size / recordSize);
     StatisticsReader statistics(folder_, function_);
-    Entries entries = Read(recordSize, &statistics);
+    Entries entries = Read(recordSize, count, &statistics);
     NoticeRefusalOfIndex();
-    if (!MayBe(entries, recordSize)) return false;
+    if (const char* problem = ProblemOf(entries, recordSize)) {
+      problem_ = problem;
+      return false;
+    }
     const ScanNumbers numbers = NumbersOf(entries);
     const bool someLackValues = entries.filled != entries.Records() || statistics.SomeLackValues();
     if (notices_) notices_->EntriesOf(entries, numbers, someLackValues);
     if (entries.inFileOrder) {
       FinishInOrder(entries, statistics);
     } else if (entries.filled > 0) {
-      entries = Read(recordSize, nullptr);
+      entries = Read(recordSize, count, nullptr);
     }
     Keep(entries, numbers);
     if (!notices_) return true;
@@ -309,22 +311,17 @@ class IndexLoader {
     return true;
   }
 
-  Entries Read(std::size_t recordSize, StatisticsReader* statistics) const {
-    const auto count = static_cast<std::size_t>(file_.Size() / recordSize);
+  Entries Read(std::size_t recordSize, std::size_t count, StatisticsReader* statistics) const {
     Entries entries = ReadEntries(file_, recordSize, count, function_.dataFormat, view_, statistics);
     if (IsMeasured()) LoseWhatIsZeroed(folder_, function_, file_, recordSize, entries);
     return entries;
   }
 
-  // Whether the records have that size, as far as entries tell.
-  bool MayBe(const Entries& entries, std::size_t recordSize) {
-    if (recordSize == format::kShortRecordSize) {
-      if (!entries.inFileOrder) problem_ = "has offsets that go backwards";
-      return entries.inFileOrder;
-    }
-    if (!IsMeasured() || !AreCutShortRecords(entries, file_, function_.dataFormat)) return true;
-    problem_ = kCut;
-    return false;
+  // Why records cannot have that size, as far as entries tell; null where they may.
+  const char* ProblemOf(const Entries& entries, std::size_t recordSize) const {
+    if (recordSize == format::kShortRecordSize)
+      return entries.inFileOrder ? nullptr : "has offsets that go backwards";
+    return IsMeasured() && AreCutShortRecords(entries, file_, function_.dataFormat) ? kCut : nullptr;
   }
 
   void FinishInOrder(Entries& entries, StatisticsReader& statistics) {

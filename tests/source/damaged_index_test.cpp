@@ -440,12 +440,15 @@ TEST(DamagedIndexTest, LastRecordsOfZerosBehindATimeOfZero) {
   EXPECT_EQ(seen.scans, (Lines{"0 501: 101 201", kAll[1]}));
 }
 
-// Zeros do not tell that scans are of centroids; the other records do.
+// Zeros do not tell that scans are of centroids; the other records do. The first record of zeros may be that
+// of an empty scan, too.
 TEST(DamagedIndexTest, RecordsOfZerosAreOfTheRepresentationOfOthers) {
   RawDirectoryBuilder raw = Products();
   for (ScanFiles& scan : raw.functions[0].scans) scan.index.centroidState = CentroidState::kCentroid;
-  for (const std::ptrdiff_t zeroed : {0, 2}) {
-    const TempDirectory directory = raw.Build();
+  RawDirectoryBuilder empty = raw;
+  empty.functions[0].scans[0] = {};
+  const auto check = [](const RawDirectoryBuilder& builder, std::ptrdiff_t zeroed) {
+    const TempDirectory directory = builder.Build();
     directory.Edit("_FUNC001.IDX", [&](FileBytes& index) {
       std::fill_n(index.begin() + zeroed * static_cast<std::ptrdiff_t>(kRecord), kRecord, std::byte{0});
     });
@@ -454,7 +457,10 @@ TEST(DamagedIndexTest, RecordsOfZerosAreOfTheRepresentationOfOthers) {
     ASSERT_EQ(source->ScanCount(0, 0), 4);
     for (int scan = 0; scan < 4; ++scan)
       EXPECT_TRUE(source->ScanAt(0, 0, scan).isCentroided) << zeroed << ' ' << scan;
-  }
+  };
+  check(raw, 0);
+  check(raw, 2);
+  check(empty, 0);
 }
 
 }  // namespace
