@@ -33,6 +33,12 @@ void FindHidden(std::string_view line, std::span<KeyValue> keys) {
     each.isHidden = each.isHidden || (each.value.empty() && (hasZeros || EndsWithNumberOf(each.key, line)));
 }
 
+// What follows many zeros may be another block, whose points are in percent of something else.
+void HideScale(std::span<KeyValue> keys) {
+  for (KeyValue& each : keys)
+    each.isHidden = each.isHidden || each.key == kBpiKey || each.key == kMaxIntensityKey;
+}
+
 struct Rank {
   std::string_view marker;
   int rank;
@@ -92,6 +98,7 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
   std::optional<std::uint64_t> found;
   bool areFilled = false;
   bool isListSought = !list.empty();
+  bool isBehindZeros = false;
   std::string_view line;
   while ((!areFilled || isListSought) && (areFilled ? walk.NextMarked(line) : walk.Next(line))) {
     if (isListSought && walk.IsInside() && line.starts_with(list)) {
@@ -100,9 +107,12 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
     }
     if (areFilled || line.front() == kClose) continue;
     if (isListSought) FindHidden(line, keys);
+    isBehindZeros =
+        isBehindZeros || (isListSought && stream.IsCareful() && HasZeros(line, kZerosBetweenLists));
     TryKeys(line, keys);
     areFilled = std::all_of(keys.begin(), keys.end(), isFilled);
   }
+  if (isBehindZeros) HideScale(keys);
   return found;
 }
 
@@ -140,6 +150,14 @@ bool HasDecimalComma(std::string_view text) {
     if (at > 0 && at + 1 < text.size() && isDigit(text[at - 1]) && isDigit(text[at + 1])) return true;
   }
   return false;
+}
+
+bool HasZeros(std::string_view text, std::size_t count) {
+  const std::size_t first = text.find('\0');
+  if (first == std::string_view::npos) return false;
+  const auto zeros =
+      std::search_n(text.begin() + static_cast<std::ptrdiff_t>(first), text.end(), count, '\0');
+  return zeros != text.end();
 }
 
 std::optional<double> NumberIn(std::string_view value, bool isCareful) {

@@ -139,6 +139,13 @@ constexpr bool AreJoined(std::size_t longer, std::size_t lines) { return longer 
 /// Whether a point stands behind a brace, where it is not read.
 bool HasPoint(std::string_view braced);
 
+/// How many zeros (NUL) at least are in place of the end of a block and the front of the next one: of samples
+/// "}", a line end and "[", of lists, which spectra are around, "}", "}", "[SPECTRUM]", "{", "[" and four
+/// line ends.
+inline constexpr std::size_t kZerosBetweenSamples = 3;
+inline constexpr std::size_t kZerosBetweenLists = 18;
+bool HasZeros(std::string_view text, std::size_t count);
+
 /// Calls `use(x, y, rest)` for each line of the data list at `position` that holds two numbers, and gives how
 /// many have a hidden one. Lines are not copied: that would take a quarter of the reading time.
 template <class Use>
@@ -153,13 +160,21 @@ std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, Use use) 
     if (end == std::string_view::npos || rest[end] == '\0') return true;
     return rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9';
   };
+  // Enough zeros may be in place of the end of this list and the front of another one.
+  bool isBehindZeros = false;
+  const auto hide = [&](std::string_view line, std::size_t points) {
+    hidden += points;
+    isBehindZeros = isBehindZeros || HasZeros(line, kZerosBetweenLists);
+  };
   const auto useLine = [&](std::string_view& line) {
+    const std::string_view whole = line;
     const std::optional<double> x = TakeDouble(line);
-    if (x && isHidden(line)) return void(++hidden);
+    if (x && isHidden(line)) return hide(whole, 1);
     const std::optional<double> y = x ? TakeDouble(line) : std::nullopt;
-    const bool isAlone = x && !y && hides;
-    if (isAlone || (y && isHidden(line))) return void(++hidden);
-    if (y) use(*x, *y, line);
+    if (!y) return hides ? hide(whole, x ? 1 : 0) : void();
+    if (isBehindZeros || isHidden(line)) return hide(whole, 1);
+    use(*x, *y, line);
+    if (hides && line.size() > 2) hide(line, 0);
   };
   ForEachDataLine(stream, position, useLine,
                   [&](std::string_view braced) { hidden += hides && HasPoint(braced) ? 1 : 0; });

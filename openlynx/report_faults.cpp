@@ -210,11 +210,15 @@ class FaultSearch {
     if (MarkerOf(line.substr(kByteOrderMark.size())) != nullptr) Add(FindingCode::kByteOrderMark, number_);
   }
 
-  // No text has a NUL. Outside of all blocks it may be in place of samples, so it is about all of them.
+  // No text has a NUL. Outside of all blocks it may be in place of samples, and so may several in a row: then
+  // it is about all of them.
   void LookForZeros(std::string_view piece) {
-    if (zeroed_ == number_ || piece.find('\0') == std::string_view::npos) return;
-    zeroed_ = number_;
-    AddOf(open_.empty() ? 0 : sample_, FindingCode::kBytesZeroed, number_, {}, 1);
+    if (piece.find('\0') == std::string_view::npos) return;
+    const bool mayHideSamples = open_.empty() || HasZeros(piece, kZerosBetweenSamples);
+    const std::uint64_t known = mayHideSamples ? hiding_ : std::max(zeroed_, hiding_);
+    if (known == number_) return;
+    (mayHideSamples ? hiding_ : zeroed_) = number_;
+    AddOf(mayHideSamples ? 0 : sample_, FindingCode::kBytesZeroed, number_, {}, 1);
   }
 
   std::size_t& CountOf(Block block) { return counts_[static_cast<std::size_t>(block)]; }
@@ -445,6 +449,7 @@ class FaultSearch {
   Findings& findings_;
   std::uint64_t number_ = 0;  // of the line
   std::uint64_t zeroed_ = 0;  // the last line with zeros
+  std::uint64_t hiding_ = 0;  // the last one with zeros that may be in place of samples
   int sample_ = 0;
   std::int64_t depth_ = 0;
   std::int64_t missing_ = 0;  // braces, ahead of the last marker

@@ -488,7 +488,7 @@ Chromatogram RawSource::ReadTrace(int, int trace) {
   const auto kept = data->Read(chromatogram.minutes.data(), chromatogram.intensities.data(), &zeros);
   ThrowRefusal(what + ' ', data->Refusal());
   if (!kept) ThrowUnread(what);
-  const std::size_t measured = std::min(*kept, data->Count() - zeros.end);
+  const std::size_t measured = std::min(*kept, data->Count() - zeros.inside - zeros.end);
   const auto front = static_cast<std::ptrdiff_t>(std::min(measured, zeros.front));
   for (std::vector<double>* const column : {&chromatogram.minutes, &chromatogram.intensities}) {
     column->resize(measured);

@@ -151,8 +151,6 @@ void Entries::DropZerosAndLostTimes() {
     list.pop_back();
   }
   untimed = StandInForLostTimes(list, zeroRecords);
-  const bool endsInFirst = dropped > 0 && list.size() == 1;
-  if (endsInFirst && untimed.empty() && list.front().retentionTime == 0) untimed.push_back(0);
   inTimeOrder = false;
   LookAtTimes();
 }

@@ -61,8 +61,7 @@ struct Entries : EntryOrder {
   /// Those of them that have lost both.
   Places WithoutTimeAndPoints() const;
 
-  /// Records of zeros at the end are no scans; scans without a time get a stand-in. Where zeros leave but one
-  /// record, they may begin in it: a time of 0 is lost, too.
+  /// Records of zeros at the end are no scans; scans without a time get a stand-in.
   void DropZerosAndLostTimes();
 
  private:

@@ -16,10 +16,14 @@ bool IsTime(float time, const std::optional<float>& before) {
 Places StandInForLostTimes(std::span<ScanIndexEntry> entries, const Places& zeroRecords) {
   Places lost;
   std::optional<float> before;
+  const auto isZeroRecord = [&](std::size_t place) {
+    return std::binary_search(zeroRecords.begin(), zeroRecords.end(), place);
+  };
   for (std::size_t place = 0; place < entries.size(); ++place) {
     float& time = entries[place].retentionTime;
-    const bool isZeroRecord = std::binary_search(zeroRecords.begin(), zeroRecords.end(), place);
-    if (isZeroRecord || !IsTime(time, before)) lost.push_back(place);
+    // Zeros of the records behind it may begin in this one. The first scan may be at 0 all the same.
+    const bool isCut = time == 0 && (place > 0 || entries.size() == 1) && isZeroRecord(place + 1);
+    if (isCut || isZeroRecord(place) || !IsTime(time, before)) lost.push_back(place);
     if (lost.empty() || lost.back() != place) before = time;
     time = before.value_or(0);
   }

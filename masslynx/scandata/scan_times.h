@@ -21,9 +21,10 @@ inline bool MayBeTime(float time) {
 /// Of scans, from 0, in the order of the file; ascending.
 using Places = std::vector<std::size_t>;
 
-/// The scans whose time is lost: those of `zeroRecords`, and where it is not finite, or zero or less behind a
-/// scan that has a time. Each gets a stand-in, the time of the scan before it or else of the one behind it,
-/// so that it keeps its place in the order of time, and its own statistics.
+/// The scans whose time is lost: those of `zeroRecords`, which may go on behind the entries, and where it is
+/// not finite, or zero or less behind a scan that has a time, or zero before one of `zeroRecords`. Each gets
+/// a stand-in, the time of the scan before it or else of the one behind it, so that it keeps its place in the
+/// order of time, and its own statistics.
 Places StandInForLostTimes(std::span<ScanIndexEntry> entries, const Places& zeroRecords);
 
 /// Scans with an earlier time than the scan before them.

@@ -82,6 +82,8 @@ class ZeroSearch {
     ++count_;
     if (end == 0) return void(++zeros_);
     if (last_ == 0) front_ = zeros_;
+    if (hasTime_) inside_ += zeros_;
+    hasTime_ = LoadF32(record) > 0;
     least_ = zeros_ > 0 ? 0 : last_ > 0 ? std::min(least_, last_) : least_;
     last_ = end;
     zeros_ = 0;
@@ -89,7 +91,7 @@ class ZeroSearch {
 
   TraceData::Zeros Found() const {
     if (last_ == 0) return {.end = count_ == 1 ? 0 : count_};  // one may be at time 0
-    TraceData::Zeros found = {.front = front_ == 1 ? 0 : front_, .end = zeros_};
+    TraceData::Zeros found = {.front = front_ == 1 ? 0 : front_, .inside = inside_, .end = zeros_};
     const bool isValueCut = !isAnalog_ && IsPartOf(last_, format::kAnalogTimeSize);
     const bool isCut = IsPartOf(last_, 0) || isValueCut;
     const std::size_t others = count_ - zeros_ - 1;
@@ -112,7 +114,9 @@ class ZeroSearch {
   bool isAnalog_;
   std::size_t count_ = 0;
   std::size_t front_ = 0;
+  std::size_t inside_ = 0;
   std::size_t zeros_ = 0;  // behind the last other record
+  bool hasTime_ = false;   // that record
   std::size_t last_ = 0;   // where the zeros of that begin; 0: there is none
   std::size_t least_ = std::numeric_limits<std::size_t>::max();  // where those of a record before it begin
 };
@@ -233,10 +237,12 @@ class TraceNotices {
     add("ends in zeros in place of ", zeros.end);
     if (zeros.isEndDoubtful)
       Add(FindingCode::kTraceEndDoubtful, name, "ends in zeros inside a record, where no other has them");
+    add("has zeros in place of ", zeros.inside);
     add("begins with zeros in place of ", zeros.front);
-    if (kept && *kept == data.Count())
-      NoticeTimes(std::span(times).first(*kept - zeros.end).subspan(zeros.front), zeros.end == 0, name);
-    return {zeros.end, kept};
+    const std::size_t lost = zeros.inside + zeros.end;
+    if (kept && *kept + lost >= data.Count())
+      NoticeTimes(std::span(times).first(data.Count() - lost).subspan(zeros.front), zeros.end == 0, name);
+    return {lost, kept};
   }
 
   // Channels end where times go backwards, chromatograms do not.
@@ -351,6 +357,8 @@ std::optional<std::size_t> TraceData::Read(double* times, double* values, Zeros*
   const bool isWhole = ForEachRecord(file_, offset_, count_, recordSize_, [&](const std::byte* record) {
     if (zeros != nullptr) search.Add(record);
     const double time = LoadF32(record);
+    const bool isBehindTime = kept > 0 && times[kept - 1] > 0;
+    if (zeros != nullptr && isBehindTime && AreZeros({record, recordSize_})) return true;
     isOver = isOver || (isAnalog && kept > 0 && times[kept - 1] > time);
     if (isOver) return zeros != nullptr;  // the rest belongs to a later run
     times[kept] = time;

@@ -43,14 +43,16 @@ class TraceData {
 
   /// What zeros have done to the records: a copy that broke off. Analog channels have it in common.
   struct Zeros {
-    std::size_t front = 0;  ///< records of zeros before any other; a single one may be measured at time 0
-    std::size_t end = 0;    ///< records at the end that are no points: zeros, or cut inside their number
+    std::size_t front = 0;   ///< records of zeros before any other; a single one may be measured at time 0
+    std::size_t inside = 0;  ///< records of zeros between others, behind a time that is not 0
+    std::size_t end = 0;     ///< records at the end that are no points: zeros, or cut inside their number
     bool isEndDoubtful = false;  ///< the last point ends in zeros, as no other does
   };
 
   /// Writes the stored times and values into arrays with room for Count() and returns the number of points:
   /// analog channels end where time runs backwards. No value when the file ends before its records. `zeros`
-  /// is about all records, also those behind the points; when all are zeros they are at the end.
+  /// is about all records, also those behind the points; when all are zeros they are at the end. With `zeros`
+  /// records of zeros behind a time that is not 0 are left out; hosts get them as they stand.
   std::optional<std::size_t> Read(double* times, double* values, Zeros* zeros = nullptr) const;
 
   /// See File::Refusal().

@@ -440,6 +440,15 @@ TEST(DamagedIndexTest, LastRecordsOfZerosBehindATimeOfZero) {
   EXPECT_EQ(seen.scans, (Lines{"0 501: 101 201", kAll[1]}));
 }
 
+// The second time is zero, as the first one is, which a run may begin with.
+TEST(DamagedIndexTest, ZerosFromInsideARecordBehindAScanAtZero) {
+  const auto edit = [](FileBytes& index) {
+    PatchF32(index, kTime, 0);
+    std::fill(index.begin() + kRecord + kTime, index.end(), std::byte{0});
+  };
+  EXPECT_EQ(See(Products(), edit).scans, (Lines{"0 501: 101 201", "? 502: 102 202"}));
+}
+
 // Zeros do not tell that scans are of centroids; the other records do. The first record of zeros may be that
 // of an empty scan, too.
 TEST(DamagedIndexTest, RecordsOfZerosAreOfTheRepresentationOfOthers) {

@@ -215,20 +215,26 @@ TEST_F(ReportFindingsTest, ZerosInPlaceOfText) {
     std::string text;
     std::uint64_t first;
     std::uint64_t count;
-    int sample;  // 0: the whole report
+    int sample;  // 0: the whole report, since three zeros may be in place of "}", a line end and "["
   };
   const std::string sound = Text(kSound);
   const Zeros zeros[] = {
       {"one in a number", Edited({14, {"210.05 5\0.1"s}}), 14, 1, 1},
       {"two lines", Edited({14, {"\0"s, "210.05 50.1", "2\0"s}}), 14, 2, 1},
       {"in a comment", Edited({14, {";\0"s}}), 14, 1, 1},
-      {"in a value", Edited({3, {"FileName o" + kZeros}}), 3, 1, 1},
-      {"in another sample", Edited({44, {"Time 1" + kZeros}}), 44, 1, 2},
-      {"behind the brace of a spectrum", Edited({16, {"}" + kZeros + "0", "}"}}), 16, 1, 1},
+      {"two in a value", Edited({3, {"FileName o\0\0"s}}), 3, 1, 1},
+      {"three in a value", Edited({3, {"FileName o\0\0\0"s}}), 3, 1, 0},
+      {"in another sample", Edited({44, {"Time 1\0"s}}), 44, 1, 2},
+      {"behind the brace of a spectrum",
+       Edited({16,
+               {"}\0\0"
+                "0"s,
+                "}"}}),
+       16, 1, 1},
       {"behind the brace of a sample", Edited({37, {"}" + kZeros}}), 37, 1, 0},
       {"in place of a marker", Edited({38, {"[SAM" + kZeros}}), 38, 1, 0},
-      {"in a long line", Edited({14, {"210.05 50.1 " + std::string(3000, 'a') + kZeros}}), 14, 1, 1},
-      {"a long line of them", Edited({14, {std::string(5000, '\0')}}), 14, 1, 1},
+      {"in a long line", Edited({14, {"210.05 50.1 " + std::string(3000, 'a') + kZeros}}), 14, 1, 0},
+      {"a long line of them", Edited({14, {std::string(5000, '\0')}}), 14, 1, 0},
       {"before the first line", kZeros + "\n" + sound, 1, 1, 0},
       {"one at the end", sound + '\0', 48, 1, 0},
       {"many at the end", sound + std::string(300000, '\0'), 48, 1, 0},
@@ -267,6 +273,18 @@ TEST_F(ReportFindingsTest, PointsWithoutTheirNumbersAreLost) {
     EXPECT_EQ(zeroed.lost, 1U) << testing::PrintToString(line);
     EXPECT_EQ(zeroed.count, whole.count - 1) << testing::PrintToString(line);
   }
+  // Eighteen zeros may be in place of the end of the list and the front of another one, which the points
+  // behind them would be of; ahead of a list they may be in place of another one and the front of a spectrum.
+  const std::string few(17, '\0');
+  const std::string many(18, '\0');
+  EXPECT_EQ(read({13, {"100 50", few}}).count, 2U);
+  const PointsRead inList = read({13, {"100 50", many}});
+  EXPECT_EQ(inList.count, 1U);
+  EXPECT_EQ(inList.lost, 1U);
+  EXPECT_EQ(read({10, {"BPI 200", few}}).count, 2U);
+  const PointsRead inHead = read({10, {"BPI 200", many}});
+  EXPECT_EQ(inHead.count, 0U);
+  EXPECT_EQ(inHead.lost, 2U);
   for (const Edit& edit : {Edit{12, {"{ 90 5"}}, Edit{15, {"} 300 7"}}}) {
     const PointsRead behind = read(edit);
     EXPECT_EQ(behind.lost, 1U) << edit.line;

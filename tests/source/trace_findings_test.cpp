@@ -1,6 +1,7 @@
 // Findings about traces and their lists: each directory is made from a sound one by a single edit.
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tests/source/directory_findings.h"
 
@@ -128,8 +129,33 @@ TEST(RawFindings, ChromatogramThatEndsInZerosInsideARecord) {
 
 TEST(RawFindings, ChromatogramWhoseTimesGoBackwards) {
   RawDirectoryBuilder raw = SoundDirectory();
-  raw.chroms = {{"pressure", {{0.1F, 2}, {0, 0}, {0.3F, 3}}}};
+  raw.chroms = {{"pressure", {{0.1F, 2}, {0, 1}, {0.3F, 3}}}};
   EXPECT_EQ(LinesOf(raw.Build()), Lines{"trace-times-return: _CHRO001.DAT has times that go backwards"});
+}
+
+std::vector<double> MinutesOfFirstTrace(const TempDirectory& directory) {
+  const std::u8string path = directory.Path().u8string();
+  return source::Source::Open({path.begin(), path.end()})->ReadTrace(0, 0).minutes;
+}
+
+// What was measured in between is lost, and what is behind it is not.
+TEST(RawFindings, TracesWithZerosBetweenRecords) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.chroms = {{"pressure", {{0.5F, 2}, {0, 0}, {0, 0}, {0.75F, 3}}}};
+  EXPECT_EQ(LinesOf(raw.Build()),
+            Lines{"trace-data-zeroed: _CHRO001.DAT has zeros in place of 2 of 4 records"});
+  EXPECT_EQ(MinutesOfFirstTrace(raw.Build()), (std::vector<double>{0.5, 0.75}));
+  raw.chroms = {{"pressure", {{0, 2}, {0, 0}, {0, 3}}}};
+  EXPECT_EQ(LinesOf(raw.Build()), Lines()) << "without times a value may be 0";
+  raw.chroms.clear();
+  raw.analogNames = {"pressure"};
+  raw.analogs = {{.time = 0.5F, .words = {8}},
+                 {.time = 0, .words = {0}},
+                 {.time = 0.625F, .words = {8}},
+                 {.time = 0.75F, .words = {16}}};
+  EXPECT_EQ(LinesOf(raw.Build()),
+            Lines{"trace-data-zeroed: _ANALOGS.DAT has zeros in place of 1 of 4 records"});
+  EXPECT_EQ(MinutesOfFirstTrace(raw.Build()), (std::vector<double>{0.5, 0.625, 0.75}));
 }
 
 // The scans end at 0.3 minutes.

@@ -387,9 +387,16 @@ class Comparer : Verdicts {
 
   // Traces
 
+  source::Chromatogram TraceOfSlots(int sample, int trace) {
+    source::Chromatogram held = source_->ReadTrace(sample, trace);
+    const auto stored = rawSlots_ ? rawSlots_->ReadStoredTrace(trace) : std::nullopt;
+    if (!stored || stored->x.size() == held.minutes.size()) return held;
+    Count(kWanted.zeroedTrace);
+    return {.name = held.name, .minutes = stored->x, .intensities = stored->y};
+  }
+
   void CompareTraces(int sample) {
-    TraceList list = {source_->Traces(sample),
-                      [=, this](int trace) { return source_->ReadTrace(sample, trace); }};
+    TraceList list = {source_->Traces(sample), [=, this](int trace) { return TraceOfSlots(sample, trace); }};
     const int held = static_cast<int>(list.traces.size());
     if (IsReport()) {
       list = reportSlots_->OtherTraces().value_or(list);

@@ -64,6 +64,7 @@ struct AllWanted {
   Wanted lostTraces = {"GetTraceCount", "a damaged list of traces has none, nor that of the absorbance"};
   Wanted repeatedTrace = {"GetTraceCount", "a trace of several functions counts in each"};
   Wanted growingTraces = {"GetTraceCount", "a sample without other functions counts its traces once more"};
+  Wanted zeroedTrace = {"GetTrace", "records of zeros are points of a trace"};
   Wanted refusedTrace = {"GetTrace", "a report's trace without points is refused"};
   Wanted absorbanceScan = {"GetAbsorbanceSpectrum", "scan numbers count from 0"};
   Wanted noMetadata = {"GetMetadataKeys", "a sample without functions has no items"};

@@ -103,7 +103,8 @@ std::optional<SlotScans> RawSlots::OtherScans(const source::FunctionId& id) {
       whole.scanIndex.begin(), whole.scanIndex.end(), record.scanIndex.begin(), record.scanIndex.end(),
       [](const masslynx::ScanIndexEntry& measured, const masslynx::ScanIndexEntry& ofSlots) {
         const bool isUntimed = std::isnan(measured.retentionTime) && std::isnan(ofSlots.retentionTime);
-        return measured.dataOffsetHigh == 0 && (isUntimed || measured.retentionTime == ofSlots.retentionTime);
+        return measured.dataOffsetHigh == 0 && measured.centroided == ofSlots.centroided &&
+               (isUntimed || measured.retentionTime == ofSlots.retentionTime);
       });
   if (isSame && !IsLost(id)) return std::nullopt;
   SlotScans others = {.read = [this, id](int scan) { return ReadPoints(id, scan); }};
@@ -150,6 +151,19 @@ std::optional<StoredPoints> RawSlots::ReadAbsorbance(const source::FunctionId& i
 }
 
 bool RawSlots::HasTraceList() const { return masslynx::ReadTraceList(folder_).has_value(); }
+
+std::optional<StoredPoints> RawSlots::ReadStoredTrace(int trace) const {
+  const auto list = masslynx::ReadTraceList(folder_);
+  const auto position = static_cast<std::size_t>(trace);
+  if (!list || position >= list->names.size()) return std::nullopt;
+  const auto data = masslynx::TraceData::Open(folder_, *list, position);
+  if (!data) return std::nullopt;
+  StoredPoints points = {std::vector<double>(data->Count()), std::vector<double>(data->Count())};
+  const std::optional<std::size_t> kept = data->Read(points.x.data(), points.y.data());
+  points.x.resize(kept.value_or(0));
+  points.y.resize(kept.value_or(0));
+  return kept ? std::optional(std::move(points)) : std::nullopt;
+}
 
 ReportSlots::ReportSlots(const platform::SystemPath& path, bool hasUnreadNumbers)
     : path_(path), hasUnreadNumbers_(hasUnreadNumbers), report_(openlynx::ReportStream::Open(path)) {}

@@ -65,6 +65,8 @@ class RawSlots {
 
   /// False for a damaged list of traces: then there are none, not even that of the absorbance.
   bool HasTraceList() const;
+  /// Records of zeros included. No value of the total of absorbance, which is not stored.
+  std::optional<StoredPoints> ReadStoredTrace(int trace) const;
 
  private:
   masslynx::FunctionRecord& RecordOf(const source::FunctionId& id);
