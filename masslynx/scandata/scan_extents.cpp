@@ -77,13 +77,12 @@ void NoticeExtents(const ScanExtents& extents, std::uint64_t size, const Finding
   bool isInOrder = true;  // otherwise bytes between two scans may belong to a third
   ForEachScan(extents, [&](std::uint64_t begin, std::uint64_t end, std::uint64_t most) {
     const std::uint64_t number = extents.numbers.Of(place++);
-    if (end > begin) {
-      isInOrder = isInOrder && begin >= reached;
-      if (begin > reachedAtMost) unused += std::min(begin, std::max(size, reachedAtMost)) - reachedAtMost;
-    }
+    if (end > size) past.Add(number);
+    if (end == begin) return;  // refers to nothing, wherever that is
+    isInOrder = isInOrder && begin >= reached;
+    if (begin > reachedAtMost) unused += std::min(begin, std::max(size, reachedAtMost)) - reachedAtMost;
     reached = std::max(reached, end);
     reachedAtMost = std::max(reachedAtMost, most);
-    if (end > size) past.Add(number);
   });
   if (!past.IsEmpty()) {
     Finding cut = about;

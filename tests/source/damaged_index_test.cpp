@@ -440,6 +440,17 @@ TEST(DamagedIndexTest, LastRecordsOfZerosBehindATimeOfZero) {
   EXPECT_EQ(seen.scans, (Lines{"0 501: 101 201", kAll[1]}));
 }
 
+// The third scan is empty. The offset of such a scan refers to no bytes.
+TEST(DamagedIndexTest, BytesBeforeAnEmptyScanAreOfNone) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[2].index = {.retentionTime = 3};
+  raw.functions[0].scans[2].data = {};
+  EXPECT_EQ(See(raw).findings, Lines());
+  const Seen seen =
+      See(raw, [](FileBytes& index) { std::fill_n(index.begin() + kRecord + 4, 8, std::byte{0}); });
+  EXPECT_EQ(seen.findings, Lines{"data-unreferenced: _FUNC001.DAT holds 12 bytes that no scan refers to"});
+}
+
 // The second time is zero, as the first one is, which a run may begin with.
 TEST(DamagedIndexTest, ZerosFromInsideARecordBehindAScanAtZero) {
   const auto edit = [](FileBytes& index) {
