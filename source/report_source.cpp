@@ -60,6 +60,25 @@ std::vector<std::size_t> Order(const std::vector<double>& x) {
 
 }  // namespace
 
+std::string SampleNameOf(openlynx::Report& report, const openlynx::Sample& sample, std::int64_t number) {
+  std::string name = Utf8(report.NameOf(sample));
+  return !name.empty() ? name : "Sample " + std::to_string(number);
+}
+
+std::vector<MetadataItem> SampleItemsOf(openlynx::Report& report, const openlynx::Sample& sample) {
+  const auto values = report.ReadItems(sample, openlynx::kSampleItems);
+  std::vector<MetadataItem> items = {{"ProviderName", kProviderName}};
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const openlynx::SampleItem& item = openlynx::kSampleItems[i];
+    const bool isDateTime = !item.timeKey.empty();
+    std::string value = Utf8(values[i]);
+    std::optional<std::string> held = isDateTime ? LocalDateTime(std::move(value), "T") : std::move(value);
+    if (held && held->empty()) held.reset();
+    items.push_back({std::string(item.name), std::move(held)});
+  }
+  return items;
+}
+
 std::unique_ptr<Source> OpenReport(const std::string& path) {
   const platform::SystemPath systemPath = platform::FromUtf8Path(path);
   if (!openlynx::HasReportExtension(systemPath) ||
@@ -147,24 +166,13 @@ int ReportSource::SampleCount() { return CountOf(Samples().size()); }
 
 std::string ReportSource::SampleName(int sample) {
   const openlynx::Sample& found = SampleAt(sample);
-  const std::string name = Reading([&] { return Utf8(report_.NameOf(found)); });
-  return !name.empty() ? name : "Sample " + std::to_string(std::int64_t{sample} + 1);
+  return Reading([&] { return SampleNameOf(report_, found, std::int64_t{sample} + 1); });
 }
 
 std::vector<MetadataItem> ReportSource::SampleMetadata(int sample) {
   const openlynx::Sample& found = SampleAt(sample);
   if (metadataSample_ == sample) return metadata_;
-  const auto values = Reading([&] { return report_.ReadItems(found, openlynx::kSampleItems); });
-  std::vector<MetadataItem> items = {{"ProviderName", kProviderName}};
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const openlynx::SampleItem& item = openlynx::kSampleItems[i];
-    const bool isDateTime = !item.timeKey.empty();
-    std::string value = Utf8(values[i]);
-    std::optional<std::string> held = isDateTime ? LocalDateTime(std::move(value), "T") : std::move(value);
-    if (held && held->empty()) held.reset();
-    items.push_back({std::string(item.name), std::move(held)});
-  }
-  metadata_ = std::move(items);
+  metadata_ = Reading([&] { return SampleItemsOf(report_, found); });
   metadataSample_ = sample;
   return metadata_;
 }

@@ -15,6 +15,10 @@
 
 namespace zrml::source {
 
+/// The name of a sample, by its number when the report has none, and its items, as `report` reads them.
+std::string SampleNameOf(openlynx::Report& report, const openlynx::Sample& sample, std::int64_t number);
+std::vector<MetadataItem> SampleItemsOf(openlynx::Report& report, const openlynx::Sample& sample);
+
 class ReportSource final : public Source {
  public:
   ReportSource(std::string path, openlynx::ReportStream stream);

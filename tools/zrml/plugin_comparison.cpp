@@ -1,11 +1,13 @@
 #include "tools/zrml/plugin_comparison.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <optional>
 #include <set>
 #include <span>
 #include <unordered_map>
+#include <utility>
 
 #include "common/platform/platform.h"
 #include "common/text.h"
@@ -34,6 +36,14 @@ constexpr std::array<ProviderRow, 2> kProviders = {{
     {"{9e2ea952-4c83-489b-8e0b-a0ffedd70ca2}", "Waters MassLynx (*.dat *.idx *.inf)"},
     {"{c1972a1b-f675-4d08-921a-3e6f8d107c76}", "Waters OpenLynx Report (*.rpt)"},
 }};
+
+// What slots read in a report and the source does not: numbers, or lines of them, and what stands behind a
+// brace that is missing.
+constexpr std::array kDamage = {
+    FindingCode::kDecimalComma, FindingCode::kNumberUnread,  FindingCode::kPointsUnread,
+    FindingCode::kBytesZeroed,  FindingCode::kLinesJoined,   FindingCode::kBraceMissing,
+    FindingCode::kLineCut,      FindingCode::kSampleUnended,
+};
 
 std::string Narrow(std::wstring_view text) { return platform::ToNativePath(text); }
 
@@ -122,7 +132,7 @@ class Comparer : Verdicts {
     if (isCut) Count(kWanted.refusedTable);
     Check(slot, "success", isOpened, !isCut);
     const platform::SystemPath path = platform::ToSystemPath(wholePath_);
-    IsReport() ? void(reportSlots_.emplace(path, HasUnreadNumbers())) : void(rawSlots_.emplace(path));
+    IsReport() ? void(reportSlots_.emplace(path)) : void(rawSlots_.emplace(path));
     return isOpened;
   }
 
@@ -136,10 +146,27 @@ class Comparer : Verdicts {
 
   // Samples
 
+  // Of the sample, or of the whole report.
+  bool HasFinding(int sample, std::span<const FindingCode> codes) {
+    const std::span<const Finding> findings = source_->Findings();
+    return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+      const FindingSubject& subject = finding.subject;
+      const bool isAbout = subject.kind != FindingSubject::Kind::kSample || subject.sample == sample + 1;
+      return isAbout && std::find(codes.begin(), codes.end(), finding.code) != codes.end();
+    });
+  }
+
+  bool IsDamaged(int sample) { return HasFinding(sample, kDamage); }
+
+  // The source ends such a sample where the next one begins.
+  bool IsUnended(int sample) { return HasFinding(sample, std::array{FindingCode::kSampleUnended}); }
+
   void CompareSample(int sample) {
     place_ = {.sample = sample};
-    Check("GetSampleName", "name", Narrow(server_->GetSampleName(sample)), source_->SampleName(sample));
-    if (IsReport()) reportSlots_->Enter(sample);
+    if (IsReport()) reportSlots_->Enter(sample, IsDamaged(sample));
+    const std::string name = source_->SampleName(sample);
+    CheckWanted(kWanted.unendedSample, "name", Narrow(server_->GetSampleName(sample)), name,
+                IsUnended(sample) ? reportSlots_->Name() : name);
     CompareTraces(sample);  // before anything about functions, which the count of traces may depend on
     ListFunctions(sample);
     const int functions = static_cast<int>(list_.positions.size());
@@ -188,7 +215,7 @@ class Comparer : Verdicts {
 
   source::Function FunctionAt(int sample, int position) {
     const int held = list_.positions[static_cast<std::size_t>(position)];
-    const bool isOther = held == kNotHeld || (IsReport() && reportSlots_->HasUnreadNumbers());
+    const bool isOther = held == kNotHeld || (IsReport() && reportSlots_->IsDamaged());
     if (isOther) return reportSlots_->Describe(position);
     const source::Function& function = source_->Functions(sample)[static_cast<std::size_t>(held)];
     return IsLost(function) ? rawSlots_->Describe(function.id) : function;
@@ -263,18 +290,8 @@ class Comparer : Verdicts {
     CompareMetadata(sample, position, held);
   }
 
-  bool HasUnreadNumbers() {
-    const std::span<const Finding> findings = source_->Findings();
-    return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
-      return finding.code == FindingCode::kDecimalComma || finding.code == FindingCode::kNumberUnread ||
-             finding.code == FindingCode::kPointsUnread || finding.code == FindingCode::kBytesZeroed ||
-             finding.code == FindingCode::kLinesJoined || finding.code == FindingCode::kBraceMissing ||
-             finding.code == FindingCode::kLineCut;
-    });
-  }
-
   const Wanted& OtherContents() const {
-    return reportSlots_->HasUnreadNumbers() ? kWanted.endedNumbers : kWanted.unclosedFunction;
+    return reportSlots_->IsDamaged() ? kWanted.damagedText : kWanted.unclosedFunction;
   }
 
   int CompareScanCount() {
@@ -488,6 +505,12 @@ class Comparer : Verdicts {
   // With the text of a report's function as returned by the slots.
   std::vector<source::MetadataItem> ItemsOf(int sample, int position, std::optional<int> held) {
     std::vector<source::MetadataItem> items = source_->SampleMetadata(sample);
+    if (IsUnended(sample)) {
+      std::vector<source::MetadataItem> own = std::exchange(items, reportSlots_->Items());
+      const auto isSame = [](const auto& a, const auto& b) { return a.key == b.key && a.value == b.value; };
+      if (!std::equal(own.begin(), own.end(), items.begin(), items.end(), isSame))
+        Count(kWanted.unendedSample);
+    }
     if (!held) return items;
     if (!IsReport()) {
       std::vector<source::MetadataItem> own = source_->FunctionMetadata(sample, *held);

@@ -29,14 +29,15 @@ struct AllWanted {
   Wanted folderChoice = {"Open", "a folder that is called as a data file chooses the function"};
   Wanted droppedChoice = {"OpenFileInSet", "a function that is not in the list is not chosen"};
   Wanted samplesBehindEnd = {"GetFileSampleCount", "samples behind the end of a text (Ctrl-Z) do not count"};
+  Wanted unendedSample = {"GetSampleName", "a sample that is never closed has the values of those behind it"};
   Wanted listPosition = {"GetFunctionCount", "functions go by their position in the list, not by number"};
   Wanted unlistedFunction = {"GetFunctionCount", "a function without its data file is not in the list"};
   Wanted unclosedFunction = {"GetScanCount",
                              "a function that is never closed has what is in those behind it"};
-  Wanted endedNumbers = {"GetScanCount", "a comma ends a number of a report"};
+  Wanted damagedText = {"GetScanCount", "damaged text of a report is read as it stands"};
   Wanted sharedName = {"GetFunctionName", "functions of one name end with their position in the list"};
   Wanted unnamedFunction = {"GetFunctionName", "a function without a name goes by its position in the list"};
-  Wanted lostRecord = {"GetFunctionKind", "a function whose record is zeros is one of MS in layout 0"};
+  Wanted lostRecord = {"GetFunctionKind", "a function whose record is zeros is read as MS in layout 0"};
   Wanted unknownKind = {"GetFunctionKind", "a report's function of unknown type is one of absorbance"};
   Wanted processedMobility = {"HasMobility", "processed data have the mobility of what they were made of"};
   Wanted scanDimensions = {"GetScanDimensionCount", "the dimensions of a report's scans are not known"};

@@ -18,6 +18,7 @@
 #include "masslynx/scandata/sub_scans.h"
 #include "masslynx/scandata/traces.h"
 #include "openlynx/precursor_search.h"
+#include "source/report_source.h"
 #include "spectrum/mass_spectrum.h"
 
 namespace zrml::tool {
@@ -165,8 +166,8 @@ std::optional<StoredPoints> RawSlots::ReadStoredTrace(int trace) const {
   return kept ? std::optional(std::move(points)) : std::nullopt;
 }
 
-ReportSlots::ReportSlots(const platform::SystemPath& path, bool hasUnreadNumbers)
-    : path_(path), hasUnreadNumbers_(hasUnreadNumbers), report_(openlynx::ReportStream::Open(path)) {}
+ReportSlots::ReportSlots(const platform::SystemPath& path)
+    : path_(path), report_(openlynx::ReportStream::Open(path)) {}
 
 int ReportSlots::CountSamplesOfText() const {
   using openlynx::ReportStream;
@@ -176,7 +177,9 @@ int ReportSlots::CountSamplesOfText() const {
   return count;
 }
 
-void ReportSlots::Enter(int sample) {
+void ReportSlots::Enter(int sample, bool isDamaged) {
+  number_ = sample + 1;
+  isDamaged_ = isDamaged;
   sample_ = &report_.Samples()[static_cast<std::size_t>(sample)];
   report_.FunctionsOf(*sample_);
   own_ = *sample_;
@@ -196,6 +199,10 @@ void ReportSlots::Enter(int sample) {
     if (!function.isAnalog && function.HasBlocks()) listed_.push_back(i);
   }
 }
+
+std::string ReportSlots::Name() { return source::SampleNameOf(report_, *sample_, number_); }
+
+std::vector<source::MetadataItem> ReportSlots::Items() { return source::SampleItemsOf(report_, *sample_); }
 
 source::Function ReportSlots::Describe(int position) {
   constexpr std::array kKinds = {source::FunctionKind::kOther, source::FunctionKind::kMs,
@@ -223,7 +230,7 @@ std::optional<std::string> ReportSlots::TextOf(int position) {
 std::optional<SlotScans> ReportSlots::OtherScans(int position) {
   const std::span<const std::uint64_t> spectra = sample_->SpectraOf(At(position));
   const openlynx::Function& own = OwnAt(position);
-  if (!hasUnreadNumbers_ && own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
+  if (!isDamaged_ && own.HasBlocks() && own.spectra.Size() == spectra.size()) return std::nullopt;
   SlotScans others = {.read = [this, spectra](int scan) -> std::optional<StoredPoints> {
     const auto head = report_.ReadSpectrumHead(spectra[static_cast<std::size_t>(scan)]);
     openlynx::Points points = report_.ReadPoints(head);
@@ -244,7 +251,7 @@ std::optional<SlotScans> ReportSlots::OtherScans(int position) {
 std::optional<TraceList> ReportSlots::OtherTraces(int position) {
   const std::span<const std::uint64_t> traces = sample_->ChromatogramsOf(At(position));
   const openlynx::Function& own = OwnAt(position);
-  if (!hasUnreadNumbers_ && own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
+  if (!isDamaged_ && own.HasBlocks() && own.chromatograms.Size() == traces.size()) return std::nullopt;
   return TracesAt({traces.begin(), traces.end()}, "Function Trace ");
 }
 
@@ -257,7 +264,7 @@ std::optional<TraceList> ReportSlots::OtherTraces() {
     traces.insert(traces.end(), more.begin(), more.end());
     held += own_.functions[i].chromatograms.Size();
   }
-  if (!hasUnreadNumbers_ && traces.size() == held) return std::nullopt;
+  if (!isDamaged_ && traces.size() == held) return std::nullopt;
   return TracesAt(std::move(traces), "Analog Trace ");
 }
 

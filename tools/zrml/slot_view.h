@@ -81,18 +81,17 @@ class RawSlots {
 /// them only. Positions of functions are those in the list of the slots.
 class ReportSlots {
  public:
-  /// `hasUnreadNumbers` when there are numbers, or lines of them, that the slots read in part and the source
-  /// not at all: with decimal commas, with other characters, over zeroed bytes, in a last
-  /// line without an end, or where braces are lost.
-  ReportSlots(const platform::SystemPath& path, bool hasUnreadNumbers);
-
-  bool HasUnreadNumbers() const { return hasUnreadNumbers_; }
+  explicit ReportSlots(const platform::SystemPath& path);
 
   /// The samples before the end of the text: the file's, or a Ctrl-Z.
   int CountSamplesOfText() const;
 
   /// Chooses the sample for everything below.
-  void Enter(int sample);
+  /// `isDamaged` when it has text that the slots read as it stands, and the source in part or not at all.
+  void Enter(int sample, bool isDamaged);
+  bool IsDamaged() const { return isDamaged_; }
+  std::string Name();
+  std::vector<source::MetadataItem> Items();
 
   int FunctionCount() const { return static_cast<int>(listed_.size()); }
   /// As a source would describe it. It may be one that the source lacks, having no blocks of its own.
@@ -122,8 +121,9 @@ class ReportSlots {
   TraceList TracesAt(std::vector<std::uint64_t> positions, const std::string& noun);
 
   platform::SystemPath path_;
-  bool hasUnreadNumbers_;
   openlynx::Report report_;
+  int number_ = 0;  // of the sample
+  bool isDamaged_ = false;
   openlynx::Sample* sample_ = nullptr;
   openlynx::Sample own_;
   std::vector<std::size_t> listed_;  // places in the sample's functions

@@ -1,0 +1,56 @@
+// zrml plugin with a damaged report: what the slots read as it stands, and the source in part or not at all.
+#include "tests/support/report_writer.h"
+#include "tests/zrml/zrml_run.h"
+#include "tools/zrml/plugin_comparison.h"
+
+namespace zrml::test {
+namespace {
+
+using tool::kWanted;
+using tool::Wanted;
+
+class DamagedReportComparisonTest : public ZrmlTest {
+ protected:
+  static ReportLines Function(const ReportLines& keys, const std::string& mass) {
+    const ReportLines head = Keys({{"Time", "1"}, {"BPI", "100"}});
+    const ReportLines list = Line("[MS]") + Line("{") + Line(mass + "\t50") + Line("}");
+    return FunctionBlock(keys + Block("[SPECTRUM]", head + list));
+  }
+  static ReportLines Survey(const std::string& mass = "100") {
+    return Function(Keys({{"Type", "MS"}}), mass);
+  }
+
+  static ReportLines Unended(const char* marker, const ReportLines& content) {
+    return Line(marker) + Line("{") + content;
+  }
+
+  std::string Make(const ReportLines& lines) const {
+    MakeFile("report.rpt", ReportText(lines));
+    return Path("report.rpt");
+  }
+
+  // How often a plug-in without faults differs in this way.
+  int CountOf(const Wanted& difference, const std::string& path) const {
+    const ProcessResult result = Run({"plugin", Argument(ZRML_PLUGIN), path});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    const std::size_t at = result.output.find(difference.reason);
+    if (at == std::string::npos) return 0;
+    return std::stoi(result.output.substr(result.output.rfind('\n', at) + 1));
+  }
+};
+
+// To the slots it has the name and the user of the second one. Both of its functions have these items.
+TEST_F(DamagedReportComparisonTest, SampleWithoutItsEnd) {
+  const ReportLines second = SampleBlock(Keys({{"FileName", "second"}, {"UserName", "u"}}) + Survey());
+  const std::string path = Make(Unended("[SAMPLE]", Keys({{"SampleID", "7"}}) + Survey()) + second);
+  EXPECT_EQ(CountOf(kWanted.unendedSample, path), 3);
+}
+
+// One count for its scans and one for its traces.
+TEST_F(DamagedReportComparisonTest, DamageIsOfItsSample) {
+  EXPECT_EQ(CountOf(kWanted.damagedText, Make(SampleBlock(Survey()) + SampleBlock(Survey()))), 0);
+  EXPECT_EQ(CountOf(kWanted.damagedText, Make(SampleBlock(Survey()) + SampleBlock(Survey("100,5")))), 2);
+}
+
+}  // namespace
+}  // namespace zrml::test
