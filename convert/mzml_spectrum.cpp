@@ -153,7 +153,7 @@ class MzmlRenderer : public Renderer {
     AppendCvParam(out, SpectrumType(function));
     if (const auto level = MsLevelOf(function.info)) AppendCvParam(out, cv::kMsLevel, std::to_string(*level));
     AppendPolarity(out, function.info.polarity);
-    AppendCvParam(out, RepresentationOf(function, spectrum));
+    AppendCvParam(out, RepresentationOf(spectrum));
     AppendSummary(out, spectrum);
     AppendScan(out, function.info, entry.minutes, spectrum.process);
     AppendPrecursor(out, spectrum.scan.precursorMz.value_or(0));
@@ -166,14 +166,12 @@ class MzmlRenderer : public Renderer {
     out += "</binaryDataArrayList>\n</spectrum>\n";
   }
 
-  // For a report's spectrum without points, and for one of a function whose type is lost, profile only means
-  // that nothing says otherwise.
-  const CvTerm& RepresentationOf(const RunFunction& function, const Spectrum& spectrum) const {
+  // For a report's spectrum without points profile only means that nothing says otherwise.
+  const CvTerm& RepresentationOf(const Spectrum& spectrum) const {
     if (spectrum.scan.isKindUnknown) return cv::kRepresentation;
     if (spectrum.scan.isCentroided || spectrum.isPicked) return cv::kCentroid;
     const bool isReport = reader_.Plan().sourceFormat == source::Format::kReport;
-    const bool isKnown = !isReport && function.info.msLevel;
-    return !isKnown && spectrum.positions.empty() ? cv::kRepresentation : cv::kProfile;
+    return isReport && spectrum.positions.empty() ? cv::kRepresentation : cv::kProfile;
   }
 
   void AppendAbsorbance(std::string& out, std::size_t index, const RunEntry& entry) {

@@ -105,8 +105,8 @@ class Collector : public source::Onlooker {
     if (!wishes_.lockMass) return;
     const double mz = *wishes_.lockMass;
     const source::Range window = {mz - kLockMassWindow, mz + kLockMassWindow};
-    const source::ReferencePeak peak =
-        source::LargestPeak(scan.scan.isCentroided, scan.mz, scan.intensities, window);
+    const source::ReferencePeak peak = source::LargestPeak(scan.scan.isCentroided || scan.scan.isKindUnknown,
+                                                           scan.mz, scan.intensities, window);
     if (peak.intensity > 0)
       seen.references.Add({.minutes = TimeOf(scan), .total = (peak.mz - mz) / mz * kMillion});
   }

@@ -275,7 +275,8 @@ Scan RawSource::ScanAt(int, int function, int scan) {
   Scan result;
   result.minutes = entry.retentionTime;
   result.endMinutes = facts.endMinutes;
-  result.isCentroided = entry.centroided;
+  result.isKindUnknown = record.IsLost();
+  result.isCentroided = entry.centroided && !result.isKindUnknown;
   result.points =
       static_cast<std::uint32_t>(masslynx::PointCounts(record).At(static_cast<std::size_t>(scan)));
   result.totalIntensity = entry.totalIntensity;
@@ -303,7 +304,9 @@ void RawSource::ReadScans(int, int function, int first, int count, const ScanCol
     using Entry = ScanIndexEntry;
     fill(columns.minutes, [](const Entry& entry) { return entry.retentionTime; });
     fill(columns.endMinutes, [&](const Entry& entry) { return FactsOf(method, entry).endMinutes; });
-    fill(columns.areCentroided, [](const Entry& entry) { return entry.centroided ? 1 : 0; });
+    fill(columns.areCentroided, [&](const Entry& entry) {
+      return record.IsLost() ? 2 : entry.centroided ? 1 : 0;
+    });
     std::size_t scan = begin + row;
     fill(columns.points, [&](const Entry&) { return points.At(scan++); });
     fill(columns.totalIntensities, [](const Entry& entry) { return entry.totalIntensity; });

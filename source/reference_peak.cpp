@@ -32,9 +32,9 @@ std::vector<ReferencePeak> FollowPeak(Source& source, int sample, int function, 
     ThrowIfCancelled(cancel);
     const Scan scan = source.ScanAt(sample, function, i);
     const bool isLost = AreAllLost(source.ReadPoints(sample, function, i, mz, intensities));
-    ReferencePeak& peak =
-        peaks.emplace_back(isLost ? ReferencePeak{.intensity = std::numeric_limits<double>::quiet_NaN()}
-                                  : LargestPeak(scan.isCentroided, mz, intensities, window));
+    ReferencePeak& peak = peaks.emplace_back(
+        isLost ? ReferencePeak{.intensity = std::numeric_limits<double>::quiet_NaN()}
+               : LargestPeak(scan.isCentroided || scan.isKindUnknown, mz, intensities, window));
     peak.minutes = scan.minutes;
   }
   return peaks;

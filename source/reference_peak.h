@@ -16,8 +16,8 @@ struct ReferencePeak {
 };
 
 /// The most intense peak of a spectrum in the window, both ends included, without its time. The peaks of a
-/// profile are its centroids (FindCentroids), their intensity the height; of a centroided scan they are its
-/// points above 0.
+/// profile are its centroids (FindCentroids), their intensity the height; of a centroided scan, and of one
+/// that may be one or the other, they are its points above 0.
 ReferencePeak LargestPeak(bool isCentroided, std::span<const double> mz, std::span<const double> intensities,
                           Range window);
 

@@ -103,7 +103,7 @@ void Source::ReadScans(int sample, int function, int first, int count, const Sca
     };
     set(columns.minutes, scan.minutes);
     set(columns.endMinutes, scan.endMinutes);
-    set(columns.areCentroided, static_cast<std::uint8_t>(scan.isCentroided));
+    set(columns.areCentroided, static_cast<std::uint8_t>(scan.isKindUnknown ? 2 : scan.isCentroided ? 1 : 0));
     set(columns.points, scan.points);
     set(columns.totalIntensities, scan.totalIntensity.value_or(kAbsent));
     set(columns.basePeakIntensities, scan.basePeakIntensity.value_or(kAbsent));

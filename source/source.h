@@ -86,7 +86,7 @@ struct Scan {
 struct ScanColumns {
   std::span<double> minutes = {};
   std::span<double> endMinutes = {};
-  std::span<std::uint8_t> areCentroided = {};  ///< 1 or 0
+  std::span<std::uint8_t> areCentroided = {};  ///< 1 or 0; 2 where it is not known
   std::span<std::uint32_t> points = {};
   std::span<double> totalIntensities = {};
   std::span<double> basePeakIntensities = {};

@@ -118,7 +118,9 @@ class Adder {
     sum_.isAbsorbance = isAbsorbance;
   }
 
-  bool IsOfKind(bool isCentroided) const { return isCentroided == sum_.isCentroided; }
+  bool IsOfKind(const Scan& scan) const {
+    return !scan.isKindUnknown && scan.isCentroided == sum_.isCentroided;
+  }
 
   bool HasAxis(const Points& scan) const {
     return !sum_.isAbsorbance || scan.mz.empty() || axis_.mz.empty() || axis_.mz == scan.mz;
@@ -218,6 +220,7 @@ bool IsCentroidedKind(Source& source, int sample, int function, std::span<const 
                       Unsuited unsuited) {
   for (const int position : scans) {
     const Scan scan = source.ScanAt(sample, function, position);
+    if (scan.isKindUnknown) continue;
     if (scan.points > 0 || unsuited == Unsuited::kAreAnError) return scan.isCentroided;
   }
   return source.ScanAt(sample, function, scans.front()).isCentroided;
@@ -251,11 +254,13 @@ struct Task {
   }
 };
 
+bool MayBeProfile(const Scan& scan) { return !scan.isCentroided && !scan.isKindUnknown; }
+
 std::vector<int> OrderByPoints(const Task& task) {
   std::vector<std::size_t> weights;
   for (const int position : task.scans) {
     const Scan scan = task.At(position);
-    weights.push_back(scan.isCentroided ? 0 : scan.points);
+    weights.push_back(MayBeProfile(scan) ? scan.points : 0);
   }
   return InOrder(task.scans, weights);
 }
@@ -267,7 +272,7 @@ std::vector<int> OrderBySteps(const Task& task, GridSteps& steps) {
   for (const int position : task.scans) {
     task.Read(position, points);
     const Values mz = SamplesOf(points).mz;
-    const bool isAdded = !task.At(position).isCentroided && mz.size() >= kShortestProfile &&
+    const bool isAdded = MayBeProfile(task.At(position)) && mz.size() >= kShortestProfile &&
                          CanBeAdded(points.mz) && CanBeAdded(points.intensities);
     if (isAdded) steps.Learn(mz);
     weights.push_back(isAdded ? 1 + CountEvenSteps(mz) : 0);
@@ -353,7 +358,7 @@ void TakeOffAbsorbance(const Points& background, Points& sum) {
 void AddScan(const Task& task, int position, Points& points, Adder& adder) {
   const std::size_t lost = task.Read(position, points);
   const bool isLeftOut = task.unsuited == Unsuited::kAreLeftOut;
-  const bool isOfKind = (isLeftOut && points.mz.empty()) || adder.IsOfKind(task.At(position).isCentroided);
+  const bool isOfKind = (isLeftOut && points.mz.empty()) || adder.IsOfKind(task.At(position));
   if (isOfKind && adder.HasAxis(points)) {
     adder.Add(position, points, lost);
   } else if (isLeftOut) {

@@ -171,9 +171,10 @@ class Scan(Spectrum):
         return float(self._described().end_minutes)
 
     @property
-    def is_centroided(self) -> bool:
-        """Whether points are peaks, not samples of a profile."""
-        return bool(self._described().is_centroided)
+    def is_centroided(self) -> bool | None:
+        """Whether points are peaks, not samples of a profile; None where damage hides it."""
+        kind = self._described().is_centroided
+        return None if kind < 0 else bool(kind)
 
     @property
     def precursor_mz(self) -> float:

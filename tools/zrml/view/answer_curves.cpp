@@ -98,12 +98,12 @@ void AddPointFacts(const Curve& curve, Json& facts) {
 }
 
 // The curve as a spectrum, or its centroids when the question wants them.
-Answer SpectrumAnswer(const Question& question, Curve curve, bool isCentroided) {
+Answer SpectrumAnswer(const Question& question, Curve curve, std::optional<bool> isCentroided) {
   Answer answer;
   AddPointFacts(curve, answer.facts);
-  answer.facts["isCentroided"] = isCentroided;
-  answer.facts["areCentroids"] = isCentroided;
-  if (!isCentroided && question.Word("centroids") == "1") {
+  answer.facts["isCentroided"] = isCentroided ? Json(*isCentroided) : Json();
+  answer.facts["areCentroids"] = isCentroided.value_or(true);
+  if (isCentroided == false && question.Word("centroids") == "1") {
     Curve centroids;
     FindCentroids(curve.x, curve.y, {}, centroids.x, centroids.y);
     curve = std::move(centroids);
@@ -157,7 +157,8 @@ Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
   } else {
     read = source.ReadPoints(at.sample, at.function, position, curve.x, curve.y);
   }
-  Answer answer = SpectrumAnswer(question, std::move(curve), scan.isCentroided);
+  Answer answer = SpectrumAnswer(question, std::move(curve),
+                                 scan.isKindUnknown ? std::nullopt : std::optional(scan.isCentroided));
   Json& facts = answer.facts;
   facts["scan"] = position;
   facts["minutes"] = scan.minutes;

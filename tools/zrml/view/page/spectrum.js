@@ -207,7 +207,7 @@ export class SpectrumPanel {
       facts.precursorMz ? `precursor ${fixed(facts.precursorMz, 4)}${facts.isPrecursorOfMethod ? ' (of the method)' : ''}` : '',
       facts.basePeak !== null ? `base peak ${fixed(facts.basePeakMz, 4)}: ${amount(facts.basePeak)}` : 'no points',
       f.isAbsorbance ? '' : `total ${amount(facts.total)}`,
-      `${counted(facts.points, 'point')}${facts.isCentroided ? '' : facts.areCentroids ? ', centroids' : ', profile'}`,
+      `${counted(facts.points, 'point')}${facts.isCentroided !== false ? '' : facts.areCentroids ? ', centroids' : ', profile'}`,
       facts.leftOut ? `${counted(facts.leftOut, 'scan')} left out` : '',
       facts.lost ? `${counted(facts.lost, 'point')} lost` : '',
       facts.process || '',
