@@ -121,21 +121,22 @@ class BlockSweep {
 /// Finds what ReadKeys would find in each of many blocks: calls `use(key, value, blocks)` with the number of
 /// a key, a value, and the numbers of the blocks for which it is the first value. For careful readers also
 /// with an empty value that is cut where zeros ahead of the first marker inside a block may be in place of
-/// its value.
+/// its value. To them a block has no values from behind the marker of a block in it: where its closing brace
+/// is lost, they are of others.
 template <std::size_t N, class Use>
 class KeySweep {
  public:
   static constexpr bool kEveryLine = true;
 
-  KeySweep(const std::array<std::string_view, N>& keys, Use& use, bool isCareful)
-      : keys_(keys), use_(use), isCareful_(isCareful) {}
+  KeySweep(const std::array<std::string_view, N>& keys, Use& use, const ReportStream& stream)
+      : keys_(keys), use_(use), stream_(stream) {}
 
   void Line(std::string_view line, std::span<const std::size_t> open) {
     isHead_ = isHead_ && RankOf(line) == kNoRank;
-    if (isCareful_ && isHead_ && line.find('\0') != std::string_view::npos) Hide(open);
+    if (stream_.IsCareful() && isHead_ && line.find('\0') != std::string_view::npos) Hide(open);
     for (found_ = 0; found_ < N && !BeginsWith(line, keys_[found_]);) ++found_;
     if (found_ == N) return;
-    value_ = ValueOf(line, keys_[found_]);
+    value_ = ValueOf(line, keys_[found_], stream_.IsAtEnd());
     if (value_.text.empty()) {
       found_ = N;
     } else {
@@ -147,6 +148,7 @@ class KeySweep {
 
   void Began(std::span<const std::size_t> open) {
     isHead_ = true;
+    if (stream_.IsCareful()) given_.fill(open.size() - 1);
     if (found_ != N) Give(open);
   }
 
@@ -181,7 +183,7 @@ class KeySweep {
 
   const std::array<std::string_view, N>& keys_;
   Use& use_;
-  bool isCareful_;
+  const ReportStream& stream_;
   bool isHead_ = false;    // no marker has come since the last block began
   std::size_t found_ = N;  // the key of the last line
   LineValue value_;
@@ -192,7 +194,7 @@ class KeySweep {
 template <std::size_t N, class Use>
 void ReadKeysOfAll(ReportStream& stream, std::span<const std::uint64_t> positions,
                    const std::array<std::string_view, N>& keys, Use use) {
-  KeySweep<N, Use> visitor(keys, use, stream.IsCareful());
+  KeySweep<N, Use> visitor(keys, use, stream);
   BlockSweep(stream, positions, visitor).Run();
 }
 

@@ -14,12 +14,12 @@ using namespace report_format;
 std::string_view TextOf(std::string_view piece) { return piece.substr(0, piece.find('\0')); }
 
 // The first open key that the line begins with takes the rest of the line; an empty rest leaves it open.
-void TryKeys(std::string_view line, std::span<KeyValue> keys) {
+void TryKeys(std::string_view line, bool isLast, std::span<KeyValue> keys) {
   const auto key = std::find_if(keys.begin(), keys.end(), [&](const KeyValue& entry) {
     return entry.value.empty() && line.starts_with(entry.key);
   });
   if (key == keys.end()) return;
-  const LineValue value = ValueOf(line, key->key);
+  const LineValue value = ValueOf(line, key->key, isLast);
   if (value.text.empty()) return;
   key->value = value.text;
   key->isHidden = value.isCut;
@@ -81,10 +81,11 @@ bool BlockWalk::NextMarked(std::string_view& line) {
   return stream_.NextMarked(line) && Take(line);
 }
 
-LineValue ValueOf(std::string_view line, std::string_view key) {
+LineValue ValueOf(std::string_view line, std::string_view key, bool isLast) {
   const std::string_view text = TextOf(line);
   const std::string_view value = Trim(text.substr(key.size()));
-  return {value, !value.empty() && text.ends_with(value)};
+  const bool mayGoOn = isLast || text.size() < line.size();
+  return {value, mayGoOn && !value.empty() && text.ends_with(value)};
 }
 
 bool Contains(std::string_view value, std::string_view part) {
@@ -109,7 +110,7 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
     if (isListSought) FindHidden(line, keys);
     isBehindZeros =
         isBehindZeros || (isListSought && stream.IsCareful() && HasZeros(line, kZerosBetweenLists));
-    TryKeys(line, keys);
+    TryKeys(line, stream.IsAtEnd(), keys);
     areFilled = std::all_of(keys.begin(), keys.end(), isFilled);
   }
   if (isBehindZeros) HideScale(keys);

@@ -76,7 +76,8 @@ struct LineValue {
   std::string_view text;
   bool isCut = false;  ///< it may go on: right behind it is a NUL, or the end of the file without a line end
 };
-LineValue ValueOf(std::string_view line, std::string_view key);
+/// `isLast` when the file ends with the line, which may be a piece of one.
+LineValue ValueOf(std::string_view line, std::string_view key, bool isLast = false);
 
 bool Contains(std::string_view value, std::string_view part);
 
@@ -157,7 +158,8 @@ std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, Use use) 
   const auto isHidden = [&](std::string_view rest) {
     if (!hides) return false;
     const std::size_t end = rest.find_first_not_of("eE+-");
-    if (end == std::string_view::npos || rest[end] == '\0') return true;
+    if (end == std::string_view::npos) return stream.IsAtEnd();
+    if (rest[end] == '\0') return true;
     return rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9';
   };
   // Enough zeros may be in place of the end of this list and the front of another one.

@@ -69,8 +69,7 @@ constexpr FaultText kTexts[] = {
      "markers that are indented, in small letters or behind other text, which are not read"},
     {FindingCode::kBlockUnopened, "a marker without a line that begins with { behind it",
      "markers without a line that begins with { behind them"},
-    {FindingCode::kBraceMissing, "a marker ahead of which } is missing",
-     "markers ahead of which } is missing"},
+    {FindingCode::kBraceMissing, "a marker with } missing before it", "markers with } missing before them"},
     {FindingCode::kBraceStray, "a brace that closes no block", "braces that close no block"},
     {FindingCode::kBytesZeroed, "a line with zeros in place of text", "lines with zeros in place of text"},
     {FindingCode::kLineCut, "a last line without an end, whose value may be cut", ""},
@@ -142,18 +141,18 @@ class FaultSearch {
 
   void Run() {
     stream_.Seek(0);
-    bool isFront = true;  // of a line: further pieces are the rest of a long line
-    char last = kClose;   // the first character of the last piece
+    bool isFront = true;      // of a line: further pieces are the rest of a long line
+    bool holdsValue = false;  // the last line
     for (std::string_view piece; stream_.Next(piece);) {
-      last = piece.front();
       if (isFront) ++number_;
       if (number_ == 1 && isFront) LookAtFirst(piece);
       if (isFront || piece.front() == kBracket || piece.front() == kOpen || piece.front() == kClose)
         LookAt(piece);
       LookForZeros(piece);
+      if (isFront) holdsValue = piece.back() != '\n' && HoldsValue(piece);
       isFront = piece.back() == '\n';
     }
-    if (!isFront && !open_.empty() && last != kOpen && last != kClose) Add(FindingCode::kLineCut, number_);
+    if (!isFront && holdsValue) Add(FindingCode::kLineCut, number_);
     End(0);
     EndList();
     AddLongerLines();
@@ -169,7 +168,7 @@ class FaultSearch {
     std::array<std::uint64_t, kNumberKeys.size()> inText = {};  // the line that has a key behind other text
   };
 
-  // Of the open blocks. The first values that are not empty count, also in inner blocks.
+  // Of the open blocks. The first values that are not empty count, also those in blocks of other kinds.
   struct OpenFunction {
     bool hasDescription = false;
     bool hasType = false;
@@ -221,6 +220,16 @@ class FaultSearch {
     AddOf(mayHideSamples ? 0 : sample_, FindingCode::kBytesZeroed, number_, {}, 1);
   }
 
+  // A value or a part of a point, which the end of the file may cut.
+  bool HoldsValue(std::string_view line) const {
+    constexpr std::string_view kNoPoints = "[{};";
+    if (open_.empty()) return false;
+    if (isInList_) return !Trim(line).empty() && !Contains(kNoPoints, line.substr(0, 1));
+    return std::any_of(std::begin(kAllKeys), std::end(kAllKeys), [&](std::string_view key) {
+      return line.starts_with(key) && !ValueOf(line, key).text.empty();
+    });
+  }
+
   std::size_t& CountOf(Block block) { return counts_[static_cast<std::size_t>(block)]; }
 
   void LookAt(std::string_view line) {
@@ -259,10 +268,16 @@ class FaultSearch {
     } else if (line.front() == kOpen) {
       open_.push_back({marker.block, RankOf(marker.text), depth_});
       ++CountOf(marker.block);
-      if (marker.block == Block::kFunction) functions_.emplace_back();
+      if (marker.block == Block::kFunction) BeginFunction();
     } else {
       Add(FindingCode::kBlockUnopened, number_ - 1, std::string(marker.text));
     }
+  }
+
+  // Functions around it have no values from behind its marker.
+  void BeginFunction() {
+    for (OpenFunction& function : functions_) function.hasDescription = function.hasType = true;
+    functions_.emplace_back();
   }
 
   // A brace or a marker leaves no room for what else a line is meant to be.
@@ -369,16 +384,14 @@ class FaultSearch {
     }
   }
 
-  // Functions that have no value of the key are the last ones.
   void LookAtName(std::string_view line, std::string_view key, std::string_view mark,
                   bool OpenFunction::*isKnown) {
     if (!line.starts_with(key)) return;
     const std::string_view value = ValueOf(line, key).text;
-    if (value.empty()) return;
-    for (auto function = functions_.rbegin(); function != functions_.rend(); ++function) {
-      if (std::exchange((*function).*isKnown, true)) break;
-      function->isAnalog = function->isAnalog || Contains(value, mark);
-    }
+    if (value.empty() || functions_.empty()) return;
+    OpenFunction& function = functions_.back();
+    if (!std::exchange(function.*isKnown, true))
+      function.isAnalog = function.isAnalog || Contains(value, mark);
   }
 
   void LookAtPoint(std::string_view line) {

@@ -108,11 +108,13 @@ void ReportStream::FoldText(std::size_t from) {
   size_ = static_cast<std::size_t>(out - buffer_.data());
 }
 
+// For IsAtEnd a piece that is as long as can be needs a byte more.
 bool ReportStream::Next(std::string_view& piece) {
+  const std::size_t enough = IsCareful() ? kPieceSize + 1 : kPieceSize;
   while (true) {
     const std::string_view window = Buffered().substr(0, kPieceSize);
     const std::size_t lineFeed = window.find('\n');
-    const bool isWhole = lineFeed != std::string_view::npos || window.size() == kPieceSize;
+    const bool isWhole = lineFeed != std::string_view::npos || Buffered().size() >= enough;
     if (!isWhole && Fill()) continue;
     piece = lineFeed != std::string_view::npos ? window.substr(0, lineFeed + 1)
                                                : Buffered().substr(0, kPieceSize);

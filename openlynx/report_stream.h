@@ -17,8 +17,8 @@ namespace zrml::openlynx {
 class ReportStream {
  public:
   /// kBinary: all bytes unchanged. kText: CR LF is folded to LF and Ctrl-Z ends the text; only for reading
-  /// from the start, since positions then count the folded bytes. kCareful: the bytes of kBinary, for readers
-  /// who want nothing that damage may have made: hosts get the grammar as it stands, tools are careful.
+  /// from the start, since positions then count the folded bytes. kCareful: the bytes of kBinary, for tools,
+  /// which leave out what may not be what was written. Hosts get what the grammar makes of it.
   enum class Mode { kBinary, kText, kCareful };
 
   ReportStream() = default;
@@ -46,6 +46,9 @@ class ReportStream {
   /// The next piece: up to and including a line feed, or kPieceSize bytes. A NUL stays in the piece; code
   /// that takes text from it stops there. Valid until the next call. False at the end or on a read error.
   bool Next(std::string_view& piece);
+
+  /// For careful readers, whether the file ends with the last piece.
+  bool IsAtEnd() const { return at_ == size_; }
 
   /// The next piece that begins with a bracket or a brace; skips those between quickly.
   bool NextMarked(std::string_view& piece);

@@ -83,10 +83,14 @@ class ReportDamageTest : public testing::Test {
   }
 
   void ExpectPoints(int scan, const Doubles& mz, const Doubles& intensities) {
+    ExpectRead(mz, intensities, scan);
+    EXPECT_EQ(source_->ScanAt(0, 0, scan).points, mz.size());
+  }
+
+  void ExpectRead(const Doubles& mz, const Doubles& intensities, int scan = 0) {
     EXPECT_EQ(Read(scan).lost, 0U);
     EXPECT_EQ(mz_, mz);
     EXPECT_EQ(intensities_, intensities);
-    EXPECT_EQ(source_->ScanAt(0, 0, scan).points, mz.size());
   }
 
   // The only finding of a kind.
@@ -127,7 +131,7 @@ TEST_F(ReportDamageTest, MarkerEndsWhatLacksItsBrace) {
     EXPECT_EQ(finding.first, last + 1);
     EXPECT_EQ(finding.subject.sample, 1);
     EXPECT_EQ(finding.problem,
-              "has a marker ahead of which } is missing: line " + std::to_string(last + 1) + " ([SPECTRUM])");
+              "has a marker with } missing before it: line " + std::to_string(last + 1) + " ([SPECTRUM])");
   }
 }
 
@@ -286,6 +290,49 @@ TEST_F(ReportDamageTest, KindOfASpectrumMayBeHidden) {
   Open(With(20, "TIC \0"s));
   EXPECT_FALSE(source_->ScanAt(0, 0, 1).isKindUnknown) << "its own line is there";
   EXPECT_TRUE(source_->ScanAt(0, 0, 1).isCentroided);
+}
+
+// Of a line that is longer than a piece the rest is other lines, and no part of the value.
+TEST_F(ReportDamageTest, EndOfAPieceCutsNoValue) {
+  const auto filled = [](const std::string& key, const std::string& value) {
+    return key + std::string(999 - key.size() - value.size(), ' ') + value;
+  };
+  Open(With(21, filled("Continuum", "FALSE") + " "));
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).isCentroided, true);
+  Open(With(5, filled("Type", "MS/MS") + "x"));
+  EXPECT_EQ(source_->Functions(0)[0].msLevel, 2);
+  Open(With(20, filled("TIC", "90") + " "));
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).totalIntensity, 90);
+  EXPECT_EQ(source_->TotalIons(0, 0).intensities[1], 90);
+  Open(With(13, filled("200.25", "50.5") + " "));
+  ExpectRead({100.125, 200.25}, {1000, 505});
+  Open(TextOf(Part(1, 19)) + filled("TIC", "90"));
+  EXPECT_FALSE(source_->ScanAt(0, 0, 1).totalIntensity) << "here the file ends";
+  Open(TextOf(Part(1, 12)) + filled("200.25", "50.5"));
+  EXPECT_EQ(Read(0).lost, 1U);
+}
+
+// Neither hides a value.
+TEST_F(ReportDamageTest, CommentsAndMarkersAreNotCut) {
+  for (const char* const line : {"; by someb", "[SPEC"}) {
+    Open(TextOf(Part(1, 15)) + line);
+    FindingOf(FindingCode::kReportCut);
+    EXPECT_EQ(source_->Findings().size(), 1U) << line;
+  }
+  Open(TextOf(Part(1, 13)) + "; by someb");
+  EXPECT_EQ(source_->Findings().size(), 1U) << "in a list";
+}
+
+// It lacks its brace, so what stands behind the marker of another one is of that one.
+TEST_F(ReportDamageTest, FunctionHasNoValuesOfAnother) {
+  const Lines other = {"[FUNCTION]", "{", "IonMode ES-", "Type MS/MS", "Description d"};
+  Open(Part(1, 4) + Part(6, 15) + other + Part(6, 29));
+  ASSERT_EQ(source_->Functions(0).size(), 2U);
+  EXPECT_EQ(source_->Functions(0)[0].name, "Function 1");
+  EXPECT_EQ(source_->Functions(0)[0].kind, FunctionKind::kOther);
+  EXPECT_EQ(source_->Functions(0)[0].polarity, Polarity::kUnknown);
+  EXPECT_EQ(source_->Functions(0)[1].name, "ES- MS/MS d");
+  EXPECT_EQ(source_->Functions(0)[1].msLevel, 2);
 }
 
 TEST_F(ReportDamageTest, TypeOfAFunctionMayBeHidden) {

@@ -487,8 +487,10 @@ TEST_F(ZeroedReportTest, KindOfASpectrumIsNotClaimed) {
   EXPECT_EQ(Count(mzml, "name=\"centroid spectrum\""), 1);
   EXPECT_EQ(Count(mzml, "name=\"profile spectrum\""), 0);
   EXPECT_EQ(Count(mzml, "name=\"spectrum representation\""), 1);
-  for (const char* const choice : {"--damaged", "--centroid"}) {  // peaks of peaks would be others
-    const ProcessResult mgf = Run({"convert", path, "--damaged", choice, "--format", "mgf", "--stdout"});
+  for (const bool isCentroid : {false, true}) {  // peaks of peaks would be others
+    std::vector<std::string> arguments = {"convert", path, "--damaged", "--format", "mgf", "--stdout"};
+    if (isCentroid) arguments.emplace_back("--centroid");
+    const ProcessResult mgf = Run(arguments);
     EXPECT_EQ(mgf.status, 0) << mgf.errors;
     EXPECT_EQ(Count(mgf.output, "\n100 50\n200 100\n"), 2);
   }

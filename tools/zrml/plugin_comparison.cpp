@@ -215,7 +215,7 @@ class Comparer : Verdicts {
 
   source::Function FunctionAt(int sample, int position) {
     const int held = list_.positions[static_cast<std::size_t>(position)];
-    const bool isOther = held == kNotHeld || (IsReport() && reportSlots_->IsDamaged());
+    const bool isOther = held == kNotHeld || (IsReport() && reportSlots_->HasOtherTexts(position));
     if (isOther) return reportSlots_->Describe(position);
     const source::Function& function = source_->Functions(sample)[static_cast<std::size_t>(held)];
     return IsLost(function) ? rawSlots_->Describe(function.id) : function;
@@ -262,7 +262,8 @@ class Comparer : Verdicts {
       const source::Function function = FunctionAt(sample, position);
       ++uses_[BaseName(function)].listed;
       const bool isOther = OtherScansOf(sample, position).has_value();
-      list_.hasOtherScans = list_.hasOtherScans || isOther;
+      const bool hasOtherTexts = IsReport() && reportSlots_->HasOtherTexts(position);
+      list_.hasOtherScans = list_.hasOtherScans || isOther || hasOtherTexts;
       list_.hasEmptyLevel = list_.hasEmptyLevel || (!isOther && function.msLevel == 1 &&
                                                     source_->ScanCount(sample, list_.positions[i]) == 0);
     }

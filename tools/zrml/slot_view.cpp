@@ -258,13 +258,15 @@ std::optional<TraceList> ReportSlots::OtherTraces(int position) {
 std::optional<TraceList> ReportSlots::OtherTraces() {
   std::vector<std::uint64_t> traces;
   std::size_t held = 0;
+  bool areSame = !isDamaged_;
   for (std::size_t i = 0; i < own_.functions.size(); ++i) {
+    areSame = areSame && !HasOthers(i);
     if (!own_.functions[i].isAnalog) continue;
     const std::span<const std::uint64_t> more = sample_->ChromatogramsOf(sample_->functions[i]);
     traces.insert(traces.end(), more.begin(), more.end());
     held += own_.functions[i].chromatograms.Size();
   }
-  if (!isDamaged_ && traces.size() == held) return std::nullopt;
+  if (areSame && traces.size() == held) return std::nullopt;
   return TracesAt(std::move(traces), "Analog Trace ");
 }
 

@@ -90,6 +90,10 @@ class ReportSlots {
   /// `isDamaged` when it has text that the slots read as it stands, and the source in part or not at all.
   void Enter(int sample, bool isDamaged);
   bool IsDamaged() const { return isDamaged_; }
+  /// Of a function; one that contains others may have their texts, too.
+  bool HasOtherTexts(int position) const {
+    return isDamaged_ || HasOthers(listed_[static_cast<std::size_t>(position)]);
+  }
   std::string Name();
   std::vector<source::MetadataItem> Items();
 
@@ -111,6 +115,11 @@ class ReportSlots {
   bool HasOnlyAnalog() const;
 
  private:
+  // Whether others may be inside a function, by its place in the sample.
+  bool HasOthers(std::size_t place) const {
+    const std::vector<openlynx::Function>& all = sample_->functions;
+    return place + 1 < all.size() && all[place + 1].group == all[place].group;
+  }
   openlynx::Function& At(int position) {
     return sample_->functions[listed_[static_cast<std::size_t>(position)]];
   }
