@@ -52,5 +52,17 @@ TEST_F(DamagedReportComparisonTest, DamageIsOfItsSample) {
   EXPECT_EQ(CountOf(kWanted.damagedText, Make(SampleBlock(Survey()) + SampleBlock(Survey("100,5")))), 2);
 }
 
+// To the slots the first one has the type, the ion mode and the spectrum of the second one.
+TEST_F(DamagedReportComparisonTest, FunctionWithoutItsEnd) {
+  const ReportLines products = Function(Keys({{"Type", "MS/MS"}, {"IonMode", "ES-"}}), "200");
+  const ReportLines spectrum =
+      Block("[SPECTRUM]", Keys({{"Time", "1"}}) + Line("[MS]") + Line("{") + Line("}"));
+  EXPECT_EQ(CountOf(kWanted.unclosedFunction, Make(SampleBlock(Unended("[FUNCTION]", spectrum + products)))),
+            2);
+  const ReportLines analog = Function(Keys({{"Description", "ANALOG"}}), "200");
+  EXPECT_EQ(CountOf(kWanted.unclosedFunction, Make(SampleBlock(Unended("[FUNCTION]", spectrum + analog)))),
+            0);
+}
+
 }  // namespace
 }  // namespace zrml::test
