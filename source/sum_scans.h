@@ -27,7 +27,8 @@ struct ScanSum {
 };
 
 /// What becomes of scans that cannot be added to the others: of the other kind, peaks or a profile, than the
-/// first one, which is the first one with points when they are left out; of absorbance, those with other
+/// first one, which is the first one with points when they are left out; of a kind that damage hides; of
+/// absorbance, those with other
 /// wavelengths. Left out in any case are scans whose points are all lost, those with an m/z or an intensity
 /// that is beyond 1e100 or no number, so that a sum never is, and profiles of one or two points, unless there
 /// are no others: then these are added point by point. Other scans without points are added, but for those of

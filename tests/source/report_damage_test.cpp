@@ -10,6 +10,7 @@
 #include "plugin/report_server.h"
 #include "source/formats.h"
 #include "source/point_filter.h"
+#include "source/sum_scans.h"
 #include "tests/support/temp_directory.h"
 
 namespace zrml::source {
@@ -270,6 +271,21 @@ Lines With(std::size_t line, const std::string& by) {
   Lines lines = kSound;
   lines[line - 1] = by;
   return lines;
+}
+
+// Such a scan is not added, and does not decide what is: here the second one, of two points, and then the
+// first.
+TEST_F(ReportDamageTest, ScansOfUnknownKindAreLeftOutOfSums) {
+  const int both[] = {0, 1};
+  const auto sum = [&] { return SumScans(*source_, 0, 0, both, {}, Unsuited::kAreLeftOut); };
+  Open(With(21, "Continuum FALS\0"s));
+  EXPECT_FALSE(sum().isCentroided);
+  EXPECT_EQ(sum().added, std::vector<int>{0});
+  EXPECT_EQ(sum().leftOut, 1);
+  Open(With(8, "\0"s));
+  EXPECT_TRUE(sum().isCentroided);
+  EXPECT_EQ(sum().added, std::vector<int>{1});
+  EXPECT_EQ(sum().leftOut, 1);
 }
 
 // Whether it is centroided: neither that it is, nor that it is not.

@@ -1,4 +1,4 @@
-// zrml plugin with a damaged report: what the slots read as it stands, and the source in part or not at all.
+// zrml plugin with a damaged source: what the slots read as it stands, and the source in part or not at all.
 #include "tests/support/report_writer.h"
 #include "tests/zrml/zrml_run.h"
 #include "tools/zrml/plugin_comparison.h"
@@ -9,7 +9,7 @@ namespace {
 using tool::kWanted;
 using tool::Wanted;
 
-class DamagedReportComparisonTest : public ZrmlTest {
+class DamagedSourceComparisonTest : public ZrmlTest {
  protected:
   static ReportLines Function(const ReportLines& keys, const std::string& mass) {
     const ReportLines head = Keys({{"Time", "1"}, {"BPI", "100"}});
@@ -40,20 +40,20 @@ class DamagedReportComparisonTest : public ZrmlTest {
 };
 
 // To the slots it has the name and the user of the second one. Both of its functions have these items.
-TEST_F(DamagedReportComparisonTest, SampleWithoutItsEnd) {
+TEST_F(DamagedSourceComparisonTest, SampleWithoutItsEnd) {
   const ReportLines second = SampleBlock(Keys({{"FileName", "second"}, {"UserName", "u"}}) + Survey());
   const std::string path = Make(Unended("[SAMPLE]", Keys({{"SampleID", "7"}}) + Survey()) + second);
   EXPECT_EQ(CountOf(kWanted.unendedSample, path), 3);
 }
 
 // One count for its scans and one for its traces.
-TEST_F(DamagedReportComparisonTest, DamageIsOfItsSample) {
+TEST_F(DamagedSourceComparisonTest, DamageIsOfItsSample) {
   EXPECT_EQ(CountOf(kWanted.damagedText, Make(SampleBlock(Survey()) + SampleBlock(Survey()))), 0);
   EXPECT_EQ(CountOf(kWanted.damagedText, Make(SampleBlock(Survey()) + SampleBlock(Survey("100,5")))), 2);
 }
 
 // To the slots the first one has the type, the ion mode and the spectrum of the second one.
-TEST_F(DamagedReportComparisonTest, FunctionWithoutItsEnd) {
+TEST_F(DamagedSourceComparisonTest, FunctionWithoutItsEnd) {
   const ReportLines products = Function(Keys({{"Type", "MS/MS"}, {"IonMode", "ES-"}}), "200");
   const ReportLines spectrum =
       Block("[SPECTRUM]", Keys({{"Time", "1"}}) + Line("[MS]") + Line("{") + Line("}"));
@@ -62,6 +62,15 @@ TEST_F(DamagedReportComparisonTest, FunctionWithoutItsEnd) {
   const ReportLines analog = Function(Keys({{"Description", "ANALOG"}}), "200");
   EXPECT_EQ(CountOf(kWanted.unclosedFunction, Make(SampleBlock(Unended("[FUNCTION]", spectrum + analog)))),
             0);
+}
+
+// The second of three records, which the source leaves out.
+TEST_F(DamagedSourceComparisonTest, TraceWithZeros) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.analogNames = {};
+  raw.analogs = {};
+  raw.chroms = {{"pressure", {{0.5F, 2}, {0, 0}, {0.75F, 3}}}};
+  EXPECT_EQ(CountOf(kWanted.zeroedTrace, ZrmlTest::Make("run.raw", raw)), 1);
 }
 
 }  // namespace
