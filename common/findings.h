@@ -147,7 +147,7 @@ struct Finding {
   /// Number of the first one, from 1; 0 when they have no numbers. With kTimesReturn that of a record, in the
   /// order of the index; with other codes about scans that of a scan, in order of time.
   std::uint64_t first = 0;
-  Numbers scans = {};       ///< that it is about; none when it is about the whole subject
+  Numbers scans = {};  ///< that it is about; none when it is about the whole subject
 
   /// With their count and the first of them.
   void SetScans(Numbers about);
