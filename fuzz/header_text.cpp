@@ -44,7 +44,7 @@ void CheckCalibration(const std::vector<std::string_view>& lines) {
     for (const CalibrationPolynomial& polynomial : function.segmentCals) CheckPolynomial(polynomial);
     ScanIndexEntry scan;
     scan.temperatureValid = number == 3;
-    scan.segment = number;
+    scan.segment = static_cast<std::uint8_t>(number);
     for (const float mass : {0.0F, 100.0F, -5.0F, 1e30F}) CalibrateMass(function, scan, mass);
   }
 }

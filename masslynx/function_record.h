@@ -13,7 +13,6 @@ namespace zrml::masslynx {
 struct ScanIndexEntry {
   std::uint32_t dataOffset = 0;  ///< in the data file, its low 32 bits
   std::uint32_t pointCount = 0;  ///< stored points, 22 bits
-  std::uint32_t segment = 0;     ///< calibration segment 1 to 31, 0 none
   float totalIntensity = 0;
   float retentionTime = 0;  ///< minutes
   // From the statistics file; 0 if there is none.
@@ -23,6 +22,7 @@ struct ScanIndexEntry {
   float precursorMass = 0;           ///< valid when bit 0 of precursorFlags is set
   std::uint16_t precursorFlags = 0;
   std::uint16_t dataOffsetHigh = 0;  ///< of an offset that the index omits; see IndexView
+  std::uint8_t segment = 0;          ///< of the calibration, 1 to 31; 0 none
   bool temperatureValid = false;
   bool centroided = false;
   bool preCalibrated = false;  ///< masses are stored calibrated
@@ -37,6 +37,8 @@ struct ScanIndexEntry {
     dataOffsetHigh = static_cast<std::uint16_t>(offset >> 32);
   }
 };
+
+static_assert(sizeof(ScanIndexEntry) == 40, "there are millions of them");
 
 /// A polynomial c0 + c1 x + c2 x^2 + ... Empty: not given. With `root` it applies to the square root of the
 /// mass.

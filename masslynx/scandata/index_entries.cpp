@@ -75,7 +75,7 @@ class EntryReader {
     }
     const std::uint32_t word = LoadU32(record + format::kPackedWord);
     entry.pointCount = word & format::kPointCountMask;
-    entry.segment = (word >> format::kSegmentShift) & format::kSegmentMask;
+    entry.segment = static_cast<std::uint8_t>((word >> format::kSegmentShift) & format::kSegmentMask);
     entry.centroided =
         (word & format::kCentroidStateGiven) != 0 ? (word & format::kProfile) == 0 : centroidedByDefault_;
     entry.preCalibrated = (word & format::kPreCalibrated) != 0;

@@ -466,7 +466,7 @@ ScanIndexEntry ScanAt(float temperature, float coefficient) {
   return scan;
 }
 
-ScanIndexEntry ScanOfSegment(std::uint32_t segment) {
+ScanIndexEntry ScanOfSegment(std::uint8_t segment) {
   ScanIndexEntry scan;
   scan.segment = segment;
   return scan;
