@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <string>
 #include <utility>
 
 namespace zrml {
@@ -40,6 +41,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kHistoryCut, "history-cut", Severity::kSuspect},
     {FindingCode::kProcessUnrooted, "process-unrooted", Severity::kLost},
     {FindingCode::kProcessRepeated, "process-repeated", Severity::kNote},
+    {FindingCode::kAbsorbanceHidden, "absorbance-hidden", Severity::kNote},
     {FindingCode::kFileUnowned, "file-unowned", Severity::kLost},
     {FindingCode::kTraceListMissing, "trace-list-missing", Severity::kLost},
     {FindingCode::kTraceListCut, "trace-list-cut", Severity::kLost},
@@ -64,6 +66,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kLineCut, "line-cut", Severity::kLost},
     {FindingCode::kDecimalComma, "decimal-comma", Severity::kLost},
     {FindingCode::kNumberUnread, "number-unread", Severity::kLost},
+    {FindingCode::kRepresentationUnread, "representation-unread", Severity::kSuspect},
     {FindingCode::kPointsUnread, "points-unread", Severity::kLost},
     {FindingCode::kLinesJoined, "lines-joined", Severity::kLost},
     {FindingCode::kLinesSkipped, "lines-skipped", Severity::kSuspect},
@@ -115,6 +118,29 @@ std::uint64_t Numbers::First() const {
   const auto least = std::min_element(runs_.begin(), runs_.end(),
                                       [](const Run& a, const Run& b) { return a.first < b.first; });
   return least == runs_.end() ? 0 : least->first;
+}
+
+std::vector<Numbers::Run> Numbers::Merged() const {
+  std::vector<Run> ordered = runs_;
+  std::sort(ordered.begin(), ordered.end(), [](const Run& a, const Run& b) { return a.first < b.first; });
+  std::vector<Run> merged;
+  for (const Run& run : ordered) {
+    if (merged.empty() || run.first > merged.back().last + 1) {
+      merged.push_back(run);
+    } else {
+      merged.back().last = std::max(merged.back().last, run.last);
+    }
+  }
+  return merged;
+}
+
+std::string Numbers::Text() const {
+  std::string text;
+  for (const Run& run : Merged()) {
+    text += (text.empty() ? "" : ", ") + std::to_string(run.first);
+    if (run.last > run.first) text += '-' + std::to_string(run.last);
+  }
+  return text;
 }
 
 void Finding::SetScans(Numbers about) {

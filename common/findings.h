@@ -54,7 +54,8 @@ enum class FindingCode {
   kHistoryCut,
   kProcessUnrooted,  // a processed function without a raw function at its origin
   kProcessRepeated,  // several processed functions share a process number
-  kFileUnowned,      // data that belong to no function
+  kAbsorbanceHidden,
+  kFileUnowned,  // data that belong to no function
   kTraceListMissing,
   kTraceListCut,
   kTraceDataMissing,
@@ -78,6 +79,7 @@ enum class FindingCode {
   kLineCut,          // by the end of the file
   kDecimalComma,
   kNumberUnread,  // a value of a key that is no number
+  kRepresentationUnread,
   kPointsUnread,  // lines of a data list with one number
   kLinesJoined,   // in which two have become one
   kLinesSkipped,  // of data lists
@@ -109,6 +111,10 @@ class Numbers {
   std::uint64_t Count() const;
   /// The lowest; 0 when there is none.
   std::uint64_t First() const;
+  /// Whether others are between them.
+  bool HasGaps() const { return Merged().size() > 1; }
+  /// "17, 20-21"
+  std::string Text() const;
 
   template <class Use>
   void ForEach(Use use) const {
@@ -134,6 +140,8 @@ class Numbers {
     std::uint64_t last = 0;
   };
   void Add(const Run& run);
+  /// In their order, neighbours together.
+  std::vector<Run> Merged() const;
 
   std::vector<Run> runs_;
 };

@@ -109,7 +109,7 @@ class ProcessedFunctions {
     if (steps_ > kMostSteps) return;
     const FunctionRecord* const raw = RawFunction(history_, chain.back()->rawFunctionNumber, rawFunctions_);
     if (raw == nullptr || raw->typeCode == FunctionRecord::kNoFunction) return NoticeUnrooted(entry);
-    if (raw->typeCode == kDadType) return;
+    if (raw->typeCode == kDadType) return NoticeAbsorbance(entry);
     FunctionRecord& function = functions_.emplace_back(*raw);
     function.number = entry.processNumber;
     function.rawNumber = raw->number;
@@ -127,6 +127,14 @@ class ProcessedFunctions {
                     .file = platform::ToNativePath(ProcessedFileName(entry.processNumber, L"DAT")),
                     .problem = "goes back to no function, so it is not listed",
                     .subject = {.kind = FindingSubject::Kind::kFunction, .process = entry.processNumber}});
+  }
+
+  void NoticeAbsorbance(const Entry& entry) const {
+    if (findings_ == nullptr) return;
+    findings_->Add({.code = FindingCode::kAbsorbanceHidden,
+                    .file = platform::ToNativePath(ProcessedFileName(entry.processNumber, L"DAT")),
+                    .problem = "is processed absorbance, which is not shown",
+                    .subject = {.kind = FindingSubject::Kind::kAbsorbance, .process = entry.processNumber}});
   }
 
   void NoticeRepeated(const Entry& entry) const {

@@ -33,6 +33,23 @@ std::optional<std::size_t> FindAbsorbance(std::span<const FunctionRecord> functi
   return std::nullopt;
 }
 
+namespace {
+
+// A directory has the absorbance of one function, deliberately.
+void NoticeHiddenAbsorbance(std::span<const FunctionRecord> functions, Findings& findings) {
+  const std::optional<std::size_t> shown = FindAbsorbance(functions);
+  for (std::size_t i = 0; shown && i < *shown; ++i) {
+    if (functions[i].typeCode != kDadType || !functions[i].hasDataFile) continue;
+    findings.Add({.code = FindingCode::kAbsorbanceHidden,
+                  .file = platform::ToNativePath(FileNameOf(functions[i], L"DAT")),
+                  .problem = "is absorbance that is not shown, since function " +
+                             std::to_string(functions[*shown].number) + " is absorbance, too",
+                  .subject = SubjectOf(functions[i])});
+  }
+}
+
+}  // namespace
+
 std::optional<RawDirectory> RawDirectory::Open(const platform::SystemPath& folder) {
   const platform::File header = OpenInDirectory(folder, kHeaderName);
   if (!header.IsOpen()) return std::nullopt;
@@ -151,6 +168,7 @@ Findings RawDirectory::CollectFindings() {
     if (functions_[i].hasDataFile) NoticeZeroTail(i, findings);
   }
   refusal_ = refusal;
+  NoticeHiddenAbsorbance(functions_, findings);
   NoticeUnownedFiles(folder_, functions_, findings);
   NoticeTraces(folder_, lastScan, findings);
   return findings;

@@ -55,6 +55,18 @@ TEST(Findings, AreDocumented) {
   for (const auto& [code, row] : rows) ADD_FAILURE() << code << " is no finding";
 }
 
+TEST(Findings, NumbersAsText) {
+  Numbers numbers;
+  EXPECT_EQ(numbers.Text(), "");
+  for (const std::uint64_t number : {20, 21, 22, 25, 7}) numbers.Add(number);
+  EXPECT_EQ(numbers.Text(), "7, 20-22, 25");
+  EXPECT_TRUE(numbers.HasGaps());
+  Numbers backwards;
+  for (const std::uint64_t number : {3, 2, 2}) backwards.Add(number);
+  EXPECT_EQ(backwards.Text(), "2-3");
+  EXPECT_FALSE(backwards.HasGaps());
+}
+
 TEST(Findings, OfOneKindFileAndSubjectAreOne) {
   Findings findings;
   findings.Add({.code = FindingCode::kDataCut, .file = "a", .problem = "p", .count = 2, .first = 7});

@@ -604,5 +604,17 @@ TEST(RawFindings, HistoryThatIsCut) {
       [](const TempDirectory& directory) { directory.Truncate("_HISTORY.INF", 131); });
 }
 
+// The last one is shown.
+TEST(RawFindings, AbsorbanceThatIsNotShown) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[0].record.type = raw.functions[1].record.type = 12;
+  EXPECT_EQ(LinesOf(raw.Build()), Lines{"absorbance-hidden: _FUNC001.DAT is absorbance that is not shown, "
+                                        "since function 2 is absorbance, too"});
+  RawDirectoryBuilder processed = Processed();
+  processed.functions[1].record.type = 12;
+  EXPECT_EQ(LinesOf(processed.Build()),
+            Lines{"absorbance-hidden: _PROC001.DAT is processed absorbance, which is not shown"});
+}
+
 }  // namespace
 }  // namespace zrml::masslynx
