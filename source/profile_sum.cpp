@@ -1,9 +1,11 @@
 #include "source/profile_sum.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <span>
+#include <vector>
 
 #include "spectrum/point_merge.h"
 #include "spectrum/profile_resampling.h"
@@ -18,6 +20,9 @@ constexpr std::size_t kFewestWithGrid = 5;
 // Neighbours on one grid may be a little closer to each other than those beside them: its steps grow, and
 // masses are rounded.
 constexpr double kLeastStep = 0.75;
+
+// Points farther from each other than so many steps are no neighbours.
+constexpr double kFarthestNeighbour = 2;
 
 double StepFrom(Masses masses, std::size_t i) {
   return i + 1 < masses.size() ? masses[i + 1] - masses[i] : std::numeric_limits<double>::infinity();
@@ -56,13 +61,50 @@ bool AreOnOneGrid(Masses profile, Masses sum, StepAt stepAt) {
   return true;
 }
 
+CZRMassSpectrum ProfileOf(Masses masses, std::span<const double> intensities) {
+  CZRMassSpectrum profile;
+  profile.SetSize(static_cast<int>(masses.size()));
+  profile.CopyMasses(masses.data());
+  profile.CopyIntensities(intensities.data());
+  return profile;
+}
+
 // The points from `first` up to, not including, `end`.
 CZRMassSpectrum PartOf(const CZRMassSpectrum& spectrum, int first, int end) {
-  CZRMassSpectrum part;
-  part.SetSize(end - first);
-  part.CopyMasses(spectrum.GetMasses() + first);
-  part.CopyIntensities(spectrum.GetIntensities() + first);
-  return part;
+  const auto begin = static_cast<std::size_t>(first);
+  const auto count = static_cast<std::size_t>(end - first);
+  return ProfileOf(Masses(spectrum.MassVector()).subspan(begin, count),
+                   std::span(spectrum.IntensityVector()).subspan(begin, count));
+}
+
+// Whether no point of the sum is near the points from `first` up to, not including, `end`.
+bool AreAlone(Masses masses, std::size_t first, std::size_t end, Masses sum, const GridSteps& steps) {
+  const double low = masses[first] - kFarthestNeighbour * steps.At(masses[first]);
+  const double high = masses[end - 1] + kFarthestNeighbour * steps.At(masses[end - 1]);
+  const auto above = std::ranges::lower_bound(sum, low);
+  return above == sum.end() || *above > high;
+}
+
+struct Parts {
+  CZRMassSpectrum alone;
+  CZRMassSpectrum others;
+};
+
+// The stretches of neighbours in a profile that are alone in the sum, and all others.
+Parts PartsOf(const CZRMassSpectrum& profile, Masses sum, const GridSteps& steps) {
+  const Masses masses = profile.MassVector();
+  std::array<std::vector<double>, 2> x;
+  std::array<std::vector<double>, 2> y;
+  for (std::size_t first = 0, end = 0; first < masses.size(); first = end) {
+    end = first + 1;
+    while (end < masses.size() && StepFrom(masses, end - 1) <= kFarthestNeighbour * steps.At(masses[end]))
+      ++end;
+    const std::size_t part = AreAlone(masses, first, end, sum, steps) ? 0 : 1;
+    x[part].insert(x[part].end(), masses.begin() + first, masses.begin() + end);
+    y[part].insert(y[part].end(), profile.IntensityVector().begin() + first,
+                   profile.IntensityVector().begin() + end);
+  }
+  return {ProfileOf(x[0], y[0]), ProfileOf(x[1], y[1])};
 }
 
 // How many points of a profile would lose intensity on a grid. Its point at 0 carries none of its own, nor of
@@ -108,6 +150,11 @@ void AddProfile(CZRMassSpectrum& profile, const GridSteps& steps, CZRMassSpectru
   if (AreOnOneGrid(masses, sum.MassVector(), stepAt)) {
     sum = MergePoints(profile, sum, true);
     return;
+  }
+  Parts parts = PartsOf(profile, sum.MassVector(), steps);
+  if (parts.others.GetCount() > 1) {
+    sum = MergePoints(parts.alone, sum, true);
+    profile.Swap(parts.others);
   }
   if (static_cast<std::size_t>(sum.GetCount()) < kFewestWithGrid) sum.Swap(profile);
   Distribute(profile, sum);

@@ -118,9 +118,7 @@ class Adder {
     sum_.isAbsorbance = isAbsorbance;
   }
 
-  bool IsOfKind(const Scan& scan) const {
-    return !scan.isKindUnknown && scan.isCentroided == sum_.isCentroided;
-  }
+  bool IsOfKind(const Scan& scan) const { return scan.representation == RepresentationOf(sum_.isCentroided); }
 
   bool HasAxis(const Points& scan) const {
     return !sum_.isAbsorbance || scan.mz.empty() || axis_.mz.empty() || axis_.mz == scan.mz;
@@ -220,10 +218,10 @@ bool IsCentroidedKind(Source& source, int sample, int function, std::span<const 
                       Unsuited unsuited) {
   for (const int position : scans) {
     const Scan scan = source.ScanAt(sample, function, position);
-    if (scan.isKindUnknown) continue;
-    if (scan.points > 0 || unsuited == Unsuited::kAreAnError) return scan.isCentroided;
+    const std::optional<bool> isCentroided = IsCentroided(scan);
+    if (isCentroided && (scan.points > 0 || unsuited == Unsuited::kAreAnError)) return *isCentroided;
   }
-  return source.ScanAt(sample, function, scans.front()).isCentroided;
+  return source.ScanAt(sample, function, scans.front()).representation == Representation::kCentroid;
 }
 
 // The scans in the order in which they are added: one that gives the grid of profiles, and the others. It is
@@ -254,13 +252,13 @@ struct Task {
   }
 };
 
-bool MayBeProfile(const Scan& scan) { return !scan.isCentroided && !scan.isKindUnknown; }
+bool IsStoredAsProfile(const Scan& scan) { return scan.representation == Representation::kProfile; }
 
 std::vector<int> OrderByPoints(const Task& task) {
   std::vector<std::size_t> weights;
   for (const int position : task.scans) {
     const Scan scan = task.At(position);
-    weights.push_back(MayBeProfile(scan) ? scan.points : 0);
+    weights.push_back(IsStoredAsProfile(scan) ? scan.points : 0);
   }
   return InOrder(task.scans, weights);
 }
@@ -272,7 +270,7 @@ std::vector<int> OrderBySteps(const Task& task, GridSteps& steps) {
   for (const int position : task.scans) {
     task.Read(position, points);
     const Values mz = SamplesOf(points).mz;
-    const bool isAdded = MayBeProfile(task.At(position)) && mz.size() >= kShortestProfile &&
+    const bool isAdded = IsStoredAsProfile(task.At(position)) && mz.size() >= kShortestProfile &&
                          CanBeAdded(points.mz) && CanBeAdded(points.intensities);
     if (isAdded) steps.Learn(mz);
     weights.push_back(isAdded ? 1 + CountEvenSteps(mz) : 0);
@@ -376,24 +374,35 @@ void AddScans(const Task& task, std::span<const int> order, Adder& adder) {
   }
 }
 
-}  // namespace
-
-ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
-                 Unsuited unsuited, const Cancel& cancel) {
+ScanSum SumOfKind(const Task& task, PeakWidth width, bool isCentroided) {
   if (!(width.width >= 0)) throw Error(Status::kWrongArgument, "a peak width is not negative");
-  RequireScans(scans, source.ScanCount(sample, function));
-  const bool isAbsorbance =
-      At(source.Functions(sample), function, "function").kind == FunctionKind::kAbsorbance;
-  const bool isCentroided = IsCentroidedKind(source, sample, function, scans, unsuited);
-  const Task task = {source, sample, function, scans, unsuited, cancel};
+  const Function& function = At(task.source.Functions(task.sample), task.function, "function");
+  const bool isAbsorbance = function.kind == FunctionKind::kAbsorbance;
   Adder adder(width, isCentroided, isAbsorbance);
-  AddScans(task, isAbsorbance ? std::vector(scans.begin(), scans.end()) : OrderByPoints(task), adder);
+  AddScans(task, isAbsorbance ? std::vector(task.scans.begin(), task.scans.end()) : OrderByPoints(task),
+           adder);
   if (!adder.NeedsSteps()) return adder.Take();
   GridSteps steps;
   const std::vector<int> order = OrderBySteps(task, steps);
   Adder adderOnGrid(width, isCentroided, isAbsorbance, &steps);
   AddScans(task, order, adderOnGrid);
   return adderOnGrid.Take();
+}
+
+}  // namespace
+
+ScanSum SumScans(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
+                 Unsuited unsuited, const Cancel& cancel) {
+  RequireScans(scans, source.ScanCount(sample, function));
+  return SumOfKind({source, sample, function, scans, unsuited, cancel}, width,
+                   IsCentroidedKind(source, sample, function, scans, unsuited));
+}
+
+ScanSum SumBackground(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
+                      const ScanSum& of, const Cancel& cancel) {
+  if (of.mz.empty()) return SumScans(source, sample, function, scans, width, Unsuited::kAreLeftOut, cancel);
+  RequireScans(scans, source.ScanCount(sample, function));
+  return SumOfKind({source, sample, function, scans, Unsuited::kAreLeftOut, cancel}, width, of.isCentroided);
 }
 
 ScanSum SumScans(Source& source, int sample, int function, int first, int end, PeakWidth width,
@@ -420,10 +429,14 @@ ScanSum SumAbsorbance(Source& source, int sample, std::span<const int> scans, co
 
 void TakeOff(const ScanSum& background, PeakWidth width, ScanSum& sum) {
   if (background.added.empty())
-    throw Error(Status::kWrongArgument, "the background has no scans that can be added");
+    throw Error(Status::kWrongArgument,
+                std::string("the background has no scans") +
+                    (sum.isAbsorbance ? "" : " of the sum's kind (peaks, or profiles)") +
+                    " that can be added");
   const bool isEmpty = background.mz.empty() || sum.mz.empty();
   if (!isEmpty && background.isCentroided != sum.isCentroided)
     throw Error(Status::kWrongArgument, "the background is of another kind (peaks, or a profile)");
+  if (sum.mz.empty()) sum.isCentroided = background.isCentroided;
   Points taken = {background.mz, background.intensities};
   const auto scans = static_cast<double>(sum.added.size());
   for (double& value : taken.intensities)

@@ -49,11 +49,15 @@ ScanSum SumScans(Source& source, int sample, int function, int first, int end, P
 /// The same of a raw directory's absorbance spectra; unsuited ones are left out.
 ScanSum SumAbsorbance(Source& source, int sample, std::span<const int> scans, const Cancel& cancel = {});
 
+/// What is to be taken off a sum: scans that are unsuited for it are left out.
+ScanSum SumBackground(Source& source, int sample, int function, std::span<const int> scans, PeakWidth width,
+                      const ScanSum& of, const Cancel& cancel = {});
+
 /// Takes off the mean of the background's scans, times the number of scans in the sum; intensities may become
 /// negative. Of profiles it takes off point by point, on the grid that they have together. Each peak is taken
-/// off the nearest one within half the width around it; where there is none it stays alone, negative. Throws
-/// Error (kWrongArgument) when the background is of another kind, has other wavelengths or no scans that were
-/// added.
+/// off the nearest one within half the width around it; where there is none it stays alone, negative. A sum
+/// without points becomes one of the background's kind. Throws Error (kWrongArgument) when the background is
+/// of another kind, has other wavelengths or no scans that were added.
 void TakeOff(const ScanSum& background, PeakWidth width, ScanSum& sum);
 
 /// Divides by the number of scans.

@@ -96,5 +96,21 @@ TEST(ProfileSum, PointsAtZeroKeepTheirIntensity) {
             (Pairs{{-1, 7}, {0, 1}, {2, 5}, {4, 5}, {6, 4}, {8, 4}, {10, 4}}));
 }
 
+// The grids are half a step apart at 901, where each of the two samples goes half to either side. Of 100 the
+// first profile says nothing, so the second one's steps, half as long, are those of the sum.
+TEST(ProfileSum, StretchesFarFromAllOthersKeepTheirSteps) {
+  const Pairs narrow = {{900, 0}, {900.5, 4}, {901, 8}, {901.5, 4}, {902, 0}};
+  const Pairs alone = {{100.25, 3}, {100.5, 6}, {100.75, 3}};
+  Pairs wide = {{100, 0}};
+  wide.insert(wide.end(), alone.begin(), alone.end());
+  for (const auto& point : Pairs{{101, 0}, {900.25, 0}, {900.75, 2}, {901.25, 2}, {901.75, 0}})
+    wide.push_back(point);
+  Pairs sum = SumOf({narrow, wide});
+  std::erase_if(sum, [](const auto& point) { return point.second == 0; });
+  Pairs expected = alone;
+  for (const auto& point : Pairs{{900.5, 5}, {901, 10}, {901.5, 5}}) expected.push_back(point);
+  EXPECT_EQ(sum, expected);
+}
+
 }  // namespace
 }  // namespace zrml::source

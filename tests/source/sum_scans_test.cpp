@@ -22,9 +22,15 @@ class SumScansTest : public testing::Test {
   std::unique_ptr<Source> Open(const std::vector<ReportPairs>& scans, bool isCentroided,
                                const std::string& base = "777") {
     ReportLines blocks;
-    for (const ReportPairs& points : scans)
-      blocks = blocks +
-               SpectrumBlock(Keys({{"BPI", base}, {"Continuum", isCentroided ? "FALSE" : "TRUE"}}), points);
+    for (const ReportPairs& points : scans) blocks = blocks + Block(points, isCentroided, base);
+    return Open(blocks);
+  }
+
+  static ReportLines Block(const ReportPairs& points, bool isCentroided, const std::string& base = "100") {
+    return SpectrumBlock(Keys({{"BPI", base}, {"Continuum", isCentroided ? "FALSE" : "TRUE"}}), points);
+  }
+
+  std::unique_ptr<Source> Open(const ReportLines& blocks) {
     directory_.WriteText("sum.rpt", ReportText(SampleBlock(FunctionBlock(blocks))));
     const auto path = (directory_.Path() / "sum.rpt").u8string();
     return Source::Open({path.begin(), path.end()});
@@ -38,7 +44,7 @@ class SumScansTest : public testing::Test {
     spectrum.SetSize(static_cast<int>(mz.size()));
     spectrum.CopyMasses(mz.data());
     spectrum.CopyIntensities(intensities.data());
-    spectrum.SetCentroided(source.ScanAt(0, 0, scan).isCentroided);
+    spectrum.SetCentroided(*IsCentroided(source.ScanAt(0, 0, scan)));
     return spectrum;
   }
 
@@ -338,6 +344,27 @@ TEST_F(SumScansTest, CanBeCancelled) {
   int asked = 0;
   EXPECT_THROW(SumScans(*source, 0, 0, 0, 8, {}, [&] { return ++asked == 3; }), Cancelled);
   EXPECT_EQ(asked, 3);
+}
+
+// The first two scans are peaks, the third one is a profile, and the fourth one empty.
+TEST_F(SumScansTest, BackgroundIsOfTheSumsKind) {
+  const ReportPairs points = {{100, 1}, {101, 2}, {102, 1}};
+  const auto source =
+      Open(Block(points, true) + Block(points, true) + Block(points, false) + Block({}, false));
+  const auto sumOf = [&](std::vector<int> scans) {
+    return SumScans(*source, 0, 0, scans, {}, Unsuited::kAreLeftOut);
+  };
+  const std::vector<int> all = {0, 1, 2, 3};
+  ScanSum profile = sumOf({2});
+  const ScanSum background = SumBackground(*source, 0, 0, all, {}, profile);
+  EXPECT_FALSE(background.isCentroided);
+  EXPECT_EQ(background.added, (std::vector<int>{2, 3}));
+  EXPECT_EQ(background.leftOut, 2);
+  ScanSum empty = sumOf({3});
+  const ScanSum peaks = SumBackground(*source, 0, 0, all, {}, empty);
+  EXPECT_EQ(peaks.added, (std::vector<int>{0, 1, 3}));
+  TakeOff(peaks, {}, empty);
+  EXPECT_TRUE(empty.isCentroided);
 }
 
 }  // namespace

@@ -146,7 +146,7 @@ TEST_F(SpectrumSumTest, LostScansAreLeftOut) {
   EXPECT_EQ(mean["scansLeftOut"], 1);
   EXPECT_EQ(mean["lostPoints"], 3);
   ExpectWrongUsage({"--function", "1", "--scans", "1", "--sum", "--minus", "1-1"},
-                   "the background has no scans that can be added");
+                   "the background has no scans of the sum's kind (peaks, or profiles) that can be added");
 }
 
 TEST_F(SpectrumSumTest, SumOfAll) {
@@ -317,18 +317,26 @@ TEST_F(SpectrumSumTest, NothingIsAddedWhereAllPointsAreLost) {
     }
   }
   ExpectFailure(Run({"spectrum", path_, "--function", "1", "--rt", "2-2", "--sum", "--minus", "2.5-2.5"}), 2,
-                "the background is of another kind (peaks, or a profile)");
+                "the background has no scans of the sum's kind (peaks, or profiles) that can be added");
 }
 
 TEST_F(SpectrumSumTest, ScansThatAreNotThere) {
   ExpectWrongUsage({"--function", "2", "--scans", "1-2,5"},
                    "there is no scan 5: function 2 has scans 1 to 2");
   ExpectWrongUsage({"--function", "2", "--rt", "7-8", "--sum"},
-                   path_ + ": none of the scans of function 2 is asked for");
+                   path_ + ": none of the scans of function 2, which are at 0.5 to 1 minutes, is asked for");
+  const std::string small = Make("small.raw");
+  ExpectFailure(Run({"spectrum", small, "--function", "3", "--sum"}), 2,
+                small + ": there are no scans of function 3");
+  const std::string report = Make("empty.rpt", SampleBlock(Keys({{"FileName", "a"}})));
+  ExpectFailure(Run({"spectrum", report, "--absorbance", "--sum"}), 2,
+                report + ": there are no absorbance scans of " + report);
+  ExpectWrongUsage({"--function", "2", "--minus", "0-1"},
+                   "--minus requires --sum or --mean (see zrml spectrum --help)");
   ExpectWrongUsage({"--function", "2", "--sum", "--minus", "7-8"},
                    path_ + ": none of the scans of function 2 is background");
   ExpectWrongUsage({"--function", "2", "--scan", "1", "--polarity", "positive"},
-                   path_ + ": none of the scans of function 2 is asked for");
+                   path_ + ": the polarity of function 2 is negative");
   EXPECT_EQ(RunRaw({"--function", "2", "--scan", "1", "--polarity", "negative"}).status, 0);
 }
 
