@@ -114,7 +114,7 @@ class Flank {
     const bool hasShared = i == length_ && i > unshared && !(DistanceTo(Mass(i)) > reach);
     sum_ = hasShared ? sum + 0.5 * valley_ : sum;
     count_ += hasShared ? 0.5 : 0;
-    ground_ = hasShared || i > length_ ? valley_ : Smooth(i);
+    ground_ = hasShared || i > length_ || IsEndOfRun(i) ? valley_ : Smooth(i);
   }
 
   // How many samples beside the apex are high enough for the curve through the top.
@@ -130,6 +130,8 @@ class Flank {
   // So far from the apex.
   double Sample(SampleIndex i) const { return samples_[kDirection * i]; }
   double Smooth(SampleIndex i) const { return SmoothSample(samples_ + kDirection * i); }
+  // A zero that was left in the profile, behind the last sample.
+  bool IsEndOfRun(SampleIndex i) const { return i == length_ && !isShared_ && Sample(i) == 0; }
   double Mass(SampleIndex i) const { return mz_[kDirection * i]; }
   double DistanceTo(double mass) const { return static_cast<double>(kDirection) * (mass - mz_[0]); }
   double Level(double top, double part) const { return valley_ + part * (top - valley_); }

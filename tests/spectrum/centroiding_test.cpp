@@ -258,6 +258,20 @@ TEST(Centroiding, ZerosThatAreLeftOutChangeNothing) {
   EXPECT_EQ(found.intensities, expected.intensities);
 }
 
+// 220 of 33 an ion are more than 6.25 ions. The means of the flank are 77.5 at the apex and 37.5 beside it,
+// so three half widths are 2.9 steps: a zero three steps away, which ends the run, is no ground.
+TEST(Centroiding, ZeroAtTheEndOfARunIsNoGround) {
+  CentroidOptions options = kAreas;
+  options.ionIntensity = 33;
+  for (Doubles flanks : {Doubles{90, 100, 20, 10}, {90, 100, 20, 10, 0}, {0, 0, 90, 100, 20, 10, 0, 0}}) {
+    EXPECT_EQ(OnAxis(flanks, options).intensities, Doubles{220});
+    std::reverse(flanks.begin(), flanks.end());
+    EXPECT_EQ(OnAxis(flanks, options).intensities, Doubles{220});
+  }
+  options.ionIntensity = 36;
+  EXPECT_EQ(OnAxis({90, 100, 20, 10}, options).intensities, Doubles{});
+}
+
 // Single ions, three samples apart, around a peak: it is where it is, wherever that is in the arrays.
 TEST(Centroiding, SingleIonsBeforeAndBehindChangeNothing) {
   const Doubles peak{4, 16, 8};
