@@ -108,7 +108,11 @@ TEST_F(TargetsTest, WhatIsWrongIsNamed) {
   ExpectRefused("mz\n1e999x\n", ", line 2: mz \"1e999x\" is not a number of 0 or more");
   ExpectRefused("mz\n100,5\n", ", line 2: mz \"100,5\" is not a number of 0 or more");
   ExpectRefused("mz\n100\t5\n", ", line 2: there are more values than names in the first line");
-  ExpectRefused("name\ncaffeine\n", ", line 2: there is neither mz nor mz_start and mz_end");
+  ExpectRefused("name\ncaffeine\n",
+                ", line 1: no column is named mz, or mz_start and mz_end; names have tabs between them");
+  ExpectRefused("mz,comment\n100,caffeine\n",
+                ", line 1: no column is named mz, or mz_start and mz_end; names have tabs between them");
+  ExpectRefused("mz\tcomment\n100\ta\n\tb\n", ", line 3: there is neither mz nor mz_start and mz_end");
   ExpectRefused("mz_start\n1\n", ", line 2: mz_start and mz_end belong together");
   ExpectRefused("mz_start\tmz_end\n2\t1\n", ", line 2: mz_start is larger than mz_end");
   ExpectRefused("mz\ttolerance\n2\t1\n", ", line 2: a tolerance needs a tolerance_unit, \"ppm\" or \"da\"");
@@ -181,9 +185,10 @@ TEST_F(TargetsTest, LinesOfJson) {
   ExpectRefused("[{\"mz\": 1},\n 2\n]", ", line 2: this is not an object");
   ExpectRefused("[{\"mz\": 1},\n\n [{\"mz\": 1}]]", ", line 3: this is not an object");
   ExpectRefused("[{\"mz\":\n1e400\n}]", ", line 2: a number is beyond the range of numbers");
-  ExpectRefused("[{\"comment\": \"a\",\n\"mz\": [\n1]}]",
-                ", line 2: mz \"array\" is not a number of 0 or more");
-  ExpectRefused("[{\"mz\": {\"mz\": 1}}]", ", line 1: mz \"object\" is not a number of 0 or more");
+  ExpectRefused("[{\"comment\": \"a\",\n\"mz\": [\n1]}]", ", line 2: mz is a list, not a number");
+  ExpectRefused("[{\"mz\": {\"mz\": 1}}]", ", line 1: mz is an object, not a number");
+  ExpectRefused("[{\"mz\": 1, \"comment\": [1]}]", ", line 1: comment is a list, not text");
+  EXPECT_EQ(Read("[{\"mz\": 100, \"adducts\": [\"H\"]}]")[0].mz, 100) << "nobody reads adducts";
   ExpectRefused("[{\"comment\": \"a\",\n\"mz\":\n-1\n}]", ", line 3: mz \"-1\" is not a number of 0 or more");
   ExpectRefused("[{\"mz\": 1},\n{\n\"comment\": \"b\"}]",
                 ", line 2: there is neither mz nor mz_start and mz_end");

@@ -147,6 +147,9 @@ std::vector<std::string_view> NamesIn(const Place& place, std::string_view line)
   std::vector<std::string_view> names = Fields(line);
   for (auto name = names.begin(); name != names.end(); ++name)
     RequireFirst(place, *name, std::find(names.begin(), name, *name) == name);
+  const auto has = [&](std::string_view name) { return std::ranges::find(names, name) != names.end(); };
+  if (!has("mz") && !has("mz_start"))
+    Refuse(place, "no column is named mz, or mz_start and mz_end; names have tabs between them");
   return names;
 }
 
@@ -206,17 +209,20 @@ class JsonEntries {
       name_ = parsed.get<std::string>();
       RequireFirst(Here(), name_, names_.insert(name_).second);
     } else if (!(event == Event::value && parsed.is_null())) {
-      if (parsed.is_string() && std::ranges::find(kNumbers, name_) != kNumbers.end())
-        RefuseNumber(Here(), name_, parsed.dump());
-      entries_.back().values[name_] = {Here(), TextOf(event, parsed)};
+      Keep(event, parsed);
     }
   }
 
-  // Names the kind of a list or an object.
-  static std::string TextOf(Event event, const json& parsed) {
-    if (event == Event::array_start) return "array";
-    if (event == Event::object_start) return "object";
-    return parsed.is_string() ? parsed.get<std::string>() : parsed.dump();
+  // Names that nobody reads may have any values.
+  void Keep(Event event, const json& parsed) {
+    if (std::ranges::find(kNames, name_) == kNames.end()) return;
+    const bool isNumber = std::ranges::find(kNumbers, name_) != kNumbers.end();
+    if (event != Event::value) {
+      Refuse(Here(), name_ + " is " + (event == Event::array_start ? "a list" : "an object") + ", not " +
+                         (isNumber ? "a number" : "text"));
+    }
+    if (parsed.is_string() && isNumber) RefuseNumber(Here(), name_, parsed.dump());
+    entries_.back().values[name_] = {Here(), parsed.is_string() ? parsed.get<std::string>() : parsed.dump()};
   }
 
   // The line of the last character that was read, or of the one before it, since a number ends with what
