@@ -57,7 +57,7 @@ std::vector<source::Chromatogram> ReadChannels(source::Source& source, const Run
   for (std::size_t scan = 0; scan < minutes.size(); ++scan) {
     const auto number = static_cast<std::int32_t>(scan);
     if (!plan.selection.Has(number, minutes[scan])) continue;
-    const Spectrum spectrum = reader.ReadMass({minutes[scan], function, number});
+    const Spectrum spectrum = reader.ReadMeasured({minutes[scan], function, number});
     if (std::isnan(minutes[scan])) continue;  // no point of a chromatogram
     std::size_t channel = 0;
     for (std::size_t i = 0; i < spectrum.positions.size(); ++i) {

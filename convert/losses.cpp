@@ -24,6 +24,8 @@ constexpr LossText kTexts[] = {
     {Loss::Kind::kPoints, "all points of scan", "scans", kCut},
     {Loss::Kind::kTotal, "the total ion current of scan", "total ion currents", kUnread},
     {Loss::Kind::kAbsorbance, "absorbance spectrum", "absorbance spectra", kUnread},
+    {Loss::Kind::kRepresentation, "scan", "scans",
+     " of which it is not known whether they are profiles, so no centroids were made of them: "},
     {Loss::Kind::kAbsorbancePoints, "all points of absorbance spectrum", "absorbance spectra", kCut},
 };
 
@@ -42,17 +44,10 @@ std::string Owner(Loss::Kind kind, const source::FunctionId& function) {
   return " of function " + source::TextOf(function);
 }
 
-// "17, 20-21".
 std::string ListOf(const std::vector<int>& numbers) {
-  std::string list;
-  for (std::size_t i = 0; i < numbers.size();) {
-    std::size_t last = i;
-    while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1) ++last;
-    list += (list.empty() ? "" : ", ") + std::to_string(numbers[i]);
-    if (last > i) list += '-' + std::to_string(numbers[last]);
-    i = last + 1;
-  }
-  return list;
+  Numbers list;
+  for (const int number : numbers) list.Add(static_cast<std::uint64_t>(number));
+  return list.Text();
 }
 
 // Acquired functions first.
@@ -70,7 +65,7 @@ std::string TextOf(const Loss& loss) {
 }
 
 void Losses::Add(Loss::Kind kind, const source::FunctionId& function, int number) {
-  if (policy_ == Policy::kRefused) {
+  if (policy_ == Policy::kRefused && kind != Loss::Kind::kRepresentation) {
     throw Error(ErrorKind::kSourceDamaged, "cannot read " + std::string(TextFor(kind).one) + ' ' +
                                                std::to_string(number) + Owner(kind, function));
   }

@@ -13,7 +13,7 @@
 namespace zrml::convert {
 
 struct Loss {
-  enum class Kind { kTrace, kScan, kPoints, kTotal, kAbsorbance, kAbsorbancePoints };
+  enum class Kind { kTrace, kScan, kPoints, kTotal, kAbsorbance, kAbsorbancePoints, kRepresentation };
 
   Kind kind = Kind::kScan;
   source::FunctionId function = {};  ///< number 0 for data of the sample itself
@@ -29,7 +29,8 @@ class Losses {
 
   explicit Losses(Policy policy) : policy_(policy) {}
 
-  /// Scan or trace `number`, from 1, of a function. Throws an Error unless losses are counted.
+  /// Scan or trace `number`, from 1, of a function. Throws an Error unless losses are counted, but not for an
+  /// unknown representation, of which nothing is left out.
   void Add(Loss::Kind kind, const source::FunctionId& function, int number);
 
   /// First those of the sample itself, then by function.

@@ -168,8 +168,10 @@ class MzmlRenderer : public Renderer {
 
   // For a report's spectrum without points profile only means that nothing says otherwise.
   const CvTerm& RepresentationOf(const Spectrum& spectrum) const {
-    if (spectrum.scan.isKindUnknown) return cv::kRepresentation;
-    if (spectrum.scan.isCentroided || spectrum.isPicked) return cv::kCentroid;
+    if (spectrum.isPicked) return cv::kCentroid;
+    const source::Representation stored = spectrum.scan.representation;
+    if (stored == source::Representation::kUnknown) return cv::kRepresentation;
+    if (stored == source::Representation::kCentroid) return cv::kCentroid;
     const bool isReport = reader_.Plan().sourceFormat == source::Format::kReport;
     return isReport && spectrum.positions.empty() ? cv::kRepresentation : cv::kProfile;
   }

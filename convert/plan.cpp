@@ -73,6 +73,15 @@ std::vector<double> AbsorbanceMinutes(Source& source, int sample) {
   return minutes;
 }
 
+// Whether the path is a data file, which selects only its own function.
+bool IsOneFunction(Source& source) {
+  if (source.GetFormat() == source::Format::kReport) return false;
+  const std::span<const Function> functions = source.Functions(0);
+  const SystemPath path = platform::FromUtf8Path(source.Path());
+  if (functions.size() != 1 || !platform::IsFile(path)) return false;
+  return ToLower(StemOf(path)) == ToLower(StemOf(platform::FromUtf8Path(functions.front().file)));
+}
+
 class Planner {
  public:
   Planner(Source& source, RunPlan& plan, Format format, const Cancel& cancel)
@@ -85,7 +94,7 @@ class Planner {
       if (!IsAbsorbance(functions[i])) AddFunction(functions[i], static_cast<int>(i));
     }
     ThrowIfCancelled(cancel_);
-    const bool isAlone = !hasWantedScans_;
+    const bool isAlone = !hasWantedScans_ && !IsOneFunction(source_);
     for (std::size_t i = 0; i < functions.size(); ++i) {
       if (!IsAbsorbance(functions[i])) continue;
       const int position = static_cast<int>(i);
@@ -126,7 +135,7 @@ class Planner {
     const Absorbance use = UseOfAbsorbance(info, plan_.selection, format_, isAlone);
     if (!minutes.empty()) {
       plan_.absorbance = std::max(plan_.absorbance, use);
-      hasFoundScans_ = hasFoundScans_ || TakesAbsorbance(format_);
+      hasFoundScans_ = hasFoundScans_ || (TakesAbsorbance(format_) && !IsOneFunction(source_));
     }
     if (use == Absorbance::kNone) return;
     plan_.functions.push_back({.info = info, .position = position, .isAbsorbance = true});
@@ -156,8 +165,8 @@ void RefuseProfiles(Source& source, const RunPlan& plan) {
   for (const RunEntry& entry : plan.entries) {
     const RunFunction& function = plan.FunctionOf(entry);
     const source::Scan scan = source.ScanAt(plan.sample, function.position, entry.scan);
-    const bool isPeaks =
-        scan.isCentroided || scan.isKindUnknown || BecomesCentroids(plan.selection, function.info, scan);
+    const bool isPeaks = scan.representation != source::Representation::kProfile ||
+                         BecomesCentroids(plan.selection, function.info, scan);
     if (isPeaks || scan.points == 0) continue;
     throw Error(ErrorKind::kProfile, "scan " + std::to_string(entry.scan + 1) + " of function " +
                                          TextOf(function.info.id) + " is a profile, and MGF is for peaks");
@@ -200,13 +209,16 @@ std::vector<MetadataItem> CollectMetadata(Source& source, int sample) {
   return items;
 }
 
-// Whether the path is a data file, which selects only its own function.
-bool IsOneFunction(Source& source) {
-  if (source.GetFormat() == source::Format::kReport) return false;
-  const std::span<const Function> functions = source.Functions(0);
-  const SystemPath path = platform::FromUtf8Path(source.Path());
-  if (functions.size() != 1 || !platform::IsFile(path)) return false;
-  return ToLower(StemOf(path)) == ToLower(StemOf(platform::FromUtf8Path(functions.front().file)));
+// The trace of the total absorbance, which is always there, is made of the times and totals of the index; the
+// function is listed if its data file is there.
+bool IsOfTotalAbsorbance(const Finding& finding) {
+  constexpr FindingCode kOfIndex[] = {
+      FindingCode::kIndexMissing, FindingCode::kIndexCut,         FindingCode::kIndexEmpty,
+      FindingCode::kIndexZeroed,  FindingCode::kTimesLost,        FindingCode::kIndexDisordered,
+      FindingCode::kTimesReturn,  FindingCode::kDataUnreferenced, FindingCode::kDataMissing,
+  };
+  return finding.subject.kind == FindingSubject::Kind::kAbsorbance &&
+         std::ranges::find(kOfIndex, finding.code) != std::end(kOfIndex);
 }
 
 }  // namespace
@@ -225,7 +237,7 @@ ConvertedSubjects::ConvertedSubjects(Source& source, int sample, const Selection
       selection_(selection),
       format_(format),
       hasUnlisted_(!IsOneFunction(source)) {
-  isAbsorbanceAlone_ = !HasWantedScans(source, sample, selection, format);
+  isAbsorbanceAlone_ = hasUnlisted_ && !HasWantedScans(source, sample, selection, format);
   for (const Function& function : source.Functions(sample)) {
     const bool isWanted = IsAbsorbance(function)
                               ? IsTaken(UseOfAbsorbance(function, selection, format, isAbsorbanceAlone_))
@@ -273,7 +285,8 @@ bool ConvertedSubjects::HasScans(const Finding& finding) const {
 }
 
 bool ConvertedSubjects::Has(const Finding& finding) const {
-  return HasSubject(finding.subject) && HasScans(finding);
+  return (HasSubject(finding.subject) && HasScans(finding)) ||
+         (TakesChromatograms(format_) && IsOfTotalAbsorbance(finding));
 }
 
 bool ConvertedSubjects::HasSubject(const FindingSubject& subject) const {

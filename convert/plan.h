@@ -45,11 +45,14 @@ inline std::optional<int> MsLevelOf(const source::Function& function) {
   return function.monitoring == source::Monitoring::kReactions ? kFragments : function.msLevel;
 }
 
-/// Whether a scan is a profile whose centroids are wanted.
+/// Whether centroids of a function's profiles are wanted.
+inline bool AreCentroidsWanted(const Selection& selection, const source::Function& function) {
+  const std::optional<NumberSet>& levels = selection.points.centroidLevels;
+  return levels && levels->Has(MsLevelOf(function)) && source::MayHaveProfiles(function);
+}
 inline bool BecomesCentroids(const Selection& selection, const source::Function& function,
                              const source::Scan& scan) {
-  const std::optional<NumberSet>& levels = selection.points.centroidLevels;
-  return levels && levels->Has(MsLevelOf(function)) && source::IsProfile(function, scan);
+  return AreCentroidsWanted(selection, function) && source::IsProfile(function, scan);
 }
 
 /// One spectrum.

@@ -26,22 +26,36 @@ Spectrum SpectrumReader::ReadOrLose(const RunEntry& entry, Read read) {
 
 Spectrum SpectrumReader::ReadMass(const RunEntry& entry) {
   return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
-    spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
-    spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
-    const source::PointsRead read =
-        source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
-    if (read.lost == 0)
-      losses_.AddFaults(
-          function.info, entry.scan + 1,
-          source::FaultsOf(plan_.sourceFormat, function.info, spectrum.scan, positions_, intensities_));
+    const source::PointsRead read = ReadPoints(entry, function, spectrum);
     const PointChoice& points = plan_.selection.points;
-    if (read.count > 0 && IsPicked(function, spectrum))
+    if (IsPicked(function, entry, spectrum))
       source::TakeCentroids(points.centroids, positions_, intensities_);
     source::Filter(points.filter, positions_, intensities_);
     spectrum.positions = positions_;
     spectrum.intensities = intensities_;
     return read;
   });
+}
+
+Spectrum SpectrumReader::ReadMeasured(const RunEntry& entry) {
+  return ReadOrLose(entry, [&](const RunFunction& function, Spectrum& spectrum) {
+    return ReadPoints(entry, function, spectrum);
+  });
+}
+
+source::PointsRead SpectrumReader::ReadPoints(const RunEntry& entry, const RunFunction& function,
+                                              Spectrum& spectrum) {
+  spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
+  spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
+  const source::PointsRead read =
+      source_.ReadPoints(plan_.sample, function.position, entry.scan, positions_, intensities_);
+  if (read.lost == 0)
+    losses_.AddFaults(
+        function.info, entry.scan + 1,
+        source::FaultsOf(plan_.sourceFormat, function.info, spectrum.scan, positions_, intensities_));
+  spectrum.positions = positions_;
+  spectrum.intensities = intensities_;
+  return read;
 }
 
 Spectrum SpectrumReader::ReadMassOrDrift(const RunEntry& entry) {
@@ -53,7 +67,7 @@ Spectrum SpectrumReader::ReadDrift(const RunEntry& entry) {
     spectrum.scan = source_.ScanAt(plan_.sample, function.position, entry.scan);
     spectrum.process = source_.ScanProcess(plan_.sample, function.position, entry.scan);
     drift_.clear();
-    const bool isPicked = IsPicked(function, spectrum);
+    const bool isPicked = IsPicked(function, entry, spectrum);
     for (int bin = 0; bin < function.driftBins; ++bin) AddDriftPoints(entry, bin, isPicked);
     TakeDriftPoints();
     const source::PointsRead read = {drift_.size()};
@@ -65,7 +79,11 @@ Spectrum SpectrumReader::ReadDrift(const RunEntry& entry) {
   });
 }
 
-bool SpectrumReader::IsPicked(const RunFunction& function, Spectrum& spectrum) const {
+bool SpectrumReader::IsPicked(const RunFunction& function, const RunEntry& entry, Spectrum& spectrum) const {
+  const bool isUnknown =
+      spectrum.scan.representation == source::Representation::kUnknown && !spectrum.positions.empty();
+  if (isUnknown && AreCentroidsWanted(plan_.selection, function.info))
+    losses_.Add(Loss::Kind::kRepresentation, function.info.id, entry.scan + 1);
   spectrum.isPicked = BecomesCentroids(plan_.selection, function.info, spectrum.scan);
   return spectrum.isPicked;
 }

@@ -31,6 +31,8 @@ class SpectrumReader {
   const RunPlan& Plan() const { return plan_; }
 
   Spectrum ReadMass(const RunEntry& entry);
+  /// All its points as they are in the file.
+  Spectrum ReadMeasured(const RunEntry& entry);
   /// The same; where there are drift bins all of them in one spectrum, by mass, then bin. Empty when one of
   /// them cannot be read.
   Spectrum ReadMassOrDrift(const RunEntry& entry);
@@ -47,10 +49,11 @@ class SpectrumReader {
   /// `read` fills what it is given; without anything when it throws.
   template <class Read>
   Spectrum ReadOrLose(const RunEntry& entry, Read read);
+  source::PointsRead ReadPoints(const RunEntry& entry, const RunFunction& function, Spectrum& spectrum);
   Spectrum ReadDrift(const RunEntry& entry);
   void AddDriftPoints(const RunEntry& entry, int bin, bool isPicked);
   /// Whether the points of a scan of mass are to become centroids; notes that in the spectrum.
-  bool IsPicked(const RunFunction& function, Spectrum& spectrum) const;
+  bool IsPicked(const RunFunction& function, const RunEntry& entry, Spectrum& spectrum) const;
   void TakeDriftPoints();
 
   source::Source& source_;

@@ -139,7 +139,7 @@ void AskScan(Source& source, const Place& at, Answer& answer) {
         "no scan outside the function");
   answer.Add(scan.minutes);
   answer.Add(scan.endMinutes);
-  answer.Add(scan.isCentroided);
+  answer.Add(static_cast<int>(scan.representation));
   answer.Add(std::uint64_t{scan.points});
   answer.Add(scan.totalIntensity);
   answer.Add(scan.basePeakIntensity);

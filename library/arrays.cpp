@@ -77,14 +77,12 @@ SumRequest RequestOf(const int* scans, std::size_t count, const zrml_sum_options
 Arrays SumOf(Source& source, const Request& request, const source::Cancel& cancel) {
   const SumRequest& wanted = request.sum;
   const source::PeakWidth width = {wanted.width, wanted.isPpm};
-  const auto add = [&](const std::vector<int>& scans) {
-    return SumScans(source, request.sample, request.function, scans, width, source::Unsuited::kAreLeftOut,
-                    cancel);
-  };
-  source::ScanSum sum = add(wanted.scans);
+  source::ScanSum sum = SumScans(source, request.sample, request.function, wanted.scans, width,
+                                 source::Unsuited::kAreLeftOut, cancel);
   source::ScanSum background;
   if (!wanted.background.empty()) {
-    background = add(wanted.background);
+    background =
+        SumBackground(source, request.sample, request.function, wanted.background, width, sum, cancel);
     TakeOff(background, width, sum);
   }
   if (wanted.isMean) MakeMean(sum);

@@ -15,9 +15,9 @@ zrml_scan RecordOf(const source::Scan& scan, int position) {
   return {
       .size = 0,
       .number = position + 1,
-      .is_centroided = scan.isKindUnknown  ? -1
-                       : scan.isCentroided ? 1
-                                           : 0,
+      .is_centroided = scan.representation == source::Representation::kUnknown
+                           ? -1
+                           : static_cast<int>(scan.representation),
       .minutes = scan.minutes,
       .end_minutes = scan.endMinutes,
       .points = scan.points,

@@ -33,6 +33,13 @@ void FindHidden(std::string_view line, std::span<KeyValue> keys) {
     each.isHidden = each.isHidden || (each.value.empty() && (hasZeros || EndsWithNumberOf(each.key, line)));
 }
 
+// Nearly all lines of a list begin with a digit.
+void FindRepresentation(std::string_view line, std::span<KeyValue> keys) {
+  if (line.front() >= '0' && line.front() <= '9') return;
+  const auto key = std::ranges::find(keys, kContinuumKey, &KeyValue::key);
+  if (key != keys.end() && key->value.empty() && HasRepresentationBehind(line)) key->isHidden = true;
+}
+
 // What follows many zeros may be another block, whose points are in percent of something else.
 void HideScale(std::span<KeyValue> keys) {
   for (KeyValue& each : keys)
@@ -106,7 +113,9 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
       found = stream.Position();
       isListSought = false;
     }
-    if (areFilled || line.front() == kClose) continue;
+    if (areFilled) continue;
+    if (stream.IsCareful()) FindRepresentation(line, keys);
+    if (line.front() == kClose) continue;
     if (isListSought) FindHidden(line, keys);
     isBehindZeros =
         isBehindZeros || (isListSought && stream.IsCareful() && HasZeros(line, kZerosBetweenLists));
@@ -126,6 +135,18 @@ std::size_t BeginOfNumber(std::string_view rest) {
   const std::size_t begin = hasOther ? 1 : rest.find_first_not_of(kBlanks);
   const bool isNumber = begin < rest.size() && isDigit(rest.find_first_not_of("+-.", begin));
   return isNumber ? begin : std::string_view::npos;
+}
+
+bool IsRepresentation(std::string_view value) { return value == kCentroided || value == kContinuum; }
+
+bool HasRepresentationBehind(std::string_view line) {
+  const std::size_t at = line.rfind(kContinuumKey);
+  if (at == 0 || at == std::string_view::npos) return false;
+  const std::string_view rest = line.substr(at + kContinuumKey.size());
+  const std::size_t begin = rest.find_first_not_of(" \t");
+  if (begin == 0 || begin == std::string_view::npos) return false;
+  const std::string value = ToUpper(rest.substr(begin, kCentroided.size()));
+  return value.starts_with(kCentroided) || value.starts_with(kContinuum);
 }
 
 bool EndsWithNumberOf(std::string_view key, std::string_view line) {

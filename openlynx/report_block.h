@@ -128,6 +128,13 @@ inline bool HasNumber(std::string_view rest) {
          BeginOfNumber(rest) != std::string_view::npos;
 }
 
+/// Whether a value of `Continuum` says what a spectrum is.
+bool IsRepresentation(std::string_view value);
+
+/// Whether `Continuum` and its value, in letters of any size, stand behind other text of the line, which may
+/// go on.
+bool HasRepresentationBehind(std::string_view line);
+
 /// Whether a key and its number stand behind other text of the line. `Process`, and keys that are not known,
 /// may say anything, such as "STATIC 5" or "Combine Time 5": behind them only the base peak counts, which
 /// points are in percent of.

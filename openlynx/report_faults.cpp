@@ -40,16 +40,17 @@ constexpr std::array<Marker, 6> kMarkers = {{
     {kTraceList, Block::kList, Block::kChromatogram, "chromatogram"},
 }};
 
-// Keys whose values are numbers.
-struct NumberKey {
+// Keys whose values are numbers, or TRUE and FALSE.
+struct ValueKey {
   std::string_view key;
   Block block;
 };
 
-constexpr std::array<NumberKey, 4> kNumberKeys = {{
+constexpr std::array<ValueKey, 5> kValueKeys = {{
     {kTimeKey, Block::kSpectrum},
     {kBpiKey, Block::kSpectrum},
     {kTicKey, Block::kSpectrum},
+    {kContinuumKey, Block::kSpectrum},
     {kMaxIntensityKey, Block::kChromatogram},
 }};
 
@@ -75,6 +76,8 @@ constexpr FaultText kTexts[] = {
     {FindingCode::kLineCut, "a last line without an end, whose value may be cut", ""},
     {FindingCode::kDecimalComma, "a line with a comma in a number", "lines with commas in numbers"},
     {FindingCode::kNumberUnread, "a value that is no number", "values that are no numbers"},
+    {FindingCode::kRepresentationUnread, "a Continuum that is neither TRUE nor FALSE, or behind other text",
+     "values of Continuum that are neither TRUE nor FALSE, or behind other text"},
     {FindingCode::kPointsUnread, "a point of which only one number is read",
      "points of which only one number is read"},
     {FindingCode::kLinesJoined, "two lines that have become one", "pairs of lines that have become one"},
@@ -134,6 +137,10 @@ bool IsLine(std::string_view text) {
   return isLine(Trim(text)) || (text.size() > 1 && isLine(text.substr(1)));
 }
 
+bool IsBehindText(std::string_view key, std::string_view line) {
+  return key == kContinuumKey ? HasRepresentationBehind(line) : EndsWithNumberOf(key, line);
+}
+
 class FaultSearch {
  public:
   FaultSearch(ReportStream& stream, const std::string& name, Findings& findings)
@@ -146,8 +153,11 @@ class FaultSearch {
     for (std::string_view piece; stream_.Next(piece);) {
       if (isFront) ++number_;
       if (number_ == 1 && isFront) LookAtFirst(piece);
-      if (isFront || piece.front() == kBracket || piece.front() == kOpen || piece.front() == kClose)
+      if (isFront || piece.front() == kBracket || piece.front() == kOpen || piece.front() == kClose) {
         LookAt(piece);
+      } else if (!isInList_) {
+        LookAtKeys(piece);  // readers find keys there, too
+      }
       LookForZeros(piece);
       if (isFront) holdsValue = piece.back() != '\n' && HoldsValue(piece);
       isFront = piece.back() == '\n';
@@ -162,10 +172,11 @@ class FaultSearch {
  private:
   struct Open {
     Block block = Block::kNone;
-    int rank = 0;                                               // of its marker
-    std::int64_t depth = 0;                                     // outside of it
-    std::array<bool, kNumberKeys.size()> isKnown = {};          // which keys have a value
-    std::array<std::uint64_t, kNumberKeys.size()> inText = {};  // the line that has a key behind other text
+    int rank = 0;                                              // of its marker
+    std::int64_t depth = 0;                                    // outside of it
+    std::array<bool, kValueKeys.size()> isKnown = {};          // which keys have a value
+    std::array<std::uint64_t, kValueKeys.size()> inText = {};  // the line that has a key behind other text
+    std::uint64_t joined = 0;                                  // the last line with a value and another line
   };
 
   // Of the open blocks. The first values that are not empty count, also those in blocks of other kinds.
@@ -342,10 +353,12 @@ class FaultSearch {
     }
   }
 
-  // A text may say anything, unless the block lacks what it says.
+  // A text may say anything, unless the block lacks what it says. A line that is two counts once.
   void LookForKeysInTexts(const Open& ended) {
-    for (std::size_t i = 0; i < kNumberKeys.size(); ++i) {
-      if (ended.inText[i] != 0 && !ended.isKnown[i]) Add(FindingCode::kLinesJoined, ended.inText[i]);
+    for (std::size_t i = 0; i < kValueKeys.size(); ++i) {
+      if (ended.inText[i] == 0 || ended.inText[i] == ended.joined || ended.isKnown[i]) continue;
+      const bool isNumber = kValueKeys[i].key != kContinuumKey;
+      Add(isNumber ? FindingCode::kLinesJoined : FindingCode::kRepresentationUnread, ended.inText[i]);
     }
   }
 
@@ -361,27 +374,47 @@ class FaultSearch {
   void LookAtKeys(std::string_view line) {
     if (open_.empty()) return;
     const Block block = open_.back().block;
-    for (std::size_t i = 0; i < kNumberKeys.size(); ++i) {
-      if (kNumberKeys[i].block != block) continue;
-      if (line.starts_with(kNumberKeys[i].key)) LookAtNumber(line, i);
-      if (EndsWithNumberOf(kNumberKeys[i].key, line)) open_.back().inText[i] = number_;
+    for (std::size_t i = 0; i < kValueKeys.size(); ++i) {
+      if (kValueKeys[i].block != block) continue;
+      if (line.starts_with(kValueKeys[i].key)) LookAtValue(line, i);
+      if (IsBehindText(kValueKeys[i].key, line)) open_.back().inText[i] = number_;
     }
     LookAtName(line, kDescriptionKey, kAnalogMark, &OpenFunction::hasDescription);
     LookAtName(line, kTypeKey, kDadMark, &OpenFunction::hasType);
   }
 
   // The first value that is not empty counts.
-  void LookAtNumber(std::string_view line, std::size_t key) {
-    std::string_view value = ValueOf(line, kNumberKeys[key].key).text;
-    if (value.empty() || std::exchange(open_.back().isKnown[key], true)) return;
+  void LookAtValue(std::string_view line, std::size_t position) {
+    const std::string_view key = kValueKeys[position].key;
+    const LineValue value = ValueOf(line, key, stream_.IsAtEnd());
+    if (value.text.empty() || std::exchange(open_.back().isKnown[position], true)) return;
+    if (key != kContinuumKey) return LookAtNumber(value.text, key);
+    if (!value.isCut && !IsRepresentation(value.text)) LookAtRepresentation(value.text);
+  }
+
+  void LookAtNumber(std::string_view value, std::string_view key) {
     if (HasDecimalComma(value)) {
-      Add(FindingCode::kDecimalComma, number_, std::string(kNumberKeys[key].key));
+      Add(FindingCode::kDecimalComma, number_, std::string(key));
     } else if (!TakeDouble(value)) {
-      Add(FindingCode::kNumberUnread, number_, std::string(kNumberKeys[key].key));
-    } else if (IsLine(value)) {
-      Add(FindingCode::kLinesJoined, number_);
-      trailing_ = 0;
+      Add(FindingCode::kNumberUnread, number_, std::string(key));
+    } else {
+      LookBehindValue(value);
     }
+  }
+
+  void LookAtRepresentation(std::string_view value) {
+    for (const std::string_view word : {kCentroided, kContinuum}) {
+      if (value.starts_with(word) && LookBehindValue(value.substr(word.size()))) return;
+    }
+    Add(FindingCode::kRepresentationUnread, number_);
+  }
+
+  bool LookBehindValue(std::string_view rest) {
+    if (!IsLine(rest)) return false;
+    Add(FindingCode::kLinesJoined, number_);
+    open_.back().joined = number_;
+    trailing_ = 0;
+    return true;
   }
 
   void LookAtName(std::string_view line, std::string_view key, std::string_view mark,

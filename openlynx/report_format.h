@@ -45,8 +45,9 @@ inline constexpr std::string_view kAllKeys[] = {
     kProcessKey, kMaxIntensityKey, kSampleIdKey, kTicKey,         kTimeKey,     kTypeKey,       kUserNameKey,
 };
 
-// Values.
-inline constexpr std::string_view kCentroided = "FALSE";   // of Continuum; any other value means continuum
+// Values. Of Continuum only FALSE counts to hosts, deliberately: anything else means continuum.
+inline constexpr std::string_view kCentroided = "FALSE";
+inline constexpr std::string_view kContinuum = "TRUE";
 inline constexpr std::string_view kAnalogMark = "ANALOG";  // in Description: an analog function
 inline constexpr std::string_view kDadMark = "DAD";        // in Type: the same
 

@@ -156,13 +156,14 @@ SpectrumHead ReadSpectrumHead(ReportStream& stream, std::uint64_t position) {
   const std::optional<std::uint64_t> list = ReadKeys(stream, position, keys, kMassList);
   const auto& [bpi, continuum, tic, time] = keys;
   const bool isCareful = stream.IsCareful();
+  const bool isRepresentationUnread = !continuum.value.empty() && !IsRepresentation(continuum.value);
   return {NumberOf(time, isCareful),
           NumberOf(bpi, isCareful),
           NumberOf(tic, isCareful),
           continuum.value == kCentroided,
           list,
           IsHidden(bpi, isCareful),
-          isCareful && continuum.isHidden};
+          isCareful && (continuum.isHidden || isRepresentationUnread)};
 }
 
 std::wstring ReadProcess(ReportStream& stream, std::uint64_t position, const SpectrumHead& spectrum) {

@@ -77,9 +77,9 @@ struct SpectrumHead {
   std::optional<double> basePeak;
   std::optional<double> totalIons;
   bool isCentroided = false;
-  std::optional<std::uint64_t> list;  // where its points begin
-  bool isScaleHidden = false;         // the number that intensities are in percent of
-  bool isKindHidden = false;          // whether it is centroided
+  std::optional<std::uint64_t> list;    // where its points begin
+  bool isScaleHidden = false;           // the number that intensities are in percent of
+  bool isRepresentationHidden = false;  // whether it is centroided
 };
 
 /// Reads the block in one pass, which ends as soon as everything is found.

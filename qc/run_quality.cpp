@@ -92,7 +92,7 @@ class Collector : public source::Onlooker {
     Spectrum spectrum = {.minutes = TimeOf(scan),
                          .total = std::accumulate(intensities.begin(), intensities.end(), 0.0),
                          .points = static_cast<std::uint32_t>(intensities.size()),
-                         .isCentroided = scan.scan.isCentroided};
+                         .isCentroided = scan.scan.representation == source::Representation::kCentroid};
     if (!intensities.empty()) spectrum.basePeak = *std::max_element(intensities.begin(), intensities.end());
     const double precursor = scan.scan.precursorMz.value_or(0);
     if (std::isfinite(precursor)) spectrum.precursorMz = precursor;
@@ -105,8 +105,8 @@ class Collector : public source::Onlooker {
     if (!wishes_.lockMass) return;
     const double mz = *wishes_.lockMass;
     const source::Range window = {mz - kLockMassWindow, mz + kLockMassWindow};
-    const source::ReferencePeak peak = source::LargestPeak(scan.scan.isCentroided || scan.scan.isKindUnknown,
-                                                           scan.mz, scan.intensities, window);
+    const source::ReferencePeak peak = source::LargestPeak(
+        scan.scan.representation != source::Representation::kProfile, scan.mz, scan.intensities, window);
     if (peak.intensity > 0)
       seen.references.Add({.minutes = TimeOf(scan), .total = (peak.mz - mz) / mz * kMillion});
   }

@@ -79,9 +79,12 @@ void Filter(const PointFilter& filter, Values& mz, Values& intensities, Values* 
   }
 }
 
+bool MayHaveProfiles(const Function& function) {
+  return function.monitoring == Monitoring::kNone && function.kind != FunctionKind::kAbsorbance;
+}
+
 bool IsProfile(const Function& function, const Scan& scan) {
-  return !scan.isCentroided && !scan.isKindUnknown && function.monitoring == Monitoring::kNone &&
-         function.kind != FunctionKind::kAbsorbance;
+  return scan.representation == Representation::kProfile && MayHaveProfiles(function);
 }
 
 void TakeCentroids(const CentroidOptions& options, Values& mz, Values& intensities) {

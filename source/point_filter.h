@@ -29,6 +29,9 @@ std::string TextOf(const PointFilter& filter);
 void Filter(const PointFilter& filter, std::vector<double>& mz, std::vector<double>& intensities,
             std::vector<double>* others = nullptr);
 
+/// Whether the function measures neither chosen ions nor absorbance.
+bool MayHaveProfiles(const Function& function);
+
 /// Whether the points of a scan are samples of a profile: not peaks, chosen ions, or absorbance.
 bool IsProfile(const Function& function, const Scan& scan);
 

@@ -264,6 +264,11 @@ void FillColumn(std::span<Value> column, std::size_t row, std::span<const ScanIn
   for (const ScanIndexEntry& entry : entries) column[row++] = static_cast<Value>(get(entry));
 }
 
+// The layout, which decides, may be lost.
+Representation HowStored(const FunctionRecord& record, const ScanIndexEntry& entry) {
+  return record.IsLost() ? Representation::kUnknown : RepresentationOf(entry.centroided);
+}
+
 float OrAbsent(const std::optional<float>& value) { return value.value_or(kAbsent); }
 
 }  // namespace
@@ -275,8 +280,7 @@ Scan RawSource::ScanAt(int, int function, int scan) {
   Scan result;
   result.minutes = entry.retentionTime;
   result.endMinutes = facts.endMinutes;
-  result.isKindUnknown = record.IsLost();
-  result.isCentroided = entry.centroided && !result.isKindUnknown;
+  result.representation = HowStored(record, entry);
   result.points =
       static_cast<std::uint32_t>(masslynx::PointCounts(record).At(static_cast<std::size_t>(scan)));
   result.totalIntensity = entry.totalIntensity;
@@ -304,9 +308,8 @@ void RawSource::ReadScans(int, int function, int first, int count, const ScanCol
     using Entry = ScanIndexEntry;
     fill(columns.minutes, [](const Entry& entry) { return entry.retentionTime; });
     fill(columns.endMinutes, [&](const Entry& entry) { return FactsOf(method, entry).endMinutes; });
-    fill(columns.areCentroided, [&](const Entry& entry) {
-      return record.IsLost() ? 2 : entry.centroided ? 1 : 0;
-    });
+    fill(columns.areCentroided,
+         [&](const Entry& entry) { return static_cast<std::uint8_t>(HowStored(record, entry)); });
     std::size_t scan = begin + row;
     fill(columns.points, [&](const Entry&) { return points.At(scan++); });
     fill(columns.totalIntensities, [](const Entry& entry) { return entry.totalIntensity; });

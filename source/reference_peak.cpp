@@ -34,7 +34,7 @@ std::vector<ReferencePeak> FollowPeak(Source& source, int sample, int function, 
     const bool isLost = AreAllLost(source.ReadPoints(sample, function, i, mz, intensities));
     ReferencePeak& peak = peaks.emplace_back(
         isLost ? ReferencePeak{.intensity = std::numeric_limits<double>::quiet_NaN()}
-               : LargestPeak(scan.isCentroided || scan.isKindUnknown, mz, intensities, window));
+               : LargestPeak(scan.representation != Representation::kProfile, mz, intensities, window));
     peak.minutes = scan.minutes;
   }
   return peaks;

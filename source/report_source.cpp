@@ -220,8 +220,8 @@ Scan ReportSource::ScanAt(int sample, int function, int scan) {
   const KnownSpectrum& spectrum = SpectrumOf(SpectrumAt(sample, function, scan));
   Scan result;
   result.minutes = result.endMinutes = spectrum.head.minutes.value_or(kAbsent);
-  result.isKindUnknown = spectrum.head.isKindHidden;
-  result.isCentroided = spectrum.head.isCentroided && !result.isKindUnknown;
+  result.representation = spectrum.head.isRepresentationHidden ? Representation::kUnknown
+                                                               : RepresentationOf(spectrum.head.isCentroided);
   result.points = static_cast<std::uint32_t>(spectrum.room);
   result.basePeakIntensity = spectrum.head.basePeak;
   result.totalIntensity = spectrum.head.totalIons;

@@ -103,7 +103,7 @@ void Source::ReadScans(int sample, int function, int first, int count, const Sca
     };
     set(columns.minutes, scan.minutes);
     set(columns.endMinutes, scan.endMinutes);
-    set(columns.areCentroided, static_cast<std::uint8_t>(scan.isKindUnknown ? 2 : scan.isCentroided ? 1 : 0));
+    set(columns.areCentroided, static_cast<std::uint8_t>(scan.representation));
     set(columns.points, scan.points);
     set(columns.totalIntensities, scan.totalIntensity.value_or(kAbsent));
     set(columns.basePeakIntensities, scan.basePeakIntensity.value_or(kAbsent));
@@ -207,7 +207,7 @@ std::optional<ScanPosition> Source::FindPrecursor(int sample, int function, int 
   const Function& own = At(functions, function, "function");
   const double minutes = ScanAt(sample, function, scan).minutes;
   const auto isCentroided = [&](int f) {
-    return ScanCount(sample, f) > 0 && ScanAt(sample, f, 0).isCentroided;
+    return ScanCount(sample, f) > 0 && ScanAt(sample, f, 0).representation == Representation::kCentroid;
   };
   double nearest = std::numeric_limits<double>::max();
   std::optional<ScanPosition> found;

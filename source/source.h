@@ -67,12 +67,17 @@ struct Function {
   bool isOfMobility = false;  ///< it has drift bins, or is derived from data with drift bins
 };
 
+/// How a scan's points are stored; not known where damage hides what says so, or a report says neither.
+enum class Representation : std::uint8_t { kProfile = 0, kCentroid = 1, kUnknown = 2 };
+constexpr Representation RepresentationOf(bool isCentroided) {
+  return isCentroided ? Representation::kCentroid : Representation::kProfile;
+}
+
 /// What index and statistics say of a scan, without its points.
 struct Scan {
   double minutes = 0;  ///< NaN where no file has it
   double endMinutes = 0;
-  bool isCentroided = false;
-  bool isKindUnknown = false;               ///< whether it is centroided: damage hides what says so
+  Representation representation = Representation::kProfile;
   std::uint32_t points = 0;                 ///< the maximum number; ReadPoints needs room for it
   std::optional<double> totalIntensity;     ///< as stored beside the points
   std::optional<double> basePeakIntensity;  ///< as stored beside the points
@@ -81,12 +86,18 @@ struct Scan {
   std::optional<double> scanValue;          ///< the scan's additional value (cone voltage and the like)
 };
 
+/// No value where it is not known.
+inline std::optional<bool> IsCentroided(const Scan& scan) {
+  if (scan.representation == Representation::kUnknown) return std::nullopt;
+  return scan.representation == Representation::kCentroid;
+}
+
 /// What ScanAt() tells of scans in a row, an array for each value, NaN where no file has it. Arrays have as
 /// many places as there are scans; empty ones are not filled.
 struct ScanColumns {
   std::span<double> minutes = {};
   std::span<double> endMinutes = {};
-  std::span<std::uint8_t> areCentroided = {};  ///< 1 or 0; 2 where it is not known
+  std::span<std::uint8_t> areCentroided = {};  ///< the numbers of `Representation`
   std::span<std::uint32_t> points = {};
   std::span<double> totalIntensities = {};
   std::span<double> basePeakIntensities = {};

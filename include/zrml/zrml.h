@@ -182,7 +182,7 @@ ZRML_API zrml_status zrml_scan_count(zrml_source* source, int sample, int functi
 typedef struct zrml_scan {
   size_t size;
   int number;                 /* from 1 */
-  int is_centroided;          /* 1 or 0: points are peaks, or samples of a profile; -1: damage hides it */
+  int is_centroided;          /* 1 or 0: points are peaks, or samples of a profile; -1: not known */
   double minutes;             /* when it begins; NaN where no file has it */
   double end_minutes;         /* the same, when it ends */
   size_t points;              /* at most so many: the room that zrml_read_points() needs */
@@ -206,7 +206,7 @@ typedef struct zrml_scan_table {
   double* minutes;
   double* end_minutes;
   uint32_t* points;       /* at most so many; with `reads_points`, as many as were read */
-  uint8_t* is_centroided; /* 1 or 0; 2 where damage hides it */
+  uint8_t* is_centroided; /* 1 or 0; 2 where it is not known */
   double* total_intensity;
   double* base_peak_mz; /* NaN, but with `reads_points` */
   double* base_peak_intensity;

@@ -314,7 +314,7 @@ class Scan {
         })) {}
 
   int number() const { return record_.number; }
-  /// Also where damage hides it (zrml_scan.is_centroided): such points are taken as they are.
+  /// Also where it is not known (zrml_scan.is_centroided): such points are taken as they are.
   bool is_centroided() const { return record_.is_centroided != 0; }
   double minutes() const { return record_.minutes; }
   double end_minutes() const { return record_.end_minutes; }

@@ -168,7 +168,8 @@ class Function(Sequence[Scan]):
 
     @cached_property
     def is_centroided(self) -> bool | None:
-        """Whether the points of the first scan are peaks, not samples of a profile; None without scans."""
+        """Whether the points of the first scan are peaks, not samples of a profile; None without scans, or where
+        it is not known."""
         return self[0].is_centroided if self._length else None
 
     @cached_property

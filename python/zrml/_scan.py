@@ -172,7 +172,7 @@ class Scan(Spectrum):
 
     @property
     def is_centroided(self) -> bool | None:
-        """Whether points are peaks, not samples of a profile; None where damage hides it."""
+        """Whether points are peaks, not samples of a profile; None where it is not known."""
         kind = self._described().is_centroided
         return None if kind < 0 else bool(kind)
 

@@ -142,6 +142,18 @@ TEST_F(ConvertTest, MonitoredIonsAreChromatograms) {
   ExpectHas(output, "id=\"function 1 channel 2: 200.5\" defaultArrayLength=\"2\"");
 }
 
+// They are what was measured, whatever is left of the spectra.
+TEST_F(ConvertTest, FiltersLeaveMonitoredIonsAlone) {
+  data_.functions = {Monitored(1, source::Monitoring::kIons)};
+  Options options = Of("1");
+  options.selection.hasMonitoredSpectra = true;
+  options.selection.points.filter.top = 1;
+  const std::string output = Converted(options);
+  for (const char* const channel : {"1: 100", "2: 200.5"})
+    ExpectHas(output, "id=\"function 1 channel " + std::string(channel) + "\" defaultArrayLength=\"2\"");
+  EXPECT_EQ(Count(output, "defaultArrayLength=\"1\""), 2U);  // the spectra
+}
+
 // The files tell one m/z of a reaction, and not whose.
 TEST_F(ConvertTest, MonitoredReactionsAreChromatogramsWithoutPrecursor) {
   data_.functions = {Monitored(1, source::Monitoring::kReactions)};

@@ -220,6 +220,15 @@ TEST_F(ConvertTest, EachDriftBinHasCentroidsOfItsOwn) {
   ExpectHas(Converted(options), "<binary>AACgQA==</binary>");
 }
 
+// The third of the three has no points, and no peaks, either.
+TEST_F(ConvertTest, EmptyScansOfProfilesBecomeCentroidsToo) {
+  for (int scan = 0; scan < 3; ++scan) Scan(0, scan).isCentroided = false;
+  Options options = Of("1");
+  EXPECT_EQ(Count(Converted(options), "\"MS:1000128\""), 3U);
+  options.selection.points.centroidLevels = NumberSet();
+  EXPECT_EQ(Count(Converted(options), "\"MS:1000128\""), 0U);
+}
+
 TEST_F(ConvertTest, ReportSpectraSayHowTheyWereMade) {
   Scan(0, 0).process = "Combine (5:9-1:3)";
   Scan(0, 1).process = "Smooth";

@@ -55,7 +55,7 @@ class FakeSource : public source::Source {
     const FakeScan& found = At(At(data_.functions, function), scan);
     source::Scan result;
     result.minutes = found.minutes;
-    result.isCentroided = found.isCentroided;
+    result.representation = source::RepresentationOf(found.isCentroided);
     result.points = static_cast<std::uint32_t>(found.points.positions.size() + found.lost);
     if (found.precursor != 0) result.precursorMz = found.precursor;
     return result;

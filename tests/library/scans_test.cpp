@@ -199,6 +199,23 @@ TEST_F(LibraryScans, TableHasWhatTheRecordsHave) {
   EXPECT_EQ(products.isCentroided, (std::vector<std::uint8_t>{1, 1}));
 }
 
+// A raw function whose record of 416 bytes is zeros, and a report's spectrum that says neither.
+TEST_F(LibraryScans, RepresentationsThatAreNotKnown) {
+  const TempDirectory lost = SoundDirectory().Build();
+  lost.Edit("_FUNCTNS.INF", [](FileBytes& bytes) { std::fill_n(bytes.begin() + 416, 416, std::byte{0}); });
+  folder_.WriteText("neither.rpt", ReportText(SampleBlock(FunctionBlock(SpectrumBlock(
+                                       Keys({{"Time", "1"}, {"Continuum", "false"}}), {{100, 5}})))));
+  const auto expectUnknown = [&](const Opened& opened, int function) {
+    EXPECT_EQ(Scan(opened, function, 0).is_centroided, -1);
+    Columns columns(1);
+    const zrml_scan_table table = columns.Table();
+    ASSERT_EQ(zrml_read_scan_table(opened.Get(), 0, function, 0, 1, &table), ZRML_OK);
+    EXPECT_EQ(columns.isCentroided, std::vector<std::uint8_t>{2});
+  };
+  expectUnknown(Opened(lost), 1);
+  expectUnknown(Opened(PathOf(folder_, "neither.rpt")), 0);
+}
+
 TEST_F(LibraryScans, TableOfPointsHasBasePeaks) {
   const Opened raw(raw_);
   Columns columns(3);

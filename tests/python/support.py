@@ -57,8 +57,11 @@ class TestCase(unittest.TestCase):
             return None
         return read(), printed
 
-    def copy_of(self, name):
-        """A source that the test may change."""
+    def folder(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        return pathlib.Path(shutil.copytree(path(name), pathlib.Path(folder.name) / name))
+        return pathlib.Path(folder.name)
+
+    def copy_of(self, name):
+        """A source that the test may change."""
+        return pathlib.Path(shutil.copytree(path(name), self.folder() / name))

@@ -266,7 +266,7 @@ class Odd(support.TestCase):
         self.assert_same(self.function.sum(0, 1, minus=(2, 2), da=0.03125).intensity, [1 - 4, 2 - 8])
         found = self.function.sum(0, 1, minus=(2, 3))
         self.assertEqual((found.background_added, found.background_left_out), (1, 1))
-        with self.assertRaisesRegex(ValueError, "another kind"):
+        with self.assertRaisesRegex(ValueError, "the sum.s kind"):
             self.function.sum(0, 1, minus=(3, 3))
         with self.assertRaisesRegex(ValueError, "no scan in the background"):
             self.function.sum(0, 1, minus=(4, 5))
@@ -311,6 +311,41 @@ class Cut(support.TestCase):
     def test_sound_source_has_none_lost(self):
         with zrml.open(support.path("run.raw")) as source:
             self.assertEqual(source.findings, ())
+
+
+class Hidden(support.TestCase):
+    """A report whose first function's Type is cut by a zero, and whose only spectrum says neither TRUE nor FALSE."""
+
+    TEXT = """[SAMPLE]
+{
+[FUNCTION]
+{
+Type MS/\0
+[SPECTRUM]
+{
+Time 0.5
+BPI 10
+Continuum false
+[MS]
+{
+100 50
+}
+}
+}
+}
+"""
+
+    def test_level_and_kind_are_none(self):
+        path = self.folder() / "hidden.rpt"
+        path.write_text(self.TEXT, encoding="ascii")
+        with zrml.open(path) as source:
+            function = source.functions[0]
+            self.assertIsNone(function.ms_level)
+            self.assertIsNone(function.is_centroided)
+            self.assertIsNone(function[0].is_centroided)
+            self.assert_same(function[0].mz, [100])
+            self.assert_same(function[0].intensity, [5])
+            self.assertEqual([finding.code for finding in source.findings], ["bytes-zeroed", "representation-unread"])
 
 
 class Vials(support.TestCase):

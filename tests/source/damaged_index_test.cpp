@@ -476,7 +476,7 @@ TEST(DamagedIndexTest, RecordsOfZerosAreOfTheRepresentationOfOthers) {
     const auto source = Source::Open({path.begin(), path.end()});
     ASSERT_EQ(source->ScanCount(0, 0), 4);
     for (int scan = 0; scan < 4; ++scan)
-      EXPECT_TRUE(source->ScanAt(0, 0, scan).isCentroided) << zeroed << ' ' << scan;
+      EXPECT_EQ(IsCentroided(source->ScanAt(0, 0, scan)), true) << zeroed << ' ' << scan;
   };
   check(raw, 0);
   check(raw, 2);

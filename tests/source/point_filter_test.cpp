@@ -82,9 +82,11 @@ TEST(IsProfile, PeaksChosenIonsAndAbsorbanceAreNone) {
   Function function;
   Scan scan;
   EXPECT_TRUE(IsProfile(function, scan));
-  scan.isCentroided = true;
+  scan.representation = Representation::kCentroid;
   EXPECT_FALSE(IsProfile(function, scan));
-  scan.isCentroided = false;
+  scan.representation = Representation::kUnknown;
+  EXPECT_FALSE(IsProfile(function, scan));
+  scan.representation = Representation::kProfile;
   function.monitoring = Monitoring::kIons;
   EXPECT_FALSE(IsProfile(function, scan));
   function.monitoring = Monitoring::kNone;

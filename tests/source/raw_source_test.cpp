@@ -99,7 +99,7 @@ class BesideTheSlots {
     const Scan scan = source_->ScanAt(0, f, s);
     EXPECT_EQ(Bits(Values{scan.minutes, scan.endMinutes}),
               Bits(Values{spectrum.GetStartTime(), spectrum.GetEndTime()}));
-    EXPECT_EQ(scan.isCentroided, spectrum.IsCentroided());
+    EXPECT_EQ(IsCentroided(scan), spectrum.IsCentroided());
     EXPECT_EQ(scan.scanValue.value_or(0), spectrum.GetScanAuxValue());
     EXPECT_EQ(scan.precursorMz.value_or(0), spectrum.GetPrecursorMass());
     Values mz;

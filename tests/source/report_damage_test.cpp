@@ -124,7 +124,7 @@ TEST_F(ReportDamageTest, MarkerEndsWhatLacksItsBrace) {
     ExpectPoints(0, {100.125, 200.25}, {1000, 505});
     ExpectPoints(1, {301.5, 401.5}, {80, 16});
     EXPECT_FALSE(source_->ScanAt(0, 0, 0).totalIntensity);
-    EXPECT_FALSE(source_->ScanAt(0, 0, 0).isCentroided);
+    EXPECT_EQ(source_->ScanAt(0, 0, 0).representation, Representation::kProfile);
     EXPECT_TRUE(std::isnan(source_->TotalIons(0, 0).intensities[0]));
     EXPECT_EQ(source_->TotalIons(0, 0).intensities[1], 90);
     EXPECT_EQ(source_->Minutes(0, 0), (Doubles{0.5, 1}));
@@ -294,18 +294,30 @@ TEST_F(ReportDamageTest, KindOfASpectrumMayBeHidden) {
        {"Continuum FALS\0"s, "Continuum \0\0\0\0\0"s, "Conti\0uum FALSE"s, "\0\0"s}) {
     SCOPED_TRACE(testing::PrintToString(line));
     Open(With(21, line));
-    EXPECT_TRUE(source_->ScanAt(0, 0, 1).isKindUnknown);
-    EXPECT_FALSE(source_->ScanAt(0, 0, 1).isCentroided);
+    EXPECT_EQ(source_->ScanAt(0, 0, 1).representation, Representation::kUnknown);
     EXPECT_FALSE(IsProfile(source_->Functions(0)[0], source_->ScanAt(0, 0, 1)));
     EXPECT_EQ(FindingOf(FindingCode::kBytesZeroed).first, 21U);
-    EXPECT_FALSE(source_->ScanAt(0, 0, 0).isKindUnknown) << "no zeros there, so it is continuum";
+    EXPECT_EQ(source_->ScanAt(0, 0, 0).representation, Representation::kProfile) << "no zeros there";
+  }
+  for (const std::string& line :
+       {"Continuum FALSETIC 90"s, "TIC 90Continuum FALSE"s, "TIC 90Continuum false[X]"s,
+        "Process xContinuum FALSETIC 5"s, "Process Combine (5:9)Continuum TRUE"s, "Continuum FALS"s,
+        "Continuum false"s}) {
+    SCOPED_TRACE(line);
+    Open(With(21, line));
+    EXPECT_EQ(source_->ScanAt(0, 0, 1).representation, Representation::kUnknown);
+  }
+  for (const std::size_t line : {22, 26, 27}) {  // the list's marker, its end, and the spectrum's
+    Lines lines = With(21, "");
+    lines[line - 1] += "Continuum FALSE";
+    Open(lines);
+    EXPECT_EQ(source_->ScanAt(0, 0, 1).representation, Representation::kUnknown) << line;
   }
   Open(CutBehind("Continuum FALSE"));
-  EXPECT_TRUE(source_->ScanAt(0, 0, 1).isKindUnknown);
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).representation, Representation::kUnknown);
   EXPECT_EQ(FindingOf(FindingCode::kLineCut).first, 21U);
   Open(With(20, "TIC \0"s));
-  EXPECT_FALSE(source_->ScanAt(0, 0, 1).isKindUnknown) << "its own line is there";
-  EXPECT_TRUE(source_->ScanAt(0, 0, 1).isCentroided);
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).representation, Representation::kCentroid) << "its own line is there";
 }
 
 // Of a line that is longer than a piece the rest is other lines, and no part of the value.
@@ -314,7 +326,7 @@ TEST_F(ReportDamageTest, EndOfAPieceCutsNoValue) {
     return key + std::string(999 - key.size() - value.size(), ' ') + value;
   };
   Open(With(21, filled("Continuum", "FALSE") + " "));
-  EXPECT_EQ(source_->ScanAt(0, 0, 1).isCentroided, true);
+  EXPECT_EQ(source_->ScanAt(0, 0, 1).representation, Representation::kCentroid);
   Open(With(5, filled("Type", "MS/MS") + "x"));
   EXPECT_EQ(source_->Functions(0)[0].msLevel, 2);
   Open(With(20, filled("TIC", "90") + " "));

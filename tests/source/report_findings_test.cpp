@@ -120,6 +120,14 @@ std::string Edited(const Edit& edit) {
   return Text(lines);
 }
 
+// The first value of a spectrum counts.
+TEST_F(ReportFindingsTest, TextsMayNameContinuumWhereItIsKnown) {
+  for (const char* const text :
+       {"Process Smooth, Continuum TRUE", " Continuum FALSE", "Note Continuum false", "Continuum mode"})
+    EXPECT_EQ(Find(Edited({10, {"Continuum TRUE", text}})).size(), 0U) << text;
+  EXPECT_EQ(Find(Edited({10, {"Process Continuum background"}})).size(), 0U);
+}
+
 TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
   using enum FindingCode;
   const Fault faults[] = {
@@ -157,6 +165,8 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"in another sample", {44, {"Time 1,5"}}, kDecimalComma, 44, 1, 2},
       {"a value that is no number", {10, {"BPI abc"}}, kNumberUnread, 10},
       {"in a trace", {30, {"MaxIntensity -"}}, kNumberUnread, 30},
+      {"neither TRUE nor FALSE", {10, {"Continuum FALS"}}, kRepresentationUnread, 10},
+      {"in small letters", {10, {"Continuum false"}}, kRepresentationUnread, 10},
       {"a line that is no point", {13, {"mass percent", "100 50"}}, kLinesSkipped, 13},
       {"points of one number", {14, {"210.05;50.1", "210.05", "210.05 -", "210, 50"}}, kPointsUnread, 14, 4},
       {"a point behind an opening brace", {12, {"{ 90 5"}}, kLinesJoined, 12},
@@ -175,6 +185,18 @@ TEST_F(ReportFindingsTest, NamesTheLinesThatAreNotRead) {
       {"a key behind a number", {9, {"Time 1.5 BPI 200"}}, kLinesJoined, 9},
       {"a marker behind a number", {10, {"BPI 200[MS]", "{"}}, kLinesJoined, 10},
       {"a key behind a text", {10, {"Continuum FALSEBPI 200"}}, kLinesJoined, 10},
+      {"what a spectrum is behind a number", {9, {"Time 1.5Continuum FALSE"}}, kLinesJoined, 9},
+      {"a marker behind what it is", {10, {"Continuum TRUE[MS]", "{"}}, kLinesJoined, 10},
+      {"what it is behind what may say anything",
+       {10, {"Process STATICContinuum TRUE, smooth"}},
+       kRepresentationUnread,
+       10},
+      {"indented", {10, {" Continuum FALSE"}}, kRepresentationUnread, 10},
+      {"in the second piece of a long line",
+       {10, {"Note " + std::string(999 - 5, 'x') + "Continuum false"}},
+       kRepresentationUnread,
+       10},
+      {"a base peak there", {10, {"Process " + std::string(1002, 'x') + " BPI 7"}}, kLinesJoined, 10},
       {"a base peak behind what may say anything", {10, {"Process STATICBPI 200"}}, kLinesJoined, 10},
       {"in a trace", {30, {"Description c2 MaxIntensity\t3"}}, kLinesJoined, 30},
       {"a marker behind a text", {6, {"Type MS[SPECTRUM]", "{", "}"}}, kMarkerUnread, 6},

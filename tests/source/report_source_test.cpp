@@ -100,7 +100,7 @@ void ExpectSamePoints(Source& source, CDataServerImpl& server, int sample, int f
   ASSERT_EQ(server.GetSpectrum(sample, function, scan, theirs), !mz.empty());
   if (mz.empty()) return;
   EXPECT_EQ(ZeroForNone(ours.minutes), theirs.GetStartTime());
-  EXPECT_EQ(ours.isCentroided, theirs.IsCentroided());
+  EXPECT_EQ(IsCentroided(ours), theirs.IsCentroided());
   SortByMass(false, theirs);
   EXPECT_EQ(mz, Doubles(theirs.MassVector().begin(), theirs.MassVector().end()));
   EXPECT_EQ(intensities, Doubles(theirs.IntensityVector().begin(), theirs.IntensityVector().end()));
@@ -228,13 +228,13 @@ TEST_F(ReportSourceTest, ValuesThatTheFileLacksAreAbsent) {
   EXPECT_EQ(full.endMinutes, 1.5);
   EXPECT_EQ(full.totalIntensity, 9.0);
   EXPECT_EQ(full.basePeakIntensity, 0.0);
-  EXPECT_FALSE(full.isCentroided);
+  EXPECT_EQ(IsCentroided(full), false);
   EXPECT_FALSE(full.precursorMz);
   const Scan bare = source->ScanAt(0, 0, 1);
   EXPECT_TRUE(std::isnan(bare.minutes));
   EXPECT_FALSE(bare.totalIntensity);
   EXPECT_FALSE(bare.basePeakIntensity);
-  EXPECT_TRUE(bare.isCentroided);
+  EXPECT_EQ(IsCentroided(bare), true);
   EXPECT_EQ(source->Minutes(0, 0)[0], 1.5);
   EXPECT_TRUE(std::isnan(source->Minutes(0, 0)[1]));
   EXPECT_EQ(source->TotalIons(0, 0).intensities[0], 9.0);

@@ -254,6 +254,17 @@ TEST_F(ConvertOptionsTest, AbsorbanceIsWrittenOnRequest) {
             std::string::npos);
 }
 
+// An index of no scans: what is in another file is not asked for.
+TEST_F(ConvertOptionsTest, EmptyFunctionGetsNoAbsorbance) {
+  RawDirectoryBuilder raw = SmallAcquisition();
+  raw.functions[0].scans.clear();
+  const std::string path = Make("empty.raw", raw);
+  const ProcessResult result = Run({"convert", path + "/_FUNC001.DAT", "--stdout"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  EXPECT_NE(result.output.find("<spectrumList count=\"0\""), std::string::npos);
+}
+
 TEST_F(ConvertOptionsTest, AbsorbanceAloneIsWritten) {
   RawDirectoryBuilder raw = SmallAcquisition();
   raw.functions = {raw.functions[4]};

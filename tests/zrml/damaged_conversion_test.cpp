@@ -201,6 +201,21 @@ TEST_F(DamagedConversionTest, LostDataAreNotConvertedUnasked) {
                                   ": _FUNC001.DAT: scans of function 1 that have lost points: 1 (3)\n");
 }
 
+// The second of three index records is left.
+TEST_F(DamagedConversionTest, LostScansWithOthersBetweenThemAreListed) {
+  const TempDirectory directory = SoundDirectory().Build();
+  directory.Edit("_FUNC001.IDX", [](FileBytes& bytes) {
+    std::fill_n(bytes.begin(), 22, std::byte{0});
+    std::fill_n(bytes.begin() + 44, 22, std::byte{0});
+  });
+  const ProcessResult converted = Convert(directory, {"--damaged", "--function", "1"});
+  EXPECT_EQ(converted.status, 0);
+  EXPECT_NE(converted.errors.find("_FUNC001.IDX has zeros in place of the records of 2 of 3 scans; the first "
+                                  "is scan 1 (1, 3)\n"),
+            std::string::npos)
+      << converted.errors;
+}
+
 // Each leaves a directory that opens, with fewer scans or functions.
 TEST_F(DamagedConversionTest, LostScansAndFunctionsAreNotConvertedUnasked) {
   using Damage = void (*)(const TempDirectory& directory);
@@ -306,8 +321,37 @@ TEST_F(DamageOutsideTest, AbsorbanceCountsByItsNumber) {
   directory.Truncate("_FUNC002.DAT", 5);
   const std::vector<std::string> asked = {"--absorbance"};
   ExpectStatus(directory, {{{}, 0}, {asked, 7}, {{"--function", "1"}, 0}, {{"--format", "tsv"}, 0}});
-  directory.Remove("_FUNC002.DAT");
-  ExpectStatus(directory, {{{}, 0}, {asked, 7}, {{"--function", "1"}, 0}, {{"--function", "1-"}, 0}});
+  directory.Remove("_FUNC002.DAT");  // and with it the trace of the total
+  ExpectStatus(directory, {{{}, 7},
+                           {asked, 7},
+                           {{"--function", "1"}, 7},
+                           {{"--format", "tsv"}, 0},
+                           {{"--format", "tsv", "--function", "1-"}, 0}});
+}
+
+// Of which the trace of the total absorbance is made, whatever else is asked for.
+TEST_F(DamageOutsideTest, IndexOfAbsorbanceCountsForItsTrace) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.type = 12;
+  using Damage = void (*)(const TempDirectory& directory);
+  const Damage damages[] = {
+      [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 22); },
+      [](const TempDirectory& directory) { directory.Truncate("_FUNC002.IDX", 43); },
+      [](const TempDirectory& directory) { directory.Remove("_FUNC002.IDX"); },
+      [](const TempDirectory& directory) {
+        directory.Edit("_FUNC002.IDX",
+                       [](FileBytes& bytes) { std::fill(bytes.begin() + 22, bytes.end(), std::byte{0}); });
+      },
+  };
+  for (const Damage damage : damages) {
+    const TempDirectory directory = raw.Build();
+    damage(directory);
+    ExpectStatus(directory, {{{}, 7},
+                             {{"--function", "1"}, 7},
+                             {{"--ms-level", "1", "--strict"}, 7},
+                             {{"--damaged", "--quiet"}, 0},
+                             {{"--format", "tsv"}, 0}});
+  }
 }
 
 TEST_F(DamagedConversionTest, LockMassesWithoutNamesAreReported) {
@@ -386,6 +430,28 @@ TEST_F(DamagedConversionTest, WorkersSeeTheSameFunctions) {
         Run({"convert", path, "--stdout", "--format", "tsv", "--threads", threads}),
         "function\tscan\ttime\tm/z\tintensity\n2\t1\t1\t111\t100\n4\t1\t1\t222\t100\n4\t2\t1\t333\t100\n");
   }
+}
+
+// Whether its spectrum is of peaks is not said by "false": it is written as it is.
+TEST_F(DamagedConversionTest, CentroidsAreNotMadeOfWhatMayBePeaks) {
+  const std::string path = Make(
+      "vials.rpt",
+      SampleBlock(FunctionBlock(SpectrumBlock(Keys({{"Time", "1"}, {"BPI", "4"}, {"Continuum", "false"}}),
+                                              {{99, 25}, {100, 100}, {101, 25}}))));
+  const std::string front = "zrml: " + path + ": ";
+  const ProcessResult result = Run({"convert", path, "--stdout", "--format", "tsv", "--centroid"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output,
+            "function\tscan\ttime\tm/z\tintensity\n1\t1\t1\t99\t1\n1\t1\t1\t100\t4\n1\t1\t1\t101\t1\n");
+  EXPECT_EQ(
+      result.errors,
+      front + "vials.rpt has a Continuum that is neither TRUE nor FALSE, or behind other text: line 9\n" +
+          front +
+          "scans of function 1 of which it is not known whether they are profiles, so no centroids were "
+          "made of them: 1 (1)\n");
+  EXPECT_EQ(
+      Run({"convert", path, "--stdout", "--format", "tsv"}).errors,
+      front + "vials.rpt has a Continuum that is neither TRUE nor FALSE, or behind other text: line 9\n");
 }
 
 }  // namespace

@@ -64,6 +64,17 @@ TEST_F(DamagedSourceComparisonTest, FunctionWithoutItsEnd) {
             0);
 }
 
+// To the slots its time is 0, and a scan at 0 precedes it.
+TEST_F(DamagedSourceComparisonTest, SpectrumWithoutATime) {
+  const auto function = [](const char* type, const ReportLines& time) {
+    return FunctionBlock(Keys({{"Type", type}}) +
+                         SpectrumBlock(time + Keys({{"BPI", "1000"}}), {{200, 100}}));
+  };
+  const ReportLines untimed = function("MS/MS", {});
+  const ReportLines survey = function("MS", Keys({{"Time", "0"}}));
+  EXPECT_EQ(CountOf(kWanted.absentScanTime, Make(SampleBlock(untimed + survey))), 2);  // start and end
+}
+
 // The second of three records, which the source leaves out.
 TEST_F(DamagedSourceComparisonTest, TraceWithZeros) {
   RawDirectoryBuilder raw = SmallAcquisition();

@@ -129,6 +129,16 @@ TEST_F(ScansTest, ReportsHaveRowsToo) {
                    "\t1\t1\t3\t2.5\t1\tnegative\t\t0\t7\t\n");
 }
 
+// 1e308 times 1e300 is beyond all numbers. An empty cell would say that points are lost.
+TEST_F(ScansTest, InfiniteSumsArePrinted) {
+  const std::string report =
+      Make("large.rpt", SampleBlock(FunctionBlock(SpectrumBlock(Keys({{"BPI", "1e308"}}), {{100, 1e300}}))));
+  EXPECT_TRUE(Run({"scans", report, "--points"}).output.ends_with("\tinf\t100\tinf\t100\t100\n"));
+  const json row = json::parse(Run({"scans", report, "--points", "--json"}).output)["scans"][0];
+  EXPECT_EQ(row["sum"], json());
+  EXPECT_EQ(row["basePeakMz"], 100);
+}
+
 // Of an only source nothing is there, of several the others.
 TEST_F(ScansTest, SourcesThatAreNotThere) {
   const std::string missing = Path("no.raw");

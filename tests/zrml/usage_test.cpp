@@ -56,7 +56,7 @@ TEST_F(UsageTest, MissingOrUnknownCommand) {
 TEST_F(UsageTest, MissingArguments) {
   ExpectWrongUsage({"info"}, "PATH is required (see zrml info --help)");
   ExpectWrongUsage({"spectrum", "run.raw", "--function", "1"},
-                   "--scan is required (see zrml spectrum --help)");
+                   "--scan, --scans, --rt, --sum or --mean is required (see zrml spectrum --help)");
   ExpectWrongUsage({"chromatogram", "run.raw", "--function"},
                    "--function needs a value (see zrml chromatogram --help)");
 }

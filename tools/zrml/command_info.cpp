@@ -70,8 +70,7 @@ std::array<Value, kFields.size()> ValuesOf(source::Source& source, const Functio
   Value isCentroided;
   if (scans > 0) {
     minutes = ValueOrAbsent(RangeOf(source.Minutes(at.sample, at.function)));
-    const source::Scan first = source.ScanAt(at.sample, at.function, 0);
-    if (!first.isKindUnknown) isCentroided = first.isCentroided;
+    isCentroided = ValueOrAbsent(IsCentroided(source.ScanAt(at.sample, at.function, 0)));
   }
   const int driftBins = function.hasMobility ? source.DriftBinCount(at.sample, at.function) : 0;
   return {

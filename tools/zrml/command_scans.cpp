@@ -71,7 +71,7 @@ enum class TableForm { kTsv, kJson, kParquet };
 
 using parquet::Type;
 
-/// Appends one value of a row; an absent value is empty.
+/// Appends one value of a row; an absent one and NaN are empty, and so are infinities in JSON.
 class Cell {
  public:
   /// Text has short numbers, JSON exact ones, Parquet those of `type`.
@@ -85,7 +85,7 @@ class Cell {
                                           : std::to_string(value);
   }
   void Put(double value) {
-    if (!std::isfinite(value)) return;
+    if (std::isnan(value) || (form_ == TableForm::kJson && std::isinf(value))) return;
     if (form_ == TableForm::kTsv) AppendShortNumber(value, line_);
     if (form_ == TableForm::kJson) AppendNumber(value, line_);
     if (form_ == TableForm::kParquet) line_ += parquet::PlainNumber(type_, value);

@@ -1,6 +1,9 @@
 // zrml spectrum: the attributes and points of scans, of a sum of scans, of a drift bin, or of absorbance
 // spectra.
+#include <algorithm>
+#include <cmath>
 #include <exception>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -31,6 +34,7 @@ class Recording {
   /// What is printed of a scan; it refers to `points`.
   virtual Printout Read(int position, SpectrumPoints& points) = 0;
   virtual source::ScanSum Sum(std::span<const int> positions) = 0;
+  virtual source::ScanSum SumBackground(std::span<const int> positions, const source::ScanSum& of) = 0;
   virtual Printout PrintoutOfSum(const Combination& combination, SpectrumPoints& points) = 0;
 };
 
@@ -49,6 +53,9 @@ class AbsorbanceRecording : public Recording {
   }
   source::ScanSum Sum(std::span<const int> positions) override {
     return SumAbsorbance(source_, sample_, positions);
+  }
+  source::ScanSum SumBackground(std::span<const int> positions, const source::ScanSum&) override {
+    return Sum(positions);
   }
   Printout PrintoutOfSum(const Combination& combination, SpectrumPoints& points) override {
     return PrintoutOfAbsorbanceSum(source_, sample_, combination, points);
@@ -87,6 +94,9 @@ class FunctionRecording : public Recording {
   }
   source::ScanSum Sum(std::span<const int> positions) override {
     return SumScans(source_, at_.sample, at_.function, positions, width_, source::Unsuited::kAreLeftOut);
+  }
+  source::ScanSum SumBackground(std::span<const int> positions, const source::ScanSum& of) override {
+    return source::SumBackground(source_, at_.sample, at_.function, positions, width_, of);
   }
   Printout PrintoutOfSum(const Combination& combination, SpectrumPoints& points) override {
     points.bins = Bins();
@@ -185,10 +195,12 @@ class SpectrumCommand : public FunctionCommand {
   bool IsCombined() const { return isSum_ || isMean_; }
 
   void Complete() {
-    if (scan_ == 0 && selection_.scans.IsAll() && !selection_.minutes && !IsCombined())
-      throw Failure(ExitStatus::kWrongUsage, std::string("--scan is required") + kSeeHelp);
     if (background_ && !IsCombined())
       throw Failure(ExitStatus::kWrongUsage, std::string("--minus requires --sum or --mean") + kSeeHelp);
+    if (scan_ == 0 && selection_.scans.IsAll() && !selection_.minutes && !IsCombined()) {
+      throw Failure(ExitStatus::kWrongUsage,
+                    std::string("--scan, --scans, --rt, --sum or --mean is required") + kSeeHelp);
+    }
     if ((ppm_ || da_) && !IsCombined()) {
       throw Failure(ExitStatus::kWrongUsage,
                     std::string(da_ ? "--da" : "--ppm") + " requires --sum or --mean" + kSeeHelp);
@@ -207,7 +219,11 @@ class SpectrumCommand : public FunctionCommand {
     const FunctionPosition at = FunctionCommand::Find(source);
     const source::Function& function = FunctionAt(source, at);
     if (function.kind == source::FunctionKind::kAbsorbance) RefuseMassOptions();
-    if (!selection_.HasPolarity(function)) RefuseAll(source, "function " + source::TextOf(function.id));
+    if (!selection_.HasPolarity(function)) {
+      throw Failure(ExitStatus::kWrongUsage, source.Path() + ": the polarity of function " +
+                                                 source::TextOf(function.id) + " is " +
+                                                 std::string(NameOf(function.polarity)));
+    }
     return std::make_unique<FunctionRecording>(source, at, bin_, width_, selection_.points);
   }
 
@@ -218,9 +234,23 @@ class SpectrumCommand : public FunctionCommand {
                   "absorbance spectra have no m/z; --centroid, --ppm, --da and filters are for mass spectra");
   }
 
-  [[noreturn]] static void RefuseAll(const source::Source& source, const std::string& owner) {
-    throw Failure(ExitStatus::kWrongUsage,
-                  source.Path() + ": none of the scans of " + owner + " is asked for");
+  // With the times that there are.
+  [[noreturn]] static void RefuseAll(const source::Source& source, Recording& recording) {
+    const int count = recording.Count();
+    if (count == 0) {
+      throw Failure(ExitStatus::kWrongUsage,
+                    source.Path() + ": there are no " + recording.Noun() + "s of " + recording.Owner());
+    }
+    std::vector<double> minutes;
+    for (int position = 0; position < count; ++position) minutes.push_back(recording.MinutesAt(position));
+    std::erase_if(minutes, [](double time) { return std::isnan(time); });
+    std::string times;
+    if (!minutes.empty()) {
+      const auto [first, last] = std::ranges::minmax(minutes);
+      times = ", which are at " + RoundedNumber(first) + " to " + RoundedNumber(last) + " minutes,";
+    }
+    throw Failure(ExitStatus::kWrongUsage, source.Path() + ": none of the " + recording.Noun() + "s of " +
+                                               recording.Owner() + times + " is asked for");
   }
 
   // The positions of the scans that are wanted; those named alone have to be there.
@@ -234,7 +264,7 @@ class SpectrumCommand : public FunctionCommand {
           (!selection_.minutes || selection_.HasTime(recording.MinutesAt(position))))
         wanted.push_back(position);
     }
-    if (wanted.empty()) RefuseAll(source, recording.Owner());
+    if (wanted.empty()) RefuseAll(source, recording);
     return wanted;
   }
 
@@ -253,13 +283,11 @@ class SpectrumCommand : public FunctionCommand {
   }
 
   void PrintSum(source::Source& source, Recording& recording, Output& out) const {
-    const auto add = [&](const std::vector<int>& positions) {
-      return Reading(source, [&] { return recording.Sum(positions); });
-    };
-    source::ScanSum sum = add(Reading(source, [&] { return Wanted(source, recording); }));
+    source::ScanSum sum = Reading(source, [&] { return recording.Sum(Wanted(source, recording)); });
     std::optional<source::ScanSum> background;
     if (background_) {
-      background = add(Reading(source, [&] { return Background(source, recording); }));
+      background =
+          Reading(source, [&] { return recording.SumBackground(Background(source, recording), sum); });
       TakeOff(*background, width_, sum);
     }
     if (isMean_) MakeMean(sum);

@@ -12,6 +12,14 @@ namespace {
 constexpr const char* kAdvice = " (--damaged converts what there is)";
 constexpr const char* kStrict = " (refused by --strict)";
 
+// Of scans that are lost, the count and the first name all, unless others are between them. Scans whose
+// points are lost are listed when they are read.
+std::string ListedText(const Finding& finding) {
+  const bool isListed = SeverityOf(finding.code) == Severity::kLost && finding.scans.HasGaps() &&
+                        finding.code != FindingCode::kDataCut && finding.code != FindingCode::kDataZeroed;
+  return TextOf(finding) + (isListed ? " (" + finding.scans.Text() + ")" : "");
+}
+
 }  // namespace
 
 Failure FailureOf(const convert::Error& error, const std::string& front) {
@@ -50,7 +58,7 @@ void DamagePolicy::Look(source::Source& source, int sample, const std::string& n
     }
   }
   RefuseReported(name);
-  for (const Finding* const finding : reported_) Warn(name, TextOf(*finding));
+  for (const Finding* const finding : reported_) Warn(name, ListedText(*finding));
   if (options.selection.isLockMassExcluded) WarnOfMissingLabels(source, name);
 }
 

@@ -264,10 +264,18 @@ class Comparer : Verdicts {
       const bool isOther = OtherScansOf(sample, position).has_value();
       const bool hasOtherTexts = IsReport() && reportSlots_->HasOtherTexts(position);
       list_.hasOtherScans = list_.hasOtherScans || isOther || hasOtherTexts;
+      list_.hasOtherTimes = list_.hasOtherTimes || HasUntimedScans(sample, position);
       list_.hasEmptyLevel = list_.hasEmptyLevel || (!isOther && function.msLevel == 1 &&
                                                     source_->ScanCount(sample, list_.positions[i]) == 0);
     }
-    if (list_.hasOtherScans) list_.hasEmptyLevel = false;
+    if (list_.hasOtherScans || list_.hasOtherTimes) list_.hasEmptyLevel = false;
+  }
+
+  // To the slots their times are 0.
+  bool HasUntimedScans(int sample, int position) {
+    const int held = list_.positions[static_cast<std::size_t>(position)];
+    return IsReport() && held != kNotHeld &&
+           std::ranges::any_of(source_->Minutes(sample, held), [](double time) { return std::isnan(time); });
   }
 
   // Functions
@@ -368,10 +376,10 @@ class Comparer : Verdicts {
     bool held = false;
     bool isRefused = false;
     if (scans > 0 && of_.others) {
-      held = of_.others->scans.front().isCentroided;
+      held = of_.others->scans.front().representation == source::Representation::kCentroid;
       isRefused = IsReport() && !of_.others->read(0);
     } else if (scans > 0) {
-      held = source_->ScanAt(of_.sample, of_.held, 0).isCentroided;
+      held = source_->ScanAt(of_.sample, of_.held, 0).representation == source::Representation::kCentroid;
       isRefused = IsReport() && source_->ReadPoints(of_.sample, of_.held, 0, x_, y_).count == 0;
     }
     CheckWanted(kWanted.refusedFirstSpectrum, "centroided", server_->IsCentroided(of_.sample, of_.position),

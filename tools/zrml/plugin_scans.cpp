@@ -166,7 +166,7 @@ class ScanComparer : Verdicts {
     const int narrow = static_cast<std::int16_t>(number);
     CheckWanted(kWanted.scanNumber, "first scan", given.GetFirstScan(), number, narrow);
     CheckWanted(kWanted.scanNumber, "last scan", given.GetLastScan(), number, narrow);
-    check("centroided", given.IsCentroided(), held.isCentroided);
+    check("centroided", given.IsCentroided(), held.representation == source::Representation::kCentroid);
     check("level", given.GetMSLevel(), of_.function.msLevel.value_or(0));
     check("kind", given.GetScanType(), of_.kind);
     const int polarity = static_cast<int>(of_.function.polarity);
@@ -222,9 +222,10 @@ class ScanComparer : Verdicts {
     source::ScanPosition given;
     const bool isFound =
         server_.FindPrecursorScan(of_.sample, of_.position, scan, given.function, given.scan);
-    auto expected = list_.hasOtherScans ? reportSlots_->FindPrecursor(of_.position, scan)
-                                        : source_.FindPrecursor(of_.sample, of_.held, scan);
-    if (expected && !list_.hasOtherScans) {
+    const bool isOfSlots = list_.hasOtherScans || list_.hasOtherTimes;
+    auto expected = isOfSlots ? reportSlots_->FindPrecursor(of_.position, scan)
+                              : source_.FindPrecursor(of_.sample, of_.held, scan);
+    if (expected && !isOfSlots) {
       const auto place = std::find(list_.positions.begin(), list_.positions.end(), expected->function);
       if (place == list_.positions.end()) return Count(kWanted.unlistedFunction);
       expected->function = static_cast<int>(place - list_.positions.begin());

@@ -24,6 +24,7 @@ inline constexpr int kNotHeld = -1;
 struct ComparedList {
   std::vector<int> positions;  // in the source's list; kNotHeld of one that the source has not
   bool hasOtherScans = false;  // in some function
+  bool hasOtherTimes = false;  // in some function of a report: a time that it lacks is 0
   bool hasEmptyLevel = false;  // a function of level 1 without scans
 };
 

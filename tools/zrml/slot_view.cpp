@@ -116,7 +116,7 @@ std::optional<SlotScans> RawSlots::OtherScans(const source::FunctionId& id) {
     scan.endMinutes = facts.endMinutes;
     scan.precursorMz = facts.precursorMass;
     scan.scanValue = facts.value;
-    scan.isCentroided = entry.centroided;
+    scan.representation = source::RepresentationOf(entry.centroided);
     scan.totalIntensity = entry.totalIntensity;
   }
   return others;
@@ -241,7 +241,7 @@ std::optional<SlotScans> ReportSlots::OtherScans(int position) {
     const openlynx::SpectrumHead head = report_.ReadSpectrumHead(spectrum);
     source::Scan& scan = others.scans.emplace_back();
     scan.minutes = scan.endMinutes = head.minutes.value_or(0);
-    scan.isCentroided = head.isCentroided;
+    scan.representation = source::RepresentationOf(head.isCentroided);
     scan.totalIntensity = head.totalIons.value_or(0);
     scan.basePeakIntensity = head.basePeak.value_or(0);
   }

@@ -19,7 +19,7 @@ Scan CommonOf(source::Source& source, const FunctionPosition& at, const source::
   Scan common;
   common.minutes = common.endMinutes = kUnknown;
   if (!sum.added.empty()) common = source.ScanAt(at.sample, at.function, sum.added.front());
-  common.isCentroided = sum.isCentroided;
+  common.representation = source::RepresentationOf(sum.isCentroided);
   for (const int position : sum.added) {
     const Scan scan = source.ScanAt(at.sample, at.function, position);
     common.endMinutes = scan.endMinutes;
@@ -49,7 +49,7 @@ std::vector<Attribute> ScanAttributes(const Function& function, const Scan& scan
       {"endMinutes", scan.endMinutes},
       {"msLevel", ValueOrAbsent(function.msLevel)},
       {"polarity", NameOf(function.polarity)},
-      {"centroided", scan.isKindUnknown ? Value() : Value(scan.isCentroided)},
+      {"centroided", ValueOrAbsent(IsCentroided(scan))},
   };
 }
 
@@ -89,9 +89,9 @@ std::vector<Attribute> Choose(const convert::PointChoice& choice, const Function
                               SpectrumPoints& points) {
   std::vector<Attribute> said;
   if (choice.centroidLevels) {
-    const bool isPicked = IsProfile(function, scan) && !points.masses.empty();
+    const bool isPicked = IsProfile(function, scan);
     if (isPicked) source::TakeCentroids(choice.centroids, points.masses, points.intensities);
-    scan.isCentroided = scan.isCentroided || isPicked;
+    if (isPicked) scan.representation = source::Representation::kCentroid;
     const std::string intensities = choice.centroids.isArea ? "areas" : "heights";
     said.push_back({"centroids", isPicked ? Value(intensities) : Value()});
   }

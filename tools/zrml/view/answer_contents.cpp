@@ -63,8 +63,8 @@ Json FunctionJson(Source& source, int sample, int position) {
   json["minutes"] = scans > 0 ? RangeJson(ExtentOf(source.Minutes(sample, position))) : Json();
   json["isCentroided"] = Json();
   if (scans > 0) {
-    const source::Scan first = source.ScanAt(sample, position, 0);
-    if (!first.isKindUnknown) json["isCentroided"] = first.isCentroided;
+    const std::optional<bool> isCentroided = IsCentroided(source.ScanAt(sample, position, 0));
+    if (isCentroided) json["isCentroided"] = *isCentroided;
   }
   return json;
 }

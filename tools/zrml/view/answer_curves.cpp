@@ -157,8 +157,7 @@ Answer AnswerSpectrum(Source& source, const Question& question, const Work&) {
   } else {
     read = source.ReadPoints(at.sample, at.function, position, curve.x, curve.y);
   }
-  Answer answer = SpectrumAnswer(question, std::move(curve),
-                                 scan.isKindUnknown ? std::nullopt : std::optional(scan.isCentroided));
+  Answer answer = SpectrumAnswer(question, std::move(curve), IsCentroided(scan));
   Json& facts = answer.facts;
   facts["scan"] = position;
   facts["minutes"] = scan.minutes;
