@@ -24,6 +24,11 @@ constexpr double kLeastStep = 0.75;
 // Points farther from each other than so many steps are no neighbours.
 constexpr double kFarthestNeighbour = 2;
 
+// The points of a grid are restored up to so many, or so many times those that are there: few points far from
+// each other would have millions of zeros between them.
+constexpr std::size_t kMostRestored = std::size_t{1} << 18;
+constexpr std::size_t kMostTimesRestored = 16;
+
 double StepFrom(Masses masses, std::size_t i) {
   return i + 1 < masses.size() ? masses[i + 1] - masses[i] : std::numeric_limits<double>::infinity();
 }
@@ -120,12 +125,14 @@ int CountBelow(const CZRMassSpectrum& grid, const CZRMassSpectrum& profile) {
 
 void Distribute(const CZRMassSpectrum& profile, CZRMassSpectrum& sum) {
   const double atZero = sum.GetMass(0) == 0 ? *sum.GetIntensities() : 0;
+  const auto points = static_cast<std::size_t>(profile.GetCount()) + static_cast<std::size_t>(sum.GetCount());
+  const std::size_t most = std::max(kMostRestored, kMostTimesRestored * points);
   CZRMassSpectrum grid = sum;
-  ResampleOnto(profile, grid);
+  ResampleOnto(profile, grid, most);
   const int below = CountBelow(grid, profile);
   if (below > 0) {
     grid = sum;
-    ResampleOnto(PartOf(profile, below, profile.GetCount()), grid);
+    ResampleOnto(PartOf(profile, below, profile.GetCount()), grid, most);
   }
   if (grid.GetMass(0) == 0) grid.SetIntensity(0, atZero);
   sum = MergePoints(PartOf(profile, 0, below), grid, true);

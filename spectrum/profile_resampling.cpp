@@ -64,7 +64,7 @@ void AddOntoGrid(const CZRMassSpectrum& source, CZRMassSpectrum& target, const S
   target.CopyIntensities(grid.intensities.data() + dropped);
 }
 
-int ProfileResampler::Add(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
+int ProfileResampler::Add(const CZRMassSpectrum& source, CZRMassSpectrum& target, std::size_t mostPoints) {
   constexpr int kFewestTargetPoints = 5;
   if (&source == &target || source.GetCount() < 1 || target.GetCount() < kFewestTargetPoints)
     return target.GetCount();
@@ -73,18 +73,18 @@ int ProfileResampler::Add(const CZRMassSpectrum& source, CZRMassSpectrum& target
     DetectScanLaw(m_Law, target);
     m_NeedsSetup = false;
   }
-  AddOntoGrid(source, target, m_Law, m_StepModel);
+  AddOntoGrid(source, target, m_Law, m_StepModel, mostPoints);
   return target.GetCount();
 }
 
-int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target) {
+int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target, std::size_t mostPoints) {
   ProfileResampler resampler;
-  if (&source != &target) return resampler.Add(source, target);
+  if (&source != &target) return resampler.Add(source, target, mostPoints);
   CZRMassSpectrum copy;  // of the points only: point data keep a single owner
   copy.AssignMasses(source.MassVector());
   copy.AssignIntensities(source.IntensityVector());
   copy.SetSize(source.GetCount());
-  return resampler.Add(copy, target);
+  return resampler.Add(copy, target, mostPoints);
 }
 
 }  // namespace zrml

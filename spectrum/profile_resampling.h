@@ -17,7 +17,7 @@ class ProfileResampler {
   /// position, its optional arrays. Nothing happens when the source is empty, when both are one object, or
   /// when target has fewer than five points. The result is target's count. When memory runs out target is
   /// unchanged.
-  int Add(const CZRMassSpectrum& source, CZRMassSpectrum& target);
+  int Add(const CZRMassSpectrum& source, CZRMassSpectrum& target, std::size_t mostPoints = kMostGridPoints);
 
  private:
   bool m_NeedsSetup = true;
@@ -26,7 +26,8 @@ class ProfileResampler {
 };
 
 /// The same for one source, which may be `target` itself.
-int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target);
+int ResampleOnto(const CZRMassSpectrum& source, CZRMassSpectrum& target,
+                 std::size_t mostPoints = kMostGridPoints);
 
 /// The core, for targets of any size: one of fewer than two points becomes a copy of `source` and shares its
 /// point data without owning them.

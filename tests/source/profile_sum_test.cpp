@@ -112,5 +112,24 @@ TEST(ProfileSum, StretchesFarFromAllOthersKeepTheirSteps) {
   EXPECT_EQ(sum, expected);
 }
 
+// A million zeros would be between the two stretches of the sum.
+TEST(ProfileSum, LongGapsBetweenFewPointsAreNotFilled) {
+  const Pairs one = {{100, 1}, {101, 1}, {102, 1}, {103, 1}, {104, 1}, {1e6, 1}, {1e6 + 1, 1}, {1e6 + 2, 1}};
+  const Pairs between = {{100.5, 2}, {101.5, 8}, {102.5, 2}};
+  EXPECT_EQ(SumOf({one, between}),
+            (Pairs{{100, 2}, {101, 6}, {102, 6}, {103, 2}, {104, 1}, {1e6, 1}, {1e6 + 1, 1}, {1e6 + 2, 1}}));
+}
+
+// As runs of zeros that were left out are.
+TEST(ProfileSum, GapsBetweenManyPointsAreFilled) {
+  Pairs one;
+  for (int i = 0; i < 10000; ++i) one.emplace_back(100 + i, 1);
+  one.emplace_back(100 + 20000, 1);
+  const Pairs sum = SumOf({one, {{100.5, 2}, {101.5, 8}, {102.5, 2}}});
+  ASSERT_EQ(sum.size(), 20001);
+  EXPECT_EQ(sum[1], (std::pair<double, double>{101, 6}));
+  EXPECT_EQ(sum[15000], (std::pair<double, double>{15100, 0}));
+}
+
 }  // namespace
 }  // namespace zrml::source
