@@ -16,10 +16,13 @@ struct ScanPoints {
   std::vector<double> intensities;
 };
 
-// Whether all points of a scan are present.
+// Whether all points of a scan are present. One that has lost its time with its points has lost its record.
 bool ReadWhole(source::Source& source, int sample, int position, int scan, ScanPoints& points) {
   try {
-    return source.ReadPoints(sample, position, scan, points.mz, points.intensities).lost == 0;
+    const source::PointsRead read =
+        source.ReadPoints(sample, position, scan, points.mz, points.intensities);
+    const bool isRecordLost = read.count == 0 && std::isnan(source.ScanAt(sample, position, scan).minutes);
+    return read.lost == 0 && !isRecordLost;
   } catch (const source::Error&) {
     return false;
   }

@@ -240,6 +240,15 @@ TEST_F(ConvertTest, LostPointsOfChannelsAreAbsent) {
   EXPECT_EQ(Convert(options, more).losses[0].numbers, std::vector{3});  // not once more for the spectra
 }
 
+// As of an index record that is zeros.
+TEST_F(ConvertTest, ScansWithoutTimeAndPointsDoNotHideChannels) {
+  data_.functions = {Monitored(1, source::Monitoring::kIons)};
+  data_.functions[0].scans.push_back({.minutes = std::numeric_limits<double>::quiet_NaN()});
+  const std::string output = Converted(Of("1"));
+  ExpectHas(output, "id=\"function 1 channel 1: 100\" defaultArrayLength=\"2\"");
+  ExpectHas(output, "id=\"function 1 channel 2: 200.5\" defaultArrayLength=\"2\"");
+}
+
 TEST_F(ConvertTest, TimeRangeCutsTracesToo) {
   Options options = Of("1");
   options.selection.minutes = ParseTimeRange("-0.75");
