@@ -241,8 +241,9 @@ class SpectrumCommand : public FunctionCommand {
       throw Failure(ExitStatus::kWrongUsage,
                     source.Path() + ": there are no " + recording.Noun() + "s of " + recording.Owner());
     }
-    std::vector<double> minutes;
-    for (int position = 0; position < count; ++position) minutes.push_back(recording.MinutesAt(position));
+    std::vector<double> minutes(static_cast<std::size_t>(count));
+    for (int position = 0; position < count; ++position)
+      minutes[static_cast<std::size_t>(position)] = recording.MinutesAt(position);
     std::erase_if(minutes, [](double time) { return std::isnan(time); });
     std::string times;
     if (!minutes.empty()) {
