@@ -184,7 +184,8 @@ bool HasZeros(std::string_view text, std::size_t count) {
 
 std::optional<double> NumberIn(std::string_view value, bool isCareful) {
   if (isCareful && HasDecimalComma(value)) return std::nullopt;
-  return TakeDouble(value);
+  const std::optional<double> number = TakeDouble(value);
+  return isCareful && HasNumber(value) ? std::nullopt : number;
 }
 
 double FullScaleOf(std::optional<double> number) {

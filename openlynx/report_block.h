@@ -94,7 +94,8 @@ std::optional<std::uint64_t> ReadKeys(ReportStream& stream, std::uint64_t positi
 /// know the number.
 bool HasDecimalComma(std::string_view text);
 
-/// The number in a value by the rules of C's strtod; no value without a number.
+/// The number in a value by the rules of C's strtod; no value without a number, or for careful readers with
+/// another one behind it, as of thousands: "1.000.000" is 1 to hosts, deliberately.
 std::optional<double> NumberIn(std::string_view value, bool isCareful);
 
 /// The intensity that is 100 percent; 100 when it is missing or zero.
@@ -154,6 +155,9 @@ inline constexpr std::size_t kZerosBetweenSamples = 3;
 inline constexpr std::size_t kZerosBetweenLists = 18;
 bool HasZeros(std::string_view text, std::size_t count);
 
+/// Whether what follows a number begins with a point, as in "59.98.98": bytes of one or two numbers are lost.
+inline bool HasSecondPoint(std::string_view rest) { return rest.starts_with('.'); }
+
 /// Calls `use(x, y, rest)` for each line of the data list at `position` that holds two numbers, and gives how
 /// many have a hidden one. Lines are not copied: that would take a quarter of the reading time.
 template <class Use>
@@ -166,7 +170,7 @@ std::size_t ReadDataList(ReportStream& stream, std::uint64_t position, Use use) 
     if (!hides) return false;
     const std::size_t end = rest.find_first_not_of("eE+-");
     if (end == std::string_view::npos) return stream.IsAtEnd();
-    if (rest[end] == '\0') return true;
+    if (rest[end] == '\0' || HasSecondPoint(rest)) return true;
     return rest[0] == ',' && rest.size() > 1 && rest[1] >= '0' && rest[1] <= '9';
   };
   // Enough zeros may be in place of the end of this list and the front of another one.

@@ -97,10 +97,16 @@ bool HasLoneCr(std::string_view line) {
 bool IsPlainPoint(std::string_view line) {
   const char* at = line.data();
   const char* const end = at + line.size();
+  const auto skipDigits = [&] {
+    while (at != end && IsDigit(*at)) ++at;
+  };
   const auto takeNumber = [&] {
     const char* const begin = at;
-    while (at != end && (IsDigit(*at) || *at == '.')) ++at;
-    return at != begin && IsDigit(*begin);
+    skipDigits();
+    if (at == begin) return false;
+    if (at != end && *at == '.') ++at;
+    skipDigits();
+    return true;
   };
   if (!takeNumber() || at == end || (*at != '\t' && *at != ' ')) return false;
   ++at;
@@ -395,7 +401,7 @@ class FaultSearch {
   void LookAtNumber(std::string_view value, std::string_view key) {
     if (HasDecimalComma(value)) {
       Add(FindingCode::kDecimalComma, number_, std::string(key));
-    } else if (!TakeDouble(value)) {
+    } else if (!TakeDouble(value) || HasNumber(value)) {
       Add(FindingCode::kNumberUnread, number_, std::string(key));
     } else {
       LookBehindValue(value);
@@ -431,8 +437,14 @@ class FaultSearch {
     if (line.front() == kComment || Trim(line).empty()) return;
     if (HasDecimalComma(line)) return Add(FindingCode::kDecimalComma, number_);
     const bool hasNumber = TakeDouble(line).has_value();
-    if (hasNumber && TakeDouble(line)) return LookBehindPoint(line);
+    if (hasNumber && HasSecondPoint(line)) return AddJoined();
+    if (hasNumber && TakeDouble(line)) return HasSecondPoint(line) ? AddJoined() : LookBehindPoint(line);
     Add(hasNumber ? FindingCode::kPointsUnread : FindingCode::kLinesSkipped, number_);
+  }
+
+  void AddJoined() {
+    ++lines_.all;
+    Add(FindingCode::kLinesJoined, number_);
   }
 
   void LookBehindPoint(std::string_view rest) {

@@ -411,5 +411,32 @@ TEST_F(ReportDamageTest, TextOfAnUnknownKeyIsNoOtherKey) {
   }
 }
 
+// "59.98" and what is behind it may be of two numbers.
+TEST_F(ReportDamageTest, PointsWithTwoDecimalPointsInANumberAreLost) {
+  for (const char* const line : {"100.125 59.98.98", "59.98.98 100", "100.125 59.98.98 7"}) {
+    SCOPED_TRACE(line);
+    Open(Part(1, 11) + Lines{line} + Part(13, 29));
+    EXPECT_EQ(Read(0).lost, 1U);
+    EXPECT_EQ(mz_, Doubles{200.25});
+    FindingOf(FindingCode::kLinesJoined);
+  }
+  Open(Part(1, 5) + Lines{"[CHROMATOGRAM]", "{", "[TRACE]", "{", "0.5 10", "0.75 2.2.2", "}", "}"} +
+       Part(28, 29));
+  EXPECT_EQ(source_->ReadFunctionTrace(0, 0, 0).minutes, Doubles{0.5});
+  FindingOf(FindingCode::kLinesJoined);
+}
+
+// A base peak of a million is not 1, and points are in percent of it.
+TEST_F(ReportDamageTest, NumbersWithPointsOfThousandsAreNotRead) {
+  for (const char* const million : {"BPI 1.000.000", "BPI 1 000 000"}) {
+    SCOPED_TRACE(million);
+    Open(Part(1, 8) + Lines{million} + Part(10, 29));
+    FindingOf(FindingCode::kNumberUnread);
+    EXPECT_FALSE(source_->ScanAt(0, 0, 0).basePeakIntensity);
+    EXPECT_EQ(Read(0).lost, 2U);
+    EXPECT_TRUE(mz_.empty());
+  }
+}
+
 }  // namespace
 }  // namespace zrml::source
