@@ -535,10 +535,9 @@ PointsRead RawSource::ReadAbsorbance(int, int scan, std::vector<double>& wavelen
   return result;
 }
 
+// Absorbance and traces are there whichever function is chosen.
 bool RawSource::Includes(const FindingSubject& subject) const {
-  const bool isOfFunction =
-      subject.kind == FindingSubject::Kind::kFunction || subject.kind == FindingSubject::Kind::kAbsorbance;
-  return !chosen_ || !isOfFunction || subject == *chosen_;
+  return !chosen_ || subject.kind != FindingSubject::Kind::kFunction || subject == *chosen_;
 }
 
 std::span<const Finding> RawSource::Findings() {

@@ -234,7 +234,7 @@ class Source {
   /// Damage that shows without reading points: the structure of every file, and whether files are as long as
   /// their index says. Searched once. Damage of points: see LookAtPoints.
   virtual std::span<const Finding> Findings() = 0;
-  /// Whether a finding concerns what was opened: for a data file, only its own function.
+  /// Whether a finding concerns what was opened: of other functions than that of a data file none does.
   virtual bool Includes(const FindingSubject& subject) const;
 
  protected:

@@ -351,6 +351,11 @@ TEST_F(DamageOutsideTest, IndexOfAbsorbanceCountsForItsTrace) {
                              {{"--ms-level", "1", "--strict"}, 7},
                              {{"--damaged", "--quiet"}, 0},
                              {{"--format", "tsv"}, 0}});
+    const std::string file = Argument(directory.Path() / "_FUNC001.DAT");
+    EXPECT_EQ(Run({"check", file}).status, 7);
+    EXPECT_EQ(Run({"convert", file, "--stdout"}).status, 7);
+    EXPECT_EQ(Run({"convert", file, "--stdout", "--absorbance"}).status, 7);
+    EXPECT_EQ(Run({"convert", file, "--stdout", "--format", "tsv"}).status, 0);
   }
 }
 

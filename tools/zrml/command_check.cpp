@@ -30,11 +30,8 @@ struct CheckResult {
   }
 };
 
-// Absorbance is a function of its own data file, and where there is nothing else.
+// Absorbance is a function where there is nothing else.
 void CountAbsorbance(source::Source& source, int sample, bool isAlone, CheckResult& result) {
-  const FindingSubject subject = {.kind = FindingSubject::Kind::kAbsorbance,
-                                  .function = source.AbsorbanceFunction(sample).id.number};
-  if (!source.Includes(subject)) return;
   const int scans = source.AbsorbanceScanCount(sample);
   const auto addTo = [scans](std::optional<std::int64_t>& sum) { sum = sum.value_or(0) + scans; };
   addTo(result.absorbanceScans);
