@@ -23,10 +23,20 @@ std::size_t OmittedOffsets::EndOf(std::span<const ScanIndexEntry> entries, std::
   return end;
 }
 
-bool OmittedOffsets::IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const {
+std::uint64_t OmittedOffsets::BytesBehind(std::span<const ScanIndexEntry> entries, std::size_t end) const {
   const ScanIndexEntry& last = entries[end - 1];
+  if (last.HasLostOffset()) return 0;
+  const std::uint64_t reached = last.DataOffset() + unit_.BytesOf(last.pointCount);
   const std::uint64_t begin = end < entries.size() ? entries[end].DataOffset() : dataSize_;
-  return !last.HasLostOffset() && last.DataOffset() + unit_.BytesOf(last.pointCount) + unit_.bytes <= begin;
+  return begin > reached ? begin - reached : 0;
+}
+
+bool OmittedOffsets::IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const {
+  return BytesBehind(entries, end) >= unit_.bytes;
+}
+
+bool OmittedOffsets::LeavesBytes(std::span<const ScanIndexEntry> entries, std::size_t place) const {
+  return BytesBehind(entries, place + 1) > 0;
 }
 
 Places OmittedOffsets::Lose(std::span<ScanIndexEntry> entries, const Places& doubtful) {

@@ -2,6 +2,8 @@
 // the number of points of one scan move all of those behind it.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -27,12 +29,17 @@ class OmittedOffsets {
   /// least: fewer bytes are of no scan.
   bool IsShort(std::span<const ScanIndexEntry> entries, std::size_t end) const;
 
+  /// Whether the scan at `place` stops before the next one begins, or before the data end, by any bytes.
+  bool LeavesBytes(std::span<const ScanIndexEntry> entries, std::size_t place) const;
+
   /// Takes the counted offsets off the scans with points behind each of `doubtful`, of whose records zeros
   /// may have taken a part, where the scans are short. Returns their places.
   Places Lose(std::span<ScanIndexEntry> entries, const Places& doubtful);
 
  private:
   bool IsOmitted(std::size_t place);
+  // Those between the scan before `end` and the next one, or the end of the data; 0 of one without an offset.
+  std::uint64_t BytesBehind(std::span<const ScanIndexEntry> entries, std::size_t end) const;
 
   const platform::File& index_;
   std::size_t recordSize_;

@@ -47,6 +47,21 @@ ScanNumbers NumbersOf(const Entries& entries) {
   return numbers;
 }
 
+// Zeros that end inside an offset leave a lower one: the scan stops short of the next. Of the last scan that
+// shows only where the index is whole.
+void LoseCutOffsets(const OmittedOffsets& omitted, Entries& entries) {
+  std::vector<ScanIndexEntry>& list = entries.list;
+  for (const std::size_t zeros : entries.zeroRecords) {
+    const std::size_t place = zeros + 1;
+    if (place >= list.size() || list[place].HasLostOffset()) continue;
+    const bool isLast = place + 1 == list.size();
+    const bool isEndKnown = isLast ? entries.dropped == 0 : !list[place + 1].HasLostOffset();
+    if (!isEndKnown || !omitted.LeavesBytes(list, place)) continue;
+    list[place].SetDataOffset(ScanIndexEntry::kLostOffset);
+    entries.unplaced.push_back(place);
+  }
+}
+
 // Leaves out what zeros have taken: scans, their times and their offsets.
 void LoseWhatIsZeroed(const platform::SystemPath& folder, const FunctionRecord& function, const File& file,
                       std::size_t recordSize, Entries& entries) {
@@ -70,6 +85,10 @@ void LoseWhatIsZeroed(const platform::SystemPath& folder, const FunctionRecord& 
   // The last bytes are of the scans that are gone, if there are any. Only damaged records are doubted then.
   lose(entries.Doubtful(), entries.dropped == 0);
   if (entries.dropped > 0) lose(entries.WithoutTimeAndPoints(), true);
+  if (!entries.zeroRecords.empty()) {
+    omitted.SetDataSize(dataSize());
+    LoseCutOffsets(omitted, entries);
+  }
   std::sort(entries.unplaced.begin(), entries.unplaced.end());
 }
 

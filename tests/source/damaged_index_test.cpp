@@ -216,6 +216,31 @@ TEST(DamagedIndexTest, ZerosUpToInsideAnOffset) {
             "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3");
 }
 
+// The offsets are 0, 240, 270 and 282. Zeros take the second record and the low byte of 270, and leave 256,
+// where points of the second scan are; or of 264, and leave 256, where none begins.
+TEST(DamagedIndexTest, ZerosUpToInsideAnOffsetLeaveALowerOne) {
+  for (const int points : {5, 4}) {
+    RawDirectoryBuilder raw = Products();
+    const auto setPoints = [&](std::size_t scan, int count) {
+      std::vector<WantedPoint> stored;
+      for (int i = 0; i < count; ++i) stored.push_back({100.0 + i, 8});
+      const float minutes = raw.functions[0].scans[scan].index.retentionTime;
+      raw.functions[0].scans[scan] = ScanFrom<StoredPoint9>(minutes, stored);
+    };
+    setPoints(0, 40);
+    setPoints(1, points);
+    const std::vector<std::string> sound = See(raw).scans;
+    const Seen seen =
+        See(raw, [](FileBytes& index) { std::fill_n(index.begin() + kRecord, kRecord + 1, std::byte{0}); });
+    ASSERT_EQ(seen.scans.size(), 4U);
+    EXPECT_EQ(seen.scans[0], sound[0]);
+    EXPECT_EQ(seen.scans[2], "3 503:");
+    EXPECT_EQ(seen.scans[3], sound[3]);
+    EXPECT_EQ(seen.findings[1],
+              "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3");
+  }
+}
+
 // 16 whole records of 22 bytes and 8 bytes are 12 records of 30 bytes, too, which are in no order.
 TEST(DamagedIndexTest, CutToAMultipleOfTheOtherSize) {
   RawDirectoryBuilder raw = Products();
