@@ -38,6 +38,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kPrecursorsOfMethod, "precursors-of-method", Severity::kSuspect},
     {FindingCode::kFunctionTableCut, "function-table-cut", Severity::kLost},
     {FindingCode::kFunctionZeroed, "function-zeroed", Severity::kLost},
+    {FindingCode::kFunctionIncomplete, "function-incomplete", Severity::kSuspect},
     {FindingCode::kHistoryCut, "history-cut", Severity::kSuspect},
     {FindingCode::kProcessUnrooted, "process-unrooted", Severity::kLost},
     {FindingCode::kProcessRepeated, "process-repeated", Severity::kNote},

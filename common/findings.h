@@ -51,6 +51,7 @@ enum class FindingCode {
   kTextOversized,  // far larger than a text of its kind
   kFunctionTableCut,
   kFunctionZeroed,  // its record of the function table
+  kFunctionIncomplete,
   kHistoryCut,
   kProcessUnrooted,  // a processed function without a raw function at its origin
   kProcessRepeated,  // several processed functions share a process number

@@ -105,6 +105,31 @@ void NoticeZeroed(const FunctionRecord& function, Findings& findings) {
                 .subject = SubjectOf(function)});
 }
 
+// The first type, ionisation mode and layout have the code 0, but no function has no times.
+bool BeginsWithZeros(Bytes record) { return AreZeros(record.first(format::kSetMass)); }
+
+// Chosen ions may be listed without a range.
+bool HasNoLastMass(const FunctionRecord& function) {
+  const auto isPositive = [](float mass) { return mass > 0; };
+  return MonitoringOfType(function.typeCode) == Monitoring::kNone && !function.startMasses.empty() &&
+         isPositive(function.startMasses[0]) &&
+         std::none_of(function.endMasses.begin(), function.endMasses.end(), isPositive);
+}
+
+// A sector of zeros ends inside a record.
+void NoticeIncomplete(Bytes record, const FunctionRecord& function, Findings& findings) {
+  const bool lacksType = BeginsWithZeros(record);
+  if (!lacksType && !HasNoLastMass(function)) return;
+  const std::string number = std::to_string(function.number);
+  findings.Add({.code = FindingCode::kFunctionIncomplete,
+                .file = platform::ToNativePath(kFunctionTableName),
+                .problem = lacksType
+                               ? "has zeros in place of the type, polarity, layout and times of function " +
+                                     number + ", which are taken as they stand"
+                               : "has no last mass of function " + number + ", but a first one",
+                .subject = SubjectOf(function)});
+}
+
 }  // namespace
 
 bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<CalibrationLine>& calibration,
@@ -127,6 +152,7 @@ bool ReadFunctionTable(const platform::SystemPath& folder, const std::vector<Cal
     FunctionRecord& function =
         functions.emplace_back(isLost ? LostRecord(number) : ReadRecord(record, number));
     if (findings != nullptr && isZeros) NoticeZeroed(function, *findings);
+    if (findings != nullptr && !isZeros) NoticeIncomplete(record, function, *findings);
     ParseCalibration(calibration, function);
     function.hasMobilityData = files.Opens(FunctionFileName(number, L"CDT"));
     function.hasDataFile = files.Opens(FunctionFileName(number, L"DAT"));

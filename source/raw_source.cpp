@@ -361,6 +361,7 @@ PointsRead RawSource::CloseGapsIn(const FunctionRecord& record, int scan, const 
     masslynx::FindZeroedPoints({stored.room, stored.bytes, x.first(count), y.first(count), LowestMass(record),
                                 isInOrder, record.typeCode == masslynx::kDadType},
                                zeroed_);
+    masslynx::FindPointsWithoutMass(record, stored.room, count, zeroed_);
     result.lost += zeroed_.size();
     AddPlaces(zeroed_, unwritten_);
   }

@@ -272,6 +272,18 @@ std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan) {
                   layout};
 }
 
+void FindPointsWithoutMass(const FunctionRecord& function, const ScanRoom& room, std::size_t count,
+                           std::vector<std::size_t>& places) {
+  const Masses masses = kLayouts[static_cast<std::size_t>(room.layout)].masses;
+  const std::vector<float>& starts = function.startMasses;
+  if (starts.empty() || !(starts[0] > 0)) return;
+  const bool isOfList = masses == Masses::kChannelsThatAreThere;
+  const bool lacksEnd = masses == Masses::kLinearAxis && !(function.endMasses[0] > 0);
+  for (std::size_t i = 0; i < count && (isOfList || lacksEnd); ++i) {
+    if (lacksEnd || !(starts[i] > 0)) places.push_back(i);
+  }
+}
+
 PointCounts::PointCounts(const FunctionRecord& function)
     : function_(function), areDeclared_(HasOwnMasses(function.dataFormat)) {}
 

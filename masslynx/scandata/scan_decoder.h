@@ -1,7 +1,9 @@
 // Decodes the points of one scan. docs/data-layouts.md
 #pragma once
 
+#include <cstddef>
 #include <optional>
+#include <vector>
 
 #include "masslynx/function_record.h"
 #include "masslynx/scandata/scan_room.h"
@@ -11,6 +13,12 @@ namespace zrml::masslynx {
 /// Where scan `scan` is, a position in the function's index. No value for an unknown data format or an
 /// unusable mass list.
 std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan);
+
+/// Adds the places of those of the first `count` points of a room whose masses are gone: a list of masses
+/// begins with one, but has none above 0 for the point, or an axis has a start, but no end. What slots make of
+/// such points was never measured. An axis may descend.
+void FindPointsWithoutMass(const FunctionRecord& function, const ScanRoom& room, std::size_t count,
+                           std::vector<std::size_t>& places);
 
 /// The points of one scan after the other, as RoomOf() has them; 0 without room.
 class PointCounts {

@@ -51,9 +51,12 @@ ScanNumbers NumbersOf(const Entries& entries) {
 // shows only where the index is whole.
 void LoseCutOffsets(const OmittedOffsets& omitted, Entries& entries) {
   std::vector<ScanIndexEntry>& list = entries.list;
+  const auto isOfZeros = [&](std::size_t place) {
+    return std::binary_search(entries.zeroRecords.begin(), entries.zeroRecords.end(), place);
+  };
   for (const std::size_t zeros : entries.zeroRecords) {
     const std::size_t place = zeros + 1;
-    if (place >= list.size() || list[place].HasLostOffset()) continue;
+    if (place >= list.size() || list[place].HasLostOffset() || isOfZeros(place)) continue;
     const bool isLast = place + 1 == list.size();
     const bool isEndKnown = isLast ? entries.dropped == 0 : !list[place + 1].HasLostOffset();
     if (!isEndKnown || !omitted.LeavesBytes(list, place)) continue;

@@ -433,6 +433,47 @@ TEST(RawFindings, FunctionThatIsZeros) {
   EXPECT_EQ(findings[0].subject, (FindingSubject{FindingSubject::Kind::kFunction, 0, 2}));
 }
 
+template <std::size_t kCount>
+void ZeroSecondFunction(const TempDirectory& directory) {
+  directory.Edit("_FUNCTNS.INF",
+                 [](FileBytes& bytes) { std::fill_n(bytes.begin() + 416, kCount, std::byte{0}); });
+}
+
+// A sector of a disk, 512 bytes of zeros, ends inside a record. What is left of the times, at 2, or of the
+// default scan value, at 22, shows that the type may be 0.
+TEST(RawFindings, FunctionThatBeginsWithZeros) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.dataFormat = 0;
+  raw.functions[1].record.startMasses[0] = 50;
+  raw.functions[1].record.endMasses[0] = 1200;
+  for (ScanFiles& scan : raw.functions[1].scans) {
+    const float minutes = scan.index.retentionTime;
+    scan = ScanFrom<StoredPoint0>(minutes, {{100, 8}, {200, 16}});
+  }
+  const std::string incomplete =
+      "function-incomplete: _FUNCTNS.INF has zeros in place of the type, polarity, layout and times of "
+      "function 2, which are taken as they stand";
+  ExpectLines(raw, {}, ZeroSecondFunction<1>);
+  ExpectLines(raw, {incomplete}, ZeroSecondFunction<24>);
+  raw.functions[1].record.defaultScanValue = 30;
+  ExpectLines(raw, {}, ZeroSecondFunction<22>);
+}
+
+// The list of last masses is at 288.
+TEST(RawFindings, FunctionWithoutALastMass) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.functions[1].record.startMasses[0] = 50;
+  raw.functions[1].record.endMasses[0] = 1200;
+  const auto zero = [](const TempDirectory& directory) {
+    directory.Edit("_FUNCTNS.INF", [](FileBytes& bytes) { ZeroFrom(bytes, 416 + 288); });
+  };
+  ExpectLines(raw, {}, [](const TempDirectory&) {});
+  ExpectLines(raw, {"function-incomplete: _FUNCTNS.INF has no last mass of function 2, but a first one"},
+              zero);
+  raw.functions[1].record.type = 1;  // SIR
+  ExpectLines(raw, {}, zero);
+}
+
 TEST(RawFindings, PrecursorsThatAreTheMethods) {
   RawDirectoryBuilder raw = SoundDirectory();
   raw.functions[0].record.type = 11;
