@@ -34,6 +34,7 @@ constexpr FindingKind kKinds[] = {
     {FindingCode::kStatisticsZeroed, "statistics-zeroed", Severity::kSuspect},
     {FindingCode::kStatisticsAbsurd, "statistics-absurd", Severity::kSuspect},
     {FindingCode::kTemperaturesUnknown, "temperatures-unknown", Severity::kSuspect},
+    {FindingCode::kTextDamaged, "text-damaged", Severity::kSuspect},
     {FindingCode::kTextOversized, "text-oversized", Severity::kSuspect},
     {FindingCode::kPrecursorsOfMethod, "precursors-of-method", Severity::kSuspect},
     {FindingCode::kFunctionTableCut, "function-table-cut", Severity::kLost},

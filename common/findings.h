@@ -48,6 +48,7 @@ enum class FindingCode {
   kStatisticsAbsurd,   // values that cannot be
   kTemperaturesUnknown,
   kPrecursorsOfMethod,
+  kTextDamaged,    // zeros, or line ends that are not read
   kTextOversized,  // far larger than a text of its kind
   kFunctionTableCut,
   kFunctionZeroed,  // its record of the function table

@@ -50,6 +50,31 @@ bool IsAscii(const SystemPath& name) {
   return std::all_of(name.begin(), name.end(), [](auto c) { return c >= 0 && c < 0x80; });
 }
 
+// One zero at the end may be there, as that of a text in memory.
+bool HasZeros(std::string_view text) {
+  const std::size_t first = text.find('\0');
+  return first != std::string_view::npos && first + 1 < text.size();
+}
+
+// A CR that is left where CR LF is folded, and ends no line.
+bool HasLoneCr(std::string_view text) {
+  for (std::size_t at = text.find('\r'); at < text.size(); at = text.find('\r', at + 1)) {
+    const std::size_t next = text.find_first_not_of('\r', at);
+    if (next < text.size() && text[next] != '\n') return true;
+  }
+  return false;
+}
+
+void NoticeDamagedText(std::string_view text, std::wstring_view name, Findings& findings) {
+  const auto notice = [&](const char* problem) {
+    findings.Add({.code = FindingCode::kTextDamaged,
+                  .file = platform::ToNativePath(ToUpper(name)),
+                  .problem = problem});
+  };
+  if (HasZeros(text)) notice("has zeros in place of text, so values are missing");
+  if (HasLoneCr(text)) notice("has CR alone in place of line ends, so lines are not read");
+}
+
 }  // namespace
 
 platform::File OpenInDirectory(const SystemPath& folder, std::wstring_view name, Spellings spellings) {
@@ -107,7 +132,9 @@ std::string ReadTextOf(const platform::File& file, std::wstring_view name, Findi
                    .problem = "has " + std::to_string(file.Size()) + " bytes, of which " +
                               std::to_string(kMostTextBytes >> 20) + " MiB are read"});
   }
-  return ReadTextBytes(file, kMostTextBytes);
+  std::string text = ReadTextBytes(file, kMostTextBytes);
+  NoticeDamagedText(text, name, *findings);
+  return text;
 }
 
 // A system that ignores case may take characters that are not ASCII for ASCII ones ("ſ" for "s"):

@@ -540,6 +540,40 @@ TEST(RawFindings, FunctionTableThatIsCut) {
               [](const TempDirectory& directory) { directory.Truncate("_FUNCTNS.INF", 2 * 416 - 1); });
 }
 
+// Zeros in place of a calibration and behind it, then line ends of another system. The zero behind the text
+// is that of a text in memory.
+TEST(RawFindings, TextsThatAreDamaged) {
+  RawDirectoryBuilder raw = SoundDirectory();
+  raw.header.push_back(HeaderLine("Cal Function 1", "0.0,1.0,T0"));
+  const auto editHeader = [&](void (*edit)(std::string & text)) {
+    const TempDirectory directory = raw.Build();
+    directory.Edit("_HEADER.TXT", [&](FileBytes& bytes) {
+      std::string text;
+      for (const std::byte byte : bytes) text += static_cast<char>(byte);
+      edit(text);
+      bytes.clear();
+      for (const char c : text) bytes.push_back(static_cast<std::byte>(c));
+    });
+    return LinesOf(directory);
+  };
+  const std::string zeros = "text-damaged: _HEADER.TXT has zeros in place of text, so values are missing";
+  const std::string ends =
+      "text-damaged: _HEADER.TXT has CR alone in place of line ends, so lines are not read";
+  EXPECT_EQ(editHeader([](std::string& text) { text += '\0'; }), Lines());
+  EXPECT_EQ(editHeader([](std::string& text) { text[text.find("Cal")] = '\0'; }), Lines{zeros});
+  EXPECT_EQ(editHeader([](std::string& text) {
+              std::fill(text.begin() + static_cast<std::ptrdiff_t>(text.find("$$ Cal")), text.end(), '\0');
+            }),
+            Lines{zeros});
+  EXPECT_EQ(editHeader([](std::string& text) { std::replace(text.begin(), text.end(), '\n', '\r'); }),
+            Lines{ends});
+  EXPECT_EQ(editHeader([](std::string& text) { text.insert(text.find('\n'), "\r\r"); }), Lines());
+  const TempDirectory directory = raw.Build();
+  directory.WriteText("_extern.inf", std::string("Created by\0\0\0\0 v4.2\n", 22));
+  EXPECT_EQ(LinesOf(directory),
+            Lines{"text-damaged: _EXTERN.INF has zeros in place of text, so values are missing"});
+}
+
 // The largest text that is read whole, and one byte more. The part that is read still counts.
 TEST(RawFindings, TextsThatAreFarTooLarge) {
   constexpr std::size_t kMost = 16 * 1024 * 1024;
@@ -549,7 +583,7 @@ TEST(RawFindings, TextsThatAreFarTooLarge) {
   directory.WriteText("_extern.inf", "Instrument Parameters - Function 1:\n");
   const auto resize = [&](std::size_t size) {
     for (const char* const name : {"_HEADER.TXT", "_extern.inf"})
-      std::filesystem::resize_file(directory.Path() / name, size);
+      directory.Edit(name, [=](FileBytes& bytes) { bytes.resize(size, std::byte{' '}); });
   };
   resize(kMost);
   EXPECT_EQ(LinesOf(directory), Lines());
