@@ -19,8 +19,7 @@ struct ScanPoints {
 // Whether all points of a scan are present. One that has lost its time with its points has lost its record.
 bool ReadWhole(source::Source& source, int sample, int position, int scan, ScanPoints& points) {
   try {
-    const source::PointsRead read =
-        source.ReadPoints(sample, position, scan, points.mz, points.intensities);
+    const source::PointsRead read = source.ReadPoints(sample, position, scan, points.mz, points.intensities);
     const bool isRecordLost = read.count == 0 && std::isnan(source.ScanAt(sample, position, scan).minutes);
     return read.lost == 0 && !isRecordLost;
   } catch (const source::Error&) {

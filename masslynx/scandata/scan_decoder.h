@@ -15,8 +15,8 @@ namespace zrml::masslynx {
 std::optional<ScanRoom> RoomOf(const FunctionRecord& function, int scan);
 
 /// Adds the places of those of the first `count` points of a room whose masses are gone: a list of masses
-/// begins with one, but has none above 0 for the point, or an axis has a start, but no end. What slots make of
-/// such points was never measured. An axis may descend.
+/// begins with one, but has none above 0 for the point, or an axis has a start, but no end. What slots make
+/// of such points was never measured. An axis may descend.
 void FindPointsWithoutMass(const FunctionRecord& function, const ScanRoom& room, std::size_t count,
                            std::vector<std::size_t>& places);
 

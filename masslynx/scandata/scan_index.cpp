@@ -187,9 +187,9 @@ class FunctionNotices {
   }
 
   // For the listed scans.
-  void AbsurdStatistics() {
+  void AbsurdStatistics(const StatisticsReader& statistics) {
     AddWithout(FindingCode::kStatisticsAbsurd, "has values that cannot be of ", "",
-               [this](const ScanIndexEntry& scan) { return MayBe(scan, function_.calTemperature); });
+               [&](const ScanIndexEntry& scan) { return statistics.MayBe(scan); });
   }
 
   // For the listed scans: what is missing where the statistics that would hold it are.
@@ -328,7 +328,7 @@ class IndexLoader {
     }
     Keep(entries, numbers);
     if (!notices_) return true;
-    if (!statistics.ArePossible()) notices_->AbsurdStatistics();
+    if (!statistics.ArePossible()) notices_->AbsurdStatistics(statistics);
     notices_->MissingStatistics();
     return true;
   }

@@ -169,10 +169,6 @@ void FillFrom(Bytes record, const ItemOffsets& items, ScanIndexEntry& entry) {
 
 }  // namespace
 
-bool MayBe(const ScanIndexEntry& scan, float reference) {
-  return MayBePrecursor(scan) && MayBeCorrection(scan, reference);
-}
-
 StatisticsReader::StatisticsReader(const platform::SystemPath& folder, const FunctionRecord& function)
     : folder_(folder), function_(function), file_(OpenFunctionFile(folder, function, L"sts")) {
   const std::vector<std::byte> description = ReadDescription(file_);
@@ -180,6 +176,11 @@ StatisticsReader::StatisticsReader(const platform::SystemPath& folder, const Fun
   isKnown_ = header.version == format::kKnownVersion;
   place_ = {header.recordsOffset, header.recordSize};
   if (isKnown_) items_ = ReadDescriptors(description, header.descriptorCount);
+  hasPrecursors_ = HasPrecursors(function) || (items_.precursorMass != 0 && items_.precursorFlags != 0);
+}
+
+bool StatisticsReader::MayBe(const ScanIndexEntry& scan) const {
+  return (!hasPrecursors_ || MayBePrecursor(scan)) && MayBeCorrection(scan, function_.calTemperature);
 }
 
 void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first) {
@@ -199,14 +200,13 @@ void StatisticsReader::Fill(std::span<ScanIndexEntry> entries, std::size_t first
 void StatisticsReader::LookAt(std::span<const ScanIndexEntry> entries, std::size_t first, std::size_t count) {
   // Not members, which entries might share memory with.
   const bool hasPrecursors = items_.precursorFlags != 0;
-  const float reference = function_.calTemperature;
   std::size_t have = 0;
   bool haveOneCalibration = haveOneCalibration_;
   bool arePossible = arePossible_;
   for (std::size_t i = first; i < first + count; ++i) {
     have += HasValues(entries[i], hasPrecursors) ? 1U : 0U;
     haveOneCalibration = haveOneCalibration && (i == 0 || ConvertsAlike(entries[i - 1], entries[i]));
-    arePossible = arePossible && MayBe(entries[i], reference);
+    arePossible = arePossible && MayBe(entries[i]);
   }
   have_ += have;
   lack_ += count - have;

@@ -28,6 +28,9 @@ class StatisticsReader {
   bool HaveOneCalibration() const { return haveOneCalibration_; }
   /// Whether all values of the scans filled may be values.
   bool ArePossible() const { return arePossible_; }
+  /// False for precursors and temperatures that no instrument has. In a survey precursors count only where
+  /// the file says that it has them.
+  bool MayBe(const ScanIndexEntry& scan) const;
 
   /// Whether some of the scans filled lack what others have, precursors or temperatures.
   bool SomeLackValues() const { return have_ > 0 && lack_ > 0; }
@@ -65,6 +68,7 @@ class StatisticsReader {
   const FunctionRecord& function_;
   platform::File file_;
   bool isKnown_ = false;
+  bool hasPrecursors_ = false;  // that tell something
   Place place_;
   ItemOffsets items_;
   bool haveOneCalibration_ = true;
@@ -72,9 +76,6 @@ class StatisticsReader {
   std::size_t have_ = 0;  // scans with values
   std::size_t lack_ = 0;
 };
-
-/// False for precursors and temperatures that no instrument has. `reference` is the function's temperature.
-bool MayBe(const ScanIndexEntry& scan, float reference);
 
 /// Reports damage that the file, which may be missing, shows next to an index of `scans` scans. Gives whether
 /// it has a record for each of them. `someLackValues`: see StatisticsReader; false saves reading the records.

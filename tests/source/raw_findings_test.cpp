@@ -366,6 +366,9 @@ TEST(RawFindings, StatisticsThatCannotBe) {
   EXPECT_EQ(LinesOf(raw.Build()), Lines{line});
   raw.functions[0].scans[1].statistics.temperatureCoefficient = 10;
   EXPECT_EQ(LinesOf(raw.Build()), Lines());
+  raw.functions[0].statistics->items = AllItemsBut({77, 79});  // a survey's, read from where a counter is
+  raw.functions[0].scans[1].statistics.firstBytes = 3;
+  EXPECT_EQ(LinesOf(raw.Build()), Lines());
 }
 
 // The sixth description, of temperatures, has its place at byte 4.
