@@ -291,9 +291,10 @@ class FaultSearch {
     }
   }
 
-  // Functions around it have no values from behind its marker.
+  // The function around it has no values from behind its marker, and neither have those around that one, since
+  // its own marker.
   void BeginFunction() {
-    for (OpenFunction& function : functions_) function.hasDescription = function.hasType = true;
+    if (!functions_.empty()) functions_.back().hasDescription = functions_.back().hasType = true;
     functions_.emplace_back();
   }
 
