@@ -27,9 +27,12 @@ void LookAt(const ScanIndexEntry& entry, std::uint64_t scanEnd, EntryOrder& orde
   order.reached = entry.DataOffset();
 }
 
-// A quick look at the entry leaves few records to look at.
-bool IsOfZeros(const ScanIndexEntry& entry, Bytes record) {
-  return entry.pointCount == 0 && entry.retentionTime == 0 && AreZeros(record);
+// A quick look at the entry leaves few records to look at. Zeros may begin inside the offset, and leave one
+// below that of the scan before.
+bool IsOfZeros(const ScanIndexEntry& entry, Bytes record, std::uint64_t reached) {
+  if (entry.pointCount != 0 || entry.retentionTime != 0) return false;
+  const std::uint32_t offset = LoadU32(record.data() + format::kDataOffset);
+  return (offset == 0 || offset < reached) && AreZeros(record.subspan(sizeof offset));
 }
 
 class EntryReader {
@@ -48,7 +51,7 @@ class EntryReader {
     for (; place < entries.list.size(); ++place, records = records.subspan(recordSize_)) {
       ScanIndexEntry& entry = entries.list[place];
       Read(records.data(), place == 0, entry);
-      if (isMeasured_ && IsOfZeros(entry, records.first(recordSize_))) {
+      if (isMeasured_ && IsOfZeros(entry, records.first(recordSize_), order.reached)) {
         entries.beginsWithZeros = entries.beginsWithZeros || place == 0;
         if (place > 0) Lose(entry, place, order, entries.zeroRecords);
       }

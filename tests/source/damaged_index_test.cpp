@@ -37,6 +37,18 @@ RawDirectoryBuilder Products() {
   return raw;
 }
 
+// With so many points in the first two scans, of 6 bytes each.
+RawDirectoryBuilder ProductsWith(std::size_t first, std::size_t second) {
+  RawDirectoryBuilder raw = Products();
+  for (const auto& [scan, points] : {std::pair<std::size_t, std::size_t>(0, first), {1, second}}) {
+    ScanFiles& files = raw.functions[0].scans[scan];
+    const ScanStatisticsRecord statistics = files.statistics;
+    files = ScanFrom<StoredPoint9>(static_cast<float>(scan + 1), std::vector<WantedPoint>(points, {100, 8}));
+    files.statistics = statistics;
+  }
+  return raw;
+}
+
 // Each scan as "minutes precursor: m/z".
 Lines ScansOf(Source& source) {
   Lines lines;
@@ -219,16 +231,8 @@ TEST(DamagedIndexTest, ZerosUpToInsideAnOffset) {
 // The offsets are 0, 240, 270 and 282. Zeros take the second record and the low byte of 270, and leave 256,
 // where points of the second scan are; or of 264, and leave 256, where none begins.
 TEST(DamagedIndexTest, ZerosUpToInsideAnOffsetLeaveALowerOne) {
-  for (const int points : {5, 4}) {
-    RawDirectoryBuilder raw = Products();
-    const auto setPoints = [&](std::size_t scan, int count) {
-      std::vector<WantedPoint> stored;
-      for (int i = 0; i < count; ++i) stored.push_back({100.0 + i, 8});
-      const float minutes = raw.functions[0].scans[scan].index.retentionTime;
-      raw.functions[0].scans[scan] = ScanFrom<StoredPoint9>(minutes, stored);
-    };
-    setPoints(0, 40);
-    setPoints(1, points);
+  for (const std::size_t points : {5, 4}) {
+    const RawDirectoryBuilder raw = ProductsWith(40, points);
     const std::vector<std::string> sound = See(raw).scans;
     const Seen seen =
         See(raw, [](FileBytes& index) { std::fill_n(index.begin() + kRecord, kRecord + 1, std::byte{0}); });
@@ -239,6 +243,24 @@ TEST(DamagedIndexTest, ZerosUpToInsideAnOffsetLeaveALowerOne) {
     EXPECT_EQ(seen.findings[1],
               "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3");
   }
+}
+
+// Zeros leave the low byte, 14, of the third offset, 270.
+TEST(DamagedIndexTest, ZerosFromInsideAnOffset) {
+  const RawDirectoryBuilder raw = ProductsWith(40, 5);
+  const auto seeZerosFrom = [&](std::size_t first) {
+    return See(raw, [=](FileBytes& index) {
+      std::fill(index.begin() + static_cast<std::ptrdiff_t>(first), index.end(), std::byte{0});
+    });
+  };
+  const Seen seen = seeZerosFrom(2 * kRecord + 1);
+  EXPECT_EQ(seen.scans.size(), 2U);
+  EXPECT_EQ(
+      seen.findings[0],
+      "index-zeroed: _FUNC001.IDX has zeros in place of the records of 2 of 4 scans; the first is scan 3");
+  const Seen whole = seeZerosFrom(2 * kRecord);
+  EXPECT_EQ(seen.scans, whole.scans);
+  EXPECT_EQ(seen.findings, whole.findings);
 }
 
 // 16 whole records of 22 bytes and 8 bytes are 12 records of 30 bytes, too, which are in no order.
