@@ -51,10 +51,9 @@ class EntryReader {
     for (; place < entries.list.size(); ++place, records = records.subspan(recordSize_)) {
       ScanIndexEntry& entry = entries.list[place];
       Read(records.data(), place == 0, entry);
-      if (isMeasured_ && IsOfZeros(entry, records.first(recordSize_), order.reached)) {
-        entries.beginsWithZeros = entries.beginsWithZeros || place == 0;
-        if (place > 0) Lose(entry, place, order, entries.zeroRecords);
-      }
+      if (isMeasured_ && (entry.pointCount == 0 || isBehindZeros_))
+        LoseWhatIsZeroed(place, records.first(recordSize_), order, entries);
+      latest_ = std::max(latest_, entry.retentionTime);
       if (entry.HasLostOffset()) entries.unplaced.push_back(place);
       LookAt(entry, entry.DataOffset() + unit_.BytesOf(entry.pointCount), order);
     }
@@ -87,6 +86,19 @@ class EntryReader {
     expectedOffset_ += unit_.BytesOf(entry.pointCount);
   }
 
+  // Zeros may end inside the total of a record, or behind it, so it is not known then, or inside its time,
+  // and leave a lower one than that of the scans before.
+  void LoseWhatIsZeroed(std::size_t place, Bytes record, EntryOrder& order, Entries& entries) {
+    ScanIndexEntry& entry = entries.list[place];
+    const bool isCut = isBehindZeros_ && AreZeros(record.first(format::kTotalIntensity));
+    const bool hasCutTime = isCut && entry.totalIntensity == 0 && entry.retentionTime < latest_;
+    if (isCut) entry.totalIntensity = std::numeric_limits<float>::quiet_NaN();
+    isBehindZeros_ = hasCutTime || IsOfZeros(entry, record, order.reached);
+    if (!isBehindZeros_) return;
+    entries.beginsWithZeros = entries.beginsWithZeros || place == 0;
+    if (place > 0) Lose(entry, place, order, entries.zeroRecords);
+  }
+
   // The scan is without points, a total and a time, and begins where the scan before does. How many bytes it
   // had is not known, so scans behind it have no offset until one has its own.
   void Lose(ScanIndexEntry& entry, std::size_t place, EntryOrder& order, Places& zeroRecords) {
@@ -104,6 +116,8 @@ class EntryReader {
   // Where the next scan's points would be, were the scans back to back from 0.
   std::uint64_t expectedOffset_ = 0;
   bool isLost_ = false;  // the record before, and no offset behind it is known
+  bool isBehindZeros_ = false;
+  float latest_ = 0;  // time
 };
 
 }  // namespace

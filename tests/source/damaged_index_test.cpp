@@ -245,6 +245,29 @@ TEST(DamagedIndexTest, ZerosUpToInsideAnOffsetLeaveALowerOne) {
   }
 }
 
+// Of the third time, 3 minutes or 0x40400000, zeros leave the highest byte, which is that of 2 minutes; the
+// scan before the zeros is at 2.5.
+TEST(DamagedIndexTest, ZerosUpToInsideATime) {
+  RawDirectoryBuilder raw = Products();
+  raw.functions[0].scans[0].index.retentionTime = 2.5F;
+  raw.functions[0].scans[1].index.retentionTime = 2.75F;
+  const Seen seen = See(
+      raw, [](FileBytes& index) { std::fill_n(index.begin() + kRecord, kRecord + kTime + 3, std::byte{0}); });
+  EXPECT_EQ(seen.scans, (Lines{"2 501: 101 201", "? 502:", "? 503:", kAll[3]}));
+  EXPECT_EQ(
+      seen.findings[0],
+      "index-zeroed: _FUNC001.IDX has zeros in place of the records of 2 of 4 scans; the first is scan 2");
+}
+
+// Or they take its total, or two bytes of that, and leave its time.
+TEST(DamagedIndexTest, ZerosUpToATime) {
+  for (const std::size_t size : {kTime, kTime - 2}) {
+    const Seen seen = SeeZeros(kRecord, kRecord + size);
+    EXPECT_EQ(seen.scans, (Lines{kAll[0], "? 502:", "3 503:", kAll[3]}));
+    EXPECT_TRUE(std::isnan(seen.totals[2]));
+  }
+}
+
 // Zeros leave the low byte, 14, of the third offset, 270.
 TEST(DamagedIndexTest, ZerosFromInsideAnOffset) {
   const RawDirectoryBuilder raw = ProductsWith(40, 5);
