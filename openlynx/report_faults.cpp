@@ -291,8 +291,8 @@ class FaultSearch {
     }
   }
 
-  // The function around it has no values from behind its marker, and neither have those around that one, since
-  // its own marker.
+  // The function around it has no values from behind its marker, and neither have those around that one,
+  // since its own marker.
   void BeginFunction() {
     if (!functions_.empty()) functions_.back().hasDescription = functions_.back().hasType = true;
     functions_.emplace_back();
