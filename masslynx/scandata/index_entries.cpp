@@ -93,10 +93,10 @@ class EntryReader {
     const bool isCut = isBehindZeros_ && AreZeros(record.first(format::kTotalIntensity));
     const bool hasCutTime = isCut && entry.totalIntensity == 0 && entry.retentionTime < latest_;
     if (isCut) entry.totalIntensity = std::numeric_limits<float>::quiet_NaN();
-    isBehindZeros_ = hasCutTime || IsOfZeros(entry, record, order.reached);
-    if (!isBehindZeros_) return;
-    entries.beginsWithZeros = entries.beginsWithZeros || place == 0;
-    if (place > 0) Lose(entry, place, order, entries.zeroRecords);
+    const bool isZeroed = hasCutTime || IsOfZeros(entry, record, order.reached);
+    isBehindZeros_ = isZeroed && place > 0;  // the first may be an empty scan, and so may the next
+    entries.beginsWithZeros = entries.beginsWithZeros || (isZeroed && place == 0);
+    if (isBehindZeros_) Lose(entry, place, order, entries.zeroRecords);
   }
 
   // The scan is without points, a total and a time, and begins where the scan before does. How many bytes it

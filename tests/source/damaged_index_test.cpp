@@ -228,6 +228,20 @@ TEST(DamagedIndexTest, ZerosUpToInsideAnOffset) {
             "offsets-lost: _FUNC001.IDX has lost the offsets of 1 of 4 scans; the first is scan 3");
 }
 
+// A run may begin with empty scans, of which the first is at 0 minutes.
+TEST(DamagedIndexTest, EmptyScansAtTheFrontHaveATotal) {
+  RawDirectoryBuilder raw = Products();
+  for (const std::size_t scan : {0, 1}) {
+    raw.functions[0].scans[scan].index = {.retentionTime = static_cast<float>(scan)};
+    raw.functions[0].scans[scan].data = {};
+  }
+  const Seen seen = See(raw);
+  EXPECT_EQ(seen.findings, Lines());
+  EXPECT_EQ(seen.scans, (Lines{"0 501:", "1 502:", kAll[2], kAll[3]}));
+  EXPECT_EQ(seen.totals[0], 0);
+  EXPECT_EQ(seen.totals[1], 0);
+}
+
 // The offsets are 0, 240, 270 and 282. Zeros take the second record and the low byte of 270, and leave 256,
 // where points of the second scan are; or of 264, and leave 256, where none begins.
 TEST(DamagedIndexTest, ZerosUpToInsideAnOffsetLeaveALowerOne) {
