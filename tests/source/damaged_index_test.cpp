@@ -235,7 +235,7 @@ TEST(DamagedIndexTest, EmptyScansAtTheFrontHaveATotal) {
     raw.functions[0].scans[scan].index = {.retentionTime = static_cast<float>(scan)};
     raw.functions[0].scans[scan].data = {};
   }
-  const Seen seen = See(raw);
+  const Seen seen = See(raw, [](FileBytes& index) { std::fill_n(index.begin(), kRecord, std::byte{0}); });
   EXPECT_EQ(seen.findings, Lines());
   EXPECT_EQ(seen.scans, (Lines{"0 501:", "1 502:", kAll[2], kAll[3]}));
   EXPECT_EQ(seen.totals[0], 0);
