@@ -572,7 +572,7 @@ TEST(RawFindings, TextsThatAreDamaged) {
             Lines{ends});
   EXPECT_EQ(editHeader([](std::string& text) { text.insert(text.find('\n'), "\r\r"); }), Lines());
   const TempDirectory directory = raw.Build();
-  directory.WriteText("_extern.inf", std::string("Created by\0\0\0\0 v4.2\n", 22));
+  directory.WriteText("_extern.inf", std::string("Created by") + std::string(4, '\0') + " v4.2\n");
   EXPECT_EQ(LinesOf(directory),
             Lines{"text-damaged: _EXTERN.INF has zeros in place of text, so values are missing"});
 }
